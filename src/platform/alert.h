@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+/// A question, or a message with one button, that the user must answer before going on.
+struct alert {
+  std::string title;
+  std::string text;
+  std::vector<std::string> buttons;  // the first is the default one
+  /// Index of the answer that loses nothing: what Escape, and batch mode, give.
+  std::size_t safe_button = 0;
+  bool critical = false;
+};
+
+/// Modal and synchronous: the answer is the index of the button.
+class alert_panel {
+ public:
+  virtual ~alert_panel() = default;
+  virtual std::size_t run(alert const& question) = 0;
+};
+
+}  // namespace platform

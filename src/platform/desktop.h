@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/alert.h"
+#include "platform/file_panel.h"
+#include "platform/pasteboard.h"
+#include "platform/run_loop.h"
+#include "platform/window.h"
+
+#include <memory>
+#include <vector>
+
+namespace platform {
+
+/// Everything the logic needs of a desktop in one place. One is current at any time: that of the
+/// window system, or the one without windows that tests and batch mode use. Main thread only.
+class desktop {
+ public:
+  virtual ~desktop() = default;
+
+  /// Must have been set.
+  static desktop& current();
+  static void set_current(desktop* d);  // not owned
+
+  virtual run_loop& loop() = 0;
+  virtual pasteboard& general_pasteboard() = 0;
+  /// The text last selected anywhere, which the middle mouse button inserts.
+  virtual pasteboard& primary_selection() = 0;
+  /// The text to search for, shared by all windows of this process.
+  virtual pasteboard& find_pasteboard() = 0;
+  virtual alert_panel& alerts() = 0;
+  virtual file_panels& panels() = 0;
+  virtual void beep() = 0;
+
+  /// A window that shows `client` and sends its actions to `first`, not yet on screen.
+  virtual std::unique_ptr<window> make_window(window_delegate& delegate, view_client& client,
+                                              responder& first) = 0;
+  /// The windows on screen, miniaturized ones last, the others front to back.
+  virtual std::vector<window*> ordered_windows() const = 0;
+
+  /// Ends run(). The loop is left at its next turn.
+  virtual void terminate() = 0;
+};
+
+}  // namespace platform

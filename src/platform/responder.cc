@@ -1,0 +1,58 @@
+#include "platform/responder.h"
+
+#include "platform/desktop.h"
+#include "platform/menu.h"
+
+namespace platform {
+
+bool responder::respondsToSelector(std::string_view selector) const {
+  return methods_.find(selector) != methods_.end();
+}
+
+plist::value responder::performSelectorWithObject(std::string_view selector,
+                                                  plist::value const& object) {
+  auto const it = methods_.find(selector);
+  if (it == methods_.end()) return {};
+  // A copy: the method may end the object that owns the table, as closing a window does.
+  method const run = it->second;
+  plist::value const result = run(object);
+  if (result == plist::value(false)) desktop::current().beep();
+  return result;
+}
+
+bool responder::tryToPerformWith(std::string_view selector, plist::value const& object) {
+  if (respondsToSelector(selector)) {
+    performSelectorWithObject(selector, object);
+    return true;
+  }
+  return next_ != nullptr && next_->tryToPerformWith(selector, object);
+}
+
+plist::value responder::query(std::string_view name, plist::value const& argument) {
+  auto const it = methods_.find(name);
+  return it == methods_.end() ? plist::value() : it->second(argument);
+}
+
+void responder::validateMenuItem(menu_item& item) {
+  if (item.selector.empty() || item.selector.back() != ':') return;
+  std::string const base = item.selector.substr(0, item.selector.size() - 1);
+  std::string can = "can" + base;
+  if (can.size() > 3 && can[3] >= 'a' && can[3] <= 'z') can[3] = static_cast<char>(can[3] - 32);
+
+  item.enabled = query(can, item.argument).boolean_or(true);
+  if (plist::value const title = query(base + "MenuTitle", item.argument); title.as_string())
+    item.title = *title.as_string();
+  item.checked = query(base + "IsChecked:", item.argument).boolean_or(false);
+}
+
+void responder::addMethod(std::string selector, method m) {
+  methods_.emplace(std::move(selector), std::move(m));
+}
+
+responder* target_for_selector(responder* first, std::string_view selector) {
+  for (responder* r = first; r != nullptr; r = r->nextResponder())
+    if (r->respondsToSelector(selector)) return r;
+  return nullptr;
+}
+
+}  // namespace platform

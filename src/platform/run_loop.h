@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace platform {
+
+/// A timer that runs as long as this handle lives.
+class timer {
+ public:
+  virtual ~timer() = default;
+};
+
+/// The loop in which all of the logic runs. Main thread only, but for post().
+class run_loop {
+ public:
+  virtual ~run_loop() = default;
+
+  /// Runs `task` on the main thread at its next turn. May be called on any thread.
+  virtual void post(std::function<void()> task) = 0;
+
+  /// Calls `task` after `seconds`, and then again and again when `repeats` is set. The call may
+  /// destroy the handle.
+  virtual std::unique_ptr<timer> schedule(double seconds, bool repeats,
+                                          std::function<void()> task) = 0;
+
+  /// Monotonic seconds since some moment; what schedule() counts in.
+  virtual double now() const = 0;
+
+  /// Handles what is due, waiting at most `seconds` for something to become due.
+  virtual void run_for(double seconds) = 0;
+};
+
+}  // namespace platform

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "platform/event.h"
+#include "platform/geometry.h"
+#include "platform/graphics.h"
+#include "platform/menu.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The two halves of an editing view: its logic, which knows no widget, and the widget that shows
+/// it, which knows no text. Coordinates are those of the whole view, of which only visible_rect()
+/// shows. Main thread only.
+namespace platform {
+
+enum class cursor { arrow, text, cross };
+
+/// Colours that the desktop gives to text views. Changes when its theme does.
+struct palette {
+  color foreground, background, selection, caret;
+  bool dark = false;
+};
+
+/// What the logic may ask of the widget.
+class view_host {
+ public:
+  virtual ~view_host() = default;
+
+  virtual rect visible_rect() const = 0;
+  /// Scrolls so that `origin` is the top left of the visible part, kept within the frame.
+  virtual void scroll_to(point origin) = 0;
+  /// The size of the whole view; scroll bars follow.
+  virtual void set_frame_size(size s) = 0;
+  virtual void set_needs_display(rect const& r) = 0;
+
+  virtual bool is_first_responder() const = 0;
+  virtual bool is_window_key() const = 0;
+  virtual platform::palette palette() const = 0;
+  virtual font_metrics metrics_for(font const& f) const = 0;
+  /// The font that graphics objects given to draw() will use from now on.
+  virtual void set_font(font const& f) = 0;
+
+  virtual void hide_cursor_until_mouse_moves() = 0;
+  /// Asks for cursor_at() again.
+  virtual void reset_cursor() = 0;
+  /// The caret moved or marked text ended: input methods place their windows anew. With `abandon`
+  /// the text being composed is dropped.
+  virtual void input_method_changed(bool abandon) = 0;
+  virtual void show_context_menu(std::vector<menu_item> const& items, point where) = 0;
+  /// Hands the event to the platform's text input: what it stands for comes back by insert_text().
+  virtual void interpret_key_event(key_event const& event) = 0;
+};
+
+/// What the widget tells the logic.
+class view_client {
+ public:
+  virtual ~view_client() = default;
+
+  virtual void set_host(view_host* host) = 0;  // not owned; null before the widget goes
+
+  virtual void draw(graphics& g, rect const& dirty) = 0;
+
+  virtual void key_down(key_event const& event) = 0;
+  virtual void modifiers_changed(std::uint32_t modifiers) = 0;
+  virtual void mouse_down(mouse_event const& event) = 0;
+  virtual void mouse_dragged(mouse_event const& event) = 0;
+  virtual void mouse_up(mouse_event const& event) = 0;
+  virtual cursor cursor_at(point p, std::uint32_t modifiers) const = 0;
+
+  virtual void insert_text(std::u16string_view text) = 0;
+  /// Text being composed by an input method, with the part selected in it as offset and length in
+  /// code units. An empty text ends the composition without a result.
+  virtual void set_marked_text(std::u16string_view text, std::size_t offset,
+                               std::size_t length) = 0;
+  virtual void unmark_text() = 0;
+  /// Where the caret stands, for an input method's windows.
+  virtual rect caret_rect() const = 0;
+  /// For input methods and assistive programs: the selected text, and the text of the caret's line
+  /// with the caret's offset in it.
+  virtual std::u16string selected_text() const = 0;
+  virtual std::u16string line_text(std::size_t& caret_offset) const = 0;
+
+  /// The widget was scrolled or resized.
+  virtual void visible_rect_changed() = 0;
+  /// Keyboard focus, key window or palette changed.
+  virtual void focus_changed() = 0;
+};
+
+}  // namespace platform

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "platform/responder.h"
+#include "platform/view.h"
+#include "plist/value.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// Controls a window: the last but one in its responder chain, before the application.
+class window_delegate : public responder {
+ public:
+  /// The user asks to close; true lets the window go.
+  virtual bool windowShouldClose() = 0;
+  /// The window is closed: the last call for it. The delegate may destroy itself here.
+  virtual void windowWillClose() = 0;
+  virtual void windowDidBecomeKey() = 0;
+  virtual bool isDocumentEdited() const = 0;
+};
+
+/// A window with one text view and a status bar. Owned by its delegate; main thread only.
+class window {
+ public:
+  virtual ~window() = default;
+
+  virtual void set_title(std::string const& title) = 0;
+  virtual void set_represented_filename(std::string const& path) = 0;
+  virtual void set_document_edited(bool edited) = 0;
+
+  virtual void make_key_and_order_front() = 0;
+  virtual void close() = 0;  // without a question; calls windowWillClose
+  virtual bool is_visible() const = 0;
+  virtual bool is_miniaturized() const = 0;
+  virtual void deminiaturize() = 0;
+  virtual bool is_key() const = 0;
+
+  /// Where actions of menus and keys start.
+  virtual responder* first_responder() const = 0;
+  virtual window_delegate* delegate() const = 0;
+
+  /// A value published for the status bar: "lineNumber", "columnNumber" (both from 0), "tabSize",
+  /// "softTabs", "fileEncoding", "lineEnding", "currentMode", "overwriteMode".
+  virtual void update_value(std::string_view key, plist::value const& value) = 0;
+};
+
+}  // namespace platform
