@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/alert.h"
+#include "platform/application.h"
 #include "platform/file_panel.h"
 #include "platform/pasteboard.h"
 #include "platform/run_loop.h"
@@ -37,6 +38,9 @@ class desktop {
   /// The windows on screen, miniaturized ones last, the others front to back.
   virtual std::vector<window*> ordered_windows() const = 0;
 
+  /// Shows the application's menus, calls didFinishLaunching and handles events until terminate()
+  /// is called; gives the exit status.
+  virtual int run(application_delegate& app) = 0;
   /// Ends run(). The loop is left at its next turn.
   virtual void terminate() = 0;
 };

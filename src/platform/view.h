@@ -62,6 +62,8 @@ class view_client {
   virtual void set_host(view_host* host) = 0;  // not owned; null before the widget goes
 
   virtual void draw(graphics& g, rect const& dirty) = 0;
+  /// The size of the visible part that shows this many columns and rows of text, gutter included.
+  virtual size size_for(int columns, int rows) const = 0;
 
   virtual void key_down(key_event const& event) = 0;
   virtual void modifiers_changed(std::uint32_t modifiers) = 0;
