@@ -1,0 +1,69 @@
+#pragma once
+
+#include <vector>
+
+#include "text/storage_observer.h"
+#include "text/tab_width.h"
+
+namespace text {
+
+class storage_detail;
+
+/// Converts between unit columns and visual columns of very long lines without measuring them from
+/// the start each time. Results always equal the plain walk (`expanded_width`, `unit_at_column`).
+///
+/// A line is cut into pieces of some 16,384 units. What a piece adds to a column depends on the
+/// column at its start only up to its first tab, so each piece is summed up once and independently
+/// of what stands before it: an edit sums up the pieces it touches, and a question adds up one
+/// entry a piece and scans within one. Lines below `long_line` are walked; a few long lines are
+/// remembered.
+///
+/// The owner tells it of each change of the storage, before anybody can ask about the changed text:
+/// `will_erase` before and `did_insert`, `did_erase` after. Main thread.
+class column_cache {
+ public:
+  static constexpr size_t piece_length = 16384;
+  static constexpr size_t long_line = 2 * piece_length;
+
+  explicit column_cache(storage_detail const& storage) : storage_(storage) {}
+
+  /// The visual column, counted from the line's start, of the unit at `unit`.
+  size_t column(size_t line, size_t unit, size_t tab_size);
+  /// The unit that covers visual `column`, or the line's end, with the column where it stands.
+  unit_column unit_at(size_t line, size_t column, size_t tab_size);
+
+  void did_insert(text::pos first, text::pos last);
+  void will_erase(text::pos first, text::pos last);
+  void did_erase(text::pos at);
+  void clear() { entries_.clear(); }
+
+ private:
+  struct piece {
+    size_t units;
+    size_t first_tab;  ///< offset of the first tab, or `units`
+    size_t rest;       ///< columns behind that tab, which end at a known tab stop
+
+    size_t end_column(size_t start, size_t tab_size) const;
+  };
+  struct entry {
+    size_t line;
+    size_t tab_size;
+    std::vector<piece> pieces;
+  };
+
+  static constexpr size_t max_entries = 4;
+
+  static piece sum_up(unit_view units, size_t tab_size);
+  entry const& find(size_t line, size_t tab_size);
+  entry build(size_t line, size_t tab_size) const;
+  void insert_into(entry& cached, size_t column, size_t length) const;
+  void erase_from(entry& cached, size_t column, size_t length) const;
+  void sum_up_pieces(entry& cached, size_t first, size_t last, size_t start) const;
+
+  storage_detail const& storage_;
+  std::vector<entry> entries_;  ///< the most recently used one last
+  text::pos erase_first_;
+  text::pos erase_last_;
+};
+
+}  // namespace text

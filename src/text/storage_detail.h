@@ -1,0 +1,68 @@
+#pragma once
+
+#include <list>
+#include <mutex>
+#include <vector>
+
+#include "text/shared_buffer.h"
+#include "text/storage_observer.h"
+#include "text/text_block.h"
+
+namespace text {
+
+/// The line store of a storage, known as `storage::detail`: a vector with one handle a line, and
+/// the observers that are told of each change. There is no index by offset, no gap and no tree: a
+/// line is found by its subscript, an edit costs the length of the lines it touches, and splitting
+/// or joining lines moves handles.
+///
+/// A line holds its units without a terminator. Lines are separated by an implied `\n`, so there is
+/// always at least one. A carriage return is a unit like any other.
+class storage_detail {
+ public:
+  /// Texts of at least this many units (64 KiB) are not copied into lines: the lines are slices of
+  /// the block in which the text came, until they are edited.
+  static constexpr size_t borrowed_length = 32768;
+
+  using line_buffer = shared_buffer<char_t>;
+  using observer_list = std::list<storage_observer*>;
+  using observer_id = observer_list::iterator;
+
+  explicit storage_detail(size_t lines) : data(lines) {}
+  storage_detail(storage_detail const&) = delete;
+  storage_detail& operator=(storage_detail const&) = delete;
+
+  size_t size(size_t line) const { return data[line].size(); }
+  /// Pointers to the line's units, good until the next change of the text.
+  char_t const* begin(size_t line) const { return data[line].data(); }
+  char_t const* end(size_t line) const { return begin(line) + size(line); }
+  char_t const* line_iter(text::iterator const& it) const { return begin(it.line) + it.column; }
+  unit_view line_units(size_t line) const { return {begin(line), size(line)}; }
+
+  /// Observers are told in the order in which they were added. The id is the list entry, which its
+  /// holder may erase from `observers` directly.
+  observer_id add_observer(storage_observer* observer);
+  void remove_observer(storage_observer* observer);
+
+  /// Puts the units of `block` at `pos` and tells the observers, under the lock. Returns the
+  /// position behind the new text.
+  text::iterator insert(text::iterator const& pos, text_block const& block);
+  /// Takes the text from `first` up to `last` away and tells the observers, under the lock.
+  void erase(text::iterator const& first, text::iterator const& last);
+
+  std::vector<line_buffer> data;
+  observer_list observers;
+  /// Held by each change from before `will_insert` or `will_erase` until after `did_insert` or
+  /// `did_erase`; readers on other threads, and whoever draws, take it to read.
+  mutable std::recursive_mutex mutex;
+
+ private:
+  void insert_lines(size_t line, size_t column, unit_view units, size_t newlines);
+  void borrow_lines(size_t line, size_t column, text_block const& block, size_t newlines);
+  void keep_block(text_block const& block);
+  void drop_unused_blocks();
+
+  std::vector<text_block> blocks_;  ///< what the borrowed lines are slices of
+  size_t sweep_at_ = 8;             ///< number of blocks at which unused ones are looked for
+};
+
+}  // namespace text
