@@ -1,0 +1,77 @@
+"""script/check-includes on small trees made to be right or wrong in one point each."""
+
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "script/check-includes"
+HEADER = "#pragma once\n"
+
+# What stands in the tree of every case: one header a room that others may include.
+SOUND = {
+    "CMakeLists.txt": "",
+    "main.cc": '#include "app/a.h"\n#include "plist/a.h"\n',
+    "app/a.h": HEADER + '#include "text/a.h"\n#include <vector>\n',
+    "text/a.h": HEADER + '#include "regex/a.h"\n  #  include "platform/a.h"\n',
+    "regex/a.h": HEADER,
+    "headless/a.h": HEADER,
+    "grammar/a.h": HEADER,
+    "actions/a.h": HEADER,
+    "platform/a.h": HEADER,
+    "plist/a.h": HEADER,
+    "plist/a.cc": '#include "plist/a.h"\n#include "PropertyListLexer.hpp"\n',
+    "plist/a.g": 'header { #include "plist/a.h" }\n',
+    "desktop/a.h": HEADER + '#include <QWidget>\n#include <QtGui/QFont>\n#include "app/a.h"\n',
+}
+
+# Name, files put over the sound ones, what is reported.
+CASES = [
+    ("sound", {}, []),
+    ("upwards", {"text/a.cc": '\n#include "app/a.h"\n'},
+     ["src/text/a.cc:2: app/ is above text/: app/a.h"]),
+    ("to the top", {"app/a.cc": '#include "desktop/a.h"\n'},
+     ["src/app/a.cc:1: desktop/ is above app/: desktop/a.h"]),
+    ("between neighbours", {"regex/a.cc": '#include "headless/a.h"\n',
+                            "actions/a.cc": '#include "grammar/a.h"\n'},
+     ["src/actions/a.cc:1: grammar/ is on the same floor as actions/: grammar/a.h",
+      "src/regex/a.cc:1: headless/ is on the same floor as regex/: headless/a.h"]),
+    ("in a grammar", {"plist/b.g": 'header {\n#include "platform/a.h"\n}\n'},
+     ["src/plist/b.g:2: platform/ is above plist/: platform/a.h"]),
+    ("Qt in the core", {"app/a.cc": "#include <QString>\n", "main.cc": "#include <QtCore/QFile>\n",
+                        "text/a.cc": "#include <qglobal.h>\n"},
+     ["src/app/a.cc:1: Qt is for desktop/ alone: QString",
+      "src/main.cc:1: Qt is for desktop/ alone: QtCore/QFile",
+      "src/text/a.cc:1: Qt is for desktop/ alone: qglobal.h"]),
+    ("not from src", {"text/a.cc": '#include "a.h"\n#include "../plist/a.h"\n'},
+     ['src/text/a.cc:1: an include names the folder under src/ and the file: "a.h"',
+      'src/text/a.cc:2: an include names the folder under src/ and the file: "../plist/a.h"']),
+    ("no such file", {"text/a.cc": '#include "plist/b.h"\n'},
+     ['src/text/a.cc:1: no such file: "plist/b.h"']),
+    ("unknown room", {"util/a.txt": ""},
+     ["src/util/a.txt:1: not in a folder that the list of floors knows"]),
+    ("stray file", {"a.cc": ""},
+     ["src/a.cc:1: not in a folder that the list of floors knows"]),
+    ("no guard", {"text/b.h": "int f();\n"},
+     ["src/text/b.h:1: a header says #pragma once"]),
+]
+
+
+class CheckIncludes(unittest.TestCase):
+    def test_trees(self):
+        for name, files, faults in CASES:
+            with self.subTest(name), tempfile.TemporaryDirectory() as root:
+                for path, text in {**SOUND, **files}.items():
+                    file = pathlib.Path(root, "src", path)
+                    file.parent.mkdir(parents=True, exist_ok=True)
+                    file.write_text(text)
+                run = subprocess.run([SCRIPT, root], capture_output=True, text=True)
+                self.assertEqual(run.stdout.splitlines(), faults)
+                self.assertEqual(run.returncode, 1 if faults else 0, run.stderr)
+
+    def test_no_tree_is_no_success(self):
+        with tempfile.TemporaryDirectory() as root:
+            self.assertEqual(subprocess.run([SCRIPT, root], capture_output=True).returncode, 2)
+
+
+unittest.main()
