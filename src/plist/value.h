@@ -29,7 +29,17 @@ struct date {
   friend bool operator==(date, date) = default;
 };
 
-enum class kind : std::uint8_t { none, boolean, integer, real, string, date, data, array, dictionary };
+enum class kind : std::uint8_t {
+  none,
+  boolean,
+  integer,
+  real,
+  string,
+  date,
+  data,
+  array,
+  dictionary
+};
 
 /// A string, number, boolean, date, block of bytes, array, dictionary, or nothing.
 /// Immutable; a copy shares the content and costs one counter. May be read on any thread.
@@ -84,8 +94,8 @@ class value {
  private:
   // The order of the alternatives is that of plist::kind.
   std::variant<std::monostate, bool, std::int64_t, double, std::shared_ptr<std::string const>,
-               plist::date, std::shared_ptr<plist::data const>,
-               std::shared_ptr<plist::array const>, std::shared_ptr<plist::dictionary const>>
+               plist::date, std::shared_ptr<plist::data const>, std::shared_ptr<plist::array const>,
+               std::shared_ptr<plist::dictionary const>>
       content_;
 };
 

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "plist/value.h"
+
+namespace plist {
+
+/// Sorts as a reader would look them up: case, width and composition make no difference, accents
+/// and punctuation do, and a run of digits counts as a number. Names that compare equal keep their
+/// order. The same in every locale.
+void SortArrayLexicographically(std::vector<std::string>& names);
+
+/// A dictionary's keys in the order in which they print: first the keys of a grammar rule in their
+/// customary order, then the others lexicographically.
+std::vector<std::string> KeySortedArray(dictionary const& entries);
+
+}  // namespace plist
