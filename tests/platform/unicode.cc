@@ -1,0 +1,161 @@
+#include "platform/unicode.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+#include <cctype>
+#include <string>
+#include <vector>
+
+#include "platform/utf.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+TEST(unicode, classes_below_128_are_those_of_the_c_library) {
+  for (int c = 0; c < 128; ++c) {
+    auto const u = static_cast<char16_t>(c);
+    EXPECT_EQ(unicode::is_lower(u), std::islower(c) != 0) << c;
+    EXPECT_EQ(unicode::is_upper(u), std::isupper(c) != 0) << c;
+    EXPECT_EQ(unicode::is_alpha(u), std::isalpha(c) != 0) << c;
+    EXPECT_EQ(unicode::is_alnum(u), std::isalnum(c) != 0) << c;
+    EXPECT_EQ(unicode::is_digit(u), std::isdigit(c) != 0) << c;
+    EXPECT_EQ(unicode::is_space(u), std::isspace(c) != 0) << c;
+    EXPECT_EQ(unicode::to_lower(u), std::tolower(c)) << c;
+    EXPECT_EQ(unicode::to_upper(u), std::toupper(c)) << c;
+  }
+}
+
+TEST(unicode, classes_from_128_on) {
+  struct {
+    char16_t unit;
+    std::string classes;  // of Lower, Upper, Alpha, alNum, Digit, Space
+  } const cases[] = {
+      {0x00E9, "LAN"}, {0x00C9, "UAN"}, {0x01C5, "UAN"},  // title case counts as upper
+      {0x0301, "AN"},                                     // a mark counts as a letter
+      {0x00AA, "AN"},                                     // ordinal: a letter without case
+      {0x0663, "ND"},  {0x00BD, "N"},   {0x00A0, "S"},   {0x3000, "S"}, {0x0085, ""}, {0x2028, ""},
+      {0x200B, ""},    {0x00B7, ""},    {0x4E2D, "AN"},  {0xD83D, ""},  {0xDE00, ""}, {0xFFFF, ""},
+  };
+  for (auto const& c : cases) {
+    std::string classes;
+    if (unicode::is_lower(c.unit)) classes += 'L';
+    if (unicode::is_upper(c.unit)) classes += 'U';
+    if (unicode::is_alpha(c.unit)) classes += 'A';
+    if (unicode::is_alnum(c.unit)) classes += 'N';
+    if (unicode::is_digit(c.unit)) classes += 'D';
+    if (unicode::is_space(c.unit)) classes += 'S';
+    EXPECT_EQ(classes, c.classes) << std::hex << int(c.unit);
+  }
+}
+
+TEST(unicode, case_of_one_unit) {
+  struct {
+    char16_t unit, lower, upper;
+  } const cases[] = {
+      {u'é', u'é', u'É'},       {u'ß', u'ß', u'ß'},  // upper case is two units
+      {u'İ', u'İ', u'İ'},                            // lower case is two units
+      {u'ı', u'ı', u'I'},                            // the root locale
+      {0x01C5, 0x01C6, 0x01C4},                      // Dž
+      {0xD801, 0xD801, 0xD801},                      // half of a Deseret letter
+  };
+  for (auto const& c : cases) {
+    EXPECT_EQ(unicode::to_lower(c.unit), c.lower) << std::hex << int(c.unit);
+    EXPECT_EQ(unicode::to_upper(c.unit), c.upper) << std::hex << int(c.unit);
+  }
+  EXPECT_EQ(unicode::uppercase("straße"), "STRASSE");
+  EXPECT_EQ(unicode::lowercase("ΟΔΟΣ"), "οδος");
+}
+
+std::vector<std::size_t> breaks_forward(std::u16string_view text) {
+  std::vector<std::size_t> result;
+  for (std::size_t at = 0; at < text.size();)
+    result.push_back(at = unicode::next_grapheme_break(text, at));
+  return result;
+}
+
+std::vector<std::size_t> breaks_backward(std::u16string_view text) {
+  std::vector<std::size_t> result;
+  for (std::size_t at = text.size(); at > 0; at = unicode::previous_grapheme_break(text, at))
+    result.insert(result.begin(), at);
+  return result;
+}
+
+TEST(unicode, grapheme_clusters) {
+  struct {
+    std::u16string text;
+    std::vector<std::size_t> breaks;
+  } const cases[] = {
+      {u"", {}},
+      {u"abc", {1, 2, 3}},
+      {u"a\r\nb", {1, 3, 4}},
+      {u"e\u0301x", {2, 3}},
+      {u"👩‍👩‍👧!", {8, 9}},
+      {u"🇩🇪🇫🇷", {4, 8}},
+      {u"각", {1}},
+      {u"\u1100\u1161\u11A8a", {3, 4}},
+      {u"\xD83D"
+       u"a",
+       {1, 2}},
+      {u"a\u0301\u0302\u0303\u0304", {5}},
+  };
+  for (auto const& c : cases) {
+    EXPECT_EQ(breaks_forward(c.text), c.breaks) << unicode::to_utf8(c.text);
+    EXPECT_EQ(breaks_backward(c.text), c.breaks) << unicode::to_utf8(c.text);
+  }
+}
+
+TEST(unicode, a_cluster_longer_than_the_window_is_found_whole) {
+  std::u16string const text = u"a" + std::u16string(1000, u'\u0301') + u"b";
+  EXPECT_EQ(unicode::next_grapheme_break(text, 0), 1001u);
+  EXPECT_EQ(unicode::next_grapheme_break(text, 1000), 1001u);
+  EXPECT_EQ(unicode::next_grapheme_break(text, 1001), 1002u);
+}
+
+TEST(unicode, width) {
+  for (char32_t c : {U'中', U'한', U'Ａ', U'😀', U'　'}) EXPECT_TRUE(unicode::is_wide(c));
+  for (char32_t c : {U'a', U'é', U'ｱ', U'α', U'\u0301'}) EXPECT_FALSE(unicode::is_wide(c));
+  for (char32_t c : {U'\u0301', U'\u200D', U'\uFE0F', U'\u1160', U'\U000E0100'})
+    EXPECT_TRUE(unicode::is_zero_width(c)) << std::hex << std::uint32_t(c);
+  for (char32_t c : {U'a', U' ', U'\u0903', U'\u1100'}) EXPECT_FALSE(unicode::is_zero_width(c));
+}
+
+TEST(utf, invalid_bytes_become_replacement_characters) {
+  struct {
+    std::string bytes;
+    std::u16string text;
+    bool valid;
+  } const cases[] = {
+      {"aé中😀", u"aé中😀", true},
+      {"\xED\xA0\xBD", u"\xD83D", false},  // a lone surrogate stays
+      {"\xED\xA0\xBD\xED\xB8\x80", u"\xD83D\xDE00", false},
+      {"\xC0\x80", u"\xFFFD\xFFFD", false},  // overlong
+      {"\xE0\x80\x80", u"\xFFFD\xFFFD\xFFFD", false},
+      {"\xF0\x9F\x98", u"\xFFFD", false},  // cut short
+      {"\xF0\x9F"
+       "a",
+       u"\xFFFD"
+       u"a",
+       false},
+      {"\xF4\x90\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD", false},  // above U+10FFFF
+      {"\xFFz", u"\xFFFDz", false},
+      {"\x80", u"\xFFFD", false},
+      {"a\0b"s, u"a\0b"s, true},
+  };
+  for (auto const& c : cases) {
+    EXPECT_EQ(unicode::to_utf16(c.bytes), c.text) << testing::PrintToString(c.bytes);
+    EXPECT_EQ(unicode::is_valid_utf8(c.bytes), c.valid) << testing::PrintToString(c.bytes);
+  }
+}
+
+TEST(utf, any_units_survive_the_way_through_utf8) {
+  rc::check([](std::vector<std::uint16_t> const& units, std::vector<std::uint8_t> const& choice) {
+    std::u16string text(units.begin(), units.end());
+    for (std::size_t i = 0; i < text.size() && i < choice.size(); ++i)
+      if (choice[i] % 2) text[i] = static_cast<char16_t>(0xD800 | (text[i] & 0x7FF));
+    RC_ASSERT(unicode::to_utf16(unicode::to_utf8(text)) == text);
+  });
+}
+
+}  // namespace
