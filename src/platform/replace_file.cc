@@ -1,0 +1,164 @@
+#include "platform/replace_file.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+namespace platform {
+
+int file_calls::open(char const* path, int flags, mode_t mode) {
+  return ::open(path, flags, mode);
+}
+ssize_t file_calls::read(int fd, void* buffer, std::size_t count) {
+  return ::read(fd, buffer, count);
+}
+ssize_t file_calls::write(int fd, void const* buffer, std::size_t count) {
+  return ::write(fd, buffer, count);
+}
+int file_calls::fstat(int fd, struct stat* info) {
+  return ::fstat(fd, info);
+}
+int file_calls::fchmod(int fd, mode_t mode) {
+  return ::fchmod(fd, mode);
+}
+int file_calls::fsync(int fd) {
+  return ::fsync(fd);
+}
+int file_calls::close(int fd) {
+  return ::close(fd);
+}
+int file_calls::rename(char const* from, char const* to) {
+  return ::rename(from, to);
+}
+int file_calls::link(char const* from, char const* to) {
+  return ::link(from, to);
+}
+int file_calls::unlink(char const* path) {
+  return ::unlink(path);
+}
+
+file_calls& file_calls::system() {
+  static file_calls instance;
+  return instance;
+}
+
+namespace {
+
+constexpr char const* temporary_mark = ".quirnote-";
+
+std::string target_of_links(std::string const& path) {
+  char resolved[PATH_MAX];
+  return ::realpath(path.c_str(), resolved) ? resolved : path;
+}
+
+std::string folder_of(std::string const& path) {
+  auto const slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string temporary_name(std::string const& path) {
+  static unsigned counter = 0;
+  return path + temporary_mark + std::to_string(::getpid()) + "-" + std::to_string(++counter);
+}
+
+int write_all(int fd, std::string_view contents, file_calls& calls) {
+  while (!contents.empty()) {
+    ssize_t const written = calls.write(fd, contents.data(), contents.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
+    if (written == 0) return ENOSPC;
+    contents.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
+
+int write_temporary(std::string const& name, std::string_view contents, mode_t mode,
+                    file_calls& calls) {
+  int const fd = calls.open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (fd < 0) return errno;
+  int error = write_all(fd, contents, calls);
+  if (!error && mode != 0600 && calls.fchmod(fd, mode) != 0) error = errno;
+  if (!error && calls.fsync(fd) != 0) error = errno;
+  if (calls.close(fd) != 0 && !error) error = errno;
+  return error;
+}
+
+int sync_folder(std::string const& folder, file_calls& calls) {
+  int const fd = calls.open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC, 0);
+  if (fd < 0) return errno;
+  int error = calls.fsync(fd) != 0 ? errno : 0;
+  if (error == EINVAL) error = 0;  // file systems that have nothing to sync for folders
+  if (calls.close(fd) != 0 && !error) error = errno;
+  return error;
+}
+
+mode_t mode_to_keep(std::string const& path) {
+  struct stat info;
+  return ::stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0600;
+}
+
+}  // namespace
+
+int read_file(std::string const& path, std::string& contents, file_calls& calls,
+              struct stat* info) {
+  contents.clear();
+  int const fd = calls.open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK, 0);
+  if (fd < 0) return errno;
+  struct stat own;
+  if (!info) info = &own;
+  int error = calls.fstat(fd, info) != 0 ? errno : 0;
+  if (!error && !S_ISREG(info->st_mode)) error = S_ISDIR(info->st_mode) ? EISDIR : EINVAL;
+  char buffer[16384];
+  while (!error) {
+    ssize_t const count = calls.read(fd, buffer, sizeof buffer);
+    if (count == 0) break;
+    if (count > 0)
+      contents.append(buffer, static_cast<std::size_t>(count));
+    else if (errno != EINTR)
+      error = errno;
+  }
+  calls.close(fd);  // nothing was written: its result tells nothing
+  return error;
+}
+
+int replace_file(std::string const& path, std::string_view contents, file_calls& calls) {
+  std::string const target = target_of_links(path);
+  std::string temporary;
+  int error = EEXIST;
+  for (int attempt = 0; error == EEXIST && attempt < 100; ++attempt) {
+    temporary = temporary_name(target);
+    error = write_temporary(temporary, contents, mode_to_keep(target), calls);
+  }
+  if (error == EEXIST) return error;  // not ours to remove
+  if (!error && calls.rename(temporary.c_str(), target.c_str()) != 0) error = errno;
+  if (error) {
+    calls.unlink(temporary.c_str());  // what remains is removed by a later run
+    return error;
+  }
+  return sync_folder(folder_of(target), calls);
+}
+
+void remove_abandoned_temporaries(std::string const& path, file_calls& calls) {
+  std::filesystem::path const target = target_of_links(path);
+  std::string const prefix = target.filename().string() + temporary_mark;
+  std::error_code error;
+  std::filesystem::directory_iterator entry(target.parent_path(), error), last;
+  for (; !error && entry != last; entry.increment(error)) {
+    std::string const name = entry->path().filename().string();
+    if (!name.starts_with(prefix)) continue;
+    pid_t process = 0;
+    std::from_chars(name.data() + prefix.size(), name.data() + name.size(), process);
+    bool const ended = process > 0 && ::kill(process, 0) != 0 && errno == ESRCH;
+    if (ended) calls.unlink(entry->path().c_str());
+  }
+}
+
+}  // namespace platform

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// The system calls that reading and replacing a small file takes, in one place, so that tests can
+/// let any of them fail. Results and errno are those of the calls of the same name.
+class file_calls {
+ public:
+  virtual ~file_calls() = default;
+  virtual int open(char const* path, int flags, mode_t mode);
+  virtual ssize_t read(int fd, void* buffer, std::size_t count);
+  virtual ssize_t write(int fd, void const* buffer, std::size_t count);
+  virtual int fstat(int fd, struct stat* info);
+  virtual int fchmod(int fd, mode_t mode);
+  virtual int fsync(int fd);
+  virtual int close(int fd);
+  virtual int rename(char const* from, char const* to);
+  virtual int link(char const* from, char const* to);
+  virtual int unlink(char const* path);
+
+  /// The real ones.
+  static file_calls& system();
+};
+
+/// Reads the whole file. Returns 0 or an errno.
+int read_file(std::string const& path, std::string& contents, file_calls& calls,
+              struct stat* info = nullptr);
+
+/// Puts a file with these contents in the place of `path`, so that whoever opens it, and whatever
+/// interrupts this, finds either the old or the new contents whole. An existing file's mode is
+/// kept, a new one gets 0600; a symbolic link is followed. Returns 0 or an errno: the old file then
+/// stands as it was, except that after EIO from the last step the new one may stand already.
+int replace_file(std::string const& path, std::string_view contents, file_calls& calls);
+
+/// Removes what interrupted replacements of `path` by processes that have ended left behind.
+void remove_abandoned_temporaries(std::string const& path, file_calls& calls);
+
+}  // namespace platform

@@ -1,0 +1,282 @@
+#include "platform/user_defaults.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <thread>
+
+#include "platform/library_folders.h"
+#include "platform/notification_center.h"
+#include "plist/xml_reader.h"
+#include "plist/xml_writer.h"
+
+namespace platform {
+namespace {
+
+constexpr std::size_t max_file_size = std::size_t{64} << 20;
+
+std::unique_ptr<user_defaults>& standard_instance() {
+  static std::unique_ptr<user_defaults> instance;
+  return instance;
+}
+
+}  // namespace
+
+/// Keeps other processes out of the folder's Defaults.plist. A process that was stopped in the
+/// middle of a save must not stop this one too, so waiting has an end.
+class user_defaults::folder_lock {
+ public:
+  explicit folder_lock(std::string const& folder)
+      : fd_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    if (fd_ < 0) {
+      error_ = errno;
+      return;
+    }
+    for (int attempt = 0; ::flock(fd_, LOCK_EX | LOCK_NB) != 0; ++attempt) {
+      if (errno == EINTR) continue;
+      if (errno != EWOULDBLOCK) return;  // a file system without locks
+      if (attempt == 200) {
+        error_ = EWOULDBLOCK;
+        return;
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  }
+  ~folder_lock() {
+    if (fd_ >= 0) ::close(fd_);
+  }
+  folder_lock(folder_lock const&) = delete;
+  folder_lock& operator=(folder_lock const&) = delete;
+  int error() const { return error_; }
+
+ private:
+  int fd_;
+  int error_ = 0;
+};
+
+user_defaults::user_defaults(std::string path, file_calls& calls)
+    : path_(std::move(path)), calls_(calls) {}
+
+user_defaults& user_defaults::standard() {
+  auto& instance = standard_instance();
+  if (!instance) instance = std::make_unique<user_defaults>(config_folder() + "/Defaults.plist");
+  return *instance;
+}
+
+std::unique_ptr<user_defaults> user_defaults::set_standard(
+    std::unique_ptr<user_defaults> replacement) {
+  std::swap(standard_instance(), replacement);
+  return replacement;
+}
+
+plist::value user_defaults::get(std::string_view key) {
+  load();
+  if (auto found = volatile_.find(key); found != volatile_.end()) return found->second;
+  auto const pending = pending_.find(key);
+  if (pending != pending_.end() && pending->second) return *pending->second;
+  if (pending == pending_.end())
+    if (auto found = stored_.find(key); found != stored_.end()) return found->second;
+  if (auto found = registered_.find(key); found != registered_.end()) return found->second;
+  return {};
+}
+
+bool user_defaults::boolean(std::string_view key, bool fallback) {
+  return get(key).boolean_or(fallback);
+}
+
+std::int64_t user_defaults::integer(std::string_view key, std::int64_t fallback) {
+  return get(key).integer_or(fallback);
+}
+
+double user_defaults::real(std::string_view key, double fallback) {
+  return get(key).real_or(fallback);
+}
+
+std::string user_defaults::string(std::string_view key, std::string_view fallback) {
+  return get(key).string_or(fallback);
+}
+
+plist::array user_defaults::array(std::string_view key) {
+  return get(key).elements();
+}
+
+plist::dictionary user_defaults::dictionary(std::string_view key) {
+  return get(key).entries();
+}
+
+plist::dictionary user_defaults::all() {
+  load();
+  plist::dictionary result = volatile_;
+  plist::dictionary user = stored_;
+  for (auto const& [key, v] : pending_) {
+    user.erase(key);
+    if (v) user.emplace(key, *v);
+  }
+  result.merge(user);
+  result.insert(registered_.begin(), registered_.end());
+  return result;
+}
+
+void user_defaults::register_defaults(plist::dictionary const& defaults) {
+  for (auto const& [key, v] : defaults) registered_.insert_or_assign(key, v);
+}
+
+bool user_defaults::set(std::string_view key, plist::value v) {
+  if (!v) {
+    remove(key);
+    return true;
+  }
+  auto const written = plist::write_xml(plist::dictionary{{std::string(key), v}});
+  if (written.error) {
+    report("a setting can't be stored: " + *written.error);
+    set_volatile(key, std::move(v));
+    return false;
+  }
+  store_layer(key, std::move(v));
+  return true;
+}
+
+void user_defaults::remove(std::string_view key) {
+  store_layer(key, std::nullopt);
+}
+
+void user_defaults::store_layer(std::string_view key, std::optional<plist::value> v) {
+  plist::value const before = get(key);
+  auto const stored = stored_.find(key);
+  auto const pending = pending_.find(key);
+  bool const is_stored =
+      v ? stored != stored_.end() && stored->second == *v : stored == stored_.end();
+  if (!is_stored || pending != pending_.end())
+    pending_.insert_or_assign(std::string(key), std::move(v));
+  if (!(get(key) == before)) post();
+}
+
+void user_defaults::set_volatile(std::string_view key, plist::value v) {
+  plist::value const before = get(key);
+  volatile_.erase(std::string(key));
+  if (v) volatile_.emplace(key, std::move(v));
+  if (!(get(key) == before)) post();
+}
+
+void user_defaults::load() {
+  if (loaded_) return;
+  loaded_ = true;
+  if (!path_.empty()) reload();
+}
+
+void user_defaults::check_for_changes() {
+  if (!loaded_ || path_.empty()) return;
+  if (!pending_.empty()) save();
+  struct stat info;
+  if (::stat(path_.c_str(), &info) == 0 ? signature_of(info) == seen_ : seen_ == signature())
+    return;
+  auto const before = all();
+  reload();
+  if (all() != before) post();
+}
+
+bool user_defaults::save() {
+  load();
+  if (path_.empty() || pending_.empty()) return true;
+  auto const before = all();
+  int const error = store_pending();
+  if (error) report(path_ + ": can't be written: " + std::strerror(error));
+  if (all() != before) post();
+  return error == 0;
+}
+
+void user_defaults::reload() {
+  file_state now = read_current();
+  if (now.damage) {
+    // What looks damaged may have been replaced meanwhile: only the holder of the lock judges.
+    folder_lock const lock(folder());
+    now = read_current();
+    if (now.damage) now.error = lock.error() ? lock.error() : set_aside(now);
+  }
+  if (now.error) report(path_ + ": " + std::strerror(now.error));
+  if (now.error && !now.damage) return;  // the values known before go on
+  stored_ = std::move(now.entries);
+  seen_ = now.seen;
+}
+
+int user_defaults::store_pending() {
+  if (!make_folders(folder())) return errno;
+  folder_lock const lock(folder());
+  if (lock.error()) return lock.error();
+  file_state now = read_current();
+  if (now.damage) now.error = set_aside(now);
+  if (now.error) return now.error;
+  for (auto const& [key, v] : pending_) {
+    now.entries.erase(key);
+    if (v) now.entries.emplace(key, *v);
+  }
+  auto const written = plist::write_xml(now.entries);
+  if (written.error) return EILSEQ;  // set() lets nothing in that would lead here
+  remove_abandoned_temporaries(path_, calls_);
+  if (int const error = replace_file(path_, written.text, calls_)) return error;
+  pending_.clear();
+  stored_ = std::move(now.entries);
+  struct stat info;
+  seen_ = ::stat(path_.c_str(), &info) == 0 ? signature_of(info) : signature();
+  return 0;
+}
+
+/// Reads what is in the file now; a file that isn't there is empty.
+user_defaults::file_state user_defaults::read_current() {
+  file_state result;
+  std::string text;
+  struct stat info;
+  result.error = read_file(path_, text, calls_, &info);
+  if (result.error == ENOENT) return {};
+  if (result.error) return result;
+  result.seen = signature_of(info);
+  auto read = plist::read_xml(text, max_file_size);
+  if (!read.error && !read.value.as_dictionary())
+    read.error = {1, 1, "the top level is no dictionary"};
+  if (read.error)
+    result.damage = std::to_string(read.error->line) + ":" + std::to_string(read.error->column) +
+                    ": " + read.error->message;
+  else
+    result.entries = read.value.entries();
+  return result;
+}
+
+/// Gives the damaged file a name under which it is kept. The state becomes that of no file.
+int user_defaults::set_aside(file_state& damaged) {
+  std::string name;
+  for (int n = 1;; ++n) {
+    name = path_ + ".damaged-" + std::to_string(n);
+    if (calls_.link(path_.c_str(), name.c_str()) == 0) break;
+    if (errno != EEXIST) return errno;
+  }
+  report(path_ + ":" + *damaged.damage + "; the file is kept as " + name);
+  if (calls_.unlink(path_.c_str()) != 0) return errno;
+  damaged = {};
+  return 0;
+}
+
+user_defaults::signature user_defaults::signature_of(struct stat const& info) {
+  return {info.st_dev, info.st_ino, info.st_size,
+          std::int64_t{info.st_mtim.tv_sec} * 1'000'000'000 + info.st_mtim.tv_nsec};
+}
+
+std::string user_defaults::folder() const {
+  auto const slash = path_.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path_.substr(0, slash);
+}
+
+void user_defaults::report(std::string const& message) {
+  if (reported_.insert(message).second) std::fprintf(stderr, "Quirnote: %s\n", message.c_str());
+}
+
+void user_defaults::post() const {
+  notification_center::standard().post(did_change, this);
+}
+
+}  // namespace platform
