@@ -12,6 +12,10 @@ desktop& desktop::current() {
   return *current_desktop;
 }
 
+desktop* desktop::current_or_null() {
+  return current_desktop;
+}
+
 void desktop::set_current(desktop* d) {
   current_desktop = d;
 }

@@ -20,6 +20,7 @@ class desktop {
 
   /// Must have been set.
   static desktop& current();
+  static desktop* current_or_null();
   static void set_current(desktop* d);  // not owned
 
   virtual run_loop& loop() = 0;

@@ -1,0 +1,101 @@
+#include "headless/headless_desktop.h"
+
+#include <algorithm>
+
+namespace headless {
+
+void memory_pasteboard::set(plist::dictionary types) {
+  content_ = std::move(types);
+  ++changes_;
+}
+
+plist::value memory_pasteboard::get(std::string_view type) const {
+  auto const it = content_.find(type);
+  return it == content_.end() ? plist::value() : it->second;
+}
+
+void scripted_alerts::answer(std::string title, std::string button) {
+  answers_[std::move(title)] = std::move(button);
+}
+
+std::size_t scripted_alerts::run(platform::alert const& question) {
+  std::size_t index = question.safe_button;
+  if (auto const it = answers_.find(question.title); it != answers_.end()) {
+    auto const& buttons = question.buttons;
+    auto const button = std::find(buttons.begin(), buttons.end(), it->second);
+    if (button != buttons.end()) index = static_cast<std::size_t>(button - buttons.begin());
+  }
+  std::string const name = index < question.buttons.size() ? question.buttons[index] : "";
+  shown.push_back({question.title, question.text, name});
+  return index;
+}
+
+std::vector<std::string> scripted_panels::run_open(platform::open_request const&) {
+  if (open_answers.empty()) return {};
+  std::vector<std::string> const answer = open_answers.front();
+  open_answers.pop_front();
+  return answer;
+}
+
+std::optional<platform::save_answer> scripted_panels::run_save(platform::save_request const&) {
+  if (save_answers.empty()) return std::nullopt;
+  std::optional<platform::save_answer> const answer = save_answers.front();
+  save_answers.pop_front();
+  return answer;
+}
+
+headless_window::headless_window(headless_desktop& desktop, platform::window_delegate& delegate,
+                                 platform::view_client& client, platform::responder& first)
+    : host(client), desktop_(desktop), delegate_(delegate), first_(first) {}
+
+headless_window::~headless_window() {
+  std::erase(desktop_.front_to_back_, this);
+}
+
+void headless_window::make_key_and_order_front() {
+  bool const was_key = is_key();
+  visible = true;
+  std::erase(desktop_.front_to_back_, this);
+  desktop_.front_to_back_.insert(desktop_.front_to_back_.begin(), this);
+  if (!was_key) delegate_.windowDidBecomeKey();
+}
+
+void headless_window::close() {
+  visible = false;
+  std::erase(desktop_.front_to_back_, this);
+  delegate_.windowWillClose();
+}
+
+bool headless_window::is_key() const {
+  return !desktop_.front_to_back_.empty() && desktop_.front_to_back_.front() == this;
+}
+
+void headless_window::update_value(std::string_view key, plist::value const& value) {
+  values.insert_or_assign(std::string(key), value);
+}
+
+headless_desktop::headless_desktop() : former_(platform::desktop::current_or_null()) {
+  set_current(this);
+}
+
+headless_desktop::~headless_desktop() {
+  set_current(former_);
+}
+
+std::unique_ptr<platform::window> headless_desktop::make_window(platform::window_delegate& delegate,
+                                                                platform::view_client& client,
+                                                                platform::responder& first) {
+  return std::make_unique<headless_window>(*this, delegate, client, first);
+}
+
+std::vector<platform::window*> headless_desktop::ordered_windows() const {
+  return {front_to_back_.begin(), front_to_back_.end()};
+}
+
+int headless_desktop::run(platform::application_delegate& app) {
+  app.didFinishLaunching();
+  loop_.run_for(0);
+  return 0;
+}
+
+}  // namespace headless

@@ -1,0 +1,119 @@
+#pragma once
+
+#include "headless/headless_run_loop.h"
+#include "headless/headless_view_host.h"
+#include "platform/desktop.h"
+
+#include <deque>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The desktop without a window system, for batch mode and tests.
+namespace headless {
+
+class memory_pasteboard : public platform::pasteboard {
+ public:
+  void set(plist::dictionary types) override;
+  plist::value get(std::string_view type) const override;
+  std::uint64_t change_count() const override { return changes_; }
+
+ private:
+  plist::dictionary content_;
+  std::uint64_t changes_ = 0;
+};
+
+/// Answers alerts from a list of titles and buttons, and with the safe button otherwise.
+class scripted_alerts : public platform::alert_panel {
+ public:
+  struct record {
+    std::string title, text, answer;
+  };
+
+  /// From now on alerts of this title get this button. A button that an alert doesn't have gives
+  /// its safe one.
+  void answer(std::string title, std::string button);
+  std::size_t run(platform::alert const& question) override;
+
+  std::vector<record> shown;
+
+ private:
+  std::map<std::string, std::string> answers_;
+};
+
+/// Gives the answers put in before, in order; an empty list is "cancelled".
+class scripted_panels : public platform::file_panels {
+ public:
+  std::vector<std::string> run_open(platform::open_request const& request) override;
+  std::optional<platform::save_answer> run_save(platform::save_request const& request) override;
+
+  std::deque<std::vector<std::string>> open_answers;
+  std::deque<std::optional<platform::save_answer>> save_answers;
+};
+
+class headless_desktop;
+
+class headless_window : public platform::window {
+ public:
+  headless_window(headless_desktop& desktop, platform::window_delegate& delegate,
+                  platform::view_client& client, platform::responder& first);
+  ~headless_window() override;
+
+  void set_title(std::string const& t) override { title = t; }
+  void set_represented_filename(std::string const& path) override { filename = path; }
+  void set_document_edited(bool e) override { edited = e; }
+  void make_key_and_order_front() override;
+  void close() override;
+  bool is_visible() const override { return visible; }
+  bool is_miniaturized() const override { return false; }
+  void deminiaturize() override {}
+  bool is_key() const override;
+  platform::responder* first_responder() const override { return &first_; }
+  platform::window_delegate* delegate() const override { return &delegate_; }
+  void update_value(std::string_view key, plist::value const& value) override;
+
+  std::string title, filename;
+  bool edited = false, visible = false;
+  std::map<std::string, plist::value, std::less<>> values;
+  headless_view_host host;
+
+ private:
+  headless_desktop& desktop_;
+  platform::window_delegate& delegate_;
+  platform::responder& first_;
+};
+
+class headless_desktop : public platform::desktop {
+ public:
+  headless_desktop();            // becomes the current desktop
+  ~headless_desktop() override;  // puts the former one back
+
+  headless_run_loop& loop() override { return loop_; }
+  memory_pasteboard& general_pasteboard() override { return general_; }
+  memory_pasteboard& primary_selection() override { return primary_; }
+  memory_pasteboard& find_pasteboard() override { return find_; }
+  scripted_alerts& alerts() override { return alerts_; }
+  scripted_panels& panels() override { return panels_; }
+  void beep() override { ++beeps; }
+  std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
+                                                platform::view_client& client,
+                                                platform::responder& first) override;
+  std::vector<platform::window*> ordered_windows() const override;
+  int run(platform::application_delegate& app) override;
+  void terminate() override { terminated = true; }
+
+  int beeps = 0;
+  bool terminated = false;
+
+ private:
+  friend class headless_window;
+  headless_run_loop loop_;
+  memory_pasteboard general_, primary_, find_;
+  scripted_alerts alerts_;
+  scripted_panels panels_;
+  std::vector<headless_window*> front_to_back_;
+  platform::desktop* former_;
+};
+
+}  // namespace headless

@@ -1,0 +1,65 @@
+#include "headless/headless_view_host.h"
+
+#include <algorithm>
+
+namespace headless {
+
+headless_view_host::headless_view_host(platform::view_client& client) : client_(client) {
+  client_.set_host(this);
+}
+
+headless_view_host::~headless_view_host() {
+  client_.set_host(nullptr);
+}
+
+void headless_view_host::scroll_to(platform::point origin) {
+  double const max_x = std::max(0.0, frame_size.width - visible_.width);
+  double const max_y = std::max(0.0, frame_size.height - visible_.height);
+  platform::rect const old = visible_;
+  visible_.x = std::clamp(origin.x, 0.0, max_x);
+  visible_.y = std::clamp(origin.y, 0.0, max_y);
+  if (!(visible_ == old)) client_.visible_rect_changed();
+}
+
+void headless_view_host::set_frame_size(platform::size s) {
+  frame_size = s;
+  scroll_to({visible_.x, visible_.y});
+}
+
+void headless_view_host::set_needs_display(platform::rect const& r) {
+  if (!r.empty()) dirty.push_back(r);
+}
+
+platform::palette headless_view_host::palette() const {
+  return {{0, 0, 0}, {255, 255, 255}, {180, 210, 255}, {0, 0, 0}, false};
+}
+
+platform::font_metrics headless_view_host::metrics_for(platform::font const& f) const {
+  double const scale = f.point_size / 12;
+  return {11 * scale, -3 * scale, 8 * scale};
+}
+
+void headless_view_host::input_method_changed(bool abandon) {
+  if (abandon) ++compositions_abandoned;
+}
+
+void headless_view_host::show_context_menu(std::vector<platform::menu_item> const& items,
+                                           platform::point) {
+  context_menu = items;
+}
+
+void headless_view_host::interpret_key_event(platform::key_event const& event) {
+  bool const is_text =
+      (event.modifiers & (platform::modifier::command | platform::modifier::control)) == 0 &&
+      !event.characters.empty() && event.characters[0] >= 0x20 && event.characters[0] != 0x7F &&
+      (event.characters[0] < 0xF700 || event.characters[0] > 0xF8FF);
+  if (is_text) client_.insert_text(event.characters);
+}
+
+void headless_view_host::resize(platform::size visible) {
+  visible_.width = visible.width;
+  visible_.height = visible.height;
+  client_.visible_rect_changed();
+}
+
+}  // namespace headless

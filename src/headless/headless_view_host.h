@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/view.h"
+
+#include <vector>
+
+namespace headless {
+
+/// A view without a widget: 80 columns of 8 by 24 rows of 16 pixels are visible unless told
+/// otherwise, and what the logic asks for is remembered.
+class headless_view_host : public platform::view_host {
+ public:
+  explicit headless_view_host(platform::view_client& client);  // attaches itself
+  ~headless_view_host() override;                              // detaches itself
+
+  platform::rect visible_rect() const override { return visible_; }
+  void scroll_to(platform::point origin) override;
+  void set_frame_size(platform::size s) override;
+  void set_needs_display(platform::rect const& r) override;
+  bool is_first_responder() const override { return focused; }
+  bool is_window_key() const override { return focused; }
+  platform::palette palette() const override;
+  platform::font_metrics metrics_for(platform::font const& f) const override;
+  void set_font(platform::font const&) override {}
+  void hide_cursor_until_mouse_moves() override {}
+  void reset_cursor() override {}
+  void input_method_changed(bool abandon) override;
+  void show_context_menu(std::vector<platform::menu_item> const& items,
+                         platform::point where) override;
+  void interpret_key_event(platform::key_event const& event) override;
+
+  void resize(platform::size visible);
+
+  bool focused = true;
+  platform::size frame_size;
+  std::vector<platform::rect> dirty;  // what set_needs_display got
+  int compositions_abandoned = 0;
+  std::vector<platform::menu_item> context_menu;  // the last one shown
+
+ private:
+  platform::view_client& client_;
+  platform::rect visible_{0, 0, 640, 384};
+};
+
+}  // namespace headless
