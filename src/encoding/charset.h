@@ -1,0 +1,24 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string_view>
+
+namespace encoding {
+
+/// The charsets a file may be in. The value is the index of every table here, and the tag of
+/// the menu items that pick an encoding.
+enum charset_t { ASCII, UTF8, UTF16BE, UTF16LE, Latin1, MacRoman, CP1252, Unknown };
+
+/// What users see, by charset_t.
+inline constexpr std::array<char const*, 8> charset_name = {
+    "ASCII", "UTF8", "UTF16BE", "UTF16LE", "Latin1", "MacRoman", "CP1252", "Unknown"};
+
+/// What the user defaults store, by charset_t; null where a charset can't be a default.
+inline constexpr std::array<char const*, 8> charset_key = {
+    nullptr, "utf-8", "utf-16-be", "utf-16-le", "iso-8859-1", "mac-roman", "cp-1252", nullptr};
+
+/// The charset that the user defaults name by `key`; nothing for any other text.
+std::optional<charset_t> charset_for_key(std::string_view key);
+
+}  // namespace encoding

@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include <list>
+
+#include "encoding/block_appender.h"
+#include "encoding/converters.h"
+#include "encoding/supplementary.h"
+
+namespace {
+
+using namespace encoding;
+using bytes = std::vector<unsigned char>;
+using units = std::vector<char16_t>;
+
+bytes encode(units const& in, charset_t charset) {
+  bytes out;
+  convert_from_unicode(in.begin(), in.end(), charset, std::back_inserter(out));
+  return out;
+}
+
+bytes encode_with_pairs(units const& in) {
+  bytes out;
+  encode_utf8_with_pairs(in.begin(), in.end(), std::back_inserter(out));
+  return out;
+}
+
+units decode(bytes const& in, charset_t charset) {
+  units out;
+  convert_to_unicode(in.begin(), in.end(), charset, std::back_inserter(out));
+  return out;
+}
+
+TEST(Encoders, Rules) {
+  struct {
+    charset_t charset;
+    units in;
+    bytes out;
+  } const cases[] = {
+      {ASCII, {'a', 0xE9, 0x20AC, 0x8A}, {'a', 0x69, 0x2C, 0x0A}},
+      {UTF8,
+       {0x7F, 0x80, 0x7FF, 0x800, 0xFFFF},
+       {0x7F, 0xC2, 0x80, 0xDF, 0xBF, 0xE0, 0xA0, 0x80, 0xEF, 0xBF, 0xBF}},
+      {UTF8, {0xF600}, {0xEF, 0x98, 0x80}},
+      {UTF8, {0xD83D, 0xDE00}, {0xED, 0xA0, 0xBD, 0xED, 0xB8, 0x80}},  // each by itself
+      {UTF16BE, {}, {0xFE, 0xFF}},
+      {UTF16BE, {0x20AC}, {0xFE, 0xFF, 0x20, 0xAC}},
+      {UTF16LE, {0x20AC}, {0xFF, 0xFE, 0xAC, 0x20}},
+      {Latin1, {0x7F, 0x80, 0xFF, 0x100, 0x20AC}, {0x7F, 0x80, 0xFF, 0x00, 0xAC}},
+      {MacRoman, {0x7F, 0x80, 0xE9, 0x20AC, 0xF8FF, 0x4E00}, {0x7F, '?', 0x8E, 0xDB, 0xF0, '?'}},
+      {CP1252, {0x7F, 0x81, 0x9F, 0xE9, 0x20AC, 0x4E00}, {0x7F, 0x81, 0x9F, 0xE9, 0x80, '?'}},
+  };
+  for (auto const& c : cases) {
+    EXPECT_EQ(encode(c.in, c.charset), c.out) << charset_name[c.charset];
+    std::list<char16_t> const list(c.in.begin(), c.in.end());
+    std::string from_list;
+    convert_from_unicode(list.begin(), list.end(), c.charset, std::back_inserter(from_list));
+    EXPECT_EQ(bytes(from_list.begin(), from_list.end()), c.out) << charset_name[c.charset];
+  }
+}
+
+TEST(Encoders, EveryUnitComesBackFromTheUnicodeCharsets) {
+  units all(0x10000);
+  for (unsigned i = 0; i < all.size(); ++i) all[i] = i;
+  for (auto charset : {UTF8, UTF16BE, UTF16LE})
+    EXPECT_EQ(decode(encode(all, charset), charset), all);
+}
+
+TEST(Encoders, EveryByteComesBackFromTheEightBitCharsets) {
+  bytes all(256);
+  for (unsigned i = 0; i < all.size(); ++i) all[i] = i;
+  EXPECT_EQ(encode(decode(all, Latin1), Latin1), all);
+  EXPECT_EQ(encode(decode(all, MacRoman), MacRoman), all);
+  for (unsigned char unassigned : {0x81, 0x8D, 0x8F, 0x90, 0x9D}) all[unassigned] = '?';
+  EXPECT_EQ(encode(decode(all, CP1252), CP1252), all);
+}
+
+TEST(Supplementary, PairsAreFourBytesAndLoneSurrogatesThree) {
+  EXPECT_EQ(encode_with_pairs({0xD83D, 0xDE00}), (bytes{0xF0, 0x9F, 0x98, 0x80}));
+  EXPECT_EQ(encode_with_pairs({0xDBFF, 0xDFFF}), (bytes{0xF4, 0x8F, 0xBF, 0xBF}));
+  EXPECT_EQ(encode_with_pairs({0xDE00, 0xD83D}), (bytes{0xED, 0xB8, 0x80, 0xED, 0xA0, 0xBD}));
+  EXPECT_EQ(encode_with_pairs({0xD83D, 0xD83D, 0xDE00, 0xDE00}),
+            (bytes{0xED, 0xA0, 0xBD, 0xF0, 0x9F, 0x98, 0x80, 0xED, 0xB8, 0x80}));
+}
+
+TEST(Supplementary, EveryCharacterComesBackAsItsBytes) {
+  for (char32_t value = 0x10000; value <= 0x10FFFF; ++value) {
+    unsigned char sequence[4];
+    ASSERT_EQ(put_utf8_sequence(value, sequence), sequence + 4);
+    char16_t pair[2];
+    ASSERT_EQ(decode_utf8_with_pairs(sequence, sequence + 4, pair, nullptr), pair + 2);
+    ASSERT_EQ(joined_surrogates(pair[0], pair[1]), value);
+    unsigned char again[4];
+    ASSERT_EQ(encode_utf8_with_pairs(pair, pair + 2, again), again + 4);
+    ASSERT_TRUE(std::equal(again, again + 4, sequence)) << std::hex << unsigned(value);
+  }
+}
+
+TEST(BlockAppender, AppendsFullPiecesAtOnceAndTheRestAtTheEnd) {
+  for (std::size_t size : {0, 1, 255, 256, 257, 511, 512, 5000}) {
+    units text(size);
+    for (std::size_t i = 0; i < size; ++i) text[i] = i % 251;
+    std::string block = "before";
+    convert_from_unicode(text.begin(), text.end(), Latin1, block_appender<std::string>(block));
+    EXPECT_EQ(block, "before" + std::string(text.begin(), text.end())) << size;
+  }
+}
+
+TEST(BlockAppender, CopiesShareTheBuffer) {
+  bytes block;
+  {
+    block_appender<bytes> a(block);
+    auto b = a;
+    for (int i = 0; i < 128; ++i) {
+      *a++ = 1;
+      *b++ = 2;
+    }
+    EXPECT_EQ(block.size(), 256u);
+    *b++ = 3;
+    { auto const gone = std::move(b); }
+    EXPECT_EQ(block.size(), 256u);
+  }
+  EXPECT_EQ(block.size(), 257u);
+  EXPECT_EQ(block[254], 1);
+  EXPECT_EQ(block[255], 2);
+  EXPECT_EQ(block[256], 3);
+}
+
+}  // namespace

@@ -1,0 +1,206 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "agreement.h"
+#include "encoding/lanes.h"
+
+// The functions for whole files against the generic ones.
+
+namespace {
+
+using agreement::bytes;
+using agreement::units;
+
+/// Text as it occurs, and text as it shouldn't, in one: pieces of each kind in random order.
+class text_maker {
+ public:
+  explicit text_maker(unsigned seed) : random_(seed) {}
+
+  bytes make(std::size_t pieces) {
+    bytes out;
+    for (std::size_t i = 0; i < pieces; ++i) add(out);
+    return out;
+  }
+  unsigned below(unsigned n) { return random_() % n; }
+
+ private:
+  void put(bytes& out, char32_t value) {
+    encoding::put_utf8_sequence(value, std::back_inserter(out));
+  }
+
+  void add(bytes& out) {
+    unsigned const length = below(40);
+    switch (below(9)) {
+      case 0:
+      case 1:
+        for (unsigned i = 0; i < length; ++i) out.push_back(32 + below(95));
+        break;
+      case 2:
+        for (unsigned i = 0; i < length; ++i) put(out, 0x80 + below(0x780));
+        break;
+      case 3:
+        for (unsigned i = 0; i < length; ++i) put(out, 0x800 + below(0xF800));
+        break;
+      case 4:
+        put(out, 0x10000 + below(0x100000));
+        break;
+      case 5:
+        out.push_back("\r\n\n\t"[below(4)]);
+        break;
+      case 6:
+        put(out, 0xD7F0 + below(0x820));
+        break;
+      case 7:
+        if (below(4) == 0) out.push_back(below(256));
+        break;
+      case 8:
+        if (below(4) == 0 && !out.empty()) out.pop_back();
+        break;
+    }
+  }
+
+  std::mt19937 random_;
+};
+
+TEST(WholeFiles, DecodingAgreesOnShortInputAtEveryDistanceFromTheEnd) {
+  unsigned char const telling[] = {'a',  0x80, 0x9F, 0xA0, 0xBF, 0xC1, 0xC2, 0xE0, 0xED,
+                                   0xEF, 0xF0, 0xF4, 0xF7, 0xF8, 0xFC, 0xFE, 0xFF};
+  for (unsigned char a : telling) {
+    for (unsigned char b : telling) {
+      for (unsigned char c : {0x41, 0x80, 0xB0, 0xED, 0xFF}) {
+        for (std::size_t before : {0, 15, 31, 63}) {
+          bytes in(before, 'x');
+          for (unsigned char byte : {a, b, c, (unsigned char)0x80, (unsigned char)0x90, a, b, c}) {
+            in.push_back(byte);
+          }
+          ASSERT_EQ(agreement::in_decoding(in), "");
+          in.resize(in.size() + 40, 'y');
+          ASSERT_EQ(agreement::in_decoding(in), "");
+        }
+      }
+    }
+  }
+}
+
+TEST(WholeFiles, DecodingAgreesOnRandomText) {
+  text_maker maker(1);
+  for (int i = 0; i < 2000; ++i) {
+    bytes in = maker.make(maker.below(20));
+    if (maker.below(5) == 0) in.insert(in.begin(), {0xEF, 0xBB, 0xBF});
+    if (maker.below(5) == 0) in.insert(in.begin(), {0xFF, 0xFE});
+    if (maker.below(5) == 0) in.insert(in.begin(), {0xFE, 0xFF});
+    ASSERT_EQ(agreement::in_decoding(in), "");
+  }
+}
+
+TEST(WholeFiles, EncodingAgreesOnRandomText) {
+  text_maker maker(2);
+  for (int i = 0; i < 300; ++i) {
+    units const in = agreement::decode(maker.make(maker.below(20)), encoding::UTF8, true, nullptr);
+    ASSERT_EQ(agreement::in_encoding(in, 1 + maker.below(50)), "");
+    ASSERT_EQ(agreement::in_line_endings(in), "");
+  }
+}
+
+TEST(WholeFiles, EncodingAgreesBeyondTheBuffer) {
+  text_maker maker(3);
+  units in = agreement::decode(maker.make(20000), encoding::UTF8, true, nullptr);
+  EXPECT_EQ(agreement::in_encoding(in, in.size()), "");
+  EXPECT_EQ(agreement::in_encoding(units(100000, u'\n'), 100000), "");
+  units pairs(8191, u'x');  // then pairs that lie across the pieces
+  for (int i = 0; i < 10000; ++i) pairs.insert(pairs.end(), {0xD83D, 0xDE00});
+  EXPECT_EQ(agreement::in_encoding(pairs, pairs.size()), "");
+}
+
+TEST(WholeFiles, ExactTellsWhatWouldNotComeBack) {
+  auto const exact = [](std::string const& in, encoding::charset_t charset, bool pairs) {
+    return agreement::decode_fast({in.begin(), in.end()}, charset, pairs).exact;
+  };
+  using namespace encoding;
+  EXPECT_TRUE(
+      exact("\xEF\xBB\xBF\xEF\xBB\xBF"
+            "a\xC3\xA9",
+            UTF8, false));
+  EXPECT_FALSE(exact("\xF0\x9F\x98\x80", UTF8, false));
+  EXPECT_TRUE(exact("\xF0\x9F\x98\x80", UTF8, true));
+  EXPECT_TRUE(exact("\xED\xA0\x80 \xED\xB0\x80", UTF8, true));
+  EXPECT_FALSE(exact("\xED\xA0\x80\xED\xB0\x80", UTF8, true));
+  EXPECT_TRUE(exact("\xED\xA0\x80\xED\xB0\x80", UTF8, false));
+  for (auto* lost : {"\xC0\xAF", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80",
+                     "\xFC\x84\x80\x80\x80\x80", "\xC3", "\xA9"}) {
+    EXPECT_FALSE(exact(lost, UTF8, true)) << testing::PrintToString(lost);
+  }
+  EXPECT_TRUE(exact("\xFF\xFE"
+                    "a",
+                    UTF16LE, false) == false);
+  EXPECT_TRUE(exact("\x81", Latin1, false));
+  EXPECT_FALSE(exact("\x81", CP1252, false));
+  EXPECT_FALSE(exact("\x81", ASCII, false));
+}
+
+TEST(WholeFiles, EveryUnitIsKeptOrLostAsTheGenericConvertersSay) {
+  for (unsigned unit = 0; unit < 0x10000; ++unit) {
+    ASSERT_EQ(agreement::in_losses({static_cast<char16_t>(unit)}), "");
+  }
+  units const text(1000, u'\u0100');
+  for (auto charset : {encoding::UTF8, encoding::UTF16BE, encoding::UTF16LE}) {
+    auto const* last = text.data() + text.size();
+    EXPECT_EQ(encoding::first_lost_unit(text.data(), last, charset), last);
+  }
+}
+
+TEST(WholeFiles, AFailedSinkEndsTheEncoding) {
+  int calls = 0;
+  encoding::stream_encoder encoder({},
+                                   [&](unsigned char const*, std::size_t) { return ++calls < 2; });
+  units const text(100000, u'x');
+  bool good = true;
+  int parts = 0;
+  for (; good && parts < 100; ++parts) good = encoder.put(text.data(), text.data() + text.size());
+  EXPECT_FALSE(good);
+  EXPECT_LT(parts, 5);
+  EXPECT_FALSE(encoder.finish());
+  EXPECT_EQ(calls, 2);
+}
+
+#if defined(__SSE2__)
+TEST(WholeFiles, BothKindsOfLanesAgree) {
+  using P = encoding::portable_lanes;
+  using S = encoding::sse2_lanes;
+  text_maker maker(4);
+  for (int i = 0; i < 20000; ++i) {
+    bytes in = maker.make(10);
+    in.resize(64, 'x');
+    units u(32), a(16), b(16);
+    std::memcpy(u.data(), in.data(), 64);
+    if (maker.below(2)) {
+      for (char16_t& unit : u) unit &= maker.below(2) ? 0xFF : 0x0F;
+    }
+    ASSERT_EQ(P::widen(a.data(), in.data()), S::widen(b.data(), in.data()));
+    ASSERT_EQ(a, b);
+    ASSERT_EQ(P::two_byte_sequences(a.data(), in.data()),
+              S::two_byte_sequences(b.data(), in.data()));
+    ASSERT_EQ(a, b);
+    for (int limit : {0, 0x80, 0xA0, 0xC0, 0xE0, 0xF0, 0xF8, 0xFC, 0xFE}) {
+      auto const l = static_cast<signed char>(limit);
+      ASSERT_EQ(P::below(in.data(), l), S::below(in.data(), l));
+    }
+    for (char16_t refused : {0xFF80, 0xFF00}) {
+      bytes x(16), y(16);
+      unsigned const mask = P::narrow(x.data(), u.data(), refused, u'\n');
+      ASSERT_EQ(mask, S::narrow(y.data(), u.data(), refused, u'\n'));
+      for (int k = 0; k < 16; ++k) ASSERT_TRUE(mask >> k & 1 || x[k] == y[k]);
+    }
+    ASSERT_EQ(P::equal(u.data(), u'\r'), S::equal(u.data(), u'\r'));
+    P::swap_bytes(a.data(), u.data());
+    S::swap_bytes(b.data(), u.data());
+    ASSERT_EQ(a, b);
+    std::size_t lf_a = 0, lf_b = 0;
+    ASSERT_EQ(P::skip_to_cr(u.data(), 32, lf_a), S::skip_to_cr(u.data(), 32, lf_b));
+    ASSERT_EQ(lf_a, lf_b);
+  }
+}
+#endif
+
+}  // namespace
