@@ -1,0 +1,33 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+/// Questions to the file system. Paths are byte strings. Any thread.
+namespace path {
+
+/// False for "" and for a link that leads nowhere.
+bool exists(std::string const& path);
+
+/// The device that the file is on, or -1.
+dev_t device(std::string const& path);
+
+/// The home folder by the password database, "" if the user isn't in it.
+std::string home();
+
+/// The working directory, "" on failure.
+std::string cwd();
+
+/// The normalized path with the links in every component followed. A path that isn't absolute is
+/// only normalized. A link that leads nowhere gives the path of what it names, and links in a
+/// circle end at one of them. "" if a link can't be read, which is told on standard error.
+std::string resolve(std::string const& path);
+
+/// The same, but only a link in the last component is followed.
+std::string resolve_head(std::string const& path);
+
+/// What the file holds; "" if it can't be read or is no regular file.
+std::string content(std::string const& path);
+
+}  // namespace path

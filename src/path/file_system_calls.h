@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/replace_file.h"
+
+namespace path {
+
+/// The system calls by which the reader and the writer of files work, in one place, so that tests
+/// can let any of them fail. Results and errno are those of the calls of the same name.
+class file_system_calls : public platform::file_calls {
+ public:
+  virtual int ftruncate(int fd, off_t length);
+  virtual int fallocate(int fd, int mode, off_t offset, off_t length);
+  virtual int fchown(int fd, uid_t owner, gid_t group);
+  virtual int futimens(int fd, timespec const times[2]);
+
+  /// The real ones.
+  static file_system_calls& system();
+};
+
+/// An open file, closed at the end of the scope unless `close` has been called.
+class file_descriptor {
+ public:
+  explicit file_descriptor(file_system_calls& calls) : calls_(&calls) {}
+  file_descriptor(file_descriptor const&) = delete;
+  file_descriptor& operator=(file_descriptor const&) = delete;
+  ~file_descriptor() { close(); }
+
+  /// 0 or an errno. The descriptor isn't inherited by programs that are run.
+  int open(std::string const& path, int flags, mode_t mode = 0);
+  /// 0 or an errno; the file is closed in any case.
+  int close();
+  int get() const { return fd_; }
+
+ private:
+  file_system_calls* calls_;
+  int fd_ = -1;
+};
+
+/// Calls again as long as the call was interrupted. Gives its result, with errno as it left it.
+template <typename Call>
+auto uninterrupted(Call call) {
+  for (;;) {
+    auto const result = call();
+    if (result >= 0 || errno != EINTR) return result;
+  }
+}
+
+}  // namespace path

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "path/file_error.h"
+#include "path/file_system_calls.h"
+
+/// Writes files so that the text which was on disk isn't lost without a word: every result of
+/// every system call is looked at, and an error says whether the old bytes still stand.
+namespace path {
+
+/// Takes the next piece, which it has used when it returns. False ends the writing.
+using byte_sink = std::function<bool(unsigned char const* bytes, std::size_t size)>;
+
+/// What a file is to hold, made piece by piece, so that no second copy of a large text is needed.
+/// It may be produced more than once.
+struct file_contents {
+  std::uint64_t size = 0;  ///< in bytes, all pieces together
+  /// Gives all pieces to the sink, and stops with false once this gives false.
+  std::function<bool(byte_sink const&)> produce;
+};
+
+/// The contents that stand in `bytes`, which must outlive them.
+file_contents contents_of(std::string_view bytes);
+
+struct write_error : file_error {
+  /// The file's old bytes are gone, or some of them, and the new ones aren't all there.
+  bool target_damaged = false;
+};
+
+// Both ways follow a symbolic link, so that the link survives, and make the file if there is none,
+// but not its folder. Both refuse what is no regular file, and a file whose permissions let nobody
+// write, also for a superuser. Nothing is returned when all bytes are on the disk, or if there is
+// no way to tell.
+
+/// Overwrites the file, which stays the same for whoever has it open and keeps its owner, hard
+/// links and attributes. The space is reserved first where the file system can, so that a full disk
+/// leaves the old bytes alone. A new file that can't be written whole is removed again.
+std::optional<write_error> write_in_place(std::string const& path, file_contents const& contents,
+                                          file_system_calls& calls = file_system_calls::system());
+
+/// Puts a new file with the same owner and permissions in the place of the old one, so that at any
+/// moment either the old or the new bytes are found whole. Other hard links keep the old bytes.
+/// Needs the right to make files in the folder, and fails if the owner can't be kept. A link that
+/// leads nowhere is written through in place, as there is nothing to keep.
+std::optional<write_error> write_atomically(std::string const& path, file_contents const& contents,
+                                            file_system_calls& calls = file_system_calls::system());
+
+}  // namespace path

@@ -1,0 +1,204 @@
+#include "path/file_writer.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <new>
+
+#include "path/faulting_calls.h"
+#include "path/temporary_folder.h"
+
+namespace {
+
+using write_function = std::optional<path::write_error> (*)(std::string const&,
+                                                            path::file_contents const&,
+                                                            path::file_system_calls&);
+struct way {
+  char const* name;
+  write_function write;
+};
+constexpr way ways[] = {{"in place", path::write_in_place}, {"atomic", path::write_atomically}};
+
+/// Comes in pieces of 1000 bytes.
+path::file_contents in_pieces(std::string const& bytes) {
+  return {bytes.size(), [&bytes](path::byte_sink const& sink) {
+            for (std::size_t i = 0; i < bytes.size(); i += 1000) {
+              auto const* piece = reinterpret_cast<unsigned char const*>(bytes.data()) + i;
+              if (!sink(piece, std::min<std::size_t>(1000, bytes.size() - i))) return false;
+            }
+            return true;
+          }};
+}
+
+struct stat info_of(std::string const& path) {
+  struct stat info {};
+  EXPECT_EQ(lstat(path.c_str(), &info), 0) << path;
+  return info;
+}
+
+std::string write(way const& w, std::string const& path, std::string const& bytes) {
+  auto const error = w.write(path, path::contents_of(bytes), path::file_system_calls::system());
+  return error ? error->message : "";
+}
+
+TEST(file_writer, writes_new_shorter_and_longer_files) {
+  for (auto const& w : ways) {
+    temporary_folder folder;
+    for (std::string const& bytes : {std::string("some text"), std::string("text"), std::string(),
+                                     std::string(300000, 'x'), std::string("\0\xFF", 2)}) {
+      EXPECT_EQ(write(w, folder / "file", bytes), "") << w.name;
+      EXPECT_TRUE(folder.read(folder / "file") == bytes) << w.name << bytes.size();
+    }
+    EXPECT_EQ(folder.names(), std::set<std::string>{"file"}) << w.name;
+  }
+}
+
+TEST(file_writer, keeps_what_belongs_to_the_file) {
+  for (auto const& w : ways) {
+    bool const in_place = w.write == path::write_in_place;
+    temporary_folder folder;
+    std::string const file = folder.write("file", "old");
+    if (geteuid() == 0) {
+      ASSERT_EQ(chown(file.c_str(), 1234, 4321), 0);
+    }
+    ASSERT_EQ(chmod(file.c_str(), 06640), 0);
+    ASSERT_EQ(link(file.c_str(), (folder / "hard").c_str()), 0);
+    ASSERT_EQ(symlink("file", (folder / "soft").c_str()), 0);
+    auto const before = info_of(file);
+
+    EXPECT_EQ(write(w, folder / "soft", "new text"), "") << w.name;
+    auto const after = info_of(file);
+    EXPECT_EQ(after.st_uid, before.st_uid);
+    EXPECT_EQ(after.st_gid, before.st_gid);
+    EXPECT_EQ(after.st_mode & 0777, before.st_mode & 0777);
+    EXPECT_EQ(after.st_ino == before.st_ino, in_place);
+    EXPECT_TRUE(S_ISLNK(info_of(folder / "soft").st_mode));
+    EXPECT_EQ(folder.read(file), "new text");
+    EXPECT_EQ(folder.read(folder / "hard"), in_place ? "new text" : "old");
+  }
+}
+
+TEST(file_writer, refuses_what_must_not_be_overwritten) {
+  for (auto const& w : ways) {
+    temporary_folder folder;
+    std::string const read_only = folder.write("read only", "old");
+    ASSERT_EQ(chmod(read_only.c_str(), 0444), 0);
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    ASSERT_EQ(symlink("loop", (folder / "loop").c_str()), 0);
+    auto const names = folder.names();
+    EXPECT_EQ(write(w, read_only, "new"), "Permission denied") << w.name;
+    EXPECT_EQ(folder.read(read_only), "old");
+    EXPECT_EQ(write(w, folder.path(), "new"), "It is a folder") << w.name;
+    EXPECT_EQ(write(w, folder / "pipe", "new"), "It is a named pipe") << w.name;
+    EXPECT_EQ(write(w, "/dev/null", "new"), "It is a device") << w.name;
+    EXPECT_EQ(write(w, folder / "loop", "new"), "Too many levels of symbolic links") << w.name;
+    EXPECT_EQ(write(w, folder / "no/file", "new"), "No such file or directory") << w.name;
+    EXPECT_EQ(write(w, read_only + "/file", "new"), "Not a directory") << w.name;
+    EXPECT_EQ(folder.names(), names) << w.name;
+  }
+}
+
+TEST(file_writer, writes_through_a_link_that_leads_nowhere_yet) {
+  for (auto const& w : ways) {
+    temporary_folder folder;
+    ASSERT_EQ(symlink("target", (folder / "link").c_str()), 0);
+    EXPECT_EQ(write(w, folder / "link", "text"), "") << w.name;
+    EXPECT_EQ(folder.read(folder / "target"), "text");
+    EXPECT_EQ(folder.names(), (std::set<std::string>{"link", "target"})) << w.name;
+  }
+}
+
+/// Lets each system call fail in turn: what is on the disk afterwards must be what is reported.
+TEST(file_writer, survives_the_failure_of_any_call) {
+  std::string const fresh(5000, 'n');
+  for (auto const& w : ways) {
+    for (std::string const& old : {std::string(), std::string(20, 'o'), std::string(9000, 'o')}) {
+      for (int code : {EIO, ENOSPC}) {
+        for (int nth = 1;; ++nth) {
+          temporary_folder folder;
+          std::string const file = folder / "file";
+          if (!old.empty()) folder.write("file", old);
+          faulting_calls calls(nth, code);
+          auto const error = w.write(file, in_pieces(fresh), calls);
+          if (!calls.has_failed()) {
+            EXPECT_GT(nth, 5);
+            break;
+          }
+          SCOPED_TRACE(std::string(w.name) + " " + std::to_string(old.size()) + ": " +
+                       calls.failed_call());
+          bool const written = std::filesystem::exists(file) && folder.read(file) == fresh;
+          bool const untouched =
+              old.empty() ? !std::filesystem::exists(file) : folder.read(file) == old;
+          EXPECT_TRUE(error || written);
+          EXPECT_TRUE(written || untouched || error->target_damaged);
+          EXPECT_TRUE(!error || !error->target_damaged || w.write == path::write_in_place);
+          EXPECT_LE(folder.names().size(), 1u);
+        }
+      }
+    }
+  }
+}
+
+TEST(file_writer, carries_on_after_interruptions_and_short_writes) {
+  std::string const bytes(5000, 'n');
+  for (auto const& w : ways) {
+    temporary_folder folder;
+    folder.write("file", std::string(9000, 'o'));
+    stuttering_calls calls;
+    EXPECT_FALSE(w.write(folder / "file", in_pieces(bytes), calls)) << w.name;
+    EXPECT_TRUE(folder.read(folder / "file") == bytes) << w.name;
+  }
+}
+
+TEST(file_writer, tells_when_memory_runs_out) {
+  for (auto const& w : ways) {
+    temporary_folder folder;
+    folder.write("file", "old");
+    path::file_contents const contents{
+        5, [](path::byte_sink const&) -> bool { throw std::bad_alloc(); }};
+    auto const error = w.write(folder / "file", contents, path::file_system_calls::system());
+    ASSERT_TRUE(error) << w.name;
+    EXPECT_EQ(error->code, ENOMEM);
+    EXPECT_FALSE(error->target_damaged);
+    EXPECT_EQ(folder.read(folder / "file"), "old");
+  }
+}
+
+TEST(file_writer, leaves_the_old_bytes_alone_on_a_full_disk) {
+  temporary_folder folder;
+  if (mount("none", folder.path().c_str(), "tmpfs", 0, "size=64k") != 0)
+    GTEST_SKIP() << "no right to mount a small file system";
+  std::string const old(30000, 'o');
+  for (auto const& w : ways) {
+    std::string const file = folder.write("file", old);
+    auto const error = w.write(file, path::contents_of(std::string(100000, 'n')),
+                               path::file_system_calls::system());
+    ASSERT_TRUE(error) << w.name;
+    EXPECT_EQ(error->code, ENOSPC) << w.name;
+    EXPECT_FALSE(error->target_damaged) << w.name;
+    EXPECT_TRUE(folder.read(file) == old) << w.name;
+    EXPECT_EQ(folder.names(), std::set<std::string>{"file"}) << w.name;
+    EXPECT_EQ(write(w, folder / "new", std::string(100000, 'n')), "No space left on device");
+    EXPECT_EQ(folder.names(), std::set<std::string>{"file"}) << w.name;
+    // What was reserved in vain is free again.
+    EXPECT_EQ(write(w, folder / "other", std::string(20000, 'n')), "") << w.name;
+    std::filesystem::remove(folder / "other");
+  }
+  umount(folder.path().c_str());
+}
+
+TEST(file_writer, restores_the_dates_of_a_file_left_alone) {
+  temporary_folder folder;
+  std::string const file = folder.write("file", "old");
+  timespec const times[2] = {{1000, 5}, {2000, 7}};
+  ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+  faulting_calls calls("fallocate", ENOSPC);
+  EXPECT_TRUE(path::write_in_place(file, path::contents_of("much longer"), calls));
+  EXPECT_EQ(info_of(file).st_mtim.tv_sec, 2000);
+  EXPECT_EQ(info_of(file).st_mtim.tv_nsec, 7);
+}
+
+}  // namespace
