@@ -1,0 +1,28 @@
+#include "regex/parse.h"
+
+#include <cstdio>
+#include <string>
+
+#include "platform/utf.h"
+
+namespace regex {
+
+static std::string printable(unit_t u) {
+  return unicode::to_utf8(std::u16string_view(&u, 1));
+}
+
+void report(std::string_view message) {
+  std::fprintf(stderr, "*** %.*s\n", static_cast<int>(message.size()), message.data());
+}
+
+void report_end_of_pattern(std::string_view expected) {
+  report("at end of pattern, expected '" + std::string(expected) + "'");
+}
+
+void report_unexpected(unit_t expected, std::string_view inside, unit_t got) {
+  std::string message = "expected '" + printable(expected) + "'";
+  if (!inside.empty()) message += " (from '" + std::string(inside) + "')";
+  report(message + ", got '" + printable(got) + "'");
+}
+
+}  // namespace regex

@@ -1,0 +1,37 @@
+#include "regex/word_characters.h"
+
+#include <memory>
+
+#include "platform/user_defaults.h"
+#include "platform/utf.h"
+
+static constexpr char const* key = "WynWordCharacters";
+static constexpr char const* default_characters = "_";
+
+WynWordCharacters& WynWordCharacters::shared() {
+  // Never destroyed: objects that are may still ask.
+  static WynWordCharacters& instance = *new WynWordCharacters;
+  return instance;
+}
+
+WynWordCharacters::WynWordCharacters() {
+  platform::user_defaults::standard().register_defaults({{key, default_characters}});
+  reload();
+  token_ = platform::notification_center::standard().observe(platform::user_defaults::did_change,
+                                                             [this](auto const&) { reload(); });
+}
+
+void WynWordCharacters::reload() {
+  std::string characters = platform::user_defaults::standard().string(key, default_characters);
+  if (characters == characters_) return;
+  characters_ = std::move(characters);
+  rebuild(unicode::to_utf16(characters_));
+}
+
+void WynWordCharacters::rebuild(std::u16string_view characters) {
+  auto bits = std::make_unique<std::array<std::uint64_t, 1024>>();
+  for (char16_t u : characters) (*bits)[u >> 6] |= std::uint64_t{1} << (u & 63);
+  for (std::size_t i = 0; i < bits_.size(); ++i) {
+    bits_[i].store((*bits)[i], std::memory_order_relaxed);
+  }
+}
