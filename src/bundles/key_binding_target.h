@@ -1,0 +1,18 @@
+#pragma once
+
+#include "platform/event.h"
+#include "plist/value.h"
+
+#include <string_view>
+
+/// What key bindings need of the text view in which a key was pressed.
+class key_binding_target {
+ public:
+  virtual ~key_binding_target() = default;
+
+  /// Performs the action on the view or whoever stands behind it; false if nobody knows it.
+  virtual bool tryToPerformWith(std::string_view selector, plist::value const& object) = 0;
+  virtual void insertText(plist::value const& text) = 0;
+  /// Hands a key without a binding to the platform's text input.
+  virtual void interpretKeyEvents(platform::key_event const& event) = 0;
+};
