@@ -20,8 +20,8 @@ namespace {
 using pointer = char16_t const*;
 using bytes = unsigned char*;
 
-constexpr std::ptrdiff_t piece = 8192;  // units encoded between two looks at the buffer
-constexpr std::size_t buffer_size = 131072;
+constexpr std::ptrdiff_t piece = 4096;  // units encoded between two looks at the buffer
+constexpr std::size_t buffer_size = 65536;
 constexpr std::size_t max_piece_size = 4 * piece + 16;  // CR LF in UTF-16, and room to overshoot
 
 constexpr char16_t no_unit = 0xFFFF;  // for narrow(): refused anyway, so it stops nothing more

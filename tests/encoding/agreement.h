@@ -125,7 +125,7 @@ inline std::string in_losses(units const& in) {
 inline std::string in_encoding(units const& in, std::size_t part) {
   for (int charset = encoding::ASCII; charset < encoding::Unknown; ++charset) {
     for (auto type : {line_ending::LF, line_ending::CR, line_ending::CRLF}) {
-      for (int flags = 0; flags < 4; ++flags) {
+      for (int flags = 0; flags < (charset == encoding::UTF8 ? 4 : 1); ++flags) {
         encoding::file_format const format{encoding::charset_t(charset), type, (flags & 1) != 0,
                                            (flags & 2) != 0};
         if (encode(in, format) != encode_fast(in, format, part)) {
