@@ -4,6 +4,7 @@
 
 namespace text {
 
+class selection;
 class view;
 
 /// The extent of a view's selection in hybrid coordinates: lines of the storage and visual columns
@@ -18,6 +19,7 @@ struct box {
   bool reversed_lines = false;
 
   explicit box(text::view const* view);
+  explicit box(text::selection const& selection);
 };
 
 }  // namespace text

@@ -34,7 +34,7 @@ class column_cache {
 
   void did_insert(text::pos first, text::pos last);
   void will_erase(text::pos first, text::pos last);
-  void did_erase(text::pos at);
+  void did_erase();
   void clear() { entries_.clear(); }
 
  private:

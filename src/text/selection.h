@@ -42,6 +42,7 @@ class selection {
   void copy_data() const;
   void copy_columns() const;
   void copy_range() const;
+  void copy_part(view_iterator from, size_t column, view_iterator const& to) const;
 };
 
 }  // namespace text

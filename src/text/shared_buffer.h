@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -122,6 +123,10 @@ class shared_buffer {
 
 template <typename T>
 void shared_buffer<T>::replace(size_t column, size_t erased, T const* inserted, size_t count) {
+  if (count == 0 && is_borrowed() && (column == 0 || column + erased == size())) {
+    *this = borrow(data() + (column == 0 ? erased : 0), size() - erased);
+    return;
+  }
   if (is_borrowed()) {
     // One pass into memory with room to grow: a huge line is copied once, at its first change.
     T const* first = data();

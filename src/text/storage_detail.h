@@ -58,6 +58,7 @@ class storage_detail {
  private:
   void insert_lines(size_t line, size_t column, unit_view units, size_t newlines);
   void borrow_lines(size_t line, size_t column, text_block const& block, size_t newlines);
+  void join_lines(text::iterator const& first, text::iterator const& last);
   void keep_block(text_block const& block);
   void drop_unused_blocks();
 

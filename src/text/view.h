@@ -72,6 +72,8 @@ class view {
 
   /// @name Widths in columns
   /// @{
+  /// The unit of a row that covers a visual column, counted from the row's start, or the row's end.
+  unit_column unit_at_row_column(size_t row, size_t column) const;
   /// The columns from `first` up to `last`, the first unit standing at column `start`. Every unit
   /// counts 1, also a line end and each half of a surrogate pair; a tab counts up to the next stop.
   size_t width_when_expanding_tabs(text::iterator const& first, text::iterator const& last,
@@ -201,23 +203,27 @@ class view {
   column_cache& long_lines() const { return long_lines_; }
 
  private:
+  class tab_stop_anchor;
+
   filter& top() const { return *filters.rbegin()->second; }
   void enter(filter_index index, filter* added);
-  void leave(filter_index index);
+  template <typename Filter>
+  void install_switchable(filter_index index, std::unique_ptr<Filter>& slot,
+                          std::unique_ptr<Filter> added, bool on);
   void switch_filter(filter_index index, switchable_filter* switched, bool on);
+  bool is_whole_line(view_iterator const& first, view_iterator const& last) const;
   size_t row_width(size_t row) const;
+  void raise_max_columns(size_t width) const;
 
   void insert_units(unit_view units);
   void replace_selection_with(unit_view units);
   void replace_columns_with(unit_view units);
   void insert_column_of(unit_view units, size_t height, size_t width, bool select);
   void insert_piece(size_t line, size_t column, unit_view piece, size_t width);
-  void add_missing_lines(size_t lines);
-  void add_column_mirrors(text::iterator const& base, size_t count, size_t column);
-  text::iterator overwrite(text::iterator const& first, text::iterator const& last, size_t pad);
-  text::iterator erase_text(text::iterator const& first, text::iterator const& last, size_t pad,
-                            bool in_tab_stop);
-  bool in_tab_stop(text::iterator const& it) const;
+  void add_column_mirrors(text::iterator const& base, size_t count);
+  text::iterator erase_selection_keeping(text::iterator const& it);
+  bool is_snippet_running() const;
+  bool is_in_tab_stop(text::iterator const& it) const;
   void keep_caret_place(freehanded_t::type type);
 
   mutable column_cache long_lines_;

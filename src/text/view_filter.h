@@ -41,6 +41,9 @@ class view::view_filter : public filter {
   void will_erase(text::pos const& first, text::pos const& last) override;
   void did_erase(text::iterator const& pos, int length) override;
 
+  /// Keeps a selection for a change of state, without its cached text.
+  void store_selection(undo_key key, text::selection const& selection);
+
   /// The selection that stands after a change of state.
   std::map<undo_key, text::selection> undo_map;
 

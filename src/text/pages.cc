@@ -1,0 +1,28 @@
+#include "text/pages.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdint>
+
+namespace text {
+
+void* allocate_pages(size_t bytes) {
+  void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
+                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (memory == MAP_FAILED) throw std::bad_alloc();
+  madvise(memory, bytes, MADV_HUGEPAGE);
+  return memory;
+}
+
+void free_pages(void* memory, size_t bytes) noexcept {
+  munmap(memory, bytes);
+}
+
+void discard_pages(void* memory, size_t used, size_t bytes) noexcept {
+  size_t const page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  size_t const kept = (used + page - 1) / page * page;
+  if (kept < bytes) madvise(static_cast<char*>(memory) + kept, bytes - kept, MADV_DONTNEED);
+}
+
+}  // namespace text

@@ -1,0 +1,189 @@
+#include "text/storage_detail.h"
+
+#include <algorithm>
+#include <functional>
+#include <iterator>
+
+#include "text/unit_search.h"
+
+namespace text {
+
+namespace {
+
+using line_buffer = storage_detail::line_buffer;
+
+/// Tells all observers; each may take itself off the list.
+template <typename Call>
+void tell(storage_detail::observer_list& observers, Call call) {
+  for (auto it = observers.begin(); it != observers.end();) call(**it++);
+}
+
+line_buffer joined(unit_view left, unit_view right) {
+  line_buffer::array line;
+  line.reserve(left.size() + right.size());
+  line.insert(line.end(), left.begin(), left.end());
+  line.insert(line.end(), right.begin(), right.end());
+  return line_buffer::own(std::move(line));
+}
+
+line_buffer copied(unit_view units) {
+  return units.empty() ? line_buffer() : joined(units, {});
+}
+
+/// What stands in a line from `column` on; a slice of the same memory if the line is one.
+line_buffer rest_of_line(line_buffer const& line, size_t column) {
+  size_t const length = line.size() - column;
+  return line.is_borrowed() ? line_buffer::borrow(line.data() + column, length)
+                            : copied({line.data() + column, length});
+}
+
+/// Takes the units up to the next `\n`, and that, off the front of `units`.
+unit_view next_piece(unit_view& units) {
+  char_t const* const first = units.data();
+  char_t const* const last = first + units.size();
+  char_t const* const newline = find_unit(first, last, u'\n');
+  units.remove_prefix(static_cast<size_t>(newline - first) + (newline == last ? 0 : 1));
+  return {first, static_cast<size_t>(newline - first)};
+}
+
+/// Makes room for `added` more lines, growing geometrically as insertion itself would.
+void reserve_lines(std::vector<line_buffer>& lines, size_t added) {
+  size_t const needed = lines.size() + added;
+  if (needed > lines.capacity())
+    lines.reserve(added > lines.size() ? needed : std::max(needed, lines.size() * 2));
+}
+
+std::ptrdiff_t at(size_t index) {
+  return static_cast<std::ptrdiff_t>(index);
+}
+
+}  // namespace
+
+storage_detail::observer_id storage_detail::add_observer(storage_observer* observer) {
+  return observers.insert(observers.end(), observer);
+}
+
+void storage_detail::remove_observer(storage_observer* observer) {
+  auto const found = std::find(observers.begin(), observers.end(), observer);
+  if (found != observers.end()) observers.erase(found);
+}
+
+text::iterator storage_detail::insert(text::iterator const& pos, text_block const& block) {
+  std::lock_guard lock(mutex);
+  unit_view const units = block.view();
+  tell(observers, [&](auto& told) { told.will_insert(pos, static_cast<int>(units.size())); });
+
+  size_t const newlines = count_unit(units, u'\n');
+  if (units.size() >= borrowed_length && (newlines > 0 || size(pos.line) == 0))
+    borrow_lines(pos.line, pos.column, block, newlines);
+  else if (newlines > 0)
+    insert_lines(pos.line, pos.column, units, newlines);
+  else
+    data[pos.line].replace(pos.column, 0, units.data(), units.size());
+
+  text::iterator last = pos;
+  last.line += static_cast<uint32_t>(newlines);
+  last.column = static_cast<uint32_t>(newlines == 0 ? pos.column + units.size()
+                                                    : units.size() - units.rfind(u'\n') - 1);
+  tell(observers, [&](auto& told) { told.did_insert(pos, last); });
+  return last;
+}
+
+void storage_detail::insert_lines(size_t line, size_t column, unit_view units, size_t newlines) {
+  unit_view const first = next_piece(units);
+  std::vector<line_buffer> behind(newlines);
+  for (size_t i = 0; i + 1 < newlines; ++i) behind[i] = copied(next_piece(units));
+  behind.back() = units.empty() ? rest_of_line(data[line], column)
+                                : joined(units, line_units(line).substr(column));
+
+  // Only the first two of these can fail, and they leave the text as it was.
+  reserve_lines(data, newlines);
+  data[line].replace(column, size(line) - column, first.data(), first.size());
+  data.insert(data.begin() + at(line + 1), std::move_iterator(behind.begin()),
+              std::move_iterator(behind.end()));
+}
+
+void storage_detail::borrow_lines(size_t line, size_t column, text_block const& block,
+                                  size_t newlines) {
+  unit_view units = block.view();
+  unit_view const first = next_piece(units);
+  unit_view const behind = line_units(line).substr(column);
+  size_t const last_newline = units.rfind(u'\n');
+  unit_view const last = newlines < 2 ? units : units.substr(last_newline + 1);
+  if (newlines > 0) units.remove_suffix(last.size());
+
+  line_buffer tail = last.empty()     ? rest_of_line(data[line], column)
+                     : behind.empty() ? line_buffer::borrow(last.data(), last.size())
+                                      : joined(last, behind);
+  keep_block(block);
+  reserve_lines(data, newlines);
+  if (column == 0)
+    data[line] = line_buffer::borrow(first.data(), first.size());
+  else
+    data[line].replace(column, size(line) - column, first.data(), first.size());
+  if (newlines == 0) return;
+
+  data.insert(data.begin() + at(line + 1), newlines, line_buffer());
+  for (size_t i = 1; i < newlines; ++i) {
+    unit_view const piece = next_piece(units);
+    data[line + i] = line_buffer::borrow(piece.data(), piece.size());
+  }
+  data[line + newlines] = std::move(tail);
+}
+
+void storage_detail::erase(text::iterator const& first, text::iterator const& last) {
+  std::lock_guard lock(mutex);
+  tell(observers, [&](auto& told) { told.will_erase(first, last); });
+  auto const length = static_cast<int>(last - first);
+  text::iterator const pos = first;
+
+  if (first.line == last.line)
+    data[first.line].replace(first.column, last.column - first.column, nullptr, 0);
+  else
+    join_lines(first, last);
+  if (data.size() == 1 && !data[0].is_borrowed()) blocks_.clear();
+
+  tell(observers, [&](auto& told) { told.did_erase(pos, length); });
+}
+
+void storage_detail::join_lines(text::iterator const& first, text::iterator const& last) {
+  if (first.column == 0) {
+    line_buffer kept = std::move(data[last.line]);
+    kept.replace(0, last.column, nullptr, 0);
+    data[first.line] = std::move(kept);
+  } else {
+    unit_view const behind = line_units(last.line).substr(last.column);
+    line_buffer& joined_line = data[first.line];
+    joined_line.replace(first.column, joined_line.size() - first.column, behind.data(),
+                        behind.size());
+  }
+  data.erase(data.begin() + at(first.line + size_t{1}), data.begin() + at(last.line + size_t{1}));
+}
+
+void storage_detail::keep_block(text_block const& block) {
+  // Undo and redo bring the same blocks again and again.
+  auto const same = [&](text_block const& kept) { return kept.get() == block.get(); };
+  if (std::any_of(blocks_.begin(), blocks_.end(), same)) return;
+  blocks_.push_back(block);
+  if (blocks_.size() < sweep_at_) return;
+  drop_unused_blocks();
+  sweep_at_ = std::max<size_t>(8, 2 * blocks_.size());
+}
+
+void storage_detail::drop_unused_blocks() {
+  auto const before = std::less<char_t const*>();
+  std::sort(blocks_.begin(), blocks_.end(),
+            [&](text_block const& a, text_block const& b) { return before(a.begin(), b.begin()); });
+  std::vector<bool> used(blocks_.size());
+  for (line_buffer const& line : data) {
+    if (!line.is_borrowed()) continue;
+    auto const behind = std::upper_bound(
+        blocks_.begin(), blocks_.end(), line.data(),
+        [&](char_t const* units, text_block const& block) { return before(units, block.begin()); });
+    used[static_cast<size_t>(behind - blocks_.begin()) - 1] = true;
+  }
+  size_t index = 0;
+  std::erase_if(blocks_, [&](text_block const&) { return !used[index++]; });
+}
+
+}  // namespace text

@@ -1,0 +1,233 @@
+#include "text/view.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "text/view_filter.h"
+
+namespace text {
+
+unsigned long obtain_document_tag() {
+  static unsigned long last = 0;
+  return ++last;
+}
+
+view::view(text::storage& of)
+    : storage(&of),
+      mirror_observer(of, true),
+      notify_observer(of, true),
+      storage_filter(std::make_unique<class view::storage_filter>(*this)),
+      view_filter(std::make_unique<class view::view_filter>(*this)),
+      long_lines_(of) {
+  of.add_observer(&mirror_observer);
+  of.add_observer(&notify_observer);
+  filters[filter_index::storage] = storage_filter.get();
+  filters[filter_index::view] = view_filter.get();
+  chain_filters();
+  selection.set_caret(begin(0));
+  saved_selection = selection;
+  view_filter->store_selection({1, 0}, selection);
+}
+
+view::~view() {
+  set_snippet_observer(nullptr);
+  storage->remove_observer(&notify_observer);
+  storage->remove_observer(&mirror_observer);
+}
+
+size_t view::lines() const {
+  return top().lines();
+}
+size_t view::size(unsigned long line) const {
+  return top().size(line);
+}
+view_iterator view::begin(unsigned long line) const {
+  return {this, top().begin(line)};
+}
+view_iterator view::end(unsigned long line) const {
+  return {this, top().end(line)};
+}
+
+size_t view::line_in_view(view_iterator const& it) const {
+  text::pos at = it.base.pos();
+  for (auto const& [index, filter] : filters) at = filter->in_view(at);
+  return at.line;
+}
+
+size_t view::column_in_view(view_iterator const& it) const {
+  text::iterator start = begin(line_in_view(it)).base;
+  if (start.line != it.base.line) start = {it.base.line, 0, storage};
+  return width_when_expanding_tabs(start, it.base) + it.offset;
+}
+
+bool view::is_whole_line(view_iterator const& first, view_iterator const& last) const {
+  return first.base.column == 0 && last.base == storage->end(first.base.line);
+}
+
+unit_column view::unit_at_row_column(size_t row, size_t column) const {
+  view_iterator const first = begin(row), last = end(row);
+  if (is_whole_line(first, last)) return long_lines_.unit_at(first.base.line, column, tab_size);
+  size_t const length = static_cast<size_t>(last.base - first.base);
+  unit_view const units = storage->line_units(first.base.line).substr(first.base.column, length);
+  return unit_at_column(units, 0, column, tab_size);
+}
+
+size_t view::width_when_expanding_tabs(text::iterator const& first, text::iterator const& last,
+                                       size_t start) const {
+  if (first.line == last.line && first.column == 0 && start == 0)
+    return long_lines_.column(last.line, last.column, tab_size);
+  size_t column = start;
+  size_t from = first.column;
+  for (size_t line = first.line; line < last.line; ++line, from = 0)
+    column += expanded_width(storage->line_units(line).substr(from), column, tab_size) + 1;
+  unit_view const units = storage->line_units(last.line).substr(from, last.column - from);
+  return column + expanded_width(units, column, tab_size) - start;
+}
+
+size_t view::row_width(size_t row) const {
+  return width_when_expanding_tabs(begin(row).base, end(row).base);
+}
+
+size_t view::max_columns_for_range(size_t first, size_t last) const {
+  size_t widest = 0;
+  size_t const end_row = std::min(last, lines());
+  for (size_t row = first; row < end_row; ++row) widest = std::max(widest, row_width(row));
+  return widest;
+}
+
+void view::raise_max_columns(size_t width) const {
+  max_columns = static_cast<unsigned>(std::max<size_t>(max_columns, width));
+}
+
+size_t view::columns() const {
+  if (soft_wrap) return screen_width;
+  if (max_columns == unknown_columns)
+    max_columns = static_cast<unsigned>(max_columns_for_range(0, lines()));
+  return max_columns;
+}
+
+void view::refresh_lines(size_t first, size_t last) {
+  first_refresh_line = std::min(first_refresh_line, static_cast<uint32_t>(first));
+  last_refresh_line = std::max(last_refresh_line, static_cast<uint32_t>(last));
+}
+
+void view::set_tab_size(unsigned columns) {
+  if (columns == tab_size) return;
+  tab_size = columns;
+  max_columns = unknown_columns;
+  if (soft_wrap && soft_wrap_filter) soft_wrap_filter->reset();
+}
+
+void view::set_screen_width(unsigned columns) {
+  if (columns == screen_width) return;
+  screen_width = columns;
+  if (soft_wrap && soft_wrap_filter) soft_wrap_filter->reset();
+}
+
+void view::set_soft_wrap(bool on) {
+  if (on == soft_wrap) return;
+  soft_wrap = on;
+  if (on) max_columns = unknown_columns;
+  switch_filter(filter_index::soft_wrap, soft_wrap_filter.get(), on);
+}
+
+void view::set_spellcheck_enabled(bool on) {
+  if (on == spellcheck_enabled) return;
+  spellcheck_enabled = on;
+  switch_filter(filter_index::spellcheck, spellcheck_filter.get(), on);
+}
+
+void view::set_foldings_enabled(bool on) {
+  if (on == foldings_enabled) return;
+  foldings_enabled = on;
+  max_columns = unknown_columns;
+  switch_filter(filter_index::folding, folding_filter.get(), on);
+  if (spellcheck_enabled && spellcheck_filter) spellcheck_filter->reset();
+}
+
+void view::chain_filters() {
+  filter* below = nullptr;
+  for (auto const& [index, filter] : filters) {
+    filter->toward_storage = below;
+    filter->toward_view = nullptr;
+    if (below) below->toward_view = filter;
+    below = filter;
+  }
+}
+
+void view::switch_filter(filter_index index, switchable_filter* switched, bool on) {
+  if (switched == nullptr) return;
+  if (on)
+    filters[index] = switched;
+  else
+    filters.erase(index);
+  chain_filters();
+  if (on)
+    switched->reset();
+  else
+    switched->disable();
+}
+
+void view::enter(filter_index index, filter* added) {
+  if (added)
+    filters[index] = added;
+  else
+    filters.erase(index);
+  chain_filters();
+}
+
+void view::install_tokenize_filter(std::unique_ptr<filter> added) {
+  enter(filter_index::tokenize, added.get());
+  tokenize_filter = std::move(added);
+}
+
+void view::install_bookmark_filter(std::unique_ptr<filter> added) {
+  enter(filter_index::bookmark, added.get());
+  bookmark_filter = std::move(added);
+}
+
+void view::install_spellcheck_filter(std::unique_ptr<switchable_filter> added) {
+  install_switchable(filter_index::spellcheck, spellcheck_filter, std::move(added),
+                     spellcheck_enabled);
+}
+
+void view::install_folding_filter(std::unique_ptr<hiding_filter> added) {
+  install_switchable(filter_index::folding, folding_filter, std::move(added), foldings_enabled);
+}
+
+void view::install_soft_wrap_filter(std::unique_ptr<switchable_filter> added) {
+  install_switchable(filter_index::soft_wrap, soft_wrap_filter, std::move(added), soft_wrap);
+}
+
+template <typename Filter>
+void view::install_switchable(filter_index index, std::unique_ptr<Filter>& slot,
+                              std::unique_ptr<Filter> added, bool on) {
+  enter(index, on ? added.get() : nullptr);
+  slot = std::move(added);
+  max_columns = unknown_columns;
+  if (on && slot) slot->reset();
+}
+
+void view::set_snippet_observer(std::unique_ptr<snippet_observer_t> observer) {
+  if (snippet_observer) storage->remove_observer(snippet_observer.get());
+  snippet_observer = std::move(observer);
+  if (snippet_observer) storage->add_observer(snippet_observer.get());
+}
+
+bool view::is_visible(text::iterator const& it) const {
+  return !foldings_enabled || !folding_filter || folding_filter->is_visible(it.pos());
+}
+
+void view::make_visible(text::iterator const& it) {
+  if (!foldings_enabled || !folding_filter) return;
+  text::selection const kept = selection;
+  folding_filter->make_visible(it.pos());
+  selection = kept;
+}
+
+view_iterator view::in_view(text::iterator const& it, bool) {
+  if (foldings_enabled && folding_filter) folding_filter->make_visible(it.pos());
+  return {this, it};
+}
+
+}  // namespace text

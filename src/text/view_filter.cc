@@ -1,0 +1,116 @@
+#include "text/view_filter.h"
+
+#include <algorithm>
+
+namespace text {
+
+view::storage_filter::storage_filter(text::view& view)
+    : view_(view), storage_(*view.storage), observer_id(storage_.add_observer(this)) {}
+
+view::storage_filter::~storage_filter() {
+  storage_.observers.erase(observer_id);
+}
+
+void view::storage_filter::did_insert(text::iterator const& first, text::iterator const& last) {
+  view_.long_lines().did_insert(first.pos(), last.pos());
+  filter::did_insert(first.pos(), last.pos());
+}
+
+void view::storage_filter::will_erase(text::iterator const& first, text::iterator const& last) {
+  view_.long_lines().will_erase(first.pos(), last.pos());
+  filter::will_erase(first.pos(), last.pos());
+}
+
+void view::storage_filter::did_erase(text::iterator const& pos, int length) {
+  view_.long_lines().did_erase();
+  filter::did_erase(pos, length);
+}
+
+text::iterator view::storage_filter::begin(unsigned long line) const {
+  return storage_.begin_of_line(line);
+}
+
+text::iterator view::storage_filter::end(unsigned long line) const {
+  return storage_.end(line);
+}
+
+size_t view::storage_filter::lines() const {
+  return storage_.lines();
+}
+
+namespace {
+
+/// What the undo map keeps: a cached copy of the selected text could be as large as the document.
+text::selection without_text(text::selection const& selection) {
+  text::selection kept;
+  kept.first_mark = selection.first_mark;
+  kept.last_mark = selection.last_mark;
+  kept.current_mark = selection.current_mark;
+  kept.column_mode = selection.column_mode;
+  return kept;
+}
+
+}  // namespace
+
+void view::view_filter::store_selection(undo_key key, text::selection const& selection) {
+  undo_map[key] = without_text(selection);
+}
+
+void view::view_filter::will_change_memento(unsigned long from, unsigned long to) {
+  undo_key const back{static_cast<uint32_t>(to), static_cast<uint32_t>(from)};
+  if (view_.saved_selection_pending && !undo_map.contains(back))
+    store_selection(back, view_.saved_selection);
+  view_.saved_selection_pending = false;
+  filter::will_change_memento(from, to);
+}
+
+void view::view_filter::did_change_memento(unsigned long from, unsigned long to) {
+  auto const found = undo_map.find({static_cast<uint32_t>(from), static_cast<uint32_t>(to)});
+  if (found != undo_map.end()) view_.selection = found->second;
+  filter::did_change_memento(from, to);
+}
+
+void view::view_filter::will_insert(text::iterator const& pos, int length) {
+  // The line may be the only one of this width.
+  if (view_.max_columns != unknown_columns &&
+      view_.row_width(view_.line_in_view({&view_, pos})) == view_.max_columns)
+    view_.max_columns = unknown_columns;
+  filter::will_insert(pos, length);
+}
+
+void view::view_filter::did_insert(text::pos const& first, text::pos const& last) {
+  refresh(first, last);
+  park_caret();
+  filter::did_insert(first, last);
+  if (view_.max_columns != unknown_columns)
+    view_.raise_max_columns(view_.max_columns_for_range(first.line, last.line + size_t{1}));
+}
+
+void view::view_filter::will_erase(text::pos const& first, text::pos const& last) {
+  if (view_.max_columns != unknown_columns &&
+      view_.max_columns_for_range(first.line, last.line + size_t{1}) == view_.max_columns)
+    view_.max_columns = unknown_columns;
+  refresh(first, last);
+  park_caret();
+  filter::will_erase(first, last);
+}
+
+void view::view_filter::did_erase(text::iterator const& pos, int length) {
+  if (view_.max_columns != unknown_columns)
+    view_.raise_max_columns(view_.row_width(view_.line_in_view({&view_, pos})));
+  filter::did_erase(pos, length);
+}
+
+void view::view_filter::refresh(text::pos const& first, text::pos const& last) {
+  size_t const behind =
+      first.line == last.line ? first.line + size_t{1} : std::numeric_limits<uint32_t>::max();
+  view_.refresh_lines(first.line, behind);
+}
+
+void view::view_filter::park_caret() {
+  // No mark may point past the end of a line that is changing; whoever edits sets the real
+  // selection.
+  view_.selection.set_caret(view_.begin(0));
+}
+
+}  // namespace text

@@ -1,0 +1,241 @@
+#include "text/iterator_observer.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <ostream>
+
+#include "marked_text.h"
+#include "random_text.h"
+#include "text/storage.h"
+
+namespace text {
+
+void PrintTo(iterator_observer::subset const& range, std::ostream* out) {
+  *out << range.first_line << "," << range.first_column << "-" << range.last_line << ","
+       << range.last_column;
+}
+
+}  // namespace text
+
+namespace {
+
+using subset = text::iterator_observer::subset;
+using text::pos;
+
+struct adjustment {
+  char const* what;
+  subset before;
+  pos first, last;
+  subset after;
+};
+
+using adjust = void (*)(pos, pos, subset&);
+
+void check(adjust function, std::vector<adjustment> const& table) {
+  for (adjustment const& row : table) {
+    subset range = row.before;
+    function(row.first, row.last, range);
+    EXPECT_EQ(range, row.after) << row.what;
+  }
+}
+
+subset one_line(uint32_t line, uint32_t first, uint32_t last) {
+  return {pos(line, first), pos(line, last)};
+}
+
+TEST(AdjustRange, Insertion) {
+  check(text::adjust_for_insert,
+        {{"behind", one_line(0, 2, 5), {0, 6}, {0, 7}, one_line(0, 2, 5)},
+         {"at the end", one_line(0, 2, 5), {0, 5}, {0, 7}, one_line(0, 2, 7)},
+         {"at the start", one_line(0, 2, 5), {0, 2}, {0, 3}, one_line(0, 2, 6)},
+         {"left of it", one_line(0, 2, 5), {0, 1}, {0, 4}, one_line(0, 5, 8)},
+         {"lines left of it", one_line(0, 2, 5), {0, 1}, {2, 4}, one_line(2, 5, 8)},
+         {"lines above", one_line(3, 2, 5), {0, 1}, {2, 4}, one_line(5, 2, 5)},
+         {"lines inside", one_line(0, 2, 5), {0, 3}, {1, 1}, {pos(0, 2), pos(1, 3)}},
+         {"lines left of many", {pos(1, 4), pos(3, 2)}, {1, 3}, {2, 1}, {pos(2, 2), pos(4, 2)}},
+         {"inside many", {pos(1, 4), pos(3, 2)}, {2, 0}, {3, 1}, {pos(1, 4), pos(4, 2)}},
+         {"on the last of many", {pos(1, 4), pos(3, 2)}, {3, 2}, {3, 6}, {pos(1, 4), pos(3, 6)}},
+         {"an empty one grows", one_line(0, 2, 2), {0, 2}, {0, 3}, one_line(0, 2, 3)}});
+}
+
+TEST(AdjustRange, InsertionNextToAMirror) {
+  check(text::adjust_mirror_for_insert,
+        {{"at the end", one_line(0, 2, 5), {0, 5}, {0, 7}, one_line(0, 2, 5)},
+         {"at the start", one_line(0, 2, 5), {0, 2}, {0, 3}, one_line(0, 3, 6)},
+         {"inside", one_line(0, 2, 5), {0, 3}, {0, 4}, one_line(0, 2, 6)},
+         {"an empty one is pushed", one_line(0, 2, 2), {0, 2}, {0, 3}, one_line(0, 3, 3)},
+         {"behind an empty one", one_line(0, 2, 2), {0, 4}, {1, 1}, one_line(0, 2, 2)},
+         {"below an empty one", one_line(0, 2, 2), {1, 0}, {2, 0}, one_line(0, 2, 2)}});
+}
+
+TEST(AdjustRange, Erasure) {
+  check(text::adjust_for_erase,
+        {{"behind", one_line(0, 2, 5), {0, 5}, {1, 2}, one_line(0, 2, 5)},
+         {"all of it", one_line(0, 2, 5), {0, 1}, {0, 9}, one_line(0, 1, 1)},
+         {"up to its start", one_line(0, 2, 5), {0, 0}, {0, 2}, one_line(0, 0, 3)},
+         {"lines above", one_line(3, 2, 5), {0, 4}, {2, 4}, one_line(1, 2, 5)},
+         {"joining it", one_line(3, 2, 5), {1, 4}, {3, 1}, one_line(1, 5, 8)},
+         {"its middle", one_line(0, 2, 8), {0, 4}, {0, 6}, one_line(0, 2, 6)},
+         {"its start", one_line(0, 2, 8), {0, 1}, {0, 4}, one_line(0, 1, 5)},
+         {"its end", one_line(0, 2, 8), {0, 4}, {0, 9}, one_line(0, 2, 4)},
+         {"the end of many", {pos(1, 4), pos(3, 2)}, {2, 3}, {4, 0}, {pos(1, 4), pos(2, 3)}},
+         {"lines of many", {pos(1, 4), pos(5, 2)}, {2, 3}, {4, 0}, {pos(1, 4), pos(3, 2)}},
+         {"joining the end", {pos(1, 4), pos(3, 6)}, {2, 3}, {3, 2}, {pos(1, 4), pos(2, 7)}}});
+}
+
+TEST(AdjustRange, EndsOfARangeFollowTheirUnitsUnderRandomEdits) {
+  // The model knows each unit by a number, so a range can be found again by its outermost units.
+  for (unsigned seed = 1; seed <= 40; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    random_source random(seed);
+    text::storage storage;
+    text::iterator_observer observer(storage, false);
+    storage.add_observer(&observer);
+    std::u16string const start = random.text(60, u"abc\n");
+    storage.insert(storage.end(-1), start.begin(), start.end());
+    std::vector<int> ids(start.size());
+    for (size_t i = 0; i < ids.size(); ++i) ids[i] = static_cast<int>(i);
+    auto const at = [&](size_t index) {
+      return storage.begin_of_line(0) + static_cast<std::ptrdiff_t>(index);
+    };
+    auto const range = observer.add_notify({at(20), at(40)});
+
+    for (int step = 0; step < 30; ++step) {
+      size_t const index = random.up_to(ids.size());
+      if (random.one_in(2)) {
+        size_t const length = std::min(random.below(4), ids.size() - index);
+        storage.erase(at(index), at(index + length));
+        ids.erase(ids.begin() + static_cast<long>(index),
+                  ids.begin() + static_cast<long>(index + length));
+      } else {
+        std::u16string const text = random.text(random.below(4), u"xy\n");
+        storage.insert(at(index), text.begin(), text.end());
+        ids.insert(ids.begin() + static_cast<long>(index), text.size(), -1);
+      }
+      auto const first = static_cast<size_t>(text::iterator(range->first(), &storage) - at(0));
+      auto const last = static_cast<size_t>(text::iterator(range->last(), &storage) - at(0));
+      for (size_t i = 0; i < ids.size(); ++i) {
+        if (ids[i] < 0) continue;
+        bool const belongs = 20 <= ids[i] && ids[i] < 40;
+        ASSERT_EQ(belongs, first <= i && i < last) << "unit " << ids[i] << " step " << step;
+      }
+    }
+    storage.remove_observer(&observer);
+  }
+}
+
+class Mirrors : public testing::Test {
+ protected:
+  Mirrors() { storage.add_observer(&observer); }
+  ~Mirrors() override { storage.remove_observer(&observer); }
+
+  void insert(size_t line, size_t column, std::string const& text) {
+    text::undo_group group(storage.undo_manager);
+    std::u16string const units = marked_text::units(text);
+    storage.insert(text::iterator(line, column, &storage), units.begin(), units.end());
+  }
+  void erase(pos first, pos last) {
+    text::undo_group group(storage.undo_manager);
+    storage.erase({first, &storage}, {last, &storage});
+  }
+  std::string text() { return marked_text::text_of(storage); }
+
+  text::storage storage;
+  text::iterator_observer observer{storage, true};
+};
+
+TEST_F(Mirrors, TypingInASourceIsRepeatedInEachMirrorAsOneStep) {
+  insert(0, 0, "one\ntwo\nthree");
+  observer.add_mirror(one_line(0, 1, 1), one_line(1, 2, 2));
+  observer.add_mirror(one_line(0, 1, 1), one_line(2, 0, 0));
+  insert(0, 1, "x");
+  EXPECT_EQ(text(), "oxne\ntwxo\nxthree");
+  insert(0, 2, "yz");
+  EXPECT_EQ(text(), "oxyzne\ntwxyzo\nxyzthree");
+  erase({0, 2}, {0, 3});
+  EXPECT_EQ(text(), "oxzne\ntwxzo\nxzthree");
+  EXPECT_EQ(storage.undo_records.size(), 10u);
+  EXPECT_FALSE(observer.updating_mirror);
+
+  storage.undo_manager.undo();
+  EXPECT_EQ(text(), "oxyzne\ntwxyzo\nxyzthree");
+  storage.undo_manager.undo();
+  storage.undo_manager.undo();
+  EXPECT_EQ(text(), "one\ntwo\nthree");
+  EXPECT_EQ(observer.mirrors.front().second, one_line(1, 2, 2));
+  storage.undo_manager.redo();
+  EXPECT_EQ(text(), "oxne\ntwxo\nxthree");
+  EXPECT_EQ(observer.mirrors.back().second, one_line(2, 0, 1));
+}
+
+TEST_F(Mirrors, OnlyWhatIsErasedInsideTheSourceIsErasedInTheMirror) {
+  insert(0, 0, "abcdef|ABCDEF|AB");
+  observer.add_mirror(one_line(0, 1, 5), one_line(0, 8, 12));
+  observer.add_mirror(one_line(0, 1, 5), one_line(0, 14, 16));
+  erase({0, 3}, {0, 6});
+  EXPECT_EQ(text(), "abc|ABCF|AB");
+  erase({0, 0}, {0, 2});
+  EXPECT_EQ(text(), "c|ACF|B");
+}
+
+TEST_F(Mirrors, UndoOfAChangeDoesNotRepeatAnything) {
+  insert(0, 0, "ab\ncd");
+  observer.add_mirror(one_line(0, 0, 2), one_line(1, 0, 2));
+  insert(0, 1, "x");
+  size_t const records = storage.undo_records.size();
+  storage.undo();
+  storage.undo();
+  EXPECT_EQ(text(), "ab\ncd");
+  storage.redo();
+  EXPECT_EQ(text(), "axb\ncd");
+  EXPECT_EQ(storage.undo_records.size(), records);
+}
+
+TEST_F(Mirrors, ListsComeBackByState) {
+  insert(0, 0, "abc");
+  insert(0, 3, "def");
+  auto const range = observer.add_notify(one_line(0, 1, 4));
+  insert(0, 2, "x");
+  EXPECT_EQ(*range, one_line(0, 1, 5));
+  storage.undo();
+  ASSERT_EQ(observer.notifications.size(), 1u);
+  EXPECT_EQ(observer.notifications.front(), one_line(0, 1, 4));
+  storage.undo();
+  EXPECT_TRUE(observer.notifications.empty());
+  storage.redo();
+  ASSERT_EQ(observer.notifications.size(), 1u);
+  observer.remove_notify(observer.notifications.begin());
+  EXPECT_TRUE(observer.notifications.empty());
+}
+
+TEST_F(Mirrors, WithoutRangesNothingIsKept) {
+  insert(0, 0, "abc");
+  erase({0, 0}, {0, 1});
+  storage.undo();
+  EXPECT_TRUE(observer.mirror_undo_map.empty());
+  EXPECT_TRUE(observer.notify_undo_map.empty());
+}
+
+TEST_F(Mirrors, WithoutTrackingUndoAdjustsNothing) {
+  text::iterator_observer plain(storage, false);
+  storage.add_observer(&plain);
+  insert(0, 0, "abc");
+  plain.add_notify(one_line(0, 1, 2));
+  insert(0, 0, "x");
+  storage.undo();
+  EXPECT_EQ(plain.notifications.front(), one_line(0, 2, 3));
+  EXPECT_TRUE(plain.notify_undo_map.empty());
+  storage.remove_observer(&plain);
+}
+
+TEST(Inside, BothEndsBelongToTheRange) {
+  subset const many(pos(1, 4), pos(3, 2));
+  EXPECT_FALSE(text::inside({1, 3, nullptr}, many));
+  EXPECT_TRUE(text::inside({1, 4, nullptr}, many));
+  EXPECT_TRUE(text::inside({2, 99, nullptr}, many));
+  EXPECT_TRUE(text::inside({3, 2, nullptr}, many));
+  EXPECT_FALSE(text::inside({3, 3, nullptr}, many));
+}
+
+}  // namespace

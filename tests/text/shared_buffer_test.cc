@@ -1,0 +1,108 @@
+#include "text/shared_buffer.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "text/text_block.h"
+
+namespace {
+
+using buffer = text::shared_buffer<char16_t>;
+
+std::u16string content(buffer const& b) {
+  return {b.data(), b.data() + b.size()};
+}
+void append(buffer& b, char16_t unit) {
+  b.replace(b.size(), 0, &unit, 1);
+}
+
+TEST(SharedBuffer, CopiesAliasOneArrayOnceItIsTouched) {
+  buffer a;
+  buffer const untouched = a;
+  EXPECT_EQ(a.get_pimpl(false), nullptr);
+  append(a, u'x');
+  EXPECT_EQ(untouched.size(), 0u);
+
+  buffer b = a, c;
+  c = b;
+  EXPECT_EQ(a.get_pimpl(false)->count, 3u);
+  append(b, u'y');
+  EXPECT_EQ(content(a), u"xy");
+  EXPECT_EQ(content(c), u"xy");
+  c = buffer();
+  b.release();
+  EXPECT_EQ(a.get_pimpl(false)->count, 1u);
+}
+
+TEST(SharedBuffer, BorrowedSliceIsCopiedByTheFirstChangeOrAlias) {
+  std::u16string const memory = u"abcdef";
+  buffer a = buffer::borrow(memory.data() + 1, 3);
+  EXPECT_EQ(a.data(), memory.data() + 1);
+  EXPECT_TRUE(a.is_borrowed());
+
+  buffer b = a;
+  EXPECT_FALSE(a.is_borrowed());
+  append(b, u'!');
+  EXPECT_EQ(content(a), u"bcd!");
+  EXPECT_EQ(memory, u"abcdef");
+  EXPECT_TRUE(buffer::borrow(memory.data(), 0).is_null());
+}
+
+TEST(SharedBuffer, ReplaceEqualsTheStringOperationInEachState) {
+  std::u16string const memory = u"0123456789";
+  for (size_t column = 0; column <= 10; ++column)
+    for (size_t erased = 0; column + erased <= 10; ++erased)
+      for (std::u16string const inserted : {u"", u"x", u"xyzxyz"}) {
+        std::u16string expected = memory;
+        expected.replace(column, erased, inserted);
+        buffer slice = buffer::borrow(memory.data(), memory.size());
+        slice.replace(column, erased, inserted.data(), inserted.size());
+        EXPECT_EQ(content(slice), expected);
+        buffer owned = buffer::own({memory.begin(), memory.end()});
+        owned.replace(column, erased, inserted.data(), inserted.size());
+        EXPECT_EQ(content(owned), expected);
+      }
+}
+
+TEST(SharedBuffer, TrimmingASliceKeepsItBorrowed) {
+  std::u16string const memory = u"0123456789";
+  buffer slice = buffer::borrow(memory.data(), memory.size());
+  slice.replace(0, 2, nullptr, 0);
+  slice.replace(6, 2, nullptr, 0);
+  EXPECT_TRUE(slice.is_borrowed());
+  EXPECT_EQ(content(slice), u"234567");
+}
+
+TEST(TextBlock, MemoryGoesWithTheLastHandle) {
+  std::u16string const memory = u"text";
+  int released = 0;
+  auto first = text::text_block::adopt(memory.data(), memory.size(), [&] { ++released; });
+  {
+    text::text_block second = first;
+    EXPECT_EQ(second.use_count(), 2u);
+    first = text::text_block();
+    EXPECT_EQ(second.view(), u"text");
+    EXPECT_EQ(released, 0);
+  }
+  EXPECT_EQ(released, 1);
+}
+
+TEST(TextBlock, BuilderKeepsWhatWasWrittenAtAnyCapacity) {
+  for (size_t const capacity : {size_t{1}, size_t{1000}, size_t{3} << 20}) {
+    text::text_block_builder builder(capacity);
+    builder.data()[0] = u'a';
+    builder.data()[capacity - 1] = u'z';
+    text::text_block const all = builder.finish(capacity);
+    EXPECT_EQ(all.size(), capacity);
+    EXPECT_EQ(all[capacity - 1], u'z');
+
+    text::text_block_builder partly(capacity);
+    partly.data()[0] = u'b';
+    EXPECT_EQ(partly.finish(1).view(), u"b");
+  }
+  EXPECT_TRUE(text::text_block::fill(0, u'x').empty());
+  EXPECT_EQ(text::text_block::fill(3, u'x').view(), u"xxx");
+}
+
+}  // namespace

@@ -1,0 +1,89 @@
+#include "text/undo_manager.h"
+
+#include <gtest/gtest.h>
+
+#include "marked_text.h"
+#include "text/storage.h"
+
+namespace {
+
+class UndoManager : public testing::Test {
+ protected:
+  void type(std::string const& text) {
+    std::u16string const units = marked_text::units(text);
+    storage.insert(storage.end(-1), units.begin(), units.end());
+  }
+  void step(std::string const& text) {
+    text::undo_group group(manager);
+    for (char const c : text) type(std::string(1, c));
+  }
+  std::string text() { return marked_text::text_of(storage); }
+
+  text::storage storage;
+  text::undo_manager& manager = storage.undo_manager;
+};
+
+TEST_F(UndoManager, GroupIsOneStep) {
+  EXPECT_FALSE(manager.can_undo());
+  manager.undo();
+  manager.redo();
+  step("abc");
+  step("de");
+  EXPECT_TRUE(manager.can_undo());
+  EXPECT_FALSE(manager.can_redo());
+  uint32_t const memento = storage.current_memento;
+
+  manager.undo();
+  EXPECT_EQ(text(), "abc");
+  manager.undo();
+  EXPECT_EQ(text(), "");
+  EXPECT_EQ(storage.current_memento, 0u);
+  EXPECT_FALSE(manager.can_undo());
+  manager.redo();
+  manager.redo();
+  EXPECT_EQ(text(), "abcde");
+  EXPECT_EQ(storage.current_memento, memento);
+  EXPECT_EQ(storage.undo_records.size(), 5u);
+  EXPECT_FALSE(manager.can_redo());
+}
+
+TEST_F(UndoManager, EmptyGroupKeepsTheRedoList) {
+  step("a");
+  manager.undo();
+  step("");
+  EXPECT_TRUE(manager.can_redo());
+  EXPECT_FALSE(manager.can_undo());
+  step("b");
+  EXPECT_FALSE(manager.can_redo());
+}
+
+TEST_F(UndoManager, OpenGroupHasListsOfItsOwn) {
+  step("a");
+  manager.begin_group();
+  EXPECT_FALSE(manager.can_undo());
+  step("b");
+  step("c");
+  manager.undo();
+  EXPECT_EQ(text(), "ab");
+  manager.end_group();
+  manager.undo();
+  EXPECT_EQ(text(), "a");
+  manager.redo();
+  EXPECT_EQ(text(), "ab");
+}
+
+TEST_F(UndoManager, GroupWhoseChangesWereAllUndoneClearsTheRedoListAround) {
+  step("a");
+  step("b");
+  manager.undo();
+  manager.begin_group();
+  step("c");
+  manager.undo();
+  EXPECT_EQ(text(), "a");
+  manager.end_group();
+  EXPECT_FALSE(manager.can_redo());
+  manager.undo();
+  EXPECT_EQ(text(), "");
+}
+
+}  // namespace
