@@ -20,8 +20,8 @@ SOUND = {
     "actions/a.h": HEADER,
     "platform/a.h": HEADER,
     "plist/a.h": HEADER,
-    "plist/a.cc": '#include "plist/a.h"\n#include "PropertyListLexer.hpp"\n',
-    "plist/a.g": 'header { #include "plist/a.h" }\n',
+    "plist/a.cc": '#include "plist/a.h"\n#include "a_lexer.hpp"\n#include "aTokenTypes.hpp"\n',
+    "plist/a.g": '#include "plist/a.h"\nclass a_lexer extends Lexer;\noptions { exportVocab = a; }\n',
     "desktop/a.h": HEADER + '#include <QWidget>\n#include <QtGui/QFont>\n#include "app/a.h"\n',
 }
 
@@ -38,6 +38,8 @@ CASES = [
       "src/regex/a.cc:1: headless/ is on the same floor as regex/: headless/a.h"]),
     ("in a grammar", {"plist/b.g": 'header {\n#include "platform/a.h"\n}\n'},
      ["src/plist/b.g:2: platform/ is above plist/: platform/a.h"]),
+    ("another room's parser", {"text/a.cc": '#include "a_lexer.hpp"\n'},
+     ['src/text/a.cc:1: an include names the folder under src/ and the file: "a_lexer.hpp"']),
     ("Qt in the core", {"app/a.cc": "#include <QString>\n", "main.cc": "#include <QtCore/QFile>\n",
                         "text/a.cc": "#include <qglobal.h>\n"},
      ["src/app/a.cc:1: Qt is for desktop/ alone: QString",
