@@ -1,0 +1,145 @@
+#include "desktop/KeyTranslation.h"
+
+#include "desktop/QtText.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace widgets {
+namespace {
+
+namespace key = platform::function_key;
+namespace mod = platform::modifier;
+
+struct named_key {
+  int qt;
+  char16_t character;
+  char const* name;  // as menus show it
+};
+
+constexpr named_key named_keys[] = {
+    {Qt::Key_Up, key::up, "Up"},
+    {Qt::Key_Down, key::down, "Down"},
+    {Qt::Key_Left, key::left, "Left"},
+    {Qt::Key_Right, key::right, "Right"},
+    {Qt::Key_Insert, key::insert, "Ins"},
+    {Qt::Key_Delete, key::forward_delete, "Del"},
+    {Qt::Key_Home, key::home, "Home"},
+    {Qt::Key_End, key::end, "End"},
+    {Qt::Key_PageUp, key::page_up, "PgUp"},
+    {Qt::Key_PageDown, key::page_down, "PgDown"},
+    {Qt::Key_NumLock, key::num_lock, "NumLock"},
+    {Qt::Key_Menu, key::menu, "Menu"},
+    {Qt::Key_Help, key::help, "Help"},
+    {Qt::Key_Enter, key::enter, "Enter"},
+    {Qt::Key_Tab, key::tab, "Tab"},
+    {Qt::Key_Return, key::return_key, "Return"},
+    {Qt::Key_Backtab, key::back_tab, "Shift+Tab"},
+    {Qt::Key_Escape, key::escape, "Esc"},
+    {Qt::Key_Backspace, key::backspace, "Backspace"},
+};
+constexpr int function_keys = 35;
+
+char16_t named_character(QKeyEvent const& event) {
+  int const code = event.key();
+  if (Qt::Key_F1 <= code && code < Qt::Key_F1 + function_keys)
+    return static_cast<char16_t>(key::f1 + (code - Qt::Key_F1));
+  // Some layouts give plain Tab together with Shift.
+  if (code == Qt::Key_Tab && (event.modifiers() & Qt::ShiftModifier)) return key::back_tab;
+  auto const it = std::find_if(std::begin(named_keys), std::end(named_keys),
+                               [&](named_key const& k) { return k.qt == code; });
+  return it == std::end(named_keys) ? 0 : it->character;
+}
+
+bool is_function_character(char16_t c) {
+  return 0xF700 <= c && c <= 0xF8FF;
+}
+
+bool is_printable(QString const& text) {
+  return !text.isEmpty() && text[0].unicode() >= 0x20 && text[0].unicode() != 0x7F;
+}
+
+// What the key gives without Ctrl and Alt, as far as Qt's key codes tell: letters come as capitals.
+QString text_of_code(QKeyEvent const& event) {
+  int const code = event.key();
+  if (code < 0x20 || code >= Qt::Key_Escape) return {};
+  QString const text = QString::fromUcs4(reinterpret_cast<char32_t const*>(&code), 1);
+  return event.modifiers() & Qt::ShiftModifier ? text : text.toLower();
+}
+
+// Without a keyboard layout to ask, as on Wayland.
+void set_characters_from_event(platform::key_event& out, QKeyEvent const& event) {
+  QString const plain = text_of_code(event);
+  out.characters = utf16(is_printable(event.text()) ? event.text() : plain);
+  out.characters_ignoring_modifiers = plain.isEmpty() ? out.characters : utf16(plain);
+}
+
+QString key_name(char16_t c) {
+  if (key::f1 <= c && c < key::f1 + function_keys)
+    return QLatin1Char('F') + QString::number(c - key::f1 + 1);
+  for (named_key const& k : named_keys)
+    if (k.character == c) return QLatin1String(k.name);
+  if (c == u' ') return QStringLiteral("Space");
+  return QString(QChar(c)).toUpper();
+}
+
+}  // namespace
+
+std::uint32_t translate_modifiers(Qt::KeyboardModifiers modifiers) {
+  std::uint32_t bits = 0;
+  if (modifiers & Qt::ShiftModifier) bits |= mod::shift;
+  if (modifiers & Qt::MetaModifier) bits |= mod::control;
+  if (modifiers & Qt::AltModifier) bits |= mod::option;
+  if (modifiers & Qt::ControlModifier) bits |= mod::command;
+  return bits;
+}
+
+KeyboardLayout* KeyTranslation::layout() {
+  if (!tried_layout_) layout_ = KeyboardLayout::make();
+  tried_layout_ = true;
+  return layout_.get();
+}
+
+platform::key_event KeyTranslation::translate(QKeyEvent const& event) {
+  platform::key_event out;
+  out.modifiers = translate_modifiers(event.modifiers());
+  if (event.modifiers() & Qt::KeypadModifier) out.modifiers |= mod::keypad;
+
+  if (char16_t const named = named_character(event)) {
+    out.characters = out.characters_ignoring_modifiers = {named};
+    if (is_function_character(named)) out.modifiers |= mod::function;
+    return out;
+  }
+
+  std::uint32_t const code = event.nativeScanCode(), state = event.nativeModifiers();
+  // Synthesized events (tests, input methods, remote desktops) come without a hardware key.
+  if (code == 0 || layout() == nullptr || layout()->text(code, state, 0).empty()) {
+    set_characters_from_event(out, event);
+    return out;
+  }
+  constexpr std::uint32_t text_modifiers = mod::shift | mod::option;
+  out.characters = is_printable(event.text())
+                       ? utf16(event.text())
+                       : layout_->text(code, state, out.modifiers & text_modifiers);
+  out.characters_ignoring_modifiers = layout_->text(code, state, out.modifiers & mod::shift);
+  out.string_for = [layout = layout_, code, state](std::uint32_t modifiers) {
+    return layout->text(code, state, modifiers);
+  };
+  return out;
+}
+
+QString key_string_for_display(std::string_view key_string) {
+  QString const text = qstring(key_string);
+  if (text.isEmpty()) return {};
+  QString const modifiers = text.left(text.size() - 1);
+  QChar const c = text.back();
+  QString shown;
+  if (modifiers.contains(QLatin1Char('@'))) shown += QLatin1String("Ctrl+");
+  if (modifiers.contains(QLatin1Char('^'))) shown += QLatin1String("Meta+");
+  if (modifiers.contains(QLatin1Char('~'))) shown += QLatin1String("Alt+");
+  if (modifiers.contains(QLatin1Char('$')) || c != c.toLower()) shown += QLatin1String("Shift+");
+  if (modifiers.contains(QLatin1Char('#'))) shown += QLatin1String("Num+");
+  return shown + key_name(c.unicode());
+}
+
+}  // namespace widgets

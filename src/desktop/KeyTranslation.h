@@ -1,0 +1,34 @@
+#pragma once
+
+#include "desktop/KeyboardLayout.h"
+#include "platform/event.h"
+
+#include <QKeyEvent>
+#include <QString>
+
+#include <memory>
+#include <string>
+
+namespace widgets {
+
+std::uint32_t translate_modifiers(Qt::KeyboardModifiers modifiers);
+
+/// From Qt's key presses to the logic's: Ctrl is command, Super control, Alt option.
+class KeyTranslation {
+ public:
+  /// An event without characters stands for a key that means nothing by itself.
+  platform::key_event translate(QKeyEvent const& event);
+
+ private:
+  KeyboardLayout* layout();
+
+  // Not asked for at start: it costs some round trips to the X server.
+  bool tried_layout_ = false;
+  std::shared_ptr<KeyboardLayout> layout_;
+};
+
+/// The modifiers of a key event as Qt would give them in the desktop's way of writing shortcuts:
+/// "$@z" and "@Z" are "Ctrl+Shift+Z". Empty for an empty key string.
+QString key_string_for_display(std::string_view key_string);
+
+}  // namespace widgets

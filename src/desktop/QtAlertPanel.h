@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/alert.h"
+
+namespace widgets {
+
+/// Alerts as message boxes before the active window.
+class QtAlertPanel final : public platform::alert_panel {
+ public:
+  std::size_t run(platform::alert const& question) override;
+};
+
+}  // namespace widgets

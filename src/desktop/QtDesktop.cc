@@ -1,0 +1,141 @@
+#include "desktop/QtDesktop.h"
+
+#include "bundles/WynKeyEvent.h"
+#include "desktop/EditorWindow.h"
+#include "desktop/ImageStore.h"
+#include "desktop/QtText.h"
+
+#include <QIcon>
+#include <QSessionManager>
+#include <QTimer>
+
+#include <algorithm>
+
+namespace widgets {
+namespace {
+
+// Menus may name a letter with Shift in either way; an event comes with the capital.
+std::string normalized(std::string const& key_string) {
+  WynKeyEvent event;
+  if (!event.initWithString(key_string)) return {};
+  bool const shift = event.qualifiers() & platform::modifier::shift;
+  QString const key = qstring(event.key()), capital = key.toUpper();
+  if (shift && key.size() == 1 && capital != key)
+    event.setKeyAndQualifiers(utf8(capital), event.qualifiers() & ~platform::modifier::shift);
+  return event.stringRepresentation();
+}
+
+}  // namespace
+
+bool Application::event(QEvent* event) {
+  if (event->type() != QEvent::Quit || !on_quit) return QApplication::event(event);
+  event->accept();
+  on_quit();
+  return true;
+}
+
+QtDesktop::QtDesktop(int& argc, char** argv)
+    : qt_(argc, argv), general_(QClipboard::Clipboard), primary_(make_primary_selection()) {
+  QApplication::setApplicationName(QStringLiteral("quirnote"));
+  QApplication::setApplicationDisplayName(QStringLiteral("Quirnote"));
+  QApplication::setDesktopFileName(QStringLiteral("quirnote"));
+  QApplication::setQuitOnLastWindowClosed(false);
+  set_current(this);
+}
+
+QtDesktop::~QtDesktop() {
+  set_current(nullptr);
+}
+
+std::unique_ptr<platform::window> QtDesktop::make_window(platform::window_delegate& delegate,
+                                                         platform::view_client& client,
+                                                         platform::responder& first) {
+  return std::make_unique<EditorWindow>(*this, delegate, client, first);
+}
+
+std::vector<platform::window*> QtDesktop::ordered_windows() const {
+  std::vector<platform::window*> shown;
+  for (EditorWindow* const window : windows_)
+    if (window->is_visible()) shown.push_back(window);
+  std::stable_partition(shown.begin(), shown.end(),
+                        [](platform::window* w) { return !w->is_miniaturized(); });
+  return shown;
+}
+
+void QtDesktop::bring_to_front(EditorWindow& window) {
+  auto const it = std::find(windows_.begin(), windows_.end(), &window);
+  if (it != windows_.end()) std::rotate(windows_.begin(), it, it + 1);
+}
+
+// At the next turn, since the logic may replace the last window by another one.
+void QtDesktop::window_closed() {
+  loop_.post([this] {
+    if (ordered_windows().empty()) ask_to_quit();
+  });
+}
+
+void QtDesktop::ask_to_quit() {
+  if (delegate_ == nullptr || !delegate_->tryToPerformWith("terminate:", {})) terminate();
+}
+
+void QtDesktop::connect_session() {
+  qt_.on_quit = [this] { ask_to_quit(); };
+  QObject::connect(&qt_, &QGuiApplication::commitDataRequest, &qt_,
+                   [this](QSessionManager& session) {
+                     if (!session.allowsInteraction()) return;
+                     if (delegate_ != nullptr && !delegate_->applicationShouldTerminate())
+                       session.cancel();
+                     session.release();
+                   });
+}
+
+int QtDesktop::run(platform::application_delegate& app) {
+  delegate_ = &app;
+  terminated_ = false;
+  connect_session();
+  app.didFinishLaunching();
+  // Not needed for the first window to appear.
+  QTimer::singleShot(0, &qt_, [] {
+    QString const path = image_path(QStringLiteral("quirnote.png"));
+    if (!path.isEmpty()) QApplication::setWindowIcon(QIcon(path));
+  });
+  int const status = terminated_ ? 0 : QApplication::exec();
+  delegate_ = nullptr;
+  menu_.reset();
+  items_by_key_.clear();
+  return status;
+}
+
+void QtDesktop::terminate() {
+  terminated_ = true;
+  QApplication::exit(0);
+}
+
+menu_items const& QtDesktop::main_menu() {
+  if (!menu_) {
+    using items = std::vector<platform::menu_item>;
+    menu_ = std::make_shared<items const>(delegate_ != nullptr ? delegate_->mainMenu() : items());
+    index_keys(*menu_);
+  }
+  return menu_;
+}
+
+void QtDesktop::index_keys(std::vector<platform::menu_item> const& items) {
+  for (platform::menu_item const& item : items) {
+    index_keys(item.items);
+    if (!item.selector.empty() && !item.key.empty())
+      items_by_key_.emplace(normalized(item.key), &item);
+  }
+}
+
+platform::menu_item const* QtDesktop::item_for_key(platform::key_event const& event) {
+  main_menu();
+  std::string const key = WynKeyEvent::keyEventWithEvent(event).stringRepresentation();
+  auto it = items_by_key_.find(key);
+  // A key of the keypad does what its twin on the main keyboard does.
+  if (it == items_by_key_.end() && key.size() > 1 && key[0] == '#')
+    it = items_by_key_.find(key.substr(1));
+  return it == items_by_key_.end() ? nullptr : it->second;
+}
+
+}  // namespace widgets

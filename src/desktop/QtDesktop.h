@@ -1,0 +1,82 @@
+#pragma once
+
+#include "desktop/MenuBar.h"
+#include "desktop/QtAlertPanel.h"
+#include "desktop/QtFilePanels.h"
+#include "desktop/QtPasteboard.h"
+#include "desktop/QtRunLoop.h"
+#include "headless/headless_desktop.h"
+#include "platform/desktop.h"
+
+#include <QApplication>
+
+#include <map>
+#include <string>
+
+namespace widgets {
+
+class EditorWindow;
+
+/// Quitting from outside (session, window manager) goes through the logic.
+class Application final : public QApplication {
+ public:
+  using QApplication::QApplication;
+  std::function<void()> on_quit;
+
+ protected:
+  bool event(QEvent* event) override;
+};
+
+/// The desktop with windows. Becomes the current one.
+class QtDesktop final : public platform::desktop {
+ public:
+  QtDesktop(int& argc, char** argv);
+  ~QtDesktop() override;
+
+  platform::run_loop& loop() override { return loop_; }
+  platform::pasteboard& general_pasteboard() override { return general_; }
+  platform::pasteboard& primary_selection() override { return *primary_; }
+  platform::pasteboard& find_pasteboard() override { return find_; }
+  platform::alert_panel& alerts() override { return alerts_; }
+  platform::file_panels& panels() override { return panels_; }
+  void beep() override { QApplication::beep(); }
+  std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
+                                                platform::view_client& client,
+                                                platform::responder& first) override;
+  std::vector<platform::window*> ordered_windows() const override;
+  int run(platform::application_delegate& app) override;
+  void terminate() override;
+
+  /// Null outside of run().
+  platform::application_delegate* application() const { return delegate_; }
+  /// The menu bar of all windows; empty outside of run().
+  menu_items const& main_menu();
+  /// The item of the menu bar that has this key; null if none has.
+  platform::menu_item const* item_for_key(platform::key_event const& event);
+
+  // Called by windows.
+  void add(EditorWindow& window) { windows_.push_back(&window); }
+  void remove(EditorWindow& window) { std::erase(windows_, &window); }
+  void bring_to_front(EditorWindow& window);
+  void window_closed();
+
+ private:
+  void index_keys(std::vector<platform::menu_item> const& items);
+  void ask_to_quit();
+  void connect_session();
+
+  Application qt_;
+  QtRunLoop loop_;
+  QtPasteboard general_;
+  std::unique_ptr<platform::pasteboard> primary_;
+  headless::memory_pasteboard find_;
+  QtAlertPanel alerts_;
+  QtFilePanels panels_;
+  platform::application_delegate* delegate_ = nullptr;
+  bool terminated_ = false;
+  std::vector<EditorWindow*> windows_;  // the one active last comes first
+  menu_items menu_;
+  std::map<std::string, platform::menu_item const*> items_by_key_;  // into *menu_
+};
+
+}  // namespace widgets

@@ -1,0 +1,114 @@
+#include "desktop/QtFilePanels.h"
+
+#include "desktop/QtText.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+
+namespace widgets {
+namespace {
+
+std::string path_bytes(QString const& path) {
+  return QFile::encodeName(QDir::cleanPath(path)).toStdString();
+}
+
+// The desktop's own dialogs take no further fields, so these are Qt's.
+class FileDialog : public QFileDialog {
+ public:
+  FileDialog(std::string const& title, std::string const& directory)
+      : QFileDialog(QApplication::activeWindow(), qstring(title)) {
+    setOption(QFileDialog::DontUseNativeDialog);
+    setFilter(QDir::AllEntries | QDir::AllDirs | QDir::NoDotAndDotDot | QDir::Hidden);
+    if (!directory.empty()) setDirectory(QFile::decodeName(directory.c_str()));
+  }
+
+  void add_row(QLayout* row) {
+    auto* const grid = qobject_cast<QGridLayout*>(layout());
+    if (grid != nullptr) grid->addLayout(row, grid->rowCount(), 0, 1, -1);
+  }
+};
+
+QComboBox* add_choices(QBoxLayout& row, QString const& label,
+                       std::vector<std::string> const& choices, std::size_t chosen) {
+  auto* const box = new QComboBox;
+  for (std::string const& choice : choices) box->addItem(qstring(choice));
+  if (chosen < choices.size()) box->setCurrentIndex(static_cast<int>(chosen));
+  auto* const title = new QLabel(label);
+  title->setBuddy(box);
+  if (choices.empty()) {
+    title->hide();
+    box->hide();
+  }
+  row.addWidget(title);
+  row.addWidget(box);
+  return box;
+}
+
+std::size_t chosen_index(QComboBox const& box) {
+  return box.currentIndex() < 0 ? 0 : static_cast<std::size_t>(box.currentIndex());
+}
+
+// The folder selected in the dialog, or else the one that it shows.
+std::vector<QString> chosen_folders(QFileDialog const& dialog) {
+  std::vector<QString> folders;
+  for (QString const& path : dialog.selectedFiles())
+    if (QFileInfo(path).isDir()) folders.push_back(path);
+  if (folders.empty()) folders.push_back(dialog.directory().absolutePath());
+  return folders;
+}
+
+}  // namespace
+
+std::vector<std::string> QtFilePanels::run_open(platform::open_request const& request) {
+  FileDialog dialog(request.title, request.directory);
+  dialog.setFileMode(request.allows_multiple ? QFileDialog::ExistingFiles
+                                             : QFileDialog::ExistingFile);
+  std::vector<QString> chosen;
+  if (request.allows_folders) {
+    // Qt's "Open" enters a folder; taking one as it is needs a button of its own.
+    auto* const row = new QHBoxLayout;
+    auto* const button = new QPushButton(QStringLiteral("Open &Folder"));
+    QObject::connect(button, &QPushButton::clicked, &dialog, [&] {
+      chosen = chosen_folders(dialog);
+      dialog.QDialog::reject();
+    });
+    row->addStretch();
+    row->addWidget(button);
+    dialog.add_row(row);
+  }
+  if (dialog.exec() == QDialog::Accepted) {
+    QStringList const files = dialog.selectedFiles();
+    chosen.assign(files.begin(), files.end());
+  }
+  std::vector<std::string> paths;
+  for (QString const& path : chosen) paths.push_back(path_bytes(path));
+  return paths;
+}
+
+std::optional<platform::save_answer> QtFilePanels::run_save(platform::save_request const& request) {
+  FileDialog dialog(request.title, request.directory);
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setFileMode(QFileDialog::AnyFile);
+  dialog.selectFile(QFile::decodeName(request.name.c_str()));
+
+  auto* const row = new QHBoxLayout;
+  QComboBox* const encoding =
+      add_choices(*row, QStringLiteral("&Encoding:"), request.encodings, request.encoding);
+  QComboBox* const line_ending = add_choices(*row, QStringLiteral("&Line endings:"),
+                                             request.line_endings, request.line_ending);
+  row->addStretch();
+  dialog.add_row(row);
+
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  return platform::save_answer{path_bytes(dialog.selectedFiles().front()), chosen_index(*encoding),
+                               chosen_index(*line_ending)};
+}
+
+}  // namespace widgets

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/file_panel.h"
+
+namespace widgets {
+
+/// Open and save panels as dialogs before the active window.
+class QtFilePanels final : public platform::file_panels {
+ public:
+  std::vector<std::string> run_open(platform::open_request const& request) override;
+  std::optional<platform::save_answer> run_save(platform::save_request const& request) override;
+};
+
+}  // namespace widgets

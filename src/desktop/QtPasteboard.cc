@@ -1,0 +1,112 @@
+#include "desktop/QtPasteboard.h"
+
+#include "desktop/QtText.h"
+#include "headless/headless_desktop.h"
+#include "plist/xml_reader.h"
+#include "plist/xml_writer.h"
+
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QUrl>
+
+namespace widgets {
+namespace {
+
+namespace types = platform::pasteboard_type;
+
+char const text_format[] = "text/plain";
+char const file_format[] = "text/uri-list";
+char const private_format[] = "application/x-quirnote-pboard";
+
+bool is_private(std::string_view type) {
+  return type != types::text && type != types::file_list;
+}
+
+// Converts only what another program asks for: a primary selection changes often, and may be large.
+class PasteboardContent final : public QMimeData {
+ public:
+  explicit PasteboardContent(plist::dictionary content) : content(std::move(content)) {}
+
+  QStringList formats() const override {
+    QStringList list;
+    if (content.contains(types::text)) list << QLatin1String(text_format);
+    if (content.contains(types::file_list)) list << QLatin1String(file_format);
+    if (!private_types().empty()) list << QLatin1String(private_format);
+    return list;
+  }
+
+  bool hasFormat(QString const& format) const override { return formats().contains(format); }
+
+  plist::dictionary const content;
+
+ protected:
+  QVariant retrieveData(QString const& format, QMetaType) const override {
+    if (format == QLatin1String(text_format)) return text();
+    if (format == QLatin1String(file_format)) return urls();
+    if (format == QLatin1String(private_format))
+      return QByteArray::fromStdString(plist::write_xml(private_types()).text);
+    return {};
+  }
+
+ private:
+  QString text() const { return qstring(content.find(types::text)->second.string_or("")); }
+
+  QVariantList urls() const {
+    QVariantList list;
+    for (plist::value const& path : content.find(types::file_list)->second.elements())
+      list << QUrl::fromLocalFile(qstring(path.string_or("")));
+    return list;
+  }
+
+  plist::dictionary private_types() const {
+    plist::dictionary result;
+    for (auto const& [type, value] : content)
+      if (is_private(type)) result.emplace(type, value);
+    return result;
+  }
+};
+
+plist::value local_files(QMimeData const& data) {
+  plist::array paths;
+  for (QUrl const& url : data.urls())
+    if (url.isLocalFile()) paths.emplace_back(utf8(url.toLocalFile()));
+  return paths.empty() ? plist::value() : plist::value(std::move(paths));
+}
+
+plist::value read_foreign(QMimeData const& data, std::string_view type) {
+  if (type == types::text) return data.hasText() ? plist::value(utf8(data.text())) : plist::value();
+  if (type == types::file_list) return local_files(data);
+  QByteArray const xml = data.data(QLatin1String(private_format));
+  if (xml.isEmpty()) return {};
+  return plist::read_xml({xml.constData(), static_cast<std::size_t>(xml.size())}).value[type];
+}
+
+}  // namespace
+
+QtPasteboard::QtPasteboard(QClipboard::Mode mode) : mode_(mode) {
+  QObject::connect(QGuiApplication::clipboard(), &QClipboard::changed, &connection_,
+                   [this](QClipboard::Mode changed) {
+                     if (changed == mode_) ++change_count_;
+                   });
+}
+
+void QtPasteboard::set(plist::dictionary content) {
+  QGuiApplication::clipboard()->setMimeData(new PasteboardContent(std::move(content)), mode_);
+}
+
+plist::value QtPasteboard::get(std::string_view type) const {
+  QMimeData const* const data = QGuiApplication::clipboard()->mimeData(mode_);
+  if (data == nullptr) return {};
+  auto const* const own = dynamic_cast<PasteboardContent const*>(data);
+  if (own == nullptr) return read_foreign(*data, type);
+  auto const it = own->content.find(type);
+  return it == own->content.end() ? plist::value() : it->second;
+}
+
+std::unique_ptr<platform::pasteboard> make_primary_selection() {
+  if (QGuiApplication::clipboard()->supportsSelection())
+    return std::make_unique<QtPasteboard>(QClipboard::Selection);
+  return std::make_unique<headless::memory_pasteboard>();
+}
+
+}  // namespace widgets

@@ -1,0 +1,164 @@
+#include "desktop/StatusBar.h"
+
+#include "desktop/QtText.h"
+
+#include <QHelpEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QToolTip>
+
+#include <algorithm>
+
+namespace widgets {
+namespace {
+
+constexpr int margin = 8;          // pixels at both sides of a part
+constexpr int repaint_delay = 20;  // milliseconds
+
+struct part_kind {
+  std::string_view key;
+  char const* tool_tip;
+  char const* widest;  // keeps the parts behind from moving while the caret does
+};
+
+// From left to right.
+constexpr part_kind part_kinds[] = {
+    {"lineNumber", "Line and column of the caret", "Line 88888, Column 888"},
+    {"currentMode", "Language", ""},
+    {"fileEncoding", "Encoding of the file", ""},
+    {"lineEnding", "Line endings of the file", ""},
+    {"tabSize", "Width of a tab", ""},
+    {"softTabs", "What the Tab key inserts", ""},
+    {"overwriteMode", "Typing inserts or overwrites", "OVR"},
+};
+
+QString line_ending_name(QString const& text) {
+  if (text == QLatin1String("\n")) return QStringLiteral("LF");
+  if (text == QLatin1String("\r\n")) return QStringLiteral("CRLF");
+  if (text == QLatin1String("\r")) return QStringLiteral("CR");
+  return text;
+}
+
+part_kind const* kind_of(std::string_view key) {
+  auto const it = std::find_if(std::begin(part_kinds), std::end(part_kinds),
+                               [&](part_kind const& kind) { return kind.key == key; });
+  return it == std::end(part_kinds) ? nullptr : it;
+}
+
+}  // namespace
+
+StatusBar::StatusBar(click_handler on_click, QWidget* parent)
+    : QWidget(parent), on_click_(std::move(on_click)) {
+  setMouseTracking(true);
+  setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+}
+
+QSize StatusBar::sizeHint() const {
+  return {0, fontMetrics().height() + 8};
+}
+
+void StatusBar::update_value(std::string_view key, plist::value const& value) {
+  values_.insert_or_assign(std::string(key), value);
+  if (!repaint_.isActive()) repaint_.start(repaint_delay, this);
+}
+
+void StatusBar::timerEvent(QTimerEvent*) {
+  repaint_.stop();
+  update();
+}
+
+plist::value const& StatusBar::value(std::string_view key) const {
+  static plist::value const nothing;
+  auto const it = values_.find(key);
+  return it == values_.end() ? nothing : it->second;
+}
+
+QString StatusBar::text_of(std::string_view key) const {
+  plist::value const& v = value(key);
+  if (!v) return {};
+  if (key == "lineNumber")
+    return QStringLiteral("Line %1, Column %2")
+        .arg(v.integer_or(0) + 1)
+        .arg(value("columnNumber").integer_or(0) + 1);
+  if (key == "tabSize") return QStringLiteral("Tab Size: %1").arg(v.integer_or(0));
+  if (key == "softTabs")
+    return v.boolean_or(false) ? QStringLiteral("Soft Tabs") : QStringLiteral("Hard Tabs");
+  if (key == "overwriteMode")
+    return v.boolean_or(false) ? QStringLiteral("OVR") : QStringLiteral("INS");
+  QString const text = qstring(v.string_or(""));
+  return key == "lineEnding" ? line_ending_name(text) : text;
+}
+
+std::vector<StatusBar::part> StatusBar::parts() const {
+  std::vector<part> list;
+  int x = 0;
+  for (part_kind const& kind : part_kinds) {
+    QString const text = text_of(kind.key);
+    if (text.isEmpty()) continue;
+    int const least = fontMetrics().horizontalAdvance(QLatin1String(kind.widest));
+    int const wide = std::max(least, fontMetrics().horizontalAdvance(text)) + 2 * margin;
+    list.push_back({std::string(kind.key), text, x, wide});
+    x += wide + 1;
+  }
+  return list;
+}
+
+StatusBar::part const* StatusBar::part_at(std::vector<part> const& parts, QPoint p) const {
+  auto const it = std::find_if(parts.begin(), parts.end(), [&](part const& candidate) {
+    return candidate.x <= p.x() && p.x() < candidate.x + candidate.width;
+  });
+  return it == parts.end() ? nullptr : &*it;
+}
+
+void StatusBar::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  QColor line = palette().color(QPalette::WindowText);
+  line.setAlpha(60);
+  painter.fillRect(0, 0, width(), 1, line);
+  for (part const& p : parts()) {
+    if (p.key == hovered_) {
+      QColor shade = line;
+      shade.setAlpha(25);
+      painter.fillRect(p.x, 1, p.width, height() - 1, shade);
+    }
+    painter.setPen(palette().color(QPalette::WindowText));
+    painter.drawText(QRect(p.x + margin, 1, p.width - 2 * margin, height() - 1),
+                     Qt::AlignVCenter | Qt::AlignLeft, p.text);
+    painter.fillRect(p.x + p.width, 4, 1, height() - 7, line);
+  }
+}
+
+void StatusBar::mousePressEvent(QMouseEvent* event) {
+  std::vector<part> const all = parts();
+  part const* const hit = part_at(all, event->position().toPoint());
+  if (hit != nullptr) on_click_(hit->key, mapToGlobal(QPoint(hit->x, 0)));
+}
+
+void StatusBar::mouseMoveEvent(QMouseEvent* event) {
+  std::vector<part> const all = parts();
+  part const* const hit = part_at(all, event->position().toPoint());
+  hover(hit == nullptr ? std::string() : hit->key);
+}
+
+void StatusBar::leaveEvent(QEvent*) {
+  hover({});
+}
+
+void StatusBar::hover(std::string key) {
+  if (key == hovered_) return;
+  hovered_ = std::move(key);
+  update();
+}
+
+bool StatusBar::event(QEvent* event) {
+  if (event->type() != QEvent::ToolTip) return QWidget::event(event);
+  auto const* const help = static_cast<QHelpEvent*>(event);
+  std::vector<part> const all = parts();
+  part const* const hit = part_at(all, help->pos());
+  part_kind const* const kind = hit == nullptr ? nullptr : kind_of(hit->key);
+  QToolTip::showText(help->globalPos(), kind == nullptr ? QString() : QLatin1String(kind->tool_tip),
+                     this);
+  return true;
+}
+
+}  // namespace widgets

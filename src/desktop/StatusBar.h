@@ -1,0 +1,56 @@
+#pragma once
+
+#include "plist/value.h"
+
+#include <QBasicTimer>
+#include <QWidget>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace widgets {
+
+/// The line below the text: caret, mode, encoding, line endings, tabs. Paints itself, since a row
+/// of labels would lay out the whole window anew at each move of the caret.
+class StatusBar final : public QWidget {
+ public:
+  /// Called when a part is clicked, with the key of its value and the part's top left corner.
+  using click_handler = std::function<void(std::string const& key, QPoint global)>;
+  StatusBar(click_handler on_click, QWidget* parent);
+
+  /// A value of platform::window::update_value. Shown a moment later, after the text itself.
+  void update_value(std::string_view key, plist::value const& value);
+
+  QSize sizeHint() const override;
+
+ protected:
+  void paintEvent(QPaintEvent*) override;
+  void timerEvent(QTimerEvent*) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void leaveEvent(QEvent*) override;
+  bool event(QEvent* event) override;
+
+ private:
+  struct part {
+    std::string key;
+    QString text;
+    int x = 0, width = 0;
+  };
+
+  std::vector<part> parts() const;
+  part const* part_at(std::vector<part> const& parts, QPoint p) const;
+  plist::value const& value(std::string_view key) const;
+  QString text_of(std::string_view key) const;
+  void hover(std::string key);
+
+  click_handler on_click_;
+  std::map<std::string, plist::value, std::less<>> values_;
+  QBasicTimer repaint_;
+  std::string hovered_;
+};
+
+}  // namespace widgets

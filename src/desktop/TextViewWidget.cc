@@ -1,0 +1,227 @@
+#include "desktop/TextViewWidget.h"
+
+#include "desktop/QtGraphics.h"
+#include "desktop/QtText.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QStyleHints>
+
+#include <algorithm>
+#include <cmath>
+
+namespace widgets {
+namespace {
+
+platform::color from_qcolor(QColor const& c) {
+  return {static_cast<std::uint8_t>(c.red()), static_cast<std::uint8_t>(c.green()),
+          static_cast<std::uint8_t>(c.blue()), static_cast<std::uint8_t>(c.alpha())};
+}
+
+platform::rect from_qrect(QRect const& r) {
+  return {double(r.x()), double(r.y()), double(r.width()), double(r.height())};
+}
+
+int to_scroll_range(double pixels) {
+  return static_cast<int>(std::clamp(std::ceil(pixels), 0.0, 1.0e9));
+}
+
+}  // namespace
+
+platform::palette platform_palette(QPalette const& p) {
+  QPalette::ColorGroup const group = QPalette::Active;
+  return {from_qcolor(p.color(group, QPalette::Text)), from_qcolor(p.color(group, QPalette::Base)),
+          from_qcolor(p.color(group, QPalette::Highlight)),
+          from_qcolor(p.color(group, QPalette::Text)),
+          p.color(group, QPalette::Base).lightness() < 128};
+}
+
+TextViewWidget::TextViewWidget(platform::view_client& client, TextViewOwner& owner)
+    : client_(&client), owner_(&owner), cells_(cells_for({}, devicePixelRatioF())) {
+  setFrameStyle(QFrame::NoFrame);
+  setFocusPolicy(Qt::StrongFocus);
+  setLayoutDirection(Qt::LeftToRight);
+  setAttribute(Qt::WA_InputMethodEnabled);
+  setInputMethodHints(Qt::ImhMultiLine | Qt::ImhNoAutoUppercase | Qt::ImhNoPredictiveText);
+  // Soft wrap follows the width: a bar that comes and goes with the number of lines could flicker.
+  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+  viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+  viewport()->setMouseTracking(true);
+  viewport()->setCursor(Qt::IBeamCursor);
+  client_->set_host(this);
+}
+
+void TextViewWidget::detach() {
+  if (client_ != nullptr) client_->set_host(nullptr);
+  client_ = nullptr;
+  owner_ = nullptr;
+}
+
+platform::point TextViewWidget::origin() const {
+  return {double(horizontalScrollBar()->value()), double(verticalScrollBar()->value())};
+}
+
+platform::point TextViewWidget::to_view(QPointF local) const {
+  return {local.x() + origin().x, local.y() + origin().y};
+}
+
+QPoint TextViewWidget::to_viewport(platform::point p) const {
+  return QPointF(p.x - origin().x, p.y - origin().y).toPoint();
+}
+
+platform::rect TextViewWidget::visible_rect() const {
+  platform::point const o = origin();
+  return {o.x, o.y, double(viewport()->width()), double(viewport()->height())};
+}
+
+void TextViewWidget::scroll_to(platform::point origin) {
+  horizontalScrollBar()->setValue(to_scroll_range(std::round(origin.x)));
+  verticalScrollBar()->setValue(to_scroll_range(std::round(origin.y)));
+}
+
+void TextViewWidget::set_frame_size(platform::size s) {
+  if (s == frame_) return;
+  frame_ = s;
+  update_scroll_bars();
+}
+
+void TextViewWidget::update_scroll_bars() {
+  QSize const page = viewport()->size();
+  horizontalScrollBar()->setRange(0, to_scroll_range(frame_.width - page.width()));
+  verticalScrollBar()->setRange(0, to_scroll_range(frame_.height - page.height()));
+  horizontalScrollBar()->setPageStep(page.width());
+  verticalScrollBar()->setPageStep(std::max(1, page.height() - verticalScrollBar()->singleStep()));
+}
+
+void TextViewWidget::set_needs_display(platform::rect const& r) {
+  platform::rect const shown = r.intersection(visible_rect());
+  if (shown.empty()) return;
+  QRectF const local(shown.x - origin().x, shown.y - origin().y, shown.width, shown.height);
+  viewport()->update(local.toAlignedRect());
+}
+
+platform::palette TextViewWidget::palette() const {
+  return platform_palette(QWidget::palette());
+}
+
+platform::font_metrics TextViewWidget::metrics_for(platform::font const& f) const {
+  return cells_for(f, devicePixelRatioF())->metrics();
+}
+
+void TextViewWidget::set_font(platform::font const& f) {
+  cells_ = cells_for(f, devicePixelRatioF());
+  platform::font_metrics const& metrics = cells_->metrics();
+  verticalScrollBar()->setSingleStep(
+      static_cast<int>(std::ceil(metrics.ascender - metrics.descender)) + 2);
+  horizontalScrollBar()->setSingleStep(std::max(1, static_cast<int>(metrics.char_width * 2)));
+  viewport()->update();
+}
+
+// A window may move to a screen with another resolution.
+void TextViewWidget::update_fonts() {
+  if (cells_->device_pixel_ratio() != devicePixelRatioF()) set_font(cells_->font());
+}
+
+void TextViewWidget::paintEvent(QPaintEvent* event) {
+  QPainter painter(viewport());
+  update_fonts();
+  if (client_ == nullptr) {
+    painter.fillRect(event->rect(), QWidget::palette().base());
+    return;
+  }
+  // The rectangles of a caret that moves lie far apart: painting what is between costs more.
+  constexpr int max_rects = 6;
+  QRegion const& region = event->region();
+  QRect const whole = region.boundingRect();
+  bool const few = region.rectCount() <= max_rects;
+  for (QRect const* r = few ? region.begin() : &whole; r != (few ? region.end() : &whole + 1);
+       ++r) {
+    painter.setClipRect(*r);
+    QtGraphics graphics(painter, *cells_, origin());
+    platform::rect dirty = from_qrect(*r);
+    dirty.x += origin().x;
+    dirty.y += origin().y;
+    client_->draw(graphics, dirty);
+  }
+}
+
+void TextViewWidget::resizeEvent(QResizeEvent*) {
+  update_scroll_bars();
+  if (client_ != nullptr) client_->visible_rect_changed();
+}
+
+void TextViewWidget::scrollContentsBy(int dx, int dy) {
+  if (dx != 0 || std::abs(dy) >= viewport()->height()) {
+    viewport()->update();  // the gutter stays where it is while the text moves sideways
+  } else {
+    viewport()->scroll(0, dy);
+  }
+  if (client_ != nullptr) client_->visible_rect_changed();
+}
+
+QSize TextViewWidget::sizeHint() const {
+  if (client_ == nullptr) return QAbstractScrollArea::sizeHint();
+  platform::size const s = client_->size_for(100, 36);
+  return QSize(to_scroll_range(s.width) + verticalScrollBar()->sizeHint().width(),
+               to_scroll_range(s.height));
+}
+
+bool TextViewWidget::event(QEvent* event) {
+  // Every key is the view's: nothing else in the window may take one as its shortcut.
+  if (event->type() == QEvent::ShortcutOverride) {
+    event->accept();
+    return true;
+  }
+  return QAbstractScrollArea::event(event);
+}
+
+void TextViewWidget::changeEvent(QEvent* event) {
+  QAbstractScrollArea::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange || event->type() == QEvent::PaletteChange)
+    focus_changed();
+}
+
+void TextViewWidget::focus_changed() {
+  if (client_ == nullptr) return;
+  client_->focus_changed();
+  viewport()->update();
+}
+
+void TextViewWidget::focusInEvent(QFocusEvent*) {
+  if (client_ != nullptr)
+    client_->modifiers_changed(translate_modifiers(QGuiApplication::keyboardModifiers()));
+  focus_changed();
+}
+
+void TextViewWidget::focusOutEvent(QFocusEvent*) {
+  focus_changed();
+}
+
+void TextViewWidget::show_context_menu(std::vector<platform::menu_item> const& items,
+                                       platform::point where) {
+  if (owner_ != nullptr) owner_->pop_up_menu(items, viewport()->mapToGlobal(to_viewport(where)));
+}
+
+void TextViewWidget::show_cursor(platform::cursor cursor) {
+  Qt::CursorShape const shape = cursor == platform::cursor::arrow  ? Qt::ArrowCursor
+                                : cursor == platform::cursor::text ? Qt::IBeamCursor
+                                                                   : Qt::CrossCursor;
+  if (viewport()->cursor().shape() != shape) viewport()->setCursor(shape);
+}
+
+void TextViewWidget::hide_cursor_until_mouse_moves() {
+  if (cursor_hidden_) return;
+  cursor_hidden_ = true;
+  viewport()->setCursor(Qt::BlankCursor);
+}
+
+void TextViewWidget::reset_cursor() {
+  if (client_ == nullptr || cursor_hidden_) return;
+  QPointF const local = viewport()->mapFromGlobal(QPointF(QCursor::pos()));
+  show_cursor(client_->cursor_at(to_view(local),
+                                 translate_modifiers(QGuiApplication::keyboardModifiers())));
+}
+
+}  // namespace widgets

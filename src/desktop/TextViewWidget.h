@@ -1,0 +1,107 @@
+#pragma once
+
+#include "desktop/FontCells.h"
+#include "desktop/KeyTranslation.h"
+#include "platform/view.h"
+
+#include <QAbstractScrollArea>
+#include <QElapsedTimer>
+
+#include <memory>
+
+namespace widgets {
+
+/// What a text view needs of the window around it.
+class TextViewOwner {
+ public:
+  /// Looked at before the view gets a key; true swallows it.
+  virtual bool should_swallow(platform::key_event const& event) = 0;
+  /// Performs the menu item that has this key; false if there is none.
+  virtual bool perform_key_equivalent(platform::key_event const& event) = 0;
+  /// Opens the menu whose title begins with this letter; false if there is none.
+  virtual bool open_menu_with_letter(QString const& letter) = 0;
+  virtual void pop_up_menu(std::vector<platform::menu_item> const& items, QPoint global) = 0;
+
+ protected:
+  ~TextViewOwner() = default;
+};
+
+/// Shows a view_client: paints it, scrolls it, and hands on what the user does.
+class TextViewWidget final : public QAbstractScrollArea, public platform::view_host {
+ public:
+  /// Sets the client's host. The client must live until detach().
+  TextViewWidget(platform::view_client& client, TextViewOwner& owner);
+
+  /// Takes leave of client and owner, which may be gone before the widget is.
+  void detach();
+
+  // platform::view_host
+  platform::rect visible_rect() const override;
+  void scroll_to(platform::point origin) override;
+  void set_frame_size(platform::size s) override;
+  void set_needs_display(platform::rect const& r) override;
+  bool is_first_responder() const override { return hasFocus(); }
+  bool is_window_key() const override { return isActiveWindow(); }
+  platform::palette palette() const override;
+  platform::font_metrics metrics_for(platform::font const& f) const override;
+  void set_font(platform::font const& f) override;
+  void hide_cursor_until_mouse_moves() override;
+  void reset_cursor() override;
+  void input_method_changed(bool abandon) override;
+  void show_context_menu(std::vector<platform::menu_item> const& items,
+                         platform::point where) override;
+  void interpret_key_event(platform::key_event const& event) override;
+
+  QSize sizeHint() const override;
+  QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
+
+ protected:
+  bool event(QEvent* event) override;
+  void changeEvent(QEvent* event) override;
+  bool focusNextPrevChild(bool) override { return false; }
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void scrollContentsBy(int dx, int dy) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void keyReleaseEvent(QKeyEvent* event) override;
+  void inputMethodEvent(QInputMethodEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override { mousePressEvent(event); }
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void wheelEvent(QWheelEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
+
+ private:
+  platform::point origin() const;
+  platform::point to_view(QPointF local) const;
+  QPoint to_viewport(platform::point p) const;
+  void update_scroll_bars();
+  void update_fonts();
+  void focus_changed();
+  void count_click(QMouseEvent const& event);
+  platform::mouse_event translate_mouse(QMouseEvent const& event) const;
+  QPointF wheel_distance(QWheelEvent const& event) const;
+  void show_cursor(platform::cursor cursor);
+
+  platform::view_client* client_;
+  TextViewOwner* owner_;
+  platform::size frame_;
+  std::shared_ptr<FontCells> cells_;
+  KeyTranslation keys_;
+
+  // The last press, to tell double and triple clicks.
+  QElapsedTimer since_press_;
+  QPointF press_at_;
+  Qt::MouseButton press_button_ = Qt::NoButton;
+  int click_count_ = 0;
+  QPointF wheel_rest_;  // fractions of a pixel not scrolled yet
+  bool cursor_hidden_ = false;
+};
+
+/// The colours of the desktop's theme for text.
+platform::palette platform_palette(QPalette const& palette);
+
+}  // namespace widgets

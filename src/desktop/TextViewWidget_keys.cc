@@ -1,0 +1,125 @@
+#include "desktop/QtText.h"
+#include "desktop/TextViewWidget.h"
+
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QInputMethodEvent>
+
+namespace widgets {
+namespace {
+
+namespace mod = platform::modifier;
+
+bool is_modifier_key(int key) {
+  switch (key) {
+    case Qt::Key_Shift:
+    case Qt::Key_Control:
+    case Qt::Key_Meta:
+    case Qt::Key_Alt:
+    case Qt::Key_AltGr:
+    case Qt::Key_Super_L:
+    case Qt::Key_Super_R:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool is_text(std::u16string const& characters) {
+  if (characters.empty()) return false;
+  char16_t const c = characters.front();
+  return c >= 0x20 && c != 0x7F && !(0xF700 <= c && c <= 0xF8FF);
+}
+
+// Alt with a key whose text it doesn't change is a shortcut that nobody knows, and no text.
+bool is_shortcut(platform::key_event const& event) {
+  if (event.modifiers & (mod::command | mod::control)) return true;
+  return (event.modifiers & mod::option) && event.characters == event.characters_ignoring_modifiers;
+}
+
+struct preedit_selection {
+  std::size_t offset, length;
+};
+
+preedit_selection selection_in_preedit(QInputMethodEvent const& event) {
+  for (QInputMethodEvent::Attribute const& attribute : event.attributes())
+    if (attribute.type == QInputMethodEvent::Cursor)
+      return {static_cast<std::size_t>(std::max(0, attribute.start)), 0};
+  return {static_cast<std::size_t>(event.preeditString().size()), 0};
+}
+
+}  // namespace
+
+void TextViewWidget::keyPressEvent(QKeyEvent* event) {
+  if (client_ == nullptr) return;
+  if (is_modifier_key(event->key())) {
+    client_->modifiers_changed(translate_modifiers(event->modifiers()));
+    return;
+  }
+  platform::key_event const key = keys_.translate(*event);
+  if (key.characters.empty()) {
+    event->ignore();
+  } else if (!owner_->should_swallow(key)) {
+    client_->key_down(key);
+  }
+}
+
+void TextViewWidget::keyReleaseEvent(QKeyEvent* event) {
+  if (client_ != nullptr && is_modifier_key(event->key()))
+    client_->modifiers_changed(translate_modifiers(event->modifiers()));
+}
+
+void TextViewWidget::interpret_key_event(platform::key_event const& event) {
+  if (client_ == nullptr || owner_->perform_key_equivalent(event)) return;
+  if (!is_text(event.characters)) return;
+  if (!is_shortcut(event)) {
+    client_->insert_text(event.characters);
+  } else if (event.modifiers & mod::option) {
+    owner_->open_menu_with_letter(qstring(event.characters));
+  }
+}
+
+void TextViewWidget::inputMethodEvent(QInputMethodEvent* event) {
+  if (client_ == nullptr) return;
+  if (!event->commitString().isEmpty()) client_->insert_text(utf16(event->commitString()));
+  if (client_ != nullptr &&
+      (event->commitString().isEmpty() || !event->preeditString().isEmpty())) {
+    auto const [offset, length] = selection_in_preedit(*event);
+    client_->set_marked_text(utf16(event->preeditString()), offset, length);
+  }
+  event->accept();
+}
+
+QVariant TextViewWidget::inputMethodQuery(Qt::InputMethodQuery query) const {
+  if (client_ == nullptr) return query == Qt::ImEnabled ? QVariant(false) : QVariant();
+  std::size_t caret_offset = 0;
+  switch (query) {
+    case Qt::ImEnabled:
+      return true;
+    case Qt::ImCursorRectangle: {
+      platform::rect const caret = client_->caret_rect();
+      QPoint const at = to_viewport({caret.x, caret.y}) + viewport()->pos();
+      return QRectF(at, QSizeF(caret.width, caret.height));
+    }
+    case Qt::ImFont:
+      return font();
+    case Qt::ImSurroundingText:
+      return qstring(client_->line_text(caret_offset));
+    case Qt::ImCursorPosition:
+    case Qt::ImAnchorPosition:
+      client_->line_text(caret_offset);
+      return static_cast<int>(caret_offset);
+    case Qt::ImCurrentSelection:
+      return qstring(client_->selected_text());
+    default:
+      return QAbstractScrollArea::inputMethodQuery(query);
+  }
+}
+
+void TextViewWidget::input_method_changed(bool abandon) {
+  if (!hasFocus()) return;
+  if (abandon) QGuiApplication::inputMethod()->reset();
+  updateMicroFocus(Qt::ImCursorRectangle);
+}
+
+}  // namespace widgets

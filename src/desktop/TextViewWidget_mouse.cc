@@ -1,0 +1,98 @@
+#include "desktop/TextViewWidget.h"
+
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QStyleHints>
+
+#include <cmath>
+
+namespace widgets {
+namespace {
+
+platform::mouse_button translate_button(Qt::MouseButton button) {
+  switch (button) {
+    case Qt::MiddleButton:
+      return platform::mouse_button::middle;
+    case Qt::RightButton:
+      return platform::mouse_button::right;
+    default:
+      return platform::mouse_button::left;
+  }
+}
+
+bool is_editing_button(Qt::MouseButton button) {
+  return button == Qt::LeftButton || button == Qt::MiddleButton || button == Qt::RightButton;
+}
+
+}  // namespace
+
+// Qt itself tells no more than double clicks.
+void TextViewWidget::count_click(QMouseEvent const& event) {
+  QStyleHints const& hints = *QGuiApplication::styleHints();
+  bool const soon =
+      since_press_.isValid() && since_press_.elapsed() <= hints.mouseDoubleClickInterval();
+  QPointF const moved = event.position() - press_at_;
+  bool const near = moved.manhattanLength() <= hints.mouseDoubleClickDistance();
+  bool const repeated = soon && near && press_button_ == event.button();
+  click_count_ = repeated ? click_count_ + 1 : 1;
+  press_at_ = event.position();
+  press_button_ = event.button();
+  since_press_.start();
+}
+
+platform::mouse_event TextViewWidget::translate_mouse(QMouseEvent const& event) const {
+  platform::mouse_event out;
+  out.position = to_view(event.position());
+  out.button = translate_button(press_button_);
+  out.click_count = click_count_;
+  out.modifiers = translate_modifiers(event.modifiers());
+  return out;
+}
+
+void TextViewWidget::mousePressEvent(QMouseEvent* event) {
+  if (client_ == nullptr || !is_editing_button(event->button())) return;
+  count_click(*event);
+  client_->mouse_down(translate_mouse(*event));
+}
+
+void TextViewWidget::mouseMoveEvent(QMouseEvent* event) {
+  if (client_ == nullptr) return;
+  cursor_hidden_ = false;
+  show_cursor(
+      client_->cursor_at(to_view(event->position()), translate_modifiers(event->modifiers())));
+  if (event->buttons() & press_button_) client_->mouse_dragged(translate_mouse(*event));
+}
+
+void TextViewWidget::mouseReleaseEvent(QMouseEvent* event) {
+  if (client_ == nullptr || event->button() != press_button_) return;
+  client_->mouse_up(translate_mouse(*event));
+}
+
+// Opened by the press of the right button, which the logic gets.
+void TextViewWidget::contextMenuEvent(QContextMenuEvent* event) {
+  event->accept();
+}
+
+QPointF TextViewWidget::wheel_distance(QWheelEvent const& event) const {
+  // X11 gives device units for pixels.
+  bool const has_pixels = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+  if (has_pixels && !event.pixelDelta().isNull()) return event.pixelDelta();
+  constexpr double units_per_step = 120;
+  double const steps = QGuiApplication::styleHints()->wheelScrollLines() / units_per_step;
+  return {event.angleDelta().x() * steps * horizontalScrollBar()->singleStep(),
+          event.angleDelta().y() * steps * verticalScrollBar()->singleStep()};
+}
+
+void TextViewWidget::wheelEvent(QWheelEvent* event) {
+  QPointF distance = wheel_distance(*event);
+  bool const sideways = event->modifiers() & (Qt::ShiftModifier | Qt::AltModifier);
+  if (sideways && distance.x() == 0) distance = {distance.y(), 0};
+  wheel_rest_ += distance;
+  QPointF const whole(std::trunc(wheel_rest_.x()), std::trunc(wheel_rest_.y()));
+  wheel_rest_ -= whole;
+  scroll_to({origin().x - whole.x(), origin().y - whole.y()});
+  event->accept();
+}
+
+}  // namespace widgets
