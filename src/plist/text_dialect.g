@@ -44,9 +44,9 @@ string : STRING ;
 
 integer : INTEGER ;
 
-array : LPAREN^ { enter(); } ( item ( COMMA! item )* ( COMMA! )? )? RPAREN! { leave(); } ;
+array : { enter(); } LPAREN^ ( item ( COMMA! item )* ( COMMA! )? )? RPAREN! { leave(); } ;
 
-dict : LBRACKET^ { enter(); }
+dict : { enter(); } LBRACKET^
        ( ( STRING | INTEGER ) EQUAL! item SEMICOLON! )*
        RBRACKET! { leave(); } ;
 

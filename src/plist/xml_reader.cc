@@ -157,7 +157,8 @@ class reader {
     element_name const* found = find_element(name);
     if (!found) return fail("unknown element " + quoted(name));
     if (!check_attributes(found->what, attributes) || !check_place(found->what)) return;
-    if (open_.size() > max_depth) return fail("nested too deeply");
+    bool const nests = found->what == element::array || found->what == element::dictionary;
+    if (nests && open_.size() > max_depth) return fail("nested too deeply");
     open_.push_back({found->what, {}, {}, {}, {}});
   }
 

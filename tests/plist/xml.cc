@@ -1,0 +1,230 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "plist/xml_reader.h"
+#include "plist/xml_writer.h"
+#include "random_values.h"
+
+using namespace std::string_literals;
+
+namespace {
+
+using plist::value;
+
+std::string document(std::string const& content) {
+  return "<plist>" + content + "</plist>";
+}
+
+value round_trip(value const& v) {
+  auto const written = plist::write_xml(v);
+  EXPECT_EQ(written.error.value_or(""), "");
+  auto const read = plist::read_xml(written.text);
+  EXPECT_FALSE(read.error) << read.error->message << "\n" << written.text;
+  return read.value;
+}
+
+TEST(xml, layout) {
+  value const v = plist::dictionary{{"b<", plist::array{1, true, "x & y"}},
+                                    {"a", plist::dictionary{}},
+                                    {"c", plist::array{}},
+                                    {"d", plist::data{1, 2, 3, 4}},
+                                    {"e", plist::date{86399}},
+                                    {"f", 0.5},
+                                    {"g", "\ttwo\r\nlines"}};
+  EXPECT_EQ(plist::write_xml(v).text,
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+            "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+            "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+            "<plist version=\"1.0\">\n"
+            "<dict>\n"
+            "\t<key>a</key>\n"
+            "\t<dict/>\n"
+            "\t<key>b&lt;</key>\n"
+            "\t<array>\n"
+            "\t\t<integer>1</integer>\n"
+            "\t\t<true/>\n"
+            "\t\t<string>x &amp; y</string>\n"
+            "\t</array>\n"
+            "\t<key>c</key>\n"
+            "\t<array/>\n"
+            "\t<key>d</key>\n"
+            "\t<data>AQIDBA==</data>\n"
+            "\t<key>e</key>\n"
+            "\t<date>2001-01-01T23:59:59Z</date>\n"
+            "\t<key>f</key>\n"
+            "\t<real>0.5</real>\n"
+            "\t<key>g</key>\n"
+            "\t<string>\ttwo&#13;\nlines</string>\n"
+            "</dict>\n"
+            "</plist>\n");
+}
+
+TEST(xml, random_values_survive) {
+  rc::check([] {
+    value const v = random_values::value({});
+    RC_ASSERT(round_trip(v) == v);
+  });
+}
+
+TEST(xml, extreme_values_survive) {
+  constexpr double inf = std::numeric_limits<double>::infinity();
+  for (value const& v :
+       {value(INT64_MIN), value(INT64_MAX), value(0.0), value(-0.0),
+        value(std::numeric_limits<double>::denorm_min()), value(inf), value(-inf), value(0.1),
+        value(1e23), value(""), value(" "), value(plist::data(1000, 255)),
+        value(plist::date{-0.25}), value(plist::date{-1e-300}), value(plist::date{0.1}),
+        value(plist::date{-63113904000.0}), value(plist::date{252423993599.0}),
+        value(plist::dictionary{{"", ""}}), random_values::nested(plist::max_depth, "x")})
+    EXPECT_EQ(round_trip(v), v);
+  EXPECT_TRUE(std::signbit(round_trip(-0.0).real_or(1)));
+  EXPECT_TRUE(std::isnan(round_trip(std::nan("")).real_or(0)));
+}
+
+TEST(xml, what_cannot_be_held_fails_the_write) {
+  struct {
+    value v;
+    std::string error;
+  } const cases[] = {
+      {value(), "nothing can't be written"},
+      {"\x1B[0m", "a character that XML can't hold"},
+      {"\0"s, "a character that XML can't hold"},
+      {"\xED\xA0\x80", "a character that XML can't hold"},  // a lone surrogate
+      {"\uFFFF", "a character that XML can't hold"},
+      {"\xC3", "a character that XML can't hold"},
+      {"\xC0\x80", "a character that XML can't hold"},
+      {"\xF0\x80\x80\x80", "a character that XML can't hold"},
+      {"\xF4\x90\x80\x80", "a character that XML can't hold"},
+      {plist::dictionary{{"a", plist::array{1, plist::dictionary{{"\x01", 1}}}}},
+       "a[1].\x01: a character that XML can't hold"},
+      {plist::date{1e12}, "a date outside of the years 1 to 9999 can't be written"},
+      {plist::date{std::nan("")}, "a date outside of the years 1 to 9999 can't be written"},
+      {random_values::nested(plist::max_depth + 1, "x"), "nested too deeply"},
+      {random_values::nested(100'000, "x"), "nested too deeply"},
+  };
+  for (auto const& c : cases) {
+    auto const written = plist::write_xml(c.v);
+    ASSERT_TRUE(written.error);
+    EXPECT_TRUE(written.error->ends_with(c.error)) << *written.error;
+    EXPECT_LT(written.error->size(), 400u);
+    EXPECT_EQ(written.text, "");
+  }
+}
+
+TEST(xml, forms_that_other_writers_use) {
+  struct {
+    std::string content;
+    value v;
+  } const cases[] = {
+      {"<true></true>", true},
+      {"<integer> +12\n</integer>", 12},
+      {"<integer>0xFF</integer>", 255},
+      {"<integer>-0x10</integer>", -16},
+      {"<real>1</real>", 1.0},
+      {"<real>+1.5E3</real>", 1500.0},
+      {"<real>-Infinity</real>", -std::numeric_limits<double>::infinity()},
+      {"<date>1969-07-20T20:17:40Z</date>", plist::date{-992490140}},
+      {"<date>2000-02-29T00:00:00.50Z</date>", plist::date{-26524799.5}},
+      {"<data>\n\tAQ\n\tID\n</data>", plist::data{1, 2, 3}},
+      {"<data></data>", plist::data{}},
+      {"<string/>", ""},
+      {"<string>a<![CDATA[<b>]]>&#x1F600;<!-- c -->d</string>", "a<b>😀d"},
+      {"<!-- c --><array> <?pi?> <string>x</string></array>", plist::array{"x"}},
+      {"<dict><key>a</key><true/><key>a</key><false/></dict>", plist::dictionary{{"a", false}}},
+  };
+  for (auto const& c : cases) {
+    auto const read = plist::read_xml(document(c.content));
+    EXPECT_FALSE(read.error) << c.content << ": " << read.error->message;
+    EXPECT_EQ(read.value, c.v) << c.content;
+  }
+  auto const latin = plist::read_xml("<?xml version='1.0' encoding='ISO-8859-1'?>" +
+                                     document("<string>\xE9</string>"));
+  EXPECT_EQ(latin.value, value("é"));
+  auto const wide = "\xFF\xFE<\0p\0l\0i\0s\0t\0>\0<\0t\0r\0u\0e\0/\0>\0<\0/\0p\0l\0i\0s\0t\0>\0"s;
+  EXPECT_EQ(plist::read_xml(wide).value, value(true));
+}
+
+TEST(xml, errors_say_where_and_why) {
+  struct {
+    std::string text;
+    std::size_t line, column;
+    std::string message;  // a part of it
+  } const cases[] = {
+      {"", 1, 1, "no element found"},
+      {"<plist>", 1, 8, "no element found"},
+      {"<plist></plist>", 1, 8, "no value"},
+      {"<dict/>", 1, 1, "outermost element"},
+      {document("<true/><true/>"), 1, 15, "more than one value"},
+      {document("<true/>") + "x", 1, 23, "junk after"},
+      {"<plist>\n <dict>\n  <string>é</string>", 3, 3, "a value without a key"},
+      {document("<dict><key>a</key></dict>"), 1, 26, "the key \"a\" has no value"},
+      {document("<dict><key>a</key><key>b</key></dict>"), 1, 26, "the key \"a\" has no value"},
+      {document("<array><key>a</key></array>"), 1, 15, "a key outside of a dictionary"},
+      {document("<array>é x</array>"), 1, 15, "text inside of array"},
+      {document("<true>x</true>"), 1, 14, "text inside of true"},
+      {document("<string>é<true/></string>"), 1, 17, "an element inside of string"},
+      {document("<bool/>"), 1, 8, "unknown element \"bool\""},
+      {document("<array a='b'/>"), 1, 8, "unknown attribute \"a\""},
+      {document("<plist/>"), 1, 8, "plist inside"},
+      {document("<integer></integer>"), 1, 17, "not a valid integer: \"\""},
+      {document("<integer>1.5</integer>"), 1, 20, "not a valid integer: \"1.5\""},
+      {document("<integer>--1</integer>"), 1, 20, "not a valid integer"},
+      {document("<integer>0x</integer>"), 1, 19, "not a valid integer"},
+      {document("<integer>9223372036854775808</integer>"), 1, 36, "not a valid integer"},
+      {document("<real>1,5</real>"), 1, 17, "not a valid real"},
+      {document("<real>nan(1)</real>"), 1, 20, "not a valid real"},
+      {document("<date>2001-02-29T00:00:00Z</date>"), 1, 34, "not a valid date"},
+      {document("<date>2001-01-01 00:00:00Z</date>"), 1, 34, "not a valid date"},
+      {document("<date>2001-01-01T00:00:00</date>"), 1, 33, "not a valid date"},
+      {document("<data>AQI</data>"), 1, 17, "not a valid data"},
+      {document("<data>A===</data>"), 1, 18, "not a valid data"},
+      {document("<data>AQ==AQ==</data>"), 1, 22, "not a valid data"},
+      {document("<string>\0</string>"s), 1, 16, "not well-formed"},
+      {document("<string>\xC3(</string>"), 1, 16, "not well-formed"},
+      {document("<string>\xED\xA0\x80</string>"), 1, 16, "not well-formed"},
+      {document("<string>&#0;</string>"), 1, 16, "invalid character number"},
+      {document("<string>&nbsp;</string>"), 1, 16, "undefined entity"},
+      {"<!DOCTYPE plist SYSTEM 'x.dtd'><plist><string>&nbsp;</string></plist>", 1, 47,
+       "undefined entity \"nbsp\""},
+      {"<!DOCTYPE html><plist><true/></plist>", 1, 15, "document type is not plist"},
+      {"<!DOCTYPE plist [<!ENTITY a 'b'>]><plist><true/></plist>", 1, 17, "must not declare"},
+  };
+  for (auto const& c : cases) {
+    auto const read = plist::read_xml(c.text);
+    ASSERT_TRUE(read.error) << c.text;
+    EXPECT_EQ(read.error->line, c.line) << c.text << ": " << read.error->message;
+    EXPECT_EQ(read.error->column, c.column) << c.text << ": " << read.error->message;
+    EXPECT_NE(read.error->message.find(c.message), std::string::npos) << read.error->message;
+    EXPECT_FALSE(read.value);
+  }
+}
+
+TEST(xml, hostile_documents_are_refused_cheaply) {
+  std::string laughs = "<!DOCTYPE plist [<!ENTITY a0 'ha'>";
+  for (int i = 1; i < 30; ++i) {
+    std::string const previous = "&a" + std::to_string(i - 1) + ";";
+    laughs += "<!ENTITY a" + std::to_string(i) + " '" + previous + previous + "'>";
+  }
+  laughs += "]><plist><string>&a29;</string></plist>";
+  EXPECT_NE(plist::read_xml(laughs).error->message.find("must not declare"), std::string::npos);
+
+  std::string deep = "<plist>";
+  for (int i = 0; i < 100'000; ++i) deep += "<array>";
+  EXPECT_EQ(plist::read_xml(deep).error->message, "nested too deeply");
+
+  EXPECT_EQ(plist::read_xml(document("<true/>"), 10).error->message, "larger than 10 bytes");
+}
+
+TEST(xml, every_truncation_is_an_error) {
+  std::string const text =
+      plist::write_xml(plist::dictionary{{"a", plist::array{1, 2.5, "é", true, plist::data{7}}},
+                                         {"b", plist::date{0.5}}})
+          .text;
+  std::string const end = "</plist>\n";
+  for (std::size_t length = 0; length < text.size() - 1; ++length)
+    EXPECT_TRUE(plist::read_xml(text.substr(0, length)).error) << length;
+  EXPECT_FALSE(plist::read_xml(text).error);
+}
+
+}  // namespace
