@@ -1,17 +1,365 @@
 #include "platform/user_defaults.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
-TEST(user_defaults, smoke) {
-  char folder[] = "/tmp/qn-defaults-XXXXXX";
-  ASSERT_TRUE(mkdtemp(folder));
-  std::string const path = std::string(folder) + "/Quirnote/Defaults.plist";
-  platform::user_defaults a(path), b(path);
-  a.set("x", 3);
-  EXPECT_TRUE(a.save());
-  EXPECT_EQ(b.integer("x"), 3);
-  b.set("y", "z");
-  EXPECT_TRUE(b.save());
-  a.check_for_changes();
-  EXPECT_EQ(a.string("y"), "z");
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "platform/notification_center.h"
+#include "plist/xml_reader.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using platform::user_defaults;
+using plist::value;
+
+/// Lets the call of a given number fail or end the process; counts all calls.
+class faulty_calls : public platform::file_calls {
+ public:
+  enum class fault { none, error, exit };
+
+  int calls = 0;
+  int at = -1;  // the number of the call that goes wrong, from 0
+  fault what = fault::none;
+  int error = EIO;
+
+  int open(char const* path, int flags, mode_t mode) override {
+    return strikes() ? -1 : file_calls::open(path, flags, mode);
+  }
+  ssize_t read(int fd, void* buffer, std::size_t count) override {
+    return strikes() ? -1 : file_calls::read(fd, buffer, count);
+  }
+  ssize_t write(int fd, void const* buffer, std::size_t count) override {
+    // What is written comes in small pieces, so that a fault can leave half a file.
+    return strikes() ? -1 : file_calls::write(fd, buffer, std::min<std::size_t>(count, 100));
+  }
+  int fstat(int fd, struct stat* info) override {
+    return strikes() ? -1 : file_calls::fstat(fd, info);
+  }
+  int fchmod(int fd, mode_t mode) override { return strikes() ? -1 : file_calls::fchmod(fd, mode); }
+  int fsync(int fd) override { return strikes() ? -1 : file_calls::fsync(fd); }
+  int close(int fd) override {
+    int const result = file_calls::close(fd);
+    return strikes() ? -1 : result;
+  }
+  int rename(char const* from, char const* to) override {
+    return strikes() ? -1 : file_calls::rename(from, to);
+  }
+  int link(char const* from, char const* to) override {
+    return strikes() ? -1 : file_calls::link(from, to);
+  }
+  int unlink(char const* path) override { return strikes() ? -1 : file_calls::unlink(path); }
+
+ private:
+  bool strikes() {
+    if (calls++ != at || what == fault::none) return false;
+    if (what == fault::exit) ::_exit(9);
+    errno = error;
+    return true;
+  }
+};
+
+class user_defaults_test : public testing::Test {
+ protected:
+  user_defaults_test() {
+    char name[] = "/tmp/quirnote-defaults-XXXXXX";
+    folder_ = ::mkdtemp(name);
+    path_ = folder_ + "/Quirnote/Defaults.plist";
+  }
+  ~user_defaults_test() override { fs::remove_all(folder_); }
+
+  void write(std::string const& text) {
+    fs::create_directories(fs::path(path_).parent_path());
+    std::ofstream(path_, std::ios::trunc) << text;
+  }
+
+  std::string text(std::string const& path) {
+    std::ifstream in(path);
+    return {std::istreambuf_iterator<char>(in), {}};
+  }
+
+  value stored() {
+    auto const read = plist::read_xml(text(path_));
+    EXPECT_FALSE(read.error) << read.error->message;
+    return read.value;
+  }
+
+  std::vector<std::string> files() {
+    std::vector<std::string> names;
+    for (auto const& entry : fs::directory_iterator(fs::path(path_).parent_path()))
+      names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  std::string folder_, path_;
+};
+
+std::string document(std::string const& entries) {
+  return "<plist><dict>" + entries + "</dict></plist>\n";
 }
+
+TEST_F(user_defaults_test, layers) {
+  user_defaults defaults(path_);
+  EXPECT_FALSE(defaults.get("k"));
+  EXPECT_EQ(defaults.integer("k", 9), 9);
+  defaults.register_defaults({{"k", 1}, {"other", "x"}});
+  EXPECT_EQ(defaults.integer("k", 9), 1);
+  defaults.set("k", "2");
+  EXPECT_EQ(defaults.integer("k"), 2);
+  defaults.set_volatile("k", 3);
+  EXPECT_EQ(defaults.integer("k"), 3);
+  defaults.set("k", 4);
+  EXPECT_EQ(defaults.integer("k"), 3);
+  EXPECT_EQ(defaults.all(), (plist::dictionary{{"k", 3}, {"other", "x"}}));
+  EXPECT_TRUE(defaults.save());
+  EXPECT_EQ(stored(), value(plist::dictionary{{"k", 4}}));
+
+  user_defaults next(path_);
+  next.register_defaults({{"k", 1}});
+  EXPECT_EQ(next.integer("k"), 4);
+  next.remove("k");
+  EXPECT_EQ(next.integer("k"), 1);
+  EXPECT_TRUE(next.save());
+  EXPECT_EQ(stored(), value(plist::dictionary{}));
+}
+
+TEST_F(user_defaults_test, setting_what_is_stored_already_writes_nothing) {
+  write(document("<key>a</key><integer>1</integer>"));
+  faulty_calls calls;
+  user_defaults defaults(path_, calls);
+  defaults.register_defaults({{"b", 1}});
+  EXPECT_EQ(calls.calls, 0) << "read before the first look-up";
+  defaults.set("a", 1);
+  defaults.remove("nothing");
+  int const after_reading = calls.calls;
+  EXPECT_TRUE(defaults.save());
+  defaults.check_for_changes();
+  EXPECT_EQ(calls.calls, after_reading);
+  defaults.set("a", 2);
+  defaults.set("a", 1);  // back again before anything was written
+  EXPECT_TRUE(defaults.save());
+  EXPECT_EQ(stored()["a"], value(1));
+}
+
+TEST_F(user_defaults_test, posts_when_a_lookup_changes) {
+  user_defaults defaults(path_), other(path_);
+  int posts = 0;
+  auto const token = platform::notification_center::standard().observe(
+      user_defaults::did_change, [&](auto const&) { ++posts; }, &defaults);
+  auto const expect_posts = [&](int count, char const* after) {
+    EXPECT_EQ(posts, count) << after;
+    posts = 0;
+  };
+  defaults.register_defaults({{"r", 1}});
+  expect_posts(0, "registering");
+  defaults.set("a", 1);
+  expect_posts(1, "setting");
+  defaults.set("a", 1);
+  defaults.set("r", 1);
+  defaults.remove("none");
+  expect_posts(0, "setting what holds already");
+  defaults.set_volatile("a", 5);
+  expect_posts(1, "overriding");
+  defaults.set("a", 2);
+  expect_posts(0, "setting what is overridden");
+  defaults.check_for_changes();
+  expect_posts(0, "storing");
+  EXPECT_EQ(other.integer("a"), 2);
+  other.set("b", 1);
+  other.check_for_changes();
+  defaults.check_for_changes();
+  expect_posts(1, "a change by another process");
+  EXPECT_EQ(defaults.integer("b"), 1);
+  fs::remove(path_);
+  defaults.check_for_changes();
+  expect_posts(1, "removal of the file");
+  EXPECT_FALSE(defaults.get("b"));
+}
+
+TEST_F(user_defaults_test, saving_keeps_what_other_processes_wrote) {
+  constexpr int processes = 4, keys = 20;
+  std::vector<pid_t> children;
+  for (int p = 0; p < processes; ++p) {
+    pid_t const child = ::fork();
+    if (child == 0) {
+      user_defaults defaults(path_);
+      bool ok = true;
+      for (int k = 0; k < keys; ++k) {
+        defaults.set("k" + std::to_string(p) + "." + std::to_string(k), k);
+        ok = defaults.save() && ok;
+      }
+      ::_exit(ok ? 0 : 1);
+    }
+    children.push_back(child);
+  }
+  for (pid_t const child : children) {
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+  }
+  EXPECT_EQ(stored().entries().size(), std::size_t(processes * keys));
+  EXPECT_EQ(files(), std::vector<std::string>{"Defaults.plist"});
+}
+
+TEST_F(user_defaults_test, a_process_ended_at_any_call_loses_nothing) {
+  value const before = plist::dictionary{{"a", std::string(300, 'a')}, {"b", 1}};
+  value const after = plist::dictionary{{"a", std::string(500, 'c')}, {"b", 1}};
+  bool finished = false, saw_before = false, saw_after = false;
+  for (int at = 0; !finished; ++at) {
+    fs::remove_all(fs::path(path_).parent_path());
+    {
+      user_defaults defaults(path_);
+      for (auto const& [key, v] : before.entries()) defaults.set(key, v);
+      ASSERT_TRUE(defaults.save());
+    }
+    pid_t const child = ::fork();
+    if (child == 0) {
+      faulty_calls calls;
+      calls.at = at;
+      calls.what = faulty_calls::fault::exit;
+      user_defaults defaults(path_, calls);
+      defaults.set("a", after["a"]);
+      ::_exit(defaults.save() ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(status == 0 || WEXITSTATUS(status) == 9) << status;
+    finished = status == 0;
+    value const found = stored();
+    EXPECT_TRUE(found == before || found == after) << "ended at call " << at;
+    (found == after ? saw_after : saw_before) = true;
+    EXPECT_TRUE(found == after || !finished);
+
+    user_defaults next(path_);
+    next.set("b", 2);
+    EXPECT_TRUE(next.save());
+    EXPECT_EQ(stored()["a"], found["a"]);
+    EXPECT_EQ(files(), std::vector<std::string>{"Defaults.plist"}) << "ended at call " << at;
+  }
+  EXPECT_TRUE(saw_before && saw_after);
+}
+
+TEST_F(user_defaults_test, a_failing_call_is_reported_and_tried_again) {
+  write(document("<key>b</key><integer>1</integer>"));
+  fs::permissions(path_, fs::perms(0640));
+  bool finished = false;
+  for (int at = 0; !finished; ++at) {
+    write(document("<key>b</key><integer>1</integer>"));
+    faulty_calls calls;
+    user_defaults defaults(path_, calls);
+    EXPECT_EQ(defaults.integer("b"), 1);
+    defaults.set("a", std::string(300, 'a'));
+    calls.calls = 0;
+    calls.at = at;
+    calls.what = faulty_calls::fault::error;
+    calls.error = at % 2 ? ENOSPC : EIO;
+    testing::internal::CaptureStderr();
+    bool const saved = defaults.save();
+    defaults.save();
+    std::string const message = testing::internal::GetCapturedStderr();
+    finished = calls.calls <= at;
+    if (!saved) {
+      EXPECT_EQ(message,
+                "Quirnote: " + path_ + ": can't be written: " + std::strerror(calls.error) + "\n");
+    }
+    EXPECT_EQ(stored(), value(plist::dictionary{{"a", std::string(300, 'a')}, {"b", 1}})) << at;
+    EXPECT_EQ(files(), std::vector<std::string>{"Defaults.plist"}) << at;
+    EXPECT_EQ(fs::status(path_).permissions(), fs::perms(0640)) << at;
+  }
+}
+
+TEST_F(user_defaults_test, damaged_files_are_kept_aside) {
+  std::string const texts[] = {document("<key>a</key>"), "", "<plist><array/></plist>",
+                               document("<key>a</key><integer>1</integer>").substr(0, 30)};
+  char const* const reasons[] = {"1:26: the key \"a\" has no value", "1:1: no element found",
+                                 "1:1: the top level is no dictionary", "1:26: unclosed token"};
+  for (int i = 0; i < 4; ++i) {
+    write(texts[i]);
+    user_defaults defaults(path_);
+    defaults.register_defaults({{"a", 7}});
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(defaults.integer("a"), 7);
+    EXPECT_EQ(defaults.integer("b", 8), 8);
+    std::string const kept = path_ + ".damaged-" + std::to_string(i + 1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Quirnote: " + path_ + ":" + reasons[i] + "; the file is kept as " + kept + "\n");
+    EXPECT_EQ(text(kept), texts[i]);
+    defaults.set("a", 1);
+    EXPECT_TRUE(defaults.save());
+    EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
+  }
+}
+
+TEST_F(user_defaults_test, damage_while_running_keeps_unsaved_settings) {
+  user_defaults defaults(path_);
+  defaults.set("a", 1);
+  write("damaged");
+  testing::internal::CaptureStderr();
+  defaults.check_for_changes();
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
+  EXPECT_EQ(text(path_ + ".damaged-1"), "damaged");
+}
+
+TEST_F(user_defaults_test, what_cannot_be_read_is_not_overwritten) {
+  fs::create_directories(path_ + "/kept");
+  user_defaults defaults(path_);
+  testing::internal::CaptureStderr();
+  defaults.set("a", 1);
+  EXPECT_FALSE(defaults.save());
+  EXPECT_EQ(defaults.integer("a"), 1);
+  defaults.check_for_changes();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Quirnote: " + path_ + ": Is a directory\n" +
+                                                        "Quirnote: " + path_ +
+                                                        ": can't be written: Is a directory\n");
+  EXPECT_TRUE(fs::exists(path_ + "/kept"));
+  fs::remove_all(path_);
+  defaults.check_for_changes();
+  EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
+}
+
+TEST_F(user_defaults_test, what_the_file_cannot_hold_lasts_for_this_run) {
+  user_defaults defaults(path_);
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(defaults.set("a", "\x01"));
+  EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(defaults.string("a"), "\x01");
+  EXPECT_TRUE(defaults.set("b", 1));
+  EXPECT_TRUE(defaults.save());
+  EXPECT_EQ(stored(), value(plist::dictionary{{"b", 1}}));
+}
+
+TEST_F(user_defaults_test, a_symbolic_link_stays_one) {
+  std::string const target = folder_ + "/dotfiles.plist";
+  std::ofstream(target) << document("");
+  fs::create_directories(fs::path(path_).parent_path());
+  fs::create_symlink(target, path_);
+  user_defaults defaults(path_);
+  defaults.set("a", 1);
+  EXPECT_TRUE(defaults.save());
+  EXPECT_TRUE(fs::is_symlink(path_));
+  EXPECT_EQ(plist::read_xml(text(target)).value, value(plist::dictionary{{"a", 1}}));
+}
+
+TEST(user_defaults, without_a_path_stay_in_memory) {
+  auto const former = user_defaults::set_standard(std::make_unique<user_defaults>(""));
+  user_defaults::standard().set("a", 1);
+  user_defaults::standard().check_for_changes();
+  EXPECT_TRUE(user_defaults::standard().save());
+  EXPECT_EQ(user_defaults::standard().integer("a"), 1);
+  user_defaults::set_standard(std::make_unique<user_defaults>(""));
+  EXPECT_FALSE(user_defaults::standard().get("a"));
+}
+
+}  // namespace
