@@ -5,7 +5,7 @@
 
 namespace text {
 
-void selection::select(view_iterator const& first, view_iterator const& last, bool columns) {
+void selection::select(view_iterator first, view_iterator last, bool columns) {
   first_mark = first;
   last_mark = last;
   column_mode = columns;

@@ -11,7 +11,7 @@ namespace text {
 class selection {
  public:
   /// Leaves `current_mark` where it is.
-  void select(view_iterator const& first, view_iterator const& last, bool column_mode);
+  void select(view_iterator first, view_iterator last, bool column_mode);
   /// Moves the caret and the last mark.
   void select_to(view_iterator const& it, bool column_mode);
   void set_caret(view_iterator const& it);

@@ -68,7 +68,7 @@ view_iterator iter_from_view_pos(text::view const* view, size_t line, size_t col
   return {view, view->begin(row).base + static_cast<std::ptrdiff_t>(found.unit), offset, column};
 }
 
-text::iterator make_base_iter(view_iterator const& it) {
+text::iterator make_base_iter(view_iterator it) {
   if (it.offset == 0) return it.base;
   text::storage& storage = *it.view->storage;
   text::iterator const base = it.base;

@@ -81,6 +81,6 @@ view_iterator iter_from_view_pos(text::view const* view, size_t line, size_t col
 
 /// A real position for `it`. Changes the text if it stands in virtual columns: spaces are appended
 /// to the line, or the tab is replaced by `tab_size` spaces.
-text::iterator make_base_iter(view_iterator const& it);
+text::iterator make_base_iter(view_iterator it);
 
 }  // namespace text

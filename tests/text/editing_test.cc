@@ -1,0 +1,371 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+#include "marked_text.h"
+#include "random_text.h"
+#include "text/view.h"
+
+namespace {
+
+using text::freehanded_t;
+using text::view;
+
+/// Copied text as a drawing.
+std::string copied(view& v) {
+  return marked_text::utf8(v.selection.units());
+}
+
+struct text_view {
+  text::storage storage;
+  text::view view{storage};
+};
+
+struct copy_case {
+  char const* drawing;
+  char const* copy;
+  bool freehanded = false;
+};
+
+TEST(Selection, Copies) {
+  for (copy_case const& row : std::vector<copy_case>{
+           {"a|b", ""},
+           {"a[bc\nd]e", "bc\nd"},
+           {"a]bc\nd[e", "bc\nd"},
+           {"a·[\tb]c", "  b"},  // tab from 1 to 4, cut at 2: the rest of a tab of its own size
+           {"[a·]\tb", "a "},    // a column of the tab
+           {"·[···]\tb", " "},   // both ends in one tab: one space, however far apart
+           {"ab·[··]", " "},
+           {"{ab\ncd}", "ab\ncd\n"},
+           {"a{bcd\ne\nfgh}i", "bc\n\ngh\n"},
+           {"a}bc\nd\nef{g", "b\n\nf\n"},
+           {"a{b········}\nc\nd", "b\n"},
+           {"a{b········}\nc\nd", "b\n", true}}) {
+    text_view edited;
+    edited.view.tab_size = 4;
+    edited.view.freehanded_mode = row.freehanded;
+    marked_text::set(edited.view, row.drawing);
+    EXPECT_EQ(copied(edited.view), row.copy) << row.drawing;
+  }
+}
+
+struct edit_case {
+  char const* before;
+  std::function<void(view&)> edit;
+  char const* after;
+};
+
+void check(std::vector<edit_case> const& table) {
+  for (edit_case const& row : table) {
+    text_view edited;
+    edited.view.tab_size = 4;
+    marked_text::set(edited.view, row.before);
+    row.edit(edited.view);
+    EXPECT_EQ(marked_text::get(edited.view), row.after) << row.before;
+  }
+}
+
+std::function<void(view&)> type(std::string const& text) {
+  return [units = marked_text::units(text)](view& v) { v.insert(units.begin(), units.end()); };
+}
+
+std::function<void(view&)> replace(std::string const& text) {
+  return [units = marked_text::units(text)](view& v) {
+    v.replace_selection(units.begin(), units.end());
+  };
+}
+
+std::function<void(view&)> columns(std::string const& text, size_t height, size_t width,
+                                   bool select) {
+  return [units = marked_text::units(text), height, width, select](view& v) {
+    v.insert_column(units.begin(), units.end(), height, width, select);
+  };
+}
+
+std::function<void(view&)> move_to(size_t line, size_t column) {
+  return [line, column](view& v) {
+    v.move_selection_to({&v, text::iterator(line, column, v.storage)});
+  };
+}
+
+void erase(view& v) {
+  v.erase_selection();
+}
+
+void overwrite(view& v) {
+  v.overwrite_mode = true;
+  v.erase_selection();
+}
+
+TEST(Editing, Erase) {
+  check({{"a[b]c", erase, "a|c"},
+         {"a]bc\nd[e", erase, "a|e"},
+         {"a|b", erase, "a|b"},
+         {"·[\tb]c", erase, " |c"},
+         {"[a··]\tb", erase, "| b"},
+         {"·[··]\tb", erase, " |  b"},
+         {"a{bc\ndef}g", erase, "a|\ndg"},
+         {"a{b\nc\nde}f", erase, "a|\nc\ndf"},
+         {"{\t\n··}\ta", erase, "|  \n  a"}});
+}
+
+TEST(Editing, OverwriteModeBlanks) {
+  check({{"a[bc]d", overwrite, "a|  d"},
+         {"[ab\ncd]e", overwrite, "|\n  e"},
+         {"[ab\ncd\n]e", overwrite, "|\n\ne"},
+         {"x[a b\n]e", overwrite, "x|\ne"},
+         {"a{bc\nde}f", overwrite, "a| c\nd f"}});
+}
+
+TEST(Editing, Insert) {
+  check({{"a|b", type("xy"), "axy|b"},
+         {"a[b]c", type("x\ny"), "ax\ny|c"},
+         {"a[b]c", type(""), "a|c"},
+         {"ab···|", type("x"), "ab   x|"},
+         {"a··|\tb", type("x"), "a  x|  b"},
+         {"a{b\nc\nde}f", type("x"), "ax|\ncx\ndxf"},
+         {"a{\nb\n·}", type("x"), "ax|\nbx\n x"}});
+}
+
+TEST(Editing, TypingGoesOnInAllLinesOfAColumnSelection) {
+  text_view edited;
+  marked_text::set(edited.view, "ab}c\nx\nde{f");
+  type("1")(edited.view);
+  type("2")(edited.view);
+  EXPECT_EQ(marked_text::get(edited.view), "ab12|c\nx 12\nde12f");
+}
+
+TEST(Editing, ReplaceSelection) {
+  check({{"a[bc]d", replace("xyz"), "a[xyz]d"},
+         {"a]bc[d", replace("xyz"), "a]xyz[d"},
+         {"a[b|c]d", replace("xyz"), "a[x|yz]d"},
+         {"a[bcd|e]f", replace("xy"), "a[xy]f"},
+         {"a|b", replace("xy"), "a[xy]b"},
+         {"a[b]c", replace(""), "a|c"},
+         {"a{b\nc\nde}f", replace("1\n2\n3"), "a{1\nc2\nd3}f"},
+         {"a}b\nc\nde{f", replace("1\n2\n3"), "a}1\nc2\nd3{f"},
+         {"a{b\nc\nde}f", replace("12\n"), "a{12}\nc\nd  f"},
+         {"a{bc\nde}fg", replace("x\ny\nz"), "a{xc\ndy}fg\n z"}});
+}
+
+TEST(Editing, InsertColumn) {
+  check({{"a|b\ncd", columns("1\n23", 0, 0, false), "a1 |b\nc23d"},
+         {"a|b\ncd", columns("1\n23\n", 0, 0, true), "a{1 b\nc23}d"},
+         {"ab|", columns("1\n2\n3", 0, 0, false), "ab1|\n  2\n  3"},
+         {"a|b\ncd\nef", columns("1", 3, 2, true), "a{1 b\nc  d\ne  }f"},
+         {"a|b\ncd", columns("", 3, 2, true), "a|b\ncd"},
+         {"|\tx\ny", columns("1\t", 2, 0, false), "1\t|\tx\n    y"},
+         {"a··|\tb", columns("1", 1, 1, false), "a  1|  b"}});
+}
+
+TEST(Editing, MoveSelection) {
+  check({{"a[bc]d", move_to(0, 4), "ad[bc]"},
+         {"a[bc]d", move_to(0, 0), "[bc]ad"},
+         {"a\nb[c\n]d", move_to(0, 1), "a[c\n]\nbd"},
+         {"{ab\ncd}\nx\ny", move_to(2, 1), "\n\nx{ab\nycd}"},
+         {"a{\tb\nc\td}\nxyzw", move_to(2, 2), "a\nc\nxy{   bzw\n     d}"}});
+}
+
+TEST(Editing, LineAppendModeRepeatsAtTheEndsOfLines) {
+  text_view edited;
+  marked_text::set(edited.view, "lo[ng\nab\n\nx]yz\nrest");
+  ASSERT_TRUE(edited.view.can_enter_line_append_mode());
+  edited.view.enter_line_append_mode();
+  EXPECT_EQ(edited.view.mirror_observer.mirrors.size(), 3u);
+  type(";")(edited.view);
+  EXPECT_EQ(marked_text::get(edited.view), "long;|\nab;\n;\nxyz;\nrest");
+}
+
+TEST(Editing, LineAppendModeNeedsTwoLines) {
+  auto const can = [](char const* drawing) {
+    text_view edited;
+    marked_text::set(edited.view, drawing);
+    return edited.view.can_enter_line_append_mode();
+  };
+  EXPECT_FALSE(can("a|b"));
+  EXPECT_FALSE(can("a[b\n]c"));
+  EXPECT_TRUE(can("a[b\nc]"));
+  EXPECT_TRUE(can("a[b\n\n]c"));
+  EXPECT_FALSE(can("a{b\nc}"));
+}
+
+TEST(Editing, ModesKeepTheCaretInItsPlace) {
+  check({{"ab···|",
+          [](view& v) {
+            v.set_freehanded_mode(true);
+            v.set_freehanded_mode(false);
+          },
+          "ab|"},
+         {"[a\nbc]", [](view& v) { v.set_column_mode(true); }, "{a\nbc}"},
+         {"{a\nb····}", [](view& v) { v.set_column_mode(false); }, "[a\nb]"},
+         {"a|b", [](view& v) { v.set_column_mode(true); }, "a|b"}});
+  text_view edited;
+  marked_text::set(edited.view, "ab|");
+  edited.view.selection.current_mark.desired_column = 6;
+  edited.view.set_freehanded_mode(true);
+  EXPECT_EQ(marked_text::get(edited.view), "ab····|");
+  EXPECT_EQ(edited.view.selection.current_mark.desired_column, 6u);
+}
+
+TEST(Editing, BoxesKeepTheDirection) {
+  text_view edited;
+  marked_text::set(edited.view, "ab\nc}d\nef{g");
+  text::box const rectangle(&edited.view);
+  EXPECT_EQ(rectangle.first_line, 1u);
+  EXPECT_EQ(rectangle.last_line, 3u);
+  EXPECT_EQ(rectangle.first_column, 1u);
+  EXPECT_EQ(rectangle.last_column, 2u);
+  EXPECT_TRUE(rectangle.reversed_lines);
+  EXPECT_TRUE(rectangle.reversed_columns);
+  EXPECT_EQ(edited.view.selection.width(), 1u);
+
+  marked_text::set(edited.view, "ab\nc]d\nef[g");
+  text::box const stretch(&edited.view);
+  EXPECT_EQ(stretch.last_line, 2u);
+  EXPECT_FALSE(stretch.reversed_lines);
+  EXPECT_TRUE(stretch.reversed_columns);
+  EXPECT_EQ(edited.view.selection.width(), 78u);
+}
+
+/// Column edits on text without tabs, done on a list of strings.
+class grid {
+ public:
+  std::vector<std::u16string> lines;
+
+  std::u16string text() const {
+    std::u16string all;
+    for (size_t i = 0; i < lines.size(); ++i) all += (i != 0 ? u"\n" : u"") + lines[i];
+    return all;
+  }
+  std::u16string copy(text::box const& b) const {
+    std::u16string all;
+    for (size_t i = b.first_line; i < b.last_line; ++i) {
+      std::u16string const& line = lines[i];
+      size_t const first = std::min(b.first_column, line.size());
+      all += line.substr(first, std::min(b.last_column, line.size()) - first) + u"\n";
+    }
+    return all;
+  }
+  void erase(text::box const& b) {
+    for (size_t i = b.first_line; i < b.last_line; ++i) {
+      lines[i].resize(std::max(lines[i].size(), b.first_column), u' ');
+      lines[i].erase(b.first_column, b.last_column - b.first_column);
+    }
+  }
+  void insert(size_t line, size_t column, std::vector<std::u16string> pieces, size_t height,
+              size_t width) {
+    pieces.resize(std::max(height, pieces.size()));
+    lines.resize(std::max(lines.size(), line + pieces.size()));
+    for (auto const& piece : pieces) width = std::max(width, piece.size());
+    for (auto& piece : pieces) {
+      std::u16string& row = lines[line++];
+      row.resize(std::max(row.size(), column), u' ');
+      if (row.size() > column) piece.resize(width, u' ');
+      row.insert(column, piece);
+    }
+  }
+};
+
+class ColumnModel {
+ public:
+  explicit ColumnModel(unsigned seed) : random_(seed) {
+    for (int i = 0; i < 6; ++i) grid_.lines.push_back(random_.text(random_.below(12), u"abc "));
+    std::u16string const text = grid_.text();
+    edited_.storage.insert(edited_.storage.end(-1), text.begin(), text.end());
+  }
+
+  void step() {
+    text::undo_group group(edited_.storage.undo_manager);
+    select();
+    text::box const extent(&view_);
+    ASSERT_EQ(std::u16string(view_.selection.units()),
+              view_.selection.empty() ? u"" : grid_.copy(extent));
+    size_t const height = extent.last_line - extent.first_line;
+    size_t const width = extent.last_column - extent.first_column;
+    auto const [pieces, text] = pieces_and_text();
+    bool const empty = view_.selection.empty();
+    switch (random_.below(4)) {
+      case 0: {
+        view_.erase_selection();
+        if (!empty) grid_.erase(extent);
+        break;
+      }
+      case 1: {
+        if (!empty) grid_.erase(extent);
+        view_.insert_column(text.begin(), text.end(), height, width, random_.one_in(2));
+        grid_.insert(extent.first_line, extent.first_column, pieces, height, width);
+        break;
+      }
+      case 2: {
+        if (!empty) grid_.erase(extent);
+        view_.replace_selection(text.begin(), text.end());
+        grid_.insert(extent.first_line, extent.first_column, pieces, height, width);
+        break;
+      }
+      default: {
+        if (!empty) grid_.erase(extent);
+        view_.insert(text.begin(), text.begin() + 1);
+        for (size_t i = extent.first_line; i < extent.last_line; ++i) {
+          std::u16string& row = grid_.lines[i];
+          if (i == extent.first_line) row.resize(std::max(row.size(), extent.first_column), u' ');
+          row.insert(std::min(extent.first_column, row.size()), 1, text[0]);
+        }
+      }
+    }
+    forget_mirrors();
+    ASSERT_EQ(marked_text::units_of(edited_.storage), grid_.text());
+  }
+
+  void undo_and_redo_all() {
+    auto& manager = edited_.storage.undo_manager;
+    std::u16string const last = marked_text::units_of(edited_.storage);
+    while (manager.can_undo()) manager.undo();
+    while (manager.can_redo()) manager.redo();
+    ASSERT_EQ(marked_text::units_of(edited_.storage), last);
+  }
+
+ private:
+  void select() {
+    auto const anywhere = [&] {
+      return iter_from_hybrid_pos(&view_, random_.below(edited_.storage.lines()), random_.below(15),
+                                  freehanded_t::on);
+    };
+    view_.selection.set_caret(anywhere());
+    view_.selection.select_to(anywhere(), true);
+  }
+  std::pair<std::vector<std::u16string>, std::u16string> pieces_and_text() {
+    std::vector<std::u16string> pieces;
+    std::u16string text;
+    for (size_t i = 0; i <= random_.below(3); ++i) {
+      pieces.push_back(random_.text(1 + random_.below(4), u"xyz"));
+      text += (i != 0 ? u"\n" : u"") + pieces.back();
+    }
+    if (random_.one_in(2)) text += u"\n";
+    return {pieces, text};
+  }
+  void forget_mirrors() {
+    auto& mirrors = view_.mirror_observer.mirrors;
+    while (!mirrors.empty()) view_.mirror_observer.remove_mirror(mirrors.begin());
+  }
+
+  random_source random_;
+  grid grid_;
+  text_view edited_;
+  text::view& view_ = edited_.view;
+};
+
+TEST(Editing, RandomColumnEditsEqualThoseOfAGrid) {
+  for (unsigned seed = 1; seed <= 60; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    ColumnModel model(seed);
+    for (int step = 0; step < 25; ++step) {
+      SCOPED_TRACE("step " + std::to_string(step));
+      model.step();
+      if (testing::Test::HasFatalFailure()) return;
+    }
+    model.undo_and_redo_all();
+  }
+}
+
+}  // namespace

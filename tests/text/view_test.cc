@@ -1,0 +1,366 @@
+#include "text/view.h"
+
+#include <gtest/gtest.h>
+
+#include "marked_text.h"
+#include "random_text.h"
+#include "text/view_filter.h"
+
+namespace {
+
+using text::freehanded_t;
+using text::iter_from_hybrid_pos;
+using text::iter_from_view_pos;
+using text::pos;
+using text::view_iterator;
+
+class View : public testing::Test {
+ protected:
+  void set(std::string const& drawing) { marked_text::set(view, drawing); }
+  std::string get() { return marked_text::get(view); }
+  void insert(text::iterator at, std::string const& text) {
+    std::u16string const units = marked_text::units(text);
+    storage.insert(at, units.begin(), units.end());
+  }
+  view_iterator at(size_t line, size_t column, size_t offset = 0) {
+    return {&view, text::iterator(line, column, &storage), offset};
+  }
+  /// What the view's user does around an action.
+  template <typename Action>
+  void act(Action action) {
+    text::undo_group group(storage.undo_manager);
+    view.saved_selection = view.selection;
+    view.saved_selection_pending = true;
+    action();
+    if (!view.saved_selection_pending)
+      view.view_filter->store_selection({storage.previous_memento, storage.current_memento},
+                                        view.selection);
+    view.saved_selection_pending = false;
+  }
+  void type(std::string const& text) {
+    std::u16string const units = marked_text::units(text);
+    act([&] { view.insert(units.begin(), units.end()); });
+  }
+
+  text::storage storage;
+  text::view view{storage};
+};
+
+TEST_F(View, WithoutOptionalFiltersRowsAreLines) {
+  set("one\n\nthree|");
+  EXPECT_EQ(view.lines(), 3u);
+  EXPECT_EQ(view.size(2), 5u);
+  EXPECT_EQ(view.end().base.pos(), pos(2, 5));
+  for (size_t line = 0; line < 3; ++line) EXPECT_EQ(view.line_in_view(at(line, 0)), line);
+  EXPECT_EQ(view.tab_size, 3u);
+  EXPECT_EQ(view.screen_width, 78u);
+  EXPECT_TRUE(view.foldings_enabled);
+  text::view other(storage);
+  EXPECT_NE(view.document_tag, other.document_tag);
+}
+
+TEST_F(View, ColumnsCountTabsUpToTheNextStop) {
+  set("a\tb\n\t\tx");
+  view.set_tab_size(4);
+  EXPECT_EQ(view.column_in_view(at(0, 1)), 1u);
+  EXPECT_EQ(view.column_in_view(at(0, 1, 2)), 3u);
+  EXPECT_EQ(view.column_in_view(at(0, 3)), 5u);
+  EXPECT_EQ(column_before_wrap(at(1, 2)), 8u);
+  // Across a line end, which counts 1, the column goes on.
+  EXPECT_EQ(view.width_when_expanding_tabs(at(0, 2).base, at(1, 1).base), 4u);
+  EXPECT_EQ(view.width_when_expanding_tabs(at(0, 1).base, at(0, 2).base, 2), 2u);
+}
+
+struct conversion {
+  size_t column;
+  freehanded_t::type type;
+  size_t unit, offset;
+};
+
+TEST_F(View, HybridPositionsInsideTabsAndPastLineEnds) {
+  set("a\tb");
+  view.set_tab_size(4);
+  for (conversion const& row : std::vector<conversion>{{0, freehanded_t::on, 0, 0},
+                                                       {1, freehanded_t::on, 1, 0},
+                                                       {3, freehanded_t::on, 1, 2},
+                                                       {3, freehanded_t::off, 1, 0},
+                                                       {3, freehanded_t::automatic, 1, 0},
+                                                       {4, freehanded_t::on, 2, 0},
+                                                       {9, freehanded_t::on, 3, 4},
+                                                       {9, freehanded_t::off, 3, 0}}) {
+    auto const hybrid = iter_from_hybrid_pos(&view, 0, row.column, row.type);
+    EXPECT_EQ(hybrid, at(0, row.unit, row.offset)) << row.column;
+    EXPECT_EQ(hybrid.desired_column, 0u);
+    auto const shown = iter_from_view_pos(&view, 0, row.column, row.type);
+    EXPECT_EQ(shown, hybrid) << row.column;
+    EXPECT_EQ(shown.desired_column, row.column);
+  }
+  view.freehanded_mode = true;
+  EXPECT_EQ(iter_from_hybrid_pos(&view, 0, 9, freehanded_t::automatic), at(0, 3, 4));
+  EXPECT_EQ(iter_from_view_pos(&view, 7, 1, freehanded_t::off).base.pos(), pos(0, 1));
+}
+
+TEST_F(View, MakeBaseIterChangesTheTextForVirtualColumns) {
+  set("\tx\nab");
+  view.set_tab_size(4);
+  EXPECT_EQ(make_base_iter(at(0, 0, 2)).pos(), pos(0, 2));
+  EXPECT_EQ(marked_text::text_of(storage), "    x\nab");
+  EXPECT_EQ(make_base_iter(at(1, 2, 5)).pos(), pos(1, 7));
+  EXPECT_EQ(marked_text::text_of(storage), "    x\nab     ");
+  uint32_t const memento = storage.current_memento;
+  EXPECT_EQ(make_base_iter(at(1, 1)).pos(), pos(1, 1));
+  EXPECT_EQ(storage.current_memento, memento);
+}
+
+TEST_F(View, SteppingStopsAtBothEnds) {
+  set("a\nb");
+  view_iterator it = view.end();
+  it.offset = 3;
+  it.desired_column = 7;
+  ++it;
+  EXPECT_EQ(it, at(1, 1, 3));
+  EXPECT_EQ(it.desired_column, 7u);
+  --it;
+  EXPECT_EQ(it, at(1, 1));
+  it = view.begin(0);
+  it.desired_column = 7;
+  --it;
+  EXPECT_EQ(it, at(0, 0));
+  EXPECT_EQ(it.desired_column, 0u);
+  ++it;
+  ++it;
+  EXPECT_EQ(it, at(1, 0));
+  --it;
+  EXPECT_EQ(it, at(0, 1));
+}
+
+TEST_F(View, UnitInsideATabIsASpace) {
+  set("\tx");
+  EXPECT_EQ(*at(0, 0), u'\t');
+  EXPECT_EQ(*at(0, 0, 1), u' ');
+  EXPECT_EQ(*at(0, 2, 1), u'\n');
+}
+
+TEST_F(View, CaretIsParkedDuringAChange) {
+  set("one\ntwo\nthr|ee");
+  insert(storage.begin_of_line(1), "x");
+  EXPECT_EQ(get(), "|one\nxtwo\nthree");
+}
+
+TEST_F(View, UndoAndRedoBringBackSelections) {
+  set("one [two] three");
+  type("2");
+  type("!");
+  EXPECT_EQ(get(), "one 2!| three");
+  view.selection.set_caret(at(0, 0));
+  storage.undo_manager.undo();
+  EXPECT_EQ(get(), "one 2| three");
+  storage.undo_manager.undo();
+  EXPECT_EQ(get(), "one [two] three");
+  storage.undo_manager.redo();
+  EXPECT_EQ(get(), "one 2| three");
+}
+
+TEST_F(View, NewViewKnowsTheSelectionOfTheEmptyDocument) {
+  type("abc");
+  view.view_filter->undo_map.erase({0, 1});
+  storage.undo_manager.undo();
+  EXPECT_EQ(get(), "|");
+}
+
+TEST_F(View, ChangesAskForTheirRowsToBeDrawn) {
+  set("a\nb\nc");
+  auto const refreshed = [&] {
+    auto const range = std::pair(view.first_refresh_line, view.last_refresh_line);
+    view.first_refresh_line = std::numeric_limits<uint32_t>::max();
+    view.last_refresh_line = 0;
+    return range;
+  };
+  refreshed();
+  insert(storage.begin_of_line(1), "x");
+  EXPECT_EQ(refreshed(), std::pair(1u, 2u));
+  insert(storage.begin_of_line(1), "\n");
+  EXPECT_EQ(refreshed(), std::pair(1u, std::numeric_limits<uint32_t>::max()));
+  storage.erase(storage.begin_of_line(2));
+  storage.erase(storage.begin_of_line(0));
+  EXPECT_EQ(refreshed(), std::pair(0u, 3u));
+}
+
+TEST_F(View, WidestLineIsMeasuredAgainOnlyWhenItShrinks) {
+  set("long line\nshort\nlonger line");
+  EXPECT_EQ(view.columns(), 11u);
+  insert(storage.begin_of_line(1), "some ");
+  EXPECT_EQ(view.max_columns, 11u);
+  insert(storage.begin_of_line(0), "the longest ");
+  EXPECT_EQ(view.max_columns, 21u);
+  storage.erase(storage.begin_of_line(2));
+  EXPECT_EQ(view.max_columns, 21u);
+  storage.erase(storage.begin_of_line(0));
+  EXPECT_EQ(view.max_columns, text::view::unknown_columns);
+  EXPECT_EQ(view.columns(), 20u);
+  insert(storage.begin_of_line(0) + 3, "\n");
+  EXPECT_EQ(view.columns(), 17u);
+  view.set_tab_size(8);
+  EXPECT_EQ(view.max_columns, text::view::unknown_columns);
+}
+
+TEST_F(View, ColumnsEqualTheWidestLineUnderRandomEdits) {
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    random_source random(seed);
+    storage.clear();
+    for (int step = 0; step < 60; ++step) {
+      size_t const line = random.below(storage.lines());
+      text::iterator const first(line, random.up_to(storage.size(line)), &storage);
+      size_t const other = std::min(line + random.below(3), storage.lines() - 1);
+      text::iterator const last(other, random.up_to(storage.size(other)), &storage);
+      if (random.one_in(3) && first <= last) {
+        storage.erase(first, last);
+      } else {
+        std::u16string const text = random.text(random.below(9), u"ab\t\n");
+        storage.insert(first, text.begin(), text.end());
+      }
+      size_t widest = 0;
+      for (size_t i = 0; i < storage.lines(); ++i)
+        widest = std::max(widest, text::expanded_width(storage.line_units(i), 0, view.tab_size));
+      ASSERT_EQ(view.columns(), widest);
+      ASSERT_EQ(view.selection.current_mark.base.pos(), pos(0, 0));
+    }
+  }
+}
+
+/// Cuts each line into rows of `width` units.
+class cutting_filter : public text::switchable_filter {
+ public:
+  using filter::did_insert;
+  using filter::will_erase;
+
+  explicit cutting_filter(size_t width) : width_(width) {}
+  void reset() override { ++resets; }
+  void disable() override { ++disables; }
+
+  pos in_view(pos const& at) const override {
+    size_t row = 0;
+    for (size_t line = 0; line < at.line; ++line) row += rows(line);
+    size_t const inner = at.column == 0 ? 0 : (at.column - 1) / width_;
+    return {row + inner, at.column - inner * width_};
+  }
+  pos in_storage(pos const& at) const override {
+    size_t line = 0, row = at.line;
+    while (row >= rows(line)) row -= rows(line++);
+    return {line, row * width_ + at.column};
+  }
+  text::iterator begin(unsigned long row) const override {
+    pos const at = in_storage({row, 0});
+    return toward_storage->begin(at.line) + at.column;
+  }
+  text::iterator end(unsigned long row) const override {
+    pos const at = in_storage({row, 0});
+    size_t const rest = toward_storage->size(at.line) - at.column;
+    return begin(row) + static_cast<std::ptrdiff_t>(std::min(rest, width_));
+  }
+  size_t lines() const override {
+    size_t count = 0;
+    for (size_t line = 0; line < toward_storage->lines(); ++line) count += rows(line);
+    return count;
+  }
+
+  int resets = 0, disables = 0;
+
+ private:
+  size_t rows(size_t line) const {
+    return std::max<size_t>(1, (toward_storage->size(line) + width_ - 1) / width_);
+  }
+  size_t width_;
+};
+
+TEST_F(View, FilterBelowTheTopChangesRowsWhileItsSettingIsOn) {
+  set("abcdefgh\nxy");
+  auto added = std::make_unique<cutting_filter>(3);
+  cutting_filter& cutting = *added;
+  view.install_soft_wrap_filter(std::move(added));
+  EXPECT_EQ(view.lines(), 2u);
+  EXPECT_EQ(cutting.resets, 0);
+
+  view.set_soft_wrap(true);
+  EXPECT_EQ(cutting.resets, 1);
+  EXPECT_EQ(view.lines(), 4u);
+  EXPECT_EQ(view.columns(), 78u);
+  EXPECT_EQ(view.begin(1).base.pos(), pos(0, 3));
+  EXPECT_EQ(view.line_in_view(at(0, 7)), 2u);
+  EXPECT_EQ(view.column_in_view(at(0, 7)), 1u);
+  EXPECT_EQ(column_before_wrap(at(0, 7)), 7u);
+  EXPECT_EQ(iter_from_view_pos(&view, 1, 2, freehanded_t::off).base.pos(), pos(0, 5));
+  EXPECT_EQ(iter_from_view_pos(&view, 2, 9, freehanded_t::on), at(0, 8, 7));
+
+  view.set_screen_width(40);
+  view.set_tab_size(5);
+  view.set_tab_size(5);
+  EXPECT_EQ(cutting.resets, 3);
+  view.set_soft_wrap(false);
+  EXPECT_EQ(cutting.disables, 1);
+  EXPECT_EQ(view.lines(), 2u);
+  EXPECT_EQ(cutting.toward_view, view.filters.at(text::view::filter_index::view));
+}
+
+/// Notes the order in which the filters and observers of a view hear of a change.
+class noting_snippet_observer : public text::snippet_observer_t {
+ public:
+  noting_snippet_observer(text::storage& storage, text::iterator_observer::subset stop)
+      : storage_(storage), observer_(storage, false) {
+    range_ = observer_.add_notify(stop);
+  }
+  bool is_running() const override { return running; }
+  text::iterator_observer::subset active_tab_stop() const override { return *range_; }
+  void did_insert(text::iterator const& first, text::iterator const& last) override {
+    observer_.did_insert(first, last);
+  }
+  void will_erase(text::iterator const& first, text::iterator const& last) override {
+    observer_.will_erase(first, last);
+  }
+  /// A mirror in front of the stop: what changes the stop's text writes there too.
+  void did_change_memento(unsigned long, unsigned long) override {
+    if (std::exchange(writing_, true)) return;
+    storage_.insert(storage_.begin_of_line(0), 2, u'-');
+    writing_ = false;
+  }
+
+  bool running = true;
+
+ private:
+  text::storage& storage_;
+  text::iterator_observer observer_;
+  text::iterator_observer::notification_list::iterator range_;
+  bool writing_ = false;
+};
+
+TEST_F(View, EditingInATabStopFollowsTheStop) {
+  set("m stop| end");
+  view.set_snippet_observer(std::make_unique<noting_snippet_observer>(
+      storage, text::iterator_observer::subset(pos(0, 2), pos(0, 6))));
+  type("s");
+  EXPECT_EQ(get(), "--m stops| end");
+  view.selection.select_to(at(0, 6), false);
+  act([&] { view.erase_selection(); });
+  EXPECT_EQ(get(), "----m st| end");
+  view.set_snippet_observer(nullptr);
+  type("!");
+  EXPECT_EQ(get(), "----m st!| end");
+}
+
+TEST_F(View, ViewsOfOneStorageKeepApart) {
+  set("abc|");
+  {
+    text::view other(storage);
+    other.selection.set_caret({&other, storage.begin_of_line(0)});
+    std::u16string const text = u"x";
+    other.insert(text.begin(), text.end());
+    EXPECT_EQ(marked_text::get(other), "x|abc");
+    EXPECT_EQ(get(), "|xabc");
+  }
+  EXPECT_EQ(storage.observers.size(), 3u);
+  type("y");
+  EXPECT_EQ(get(), "y|xabc");
+}
+
+}  // namespace
