@@ -21,7 +21,8 @@ SOUND = {
     "platform/a.h": HEADER,
     "plist/a.h": HEADER,
     "plist/a.cc": '#include "plist/a.h"\n#include "a_lexer.hpp"\n#include "aTokenTypes.hpp"\n',
-    "plist/a.g": '#include "plist/a.h"\nclass a_lexer extends Lexer;\noptions { exportVocab = a; }\n',
+    "plist/a.g": '#include "plist/a.h"\nclass a_lexer extends Lexer;\n'
+                 'options { exportVocab = a; }\n',
     "desktop/a.h": HEADER + '#include <QWidget>\n#include <QtGui/QFont>\n#include "app/a.h"\n',
 }
 
