@@ -12,10 +12,12 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <sstream>
 #include <vector>
 
 #include "path/file_reader.h"
 #include "path/path.h"
+#include "platform/library_folders.h"
 
 namespace path {
 namespace {
@@ -47,6 +49,15 @@ std::string resolve_links(std::string const& path, bool resolve_parent,
     return "";
   }
   return resolve_links(join(folder, *target), resolve_parent, visited);
+}
+
+/// The folder that ".." in the absolute path `folder` is.
+std::string folder_above(std::string const& folder) {
+  struct stat info;
+  bool const is_link = lstat(folder.c_str(), &info) == 0 && S_ISLNK(info.st_mode);
+  std::unique_ptr<char, void (*)(void*)> const real(
+      is_link ? realpath(folder.c_str(), nullptr) : nullptr, std::free);
+  return parent(real ? real.get() : folder);
 }
 
 }  // namespace
@@ -82,6 +93,27 @@ std::string resolve(std::string const& path) {
 std::string resolve_head(std::string const& path) {
   std::set<std::string> visited;
   return resolve_links(normalize(path), false, visited);
+}
+
+std::string standardize(std::string const& path) {
+  std::string full = path == "~" || path.starts_with("~/")
+                         ? platform::home_folder() + path.substr(1)
+                     : path.starts_with('/') ? path
+                                             : cwd() + "/" + path;
+  std::string result = "/";
+  std::istringstream components(full);
+  for (std::string component; std::getline(components, component, '/');) {
+    if (component.empty() || component == ".") continue;
+    result = component == ".." ? folder_above(result)
+                               : (result == "/" ? result : result + "/") + component;
+  }
+  return result;
+}
+
+std::string abbreviate_with_tilde(std::string const& path) {
+  std::string const folder = platform::home_folder();
+  if (path == folder) return "~";
+  return folder != "/" && path.starts_with(folder + "/") ? "~" + path.substr(folder.size()) : path;
 }
 
 std::string content(std::string const& path) {

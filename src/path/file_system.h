@@ -27,6 +27,14 @@ std::string resolve(std::string const& path);
 /// The same, but only a link in the last component is followed.
 std::string resolve_head(std::string const& path);
 
+/// The one form in which the program names a file: absolute, "~" at the front replaced by the home
+/// folder, without ".", ".." and idle "/". Links stay, but ".." behind one leads where the system
+/// would go.
+std::string standardize(std::string const& path);
+
+/// The path with "~" for the home folder, for messages.
+std::string abbreviate_with_tilde(std::string const& path);
+
 /// What the file holds; "" if it can't be read or is no regular file.
 std::string content(std::string const& path);
 

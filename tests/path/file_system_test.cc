@@ -75,4 +75,22 @@ TEST(file_system, resolve) {
   EXPECT_EQ(path::resolve(""), "");
 }
 
+TEST(file_system, standardize) {
+  temporary_folder folder;
+  std::filesystem::create_directories(folder / "a/b");
+  ASSERT_EQ(symlink("a/b", (folder / "link").c_str()), 0);
+  EXPECT_EQ(path::standardize(folder / "./link//file/"), folder / "link/file");
+  EXPECT_EQ(path::standardize(folder / "a/../c"), folder / "c");
+  EXPECT_EQ(path::standardize(folder / "link/../c"), folder / "a/c");
+  EXPECT_EQ(path::standardize("/../x"), "/x");
+  EXPECT_EQ(path::standardize("/"), "/");
+  EXPECT_EQ(path::standardize("x\n"), path::cwd() + "/x\n");
+  std::string const home = path::standardize("~");
+  EXPECT_EQ(path::standardize("~/x"), home + "/x");
+  EXPECT_EQ(path::standardize("/~/x"), "/~/x");
+  EXPECT_EQ(path::abbreviate_with_tilde(home + "/x"), "~/x");
+  EXPECT_EQ(path::abbreviate_with_tilde(home), "~");
+  EXPECT_EQ(path::abbreviate_with_tilde(home + "x"), home + "x");
+}
+
 }  // namespace

@@ -1,0 +1,155 @@
+#include "documents/WynDocument.h"
+
+#include <algorithm>
+
+#include "documents/WynDocumentCache.h"
+#include "documents/printable_name.h"
+#include "documents/untitled_numbers.h"
+#include "path/file_system.h"
+#include "platform/notification_center.h"
+#include "platform/user_defaults.h"
+
+using documents::untitled_numbers;
+
+class WynDocument::is_edited_notify : public text::storage::observer {
+ public:
+  explicit is_edited_notify(WynDocument& document) : document_(document) {
+    document_.storage_->add_observer(this);
+  }
+  ~is_edited_notify() override { document_.storage_->remove_observer(this); }
+  void did_change_memento(unsigned long, unsigned long to) override {
+    document_.mementoDidChange(to);
+  }
+
+ private:
+  WynDocument& document_;
+};
+
+std::shared_ptr<WynDocument> WynDocument::document() {
+  return std::make_shared<WynDocument>();
+}
+
+encoding::charset_t WynDocument::defaultFileEncoding() {
+  auto const key = platform::user_defaults::standard().string("WynDefaultFileEncoding");
+  return encoding::charset_for_key(key).value_or(encoding::UTF8);
+}
+
+line_ending::type WynDocument::defaultLineEnding() {
+  auto const key = platform::user_defaults::standard().string("WynDefaultLineEndings");
+  return line_ending::type_for_key(key).value_or(line_ending::LF);
+}
+
+void WynDocument::registerDefaults() {
+  platform::user_defaults::standard().register_defaults(
+      {{"WynDefaultFileEncoding", "utf-8"},
+       {"WynDefaultLineEndings", "lf"},
+       {"WynFileEncodingAndLineEndingsPreserve", true},
+       {"WynPreserveSupplementaryCharacters", true}});
+}
+
+WynDocument::WynDocument() : WynDocument(std::make_unique<text::storage>()) {}
+
+WynDocument::WynDocument(std::unique_ptr<text::storage> storage) : storage_(std::move(storage)) {
+  storage_->undo_manager.begin_group();
+  lastSavedMemento_ = storage_->current_memento;
+  untitledCount_ = untitled_numbers::of_documents().take();
+  supplementaryPairs_ =
+      platform::user_defaults::standard().boolean("WynPreserveSupplementaryCharacters", true);
+  setFileEncodingAndLineEndingsToDefaults();
+  observer_ = std::make_unique<is_edited_notify>(*this);
+}
+
+WynDocument::~WynDocument() {
+  if (filename_.empty()) untitled_numbers::of_documents().give_back();
+  WynDocumentCache::instance().remove(*this);
+}
+
+std::size_t WynDocument::length() const {
+  std::size_t units = storage_->lines() - 1;
+  for (std::size_t line = 0; line < storage_->lines(); ++line) units += storage_->size(line);
+  return units;
+}
+
+void WynDocument::becomeFile(std::string const& path) {
+  bool const was_untitled = filename_.empty();
+  if (filename_ != path) fileContent_ = file_content::kept;
+  filename_ = path;
+  if (was_untitled && !path.empty()) untitled_numbers::of_documents().give_back();
+  if (!was_untitled && path.empty()) untitledCount_ = untitled_numbers::of_documents().take();
+}
+
+void WynDocument::setFilename(std::string const& path) {
+  std::string const old = filename_;
+  becomeFile(path.empty() ? path : path::standardize(path));
+  auxiliaryFileInfo_.clear();
+  notifyFilename(old);
+}
+
+void WynDocument::notifyFilename(std::string const& old) {
+  WynDocumentCache::instance().filenameDidChange(*this, old);
+  plist::dictionary info;
+  if (!old.empty()) info["old"] = old;
+  if (!filename_.empty()) info["new"] = filename_;
+  platform::notification_center::standard().post(filenameDidChange, this, info);
+}
+
+std::string WynDocument::displayName() const {
+  if (!filename_.empty()) return documents::printable_name(filename_);
+  return untitledCount_ < 2 ? "untitled" : "untitled " + std::to_string(untitledCount_);
+}
+
+std::optional<documents::file_date> WynDocument::fileModificationDate() const {
+  if (!fileStamp_) return std::nullopt;
+  return fileStamp_->modified;
+}
+
+void WynDocument::setFileEncodingAndLineEndingsToDefaults() {
+  fileEncoding_ = defaultFileEncoding();
+  lineEnding_ = defaultLineEnding();
+}
+
+// An untitled document with nothing in it isn't edited, so that it closes without a question.
+void WynDocument::mementoDidChange(unsigned long memento) {
+  bool const has_content = !filename_.empty() || !storage_->empty();
+  setDocumentEdited(memento != lastSavedMemento_ && has_content);
+}
+
+void WynDocument::setDocumentEdited(bool edited) {
+  if (edited == isDocumentEdited_) return;
+  isDocumentEdited_ = edited;
+  platform::notification_center::standard().post(documentEditedDidChange, this, edited);
+}
+
+bool WynDocument::openDocument() {
+  ++openCount_;
+  return true;
+}
+
+void WynDocument::closeDocument() {
+  if (openCount_ != 0) --openCount_;
+  if (openCount_ == 0) WynDocumentCache::instance().remove(*this);
+}
+
+std::unique_ptr<text::view> WynDocument::makeView() {
+  auto view = std::make_unique<text::view>(*storage_);
+  auto const info = auxiliaryFileInfo_.find("line");
+  std::int64_t const line = info == auxiliaryFileInfo_.end() ? 0 : info->second.integer_or(0);
+  if (line != 0) {
+    auto const last = static_cast<std::int64_t>(storage_->lines());
+    auto const index = static_cast<std::size_t>(std::clamp<std::int64_t>(line, 1, last) - 1);
+    view->selection.set_caret(view->in_view(storage_->begin_of_line(index)));
+  }
+  return view;
+}
+
+text::view* WynDocument::obtainView() {
+  if (viewCache_.empty()) viewCache_.push_back(makeView());
+  openViews_.splice(openViews_.end(), viewCache_, std::prev(viewCache_.end()));
+  return openViews_.back().get();
+}
+
+void WynDocument::releaseView(text::view* view) {
+  auto const found = std::find_if(openViews_.begin(), openViews_.end(),
+                                  [view](auto const& open) { return open.get() == view; });
+  if (found != openViews_.end()) viewCache_.splice(viewCache_.end(), openViews_, found);
+}

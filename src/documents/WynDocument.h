@@ -1,0 +1,174 @@
+#pragma once
+
+#include <list>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "documents/file_stamp.h"
+#include "documents/file_text.h"
+#include "encoding/charset.h"
+#include "encoding/line_ending.h"
+#include "encoding/stream_encoder.h"
+#include "path/file_error.h"
+#include "plist/value.h"
+#include "text/storage.h"
+#include "text/view.h"
+
+/// One text tied to one file: how it was read, how it is written, whether it is edited, and the
+/// views on it.
+///
+///     auto document = WynDocument::documentWithContentsOfFile(path);
+///     if (!document) return;                   // the user has been told why
+///     document->openDocument();
+///     text::view* view = document->obtainView();
+///     ...
+///     document->writeToFile(document->filename());
+///     document->releaseView(view);
+///     document->closeDocument();
+///
+/// What a save gives back: an unedited document in the charset in which it was found (the user
+/// default WynFileEncodingAndLineEndingsPreserve, on unless it is turned off) gives the bytes that
+/// were read, unless
+///  - its line ends were mixed: all of them become the most frequent one;
+///  - it held bytes that are no text in that charset: then the user is asked before the file is
+///    overwritten, as they would be lost. Characters of UTF-8 above U+FFFF are two units in the
+///    text and survive; with the user default WynPreserveSupplementaryCharacters set to false each
+///    is one unit, its upper bits are lost, and nothing is asked.
+///
+/// Alerts are modal. Main thread only. `storage()` outlives the views; the document is held by
+/// std::shared_ptr.
+class WynDocument : public std::enable_shared_from_this<WynDocument> {
+ public:
+  /// Posted through platform::notification_center::standard() with the document as the object. The
+  /// first has "old" and "new" in its info (missing where the document was or is untitled), also
+  /// when they are equal: it is posted after each save, to refresh what shows the name.
+  static constexpr char const* filenameDidChange = "WynDocumentFilenameDidChange";
+  static constexpr char const* documentEditedDidChange = "WynDocumentEditedDidChange";
+
+  /// A new untitled document.
+  static std::shared_ptr<WynDocument> document();
+  /// The document of that file, shared with whoever has it open. If there is no such file it is
+  /// empty. If the file can't be read, or is none (a folder, a pipe), the user is told and null is
+  /// returned, so that no save can overwrite it; `reason` is set unless it is null.
+  static std::shared_ptr<WynDocument> documentWithContentsOfFile(
+      std::string const& path, path::file_error* reason = nullptr);
+  /// The same without a look at the cache of shared documents.
+  static std::shared_ptr<WynDocument> initWithContentsOfFile(std::string const& path,
+                                                             path::file_error* reason = nullptr);
+
+  /// By WynDefaultFileEncoding and WynDefaultLineEndings; UTF-8 and LF if these name none.
+  static encoding::charset_t defaultFileEncoding();
+  static line_ending::type defaultLineEnding();
+  static void registerDefaults();
+
+  WynDocument();
+  /// With the text as it stands, which can't be undone.
+  explicit WynDocument(std::unique_ptr<text::storage> storage);
+  WynDocument(WynDocument const&) = delete;
+  WynDocument& operator=(WynDocument const&) = delete;
+  ~WynDocument();
+
+  text::storage& storage() { return *storage_; }
+  text::storage const& storage() const { return *storage_; }
+  /// In units.
+  std::size_t length() const;
+
+  /// Empty for an untitled document. A document that is renamed forgets its auxiliaryFileInfo.
+  std::string const& filename() const { return filename_; }
+  void setFilename(std::string const& path);
+  std::string const& representedFilename() const { return filename_; }
+  /// Fit to be shown: the last component of the path, or "untitled", "untitled 2" and so on.
+  std::string displayName() const;
+  unsigned untitledCount() const { return untitledCount_; }
+  /// As last read from or written to disk; nothing if there was no file.
+  std::optional<documents::file_date> fileModificationDate() const;
+
+  encoding::charset_t fileEncoding() const { return fileEncoding_; }
+  void setFileEncoding(encoding::charset_t charset) { fileEncoding_ = charset; }
+  line_ending::type lineEnding() const { return lineEnding_; }
+  void setLineEnding(line_ending::type type) { lineEnding_ = type; }
+  bool byteOrderMark() const { return byteOrderMark_; }
+  void setByteOrderMark(bool b) { byteOrderMark_ = b; }
+  void setFileEncodingAndLineEndingsToDefaults();
+
+  bool isDocumentEdited() const { return isDocumentEdited_; }
+  void setDocumentEdited(bool edited);
+  unsigned lastSavedMemento() const { return lastSavedMemento_; }
+  bool documentHasBeenSaved() const { return documentHasBeenSaved_; }
+  bool hideFromRecentMenu() const { return hideFromRecentMenu_; }
+  void setHideFromRecentMenu(bool hide) { hideFromRecentMenu_ = hide; }
+
+  /// What the opener passed along. Looked at by obtainView: "line", counted from 1.
+  plist::dictionary const& auxiliaryFileInfo() const { return auxiliaryFileInfo_; }
+  void setAuxiliaryFileInfo(plist::dictionary info) { auxiliaryFileInfo_ = std::move(info); }
+
+  /// Each window that shows the document opens and closes it once. When the last one closes it, the
+  /// next to open the file reads it anew.
+  bool openDocument();
+  void closeDocument();
+  unsigned openCount() const { return openCount_; }
+
+  /// A view for one more user, a released one if there is any. The document owns it. A view given
+  /// back keeps its caret, folds and bookmarks for the next user.
+  text::view* obtainView();
+  void releaseView(text::view* view);
+
+  /// Saves the text at `path`, asking the user where that would lose something. True if the file
+  /// holds the text now. Otherwise the user has said so or has been told why, and the document is
+  /// as it was. Doesn't change the filename.
+  bool writeToFile(std::string const& path);
+
+  /// Replaces the text, as one step that can be undone, by that of the file in another charset.
+  /// Unsaved changes are dropped. False, with the text as it was, if the file can't be read.
+  bool reopenWithEncoding(encoding::charset_t charset);
+
+  /// Takes over what another program has done to the file, asking the user first if there are
+  /// unsaved changes. True if the text was replaced, which can be undone.
+  bool checkForFilesystemChanges();
+
+ private:
+  class is_edited_notify;
+  enum class file_content { kept, has_lost_bytes, not_loaded };
+
+  void mementoDidChange(unsigned long memento);
+  void textIsSaved();
+  void becomeFile(std::string const& path);
+  void notifyFilename(std::string const& old);
+  std::unique_ptr<text::view> makeView();
+
+  void useMarkOf(documents::file_text const& text);
+  void useFormatOf(documents::file_text const& text);
+  void rememberContent(documents::file_text const& text, bool pairs);
+  bool readAgain(std::optional<encoding::charset_t> charset, bool pairs, documents::file_text& text,
+                 std::optional<path::file_error>& error);
+  void replaceText(text::text_block const& units);
+  bool isToBeKept();
+
+  std::optional<encoding::file_format> formatForSaving() const;
+  bool mayOverwrite(std::string const& path) const;
+  void didWrite(std::string const& path, encoding::file_format const& format);
+
+  std::string filename_;
+  std::optional<documents::file_stamp> fileStamp_;
+  unsigned untitledCount_ = 0;
+  unsigned lastSavedMemento_ = 0;
+  std::unique_ptr<text::storage> storage_;
+  std::unique_ptr<is_edited_notify> observer_;
+  std::list<std::unique_ptr<text::view>> viewCache_;
+  std::list<std::unique_ptr<text::view>> openViews_;
+  encoding::charset_t fileEncoding_ = encoding::UTF8;
+  line_ending::type lineEnding_ = line_ending::LF;
+  bool isDocumentEdited_ = false;
+  bool byteOrderMark_ = false;
+  unsigned openCount_ = 0;
+  bool documentHasBeenSaved_ = false;
+  bool hideFromRecentMenu_ = false;
+  bool fileModifiedOnDiskAndWaitingForUser_ = false;
+  plist::dictionary auxiliaryFileInfo_;
+  /// How the text was read, and so how it is written, whatever the user default says meanwhile.
+  bool supplementaryPairs_ = true;
+  /// What the file of that name holds which the text doesn't, and the charset it was read in.
+  file_content fileContent_ = file_content::kept;
+  encoding::charset_t charsetRead_ = encoding::ASCII;
+};

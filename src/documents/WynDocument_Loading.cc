@@ -1,0 +1,181 @@
+#include <cerrno>
+#include <cstdio>
+#include <new>
+
+#include "documents/WynDocument.h"
+#include "documents/WynDocumentCache.h"
+#include "documents/document_alerts.h"
+#include "documents/printable_name.h"
+#include "documents/storage_bytes.h"
+#include "path/file_system.h"
+#include "platform/user_defaults.h"
+
+using documents::file_text;
+
+namespace {
+
+bool preserves_format() {
+  return platform::user_defaults::standard().boolean("WynFileEncodingAndLineEndingsPreserve", true);
+}
+
+bool preserves_supplementary_characters() {
+  return platform::user_defaults::standard().boolean("WynPreserveSupplementaryCharacters", true);
+}
+
+std::unique_ptr<text::storage> storage_with(text::text_block const& units) {
+  auto storage = std::make_unique<text::storage>();
+  storage->insert(storage->end(-1), units);
+  return storage;
+}
+
+/// Null if memory ran out.
+std::unique_ptr<text::storage> load(std::string const& path, bool pairs, file_text& text,
+                                    std::optional<path::file_error>& error) {
+  try {
+    error = documents::read_file_text(path, std::nullopt, pairs, text);
+    return storage_with(text.units);
+  } catch (std::bad_alloc const&) {
+    text.units = {};
+    return nullptr;
+  }
+}
+
+void log_update_without_changes(std::string const& path, documents::file_date last,
+                                documents::file_date now) {
+  std::fprintf(stderr, "*** %s updated w/o changes\n*** last date %s, new date %s\n",
+               documents::printable(path).c_str(), documents::description(last).c_str(),
+               documents::description(now).c_str());
+}
+
+}  // namespace
+
+std::shared_ptr<WynDocument> WynDocument::documentWithContentsOfFile(std::string const& path,
+                                                                     path::file_error* reason) {
+  if (auto shared = WynDocumentCache::instance().documentForPath(path)) return shared;
+  auto document = initWithContentsOfFile(path, reason);
+  if (document) WynDocumentCache::instance().add(*document);
+  return document;
+}
+
+std::shared_ptr<WynDocument> WynDocument::initWithContentsOfFile(std::string const& path,
+                                                                 path::file_error* reason) {
+  std::string const file = path::standardize(path);
+  bool const pairs = preserves_supplementary_characters();
+  file_text text;
+  std::optional<path::file_error> error;
+  auto storage = load(file, pairs, text, error);
+  if (error && error->code != ENOENT) {
+    documents::tell_could_not_open(*error, file);
+    if (reason) *reason = *error;
+    return nullptr;
+  }
+  bool const loaded = storage != nullptr;
+  if (!loaded) {
+    documents::tell_out_of_memory(file);
+    storage = std::make_unique<text::storage>();
+  }
+  auto document = std::make_shared<WynDocument>(std::move(storage));
+  document->becomeFile(file);
+  document->fileStamp_ = text.stamp;
+  document->useMarkOf(text);
+  if (preserves_format()) document->useFormatOf(text);
+  document->rememberContent(text, pairs);
+  if (!loaded) document->fileContent_ = file_content::not_loaded;
+  return document;
+}
+
+void WynDocument::useMarkOf(file_text const& text) {
+  if (text.charset == encoding::UTF8) byteOrderMark_ = text.byte_order_mark;
+}
+
+void WynDocument::useFormatOf(file_text const& text) {
+  fileEncoding_ = text.charset;
+  lineEnding_ = text.line_ending;
+}
+
+void WynDocument::rememberContent(file_text const& text, bool pairs) {
+  supplementaryPairs_ = pairs;
+  charsetRead_ = text.charset;
+  // Without pairs many files lose bytes, and their owner has chosen that.
+  fileContent_ = text.exact || !pairs ? file_content::kept : file_content::has_lost_bytes;
+}
+
+void WynDocument::textIsSaved() {
+  lastSavedMemento_ = storage_->current_memento;
+  setDocumentEdited(false);
+}
+
+bool WynDocument::readAgain(std::optional<encoding::charset_t> charset, bool pairs, file_text& text,
+                            std::optional<path::file_error>& error) {
+  try {
+    error = documents::read_file_text(filename_, charset, pairs, text);
+    // Memory must not run out between the erasure of the old text and the insertion of the new.
+    if (!error) storage_with(text.units);
+    return !error;
+  } catch (std::bad_alloc const&) {
+    documents::tell_out_of_memory(filename_);
+    return false;
+  }
+}
+
+void WynDocument::replaceText(text::text_block const& units) {
+  text::undo_group group(storage_->undo_manager);
+  storage_->clear();
+  storage_->insert(storage_->end(-1), units);
+}
+
+bool WynDocument::reopenWithEncoding(encoding::charset_t charset) {
+  if (filename_.empty()) return true;
+  auto const self = weak_from_this().lock();  // an alert may let the last window go
+  bool const pairs = preserves_supplementary_characters();
+  file_text text;
+  std::optional<path::file_error> error;
+  if (!readAgain(charset, pairs, text, error)) {
+    if (error) documents::tell_could_not_open(*error, filename_);
+    return false;
+  }
+  replaceText(text.units);
+  useMarkOf(text);
+  if (preserves_format()) fileEncoding_ = charset;
+  rememberContent(text, pairs);
+  fileStamp_ = text.stamp;
+  textIsSaved();
+  return true;
+}
+
+bool WynDocument::isToBeKept() {
+  if (!isDocumentEdited_) return false;
+  fileModifiedOnDiskAndWaitingForUser_ = true;
+  bool const revert = documents::ask_to_revert(filename_);
+  fileModifiedOnDiskAndWaitingForUser_ = false;
+  return !revert;
+}
+
+bool WynDocument::checkForFilesystemChanges() {
+  if (fileModifiedOnDiskAndWaitingForUser_ || filename_.empty()) return false;
+  auto const stamp = documents::stamp_of(filename_);
+  if (!stamp || stamp == fileStamp_) return false;
+  auto const self = weak_from_this().lock();
+  bool const pairs = preserves_supplementary_characters();
+  file_text text;
+  std::optional<path::file_error> error;
+  if (!readAgain(std::nullopt, pairs, text, error) || !text.stamp) return false;
+  useMarkOf(text);
+  bool const equal = documents::holds(*storage_, text.units.view());
+  bool const replace = !equal && !isToBeKept();
+  if (equal) {
+    log_update_without_changes(filename_, fileModificationDate().value_or(0), text.stamp->modified);
+  } else if (replace) {
+    replaceText(text.units);
+    if (preserves_format()) useFormatOf(text);
+  }
+  if (equal || replace) {
+    rememberContent(text, pairs);
+    textIsSaved();
+  } else {
+    fileContent_ = file_content::kept;  // the user has chosen what is in the window
+  }
+  fileStamp_ = text.stamp;
+  notifyFilename(filename_);
+  return replace;
+}

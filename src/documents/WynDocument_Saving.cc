@@ -1,0 +1,77 @@
+#include <cerrno>
+#include <new>
+
+#include "documents/WynDocument.h"
+#include "documents/document_alerts.h"
+#include "documents/save_file.h"
+#include "documents/storage_bytes.h"
+#include "path/file_system.h"
+
+namespace {
+
+using documents::can_be_encoded;
+
+/// Asks before it overwrites a read-only file. False if the file wasn't written, and the user
+/// knows.
+bool save(std::string const& path, text::storage const& storage,
+          encoding::file_format const& format) {
+  std::optional<path::write_error> error;
+  try {
+    auto const contents = documents::storage_bytes(storage, format);
+    error = documents::save_file(path, contents);
+    if (error && documents::is_read_only(path)) {
+      if (!documents::ask_to_overwrite(path)) return false;
+      error = documents::save_read_only_file(path, contents);
+    }
+  } catch (std::bad_alloc const&) {
+    error = path::write_error{path::make_file_error("write", path, ENOMEM), false};
+  }
+  if (error) documents::tell_could_not_save(*error, path);
+  return !error;
+}
+
+}  // namespace
+
+std::optional<encoding::file_format> WynDocument::formatForSaving() const {
+  encoding::file_format format{fileEncoding_, lineEnding_, byteOrderMark_, supplementaryPairs_};
+  if (can_be_encoded(*storage_, format.charset)) return format;
+  if (format.charset == encoding::ASCII) {
+    // A document that has been all ASCII gets its first other character without a question.
+    format.charset = defaultFileEncoding();
+    if (can_be_encoded(*storage_, format.charset)) return format;
+  }
+  if (!documents::ask_to_save_as_utf8(displayName(), format.charset)) return std::nullopt;
+  format.charset = encoding::UTF8;
+  format.byte_order_mark = false;
+  return format;
+}
+
+bool WynDocument::mayOverwrite(std::string const& path) const {
+  if (fileContent_ == file_content::kept || path != filename_ || !path::exists(path)) return true;
+  return fileContent_ == file_content::has_lost_bytes
+             ? documents::ask_to_lose_bytes(path, charsetRead_)
+             : documents::ask_to_lose_unloaded_file(path);
+}
+
+bool WynDocument::writeToFile(std::string const& given_path) {
+  if (given_path.empty()) return false;
+  auto const self = weak_from_this().lock();  // an alert may let the last window go
+  std::string const path = path::standardize(given_path);
+  auto const format = formatForSaving();
+  if (!format || !mayOverwrite(path)) return false;
+  auto const attributes = documents::file_attributes::of(filename_);
+  if (!save(path, *storage_, *format)) return false;
+  attributes.apply_to(path);
+  didWrite(path, *format);
+  return true;
+}
+
+void WynDocument::didWrite(std::string const& path, encoding::file_format const& format) {
+  documentHasBeenSaved_ = true;
+  fileEncoding_ = format.charset;
+  byteOrderMark_ = format.byte_order_mark;
+  if (path == filename_) fileContent_ = file_content::kept;
+  textIsSaved();
+  fileStamp_ = documents::stamp_of(path);
+  notifyFilename(filename_);
+}

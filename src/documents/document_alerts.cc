@@ -1,0 +1,100 @@
+#include "documents/document_alerts.h"
+
+#include <cerrno>
+#include <utility>
+
+#include "documents/printable_name.h"
+#include "path/file_system.h"
+#include "path/path.h"
+#include "platform/desktop.h"
+
+namespace documents {
+namespace {
+
+constexpr std::size_t first_button = 0, second_button = 1;
+
+bool ask(platform::alert question, std::size_t wanted) {
+  question.safe_button = wanted == first_button ? second_button : first_button;
+  return platform::desktop::current().alerts().run(question) == wanted;
+}
+
+void tell(std::string title, std::string text, bool critical = false) {
+  platform::desktop::current().alerts().run(
+      {std::move(title), std::move(text), {"Continue"}, first_button, critical});
+}
+
+std::string name_of(std::string const& path) {
+  return quoted(printable_name(path));
+}
+
+std::string cause_of(path::file_error const& error, std::string const& path) {
+  std::string const folder = path::parent(path);
+  if (error.code == ENOENT && !path::exists(folder))
+    return "The folder " + quoted(printable(path::abbreviate_with_tilde(folder))) +
+           " does not exist.";
+  return error.message + ".";
+}
+
+}  // namespace
+
+void tell_out_of_memory(std::string const& path) {
+  tell("Out of Memory", "There was not enough memory to load the document " + name_of(path) + ".",
+       true);
+}
+
+void tell_could_not_open(path::file_error const& error, std::string const& path) {
+  tell("Couldn't Open", "The file " + name_of(path) + " could not be read. " + error.message + ".");
+}
+
+void tell_could_not_save(path::write_error const& error, std::string const& path) {
+  std::string text = "The file " + name_of(path) + " could not be saved. " + cause_of(error, path);
+  if (error.target_damaged)
+    text += " What is on disk is incomplete now. The whole text is still here, unsaved.";
+  tell("Couldn't Save", text, error.target_damaged);
+}
+
+bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset) {
+  return ask({"Encoding Error",
+              "The document " + quoted(name) + " cannot be saved using the " +
+                  encoding::charset_name[charset] +
+                  " encoding. Would you like to save it using UTF-8 instead?",
+              {"Save as UTF-8", "Cancel"}},
+             first_button);
+}
+
+bool ask_to_lose_bytes(std::string const& path, encoding::charset_t charset) {
+  return ask({"Encoding Error",
+              "The file " + name_of(path) + " holds bytes that are not valid " +
+                  encoding::charset_name[charset] +
+                  " text. Saving would lose them. Would you like to overwrite it?",
+              {"Don't Overwrite", "Overwrite"}},
+             second_button);
+}
+
+bool ask_to_lose_unloaded_file(std::string const& path) {
+  return ask({"Couldn't Save",
+              "The file " + name_of(path) +
+                  " was not loaded for lack of memory. Saving would lose what it holds. "
+                  "Would you like to overwrite it?",
+              {"Don't Overwrite", "Overwrite"}},
+             second_button);
+}
+
+bool ask_to_overwrite(std::string const& path) {
+  return ask({"Couldn't Save",
+              "The file " + printable_name(path) + " is read-only. Attempt to overwrite?",
+              {"Don't Overwrite", "Overwrite"}},
+             second_button);
+}
+
+bool ask_to_revert(std::string const& path) {
+  return ask({"Warning",
+              "The file for the document at " + printable(path::abbreviate_with_tilde(path)) +
+                  " has been modified by another application. There are also unsaved changes in "
+                  "Quirnote. Do you want to keep the Quirnote version or revert to the version on "
+                  "disk?",
+              {"Keep Quirnote Version", "Revert"}},
+             second_button);
+}
+
+}  // namespace documents

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "encoding/charset.h"
+#include "path/file_error.h"
+#include "path/file_writer.h"
+
+/// What documents tell and ask the user. Paths may be any bytes. Questions give true for the answer
+/// that is named first.
+namespace documents {
+
+void tell_out_of_memory(std::string const& path);
+void tell_could_not_open(path::file_error const& error, std::string const& path);
+void tell_could_not_save(path::write_error const& error, std::string const& path);
+
+/// Save as UTF-8, or not at all.
+bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset);
+/// Overwrite a file that holds bytes which its document doesn't, or not.
+bool ask_to_lose_bytes(std::string const& path, encoding::charset_t charset);
+bool ask_to_lose_unloaded_file(std::string const& path);
+/// Overwrite a read-only file, or not.
+bool ask_to_overwrite(std::string const& path);
+/// Revert to the version on disk, or keep the one in the window.
+bool ask_to_revert(std::string const& path);
+
+}  // namespace documents

@@ -1,0 +1,93 @@
+#include "documents/file_text.h"
+
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "encoding/decode_in_place.h"
+#include "encoding/estimate_buffer.h"
+#include "encoding/harmonize_units.h"
+#include "path/file_reader.h"
+
+namespace documents {
+namespace {
+
+/// The bytes of a file in the upper half of memory for as many units, as decoding in place needs.
+struct loaded_bytes {
+  std::unique_ptr<text::text_block_builder> memory;
+  std::size_t size = 0;
+
+  unsigned char* begin() const { return reinterpret_cast<unsigned char*>(memory->data()) + size; }
+};
+
+loaded_bytes room_for(std::size_t size) {
+  if (size > static_cast<std::size_t>(std::numeric_limits<int>::max())) throw std::bad_alloc();
+  return {std::make_unique<text::text_block_builder>(size), size};
+}
+
+void cut(loaded_bytes& bytes, std::size_t size) {
+  unsigned char const* const begin = bytes.begin();
+  bytes.size = size;
+  std::memmove(bytes.begin(), begin, size);
+}
+
+/// For a file that holds more than it seemed to, as those do which the kernel makes up.
+std::optional<path::file_error> append_rest(path::file_reader& reader, loaded_bytes& bytes) {
+  constexpr std::size_t piece = 65536;
+  std::vector<unsigned char> rest;
+  for (std::size_t read = piece; read == piece;) {
+    std::size_t const old_size = rest.size();
+    rest.resize(old_size + piece);
+    auto const result = reader.read(rest.data() + old_size, piece);
+    if (result.error) return result.error;
+    read = result.bytes;
+    rest.resize(old_size + read);
+  }
+  if (rest.empty()) return std::nullopt;
+  loaded_bytes all = room_for(bytes.size + rest.size());
+  std::memcpy(all.begin(), bytes.begin(), bytes.size);
+  std::memcpy(all.begin() + bytes.size, rest.data(), rest.size());
+  bytes = std::move(all);
+  return std::nullopt;
+}
+
+std::optional<path::file_error> load(std::string const& path, loaded_bytes& bytes) {
+  path::file_reader reader;
+  if (auto error = reader.open(path)) return error;
+  bytes = room_for(static_cast<std::size_t>(reader.info().st_size));
+  auto const result = reader.read(bytes.begin(), bytes.size);
+  if (result.error) return result.error;
+  if (result.bytes == bytes.size) return append_rest(reader, bytes);
+  cut(bytes, result.bytes);
+  return std::nullopt;
+}
+
+/// UTF-16 gains a mark when it is written, but loses nothing.
+bool nothing_lost(encoding::decoded const& decoded, loaded_bytes const& bytes,
+                  encoding::charset_t charset) {
+  bool const utf16 = charset == encoding::UTF16BE || charset == encoding::UTF16LE;
+  return decoded.exact || (utf16 && bytes.size % 2 == 0);
+}
+
+}  // namespace
+
+std::optional<path::file_error> read_file_text(std::string const& path,
+                                               std::optional<encoding::charset_t> charset,
+                                               bool pairs, file_text& text) {
+  text.stamp = stamp_of(path);
+  loaded_bytes bytes;
+  if (auto error = load(path, bytes)) return error;
+  text.charset = charset ? *charset : encoding::estimate_buffer(bytes.begin(), bytes.size);
+  char16_t* const units = bytes.memory->data();
+  auto const decoded = encoding::decode_in_place(units, bytes.size, text.charset, pairs);
+  auto const harmonized = encoding::harmonize_units(units, units + decoded.units);
+  text.byte_order_mark = decoded.has_bom;
+  text.exact = nothing_lost(decoded, bytes, text.charset);
+  text.line_ending = harmonized.ends.prevailing();
+  text.units = bytes.memory->finish(static_cast<std::size_t>(harmonized.last - units));
+  return std::nullopt;
+}
+
+}  // namespace documents

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "documents/file_stamp.h"
+#include "encoding/charset.h"
+#include "encoding/line_ending.h"
+#include "path/file_error.h"
+#include "text/text_block.h"
+
+namespace documents {
+
+/// A file as text: what it holds and how it was written.
+struct file_text {
+  text::text_block units;  ///< every line end is an LF
+  encoding::charset_t charset = encoding::ASCII;
+  bool byte_order_mark = false;
+  line_ending::type line_ending = line_ending::LF;
+  /// Whether writing the units in the same charset, with the line ends that were there, gives the
+  /// same bytes. False if some of them are no text in that charset.
+  bool exact = true;
+  /// As of before the reading, so that what is written meanwhile counts as a later change.
+  std::optional<file_stamp> stamp;
+};
+
+/// Reads the file at `path` in `charset`, or in the one that it seems to be in. With `pairs` a
+/// character of UTF-8 above U+FFFF is two units. The bytes are read into the memory in which they
+/// are then decoded, twice their size, and that is all that is used. Nothing if `text` has been
+/// set. Throws std::bad_alloc, also for a file of 2 GiB or more, whose text has more units than can
+/// be counted.
+std::optional<path::file_error> read_file_text(std::string const& path,
+                                               std::optional<encoding::charset_t> charset,
+                                               bool pairs, file_text& text);
+
+}  // namespace documents

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "encoding/stream_encoder.h"
+#include "path/file_writer.h"
+#include "text/storage.h"
+
+namespace documents {
+
+/// The text of a storage as the bytes of a file, made in pieces whenever they are written. The
+/// storage must stay as it is for as long as they may be. Throws std::bad_alloc.
+path::file_contents storage_bytes(text::storage const& storage, encoding::file_format format);
+
+/// Whether the whole text comes back when it is written in this charset and read again.
+bool can_be_encoded(text::storage const& storage, encoding::charset_t charset);
+
+/// Whether the storage holds this text.
+bool holds(text::storage const& storage, text::unit_view text);
+
+}  // namespace documents
