@@ -1,0 +1,233 @@
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include "documents/document_fixture.h"
+
+namespace {
+
+using strings = std::vector<std::string>;
+
+TEST_F(document, ascii_becomes_the_default_without_a_question) {
+  auto const d = document_of("caf");
+  type(*d, u"\u00E9");
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(on_disk(), "caf\xC3\xA9");
+  EXPECT_EQ(d->fileEncoding(), encoding::UTF8);
+  EXPECT_EQ(alerts(), strings());
+}
+
+TEST_F(document, asks_when_the_charset_lacks_a_character) {
+  struct {
+    encoding::charset_t charset;
+    char const* default_encoding;
+    std::u16string typed;
+    char const* asked;  // the charset's name, or null
+  } const cases[] = {
+      {encoding::Latin1, "utf-8", u"\u20AC", "Latin1"},
+      {encoding::Latin1, "utf-8", u"\u00FF", nullptr},
+      {encoding::Latin1, "utf-8", u"\u0100", "Latin1"},
+      {encoding::MacRoman, "utf-8", u"\u20AC", nullptr},
+      {encoding::MacRoman, "utf-8", u"\u4E00", "MacRoman"},
+      {encoding::CP1252, "utf-8", u"\u20AC", nullptr},
+      {encoding::CP1252, "utf-8", u"\u0081", "CP1252"},
+      {encoding::ASCII, "iso-8859-1", u"\u00E9", nullptr},
+      {encoding::ASCII, "iso-8859-1", u"\u20AC", "Latin1"},
+      {encoding::ASCII, "nonsense", u"\u20AC", nullptr},
+      {encoding::Latin1, "utf-8", u"\xD83D\xDE00", "Latin1"},
+      {encoding::UTF16LE, "utf-8", u"\xD83D\xDE00", nullptr},
+  };
+  for (auto const& c : cases) {
+    defaults().set("WynDefaultFileEncoding", c.default_encoding);
+    auto const d = document_of("");
+    d->setFileEncoding(c.charset);
+    d->setByteOrderMark(true);
+    type(*d, c.typed);
+    auto const memento = d->lastSavedMemento();
+    SCOPED_TRACE(std::string(encoding::charset_name[c.charset]) + " " + c.default_encoding);
+    if (!c.asked) {
+      EXPECT_TRUE(save(d));
+      EXPECT_EQ(alerts(), strings());
+      continue;
+    }
+    answer("Encoding Error", "Cancel");
+    EXPECT_FALSE(save(d));
+    EXPECT_EQ(alerts(),
+              strings{"Encoding Error|The document \u201Cfile\u201D cannot be saved using "
+                      "the " +
+                      std::string(c.asked) +
+                      " encoding. Would you like to save "
+                      "it using UTF-8 instead?|Cancel"});
+    EXPECT_EQ(on_disk(), "");
+    EXPECT_EQ(d->fileEncoding(), c.charset);
+    EXPECT_TRUE(d->byteOrderMark());
+    EXPECT_TRUE(d->isDocumentEdited());
+    EXPECT_EQ(d->lastSavedMemento(), memento);
+
+    answer("Encoding Error", "Save as UTF-8");
+    EXPECT_TRUE(save(d));
+    EXPECT_EQ(d->fileEncoding(), encoding::UTF8);
+    EXPECT_NE(on_disk().substr(0, 3), "\xEF\xBB\xBF");
+    EXPECT_EQ(text_of(*WynDocument::initWithContentsOfFile(folder / "file")), c.typed);
+    EXPECT_FALSE(d->isDocumentEdited());
+    EXPECT_EQ(alerts().size(), 1u);
+  }
+}
+
+TEST_F(document, asks_before_it_loses_bytes) {
+  std::string const bytes = "\xC0\xAF overlong";
+  auto const d = document_of(bytes);
+  EXPECT_FALSE(save(d));
+  EXPECT_EQ(alerts(),
+            strings{"Encoding Error|The file \u201Cfile\u201D holds bytes that are not "
+                    "valid UTF8 text. Saving would lose them. Would you like to overwrite "
+                    "it?|Don't Overwrite"});
+  EXPECT_EQ(on_disk(), bytes);
+  EXPECT_TRUE(d->writeToFile(folder / "copy"));  // loses nothing
+  EXPECT_FALSE(save(d));
+  EXPECT_EQ(alerts().size(), 1u);
+  answer("Encoding Error", "Overwrite");
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(on_disk(), "/ overlong");
+  EXPECT_EQ(alerts().size(), 1u);
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(alerts(), strings());
+}
+
+TEST_F(document, supplementary_characters_can_be_single_units) {
+  defaults().set("WynPreserveSupplementaryCharacters", false);
+  auto const d = document_of("\xF0\x9F\x98\x80");
+  EXPECT_EQ(text_of(*d), u"\uF600");
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(on_disk(), "\xEF\x98\x80");
+  EXPECT_EQ(alerts(), strings());
+}
+
+TEST_F(document, format_can_be_left_to_the_defaults) {
+  defaults().set("WynFileEncodingAndLineEndingsPreserve", false);
+  defaults().set("WynDefaultFileEncoding", "utf-16-be");
+  defaults().set("WynDefaultLineEndings", "cr");
+  auto const d = document_of("a\r\n\xE9");
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(on_disk(), std::string("\xFE\xFF\0a\0\r\0\xE9", 8));
+}
+
+TEST_F(document, asks_before_it_overwrites_a_read_only_file) {
+  for (bool atomically : {false, true}) {
+    defaults().set("WynSaveAtomically", atomically);
+    auto const d = document_of("old");
+    ASSERT_EQ(chmod(d->filename().c_str(), 0440), 0);
+    type(*d, u" and new");
+    answer("Couldn't Save", "Don't Overwrite");
+    EXPECT_FALSE(save(d));
+    EXPECT_EQ(alerts(), strings{"Couldn't Save|The file file is read-only. Attempt to overwrite?|"
+                                "Don't Overwrite"});
+    EXPECT_EQ(on_disk(), "old");
+    EXPECT_TRUE(d->isDocumentEdited());
+
+    answer("Couldn't Save", "Overwrite");
+    EXPECT_TRUE(save(d));
+    EXPECT_EQ(on_disk(), "old and new");
+    struct stat info;
+    ASSERT_EQ(stat(d->filename().c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0440u);
+    alerts();
+    std::filesystem::remove(d->filename());
+  }
+}
+
+TEST_F(document, saved_elsewhere_takes_its_attributes_along) {
+  auto const d = document_of("#!/bin/sh");
+  ASSERT_EQ(chmod(d->filename().c_str(), 0751), 0);
+  if (geteuid() == 0) {
+    ASSERT_EQ(chown(d->filename().c_str(), 1234, 4321), 0);
+  }
+  ASSERT_TRUE(d->writeToFile(folder / "copy"));
+  struct stat from, to;
+  ASSERT_EQ(stat(d->filename().c_str(), &from), 0);
+  ASSERT_EQ(stat((folder / "copy").c_str(), &to), 0);
+  EXPECT_EQ(to.st_mode, from.st_mode);
+  EXPECT_EQ(to.st_uid, from.st_uid);
+  EXPECT_EQ(to.st_gid, from.st_gid);
+  EXPECT_EQ(d->filename(), folder / "file");
+}
+
+TEST_F(document, failed_saves_are_told_and_change_nothing) {
+  std::filesystem::create_directory(folder / "gone");
+  std::string const path = folder.write("gone/file", "old");
+  auto const d = open(path);
+  type(*d, u"\u00E9");
+  auto const memento = d->lastSavedMemento();
+  struct {
+    char const* cause;
+    void (*prepare)(std::string const& path);
+  } const cases[] = {
+      {"It is a folder.",
+       [](std::string const& p) {
+         std::filesystem::remove(p);
+         std::filesystem::create_directory(p);
+       }},
+      {"The folder \u201C%\u201D does not exist.",
+       [](std::string const& p) {
+         std::filesystem::remove_all(std::filesystem::path(p).parent_path());
+       }},
+  };
+  for (auto const& c : cases) {
+    c.prepare(path);
+    EXPECT_FALSE(save(d));
+    std::string cause = c.cause;
+    if (auto const place = cause.find('%'); place != cause.npos)
+      cause.replace(place, 1, folder / "gone");
+    EXPECT_EQ(alerts(), strings{"Couldn't Save|The file \u201Cfile\u201D could not be saved. " +
+                                cause + "|Continue"});
+    EXPECT_TRUE(d->isDocumentEdited());
+    EXPECT_FALSE(d->documentHasBeenSaved());
+    EXPECT_EQ(d->lastSavedMemento(), memento);
+    EXPECT_EQ(d->fileEncoding(), encoding::ASCII);
+    EXPECT_EQ(text_of(*d), u"old\u00E9");
+  }
+  EXPECT_FALSE(d->writeToFile(""));
+  EXPECT_EQ(alerts(), strings());
+}
+
+TEST_F(document, is_written_anew_when_its_file_has_vanished) {
+  auto const d = document_of("text");
+  std::filesystem::remove(d->filename());
+  EXPECT_FALSE(d->checkForFilesystemChanges());
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(on_disk(), "text");
+}
+
+TEST_F(document, full_disk_leaves_the_old_text) {
+  std::string const disk = folder / "disk";
+  std::filesystem::create_directory(disk);
+  if (mount("none", disk.c_str(), "tmpfs", 0, "size=64k") != 0)
+    GTEST_SKIP() << "no right to mount a small file system";
+  std::string const old(20000, 'o');
+  auto d = open(folder.write("disk/file", old));
+  type(*d, std::u16string(200000, u'n'));
+  for (bool atomically : {false, true}) {
+    defaults().set("WynSaveAtomically", atomically);
+    EXPECT_FALSE(save(d));
+    EXPECT_EQ(alerts(), strings{"Couldn't Save|The file \u201Cfile\u201D could not be saved. No "
+                                "space left on device.|Continue"});
+    EXPECT_TRUE(folder.read(disk + "/file") == old);
+    EXPECT_TRUE(d->isDocumentEdited());
+  }
+  umount(disk.c_str());
+}
+
+TEST_F(document, follows_a_link_when_it_is_saved) {
+  folder.write("target", "old");
+  ASSERT_EQ(symlink("target", (folder / "link").c_str()), 0);
+  for (bool atomically : {false, true}) {
+    defaults().set("WynSaveAtomically", atomically);
+    auto const d = open(folder / "link");
+    EXPECT_EQ(d->displayName(), "link");
+    type(*d, u"+");
+    EXPECT_TRUE(save(d));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
+  }
+  EXPECT_EQ(folder.read(folder / "target"), "old++");
+}
+
+}  // namespace
