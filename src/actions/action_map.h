@@ -1,0 +1,105 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "text/view.h"
+
+/// Functions of a view under names; `Result` is what a call gives.
+template <typename Result>
+class view_function_map {
+ public:
+  class action {
+   public:
+    virtual ~action() = default;
+    virtual Result operator()(text::view* view) const = 0;
+  };
+
+  bool has_action(std::string_view name) const { return find(name) != nullptr; }
+
+ protected:
+  void enter(std::string name, std::unique_ptr<action> added) {
+    actions_.try_emplace(std::move(name), std::move(added));
+  }
+  /// Null when the name isn't known.
+  action const* find(std::string_view name) const {
+    auto const found = actions_.find(name);
+    return found == actions_.end() ? nullptr : found->second.get();
+  }
+
+ private:
+  std::map<std::string, std::unique_ptr<action>, std::less<>> actions_;
+};
+
+/// The editing actions by the names under which key bindings, menus, macros and scripts call them.
+///
+///     action_map map;
+///     register_movement_functions(map);
+///     map.perform_action("moveWordLeft:", &view);
+class action_map : public view_function_map<bool> {
+ public:
+  /// A copy of the function object `F`, which gives an `R`. A call reports what `F` gives where
+  /// that is a bool, and success otherwise.
+  template <typename F, typename R>
+  class derived_action : public action {
+   public:
+    explicit derived_action(F function) : function_(std::move(function)) {}
+    bool operator()(text::view* view) const override {
+      if constexpr (std::is_same_v<R, bool>) {
+        return std::invoke(function_, view);
+      } else {
+        std::invoke(function_, view);
+        return true;
+      }
+    }
+
+   private:
+    F function_;
+  };
+
+  /// `function` takes a `text::view*`. The first registration of a name wins.
+  template <typename F>
+  void add_action(F function, std::string name) {
+    using result = std::decay_t<std::invoke_result_t<F const&, text::view*>>;
+    if (!has_action(name))
+      enter(std::move(name), std::make_unique<derived_action<F, result>>(std::move(function)));
+  }
+
+  /// False when the action could not be done, or isn't known.
+  bool perform_action(std::string_view name, text::view* view) const {
+    action const* const found = find(name);
+    return found && (*found)(view);
+  }
+};
+
+/// The titles of menu items that depend on the view, by names such as
+/// "toggleColumnSelectionMenuTitle".
+class title_action_map : public view_function_map<std::string> {
+ public:
+  template <typename F>
+  class derived_action : public action {
+   public:
+    explicit derived_action(F function) : function_(std::move(function)) {}
+    std::string operator()(text::view* view) const override { return std::invoke(function_, view); }
+
+   private:
+    F function_;
+  };
+
+  /// `function` takes a `text::view*`. The first registration of a name wins.
+  template <typename F>
+  void add_action(F function, std::string name) {
+    if (!has_action(name))
+      enter(std::move(name), std::make_unique<derived_action<F>>(std::move(function)));
+  }
+
+  /// Empty when the name isn't known.
+  std::string perform_action(std::string_view name, text::view* view) const {
+    action const* const found = find(name);
+    return found ? (*found)(view) : std::string();
+  }
+};

@@ -1,0 +1,71 @@
+#include "actions/clipboard.h"
+
+#include "platform/desktop.h"
+#include "platform/utf.h"
+
+namespace {
+
+namespace type = platform::pasteboard_type;
+
+platform::pasteboard& pasteboard() {
+  return platform::desktop::current().general_pasteboard();
+}
+
+/// The units of `text` with all line ends as `\n`.
+std::u16string with_line_feeds(std::u16string_view text) {
+  std::u16string result;
+  result.reserve(text.size());
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '\r')
+      result += text[i];
+    else if (i + 1 == text.size() || text[i + 1] != '\n')
+      result += '\n';
+  }
+  return result;
+}
+
+}  // namespace
+
+std::optional<text_clip> current_clip() {
+  auto const own = pasteboard().get(type::quirnote);
+  auto const content = own["Content"] ? own["Content"] : pasteboard().get(type::text);
+  if (!content.as_string()) return std::nullopt;
+  return text_clip{with_line_feeds(unicode::to_utf16(*content.as_string())),
+                   own["Rectangular"].string_or("NO") == "YES"};
+}
+
+void set_current_clip(text_clip const& clip) {
+  plist::value const text = unicode::to_utf8(clip.text);
+  plist::dictionary const own{{"Content", text}, {"Rectangular", clip.rectangular ? "YES" : "NO"}};
+  pasteboard().set({{std::string(type::text), text}, {std::string(type::quirnote), own}});
+}
+
+bool view_copy(text::view* view) {
+  if (!view->has_selection()) return false;
+  set_current_clip(
+      {std::u16string(view->selection.begin(), view->selection.end()), view->is_in_column_mode()});
+  return true;
+}
+
+bool view_paste(text::view* view) {
+  return view_paste_without_reindent(view);
+}
+
+bool view_paste_without_reindent(text::view* view) {
+  auto const clip = current_clip();
+  if (!clip) return false;
+  if (clip->rectangular)
+    view->insert_column(clip->text.begin(), clip->text.end(), 0, 0, false);
+  else
+    view->insert(clip->text.begin(), clip->text.end());
+  return true;
+}
+
+void view_yank(text::view* view) {
+  auto const killed = view->storage->kill_buffer.data;  // a copy: inserting may erase a selection
+  view->insert(killed.begin(), killed.end());
+}
+
+void view_insert(text::view* view, text::char_t unit) {
+  view->insert(&unit, &unit + 1);
+}

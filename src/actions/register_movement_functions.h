@@ -1,0 +1,7 @@
+#pragma once
+
+#include "actions/action_map.h"
+
+/// Enters moving, selecting and deleting by all movement functions ("moveWordLeft:",
+/// "moveWordLeftAndModifySelection:", "deleteWordLeft:"), and selecting things ("selectWord:").
+void register_movement_functions(action_map& map);
