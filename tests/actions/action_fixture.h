@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "actions/action_map.h"
+
+/// A text, a view of it with tabs of four columns, and the actions by name.
+struct action_fixture {
+  action_fixture();
+
+  /// Performs actions on the drawn text (see text/marked_text.h), whose names are separated by
+  /// blanks and may lack their colon. Gives the drawing of the outcome, with a `!` in front for
+  /// each action that reported failure.
+  std::string run(std::string_view before, std::string_view actions);
+
+  text::storage storage;
+  text::view view{storage};
+  action_map actions;
+  title_action_map titles;
+};
+
+/// How the view is set up for a case: letters of "f" freehanded mode, "s" spaces for tabs, "w" soft
+/// wrap, "o" overwrite mode.
+void apply_modes(text::view& view, std::string_view modes);
+
+struct action_case {
+  char const* actions;
+  char const* before;
+  char const* after;
+  char const* modes = "";
+};
+
+/// Runs each case on a view of its own.
+void expect_outcomes(std::initializer_list<action_case> cases);
