@@ -116,7 +116,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
 
   /// Saves the text at `path`, asking the user where that would lose something. True if the file
   /// holds the text now. Otherwise the user has said so or has been told why, and the document is
-  /// as it was. Doesn't change the filename.
+  /// as it was. To save under another name set the filename after that.
   bool writeToFile(std::string const& path);
 
   /// Replaces the text, as one step that can be undone, by that of the file in another charset.

@@ -24,7 +24,8 @@ void tell(std::string title, std::string text, bool critical = false) {
 }
 
 std::string name_of(std::string const& path) {
-  return quoted(printable_name(path));
+  std::string const name = printable_name(path);
+  return quoted(name.empty() ? printable(path) : name);
 }
 
 std::string cause_of(path::file_error const& error, std::string const& path) {

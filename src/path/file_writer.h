@@ -44,10 +44,10 @@ struct write_error : file_error {
 std::optional<write_error> write_in_place(std::string const& path, file_contents const& contents,
                                           file_system_calls& calls = file_system_calls::system());
 
-/// Puts a new file with the same owner and permissions in the place of the old one, so that at any
-/// moment either the old or the new bytes are found whole. Other hard links keep the old bytes.
-/// Needs the right to make files in the folder, and fails if the owner can't be kept. A link that
-/// leads nowhere is written through in place, as there is nothing to keep.
+/// Puts a new file with the same owner, permissions and attributes in the place of the old one, so
+/// that at any moment either the old or the new bytes are found whole. Other hard links keep the
+/// old bytes. Needs the right to make files in the folder, and fails if the owner can't be kept. A
+/// link that leads nowhere is written through in place, as there is nothing to keep.
 std::optional<write_error> write_atomically(std::string const& path, file_contents const& contents,
                                             file_system_calls& calls = file_system_calls::system());
 

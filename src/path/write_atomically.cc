@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <random>
 
+#include "path/extended_attributes.h"
 #include "path/file_output.h"
 
 namespace path {
@@ -72,6 +73,7 @@ class atomic_write {
     auto const set_mode = [&] { return calls_.fchmod(fd, old_.st_mode & 07777); };
     if (!same_owner && uninterrupted(set_owner) != 0) return output_.error("fchown");
     if (uninterrupted(set_mode) != 0) return output_.error("fchmod");
+    copy_extended_attributes(target_, fd);
     return std::nullopt;
   }
 

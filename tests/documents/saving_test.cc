@@ -1,6 +1,7 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
+#include "documents/document_alerts.h"
 #include "documents/document_fixture.h"
 
 namespace {
@@ -187,6 +188,14 @@ TEST_F(document, failed_saves_are_told_and_change_nothing) {
   }
   EXPECT_FALSE(d->writeToFile(""));
   EXPECT_EQ(alerts(), strings());
+}
+
+TEST_F(document, half_written_file_is_a_critical_alert) {
+  path::write_error const error{path::make_file_error("write", "/x/file", EIO), true};
+  documents::tell_could_not_save(error, "/x/file");
+  EXPECT_EQ(alerts(), strings{"Couldn't Save|The file \u201Cfile\u201D could not be saved. "
+                              "Input/output error. What is on disk is incomplete now. The whole "
+                              "text is still here, unsaved.|Continue"});
 }
 
 TEST_F(document, is_written_anew_when_its_file_has_vanished) {

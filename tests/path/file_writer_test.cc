@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <new>
@@ -67,6 +68,7 @@ TEST(file_writer, keeps_what_belongs_to_the_file) {
     ASSERT_EQ(chmod(file.c_str(), 06640), 0);
     ASSERT_EQ(link(file.c_str(), (folder / "hard").c_str()), 0);
     ASSERT_EQ(symlink("file", (folder / "soft").c_str()), 0);
+    bool const has_attributes = setxattr(file.c_str(), "user.note", "kept", 4, 0) == 0;
     auto const before = info_of(file);
 
     EXPECT_EQ(write(w, folder / "soft", "new text"), "") << w.name;
@@ -75,6 +77,10 @@ TEST(file_writer, keeps_what_belongs_to_the_file) {
     EXPECT_EQ(after.st_gid, before.st_gid);
     EXPECT_EQ(after.st_mode & 0777, before.st_mode & 0777);
     EXPECT_EQ(after.st_ino == before.st_ino, in_place);
+    char note[4] = "";
+    if (has_attributes) {
+      EXPECT_EQ(getxattr(file.c_str(), "user.note", note, 4), 4);
+    }
     EXPECT_TRUE(S_ISLNK(info_of(folder / "soft").st_mode));
     EXPECT_EQ(folder.read(file), "new text");
     EXPECT_EQ(folder.read(folder / "hard"), in_place ? "new text" : "old");
