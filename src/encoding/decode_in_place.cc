@@ -9,6 +9,7 @@
 #include "encoding/lanes.h"
 #include "encoding/supplementary.h"
 #include "encoding/tables.h"
+#include "encoding/utf8_blocks.h"
 
 // A file of 100 MB should open in little more than the time to copy it, and should not need a
 // second block of that size. Text is mostly runs of ASCII, which are widened 16 bytes at a time,
@@ -174,7 +175,15 @@ void decode_high_run(cursor& c, char16_t const* begin) {
 template <bool pairs>
 void decode_utf8(cursor& c) {
   char16_t const* const begin = c.out;
+  unsigned char const* next_blocks = c.in;  // where to try whole blocks again
   while (c.left() >= slack) {
+    if (c.in >= next_blocks) {
+      auto const [in, out] = decode_utf8_blocks({c.in, c.out}, c.end);
+      c.in = in;
+      c.out = out;
+      next_blocks = in + 64;
+      if (c.left() < slack) break;
+    }
     unsigned const high = lanes::widen(c.out, c.in);
     int const ascii = high ? std::countr_zero(high) : 16;
     c.in += ascii;

@@ -32,11 +32,18 @@ Out put_utf8_sequence(char32_t value, Out out) {
     *out++ = static_cast<unsigned char>(value);
     return out;
   }
-  int const continuations = value < 0x800 ? 1 : value < 0x10000 ? 2 : 3;
-  *out++ = static_cast<unsigned char>(0xFF00 >> (continuations + 1) | value >> 6 * continuations);
-  for (int i = continuations; i-- > 0;) {
-    *out++ = static_cast<unsigned char>(0x80 | (value >> 6 * i & 0x3F));
+  if (value < 0x800) {
+    *out++ = static_cast<unsigned char>(0xC0 | value >> 6);
+  } else {
+    if (value < 0x10000) {
+      *out++ = static_cast<unsigned char>(0xE0 | value >> 12);
+    } else {
+      *out++ = static_cast<unsigned char>(0xF0 | value >> 18);
+      *out++ = static_cast<unsigned char>(0x80 | (value >> 12 & 0x3F));
+    }
+    *out++ = static_cast<unsigned char>(0x80 | (value >> 6 & 0x3F));
   }
+  *out++ = static_cast<unsigned char>(0x80 | (value & 0x3F));
   return out;
 }
 

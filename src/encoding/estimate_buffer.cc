@@ -16,34 +16,25 @@ namespace {
 
 constexpr std::size_t block = 64;
 
-/// Bit i is set if byte i, taken as signed, is below `limit`.
-std::uint64_t below(unsigned char const* in, int limit) {
-  std::uint64_t mask = 0;
-  for (unsigned i = 0; i < 4; ++i) {
-    mask |= std::uint64_t{lanes::below(in + 16 * i, static_cast<signed char>(limit))} << 16 * i;
-  }
-  return mask;
-}
-
 /// Where continuation bytes must stand is known from the lead bytes before: one behind each byte
 /// from C0 on, another behind each from E0 on, and so on. UTF-8 is right exactly if
 /// they stand there and nowhere else.
 class utf8_validator {
  public:
   bool accept(unsigned char const* in) {
-    std::uint64_t const high = below(in, 0);
+    std::uint64_t const high = below_in_64(in, 0);
     if (!(high | due_)) return true;
-    std::uint64_t const continuations = below(in, 0xC0 - 0x100);
+    std::uint64_t const continuations = below_in_64(in, 0xC0);
     std::uint64_t expected = due_;
     due_ = 0;
     expect(expected, high & ~continuations, 1);
-    expect(expected, high & ~below(in, 0xE0 - 0x100), 2);
-    std::uint64_t const four_or_more = high & ~below(in, 0xF0 - 0x100);
+    expect(expected, high & ~below_in_64(in, 0xE0), 2);
+    std::uint64_t const four_or_more = high & ~below_in_64(in, 0xF0);
     if (four_or_more) {
       expect(expected, four_or_more, 3);
-      expect(expected, high & ~below(in, 0xF8 - 0x100), 4);
-      expect(expected, high & ~below(in, 0xFC - 0x100), 5);
-      if (high & ~below(in, 0xFE - 0x100)) return false;
+      expect(expected, high & ~below_in_64(in, 0xF8), 4);
+      expect(expected, high & ~below_in_64(in, 0xFC), 5);
+      if (high & ~below_in_64(in, 0xFE)) return false;
     }
     return expected == continuations;
   }
@@ -79,12 +70,12 @@ bool is_utf8(unsigned char const* first, unsigned char const* last) {
 }
 
 bool can_be_latin1(unsigned char const* first, unsigned char const* last) {
-  return for_each_block(first, last, [](auto* in) { return !below(in, 0xA0 - 0x100); });
+  return for_each_block(first, last, [](auto* in) { return !below_in_64(in, 0xA0); });
 }
 
 unsigned char const* first_high_byte(unsigned char const* first, unsigned char const* last) {
   for (; last - first >= std::ptrdiff_t{block}; first += block) {
-    if (std::uint64_t const high = below(first, 0)) return first + std::countr_zero(high);
+    if (std::uint64_t const high = below_in_64(first, 0)) return first + std::countr_zero(high);
   }
   return std::find_if(first, last, [](unsigned char byte) { return byte & 0x80; });
 }

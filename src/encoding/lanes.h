@@ -44,6 +44,18 @@ struct portable_lanes {
     return std::countr_one(good);
   }
 
+  /// Encodes the units from U+0080 to U+07FF that the 8 units begin with as sequences of two
+  /// bytes, and gives their number. Writes 16 bytes whatever their number.
+  static unsigned put_two_byte_sequences(unsigned char* out, char16_t const* in) {
+    unsigned good = 0;
+    for (int i = 0; i < 8; ++i) {
+      good |= unsigned(in[i] >= 0x80 && in[i] < 0x800) << i;
+      out[2 * i] = static_cast<unsigned char>(0xC0 | (in[i] >> 6 & 0x1F));
+      out[2 * i + 1] = static_cast<unsigned char>(0x80 | (in[i] & 0x3F));
+    }
+    return std::countr_one(good);
+  }
+
   /// The mask of the 16 signed bytes that are below `limit`: with 0 the bytes above 0x7F, with
   /// 0xC0 the continuation bytes of UTF-8, and so on.
   static unsigned below(unsigned char const* in, signed char limit) {
@@ -117,6 +129,18 @@ struct sse2_lanes {
     return std::countr_one(mask_of_units(_mm_andnot_si128(too_long, right)));
   }
 
+  static unsigned put_two_byte_sequences(unsigned char* out, char16_t const* in) {
+    __m128i const units = load(in);
+    __m128i const lead = _mm_and_si128(_mm_srli_epi16(units, 6), _mm_set1_epi16(0x1F));
+    __m128i const rest = _mm_slli_epi16(_mm_and_si128(units, _mm_set1_epi16(0x3F)), 8);
+    __m128i const form = _mm_set1_epi16(static_cast<short>(0x80C0));
+    store(out, _mm_or_si128(form, _mm_or_si128(lead, rest)));
+    __m128i const zero = _mm_setzero_si128();
+    __m128i const fits = _mm_cmpeq_epi16(_mm_srli_epi16(units, 11), zero);
+    __m128i const ascii = _mm_cmpeq_epi16(_mm_srli_epi16(units, 7), zero);
+    return std::countr_one(mask_of_units(_mm_andnot_si128(ascii, fits)));
+  }
+
   static unsigned below(unsigned char const* in, signed char limit) {
     return _mm_movemask_epi8(_mm_cmplt_epi8(load(in), _mm_set1_epi8(limit)));
   }
@@ -167,5 +191,14 @@ using lanes = sse2_lanes;
 #else
 using lanes = portable_lanes;
 #endif
+
+/// As lanes::below, for 64 bytes. `limit` is taken as a signed byte, so 0xC0 stands for -64.
+inline std::uint64_t below_in_64(unsigned char const* in, unsigned char limit) {
+  std::uint64_t mask = 0;
+  for (unsigned i = 0; i < 4; ++i) {
+    mask |= std::uint64_t{lanes::below(in + 16 * i, static_cast<signed char>(limit))} << 16 * i;
+  }
+  return mask;
+}
 
 }  // namespace encoding

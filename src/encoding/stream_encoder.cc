@@ -73,6 +73,32 @@ auto run_of(char16_t refused, Convert convert) {
   };
 }
 
+constexpr bool has_two_bytes(char16_t unit) {
+  return unit >= 0x80 && unit < 0x800;
+}
+
+/// A run of units above 0x7F as UTF-8; with `pairs`, surrogates that make one are four bytes.
+template <bool pairs>
+bytes put_utf8_run(pointer& first, pointer last, bytes out) {
+  pointer in = first;  // a local, which no byte written can alias
+  do {
+    char16_t const unit = *in;
+    if (has_two_bytes(unit) && last - in >= 8 && has_two_bytes(in[1])) {
+      unsigned const n = lanes::put_two_byte_sequences(out, in);
+      in += n;
+      out += 2 * n;
+    } else if (pairs && is_high_surrogate(unit) && last - in > 1 && is_low_surrogate(in[1])) {
+      out = put_utf8_sequence(joined_surrogates(unit, in[1]), out);
+      in += 2;
+    } else {
+      out = put_utf8_sequence(unit, out);
+      ++in;
+    }
+  } while (in != last && *in >= 0x80);
+  first = in;
+  return out;
+}
+
 template <std::endian order>
 unsigned char* put_utf16(char16_t const* first, char16_t const* last, unsigned char* out,
                          line_ending::type type) {
@@ -143,8 +169,7 @@ void stream_encoder::put_pairs(char16_t const* first, char16_t const* last) {
     first += joined;
   }
   if (first != last && is_high_surrogate(last[-1])) pending_high_ = *--last;
-  out_ = narrow(first, last, out_, format_.line_ending, 0xFF80,
-                run_of(0xFF80, encode_utf8_with_pairs<pointer, bytes>));
+  out_ = narrow(first, last, out_, format_.line_ending, 0xFF80, put_utf8_run<true>);
 }
 
 void stream_encoder::put_piece(char16_t const* first, char16_t const* last) {
@@ -157,7 +182,7 @@ void stream_encoder::put_piece(char16_t const* first, char16_t const* last) {
       break;
     case UTF8:
       if (format_.pairs) return put_pairs(first, last);
-      out_ = by(0xFF80, convert_UnicodeToUTF8<pointer, bytes>);
+      out_ = narrow(first, last, out_, format_.line_ending, 0xFF80, put_utf8_run<false>);
       break;
     case UTF16BE:
       out_ = put_utf16<std::endian::big>(first, last, out_, format_.line_ending);
