@@ -1,6 +1,6 @@
-# quirnote_antlr2(TARGET GRAMMAR): runs the ANTLR 2 generator on GRAMMAR.g at build time and adds what
-# comes of it to TARGET. Each "class NAME extends Lexer|Parser|TreeParser" gives NAME.hpp, included
-# as "NAME.hpp" by the sources of TARGET alone. Warnings are off in generated code.
+# quirnote_antlr2(TARGET GRAMMAR): runs the ANTLR 2 generator on GRAMMAR.g at build time and adds
+# what comes of it to TARGET. Each "class NAME extends Lexer|Parser|TreeParser" gives NAME.hpp,
+# included as "NAME.hpp" by the sources of TARGET alone. Warnings are off in generated code.
 find_program(ANTLR2_JAVA java REQUIRED)
 find_file(ANTLR2_JAR antlr.jar PATHS /usr/share/java REQUIRED)
 find_path(ANTLR2_INCLUDE_DIR antlr/LLkParser.hpp REQUIRED)

@@ -1,7 +1,6 @@
 #include "plist/any.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <boost/variant.hpp>
+#include <concepts>
 #include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "plist/value.h"

@@ -1,7 +1,6 @@
 #include "plist/value.h"
 
 #include <charconv>
-#include <cmath>
 #include <optional>
 #include <type_traits>
 
