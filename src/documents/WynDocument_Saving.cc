@@ -11,23 +11,25 @@ namespace {
 
 using documents::can_be_encoded;
 
-/// Asks before it overwrites a read-only file. False if the file wasn't written, and the user
-/// knows.
-bool save(std::string const& path, text::storage const& storage,
-          encoding::file_format const& format) {
+enum class outcome { saved, unchanged, damaged };
+
+/// Asks before it overwrites a read-only file. Where the file wasn't written the user knows.
+outcome save(std::string const& path, text::storage const& storage,
+             encoding::file_format const& format) {
   std::optional<path::write_error> error;
   try {
     auto const contents = documents::storage_bytes(storage, format);
     error = documents::save_file(path, contents);
     if (error && documents::is_read_only(path)) {
-      if (!documents::ask_to_overwrite(path)) return false;
+      if (!documents::ask_to_overwrite(path)) return outcome::unchanged;
       error = documents::save_read_only_file(path, contents);
     }
   } catch (std::bad_alloc const&) {
     error = path::write_error{path::make_file_error("write", path, ENOMEM), false};
   }
-  if (error) documents::tell_could_not_save(*error, path);
-  return !error;
+  if (!error) return outcome::saved;
+  documents::tell_could_not_save(*error, path);
+  return error->target_damaged ? outcome::damaged : outcome::unchanged;
 }
 
 }  // namespace
@@ -60,7 +62,10 @@ bool WynDocument::writeToFile(std::string const& given_path) {
   auto const format = formatForSaving();
   if (!format || !mayOverwrite(path)) return false;
   auto const attributes = documents::file_attributes::of(filename_);
-  if (!save(path, *storage_, *format)) return false;
+  outcome const result = save(path, *storage_, *format);
+  // It was no other application that has changed the file.
+  if (result == outcome::damaged && path == filename_) fileStamp_ = documents::stamp_of(path);
+  if (result != outcome::saved) return false;
   attributes.apply_to(path);
   didWrite(path, *format);
   return true;

@@ -14,7 +14,7 @@ file_date date_of(timespec const& time) {
 std::optional<file_stamp> stamp_of(std::string const& path) {
   struct stat entry, target;
   if (lstat(path.c_str(), &entry) != 0 || stat(path.c_str(), &target) != 0) return std::nullopt;
-  return file_stamp{date_of(entry.st_mtim), date_of(target.st_mtim), target.st_dev, target.st_ino,
+  return file_stamp{date_of(entry.st_mtim), date_of(target.st_mtim),
                     static_cast<std::uint64_t>(target.st_size)};
 }
 

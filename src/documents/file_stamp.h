@@ -15,7 +15,9 @@ using file_date = std::int64_t;
 struct file_stamp {
   file_date modified = 0;  ///< of the path itself, which may be a link
   file_date target_modified = 0;
-  std::uint64_t device = 0, inode = 0, size = 0;  ///< of the target
+  /// Tells two changes within one tick of the file system's clock apart. (The inode would too, but
+  /// some file systems over a network change it without a reason.)
+  std::uint64_t target_size = 0;
 
   friend bool operator==(file_stamp const&, file_stamp const&) = default;
 };
