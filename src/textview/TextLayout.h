@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/view.h"
+
+#include <cstddef>
+
+/// The grid on which a text view is drawn: every unit is charWidth() wide and every row
+/// lineHeight() high, and all coordinates follow from that. Logical pixels.
+class TextLayout {
+ public:
+  /// Takes the metrics of `f` from the host, and the user's line height and base line deltas.
+  void setFont(platform::font const& f, platform::view_host& host);
+
+  platform::font const& font() const { return font_; }
+  double charWidth() const { return char_width_; }
+  double lineHeight() const { return line_height_; }
+  /// From the top of a row down to its base line.
+  double ascend() const { return ascend_; }
+
+  /// Where the text area begins, right of the gutter.
+  double left() const { return gutter_width_ + left_margin; }
+  double top() const { return top_margin; }
+  double gutterWidth() const { return gutter_width_; }
+  void setGutterWidth(double width) { gutter_width_ = width; }
+
+  double x_of_column(std::size_t column) const;
+  double y_of_row(std::size_t row) const {
+    return top_margin + static_cast<double>(row) * line_height_;
+  }
+  /// The row at `y`, which may lie behind the last one; 0 above the first.
+  std::size_t row_at(double y) const;
+  /// The column whose left edge is nearest to `x`.
+  std::size_t nearest_column(double x) const;
+  /// The column that contains `x`.
+  std::size_t column_at(double x) const;
+
+ private:
+  static constexpr double left_margin = 4, top_margin = 2;
+
+  platform::font font_;
+  double char_width_ = 8, line_height_ = 16, ascend_ = 12;
+  double gutter_width_ = 0;
+};

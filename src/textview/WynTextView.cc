@@ -1,0 +1,161 @@
+#include "textview/WynTextView.h"
+
+#include "actions/register_movement_functions.h"
+#include "actions/register_view_actions.h"
+#include "bundles/WynKeyBindingManager.h"
+#include "documents/WynDocument.h"
+#include "platform/desktop.h"
+#include "platform/user_defaults.h"
+#include "textview/geometry.h"
+#include "textview/view_will_change.h"
+
+#include <algorithm>
+
+WynTextView::WynTextView() {
+  registerDefaults();
+  register_movement_functions(actions_);
+  register_view_actions(actions_, titles_);
+  addEditingMethods();
+  addExtensionMethods();
+  addScrollingMethods();
+  defaultsToken_ = platform::notification_center::standard().observe(
+      platform::user_defaults::did_change, [this](auto const&) { userDefaultsDidChange(); });
+  userDefaultsDidChange();
+}
+
+WynTextView::~WynTextView() {
+  setDocument(nullptr);
+}
+
+void WynTextView::registerDefaults() {
+  platform::user_defaults::standard().register_defaults({
+      {"WynTextViewNormalFontName", "monospace"},
+      {"WynTextViewNormalFontSize", 12.0},
+      {"WynTextViewTabSize", 4},
+      {"WynTextViewSoftTabs", false},
+      {"WynTextViewFreehandedModeEnabled", false},
+      {"WynTextViewOverwriteModeEnabled", false},
+      {"WynTextViewLineNumbersEnabled", false},
+      {"WynTextViewAntiAliasEnabled", true},
+      {"WynTextViewHighlightCurrentLine", false},
+      {"WynTextViewShowInvisiblesEnabled", false},
+  });
+}
+
+void WynTextView::setDocument(std::shared_ptr<WynDocument> document) {
+  detachView();
+  document_ = std::move(document);
+  attachView();
+}
+
+void WynTextView::detachView() {
+  if (view_ == nullptr) return;
+  abandonMarkedText();
+  documentToken_.reset();
+  document_->releaseView(view_);
+  document_->closeDocument();
+  view_ = nullptr;
+}
+
+void WynTextView::attachView() {
+  if (document_ == nullptr) return;
+  document_->openDocument();
+  document_->checkForFilesystemChanges();
+  view_ = document_->obtainView();
+  applyOptionsToView();
+  setupTextFrame();
+  publishAll();
+  setNeedsDisplay();
+  centerSelectionInVisibleArea();
+}
+
+void WynTextView::bind(value_observer observer) {
+  observer_ = std::move(observer);
+  publishAll();
+}
+
+void WynTextView::updateValueForKey(plist::value const& value, std::string_view key) {
+  if (observer_) observer_(key, value);
+}
+
+void WynTextView::publishAll() {
+  if (view_ == nullptr || !observer_) return;
+  updateValueForKey(line_before_filters(view_->selection.current_mark), "lineNumber");
+  updateValueForKey(column_before_wrap(view_->selection.current_mark), "columnNumber");
+  updateValueForKey(tabSize_, "tabSize");
+  updateValueForKey(softTabs_, "softTabs");
+  updateValueForKey(overwriteMode_, "overwriteMode");
+}
+
+bool WynTextView::respondsToSelector(std::string_view selector) const {
+  // These four are named actions, and yet menus and keys find them only by performing them.
+  for (char const* name : {"moveLeft:", "moveRight:", "moveUp:", "moveDown:"})
+    if (selector == name) return false;
+  return actions_.has_action(std::string(selector)) || responder::respondsToSelector(selector);
+}
+
+plist::value WynTextView::performSelectorWithObject(std::string_view selector,
+                                                    plist::value const& object) {
+  std::string const name(selector);
+  if (!actions_.has_action(name)) return responder::performSelectorWithObject(selector, object);
+  if (view_ == nullptr) return {};
+  bool done = false;
+  {
+    view_will_change const scope(*this, true);
+    done = actions_.perform_action(name, view_);
+  }
+  if (!done) platform::desktop::current().beep();
+  return done;
+}
+
+bool WynTextView::tryToPerformWith(std::string_view selector, plist::value const& object) {
+  if (!actions_.has_action(std::string(selector)) && !respondsToSelector(selector))
+    return nextResponder() != nullptr && nextResponder()->tryToPerformWith(selector, object);
+  performSelectorWithObject(selector, object);
+  return true;
+}
+
+void WynTextView::doCommandBySelector(std::string_view selector) {
+  if (!tryToPerformWith(selector, {})) platform::desktop::current().beep();
+}
+
+plist::value WynTextView::query(std::string_view name, plist::value const& argument) {
+  std::string const key(name);
+  if (view_ != nullptr && actions_.has_action(key)) return actions_.perform_action(key, view_);
+  if (view_ != nullptr && titles_.has_action(key)) return titles_.perform_action(key, view_);
+  return responder::query(name, argument);
+}
+
+void WynTextView::addAction(std::string selector, std::function<void()> action) {
+  addMethod(std::move(selector), [this, action = std::move(action)](plist::value const&) {
+    if (view_ == nullptr) return plist::value(false);
+    view_will_change const scope(*this, true);
+    action();
+    return plist::value();
+  });
+}
+
+void WynTextView::key_down(platform::key_event const& event) {
+  if (view_ == nullptr) return;
+  didPressOption_ = false;
+  if (host_ != nullptr) host_->hide_cursor_until_mouse_moves();
+  if (!WynKeyBindingManager::sharedInstance().interpretKeyEventForTextView(event, *this))
+    platform::desktop::current().beep();
+}
+
+void WynTextView::interpretKeyEvents(platform::key_event const& event) {
+  if (host_ != nullptr) host_->interpret_key_event(event);
+}
+
+void WynTextView::set_host(platform::view_host* host) {
+  host_ = host;
+  if (host_ == nullptr) {
+    blinkTimer_.reset();
+    autoscrollTimer_.reset();
+    return;
+  }
+  userDefaultsDidChange();
+  setupTextFrame();
+  focus_changed();
+  if (view_ != nullptr) centerSelectionInVisibleArea();
+}

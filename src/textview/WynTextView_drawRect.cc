@@ -1,0 +1,220 @@
+#include <algorithm>
+#include <cmath>
+#include <mutex>
+
+#include "text/view.h"
+#include "textview/WynTextView.h"
+#include "textview/geometry.h"
+#include "textview/text_cells.h"
+#include "textview/view_colors.h"
+
+// Painting, from the background up to the caret. Only rows and columns that meet the dirty
+// rectangle are looked at, whatever the length of the text or of a line.
+
+using platform::color;
+using platform::point;
+using platform::rect;
+
+namespace {
+
+constexpr char16_t tab_mark = 0x2023, no_break_space_mark = 0x2022, control_mark = 0x25C6;
+constexpr char16_t line_end_mark = 0xB7, replacement = 0xFFFD, no_break_space = 0xA0;
+
+// One row of text as it is drawn: the units of the visible columns, marked text among them.
+struct row_text {
+  std::u16string units;
+  std::size_t column = 0;                         // of the first unit
+  std::size_t marked_first = 0, marked_last = 0;  // half open, indices into units
+  bool ends_here = false;                         // the line's end comes right after the units
+};
+
+row_text visible_text(WynTextView const& text_view, std::size_t row, std::size_t first_column,
+                      std::size_t last_column) {
+  text::view const& view = *text_view.view();
+  auto const from = iter_from_view_pos(&view, row, first_column, text::freehanded_t::off);
+  text::iterator const end = view.end(row).base;
+  std::size_t const available = end.column - from.base.column;
+  std::size_t const wanted = last_column - first_column + 16;  // room for wide clusters at the edge
+  std::size_t const count = std::min(available, wanted);
+  char16_t const* const units = view.storage->begin(from.base.line) + from.base.column;
+
+  row_text result;
+  result.units.assign(units, units + count);
+  result.column = view.column_in_view(from);
+  result.ends_here = count == available;
+  std::u16string const& marked = text_view.markedText();
+  text::iterator const caret = view.selection.current_mark.base;
+  if (!marked.empty() && caret.line == from.base.line && from.base.column <= caret.column &&
+      caret.column <= from.base.column + count) {
+    result.marked_first = caret.column - from.base.column;
+    result.marked_last = result.marked_first + marked.size();
+    result.units.insert(result.marked_first, marked);
+  }
+  return result;
+}
+
+class painter {
+ public:
+  painter(WynTextView const& text_view, platform::graphics& g, rect const& dirty, bool active)
+      : text_view_(text_view),
+        view_(*text_view.view()),
+        layout_(text_view.layout()),
+        g_(g),
+        dirty_(dirty),
+        colors_(text_view.host()->palette(), active) {}
+
+  void paint() {
+    g_.fill_rect(dirty_, colors_.background);
+    rect const visible = text_view_.host()->visible_rect();
+    paint_gutter({visible.x, visible.y, layout_.gutterWidth(), visible.height});
+    rect const text_area = text_view_.visibleTextRect().intersection(dirty_);
+    if (text_area.empty()) return;
+    g_.push_clip(text_area);
+    dirty_ = text_area;
+    paint_current_line();
+    paint_selection();
+    for (std::size_t row = first_row(); row <= last_row(); ++row) paint_row(row);
+    paint_caret();
+    g_.pop_clip();
+  }
+
+ private:
+  std::size_t first_row() const { return std::min(layout_.row_at(dirty_.y), view_.lines() - 1); }
+  std::size_t last_row() const {
+    return std::min(layout_.row_at(dirty_.bottom()), view_.lines() - 1);
+  }
+
+  void paint_gutter(rect const& gutter) {
+    if (!gutter.intersects(dirty_)) return;
+    g_.fill_rect(gutter.intersection(dirty_), colors_.gutter);
+    std::size_t const current = view_.line_in_view(view_.selection.current_mark);
+    for (std::size_t row = first_row(); row <= last_row(); ++row) {
+      text::iterator const begin = view_.begin(row).base;
+      if (begin.column == 0) paint_line_number(gutter, row, begin.line + 1, row == current);
+    }
+  }
+
+  void paint_line_number(rect const& gutter, std::size_t row, std::size_t number, bool current) {
+    std::string const digits = std::to_string(number);
+    double const width = static_cast<double>(digits.size()) * layout_.charWidth();
+    double const x = std::round(gutter.right() - 0.5 * layout_.charWidth() - width);
+    color const c = current ? colors_.gutter_current_number : colors_.gutter_number;
+    g_.draw_run(std::u16string(digits.begin(), digits.end()),
+                {x, layout_.y_of_row(row) + layout_.ascend()}, layout_.charWidth(), {c});
+  }
+
+  void paint_current_line() {
+    if (!text_view_.highlightCurrentLine() || view_.has_selection()) return;
+    std::size_t const row = view_.line_in_view(view_.selection.current_mark);
+    rect const line{dirty_.x, layout_.y_of_row(row), dirty_.width, layout_.lineHeight()};
+    if (line.intersects(dirty_)) g_.fill_rect(line.intersection(dirty_), colors_.line_highlight);
+  }
+
+  void paint_selection() {
+    bool const translucent = colors_.selection.alpha < 255;
+    for (rect const& r : selection_region(text_view_, dirty_).rects())
+      if (r.intersects(dirty_))
+        g_.fill_rect(r.intersection(dirty_), colors_.selection, translucent);
+  }
+
+  void paint_row(std::size_t row) {
+    std::size_t const first = layout_.column_at(dirty_.x);
+    row_text const text = visible_text(text_view_, row, first == 0 ? 0 : first - 1,
+                                       layout_.column_at(dirty_.right()) + 1);
+    double const baseline = layout_.y_of_row(row) + layout_.ascend();
+    std::size_t column = text.column;
+    for (auto const& piece : text_cells::pieces_of(text.units, text.column, view_.tab_size)) {
+      paint_piece(text, piece, baseline);
+      column = piece.column + piece.width;
+    }
+    if (text_view_.showInvisibles() && text.ends_here && row + 1 < view_.lines())
+      paint_mark(line_end_mark, column, baseline);
+  }
+
+  void paint_piece(row_text const& text, text_cells::piece const& piece, double baseline) {
+    std::u16string_view const units =
+        std::u16string_view(text.units).substr(piece.first, piece.last - piece.first);
+    platform::text_style style{colors_.foreground};
+    point const at{layout_.x_of_column(piece.column), baseline};
+    switch (piece.kind) {
+      case text_cells::kind::run:
+        paint_run(text, piece, units, baseline);
+        break;
+      case text_cells::kind::cluster:
+        style.underline = is_marked(text, piece.first);
+        g_.draw_cluster(units, at, static_cast<double>(piece.width) * layout_.charWidth(), style);
+        break;
+      case text_cells::kind::tab:
+        if (text_view_.showInvisibles()) paint_mark(tab_mark, piece.column, baseline);
+        break;
+      case text_cells::kind::control:
+        if (text_view_.showInvisibles()) paint_mark(control_mark, piece.column, baseline);
+        break;
+      case text_cells::kind::surrogate:
+        g_.draw_cluster({&replacement, 1}, at, layout_.charWidth(), style);
+        break;
+    }
+  }
+
+  // Runs are cut where marked text begins or ends, and at invisible characters that show.
+  void paint_run(row_text const& text, text_cells::piece const& piece, std::u16string_view units,
+                 double baseline) {
+    for (std::size_t at = 0; at < units.size();) {
+      bool const marked = is_marked(text, piece.first + at);
+      bool const invisible = is_shown_invisible(units[at]);
+      std::size_t end = at + 1;
+      while (end < units.size() && is_marked(text, piece.first + end) == marked && !invisible &&
+             !is_shown_invisible(units[end]))
+        ++end;
+      std::size_t const column = piece.column + at;
+      platform::text_style style{colors_.foreground};
+      style.underline = marked;
+      if (invisible) {
+        paint_mark(no_break_space_mark, column, baseline);
+      } else {
+        g_.draw_run(units.substr(at, end - at), {layout_.x_of_column(column), baseline},
+                    layout_.charWidth(), style);
+      }
+      at = end;
+    }
+  }
+
+  bool is_shown_invisible(char16_t u) const {
+    return u == no_break_space && text_view_.showInvisibles();
+  }
+
+  static bool is_marked(row_text const& text, std::size_t index) {
+    return text.marked_first <= index && index < text.marked_last;
+  }
+
+  void paint_mark(char16_t mark, std::size_t column, double baseline) {
+    g_.draw_cluster({&mark, 1}, {layout_.x_of_column(column), baseline}, layout_.charWidth(),
+                    {colors_.invisibles});
+  }
+
+  void paint_caret() {
+    if (!text_view_.caretIsVisible() || !text_view_.host()->is_first_responder()) return;
+    rect const caret = caret_rectangle(text_view_);
+    if (caret.intersects(dirty_)) g_.fill_rect(caret, colors_.caret);
+  }
+
+  WynTextView const& text_view_;
+  text::view const& view_;
+  TextLayout const& layout_;
+  platform::graphics& g_;
+  rect dirty_;
+  view_colors colors_;
+};
+
+}  // namespace
+
+void WynTextView::draw(platform::graphics& g, rect const& dirty) {
+  if (host_ == nullptr) return;
+  bool const active = host_->is_window_key() && host_->is_first_responder();
+  if (view_ == nullptr) {
+    g.fill_rect(dirty, view_colors(host_->palette(), active).background);
+    return;
+  }
+  std::lock_guard const lock(view_->storage->mutex);
+  painter(*this, g, dirty, active).paint();
+}

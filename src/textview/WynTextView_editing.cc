@@ -1,0 +1,202 @@
+#include "actions/movement.h"
+#include "platform/desktop.h"
+#include "platform/utf.h"
+#include "text/view.h"
+#include "textview/WynTextView.h"
+#include "textview/view_will_change.h"
+
+#include <algorithm>
+
+// Typing, deleting, undo, and the text of input methods.
+
+namespace {
+
+// Turns a caret in virtual columns into one between two units.
+void make_caret_real(text::view& view) {
+  if (!view.has_selection() && !view.is_in_column_mode())
+    view.selection.set_caret({&view, make_base_iter(view.selection.current_mark)});
+}
+
+// Selects as many units ahead of the caret as will be typed over it, within its line.
+void select_units_ahead(text::view& view, std::size_t count) {
+  text::iterator const caret = view.selection.current_mark.base;
+  std::size_t const rest = view.storage->size(caret.line) - caret.column;
+  auto const ahead = static_cast<std::ptrdiff_t>(std::min(count, rest));
+  view.selection.select_to({&view, caret + ahead}, false);
+}
+
+// Typing in overwrite mode takes the place of what it covers, where erasing blanks it.
+class plain_erasing {
+ public:
+  explicit plain_erasing(text::view& view) : view_(view), mode_(view.overwrite_mode) {
+    view_.overwrite_mode = false;
+  }
+  ~plain_erasing() { view_.overwrite_mode = mode_; }
+
+ private:
+  text::view& view_;
+  bool mode_;
+};
+
+// What a plain Backspace or Delete takes away is not for yanking.
+class kill_buffer_disabled {
+ public:
+  kill_buffer_disabled(text::view& view, bool disable) : buffer_(view.storage->kill_buffer) {
+    buffer_.disabled = disable;
+  }
+  ~kill_buffer_disabled() { buffer_.disabled = false; }
+
+ private:
+  text::storage::kill_buffer_t& buffer_;
+};
+
+}  // namespace
+
+void WynTextView::addEditingMethods() {
+  addMethod("insertText:", [this](plist::value const& text) {
+    if (view_ == nullptr) return plist::value(false);
+    insertText(text);
+    return plist::value();
+  });
+  addAction("deleteBackward:", [this] { deleteBackward(); });
+  addAction("deleteForward:", [this] { deleteForward(); });
+  addAction("deleteToEndOfParagraph:", [this] { deleteToEndOfParagraph(); });
+  addAction("insertNewline:", [this] { insertNewline(); });
+  addAction("insertTab:", [this] { insertTab(); });
+  addMethod("undo:", [this](plist::value const&) { return undoOrRedo(true); });
+  addMethod("redo:", [this](plist::value const&) { return undoOrRedo(false); });
+  addAction("cancel:", [this] {
+    if (view_->has_selection()) view_->selection.set_caret(view_->selection.current_mark);
+  });
+}
+
+void WynTextView::insertText(std::u16string_view text) {
+  if (view_ == nullptr) return;
+  abandonMarkedText();
+  view_will_change const scope(*this, true);
+  make_caret_real(*view_);
+  if (!overwriteMode_) {
+    view_->insert(text.begin(), text.end());
+    return;
+  }
+  view_->erase_selection();
+  make_caret_real(*view_);
+  select_units_ahead(*view_, text.size());
+  plain_erasing const plain(*view_);
+  view_->insert(text.begin(), text.end());
+}
+
+void WynTextView::insertText(plist::value const& text) {
+  insertText(unicode::to_utf16(text.string_or("")));
+}
+
+void WynTextView::deleteBackward() {
+  bool const had_selection = view_->has_selection();
+  kill_buffer_disabled const guard(*view_, !had_selection);
+  if (!had_selection) view_->selection.select_to(left(view_->selection.current_mark), false);
+  view_->erase_selection();
+}
+
+void WynTextView::deleteForward() {
+  bool const had_selection = view_->has_selection();
+  kill_buffer_disabled const guard(*view_, !had_selection);
+  if (!had_selection) view_->selection.select_to(right(view_->selection.current_mark), false);
+  view_->erase_selection();
+}
+
+void WynTextView::deleteToEndOfParagraph() {
+  text::view& view = *view_;
+  if (!view.has_selection()) {
+    text::iterator const caret = view.selection.current_mark.base;
+    text::iterator target = view.storage->end(caret.line);
+    if (caret == target && caret.line + 1 < view.storage->lines())
+      target = view.storage->begin_of_line(caret.line + 1);
+    view.selection.select_to(view.in_view(target), false);
+  }
+  view.erase_selection();
+  view.scroll_caret_pending = true;
+}
+
+void WynTextView::insertNewline() {
+  constexpr std::u16string_view newline = u"\n";
+  view_->insert(newline.begin(), newline.end());
+}
+
+// A soft tab is as many spaces as reach the next tab stop.
+void WynTextView::insertTab() {
+  std::u16string text = u"\t";
+  if (softTabs_) {
+    std::size_t const column = column_before_wrap(view_->selection.first());
+    text.assign(tabSize_ - column % tabSize_, u' ');
+  }
+  view_->insert(text.begin(), text.end());
+}
+
+plist::value WynTextView::undoOrRedo(bool undo) {
+  if (view_ == nullptr) return false;
+  if (!(undo ? view_->can_undo() : view_->can_redo())) return false;
+  abandonMarkedText();
+  view_will_change const scope(*this, false);
+  view_->center_selection_pending = true;
+  auto& manager = view_->storage->undo_manager;
+  undo ? manager.undo() : manager.redo();
+  return {};
+}
+
+// Input methods
+
+void WynTextView::insert_text(std::u16string_view text) {
+  markedText_.clear();
+  insertText(text);
+}
+
+void WynTextView::set_marked_text(std::u16string_view text, std::size_t offset,
+                                  std::size_t length) {
+  if (view_ == nullptr) return;
+  if (markedText_.empty() && !text.empty() && view_->has_selection()) {
+    view_will_change const scope(*this, true);
+    view_->erase_selection();
+  }
+  markedText_ = text;
+  markedCaret_ = std::min(offset + length, text.size());
+  showCaret();
+  std::size_t const row = view_->line_in_view(view_->selection.current_mark);
+  setNeedsDisplayOfLines(row, row + 1);
+}
+
+void WynTextView::unmark_text() {
+  if (markedText_.empty()) return;
+  std::u16string const text = std::move(markedText_);
+  markedText_.clear();
+  insertText(text);
+}
+
+void WynTextView::abandonMarkedText() {
+  if (markedText_.empty()) return;
+  markedText_.clear();
+  setNeedsDisplay();
+  if (host_ != nullptr) host_->input_method_changed(true);
+}
+
+double WynTextView::markedTextOffset() const {
+  return static_cast<double>(markedCaret_ * (markedText_.empty() ? 0 : 1)) * layout_.charWidth();
+}
+
+std::u16string WynTextView::selected_text() const {
+  if (view_ == nullptr) return {};
+  return {view_->selection.begin(), view_->selection.end()};
+}
+
+// Input methods want context, not megabytes: at most a thousand units round the caret.
+std::u16string WynTextView::line_text(std::size_t& caret_offset) const {
+  caret_offset = 0;
+  if (view_ == nullptr) return {};
+  constexpr std::size_t context = 500;
+  text::iterator const caret = view_->selection.current_mark.base;
+  std::size_t const first = caret.column - std::min<std::size_t>(caret.column, context);
+  std::size_t const last =
+      std::min<std::size_t>(view_->storage->size(caret.line), caret.column + context);
+  caret_offset = caret.column - first;
+  char16_t const* const units = view_->storage->begin(caret.line);
+  return {units + first, units + last};
+}

@@ -1,0 +1,207 @@
+#include "platform/desktop.h"
+#include "text/view.h"
+#include "textview/WynTextView.h"
+#include "textview/geometry.h"
+#include "textview/view_will_change.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+// The frame, what of it shows, and the blinking caret.
+
+using platform::point;
+using platform::rect;
+
+namespace {
+
+constexpr double blink_period = 0.5;  // seconds
+constexpr double frame_margin = 4;    // right of and below the text
+
+unsigned digits_of(std::size_t n) {
+  unsigned digits = 1;
+  for (; n >= 10; n /= 10) ++digits;
+  return digits;
+}
+
+}  // namespace
+
+void WynTextView::setupTextFrame() {
+  if (host_ == nullptr) return;
+  layout_.setFont({fontName_, fontSize_, antiAliasEnabled_}, *host_);
+  recalcFrameSize();
+}
+
+// The gutter grows with the number of lines, three digits at least, so that it stays put while a
+// small file is typed.
+void WynTextView::recalcFrameSize() {
+  if (host_ == nullptr || view_ == nullptr) return;
+  double gutter = 0;
+  if (lineNumbers_) {
+    unsigned const digits = std::max(3u, digits_of(view_->storage->lines()));
+    gutter = std::ceil((digits + 1.5) * layout_.charWidth());
+  }
+  if (gutter != layout_.gutterWidth()) {
+    layout_.setGutterWidth(gutter);
+    setNeedsDisplay();
+  }
+  host_->set_frame_size({layout_.x_of_column(view_->columns() + 1) + frame_margin,
+                         layout_.y_of_row(view_->lines()) + frame_margin});
+}
+
+platform::size WynTextView::size_for(int columns, int rows) const {
+  auto const column = static_cast<std::size_t>(std::max(columns, 1));
+  auto const row = static_cast<std::size_t>(std::max(rows, 1));
+  return {layout_.x_of_column(column) + frame_margin, layout_.y_of_row(row)};
+}
+
+void WynTextView::setNeedsDisplay() {
+  if (host_ != nullptr) host_->set_needs_display(host_->visible_rect());
+}
+
+void WynTextView::setNeedsDisplayOfLines(std::size_t first, std::size_t last) {
+  if (host_ == nullptr) return;
+  rect const visible = host_->visible_rect();
+  double const top = layout_.y_of_row(first);
+  double const bottom =
+      last == std::numeric_limits<std::uint32_t>::max() ? visible.bottom() : layout_.y_of_row(last);
+  host_->set_needs_display(rect{visible.x, top, visible.width, bottom - top}.intersection(visible));
+}
+
+// The gutter shows the caret's line number darker, and the line itself may have a background.
+void WynTextView::setNeedsDisplayOfCurrentLines(rect const& old_caret) {
+  if (!lineNumbers_ && !highlightCurrentLine_) return;
+  std::size_t const fresh = view_->line_in_view(view_->selection.current_mark);
+  for (std::size_t const row : {layout_.row_at(old_caret.y), fresh})
+    setNeedsDisplayOfLines(row, row + 1);
+}
+
+rect WynTextView::visibleTextRect() const {
+  if (host_ == nullptr) return {};
+  rect const visible = host_->visible_rect();
+  double const gutter = layout_.gutterWidth();
+  return {visible.x + gutter, visible.y, std::max(0.0, visible.width - gutter), visible.height};
+}
+
+void WynTextView::scrollRectToVisible(rect const& r) {
+  if (host_ == nullptr) return;
+  rect const visible = visibleTextRect();
+  point origin{visible.x, visible.y};
+  // What is larger than the visible part shows its beginning.
+  if (r.right() > visible.right()) origin.x = r.right() - visible.width;
+  if (r.x < origin.x) origin.x = r.x;
+  if (r.bottom() > visible.bottom()) origin.y = r.bottom() - visible.height;
+  if (r.y < origin.y) origin.y = r.y;
+  origin.x -= layout_.gutterWidth();
+  // The first column and row bring their margin along.
+  if (origin.x <= layout_.left()) origin.x = 0;
+  if (origin.y <= layout_.top()) origin.y = 0;
+  rect const whole = host_->visible_rect();
+  if (origin.x != whole.x || origin.y != whole.y) host_->scroll_to(origin);
+}
+
+void WynTextView::centerSelectionInVisibleArea() {
+  if (host_ == nullptr || view_ == nullptr) return;
+  rect const visible = visibleTextRect();
+  rect const caret = caret_rectangle(*this);
+  rect target = caret;
+  if (!visible.contains(caret)) {
+    target.y = std::max(0.0, std::round(caret.y - (visible.height - caret.height) / 2));
+    target.height = visible.height;
+  }
+  target.x -= 40;
+  target.width += 80;
+  scrollRectToVisible(target);
+}
+
+void WynTextView::addScrollingMethods() {
+  addAction("pageUp:", [this] { moveByPage(-1, false); });
+  addAction("pageDown:", [this] { moveByPage(1, false); });
+  addAction("pageUpAndModifySelection:", [this] { moveByPage(-1, true); });
+  addAction("pageDownAndModifySelection:", [this] { moveByPage(1, true); });
+  auto const add_scroll = [this](char const* selector, std::function<double()> rows) {
+    addMethod(selector, [this, rows = std::move(rows)](plist::value const&) {
+      if (host_ != nullptr && view_ != nullptr) scrollByRows(rows());
+      return plist::value();
+    });
+  };
+  auto const page = [this] {
+    return std::max(1.0, std::floor(visibleTextRect().height / layout_.lineHeight()) - 1);
+  };
+  auto const all = [this] { return static_cast<double>(view_->lines()); };
+  add_scroll("scrollLineUp:", [] { return -1; });
+  add_scroll("scrollLineDown:", [] { return 1; });
+  add_scroll("scrollPageUp:", [page] { return -page(); });
+  add_scroll("scrollPageDown:", [page] { return page(); });
+  add_scroll("scrollToBeginningOfDocument:", [all] { return -all(); });
+  add_scroll("scrollToEndOfDocument:", [all] { return all(); });
+  addMethod("centerSelectionInVisibleArea:", [this](plist::value const&) {
+    centerSelectionInVisibleArea();
+    return plist::value();
+  });
+}
+
+void WynTextView::scrollByRows(double rows) {
+  rect const visible = host_->visible_rect();
+  host_->scroll_to({visible.x, visible.y + rows * layout_.lineHeight()});
+}
+
+// The caret keeps its column and, as far as the text allows, its place on the screen.
+void WynTextView::moveByPage(int direction, bool select) {
+  text::view& view = *view_;
+  double const height = host_ != nullptr ? visibleTextRect().height : 24 * layout_.lineHeight();
+  auto const rows =
+      std::max<std::ptrdiff_t>(1, static_cast<std::ptrdiff_t>(height / layout_.lineHeight()) - 1);
+  text::view_iterator const caret = view.selection.current_mark;
+  std::size_t const column =
+      caret.desired_column != 0 ? caret.desired_column : view.column_in_view(caret);
+  auto const row = static_cast<std::ptrdiff_t>(view.line_in_view(caret)) + direction * rows;
+  auto const last = static_cast<std::ptrdiff_t>(view.lines()) - 1;
+
+  auto const type =
+      view.selection.column_mode ? text::freehanded_t::on : text::freehanded_t::automatic;
+  text::view_iterator target =
+      row < 0      ? view.begin(0)
+      : row > last ? view.end()
+                   : iter_from_view_pos(&view, static_cast<std::size_t>(row), column, type);
+  target.desired_column = static_cast<std::uint32_t>(column);
+  if (select) {
+    view.selection.select_to(target, view.selection.column_mode);
+  } else {
+    view.selection.set_caret(target);
+  }
+  if (host_ != nullptr) scrollByRows(static_cast<double>(direction * rows));
+}
+
+void WynTextView::visible_rect_changed() {
+  if (host_ != nullptr) host_->input_method_changed(false);
+}
+
+void WynTextView::focus_changed() {
+  caretVisible_ = true;
+  if (host_ == nullptr) return;
+  if (host_->is_first_responder() && host_->is_window_key()) {
+    showCaret();
+  } else {
+    blinkTimer_.reset();
+  }
+  setNeedsDisplay();
+}
+
+void WynTextView::showCaret() {
+  caretVisible_ = true;
+  if (host_ == nullptr || !host_->is_first_responder()) return;
+  host_->input_method_changed(false);
+  blinkTimer_ =
+      platform::desktop::current().loop().schedule(blink_period, true, [this] { blinkCaret(); });
+}
+
+void WynTextView::blinkCaret() {
+  if (host_ == nullptr || view_ == nullptr) return;
+  caretVisible_ = !caretVisible_;
+  host_->set_needs_display(caret_rectangle(*this).intersection(host_->visible_rect()));
+}
+
+rect WynTextView::caret_rect() const {
+  return view_ != nullptr ? caret_rectangle(*this) : rect{};
+}

@@ -1,0 +1,96 @@
+#include "textview/geometry.h"
+
+#include "text/view.h"
+#include "textview/WynTextView.h"
+
+#include <algorithm>
+
+using platform::point;
+using platform::rect;
+
+namespace {
+
+// The rows that `limits` shows, and one more at each side.
+struct row_range {
+  std::size_t first, last;  // closed
+  row_range(TextLayout const& layout, rect const& limits, std::size_t rows) {
+    std::size_t const top = layout.row_at(limits.y);
+    first = std::min(top == 0 ? 0 : top - 1, rows - 1);
+    last = std::min(layout.row_at(limits.bottom()) + 1, rows - 1);
+  }
+};
+
+rect row_part(TextLayout const& layout, std::size_t row, double left, double right) {
+  return {left, layout.y_of_row(row), right - left, layout.lineHeight()};
+}
+
+// Full rows between the ends; the part behind the text of a row is selected with its line end.
+wyn::region stream_region(WynTextView const& text_view, rect const& limits) {
+  text::view const& view = *text_view.view();
+  TextLayout const& layout = text_view.layout();
+  text::view_iterator const first = view.selection.first(), last = view.selection.last();
+  std::size_t const first_row = view.line_in_view(first), last_row = view.line_in_view(last);
+  row_range const shown(layout, limits, view.lines());
+  double const left = layout.left(), far_right = std::max(limits.right(), left);
+
+  wyn::region result;
+  for (std::size_t row = std::max(first_row, shown.first); row <= std::min(last_row, shown.last);
+       ++row) {
+    double const from = row == first_row ? position_of(text_view, first).x : left;
+    double const to = row == last_row ? position_of(text_view, last).x : far_right;
+    result.add(row_part(layout, row, from, to));
+  }
+  return result;
+}
+
+wyn::region column_region(WynTextView const& text_view, rect const& limits) {
+  text::view const& view = *text_view.view();
+  TextLayout const& layout = text_view.layout();
+  text::box const box(&view);
+  row_range const shown(layout, limits, view.lines());
+
+  wyn::region result;
+  std::size_t const first_line =
+      std::max<std::size_t>(box.first_line, view.begin(shown.first).base.line);
+  std::size_t const last_line =
+      std::min<std::size_t>(box.last_line, view.begin(shown.last).base.line + 1);
+  for (std::size_t line = first_line; line < last_line; ++line) {
+    auto const on = text::freehanded_t::on;
+    point const a = position_of(text_view, iter_from_hybrid_pos(&view, line, box.first_column, on));
+    point const b = position_of(text_view, iter_from_hybrid_pos(&view, line, box.last_column, on));
+    result.add({a.x, a.y, b.x - a.x, layout.lineHeight()});
+  }
+  return result;
+}
+
+}  // namespace
+
+point position_of(WynTextView const& text_view, text::view_iterator const& it) {
+  text::view const& view = *text_view.view();
+  TextLayout const& layout = text_view.layout();
+  return {layout.x_of_column(view.column_in_view(it)), layout.y_of_row(view.line_in_view(it))};
+}
+
+rect caret_rectangle(WynTextView const& text_view) {
+  TextLayout const& layout = text_view.layout();
+  point const at = position_of(text_view, text_view.view()->selection.current_mark);
+  double const x = at.x + text_view.markedTextOffset();
+  if (text_view.overwriteMode()) return {x, at.y + layout.lineHeight() - 1, layout.charWidth(), 1};
+  return {x, at.y, 1, layout.lineHeight()};
+}
+
+wyn::region selection_region(WynTextView const& text_view, rect const& limits) {
+  text::view const& view = *text_view.view();
+  if (view.selection.empty()) return {};
+  return view.selection.column_mode ? column_region(text_view, limits)
+                                    : stream_region(text_view, limits);
+}
+
+text::view_iterator position_at(WynTextView const& text_view, point p,
+                                text::freehanded_t::type type) {
+  text::view const& view = *text_view.view();
+  TextLayout const& layout = text_view.layout();
+  std::size_t const row = layout.row_at(p.y);
+  if (row >= view.lines() && type != text::freehanded_t::on) return view.end();
+  return iter_from_view_pos(&view, row, layout.nearest_column(p.x), type);
+}

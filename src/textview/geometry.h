@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/region.h"
+#include "text/view_iterator.h"
+
+class WynTextView;
+
+/// Where things of the text stand in a view, in its coordinates. The view must show a document.
+
+/// A line of one pixel before the caret, or under it in overwrite mode.
+platform::rect caret_rectangle(WynTextView const& text_view);
+
+/// The rectangles of the selection, without those above or below `limits` by more than a row, so
+/// that a selection of a million lines costs no more than what can be seen of it.
+wyn::region selection_region(WynTextView const& text_view, platform::rect const& limits);
+
+/// The top left corner of the cell of a position.
+platform::point position_of(WynTextView const& text_view, text::view_iterator const& it);
+
+/// The position nearest to a point.
+text::view_iterator position_at(WynTextView const& text_view, platform::point p,
+                                text::freehanded_t::type type);

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+/// How the units of a row fall into the cells of the fixed-pitch grid. Every unit takes one column,
+/// whatever its glyph looks like, and a tab those up to the next tab stop.
+namespace text_cells {
+
+enum class kind {
+  run,       // units that have a plain glyph of one cell each
+  cluster,   // one user-perceived character, to be fitted into its cells
+  tab,       // one tab
+  control,   // one control character
+  surrogate  // one lone surrogate, which has no glyph
+};
+
+struct piece {
+  text_cells::kind kind;
+  std::size_t first, last;  // half open, units of the text given
+  std::size_t column;       // of its left edge
+  std::size_t width;        // in columns
+  friend bool operator==(piece const&, piece const&) = default;
+};
+
+/// Cuts `text`, which starts at visual column `column`, into pieces in order. Time is linear in the
+/// text, so callers pass what can be seen and not whole lines.
+std::vector<piece> pieces_of(std::u16string_view text, std::size_t column, std::size_t tab_size);
+
+}  // namespace text_cells

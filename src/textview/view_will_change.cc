@@ -1,0 +1,161 @@
+#include "textview/view_will_change.h"
+
+#include "text/view.h"
+#include "text/view_filter.h"
+#include "textview/WynTextView.h"
+#include "textview/geometry.h"
+
+#include <algorithm>
+#include <limits>
+
+using platform::rect;
+
+namespace {
+
+constexpr auto no_line = std::numeric_limits<std::uint32_t>::max();
+
+rect visible_of(WynTextView const& text_view) {
+  return text_view.host() != nullptr ? text_view.host()->visible_rect() : rect{};
+}
+
+// The part of a column selection that should stay in sight: its moving corner.
+rect corner_of_columns(WynTextView const& text_view) {
+  text::view const& view = *text_view.view();
+  text::box const box(&view);
+  std::size_t const line = box.reversed_lines ? box.first_line : box.last_line - 1;
+  std::size_t const column = box.reversed_columns ? box.first_column : box.last_column;
+  auto const corner = iter_from_hybrid_pos(&view, line, column, text::freehanded_t::on);
+  platform::point const at = position_of(text_view, corner);
+  return {at.x, at.y, 1, text_view.layout().lineHeight()};
+}
+
+}  // namespace
+
+view_will_change::view_will_change(WynTextView& tv, bool grouped)
+    : text_view(tv),
+      old_region(selection_region(tv, visible_of(tv))),
+      old_caret(caret_rectangle(tv)),
+      had_selection(tv.view()->has_selection()),
+      group(grouped) {
+  text::view& view = *text_view.view();
+  if (group) view.storage->undo_manager.begin_group();
+  if (++text_view.viewChangeNesting_ == 1) {
+    lines = view.lines();
+    columns = view.columns();
+    memento = view.storage->current_memento;
+    view.saved_selection = view.selection;
+    view.saved_selection_pending = true;
+  }
+}
+
+view_will_change::~view_will_change() {
+  text::view& view = *text_view.view();
+  if (group) view.storage->undo_manager.end_group();
+
+  bool center = false;
+  if (view.center_selection_pending) {
+    view.center_selection_pending = false;
+    center = selection_is_out_of_sight();
+  }
+  bool const outermost = --text_view.viewChangeNesting_ == 0;
+  if (outermost) end_outermost();
+
+  mark_refreshed_lines();
+  bool const moved = !(view.selection == view.saved_selection);
+  bool const changed = outermost && view.storage->current_memento != memento;
+  if (moved || !(caret_rectangle(text_view) == old_caret)) {
+    mark_moved_selection();
+    if (!center) scroll_to_selection();
+  }
+  text_view.updateValueForKey(line_before_filters(view.selection.current_mark), "lineNumber");
+  text_view.updateValueForKey(column_before_wrap(view.selection.current_mark), "columnNumber");
+  drop_left_ranges();
+
+  if (!outermost) return;
+  if (moved || changed) {
+    text_view.showCaret();
+    text_view.selectionDidChange();
+  }
+  view.first_refresh_line = no_line;
+  view.last_refresh_line = 0;
+  if (center) text_view.centerSelectionInVisibleArea();
+  if (view.scroll_caret_pending) {
+    view.scroll_caret_pending = false;
+    text_view.scrollRectToVisible(caret_rectangle(text_view));
+  }
+}
+
+// Stores the selection for redo, adapts the frame, and unfolds what the caret went into.
+void view_will_change::end_outermost() {
+  text::view& view = *text_view.view();
+  if (!view.saved_selection_pending)
+    view.view_filter->undo_map[{view.storage->previous_memento, view.storage->current_memento}] =
+        view.selection;
+  view.saved_selection_pending = false;
+  if (lines != view.lines() || columns != view.columns()) text_view.recalcFrameSize();
+  for (auto const* mark :
+       {&view.selection.current_mark, &view.selection.first_mark, &view.selection.last_mark})
+    if (!view.is_visible(mark->base)) view.make_visible(mark->base);
+}
+
+bool view_will_change::selection_is_out_of_sight() const {
+  rect const visible = text_view.visibleTextRect();
+  rect const caret = caret_rectangle(text_view);
+  if (!visible.contains(caret)) return true;
+  // A region cut to the visible part cannot tell that more lies outside: look at both ends.
+  text::selection const& selection = text_view.view()->selection;
+  double const height = text_view.layout().lineHeight();
+  for (auto const& end : {selection.first(), selection.last()}) {
+    platform::point const at = position_of(text_view, end);
+    if (!visible.contains(rect{at.x, at.y, 1, height})) return true;
+  }
+  return false;
+}
+
+void view_will_change::mark_refreshed_lines() {
+  text::view const& view = *text_view.view();
+  if (view.first_refresh_line < view.last_refresh_line)
+    text_view.setNeedsDisplayOfLines(view.first_refresh_line, view.last_refresh_line);
+}
+
+void view_will_change::mark_moved_selection() {
+  platform::view_host* const host = text_view.host();
+  if (host == nullptr) return;
+  rect const visible = host->visible_rect();
+  wyn::region const fresh = selection_region(text_view, visible);
+  for (rect const& r : fresh.exclusive_or(old_region).rects())
+    host->set_needs_display(r.intersection(visible));
+  for (rect const& caret : {old_caret, caret_rectangle(text_view)}) {
+    rect const around = {caret.x - 4, caret.y, caret.width + 8, caret.height};
+    host->set_needs_display(around.intersection(visible));
+  }
+  text_view.setNeedsDisplayOfCurrentLines(old_caret);
+}
+
+void view_will_change::scroll_to_selection() {
+  text::view const& view = *text_view.view();
+  rect r = view.has_selection() && view.selection.column_mode ? corner_of_columns(text_view)
+                                                              : caret_rectangle(text_view);
+  r.x -= 40;
+  r.width += 80;
+  text_view.scrollRectToVisible(r);
+}
+
+// Typing is repeated in mirrors, and pairs stay alive, only while the caret stays in their source.
+void view_will_change::drop_left_ranges() {
+  text::view& view = *text_view.view();
+  auto const is_left = [&](text::iterator_observer::subset const& range) {
+    text::selection const& s = view.selection;
+    return !(inside(s.current_mark.base, range) && inside(s.first_mark.base, range) &&
+             inside(s.last_mark.base, range));
+  };
+  auto& mirrors = view.mirror_observer.mirrors;
+  if (std::any_of(mirrors.begin(), mirrors.end(), [&](auto const& m) { return is_left(m.first); }))
+    while (!mirrors.empty()) view.mirror_observer.remove_mirror(mirrors.begin());
+  auto& notifications = view.notify_observer.notifications;
+  for (auto it = notifications.begin(); it != notifications.end();) {
+    auto const next = std::next(it);
+    if (is_left(*it)) view.notify_observer.remove_notify(it);
+    it = next;
+  }
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/region.h"
+
+#include <cstddef>
+#include <cstdint>
+
+class WynTextView;
+
+/// Brackets everything that the user does to a text view: while it lives, changes of text collect
+/// in one undo step (with `group`), and when the outermost one ends, what has to be drawn again is
+/// marked, the caret is scrolled into sight and the status bar is told. The view must show a
+/// document, also at the end.
+class view_will_change {
+ public:
+  explicit view_will_change(WynTextView& text_view, bool group = true);
+  ~view_will_change();
+  view_will_change(view_will_change const&) = delete;
+  view_will_change& operator=(view_will_change const&) = delete;
+
+ private:
+  bool selection_is_out_of_sight() const;
+  void end_outermost();
+  void mark_refreshed_lines();
+  void mark_moved_selection();
+  void scroll_to_selection();
+  void drop_left_ranges();
+
+  WynTextView& text_view;
+  wyn::region old_region;
+  platform::rect old_caret;
+  bool had_selection;
+  std::size_t lines = 0, columns = 0;
+  std::uint32_t memento = 0;
+  bool group;
+};
