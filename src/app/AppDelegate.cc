@@ -1,0 +1,247 @@
+#include "app/AppDelegate.h"
+
+#include "app/WynDocumentController.h"
+#include "app/file_argument.h"
+#include "documents/WynDocument.h"
+#include "path/file_system.h"
+#include "path/path.h"
+#include "platform/desktop.h"
+#include "platform/library_folders.h"
+#include "platform/user_defaults.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+constexpr std::int64_t large_file = 0xA00000;  // bytes; one more and the user is asked
+
+// As the user sees a path: the home folder is "~".
+std::string with_tilde(std::string const& path) {
+  std::string const home = platform::home_folder();
+  return path.starts_with(home + "/") ? "~" + path.substr(home.size()) : path;
+}
+
+void add_recent_items(recent_files const& recent, std::vector<platform::menu_item>& items) {
+  for (std::string const& path : recent.paths()) {
+    platform::menu_item item;
+    item.title = with_tilde(path);
+    item.selector = "openRecentFile:";
+    item.argument = plist::data(path.begin(), path.end());
+    items.push_back(std::move(item));
+  }
+  if (items.empty()) return;
+  platform::menu_item separator, clear;
+  separator.separator = true;
+  clear.title = "Clear Menu";
+  clear.selector = "clearRecentFiles:";
+  items.push_back(separator);
+  items.push_back(clear);
+}
+
+}  // namespace
+
+AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
+    : menus_(std::move(menus)), recent_(recent_list) {
+  registerDefaults();
+  auto const add = [this](char const* selector, std::function<void(plist::value const&)> action) {
+    addMethod(selector, [action = std::move(action)](plist::value const& argument) {
+      action(argument);
+      return plist::value();
+    });
+  };
+  add("newDocument:", [this](auto const&) { newDocument(); });
+  add("openDocument:", [this](auto const&) { openDocument(); });
+  add("openRecentFile:", [this](plist::value const& path) {
+    if (auto const* bytes = path.as_data()) openFile({bytes->begin(), bytes->end()});
+  });
+  add("clearRecentFiles:", [this](auto const&) { recent_.clear(); });
+  add("selectNextWindow:", [this](auto const&) { selectWindow(1); });
+  add("selectPreviousWindow:", [this](auto const&) { selectWindow(-1); });
+  add("terminate:", [this](auto const&) {
+    if (applicationShouldTerminate()) platform::desktop::current().terminate();
+  });
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::registerDefaults() {
+  platform::user_defaults::standard().register_defaults({
+      {"WynAppDelegateOpenUntitledDocument", "ahig"},
+      {"WynDefaultFileEncoding", "utf-8"},
+      {"WynDefaultLineEndings", "lf"},
+      {"WynFileEncodingAndLineEndingsPreserve", true},
+      {"WynPreserveSupplementaryCharacters", true},
+  });
+}
+
+void AppDelegate::didFinishLaunching() {
+  bool const wanted =
+      platform::user_defaults::standard().string("WynAppDelegateOpenUntitledDocument") != "never";
+  if (controllers_.empty() && wanted) newDocument();
+}
+
+void AppDelegate::openArguments(std::vector<std::string> const& arguments,
+                                std::string const& directory) {
+  currentDirectory_ = directory;
+  for (std::string const& argument : arguments) {
+    file_argument const file = parse_file_argument(argument, directory);
+    openFile(file.path, file.line, file.column);
+  }
+}
+
+void AppDelegate::openFiles(std::vector<std::string> const& paths) {
+  for (std::string const& path : paths) openFile(path);
+}
+
+WynDocumentController* AppDelegate::openFile(std::string const& path, std::size_t line,
+                                             std::size_t column) {
+  auto const go = [&](WynDocumentController& controller) {
+    if (line != 0) controller.textView().goToLineAndColumn(line, column);
+    controller.showWindow();
+    return &controller;
+  };
+  std::string const standard = path::resolve(path);
+  for (WynDocumentController* open : orderedControllers())
+    if (open->textDocument()->filename() == standard) return go(*open);
+  if (!confirmLargeFile(standard)) return nullptr;
+
+  std::shared_ptr<WynDocument> const document = WynDocument::documentWithContentsOfFile(standard);
+  if (document == nullptr) return nullptr;
+  recent_.add(standard);
+  for (WynDocumentController* open : orderedControllers()) {
+    if (!open->canBeUsedForNewDocument()) continue;
+    open->setTextDocument(document);
+    return go(*open);
+  }
+  auto controller = std::make_unique<WynDocumentController>(*this);
+  controller->setTextDocument(document);
+  WynDocumentController& shown = *controller;
+  adopt(std::move(controller));
+  return go(shown);
+}
+
+bool AppDelegate::confirmLargeFile(std::string const& path) {
+  struct stat info;
+  if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size <= large_file)
+    return true;
+  char size[32];
+  std::snprintf(size, sizeof size, "%.1f", static_cast<double>(info.st_size) / 1048576);
+  platform::alert const question{"Opening Large File",
+                                 "The file \u201c" + with_tilde(path) + "\u201d has a size of " +
+                                     size +
+                                     " MB. Are you sure you want to load this as a text file?",
+                                 {"Open File", "Cancel"},
+                                 1};
+  return platform::desktop::current().alerts().run(question) == 0;
+}
+
+void AppDelegate::newDocument() {
+  auto controller = std::make_unique<WynDocumentController>(*this);
+  controller->setTextDocument(WynDocument::document());
+  WynDocumentController& shown = *controller;
+  adopt(std::move(controller));
+  shown.showWindow();
+}
+
+void AppDelegate::openDocument() {
+  platform::open_request request;
+  request.title = "Quirnote: Open";
+  request.directory = currentDirectory_;
+  request.allows_folders = false;
+  openFiles(platform::desktop::current().panels().run_open(request));
+}
+
+void AppDelegate::adopt(std::unique_ptr<WynDocumentController> controller) {
+  controllers_.push_back(std::move(controller));
+}
+
+void AppDelegate::didCloseWindow(WynDocumentController& controller) {
+  auto const it = std::find_if(controllers_.begin(), controllers_.end(),
+                               [&](auto const& own) { return own.get() == &controller; });
+  if (it == controllers_.end()) return;
+  // Its own method, or the text view's, may still be running further up the stack.
+  closing_.push_back(std::move(*it));
+  controllers_.erase(it);
+  platform::desktop::current().loop().post([this] { closing_.clear(); });
+}
+
+std::vector<WynDocumentController*> AppDelegate::orderedControllers() const {
+  std::vector<WynDocumentController*> result;
+  for (platform::window* window : platform::desktop::current().ordered_windows())
+    if (auto* controller = dynamic_cast<WynDocumentController*>(window->delegate()))
+      result.push_back(controller);
+  return result;
+}
+
+std::vector<std::shared_ptr<WynDocument>> AppDelegate::orderedDocuments() const {
+  std::vector<std::shared_ptr<WynDocument>> result;
+  for (WynDocumentController* controller : orderedControllers())
+    result.push_back(controller->textDocument());
+  return result;
+}
+
+bool AppDelegate::applicationShouldTerminate() {
+  auto const open = orderedControllers();
+  auto const edited =
+      std::count_if(open.begin(), open.end(), [](auto const* c) { return c->isDocumentEdited(); });
+  if (edited == 0) return true;
+  if (edited == 1) return reviewUnsavedDocuments();
+  platform::alert const question{
+      "You have " + std::to_string(edited) +
+          " documents with unsaved changes. Do you want to review these changes before quitting?",
+      "If you don't review your documents, all your changes will be lost.",
+      {"Review Changes\u2026", "Discard Changes", "Cancel"},
+      2};
+  switch (platform::desktop::current().alerts().run(question)) {
+    case 0:
+      return reviewUnsavedDocuments();
+    case 1:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// One window at a time, front to back. What the user doesn't want saved is closed, so that it is
+// not asked for again.
+bool AppDelegate::reviewUnsavedDocuments() {
+  while (true) {
+    auto const open = orderedControllers();
+    auto const edited =
+        std::find_if(open.begin(), open.end(), [](auto const* c) { return c->isDocumentEdited(); });
+    if (edited == open.end()) return true;
+    if (!(*edited)->askToSave()) return false;
+    (*edited)->window().close();
+  }
+}
+
+void AppDelegate::selectWindow(int step) {
+  auto const open = controllers_.size();
+  auto const front = orderedControllers();
+  if (open < 2 || front.empty()) return;
+  auto const it = std::find_if(controllers_.begin(), controllers_.end(),
+                               [&](auto const& c) { return c.get() == front.front(); });
+  auto const at = static_cast<std::size_t>(it - controllers_.begin());
+  controllers_[(at + open + static_cast<std::size_t>(step)) % open]->showWindow();
+}
+
+std::vector<platform::menu_item> AppDelegate::mainMenu() const {
+  return platform::menu_from_value(menus_["main"]);
+}
+
+std::vector<platform::menu_item> AppDelegate::contextMenu() const {
+  return platform::menu_from_value(menus_["context"]);
+}
+
+std::vector<platform::menu_item> AppDelegate::statusMenu(std::string_view part) const {
+  return platform::menu_from_value(menus_["status"][part]);
+}
+
+std::vector<platform::menu_item> AppDelegate::dynamicItems(std::string_view name) const {
+  std::vector<platform::menu_item> items;
+  if (name == "recentFiles") add_recent_items(recent_, items);
+  return items;
+}

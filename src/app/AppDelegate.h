@@ -1,0 +1,63 @@
+#pragma once
+
+#include "app/recent_files.h"
+#include "platform/application.h"
+#include "plist/value.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+class WynDocument;
+class WynDocumentController;
+
+/// The application: opens files in windows, owns their controllers, and sees to it that quitting
+/// loses no unsaved work. The end of every responder chain. Main thread only.
+class AppDelegate : public platform::application_delegate {
+ public:
+  /// `menus` is the property list of share/menus.plist. `recent_list` is the path of the list of
+  /// recent files, empty for one that isn't kept.
+  AppDelegate(plist::value menus, std::string const& recent_list);
+  ~AppDelegate() override;
+
+  static void registerDefaults();
+
+  /// Opens each argument FILE[:LINE[:COLUMN]], taken from `directory`, in a window of its own.
+  void openArguments(std::vector<std::string> const& arguments, std::string const& directory);
+  /// Shows a file, in the window that has it already if there is one. Null when it could not be
+  /// read; the user has been told.
+  WynDocumentController* openFile(std::string const& path, std::size_t line = 0,
+                                  std::size_t column = 0);
+  void openFiles(std::vector<std::string> const& paths);
+  void newDocument();
+
+  /// Front to back.
+  std::vector<WynDocumentController*> orderedControllers() const;
+  std::vector<std::shared_ptr<WynDocument>> orderedDocuments() const;
+  recent_files& recentFiles() { return recent_; }
+  std::string currentDirectory() const { return currentDirectory_; }
+
+  void adopt(std::unique_ptr<WynDocumentController> controller);
+  /// Lets go of a controller whose window has closed; it is destroyed at the loop's next turn.
+  void didCloseWindow(WynDocumentController& controller);
+
+  // platform::application_delegate
+  void didFinishLaunching() override;
+  bool applicationShouldTerminate() override;
+  bool shouldSwallowEvent(platform::key_event const&) override { return false; }
+  std::vector<platform::menu_item> mainMenu() const override;
+  std::vector<platform::menu_item> statusMenu(std::string_view part) const override;
+  std::vector<platform::menu_item> dynamicItems(std::string_view name) const override;
+  std::vector<platform::menu_item> contextMenu() const;
+
+ private:
+  void openDocument();
+  bool reviewUnsavedDocuments();
+  bool confirmLargeFile(std::string const& path);
+  void selectWindow(int step);
+
+  plist::value menus_;
+  recent_files recent_;
+  std::string currentDirectory_;
+  std::vector<std::unique_ptr<WynDocumentController>> controllers_, closing_;
+};

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "plist/value.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Actions to perform one after the other.
+struct batch_macro {
+  struct step {
+    std::string command;  // a selector
+    plist::value argument;
+  };
+  std::vector<step> steps;
+};
+
+/// Reads a macro from an XML property list: a dictionary with `commands`, or a bare array of steps,
+/// each a dictionary with `command` and perhaps `argument`. A step of another shape is reported on
+/// standard error with file, number and reason, and left out. Nothing, with a report, when the file
+/// can't be read at all. "-" is standard input.
+std::optional<batch_macro> read_batch_macro(std::string const& path);

@@ -1,0 +1,156 @@
+#include "app/batch_mode.h"
+
+#include "app/AppDelegate.h"
+#include "app/WynDocumentController.h"
+#include "app/batch_macro.h"
+#include "app/batch_state.h"
+#include "documents/WynDocument.h"
+#include "headless/headless_desktop.h"
+#include "path/file_system.h"
+#include "path/path.h"
+#include "platform/desktop_module.h"
+#include "platform/user_defaults.h"
+#include "platform/utf.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+enum exit_status { done = 0, beeped = 1, wrong_usage = 2, file_trouble = 3 };
+
+void print(std::string_view text) {
+  std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+// By lines, so that a large text isn't copied whole.
+void print_text(text::storage const& storage) {
+  for (std::size_t line = 0; line < storage.lines(); ++line) {
+    if (line != 0) print("\n");
+    print(unicode::to_utf8({storage.begin(line), storage.size(line)}));
+  }
+}
+
+class batch_run {
+ public:
+  explicit batch_run(batch_options const& options) : options_(options), app_({}, "") {
+    for (auto const& [title, button] : options.answers) desktop_.alerts().answer(title, button);
+  }
+
+  int run() {
+    for (std::string const& path : options_.macros) {
+      auto macro = read_batch_macro(path);
+      if (!macro) return wrong_usage;
+      macros_.push_back(std::move(*macro));
+    }
+    if (options_.files.empty()) run_on_untitled();
+    for (std::string const& file : options_.files) run_on_file(file);
+    if (std::fflush(stdout) != 0) status_ = std::max<int>(status_, file_trouble);
+    return status_ != done ? status_ : options_.strict && has_beeped_ ? beeped : done;
+  }
+
+ private:
+  void run_on_untitled() {
+    WynDocumentController controller(app_);
+    controller.setTextDocument(WynDocument::document());
+    process(controller);
+  }
+
+  void run_on_file(std::string const& file) {
+    if (options_.files.size() > 1) print("==> " + file + " <==\n");
+    start_counting();
+    std::string const path = path::join(path::cwd(), file);
+    if (!path::exists(path)) {
+      complain(file, "no such file");
+      return;
+    }
+    auto const document = WynDocument::documentWithContentsOfFile(path);
+    if (document == nullptr) {
+      complain(file, last_alert_text());
+      return;
+    }
+    WynDocumentController controller(app_);
+    controller.setTextDocument(document);
+    process(controller);
+  }
+
+  void start_counting() {
+    desktop_.beeps = 0;
+    desktop_.alerts().shown.clear();
+  }
+
+  void process(WynDocumentController& controller) {
+    controller.showWindow();
+    for (batch_macro const& macro : macros_)
+      for (batch_macro::step const& step : macro.steps) perform(controller, step);
+    save(controller);
+    for (std::string const& what : options_.prints) print_part(controller, what);
+    render(controller);
+    has_beeped_ = has_beeped_ || desktop_.beeps > 0;
+  }
+
+  // Actions that the text view keeps from menus and keys, such as moveLeft:, work in macros.
+  void perform(WynDocumentController& controller, batch_macro::step const& step) {
+    int const beeps = desktop_.beeps;
+    if (!controller.textView().tryToPerformWith(step.command, step.argument)) desktop_.beep();
+    desktop_.loop().run_for(0);
+    if (desktop_.beeps != beeps) std::fprintf(stderr, "beep: %s\n", step.command.c_str());
+  }
+
+  void save(WynDocumentController& controller) {
+    if (!options_.save && options_.save_as.empty()) return;
+    WynDocument& document = *controller.textDocument();
+    std::string const path =
+        options_.save ? document.filename() : path::join(path::cwd(), options_.save_as);
+    if (path.empty()) {
+      complain("untitled", "--save needs a file");
+      return;
+    }
+    if (!document.writeToFile(path)) {
+      complain(path, last_alert_text());
+      return;
+    }
+    if (path != document.filename()) document.setFilename(path);
+  }
+
+  void print_part(WynDocumentController& controller, std::string const& what) {
+    WynTextView const& view = controller.textView();
+    if (what == "text") print_text(*view.view()->storage);
+    if (what == "selection") print(unicode::to_utf8(view.selected_text()));
+    if (what == "state") print(batch_state(view, desktop_.beeps, desktop_.alerts().shown) + "\n");
+  }
+
+  void render(WynDocumentController& controller) {
+    if (options_.render.empty()) return;
+    std::string error;
+    platform::desktop_module* const module = platform::load_desktop_module(error);
+    if (module == nullptr || !module->render(controller.textView(), options_.columns, options_.rows,
+                                             options_.render, error))
+      complain(options_.render, error);
+  }
+
+  std::string last_alert_text() {
+    auto const& shown = desktop_.alerts().shown;
+    return shown.empty() ? "cannot be used" : shown.back().title + ": " + shown.back().text;
+  }
+
+  void complain(std::string const& file, std::string const& reason) {
+    std::fprintf(stderr, "quirnote: %s: %s\n", file.c_str(), reason.c_str());
+    status_ = file_trouble;
+  }
+
+  batch_options const& options_;
+  headless::headless_desktop desktop_;
+  AppDelegate app_;
+  std::vector<batch_macro> macros_;
+  int status_ = done;
+  bool has_beeped_ = false;
+};
+
+}  // namespace
+
+int run_batch_mode(batch_options const& options) {
+  for (auto const& [key, value] : options.settings)
+    platform::user_defaults::standard().set_volatile(key, value);
+  return batch_run(options).run();
+}

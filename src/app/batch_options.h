@@ -1,0 +1,26 @@
+#pragma once
+
+#include "plist/value.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// What a run of batch mode is asked to do, in the order of the command line where that matters.
+struct batch_options {
+  std::vector<std::pair<std::string, plist::value>> settings;  // --set
+  std::vector<std::string> macros;                             // --macro; "-" is standard input
+  std::vector<std::pair<std::string, std::string>> answers;    // --answer: title and button
+  bool save = false;
+  std::string save_as;
+  std::vector<std::string> prints;  // "text", "selection", "state"
+  std::string render;               // path of a PNG
+  int columns = 80, rows = 24;
+  bool strict = false;
+  std::vector<std::string> files;
+};
+
+/// Reads the arguments that follow --batch. Nothing with a reason when they are wrong.
+std::optional<batch_options> parse_batch_options(std::vector<std::string> const& arguments,
+                                                 std::string& error);
