@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "text/view.h"
 
@@ -20,6 +21,12 @@ class view_function_map {
   };
 
   bool has_action(std::string_view name) const { return find(name) != nullptr; }
+  /// All names, in their order.
+  std::vector<std::string> names() const {
+    std::vector<std::string> result;
+    for (auto const& entry : actions_) result.push_back(entry.first);
+    return result;
+  }
 
  protected:
   void enter(std::string name, std::unique_ptr<action> added) {

@@ -6,7 +6,7 @@ namespace {
 bool place_caret(text::view* view, text::view_iterator const& to) {
   bool const had_selection = view->has_selection();
   bool const moves = to != view->selection.current_mark;
-  view->selection.set_caret(text::view_iterator(to));
+  view->selection.set_caret(to);
   view->scroll_caret_pending = true;
   return moves || had_selection;
 }

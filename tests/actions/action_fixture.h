@@ -20,8 +20,8 @@ struct action_fixture {
   title_action_map titles;
 };
 
-/// How the view is set up for a case: letters of "f" freehanded mode, "s" spaces for tabs, "w" soft
-/// wrap, "o" overwrite mode.
+/// How the view is set up for a case: letters of "f" freehanded mode, "s" spaces for tabs, "o"
+/// overwrite mode, "w" lines wrapped after four units with the next unit on no row.
 void apply_modes(text::view& view, std::string_view modes);
 
 struct action_case {

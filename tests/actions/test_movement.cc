@@ -83,6 +83,22 @@ TEST(movement, rows) {
   });
 }
 
+TEST(movement, wrapped_rows) {
+  expect_outcomes({
+      {"moveRight", "aaaa| bbbb", "aaaa |bbbb", "w"},
+      {"moveLeft", "aaaa |bbbb", "aaaa| bbbb", "w"},
+      {"moveDown", "aa|aa bbbb", "aaaa bb|bb", "w"},
+      {"moveUp", "aaaa bb|bb", "aa|aa bbbb", "w"},
+      {"moveDown moveDown", "x\naaa|a b\ncccc", "x\naaaa b\nccc|c", "w"},
+      {"moveToBeginningOfLine", "aaaa bb|bb", "aaaa |bbbb", "w"},
+      {"moveToEndOfLine", "a|aaa bbbb", "aaaa| bbbb", "w"},
+      {"moveToBeginningOfParagraph", "aaaa bb|bb", "|aaaa bbbb", "w"},
+      {"moveWordLeft", "aaaa |bbbb", "|aaaa bbbb", "w"},
+      {"moveWordRight", "aaaa| bbbb", "aaaa bbbb|", "w"},
+      {"deleteToEndOfLine", "a|aaa bbbb", "a| bbbb", "w"},
+  });
+}
+
 TEST(movement, words) {
   expect_outcomes({
       {"moveWordLeft", "foo  bar|", "foo  |bar"},

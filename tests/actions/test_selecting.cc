@@ -38,6 +38,10 @@ TEST(selecting, lines) {
       {"selectLine", "a[b\n]c", "[ab\n]c"},
       {"selectLine", "a[b\nc]d\ne", "[ab\nc|d\n]e"},
       {"selectLine", "a\n|c\n", "a\n[|c\n]"},
+      {"selectLine", "aaaa b|bbb cc", "aaaa [b|bbb ]cc", "w"},
+      {"selectLine", "aaaa [bbbb ]cc", "aaaa [bbbb ]cc", "w"},
+      {"selectLine", "aa[aa b]bbb cc", "[aaaa b|bbb ]cc", "w"},
+      {"selectHardLine", "x\naaaa b|bbb\ny", "x\n[aaaa b|bbb\n]y", "w"},
       {"selectAll", "a\nb|c\n", "[a\nb|c\n]"},
   });
 }

@@ -1,0 +1,82 @@
+#include <gtest/gtest.h>
+
+#include "actions/action_fixture.h"
+#include "headless/headless_desktop.h"
+#include "text/marked_text.h"
+#include "text/random_text.h"
+
+namespace {
+
+bool is_in_text(text::view_iterator const& it, text::storage const& storage) {
+  return it.base.line < storage.lines() && it.base.column <= storage.size(it.base.line);
+}
+
+bool may_change_text(std::string_view name) {
+  for (std::string_view start : {"delete", "insert", "cut", "paste", "yank"})
+    if (name.starts_with(start)) return true;
+  return false;
+}
+
+/// One random text on which random actions are performed, each as a step that can be undone.
+class random_walk {
+ public:
+  explicit random_walk(unsigned seed) : random_(seed), names_(fixture_.actions.names()) {
+    for (char mode : {'f', 's', 'w', 'o'})
+      if (random_.one_in(4)) modes_ += mode;
+    apply_modes(fixture_.view, modes_);
+    auto const text = random_.text(random_.up_to(60), u"abCD_1  \t\n\n-\u00e9\xd83d\xde00");
+    text::undo_group const group(fixture_.storage.undo_manager);
+    fixture_.storage.insert(fixture_.storage.end(-1), text.begin(), text.end());
+  }
+
+  void run(int steps) {
+    auto const start = fixture_.storage.current_memento;
+    auto const text = marked_text::units_of(fixture_.storage);
+    for (int n = 0; n < steps && !testing::Test::HasFailure(); ++n)
+      perform(names_[random_.below(names_.size())]);
+    while (fixture_.storage.current_memento != start) {
+      ASSERT_TRUE(fixture_.view.can_undo());
+      fixture_.storage.undo_manager.undo();
+      check("undo");
+    }
+    EXPECT_EQ(marked_text::units_of(fixture_.storage), text);
+  }
+
+ private:
+  void perform(std::string const& name) {
+    auto const before = marked_text::get(fixture_.view);
+    auto const memento = fixture_.storage.current_memento;
+    {
+      text::undo_group const group(fixture_.storage.undo_manager);
+      fixture_.actions.perform_action(name, &fixture_.view);
+    }
+    check(name + " (" + modes_ + ") on\n" + before);
+    if (!may_change_text(name)) {
+      EXPECT_EQ(fixture_.storage.current_memento, memento) << name;
+    }
+  }
+
+  void check(std::string const& what) const {
+    auto const& selection = fixture_.view.selection;
+    for (auto const& mark : {selection.first_mark, selection.last_mark, selection.current_mark})
+      ASSERT_TRUE(is_in_text(mark, fixture_.storage))
+          << what << "\nleads to " << mark.base.line << ":" << mark.base.column;
+  }
+
+  action_fixture fixture_;
+  random_source random_;
+  std::vector<std::string> names_;
+  std::string modes_;
+};
+
+}  // namespace
+
+TEST(random_actions, keep_the_selection_in_the_text_and_can_be_undone) {
+  headless::headless_desktop desktop;
+  platform::desktop::set_current(&desktop);
+  for (unsigned seed = 0; seed < 300 && !HasFailure(); ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    random_walk(seed).run(40);
+  }
+  platform::desktop::set_current(nullptr);
+}
