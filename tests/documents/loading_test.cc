@@ -30,6 +30,15 @@ TEST_F(document, opens_no_file_that_cannot_be_read) {
   }
 }
 
+TEST_F(document, opens_no_file_without_the_right_to_read) {
+  std::string const path = folder.write("secret", "text");
+  ASSERT_EQ(chmod(path.c_str(), 0), 0);
+  if (access(path.c_str(), R_OK) == 0) GTEST_SKIP() << "this user may read everything";
+  EXPECT_FALSE(open(path));
+  EXPECT_EQ(alerts(), strings{"Couldn't Open|The file \u201Csecret\u201D could not be read. "
+                              "Permission denied.|Continue"});
+}
+
 TEST_F(document, of_a_file_that_does_not_exist_is_empty) {
   auto const d = open(folder / "missing");
   ASSERT_TRUE(d);
