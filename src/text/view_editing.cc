@@ -118,6 +118,7 @@ void view::insert_units(unit_view units) {
 }
 
 void view::add_column_mirrors(text::iterator const& base, size_t count) {
+  if (count == 1) return;
   size_t const column = column_before_wrap({this, base});
   for (size_t line = base.line + size_t{1}; line < base.line + count; ++line) {
     text::iterator const at = iter_from_hybrid_pos(this, line, column, freehanded_t::off).base;
