@@ -8,7 +8,8 @@ namespace text {
 
 namespace {
 
-/// What overwrite mode leaves of a text: blanks, and line ends without blanks before them.
+/// What overwrite mode leaves of a text: blanks, and line ends without blanks before them. A loop,
+/// as searching for " +\n" would cost the square of a long line's length.
 std::vector<char_t> blanked(text::iterator const& first, text::iterator const& last) {
   std::vector<char_t> units;
   append_units(first, last, units);

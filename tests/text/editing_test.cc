@@ -5,6 +5,7 @@
 
 #include "marked_text.h"
 #include "random_text.h"
+#include "regex/format.h"
 #include "text/view.h"
 
 namespace {
@@ -116,6 +117,23 @@ TEST(Editing, OverwriteModeBlanks) {
          {"[ab\ncd\n]e", overwrite, "|\n\ne"},
          {"x[a b\n]e", overwrite, "x|\ne"},
          {"a{bc\nde}f", overwrite, "a| c\nd f"}});
+}
+
+TEST(Editing, BlankedTextHasNoBlanksBeforeLineEnds) {
+  for (unsigned seed = 1; seed <= 100; ++seed) {
+    random_source random(seed);
+    std::u16string const text = random.text(1 + random.below(12), u"ab \n\n");
+    std::u16string blanks = text, expected;
+    for (char16_t& unit : blanks)
+      if (unit != u'\n') unit = u' ';
+    regex::replace(blanks.begin(), blanks.end(), " +\n", "\n", std::back_inserter(expected));
+
+    text_view edited;
+    edited.view.insert(text.begin(), text.end());
+    edited.view.selection.select(edited.view.begin(0), edited.view.end(), false);
+    overwrite(edited.view);
+    EXPECT_EQ(marked_text::units_of(edited.storage), expected) << "seed " << seed;
+  }
 }
 
 TEST(Editing, Insert) {
