@@ -62,7 +62,7 @@ int run_windows(int argc, char** argv) {
   int status = 0;
   {
     AppDelegate app(read_menus(), platform::state_folder() + "/RecentFiles.plist");
-    app.openArguments({argv + 1, argv + argc}, path::cwd());
+    app.setLaunchArguments({argv + 1, argv + argc}, path::cwd());
     status = desktop->run(app);
   }
   platform::user_defaults::standard().save();

@@ -6,7 +6,6 @@
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop.h"
-#include "platform/library_folders.h"
 #include "platform/user_defaults.h"
 
 #include <sys/stat.h>
@@ -16,18 +15,13 @@
 
 namespace {
 
+constexpr double defaults_period = 1;          // seconds between looks at the defaults file
 constexpr std::int64_t large_file = 0xA00000;  // bytes; one more and the user is asked
-
-// As the user sees a path: the home folder is "~".
-std::string with_tilde(std::string const& path) {
-  std::string const home = platform::home_folder();
-  return path.starts_with(home + "/") ? "~" + path.substr(home.size()) : path;
-}
 
 void add_recent_items(recent_files const& recent, std::vector<platform::menu_item>& items) {
   for (std::string const& path : recent.paths()) {
     platform::menu_item item;
-    item.title = with_tilde(path);
+    item.title = path::abbreviate_with_tilde(path);
     item.selector = "openRecentFile:";
     item.argument = plist::data(path.begin(), path.end());
     items.push_back(std::move(item));
@@ -68,28 +62,31 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::registerDefaults() {
-  platform::user_defaults::standard().register_defaults({
-      {"WynAppDelegateOpenUntitledDocument", "ahig"},
-      {"WynDefaultFileEncoding", "utf-8"},
-      {"WynDefaultLineEndings", "lf"},
-      {"WynFileEncodingAndLineEndingsPreserve", true},
-      {"WynPreserveSupplementaryCharacters", true},
-  });
+  platform::user_defaults::standard().register_defaults(
+      {{"WynAppDelegateOpenUntitledDocument", "ahig"}});
+  WynDocument::registerDefaults();
+}
+
+void AppDelegate::setLaunchArguments(std::vector<std::string> arguments, std::string directory) {
+  launchArguments_ = std::move(arguments);
+  currentDirectory_ = std::move(directory);
 }
 
 void AppDelegate::didFinishLaunching() {
-  bool const wanted =
-      platform::user_defaults::standard().string("WynAppDelegateOpenUntitledDocument") != "never";
+  auto& defaults = platform::user_defaults::standard();
+  defaultsTimer_ = platform::desktop::current().loop().schedule(
+      defaults_period, true, [&defaults] { defaults.check_for_changes(); });
+  openLaunchArguments();
+  bool const wanted = defaults.string("WynAppDelegateOpenUntitledDocument") != "never";
   if (controllers_.empty() && wanted) newDocument();
 }
 
-void AppDelegate::openArguments(std::vector<std::string> const& arguments,
-                                std::string const& directory) {
-  currentDirectory_ = directory;
-  for (std::string const& argument : arguments) {
-    file_argument const file = parse_file_argument(argument, directory);
+void AppDelegate::openLaunchArguments() {
+  for (std::string const& argument : launchArguments_) {
+    file_argument const file = parse_file_argument(argument, currentDirectory_);
     openFile(file.path, file.line, file.column);
   }
+  launchArguments_.clear();
 }
 
 void AppDelegate::openFiles(std::vector<std::string> const& paths) {
@@ -130,8 +127,8 @@ bool AppDelegate::confirmLargeFile(std::string const& path) {
   char size[32];
   std::snprintf(size, sizeof size, "%.1f", static_cast<double>(info.st_size) / 1048576);
   platform::alert const question{"Opening Large File",
-                                 "The file \u201c" + with_tilde(path) + "\u201d has a size of " +
-                                     size +
+                                 "The file \u201c" + path::abbreviate_with_tilde(path) +
+                                     "\u201d has a size of " + size +
                                      " MB. Are you sure you want to load this as a text file?",
                                  {"Open File", "Cancel"},
                                  1};

@@ -2,6 +2,7 @@
 
 #include "app/recent_files.h"
 #include "platform/application.h"
+#include "platform/run_loop.h"
 #include "plist/value.h"
 
 #include <memory>
@@ -22,8 +23,9 @@ class AppDelegate : public platform::application_delegate {
 
   static void registerDefaults();
 
-  /// Opens each argument FILE[:LINE[:COLUMN]], taken from `directory`, in a window of its own.
-  void openArguments(std::vector<std::string> const& arguments, std::string const& directory);
+  /// What to open at launch: each argument FILE[:LINE[:COLUMN]], taken from `directory`, in a
+  /// window of its own.
+  void setLaunchArguments(std::vector<std::string> arguments, std::string directory);
   /// Shows a file, in the window that has it already if there is one. Null when it could not be
   /// read; the user has been told.
   WynDocumentController* openFile(std::string const& path, std::size_t line = 0,
@@ -51,6 +53,7 @@ class AppDelegate : public platform::application_delegate {
   std::vector<platform::menu_item> contextMenu() const;
 
  private:
+  void openLaunchArguments();
   void openDocument();
   bool reviewUnsavedDocuments();
   bool confirmLargeFile(std::string const& path);
@@ -59,5 +62,7 @@ class AppDelegate : public platform::application_delegate {
   plist::value menus_;
   recent_files recent_;
   std::string currentDirectory_;
+  std::vector<std::string> launchArguments_;
+  std::unique_ptr<platform::timer> defaultsTimer_;
   std::vector<std::unique_ptr<WynDocumentController>> controllers_, closing_;
 };
