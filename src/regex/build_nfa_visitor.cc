@@ -73,16 +73,29 @@ void build_nfa_visitor::visit(parse_tree::backreference_data const& d) {
   current_ = make<backreference_node>(backreference_data{d.group, reverse_}, current_);
 }
 
+static bool reads_one_unit(nfa_node const* n) {
+  return n->kind <= node_kind::range;
+}
+
+static nfa_node const* reader_of_next_unit(nfa_node const* n) {
+  while (n->kind == node_kind::capture_begin || n->kind == node_kind::capture_end) n = n->next;
+  return reads_one_unit(n) ? n : nullptr;
+}
+
 void build_nfa_visitor::visit(parse_tree::repeat_data const& d) {
   if (!d.content) return;
   auto const max = d.max < 0 ? repeat_data::no_limit : static_cast<std::uint32_t>(d.max);
-  auto* const repeat =
-      make<repeat_node>(repeat_data{d.min, max, d.greedy, false, reverse_, 0, nullptr}, current_);
+  auto* const repeat = make<repeat_node>(
+      repeat_data{d.min, max, d.greedy, false, reverse_, 0, nullptr, nullptr}, current_);
   current_ = repeat;
   d.content->accept(*this);
   repeat->content = std::exchange(current_, repeat);
-  repeat->single = repeat->content->kind <= node_kind::range && repeat->content->next == repeat;
-  if (!repeat->single) repeat->counter = out_.counter_count++;
+  repeat->single = reads_one_unit(repeat->content) && repeat->content->next == repeat;
+  if (!repeat->single) {
+    repeat->counter = out_.counter_count++;
+  } else if (!reverse_) {
+    repeat->follow = reader_of_next_unit(repeat->next);
+  }
 }
 
 void build_nfa_visitor::visit(parse_tree::or_data const& d) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "regex/first_units.h"
@@ -20,6 +21,9 @@ struct nfa_graph {
   unsigned counter_count = 0;
   regex::first_units first_units;
 };
+
+/// One node a line: its number, what it is, and where it leads. For tests and reports of faults.
+std::string dump(nfa_graph const& pattern);
 
 /// A compiled pattern. Any pattern compiles; see `parser` on what is wrong in one. It may be used
 /// from several threads at once, and is neither copied nor moved. `T` is `char` or `char16_t`; the

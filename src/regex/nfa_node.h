@@ -82,6 +82,8 @@ struct repeat_data {
   bool greedy, single, reverse;
   std::uint32_t counter;  // index of the loop's state in the machine
   nfa_node* content;
+  // What reads the unit at the position where a single loop ends, in all cases; null if not known.
+  nfa_node const* follow;
 };
 
 /// `next` is tried first.

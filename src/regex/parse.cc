@@ -1,13 +1,12 @@
 #include "regex/parse.h"
 
 #include <cstdio>
-#include <string>
 
 #include "platform/utf.h"
 
 namespace regex {
 
-static std::string printable(unit_t u) {
+std::string printable(unit_t u) {
   return unicode::to_utf8(std::u16string_view(&u, 1));
 }
 

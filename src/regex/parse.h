@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <string>
 #include <string_view>
 
 #include "regex/traits.h"
@@ -11,6 +12,9 @@ namespace regex {
 
 /// How deep groups may nest in a pattern or a replacement text; deeper ones are read as plain text.
 inline constexpr unsigned max_nesting = 256;
+
+/// The unit as UTF-8.
+std::string printable(unit_t u);
 
 void report(std::string_view message);
 void report_end_of_pattern(std::string_view expected);

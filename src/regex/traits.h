@@ -78,10 +78,10 @@ struct traits {
   /// Every unit is in the class `any`.
   static bool is(unit_class which, T c) {
     unit_t const u = to_unit(c);
+    if (u < 128 && (detail::ascii_classes[u] >> static_cast<unsigned>(which) & 1) != 0) return true;
     if (which == unit_class::word && WynWordCharacters::shared().isWordCharacter(u)) return true;
-    if (u < 128) return detail::ascii_classes[u] >> static_cast<unsigned>(which) & 1;
-    if (which == unit_class::any) return true;
-    return is_wide && detail::is_in_class_beyond_ascii(which, u);
+    if (u < 128) return false;
+    return which == unit_class::any || (is_wide && detail::is_in_class_beyond_ascii(which, u));
   }
 
   static bool is_lower(T c) { return is(unit_class::lower, c); }

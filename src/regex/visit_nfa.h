@@ -157,7 +157,8 @@ class visit_nfa {
   bool at_end(bool reverse) const { return position_ == (reverse ? first_ : last_); }
 
   void repeat_single(graph::repeat_node const&);
-  bool give_back();
+  bool must_fail_behind(graph::repeat_node const&);
+  void give_back();
   bool take_more();
   void enter_loop(graph::repeat_node const&);
   void leave_loop(graph::repeat_node const&);

@@ -155,8 +155,7 @@ void visit_nfa<Iterator>::do_backtrack() {
         stack_.pop();
         return enter_loop(static_cast<graph::repeat_node const&>(*r.node));
       case record::give_back:
-        if (give_back()) return;
-        break;
+        return give_back();
       case record::take_more:
         if (take_more()) return;
         break;
@@ -354,33 +353,37 @@ void visit_nfa<Iterator>::repeat_single(graph::repeat_node const& n) {
 }
 
 template <class Iterator>
-bool visit_nfa<Iterator>::give_back() {
+bool visit_nfa<Iterator>::must_fail_behind(graph::repeat_node const& n) {
+  if (!n.follow) return false;
+  return position_ == last_ ||
+         !with_unit_test(*n.follow, [&](auto test) { return test(*position_); });
+}
+
+template <class Iterator>
+void visit_nfa<Iterator>::give_back() {
   record& r = stack_.top();
   auto const& n = static_cast<graph::repeat_node const&>(*r.node);
-  // Positions at which the literal behind the loop doesn't stand need not be tried.
-  auto const* const literal =
-      n.next->kind == graph::node_kind::literal && !ignore_case_ && !n.reverse
-          ? static_cast<graph::literal_node const*>(n.next)
-          : nullptr;
   do {
     step(!n.reverse);
     --r.count;
     --steps_left_;
-  } while (r.count > 0 && literal && to_unit(*position_) != literal->unit);
+  } while (r.count > 0 && must_fail_behind(n));
   r.position = position_;
   if (r.count == 0) stack_.pop();
   current_ = n.next;
-  return true;
 }
 
 template <class Iterator>
 bool visit_nfa<Iterator>::take_more() {
   record& r = stack_.top();
   auto const& n = static_cast<graph::repeat_node const&>(*r.node);
-  bool const more =
-      with_unit_test(*n.content, [&](auto test) { return read_units(n.reverse, 1, test) == 1; });
+  bool more;
+  do {
+    more =
+        with_unit_test(*n.content, [&](auto test) { return read_units(n.reverse, 1, test) == 1; });
+  } while (more && --r.count > 0 && must_fail_behind(n));
   r.position = position_;
-  if (!more || --r.count == 0) stack_.pop();
+  if (!more || r.count == 0) stack_.pop();
   if (more) current_ = n.next;
   return more;
 }
