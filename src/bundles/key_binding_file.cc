@@ -1,28 +1,16 @@
 #include "bundles/key_binding_file.h"
 
 #include "bundles/key_strings.h"
+#include "platform/replace_file.h"
 #include "plist/text_reader.h"
 #include "plist/xml_reader.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <iterator>
-#include <optional>
 
 namespace {
 
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-
-std::optional<std::string> read_bytes(std::string const& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
-  std::string bytes{std::istreambuf_iterator<char>(file), {}};
-  if (file.bad()) return std::nullopt;
-  if (bytes.starts_with(byte_order_mark)) bytes.erase(0, byte_order_mark.size());
-  return bytes;
-}
 
 bool looks_like_xml(std::string_view bytes) {
   bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));
@@ -66,12 +54,13 @@ plist::value parse(std::string const& bytes, std::function<void(std::string cons
 }  // namespace
 
 plist::dictionary read_key_binding_file(std::string const& path, file_complaint const& complain) {
-  auto const bytes = read_bytes(path);
-  if (!bytes) {
-    complain(path + ": " + std::strerror(errno));
+  std::string bytes;
+  if (int const error = platform::read_file(path, bytes, platform::file_calls::system())) {
+    complain(path + ": " + std::strerror(error));
     return {};
   }
-  auto const value = parse(*bytes, [&](std::string const& fault) { complain(path + fault); });
+  if (bytes.starts_with(byte_order_mark)) bytes.erase(0, byte_order_mark.size());
+  auto const value = parse(bytes, [&](std::string const& fault) { complain(path + fault); });
   if (value && !value.as_dictionary()) complain(path + ": key bindings must be a dictionary");
   return NormalizeDictionary(value.entries(), [&](std::string const& key, std::string const& why) {
     complain(path + ": key \"" + printable(key) + "\": " + why);
