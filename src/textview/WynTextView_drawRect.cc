@@ -112,7 +112,8 @@ class painter {
 
   void paint_selection() {
     bool const translucent = colors_.selection.alpha < 255;
-    for (rect const& r : selection_region(text_view_, dirty_).rects())
+    wyn::region const selected = selection_region(text_view_, dirty_);
+    for (rect const& r : selected.rects())
       if (r.intersects(dirty_))
         g_.fill_rect(r.intersection(dirty_), colors_.selection, translucent);
   }
