@@ -2,6 +2,7 @@
 
 #include "platform/geometry.h"
 
+#include <utility>
 #include <vector>
 
 namespace wyn {
@@ -22,7 +23,9 @@ class region {
   bool contains(platform::point p) const;
   bool intersects(platform::rect const& r) const;
   platform::rect bounds() const;
-  std::vector<platform::rect> const& rects() const { return rects_; }
+  std::vector<platform::rect> const& rects() const& { return rects_; }
+  /// Of a temporary: handed out, so that a loop may run over it.
+  std::vector<platform::rect> rects() && { return std::move(rects_); }
 
  private:
   region minus(region const& other) const;
