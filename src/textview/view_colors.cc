@@ -19,5 +19,7 @@ view_colors::view_colors(platform::palette const& p, bool active)
       gutter(mixed(p.foreground, p.background, 0.05)),
       gutter_number{0x88, 0x88, 0x88},
       gutter_current_number(p.dark ? gutter_number : platform::color{0, 0, 0}) {
-  if (!active) selection = mixed(p.selection, p.background, 0.45);
+  // The desktop means its colour to go with text in another one. Text keeps its colours here, so
+  // the selection is a tint that leaves them readable.
+  selection.alpha = active ? 90 : 45;
 }
