@@ -1,0 +1,63 @@
+# A file is opened, edited with keys and mouse, undone, saved and compared.
+# Large letters make the places to click at easy to hit, whatever the size of the menu bar.
+mkdir -p "$XDG_CONFIG_HOME/Quirnote"
+cat >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist" <<'END'
+<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict>
+  <key>WynTextViewNormalFontName</key><string>DejaVu Sans Mono</string>
+  <key>WynTextViewNormalFontSize</key><real>36</real>
+</dict></plist>
+END
+printf 'alpha\nbe\ngamma\n' >file.txt
+start_editor file.txt
+wait_window 'file.txt'
+
+# Cells are 29 by 59 pixels; the text begins right below a menu bar of about 20.
+column_x() { echo $((4 + $1 * 29)); }
+row_y() { echo $((24 + $1 * 59 + 29)); }
+click_at() { click "$(column_x "$2")" "$(row_y "$1")" "${@:3}"; }
+
+# Keys go into the text, and out again.
+keys ctrl+End
+type_text 'Delta!'
+keys ctrl+s
+expect_file file.txt $'alpha\nbe\ngamma\nDelta!'
+keys ctrl+z ctrl+z ctrl+z ctrl+z ctrl+z ctrl+z ctrl+s
+expect_file file.txt $'alpha\nbe\ngamma\n'
+
+# A rectangle over a short line, selected with the mouse; what is typed goes to all lines.
+xdotool keydown alt
+drag "$(column_x 1)" "$(row_y 0)" "$(column_x 3)" "$(row_y 2)"
+xdotool keyup alt
+type_text 'X'
+keys ctrl+s
+expect_file file.txt $'aXha\nbX\ngXma\n'
+keys ctrl+z ctrl+s
+expect_file file.txt $'alpha\nbe\ngamma\n'
+
+# A double click selects a word, copying puts it on the clipboard, pasting brings it back.
+click_at 2 2 1 2
+keys ctrl+c
+expect_clipboard gamma
+keys ctrl+Home ctrl+v Return ctrl+s
+expect_file file.txt $'gamma\nalpha\nbe\ngamma\n'
+
+# The middle button pastes what was selected last.
+click_at 1 2 1 2
+sleep 0.3 # the selection is published a moment after it was made
+click_at 2 2 2
+keys ctrl+s
+expect_file file.txt $'gamma\nalpha\nbealpha\ngamma\n'
+
+# Quitting with unsaved changes asks; Escape keeps the program, and the changes.
+type_text 'unsaved'
+keys ctrl+q
+wait_until xdotool search --onlyvisible --name 'Quirnote|Save|save'
+sleep 0.5
+keys Escape
+sleep 0.3
+is_running
+keys ctrl+s
+expect_file file.txt $'gamma\nalpha\nbealphaunsaved\ngamma\n'
+keys ctrl+q
+wait_exit
