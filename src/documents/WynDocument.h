@@ -30,9 +30,11 @@
 /// What a save gives back: an unedited document in the charset in which it was found (the user
 /// default WynFileEncodingAndLineEndingsPreserve, on unless it is turned off) gives the bytes that
 /// were read, unless
-///  - its line ends were mixed: all of them become the most frequent one;
-///  - it held bytes that are no text in that charset: then the user is asked before the file is
-///    overwritten, as they would be lost. Characters of UTF-8 above U+FFFF are two units in the
+///  - its line ends were mixed: all of them become the most frequent one. If control characters
+///  tell
+///    that the file is no text, the user is asked before it is overwritten;
+///  - it held bytes that are no text in that charset: then the user is asked too, as they would be
+///    lost. Characters of UTF-8 above U+FFFF are two units in the
 ///    text and survive; with the user default WynPreserveSupplementaryCharacters set to false each
 ///    is one unit, its upper bits are lost, and nothing is asked.
 ///
@@ -129,7 +131,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
 
  private:
   class is_edited_notify;
-  enum class file_content { kept, has_lost_bytes, not_loaded };
+  enum class file_content { kept, has_lost_bytes, binary, not_loaded };
 
   void mementoDidChange(unsigned long memento);
   void textIsSaved();

@@ -97,7 +97,10 @@ void WynDocument::rememberContent(file_text const& text, bool pairs) {
   supplementaryPairs_ = pairs;
   charsetRead_ = text.charset;
   // Without pairs many files lose bytes, and their owner has chosen that.
-  fileContent_ = text.exact || !pairs ? file_content::kept : file_content::has_lost_bytes;
+  bool const lost_bytes = !text.exact && pairs;
+  fileContent_ = lost_bytes    ? file_content::has_lost_bytes
+                 : text.binary ? file_content::binary
+                               : file_content::kept;
 }
 
 void WynDocument::textIsSaved() {

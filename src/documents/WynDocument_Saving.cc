@@ -49,10 +49,18 @@ std::optional<encoding::file_format> WynDocument::formatForSaving() const {
 }
 
 bool WynDocument::mayOverwrite(std::string const& path) const {
-  if (fileContent_ == file_content::kept || path != filename_ || !path::exists(path)) return true;
-  return fileContent_ == file_content::has_lost_bytes
-             ? documents::ask_to_lose_bytes(path, charsetRead_)
-             : documents::ask_to_lose_unloaded_file(path);
+  if (path != filename_ || !path::exists(path)) return true;
+  switch (fileContent_) {
+    case file_content::kept:
+      return true;
+    case file_content::has_lost_bytes:
+      return documents::ask_to_lose_bytes(path, charsetRead_);
+    case file_content::binary:
+      return documents::ask_to_change_binary_file(path);
+    case file_content::not_loaded:
+      return documents::ask_to_lose_unloaded_file(path);
+  }
+  return false;
 }
 
 bool WynDocument::writeToFile(std::string const& given_path) {

@@ -18,6 +18,12 @@ bool ask(platform::alert question, std::size_t wanted) {
   return platform::desktop::current().alerts().run(question) == wanted;
 }
 
+constexpr char const* like_to_overwrite = " Would you like to overwrite it?";
+
+bool may_overwrite(std::string title, std::string text) {
+  return ask({std::move(title), std::move(text), {"Don't Overwrite", "Overwrite"}}, second_button);
+}
+
 void tell(std::string title, std::string text, bool critical = false) {
   platform::desktop::current().alerts().run(
       {std::move(title), std::move(text), {"Continue"}, first_button, critical});
@@ -64,28 +70,30 @@ bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset) {
 }
 
 bool ask_to_lose_bytes(std::string const& path, encoding::charset_t charset) {
-  return ask({"Encoding Error",
-              "The file " + name_of(path) + " holds bytes that are not valid " +
-                  encoding::charset_name[charset] +
-                  " text. Saving would lose them. Would you like to overwrite it?",
-              {"Don't Overwrite", "Overwrite"}},
-             second_button);
+  return may_overwrite("Encoding Error", "The file " + name_of(path) +
+                                             " holds bytes that are not valid " +
+                                             encoding::charset_name[charset] +
+                                             " text. Saving would lose them." + like_to_overwrite);
+}
+
+bool ask_to_change_binary_file(std::string const& path) {
+  return may_overwrite("Encoding Error",
+                       "The file " + name_of(path) +
+                           " does not seem to be text. Saving would change bytes in it that look "
+                           "like line endings." +
+                           like_to_overwrite);
 }
 
 bool ask_to_lose_unloaded_file(std::string const& path) {
-  return ask({"Couldn't Save",
-              "The file " + name_of(path) +
-                  " was not loaded for lack of memory. Saving would lose what it holds. "
-                  "Would you like to overwrite it?",
-              {"Don't Overwrite", "Overwrite"}},
-             second_button);
+  return may_overwrite("Couldn't Save", "The file " + name_of(path) +
+                                            " was not loaded for lack of memory. Saving would "
+                                            "lose what it holds." +
+                                            like_to_overwrite);
 }
 
 bool ask_to_overwrite(std::string const& path) {
-  return ask({"Couldn't Save",
-              "The file " + printable_name(path) + " is read-only. Attempt to overwrite?",
-              {"Don't Overwrite", "Overwrite"}},
-             second_button);
+  return may_overwrite("Couldn't Save",
+                       "The file " + printable_name(path) + " is read-only. Attempt to overwrite?");
 }
 
 bool ask_to_revert(std::string const& path) {

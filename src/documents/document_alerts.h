@@ -16,8 +16,9 @@ void tell_could_not_save(path::write_error const& error, std::string const& path
 
 /// Save as UTF-8, or not at all.
 bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset);
-/// Overwrite a file that holds bytes which its document doesn't, or not.
+/// Overwrite a file that holds something which its document doesn't, or not.
 bool ask_to_lose_bytes(std::string const& path, encoding::charset_t charset);
+bool ask_to_change_binary_file(std::string const& path);
 bool ask_to_lose_unloaded_file(std::string const& path);
 /// Overwrite a read-only file, or not.
 bool ask_to_overwrite(std::string const& path);

@@ -1,5 +1,6 @@
 #include "documents/file_text.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -71,6 +72,12 @@ bool nothing_lost(encoding::decoded const& decoded, loaded_bytes const& bytes,
   return decoded.exact || (utf16 && bytes.size % 2 == 0);
 }
 
+/// One of those that no text has a use for, not even for a terminal.
+bool is_odd_control(char16_t unit) {
+  constexpr char16_t substitute = 0x1A, escape = 0x1B;  // the end of old files; colours
+  return unit < 0x20 && !(unit >= u'\a' && unit <= u'\r') && unit != substitute && unit != escape;
+}
+
 }  // namespace
 
 std::optional<path::file_error> read_file_text(std::string const& path,
@@ -86,6 +93,7 @@ std::optional<path::file_error> read_file_text(std::string const& path,
   text.byte_order_mark = decoded.has_bom;
   text.exact = nothing_lost(decoded, bytes, text.charset);
   text.line_ending = harmonized.ends.prevailing();
+  text.binary = harmonized.ends.mixed() && std::any_of(units, harmonized.last, is_odd_control);
   text.units = bytes.memory->finish(static_cast<std::size_t>(harmonized.last - units));
   return std::nullopt;
 }

@@ -20,6 +20,9 @@ struct file_text {
   /// Whether writing the units in the same charset, with the line ends that were there, gives the
   /// same bytes. False if some of them are no text in that charset.
   bool exact = true;
+  /// Its line ends are mixed, and control characters tell that it is no text: to make the line ends
+  /// equal, as is done to every text, would damage it.
+  bool binary = false;
   /// As of before the reading, so that what is written meanwhile counts as a later change.
   std::optional<file_stamp> stamp;
 };

@@ -94,6 +94,25 @@ TEST_F(document, asks_before_it_loses_bytes) {
   EXPECT_EQ(alerts(), strings());
 }
 
+TEST_F(document, asks_before_it_changes_what_is_no_text) {
+  std::string const bytes("ELF\0\r\n\n", 7), damaged("ELF\0\n\n", 6);
+  auto const d = document_of(bytes);
+  EXPECT_FALSE(save(d));
+  EXPECT_EQ(alerts(),
+            strings{"Encoding Error|The file \u201Cfile\u201D does not seem to be text. Saving "
+                    "would change bytes in it that look like line endings. Would you like to "
+                    "overwrite it?|Don't Overwrite"});
+  EXPECT_EQ(on_disk(), bytes);
+  answer("Encoding Error", "Overwrite");
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(on_disk(), damaged);
+  alerts();
+
+  EXPECT_TRUE(save(open(folder.write("for a terminal", "\x1B[1m\b\f\r\n\n\x1A"))));
+  EXPECT_EQ(folder.read(folder / "for a terminal"), "\x1B[1m\b\f\n\n\x1A");
+  EXPECT_EQ(alerts(), strings());
+}
+
 TEST_F(document, supplementary_characters_can_be_single_units) {
   defaults().set("WynPreserveSupplementaryCharacters", false);
   auto const d = document_of("\xF0\x9F\x98\x80");
