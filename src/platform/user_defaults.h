@@ -14,7 +14,7 @@
 namespace platform {
 
 /// Settings by key that survive a restart, kept in one XML property list that several processes
-/// share. A key is looked up in four layers: what holds for this run alone, what the user set, and
+/// share. A key is looked up in three layers: what holds for this run alone, what the user set, and
 /// what was registered as its default; else it is nothing. The file is read at the first look-up.
 /// Main thread only.
 ///

@@ -2,6 +2,7 @@
 // the bytes of UTF-8. The parser builds a tree with the opening brackets as roots, a dictionary's
 // children alternate key and value; the walker makes values of it.
 header "post_include_hpp" {
+#include "plist/utf8.h"
 #include "plist/value.h"
 #include "plist/xml_reader.h"
 }
@@ -59,11 +60,23 @@ options {
   importVocab = text_dialect;
 }
 
+{
+ private:
+  // What can't be written as XML must not get into a value.
+  void require_utf8(std::string const& string) {
+    if (!is_utf8(string))
+      throw antlr::RecognitionException("a string is not UTF-8", getFilename(),
+                                        inputState->tokenStartLine, inputState->tokenStartColumn);
+  }
+}
+
 STRING
 options { paraphrase = "a string"; }
-  : ID
-  | '\''! ( '\'' '\''! | '\n' { newline(); } | ~( '\'' | '\n' ) )* '\''!
-  | '"'! ( ESCAPE | '\n' { newline(); } | ~( '"' | '\\' | '\n' ) )* '"'!
+  : ( ID
+    | '\''! ( '\'' '\''! | '\n' { newline(); } | ~( '\'' | '\n' ) )* '\''!
+    | '"'! ( ESCAPE | '\n' { newline(); } | ~( '"' | '\\' | '\n' ) )* '"'!
+    )
+    { require_utf8($getText); }
   ;
 
 INTEGER : ( '0'..'9' )+ ;

@@ -3,6 +3,7 @@
 #include <string_view>
 #include <vector>
 
+#include "plist/utf8.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_scalars.h"
 
@@ -17,25 +18,10 @@ constexpr std::string_view header =
 
 /// The length of the character at the start of `text`; 0 when XML can't hold it or it is no UTF-8.
 std::size_t character_length(std::string_view text) {
-  auto const byte = [&](std::size_t i) {
-    return i < text.size() ? static_cast<unsigned char>(text[i]) : 0u;
-  };
-  auto const trails = [&](std::size_t count) {
-    for (std::size_t i = 1; i <= count; ++i)
-      if ((byte(i) & 0xC0) != 0x80) return false;
-    return true;
-  };
-  unsigned const lead = byte(0);
-  if (lead < 0x80) return lead >= 0x20 || lead == '\t' || lead == '\n' || lead == '\r';
-  if (lead < 0xC2 || lead > 0xF4) return 0;
-  if (lead < 0xE0) return trails(1) ? 2 : 0;
-  if (lead < 0xF0) {
-    unsigned const c = (lead & 15) << 12 | (byte(1) & 63) << 6 | (byte(2) & 63);
-    bool const surrogate = c >= 0xD800 && c < 0xE000;
-    return trails(2) && c >= 0x800 && !surrogate && c < 0xFFFE ? 3 : 0;
-  }
-  unsigned const top = (lead & 7) << 6 | (byte(1) & 63);
-  return trails(3) && top >= 0x10 && top < 0x110 ? 4 : 0;
+  constexpr std::string_view allowed = "\t\n\r";
+  if (static_cast<unsigned char>(text[0]) < 0x20 && allowed.find(text[0]) == allowed.npos) return 0;
+  if (text.starts_with("\uFFFE") || text.starts_with("\uFFFF")) return 0;
+  return utf8_length(text);
 }
 
 class writer {

@@ -83,6 +83,10 @@ TEST(text_dialect, errors_carry_line_and_column) {
       {"/* a", 1, 4},
       {"/", 1, 1},
       {std::string("a\0", 2), 1, 2},
+      {"( a,\n \xC3\xA9\xFF )", 2, 2},
+      {"\"\xC3\"", 1, 1},
+      {"'\xED\xA0\x80'", 1, 1},
+      {"\xF4\x90\x80\x80", 1, 1},
   };
   for (auto const& c : cases) {
     plist::dictionary error{{"old", 1}};
