@@ -1,32 +1,12 @@
 #include "platform/utf.h"
 
 #include <cstdint>
+#include <iterator>
+
+#include "encoding/supplementary.h"
 
 namespace unicode {
 namespace {
-
-constexpr bool is_high(char32_t c) {
-  return (c & 0xFFFFFC00) == 0xD800;
-}
-constexpr bool is_low(char32_t c) {
-  return (c & 0xFFFFFC00) == 0xDC00;
-}
-
-void append_utf8(std::string& out, char32_t c) {
-  auto const trail = [&](int shift) { out += static_cast<char>(0x80 | ((c >> shift) & 0x3F)); };
-  if (c < 0x80) {
-    out += static_cast<char>(c);
-  } else if (c < 0x800) {
-    out += static_cast<char>(0xC0 | (c >> 6));
-    trail(0);
-  } else if (c < 0x10000) {
-    out += static_cast<char>(0xE0 | (c >> 12));
-    trail(6), trail(0);
-  } else {
-    out += static_cast<char>(0xF0 | (c >> 18));
-    trail(12), trail(6), trail(0);
-  }
-}
 
 struct decoded {
   char32_t code_point;  // meaningful if `valid`
@@ -58,12 +38,7 @@ decoded decode(std::string_view bytes) {
 std::string to_utf8(std::u16string_view text) {
   std::string out;
   out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t c = text[i];
-    if (is_high(c) && i + 1 < text.size() && is_low(text[i + 1]))
-      c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00);
-    append_utf8(out, c);
-  }
+  encoding::encode_utf8_with_pairs(text.begin(), text.end(), std::back_inserter(out));
   return out;
 }
 
@@ -78,20 +53,11 @@ std::u16string to_utf16(std::string_view text) {
     } else if (d.code_point < 0x10000) {
       out += static_cast<char16_t>(d.code_point);
     } else {
-      out += static_cast<char16_t>(0xD7C0 + (d.code_point >> 10));
-      out += static_cast<char16_t>(0xDC00 | (d.code_point & 0x3FF));
+      out += encoding::high_surrogate(d.code_point);
+      out += encoding::low_surrogate(d.code_point);
     }
   }
   return out;
-}
-
-bool is_valid_utf8(std::string_view text) {
-  while (!text.empty()) {
-    decoded const d = decode(text);
-    if (!d.valid || is_high(d.code_point) || is_low(d.code_point)) return false;
-    text.remove_prefix(d.length);
-  }
-  return true;
 }
 
 }  // namespace unicode

@@ -15,7 +15,4 @@ std::string to_utf8(std::u16string_view text);
 /// U+FFFD, one for each maximal part of a sequence that was cut short, else one a byte.
 std::u16string to_utf16(std::string_view text);
 
-/// Whether `text` is valid UTF-8 for every program: no surrogates, no overlong forms.
-bool is_valid_utf8(std::string_view text);
-
 }  // namespace unicode
