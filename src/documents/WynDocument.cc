@@ -53,8 +53,7 @@ WynDocument::WynDocument(std::unique_ptr<text::storage> storage) : storage_(std:
   storage_->undo_manager.begin_group();
   lastSavedMemento_ = storage_->current_memento;
   untitledCount_ = untitled_numbers::of_documents().take();
-  supplementaryPairs_ =
-      platform::user_defaults::standard().boolean("WynPreserveSupplementaryCharacters", true);
+  supplementaryPairs_ = documents::preserves_supplementary_characters();
   setFileEncodingAndLineEndingsToDefaults();
   observer_ = std::make_unique<is_edited_notify>(*this);
 }

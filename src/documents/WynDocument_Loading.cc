@@ -10,16 +10,12 @@
 #include "path/file_system.h"
 #include "platform/user_defaults.h"
 
-using documents::file_text;
+using documents::file_text, documents::preserves_supplementary_characters;
 
 namespace {
 
 bool preserves_format() {
   return platform::user_defaults::standard().boolean("WynFileEncodingAndLineEndingsPreserve", true);
-}
-
-bool preserves_supplementary_characters() {
-  return platform::user_defaults::standard().boolean("WynPreserveSupplementaryCharacters", true);
 }
 
 std::unique_ptr<text::storage> storage_with(text::text_block const& units) {

@@ -11,6 +11,7 @@
 #include "encoding/estimate_buffer.h"
 #include "encoding/harmonize_units.h"
 #include "path/file_reader.h"
+#include "platform/user_defaults.h"
 
 namespace documents {
 namespace {
@@ -79,6 +80,10 @@ bool is_odd_control(char16_t unit) {
 }
 
 }  // namespace
+
+bool preserves_supplementary_characters() {
+  return platform::user_defaults::standard().boolean("WynPreserveSupplementaryCharacters", true);
+}
 
 std::optional<path::file_error> read_file_text(std::string const& path,
                                                std::optional<encoding::charset_t> charset,

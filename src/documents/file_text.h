@@ -27,6 +27,10 @@ struct file_text {
   std::optional<file_stamp> stamp;
 };
 
+/// By the user default WynPreserveSupplementaryCharacters: whether a character of UTF-8 above
+/// U+FFFF is to be two units.
+bool preserves_supplementary_characters();
+
 /// Reads the file at `path` in `charset`, or in the one that it seems to be in. With `pairs` a
 /// character of UTF-8 above U+FFFF is two units. The bytes are read into the memory in which they
 /// are then decoded, twice their size, and that is all that is used. Nothing if `text` has been

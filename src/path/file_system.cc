@@ -116,17 +116,21 @@ std::string abbreviate_with_tilde(std::string const& path) {
   return folder != "/" && path.starts_with(folder + "/") ? "~" + path.substr(folder.size()) : path;
 }
 
-std::string content(std::string const& path) {
-  std::string bytes;
+std::optional<file_error> read_content(std::string const& path, std::string& bytes) {
   file_reader reader;
-  if (reader.open(path)) return "";
+  if (auto error = reader.open(path)) return error;
   reader.will_be_read_once();
   char buffer[8192];
   for (;;) {
     auto const [count, error] = reader.read(buffer, sizeof buffer);
     bytes.append(buffer, count);
-    if (error || count < sizeof buffer) return bytes;
+    if (error || count < sizeof buffer) return error;
   }
+}
+
+std::string content(std::string const& path) {
+  std::string bytes;
+  return read_content(path, bytes) ? "" : bytes;
 }
 
 }  // namespace path

@@ -2,7 +2,10 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
+
+#include "path/file_error.h"
 
 /// Questions to the file system. Paths are byte strings. Any thread.
 namespace path {
@@ -34,6 +37,9 @@ std::string standardize(std::string const& path);
 
 /// The path with "~" for the home folder, for messages.
 std::string abbreviate_with_tilde(std::string const& path);
+
+/// Appends what the file holds to `bytes`; also what came before an error.
+std::optional<file_error> read_content(std::string const& path, std::string& bytes);
 
 /// What the file holds; "" if it can't be read or is no regular file.
 std::string content(std::string const& path);

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace encoding {
+namespace documents {
 
 /// Appends the text of the file at `path` to `out`, for insertion in a buffer; with a header that
 /// names the file, its charset and line ends if `with_header`. Line ends are normalised in the
@@ -11,4 +11,4 @@ namespace encoding {
 /// only regular files can.
 bool load_file(std::string const& path, std::vector<char16_t>& out, bool with_header);
 
-}  // namespace encoding
+}  // namespace documents
