@@ -4,6 +4,7 @@
 #include "desktop/QtText.h"
 
 #include <QAction>
+#include <QToolButton>
 
 namespace widgets {
 namespace {
@@ -87,6 +88,9 @@ QMenu* make_menu(menu_items items, MenuTarget& target, QWidget* parent) {
 
 MenuBar::MenuBar(menu_items const& menus, MenuTarget& target, QWidget* parent) : QMenuBar(parent) {
   setNativeMenuBar(false);
+  // What stands for the menus that don't fit; see LeanStyle.
+  if (auto* const more = findChild<QToolButton*>(QStringLiteral("qt_menubar_ext_button")))
+    more->setText(QStringLiteral("\u00BB"));
   for (platform::menu_item const& item : *menus) {
     // Shares the list of all menus and points into it.
     QMenu* const menu = make_menu(menu_items(menus, &item.items), target, this);

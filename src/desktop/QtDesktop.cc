@@ -3,6 +3,7 @@
 #include "bundles/WynKeyEvent.h"
 #include "desktop/EditorWindow.h"
 #include "desktop/ImageStore.h"
+#include "desktop/LeanStyle.h"
 #include "desktop/QtText.h"
 
 #include <QIcon>
@@ -25,6 +26,12 @@ std::string normalized(std::string const& key_string) {
   return event.stringRepresentation();
 }
 
+platform::application_delegate* application_behind(platform::responder& first) {
+  for (platform::responder* r = &first; r != nullptr; r = r->nextResponder())
+    if (auto* const found = dynamic_cast<platform::application_delegate*>(r)) return found;
+  return nullptr;
+}
+
 }  // namespace
 
 bool Application::event(QEvent* event) {
@@ -40,6 +47,7 @@ QtDesktop::QtDesktop(int& argc, char** argv)
   QApplication::setApplicationDisplayName(QStringLiteral("Quirnote"));
   QApplication::setDesktopFileName(QStringLiteral("quirnote"));
   QApplication::setQuitOnLastWindowClosed(false);
+  QApplication::setStyle(new LeanStyle);
   set_current(this);
 }
 
@@ -50,6 +58,8 @@ QtDesktop::~QtDesktop() {
 std::unique_ptr<platform::window> QtDesktop::make_window(platform::window_delegate& delegate,
                                                          platform::view_client& client,
                                                          platform::responder& first) {
+  // Windows for the files of the command line come before run() does.
+  if (delegate_ == nullptr) delegate_ = application_behind(delegate);
   return std::make_unique<EditorWindow>(*this, delegate, client, first);
 }
 
@@ -96,8 +106,7 @@ int QtDesktop::run(platform::application_delegate& app) {
   app.didFinishLaunching();
   // Not needed for the first window to appear.
   QTimer::singleShot(0, &qt_, [] {
-    QString const path = image_path(QStringLiteral("quirnote.png"));
-    if (!path.isEmpty()) QApplication::setWindowIcon(QIcon(path));
+    QApplication::setWindowIcon(QIcon(QPixmap::fromImage(image_named("quirnote", 1))));
   });
   int const status = terminated_ ? 0 : QApplication::exec();
   delegate_ = nullptr;
