@@ -191,13 +191,13 @@ value const& value::operator[](std::string_view key) const {
   return found == all.end() ? nothing : found->second;
 }
 
-plist::array const& value::elements() const {
+plist::array const& value::elements() const& {
   static plist::array const none;
   auto const* array = as_array();
   return array ? *array : none;
 }
 
-plist::dictionary const& value::entries() const {
+plist::dictionary const& value::entries() const& {
   static plist::dictionary const none;
   auto const* dictionary = as_dictionary();
   return dictionary ? *dictionary : none;

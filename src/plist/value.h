@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -84,9 +85,12 @@ class value {
   /// The value under `key`; nothing when this is no dictionary or has no such key.
   value const& operator[](std::string_view key) const;
   /// The elements; an empty range when this is no array.
-  plist::array const& elements() const;
+  plist::array const& elements() const&;
   /// The entries in the order of the keys' bytes; an empty range when this is no dictionary.
-  plist::dictionary const& entries() const;
+  plist::dictionary const& entries() const&;
+  /// Copies when the value is a temporary, so that a loop may run over what a function returned.
+  plist::array elements() && { return std::as_const(*this).elements(); }
+  plist::dictionary entries() && { return std::as_const(*this).entries(); }
 
   /// Equal kind and equal content; the integer 1, the real 1.0 and true are three values.
   friend bool operator==(value const& a, value const& b);
