@@ -158,7 +158,14 @@ bool WynDocument::checkForFilesystemChanges() {
   bool const pairs = preserves_supplementary_characters();
   file_text text;
   std::optional<path::file_error> error;
-  if (!readAgain(std::nullopt, pairs, text, error) || !text.stamp) return false;
+  if (!readAgain(std::nullopt, pairs, text, error)) {
+    if (!error) {  // for lack of memory, which is told once for each change
+      fileStamp_ = stamp;
+      fileContent_ = file_content::not_loaded;
+    }
+    return false;
+  }
+  if (!text.stamp) return false;
   useMarkOf(text);
   bool const equal = documents::holds(*storage_, text.units.view());
   bool const replace = !equal && !isToBeKept();

@@ -144,7 +144,15 @@ TEST_F(document, takes_over_changes_from_outside) {
   d->storage().undo_manager.undo();
   EXPECT_EQ(text_of(*d), u"old\n");
   EXPECT_TRUE(d->isDocumentEdited());
-  EXPECT_EQ(alerts(), strings());
+
+  defaults().set("WynFileEncodingAndLineEndingsPreserve", false);
+  answer("Warning", "Revert");
+  folder.write("file", "\xE9\r");
+  EXPECT_TRUE(d->checkForFilesystemChanges());
+  EXPECT_EQ(text_of(*d), u"\u00E9\n");
+  EXPECT_EQ(d->fileEncoding(), encoding::UTF8);  // the one before, as is the mark
+  EXPECT_EQ(d->lineEnding(), line_ending::CRLF);
+  EXPECT_TRUE(d->byteOrderMark());
 }
 
 TEST_F(document, lets_the_user_choose_between_two_changes) {
@@ -186,6 +194,44 @@ TEST_F(document, is_saved_when_its_file_comes_to_hold_the_same) {
   d->storage().undo_manager.undo();
   EXPECT_TRUE(d->isDocumentEdited());
   EXPECT_EQ(alerts(), strings());
+}
+
+TEST_F(document, tells_once_that_a_change_is_too_large) {
+  auto const d = document_of("text");
+  if (truncate(d->filename().c_str(), off_t{3} << 30) != 0) GTEST_SKIP() << "no sparse files here";
+  EXPECT_FALSE(d->checkForFilesystemChanges());
+  EXPECT_FALSE(d->checkForFilesystemChanges());
+  EXPECT_EQ(alerts().size(), 1u);
+  EXPECT_EQ(text_of(*d), u"text");
+  EXPECT_FALSE(save(d));  // asks, as the file holds more than was ever seen
+  EXPECT_EQ(alerts().size(), 1u);
+}
+
+/// Looks for changes while a question is on the screen, as an application does that becomes active.
+class looking_desktop : public headless::headless_desktop {
+ public:
+  explicit looking_desktop(WynDocument& document) : alerts_(document) {}
+  headless::scripted_alerts& alerts() override { return alerts_; }
+
+ private:
+  struct looking_alerts : headless::scripted_alerts {
+    explicit looking_alerts(WynDocument& d) : document(d) {}
+    std::size_t run(platform::alert const& question) override {
+      EXPECT_FALSE(document.checkForFilesystemChanges());
+      return scripted_alerts::run(question);
+    }
+    WynDocument& document;
+  };
+  looking_alerts alerts_;
+};
+
+TEST_F(document, asks_one_question_at_a_time) {
+  auto const d = document_of("old");
+  type(*d, u" mine");
+  folder.write("file", "theirs");
+  looking_desktop desktop(*d);
+  EXPECT_FALSE(d->checkForFilesystemChanges());
+  EXPECT_EQ(desktop.alerts().shown.size(), 1u);
 }
 
 TEST_F(document, sees_changes_behind_a_link) {
