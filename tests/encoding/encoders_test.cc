@@ -95,16 +95,6 @@ TEST(Supplementary, EveryCharacterComesBackAsItsBytes) {
   }
 }
 
-TEST(BlockAppender, AppendsFullPiecesAtOnceAndTheRestAtTheEnd) {
-  for (std::size_t size : {0, 1, 255, 256, 257, 511, 512, 5000}) {
-    units text(size);
-    for (std::size_t i = 0; i < size; ++i) text[i] = i % 251;
-    std::string block = "before";
-    convert_from_unicode(text.begin(), text.end(), Latin1, block_appender<std::string>(block));
-    EXPECT_EQ(block, "before" + std::string(text.begin(), text.end())) << size;
-  }
-}
-
 TEST(BlockAppender, CopiesShareTheBuffer) {
   bytes block;
   {

@@ -4,6 +4,7 @@
 
 #include "encoding/estimate.h"
 #include "encoding/estimate_buffer.h"
+#include "encoding/line_ending.h"
 
 namespace {
 
@@ -77,29 +78,12 @@ TEST(Estimate, StatisticsDecideByTheGreaterScore) {
   EXPECT_EQ(probabilityFor(text.begin(), text.end(), weights, 4), 1.25f);  // ASCII counts nothing
 }
 
-TEST(Estimate, TestsGiveAllOrNothing) {
-  auto const utf8 = [](std::string const& s) { return probabilityForUTF8(s.begin(), s.end()); };
-  EXPECT_EQ(utf8(""), 100u);
-  EXPECT_EQ(utf8("\xEF\xBB\xBF\xC3\xA9"), 100u);
-  EXPECT_EQ(utf8("\x80"), 0u);
-  EXPECT_EQ(utf8("\xC3"), 0u);
-  EXPECT_EQ(utf8("\xC3"
-                 "a"),
-            0u);
-  std::string const be = "\xFE\xFF";
-  EXPECT_EQ(probabilityForUTF16BE(be.begin(), be.end()), 100u);
-  EXPECT_EQ(probabilityForUTF16LE(be.begin(), be.end()), 0u);
-  EXPECT_EQ(probabilityForUTF16BE(be.begin(), be.begin()), 0u);
-}
-
-TEST(Charset, KeysAndNames) {
-  for (int c = ASCII; c <= Unknown; ++c) {
-    if (!charset_key[c]) continue;
-    EXPECT_EQ(charset_for_key(charset_key[c]), charset_t(c));
-  }
+TEST(UserDefaults, NameCharsetsAndLineEnds) {
   EXPECT_EQ(charset_for_key("utf-16-le"), UTF16LE);
+  EXPECT_EQ(charset_for_key("cp-1252"), CP1252);
   EXPECT_EQ(charset_for_key("UTF8"), std::nullopt);
-  EXPECT_STREQ(charset_name[CP1252], "CP1252");
+  EXPECT_EQ(line_ending::type_for_key("crlf"), line_ending::CRLF);
+  EXPECT_EQ(line_ending::type_for_key("LF"), std::nullopt);
 }
 
 }  // namespace

@@ -67,11 +67,4 @@ TEST(LineEnding, HarmonizeUnitsCountsBeyondSixteenBits) {
   EXPECT_FALSE(result.ends.mixed());
 }
 
-TEST(LineEnding, Keys) {
-  EXPECT_EQ(line_ending::type_for_key("lf"), line_ending::LF);
-  EXPECT_EQ(line_ending::type_for_key("cr"), line_ending::CR);
-  EXPECT_EQ(line_ending::type_for_key("crlf"), line_ending::CRLF);
-  EXPECT_EQ(line_ending::type_for_key("LF"), std::nullopt);
-}
-
 }  // namespace
