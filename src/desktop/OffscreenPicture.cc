@@ -25,11 +25,14 @@ class PictureHost final : public platform::view_host {
   }
   ~PictureHost() { client_.set_host(nullptr); }
 
+  // The size is known only once the client has a host's font. Then it starts anew, as a view of
+  // one pixel has scrolled to the caret.
   void resize(int columns, int rows) {
     platform::size const wanted = client_.size_for(columns, rows);
-    visible_.width = std::clamp(std::ceil(wanted.width), 1.0, double(max_side));
-    visible_.height = std::clamp(std::ceil(wanted.height), 1.0, double(max_side));
-    client_.visible_rect_changed();
+    visible_ = {0, 0, std::clamp(std::ceil(wanted.width), 1.0, double(max_side)),
+                std::clamp(std::ceil(wanted.height), 1.0, double(max_side))};
+    client_.set_host(nullptr);
+    client_.set_host(this);
   }
 
   QImage paint() {
