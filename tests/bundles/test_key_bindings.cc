@@ -52,8 +52,6 @@ class key_bindings : public testing::Test {
   std::string folder_;
 };
 
-std::string const shipped = QUIRNOTE_SOURCE_DIR "/share/KeyBindings.dict";
-
 }  // namespace
 
 TEST(key_strings, normalized) {
@@ -175,34 +173,4 @@ TEST_F(key_bindings, files_of_the_library_domains) {
   ASSERT_GE(files.size(), 2U);
   EXPECT_EQ(files[files.size() - 2], system);
   EXPECT_EQ(files.back(), user);
-}
-
-TEST(shipped_key_bindings, are_complete) {
-  auto const bindings =
-      read_key_binding_file(shipped, [](std::string const& message) { ADD_FAILURE() << message; });
-  struct {
-    char const* key;
-    char const* action;
-  } const rows[] = {
-      {"\uF702", "moveLeft:"},
-      {"$\uF702", "moveLeftAndModifySelection:"},
-      {"@\uF702", "moveWordLeft:"},
-      {"#@\uF703", "moveWordRight:"},
-      {"~$\uF703", "moveSubWordRightAndModifySelection:"},
-      {"~\uF700", "moveToBeginningOfColumn:"},
-      {"$@\uF72B", "moveToEndOfDocumentAndModifySelection:"},
-      {"$\uF72C", "pageUpAndModifySelection:"},
-      {"\x7F", "deleteBackward:"},
-      {"$@\uF728", "deleteToEndOfParagraph:"},
-      {"\r", "insertNewline:"},
-      {"\x19", "insertBacktab:"},
-      {"\uF727", "toggleOverwriteMode:"},
-      {"$\uF727", "paste:"},
-      {"\x1B", "cancel:"},
-  };
-  for (auto const& row : rows) {
-    auto const found = bindings.find(row.key);
-    ASSERT_NE(found, bindings.end()) << row.action;
-    EXPECT_EQ(found->second.string_or(""), row.action);
-  }
 }

@@ -1,0 +1,64 @@
+#include "bundles/WynKeyEvent.h"
+#include "bundles/key_binding_file.h"
+#include "documents/WynDocument.h"
+#include "headless/headless_desktop.h"
+#include "platform/user_defaults.h"
+#include "plist/xml_reader.h"
+#include "textview/WynTextView.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+std::string share(std::string const& name) {
+  return QUIRNOTE_SOURCE_DIR "/share/" + name;
+}
+
+plist::dictionary shipped_bindings() {
+  return read_key_binding_file(share("KeyBindings.dict"),
+                               [](std::string const& fault) { ADD_FAILURE() << fault; });
+}
+
+std::vector<std::string> menu_keys(plist::value const& menus) {
+  std::vector<std::string> keys;
+  auto const add = [&](plist::value const& part) {
+    for (auto& key : menu_keys(part)) keys.push_back(std::move(key));
+  };
+  for (auto const& element : menus.elements()) add(element);
+  for (auto const& [name, value] : menus.entries()) {
+    if (name == "key") keys.push_back(value.string_or(""));
+    add(value);
+  }
+  return keys;
+}
+
+}  // namespace
+
+TEST(shipped_keys, have_actions_that_the_text_view_knows) {
+  headless::headless_desktop desktop;
+  auto former =
+      platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""));
+  WynTextView view;
+  view.setDocument(WynDocument::document());
+  for (auto const& [key, binding] : shipped_bindings()) {
+    auto const actions = binding.as_array() ? binding.elements() : plist::array{binding};
+    for (auto const& action : actions)
+      EXPECT_TRUE(view.tryToPerformWith(action.string_or(""), {})) << action.string_or(key);
+  }
+  view.setDocument(nullptr);
+  platform::user_defaults::set_standard(std::move(former));
+}
+
+// A key's binding comes before the menu that shows the same key.
+TEST(shipped_keys, leave_the_keys_of_menus_alone) {
+  std::ifstream file(share("menus.plist"));
+  std::stringstream text;
+  text << file.rdbuf();
+  auto const keys = menu_keys(plist::read_xml(text.str()).value);
+  EXPECT_GT(keys.size(), 10U);
+  auto const bindings = shipped_bindings();
+  for (auto const& key : keys) EXPECT_FALSE(bindings.contains(key)) << key;
+}
