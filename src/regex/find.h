@@ -15,10 +15,9 @@
 /// an answer that is false and says `gave_up()`.
 ///
 /// Over reverse iterators the text is read backwards, and so is everything in the pattern: "ab"
-/// finds the text "ba"; "^" and "\A" hold at the end of a line and of the text, "$" and "\z" at the
-/// start;
-/// "\<" holds at the end of a word, "\>" at its start; look-ahead looks towards the start of the
-/// text.
+/// finds the text "ba"; "^" and "\A" hold at the end of a line and of the text, "$" and "\z" at
+/// the start; "\<" holds at the end of a word, "\>" at its start; look-ahead looks towards the
+/// start of the text.
 namespace regex {
 
 namespace detail {

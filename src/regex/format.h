@@ -37,11 +37,11 @@ extern template char16_t const* parse_format(char16_t const*, char16_t const*, s
 
 /// A replacement text, parsed:
 ///
-///     $1          the text of the group; nothing if it took no part in the match
-///     ?1then:else by whether group 1 took part; the else part runs up to the end of the text
-///     around it (text)      brackets a condition; has no output of its own \Utext\E    in upper
-///     case; \L in lower case; up to the end of the text around it without \E \n, \t, ... units, as
-///     in a pattern; \ before any other unit stands for that unit
+///     $1            the text of the group; nothing if it took no part in the match
+///     ?1then:else   by whether group 1 took part; "else" ends where the text around it does
+///     (text)        brackets a condition; has no output of its own
+///     \Utext\E      in upper case, \L in lower; without \E to the end of the text around it
+///     \n, \t, ...   units, as in a pattern; \ before any other unit stands for that unit
 ///
 /// `T` is the unit it is written in, `Out` the output iterator that results are written to.
 template <class T, class Out>

@@ -26,8 +26,7 @@ inline constexpr unsigned max_recursion_level = 63;
 template <class Iterator>
 struct SubMatch {
   Iterator begin{}, end{};
-  Iterator
-      opened{};  // the group was entered here and isn't closed yet; the rest is of the last time
+  Iterator opened{};  // where a group that isn't closed yet was entered
   bool unset = true;
 };
 

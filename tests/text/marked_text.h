@@ -9,8 +9,7 @@
 /// is UTF-8; these characters are marks, so they can't be part of the text:
 ///
 ///     |     the caret
-///     [ ]   where the selection began (`first_mark`) and where it ends (`last_mark`); a selection
-///     that
+///     [ ]   where the selection began (`first_mark`) and where it ends (`last_mark`); one that
 ///           runs backward is drawn as ]text[
 ///     { }   the same for a selection in column mode
 ///     ·     (U+00B7) one virtual column: counts for the next mark, as in "ab··|" for a caret two
