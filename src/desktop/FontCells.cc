@@ -53,6 +53,17 @@ shaped_cluster shape(QFont const& font, std::u16string_view text) {
   return shaped;
 }
 
+// A text in a script that no font covers is no fault that standard error should hear of, font by
+// font.
+void silence_font_search() {
+  static QtMessageHandler next = nullptr;
+  next = qInstallMessageHandler(
+      [](QtMsgType type, QMessageLogContext const& context, QString const& message) {
+        if (!message.contains(QLatin1String("OpenType support missing")))
+          next(type, context, message);
+      });
+}
+
 }  // namespace
 
 FontFace::FontFace(QFont const& font) : font_(font), raw_(QRawFont::fromFont(font)) {
@@ -118,6 +129,7 @@ std::shared_ptr<FontCells> cells_for(platform::font const& font, double device_p
     if (auto cells = entry.lock();
         cells && cells->font() == font && cells->device_pixel_ratio() == device_pixel_ratio)
       return cells;
+  [[maybe_unused]] static bool const quiet = (silence_font_search(), true);
   auto cells = std::make_shared<FontCells>(font, device_pixel_ratio);
   known.push_back(cells);
   return cells;
