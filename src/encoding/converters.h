@@ -9,11 +9,9 @@
 
 /// Conversion between the bytes of a file and the 16-bit units of the text buffer.
 ///
-///     bool has_bom = false;
 ///     std::vector<char16_t> units;
 ///     charset_t charset = encoding::estimate(bytes.begin(), bytes.end());
-///     convert_to_unicode(bytes.begin(), bytes.end(), charset, std::back_inserter(units),
-///     &has_bom);
+///     convert_to_unicode(bytes.begin(), bytes.end(), charset, std::back_inserter(units));
 ///
 /// These take any iterators. For whole files in memory see decode_in_place.h, stream_encoder.h.
 namespace encoding {

@@ -66,10 +66,9 @@ std::optional<file_error> file_output::close() {
 }
 
 std::optional<file_error> sync_folder_of(std::string const& path, file_system_calls& calls) {
-  auto const slash = path.rfind('/');
-  std::string const folder = slash == path.npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
   file_output output(calls);
-  if (output.open(folder, O_RDONLY | O_DIRECTORY)) return std::nullopt;  // writable, not readable
+  if (output.open(platform::folder_of(path), O_RDONLY | O_DIRECTORY))
+    return std::nullopt;  // writable, but not readable
   if (auto failure = output.sync()) return failure;
   return output.close();
 }

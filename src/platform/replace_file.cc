@@ -58,12 +58,6 @@ std::string target_of_links(std::string const& path) {
   return ::realpath(path.c_str(), resolved) ? resolved : path;
 }
 
-std::string folder_of(std::string const& path) {
-  auto const slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 std::string temporary_name(std::string const& path) {
   static unsigned counter = 0;
   return path + temporary_mark + std::to_string(::getpid()) + "-" + std::to_string(++counter);
@@ -106,6 +100,12 @@ mode_t mode_to_keep(std::string const& path) {
 }
 
 }  // namespace
+
+std::string folder_of(std::string const& path) {
+  auto const slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
 
 int read_file(std::string const& path, std::string& contents, file_calls& calls,
               struct stat* info) {

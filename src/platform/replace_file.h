@@ -29,6 +29,9 @@ class file_calls {
   static file_calls& system();
 };
 
+/// The folder whose entry `path` is: "." for a bare name.
+std::string folder_of(std::string const& path);
+
 /// Reads the whole file. Returns 0 or an errno.
 int read_file(std::string const& path, std::string& contents, file_calls& calls,
               struct stat* info = nullptr);

@@ -194,7 +194,7 @@ void user_defaults::reload() {
   file_state now = read_current();
   if (now.damage) {
     // What looks damaged may have been replaced meanwhile: only the holder of the lock judges.
-    folder_lock const lock(folder());
+    folder_lock const lock(folder_of(path_));
     now = read_current();
     if (now.damage) now.error = lock.error() ? lock.error() : set_aside(now);
   }
@@ -205,8 +205,8 @@ void user_defaults::reload() {
 }
 
 int user_defaults::store_pending() {
-  if (!make_folders(folder())) return errno;
-  folder_lock const lock(folder());
+  if (!make_folders(folder_of(path_))) return errno;
+  folder_lock const lock(folder_of(path_));
   if (lock.error()) return lock.error();
   file_state now = read_current();
   if (now.damage) now.error = set_aside(now);
@@ -263,12 +263,6 @@ int user_defaults::set_aside(file_state& damaged) {
 user_defaults::signature user_defaults::signature_of(struct stat const& info) {
   return {info.st_dev, info.st_ino, info.st_size,
           std::int64_t{info.st_mtim.tv_sec} * 1'000'000'000 + info.st_mtim.tv_nsec};
-}
-
-std::string user_defaults::folder() const {
-  auto const slash = path_.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path_.substr(0, slash);
 }
 
 void user_defaults::report(std::string const& message) {

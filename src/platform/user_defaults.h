@@ -93,7 +93,6 @@ class user_defaults {
   void store_layer(std::string_view key, std::optional<plist::value> v);
   void report(std::string const& message);
   void post() const;
-  std::string folder() const;
 
   std::string path_;
   file_calls& calls_;

@@ -4,6 +4,7 @@
 #include <optional>
 #include <type_traits>
 
+#include "plist/blanks.h"
 #include "plist/description.h"
 
 namespace plist {
@@ -58,13 +59,6 @@ bool equals_ignoring_case(std::string_view text, std::string_view lower_case) {
     if (c != lower_case[i]) return false;
   }
   return true;
-}
-
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view blanks = " \t\n\r";
-  auto const first = text.find_first_not_of(blanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
 template <typename T>

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "plist/blanks.h"
 #include "plist/xml_scalars.h"
 
 namespace plist {
@@ -43,16 +44,6 @@ element_name const* find_element(std::string_view name) {
 
 std::string_view name_of(element e) {
   return element_names[static_cast<std::size_t>(e)].name;
-}
-
-bool is_blank(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
-  return text;
 }
 
 std::string quoted(std::string_view text) {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "plist/blanks.h"
 #include "plist/calendar.h"
 #include "plist/description.h"
 
@@ -34,10 +35,6 @@ constexpr std::array<std::int8_t, 256> sextets = [] {
     table[static_cast<unsigned char>(alphabet[i])] = static_cast<std::int8_t>(i);
   return table;
 }();
-
-constexpr bool is_blank(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
 
 // "YYYY-MM-DDTHH:MM:SS", digits wherever the pattern has a 0.
 bool has_date_shape(std::string_view text) {
