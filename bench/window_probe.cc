@@ -59,7 +59,8 @@ class probe {
     _exit(127);
   }
 
-  // The first large window of the program.
+  // The first large window of the program. A small one before it asks whether a file of such a
+  // size is to be opened: yes.
   double wait_for_map() {
     while (ms_since(start_) < give_up) {
       XEvent event;
@@ -68,7 +69,9 @@ class probe {
       XWindowAttributes a;
       if (!XGetWindowAttributes(display_, event.xmap.window, &a) || a.width < 100) continue;
       window_ = event.xmap.window;
-      return ms_since(start_);
+      if (a.width >= 400 || a.height >= 300) return ms_since(start_);
+      focus();
+      send_key(XK_Return);
     }
     fail("no window");
   }
@@ -84,8 +87,7 @@ class probe {
 
   // Waits until nothing but a caret changes any more.
   void settle() {
-    XSetInputFocus(display_, window_, RevertToParent, CurrentTime);
-    XSync(display_, False);
+    focus();
     watch_damage();
     auto quiet_since = clock_type::now();
     while (ms_since(quiet_since) < 700) {
@@ -95,11 +97,8 @@ class probe {
   }
 
   double press_key(KeySym symbol) {
-    KeyCode const code = XKeysymToKeycode(display_, symbol);
     auto const pressed = clock_type::now();
-    XTestFakeKeyEvent(display_, code, True, CurrentTime);
-    XTestFakeKeyEvent(display_, code, False, CurrentTime);
-    XFlush(display_);
+    send_key(symbol);
     while (ms_since(pressed) < 2000) {
       XEvent event;
       if (!next_event(event) || !is_large_damage(event)) continue;
@@ -127,6 +126,18 @@ class probe {
   }
 
  private:
+  void focus() {
+    XSetInputFocus(display_, window_, RevertToParent, CurrentTime);
+    XSync(display_, False);
+  }
+
+  void send_key(KeySym symbol) {
+    KeyCode const code = XKeysymToKeycode(display_, symbol);
+    XTestFakeKeyEvent(display_, code, True, CurrentTime);
+    XTestFakeKeyEvent(display_, code, False, CurrentTime);
+    XFlush(display_);
+  }
+
   bool next_event(XEvent& event) {
     if (XPending(display_) == 0) {
       pollfd fd{ConnectionNumber(display_), POLLIN, 0};

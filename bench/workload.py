@@ -1,0 +1,111 @@
+"""What the programs are measured with: files and scripts, the same at each run."""
+
+import random
+from xml.sax.saxutils import escape
+
+from measuring import make_once
+
+WORDS = ("connection accepted from client timeout while reading response header upstream cache "
+         "miss for key worker process started with status").split()
+MIDDLE = 25_000_000  # a column of the long line
+
+
+def log_lines(size):
+    """Lines of a log, about `size` bytes of ASCII, each about 110 long."""
+    dice = random.Random(1)
+    written, seconds = 0, 1_700_000_000
+    while written < size:
+        seconds += dice.randint(0, 3)
+        line = "%d.%03d [%s] pid=%d %s %s %s id=%08x\n" % (
+            seconds, dice.randint(0, 999), dice.choice(["info", "warn", "debug", "error"]),
+            dice.randint(100, 9999), " ".join(dice.choices(WORDS, k=8)), dice.choice(WORDS),
+            dice.choice(WORDS), dice.getrandbits(32))
+        written += len(line)
+        yield line.encode()
+
+
+def head(path, size):
+    with open(path, "rb") as file:
+        return file.read(size)
+
+
+class Workload:
+    def __init__(self, folder):
+        self.folder = folder
+        folder.mkdir(parents=True, exist_ok=True)
+        self.log_100 = make_once(folder / "log-100.txt",
+                                 lambda out: out.writelines(log_lines(100_000_000)))
+        self.log_10 = self._cut("log-10.txt", 10_000_000)
+        self.log_half = self._cut("log-half.txt", 500_000)
+        self.line_50 = make_once(
+            folder / "line-50.txt",
+            lambda out: out.write(head(self.log_100, 50_000_000).replace(b"\n", b" ")))
+
+    def _cut(self, name, size):
+        return make_once(self.folder / name, lambda out: out.write(head(self.log_100, size)))
+
+    def macro(self, name, steps):
+        """A macro for our batch mode from pairs of selector and argument (None for none)."""
+        path = self.folder / f"{name}.plist"
+        with open(path, "w") as out:
+            out.write('<?xml version="1.0" encoding="UTF-8"?>\n<plist version="1.0"><array>\n')
+            for command, argument in steps:
+                tag = "integer" if isinstance(argument, int) else "string"
+                value = (f"<key>argument</key><{tag}>{escape(str(argument))}</{tag}>"
+                         if argument is not None else "")
+                out.write(f"<dict><key>command</key><string>{command}</string>{value}</dict>\n")
+            out.write("</array></plist>\n")
+        return str(path)
+
+    def random_places(self, count):
+        """Lines and columns from 1 in the log of 10 MB."""
+        with open(self.log_10, "rb") as file:
+            lengths = [len(line) for line in file.read().split(b"\n")]
+        dice = random.Random(2)
+        lines = [dice.randrange(len(lengths)) for _ in range(count)]
+        return [(line + 1, dice.randint(1, lengths[line] + 1)) for line in lines]
+
+    def insert_macro(self, places):
+        steps = []
+        for line, column in places:
+            steps += [("goToLineNumber:", line), ("goToColumnNumber:", column),
+                      ("insertText:", "y")]
+        return self.macro("inserts", steps + [("undo:", None)] * len(places))
+
+    def insert_scripts(self, places):
+        """The same for vim and neovim: each insertion a step of undo, then all are undone.
+        They print the number of bytes left, and how many steps there were."""
+        data = self.folder / "places.txt"
+        data.write_text("".join(f"{line} {column}\n" for line, column in places))
+        vim = self.folder / "inserts.vim"
+        vim.write_text(f"""
+set undolevels=1000000
+let s:places = map(readfile('{data}'), 'split(v:val)')
+function! s:Run()
+  for [line, column] in s:places
+    let text = getline(line)
+    let &undolevels = &undolevels
+    call setline(line, strpart(text, 0, column - 1) . 'y' . strpart(text, column - 1))
+  endfor
+  let steps = undotree().seq_cur
+  silent undo 0
+  verbose echo line2byte(line('$') + 1) - 1 steps
+endfunction
+call s:Run()
+quit!
+""")
+        lua = self.folder / "inserts.lua"
+        lua.write_text(f"""
+vim.o.undolevels = 1000000
+for text in io.lines('{data}') do
+  local line, column = text:match('(%d+) (%d+)')
+  line, column = line - 1, column - 1
+  vim.o.undolevels = vim.o.undolevels
+  vim.api.nvim_buf_set_text(0, line, column, line, column, {{'y'}})
+end
+local steps = vim.fn.undotree().seq_cur
+vim.cmd('silent undo 0')
+print(vim.fn.line2byte(vim.fn.line('$') + 1) - 1, steps)
+vim.cmd('quit!')
+""")
+        return str(vim), str(lua)
