@@ -93,7 +93,7 @@ screenshot() { import -window "$window" "$1"; }
 # different_pixels FILE FILE: prints how many; pictures of different sizes fail.
 different_pixels() { compare -metric AE "$1" "$2" null: 2>&1 || [[ $? -eq 1 ]]; }
 
-clipboard_is() { [[ $(xclip -o -selection clipboard) == "$1" ]]; }
+selection_is() { [[ $(xclip -o -selection "$1") == "$2" ]]; }
 file_is() { printf %s "$2" | cmp -s - "$1"; }
 
 # expect_file FILE TEXT: waits until the file holds just this text; trailing newlines count.
@@ -102,10 +102,13 @@ expect_file() {
   printf %s "$2" | diff -u --label expected --label "$1" - "$1" >&2 || return 1
 }
 
-# expect_clipboard TEXT: waits until the clipboard holds this text.
-expect_clipboard() {
-  wait_until clipboard_is "$1" && return
-  echo "the clipboard holds: $(xclip -o -selection clipboard)" >&2
+# expect_clipboard TEXT, expect_primary TEXT: wait until the clipboard, or what was selected
+# last, holds this text.
+expect_clipboard() { expect_selection clipboard "$1"; }
+expect_primary() { expect_selection primary "$1"; }
+expect_selection() {
+  wait_until selection_is "$1" "$2" && return
+  echo "the $1 selection holds: $(xclip -o -selection "$1")" >&2
   return 1
 }
 

@@ -44,7 +44,7 @@ expect_file file.txt $'gamma\nalpha\nbe\ngamma\n'
 
 # The middle button pastes what was selected last.
 click_at 1 2 1 2
-sleep 0.3 # the selection is published a moment after it was made
+expect_primary alpha
 click_at 2 2 2
 keys ctrl+s
 expect_file file.txt $'gamma\nalpha\nbealpha\ngamma\n'
@@ -52,10 +52,10 @@ expect_file file.txt $'gamma\nalpha\nbealpha\ngamma\n'
 # Quitting with unsaved changes asks; Escape keeps the program, and the changes.
 type_text 'unsaved'
 keys ctrl+q
-wait_until xdotool search --onlyvisible --name 'Quirnote|Save|save'
-sleep 0.5
+wait_window '^Quirnote$'
 keys Escape
-sleep 0.3
+wait_no_window '^Quirnote$'
+wait_window 'file.txt'
 is_running
 keys ctrl+s
 expect_file file.txt $'gamma\nalpha\nbealphaunsaved\ngamma\n'
