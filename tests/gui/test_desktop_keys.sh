@@ -1,0 +1,56 @@
+# What comes between the keyboard and the text: layouts, menus by key, panels, the wheel.
+printf 'one\ntwo\n' >file.txt
+start_editor file.txt
+wait_window 'file.txt'
+
+# keycode MODIFIERS CODE: a key by its place on the keyboard, whatever the layout makes of it.
+keycode() { xdotool keydown "$1" sleep 0.03 key "$2" sleep 0.03 keyup "$1"; }
+key_s=39 key_q=24
+
+# Alt with a letter that nothing is bound to is no text.
+keys alt+j ctrl+s
+type_text 'A'
+keys ctrl+s
+expect_file file.txt $'Aone\ntwo\n'
+
+# The third level of a layout is text; Ctrl means the Latin letter on a key of another script.
+setxkbmap de
+keycode ISO_Level3_Shift $key_q
+keys ctrl+s
+expect_file file.txt $'A@one\ntwo\n'
+setxkbmap ru,us
+xdotool key $key_q
+keycode ctrl $key_s
+expect_file file.txt $'A@йone\ntwo\n'
+setxkbmap us
+
+# A menu opens by Alt with its first letter; its first item is New.
+keys alt+f Down
+wait_until xdotool search --onlyvisible --class quirnote
+sleep 0.3
+keys Return
+wait_window 'untitled'
+type_text 'é'
+keys ctrl+shift+s
+wait_window 'Save As'
+keys ctrl+a
+type_text "$PWD/new.txt"
+keys Return
+expect_file new.txt 'é'
+wait_window 'new.txt'
+keys ctrl+w
+wait_no_window 'new.txt'
+
+# The wheel scrolls three lines a step, and a triple click selects the line.
+wait_window 'file.txt'
+seq 200 >lines.txt
+keys ctrl+a
+xclip -i -selection clipboard lines.txt
+keys ctrl+v ctrl+Home
+click 300 300 5 4
+click 60 30 1 3
+type_text 'X'
+keys ctrl+s
+expect_file file.txt "$(seq 12 && echo X14 && seq 15 200)"$'\n'
+keys ctrl+q
+wait_exit
