@@ -5,6 +5,8 @@
 
 #include <vector>
 
+#include "path/expand_braces.h"
+
 namespace {
 
 TEST(path, normalize) {
@@ -107,6 +109,40 @@ TEST(path, normalized_paths_are_clean) {
     EXPECT_TRUE(normal.empty() || normal[0] != '/' || path[0] == '/') << path;
     EXPECT_EQ(path::normalize(normal), normal) << path;
   }
+}
+
+TEST(path, expand_braces) {
+  using texts = std::vector<std::string>;
+  struct {
+    std::string given;
+    texts expected;
+  } const cases[] = {
+      {"", {""}},
+      {"a{b,c}d{e,f}", {"abde", "abdf", "acde", "acdf"}},
+      {"{,a}{b,}", {"b", "", "ab", "a"}},
+      {"{a,{b,c}d}e", {"ae", "bde", "cde"}},
+      {"*.{c,h}{,pp}", {"*.c", "*.cpp", "*.h", "*.hpp"}},
+      {"{}", {"{}"}},
+      {"{a}", {"{a}"}},
+      {"{{a,b}}", {"{a}", "{b}"}},
+      {"{a,{b}", {"a", "{b"}},  // the brace behind b closes the outer group
+      {"{a,b", {"{a,b"}},
+      {"{a,{b,c}", {"{a,b", "{a,c"}},
+      {"a,b}", {"a,b}"}},
+      {"\\{a,b\\}", {"{a,b}"}},
+      {"{a\\,b,c\\\\}", {"a,b", "c\\"}},
+      {"{\\a,b\\", {"{\\a,b\\"}},
+  };
+  for (auto const& c : cases) EXPECT_EQ(path::expand_braces(c.given), c.expected) << c.given;
+
+  std::string many, nested;
+  for (int i = 0; i < 100; ++i) many += "{a,b}";
+  EXPECT_EQ(path::expand_braces(many), texts{many});
+  many = "{a,b}" + std::string(10'000'000, 'x');
+  EXPECT_EQ(path::expand_braces(many), texts{many});
+  for (int i = 0; i < 20'000; ++i) nested += "{a,";
+  EXPECT_EQ(path::expand_braces(nested), texts{nested});
+  EXPECT_EQ(path::expand_braces(std::string(20'000, '{')), texts{std::string(20'000, '{')});
 }
 
 }  // namespace

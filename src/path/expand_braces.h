@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace path {
+
+/// All the texts that one with alternatives in braces stands for, the first group varying slowest:
+///
+///     path::expand_braces("a{b,c}d{e,f}")  // abde, abdf, acde, acdf
+///
+/// Groups nest, and an alternative may be empty. A brace that belongs to no group of at least two
+/// alternatives is plain text, and so is one of "{,}\" behind a backslash. A text whose
+/// alternatives come to more than 16 MiB is not expanded: the result is that text alone. Any
+/// thread.
+std::vector<std::string> expand_braces(std::string_view text);
+
+}  // namespace path
