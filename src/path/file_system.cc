@@ -96,10 +96,12 @@ std::string resolve_head(std::string const& path) {
 }
 
 std::string standardize(std::string const& path) {
-  std::string full = path == "~" || path.starts_with("~/")
-                         ? platform::home_folder() + path.substr(1)
-                     : path.starts_with('/') ? path
-                                             : cwd() + "/" + path;
+  bool const relative = !path.starts_with('/') && path != "~" && !path.starts_with("~/");
+  std::string const working_folder = relative ? cwd() : "";
+  if (relative && working_folder.empty()) return normalize(path);
+  std::string const full = relative                ? working_folder + "/" + path
+                           : path.starts_with('/') ? path
+                                                   : platform::home_folder() + path.substr(1);
   std::string result = "/";
   std::istringstream components(full);
   for (std::string component; std::getline(components, component, '/');) {

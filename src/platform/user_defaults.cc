@@ -249,13 +249,20 @@ user_defaults::file_state user_defaults::read_current() {
 /// Gives the damaged file a name under which it is kept. The state becomes that of no file.
 int user_defaults::set_aside(file_state& damaged) {
   std::string name;
-  for (int n = 1;; ++n) {
+  bool linked = false;
+  for (int n = 1; !linked; ++n) {
     name = path_ + ".damaged-" + std::to_string(n);
-    if (calls_.link(path_.c_str(), name.c_str()) == 0) break;
-    if (errno != EEXIST) return errno;
+    linked = calls_.link(path_.c_str(), name.c_str()) == 0;
+    if (linked || errno == EEXIST) continue;
+    if (errno != EPERM && errno != EOPNOTSUPP) return errno;
+    // A file system without hard links. The lock makes looking first safe enough.
+    if (::access(name.c_str(), F_OK) != 0) break;
   }
-  report(path_ + ":" + *damaged.damage + "; the file is kept as " + name);
-  if (calls_.unlink(path_.c_str()) != 0) return errno;
+  bool const gone =
+      linked ? calls_.unlink(path_.c_str()) == 0 : calls_.rename(path_.c_str(), name.c_str()) == 0;
+  int const error = gone ? 0 : errno;
+  if (gone || linked) report(path_ + ":" + *damaged.damage + "; the file is kept as " + name);
+  if (error) return error;
   damaged = {};
   return 0;
 }

@@ -84,7 +84,13 @@ TEST(file_system, standardize) {
   EXPECT_EQ(path::standardize(folder / "link/../c"), folder / "a/c");
   EXPECT_EQ(path::standardize("/../x"), "/x");
   EXPECT_EQ(path::standardize("/"), "/");
-  EXPECT_EQ(path::standardize("x\n"), path::cwd() + "/x\n");
+  std::string const here = path::cwd();
+  EXPECT_EQ(path::standardize("x\n"), here + "/x\n");
+  std::filesystem::create_directory(folder / "gone");
+  ASSERT_EQ(chdir((folder / "gone").c_str()), 0);
+  std::filesystem::remove(folder / "gone");
+  EXPECT_EQ(path::standardize("x"), "x");  // and not /x
+  ASSERT_EQ(chdir(here.c_str()), 0);
   std::string const home = path::standardize("~");
   EXPECT_EQ(path::standardize("~/x"), home + "/x");
   EXPECT_EQ(path::standardize("/~/x"), "/~/x");

@@ -301,6 +301,26 @@ TEST_F(user_defaults_test, damaged_files_are_kept_aside) {
   }
 }
 
+TEST_F(user_defaults_test, damaged_files_are_kept_aside_without_hard_links_too) {
+  struct : platform::file_calls {
+    int link(char const*, char const*) override {
+      errno = EPERM;
+      return -1;
+    }
+  } calls;
+  testing::internal::CaptureStderr();
+  for (std::string const damage : {"one", "two"}) {
+    write(damage);
+    user_defaults defaults(path_, calls);
+    defaults.set("a", 1);
+    EXPECT_TRUE(defaults.save());
+  }
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ(text(path_ + ".damaged-1"), "one");
+  EXPECT_EQ(text(path_ + ".damaged-2"), "two");
+  EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
+}
+
 TEST_F(user_defaults_test, damage_while_running_keeps_unsaved_settings) {
   user_defaults defaults(path_);
   defaults.set("a", 1);
