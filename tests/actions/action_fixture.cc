@@ -71,10 +71,18 @@ class fixed_rows : public text::switchable_filter {
 
 }  // namespace
 
-action_fixture::action_fixture() {
+action_fixture::action_fixture(std::string_view modes) {
   view.set_tab_size(4);
   register_movement_functions(actions);
   register_view_actions(actions, titles);
+  auto const has = [&](char mode) { return modes.find(mode) != modes.npos; };
+  view.set_freehanded_mode(has('f'));
+  view.set_treats_spaces_as_tabs(has('s'));
+  view.overwrite_mode = has('o');
+  if (!has('w')) return;
+  view.screen_width = 4;
+  view.install_soft_wrap_filter(std::make_unique<fixed_rows>(view));
+  view.set_soft_wrap(true);
 }
 
 std::string action_fixture::run(std::string_view before, std::string_view names) {
@@ -87,26 +95,4 @@ std::string action_fixture::run(std::string_view before, std::string_view names)
     if (!actions.perform_action(name, &view)) failures += '!';
   }
   return failures + marked_text::get(view);
-}
-
-void apply_modes(text::view& view, std::string_view modes) {
-  auto const has = [&](char mode) { return modes.find(mode) != modes.npos; };
-  view.set_freehanded_mode(has('f'));
-  view.set_treats_spaces_as_tabs(has('s'));
-  if (has('w')) {
-    view.screen_width = 4;
-    view.install_soft_wrap_filter(std::make_unique<fixed_rows>(view));
-    view.set_soft_wrap(true);
-  }
-  view.overwrite_mode = has('o');
-}
-
-void expect_outcomes(std::initializer_list<action_case> cases) {
-  for (auto const& row : cases) {
-    action_fixture fixture;
-    apply_modes(fixture.view, row.modes);
-    EXPECT_EQ(fixture.run(row.before, row.actions), row.after)
-        << row.actions << " (" << row.modes << ") on\n"
-        << row.before;
-  }
 }

@@ -7,7 +7,9 @@
 
 /// A text, a view of it with tabs of four columns, and the actions by name.
 struct action_fixture {
-  action_fixture();
+  /// `modes` are letters of "f" freehanded mode, "s" spaces for tabs, "o" overwrite mode, "w" lines
+  /// wrapped after four units with the next unit on no row.
+  explicit action_fixture(std::string_view modes = "");
 
   /// Performs actions on the drawn text (see text/marked_text.h), whose names are separated by
   /// blanks and may lack their colon. Gives the drawing of the outcome, with a `!` in front for
@@ -19,17 +21,3 @@ struct action_fixture {
   action_map actions;
   title_action_map titles;
 };
-
-/// How the view is set up for a case: letters of "f" freehanded mode, "s" spaces for tabs, "o"
-/// overwrite mode, "w" lines wrapped after four units with the next unit on no row.
-void apply_modes(text::view& view, std::string_view modes);
-
-struct action_case {
-  char const* actions;
-  char const* before;
-  char const* after;
-  char const* modes = "";
-};
-
-/// Runs each case on a view of its own.
-void expect_outcomes(std::initializer_list<action_case> cases);

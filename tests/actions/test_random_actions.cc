@@ -21,9 +21,6 @@ bool may_change_text(std::string_view name) {
 class random_walk {
  public:
   explicit random_walk(unsigned seed) : random_(seed), names_(fixture_.actions.names()) {
-    for (char mode : {'f', 's', 'w', 'o'})
-      if (random_.one_in(4)) modes_ += mode;
-    apply_modes(fixture_.view, modes_);
     auto const text = random_.text(random_.up_to(60), u"abCD_1  \t\n\n-\u00e9\xd83d\xde00");
     text::undo_group const group(fixture_.storage.undo_manager);
     fixture_.storage.insert(fixture_.storage.end(-1), text.begin(), text.end());
@@ -63,20 +60,25 @@ class random_walk {
           << what << "\nleads to " << mark.base.line << ":" << mark.base.column;
   }
 
-  action_fixture fixture_;
+  static std::string random_modes(random_source& random) {
+    std::string modes;
+    for (char mode : {'f', 's', 'w', 'o'})
+      if (random.one_in(4)) modes += mode;
+    return modes;
+  }
+
   random_source random_;
-  std::vector<std::string> names_;
-  std::string modes_;
+  std::string const modes_ = random_modes(random_);
+  action_fixture fixture_{modes_};
+  std::vector<std::string> const names_;
 };
 
 }  // namespace
 
 TEST(random_actions, keep_the_selection_in_the_text_and_can_be_undone) {
   headless::headless_desktop desktop;
-  platform::desktop::set_current(&desktop);
   for (unsigned seed = 0; seed < 300 && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     random_walk(seed).run(40);
   }
-  platform::desktop::set_current(nullptr);
 }
