@@ -93,6 +93,7 @@ class long_line : public benchmark::Fixture {
       for (size_t i = 0; i < units; i += distance) builder.data()[i] = u'\t';
     storage = std::make_unique<text::storage>();
     storage->insert(storage->end(-1), builder.finish(units));
+    storage->forget_history();
     view = std::make_unique<text::view>(*storage);
     random.seed(1);
   }

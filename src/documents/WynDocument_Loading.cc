@@ -21,6 +21,7 @@ bool preserves_format() {
 std::unique_ptr<text::storage> storage_with(text::text_block const& units) {
   auto storage = std::make_unique<text::storage>();
   storage->insert(storage->end(-1), units);
+  storage->forget_history();
   return storage;
 }
 

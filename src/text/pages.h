@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <new>
 
 namespace text {
 
@@ -16,28 +15,10 @@ void free_pages(void* memory, size_t bytes) noexcept;
 /// Gives back the whole pages behind the first `used` bytes; the address range stays reserved.
 void discard_pages(void* memory, size_t used, size_t bytes) noexcept;
 
-/// A standard allocator that uses pages for large arrays.
-template <typename T>
-struct page_allocator {
-  using value_type = T;
-
-  page_allocator() = default;
-  template <typename U>
-  page_allocator(page_allocator<U> const&) noexcept {}
-
-  T* allocate(size_t count) {
-    size_t const bytes = count * sizeof(T);
-    return static_cast<T*>(bytes < paged_allocation ? ::operator new(bytes)
-                                                    : allocate_pages(bytes));
-  }
-  void deallocate(T* memory, size_t count) noexcept {
-    size_t const bytes = count * sizeof(T);
-    if (bytes < paged_allocation)
-      ::operator delete(memory);
-    else
-      free_pages(memory, bytes);
-  }
-  bool operator==(page_allocator const&) const = default;
-};
+/// Memory that is pages from `paged_allocation` bytes on and comes from malloc below that. Resizes
+/// what is at `memory` (null: nothing yet), keeping its content; throws std::bad_alloc, and then
+/// the old memory stays.
+void* reallocate_memory(void* memory, size_t old_bytes, size_t bytes);
+void free_memory(void* memory, size_t bytes) noexcept;
 
 }  // namespace text

@@ -1,12 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <utility>
-#include <vector>
 
-#include "text/pages.h"
+#include "text/paged_array.h"
 
 namespace text {
 
@@ -16,15 +13,14 @@ namespace text {
 /// The handle is in one of three states.
 /// - null: an array that was never touched; reads as empty.
 /// - owned: a counted array. There is no copy-on-write; all handles to one array alias its content.
-/// - borrowed: a slice of memory that somebody else keeps alive and unchanged. It becomes owned
-/// (the
-///   slice is copied) as soon as the array itself is asked for, to change it or to alias it.
+/// - borrowed: a slice of memory that somebody else keeps alive and unchanged. It becomes owned,
+///   by a copy, as soon as the array itself is asked for, to change it or to alias it.
 ///
 /// The count is plain: handles are copied only by the thread that owns them or under its lock.
 template <typename T>
 class shared_buffer {
  public:
-  using array = std::vector<T, page_allocator<T>>;
+  using array = paged_array<T>;
 
   struct impl {
     array data;
@@ -88,8 +84,9 @@ class shared_buffer {
   /// one if `create`, and gives null otherwise.
   impl* get_pimpl(bool create) const {
     if (is_borrowed()) {
-      T const* first = static_cast<T const*>(word_);
-      word_ = new impl{array(first, first + length_)};
+      array copy;
+      copy.append(data(), length_);
+      word_ = new impl{std::move(copy)};
       length_ = 0;
     } else if (is_null() && create) {
       word_ = new impl;
@@ -123,37 +120,25 @@ class shared_buffer {
 
 template <typename T>
 void shared_buffer<T>::replace(size_t column, size_t erased, T const* inserted, size_t count) {
-  if (count == 0 && is_borrowed() && (column == 0 || column + erased == size())) {
-    *this = borrow(data() + (column == 0 ? erased : 0), size() - erased);
+  if (erased == 0 && count == 0) return;
+  if (!is_borrowed()) {
+    get_pimpl(true)->data.replace(column, erased, inserted, count);
     return;
   }
-  if (is_borrowed()) {
-    // One pass into memory with room to grow: a huge line is copied once, at its first change.
-    T const* first = data();
-    size_t const length = size() - erased + count;
-    array made;
-    made.reserve(length + length / 8 + 16);
-    made.insert(made.end(), first, first + column);
-    made.insert(made.end(), inserted, inserted + count);
-    made.insert(made.end(), first + column + erased, first + size());
-    *this = own(std::move(made));
+  T const* const first = data();
+  size_t const behind = column + erased;
+  size_t const length = size() - erased + count;
+  if (count == 0 && (column == 0 || behind == size())) {
+    *this = borrow(column == 0 ? first + erased : first, length);
     return;
   }
-  array& line = get_pimpl(true)->data;
-  auto const at = line.begin() + static_cast<std::ptrdiff_t>(column);
-  if (erased == 0)
-    line.insert(at, inserted, inserted + count);
-  else if (count == 0)
-    line.erase(at, at + static_cast<std::ptrdiff_t>(erased));
-  else {
-    size_t const common = erased < count ? erased : count;
-    std::copy(inserted, inserted + common, at);
-    auto const behind = at + static_cast<std::ptrdiff_t>(common);
-    if (erased > common)
-      line.erase(behind, behind + static_cast<std::ptrdiff_t>(erased - common));
-    else
-      line.insert(behind, inserted + common, inserted + count);
-  }
+  // One pass into memory with room to grow: a huge line is copied once, at its first change.
+  array made;
+  made.reserve(length + length / 8 + 16);
+  made.append(first, column);
+  made.append(inserted, count);
+  made.append(first + behind, size() - behind);
+  *this = own(std::move(made));
 }
 
 }  // namespace text

@@ -62,6 +62,12 @@ void storage::add_undo_record(undo_record const& record) {
   ++undo_index;
 }
 
+void storage::forget_history() {
+  undo_records.clear();
+  undo_index = 0;
+  undo_manager.forget_steps();
+}
+
 void storage::will_change_memento(unsigned long to) {
   for (auto it = observers.begin(); it != observers.end();)
     (*it++)->will_change_memento(current_memento, to);

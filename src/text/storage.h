@@ -96,6 +96,10 @@ struct storage : storage_detail {
   void redo();
   /// Drops the records that could be redone and appends one.
   void add_undo_record(undo_record const& record);
+  /// Drops all records and the steps of the undo manager; groups that are open begin here. For text
+  /// that was just loaded, whose insertion nobody is to undo: its record would keep a second copy
+  /// from the first edit on.
+  void forget_history();
   void will_change_memento(unsigned long to);
   void did_change_memento(unsigned long to);
 

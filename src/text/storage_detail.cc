@@ -21,8 +21,8 @@ void tell(storage_detail::observer_list& observers, Call call) {
 line_buffer joined(unit_view left, unit_view right) {
   line_buffer::array line;
   line.reserve(left.size() + right.size());
-  line.insert(line.end(), left.begin(), left.end());
-  line.insert(line.end(), right.begin(), right.end());
+  line.append(left.data(), left.size());
+  line.append(right.data(), right.size());
   return line_buffer::own(std::move(line));
 }
 
@@ -53,6 +53,12 @@ void reserve_lines(std::vector<line_buffer>& lines, size_t added) {
     lines.reserve(added > lines.size() ? needed : std::max(needed, lines.size() * 2));
 }
 
+bool is_part(unit_view units, unit_view whole) {
+  auto const after = std::greater<char_t const*>();
+  return !after(whole.data(), units.data()) &&
+         !after(units.data() + units.size(), whole.data() + whole.size());
+}
+
 std::ptrdiff_t at(size_t index) {
   return static_cast<std::ptrdiff_t>(index);
 }
@@ -79,7 +85,7 @@ text::iterator storage_detail::insert(text::iterator const& pos, text_block cons
   else if (newlines > 0)
     insert_lines(pos.line, pos.column, units, newlines);
   else
-    data[pos.line].replace(pos.column, 0, units.data(), units.size());
+    line_to_edit(pos.line).replace(pos.column, 0, units.data(), units.size());
 
   text::iterator last = pos;
   last.line += static_cast<uint32_t>(newlines);
@@ -138,7 +144,7 @@ void storage_detail::erase(text::iterator const& first, text::iterator const& la
   text::iterator const pos = first;
 
   if (first.line == last.line)
-    data[first.line].replace(first.column, last.column - first.column, nullptr, 0);
+    line_to_edit(first.line).replace(first.column, last.column - first.column, nullptr, 0);
   else
     join_lines(first, last);
   if (data.size() == 1 && !data[0].is_borrowed()) blocks_.clear();
@@ -152,12 +158,41 @@ void storage_detail::join_lines(text::iterator const& first, text::iterator cons
     kept.replace(0, last.column, nullptr, 0);
     data[first.line] = std::move(kept);
   } else {
+    unit_view const before = line_units(first.line).substr(0, first.column);
     unit_view const behind = line_units(last.line).substr(last.column);
-    line_buffer& joined_line = data[first.line];
-    joined_line.replace(first.column, joined_line.size() - first.column, behind.data(),
-                        behind.size());
+    unit_view const both(before.data(), before.size() + behind.size());
+    // The halves of a borrowed line that was split become what they were.
+    if (before.data() + before.size() == behind.data() && block_holding(both) != blocks_.end())
+      data[first.line] = line_buffer::borrow(both.data(), both.size());
+    else
+      data[first.line].replace(first.column, size(first.line) - first.column, behind.data(),
+                               behind.size());
   }
   data.erase(data.begin() + at(first.line + size_t{1}), data.begin() + at(last.line + size_t{1}));
+}
+
+storage_detail::line_buffer& storage_detail::line_to_edit(size_t line) {
+  line_buffer& edited = data[line];
+  if (!edited.is_borrowed()) return edited;
+  unit_view const units = line_units(line);
+  auto const block = block_holding(units);
+  if (block->size() - units.size() >= borrowed_length || !block->is_sole_owner_of_pages())
+    return edited;
+
+  for (line_buffer& other : data)
+    if (&other != &edited && other.is_borrowed() && is_part({other.data(), 1}, block->view()))
+      other.get_pimpl(false);
+  line_buffer owner = line_buffer::own({});
+  auto const [memory, bytes] = block->release_pages();
+  blocks_.erase(block);
+  if (units.data() != memory) std::copy(units.begin(), units.end(), static_cast<char_t*>(memory));
+  owner.get_pimpl(false)->data = line_buffer::array::adopt(memory, bytes, units.size());
+  return edited = std::move(owner);
+}
+
+std::vector<text_block>::iterator storage_detail::block_holding(unit_view units) {
+  return std::find_if(blocks_.begin(), blocks_.end(),
+                      [&](text_block const& kept) { return is_part(units, kept.view()); });
 }
 
 void storage_detail::keep_block(text_block const& block) {

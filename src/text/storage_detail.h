@@ -59,6 +59,12 @@ class storage_detail {
   void insert_lines(size_t line, size_t column, unit_view units, size_t newlines);
   void borrow_lines(size_t line, size_t column, text_block const& block, size_t newlines);
   void join_lines(text::iterator const& first, text::iterator const& last);
+  /// A line whose units are about to change. A borrowed line that is all but the whole of a large
+  /// block, which nobody else holds, takes the block's memory over: copying 100 MB takes too long
+  /// for a key press.
+  line_buffer& line_to_edit(size_t line);
+  /// The block of which borrowed units are part.
+  std::vector<text_block>::iterator block_holding(unit_view units);
   void keep_block(text_block const& block);
   void drop_unused_blocks();
 

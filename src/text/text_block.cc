@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "text/pages.h"
 
@@ -52,6 +53,17 @@ text_block text_block::fill(size_t count, char_t unit) {
 text_block text_block::adopt(char_t const* units, size_t count, std::function<void()> release) {
   return text_block(
       new adopted_header{{1, count, units, &adopted_header::destroy_adopted}, std::move(release)});
+}
+
+bool text_block::is_sole_owner_of_pages() const {
+  return use_count() == 1 && header_->destroy == &paged_header::destroy_paged;
+}
+
+text_block::pages text_block::release_pages() {
+  auto* const paged = static_cast<paged_header*>(std::exchange(header_, nullptr));
+  pages const released{paged->memory, paged->bytes};
+  delete paged;
+  return released;
 }
 
 text_block_builder::text_block_builder(size_t capacity) : capacity_(capacity) {

@@ -37,6 +37,15 @@ class text_block {
   size_t use_count() const { return header_ ? header_->count : 0; }
   char_t operator[](size_t index) const { return header_->units[index]; }
 
+  /// Whether this is the only handle to a block that stands in pages of its own (see pages.h).
+  bool is_sole_owner_of_pages() const;
+  struct pages {
+    void* memory;
+    size_t bytes;
+  };
+  /// Hands over those pages, which begin with the units. Leaves this handle empty.
+  pages release_pages();
+
  private:
   friend class text_block_builder;
 

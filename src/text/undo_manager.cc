@@ -62,4 +62,10 @@ void undo_manager::redo() {
   while (storage->current_memento != target) storage->redo();
 }
 
+void undo_manager::forget_steps() {
+  size_t const groups = stack.size();
+  stack = {};
+  while (stack.size() < groups) begin_group();
+}
+
 }  // namespace text

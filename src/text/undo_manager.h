@@ -38,6 +38,8 @@ class undo_manager {
   /// Do nothing when there is nothing to do.
   void undo();
   void redo();
+  /// Makes each open group one that begins now.
+  void forget_steps();
 
   text::storage* storage;
   std::stack<node, std::deque<node>> stack;

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
+#include "random_text.h"
 #include "text/text_block.h"
 
 namespace {
@@ -59,7 +61,8 @@ TEST(SharedBuffer, ReplaceEqualsTheStringOperationInEachState) {
         buffer slice = buffer::borrow(memory.data(), memory.size());
         slice.replace(column, erased, inserted.data(), inserted.size());
         EXPECT_EQ(content(slice), expected);
-        buffer owned = buffer::own({memory.begin(), memory.end()});
+        buffer owned;
+        owned.replace(0, 0, memory.data(), memory.size());
         owned.replace(column, erased, inserted.data(), inserted.size());
         EXPECT_EQ(content(owned), expected);
       }
@@ -72,6 +75,29 @@ TEST(SharedBuffer, TrimmingASliceKeepsItBorrowed) {
   slice.replace(6, 2, nullptr, 0);
   EXPECT_TRUE(slice.is_borrowed());
   EXPECT_EQ(content(slice), u"234567");
+}
+
+TEST(PagedArray, EqualsAStringWhileItGrowsIntoPagesAndShrinks) {
+  constexpr size_t limit = text::paged_allocation / sizeof(char16_t);
+  for (unsigned seed = 1; seed <= 4; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    random_source random(seed);
+    std::u16string model = random.text(limit - random.below(1000), u"abcdefgh");
+    text::paged_array<char16_t> array;
+    array.append(model.data(), model.size());
+    for (int step = 0; step < 30; ++step) {
+      size_t const at = random.up_to(model.size());
+      size_t const bound = random.one_in(8) ? 2 * limit : 500;
+      size_t const erased = std::min(random.below(bound), model.size() - at);
+      std::u16string const added(random.below(random.one_in(8) ? limit : 500), u'x');
+      array.replace(at, erased, added.data(), added.size());
+      model.replace(at, erased, added);
+      ASSERT_EQ(array.size(), model.size());
+      ASSERT_TRUE(std::equal(model.begin(), model.end(), array.data()));
+    }
+    text::paged_array<char16_t> const moved = std::move(array);
+    EXPECT_EQ(moved.size(), model.size());
+  }
 }
 
 TEST(TextBlock, MemoryGoesWithTheLastHandle) {

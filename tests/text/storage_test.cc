@@ -169,14 +169,28 @@ TEST(Storage, KillBufferCollectsRunsInTheOrderOfErasure) {
   EXPECT_EQ(killed(storage), "d");
 }
 
+/// A block in pages of its own, as a decoder makes it, with room behind the text.
+text::text_block paged_block(std::u16string const& text, char16_t const** memory = nullptr) {
+  text::text_block_builder builder(text::paged_allocation + text.size());
+  std::copy(text.begin(), text.end(), builder.data());
+  if (memory) *memory = builder.data();
+  return builder.finish(text.size());
+}
+
 /// How the text of a random run comes in: the lines are owned, or slices of a block.
-enum class load { nothing, small_pieces, one_insert, adopted };
+enum class load { nothing, small_pieces, one_insert, adopted, long_line };
 
 class StorageModel : public testing::TestWithParam<load> {};
 
 std::u16string load_into(text::storage& storage, load how, random_source& random) {
   if (how == load::nothing) return {};
   std::u16string text;
+  if (how == load::long_line) {
+    text = random.text(random.below(9), u"ab\n") + random.text(40000, u"ab\t") + u"\nend";
+    storage.insert(storage.end(-1), paged_block(text));
+    storage.forget_history();
+    return text;
+  }
   while (text.size() < 33000) text += random.text(random.below(300), u"abcdef\t ") + u"\n";
   if (random.one_in(2)) text += u"end";
   if (how == load::one_insert) insert(storage, storage.end(-1), text);
@@ -253,7 +267,7 @@ TEST_P(StorageModel, EachMementoHasOneText) {
 
 INSTANTIATE_TEST_SUITE_P(Loads, StorageModel,
                          testing::Values(load::nothing, load::small_pieces, load::one_insert,
-                                         load::adopted));
+                                         load::adopted, load::long_line));
 
 TEST(Storage, AdoptedTextExistsOnce) {
   auto* memory = new std::u16string(50000, u'a');
@@ -282,6 +296,78 @@ TEST(Storage, AdoptedTextExistsOnce) {
   }
   EXPECT_EQ(released, 1);
   delete memory;
+}
+
+TEST(Storage, FirstEditOfALineThatIsItsBlockTakesTheBlockOver) {
+  std::u16string const line(100'000, u'a');
+  for (std::u16string const before : {u"", u"x\n\nyz\n"})
+    for (std::u16string const behind : {u"", u"\n", u"\nb\n\nc"}) {
+      size_t const number = before.empty() ? 0 : 3;
+      std::u16string model = before + line + behind;
+      text::storage storage;
+      char16_t const* memory = nullptr;
+      storage.insert(storage.end(-1), paged_block(model, &memory));
+      storage.forget_history();
+      EXPECT_EQ(storage.begin(number), memory + before.size());
+
+      insert(storage, text::iterator(number, 60'000, &storage), u"new");
+      model.insert(before.size() + 60'000, u"new");
+      EXPECT_EQ(storage.begin(number), memory);
+      EXPECT_EQ(units_of(storage), model);
+      storage.undo();
+      EXPECT_EQ(units_of(storage), before + line + behind);
+      storage.clear();
+      storage.undo();
+      EXPECT_EQ(units_of(storage), before + line + behind);
+    }
+}
+
+TEST(Storage, BlockThatSomebodyHoldsStaysAsItWas) {
+  std::u16string const line(100'000, u'a');
+  text::storage storage;
+  text::text_block block = paged_block(line);
+  storage.insert(storage.end(-1), block);
+  storage.forget_history();
+  storage.erase(text::iterator(0, 5, &storage));
+  EXPECT_EQ(block.view(), line);
+  EXPECT_NE(storage.begin(0), block.begin());
+
+  // The record of an insertion that can be undone counts as well.
+  storage.clear();
+  storage.insert(storage.end(-1), std::exchange(block, {}));
+  insert(storage, text::iterator(0, 5, &storage), u"b");
+  EXPECT_EQ(storage.undo_records.end()[-2].data.view(), line);
+}
+
+TEST(Storage, HalvesOfASplitLineAreJoinedWithoutACopy) {
+  std::u16string const line(100'000, u'a');
+  text::storage storage;
+  storage.insert(storage.end(-1), paged_block(line));
+  char16_t const* const memory = storage.begin(0);
+  insert(storage, text::iterator(0, 400, &storage), u"\n");
+  storage.undo();
+  EXPECT_EQ(storage.begin(0), memory);
+  EXPECT_EQ(units_of(storage), line);
+}
+
+TEST(Storage, ForgottenHistoryIsNotWalked) {
+  text::storage storage;
+  insert(storage, storage.end(-1), u"loaded");
+  storage.undo_manager.begin_group();
+  insert(storage, storage.end(-1), u" text");
+  storage.forget_history();
+  storage.undo_manager.end_group();
+  EXPECT_FALSE(storage.undo_manager.can_undo());
+  EXPECT_EQ(storage.current_memento, 2u);
+  {
+    text::undo_group const group(storage.undo_manager);
+    insert(storage, storage.end(-1), u"!");
+  }
+  storage.undo_manager.undo();
+  EXPECT_EQ(text_of(storage), "loaded text");
+  storage.undo_manager.redo();
+  EXPECT_EQ(text_of(storage), "loaded text!");
+  EXPECT_EQ(storage.current_memento, 3u);
 }
 
 TEST(Storage, BlocksThatNoLineUsesAreLetGo) {
