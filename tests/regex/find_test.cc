@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iomanip>
 #include <iterator>
 #include <list>
+#include <sstream>
 #include <string>
 
 #include "platform/utf.h"
@@ -35,201 +38,34 @@ std::string find_backwards(char const* pattern, std::u16string const& text) {
                   text.rbegin());
 }
 
-struct find_case {
-  char const* pattern;
-  char const* text;
-  char const* found;
-};
-
-find_case const cases[] = {
-    // Units and classes
-    {"", "abc", "0-0"},
-    {"b", "abc", "1-2"},
-    {"a.c", "a\nc abc", "4-7"},
-    {"(?s:a.c)", "a\nc abc", "0-3"},
-    {"a\\.c", "abc a.c", "4-7"},
-    {"\\Qa.(\\Eb", "a.(b", "0-4"},
-    {"\\Qa.", "xa.", "1-3"},
-    {"\\t\\n\\x41\\x{0042}\\0103\\e", "\t\nABC\x1b", "0-6"},
-    {"\\x{20ac}", "1 €", "2-3"},
-    {"\\0", "a", "none"},
-    {"\\w+", " fé_1-", "1-5"},
-    {"\\W+", "ab- \nc", "2-5"},
-    {"\\s+", "a\n \t\nb", "2-4"},
-    {"\\S+", " \n ", "1-2"},
-    {"\\d+\\D", "a12b", "1-4"},
-    {"\\u\\l+", "abCde", "2-5"},
-    {"\\U\\L", "abC", "1-3"},
-    {"\\u", "éÉ", "1-2"},
-    {"[a-c]+", "xxabcd", "2-5"},
-    {"[^a-c]+", "abxyc", "2-4"},
-    {"[-a]+", "b-a-", "1-4"},
-    {"[a-]+", "b-a-", "1-4"},
-    {"[\\d-]+", "a1-2", "1-4"},
-    {"[\\w.]+", " a.b ", "1-4"},
-    {"[^\\w.]+", "a.-!b", "2-4"},
-    {"[^\\W]", "-a", "1-2"},
-    {"[\\]]", "a]", "1-2"},
-    {"[\\x41-\\x43]", "xB", "1-2"},
-    {"[\\t-\\r]", "a\vb", "1-2"},
-    {"[[:alpha:][:digit:]]+", "-a1-", "1-3"},
-    {"[[:^alpha:]]+", "ab12c", "2-4"},
-    {"[[:xdigit:]]+", "xyBEEg", "2-5"},
-    {"[[:space:]]", "\n\f", "1-2"},
-    {"[[:blank:]]", "\n\f\t", "2-3"},
-    {"[]a", "a", "none"},
-    {"[^]a", "\na", "0-2"},
-    {"[z-a]", "az", "none"},
-    {"]", "a]", "1-2"},
-    {"[\\xe0-\\xf6]", "aéb", "1-2"},
-    // Repeats
-    {"a*", "aab", "0-2"},
-    {"a+", "baab", "1-3"},
-    {"ba?", "bb", "0-1"},
-    {"a{2}", "aaa", "0-2"},
-    {"a{2,}", "baaa", "1-4"},
-    {"a{2,3}", "aaaa", "0-3"},
-    {"a{,2}b", "aaab", "1-4"},
-    {"a{,}b", "aaab", "0-4"},
-    {"a{2,5}?", "aaaa", "0-2"},
-    {"a{2,5}?b", "aaab", "0-4"},
-    {"a{5,2}", "aaaaaa", "0-2"},
-    {"a{0}b", "ab", "1-2"},
-    {"(?:ab){2,3}", "abababab", "0-6"},
-    {"(?:ab){2,3}?$", "ababab", "0-6"},
-    {"(?:ab){0}c", "abc", "2-3"},
-    {"a.*c", "abcbcb", "0-5"},
-    {"a.*?c", "abcbcb", "0-3"},
-    {"a.*\nb", "axx\nb", "0-5"},
-    {"(?:a{2}b)*c", "aabaabc", "0-7"},
-    {"(?:(?:ab?){2}c)+", "abacaac", "0-7"},
-    {"a**b", "aab", "0-3"},
-    {"a+?+b", "aab", "0-3"},
-    // Groups
-    {"(a)(b)?", "a", "0-1 1:0-1"},
-    {"(a|b)*", "abab", "0-4 1:3-4"},
-    {"((a)|b)*", "ab", "0-2 1:1-2 2:0-1"},
-    {"(a*)*", "aa", "0-2 1:2-2"},
-    {"(a*)+", "b", "0-0 1:0-0"},
-    {"(a|)+b", "aab", "0-3 1:2-2"},
-    {"(?:a|(b))c", "bc", "0-2 1:0-1"},
-    {"(a+)\\1", "aaaaa", "0-4 1:0-2"},
-    {"(a)?\\1b", "ab", "none"},
-    {"(?:(a)|b)\\1", "ba", "none"},
-    {"(a)\\8", "a8", "0-2 1:0-1"},
-    {"\\8", "8", "0-1"},
-    {"(a)\\10", "aa0", "0-3 1:0-1"},
-    {"(?i:(a)\\1)", "aA", "0-2 1:0-1"},
-    {"(a\\1?)+", "aaa", "0-3 1:1-3"},
-    {"a|b|cd", "xcd", "1-3"},
-    {"(?:a|ab)(?:c|bcd)", "abcd", "0-4"},
-    {"ab|", "ab", "0-2"},
-    {"|ab", "ab", "0-0"},
-    // Options
-    {"(?i:aBc)", "xABC", "1-4"},
-    {"(?i:a)b", "AB", "none"},
-    {"(?i:a(?-i:b)c)", "AbC", "0-3"},
-    {"(?i:a(?-i:b)c)", "ABC", "none"},
-    {"(?i:a(?i:b)c)d", "ABCd", "0-4"},
-    {"(?-i:a)b", "aB", "none"},
-    {"(?i:É)", "é", "none"},
-    {"(?i:\\xc9)", "é", "0-1"},
-    {"(?:a|b)", "b", "0-1"},
-    {"(?mx:a b)", "a b", "0-3"},
-    // Anchors
-    {"^b", "a\nb", "2-3"},
-    {"a$", "ab\na\n", "3-4"},
-    {"$", "ab", "2-2"},
-    {"^$", "a\n\nb", "2-2"},
-    {"^$", "a\n", "2-2"},
-    {"\\Ab", "a\nb", "none"},
-    {"\\Aa", "aa", "0-1"},
-    {"a\\z", "a\na", "2-3"},
-    {"\\<\\w", " ab", "1-2"},
-    {"\\w\\>", "ab c", "1-2"},
-    {"\\>|$", "foo bar", "3-3"},
-    {"\\bb", "ab b", "3-4"},
-    {"\\Bb", "b ab", "3-4"},
-    {"(?:^a|^b)c", "ac\nbc", "0-2"},
-    {"(^|x)a", "ba\na", "3-4 1:3-3"},
-    // Look-around and groups without backtracking
-    {"a(?=b)", "acab", "2-3"},
-    {"a(?!b)", "abac", "2-3"},
-    {"(?=(a+))a", "aa", "0-1 1:0-2"},
-    {"(?!(a)b)a", "ac", "0-1"},
-    {"(?<=a)b", "bab", "2-3"},
-    {"(?<!a)b", "abb", "2-3"},
-    {"(?<=^a)b", "ab", "1-2"},
-    {"(?<=(ab))c", "abc", "2-3"},
-    {"(?<=a.*)c", "abxc", "3-4"},
-    {"(?<=\\1(a))b", "aab", "none"},
-    {"(?<=(a)\\1)b", "aab", "none"},
-    {"(?<=(?:ab|b){2})c", "babc abbc", "3-4"},
-    {"(?<=a(?=bc)b)c", "abc", "2-3"},
-    {"(?<=a(?!bd)b)[cd]", "abd abc", "6-7"},
-    {"(?<!^|a)b", "babcb", "4-5"},
-    {"(?<=(?>a|ba))c", "bac", "2-3"},
-    {"(?<=[^b]{2}?)c", "abcaac", "5-6"},
-    {"(?<=a{2,}?x)c", "axc aaxc", "7-8"},
-    {"(?<=a*?b)c", "aabc", "3-4"},
-    {"(?<=(?:ab)*?x)c", "ababxc", "5-6"},
-    {"(?=(?!b)a|c)\\w", "bac", "1-2"},
-    {"(?>a*)ab", "aaab", "none"},
-    {"(?>a|ab)c", "abc", "none"},
-    {"(?>(a+))b", "aab", "0-3 1:0-2"},
-    {"(?:(?>a+)|b)+c", "aabac", "0-5"},
-    {"(?>a(?>b|bc))d|abcd", "abcd", "0-4"},
-    // Conditions and recursion
-    {"(<)?a(?(1)>:!)", "<a!", "1-3"},
-    {"(<)?a(?(1)>:!)", "<a>", "0-3 1:0-1"},
-    {"(?(9)a:b)", "ab", "1-2"},
-    {"(?(1)a|b:c|d)", "bd", "1-2"},
-    {"\\((?:[^()]|(?R))*\\)", "((a)(b)", "1-4"},
-    {"\\((?:[^()]|(?R))*\\)", "x(a(b)c(d(e)))y", "1-14"},
-    {"(a)(?R)?b", "aabb", "0-4 1:0-1"},
-    {"(\\w)(?:(?R)|\\w?)\\1", "xabcba", "1-6 1:1-2"},
-    {"(?i:a(?R)?b)c", "abc", "0-3"},
-    {"x(?i:a(?R)?b)", "xAxABb", "0-6"},
-    {"x(?i:a(?R)?b)", "xAXABb", "none"},
-    {"(?:a{2}(?R)?b){2}", "aabaab", "0-6"},
-    {"(?:a{2}(?R)?b){2}", "aaaabaabbaab", "0-12"},
-    {"(?<=<(?R)?>)x|ab", "<ab>x", "1-3"},
-    {"(?<=<(?R)>)x|bc", "<bc>x", "1-3"},
-    {"(?<=-(?R)-)x|(?<=y)bc", "-bc- ybc -bc-x", "6-8"},
-    // Not well formed: another meaning, but never a fault
-    {"*a", "a", "0-1"},
-    {"a|*", "b", "0-0"},
-    {"(a", "a", "0-1 1:0-1"},
-    {"a)", "a)", "0-2"},
-    {"[a", "a", "0-1"},
-    {"a\\", "a\\", "0-2"},
-    {"a{2", "aa", "0-2"},
-    {"(?<x>a)", "<x>a", "0-4"},
-    {"[[:nothing:]a]", "a", "0-1"},
-    {"\\x{41", "A", "0-1"},
-};
-
-TEST(find, table) {
-  testing::internal::CaptureStderr();
-  for (auto const& c : cases) {
-    EXPECT_EQ(find(c.pattern, unicode::to_utf16(c.text)), c.found)
-        << "pattern " << c.pattern << ", text " << c.text;
+std::u16string unescaped(std::string const& text) {
+  std::u16string const units = unicode::to_utf16(text);
+  std::u16string result;
+  for (auto it = units.begin(); it != units.end();) {
+    char16_t unit = *it++;
+    if (unit == u'\\') it = regex::parse_escape(it, units.end(), unit);
+    result += unit;
   }
-  testing::internal::GetCapturedStderr();
+  return result;
 }
 
-TEST(find, backwards_reads_pattern_and_anchors_towards_the_start) {
-  find_case const reverse_cases[] = {
-      {"ba", "abab", "0-2"},     {"^b", "ab\ncb", "0-1"},     {"^b", "ab\nc", "2-3"},
-      {"a$", "a\nab", "1-2"},    {"\\>|$", "foo bar", "3-3"}, {"\\>|$", "bar", "3-3"},
-      {"\\<r", "bar x", "2-3"},  {"\n\n", "a\n\n\nb", "1-3"}, {"(?<=b)a", "ab", "1-2"},
-      {"a(?=b)", "ba", "0-1"},   {"\\Ab", "ab", "0-1"},       {"a\\z", "ab", "1-2"},
-      {"\\w+", "ab cd ", "1-3"},
-  };
-  for (auto const& c : reverse_cases) {
-    EXPECT_EQ(find_backwards(c.pattern, unicode::to_utf16(c.text)), c.found)
-        << "pattern " << c.pattern << ", text " << c.text;
+TEST(find, matches_as_the_file_says) {
+  std::ifstream file(QUIRNOTE_TEST_DATA "/regex_find.txt");
+  auto direction = &find;
+  int count = 0;
+  testing::internal::CaptureStderr();
+  for (std::string line; std::getline(file, line);) {
+    if (line == "backwards") direction = &find_backwards;
+    if (!line.starts_with('"')) continue;
+    std::istringstream row(line);
+    std::string pattern, text, found;
+    row >> std::quoted(pattern, '"', '\0') >> std::quoted(text, '"', '\0') >> std::ws;
+    std::getline(row, found);
+    EXPECT_EQ(direction(pattern.c_str(), unescaped(text)), found) << line;
+    ++count;
   }
+  testing::internal::GetCapturedStderr();
+  EXPECT_GT(count, 150);
 }
 
 TEST(find, patterns_and_texts_of_either_unit_over_any_bidirectional_iterator) {

@@ -26,30 +26,6 @@ TEST(nfa, loops_over_single_units_need_no_counter) {
             "4 or -> other 3 -> 2\n");
 }
 
-TEST(nfa, look_behind_is_laid_out_backwards) {
-  EXPECT_EQ(dump("(?<=a(b))"),
-            "start -> 1\n"
-            "0 final\n"
-            "1 look_around 3 -> content 6 -> 0\n"
-            "2 final -> of 1\n"
-            "3 literal 'a' reverse -> 2\n"
-            "4 capture_begin 1 reverse -> 3\n"
-            "5 literal 'b' reverse -> 4\n"
-            "6 capture_end 1 reverse -> 5\n");
-}
-
-TEST(nfa, options_are_changed_around_the_content) {
-  EXPECT_EQ(dump("(?i:a(?is:b))"),
-            "start -> 6\n"
-            "0 final\n"
-            "1 change_flag 0 off -> 0\n"
-            "2 change_flag 1 off -> 1\n"
-            "3 literal 'b' -> 2\n"
-            "4 change_flag 1 on -> 3\n"
-            "5 literal 'a' -> 4\n"
-            "6 change_flag 0 on -> 5\n");
-}
-
 struct first_case {
   char const* pattern;
   char const* can_begin;  // of "ab1 \n" and U+00E9, which stands as "e"
