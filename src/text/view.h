@@ -30,8 +30,7 @@ unsigned long obtain_document_tag();
 /// Four kinds of coordinates meet here:
 /// 1. storage coordinates: `text::iterator`, or `text::pos`: a line and a column in units;
 /// 2. filtered coordinates: a `text::pos` as one filter of the chain sees it;
-/// 3. view coordinates: a row of the top filter, and a visual column from that row's start, with
-/// tabs
+/// 3. view coordinates: a row of the top filter, and a visual column from that row's start, tabs
 ///    expanded: `line_in_view`, `column_in_view`, `iter_from_view_pos`;
 /// 4. hybrid coordinates: a line of the storage, and a visual column from that line's start:
 ///    `line_before_filters`, `column_before_wrap`, `iter_from_hybrid_pos`.

@@ -47,6 +47,7 @@ void view::insert_column_of(unit_view units, size_t height, size_t width, bool s
   height = std::max(height, count_pieces(units));
   if (storage->lines() < first_line + height)
     storage->insert(storage->end(-1), first_line + height - storage->lines(), u'\n');
+  // Measured where the pieces will stand: a tab's width depends on its column.
   for_each_piece(units, [&](unit_view piece) {
     width = std::max(width, expanded_width(piece, column, tab_size));
   });

@@ -38,10 +38,9 @@ class view::tab_stop_anchor {
     if (inside_stop) distance_ = it - start();
   }
 
-  /// The position now, or `fallback` when it isn't in a running snippet.
-  text::iterator position(text::iterator const& fallback) const {
-    return distance_ && view_.is_snippet_running() ? start() + *distance_ : fallback;
-  }
+  /// Whether the position was in the stop, and its snippet still runs.
+  bool has_position() const { return distance_ && view_.is_snippet_running(); }
+  text::iterator position() const { return start() + *distance_; }
 
  private:
   text::iterator start() const {
@@ -77,7 +76,7 @@ view_iterator view::erase(view_iterator first, view_iterator last) {
                                  is_in_tab_stop(first.base) && is_in_tab_stop(last.base));
     storage->erase(from, to);
     storage->insert(from, padding, u' ');
-    from = anchor.position(from);
+    if (anchor.has_position()) from = anchor.position();
   }
   return {this, from + first.offset};
 }
@@ -106,16 +105,15 @@ void view::insert_units(unit_view units) {
                                              : 1;
   erase_selection();
   if (units.empty()) return;
-  text::iterator base = make_base_iter(selection.current_mark);
+  text::iterator const base = make_base_iter(selection.current_mark);
   add_column_mirrors(base, count);
 
   tab_stop_anchor const anchor(*this, base, is_in_tab_stop(base));
-  text::iterator const behind = storage->insert(std::as_const(base), units.begin(), units.end());
-  if (is_snippet_running())
-    base = anchor.position(base) + static_cast<std::ptrdiff_t>(units.size());
-  else
-    base = behind;
-  selection.set_caret({this, base});
+  text::iterator const behind = storage->insert(base, units.begin(), units.end());
+  // Text typed outside the active tab stop is no part of it: the caret goes just behind.
+  selection.set_caret({this, anchor.has_position()
+                                 ? anchor.position() + static_cast<std::ptrdiff_t>(units.size())
+                                 : behind});
 }
 
 void view::add_column_mirrors(text::iterator const& base, size_t count) {

@@ -179,6 +179,16 @@ TEST_F(Mirrors, OnlyWhatIsErasedInsideTheSourceIsErasedInTheMirror) {
   EXPECT_EQ(text(), "c|ACF|B");
 }
 
+TEST_F(Mirrors, RepeatedTextIsNotRepeatedAgain) {
+  insert(0, 0, "a\nb\nc");
+  observer.add_mirror(one_line(0, 0, 1), one_line(1, 0, 1));
+  observer.add_mirror(one_line(1, 0, 1), one_line(0, 0, 1));
+  observer.add_mirror(one_line(1, 0, 1), one_line(2, 0, 1));
+  observer.add_mirror(one_line(0, 0, 1), one_line(2, 0, 1));
+  insert(0, 1, "x");
+  EXPECT_EQ(text(), "ax\nbx\ncx");
+}
+
 TEST_F(Mirrors, UndoOfAChangeDoesNotRepeatAnything) {
   insert(0, 0, "ab\ncd");
   observer.add_mirror(one_line(0, 0, 2), one_line(1, 0, 2));

@@ -335,17 +335,20 @@ class noting_snippet_observer : public text::snippet_observer_t {
 };
 
 TEST_F(View, EditingInATabStopFollowsTheStop) {
-  set("m stop| end");
+  set("m stop| end\n");
   view.set_snippet_observer(std::make_unique<noting_snippet_observer>(
       storage, text::iterator_observer::subset(pos(0, 2), pos(0, 6))));
   type("s");
-  EXPECT_EQ(get(), "--m stops| end");
+  EXPECT_EQ(get(), "--m stops| end\n");
   view.selection.select_to(at(0, 6), false);
   act([&] { view.erase_selection(); });
-  EXPECT_EQ(get(), "----m st| end");
+  EXPECT_EQ(get(), "----m st| end\n");
+  view.selection.set_caret(view.end());
+  type("out");
+  EXPECT_EQ(get(), "------m st end\nout|");
   view.set_snippet_observer(nullptr);
   type("!");
-  EXPECT_EQ(get(), "----m st!| end");
+  EXPECT_EQ(get(), "------m st end\nout!|");
 }
 
 TEST_F(View, ViewsOfOneStorageKeepApart) {
