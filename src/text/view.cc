@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "text/bookmark_filter.h"
+#include "text/soft_wrap_filter.h"
 #include "text/view_filter.h"
 
 namespace text {
@@ -17,11 +19,14 @@ view::view(text::storage& of)
       mirror_observer(of, true),
       notify_observer(of, true),
       storage_filter(std::make_unique<class view::storage_filter>(*this)),
+      bookmark_filter(std::make_unique<class view::bookmark_filter>()),
+      soft_wrap_filter(std::make_unique<class view::soft_wrap_filter>(*this)),
       view_filter(std::make_unique<class view::view_filter>(*this)),
       long_lines_(of) {
   of.add_observer(&mirror_observer);
   of.add_observer(&notify_observer);
   filters[filter_index::storage] = storage_filter.get();
+  filters[filter_index::bookmark] = bookmark_filter.get();
   filters[filter_index::view] = view_filter.get();
   chain_filters();
   selection.set_caret(begin(0));
@@ -115,13 +120,13 @@ void view::set_tab_size(unsigned columns) {
   if (columns == tab_size) return;
   tab_size = columns;
   max_columns = unknown_columns;
-  if (soft_wrap && soft_wrap_filter) soft_wrap_filter->reset();
+  if (soft_wrap) soft_wrap_filter->reset();
 }
 
 void view::set_screen_width(unsigned columns) {
   if (columns == screen_width) return;
   screen_width = columns;
-  if (soft_wrap && soft_wrap_filter) soft_wrap_filter->reset();
+  if (soft_wrap) soft_wrap_filter->reset();
 }
 
 void view::set_soft_wrap(bool on) {
@@ -181,11 +186,6 @@ void view::install_tokenize_filter(std::unique_ptr<filter> added) {
   tokenize_filter = std::move(added);
 }
 
-void view::install_bookmark_filter(std::unique_ptr<filter> added) {
-  enter(filter_index::bookmark, added.get());
-  bookmark_filter = std::move(added);
-}
-
 void view::install_spellcheck_filter(std::unique_ptr<switchable_filter> added) {
   install_switchable(filter_index::spellcheck, spellcheck_filter, std::move(added),
                      spellcheck_enabled);
@@ -193,10 +193,6 @@ void view::install_spellcheck_filter(std::unique_ptr<switchable_filter> added) {
 
 void view::install_folding_filter(std::unique_ptr<hiding_filter> added) {
   install_switchable(filter_index::folding, folding_filter, std::move(added), foldings_enabled);
-}
-
-void view::install_soft_wrap_filter(std::unique_ptr<switchable_filter> added) {
-  install_switchable(filter_index::soft_wrap, soft_wrap_filter, std::move(added), soft_wrap);
 }
 
 template <typename Filter>
@@ -228,6 +224,26 @@ void view::make_visible(text::iterator const& it) {
 view_iterator view::in_view(text::iterator const& it, bool) {
   if (foldings_enabled && folding_filter) folding_filter->make_visible(it.pos());
   return {this, it};
+}
+
+void view::set_bookmark(size_t line, size_t column, bool set) {
+  bookmark_filter->set_bookmark(line, column, set);
+}
+
+void view::toggle_bookmark(size_t line, size_t column) {
+  set_bookmark(line, column, !has_bookmark(line));
+}
+
+bool view::has_bookmark(size_t line) const {
+  return bookmark_filter->has_bookmark(line);
+}
+
+text::pos view::next_bookmark(size_t line) const {
+  return bookmark_filter->next_bookmark(line);
+}
+
+text::pos view::previous_bookmark(size_t line) const {
+  return bookmark_filter->previous_bookmark(line);
 }
 
 }  // namespace text

@@ -50,6 +50,10 @@ class view {
 
   /// The lowest filter, and the only one that the storage knows.
   class storage_filter;
+  /// Keeps the bookmarks in step with the text.
+  class bookmark_filter;
+  /// Cuts lines into rows that are no wider than the screen.
+  class soft_wrap_filter;
   /// The highest one: keeps selections across undo, the range to draw again and `max_columns`.
   class view_filter;
 
@@ -106,10 +110,8 @@ class view {
   /// it with the setting that switches it; without the filter a setting is only stored.
   /// @{
   void install_tokenize_filter(std::unique_ptr<filter> added);
-  void install_bookmark_filter(std::unique_ptr<filter> added);
   void install_spellcheck_filter(std::unique_ptr<switchable_filter> added);
   void install_folding_filter(std::unique_ptr<hiding_filter> added);
-  void install_soft_wrap_filter(std::unique_ptr<switchable_filter> added);
   /// Null for none. It hears of changes after all other observers of this view.
   void set_snippet_observer(std::unique_ptr<snippet_observer_t> observer);
   void chain_filters();
@@ -122,6 +124,19 @@ class view {
   void make_visible(text::iterator const& it);
   /// Unfolds what hides the position and gives it as one of this view.
   view_iterator in_view(text::iterator const& it, bool flag = true);
+  /// @}
+
+  /// @name Bookmarks
+  /// In storage coordinates, at most one a line.
+  /// @{
+  /// A bookmark that the line has already stays where it is.
+  void set_bookmark(size_t line, size_t column, bool set);
+  void toggle_bookmark(size_t line, size_t column);
+  bool has_bookmark(size_t line) const;
+  /// The nearest one on another line, going round at the end of the text. With a single bookmark
+  /// it is that one; without any it is column 0 of `line`.
+  text::pos next_bookmark(size_t line) const;
+  text::pos previous_bookmark(size_t line) const;
   /// @}
 
   /// @name Editing
@@ -190,10 +205,10 @@ class view {
   unsigned long document_tag = obtain_document_tag();
   std::unique_ptr<class storage_filter> storage_filter;
   std::unique_ptr<filter> tokenize_filter;
-  std::unique_ptr<filter> bookmark_filter;
+  std::unique_ptr<class bookmark_filter> bookmark_filter;
   std::unique_ptr<switchable_filter> spellcheck_filter;
   std::unique_ptr<hiding_filter> folding_filter;
-  std::unique_ptr<switchable_filter> soft_wrap_filter;
+  std::unique_ptr<class soft_wrap_filter> soft_wrap_filter;
   std::unique_ptr<class view_filter> view_filter;
   std::map<filter_index, filter*> filters;  ///< those in the chain
   std::shared_ptr<text::completion_helper> completion_helper;

@@ -1,0 +1,191 @@
+#include "text/bookmark_filter.h"
+
+#include <gtest/gtest.h>
+
+#include "marked_text.h"
+#include "random_text.h"
+
+namespace {
+
+using text::pos;
+
+class Bookmarks : public testing::Test {
+ protected:
+  /// A star in `text` is a bookmark behind it.
+  void set(std::string const& text) {
+    storage.clear();
+    view.bookmark_filter->nodes.clear();
+    std::u16string plain;
+    std::vector<pos> marks;
+    pos at;
+    for (char16_t const unit : marked_text::units(text)) {
+      if (unit == u'*') {
+        marks.push_back(at);
+        continue;
+      }
+      plain += unit;
+      at = unit == u'\n' ? pos(at.line + 1, 0) : pos(at.line, at.column + 1);
+    }
+    storage.insert(storage.end(-1), plain.begin(), plain.end());
+    for (pos const mark : marks) view.set_bookmark(mark.line, mark.column, true);
+  }
+  std::string get() {
+    std::u16string result;
+    for (size_t line = 0; line < storage.lines(); ++line) {
+      std::u16string units(storage.line_units(line));
+      if (view.has_bookmark(line)) units.insert(view.bookmark_filter->nodes.at(line), u"*");
+      result += (line == 0 ? u"" : u"\n") + units;
+    }
+    return marked_text::utf8(result);
+  }
+  void insert(pos at, std::u16string const& units) {
+    storage.insert(text::iterator(at, &storage), units.begin(), units.end());
+  }
+  void erase(pos first, pos last) {
+    storage.erase(text::iterator(first, &storage), text::iterator(last, &storage));
+  }
+
+  text::storage storage;
+  text::view view{storage};
+};
+
+TEST_F(Bookmarks, OneALine) {
+  set("ab*cd\nxy");
+  view.set_bookmark(0, 4, true);
+  EXPECT_EQ(get(), "ab*cd\nxy");
+  view.toggle_bookmark(1, 1);
+  view.toggle_bookmark(0, 4);
+  EXPECT_EQ(get(), "abcd\nx*y");
+  view.set_bookmark(0, 0, false);
+  EXPECT_FALSE(view.has_bookmark(0));
+}
+
+TEST_F(Bookmarks, NextAndPreviousGoRound) {
+  EXPECT_EQ(view.next_bookmark(7), pos(7, 0));
+  EXPECT_EQ(view.previous_bookmark(7), pos(7, 0));
+  set("a\nb*\nc\n*d\ne");
+  EXPECT_EQ(view.next_bookmark(0), pos(1, 1));
+  EXPECT_EQ(view.next_bookmark(1), pos(3, 0));
+  EXPECT_EQ(view.next_bookmark(3), pos(1, 1));
+  EXPECT_EQ(view.previous_bookmark(4), pos(3, 0));
+  EXPECT_EQ(view.previous_bookmark(3), pos(1, 1));
+  EXPECT_EQ(view.previous_bookmark(1), pos(3, 0));
+  view.set_bookmark(3, 0, false);
+  EXPECT_EQ(view.next_bookmark(1), pos(1, 1));
+  EXPECT_EQ(view.previous_bookmark(1), pos(1, 1));
+}
+
+struct insertion {
+  std::string before;
+  pos at;
+  std::u16string text;
+  std::string after;
+};
+
+TEST_F(Bookmarks, InsertionsMoveWhatStandsBehindThem) {
+  for (auto const& row :
+       std::vector<insertion>{{"ab*cd", {0, 1}, u"xx", "axxb*cd"},
+                              {"ab*cd", {0, 2}, u"xx", "ab*xxcd"},
+                              {"ab*cd\ne*f", {0, 1}, u"\n", "a\nb*cd\ne*f"},
+                              {"ab*cd\ne*f", {0, 2}, u"\n", "ab*\ncd\ne*f"},
+                              {"ab*cd\ne*f", {0, 1}, u"1\n2\n34", "a1\n2\n34b*cd\ne*f"},
+                              {"a*b\ncd", {1, 0}, u"\n", "a*b\n\ncd"}}) {
+    set(row.before);
+    insert(row.at, row.text);
+    EXPECT_EQ(get(), row.after) << row.before;
+  }
+}
+
+struct erasure {
+  std::string before;
+  pos first, last;
+  std::string after;
+};
+
+TEST_F(Bookmarks, ErasuresPullInWhatStandsBehindThem) {
+  for (auto const& row : std::vector<erasure>{{"abcd*e", {0, 1}, {0, 3}, "ad*e"},
+                                              {"abc*de", {0, 1}, {0, 3}, "a*de"},
+                                              {"abc*de", {0, 1}, {0, 4}, "a*e"},
+                                              {"ab*cde", {0, 2}, {0, 4}, "ab*e"},
+                                              {"a*b\n*cd\nef*g\nh*", {0, 1}, {2, 1}, "a*fg\nh*"},
+                                              {"ab\n*cd\nef*g\nh*", {0, 1}, {2, 1}, "a*fg\nh*"},
+                                              {"ab\ncd\nef*g\nh*", {0, 1}, {2, 1}, "af*g\nh*"},
+                                              {"abc*\nd", {0, 1}, {1, 0}, "a*d"},
+                                              {"ab\n*cd", {0, 2}, {1, 0}, "ab*cd"}}) {
+    set(row.before);
+    erase(row.first, row.last);
+    EXPECT_EQ(get(), row.after) << row.before;
+  }
+}
+
+/// Each bookmark is a position that is moved by itself, unit by unit of the change.
+class naive_bookmarks {
+ public:
+  void insert(text::storage const& storage, text::iterator at, std::u16string const& units) {
+    size_t const offset = offset_of(storage, at.pos());
+    for (size_t& mark : marks)
+      if (mark > offset) mark += units.size();
+  }
+  void erase(text::storage const& storage, text::iterator first, text::iterator last) {
+    size_t const from = offset_of(storage, first.pos()), to = offset_of(storage, last.pos());
+    for (size_t& mark : marks)
+      if (mark > from) mark = mark >= to ? mark - (to - from) : from;
+  }
+  /// In a change over lines a line keeps its first bookmark only.
+  void drop_second_ones(text::storage const& storage) {
+    std::vector<size_t> kept;
+    for (size_t const mark : marks)
+      if (kept.empty() || pos_of(storage, kept.back()).line != pos_of(storage, mark).line)
+        kept.push_back(mark);
+    marks = kept;
+  }
+  static size_t offset_of(text::storage const& storage, pos at) {
+    size_t offset = at.column;
+    for (size_t line = 0; line < at.line; ++line) offset += storage.size(line) + 1;
+    return offset;
+  }
+  static pos pos_of(text::storage const& storage, size_t offset) {
+    size_t line = 0;
+    for (; offset > storage.size(line); ++line) offset -= storage.size(line) + 1;
+    return {line, offset};
+  }
+
+  std::vector<size_t> marks;  // offsets in the text, in order
+};
+
+TEST_F(Bookmarks, FollowTheirTextUnderRandomEdits) {
+  for (unsigned seed = 1; seed <= 40; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    random_source random(seed);
+    set("one\ntwo\n\nthree\nfour\nfive");
+    naive_bookmarks model;
+    for (int step = 0; step < 80; ++step) {
+      size_t const line = random.below(storage.lines());
+      text::iterator const at(line, random.up_to(storage.size(line)), &storage);
+      if (!view.has_bookmark(line) && random.one_in(3)) {
+        view.set_bookmark(line, at.column, true);
+        model.marks.push_back(naive_bookmarks::offset_of(storage, at.pos()));
+        std::sort(model.marks.begin(), model.marks.end());
+      } else if (random.one_in(2)) {
+        std::u16string const units = random.text(random.below(6), u"ab\n");
+        model.insert(storage, at, units);
+        storage.insert(at, units.begin(), units.end());
+      } else {
+        size_t const other = std::min(line + random.below(3), storage.lines() - 1);
+        text::iterator const last(other, random.up_to(storage.size(other)), &storage);
+        if (last < at) continue;
+        model.erase(storage, at, last);
+        storage.erase(at, last);
+        model.drop_second_ones(storage);
+      }
+      std::map<size_t, size_t> expected;
+      for (size_t const mark : model.marks) {
+        pos const expected_at = naive_bookmarks::pos_of(storage, mark);
+        expected.emplace(expected_at.line, expected_at.column);
+      }
+      ASSERT_EQ(view.bookmark_filter->nodes, expected) << "step " << step;
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,309 @@
+#include "text/soft_wrap_filter.h"
+
+#include <gtest/gtest.h>
+
+#include "marked_text.h"
+#include "random_text.h"
+
+namespace {
+
+using text::freehanded_t;
+using text::iter_from_view_pos;
+using text::pos;
+using text::view_iterator;
+
+struct row {
+  size_t line, first, last;
+  bool operator==(row const&) const = default;
+};
+
+void PrintTo(row const& r, std::ostream* out) {
+  *out << r.line << ":" << r.first << "-" << r.last;
+}
+
+/// Wraps a line unit by unit, as one says how it is done.
+void wrap_line(text::unit_view units, size_t line, size_t width, size_t tab_size,
+               std::vector<row>& out) {
+  size_t column = 0, at = 0, start = 0, blank = 0;
+  auto const count = [&] { column += units[at] == u'\t' ? tab_size - column % tab_size : 1; };
+  while (at < units.size()) {
+    for (; at < units.size() && (units[at] == u' ' || units[at] == u'\t'); ++at) {
+      count();
+      if (at + 1 != units.size()) blank = at;
+    }
+    if (at == units.size()) break;
+    bool const over = column >= width;
+    if (over && blank != start) {
+      out.push_back({line, start, blank});
+      start = ++blank;
+      column = at - blank + 1;
+    } else if (over && at > start) {
+      out.push_back({line, start, at - 1});
+      start = blank = at;
+      column = 0;
+    } else {
+      count();
+    }
+    ++at;
+  }
+  out.push_back({line, start, at});
+}
+
+class SoftWrap : public testing::Test {
+ protected:
+  void wrap(std::string const& drawing, unsigned width, unsigned tab_size = 4) {
+    marked_text::set(view, drawing);
+    view.set_tab_size(tab_size);
+    view.set_screen_width(width);
+    view.set_soft_wrap(true);
+  }
+  view_iterator at(size_t line, size_t column, size_t offset = 0) {
+    return {&view, text::iterator(line, column, &storage), offset};
+  }
+  std::vector<std::string> rows_as_text() {
+    std::vector<std::string> result;
+    for (size_t i = 0; i < view.lines(); ++i) {
+      text::iterator const first = view.begin(i).base;
+      result.push_back(marked_text::utf8(
+          std::u16string(storage.line_units(first.line).substr(first.column, view.size(i)))));
+    }
+    return result;
+  }
+  std::vector<row> rows() {
+    std::vector<row> result;
+    for (size_t i = 0; i < view.lines(); ++i) {
+      text::iterator const first = view.begin(i).base, last = view.end(i).base;
+      EXPECT_EQ(first.line, last.line);
+      result.push_back({first.line, first.column, last.column});
+    }
+    return result;
+  }
+  std::vector<row> rows_from_scratch() {
+    std::vector<row> result;
+    for (size_t line = 0; line < storage.lines(); ++line)
+      wrap_line(storage.line_units(line), line, view.screen_width, view.tab_size, result);
+    return result;
+  }
+
+  text::storage storage;
+  text::view view{storage};
+};
+
+struct layout {
+  std::string text;
+  unsigned width;
+  std::vector<std::string> rows;
+};
+
+TEST_F(SoftWrap, BreaksAtTheLastWhiteSpaceThatFits) {
+  for (auto const& row :
+       std::vector<layout>{{"", 10, {""}},
+                           {"a\n\nb", 10, {"a", "", "b"}},
+                           {"aaaa bbbb cccc", 10, {"aaaa bbbb", "cccc"}},
+                           {"aaaa bbbb ", 9, {"aaaa bbbb "}},
+                           {"aaaa bbbbb cc", 10, {"aaaa bbbbb", "cc"}},
+                           {"aaaa bbbbbb cc", 10, {"aaaa", "bbbbbb cc"}},
+                           {"aaaa    bbbbbb", 6, {"aaaa   ", "bbbbbb"}},
+                           // White space alone is never too long.
+                           {"              ", 10, {"              "}},
+                           {"abc           ", 10, {"abc           "}},
+                           // The unit before a hard break is in no row.
+                           {"abcdefghijklm", 10, {"abcdefghi", "klm"}},
+                           {"abcdefghij", 10, {"abcdefghij"}},
+                           {"abcdefghijklmnopqrstuvwxy", 10, {"abcdefghi", "klmnopqrst", "vwxy"}},
+                           {"ab cdefghijkl", 5, {"ab", "cdef", "hijkl"}},
+                           {" abcdef", 4, {" ab", "def"}},
+                           {"\tx", 3, {"", "x"}},
+                           {"\ta b\tc", 8, {"\ta b", "c"}},
+                           {"abcd", 1, {"", "b", "d"}}}) {
+    wrap(row.text, row.width);
+    EXPECT_EQ(rows_as_text(), row.rows) << row.text << " in " << row.width;
+    EXPECT_EQ(rows(), rows_from_scratch()) << row.text << " in " << row.width;
+  }
+}
+
+TEST_F(SoftWrap, PositionsBetweenUnitsBelongToOneRow) {
+  wrap("aaaa bbbb cccc|\nxy", 10);
+  EXPECT_EQ(view.line_in_view(at(0, 9)), 0u);
+  EXPECT_EQ(view.column_in_view(at(0, 9)), 9u);
+  EXPECT_EQ(view.line_in_view(at(0, 10)), 1u);
+  EXPECT_EQ(view.column_in_view(at(0, 10)), 0u);
+  EXPECT_EQ(view.column_in_view(at(0, 14)), 4u);
+  EXPECT_EQ(column_before_wrap(at(0, 14)), 14u);
+  EXPECT_EQ(view.line_in_view(at(1, 0)), 2u);
+  EXPECT_EQ(view.columns(), 10u);
+
+  view_iterator it = at(0, 9);
+  ++it;
+  EXPECT_EQ(it, at(0, 10));
+  --it;
+  EXPECT_EQ(it, at(0, 9));
+
+  EXPECT_EQ(iter_from_view_pos(&view, 1, 2, freehanded_t::off), at(0, 12));
+  EXPECT_EQ(iter_from_view_pos(&view, 0, 99, freehanded_t::off), at(0, 9));
+  EXPECT_EQ(iter_from_view_pos(&view, 1, 99, freehanded_t::on), at(0, 14, 95));
+  EXPECT_EQ(iter_from_view_pos(&view, 99, 1, freehanded_t::off), at(1, 1));
+}
+
+TEST_F(SoftWrap, TabsOfARowAreMeasuredFromItsStart) {
+  wrap("aaaaa bbb\tc dd", 10);
+  ASSERT_EQ(rows_as_text(), (std::vector<std::string>{"aaaaa bbb", "c dd"}));
+  wrap("aaaaaaaaa b\tc", 10);
+  ASSERT_EQ(rows_as_text(), (std::vector<std::string>{"aaaaaaaaa", "b\tc"}));
+  EXPECT_EQ(view.column_in_view(at(0, 12)), 4u);
+  EXPECT_EQ(column_before_wrap(at(0, 12)), 12u);
+  EXPECT_EQ(iter_from_view_pos(&view, 1, 2, freehanded_t::on), at(0, 11, 1));
+}
+
+TEST_F(SoftWrap, SettingsWrapAnew) {
+  wrap("aa bb cc\n\tdd", 5);
+  EXPECT_EQ(view.lines(), 4u);
+  view.set_screen_width(20);
+  EXPECT_EQ(view.lines(), 2u);
+  view.set_screen_width(8);
+  view.set_tab_size(8);
+  EXPECT_EQ(rows(), rows_from_scratch());
+  view.set_soft_wrap(false);
+  EXPECT_EQ(view.lines(), 2u);
+  EXPECT_EQ(view.columns(), 10u);
+  EXPECT_TRUE(view.soft_wrap_filter->ranges.empty());
+}
+
+/// Fewer kinds of text meet more of the places where a break can move.
+std::u16string_view const alphabets[] = {u"abc  ", u"aaaaaaa b\t", u"a \n", u"abcdef\t\n   ", u"a"};
+
+void check_random_edits(unsigned seed, text::view& view) {
+  random_source random(seed);
+  text::storage& storage = *view.storage;
+  std::u16string_view const alphabet = alphabets[seed % std::size(alphabets)];
+  view.set_tab_size(static_cast<unsigned>(1 + random.below(5)));
+  view.set_screen_width(static_cast<unsigned>(1 + random.below(12)));
+  view.set_soft_wrap(true);
+  auto const check = [&](int step) {
+    std::vector<row> expected, found;
+    for (size_t line = 0; line < storage.lines(); ++line)
+      wrap_line(storage.line_units(line), line, view.screen_width, view.tab_size, expected);
+    for (auto const& range : view.soft_wrap_filter->ranges)
+      found.push_back({range.line, range.first, range.last});
+    ASSERT_EQ(found, expected) << "step " << step;
+  };
+  for (int step = 0; step < 60; ++step) {
+    size_t const line = random.below(storage.lines());
+    text::iterator const first(line, random.up_to(storage.size(line)), &storage);
+    if (random.one_in(8)) {
+      if (view.can_undo()) storage.undo_manager.undo();
+    } else if (random.one_in(3)) {
+      size_t const other = std::min(line + random.below(3), storage.lines() - 1);
+      text::iterator const last(other, random.up_to(storage.size(other)), &storage);
+      text::undo_group const group(storage.undo_manager);
+      if (first <= last) storage.erase(first, last);
+    } else {
+      size_t const length = random.one_in(4) ? random.below(60) : random.below(4);
+      std::u16string const units = random.text(length, alphabet);
+      text::undo_group const group(storage.undo_manager);
+      storage.insert(first, units.begin(), units.end());
+    }
+    ASSERT_NO_FATAL_FAILURE(check(step));
+  }
+}
+
+TEST_F(SoftWrap, EditsGiveTheRowsOfWrappingFromScratch) {
+  for (unsigned seed = 1; seed <= 400; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    text::storage edited;
+    text::view wrapped(edited);
+    ASSERT_NO_FATAL_FAILURE(check_random_edits(seed, wrapped));
+  }
+}
+
+/// Every position is in exactly one row, and the conversions are each other's inverse.
+TEST_F(SoftWrap, PositionsAndRowsAgree) {
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    random_source random(seed);
+    wrap(marked_text::utf8(random.text(200, u"abcd \t\n")), 7, 3);
+    for (size_t line = 0; line < storage.lines(); ++line) {
+      for (size_t column = 0; column <= storage.size(line); ++column) {
+        view_iterator const it = at(line, column);
+        size_t const row = view.line_in_view(it), shown = view.column_in_view(it);
+        ASSERT_LE(view.begin(row), it);
+        ASSERT_LE(it, view.end(row));
+        ASSERT_EQ(iter_from_view_pos(&view, row, shown, freehanded_t::off), it);
+      }
+    }
+  }
+}
+
+/// Notes the rows that are asked to be drawn.
+TEST_F(SoftWrap, TypingRefreshesOnlyTheRowsThatChange) {
+  wrap("aaaa bbbb cccc dddd\nxy", 10);
+  auto const refreshed = [&](auto edit) {
+    view.first_refresh_line = std::numeric_limits<uint32_t>::max();
+    view.last_refresh_line = 0;
+    edit();
+    return std::pair(view.first_refresh_line, view.last_refresh_line);
+  };
+  auto const all = std::numeric_limits<uint32_t>::max();
+  std::u16string const x = u"x", space = u" ", eol = u"\n";
+  auto const insert = [&](pos where, std::u16string const& units) {
+    return refreshed(
+        [&] { storage.insert(text::iterator(where, &storage), units.begin(), units.end()); });
+  };
+  EXPECT_EQ(insert({0, 12}, x), std::pair(1u, 2u));  // "ccxcc dddd" still fits
+  EXPECT_EQ(refreshed([&] { storage.erase(at(0, 12).base); }), std::pair(1u, 2u));
+  EXPECT_EQ(insert({0, 14}, eol), std::pair(1u, all));
+  EXPECT_EQ(refreshed([&] { storage.erase(at(0, 14).base); }), std::pair(1u, all));
+  EXPECT_EQ(insert({1, 0}, x), std::pair(2u, 3u));
+  // The upper row takes in a word that became shorter.
+  view.set_screen_width(12);
+  EXPECT_EQ(insert({0, 11}, space), std::pair(0u, all));
+  EXPECT_EQ(view.selection.current_mark, at(0, 0));
+}
+
+/// Hides line 1 and tells what is above of changes there as if they were made in line 0.
+class hiding_line_1 : public text::hiding_filter {
+ public:
+  pos in_view(pos const& at) const override {
+    return {at.line - (at.line >= 1 ? size_t{1} : 0), at.column};
+  }
+  pos in_storage(pos const& at) const override {
+    return {at.line + (at.line >= 1 ? size_t{1} : 0), at.column};
+  }
+  void reset() override {}
+  void disable() override {}
+  bool is_visible(pos const& at) const override { return at.line != 1; }
+  void make_visible(pos const&) override {}
+};
+
+TEST_F(SoftWrap, ChangesOfHiddenTextLeaveTheRows) {
+  marked_text::set(view, "aaaa bbbb cccc\nhidden text that is long\ndddd eeee ffff");
+  view.install_folding_filter(std::make_unique<hiding_line_1>());
+  view.set_screen_width(10);
+  view.set_soft_wrap(true);
+  std::vector<row> const before = rows();
+  ASSERT_EQ(before.size(), 4u);
+  std::u16string const units = u"more and more ";
+  for (size_t const column : {0u, 3u, 20u}) {
+    storage.insert(at(1, column).base, units.begin(), units.end());
+    EXPECT_EQ(rows(), before);
+    storage.erase(at(1, column + 2).base, at(1, column + 8).base);
+    EXPECT_EQ(rows(), before);
+  }
+}
+
+TEST_F(SoftWrap, LongLinesFallInWithTheOldRows) {
+  random_source random(1);
+  std::u16string long_line = random.text(200'000, u"abcdefg ");
+  storage.insert(storage.end(-1), long_line.begin(), long_line.end());
+  view.set_screen_width(80);
+  view.set_soft_wrap(true);
+  for (size_t const column : {100'000u, 3u, 199'990u, 70u}) {
+    std::u16string const units = u"xy z";
+    storage.insert(at(0, column).base, units.begin(), units.end());
+    ASSERT_EQ(rows(), rows_from_scratch());
+    storage.erase(at(0, column).base, at(0, column + 7).base);
+    ASSERT_EQ(rows(), rows_from_scratch());
+  }
+}
+
+}  // namespace
