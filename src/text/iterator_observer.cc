@@ -104,10 +104,44 @@ void adjust_for_erase(text::pos first, text::pos last, subset& range) {
   }
 }
 
+/// The ranges of all mirrors, sources and targets, found by their line. An edit within one line
+/// touches no others, so repeating it on a hundred thousand lines looks at each range once.
+class iterator_observer::ranges_by_line {
+ public:
+  explicit ranges_by_line(mirror_list& mirrors) {
+    ranges_.reserve(2 * mirrors.size());
+    for (mirror& pair : mirrors) {
+      add(pair.second);
+      add(pair.first);
+    }
+    std::stable_sort(ranges_.begin(), ranges_.end(), [](subset const* a, subset const* b) {
+      return a->first_line < b->first_line;
+    });
+  }
+
+  template <typename F>
+  void for_each_at(uint32_t line, F f) const {
+    for (subset* range : long_ranges_) f(*range);
+    auto it = std::lower_bound(ranges_.begin(), ranges_.end(), line,
+                               [](subset const* s, uint32_t at) { return s->first_line < at; });
+    for (; it != ranges_.end() && (*it)->first_line == line; ++it) f(**it);
+  }
+
+ private:
+  void add(subset& range) {
+    (range.first_line == range.last_line ? ranges_ : long_ranges_).push_back(&range);
+  }
+
+  std::vector<subset*> ranges_, long_ranges_;  // those within a line, and the others
+};
+
 iterator_observer::iterator_observer(text::storage& of, bool track)
     : storage(&of), track_memento(track) {}
 
 namespace {
+
+/// Up to as many mirrors all states are kept, also those in the middle of repeating an edit.
+constexpr size_t few_mirrors = 16;
 
 /// Lists are tied to the state in which they stand. Before one changes, what undoing across the
 /// present state has to bring back is stored; after it has grown, what redoing has to.
@@ -148,43 +182,76 @@ void iterator_observer::remove_mirror(mirror_list::iterator entry) {
   mirrors.erase(entry);
 }
 
+void iterator_observer::add_mirrors(std::vector<mirror> const& added) {
+  if (track_memento) store_before_edit(mirror_undo_map, mirrors, *storage);
+  mirrors.insert(mirrors.end(), added.begin(), added.end());
+  if (track_memento) store_after_edit(mirror_undo_map, mirrors, *storage);
+}
+
+void iterator_observer::remove_all_mirrors() {
+  if (mirrors.empty()) return;
+  if (track_memento) store_before_edit(mirror_undo_map, mirrors, *storage);
+  mirrors.clear();
+}
+
+bool iterator_observer::keeps_each_state() const {
+  return !updating_mirror || mirrors.size() <= few_mirrors;
+}
+
 void iterator_observer::will_change_memento(unsigned long /*from*/, unsigned long to) {
   // New numbers exceed all old ones, so one that was seen before is undo or redo.
   performing_undo = max_memento >= to;
   max_memento = std::max(max_memento, static_cast<uint32_t>(to));
   if (performing_undo) return;
-  previous_mirrors = mirrors;
+  if (keeps_each_state()) previous_mirrors = mirrors;
   previous_notifications = notifications;
+}
+
+/// Moves all mirrors for an edit that repeats another.
+template <typename Adjust>
+void iterator_observer::adjust_mirrors(text::iterator const& first, text::iterator const& last,
+                                       Adjust adjust) {
+  if (by_line_ != nullptr && first.line == last.line) {
+    by_line_->for_each_at(first.line, [&](subset& range) { adjust(first, last, range); });
+    return;
+  }
+  by_line_ = nullptr;  // from here on lines have other numbers
+  for (mirror& pair : mirrors) {
+    adjust(first, last, pair.second);
+    adjust(first, last, pair.first);
+  }
 }
 
 void iterator_observer::will_erase(text::iterator const& first, text::iterator const& last) {
   if (performing_undo) return;
-  for (subset& range : notifications) adjust_for_erase(first, last, range);
-  for (mirror& pair : mirrors) adjust_for_erase(first, last, pair.second);
+  auto const adjust = [](auto const& from, auto const& to, subset& range) {
+    adjust_for_erase(from, to, range);
+  };
+  for (subset& range : notifications) adjust(first, last, range);
+  if (updating_mirror) return adjust_mirrors(first, last, adjust);
   for (mirror& pair : mirrors) {
-    if (!updating_mirror) {
-      text::iterator const start = first_of(pair.first, storage);
-      text::iterator const left = std::max(first, start);
-      text::iterator const right = std::min(last, last_of(pair.first, storage));
-      if (left < right)
-        pending_erases.push_back(
-            {static_cast<size_t>(left - start), static_cast<size_t>(right - left), &pair.second});
-    }
-    adjust_for_erase(first, last, pair.first);
+    adjust(first, last, pair.second);
+    text::iterator const start = first_of(pair.first, storage);
+    text::iterator const left = std::max(first, start);
+    text::iterator const right = std::min(last, last_of(pair.first, storage));
+    if (left < right)
+      pending_erases.push_back(
+          {static_cast<size_t>(left - start), static_cast<size_t>(right - left), &pair.second});
+    adjust(first, last, pair.first);
   }
 }
 
 void iterator_observer::did_insert(text::iterator const& first, text::iterator const& last) {
   if (performing_undo) return;
+  auto const adjust_mirror = [](auto const& from, auto const& to, subset& range) {
+    adjust_mirror_for_insert(from, to, range);
+  };
   for (subset& range : notifications) adjust_for_insert(first, last, range);
-  for (mirror& pair : mirrors) adjust_mirror_for_insert(first, last, pair.second);
-  if (updating_mirror) {
-    for (mirror& pair : mirrors) adjust_mirror_for_insert(first, last, pair.first);
-    return;
-  }
+  if (updating_mirror) return adjust_mirrors(first, last, adjust_mirror);
   did_insert_data.clear();
   if (!mirrors.empty()) append_units(first, last, did_insert_data);
   for (mirror& pair : mirrors) {
+    adjust_mirror(first, last, pair.second);
     if (inside(first, pair.first))
       pending_inserts.push_back(
           {static_cast<size_t>(first - first_of(pair.first, storage)), &pair.second});
@@ -201,10 +268,19 @@ void iterator_observer::did_change_memento(unsigned long from, unsigned long to)
   }
   if (track_memento) store_changed_lists(key);
   // The repeated edits come back to this function; they must not end the updating.
-  bool const was_updating = std::exchange(updating_mirror, true);
+  if (updating_mirror || (pending_erases.empty() && pending_inserts.empty())) return;
+  repeat_edits();
+}
+
+void iterator_observer::repeat_edits() {
+  ranges_by_line ranges(mirrors);
+  by_line_ = &ranges;
+  updating_mirror = true;
   repeat_erases();
   repeat_inserts();
-  updating_mirror = was_updating;
+  updating_mirror = false;
+  by_line_ = nullptr;
+  if (track_memento) store_after_edit(mirror_undo_map, mirrors, *storage);
 }
 
 void iterator_observer::restore_lists(undo_key key) {
@@ -216,7 +292,10 @@ void iterator_observer::restore_lists(undo_key key) {
 
 void iterator_observer::store_changed_lists(undo_key key) {
   undo_key const back{key.to, key.from};
-  if (previous_mirrors != mirrors) {
+  if (!keeps_each_state()) {
+    mirror_undo_map[key].clear();
+    mirror_undo_map[back].clear();
+  } else if (previous_mirrors != mirrors) {
     mirror_undo_map[key] = mirrors;
     mirror_undo_map[back] = previous_mirrors;
   }
@@ -246,7 +325,7 @@ void iterator_observer::repeat_inserts() {
                                                   did_insert_data.data() + did_insert_data.size());
     adjust_for_insert(at, behind, grown);
     *pending.target = grown;
-    if (!track_memento) continue;
+    if (!track_memento || !keeps_each_state()) continue;
     store_after_edit(mirror_undo_map, mirrors, *storage);
     mirror_undo_map[{storage->current_memento, storage->previous_memento}] = previous_mirrors;
   }

@@ -24,7 +24,9 @@ struct undo_key {
 /// second, by further changes of the storage right after the user's.
 ///
 /// With memento tracking on, the lists as they stood at each state are kept, and undo and redo put
-/// them back instead of adjusting them; the entries live as long as the observer.
+/// them back instead of adjusting them; the entries live as long as the observer. With many mirrors
+/// the states between one repetition and the next are without mirrors: a group takes undo and redo
+/// across them anyway, and keeping each would take memory by the square of their number.
 ///
 /// The owner adds the observer to the storage and removes it. Main thread only.
 class iterator_observer : public storage_observer {
@@ -75,6 +77,9 @@ class iterator_observer : public storage_observer {
   void remove_notify(notification_list::iterator entry);
   mirror_list::iterator add_mirror(subset const& source, subset const& mirror);
   void remove_mirror(mirror_list::iterator entry);
+  /// The same for many at a time.
+  void add_mirrors(std::vector<mirror> const& added);
+  void remove_all_mirrors();
 
   void will_change_memento(unsigned long from, unsigned long to) override;
   void did_change_memento(unsigned long from, unsigned long to) override;
@@ -97,10 +102,19 @@ class iterator_observer : public storage_observer {
   bool track_memento;
 
  private:
+  class ranges_by_line;
+
   void restore_lists(undo_key key);
   void store_changed_lists(undo_key key);
+  bool keeps_each_state() const;
+  template <typename Adjust>
+  void adjust_mirrors(text::iterator const& first, text::iterator const& last, Adjust adjust);
+  void repeat_edits();
   void repeat_erases();
   void repeat_inserts();
+
+  ranges_by_line* by_line_ =
+      nullptr;  // while edits are repeated, as long as lines keep their number
 };
 
 /// Whether the position lies in the range, both ends included.

@@ -96,8 +96,9 @@ void view::enter_line_append_mode() {
     size_t const size = storage->size(line);
     return iterator_observer::subset(text::pos(line, size - common), text::pos(line, size));
   };
-  for (size_t line = first; line < stop; ++line)
-    mirror_observer.add_mirror(tail(caret.line), tail(line));
+  std::vector<iterator_observer::mirror> mirrors;
+  for (size_t line = first; line < stop; ++line) mirrors.push_back({tail(caret.line), tail(line)});
+  mirror_observer.add_mirrors(mirrors);
 }
 
 void view::set_freehanded_mode(bool on) {

@@ -119,10 +119,12 @@ void view::insert_units(unit_view units) {
 void view::add_column_mirrors(text::iterator const& base, size_t count) {
   if (count == 1) return;
   size_t const column = column_before_wrap({this, base});
+  std::vector<iterator_observer::mirror> mirrors;
   for (size_t line = base.line + size_t{1}; line < base.line + count; ++line) {
     text::iterator const at = iter_from_hybrid_pos(this, line, column, freehanded_t::off).base;
-    mirror_observer.add_mirror({base, base}, {at, at});
+    mirrors.push_back({{base, base}, {at, at}});
   }
+  mirror_observer.add_mirrors(mirrors);
 }
 
 void view::replace_selection_with(unit_view units) {

@@ -151,7 +151,7 @@ void view_will_change::drop_left_ranges() {
   };
   auto& mirrors = view.mirror_observer.mirrors;
   if (std::any_of(mirrors.begin(), mirrors.end(), [&](auto const& m) { return is_left(m.first); }))
-    while (!mirrors.empty()) view.mirror_observer.remove_mirror(mirrors.begin());
+    view.mirror_observer.remove_all_mirrors();
   auto& notifications = view.notify_observer.notifications;
   for (auto it = notifications.begin(); it != notifications.end();) {
     auto const next = std::next(it);

@@ -219,6 +219,44 @@ TEST_F(Mirrors, ListsComeBackByState) {
   EXPECT_TRUE(observer.notifications.empty());
 }
 
+// More mirrors than those of which each state is kept, two on each line and one on the source's.
+TEST_F(Mirrors, ManyFollowEditsWithinAndAcrossLinesAndComeBackByGroups) {
+  constexpr uint32_t lines = 40;
+  std::string before = "[]()";
+  for (uint32_t line = 1; line < lines; ++line) before += "\n{}<>";
+  insert(0, 0, before);
+  std::vector<text::iterator_observer::mirror> added{{one_line(0, 1, 1), one_line(0, 3, 3)}};
+  for (uint32_t line = 1; line < lines; ++line)
+    for (uint32_t column : {1, 3})
+      added.push_back({one_line(0, 1, 1), one_line(line, column, column)});
+  observer.add_mirrors(added);
+  auto const expect_all = [&](std::string const& typed) {
+    std::string expected = "[" + typed + "](" + typed + ")";
+    for (uint32_t line = 1; line < lines; ++line) expected += "\n{" + typed + "}<" + typed + ">";
+    EXPECT_EQ(text(), expected);
+  };
+  insert(0, 1, "abc");
+  expect_all("abc");
+  insert(0, 2, "-\n-");
+  expect_all("a-\n-bc");
+  insert(0, 2, "x");
+  expect_all("ax-\n-bc");
+  erase({0, 3}, {1, 1});
+  expect_all("axbc");
+  size_t const steps = storage.undo_records.size();
+  EXPECT_EQ(steps, 1 + 4 * (2 * lines));
+  for (int n = 0; n < 4; ++n) storage.undo_manager.undo();
+  EXPECT_EQ(text(), before);
+  EXPECT_TRUE(std::equal(added.begin(), added.end(), observer.mirrors.begin()));
+  for (int n = 0; n < 4; ++n) storage.undo_manager.redo();
+  expect_all("axbc");
+  insert(0, 4, "!");
+  expect_all("axb!c");
+  observer.remove_all_mirrors();
+  storage.undo_manager.undo();
+  expect_all("axbc");
+}
+
 TEST_F(Mirrors, WithoutRangesNothingIsKept) {
   insert(0, 0, "abc");
   erase({0, 0}, {0, 1});
