@@ -2,6 +2,7 @@
 
 #include "app/WynDocumentController.h"
 #include "app/file_argument.h"
+#include "app/line_place.h"
 #include "documents/WynDocument.h"
 #include "path/file_system.h"
 #include "path/path.h"
@@ -52,6 +53,10 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
     if (auto const* bytes = path.as_data()) openFile({bytes->begin(), bytes->end()});
   });
   add("clearRecentFiles:", [this](auto const&) { recent_.clear(); });
+  add("orderFrontGoToLinePanel:", [this](auto const&) { orderFrontGoToLinePanel(); });
+  addMethod("goToLineAction:", [this](plist::value const& place) {
+    return plist::value(goToLine(place.string_or("")));
+  });
   add("selectNextWindow:", [this](auto const&) { selectWindow(1); });
   add("selectPreviousWindow:", [this](auto const&) { selectWindow(-1); });
   add("terminate:", [this](auto const&) {
@@ -108,10 +113,13 @@ WynDocumentController* AppDelegate::openFile(std::string const& path, std::size_
   std::shared_ptr<WynDocument> const document = WynDocument::documentWithContentsOfFile(standard);
   if (document == nullptr) return nullptr;
   recent_.add(standard);
-  for (WynDocumentController* open : orderedControllers()) {
-    if (!open->canBeUsedForNewDocument()) continue;
-    open->setTextDocument(document);
-    return go(*open);
+  // Of several empty windows the hindmost is taken.
+  auto const open = orderedControllers();
+  auto const reused = std::find_if(open.rbegin(), open.rend(),
+                                   [](auto const* c) { return c->canBeUsedForNewDocument(); });
+  if (reused != open.rend()) {
+    (*reused)->setTextDocument(document);
+    return go(**reused);
   }
   auto controller = std::make_unique<WynDocumentController>(*this);
   controller->setTextDocument(document);
@@ -149,6 +157,23 @@ void AppDelegate::openDocument() {
   request.directory = currentDirectory_;
   request.allows_folders = false;
   openFiles(platform::desktop::current().panels().run_open(request));
+}
+
+void AppDelegate::orderFrontGoToLinePanel() {
+  auto const open = orderedControllers();
+  text::view const* const view = open.empty() ? nullptr : open.front()->textView().view();
+  if (view == nullptr) return platform::desktop::current().beep();
+  auto const place = platform::desktop::current().prompts().run(
+      "Go to Line", "Line, or line and column as LINE:COLUMN",
+      std::to_string(view->selection.current_mark.base.line + 1));
+  if (place) performSelectorWithObject("goToLineAction:", *place);
+}
+
+bool AppDelegate::goToLine(std::string const& text) {
+  auto const place = parse_line_place(text);
+  auto const open = orderedControllers();
+  return place && !open.empty() &&
+         open.front()->textView().goToLineAndColumn(place->line, place->column);
 }
 
 void AppDelegate::adopt(std::unique_ptr<WynDocumentController> controller) {

@@ -55,6 +55,8 @@ class AppDelegate : public platform::application_delegate {
  private:
   void openLaunchArguments();
   void openDocument();
+  void orderFrontGoToLinePanel();
+  bool goToLine(std::string const& place);
   bool reviewUnsavedDocuments();
   bool confirmLargeFile(std::string const& path);
   void selectWindow(int step);

@@ -4,6 +4,7 @@
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtFilePanels.h"
 #include "desktop/QtPasteboard.h"
+#include "desktop/QtPromptPanel.h"
 #include "desktop/QtRunLoop.h"
 #include "headless/headless_desktop.h"
 #include "platform/desktop.h"
@@ -39,6 +40,7 @@ class QtDesktop final : public platform::desktop {
   platform::pasteboard& find_pasteboard() override { return find_; }
   platform::alert_panel& alerts() override { return alerts_; }
   platform::file_panels& panels() override { return panels_; }
+  platform::prompt_panel& prompts() override { return prompts_; }
   void beep() override { QApplication::beep(); }
   std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
                                                 platform::view_client& client,
@@ -72,6 +74,7 @@ class QtDesktop final : public platform::desktop {
   headless::memory_pasteboard find_;
   QtAlertPanel alerts_;
   QtFilePanels panels_;
+  QtPromptPanel prompts_;
   platform::application_delegate* delegate_ = nullptr;
   bool terminated_ = false;
   std::vector<EditorWindow*> windows_;  // the one active last comes first

@@ -37,10 +37,21 @@ std::vector<std::string> scripted_panels::run_open(platform::open_request const&
   return answer;
 }
 
-std::optional<platform::save_answer> scripted_panels::run_save(platform::save_request const&) {
+std::optional<platform::save_answer> scripted_panels::run_save(
+    platform::save_request const& request) {
+  last_save_request = request;
   if (save_answers.empty()) return std::nullopt;
   std::optional<platform::save_answer> const answer = save_answers.front();
   save_answers.pop_front();
+  return answer;
+}
+
+std::optional<std::string> scripted_prompts::run(std::string const&, std::string const&,
+                                                 std::string const& initial) {
+  last_initial = initial;
+  if (answers.empty()) return std::nullopt;
+  std::string const answer = answers.front();
+  answers.pop_front();
   return answer;
 }
 

@@ -50,6 +50,17 @@ class scripted_panels : public platform::file_panels {
 
   std::deque<std::vector<std::string>> open_answers;
   std::deque<std::optional<platform::save_answer>> save_answers;
+  platform::save_request last_save_request;
+};
+
+/// Gives the answers put in before, in order; without one it is cancelled.
+class scripted_prompts : public platform::prompt_panel {
+ public:
+  std::optional<std::string> run(std::string const& title, std::string const& text,
+                                 std::string const& initial) override;
+
+  std::deque<std::string> answers;
+  std::string last_initial;  // what the last question proposed
 };
 
 class headless_desktop;
@@ -95,6 +106,7 @@ class headless_desktop : public platform::desktop {
   memory_pasteboard& find_pasteboard() override { return find_; }
   scripted_alerts& alerts() override { return alerts_; }
   scripted_panels& panels() override { return panels_; }
+  scripted_prompts& prompts() override { return prompts_; }
   void beep() override { ++beeps; }
   std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
                                                 platform::view_client& client,
@@ -112,6 +124,7 @@ class headless_desktop : public platform::desktop {
   memory_pasteboard general_, primary_, find_;
   scripted_alerts alerts_;
   scripted_panels panels_;
+  scripted_prompts prompts_;
   std::vector<headless_window*> front_to_back_;
   platform::desktop* former_;
 };

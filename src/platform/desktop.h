@@ -4,6 +4,7 @@
 #include "platform/application.h"
 #include "platform/file_panel.h"
 #include "platform/pasteboard.h"
+#include "platform/prompt_panel.h"
 #include "platform/run_loop.h"
 #include "platform/window.h"
 
@@ -31,6 +32,7 @@ class desktop {
   virtual pasteboard& find_pasteboard() = 0;
   virtual alert_panel& alerts() = 0;
   virtual file_panels& panels() = 0;
+  virtual prompt_panel& prompts() = 0;
   virtual void beep() = 0;
 
   /// A window that shows `client` and sends its actions to `first`, not yet on screen.

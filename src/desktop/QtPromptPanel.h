@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/prompt_panel.h"
+
+namespace widgets {
+
+/// Prompts as input dialogs before the active window.
+class QtPromptPanel final : public platform::prompt_panel {
+ public:
+  std::optional<std::string> run(std::string const& title, std::string const& text,
+                                 std::string const& initial) override;
+};
+
+}  // namespace widgets
