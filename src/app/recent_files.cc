@@ -45,7 +45,8 @@ std::vector<std::string> recent_files::load() const {
   std::string contents;
   if (platform::read_file(list_path_, contents, platform::file_calls::system()) != 0) return {};
   std::vector<std::string> list;
-  for (plist::value const& entry : plist::read_xml(contents).value.elements())
+  plist::value const stored = plist::read_xml(contents).value;
+  for (plist::value const& entry : stored.elements())
     if (auto const* data = entry.as_data()) list.emplace_back(data->begin(), data->end());
   return list;
 }
