@@ -7,6 +7,7 @@
 #include "platform/user_defaults.h"
 #include "plist/xml_reader.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -49,6 +50,17 @@ int run_batch(std::vector<std::string> arguments) {
   return options ? run_batch_mode(*options) : wrong_usage(error);
 }
 
+bool is_option(std::string const& argument) {
+  return argument.rfind("--", 0) == 0;
+}
+
+// Behind "--" everything is a file, whatever it begins with.
+std::vector<std::string> files_among(std::vector<std::string> arguments) {
+  auto const end_of_options = std::find(arguments.begin(), arguments.end(), "--");
+  if (end_of_options != arguments.end()) arguments.erase(end_of_options);
+  return arguments;
+}
+
 int run_windows(int argc, char** argv) {
   std::string error;
   platform::desktop_module* const module = platform::load_desktop_module(error);
@@ -62,7 +74,7 @@ int run_windows(int argc, char** argv) {
   int status = 0;
   {
     AppDelegate app(read_menus(), platform::state_folder() + "/RecentFiles.plist");
-    app.setLaunchArguments({argv + 1, argv + argc}, path::cwd());
+    app.setLaunchArguments(files_among({argv + 1, argv + argc}), path::cwd());
     status = desktop->run(app);
   }
   platform::user_defaults::standard().save();
@@ -84,8 +96,8 @@ int main(int argc, char** argv) {
     std::puts("Quirnote " QUIRNOTE_VERSION);
     return 0;
   }
-  for (std::string const& argument : arguments)
-    if (argument.rfind("--", 0) == 0 && argument != "--")
-      return wrong_usage("unknown option " + argument);
+  auto const end_of_options = std::find(arguments.begin(), arguments.end(), "--");
+  auto const option = std::find_if(arguments.begin(), end_of_options, is_option);
+  if (option != end_of_options) return wrong_usage("unknown option " + *option);
   return run_windows(argc, argv);
 }
