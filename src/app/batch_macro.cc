@@ -38,13 +38,13 @@ std::optional<plist::value> read_value(std::string const& path) {
 
 }  // namespace
 
-std::optional<batch_macro> read_batch_macro(std::string const& path) {
+batch_macro read_batch_macro(std::string const& path) {
   auto const value = read_value(path);
-  if (!value) return std::nullopt;
+  if (!value) return {{}, false};
   plist::value const& list = value->as_array() ? *value : (*value)["commands"];
   if (list.as_array() == nullptr) {
     report(path, "no array of steps, and no dictionary with `commands`");
-    return std::nullopt;
+    return {{}, false};
   }
   batch_macro macro;
   for (std::size_t n = 0; n < list.elements().size(); ++n) {
@@ -53,6 +53,7 @@ std::optional<batch_macro> read_batch_macro(std::string const& path) {
       macro.steps.push_back({*command, step["argument"]});
     } else {
       report(path, "step " + std::to_string(n) + " has no `command`");
+      macro.complete = false;
     }
   }
   return macro;

@@ -13,10 +13,12 @@ struct batch_macro {
     plist::value argument;
   };
   std::vector<step> steps;
+  bool complete = true;  // false when something of the file had to be left out
 };
 
 /// Reads a macro from an XML property list: a dictionary with `commands`, or a bare array of steps,
 /// each a dictionary with `command` and perhaps `argument`. A step of another shape is reported on
-/// standard error with file, number and reason, and left out. Nothing, with a report, when the file
-/// can't be read at all. "-" is standard input.
-std::optional<batch_macro> read_batch_macro(std::string const& path);
+/// standard error with file, number and reason, and left out; so is a whole file that can't be
+/// read.
+/// "-" is standard input.
+batch_macro read_batch_macro(std::string const& path);

@@ -12,12 +12,11 @@
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
 
-#include <algorithm>
 #include <cstdio>
 
 namespace {
 
-enum exit_status { done = 0, beeped = 1, wrong_usage = 2, file_trouble = 3 };
+enum exit_status { done = 0, beeped = 1, file_trouble = 3 };
 
 void print(std::string_view text) {
   std::fwrite(text.data(), 1, text.size(), stdout);
@@ -39,13 +38,12 @@ class batch_run {
 
   int run() {
     for (std::string const& path : options_.macros) {
-      auto macro = read_batch_macro(path);
-      if (!macro) return wrong_usage;
-      macros_.push_back(std::move(*macro));
+      macros_.push_back(read_batch_macro(path));
+      if (!macros_.back().complete) status_ = file_trouble;
     }
     if (options_.files.empty()) run_on_untitled();
     for (std::string const& file : options_.files) run_on_file(file);
-    if (std::fflush(stdout) != 0) status_ = std::max<int>(status_, file_trouble);
+    if (std::fflush(stdout) != 0 || std::ferror(stdout)) complain("standard output", "not written");
     return status_ != done ? status_ : options_.strict && has_beeped_ ? beeped : done;
   }
 
@@ -57,7 +55,7 @@ class batch_run {
   }
 
   void run_on_file(std::string const& file) {
-    if (options_.files.size() > 1) print("==> " + file + " <==\n");
+    if (options_.files.size() > 1 && !options_.prints.empty()) print("==> " + file + " <==\n");
     start_counting();
     std::string const path = path::join(path::cwd(), file);
     if (!path::exists(path)) {

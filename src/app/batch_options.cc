@@ -18,8 +18,10 @@ std::optional<std::pair<std::string, std::string>> split_at_equals(std::string c
   return std::pair(text.substr(0, equals), text.substr(equals + 1));
 }
 
+// Neither "inf" nor "nan" is one: these are words.
 template <typename T>
 std::optional<T> number_from(std::string const& text) {
+  if (text.find_first_not_of("0123456789+-.eE") != std::string::npos) return std::nullopt;
   T number{};
   auto const result = std::from_chars(text.data(), text.data() + text.size(), number);
   if (text.empty() || result.ec != std::errc() || result.ptr != text.data() + text.size())
