@@ -9,6 +9,12 @@ bool responder::respondsToSelector(std::string_view selector) const {
   return methods_.find(selector) != methods_.end();
 }
 
+std::vector<std::string> responder::selectors() const {
+  std::vector<std::string> names;
+  for (auto const& entry : methods_) names.push_back(entry.first);
+  return names;
+}
+
 plist::value responder::performSelectorWithObject(std::string_view selector,
                                                   plist::value const& object) {
   auto const it = methods_.find(selector);

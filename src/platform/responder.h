@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace platform {
 
@@ -27,6 +28,9 @@ class responder {
 
   /// Whether this object itself knows `selector`.
   virtual bool respondsToSelector(std::string_view selector) const;
+
+  /// All names that this object itself knows, in order; those of queries are among them.
+  virtual std::vector<std::string> selectors() const;
 
   /// Runs the method, which must be known here; a result of false makes the desktop beep. An
   /// unknown name gives nothing, without a beep.

@@ -24,6 +24,7 @@ WynTextView::WynTextView() {
 }
 
 WynTextView::~WynTextView() {
+  if (hasSeenKey_) WynKeyBindingManager::sharedInstance().forgetTextView(*this);
   setDocument(nullptr);
 }
 
@@ -94,6 +95,12 @@ bool WynTextView::respondsToSelector(std::string_view selector) const {
   return actions_.has_action(std::string(selector)) || responder::respondsToSelector(selector);
 }
 
+std::vector<std::string> WynTextView::selectors() const {
+  std::vector<std::string> names = responder::selectors();
+  for (std::string& name : actions_.names()) names.push_back(std::move(name));
+  return names;
+}
+
 plist::value WynTextView::performSelectorWithObject(std::string_view selector,
                                                     plist::value const& object) {
   std::string const name(selector);
@@ -138,6 +145,7 @@ void WynTextView::addAction(std::string selector, std::function<void()> action) 
 void WynTextView::key_down(platform::key_event const& event) {
   if (view_ == nullptr) return;
   didPressOption_ = false;
+  hasSeenKey_ = true;
   if (host_ != nullptr) host_->hide_cursor_until_mouse_moves();
   if (!WynKeyBindingManager::sharedInstance().interpretKeyEventForTextView(event, *this))
     platform::desktop::current().beep();
@@ -152,6 +160,7 @@ void WynTextView::set_host(platform::view_host* host) {
   if (host_ == nullptr) {
     blinkTimer_.reset();
     autoscrollTimer_.reset();
+    centerTimer_.reset();
     return;
   }
   userDefaultsDidChange();

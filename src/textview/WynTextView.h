@@ -52,6 +52,7 @@ class WynTextView : public platform::responder,
 
   // Dispatch by name
   bool respondsToSelector(std::string_view selector) const override;
+  std::vector<std::string> selectors() const override;
   plist::value performSelectorWithObject(std::string_view selector,
                                          plist::value const& object) override;
   bool tryToPerformWith(std::string_view selector, plist::value const& object) override;
@@ -88,6 +89,8 @@ class WynTextView : public platform::responder,
   /// In points.
   double fontSize() const { return fontSize_; }
   void setFontSize(double points);
+  bool canMakeFontBigger() const;
+  bool canMakeFontSmaller() const;
 
   /// Lines and columns from 1; a column counts units. False when there is no such line or no
   /// document; a column behind the line's end stands for that end.
@@ -128,6 +131,8 @@ class WynTextView : public platform::responder,
   /// Scrolls as little as possible to show `r`, which is left of neither gutter nor margin.
   void scrollRectToVisible(platform::rect const& r);
   void centerSelectionInVisibleArea();
+  /// Now and once more at the loop's next turn, when a frame that has just grown is laid out.
+  void centerSelectionNowAndLater();
   bool caretIsVisible() const { return caretVisible_; }
 
  protected:
@@ -203,9 +208,10 @@ class WynTextView : public platform::responder,
   double fontSize_ = 12;
 
   bool caretVisible_ = true;
-  std::unique_ptr<platform::timer> blinkTimer_;
+  std::unique_ptr<platform::timer> blinkTimer_, centerTimer_;
 
   std::uint32_t lastModifierFlags_ = 0;
+  bool hasSeenKey_ = false;
   bool didPressOption_ = false;
   double didPressOptionAt_ = 0;
   bool leftMouseDown_ = false;

@@ -78,9 +78,9 @@ void WynTextView::addExtensionMethods() {
     return plist::value();
   });
   addMethod("canMakeTextLarger",
-            [this](plist::value const&) { return plist::value(fontSize_ < font_sizes.back()); });
+            [this](plist::value const&) { return plist::value(canMakeFontBigger()); });
   addMethod("canMakeTextSmaller",
-            [this](plist::value const&) { return plist::value(fontSize_ > font_sizes.front()); });
+            [this](plist::value const&) { return plist::value(canMakeFontSmaller()); });
   addMethod("makeTextStandardSize:", [this](plist::value const&) {
     setFontSize(12);
     return plist::value();
@@ -178,6 +178,14 @@ void WynTextView::setFontSize(double points) {
   if (view_ != nullptr) centerSelectionInVisibleArea();
 }
 
+bool WynTextView::canMakeFontBigger() const {
+  return fontSize_ < font_sizes.back();
+}
+
+bool WynTextView::canMakeFontSmaller() const {
+  return fontSize_ > font_sizes.front();
+}
+
 bool WynTextView::goToLineAndColumn(std::size_t line, std::size_t column) {
   if (view_ == nullptr || line < 1) return false;
   view_will_change const scope(*this, true);
@@ -211,7 +219,8 @@ bool WynTextView::replacingText(std::function<bool()> const& replace) {
 void WynTextView::userDefaultsDidChange() {
   auto& d = defaults();
   std::string const font_name = d.string("WynTextViewNormalFontName", "monospace");
-  double const font_size = std::clamp(d.real("WynTextViewNormalFontSize", 12), 4.0, 200.0);
+  double const font_size =
+      std::clamp(std::round(d.real("WynTextViewNormalFontSize", 12)), 4.0, 200.0);
   bool const anti_alias = d.boolean("WynTextViewAntiAliasEnabled", true);
   bool const new_frame = font_name != fontName_ || font_size != fontSize_ ||
                          anti_alias != antiAliasEnabled_ ||

@@ -114,6 +114,13 @@ void WynTextView::centerSelectionInVisibleArea() {
   scrollRectToVisible(target);
 }
 
+void WynTextView::centerSelectionNowAndLater() {
+  if (host_ == nullptr) return;
+  centerSelectionInVisibleArea();
+  centerTimer_ = platform::desktop::current().loop().schedule(
+      0, false, [this] { centerSelectionInVisibleArea(); });
+}
+
 void WynTextView::addScrollingMethods() {
   addAction("pageUp:", [this] { moveByPage(-1, false); });
   addAction("pageDown:", [this] { moveByPage(1, false); });

@@ -78,7 +78,7 @@ view_will_change::~view_will_change() {
   }
   view.first_refresh_line = no_line;
   view.last_refresh_line = 0;
-  if (center) text_view.centerSelectionInVisibleArea();
+  if (center) text_view.centerSelectionNowAndLater();
   if (view.scroll_caret_pending) {
     view.scroll_caret_pending = false;
     text_view.scrollRectToVisible(caret_rectangle(text_view));
