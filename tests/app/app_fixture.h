@@ -1,0 +1,80 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/AppDelegate.h"
+#include "app/WynDocumentController.h"
+#include "documents/WynDocument.h"
+#include "headless/headless_desktop.h"
+#include "path/temporary_folder.h"
+#include "platform/user_defaults.h"
+#include "plist/xml_reader.h"
+
+/// The application with its real menus on the desktop without windows, a folder of files, and
+/// settings of its own.
+class app_test : public testing::Test {
+ protected:
+  app_test()
+      : former_defaults_(platform::user_defaults::set_standard(
+            std::make_unique<platform::user_defaults>(std::string()))),
+        app_(std::make_unique<AppDelegate>(menus(), folder / "state/RecentFiles.plist")) {}
+  ~app_test() override {
+    app_.reset();
+    platform::user_defaults::set_standard(std::move(former_defaults_));
+  }
+
+  AppDelegate& app() { return *app_; }
+  platform::user_defaults& defaults() { return platform::user_defaults::standard(); }
+
+  static headless::headless_window& window_of(WynDocumentController& controller) {
+    return static_cast<headless::headless_window&>(controller.window());
+  }
+  static void type(WynDocumentController& controller, std::u16string const& text) {
+    controller.textView().insertText(text);
+  }
+  static bool perform(WynDocumentController& controller, char const* selector) {
+    return controller.textView().tryToPerformWith(selector, {});
+  }
+  /// The titles of the windows, front to back; a star stands before those with unsaved changes.
+  std::vector<std::string> windows() {
+    std::vector<std::string> titles;
+    for (WynDocumentController* controller : app().orderedControllers())
+      titles.push_back((window_of(*controller).edited ? "*" : "") + window_of(*controller).title);
+    return titles;
+  }
+  /// The alerts since the last call, as "title|answer".
+  std::vector<std::string> alerts() {
+    std::vector<std::string> result;
+    for (auto const& alert : desktop.alerts().shown)
+      result.push_back(alert.title + "|" + alert.answer);
+    desktop.alerts().shown.clear();
+    return result;
+  }
+  void answer(std::string const& title, std::string const& button) {
+    desktop.alerts().answer(title, button);
+  }
+  void answer_save(std::string const& name, std::string const& button) {
+    answer("Do you want to save the changes you made in the document \u201c" + name + "\u201d?",
+           button);
+  }
+
+  temporary_folder folder;
+  headless::headless_desktop desktop;
+
+ private:
+  static plist::value menus() {
+    std::ifstream file(QUIRNOTE_SOURCE_DIR "/share/menus.plist");
+    std::string const contents{std::istreambuf_iterator<char>(file), {}};
+    return plist::read_xml(contents).value;
+  }
+
+  std::unique_ptr<platform::user_defaults> former_defaults_;
+  std::unique_ptr<AppDelegate> app_;
+};
+
+using titles = std::vector<std::string>;

@@ -1,0 +1,206 @@
+#include <sys/stat.h>
+
+#include <cstdlib>
+
+#include "app/file_argument.h"
+#include "app/line_place.h"
+#include "app/recent_files.h"
+#include "app_fixture.h"
+
+// What opens which file in which window, and where in it.
+namespace {
+
+struct place {
+  std::string path;
+  std::size_t line, column;
+  friend bool operator==(place const&, place const&) = default;
+};
+
+void PrintTo(place const& p, std::ostream* out) {
+  *out << p.path << " at " << p.line << ":" << p.column;
+}
+
+TEST(file_argument, a_file_of_that_very_name_wins) {
+  temporary_folder folder;
+  for (char const* name : {"a", "a:3", "b"}) folder.write(name, "");
+  auto const parsed = [&](char const* argument) {
+    file_argument const f = parse_file_argument(argument, folder.path());
+    return place{f.path, f.line, f.column};
+  };
+  EXPECT_EQ(parsed("a"), (place{folder / "a", 0, 0}));
+  EXPECT_EQ(parsed("a:3"), (place{folder / "a:3", 0, 0}));
+  EXPECT_EQ(parsed("a:3:4"), (place{folder / "a:3", 4, 0}));
+  EXPECT_EQ(parsed("a:5"), (place{folder / "a", 5, 0}));
+  EXPECT_EQ(parsed("b:5:6"), (place{folder / "b", 5, 6}));
+  EXPECT_EQ(parsed("new:5:6"), (place{folder / "new", 5, 6}));
+  EXPECT_EQ(parsed("new:7"), (place{folder / "new", 7, 0}));
+  EXPECT_EQ(parsed("b:0"), (place{folder / "b:0", 0, 0}));
+  EXPECT_EQ(parsed("b:x"), (place{folder / "b:x", 0, 0}));
+  EXPECT_EQ(parsed("b:99999999999999999999"), (place{folder / "b:99999999999999999999", 0, 0}));
+  EXPECT_EQ(parsed((folder / "b:2").c_str()), (place{folder / "b", 2, 0}));
+}
+
+TEST(line_place, is_a_line_or_a_line_and_a_column) {
+  auto const parsed = [](char const* text) {
+    auto const p = parse_line_place(text);
+    return p ? std::to_string(p->line) + "/" + std::to_string(p->column) : "none";
+  };
+  EXPECT_EQ(parsed("12"), "12/0");
+  EXPECT_EQ(parsed(" 12:3 "), "12/3");
+  for (char const* wrong : {"", " ", "x", "0", "-1", "3:", ":3", "3:0", "3:4:5", "3x", "3 4"})
+    EXPECT_EQ(parsed(wrong), "none") << wrong;
+}
+
+TEST_F(app_test, recent_files_are_the_newest_that_exist) {
+  recent_files recent(folder / "made/list.plist");
+  EXPECT_TRUE(recent.paths().empty());
+  std::string const odd = folder.write("odd \xff\n&", "");
+  for (char const* name : {"a", "b", "c"}) recent.add(folder.write(name, ""));
+  recent.add(odd);
+  recent.add(folder / "a");
+  recent.add(folder / "gone");
+  titles const expected = {folder / "a", odd, folder / "c", folder / "b"};
+  EXPECT_EQ(recent.paths(), expected);
+  EXPECT_EQ(recent_files(folder / "made/list.plist").paths(), expected);
+
+  defaults().set("NSRecentDocumentsLimit", 2);
+  recent.add(folder / "b");
+  EXPECT_EQ(recent.paths(), titles({folder / "b"}));  // and the one that is gone
+  recent.clear();
+  EXPECT_TRUE(recent.paths().empty());
+}
+
+TEST_F(app_test, a_damaged_list_of_recent_files_is_an_empty_one) {
+  recent_files recent(folder.write("list", "<plist><array><data>no"));
+  EXPECT_TRUE(recent.paths().empty());
+  recent.add(folder.write("a", ""));
+  EXPECT_EQ(recent.paths(), titles({folder / "a"}));
+}
+
+TEST_F(app_test, launching_opens_each_file_at_its_place) {
+  folder.write("a", "1\n2\n3\n4\n");
+  folder.write("b", "one\ntwo\n");
+  app().setLaunchArguments({"a:3", "b:2:3"}, folder.path());
+  app().didFinishLaunching();
+  EXPECT_EQ(windows(), titles({"b", "a"}));
+  auto const caret = [](WynDocumentController* c) {
+    return c->textView().view()->selection.current_mark.base.pos();
+  };
+  auto const open = app().orderedControllers();
+  EXPECT_EQ(caret(open[0]), text::pos(1, 2));
+  EXPECT_EQ(caret(open[1]), text::pos(2, 0));
+}
+
+TEST_F(app_test, launching_without_files_opens_an_untitled_window_unless_unwanted) {
+  defaults().set("WynAppDelegateOpenUntitledDocument", "never");
+  app().didFinishLaunching();
+  EXPECT_EQ(windows(), titles());
+  defaults().remove("WynAppDelegateOpenUntitledDocument");
+  app().didFinishLaunching();
+  EXPECT_EQ(windows(), titles({"untitled"}));
+}
+
+TEST_F(app_test, a_file_that_does_not_exist_is_an_empty_document_of_that_name) {
+  app().openFile(folder / "new");
+  EXPECT_EQ(windows(), titles({"new"}));
+  EXPECT_EQ(folder.names(), std::set<std::string>({"state"}));
+  WynDocumentController& controller = *app().orderedControllers().front();
+  type(controller, u"x");
+  EXPECT_TRUE(controller.saveDocument());
+  EXPECT_EQ(folder.read(folder / "new"), "x");
+  EXPECT_EQ(app().recentFiles().paths(), titles({folder / "new"}));
+}
+
+TEST_F(app_test, opening_a_file_again_brings_its_window_forward) {
+  folder.write("a", "1\n2\n");
+  folder.write("b", "");
+  WynDocumentController* const a = app().openFile(folder / "a");
+  app().openFile(folder / "b");
+  EXPECT_EQ(
+      app().openFile(folder / "../" + folder.path().substr(folder.path().rfind('/')) + "/a", 2), a);
+  EXPECT_EQ(windows(), titles({"a", "b"}));
+  EXPECT_EQ(a->textView().view()->selection.current_mark.base.line, 1u);
+}
+
+TEST_F(app_test, the_hindmost_empty_window_is_used_for_a_file) {
+  app().newDocument();
+  app().newDocument();
+  app().newDocument();
+  type(*app().orderedControllers().back(), u"x");  // the first one is in use
+  folder.write("a", "");
+  app().openFile(folder / "a");
+  EXPECT_EQ(windows(), titles({"a", "untitled 3", "*untitled"}));
+}
+
+TEST_F(app_test, untitled_numbers_count_up_and_begin_again) {
+  for (int n = 0; n < 3; ++n) app().newDocument();
+  EXPECT_EQ(windows(), titles({"untitled 3", "untitled 2", "untitled"}));
+  perform(*app().orderedControllers().back(), "performClose:");
+  app().newDocument();
+  EXPECT_EQ(windows(), titles({"untitled 4", "untitled 3", "untitled 2"}));
+  while (!app().orderedControllers().empty())
+    perform(*app().orderedControllers().front(), "performClose:");
+  desktop.loop().run_for(0);
+  app().newDocument();
+  EXPECT_EQ(windows(), titles({"untitled"}));
+}
+
+TEST_F(app_test, what_cannot_be_opened_is_told_and_leaves_no_window) {
+  ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
+  EXPECT_EQ(app().openFile(folder.path()), nullptr);
+  EXPECT_EQ(app().openFile(folder / "fifo"), nullptr);
+  EXPECT_EQ(alerts(), titles({"Couldn't Open|Continue", "Couldn't Open|Continue"}));
+  EXPECT_EQ(windows(), titles());
+  EXPECT_TRUE(app().recentFiles().paths().empty());
+}
+
+TEST_F(app_test, a_large_file_is_asked_about_from_one_byte_more) {
+  std::string const path = folder.write("large", std::string(0xA00000, 'x'));
+  EXPECT_NE(app().openFile(path), nullptr);
+  EXPECT_EQ(alerts(), titles());
+  perform(*app().orderedControllers().front(), "performClose:");
+  folder.write("large", std::string(0xA00001, 'x'));
+  EXPECT_EQ(app().openFile(path), nullptr);
+  ASSERT_EQ(desktop.alerts().shown.size(), 1u);
+  EXPECT_EQ(desktop.alerts().shown[0].text,
+            "The file \u201c" + path +
+                "\u201d has a size of 10.0 MB. Are you sure you want to load this as a text file?");
+  answer("Opening Large File", "Open File");
+  EXPECT_NE(app().openFile(path), nullptr);
+}
+
+TEST_F(app_test, the_open_panel_opens_all_that_was_chosen) {
+  desktop.panels().open_answers.push_back({folder.write("a", ""), folder.write("b", "")});
+  app().performSelectorWithObject("openDocument:", {});
+  EXPECT_EQ(windows(), titles({"b", "a"}));
+  app().performSelectorWithObject("openDocument:", {});  // cancelled
+  EXPECT_EQ(windows(), titles({"b", "a"}));
+  auto const recent = app().dynamicItems("recentFiles");
+  ASSERT_EQ(recent.size(), 4u);  // two files, a separator, "Clear Menu"
+  perform(*app().orderedControllers().front(), "performClose:");
+  app().performSelectorWithObject(recent[0].selector, recent[0].argument);
+  EXPECT_EQ(windows(), titles({"b", "a"}));
+  app().performSelectorWithObject(recent[3].selector, {});
+  EXPECT_TRUE(app().dynamicItems("recentFiles").empty());
+}
+
+TEST_F(app_test, the_line_to_go_to_is_asked_for) {
+  app().openFile(folder.write("a", "one\ntwo\nthree"));
+  WynDocumentController& controller = *app().orderedControllers().front();
+  auto const go = [&](std::optional<std::string> const& answer) {
+    if (answer) desktop.prompts().answers.push_back(*answer);
+    perform(controller, "orderFrontGoToLinePanel:");
+    return controller.textView().view()->selection.current_mark.base.pos();
+  };
+  EXPECT_EQ(go("2:3"), text::pos(1, 2));
+  EXPECT_EQ(desktop.prompts().last_initial, "1");
+  EXPECT_EQ(go("3"), text::pos(2, 0));
+  EXPECT_EQ(go("99:99"), text::pos(2, 5));
+  EXPECT_EQ(go(std::nullopt), text::pos(2, 5));
+  EXPECT_EQ(desktop.prompts().last_initial, "3");
+  EXPECT_EQ(desktop.beeps, 0);
+  EXPECT_EQ(go("nowhere"), text::pos(2, 5));
+  EXPECT_EQ(desktop.beeps, 1);
+}
+
+}  // namespace
