@@ -35,9 +35,6 @@ names const synonyms = {"insertParagraphSeparator:",
 // Deleting by rows is in nobody's fingers; macros have it.
 names const for_macros = {"deleteUp:", "deleteDown:"};
 
-// Keys whose actions do something in a snippet only.
-names const bound_ahead = {"insertBacktab:", "noop:"};
-
 bool is_query(std::string const& name) {
   return name.back() != ':' || name.ends_with("IsChecked:") ||
          (name.rfind("can", 0) == 0 && name.size() > 3 && std::isupper(name[3]));
@@ -104,7 +101,7 @@ TEST_F(reachable_actions, menus_and_keys_name_no_others) {
   app().newDocument();
   names const all = all_actions();
   EXPECT_EQ(minus(in_menus(), all), names());
-  EXPECT_EQ(minus(minus(on_keys(), all), bound_ahead), names());
+  EXPECT_EQ(minus(on_keys(), all), names());
 }
 
 }  // namespace
