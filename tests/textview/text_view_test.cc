@@ -291,4 +291,91 @@ TEST_F(text_view, blinks_while_it_has_the_keys) {
   EXPECT_NE(drawn().back().rfind("fill", 0), 0u);
 }
 
+TEST_F(text_view, a_line_height_delta_takes_the_leading_away) {
+  set("|a");
+  EXPECT_EQ(caret_rectangle(*view_).height, 16);
+  platform::user_defaults::standard().set("WynLineHeightDelta", -2);
+  view_->setFontSize(24);
+  view_->setFontSize(12);
+  EXPECT_EQ(caret_rectangle(*view_).height, 14);
+}
+
+TEST_F(text_view, an_overwriting_caret_is_a_cell_wide_also_at_the_line_end) {
+  set("a|b");
+  view_->setOverwriteMode(true);
+  EXPECT_EQ(caret_rectangle(*view_), (platform::rect{left + cell, top + row - 1, cell, 1}));
+  set("ab|\nc");
+  EXPECT_EQ(caret_rectangle(*view_), (platform::rect{left + 2 * cell, top + row - 1, cell, 1}));
+  view_->insert_text(u"x");
+  EXPECT_EQ(get(), "abx|\nc");
+  set("|ab\nc");
+  view_->insert_text(u"xyz");
+  EXPECT_EQ(get(), "xyz|\nc");
+}
+
+TEST_F(text_view, undo_and_redo_bring_the_selection_and_show_it) {
+  std::string text = "[one]";
+  for (int n = 0; n < 200; ++n) text += "\nline";
+  set(text);
+  view_->performSelectorWithObject("delete:", {});
+  view_->performSelectorWithObject("moveToEndOfDocument:", {});
+  EXPECT_GT(host_->visible_rect().y, 0);
+  view_->performSelectorWithObject("undo:", {});
+  EXPECT_EQ(get(), text);
+  EXPECT_EQ(host_->visible_rect().y, 0);
+  view_->performSelectorWithObject("redo:", {});
+  EXPECT_EQ(get(), "|" + text.substr(5));
+  EXPECT_EQ(desktop_.beeps, 0);
+}
+
+TEST_F(text_view, an_action_marks_only_what_it_has_changed) {
+  set("one\ntw|o\nthree");
+  host_->dirty.clear();
+  view_->insert_text(u"x");
+  for (platform::rect const& r : host_->dirty) {
+    EXPECT_GE(r.y, top + row);
+    EXPECT_LE(r.bottom(), top + 2 * row);
+  }
+  EXPECT_FALSE(host_->dirty.empty());
+  host_->dirty.clear();
+  view_->performSelectorWithObject("moveRightAndModifySelection:", {});
+  view_->performSelectorWithObject("moveDownAndModifySelection:", {});
+  ASSERT_FALSE(host_->dirty.empty());
+  for (platform::rect const& r : host_->dirty) EXPECT_GE(r.y, top + row);
+}
+
+TEST_F(text_view, repeated_typing_ends_when_the_caret_leaves) {
+  set("{ab\ncd\ne}f");
+  view_->insert_text(u"x");
+  view_->insert_text(u"y");
+  EXPECT_EQ(marked_text::text_of(*view_->view()->storage), "xyb\nxyd\nxyf");
+  view_->performSelectorWithObject("moveToEndOfLine:", {});
+  view_->insert_text(u"!");
+  EXPECT_EQ(get(), "xyb!|\nxyd\nxyf");
+  for (int n = 0; n < 3; ++n) view_->performSelectorWithObject("undo:", {});
+  EXPECT_EQ(get(), "{ab\ncd\ne}f");
+}
+
+TEST_F(text_view, a_double_or_triple_click_in_an_empty_document_is_no_failure) {
+  click(0, 0, 2);
+  click(0, 0, 3);
+  click(5, 5, 2);
+  EXPECT_EQ(desktop_.beeps, 0);
+  EXPECT_EQ(get(), "|");
+}
+
+TEST_F(text_view, text_sizes_stay_within_bounds) {
+  for (int n = 0; n < 30 && view_->canMakeFontBigger(); ++n)
+    view_->performSelectorWithObject("makeTextLarger:", {});
+  EXPECT_EQ(desktop_.beeps, 0);
+  double const largest = view_->fontSize();
+  view_->performSelectorWithObject("makeTextLarger:", {});
+  EXPECT_EQ(desktop_.beeps, 1);
+  EXPECT_EQ(view_->fontSize(), largest);
+  view_->performSelectorWithObject("makeTextStandardSize:", {});
+  EXPECT_EQ(view_->fontSize(), 12);
+  while (view_->canMakeFontSmaller()) view_->performSelectorWithObject("makeTextSmaller:", {});
+  EXPECT_GE(view_->fontSize(), 4);
+}
+
 }  // namespace
