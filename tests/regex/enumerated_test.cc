@@ -260,7 +260,7 @@ std::string print(node const& n) {
 
 TEST(enumerated, random_patterns_of_every_construct) {
   int compared = 0, faults = 0, matched = 0;
-  for (unsigned seed = 0; seed < 6'000 && faults < 10; ++seed) {
+  for (unsigned seed = 0; seed < 20'000 && faults < 10; ++seed) {
     tree_maker maker(seed);
     node const tree = maker.make();
     std::string const pattern = print(tree);
@@ -277,8 +277,8 @@ TEST(enumerated, random_patterns_of_every_construct) {
       EXPECT_EQ(got, describe(expected)) << "pattern " << pattern << ", text \"" << text << "\"";
     }
   }
-  EXPECT_GT(compared, 30'000);
-  EXPECT_GT(matched, 15'000);
+  EXPECT_GT(compared, 100'000);
+  EXPECT_GT(matched, 50'000);
 }
 
 }  // namespace
