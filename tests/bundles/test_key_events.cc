@@ -47,14 +47,9 @@ TEST(key_event, string_form) {
     char const* text;
     char const* printed;
   } const rows[] = {
-      {"@a", "@a"},
-      {"@$~^#x", "#^~$@x"},
-      {"@@", "@@"},
-      {"\\@", "@"},
-      {"q@w~e", "~@e"},
-      {"~\xEF\x9C\x82", "~\xEF\x9C\x82"},
-      {"@é", "@é"},
-      {"😀", "😀"},
+      {"@a", "@a"}, {"@$~^#x", "#^~$@x"}, {"@@", "@@"},
+      {"\\@", "@"}, {"q@w~e", "~@e"},     {"~\xEF\x9C\x82", "~\xEF\x9C\x82"},
+      {"@é", "@é"}, {"😀", "😀"},
   };
   for (auto const& row : rows) {
     SCOPED_TRACE(row.text);
