@@ -85,14 +85,21 @@ class probe {
     fail("no text");
   }
 
-  // Waits until nothing but a caret changes any more.
+  // Waits until the program has neither painted nor computed for a while: shorter than the time
+  // between two states of a blinking caret, whatever it is that blinks along.
   void settle() {
+    constexpr double rest = 300;  // ms
     focus();
     watch_damage();
     auto quiet_since = clock_type::now();
-    while (ms_since(quiet_since) < 700) {
+    long used = cpu_ticks();
+    while (ms_since(quiet_since) < rest) {
+      if (ms_since(start_) > give_up) fail("never at rest");
       XEvent event;
-      if (next_event(event) && is_large_damage(event)) quiet_since = clock_type::now();
+      bool const painted = next_event(event) && is_large_damage(event);
+      if (!painted && cpu_ticks() - used <= 2) continue;
+      quiet_since = clock_type::now();
+      used = cpu_ticks();
     }
   }
 
@@ -136,6 +143,17 @@ class probe {
     XTestFakeKeyEvent(display_, code, True, CurrentTime);
     XTestFakeKeyEvent(display_, code, False, CurrentTime);
     XFlush(display_);
+  }
+
+  // Of user and system time; 100 make a second.
+  long cpu_ticks() const {
+    std::ifstream stat("/proc/" + std::to_string(pid_) + "/stat");
+    std::string line;
+    std::getline(stat, line);
+    long user = 0, system = 0;
+    char const* const rest = line.c_str() + std::min(line.size(), line.rfind(')') + 1);
+    std::sscanf(rest, " %*c %*d %*d %*d %*d %*d %*u %*u %*u %*u %*u %ld %ld", &user, &system);
+    return user + system;
   }
 
   bool next_event(XEvent& event) {
