@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "text/bookmark_filter.h"
 #include "text/soft_wrap_filter.h"
@@ -104,10 +105,19 @@ void view::raise_max_columns(size_t width) const {
   max_columns = static_cast<unsigned>(std::max<size_t>(max_columns, width));
 }
 
+unsigned view::forget_max_columns() {
+  grown_columns_ = unknown_columns;
+  return std::exchange(max_columns, unknown_columns);
+}
+
+bool view::knows_max_columns() const {
+  if (max_columns == unknown_columns) max_columns = std::exchange(grown_columns_, unknown_columns);
+  return max_columns != unknown_columns;
+}
+
 size_t view::columns() const {
   if (soft_wrap) return screen_width;
-  if (max_columns == unknown_columns)
-    max_columns = static_cast<unsigned>(max_columns_for_range(0, lines()));
+  if (!knows_max_columns()) max_columns = static_cast<unsigned>(max_columns_for_range(0, lines()));
   return max_columns;
 }
 
@@ -119,7 +129,7 @@ void view::refresh_lines(size_t first, size_t last) {
 void view::set_tab_size(unsigned columns) {
   if (columns == tab_size) return;
   tab_size = columns;
-  max_columns = unknown_columns;
+  forget_max_columns();
   if (soft_wrap) soft_wrap_filter->reset();
 }
 
@@ -132,7 +142,7 @@ void view::set_screen_width(unsigned columns) {
 void view::set_soft_wrap(bool on) {
   if (on == soft_wrap) return;
   soft_wrap = on;
-  if (on) max_columns = unknown_columns;
+  if (on) forget_max_columns();
   switch_filter(filter_index::soft_wrap, soft_wrap_filter.get(), on);
 }
 
@@ -145,7 +155,7 @@ void view::set_spellcheck_enabled(bool on) {
 void view::set_foldings_enabled(bool on) {
   if (on == foldings_enabled) return;
   foldings_enabled = on;
-  max_columns = unknown_columns;
+  forget_max_columns();
   switch_filter(filter_index::folding, folding_filter.get(), on);
   if (spellcheck_enabled && spellcheck_filter) spellcheck_filter->reset();
 }
@@ -200,7 +210,7 @@ void view::install_switchable(filter_index index, std::unique_ptr<Filter>& slot,
                               std::unique_ptr<Filter> added, bool on) {
   enter(index, on ? added.get() : nullptr);
   slot = std::move(added);
-  max_columns = unknown_columns;
+  forget_max_columns();
   if (on && slot) slot->reset();
 }
 

@@ -228,6 +228,9 @@ class view {
   bool is_whole_line(view_iterator const& first, view_iterator const& last) const;
   size_t row_width(size_t row) const;
   void raise_max_columns(size_t width) const;
+  bool knows_max_columns() const;
+  /// Returns what was known until now.
+  unsigned forget_max_columns();
 
   void insert_units(unit_view units);
   void replace_selection_with(unit_view units);
@@ -241,6 +244,9 @@ class view {
   void keep_caret_place(freehanded_t::type type);
 
   mutable column_cache long_lines_;
+  /// The width that the widest line has grown to while it was typed in. Takes the place of a
+  /// `max_columns` that was forgotten for it, so that typing there doesn't measure all lines.
+  mutable unsigned grown_columns_ = unknown_columns;
 };
 
 }  // namespace text

@@ -72,9 +72,9 @@ void view::view_filter::did_change_memento(unsigned long from, unsigned long to)
 
 void view::view_filter::will_insert(text::iterator const& pos, int length) {
   // The line may be the only one of this width.
-  if (view_.max_columns != unknown_columns &&
+  if (view_.knows_max_columns() &&
       view_.row_width(view_.line_in_view({&view_, pos})) == view_.max_columns)
-    view_.max_columns = unknown_columns;
+    least_columns_ = view_.forget_max_columns();
   filter::will_insert(pos, length);
 }
 
@@ -82,14 +82,20 @@ void view::view_filter::did_insert(text::pos const& first, text::pos const& last
   refresh(first, last);
   park_caret();
   filter::did_insert(first, last);
-  if (view_.max_columns != unknown_columns)
-    view_.raise_max_columns(view_.max_columns_for_range(first.line, last.line + size_t{1}));
+  bool const was_widest = least_columns_ != unknown_columns;
+  if (view_.max_columns == unknown_columns && !was_widest) return;
+  size_t const width = view_.max_columns_for_range(first.line, last.line + size_t{1});
+  if (!was_widest)
+    view_.raise_max_columns(width);
+  else if (width >= least_columns_)
+    view_.grown_columns_ = static_cast<unsigned>(width);
+  least_columns_ = unknown_columns;
 }
 
 void view::view_filter::will_erase(text::pos const& first, text::pos const& last) {
-  if (view_.max_columns != unknown_columns &&
+  if (view_.knows_max_columns() &&
       view_.max_columns_for_range(first.line, last.line + size_t{1}) == view_.max_columns)
-    view_.max_columns = unknown_columns;
+    view_.forget_max_columns();
   refresh(first, last);
   park_caret();
   filter::will_erase(first, last);

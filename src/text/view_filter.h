@@ -52,6 +52,8 @@ class view::view_filter : public filter {
   void park_caret();
 
   text::view& view_;
+  /// The width that was forgotten because the widest line is about to grow, or `unknown_columns`.
+  unsigned least_columns_ = unknown_columns;
 };
 
 }  // namespace text
