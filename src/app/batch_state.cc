@@ -3,6 +3,7 @@
 #include "documents/WynDocument.h"
 #include "encoding/charset.h"
 #include "encoding/line_ending.h"
+#include "text/bookmark_filter.h"
 #include "textview/WynTextView.h"
 
 #include <nlohmann/json.hpp>
@@ -29,6 +30,12 @@ json alert_list(std::vector<headless::scripted_alerts::record> const& alerts) {
   return list;
 }
 
+json bookmark_lines(text::view const& view) {
+  json lines = json::array();
+  for (auto const& [line, column] : view.bookmark_filter->nodes) lines.push_back(line);
+  return lines;
+}
+
 }  // namespace
 
 std::string batch_state(WynTextView const& text_view, int beeps,
@@ -51,7 +58,7 @@ std::string batch_state(WynTextView const& text_view, int beeps,
       {"softWrap", view.soft_wrap},
       {"beeps", beeps},
       {"alerts", alert_list(alerts)},
-      {"bookmarks", json::array()},
+      {"bookmarks", bookmark_lines(view)},
       {"foldings", json::array()},
       {"language", nullptr},
   };

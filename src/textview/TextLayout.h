@@ -21,7 +21,12 @@ class TextLayout {
   double left() const { return gutter_width_ + left_margin; }
   double top() const { return top_margin; }
   double gutterWidth() const { return gutter_width_; }
-  void setGutterWidth(double width) { gutter_width_ = width; }
+  /// The left part of the gutter, where bookmarks are; 0 when they don't show.
+  double bookmarkWidth() const { return bookmark_width_; }
+  void setGutterWidth(double width, double bookmark_width) {
+    gutter_width_ = width;
+    bookmark_width_ = bookmark_width;
+  }
 
   double x_of_column(std::size_t column) const;
   double y_of_row(std::size_t row) const {
@@ -39,5 +44,5 @@ class TextLayout {
 
   platform::font font_;
   double char_width_ = 8, line_height_ = 16, ascend_ = 12;
-  double gutter_width_ = 0;
+  double gutter_width_ = 0, bookmark_width_ = 0;
 };

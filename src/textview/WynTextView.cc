@@ -18,8 +18,10 @@ WynTextView::WynTextView() {
   addEditingMethods();
   addExtensionMethods();
   addScrollingMethods();
+  addBookmarkMethods();
   defaultsToken_ = platform::notification_center::standard().observe(
       platform::user_defaults::did_change, [this](auto const&) { userDefaultsDidChange(); });
+  softWrap_ = platform::user_defaults::standard().boolean("WynTextViewSoftWrap");
   userDefaultsDidChange();
 }
 
@@ -37,6 +39,9 @@ void WynTextView::registerDefaults() {
       {"WynTextViewFreehandedModeEnabled", false},
       {"WynTextViewOverwriteModeEnabled", false},
       {"WynTextViewLineNumbersEnabled", false},
+      {"WynTextViewSoftWrap", false},
+      {"WynTextViewShowSoftWrapInGutterEnabled", true},
+      {"WynTextViewShowBookmarksInGutterEnabled", true},
       {"WynTextViewAntiAliasEnabled", true},
       {"WynTextViewHighlightCurrentLine", false},
       {"WynTextViewShowInvisiblesEnabled", false},

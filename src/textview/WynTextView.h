@@ -76,6 +76,14 @@ class WynTextView : public platform::responder,
   bool treatsSpacesAsTabs() const { return softTabs_; }
   bool lineNumbers() const { return lineNumbers_; }
   void setLineNumbers(bool on);
+  /// Whether lines are cut into rows that fit into what is visible; then nothing scrolls sideways.
+  /// Other views that are open keep their own.
+  bool softWrap() const { return softWrap_; }
+  void setSoftWrap(bool on);
+  bool showSoftWrapInGutter() const { return showSoftWrapInGutter_; }
+  void setShowSoftWrapInGutter(bool on);
+  bool showBookmarksInGutter() const { return showBookmarksInGutter_; }
+  void setShowBookmarksInGutter(bool on);
   bool overwriteMode() const { return overwriteMode_; }
   void setOverwriteMode(bool on);
   bool freehandedEdit() const { return freehandedMode_; }
@@ -146,6 +154,7 @@ class WynTextView : public platform::responder,
   void addEditingMethods();
   void addExtensionMethods();
   void addScrollingMethods();
+  void addBookmarkMethods();
   /// Enters an action that runs inside a view_will_change scope.
   void addAction(std::string selector, std::function<void()> action);
   void addToggle(std::string const& name, bool (WynTextView::*get)() const,
@@ -161,6 +170,10 @@ class WynTextView : public platform::responder,
   // Layout and scrolling (WynTextView_scrolling.cc)
   void setupTextFrame();
   void recalcFrameSize();
+  void updateGutterWidth();
+  unsigned fittingColumns() const;
+  bool updateScreenWidth();
+  void applySoftWrap();
   void setNeedsDisplay();
   void setNeedsDisplayOfLines(std::size_t first, std::size_t last);
   void setNeedsDisplayOfCurrentLines(platform::rect const& old_caret);
@@ -170,6 +183,11 @@ class WynTextView : public platform::responder,
   // Caret (WynTextView_scrolling.cc)
   void showCaret();
   void blinkCaret();
+
+  // Bookmarks (WynTextView_Bookmarks.cc)
+  void toggleBookmark(std::size_t line, std::size_t column);
+  bool toggleBookmarkAtClick(platform::point p);
+  void goToBookmark(text::pos (text::view::*find)(std::size_t line) const);
 
   // Mouse (WynTextView_events.cc)
   void selectAtClick(platform::mouse_event const& event);
@@ -199,6 +217,8 @@ class WynTextView : public platform::responder,
   unsigned tabSize_ = 4;
   bool softTabs_ = false;
   bool lineNumbers_ = false;
+  bool softWrap_ = false;
+  bool showSoftWrapInGutter_ = true, showBookmarksInGutter_ = true;
   bool overwriteMode_ = false, overwriteDefault_ = false;
   bool freehandedMode_ = false;
   bool antiAliasEnabled_ = true;

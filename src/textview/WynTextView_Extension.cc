@@ -50,6 +50,11 @@ void WynTextView::addToggle(std::string const& name, bool (WynTextView::*get)() 
 void WynTextView::addExtensionMethods() {
   addToggle("softTabs", &WynTextView::softTabs, &WynTextView::setSoftTabs);
   addToggle("lineNumbers", &WynTextView::lineNumbers, &WynTextView::setLineNumbers);
+  addToggle("softWrap", &WynTextView::softWrap, &WynTextView::setSoftWrap);
+  addToggle("showSoftWrapInGutter", &WynTextView::showSoftWrapInGutter,
+            &WynTextView::setShowSoftWrapInGutter);
+  addToggle("showBookmarksInGutter", &WynTextView::showBookmarksInGutter,
+            &WynTextView::setShowBookmarksInGutter);
   addToggle("overwriteMode", &WynTextView::overwriteMode, &WynTextView::setOverwriteMode);
   addToggle("freehandedEdit", &WynTextView::freehandedEdit, &WynTextView::setFreehandedEdit);
   addToggle("antiAliasEnabled", &WynTextView::antiAliasEnabled, &WynTextView::setAntiAliasEnabled);
@@ -125,6 +130,32 @@ void WynTextView::setLineNumbers(bool on) {
   if (on == lineNumbers_) return;
   lineNumbers_ = on;
   defaults().set("WynTextViewLineNumbersEnabled", on);
+  setupTextFrame();
+  setNeedsDisplay();
+}
+
+void WynTextView::setSoftWrap(bool on) {
+  if (on == softWrap_) return;
+  softWrap_ = on;
+  applySoftWrap();
+  defaults().set("WynTextViewSoftWrap", on);
+  setupTextFrame();
+  setNeedsDisplay();
+  if (view_ != nullptr) centerSelectionInVisibleArea();
+}
+
+void WynTextView::setShowSoftWrapInGutter(bool on) {
+  if (on == showSoftWrapInGutter_) return;
+  showSoftWrapInGutter_ = on;
+  defaults().set("WynTextViewShowSoftWrapInGutterEnabled", on);
+  setupTextFrame();
+  setNeedsDisplay();
+}
+
+void WynTextView::setShowBookmarksInGutter(bool on) {
+  if (on == showBookmarksInGutter_) return;
+  showBookmarksInGutter_ = on;
+  defaults().set("WynTextViewShowBookmarksInGutterEnabled", on);
   setupTextFrame();
   setNeedsDisplay();
 }
@@ -222,13 +253,18 @@ void WynTextView::userDefaultsDidChange() {
   double const font_size =
       std::clamp(std::round(d.real("WynTextViewNormalFontSize", 12)), 4.0, 200.0);
   bool const anti_alias = d.boolean("WynTextViewAntiAliasEnabled", true);
+  bool const wrap_marks = d.boolean("WynTextViewShowSoftWrapInGutterEnabled", true);
+  bool const bookmarks = d.boolean("WynTextViewShowBookmarksInGutterEnabled", true);
   bool const new_frame = font_name != fontName_ || font_size != fontSize_ ||
-                         anti_alias != antiAliasEnabled_ ||
+                         anti_alias != antiAliasEnabled_ || wrap_marks != showSoftWrapInGutter_ ||
+                         bookmarks != showBookmarksInGutter_ ||
                          d.boolean("WynTextViewLineNumbersEnabled") != lineNumbers_;
   fontName_ = font_name;
   fontSize_ = font_size;
   antiAliasEnabled_ = anti_alias;
   lineNumbers_ = d.boolean("WynTextViewLineNumbersEnabled");
+  showSoftWrapInGutter_ = wrap_marks;
+  showBookmarksInGutter_ = bookmarks;
   showInvisibles_ = d.boolean("WynTextViewShowInvisiblesEnabled");
   highlightCurrentLine_ = d.boolean("WynTextViewHighlightCurrentLine");
   // Not stored by the setter: the Insert key should not decide for the next start. So it is taken
@@ -249,6 +285,7 @@ void WynTextView::applyOptionsToView() {
   if (view_ == nullptr) return;
   view_->set_tab_size(tabSize_);
   view_->set_treats_spaces_as_tabs(softTabs_);
+  applySoftWrap();
   view_->overwrite_mode = overwriteMode_;
   if (view_->freehanded_mode != freehandedMode_) view_->set_freehanded_mode(freehandedMode_);
 }

@@ -18,6 +18,7 @@ using platform::rect;
 namespace {
 
 constexpr char16_t tab_mark = 0x2023, no_break_space_mark = 0x2022, control_mark = 0x25C6;
+constexpr char16_t wrap_mark = 0x21AA;
 constexpr char16_t line_end_mark = 0xB7, replacement = 0xFFFD, no_break_space = 0xA0;
 
 // One row of text as it is drawn: the units of the visible columns, marked text among them.
@@ -28,11 +29,19 @@ struct row_text {
   bool ends_here = false;                         // the line's end comes right after the units
 };
 
+// The unit at which a row is broken belongs to none, and yet that of a long word has to be seen.
+text::iterator end_of_shown(text::view const& view, std::size_t row) {
+  text::iterator const end = view.end(row).base;
+  if (row + 1 >= view.lines()) return end;
+  text::iterator const next = view.begin(row + 1).base;
+  return next.line == end.line ? next : end;
+}
+
 row_text visible_text(WynTextView const& text_view, std::size_t row, std::size_t first_column,
                       std::size_t last_column) {
   text::view const& view = *text_view.view();
   auto const from = iter_from_view_pos(&view, row, first_column, text::freehanded_t::off);
-  text::iterator const end = view.end(row).base;
+  text::iterator const end = end_of_shown(view, row);
   std::size_t const available = end.column - from.base.column;
   std::size_t const wanted = last_column - first_column + 16;  // room for wide clusters at the edge
   std::size_t const count = std::min(available, wanted);
@@ -41,7 +50,7 @@ row_text visible_text(WynTextView const& text_view, std::size_t row, std::size_t
   row_text result;
   result.units.assign(units, units + count);
   result.column = view.column_in_view(from);
-  result.ends_here = count == available;
+  result.ends_here = from.base.column + count == view.storage->size(from.base.line);
   std::u16string const& marked = text_view.markedText();
   text::iterator const caret = view.selection.current_mark.base;
   if (!marked.empty() && caret.line == from.base.line && from.base.column <= caret.column &&
@@ -90,8 +99,26 @@ class painter {
     std::size_t const current = view_.line_in_view(view_.selection.current_mark);
     for (std::size_t row = first_row(); row <= last_row(); ++row) {
       text::iterator const begin = view_.begin(row).base;
-      if (begin.column == 0) paint_line_number(gutter, row, begin.line + 1, row == current);
+      if (begin.column != 0) {
+        if (text_view_.showSoftWrapInGutter()) paint_wrap_mark(gutter, row);
+        continue;
+      }
+      if (layout_.bookmarkWidth() > 0 && view_.has_bookmark(begin.line))
+        paint_bookmark(gutter, row);
+      if (text_view_.lineNumbers()) paint_line_number(gutter, row, begin.line + 1, row == current);
     }
+  }
+
+  void paint_bookmark(rect const& gutter, std::size_t row) {
+    double const side = std::min(layout_.bookmarkWidth() - 2, layout_.lineHeight());
+    double const y = layout_.y_of_row(row) + std::round((layout_.lineHeight() - side) / 2);
+    g_.draw_image("BookmarkFlag", {gutter.x + 1, y, side, side});
+  }
+
+  void paint_wrap_mark(rect const& gutter, std::size_t row) {
+    double const x = std::round(gutter.right() - 1.5 * layout_.charWidth());
+    g_.draw_cluster({&wrap_mark, 1}, {x, layout_.y_of_row(row) + layout_.ascend()},
+                    layout_.charWidth(), {colors_.gutter_number});
   }
 
   void paint_line_number(rect const& gutter, std::size_t row, std::size_t number, bool current) {

@@ -83,6 +83,7 @@ void WynTextView::mouse_down(mouse_event const& event) {
     showContextMenu(event.position);
     return;
   }
+  if (toggleBookmarkAtClick(event.position)) return;
   leftMouseDown_ = true;
   mouseHasMoved_ = false;
   setMousePosition(event.position);

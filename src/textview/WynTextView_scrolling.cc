@@ -1,5 +1,5 @@
 #include "platform/desktop.h"
-#include "text/view.h"
+#include "text/bookmark_filter.h"
 #include "textview/WynTextView.h"
 #include "textview/geometry.h"
 #include "textview/view_will_change.h"
@@ -17,6 +17,8 @@ namespace {
 
 constexpr double blink_period = 0.5;  // seconds
 constexpr double frame_margin = 4;    // right of and below the text
+constexpr double bookmark_width = 14;
+constexpr double min_wrap_columns = 10;
 
 unsigned digits_of(std::size_t n) {
   unsigned digits = 1;
@@ -33,20 +35,56 @@ void WynTextView::setupTextFrame() {
 }
 
 // The gutter grows with the number of lines, three digits at least, so that it stays put while a
-// small file is typed.
+// small file is typed. Without line numbers it is there for what it has to show.
+void WynTextView::updateGutterWidth() {
+  bool const marked = !view_->bookmark_filter->nodes.empty();
+  bool const bookmarks = showBookmarksInGutter_ && (lineNumbers_ || marked);
+  double const flag = bookmarks ? bookmark_width : 0;
+  double columns = softWrap_ && showSoftWrapInGutter_ ? 1.5 : 0;
+  if (lineNumbers_) columns = std::max(3u, digits_of(view_->storage->lines())) + 1.5;
+  double const width = flag + std::ceil(columns * layout_.charWidth());
+  if (width != layout_.gutterWidth() || flag != layout_.bookmarkWidth()) setNeedsDisplay();
+  layout_.setGutterWidth(width, flag);
+}
+
+// One column stays free for the unit in front of a cut through a long word.
+unsigned WynTextView::fittingColumns() const {
+  double const left = layout_.left() - layout_.gutterWidth();
+  double const columns = (visibleTextRect().width - left - frame_margin) / layout_.charWidth();
+  return static_cast<unsigned>(std::max(min_wrap_columns, std::floor(columns) - 1));
+}
+
+// True if the lines have been wrapped anew.
+bool WynTextView::updateScreenWidth() {
+  if (!softWrap_ || host_->visible_rect().empty()) return false;
+  unsigned const columns = fittingColumns();
+  if (columns == view_->screen_width) return false;
+  view_->set_screen_width(columns);
+  setNeedsDisplay();
+  return true;
+}
+
+// The width goes first, so that a large text is wrapped once.
+void WynTextView::applySoftWrap() {
+  if (view_ == nullptr) return;
+  if (host_ != nullptr) updateScreenWidth();
+  view_->set_soft_wrap(softWrap_);
+}
+
+// What stands at the top stays there when lines are wrapped anew.
 void WynTextView::recalcFrameSize() {
   if (host_ == nullptr || view_ == nullptr) return;
-  double gutter = 0;
-  if (lineNumbers_) {
-    unsigned const digits = std::max(3u, digits_of(view_->storage->lines()));
-    gutter = std::ceil((digits + 1.5) * layout_.charWidth());
-  }
-  if (gutter != layout_.gutterWidth()) {
-    layout_.setGutterWidth(gutter);
-    setNeedsDisplay();
-  }
-  host_->set_frame_size({layout_.x_of_column(view_->columns() + 1) + frame_margin,
-                         layout_.y_of_row(view_->lines()) + frame_margin});
+  updateGutterWidth();
+  double const y = host_->visible_rect().y;
+  std::size_t const top_row = std::min(layout_.row_at(y), view_->lines() - 1);
+  text::view_iterator const top = view_->begin(top_row);
+  bool const wrapped = updateScreenWidth();
+  double const width = softWrap_ ? host_->visible_rect().width
+                                 : layout_.x_of_column(view_->columns() + 1) + frame_margin;
+  host_->set_frame_size({width, layout_.y_of_row(view_->lines()) + frame_margin});
+  if (wrapped && y > 0)
+    host_->scroll_to(
+        {0, y + layout_.y_of_row(view_->line_in_view(top)) - layout_.y_of_row(top_row)});
 }
 
 platform::size WynTextView::size_for(int columns, int rows) const {
@@ -181,7 +219,9 @@ void WynTextView::moveByPage(int direction, bool select) {
 }
 
 void WynTextView::visible_rect_changed() {
-  if (host_ != nullptr) host_->input_method_changed(false);
+  if (host_ == nullptr) return;
+  if (softWrap_ && view_ != nullptr && fittingColumns() != view_->screen_width) recalcFrameSize();
+  host_->input_method_changed(false);
 }
 
 void WynTextView::focus_changed() {

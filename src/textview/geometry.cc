@@ -58,7 +58,10 @@ wyn::region column_region(WynTextView const& text_view, rect const& limits) {
     auto const on = text::freehanded_t::on;
     point const a = position_of(text_view, iter_from_hybrid_pos(&view, line, box.first_column, on));
     point const b = position_of(text_view, iter_from_hybrid_pos(&view, line, box.last_column, on));
-    result.add({a.x, a.y, b.x - a.x, layout.lineHeight()});
+    std::size_t const first_row = layout.row_at(a.y), last_row = layout.row_at(b.y);
+    for (std::size_t row = first_row; row <= last_row; ++row)
+      result.add(row_part(layout, row, row == first_row ? a.x : layout.left(),
+                          row == last_row ? b.x : std::max(limits.right(), layout.left())));
   }
   return result;
 }

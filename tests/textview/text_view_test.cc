@@ -194,12 +194,76 @@ TEST_F(text_view, shows_invisibles_in_place_of_the_characters) {
 TEST_F(text_view, numbers_lines_in_a_gutter_that_stays_when_scrolled_sideways) {
   view_->setLineNumbers(true);
   set("|one\ntwo\n" + std::string(500, 'x'));
-  EXPECT_TRUE(has_drawn("text 24,14 \"1\" #000000"));
-  EXPECT_TRUE(has_drawn("text 24,30 \"2\" #888888"));
+  EXPECT_TRUE(has_drawn("text 38,14 \"1\" #000000"));
+  EXPECT_TRUE(has_drawn("text 38,30 \"2\" #888888"));
   view_->performSelectorWithObject("moveToEndOfDocument:", {});
   double const x = host_->visible_rect().x;
   EXPECT_GT(x, 0);
-  EXPECT_TRUE(has_drawn("text " + std::to_string(static_cast<int>(x) + 24) + ",14 \"1\" #888888"));
+  EXPECT_TRUE(has_drawn("text " + std::to_string(static_cast<int>(x) + 38) + ",14 \"1\" #888888"));
+}
+
+TEST_F(text_view, wraps_lines_to_what_is_visible) {
+  set("|aaaa bbbb cccc dddd\nxx\n" + std::string(40, 'y'));
+  view_->setSoftWrap(true);
+  EXPECT_EQ(host_->frame_size.width, 640);
+  host_->resize({4 + 12 + 11 * cell + 4, 384});
+  EXPECT_EQ(view_->view()->screen_width, 10u);
+  // The gutter marks the rows that go on; a long word is cut and yet all of it shows.
+  EXPECT_EQ(host_->frame_size.width, host_->visible_rect().width);
+  EXPECT_EQ(view_->view()->lines(), 7u);
+  EXPECT_TRUE(has_drawn("text 16,14 \"aaaa bbbb \" #000000"));
+  EXPECT_TRUE(has_drawn("text 16,30 \"cccc dddd\" #000000"));
+  EXPECT_TRUE(has_drawn("text 16,62 \"yyyyyyyyyy\" #000000"));
+  EXPECT_TRUE(has_drawn("text 16,78 \"yyyyyyyyyyy\" #000000"));
+  view_->setShowSoftWrapInGutter(false);
+  EXPECT_EQ(view_->layout().gutterWidth(), 0);
+  EXPECT_EQ(view_->view()->screen_width, 11u);
+  view_->setSoftWrap(false);
+  EXPECT_EQ(view_->view()->lines(), 3u);
+  EXPECT_GT(host_->frame_size.width, host_->visible_rect().width);
+
+  WynTextView other;
+  EXPECT_FALSE(other.softWrap());
+  other.setSoftWrap(true);
+  EXPECT_FALSE(view_->softWrap());
+}
+
+TEST_F(text_view, keeps_the_top_line_when_lines_are_wrapped_anew) {
+  std::string text;
+  for (int i = 0; i < 200; ++i) text += "some words that fill a line and more\n";
+  set("|" + text);
+  view_->setSoftWrap(true);
+  host_->scroll_to({0, top + 100 * row});
+  host_->resize({200, 384});
+  EXPECT_GT(view_->view()->lines(), 300u);
+  std::size_t const first = view_->layout().row_at(host_->visible_rect().y);
+  EXPECT_EQ(view_->view()->begin(first).base.pos(), text::pos(100, 0));
+}
+
+TEST_F(text_view, shows_bookmarks_that_a_click_in_the_gutter_sets) {
+  set("one\ntwo\nth|ree");
+  platform::menu_item item;
+  item.selector = "toggleCurrentBookmark:";
+  view_->validateMenuItem(item);
+  EXPECT_EQ(item.title, "Add Bookmark");
+  EXPECT_EQ(view_->layout().gutterWidth(), 0);
+  view_->performSelectorWithObject("toggleCurrentBookmark:", {});
+  view_->validateMenuItem(item);
+  EXPECT_EQ(item.title, "Remove Bookmark");
+  EXPECT_TRUE(has_drawn("image 1,36 12x12 BookmarkFlag"));
+
+  platform::mouse_event const in_flags{{5, top + 5}, platform::mouse_button::left, 1, 0};
+  view_->mouse_down(in_flags);
+  view_->mouse_up(in_flags);
+  EXPECT_TRUE(view_->view()->has_bookmark(0));
+  EXPECT_EQ(get(), "one\ntwo\nth|ree");
+  view_->performSelectorWithObject("goToNextBookmark:", {});
+  EXPECT_EQ(get(), "|one\ntwo\nthree");
+  view_->mouse_down(in_flags);
+  view_->mouse_up(in_flags);
+  EXPECT_FALSE(view_->view()->has_bookmark(0));
+  view_->setShowBookmarksInGutter(false);
+  EXPECT_EQ(view_->layout().gutterWidth(), 0);
 }
 
 TEST_F(text_view, keeps_the_caret_in_sight) {
