@@ -72,12 +72,16 @@ class Workload:
                       ("insertText:", "y")]
         return self.macro("inserts", steps + [("undo:", None)] * len(places))
 
-    def insert_scripts(self, places):
-        """The same for vim and neovim: each insertion a step of undo, then all are undone.
-        They print the number of bytes left, and how many steps there were."""
+    def insert_scripts(self, places, each):
+        """The same for vim and neovim: each insertion a step of undo, then all are undone, one by
+        one or at once. They print the number of bytes left, and how many steps there were."""
         data = self.folder / "places.txt"
+        name = "inserts-each" if each else "inserts"
+        undo_vim = "for n in range(steps) | silent undo | endfor" if each else "silent undo 0"
+        undo_lua = ("for n = 1, steps do vim.cmd('silent undo') end" if each
+                    else "vim.cmd('silent undo 0')")
         data.write_text("".join(f"{line} {column}\n" for line, column in places))
-        vim = self.folder / "inserts.vim"
+        vim = self.folder / f"{name}.vim"
         vim.write_text(f"""
 set undolevels=1000000
 let s:places = map(readfile('{data}'), 'split(v:val)')
@@ -88,13 +92,13 @@ function! s:Run()
     call setline(line, strpart(text, 0, column - 1) . 'y' . strpart(text, column - 1))
   endfor
   let steps = undotree().seq_cur
-  silent undo 0
+  {undo_vim}
   verbose echo line2byte(line('$') + 1) - 1 steps
 endfunction
 call s:Run()
 quit!
 """)
-        lua = self.folder / "inserts.lua"
+        lua = self.folder / f"{name}.lua"
         lua.write_text(f"""
 vim.o.undolevels = 1000000
 for text in io.lines('{data}') do
@@ -104,7 +108,7 @@ for text in io.lines('{data}') do
   vim.api.nvim_buf_set_text(0, line, column, line, column, {{'y'}})
 end
 local steps = vim.fn.undotree().seq_cur
-vim.cmd('silent undo 0')
+{undo_lua}
 print(vim.fn.line2byte(vim.fn.line('$') + 1) - 1, steps)
 vim.cmd('quit!')
 """)
