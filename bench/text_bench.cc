@@ -166,4 +166,52 @@ BENCHMARK_DEFINE_F(long_line, split_and_join)(benchmark::State& state) {
 }
 BENCHMARK_REGISTER_F(long_line, split_and_join)->Arg(0)->Unit(benchmark::kMillisecond);
 
+/// Words, with or without line ends between.
+text::text_block words(size_t units, bool lines) {
+  text::text_block_builder builder(units);
+  std::mt19937 random(1);
+  for (size_t i = 0; i < units; ++i) {
+    bool const at_end = lines && i % 120 == 119;
+    builder.data()[i] = at_end ? u'\n' : random() % 6 == 0 ? u' ' : u'x';
+  }
+  return builder.finish(units);
+}
+
+/// Turning soft wrap on, with 80 columns.
+void wrap_lines(benchmark::State& state) {
+  text::storage storage;
+  storage.insert(storage.end(-1), words(static_cast<size_t>(state.range(0)), state.range(1) != 0));
+  text::view view(storage);
+  view.set_screen_width(80);
+  for (auto _ : state) {
+    view.set_soft_wrap(true);
+    benchmark::DoNotOptimize(view.lines());
+    view.set_soft_wrap(false);
+  }
+}
+BENCHMARK(wrap_lines)
+    ->Args({100'000'000, true})
+    ->Args({50'000'000, false})
+    ->Unit(benchmark::kMillisecond);
+
+/// One unit in the middle of the wrapped text.
+void type_in_wrapped_lines(benchmark::State& state) {
+  text::storage storage;
+  storage.insert(storage.end(-1), words(static_cast<size_t>(state.range(0)), state.range(1) != 0));
+  text::view view(storage);
+  view.set_screen_width(80);
+  view.set_soft_wrap(true);
+  size_t const line = storage.lines() / 2;
+  char16_t const unit = u'y';
+  for (auto _ : state) {
+    text::iterator const at(line, storage.size(line) / 2, &storage);
+    storage.insert(at, &unit, &unit + 1);
+    storage.erase(at);
+  }
+}
+BENCHMARK(type_in_wrapped_lines)
+    ->Args({100'000'000, true})
+    ->Args({50'000'000, false})
+    ->Unit(benchmark::kMicrosecond);
+
 }  // namespace
