@@ -184,10 +184,17 @@ void AppDelegate::didCloseWindow(WynDocumentController& controller) {
   auto const it = std::find_if(controllers_.begin(), controllers_.end(),
                                [&](auto const& own) { return own.get() == &controller; });
   if (it == controllers_.end()) return;
-  // Its own method, or the text view's, may still be running further up the stack.
   closing_.push_back(std::move(*it));
   controllers_.erase(it);
-  platform::desktop::current().loop().post([this] { closing_.clear(); });
+  releaseClosed();
+}
+
+// Not at once, since a method of a closed window may still be running further up the stack; and not
+// between the questions of a quit, which that window's own key or menu may have begun.
+void AppDelegate::releaseClosed() {
+  platform::desktop::current().loop().post([this] {
+    if (!isAskingToQuit_) closing_.clear();
+  });
 }
 
 std::vector<WynDocumentController*> AppDelegate::orderedControllers() const {
@@ -206,6 +213,15 @@ std::vector<std::shared_ptr<WynDocument>> AppDelegate::orderedDocuments() const 
 }
 
 bool AppDelegate::applicationShouldTerminate() {
+  if (isAskingToQuit_) return false;
+  isAskingToQuit_ = true;
+  bool const agreed = confirmQuitting();
+  isAskingToQuit_ = false;
+  releaseClosed();
+  return agreed;
+}
+
+bool AppDelegate::confirmQuitting() {
   auto const open = orderedControllers();
   auto const edited =
       std::count_if(open.begin(), open.end(), [](auto const* c) { return c->isDocumentEdited(); });

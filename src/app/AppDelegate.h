@@ -40,11 +40,13 @@ class AppDelegate : public platform::application_delegate {
   std::string currentDirectory() const { return currentDirectory_; }
 
   void adopt(std::unique_ptr<WynDocumentController> controller);
-  /// Lets go of a controller whose window has closed; it is destroyed at the loop's next turn.
+  /// Lets go of a controller whose window has closed; it is destroyed at the loop's next turn, or
+  /// the first one after the questions of a quit.
   void didCloseWindow(WynDocumentController& controller);
 
   // platform::application_delegate
   void didFinishLaunching() override;
+  /// Asked anew while its questions are on screen, it gives false.
   bool applicationShouldTerminate() override;
   bool shouldSwallowEvent(platform::key_event const&) override { return false; }
   std::vector<platform::menu_item> mainMenu() const override;
@@ -57,8 +59,10 @@ class AppDelegate : public platform::application_delegate {
   void openDocument();
   void orderFrontGoToLinePanel();
   bool goToLine(std::string const& place);
+  bool confirmQuitting();
   bool reviewUnsavedDocuments();
   bool confirmLargeFile(std::string const& path);
+  void releaseClosed();
   void selectWindow(int step);
 
   plist::value menus_;
@@ -67,4 +71,5 @@ class AppDelegate : public platform::application_delegate {
   std::vector<std::string> launchArguments_;
   std::unique_ptr<platform::timer> defaultsTimer_;
   std::vector<std::unique_ptr<WynDocumentController>> controllers_, closing_;
+  bool isAskingToQuit_ = false;
 };

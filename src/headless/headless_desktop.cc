@@ -27,6 +27,7 @@ std::size_t scripted_alerts::run(platform::alert const& question) {
   }
   std::string const name = index < question.buttons.size() ? question.buttons[index] : "";
   shown.push_back({question.title, question.text, name});
+  if (while_open) while_open();
   return index;
 }
 

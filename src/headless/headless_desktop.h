@@ -5,6 +5,7 @@
 #include "platform/desktop.h"
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -37,6 +38,8 @@ class scripted_alerts : public platform::alert_panel {
   std::size_t run(platform::alert const& question) override;
 
   std::vector<record> shown;
+  /// Called while an alert is open, as a real one handles events.
+  std::function<void()> while_open;
 
  private:
   std::map<std::string, std::string> answers_;

@@ -187,6 +187,26 @@ TEST_F(quitting, a_cancel_in_a_review_ends_the_quit) {
   EXPECT_EQ(folder.read(folder / "front"), "2x");
 }
 
+// The key that quits goes through a view that the review may close before the next question.
+TEST_F(quitting, a_closed_window_outlives_the_review_that_its_own_key_began) {
+  edit_two();
+  answer(summary, "Review Changes\u2026");
+  answer_save("front", "Don't Save");
+  bool asked_again = true;
+  desktop.alerts().while_open = [&] {
+    desktop.loop().run_for(0);
+    asked_again = app().applicationShouldTerminate();
+  };
+  WynDocumentController& front = *app().orderedControllers().front();
+  std::weak_ptr<WynDocument> const document = front.textDocument();
+  perform(front, "terminate:");
+  EXPECT_FALSE(asked_again);
+  EXPECT_EQ(windows(), titles({"*back", "clean"}));
+  EXPECT_FALSE(document.expired());
+  desktop.loop().run_for(0);
+  EXPECT_TRUE(document.expired());
+}
+
 TEST_F(saving, reverting_asks_and_can_be_undone) {
   WynDocumentController& a = open("a", "x");
   type(a, u"y");
