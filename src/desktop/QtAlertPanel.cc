@@ -1,8 +1,8 @@
 #include "desktop/QtAlertPanel.h"
 
+#include "desktop/DialogParent.h"
 #include "desktop/QtText.h"
 
-#include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -11,7 +11,7 @@
 namespace widgets {
 
 std::size_t QtAlertPanel::run(platform::alert const& question) {
-  QMessageBox box(QApplication::activeWindow());
+  QMessageBox box(dialog_parent());
   box.setIcon(question.critical             ? QMessageBox::Critical
               : question.buttons.size() > 1 ? QMessageBox::Question
                                             : QMessageBox::Information);

@@ -1,8 +1,8 @@
 #include "desktop/QtFilePanels.h"
 
+#include "desktop/DialogParent.h"
 #include "desktop/QtText.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -23,7 +23,7 @@ std::string path_bytes(QString const& path) {
 class FileDialog : public QFileDialog {
  public:
   FileDialog(std::string const& title, std::string const& directory)
-      : QFileDialog(QApplication::activeWindow(), qstring(title)) {
+      : QFileDialog(dialog_parent(), qstring(title)) {
     setOption(QFileDialog::DontUseNativeDialog);
     setFilter(QDir::AllEntries | QDir::AllDirs | QDir::NoDotAndDotDot | QDir::Hidden);
     if (!directory.empty()) setDirectory(QFile::decodeName(directory.c_str()));

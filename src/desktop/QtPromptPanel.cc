@@ -1,8 +1,8 @@
 #include "desktop/QtPromptPanel.h"
 
+#include "desktop/DialogParent.h"
 #include "desktop/QtText.h"
 
-#include <QApplication>
 #include <QInputDialog>
 
 namespace widgets {
@@ -10,9 +10,8 @@ namespace widgets {
 std::optional<std::string> QtPromptPanel::run(std::string const& title, std::string const& text,
                                               std::string const& initial) {
   bool accepted = false;
-  QString const answer =
-      QInputDialog::getText(QApplication::activeWindow(), qstring(title), qstring(text),
-                            QLineEdit::Normal, qstring(initial), &accepted);
+  QString const answer = QInputDialog::getText(dialog_parent(), qstring(title), qstring(text),
+                                               QLineEdit::Normal, qstring(initial), &accepted);
   if (!accepted) return std::nullopt;
   return utf8(answer);
 }
