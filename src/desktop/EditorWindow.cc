@@ -82,6 +82,13 @@ void EditorFrame::pop_up_menu(std::vector<platform::menu_item> const& items, QPo
   menu->popup(global);
 }
 
+void EditorFrame::change_text_size(bool larger) {
+  platform::menu_item item;
+  item.selector = larger ? "makeTextLarger:" : "makeTextSmaller:";
+  validate(item, *this);
+  if (item.enabled) perform(item.selector, {});
+}
+
 void EditorFrame::open_status_menu(std::string const& part, QPoint global) {
   if (desktop_.application() == nullptr) return;
   std::vector<platform::menu_item> const items = desktop_.application()->statusMenu(part);

@@ -35,6 +35,7 @@ class EditorFrame final : public QMainWindow, public MenuTarget, public TextView
   bool perform_key_equivalent(platform::key_event const& event) override;
   bool open_menu_with_letter(QString const& letter) override;
   void pop_up_menu(std::vector<platform::menu_item> const& items, QPoint global) override;
+  void change_text_size(bool larger) override;
 
  protected:
   void closeEvent(QCloseEvent* event) override;

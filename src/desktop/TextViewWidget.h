@@ -21,6 +21,8 @@ class TextViewOwner {
   /// Opens the menu whose title begins with this letter; false if there is none.
   virtual bool open_menu_with_letter(QString const& letter) = 0;
   virtual void pop_up_menu(std::vector<platform::menu_item> const& items, QPoint global) = 0;
+  /// By one step; does nothing at the largest and smallest size.
+  virtual void change_text_size(bool larger) = 0;
 
  protected:
   ~TextViewOwner() = default;
@@ -84,6 +86,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   void count_click(QMouseEvent const& event);
   platform::mouse_event translate_mouse(QMouseEvent const& event) const;
   QPointF wheel_distance(QWheelEvent const& event) const;
+  void zoom(int angle);
   void show_cursor(platform::cursor cursor);
 
   platform::view_client* client_;
@@ -98,6 +101,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   Qt::MouseButton press_button_ = Qt::NoButton;
   int click_count_ = 0;
   QPointF wheel_rest_;  // fractions of a pixel not scrolled yet
+  int zoom_rest_ = 0;   // parts of a wheel's step not zoomed yet
   bool cursor_hidden_ = false;
 };
 

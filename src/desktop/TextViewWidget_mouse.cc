@@ -6,9 +6,12 @@
 #include <QStyleHints>
 
 #include <cmath>
+#include <cstdlib>
 
 namespace widgets {
 namespace {
+
+constexpr int units_per_step = 120;  // of a wheel's angle: eighths of a degree
 
 platform::mouse_button translate_button(Qt::MouseButton button) {
   switch (button) {
@@ -74,17 +77,26 @@ void TextViewWidget::contextMenuEvent(QContextMenuEvent* event) {
   event->accept();
 }
 
+void TextViewWidget::zoom(int angle) {
+  zoom_rest_ += angle;
+  int const steps = zoom_rest_ / units_per_step;
+  zoom_rest_ -= steps * units_per_step;
+  for (int i = 0; i < std::abs(steps) && owner_ != nullptr; ++i)
+    owner_->change_text_size(steps > 0);
+}
+
 QPointF TextViewWidget::wheel_distance(QWheelEvent const& event) const {
   // X11 gives device units for pixels.
   bool const has_pixels = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
   if (has_pixels && !event.pixelDelta().isNull()) return event.pixelDelta();
-  constexpr double units_per_step = 120;
-  double const steps = QGuiApplication::styleHints()->wheelScrollLines() / units_per_step;
+  double const steps = QGuiApplication::styleHints()->wheelScrollLines() / double(units_per_step);
   return {event.angleDelta().x() * steps * horizontalScrollBar()->singleStep(),
           event.angleDelta().y() * steps * verticalScrollBar()->singleStep()};
 }
 
 void TextViewWidget::wheelEvent(QWheelEvent* event) {
+  event->accept();
+  if (event->modifiers() & Qt::ControlModifier) return zoom(event->angleDelta().y());
   QPointF distance = wheel_distance(*event);
   bool const sideways = event->modifiers() & (Qt::ShiftModifier | Qt::AltModifier);
   if (sideways && distance.x() == 0) distance = {distance.y(), 0};
@@ -92,7 +104,6 @@ void TextViewWidget::wheelEvent(QWheelEvent* event) {
   QPointF const whole(std::trunc(wheel_rest_.x()), std::trunc(wheel_rest_.y()));
   wheel_rest_ -= whole;
   scroll_to({origin().x - whole.x(), origin().y - whole.y()});
-  event->accept();
 }
 
 }  // namespace widgets
