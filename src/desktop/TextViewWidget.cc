@@ -153,8 +153,11 @@ void TextViewWidget::resizeEvent(QResizeEvent*) {
 }
 
 void TextViewWidget::scrollContentsBy(int dx, int dy) {
-  if (dx != 0 || std::abs(dy) >= viewport()->height()) {
-    viewport()->update();  // the gutter stays where it is while the text moves sideways
+  // The gutter stays where it is while the text moves sideways, and pixels can be moved by whole
+  // device pixels only.
+  bool const whole_pixels = devicePixelRatioF() == std::floor(devicePixelRatioF());
+  if (dx != 0 || !whole_pixels || std::abs(dy) >= viewport()->height()) {
+    viewport()->update();
   } else {
     viewport()->scroll(0, dy);
   }
