@@ -32,13 +32,6 @@ constexpr part_kind part_kinds[] = {
     {"overwriteMode", "Typing inserts or overwrites", "OVR"},
 };
 
-QString line_ending_name(QString const& text) {
-  if (text == QLatin1String("\n")) return QStringLiteral("LF");
-  if (text == QLatin1String("\r\n")) return QStringLiteral("CRLF");
-  if (text == QLatin1String("\r")) return QStringLiteral("CR");
-  return text;
-}
-
 part_kind const* kind_of(std::string_view key) {
   auto const it = std::find_if(std::begin(part_kinds), std::end(part_kinds),
                                [&](part_kind const& kind) { return kind.key == key; });
@@ -85,8 +78,7 @@ QString StatusBar::text_of(std::string_view key) const {
     return v.boolean_or(false) ? QStringLiteral("Soft Tabs") : QStringLiteral("Hard Tabs");
   if (key == "overwriteMode")
     return v.boolean_or(false) ? QStringLiteral("OVR") : QStringLiteral("INS");
-  QString const text = qstring(v.string_or(""));
-  return key == "lineEnding" ? line_ending_name(text) : text;
+  return qstring(v.string_or(""));
 }
 
 std::vector<StatusBar::part> StatusBar::parts() const {
