@@ -5,6 +5,7 @@
 #include "desktop/ImageStore.h"
 #include "desktop/LeanStyle.h"
 #include "desktop/QtText.h"
+#include "desktop/TerminationSignals.h"
 
 #include <QIcon>
 #include <QSessionManager>
@@ -24,12 +25,6 @@ std::string normalized(std::string const& key_string) {
   if (shift && key.size() == 1 && capital != key)
     event.setKeyAndQualifiers(utf8(capital), event.qualifiers() & ~platform::modifier::shift);
   return event.stringRepresentation();
-}
-
-platform::application_delegate* application_behind(platform::responder& first) {
-  for (platform::responder* r = &first; r != nullptr; r = r->nextResponder())
-    if (auto* const found = dynamic_cast<platform::application_delegate*>(r)) return found;
-  return nullptr;
 }
 
 }  // namespace
@@ -58,8 +53,6 @@ QtDesktop::~QtDesktop() {
 std::unique_ptr<platform::window> QtDesktop::make_window(platform::window_delegate& delegate,
                                                          platform::view_client& client,
                                                          platform::responder& first) {
-  // Windows for the files of the command line come before run() does.
-  if (delegate_ == nullptr) delegate_ = application_behind(delegate);
   return std::make_unique<EditorWindow>(*this, delegate, client, first);
 }
 
@@ -103,6 +96,8 @@ int QtDesktop::run(platform::application_delegate& app) {
   delegate_ = &app;
   terminated_ = false;
   connect_session();
+  // Who sends a signal won't answer questions: what was set is kept, and the program ends.
+  TerminationSignals const termination([this] { terminate(); });
   app.didFinishLaunching();
   // Not needed for the first window to appear.
   QTimer::singleShot(0, &qt_, [] {

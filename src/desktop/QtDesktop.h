@@ -49,9 +49,9 @@ class QtDesktop final : public platform::desktop {
   int run(platform::application_delegate& app) override;
   void terminate() override;
 
-  /// Known from the first window's responder chain on, or else from run(); null after run().
+  /// Null outside run().
   platform::application_delegate* application() const { return delegate_; }
-  /// The menu bar of all windows; empty without an application.
+  /// The menu bar of all windows, asked for once in a run(); empty outside.
   menu_items const& main_menu();
   /// The item of the menu bar that has this key; null if none has.
   platform::menu_item const* item_for_key(platform::key_event const& event);
