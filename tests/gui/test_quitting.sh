@@ -1,0 +1,44 @@
+# Ways to end the program, and what each keeps.
+printf 'a\n' >a.txt
+printf 'b\n' >b.txt
+
+# Quitting by a key of a window whose changes aren't wanted, while another one is asked about.
+start_editor a.txt b.txt
+wait_window 'b.txt'
+type_text 'B'
+wait_window 'a.txt'
+type_text 'A'
+keys ctrl+q
+wait_window '^Quirnote$'
+summary=$window
+keys Return
+next_question() { find_window '^Quirnote$' && [[ $window != "$summary" ]]; }
+wait_until next_question
+wait_window '^Quirnote$'
+keys Tab Tab space
+wait_no_window 'a.txt'
+wait_window '^Quirnote$'
+keys Escape
+wait_no_window '^Quirnote$'
+wait_window 'b.txt'
+keys ctrl+s
+expect_file b.txt $'Bb\n'
+expect_file a.txt $'a\n'
+
+# Ctrl with the wheel changes the size of the text; a signal ends the program, and the size is kept.
+xdotool keydown ctrl
+click 100 60 4 2
+xdotool keyup ctrl
+kill -TERM "$editor_pid"
+wait_exit
+grep -A 1 WynTextViewNormalFontSize "$XDG_CONFIG_HOME/Quirnote/Defaults.plist" | grep -q '>14<'
+
+# A question doesn't hold a signal up.
+start_editor b.txt
+wait_window 'b.txt'
+type_text 'unsaved'
+keys ctrl+q
+wait_window '^Quirnote$'
+kill -HUP "$editor_pid"
+wait_exit
+expect_file b.txt $'Bb\n'
