@@ -30,13 +30,13 @@ wait_until xdotool search --onlyvisible --class quirnote
 sleep 0.3
 keys Return
 wait_window 'untitled'
-type_text 'é'
+type_text 'e'
 keys ctrl+shift+s
 wait_window 'Save As'
 keys ctrl+a
 type_text "$PWD/new.txt"
 keys Return
-expect_file new.txt 'é'
+expect_file new.txt 'e'
 wait_window 'new.txt'
 keys ctrl+w
 wait_no_window 'new.txt'
