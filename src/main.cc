@@ -70,7 +70,6 @@ int run_windows(int argc, char** argv) {
                  "Batch mode works without a display; see quirnote --help.\n");
     return 1;
   }
-  platform::desktop::set_current(desktop.get());
   int status = 0;
   {
     AppDelegate app(read_menus(), platform::state_folder() + "/RecentFiles.plist");

@@ -119,7 +119,6 @@ EditorWindow::EditorWindow(QtDesktop& desktop, platform::window_delegate& delega
 
 EditorWindow::~EditorWindow() {
   desktop_.remove(*this);
-  if (frame_.isNull()) return;
   frame_->detach();
   frame_->hide();
   frame_->deleteLater();

@@ -6,7 +6,6 @@
 #include "platform/window.h"
 
 #include <QMainWindow>
-#include <QPointer>
 
 namespace widgets {
 
@@ -75,7 +74,7 @@ class EditorWindow final : public platform::window {
   QtDesktop& desktop_;
   platform::window_delegate& delegate_;
   platform::responder& first_;
-  QPointer<EditorFrame> frame_;
+  EditorFrame* frame_;  // destroys itself a turn after this object
   bool closed_ = false;
 };
 

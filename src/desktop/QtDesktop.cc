@@ -47,6 +47,8 @@ QtDesktop::QtDesktop(int& argc, char** argv)
 }
 
 QtDesktop::~QtDesktop() {
+  // The widgets of windows that went after the last turn of the loop.
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   set_current(nullptr);
 }
 

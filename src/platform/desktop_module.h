@@ -13,8 +13,8 @@ class desktop_module {
  public:
   virtual ~desktop_module() = default;
 
-  /// The desktop with windows; may take options of the window system out of `argv`. Null with a
-  /// reason when there is no display.
+  /// The desktop with windows, from then on the current one; may take options of the window system
+  /// out of `argv`. Null with a reason when there is no display.
   virtual std::unique_ptr<desktop> make_desktop(int& argc, char** argv, std::string& error) = 0;
 
   /// Paints `client` at `columns` times `rows` cells into a PNG file, without a display. Sets and
