@@ -51,6 +51,15 @@ unit_view selection::units() const {
   return {data.data(), data.size()};
 }
 
+selection selection::without_text() const {
+  selection kept;
+  kept.first_mark = first_mark;
+  kept.last_mark = last_mark;
+  kept.current_mark = current_mark;
+  kept.column_mode = column_mode;
+  return kept;
+}
+
 bool selection::operator==(selection const& other) const {
   return first_mark == other.first_mark && last_mark == other.last_mark &&
          current_mark == other.current_mark && column_mode == other.column_mode;

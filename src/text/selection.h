@@ -28,6 +28,8 @@ class selection {
   std::vector<char_t>::const_iterator begin() const;
   std::vector<char_t>::const_iterator end() const;
   unit_view units() const;
+  /// A copy to keep, without the cached text, which could be as large as the document.
+  selection without_text() const;
 
   /// Compares positions and mode.
   bool operator==(selection const& other) const;

@@ -79,17 +79,18 @@ void view::soft_wrap_filter::reset() {
   for (size_t line = 0; line < count; ++line) wrap_line(line, {}, ranges);
 }
 
+void view::soft_wrap_filter::add_row(size_t line, row_start start, size_t last, line_ranges& out) {
+  out.push_back({static_cast<uint32_t>(line), static_cast<uint32_t>(start.unit),
+                 static_cast<uint32_t>(last)});
+}
+
 void view::soft_wrap_filter::wrap_line(size_t line, row_start start, line_ranges& out) const {
   unit_view const units = units_of(line);
-  auto const add = [&](size_t last) {
-    out.push_back({static_cast<uint32_t>(line), static_cast<uint32_t>(start.unit),
-                   static_cast<uint32_t>(last)});
-  };
   while (auto const broken = find_row_break(units, start, view_.screen_width, view_.tab_size)) {
-    add(broken->last);
+    add_row(line, start, broken->last, out);
     start = broken->next;
   }
-  add(units.size());
+  add_row(line, start, units.size(), out);
 }
 
 /// Wraps the last line of a change until a row begins where an old one did, behind the change and
@@ -100,12 +101,8 @@ size_t view::soft_wrap_filter::wrap_up_to_old_rows(edit const& made, row_start s
   unit_view const units = units_of(line);
   size_t const old_end = end_of_line(made.old_last.line);
   size_t old = row_at(made.old_last) + 1;
-  auto const add = [&](size_t last) {
-    out.push_back({static_cast<uint32_t>(line), static_cast<uint32_t>(start.unit),
-                   static_cast<uint32_t>(last)});
-  };
   while (auto const broken = find_row_break(units, start, view_.screen_width, view_.tab_size)) {
-    add(broken->last);
+    add_row(line, start, broken->last, out);
     start = broken->next;
     if (start.unit <= made.new_last.column) continue;
     size_t const sought = start.unit - made.units_added();
@@ -115,7 +112,7 @@ size_t view::soft_wrap_filter::wrap_up_to_old_rows(edit const& made, row_start s
         ranges[old - 1].first == ranges[old - 1].last || !is_blank(units[start.unit - 1]);
     if (hard == start.hard) return old;
   }
-  add(units.size());
+  add_row(line, start, units.size(), out);
   return old_end;
 }
 

@@ -59,6 +59,7 @@ class view::soft_wrap_filter : public switchable_filter {
   row_start start_of(size_t row) const;
   bool fits_the_text(edit const& made) const;
 
+  static void add_row(size_t line, row_start start, size_t last, line_ranges& out);
   void wrap_line(size_t line, row_start start, line_ranges& out) const;
   wrapped_rows wrap_again(edit const& made, bool whole_lines) const;
   size_t wrap_up_to_old_rows(edit const& made, row_start start, line_ranges& out) const;

@@ -38,22 +38,10 @@ size_t view::storage_filter::lines() const {
   return storage_.lines();
 }
 
-namespace {
-
-/// What the undo map keeps: a cached copy of the selected text could be as large as the document.
-text::selection without_text(text::selection const& selection) {
-  text::selection kept;
-  kept.first_mark = selection.first_mark;
-  kept.last_mark = selection.last_mark;
-  kept.current_mark = selection.current_mark;
-  kept.column_mode = selection.column_mode;
-  return kept;
-}
-
-}  // namespace
+namespace {}  // namespace
 
 void view::view_filter::store_selection(undo_key key, text::selection const& selection) {
-  undo_map[key] = without_text(selection);
+  undo_map[key] = selection.without_text();
 }
 
 void view::view_filter::will_change_memento(unsigned long from, unsigned long to) {

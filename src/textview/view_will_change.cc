@@ -43,7 +43,7 @@ view_will_change::view_will_change(WynTextView& tv, bool grouped)
     lines = view.lines();
     columns = view.columns();
     memento = view.storage->current_memento;
-    view.saved_selection = view.selection;
+    view.saved_selection = view.selection.without_text();
     view.saved_selection_pending = true;
   }
 }
@@ -89,8 +89,8 @@ view_will_change::~view_will_change() {
 void view_will_change::end_outermost() {
   text::view& view = *text_view.view();
   if (!view.saved_selection_pending)
-    view.view_filter->undo_map[{view.storage->previous_memento, view.storage->current_memento}] =
-        view.selection;
+    view.view_filter->store_selection(
+        {view.storage->previous_memento, view.storage->current_memento}, view.selection);
   view.saved_selection_pending = false;
   if (lines != view.lines() || columns != view.columns()) text_view.recalcFrameSize();
   for (auto const* mark :

@@ -4,6 +4,7 @@
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
 #include "text/marked_text.h"
+#include "text/view_filter.h"
 #include "textview/WynTextView.h"
 #include "textview/geometry.h"
 #include "textview/view_will_change.h"
@@ -148,6 +149,18 @@ TEST_F(text_view, the_middle_button_pastes_what_was_selected_last) {
   desktop_.loop().run_for(1);
   view_->mouse_down({at(0, 13), platform::mouse_button::middle, 1, 0});
   EXPECT_EQ(get(), "one two threetwo|");
+}
+
+TEST_F(text_view, keeps_no_copy_of_what_was_selected_for_undo) {
+  set("[abc]def");
+  view_->performSelectorWithObject("copy:", {});
+  ASSERT_FALSE(view_->view()->selection.data.empty());
+  view_->performSelectorWithObject("delete:", {});
+  EXPECT_TRUE(view_->view()->saved_selection.data.empty());
+  for (auto const& [key, selection] : view_->view()->view_filter->undo_map)
+    EXPECT_TRUE(selection.data.empty());
+  view_->performSelectorWithObject("undo:", {});
+  EXPECT_EQ(get(), "[abc]def");
 }
 
 TEST_F(text_view, copying_columns_keeps_them_columns) {
