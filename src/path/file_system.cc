@@ -48,7 +48,8 @@ std::string resolve_links(std::string const& path, bool resolve_parent,
     std::fprintf(stderr, "*** error reading link \u2018%s\u2019\n", joined.c_str());
     return "";
   }
-  return resolve_links(join(folder, *target), resolve_parent, visited);
+  std::string const next = join(folder, *target);
+  return next.size() < PATH_MAX ? resolve_links(next, resolve_parent, visited) : joined;
 }
 
 /// The folder that ".." in the absolute path `folder` is.
@@ -87,7 +88,8 @@ std::string cwd() {
 
 std::string resolve(std::string const& path) {
   std::set<std::string> visited;
-  return resolve_links(normalize(path), true, visited);
+  std::string const normal = normalize(path);
+  return normal.size() < PATH_MAX ? resolve_links(normal, true, visited) : normal;
 }
 
 std::string resolve_head(std::string const& path) {

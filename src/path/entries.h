@@ -1,0 +1,33 @@
+#pragma once
+
+#include <dirent.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+namespace path {
+
+/// What a folder holds, "." and ".." left out, in the order that the file system gives. Copies
+/// share one scan, which goes with the last of them. A folder that can't be read gives none.
+///
+///     for (dirent const* entry : path::entries(folder))
+///       open(path::join(folder, entry->d_name));
+class entries {
+ public:
+  using iterator = dirent const* const*;
+
+  explicit entries(std::string const& folder);
+  /// Of the folder that is open as `descriptor`.
+  explicit entries(int descriptor);
+
+  iterator begin() const;
+  iterator end() const;
+  std::size_t size() const { return static_cast<std::size_t>(end() - begin()); }
+
+ private:
+  struct helper_t;
+  std::shared_ptr<helper_t> helper_;
+};
+
+}  // namespace path
