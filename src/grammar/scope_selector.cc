@@ -1,0 +1,110 @@
+#include "grammar/scope_selector.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+
+#include "plist/UnicharInputBuffer.h"
+#include "scope_lexer.hpp"
+#include "scope_parser.hpp"
+
+namespace scope {
+namespace {
+
+constexpr double no_match = -1.0;
+
+}  // namespace
+
+std::shared_ptr<selector_node const> parse_selector(std::string_view selector,
+                                                    std::string* reason) {
+  try {
+    plist::UnicharInputBuffer input(selector.data(), selector.data() + selector.size());
+    scope_lexer lexer(input);
+    scope_parser parser(lexer);
+    return std::make_shared<selector_node const>(parser.startRule());
+  } catch (antlr::ANTLRException const& e) {
+    if (reason) *reason = e.toString();
+  } catch (std::exception const& e) {
+    if (reason) *reason = e.what();
+  }
+  return nullptr;
+}
+
+double compare_selector::handle_node(selector_node const& node) const {
+  switch (node.type) {
+    case selector_node::descent:
+      return handle_selector(node);
+    case selector_node::any_of:
+      return handle_or(node);
+    case selector_node::all_of:
+      return handle_and(node);
+    case selector_node::difference:
+      return handle_asymmetric_difference(node);
+  }
+  return no_match;
+}
+
+double compare_selector::handle_or(selector_node const& node) const {
+  double score = no_match;
+  for (selector_node const& child : node.children) score = std::max(score, handle_node(child));
+  return score;
+}
+
+double compare_selector::handle_and(selector_node const& node) const {
+  double score = no_match;
+  for (selector_node const& child : node.children) {
+    double const other = handle_node(child);
+    if (other < 0.0) return no_match;
+    score = std::max(score, other);
+  }
+  return score;
+}
+
+// What is subtracted only vetoes; it adds nothing to the score.
+double compare_selector::handle_asymmetric_difference(selector_node const& node) const {
+  for (std::size_t i = 1; i < node.children.size(); ++i)
+    if (!(handle_node(node.children[i]) < 0.0)) return no_match;
+  return handle_node(node.children.front());
+}
+
+double compare_selector::handle_selector(selector_node const& node) const {
+  return tail_match(node.parts, scopes_.rbegin(), scopes_.rend());
+}
+
+bool compare_selector::match_part(std::string_view selector_part, std::string_view scope) {
+  if (selector_part.size() >= scope.size()) return selector_part == scope;
+  return scope[selector_part.size()] == '.' &&
+         scope.substr(0, selector_part.size()) == selector_part;
+}
+
+// Every scope that is passed, matched or not, makes what stands further out count for less.
+double compare_selector::tail_match(std::vector<std::string> const& parts, scope_iterator it,
+                                    scope_iterator end) {
+  double score = 0.0, factor = 1.0;
+  for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+    for (; it != end && !match_part(*part, *it); ++it)
+      factor /= static_cast<double>(it->size()) + 3.0;
+    if (it == end) return no_match;
+    double const length = static_cast<double>(it->size());
+    score += factor * (static_cast<double>(part->size()) + 1.0) / (length + 2.0);
+    factor /= length + 3.0;
+    ++it;
+  }
+  return score;
+}
+
+double new_score_for_selector(std::string const& selector, std::vector<std::string> const& scopes) {
+  static std::map<std::string, std::shared_ptr<selector_node const>> cache;
+  auto it = cache.find(selector);
+  if (it == cache.end()) {
+    auto parsed = parse_selector(selector, nullptr);
+    if (!parsed) {
+      std::fprintf(stderr, "Quirnote: invalid scope selector %s\n", selector.c_str());
+      return no_match;
+    }
+    it = cache.emplace(selector, std::move(parsed)).first;
+  }
+  return compare_selector(scopes).handle_node(*it->second);
+}
+
+}  // namespace scope

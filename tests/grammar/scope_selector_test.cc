@@ -1,0 +1,99 @@
+#include "grammar/scope_selector.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+
+namespace {
+
+std::vector<std::string> words(std::string const& text) {
+  std::istringstream in(text);
+  return {std::istream_iterator<std::string>(in), {}};
+}
+
+double score(std::string const& selector, std::string const& scopes) {
+  return scope::new_score_for_selector(selector, words(scopes));
+}
+
+struct same_score {
+  char const *selector, *scopes, *other, *other_scopes;
+};
+
+TEST(scope_selector, weighs_length_and_distance) {
+  EXPECT_DOUBLE_EQ(score("source string", "source.ruby string.quoted"),
+                   7.0 / 15 + 1.0 / 16 * 7.0 / 13);
+  EXPECT_DOUBLE_EQ(score("a b", "a x b"), 2.0 / 3 + 1.0 / 4 / 4 * 2.0 / 3);
+  EXPECT_GT(score("string.quoted", "string.quoted.double"),
+            score("string", "string.quoted.double"));
+  EXPECT_GT(score("string", "source.c string.quoted"), score("source", "source.c string.quoted"));
+}
+
+TEST(scope_selector, operators) {
+  same_score const table[] = {
+      {"a, b", "b", "b", "b"},
+      {"a | b", "a b", "b", "a b"},
+      {"a & b", "a b", "b", "a b"},  // the greater, not the sum
+      {"a - b", "a", "a", "a"},
+      {"a - b - c", "a", "a", "a"},
+      {"a &", "a", "a", "a"},
+      {"a )\1", "a", "a", "a"},  // what follows a whole selector is not read
+      {"a (b)", "a", "a", "a"},
+      {"a-b", "a-b.c", "a-b", "a-b.c"},
+      {"\xc3\xbc", "\xc3\xbc", "aa", "aa"},
+      {"a - (b | c)", "a", "a", "a"},
+      {"a - b, c", "b c", "c", "b c"},
+      {"(a - b) | c", "a b c", "c", "a b c"},
+      {" \t\na ", "a", "a", "a"},
+  };
+  for (auto const& row : table)
+    EXPECT_DOUBLE_EQ(score(row.selector, row.scopes), score(row.other, row.other_scopes))
+        << row.selector;
+  EXPECT_GT(score("a b", "a b"), score("a & b", "a b"));
+}
+
+TEST(scope_selector, applies_everywhere_with_the_least_score) {
+  for (char const* selector : {"", " ", "-a", "()", "|", ",", "- x - y"}) {
+    EXPECT_EQ(score(selector, "b"), 0.0) << selector;
+    EXPECT_EQ(score(selector, ""), 0.0) << selector;
+  }
+}
+
+TEST(scope_selector, does_not_apply) {
+  char const* const table[][2] = {
+      {"a", ""},
+      {"a b", "b a"},
+      {"string", "stringy"},
+      {"string.quoted", "string"},
+      {"a - b", "a b"},
+      {"-a", "a"},
+      {"a & b", "a"},
+      {"a | b & c", "a"},
+      {"a a", "a"},
+      {"a & b - c", "a b c"},
+      {"a - b - c", "a c"},
+      {"(a, b)", "a"},
+      {"(a", "a"},
+      {"\1", "a"},
+      {"a \2", "a"},
+      {"a - -b", "a"},
+  };
+  testing::internal::CaptureStderr();
+  for (auto const& row : table) EXPECT_EQ(score(row[0], row[1]), -1.0) << row[0];
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Quirnote: invalid scope selector (a, b)\nQuirnote: invalid scope selector (a\n"
+            "Quirnote: invalid scope selector \1\nQuirnote: invalid scope selector a \2\n");
+}
+
+TEST(scope_selector, takes_any_length_and_depth) {
+  std::string chain = "b", nested;
+  for (int i = 0; i < 100000; ++i) chain += "|a";
+  EXPECT_DOUBLE_EQ(score(chain, "a"), score("a", "a"));
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(score(std::string(100000, '(') + "a" + std::string(100000, ')'), "a"), -1.0);
+  testing::internal::GetCapturedStderr();
+  EXPECT_DOUBLE_EQ(score(std::string(200, '(') + "a" + std::string(200, ')'), "a"),
+                   score("a", "a"));
+}
+
+}  // namespace
