@@ -1,11 +1,11 @@
 #include "plist/text_reader.h"
 
 #include <antlr/ASTFactory.hpp>
-#include <antlr/CommonAST.hpp>
 #include <antlr/RecognitionException.hpp>
 #include <antlr/TokenStreamRecognitionException.hpp>
 
 #include "plist/UnicharInputBuffer.h"
+#include "plist/sibling_list_node.h"
 #include "text_lexer.hpp"
 #include "text_parser.hpp"
 #include "text_walker.hpp"
@@ -13,29 +13,11 @@
 namespace plist {
 namespace {
 
-/// The runtime's nodes own the sibling behind them, so that freeing a long list would recurse once
-/// for each element. This one lets go of its siblings one by one.
-class node : public antlr::CommonAST {
- public:
-  node() = default;
-  node(node const& other) : antlr::CommonAST(other) {}
-  ~node() override {
-    antlr::RefAST sibling = getNextSibling();
-    while (sibling) {
-      antlr::RefAST const behind = sibling->getNextSibling();
-      sibling->setNextSibling(antlr::nullAST);
-      sibling = behind;
-    }
-  }
-  antlr::RefAST clone() const override { return antlr::RefAST(new node(*this)); }
-  static antlr::RefAST make() { return antlr::RefAST(new node); }
-};
-
 value parse(std::string_view text) {
   UnicharInputBuffer input(text.data(), text.data() + text.size());
   text_lexer lexer(input);
   text_parser parser(lexer);
-  antlr::ASTFactory factory("node", node::make);
+  antlr::ASTFactory factory("sibling_list_node", sibling_list_node::make);
   parser.initializeASTFactory(factory);
   parser.setASTFactory(&factory);
   parser.startRule();

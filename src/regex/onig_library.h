@@ -1,0 +1,39 @@
+#pragma once
+
+#include <oniguruma.h>
+
+#include <string>
+#include <string_view>
+
+/// What the wrappers of Oniguruma share. Any thread.
+namespace regex::onig_library {
+
+/// What one attempt to match may spend. Going back in an attempt costs some 10 ns; an entry on the
+/// stack has 40 bytes, and a greedy ".*" makes one a character.
+inline constexpr unsigned long retries_per_match = 10'000'000;
+inline constexpr unsigned stack_entries = 4'000'000;
+/// Calls of groups by patterns such as "(?<n>a\g<n>?)", per search and nested.
+inline constexpr unsigned long calls_per_search = 1'000'000;
+inline constexpr int nested_calls = 100;
+
+/// Initialises the library and sets the limits; whoever compiles calls this first. Once a process.
+void initialize();
+
+/// Whether the result of a search says that it was broken off by one of the limits, or by another
+/// fault such as want of memory, so that there may be a match.
+bool gave_up(int result);
+
+/// Oniguruma's words for a failed compilation.
+std::string message(int error, OnigErrorInfo const& info);
+
+inline OnigUChar const* bytes(char16_t const* units) {
+  return reinterpret_cast<OnigUChar const*>(units);
+}
+inline OnigUChar const* bytes(char const* utf8) {
+  return reinterpret_cast<OnigUChar const*>(utf8);
+}
+
+/// The longest text of which the library can tell offsets, in bytes.
+inline constexpr std::size_t max_bytes = 0x7fff'fffe;
+
+}  // namespace regex::onig_library
