@@ -76,6 +76,7 @@ std::shared_ptr<WynDocument> WynDocument::initWithContentsOfFile(std::string con
   document->fileStamp_ = text.stamp;
   document->useMarkOf(text);
   if (preserves_format()) document->useFormatOf(text);
+  document->lastSavedFormat_ = document->presentFormat();
   document->rememberContent(text, pairs);
   if (!loaded) document->fileContent_ = file_content::not_loaded;
   return document;
@@ -100,8 +101,16 @@ void WynDocument::rememberContent(file_text const& text, bool pairs) {
                                : file_content::kept;
 }
 
+// How the user wants it written from now on may still be something else.
+void WynDocument::textIsOnDisk() {
+  lastSavedMemento_ = storage_->current_memento;
+  lastSavedFormat_.mark = byteOrderMark_;
+  updateDocumentEdited(lastSavedMemento_);
+}
+
 void WynDocument::textIsSaved() {
   lastSavedMemento_ = storage_->current_memento;
+  lastSavedFormat_ = presentFormat();
   setDocumentEdited(false);
 }
 
@@ -178,7 +187,10 @@ bool WynDocument::checkForFilesystemChanges() {
   }
   if (equal || replace) {
     rememberContent(text, pairs);
-    textIsSaved();
+    if (replace)
+      textIsSaved();
+    else
+      textIsOnDisk();
   } else {
     fileContent_ = file_content::kept;  // the user has chosen what is in the window
   }

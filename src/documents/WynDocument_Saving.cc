@@ -86,5 +86,6 @@ void WynDocument::didWrite(std::string const& path, encoding::file_format const&
   if (path == filename_) fileContent_ = file_content::kept;
   textIsSaved();
   fileStamp_ = documents::stamp_of(path);
+  if (!openViews_.empty()) saveMetaData(path, *openViews_.back());
   notifyFilename(filename_);
 }
