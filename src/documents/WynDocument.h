@@ -5,9 +5,11 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "documents/file_stamp.h"
 #include "documents/file_text.h"
+#include "documents/safety_copy.h"
 #include "encoding/charset.h"
 #include "encoding/line_ending.h"
 #include "encoding/stream_encoder.h"
@@ -141,6 +143,10 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// Unsaved changes are dropped. False, with the text as it was, if the file can't be read.
   bool reopenWithEncoding(encoding::charset_t charset);
 
+  /// Makes the text of a safety copy that of this document, as one unsaved step that can be undone.
+  /// The copy goes when the text is saved. False, with all as it was, if the copy can't be read.
+  bool restore(documents::safety_copy copy);
+
   /// Takes over what another program has done to the file, asking the user first if there are
   /// unsaved changes. True if the text was replaced, which can be undone.
   bool checkForFilesystemChanges();
@@ -202,4 +208,6 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// What the file of that name holds which the text doesn't, and the charset it was read in.
   file_content fileContent_ = file_content::kept;
   encoding::charset_t charsetRead_ = encoding::ASCII;
+  /// They hold what may be on the disk nowhere else, and go when the text is saved.
+  std::vector<documents::safety_copy> safetyCopies_;
 };

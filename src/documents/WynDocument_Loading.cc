@@ -152,6 +152,32 @@ bool WynDocument::reopenWithEncoding(encoding::charset_t charset) {
   return true;
 }
 
+bool WynDocument::restore(documents::safety_copy copy) {
+  auto const self = weak_from_this().lock();  // an alert may let the last window go
+  file_text text;
+  std::optional<path::file_error> error;
+  try {
+    error = copy.read(text);
+    if (!error) storage_with(text.units);  // see readAgain
+  } catch (std::bad_alloc const&) {
+    documents::tell_out_of_memory(copy.file());
+    return false;
+  }
+  if (error) {
+    documents::tell_could_not_open(*error, copy.file());
+    return false;
+  }
+  replaceText(text.units);
+  auto const& format = copy.origin().format;
+  fileEncoding_ = format.charset;
+  lineEnding_ = format.line_ending;
+  byteOrderMark_ = format.byte_order_mark;
+  supplementaryPairs_ = format.pairs;
+  if (fileContent_ != file_content::not_loaded) fileContent_ = file_content::kept;
+  safetyCopies_.push_back(std::move(copy));
+  return true;
+}
+
 bool WynDocument::isToBeKept() {
   if (!isDocumentEdited_) return false;
   fileModifiedOnDiskAndWaitingForUser_ = true;
