@@ -24,12 +24,17 @@ class view::bookmark_filter : public filter {
   void did_insert(text::pos const& first, text::pos const& last) override;
   void will_erase(text::pos const& first, text::pos const& last) override;
 
+  void will_replace(text::replacement const& what) override;
+  void did_replace(text::replacement const& what) override;
+
   /// Line to column, in units.
   std::map<size_t, size_t> nodes;
 
  private:
   template <typename Move>
   void rebuild(Move move);
+
+  bool replacing_ = false;
 };
 
 }  // namespace text

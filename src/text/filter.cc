@@ -22,6 +22,14 @@ void filter::did_erase(text::iterator const& pos, int length) {
   if (toward_view) toward_view->did_erase(pos, length);
 }
 
+void filter::will_replace(text::replacement const& what) {
+  if (toward_view) toward_view->will_replace(what);
+}
+
+void filter::did_replace(text::replacement const& what) {
+  if (toward_view) toward_view->did_replace(what);
+}
+
 text::pos filter::in_storage(text::pos const& at) const {
   return at;
 }

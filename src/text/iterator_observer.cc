@@ -222,8 +222,26 @@ void iterator_observer::adjust_mirrors(text::iterator const& first, text::iterat
   }
 }
 
-void iterator_observer::will_erase(text::iterator const& first, text::iterator const& last) {
+void iterator_observer::will_replace(text::replacement const& what) {
+  replacing = true;
   if (performing_undo) return;
+  mirrors.clear();
+  if (notifications.empty()) return;
+  auto const edits = what.edits();
+  for (subset& range : notifications)
+    for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
+      if (edit->first != edit->last) text::adjust_for_erase(edit->first, edit->last, range);
+      if (edit->first != edit->new_last)
+        text::adjust_for_insert(edit->first, edit->new_last, range);
+    }
+}
+
+void iterator_observer::did_replace(text::replacement const&) {
+  replacing = false;
+}
+
+void iterator_observer::will_erase(text::iterator const& first, text::iterator const& last) {
+  if (performing_undo || replacing) return;
   auto const adjust = [](auto const& from, auto const& to, subset& range) {
     adjust_for_erase(from, to, range);
   };
@@ -242,7 +260,7 @@ void iterator_observer::will_erase(text::iterator const& first, text::iterator c
 }
 
 void iterator_observer::did_insert(text::iterator const& first, text::iterator const& last) {
-  if (performing_undo) return;
+  if (performing_undo || replacing) return;
   auto const adjust_mirror = [](auto const& from, auto const& to, subset& range) {
     adjust_mirror_for_insert(from, to, range);
   };

@@ -85,6 +85,9 @@ class iterator_observer : public storage_observer {
   void did_change_memento(unsigned long from, unsigned long to) override;
   void did_insert(text::iterator const& first, text::iterator const& last) override;
   void will_erase(text::iterator const& first, text::iterator const& last) override;
+  /// Mirrors end: what is replaced all over a text isn't typed in columns.
+  void will_replace(text::replacement const& what) override;
+  void did_replace(text::replacement const& what) override;
 
   text::storage* storage;
   mirror_list mirrors;
@@ -99,6 +102,7 @@ class iterator_observer : public storage_observer {
   uint32_t max_memento = 0;
   bool updating_mirror = false;
   bool performing_undo = false;
+  bool replacing = false;
   bool track_memento;
 
  private:

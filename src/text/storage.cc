@@ -37,6 +37,30 @@ void storage::erase(text::iterator const& first, text::iterator const& last) {
   did_change_memento(next_memento++);
 }
 
+void storage::replace(replacement what) {
+  auto const held = std::make_shared<replacement const>(std::move(what));
+  will_change_memento(next_memento);
+  add_undo_record({undo_type::replacement,
+                   current_memento,
+                   held->first.line,
+                   held->first.column,
+                   static_cast<uint32_t>(held->old_text.units.size()),
+                   {},
+                   held});
+  exchange(*held);
+  did_change_memento(next_memento++);
+}
+
+void storage::exchange(replacement const& what) {
+  text::iterator const first(what.first, this);
+  detail::replace(first, first + static_cast<std::ptrdiff_t>(what.old_text.units.size()), what);
+}
+
+text_slice storage::slice(text::iterator const& first, text::iterator const& last) {
+  if (auto borrowed = borrowed_text(first.pos(), last.pos())) return *std::move(borrowed);
+  return buffer_for_sequence(text::iterator(first.pos(), this), text::iterator(last.pos(), this));
+}
+
 void storage::clear() {
   erase(begin_of_line(0), end(-1));
 }
@@ -53,7 +77,7 @@ void storage::update_kill_buffer(text::iterator const& first, text::iterator con
 
 void storage::record(undo_type type, text::iterator const& at, text_block const& data) {
   add_undo_record(
-      {type, current_memento, at.line, at.column, static_cast<uint32_t>(data.size()), data});
+      {type, current_memento, at.line, at.column, static_cast<uint32_t>(data.size()), data, {}});
 }
 
 void storage::add_undo_record(undo_record const& record) {
@@ -84,7 +108,7 @@ void storage::did_change_memento(unsigned long to) {
 void storage::undo() {
   undo_record const record = undo_records[--undo_index];
   will_change_memento(record.memento);
-  apply(record, record.type == undo_type::insertion ? undo_type::erasure : undo_type::insertion);
+  apply(record, true);
   did_change_memento(record.memento);
 }
 
@@ -93,13 +117,15 @@ void storage::redo() {
   uint32_t const target =
       undo_index < undo_records.size() ? undo_records[undo_index].memento : next_memento - 1;
   will_change_memento(target);
-  apply(record, record.type);
+  apply(record, false);
   did_change_memento(target);
 }
 
-void storage::apply(undo_record const& record, undo_type type) {
+void storage::apply(undo_record const& record, bool undoing) {
+  if (record.type == undo_type::replacement)
+    return exchange(undoing ? record.replaced->inverse() : *record.replaced);
   text::iterator const at = begin_of_line(record.line) + record.column;
-  if (type == undo_type::insertion)
+  if ((record.type == undo_type::insertion) != undoing)
     detail::insert(at, record.data);
   else
     detail::erase(at, at + record.length);

@@ -1,15 +1,17 @@
 #pragma once
 
 #include <concepts>
+#include <memory>
 #include <vector>
 
+#include "text/replacement.h"
 #include "text/storage_detail.h"
 #include "text/undo_manager.h"
 #include "text/unit_run.h"
 
 namespace text {
 
-enum class undo_type : uint8_t { insertion = 0, erasure = 1 };
+enum class undo_type : uint8_t { insertion = 0, erasure = 1, replacement = 2 };
 
 /// The one mutable text buffer of a document: lines of units, a numbered history of all changes, a
 /// kill buffer and observers. It knows nothing of selections, wrapping, encodings or line-ending
@@ -38,6 +40,7 @@ struct storage : storage_detail {
     uint32_t column = 0;
     uint32_t length = 0;  ///< in units, a line end counting as one
     text_block data;      ///< the units that were inserted or erased
+    std::shared_ptr<text::replacement const> replaced = {};  ///< for that type, in place of `data`
   };
 
   /// What the last run of adjoining erasures took away, in the order of the erasures.
@@ -86,6 +89,11 @@ struct storage : storage_detail {
   void erase(text::iterator const& first, text::iterator const& last);
   /// Erases one unit.
   void erase(text::iterator const& it) { erase(it, it + 1); }
+  /// Replaces many ranges as one change; `what.old_text` must be what stands from `what.first` on.
+  /// Equals replacing them one by one from the last to the first, but that typing in columns ends.
+  void replace(replacement what);
+  /// The text from `first` up to `last` in one piece, without a copy where it stands in one.
+  text_slice slice(text::iterator const& first, text::iterator const& last);
   /// Erases the whole text, as one erasure that can be undone.
   void clear();
 
@@ -117,7 +125,8 @@ struct storage : storage_detail {
   text::iterator insert_copy(text::iterator const& pos, unit_view units);
   void update_kill_buffer(text::iterator const& first, text::iterator const& last);
   void record(undo_type type, text::iterator const& at, text_block const& data);
-  void apply(undo_record const& record, undo_type type);
+  void apply(undo_record const& record, bool undoing);
+  void exchange(replacement const& what);
 };
 
 /// A block holding a copy of a sequence, for an `undo_record`. A text iterator gives `\n` for each

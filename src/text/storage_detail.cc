@@ -4,6 +4,7 @@
 #include <functional>
 #include <iterator>
 
+#include "text/replacement.h"
 #include "text/unit_search.h"
 
 namespace text {
@@ -74,14 +75,14 @@ void storage_detail::remove_observer(storage_observer* observer) {
   if (found != observers.end()) observers.erase(found);
 }
 
-text::iterator storage_detail::insert(text::iterator const& pos, text_block const& block) {
+text::iterator storage_detail::insert(text::iterator const& pos, text_slice const& slice) {
   std::lock_guard lock(mutex);
-  unit_view const units = block.view();
+  unit_view const units = slice.units;
   tell(observers, [&](auto& told) { told.will_insert(pos, static_cast<int>(units.size())); });
 
   size_t const newlines = count_unit(units, u'\n');
   if (units.size() >= borrowed_length && (newlines > 0 || size(pos.line) == 0))
-    borrow_lines(pos.line, pos.column, block, newlines);
+    borrow_lines(pos.line, pos.column, slice, newlines);
   else if (newlines > 0)
     insert_lines(pos.line, pos.column, units, newlines);
   else
@@ -109,9 +110,9 @@ void storage_detail::insert_lines(size_t line, size_t column, unit_view units, s
               std::move_iterator(behind.end()));
 }
 
-void storage_detail::borrow_lines(size_t line, size_t column, text_block const& block,
+void storage_detail::borrow_lines(size_t line, size_t column, text_slice const& slice,
                                   size_t newlines) {
-  unit_view units = block.view();
+  unit_view units = slice.units;
   unit_view const first = next_piece(units);
   unit_view const behind = line_units(line).substr(column);
   size_t const last_newline = units.rfind(u'\n');
@@ -121,7 +122,7 @@ void storage_detail::borrow_lines(size_t line, size_t column, text_block const& 
   line_buffer tail = last.empty()     ? rest_of_line(data[line], column)
                      : behind.empty() ? line_buffer::borrow(last.data(), last.size())
                                       : joined(last, behind);
-  keep_block(block);
+  keep_block(slice.block);
   reserve_lines(data, newlines);
   if (column == 0)
     data[line] = line_buffer::borrow(first.data(), first.size());
@@ -169,6 +170,40 @@ void storage_detail::join_lines(text::iterator const& first, text::iterator cons
                                behind.size());
   }
   data.erase(data.begin() + at(first.line + size_t{1}), data.begin() + at(last.line + size_t{1}));
+}
+
+void storage_detail::replace(text::iterator const& first, text::iterator const& last,
+                             replacement const& what) {
+  std::lock_guard lock(mutex);
+  tell(observers, [&](auto& told) { told.will_replace(what); });
+  if (!what.old_text.units.empty()) erase(first, last);
+  if (!what.new_text.units.empty()) insert(first, what.new_text);
+  tell(observers, [&](auto& told) { told.did_replace(what); });
+}
+
+std::optional<text_slice> storage_detail::borrowed_text(text::pos first, text::pos last) const {
+  // Empty lines have no place of their own in a block.
+  size_t known = first.line;
+  while (known < last.line && size(known) == 0) ++known;
+  if (!data[known].is_borrowed()) return {};
+  auto const block = std::find_if(blocks_.begin(), blocks_.end(), [&](text_block const& kept) {
+    return is_part(line_units(known), kept.view());
+  });
+  if (block == blocks_.end()) return {};
+  auto const in_front = static_cast<std::ptrdiff_t>(known - first.line);
+  char_t const* const start = begin(known) + (in_front == 0 ? first.column : 0) - in_front;
+  if (start < block->begin()) return {};
+
+  char_t const* at = start;
+  size_t column = first.column;
+  for (size_t line = first.line;; ++line, column = 0) {
+    size_t const length = (line == last.line ? last.column : size(line)) - column;
+    if (length != 0 && begin(line) + column != at) return {};
+    at += length;
+    if (line == last.line) break;
+    if (at >= block->end() || *at++ != u'\n') return {};
+  }
+  return text_slice(*block, {start, static_cast<size_t>(at - start)});
 }
 
 storage_detail::line_buffer& storage_detail::line_to_edit(size_t line) {

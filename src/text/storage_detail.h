@@ -2,6 +2,7 @@
 
 #include <list>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "text/shared_buffer.h"
@@ -43,11 +44,17 @@ class storage_detail {
   observer_id add_observer(storage_observer* observer);
   void remove_observer(storage_observer* observer);
 
-  /// Puts the units of `block` at `pos` and tells the observers, under the lock. Returns the
+  /// Puts the units of `slice` at `pos` and tells the observers, under the lock. Returns the
   /// position behind the new text.
-  text::iterator insert(text::iterator const& pos, text_block const& block);
+  text::iterator insert(text::iterator const& pos, text_slice const& slice);
   /// Takes the text from `first` up to `last` away and tells the observers, under the lock.
   void erase(text::iterator const& first, text::iterator const& last);
+  /// Exchanges a stretch of text and tells the observers, under the lock.
+  void replace(text::iterator const& first, text::iterator const& last, replacement const& what);
+
+  /// The text from `first` up to `last`, if its lines are slices of one block in which they follow
+  /// each other.
+  std::optional<text_slice> borrowed_text(text::pos first, text::pos last) const;
 
   std::vector<line_buffer> data;
   observer_list observers;
@@ -57,7 +64,7 @@ class storage_detail {
 
  private:
   void insert_lines(size_t line, size_t column, unit_view units, size_t newlines);
-  void borrow_lines(size_t line, size_t column, text_block const& block, size_t newlines);
+  void borrow_lines(size_t line, size_t column, text_slice const& slice, size_t newlines);
   void join_lines(text::iterator const& first, text::iterator const& last);
   /// A line whose units are about to change. A borrowed line that is all but the whole of a large
   /// block, which nobody else holds, takes the block's memory over: copying 100 MB takes too long

@@ -4,6 +4,8 @@
 
 namespace text {
 
+struct replacement;
+
 /// A listener to the changes of a storage, known as `storage::observer`. On each change the calls
 /// come in the order of `will_change_memento`, `will_insert` or `will_erase`, `did_insert` or
 /// `did_erase`, `did_change_memento`; each group goes to all observers, in the order in which they
@@ -20,6 +22,12 @@ class storage_observer {
   virtual void did_insert(text::iterator const& /*first*/, text::iterator const& /*last*/) {}
   virtual void will_erase(text::iterator const& /*first*/, text::iterator const& /*last*/) {}
   virtual void did_erase(text::iterator const& /*pos*/, int /*length*/) {}
+
+  /// Many ranges of a stretch are about to be replaced. To spare a million calls the whole stretch
+  /// is then erased and inserted in its new form, with the calls for that, and `did_replace` comes
+  /// last. Who keeps positions takes them from the ranges and overlooks the calls in between.
+  virtual void will_replace(text::replacement const& /*what*/) {}
+  virtual void did_replace(text::replacement const& /*what*/) {}
 };
 
 }  // namespace text

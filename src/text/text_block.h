@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <utility>
 
 #include "text/char_types.h"
 
@@ -67,6 +68,16 @@ class text_block {
   }
 
   header* header_ = nullptr;
+};
+
+/// A part of a block, which it keeps alive.
+struct text_slice {
+  text_slice() = default;
+  text_slice(text_block whole) : block(std::move(whole)), units(block.view()) {}
+  text_slice(text_block from, unit_view part) : block(std::move(from)), units(part) {}
+
+  text_block block;
+  unit_view units;
 };
 
 /// Memory for units that becomes a block without a copy: for decoders, which know only an upper
