@@ -1,6 +1,35 @@
 #include "regex/onig_library.h"
 
+#include <memory>
+
 namespace regex::onig_library {
+namespace {
+
+constexpr std::u16string_view callout = u"observed";
+
+int call_observer(OnigCalloutArgs* args, void* observer) {
+  OnigUChar const* const start = onig_get_start_by_callout_args(args);
+  bool const go_on = static_cast<attempt_observer*>(observer)->before_attempt(start);
+  return go_on ? ONIG_CALLOUT_SUCCESS : ONIG_ABORT;
+}
+
+void register_callout() {
+  auto const name = [](std::size_t i) { return const_cast<OnigUChar*>(bytes(callout.data() + i)); };
+  onig_set_callout_of_name(ONIG_ENCODING_UTF16_LE, ONIG_CALLOUT_TYPE_SINGLE, name(0),
+                           name(callout.size()), ONIG_CALLOUT_IN_PROGRESS, call_observer, nullptr,
+                           0, nullptr, 0, nullptr);
+}
+
+/// The parameters of searches on this thread; what a search sets, the next one sets again.
+OnigMatchParam* match_param() {
+  struct free {
+    void operator()(OnigMatchParam* p) const { onig_free_match_param(p); }
+  };
+  thread_local std::unique_ptr<OnigMatchParam, free> const param(onig_new_match_param());
+  return param.get();
+}
+
+}  // namespace
 
 void initialize() {
   [[maybe_unused]] static bool const done = [] {
@@ -10,6 +39,7 @@ void initialize() {
     onig_set_match_stack_limit_size(stack_entries);
     onig_set_subexp_call_limit_in_search(calls_per_search);
     onig_set_subexp_call_max_nest_level(nested_calls);
+    register_callout();
     return true;
   }();
 }
@@ -23,6 +53,26 @@ std::string message(int error, OnigErrorInfo const& info) {
   // The place in the pattern is used for those errors that have one.
   int const length = onig_error_code_to_str(buffer, error, &info);
   return std::string(reinterpret_cast<char const*>(buffer), static_cast<std::size_t>(length));
+}
+
+regex_t* new_observed(std::u16string_view pattern, unsigned options) {
+  OnigSyntaxType syntax = *ONIG_SYNTAX_RUBY;
+  syntax.op2 |= ONIG_SYN_OP2_ASTERISK_CALLOUT_NAME;
+  std::u16string const source = u"(*" + std::u16string(callout) + u")" + std::u16string(pattern);
+  regex_t* regex = nullptr;
+  OnigErrorInfo info{};
+  int const error = onig_new(&regex, bytes(source.data()), bytes(source.data() + source.size()),
+                             options, ONIG_ENCODING_UTF16_LE, &syntax, &info);
+  return error == ONIG_NORMAL ? regex : nullptr;
+}
+
+int search_observed(regex_t* regex, OnigUChar const* text, OnigUChar const* end,
+                    OnigUChar const* start, OnigUChar const* range, OnigRegion* region,
+                    attempt_observer& observer, unsigned long retries) {
+  OnigMatchParam* const param = match_param();
+  onig_set_callout_user_data_of_match_param(param, &observer);
+  onig_set_retry_limit_in_match_of_match_param(param, retries ? retries : retries_per_match);
+  return onig_search_with_param(regex, text, end, start, range, region, ONIG_OPTION_NONE, param);
 }
 
 }  // namespace regex::onig_library

@@ -26,6 +26,25 @@ bool gave_up(int result);
 /// Oniguruma's words for a failed compilation.
 std::string message(int error, OnigErrorInfo const& info);
 
+/// Told of the attempts of a search by a pattern that was compiled with `new_observed`.
+class attempt_observer {
+ public:
+  /// False ends the search. A pattern that calls itself tells of one attempt several times.
+  virtual bool before_attempt(OnigUChar const* start) = 0;
+
+ protected:
+  ~attempt_observer() = default;
+};
+
+/// Compiles a pattern, which must be one that compiles by itself, so that its attempts are told of.
+/// Null if that cannot be.
+regex_t* new_observed(std::u16string_view pattern, unsigned options);
+
+/// As onig_search; `retries` as in sliced_search.
+int search_observed(regex_t* regex, OnigUChar const* text, OnigUChar const* end,
+                    OnigUChar const* start, OnigUChar const* range, OnigRegion* region,
+                    attempt_observer& observer, unsigned long retries);
+
 inline OnigUChar const* bytes(char16_t const* units) {
   return reinterpret_cast<OnigUChar const*>(units);
 }

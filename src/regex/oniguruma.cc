@@ -12,7 +12,8 @@ using namespace regex::onig_library;
 
 ptrn_t::ptrn_t(char16_t const* first, char16_t const* last, unsigned options)
     : source_(std::make_unique<char16_t[]>(static_cast<std::size_t>(last - first))),
-      length_(static_cast<std::size_t>(last - first)) {
+      length_(static_cast<std::size_t>(last - first)),
+      options_(options) {
   initialize();
   std::copy(first, last, source_.get());
   regex::valid_text const valid(source());
@@ -25,18 +26,34 @@ ptrn_t::ptrn_t(char16_t const* first, char16_t const* last, unsigned options)
 
 ptrn_t::~ptrn_t() {
   onig_free(regex_);
+  onig_free(ticking_regex_);
 }
 
 ptrn_t::ptrn_t(ptrn_t&& other) noexcept
     : regex_(std::exchange(other.regex_, nullptr)),
       source_(std::move(other.source_)),
-      length_(std::exchange(other.length_, 0)) {}
+      length_(std::exchange(other.length_, 0)),
+      options_(other.options_),
+      ticking_regex_(other.ticking_regex_.exchange(nullptr)) {}
 
 ptrn_t& ptrn_t::operator=(ptrn_t&& other) noexcept {
   std::swap(regex_, other.regex_);
   std::swap(source_, other.source_);
   std::swap(length_, other.length_);
+  std::swap(options_, other.options_);
+  ticking_regex_ = other.ticking_regex_.exchange(ticking_regex_);
   return *this;
+}
+
+regex_t* ptrn_t::ticking_regex() const {
+  regex_t* existing = ticking_regex_;
+  // With the anchor the place where a slice begins would count.
+  if (existing || !regex_ || source().find(u"\\G") != source().npos) return existing;
+  regex::valid_text const valid(source());
+  regex_t* const made = new_observed(valid.units(), options_);
+  if (ticking_regex_.compare_exchange_strong(existing, made)) return made;
+  onig_free(made);
+  return existing;
 }
 
 bool ptrn_t::operator==(ptrn_t const& other) const {

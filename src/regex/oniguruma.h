@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -37,12 +38,17 @@ class ptrn_t {
 
   /// Null after being moved from.
   re_pattern_buffer* regex() const { return regex_; }
+  /// The pattern compiled for `sliced_search`, which is done when it is first asked for. Null for
+  /// a pattern that may hold the anchor \G.
+  re_pattern_buffer* ticking_regex() const;
   std::u16string_view source() const { return {source_.get(), length_}; }
 
  private:
   re_pattern_buffer* regex_ = nullptr;
   std::unique_ptr<char16_t[]> source_;
   std::size_t length_ = 0;
+  unsigned options_ = 0;
+  mutable std::atomic<re_pattern_buffer*> ticking_regex_ = nullptr;
 };
 
 /// The groups of one match: a counted handle that stays on one thread. False when nothing matched.

@@ -1,0 +1,140 @@
+#include "regex/sliced_search.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "platform/utf.h"
+
+namespace {
+
+using namespace oniguruma;
+using std::u16string;
+using clock = std::chrono::steady_clock;
+
+ptrn_t compiled(u16string const& source) {
+  return ptrn_t(source.data(), source.data() + source.size(), 0);
+}
+
+struct outcome {
+  search_state state;
+  int begin, end;
+  bool operator==(outcome const&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, outcome const& o) {
+  return out << static_cast<int>(o.state) << ":" << o.begin << "-" << o.end;
+}
+
+outcome run(regex::valid_text const& text, ptrn_t const& ptrn, std::size_t first, std::size_t last,
+            direction where) {
+  sliced_search search(text, ptrn, first, last, where);
+  search_state state;
+  while ((state = search.step()) == search_state::more) continue;
+  if (state != search_state::found) return {state, -1, -1};
+  auto const& m = search.match();
+  return {state, static_cast<int>(m.begin(0)), static_cast<int>(m.end(0))};
+}
+
+/// Tries each place to begin at by itself; `anchored` is the pattern behind "\\G".
+outcome simple(regex::valid_text const& text, ptrn_t const& anchored, std::size_t first,
+               std::size_t last, direction where) {
+  auto const size = static_cast<std::ptrdiff_t>(text.size());
+  for (std::size_t n = 0; n <= last - first; ++n) {
+    std::size_t const at = where == direction::forward ? first + n : last - n;
+    if (text.splits_pair(at)) continue;
+    match_t const m = find(text, static_cast<std::ptrdiff_t>(at), size, &anchored);
+    if (m) return {search_state::found, static_cast<int>(m.begin(0)), static_cast<int>(m.end(0))};
+  }
+  return {search_state::not_found, -1, -1};
+}
+
+TEST(sliced_search, finds_what_trying_each_place_finds) {
+  char16_t const* const patterns[] = {u"",
+                                      u"a",
+                                      u"ab|b",
+                                      u"a+",
+                                      u"a+?b",
+                                      u"^",
+                                      u"$",
+                                      u"^.*$",
+                                      u".*b",
+                                      u"(?<=a)b",
+                                      u"(?<!a)b?",
+                                      u"a(?=b)",
+                                      u"a(?!b)",
+                                      u"\\bb",
+                                      u"b\\z",
+                                      u"\\Aa",
+                                      u".\\z",
+                                      u"(?m:a.*b)",
+                                      u"(a|b)\\1",
+                                      u"[^a]+b",
+                                      u"(?<n>a\\g<n>?b)",
+                                      u"a\\g<0>?b",
+                                      u"(?i:AB)",
+                                      u"(?i)A|B",
+                                      u"a*+b",
+                                      u"(?>a|ab)b",
+                                      u"\U0001f600",
+                                      u".\U0001f600?\n",
+                                      u"\ufffd",
+                                      u"a{2}|\U0001f600{2}",
+                                      u"(?x) a # comment\n b"};
+  char16_t const* const pieces[] = {u"a", u"a", u"b", u"\n", u"\U0001f600", u"\xd83d", u"\xde00"};
+  std::mt19937 random(1);
+  for (char16_t const* pattern : patterns) {
+    ptrn_t const ptrn = compiled(pattern);
+    bool const calls_itself = pattern == u16string(u"a\\g<0>?b");
+    ptrn_t const anchored =
+        compiled(u"\\G(?:" + u16string(calls_itself ? u"(?<n>a\\g<n>?b)" : pattern) + u")");
+    ASSERT_TRUE(ptrn.ticking_regex());
+    for (int round = 0; round < 300; ++round) {
+      u16string units;
+      for (unsigned n = random() % (round < 250 ? 12 : 200); n > 0; --n) {
+        units += pieces[random() % std::size(pieces)];
+      }
+      regex::valid_text const text(units);
+      std::size_t const first = random() % (units.size() + 1);
+      std::size_t const last = first + random() % (units.size() - first + 1);
+      for (direction where : {direction::forward, direction::backward}) {
+        ASSERT_EQ(run(text, ptrn, first, last, where), simple(text, anchored, first, last, where))
+            << unicode::to_utf8(pattern) << " in " << testing::PrintToString(units) << " from "
+            << first << " to " << last << (where == direction::forward ? "" : " backward");
+      }
+      sliced_find_all all(text, ptrn, 0, units.size());
+      while (all.step() == search_state::more) continue;
+      std::vector<captures_t> expected;
+      find_all(units.data(), units.data() + units.size(), ptrn, expected);
+      ASSERT_EQ(all.result(), expected) << unicode::to_utf8(pattern);
+    }
+  }
+}
+
+TEST(sliced_search, place_where_the_search_begins) {
+  regex::valid_text const text(u"aab");
+  ptrn_t const ptrn = compiled(u"\\Ga+b?");
+  EXPECT_EQ(run(text, ptrn, 1, 3, direction::forward), (outcome{search_state::found, 1, 3}));
+  EXPECT_EQ(run(text, ptrn, 2, 3, direction::forward), (outcome{search_state::not_found, -1, -1}));
+  EXPECT_EQ(run(text, ptrn, 0, 1, direction::backward), (outcome{search_state::found, 1, 3}));
+}
+
+TEST(sliced_search, comes_back_in_time_where_each_attempt_is_long) {
+  u16string const units(80'000, u'a');
+  regex::valid_text const text(units);
+  for (char16_t const* pattern : {u"a+(?=\\d)", u"(?>a+)[b-c]"}) {
+    ptrn_t const ptrn = compiled(pattern);
+    for (direction where : {direction::forward, direction::backward}) {
+      sliced_search search(text, ptrn, 0, units.size(), where);
+      for (int i = 0; i < 5; ++i) {
+        auto const start = clock::now();
+        ASSERT_EQ(search.step(), search_state::more);
+        EXPECT_LT(clock::now() - start, std::chrono::milliseconds(500));
+      }
+    }
+  }
+  EXPECT_EQ(run(text, compiled(u"(a+a+)+b|c"), 0, 80'000, direction::forward).state,
+            search_state::gave_up);
+}
+
+}  // namespace
