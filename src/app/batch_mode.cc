@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/WynDocumentController.h"
 #include "app/batch_macro.h"
+#include "app/batch_scopes.h"
 #include "app/batch_state.h"
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
@@ -116,6 +117,8 @@ class batch_run {
     if (what == "text") print_text(*view.view()->storage);
     if (what == "selection") print(unicode::to_utf8(view.selected_text()));
     if (what == "state") print(batch_state(view, desktop_.beeps, desktop_.alerts().shown) + "\n");
+    if (what == "scopes")
+      print(batch_scopes(*view.view()->storage, controller.textDocument()->filename()));
   }
 
   void render(WynDocumentController& controller) {

@@ -83,7 +83,7 @@ std::map<std::string, taker> const& takers() {
       {"--print",
        [](batch_options& o, std::string const& what) {
          o.prints.push_back(what);
-         return what == "text" || what == "selection" || what == "state";
+         return what == "text" || what == "selection" || what == "state" || what == "scopes";
        }},
       {"--render",
        [](batch_options& o, std::string const& path) {

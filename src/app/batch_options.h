@@ -14,7 +14,7 @@ struct batch_options {
   std::vector<std::pair<std::string, std::string>> answers;    // --answer: title and button
   bool save = false;
   std::string save_as;
-  std::vector<std::string> prints;  // "text", "selection", "state"
+  std::vector<std::string> prints;  // "text", "selection", "state", "scopes"
   std::string render;               // path of a PNG
   int columns = 80, rows = 24;
   bool strict = false;

@@ -1,0 +1,121 @@
+#include "grammar/rule.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/utf.h"
+
+namespace grammar {
+
+void lazy_pattern::set(std::string source, std::string owner, std::string key) {
+  source_ = std::move(source);
+  owner_ = owner.empty() ? "Anonymous rule" : "Rule name \"" + owner + "\"";
+  key_ = std::move(key);
+  is_set_ = true;
+}
+
+pattern const* lazy_pattern::get() const {
+  if (!is_set_) return nullptr;
+  std::call_once(compiled_, [this] {
+    std::string reason;
+    pattern_ = pattern::compile(unicode::to_utf16(source_), reason);
+    if (!pattern_)
+      std::fprintf(stderr, "Quirnote regular expression error\n%s\nError: %s for pattern %s\n%s\n",
+                   owner_.c_str(), reason.c_str(), source_.c_str(), key_.c_str());
+  });
+  return pattern_.get();
+}
+
+void lazy_pattern::tell_given_up() const {
+  std::call_once(told_, [this] {
+    std::fprintf(stderr, "Quirnote: gave up a match that takes too long\n%s\n%s\n", owner_.c_str(),
+                 key_.c_str());
+  });
+}
+
+lazy_pattern const* rule::opening() const {
+  if (begin.get()) return &begin;
+  return match.get() ? &match : nullptr;
+}
+
+unsigned modulo_for_rule(rule const& rule) {
+  std::size_t const count = rule.patterns.size() + rule.begin_captures.size() +
+                            rule.end_captures.size() + (rule.has_content_name() ? 1 : 0);
+  if (count == 0) {
+    std::fprintf(stderr, "can't descend into rule: %s\n", rule.scope().c_str());
+    std::exit(-1);
+  }
+  return static_cast<unsigned>(count);
+}
+
+bool is_content_name(rule const& rule, unsigned index) {
+  return rule.has_content_name() && index + 1 == modulo_for_rule(rule);
+}
+
+capture const& capture_at_index(rule const& rule, unsigned index) {
+  std::size_t at = index - rule.patterns.size();
+  if (at < rule.begin_captures.size()) return rule.begin_captures[at];
+  at -= rule.begin_captures.size();
+  if (at < rule.end_captures.size()) return rule.end_captures[at];
+  std::fprintf(stderr, "patterns %zu, index %u, captures %zu, idx %zu, rule %s\n",
+               rule.patterns.size(), index, rule.end_captures.size(), at, rule.scope().c_str());
+  std::exit(-1);
+}
+
+rule const* rule_at_index(rule const& rule, unsigned index, catalogue const& all_rules,
+                          struct rule const* root, struct rule const* base,
+                          struct rule const*& new_base) {
+  struct rule const* const entry = rule.patterns[index].get();
+  if (entry == nullptr || entry->include.empty()) return entry;
+  std::string const& include = entry->include;
+  if (include[0] == '$') {
+    if (include != "$self" && include != "$base") return entry;
+    return new_base = include == "$self" ? base : root;
+  }
+  if (include[0] == '#') {
+    auto const found = base->repository.find(std::string_view(include).substr(1));
+    if (found == base->repository.end() || !found->second) {
+      all_rules.tell_missing(base->scope() + ": " + include);
+      return nullptr;
+    }
+    struct rule const* const named = found->second.get();
+    if (!named->match.is_set() && !named->begin.is_set() && named->has_patterns) new_base = base;
+    return named;
+  }
+  struct rule const* const grammar = all_rules.rule_named(include);
+  if (grammar) new_base = grammar;
+  return grammar;
+}
+
+catalogue::catalogue(std::vector<entry> entries)
+    : entries_(std::move(entries)), roots_(entries_.size()) {}
+
+rule const& catalogue::root(unsigned index) const {
+  std::lock_guard lock(mutex_);
+  auto& root = roots_[index];
+  if (!root) root = read_grammar(entries_[index].content(), entries_[index].item);
+  return *root;
+}
+
+unsigned catalogue::index_named(std::string_view name) const {
+  for (std::size_t i = 0; i < entries_.size(); ++i)
+    if (entries_[i].scope_name == name || entries_[i].name == name) return static_cast<unsigned>(i);
+  return none;
+}
+
+rule const* catalogue::rule_named(std::string_view name) const {
+  unsigned const index = index_named(name);
+  if (index != none) return &root(index);
+  std::lock_guard lock(mutex_);
+  if (told_.emplace("named " + std::string(name), true).second)
+    std::fprintf(stderr, "didn't find rule named %s\n", std::string(name).c_str());
+  return nullptr;
+}
+
+void catalogue::tell_missing(std::string const& reference) const {
+  std::lock_guard lock(mutex_);
+  if (told_.emplace(reference, true).second)
+    std::fprintf(stderr, "didn't find rule %s\n", reference.c_str());
+}
+
+}  // namespace grammar
