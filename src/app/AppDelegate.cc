@@ -281,5 +281,6 @@ std::vector<platform::menu_item> AppDelegate::statusMenu(std::string_view part) 
 std::vector<platform::menu_item> AppDelegate::dynamicItems(std::string_view name) const {
   std::vector<platform::menu_item> items;
   if (name == "recentFiles") add_recent_items(recent_, items);
+  if (name == "wrapColumns") items = WynTextView::wrapColumnItems();
   return items;
 }

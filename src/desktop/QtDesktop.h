@@ -3,6 +3,7 @@
 #include "desktop/MenuBar.h"
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtFilePanels.h"
+#include "desktop/QtFontPanel.h"
 #include "desktop/QtPasteboard.h"
 #include "desktop/QtPromptPanel.h"
 #include "desktop/QtRunLoop.h"
@@ -41,6 +42,7 @@ class QtDesktop final : public platform::desktop {
   platform::alert_panel& alerts() override { return alerts_; }
   platform::file_panels& panels() override { return panels_; }
   platform::prompt_panel& prompts() override { return prompts_; }
+  platform::font_panel& fonts() override { return fonts_; }
   void beep() override { QApplication::beep(); }
   std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
                                                 platform::view_client& client,
@@ -75,6 +77,7 @@ class QtDesktop final : public platform::desktop {
   QtAlertPanel alerts_;
   QtFilePanels panels_;
   QtPromptPanel prompts_;
+  QtFontPanel fonts_;
   platform::application_delegate* delegate_ = nullptr;
   bool terminated_ = false;
   std::vector<EditorWindow*> windows_;  // the one active last comes first

@@ -56,6 +56,14 @@ std::optional<std::string> scripted_prompts::run(std::string const&, std::string
   return answer;
 }
 
+std::optional<platform::font> scripted_fonts::run(platform::font const& initial) {
+  last_initial = initial;
+  if (answers.empty()) return std::nullopt;
+  platform::font const answer = answers.front();
+  answers.pop_front();
+  return answer;
+}
+
 headless_window::headless_window(headless_desktop& desktop, platform::window_delegate& delegate,
                                  platform::view_client& client, platform::responder& first)
     : host(client), desktop_(desktop), delegate_(delegate), first_(first) {}

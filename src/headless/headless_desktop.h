@@ -66,6 +66,15 @@ class scripted_prompts : public platform::prompt_panel {
   std::string last_initial;  // what the last question proposed
 };
 
+/// Gives the answers put in before, in order; without one it is cancelled.
+class scripted_fonts : public platform::font_panel {
+ public:
+  std::optional<platform::font> run(platform::font const& initial) override;
+
+  std::deque<platform::font> answers;
+  platform::font last_initial;
+};
+
 class headless_desktop;
 
 class headless_window : public platform::window {
@@ -110,6 +119,7 @@ class headless_desktop : public platform::desktop {
   scripted_alerts& alerts() override { return alerts_; }
   scripted_panels& panels() override { return panels_; }
   scripted_prompts& prompts() override { return prompts_; }
+  scripted_fonts& fonts() override { return fonts_; }
   void beep() override { ++beeps; }
   std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
                                                 platform::view_client& client,
@@ -128,6 +138,7 @@ class headless_desktop : public platform::desktop {
   scripted_alerts alerts_;
   scripted_panels panels_;
   scripted_prompts prompts_;
+  scripted_fonts fonts_;
   std::vector<headless_window*> front_to_back_;
   platform::desktop* former_;
 };

@@ -3,6 +3,7 @@
 #include "platform/alert.h"
 #include "platform/application.h"
 #include "platform/file_panel.h"
+#include "platform/font_panel.h"
 #include "platform/pasteboard.h"
 #include "platform/prompt_panel.h"
 #include "platform/run_loop.h"
@@ -33,6 +34,7 @@ class desktop {
   virtual alert_panel& alerts() = 0;
   virtual file_panels& panels() = 0;
   virtual prompt_panel& prompts() = 0;
+  virtual font_panel& fonts() = 0;
   virtual void beep() = 0;
 
   /// A window that shows `client` and sends its actions to `first`, not yet on screen.

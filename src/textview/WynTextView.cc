@@ -17,35 +17,18 @@ WynTextView::WynTextView() {
   register_view_actions(actions_, titles_);
   addEditingMethods();
   addExtensionMethods();
+  addScopedSettingMethods();
   addScrollingMethods();
   addBookmarkMethods();
   defaultsToken_ = platform::notification_center::standard().observe(
       platform::user_defaults::did_change, [this](auto const&) { userDefaultsDidChange(); });
-  softWrap_ = platform::user_defaults::standard().boolean("WynTextViewSoftWrap");
+  initializeSettings();
   userDefaultsDidChange();
 }
 
 WynTextView::~WynTextView() {
   if (hasSeenKey_) WynKeyBindingManager::sharedInstance().forgetTextView(*this);
   setDocument(nullptr);
-}
-
-void WynTextView::registerDefaults() {
-  platform::user_defaults::standard().register_defaults({
-      {"WynTextViewNormalFontName", "monospace"},
-      {"WynTextViewNormalFontSize", 12.0},
-      {"WynTextViewTabSize", 4},
-      {"WynTextViewSoftTabs", false},
-      {"WynTextViewFreehandedModeEnabled", false},
-      {"WynTextViewOverwriteModeEnabled", false},
-      {"WynTextViewLineNumbersEnabled", false},
-      {"WynTextViewSoftWrap", false},
-      {"WynTextViewShowSoftWrapInGutterEnabled", true},
-      {"WynTextViewShowBookmarksInGutterEnabled", true},
-      {"WynTextViewAntiAliasEnabled", true},
-      {"WynTextViewHighlightCurrentLine", false},
-      {"WynTextViewShowInvisiblesEnabled", false},
-  });
 }
 
 void WynTextView::setDocument(std::shared_ptr<WynDocument> document) {
@@ -68,6 +51,7 @@ void WynTextView::attachView() {
   document_->openDocument();
   document_->checkForFilesystemChanges();
   view_ = document_->obtainView();
+  initializeSettings();
   applyOptionsToView();
   setupTextFrame();
   publishAll();
@@ -88,8 +72,8 @@ void WynTextView::publishAll() {
   if (view_ == nullptr || !observer_) return;
   updateValueForKey(line_before_filters(view_->selection.current_mark), "lineNumber");
   updateValueForKey(column_before_wrap(view_->selection.current_mark), "columnNumber");
-  updateValueForKey(tabSize_, "tabSize");
-  updateValueForKey(softTabs_, "softTabs");
+  updateValueForKey(tabSize(), "tabSize");
+  updateValueForKey(softTabs(), "softTabs");
   updateValueForKey(overwriteMode_, "overwriteMode");
 }
 

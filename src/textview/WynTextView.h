@@ -69,36 +69,64 @@ class WynTextView : public platform::responder,
   void insertTab();
 
   // Options (WynTextView_Extension.cc). Setters do nothing when the value stands.
-  unsigned tabSize() const { return tabSize_; }  // columns, at least 1
-  void setTabSize(unsigned columns);
-  bool softTabs() const { return softTabs_; }
-  void setSoftTabs(bool on);
-  bool treatsSpacesAsTabs() const { return softTabs_; }
   bool lineNumbers() const { return lineNumbers_; }
-  void setLineNumbers(bool on);
-  /// Whether lines are cut into rows that fit into what is visible; then nothing scrolls sideways.
-  /// Other views that are open keep their own.
-  bool softWrap() const { return softWrap_; }
-  void setSoftWrap(bool on);
+  void setLineNumbers(bool on) { setSwitch(&WynTextView::lineNumbers_, on); }
   bool showSoftWrapInGutter() const { return showSoftWrapInGutter_; }
-  void setShowSoftWrapInGutter(bool on);
+  void setShowSoftWrapInGutter(bool on) { setSwitch(&WynTextView::showSoftWrapInGutter_, on); }
   bool showBookmarksInGutter() const { return showBookmarksInGutter_; }
-  void setShowBookmarksInGutter(bool on);
+  void setShowBookmarksInGutter(bool on) { setSwitch(&WynTextView::showBookmarksInGutter_, on); }
+  /// A line at the right margin, if there is one.
+  bool showWrapMarginIndicator() const { return showWrapMarginIndicator_; }
+  void setShowWrapMarginIndicator(bool on) {
+    setSwitch(&WynTextView::showWrapMarginIndicator_, on);
+  }
+  /// With the line, a shade over what lies beyond.
+  bool highlightWrapMargin() const { return highlightWrapMargin_; }
+  void setHighlightWrapMargin(bool on) { setSwitch(&WynTextView::highlightWrapMargin_, on); }
+  /// Whether typing at the end of a line that gets wider than wrapColumns() breaks it.
+  bool hardWrap() const { return hardWrap_; }
+  void setHardWrap(bool on) { setSwitch(&WynTextView::hardWrap_, on); }
   bool overwriteMode() const { return overwriteMode_; }
   void setOverwriteMode(bool on);
   bool freehandedEdit() const { return freehandedMode_; }
-  void setFreehandedEdit(bool on);
+  void setFreehandedEdit(bool on) { setSwitch(&WynTextView::freehandedMode_, on); }
   bool antiAliasEnabled() const { return antiAliasEnabled_; }
-  void setAntiAliasEnabled(bool on);
+  void setAntiAliasEnabled(bool on) { setSwitch(&WynTextView::antiAliasEnabled_, on); }
   bool showInvisibles() const { return showInvisibles_; }
-  void setShowInvisibles(bool on);
+  void setShowInvisibles(bool on) { setSwitch(&WynTextView::showInvisibles_, on); }
   bool highlightCurrentLine() const { return highlightCurrentLine_; }
-  void setHighlightCurrentLine(bool on);
+  void setHighlightCurrentLine(bool on) { setSwitch(&WynTextView::highlightCurrentLine_, on); }
   /// In points.
   double fontSize() const { return fontSize_; }
   void setFontSize(double points);
   bool canMakeFontBigger() const;
   bool canMakeFontSmaller() const;
+  /// Lets the user choose family and size.
+  void chooseFont();
+
+  // Options of one document (WynTextView_ScopedSettings.cc). A setter changes what views opened
+  // later begin with; those that are open keep their own.
+  unsigned tabSize() const { return documentOptions_.tabSize; }  // columns, at least 1
+  void setTabSize(unsigned columns);
+  bool softTabs() const { return documentOptions_.softTabs; }
+  void setSoftTabs(bool on);
+  bool treatsSpacesAsTabs() const { return documentOptions_.softTabs; }
+  /// Whether lines are cut into rows of wrapColumns().
+  bool softWrap() const { return documentOptions_.softWrap; }
+  void setSoftWrap(bool on);
+  /// The column at which lines are wrapped and the margin is drawn; below 1 there is none, and they
+  /// are wrapped at the edge of what is visible.
+  int rightMargin() const { return documentOptions_.rightMargin; }
+  void setRightMargin(int column);
+  /// The width of a wrapped row: the right margin, or as many columns as are visible. There must be
+  /// a document.
+  unsigned wrapColumns() const;
+  /// The menu items for the columns that the user has collected.
+  static std::vector<platform::menu_item> wrapColumnItems();
+
+  plist::value scopedValueForKeyInDomain(std::string_view key, std::string_view domain) const;
+  void setScopedValueForKeyInDomain(plist::value value, std::string_view key,
+                                    std::string_view domain);
 
   /// Lines and columns from 1; a column counts units. False when there is no such line or no
   /// document; a column behind the line's end stands for that end.
@@ -151,15 +179,44 @@ class WynTextView : public platform::responder,
 
   enum class granularity { unit, word, line };
 
+  struct plain_switch {
+    char const* name;
+    char const* key;  // of its user default
+    bool WynTextView::*value;
+    void (WynTextView::*apply)();  // after a change; null for nothing
+  };
+  static plain_switch const plainSwitches[];
+
+  struct document_options {
+    unsigned tabSize = 4;
+    bool softTabs = false, softWrap = false;
+    int rightMargin = -1;
+  };
+
   void addEditingMethods();
   void addExtensionMethods();
   void addScrollingMethods();
   void addBookmarkMethods();
   /// Enters an action that runs inside a view_will_change scope.
   void addAction(std::string selector, std::function<void()> action);
-  void addToggle(std::string const& name, bool (WynTextView::*get)() const,
-                 void (WynTextView::*set)(bool));
+  void addToggle(std::string const& name, std::function<bool()> get, std::function<void(bool)> set);
+  void setSwitch(plain_switch const& changed, bool on);
+  void setSwitch(bool WynTextView::*value, bool on);
+  void frameDidChange();
+  void fontDidChange();
+  void applyFreehandedMode();
 
+  // Options of one document (WynTextView_ScopedSettings.cc)
+  void addScopedSettingMethods();
+  std::string_view rootScope() const;
+  document_options storedOptions() const;
+  void initializeSettings();
+  void documentDefaultsDidChange();
+  void wrappingDidChange();
+  bool isOwnWrapColumn() const;
+  plist::value askForRightMargin();
+
+  void breakTypedLine();
   plist::value undoOrRedo(bool undo);
   void userDefaultsDidChange();
   void applyOptionsToView();
@@ -172,6 +229,7 @@ class WynTextView : public platform::responder,
   void recalcFrameSize();
   void updateGutterWidth();
   unsigned fittingColumns() const;
+  double frameWidth() const;
   bool updateScreenWidth();
   void applySoftWrap();
   void setNeedsDisplay();
@@ -214,16 +272,16 @@ class WynTextView : public platform::responder,
   int viewChangeNesting_ = 0;
   platform::notification_center::token defaultsToken_, documentToken_;
 
-  unsigned tabSize_ = 4;
-  bool softTabs_ = false;
+  document_options documentOptions_, seenOptions_;  // those of this view, and as last stored
   bool lineNumbers_ = false;
-  bool softWrap_ = false;
   bool showSoftWrapInGutter_ = true, showBookmarksInGutter_ = true;
   bool overwriteMode_ = false, overwriteDefault_ = false;
   bool freehandedMode_ = false;
   bool antiAliasEnabled_ = true;
   bool showInvisibles_ = false;
   bool highlightCurrentLine_ = false;
+  bool showWrapMarginIndicator_ = false, highlightWrapMargin_ = true;
+  bool hardWrap_ = false;
   std::string fontName_;
   double fontSize_ = 12;
 

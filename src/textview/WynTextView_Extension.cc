@@ -29,6 +29,10 @@ text::iterator capped_position(text::storage& storage, std::size_t line, std::si
   return {last, std::min(std::max<std::size_t>(column, 1) - 1, storage.size(last)), &storage};
 }
 
+double bounded_font_size(double points) {
+  return std::clamp(std::round(points), 4.0, 200.0);
+}
+
 std::string capitalized(std::string name) {
   name[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(name[0])));
   return name;
@@ -36,40 +40,80 @@ std::string capitalized(std::string name) {
 
 }  // namespace
 
-void WynTextView::addToggle(std::string const& name, bool (WynTextView::*get)() const,
-                            void (WynTextView::*set)(bool)) {
+// What is kept for all views as it stands in the defaults. Entering a switch here gives it its
+// action, its tick in menus, and the look at its default while running.
+WynTextView::plain_switch const WynTextView::plainSwitches[] = {
+    {"lineNumbers", "WynTextViewLineNumbersEnabled", &WynTextView::lineNumbers_,
+     &WynTextView::frameDidChange},
+    {"showSoftWrapInGutter", "WynTextViewShowSoftWrapInGutterEnabled",
+     &WynTextView::showSoftWrapInGutter_, &WynTextView::frameDidChange},
+    {"showBookmarksInGutter", "WynTextViewShowBookmarksInGutterEnabled",
+     &WynTextView::showBookmarksInGutter_, &WynTextView::frameDidChange},
+    {"antiAliasEnabled", "WynTextViewAntiAliasEnabled", &WynTextView::antiAliasEnabled_,
+     &WynTextView::frameDidChange},
+    {"showInvisibles", "WynTextViewShowInvisiblesEnabled", &WynTextView::showInvisibles_,
+     &WynTextView::setNeedsDisplay},
+    {"highlightCurrentLine", "WynTextViewHighlightCurrentLine", &WynTextView::highlightCurrentLine_,
+     &WynTextView::setNeedsDisplay},
+    {"showWrapMarginIndicator", "WynTextViewShowWrapMarginIndicator",
+     &WynTextView::showWrapMarginIndicator_, &WynTextView::setNeedsDisplay},
+    {"highlightWrapMargin", "WynTextViewHighlightWrapMargin", &WynTextView::highlightWrapMargin_,
+     &WynTextView::setNeedsDisplay},
+    {"hardWrap", "WynTextViewHardWrapEnabled", &WynTextView::hardWrap_, nullptr},
+    {"freehandedEdit", "WynTextViewFreehandedModeEnabled", &WynTextView::freehandedMode_,
+     &WynTextView::applyFreehandedMode},
+};
+
+void WynTextView::setSwitch(plain_switch const& changed, bool on) {
+  if (this->*changed.value == on) return;
+  this->*changed.value = on;
+  defaults().set(changed.key, on);
+  if (changed.apply != nullptr) (this->*changed.apply)();
+}
+
+// The table is short, and a missing entry fails the first test that sets the option.
+void WynTextView::setSwitch(bool WynTextView::*value, bool on) {
+  for (plain_switch const& candidate : plainSwitches)
+    if (candidate.value == value) setSwitch(candidate, on);
+}
+
+void WynTextView::frameDidChange() {
+  setupTextFrame();
+  setNeedsDisplay();
+}
+
+void WynTextView::applyFreehandedMode() {
+  if (view_ == nullptr || view_->freehanded_mode == freehandedMode_) return;
+  view_will_change const scope(*this, true);
+  view_->set_freehanded_mode(freehandedMode_);
+}
+
+void WynTextView::addToggle(std::string const& name, std::function<bool()> get,
+                            std::function<void(bool)> set) {
   std::string const toggle = "toggle" + capitalized(name);
-  addMethod(toggle + ":", [this, get, set](plist::value const&) {
-    (this->*set)(!(this->*get)());
+  addMethod(toggle + ":", [get, set = std::move(set)](plist::value const&) {
+    set(!get());
     return plist::value();
   });
-  addMethod(toggle + "IsChecked:",
-            [this, get](plist::value const&) { return plist::value((this->*get)()); });
+  addMethod(toggle + "IsChecked:", [get](plist::value const&) { return plist::value(get()); });
 }
 
 void WynTextView::addExtensionMethods() {
-  addToggle("softTabs", &WynTextView::softTabs, &WynTextView::setSoftTabs);
-  addToggle("lineNumbers", &WynTextView::lineNumbers, &WynTextView::setLineNumbers);
-  addToggle("softWrap", &WynTextView::softWrap, &WynTextView::setSoftWrap);
-  addToggle("showSoftWrapInGutter", &WynTextView::showSoftWrapInGutter,
-            &WynTextView::setShowSoftWrapInGutter);
-  addToggle("showBookmarksInGutter", &WynTextView::showBookmarksInGutter,
-            &WynTextView::setShowBookmarksInGutter);
-  addToggle("overwriteMode", &WynTextView::overwriteMode, &WynTextView::setOverwriteMode);
-  addToggle("freehandedEdit", &WynTextView::freehandedEdit, &WynTextView::setFreehandedEdit);
-  addToggle("antiAliasEnabled", &WynTextView::antiAliasEnabled, &WynTextView::setAntiAliasEnabled);
-  addToggle("showInvisibles", &WynTextView::showInvisibles, &WynTextView::setShowInvisibles);
-  addToggle("highlightCurrentLine", &WynTextView::highlightCurrentLine,
-            &WynTextView::setHighlightCurrentLine);
+  for (plain_switch const& option : plainSwitches)
+    addToggle(
+        option.name, [this, &option] { return this->*option.value; },
+        [this, &option](bool on) { setSwitch(option, on); });
+  addToggle(
+      "softTabs", [this] { return softTabs(); }, [this](bool on) { setSoftTabs(on); });
+  addToggle(
+      "softWrap", [this] { return softWrap(); }, [this](bool on) { setSoftWrap(on); });
+  addToggle(
+      "overwriteMode", [this] { return overwriteMode_; },
+      [this](bool on) { setOverwriteMode(on); });
+  // A margin shows where there is a column for it.
+  for (char const* query : {"canToggleShowWrapMarginIndicator", "canToggleHighlightWrapMargin"})
+    addMethod(query, [this](plist::value const&) { return plist::value(rightMargin() > 0); });
 
-  addMethod("takeTabSizeFrom:", [this](plist::value const& sender) {
-    std::int64_t const size = sender.integer_or(0);
-    if (0 < size && size <= 64) setTabSize(static_cast<unsigned>(size));
-    return plist::value();
-  });
-  addMethod("takeTabSizeFromIsChecked:", [this](plist::value const& sender) {
-    return plist::value(sender.integer_or(0) == static_cast<std::int64_t>(tabSize_));
-  });
   addMethod("makeTextLarger:", [this](plist::value const&) {
     auto const it = std::upper_bound(font_sizes.begin(), font_sizes.end(), fontSize_);
     if (it == font_sizes.end()) return plist::value(false);
@@ -86,6 +130,10 @@ void WynTextView::addExtensionMethods() {
             [this](plist::value const&) { return plist::value(canMakeFontBigger()); });
   addMethod("canMakeTextSmaller",
             [this](plist::value const&) { return plist::value(canMakeFontSmaller()); });
+  addMethod("orderFrontFontPanel:", [this](plist::value const&) {
+    chooseFont();
+    return plist::value();
+  });
   addMethod("makeTextStandardSize:", [this](plist::value const&) {
     setFontSize(12);
     return plist::value();
@@ -106,60 +154,6 @@ void WynTextView::addExtensionMethods() {
   });
 }
 
-void WynTextView::setTabSize(unsigned columns) {
-  if (columns == tabSize_ || columns == 0) return;
-  tabSize_ = columns;
-  if (view_ != nullptr) {
-    view_will_change const scope(*this, true);
-    view_->set_tab_size(columns);
-  }
-  defaults().set("WynTextViewTabSize", columns);
-  updateValueForKey(columns, "tabSize");
-  setNeedsDisplay();
-}
-
-void WynTextView::setSoftTabs(bool on) {
-  if (on == softTabs_) return;
-  softTabs_ = on;
-  if (view_ != nullptr) view_->set_treats_spaces_as_tabs(on);
-  defaults().set("WynTextViewSoftTabs", on);
-  updateValueForKey(on, "softTabs");
-}
-
-void WynTextView::setLineNumbers(bool on) {
-  if (on == lineNumbers_) return;
-  lineNumbers_ = on;
-  defaults().set("WynTextViewLineNumbersEnabled", on);
-  setupTextFrame();
-  setNeedsDisplay();
-}
-
-void WynTextView::setSoftWrap(bool on) {
-  if (on == softWrap_) return;
-  softWrap_ = on;
-  applySoftWrap();
-  defaults().set("WynTextViewSoftWrap", on);
-  setupTextFrame();
-  setNeedsDisplay();
-  if (view_ != nullptr) centerSelectionInVisibleArea();
-}
-
-void WynTextView::setShowSoftWrapInGutter(bool on) {
-  if (on == showSoftWrapInGutter_) return;
-  showSoftWrapInGutter_ = on;
-  defaults().set("WynTextViewShowSoftWrapInGutterEnabled", on);
-  setupTextFrame();
-  setNeedsDisplay();
-}
-
-void WynTextView::setShowBookmarksInGutter(bool on) {
-  if (on == showBookmarksInGutter_) return;
-  showBookmarksInGutter_ = on;
-  defaults().set("WynTextViewShowBookmarksInGutterEnabled", on);
-  setupTextFrame();
-  setNeedsDisplay();
-}
-
 void WynTextView::setOverwriteMode(bool on) {
   if (on == overwriteMode_) return;
   overwriteMode_ = on;
@@ -168,45 +162,26 @@ void WynTextView::setOverwriteMode(bool on) {
   setNeedsDisplay();
 }
 
-void WynTextView::setFreehandedEdit(bool on) {
-  if (on == freehandedMode_) return;
-  freehandedMode_ = on;
-  if (view_ != nullptr) {
-    view_will_change const scope(*this, true);
-    view_->set_freehanded_mode(on);
-  }
-  defaults().set("WynTextViewFreehandedModeEnabled", on);
-}
-
-void WynTextView::setAntiAliasEnabled(bool on) {
-  if (on == antiAliasEnabled_) return;
-  antiAliasEnabled_ = on;
-  defaults().set("WynTextViewAntiAliasEnabled", on);
-  setupTextFrame();
-  setNeedsDisplay();
-}
-
-void WynTextView::setShowInvisibles(bool on) {
-  if (on == showInvisibles_) return;
-  showInvisibles_ = on;
-  defaults().set("WynTextViewShowInvisiblesEnabled", on);
-  setNeedsDisplay();
-}
-
-void WynTextView::setHighlightCurrentLine(bool on) {
-  if (on == highlightCurrentLine_) return;
-  highlightCurrentLine_ = on;
-  defaults().set("WynTextViewHighlightCurrentLine", on);
-  setNeedsDisplay();
-}
-
 void WynTextView::setFontSize(double points) {
   if (points == fontSize_) return;
   fontSize_ = points;
   defaults().set("WynTextViewNormalFontSize", points);
-  setupTextFrame();
-  setNeedsDisplay();
+  fontDidChange();
+}
+
+void WynTextView::fontDidChange() {
+  frameDidChange();
   if (view_ != nullptr) centerSelectionInVisibleArea();
+}
+
+void WynTextView::chooseFont() {
+  auto const chosen =
+      platform::desktop::current().fonts().run({fontName_, fontSize_, antiAliasEnabled_});
+  if (!chosen) return;
+  fontName_ = chosen->family;
+  defaults().set("WynTextViewNormalFontName", fontName_);
+  fontDidChange();
+  setFontSize(bounded_font_size(chosen->point_size));
 }
 
 bool WynTextView::canMakeFontBigger() const {
@@ -250,41 +225,31 @@ bool WynTextView::replacingText(std::function<bool()> const& replace) {
 void WynTextView::userDefaultsDidChange() {
   auto& d = defaults();
   std::string const font_name = d.string("WynTextViewNormalFontName", "monospace");
-  double const font_size =
-      std::clamp(std::round(d.real("WynTextViewNormalFontSize", 12)), 4.0, 200.0);
-  bool const anti_alias = d.boolean("WynTextViewAntiAliasEnabled", true);
-  bool const wrap_marks = d.boolean("WynTextViewShowSoftWrapInGutterEnabled", true);
-  bool const bookmarks = d.boolean("WynTextViewShowBookmarksInGutterEnabled", true);
-  bool const new_frame = font_name != fontName_ || font_size != fontSize_ ||
-                         anti_alias != antiAliasEnabled_ || wrap_marks != showSoftWrapInGutter_ ||
-                         bookmarks != showBookmarksInGutter_ ||
-                         d.boolean("WynTextViewLineNumbersEnabled") != lineNumbers_;
+  double const font_size = bounded_font_size(d.real("WynTextViewNormalFontSize", 12));
+  bool const new_font = font_name != fontName_ || font_size != fontSize_;
   fontName_ = font_name;
   fontSize_ = font_size;
-  antiAliasEnabled_ = anti_alias;
-  lineNumbers_ = d.boolean("WynTextViewLineNumbersEnabled");
-  showSoftWrapInGutter_ = wrap_marks;
-  showBookmarksInGutter_ = bookmarks;
-  showInvisibles_ = d.boolean("WynTextViewShowInvisiblesEnabled");
-  highlightCurrentLine_ = d.boolean("WynTextViewHighlightCurrentLine");
+  for (plain_switch const& option : plainSwitches) {
+    bool const on = d.boolean(option.key);
+    if (this->*option.value == on) continue;
+    this->*option.value = on;
+    if (option.apply != nullptr) (this->*option.apply)();
+  }
   // Not stored by the setter: the Insert key should not decide for the next start. So it is taken
   // over only when the default itself has changed.
   if (bool const on = d.boolean("WynTextViewOverwriteModeEnabled"); on != overwriteDefault_)
     overwriteMode_ = overwriteDefault_ = on;
-  freehandedMode_ = d.boolean("WynTextViewFreehandedModeEnabled");
-  softTabs_ = d.boolean("WynTextViewSoftTabs");
-  tabSize_ =
-      static_cast<unsigned>(std::clamp<std::int64_t>(d.integer("WynTextViewTabSize", 4), 1, 64));
+  documentDefaultsDidChange();
   applyOptionsToView();
-  if (new_frame || layout_.font().family.empty()) setupTextFrame();
+  if (new_font || layout_.font().family.empty()) fontDidChange();
   publishAll();
   setNeedsDisplay();
 }
 
 void WynTextView::applyOptionsToView() {
   if (view_ == nullptr) return;
-  view_->set_tab_size(tabSize_);
-  view_->set_treats_spaces_as_tabs(softTabs_);
+  view_->set_tab_size(tabSize());
+  view_->set_treats_spaces_as_tabs(softTabs());
   applySoftWrap();
   view_->overwrite_mode = overwriteMode_;
   if (view_->freehanded_mode != freehandedMode_) view_->set_freehanded_mode(freehandedMode_);

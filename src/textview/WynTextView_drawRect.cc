@@ -80,6 +80,7 @@ class painter {
     if (text_area.empty()) return;
     g_.push_clip(text_area);
     dirty_ = text_area;
+    paint_wrap_margin();
     paint_current_line();
     paint_selection();
     for (std::size_t row = first_row(); row <= last_row(); ++row) paint_row(row);
@@ -128,6 +129,17 @@ class painter {
     color const c = current ? colors_.gutter_current_number : colors_.gutter_number;
     g_.draw_run(std::u16string(digits.begin(), digits.end()),
                 {x, layout_.y_of_row(row) + layout_.ascend()}, layout_.charWidth(), {c});
+  }
+
+  // Left of the first column that is beyond the margin.
+  void paint_wrap_margin() {
+    if (!text_view_.showWrapMarginIndicator() || text_view_.rightMargin() < 1) return;
+    double const x = layout_.x_of_column(static_cast<std::size_t>(text_view_.rightMargin()));
+    rect const behind = rect{x, dirty_.y, dirty_.right() - x, dirty_.height}.intersection(dirty_);
+    if (text_view_.highlightWrapMargin() && !behind.empty())
+      g_.fill_rect(behind, colors_.behind_margin);
+    rect const line = rect{x, dirty_.y, 1, dirty_.height}.intersection(dirty_);
+    if (!line.empty()) g_.fill_rect(line, colors_.wrap_margin);
   }
 
   void paint_current_line() {

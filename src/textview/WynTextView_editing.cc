@@ -1,11 +1,14 @@
 #include "actions/movement.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
+#include "text/row_break.h"
+#include "text/tab_width.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
+#include <optional>
 
 // Typing, deleting, undo, and the text of input methods.
 
@@ -50,6 +53,19 @@ class kill_buffer_disabled {
   text::storage::kill_buffer_t& buffer_;
 };
 
+// Nothing when only indentation, or no blank at all, stands within `width` columns.
+std::optional<std::size_t> last_blank_within(text::unit_view line, std::size_t width,
+                                             std::size_t tab_size) {
+  std::size_t const first_word = line.find_first_not_of(u" \t");
+  std::optional<std::size_t> found;
+  std::size_t column = 0;
+  for (std::size_t unit = 0; unit < line.size() && column <= width; ++unit) {
+    if (text::is_blank(line[unit]) && unit > first_word) found = unit;
+    column += line[unit] == u'\t' ? text::tab_width(column, tab_size) : 1;
+  }
+  return found;
+}
+
 }  // namespace
 
 void WynTextView::addEditingMethods() {
@@ -77,6 +93,7 @@ void WynTextView::insertText(std::u16string_view text) {
   make_caret_real(*view_);
   if (!overwriteMode_) {
     view_->insert(text.begin(), text.end());
+    if (hardWrap_) breakTypedLine();
     return;
   }
   view_->erase_selection();
@@ -84,6 +101,27 @@ void WynTextView::insertText(std::u16string_view text) {
   select_units_ahead(*view_, text.size());
   plain_erasing const plain(*view_);
   view_->insert(text.begin(), text.end());
+}
+
+// Breaks the line at the last white space that leaves the row no wider than the margin, as long as
+// the word typed reaches beyond. What is typed on several lines at once stays on them.
+void WynTextView::breakTypedLine() {
+  text::storage& storage = *view_->storage;
+  if (!view_->mirror_observer.mirrors.empty()) return;
+  while (true) {
+    text::iterator const caret = view_->selection.current_mark.base;
+    text::unit_view const line = storage.line_units(caret.line);
+    if (caret.column == 0 || text::is_blank(line[caret.column - 1])) return;
+    if (column_before_wrap(view_->selection.current_mark) <= wrapColumns()) return;
+    auto const blank = last_blank_within(line.substr(0, caret.column), wrapColumns(), tabSize());
+    if (!blank) return;
+    text::iterator const at(caret.line, *blank, &storage);
+    constexpr std::u16string_view newline = u"\n";
+    storage.erase(at, at + 1);
+    storage.insert(at, newline.begin(), newline.end());
+    view_->selection.set_caret(
+        {view_, text::iterator(caret.line + 1, caret.column - *blank - 1, &storage)});
+  }
 }
 
 void WynTextView::insertText(plist::value const& text) {
@@ -125,9 +163,9 @@ void WynTextView::insertNewline() {
 // A soft tab is as many spaces as reach the next tab stop.
 void WynTextView::insertTab() {
   std::u16string text = u"\t";
-  if (softTabs_) {
+  if (softTabs()) {
     std::size_t const column = column_before_wrap(view_->selection.first());
-    text.assign(tabSize_ - column % tabSize_, u' ');
+    text.assign(tabSize() - column % tabSize(), u' ');
   }
   view_->insert(text.begin(), text.end());
 }

@@ -40,7 +40,7 @@ void WynTextView::updateGutterWidth() {
   bool const marked = !view_->bookmark_filter->nodes.empty();
   bool const bookmarks = showBookmarksInGutter_ && (lineNumbers_ || marked);
   double const flag = bookmarks ? bookmark_width : 0;
-  double columns = softWrap_ && showSoftWrapInGutter_ ? 1.5 : 0;
+  double columns = softWrap() && showSoftWrapInGutter_ ? 1.5 : 0;
   if (lineNumbers_) columns = std::max(3u, digits_of(view_->storage->lines())) + 1.5;
   double const width = flag + std::ceil(columns * layout_.charWidth());
   if (width != layout_.gutterWidth() || flag != layout_.bookmarkWidth()) setNeedsDisplay();
@@ -54,10 +54,24 @@ unsigned WynTextView::fittingColumns() const {
   return static_cast<unsigned>(std::max(min_wrap_columns, std::floor(columns) - 1));
 }
 
+unsigned WynTextView::wrapColumns() const {
+  if (rightMargin() > 0) return static_cast<unsigned>(rightMargin());
+  bool const is_shown = host_ != nullptr && !host_->visible_rect().empty();
+  return is_shown ? fittingColumns() : view_->screen_width;
+}
+
+// The width of the whole view: rows that reach the right margin are not cut off.
+double WynTextView::frameWidth() const {
+  if (!softWrap()) return layout_.x_of_column(view_->columns() + 1) + frame_margin;
+  double const visible = host_->visible_rect().width;
+  if (rightMargin() < 1) return visible;
+  return std::max(visible, layout_.x_of_column(wrapColumns() + 1) + frame_margin);
+}
+
 // True if the lines have been wrapped anew.
 bool WynTextView::updateScreenWidth() {
-  if (!softWrap_ || host_->visible_rect().empty()) return false;
-  unsigned const columns = fittingColumns();
+  if (!softWrap()) return false;
+  unsigned const columns = wrapColumns();
   if (columns == view_->screen_width) return false;
   view_->set_screen_width(columns);
   setNeedsDisplay();
@@ -67,8 +81,8 @@ bool WynTextView::updateScreenWidth() {
 // The width goes first, so that a large text is wrapped once.
 void WynTextView::applySoftWrap() {
   if (view_ == nullptr) return;
-  if (host_ != nullptr) updateScreenWidth();
-  view_->set_soft_wrap(softWrap_);
+  updateScreenWidth();
+  view_->set_soft_wrap(softWrap());
 }
 
 // What stands at the top stays there when lines are wrapped anew.
@@ -79,9 +93,7 @@ void WynTextView::recalcFrameSize() {
   std::size_t const top_row = std::min(layout_.row_at(y), view_->lines() - 1);
   text::view_iterator const top = view_->begin(top_row);
   bool const wrapped = updateScreenWidth();
-  double const width = softWrap_ ? host_->visible_rect().width
-                                 : layout_.x_of_column(view_->columns() + 1) + frame_margin;
-  host_->set_frame_size({width, layout_.y_of_row(view_->lines()) + frame_margin});
+  host_->set_frame_size({frameWidth(), layout_.y_of_row(view_->lines()) + frame_margin});
   if (wrapped && y > 0)
     host_->scroll_to(
         {0, y + layout_.y_of_row(view_->line_in_view(top)) - layout_.y_of_row(top_row)});
@@ -220,7 +232,7 @@ void WynTextView::moveByPage(int direction, bool select) {
 
 void WynTextView::visible_rect_changed() {
   if (host_ == nullptr) return;
-  if (softWrap_ && view_ != nullptr && fittingColumns() != view_->screen_width) recalcFrameSize();
+  if (softWrap() && view_ != nullptr && wrapColumns() != view_->screen_width) recalcFrameSize();
   host_->input_method_changed(false);
 }
 

@@ -16,6 +16,8 @@ view_colors::view_colors(platform::palette const& p, bool active)
       selection(p.selection),
       line_highlight(mixed(p.foreground, p.background, active ? 0.07 : 0.035)),
       invisibles(mixed(p.foreground, p.background, 0.35)),
+      wrap_margin(mixed(p.foreground, p.background, 0.2)),
+      behind_margin(mixed(p.foreground, p.background, 0.04)),
       gutter(mixed(p.foreground, p.background, 0.05)),
       gutter_number{0x88, 0x88, 0x88},
       gutter_current_number(p.dark ? gutter_number : platform::color{0, 0, 0}) {

@@ -5,6 +5,7 @@
 /// The colours in which a view is drawn, made from the desktop's palette.
 struct view_colors {
   platform::color background, foreground, caret, selection, line_highlight, invisibles;
+  platform::color wrap_margin, behind_margin;
   platform::color gutter, gutter_number, gutter_current_number;
 
   /// With `active` false, selection and line highlight are dimmed: the keys go elsewhere.

@@ -190,7 +190,9 @@ void check_random_edits(unsigned seed, text::view& view) {
   for (int step = 0; step < 60; ++step) {
     size_t const line = random.below(storage.lines());
     text::iterator const first(line, random.up_to(storage.size(line)), &storage);
-    if (random.one_in(8)) {
+    if (random.one_in(12)) {
+      view.set_screen_width(static_cast<unsigned>(1 + random.below(12)));
+    } else if (random.one_in(8)) {
       if (view.can_undo()) storage.undo_manager.undo();
     } else if (random.one_in(3)) {
       size_t const other = std::min(line + random.below(3), storage.lines() - 1);

@@ -1,0 +1,236 @@
+#include "documents/WynDocument.h"
+#include "headless/headless_desktop.h"
+#include "headless/recording_graphics.h"
+#include "platform/user_defaults.h"
+#include "text/marked_text.h"
+#include "textview/WynTextView.h"
+#include "textview/scoped_settings.h"
+#include "textview/view_will_change.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <filesystem>
+
+// Options on the desktop without windows, with defaults in a file that others may write, too.
+namespace {
+
+struct shown_view {
+  shown_view() { view.setDocument(WynDocument::document()); }
+  void set(std::string_view drawing) {
+    view_will_change const scope(view);
+    marked_text::set(*view.view(), drawing);
+  }
+  std::string get() const { return marked_text::get(*view.view()); }
+  platform::menu_item validated(char const* selector, plist::value const& argument = {}) {
+    platform::menu_item item;
+    item.selector = selector;
+    item.argument = argument;
+    view.validateMenuItem(item);
+    return item;
+  }
+
+  WynTextView view;
+  headless::headless_view_host host{view};
+};
+
+class options : public testing::Test {
+ protected:
+  options()
+      : path_(testing::TempDir() + "options_" + std::to_string(::getpid()) + ".plist"),
+        former_(platform::user_defaults::set_standard(
+            std::make_unique<platform::user_defaults>(path_))) {}
+  ~options() override {
+    platform::user_defaults::set_standard(std::move(former_));
+    std::filesystem::remove(path_);
+  }
+
+  static platform::user_defaults& own() { return platform::user_defaults::standard(); }
+  /// As another process does it, and then the run loop here.
+  void set_elsewhere(char const* key, plist::value v) {
+    own().check_for_changes();
+    platform::user_defaults other(path_);
+    other.set(key, std::move(v));
+    ASSERT_TRUE(other.save());
+    own().check_for_changes();
+  }
+
+  std::string path_;
+  headless::headless_desktop desktop_;
+  std::unique_ptr<platform::user_defaults> former_;
+};
+
+TEST_F(options, the_nearest_scope_and_then_the_newest_entry_wins) {
+  auto const entry = [](int size, double date) {
+    return plist::value(plist::dictionary{{"tabSize", size}, {"updated", plist::date{date}}});
+  };
+  own().set("Domain", plist::dictionary{{"source.c", entry(8, 1)},
+                                        {"source.c.extra", entry(2, 9)},
+                                        {"source.python", entry(4, 5)},
+                                        {"text.plain", entry(3, 7)},
+                                        {"broken", "no dictionary"}});
+  struct row {
+    char const* scope;
+    int size;
+  };
+  for (row const& expected : {row{"source.c", 2}, row{"source.c.other", 2}, row{"source.ada", 2},
+                              row{"source.python", 4}, row{"text", 3}, row{"", 2}, row{"x.y", 2}})
+    EXPECT_EQ(scoped_settings::value_for(expected.scope, "tabSize", "Domain").integer_or(0),
+              expected.size)
+        << expected.scope;
+  scoped_settings::set_value("source.c", 6, "tabSize", "Domain");
+  EXPECT_EQ(scoped_settings::value_for("source.c", "tabSize", "Domain").integer_or(0), 6);
+  EXPECT_FALSE(scoped_settings::value_for("source.c", "tabSize", "NoDomain"));
+}
+
+TEST_F(options, of_a_document_are_stored_for_later_views_only) {
+  shown_view first, second;
+  first.view.setTabSize(8);
+  first.view.setSoftTabs(true);
+  first.view.setSoftWrap(true);
+  first.view.setRightMargin(30);
+  // Any other default that changes must not carry them over.
+  first.view.setLineNumbers(true);
+  EXPECT_TRUE(second.view.lineNumbers());
+  EXPECT_EQ(second.view.tabSize(), 4u);
+  EXPECT_FALSE(second.view.softTabs());
+  EXPECT_FALSE(second.view.softWrap());
+  EXPECT_EQ(second.view.rightMargin(), -1);
+  shown_view third;
+  EXPECT_EQ(third.view.view()->tab_size, 8u);
+  EXPECT_TRUE(third.view.view()->treats_spaces_as_tabs);
+  EXPECT_TRUE(third.view.view()->soft_wrap);
+  EXPECT_EQ(third.view.view()->screen_width, 30u);
+}
+
+TEST_F(options, follow_what_another_program_stores) {
+  shown_view shown;
+  double const width = shown.view.layout().charWidth();
+  set_elsewhere("WynTextViewNormalFontSize", 24);
+  EXPECT_EQ(shown.view.layout().charWidth(), 2 * width);
+  set_elsewhere("WynTextViewLineNumbersEnabled", true);
+  EXPECT_GT(shown.view.layout().gutterWidth(), 0);
+  set_elsewhere("WynTextViewFreehandedModeEnabled", true);
+  EXPECT_TRUE(shown.view.view()->freehanded_mode);
+  set_elsewhere("WynTextViewTabSize", 7);
+  EXPECT_EQ(shown.view.view()->tab_size, 7u);
+  set_elsewhere("WynTextViewRightMarginColumn", 25);
+  set_elsewhere("WynTextViewSoftWrap", true);
+  EXPECT_EQ(shown.view.view()->screen_width, 25u);
+  set_elsewhere("WynTextViewTabSize", "no number");
+  EXPECT_EQ(shown.view.view()->tab_size, 4u);
+}
+
+TEST_F(options, each_switch_has_an_action_with_a_tick) {
+  shown_view shown;
+  for (char const* name :
+       {"LineNumbers", "ShowSoftWrapInGutter", "ShowBookmarksInGutter", "AntiAliasEnabled",
+        "ShowInvisibles", "HighlightCurrentLine", "ShowWrapMarginIndicator", "HighlightWrapMargin",
+        "HardWrap", "FreehandedEdit", "SoftTabs", "SoftWrap", "OverwriteMode"}) {
+    std::string const selector = "toggle" + std::string(name) + ":";
+    bool const before = shown.validated(selector.c_str()).checked;
+    shown.view.performSelectorWithObject(selector, {});
+    EXPECT_NE(shown.validated(selector.c_str()).checked, before) << name;
+    shown.view.performSelectorWithObject(selector, {});
+    EXPECT_EQ(shown.validated(selector.c_str()).checked, before) << name;
+  }
+}
+
+TEST_F(options, lines_are_wrapped_at_a_column_whatever_the_window) {
+  shown_view shown;
+  shown.set("|aaaa bbbb cccc dddd");
+  shown.view.setSoftWrap(true);
+  shown.view.performSelectorWithObject("takeRightMarginFrom:", 10);
+  EXPECT_EQ(shown.view.view()->lines(), 2u);
+  shown.host.resize({60, 384});
+  EXPECT_EQ(shown.view.view()->lines(), 2u);
+  EXPECT_GT(shown.host.frame_size.width, 60);
+  shown.view.performSelectorWithObject("takeRightMarginFrom:", 0);
+  EXPECT_EQ(shown.view.rightMargin(), 10);
+  shown.host.resize({640, 384});
+  shown.view.performSelectorWithObject("takeRightMarginFrom:", -1);
+  EXPECT_EQ(shown.view.view()->lines(), 1u);
+  EXPECT_EQ(shown.host.frame_size.width, 640);
+}
+
+TEST_F(options, other_columns_are_asked_for_and_kept_in_the_menu) {
+  shown_view shown;
+  char const* const other = "orderFrontRightMarginPanel:";
+  EXPECT_EQ(shown.validated(other).title, "Other\u2026");
+  shown.view.setRightMargin(66);
+  EXPECT_EQ(shown.validated(other).title, "Other (66)\u2026");
+  EXPECT_TRUE(shown.validated(other).checked);
+  desktop_.prompts().answers = {"90", "9x", "0"};
+  for (int n = 0; n < 4; ++n) shown.view.performSelectorWithObject(other, {});
+  EXPECT_EQ(desktop_.prompts().last_initial, "90");
+  EXPECT_EQ(shown.view.rightMargin(), 90);
+  EXPECT_EQ(desktop_.beeps, 2);  // cancelling is no failure
+  EXPECT_FALSE(shown.validated(other).checked);
+  std::string titles;
+  for (auto const& item : WynTextView::wrapColumnItems()) {
+    titles += item.title + " ";
+    EXPECT_EQ(shown.validated("takeRightMarginFrom:", item.argument).checked, item.title == "90");
+  }
+  EXPECT_EQ(titles, "40 72 78 80 90 100 120 ");
+}
+
+TEST_F(options, the_wrap_column_is_drawn_where_there_is_one) {
+  shown_view shown;
+  shown.set("|text");
+  auto const drawn = [&] {
+    headless::recording_graphics g;
+    shown.view.draw(g, shown.host.visible_rect());
+    std::string lines;
+    for (auto const& operation : g.operations())
+      if (operation.find(" 84,") != std::string::npos) lines += operation + "\n";
+    return lines;
+  };
+  EXPECT_FALSE(shown.validated("toggleShowWrapMarginIndicator:").enabled);
+  shown.view.setShowWrapMarginIndicator(true);
+  EXPECT_EQ(drawn(), "");
+  shown.view.setRightMargin(10);
+  EXPECT_EQ(drawn(), "fill 84,0 556x384 #f5f5f5\nfill 84,0 1x384 #cccccc\n");
+  shown.view.setHighlightWrapMargin(false);
+  EXPECT_EQ(drawn(), "fill 84,0 1x384 #cccccc\n");
+}
+
+struct typed_line {
+  char const *before, *typed, *after;
+};
+
+TEST_F(options, typing_beyond_the_margin_breaks_the_line) {
+  shown_view shown;
+  shown.view.setRightMargin(10);
+  shown.view.setHardWrap(true);
+  for (typed_line const& row : {typed_line{"aaaa bbbb |", "cc", "aaaa bbbb\ncc|"},
+                                typed_line{"aaaa bbbbb|", "b", "aaaa\nbbbbbb|"},
+                                typed_line{"aaaa bbbbb|", " ", "aaaa bbbbb |"},
+                                typed_line{"aaaabbbbcc|", "ddd", "aaaabbbbccddd|"},
+                                typed_line{"  aaaabbbb|", "cc", "  aaaabbbbcc|"},
+                                typed_line{"a\tb ccccc|", "d", "a\tb\ncccccd|"},
+                                typed_line{"a|", "a bb ccc dddd", "aa bb ccc\ndddd|"}}) {
+    shown.set(row.before);
+    for (char const* unit = row.typed; *unit != 0; ++unit)
+      shown.view.insertText(plist::value(std::string(1, *unit)));
+    EXPECT_EQ(shown.get(), row.after) << row.before;
+  }
+  shown.view.performSelectorWithObject("undo:", {});
+  EXPECT_EQ(marked_text::text_of(*shown.view.view()->storage), "aa bb ccc\nddd");
+  shown.set("{aaaa bbbb\naaaa bbbb}");
+  shown.view.insertText(plist::value("xxxxxxxx xxxxxxxx"));
+  EXPECT_EQ(shown.view.view()->storage->lines(), 2u);
+}
+
+TEST_F(options, the_font_is_chosen_in_a_panel_within_bounds) {
+  shown_view shown;
+  shown.view.performSelectorWithObject("orderFrontFontPanel:", {});
+  EXPECT_EQ(shown.view.layout().font().family, "monospace");
+  desktop_.fonts().answers = {{"Other Mono", 500, true}};
+  shown.view.performSelectorWithObject("orderFrontFontPanel:", {});
+  EXPECT_EQ(shown.view.layout().font().family, "Other Mono");
+  EXPECT_EQ(shown.view.fontSize(), 200);
+  EXPECT_EQ(own().string("WynTextViewNormalFontName"), "Other Mono");
+}
+
+}  // namespace
