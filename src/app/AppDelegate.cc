@@ -3,6 +3,7 @@
 #include "app/WynDocumentController.h"
 #include "app/file_argument.h"
 #include "app/line_place.h"
+#include "app/offer_safety_copies.h"
 #include "documents/WynDocument.h"
 #include "path/file_system.h"
 #include "path/path.h"
@@ -57,6 +58,7 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
   addMethod("goToLineAction:", [this](plist::value const& place) {
     return plist::value(goToLine(place.string_or("")));
   });
+  add("offerSafetyCopies:", [this](auto const&) { offer_safety_copies(*this); });
   add("selectNextWindow:", [this](auto const&) { selectWindow(1); });
   add("selectPreviousWindow:", [this](auto const&) { selectWindow(-1); });
   add("terminate:", [this](auto const&) {
@@ -84,6 +86,7 @@ void AppDelegate::didFinishLaunching() {
   openLaunchArguments();
   bool const wanted = defaults.string("WynAppDelegateOpenUntitledDocument") != "never";
   if (controllers_.empty() && wanted) newDocument();
+  platform::desktop::current().loop().post([this] { offer_safety_copies(*this); });
 }
 
 void AppDelegate::openLaunchArguments() {
@@ -113,19 +116,19 @@ WynDocumentController* AppDelegate::openFile(std::string const& path, std::size_
   std::shared_ptr<WynDocument> const document = WynDocument::documentWithContentsOfFile(standard);
   if (document == nullptr) return nullptr;
   recent_.add(standard);
+  return go(show(document));
+}
+
+WynDocumentController& AppDelegate::show(std::shared_ptr<WynDocument> document) {
   // Of several empty windows the hindmost is taken.
   auto const open = orderedControllers();
   auto const reused = std::find_if(open.rbegin(), open.rend(),
                                    [](auto const* c) { return c->canBeUsedForNewDocument(); });
   if (reused != open.rend()) {
-    (*reused)->setTextDocument(document);
-    return go(**reused);
+    (*reused)->setTextDocument(std::move(document));
+    return **reused;
   }
-  auto controller = std::make_unique<WynDocumentController>(*this);
-  controller->setTextDocument(document);
-  WynDocumentController& shown = *controller;
-  adopt(std::move(controller));
-  return go(shown);
+  return newWindow(std::move(document));
 }
 
 bool AppDelegate::confirmLargeFile(std::string const& path) {
@@ -144,11 +147,15 @@ bool AppDelegate::confirmLargeFile(std::string const& path) {
 }
 
 void AppDelegate::newDocument() {
+  newWindow(WynDocument::document()).showWindow();
+}
+
+WynDocumentController& AppDelegate::newWindow(std::shared_ptr<WynDocument> document) {
   auto controller = std::make_unique<WynDocumentController>(*this);
-  controller->setTextDocument(WynDocument::document());
-  WynDocumentController& shown = *controller;
+  controller->setTextDocument(std::move(document));
+  WynDocumentController& result = *controller;
   adopt(std::move(controller));
-  shown.showWindow();
+  return result;
 }
 
 void AppDelegate::openDocument() {

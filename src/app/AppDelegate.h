@@ -32,6 +32,8 @@ class AppDelegate : public platform::application_delegate {
                                   std::size_t column = 0);
   void openFiles(std::vector<std::string> const& paths);
   void newDocument();
+  /// Puts a document in a window: an empty one if there is any, else one that is to be shown yet.
+  WynDocumentController& show(std::shared_ptr<WynDocument> document);
 
   /// Front to back.
   std::vector<WynDocumentController*> orderedControllers() const;
@@ -56,6 +58,7 @@ class AppDelegate : public platform::application_delegate {
 
  private:
   void openLaunchArguments();
+  WynDocumentController& newWindow(std::shared_ptr<WynDocument> document);
   void openDocument();
   void orderFrontGoToLinePanel();
   bool goToLine(std::string const& place);

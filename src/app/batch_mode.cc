@@ -151,6 +151,9 @@ class batch_run {
 }  // namespace
 
 int run_batch_mode(batch_options const& options) {
+  // What a file was left with by somebody who looked at it must not decide what a macro does, and a
+  // file that is only read isn't to be touched.
+  platform::user_defaults::standard().set_volatile("WynDocumentDisableFSMetaData", true);
   for (auto const& [key, value] : options.settings)
     platform::user_defaults::standard().set_volatile(key, value);
   return batch_run(options).run();

@@ -1,7 +1,5 @@
 #include "documents/WynDocument.h"
 
-#include <algorithm>
-
 #include "documents/WynDocumentCache.h"
 #include "documents/printable_name.h"
 #include "documents/untitled_numbers.h"
@@ -18,7 +16,7 @@ class WynDocument::is_edited_notify : public text::storage::observer {
   }
   ~is_edited_notify() override { document_.storage_->remove_observer(this); }
   void did_change_memento(unsigned long, unsigned long to) override {
-    document_.mementoDidChange(to);
+    document_.updateDocumentEdited(to);
   }
 
  private:
@@ -55,10 +53,14 @@ WynDocument::WynDocument(std::unique_ptr<text::storage> storage) : storage_(std:
   untitledCount_ = untitled_numbers::of_documents().take();
   supplementaryPairs_ = documents::preserves_supplementary_characters();
   setFileEncodingAndLineEndingsToDefaults();
+  lastSavedFormat_ = presentFormat();
   observer_ = std::make_unique<is_edited_notify>(*this);
 }
 
 WynDocument::~WynDocument() {
+  if (!viewCache_.empty() && fileContent_ != file_content::not_loaded)
+    saveMetaData(filename_, *viewCache_.back());
+  tellThatDocumentDidClose();
   if (filename_.empty()) untitled_numbers::of_documents().give_back();
   WynDocumentCache::instance().remove(*this);
 }
@@ -81,6 +83,7 @@ void WynDocument::setFilename(std::string const& path) {
   std::string const old = filename_;
   becomeFile(path.empty() ? path : path::standardize(path));
   auxiliaryFileInfo_.clear();
+  if (filename_ != old) tellThatDocumentDidClose();
   notifyFilename(old);
 }
 
@@ -107,10 +110,26 @@ void WynDocument::setFileEncodingAndLineEndingsToDefaults() {
   lineEnding_ = defaultLineEnding();
 }
 
+void WynDocument::setFileEncoding(encoding::charset_t charset) {
+  fileEncoding_ = charset;
+  updateDocumentEdited(storage_->current_memento);
+}
+
+void WynDocument::setLineEnding(line_ending::type type) {
+  lineEnding_ = type;
+  updateDocumentEdited(storage_->current_memento);
+}
+
+void WynDocument::setByteOrderMark(bool mark) {
+  byteOrderMark_ = mark;
+  updateDocumentEdited(storage_->current_memento);
+}
+
 // An untitled document with nothing in it isn't edited, so that it closes without a question.
-void WynDocument::mementoDidChange(unsigned long memento) {
+void WynDocument::updateDocumentEdited(unsigned long memento) {
   bool const has_content = !filename_.empty() || !storage_->empty();
-  setDocumentEdited(memento != lastSavedMemento_ && has_content);
+  bool const differs = memento != lastSavedMemento_ || presentFormat() != lastSavedFormat_;
+  setDocumentEdited(has_content && differs);
 }
 
 void WynDocument::setDocumentEdited(bool edited) {
@@ -127,28 +146,4 @@ bool WynDocument::openDocument() {
 void WynDocument::closeDocument() {
   if (openCount_ != 0) --openCount_;
   if (openCount_ == 0) WynDocumentCache::instance().remove(*this);
-}
-
-std::unique_ptr<text::view> WynDocument::makeView() {
-  auto view = std::make_unique<text::view>(*storage_);
-  auto const info = auxiliaryFileInfo_.find("line");
-  std::int64_t const line = info == auxiliaryFileInfo_.end() ? 0 : info->second.integer_or(0);
-  if (line != 0) {
-    auto const last = static_cast<std::int64_t>(storage_->lines());
-    auto const index = static_cast<std::size_t>(std::clamp<std::int64_t>(line, 1, last) - 1);
-    view->selection.set_caret(view->in_view(storage_->begin_of_line(index)));
-  }
-  return view;
-}
-
-text::view* WynDocument::obtainView() {
-  if (viewCache_.empty()) viewCache_.push_back(makeView());
-  openViews_.splice(openViews_.end(), viewCache_, std::prev(viewCache_.end()));
-  return openViews_.back().get();
-}
-
-void WynDocument::releaseView(text::view* view) {
-  auto const found = std::find_if(openViews_.begin(), openViews_.end(),
-                                  [view](auto const& open) { return open.get() == view; });
-  if (found != openViews_.end()) viewCache_.splice(viewCache_.end(), openViews_, found);
 }

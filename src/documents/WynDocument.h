@@ -1,12 +1,15 @@
 #pragma once
 
+#include <functional>
 #include <list>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "documents/file_stamp.h"
 #include "documents/file_text.h"
+#include "documents/safety_copy.h"
 #include "encoding/charset.h"
 #include "encoding/line_ending.h"
 #include "encoding/stream_encoder.h"
@@ -87,13 +90,15 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   std::optional<documents::file_date> fileModificationDate() const;
 
   encoding::charset_t fileEncoding() const { return fileEncoding_; }
-  void setFileEncoding(encoding::charset_t charset) { fileEncoding_ = charset; }
+  void setFileEncoding(encoding::charset_t charset);
   line_ending::type lineEnding() const { return lineEnding_; }
-  void setLineEnding(line_ending::type type) { lineEnding_ = type; }
+  void setLineEnding(line_ending::type type);
   bool byteOrderMark() const { return byteOrderMark_; }
-  void setByteOrderMark(bool b) { byteOrderMark_ = b; }
+  void setByteOrderMark(bool b);
   void setFileEncodingAndLineEndingsToDefaults();
 
+  /// Whether the file would be another one if it were saved now: the text, or how it is written,
+  /// isn't that of the last save. An untitled document with nothing in it is never edited.
   bool isDocumentEdited() const { return isDocumentEdited_; }
   void setDocumentEdited(bool edited);
   unsigned lastSavedMemento() const { return lastSavedMemento_; }
@@ -101,9 +106,13 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   bool hideFromRecentMenu() const { return hideFromRecentMenu_; }
   void setHideFromRecentMenu(bool hide) { hideFromRecentMenu_ = hide; }
 
-  /// What the opener passed along. Looked at by obtainView: "line", counted from 1.
+  /// What the opener passed along. Looked at by obtainView for a new view: "position" (see
+  /// documents::go_to_position), which is used once, else "line", counted from 1.
   plist::dictionary const& auxiliaryFileInfo() const { return auxiliaryFileInfo_; }
   void setAuxiliaryFileInfo(plist::dictionary info) { auxiliaryFileInfo_ = std::move(info); }
+  /// For an opener that waits. Called once: when the document goes away, or sooner when it gets
+  /// another name, as it is no longer what was opened then.
+  void setDidCloseObserver(std::function<void()> documentDidClose);
 
   /// Each window that shows the document opens and closes it once. When the last one closes it, the
   /// next to open the file reads it anew.
@@ -112,9 +121,18 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   unsigned openCount() const { return openCount_; }
 
   /// A view for one more user, a released one if there is any. The document owns it. A view given
-  /// back keeps its caret, folds and bookmarks for the next user.
+  /// back keeps its caret, folds and bookmarks for the next user; a new one has those that were
+  /// kept with the file.
   text::view* obtainView();
   void releaseView(text::view* view);
+
+  /// Caret, selection and scrolling of the view last handed out, for a project's file; nothing if
+  /// there has been none.
+  plist::value metaData() const;
+  void setMetaData(plist::value const& metadata);
+  /// Keeps caret, bookmarks and folds with the file. It is done at each save and at the end.
+  void saveMetaData(std::string const& path, text::view const& view) const;
+  static bool shouldSaveMetaData(std::string const& path);
 
   /// Saves the text at `path`, asking the user where that would lose something. True if the file
   /// holds the text now. Otherwise the user has said so or has been told why, and the document is
@@ -125,6 +143,10 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// Unsaved changes are dropped. False, with the text as it was, if the file can't be read.
   bool reopenWithEncoding(encoding::charset_t charset);
 
+  /// Makes the text of a safety copy that of this document, as one unsaved step that can be undone.
+  /// The copy goes when the text is saved. False, with all as it was, if the copy can't be read.
+  bool restore(documents::safety_copy copy);
+
   /// Takes over what another program has done to the file, asking the user first if there are
   /// unsaved changes. True if the text was replaced, which can be undone.
   bool checkForFilesystemChanges();
@@ -133,8 +155,19 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   class is_edited_notify;
   enum class file_content { kept, has_lost_bytes, binary, not_loaded };
 
-  void mementoDidChange(unsigned long memento);
+  /// What a save would write, apart from the text.
+  struct format {
+    encoding::charset_t charset = encoding::UTF8;
+    line_ending::type ending = line_ending::LF;
+    bool mark = false;
+    friend bool operator==(format const&, format const&) = default;
+  };
+
+  format presentFormat() const { return {fileEncoding_, lineEnding_, byteOrderMark_}; }
+  void updateDocumentEdited(unsigned long memento);
   void textIsSaved();
+  void textIsOnDisk();
+  void tellThatDocumentDidClose();
   void becomeFile(std::string const& path);
   void notifyFilename(std::string const& old);
   std::unique_ptr<text::view> makeView();
@@ -155,6 +188,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   std::optional<documents::file_stamp> fileStamp_;
   unsigned untitledCount_ = 0;
   unsigned lastSavedMemento_ = 0;
+  format lastSavedFormat_;
   std::unique_ptr<text::storage> storage_;
   std::unique_ptr<is_edited_notify> observer_;
   std::list<std::unique_ptr<text::view>> viewCache_;
@@ -168,9 +202,12 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   bool hideFromRecentMenu_ = false;
   bool fileModifiedOnDiskAndWaitingForUser_ = false;
   plist::dictionary auxiliaryFileInfo_;
+  std::function<void()> documentDidClose_;
   /// How the text was read, and so how it is written, whatever the user default says meanwhile.
   bool supplementaryPairs_ = true;
   /// What the file of that name holds which the text doesn't, and the charset it was read in.
   file_content fileContent_ = file_content::kept;
   encoding::charset_t charsetRead_ = encoding::ASCII;
+  /// They hold what may be on the disk nowhere else, and go when the text is saved.
+  std::vector<documents::safety_copy> safetyCopies_;
 };

@@ -76,6 +76,7 @@ std::shared_ptr<WynDocument> WynDocument::initWithContentsOfFile(std::string con
   document->fileStamp_ = text.stamp;
   document->useMarkOf(text);
   if (preserves_format()) document->useFormatOf(text);
+  document->lastSavedFormat_ = document->presentFormat();
   document->rememberContent(text, pairs);
   if (!loaded) document->fileContent_ = file_content::not_loaded;
   return document;
@@ -100,8 +101,16 @@ void WynDocument::rememberContent(file_text const& text, bool pairs) {
                                : file_content::kept;
 }
 
+// How the user wants it written from now on may still be something else.
+void WynDocument::textIsOnDisk() {
+  lastSavedMemento_ = storage_->current_memento;
+  lastSavedFormat_.mark = byteOrderMark_;
+  updateDocumentEdited(lastSavedMemento_);
+}
+
 void WynDocument::textIsSaved() {
   lastSavedMemento_ = storage_->current_memento;
+  lastSavedFormat_ = presentFormat();
   setDocumentEdited(false);
 }
 
@@ -143,6 +152,32 @@ bool WynDocument::reopenWithEncoding(encoding::charset_t charset) {
   return true;
 }
 
+bool WynDocument::restore(documents::safety_copy copy) {
+  auto const self = weak_from_this().lock();  // an alert may let the last window go
+  file_text text;
+  std::optional<path::file_error> error;
+  try {
+    error = copy.read(text);
+    if (!error) storage_with(text.units);  // see readAgain
+  } catch (std::bad_alloc const&) {
+    documents::tell_out_of_memory(copy.file());
+    return false;
+  }
+  if (error) {
+    documents::tell_could_not_open(*error, copy.file());
+    return false;
+  }
+  replaceText(text.units);
+  auto const& format = copy.origin().format;
+  fileEncoding_ = format.charset;
+  lineEnding_ = format.line_ending;
+  byteOrderMark_ = format.byte_order_mark;
+  supplementaryPairs_ = format.pairs;
+  if (fileContent_ != file_content::not_loaded) fileContent_ = file_content::kept;
+  safetyCopies_.push_back(std::move(copy));
+  return true;
+}
+
 bool WynDocument::isToBeKept() {
   if (!isDocumentEdited_) return false;
   fileModifiedOnDiskAndWaitingForUser_ = true;
@@ -178,7 +213,10 @@ bool WynDocument::checkForFilesystemChanges() {
   }
   if (equal || replace) {
     rememberContent(text, pairs);
-    textIsSaved();
+    if (replace)
+      textIsSaved();
+    else
+      textIsOnDisk();
   } else {
     fileContent_ = file_content::kept;  // the user has chosen what is in the window
   }

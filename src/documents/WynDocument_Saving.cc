@@ -13,24 +13,49 @@ using documents::can_be_encoded;
 
 enum class outcome { saved, unchanged, damaged };
 
-/// Asks before it overwrites a read-only file. Where the file wasn't written the user knows.
-outcome save(std::string const& path, text::storage const& storage,
-             encoding::file_format const& format) {
-  std::optional<path::write_error> error;
-  try {
-    auto const contents = documents::storage_bytes(storage, format);
-    error = documents::save_file(path, contents);
-    if (error && documents::is_read_only(path)) {
-      if (!documents::ask_to_overwrite(path)) return outcome::unchanged;
-      error = documents::save_read_only_file(path, contents);
+/// A save that asks where something stands in its way. Where the file wasn't written the user
+/// knows.
+class asking_save {
+ public:
+  explicit asking_save(std::string path) : path_(std::move(path)) {}
+
+  outcome run(text::storage const& storage, encoding::file_format const& format) {
+    if (std::string const lost = documents::lost_by_saving(path_);
+        !lost.empty() && !documents::ask_to_lose_attributes(path_, lost))
+      return outcome::unchanged;
+    std::optional<path::write_error> error;
+    try {
+      documents::save_request request{path_, documents::storage_bytes(storage, format), format};
+      error = write(request, documents::save_file);
+      if (error && !refused_ && documents::is_read_only(path_)) {
+        if (!documents::ask_to_overwrite(path_)) return outcome::unchanged;
+        error = write(request, documents::save_read_only_file);
+      }
+    } catch (std::bad_alloc const&) {
+      error = path::write_error{path::make_file_error("write", path_, ENOMEM)};
     }
-  } catch (std::bad_alloc const&) {
-    error = path::write_error{path::make_file_error("write", path, ENOMEM), false};
+    if (!error) return outcome::saved;
+    if (!refused_) documents::tell_could_not_save(*error, path_);
+    return error->target_damaged ? outcome::damaged : outcome::unchanged;
   }
-  if (!error) return outcome::saved;
-  documents::tell_could_not_save(*error, path);
-  return error->target_damaged ? outcome::damaged : outcome::unchanged;
-}
+
+  /// What a damaged file should hold.
+  std::optional<documents::safety_copy> copy;
+
+ private:
+  template <typename Write>
+  std::optional<path::write_error> write(documents::save_request& request, Write save) {
+    auto const error = save(request, copy);
+    if (!error || !error->unprotected) return error;
+    refused_ = !documents::ask_to_save_without_copy(path_, *error);
+    if (refused_) return error;
+    request.without_copy = true;
+    return save(request, copy);
+  }
+
+  std::string const path_;
+  bool refused_ = false;
+};
 
 }  // namespace
 
@@ -70,7 +95,9 @@ bool WynDocument::writeToFile(std::string const& given_path) {
   auto const format = formatForSaving();
   if (!format || !mayOverwrite(path)) return false;
   auto const attributes = documents::file_attributes::of(filename_);
-  outcome const result = save(path, *storage_, *format);
+  asking_save saving(path);
+  outcome const result = saving.run(*storage_, *format);
+  if (saving.copy) safetyCopies_.push_back(std::move(*saving.copy));
   // It was no other application that has changed the file.
   if (result == outcome::damaged && path == filename_) fileStamp_ = documents::stamp_of(path);
   if (result != outcome::saved) return false;
@@ -85,6 +112,9 @@ void WynDocument::didWrite(std::string const& path, encoding::file_format const&
   byteOrderMark_ = format.byte_order_mark;
   if (path == filename_) fileContent_ = file_content::kept;
   textIsSaved();
+  for (documents::safety_copy& copy : safetyCopies_) copy.remove();
+  safetyCopies_.clear();
   fileStamp_ = documents::stamp_of(path);
+  if (!openViews_.empty()) saveMetaData(path, *openViews_.back());
   notifyFilename(filename_);
 }

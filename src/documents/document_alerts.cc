@@ -7,6 +7,7 @@
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop.h"
+#include "platform/library_folders.h"
 
 namespace documents {
 namespace {
@@ -94,6 +95,23 @@ bool ask_to_lose_unloaded_file(std::string const& path) {
 bool ask_to_overwrite(std::string const& path) {
   return may_overwrite("Couldn't Save",
                        "The file " + printable_name(path) + " is read-only. Attempt to overwrite?");
+}
+
+bool ask_to_lose_attributes(std::string const& path, std::string const& lost) {
+  return may_overwrite("Couldn't Save", "Saving would take from the file " + name_of(path) + " " +
+                                            lost + ", and you may not give it back." +
+                                            like_to_overwrite);
+}
+
+bool ask_to_save_without_copy(std::string const& path, path::file_error const& error) {
+  return ask({"No Safety Copy",
+              "No safety copy of the file " + name_of(path) + " could be made in " +
+                  quoted(printable(path::abbreviate_with_tilde(platform::state_folder()))) + ". " +
+                  error.message +
+                  ". If saving is interrupted, what the file holds may be lost. Would you like to "
+                  "save it all the same?",
+              {"Cancel", "Save Anyway"}},
+             second_button);
 }
 
 bool ask_to_revert(std::string const& path) {

@@ -22,6 +22,10 @@ bool ask_to_change_binary_file(std::string const& path);
 bool ask_to_lose_unloaded_file(std::string const& path);
 /// Overwrite a read-only file, or not.
 bool ask_to_overwrite(std::string const& path);
+/// Overwrite a file that takes a lasting harm other than to its bytes ("its capabilities"), or not.
+bool ask_to_lose_attributes(std::string const& path, std::string const& lost);
+/// Save although no safety copy could be made, or not.
+bool ask_to_save_without_copy(std::string const& path, path::file_error const& error);
 /// Revert to the version on disk, or keep the one in the window.
 bool ask_to_revert(std::string const& path);
 

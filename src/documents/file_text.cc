@@ -55,10 +55,14 @@ std::optional<path::file_error> append_rest(path::file_reader& reader, loaded_by
   return std::nullopt;
 }
 
-std::optional<path::file_error> load(std::string const& path, loaded_bytes& bytes) {
+std::optional<path::file_error> load(std::string const& path, loaded_bytes& bytes,
+                                     std::size_t skip) {
   path::file_reader reader;
   if (auto error = reader.open(path)) return error;
-  bytes = room_for(static_cast<std::size_t>(reader.info().st_size));
+  std::vector<unsigned char> skipped(skip);
+  if (auto const head = reader.read(skipped.data(), skip); head.error) return head.error;
+  auto const size = static_cast<std::size_t>(reader.info().st_size);
+  bytes = room_for(size - std::min(size, skip));
   auto const result = reader.read(bytes.begin(), bytes.size);
   if (result.error) return result.error;
   if (result.bytes == bytes.size) return append_rest(reader, bytes);
@@ -87,10 +91,10 @@ bool preserves_supplementary_characters() {
 
 std::optional<path::file_error> read_file_text(std::string const& path,
                                                std::optional<encoding::charset_t> charset,
-                                               bool pairs, file_text& text) {
+                                               bool pairs, file_text& text, std::size_t skip) {
   text.stamp = stamp_of(path);
   loaded_bytes bytes;
-  if (auto error = load(path, bytes)) return error;
+  if (auto error = load(path, bytes, skip)) return error;
   text.charset = charset ? *charset : encoding::estimate_buffer(bytes.begin(), bytes.size);
   char16_t* const units = bytes.memory->data();
   auto const decoded = encoding::decode_in_place(units, bytes.size, text.charset, pairs);

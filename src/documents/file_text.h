@@ -35,9 +35,9 @@ bool preserves_supplementary_characters();
 /// character of UTF-8 above U+FFFF is two units. The bytes are read into the memory in which they
 /// are then decoded, twice their size, and that is all that is used. Nothing if `text` has been
 /// set. Throws std::bad_alloc, also for a file of 2 GiB or more, whose text has more units than can
-/// be counted.
+/// be counted. The first `skip` bytes are passed over.
 std::optional<path::file_error> read_file_text(std::string const& path,
                                                std::optional<encoding::charset_t> charset,
-                                               bool pairs, file_text& text);
+                                               bool pairs, file_text& text, std::size_t skip = 0);
 
 }  // namespace documents

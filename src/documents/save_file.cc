@@ -1,5 +1,6 @@
 #include "documents/save_file.h"
 
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -20,23 +21,45 @@ std::optional<struct stat> info_of(std::string const& path) {
 
 }  // namespace
 
-std::optional<path::write_error> save_file(std::string const& path,
-                                           path::file_contents const& contents) {
-  if (platform::user_defaults::standard().boolean("WynSaveAtomically"))
-    if (!path::write_atomically(path, contents)) return std::nullopt;
-  return path::write_in_place(path, contents);
+std::optional<path::write_error> save_file(save_request const& request,
+                                           std::optional<safety_copy>& copy) {
+  struct stat entry;
+  bool const is_new = lstat(request.path.c_str(), &entry) != 0 && errno == ENOENT;
+  if (is_new || platform::user_defaults::standard().boolean("WynSaveAtomically"))
+    if (!path::write_atomically(request.path, request.contents)) return std::nullopt;
+  auto const protect = [&]() -> std::optional<path::file_error> {
+    auto error = safety_copy::create({request.path, "", request.format}, request.contents, copy);
+    return request.without_copy ? std::nullopt : error;
+  };
+  auto const error = path::write_in_place_protected(request.path, request.contents, protect);
+  if (copy && !(error && error->target_damaged)) {
+    copy->remove();
+    copy.reset();
+  }
+  return error;
 }
 
-std::optional<path::write_error> save_read_only_file(std::string const& path,
-                                                     path::file_contents const& contents) {
+std::optional<path::write_error> save_read_only_file(save_request const& request,
+                                                     std::optional<safety_copy>& copy) {
+  std::string const& path = request.path;
   auto const info = info_of(path);
   mode_t const mode = info ? info->st_mode & permission_bits : 0;
   if (!info || chmod(path.c_str(), mode | write_bits) != 0)
     return path::write_error{path::make_file_error("chmod", path, errno), false};
-  auto const error = save_file(path, contents);
+  auto const error = save_file(request, copy);
   if (chmod(path.c_str(), mode) != 0 && !error)
     return path::write_error{path::make_file_error("chmod", path, errno), false};
   return error;
+}
+
+std::string lost_by_saving(std::string const& path) {
+  auto const info = info_of(path);
+  if (!info || !S_ISREG(info->st_mode) || geteuid() == 0) return "";
+  // The system takes these away when anybody but root writes; only the owner can bring back marks.
+  if (getxattr(path.c_str(), "security.capability", nullptr, 0) > 0) return "its capabilities";
+  if (info->st_uid == geteuid()) return "";
+  if (info->st_mode & S_ISUID) return "its set-user-ID mark";
+  return (info->st_mode & S_ISGID) && (info->st_mode & S_IXGRP) ? "its set-group-ID mark" : "";
 }
 
 bool is_read_only(std::string const& path) {

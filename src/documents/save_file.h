@@ -5,18 +5,35 @@
 #include <optional>
 #include <string>
 
+#include "documents/safety_copy.h"
+#include "encoding/stream_encoder.h"
 #include "path/file_writer.h"
 
 namespace documents {
 
-/// Writes the contents at `path`, atomically if the user default WynSaveAtomically is true. What
-/// can't be written atomically is written in place. Nothing if all went well.
-std::optional<path::write_error> save_file(std::string const& path,
-                                           path::file_contents const& contents);
+/// What is to be saved where, and how it is protected meanwhile.
+struct save_request {
+  std::string path;
+  path::file_contents contents;
+  encoding::file_format format;  ///< in which the contents were made
+  /// The user wants the file overwritten even if no safety copy can be made.
+  bool without_copy = false;
+};
+
+/// Writes the contents: atomically if the user default WynSaveAtomically is true or there is no
+/// file yet, unless the file would lose something by that (other links to it, its owner, its
+/// attributes); else in place, when a safety copy holds the new bytes until they are on the disk.
+/// Nothing if all went well. If the file is damaged `copy` holds what it should hold.
+std::optional<path::write_error> save_file(save_request const& request,
+                                           std::optional<safety_copy>& copy);
 
 /// The same for a file whose permissions forbid it: they are set aside for so long.
-std::optional<path::write_error> save_read_only_file(std::string const& path,
-                                                     path::file_contents const& contents);
+std::optional<path::write_error> save_read_only_file(save_request const& request,
+                                                     std::optional<safety_copy>& copy);
+
+/// Which of the file's attributes writing it would take away that can't be given back, in words
+/// for the user ("its set-user-ID mark"); "" if none.
+std::string lost_by_saving(std::string const& path);
 
 /// Whether there is a file whose permissions let nobody write it.
 bool is_read_only(std::string const& path);

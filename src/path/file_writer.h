@@ -31,6 +31,8 @@ file_contents contents_of(std::string_view bytes);
 struct write_error : file_error {
   /// The file's old bytes are gone, or some of them, and the new ones aren't all there.
   bool target_damaged = false;
+  /// The file is as it was: its new bytes could not be put in safety before it was overwritten.
+  bool unprotected = false;
 };
 
 // Both ways follow a symbolic link, so that the link survives, and make the file if there is none,
@@ -43,6 +45,15 @@ struct write_error : file_error {
 /// leaves the old bytes alone. A new file that can't be written whole is removed again.
 std::optional<write_error> write_in_place(std::string const& path, file_contents const& contents,
                                           file_system_calls& calls = file_system_calls::system());
+
+/// Called when all is ready for a file to be overwritten and nothing has been: puts what would be
+/// lost if that stopped halfway in safety, or gives the reason why it can't.
+using protection = std::function<std::optional<file_error>()>;
+
+/// The same, and `protect` is called unless one step does it all.
+std::optional<write_error> write_in_place_protected(
+    std::string const& path, file_contents const& contents, protection const& protect,
+    file_system_calls& calls = file_system_calls::system());
 
 /// Puts a new file with the same owner, permissions and attributes in the place of the old one, so
 /// that at any moment either the old or the new bytes are found whole. Other hard links keep the

@@ -17,15 +17,16 @@ class in_place_write {
   in_place_write(std::string const& path, file_system_calls& calls)
       : path_(path), calls_(calls), output_(calls) {}
 
-  std::optional<write_error> run(file_contents const& contents) {
+  std::optional<write_error> run(file_contents const& contents, protection const& protect) {
     auto failure = open();
     if (!failure) failure = reserve(contents.size);
-    // What has to be kept of the old bytes must be safe at this point.
+    bool const unprotected = !failure && protect && contents.size != 0 && (failure = protect());
+    if (unprotected) release();
     if (!failure) failure = overwrite(contents);
     if (!failure) return std::nullopt;
-    bool const damaged = touched() && !created_;
-    if (created_ && !complete_) calls_.unlink(path_.c_str());
-    return write_error{*failure, damaged};
+    bool const gone = created_ && !complete_ && calls_.unlink(path_.c_str()) == 0;
+    bool const damaged = touched() && !gone && !(created_ && complete_);
+    return write_error{*failure, damaged, unprotected};
   }
 
  private:
@@ -100,7 +101,14 @@ class in_place_write {
 
 std::optional<write_error> write_in_place(std::string const& path, file_contents const& contents,
                                           file_system_calls& calls) {
-  return in_place_write(path, calls).run(contents);
+  return in_place_write(path, calls).run(contents, nullptr);
+}
+
+std::optional<write_error> write_in_place_protected(std::string const& path,
+                                                    file_contents const& contents,
+                                                    protection const& protect,
+                                                    file_system_calls& calls) {
+  return in_place_write(path, calls).run(contents, protect);
 }
 
 }  // namespace path

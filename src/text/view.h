@@ -202,6 +202,9 @@ class view {
   bool saved_selection_pending = false;
   bool center_selection_pending = false;  ///< asked for at the end of the present action
   bool scroll_caret_pending = false;
+  /// Where the screen began when the view was last shown; -1 asks to bring the caret in sight.
+  std::ptrdiff_t first_visible_line = -1;
+  size_t first_visible_column = 0;
   unsigned long document_tag = obtain_document_tag();
   std::unique_ptr<class storage_filter> storage_filter;
   std::unique_ptr<filter> tokenize_filter;

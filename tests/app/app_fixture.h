@@ -22,7 +22,9 @@ class app_test : public testing::Test {
   app_test()
       : former_defaults_(platform::user_defaults::set_standard(
             std::make_unique<platform::user_defaults>(std::string()))),
-        app_(std::make_unique<AppDelegate>(menus(), folder / "state/RecentFiles.plist")) {}
+        app_(std::make_unique<AppDelegate>(menus(), folder / "state/RecentFiles.plist")) {
+    setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
+  }
   ~app_test() override {
     app_.reset();
     platform::user_defaults::set_standard(std::move(former_defaults_));

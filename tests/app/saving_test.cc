@@ -104,10 +104,10 @@ TEST_F(saving, closing_asks_only_about_unsaved_changes) {
   desktop.loop().run_for(0);
   WynDocumentController& again = open("b", "x");
   EXPECT_EQ(again.textDocument()->length(), 1u);  // read anew
-  type(again, u"z");
+  type(again, u"z");                              // where the caret was when it was closed
   answer_save("b", "Save");
   perform(again, "performClose:");
-  EXPECT_EQ(folder.read(folder / "b"), "zx");
+  EXPECT_EQ(folder.read(folder / "b"), "xz");
 }
 
 TEST_F(saving, a_close_stays_open_when_the_save_panel_is_cancelled) {

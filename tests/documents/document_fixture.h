@@ -15,6 +15,7 @@
 /// A folder of files, settings of its own, and alerts that are answered from a script.
 struct document_fixture {
   document_fixture() {
+    setenv("XDG_STATE_HOME", state.path().c_str(), 1);
     former_defaults = platform::user_defaults::set_standard(
         std::make_unique<platform::user_defaults>(std::string()));
   }
@@ -48,7 +49,7 @@ struct document_fixture {
 
   headless::headless_desktop desktop;
   std::unique_ptr<platform::user_defaults> former_defaults;
-  temporary_folder folder;
+  temporary_folder folder, state;
 };
 
 class document : public ::testing::Test, public document_fixture {};

@@ -36,6 +36,28 @@ TEST_F(document, is_edited_when_its_text_is_not_the_saved_one) {
   EXPECT_TRUE(d->isDocumentEdited());
 }
 
+TEST_F(document, is_edited_when_it_would_be_written_in_another_way) {
+  auto const untitled = WynDocument::document();
+  untitled->setLineEnding(line_ending::CR);
+  EXPECT_FALSE(untitled->isDocumentEdited());
+
+  auto const d = document_of("text\n");
+  d->setLineEnding(line_ending::CRLF);
+  EXPECT_TRUE(d->isDocumentEdited());
+  d->setLineEnding(line_ending::LF);
+  EXPECT_FALSE(d->isDocumentEdited());
+  d->setFileEncoding(encoding::UTF16LE);
+  folder.write("file", "text\n");
+  EXPECT_FALSE(d->checkForFilesystemChanges());
+  EXPECT_TRUE(d->isDocumentEdited());
+  EXPECT_TRUE(save(d));
+  EXPECT_FALSE(d->isDocumentEdited());
+  d->setFileEncoding(encoding::UTF8);
+  d->setByteOrderMark(true);
+  EXPECT_TRUE(d->reopenWithEncoding(encoding::UTF16LE));
+  EXPECT_FALSE(d->isDocumentEdited());
+}
+
 TEST_F(document, numbers_those_without_a_name) {
   auto one = WynDocument::document();
   auto two = WynDocument::document();

@@ -1,0 +1,8 @@
+#pragma once
+
+class AppDelegate;
+
+/// Offers the user the texts that were left in safety copies by programs which ended before these
+/// were in their files: each is restored as unsaved text, kept for later, compared with its file,
+/// or discarded. One whose file holds the same text goes without a question.
+void offer_safety_copies(AppDelegate& app);

@@ -1,0 +1,158 @@
+#include "documents/view_metadata.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <optional>
+
+#include "documents/file_metadata.h"
+#include "text/bookmark_filter.h"
+
+namespace documents {
+namespace {
+
+constexpr char const* bookmarks_name = "com.quirnworks.bookmarked_lines";
+constexpr char const* foldings_name = "com.quirnworks.foldings";
+constexpr char const* caret_name = "com.quirnworks.caret";
+
+plist::value decimal(std::size_t number) {
+  return std::to_string(number);
+}
+
+/// Nothing for a value that is no number, or a negative one.
+std::optional<std::size_t> number(plist::value const& value) {
+  std::int64_t const n = value.integer_or(-1);
+  if (n < 0) return std::nullopt;
+  return static_cast<std::size_t>(n);
+}
+
+text::iterator nearest(text::storage& storage, std::size_t line, std::size_t column) {
+  line = std::min(line, storage.lines() - 1);
+  return {line, std::min(column, storage.size(line)), &storage};
+}
+
+text::iterator at_offset(text::storage& storage, std::size_t offset) {
+  std::size_t line = 0;
+  for (; line + 1 < storage.lines() && offset > storage.size(line); ++line)
+    offset -= storage.size(line) + 1;
+  return nearest(storage, line, offset);
+}
+
+void load_bookmarks(plist::value const& list, text::view& view) {
+  for (plist::value const& element : list.elements())
+    if (auto const line = number(element); line && *line < view.storage->lines())
+      view.set_bookmark(*line, 0, true);
+}
+
+plist::value bookmarks_of(text::view const& view) {
+  plist::array lines;
+  for (auto const& [line, column] : view.bookmark_filter->nodes) lines.push_back(decimal(line));
+  return lines.empty() ? plist::value() : plist::value(lines);
+}
+
+void load_folds(plist::value const& list, text::view& view) {
+  std::vector<text::kept_fold> folds;
+  for (plist::value const& element : list.elements()) {
+    auto const field = [&](char const* key, char const* long_key) {
+      return number(element[key] ? element[key] : element[long_key]);
+    };
+    auto const from = field("f", "from"), to = field("t", "to"), indent = field("i", "indent");
+    if (!from || !to || !indent) continue;
+    if (*from < *to && *to < view.storage->lines())
+      folds.push_back({*from, *to, *indent});
+    else
+      std::printf("skip folding: %zu - %zu\n", *from, *to);
+  }
+  if (view.folding_filter) view.folding_filter->restore_folds(folds);
+}
+
+plist::value folds_of(text::hiding_filter const& filter) {
+  plist::array list;
+  for (auto const& [from, to, indent] : filter.folds_to_keep())
+    list.push_back(plist::dictionary{
+        {"from", decimal(from)}, {"to", decimal(to)}, {"indent", decimal(indent)}});
+  return list.empty() ? plist::value() : plist::value(list);
+}
+
+void load_caret(plist::value const& caret, text::view& view) {
+  if (!caret.as_dictionary()) return;
+  view.selection.set_caret(load_iterator(view, caret));
+  view.first_visible_line = -1;
+}
+
+template <typename Number>
+Number number_at(plist::data const& bytes, std::size_t offset) {
+  Number result;
+  std::memcpy(&result, bytes.data() + offset, sizeof result);
+  return result;
+}
+
+}  // namespace
+
+plist::dictionary savable_iterator(text::view_iterator const& it) {
+  return {{"line", it.base.line}, {"column", it.base.column}};
+}
+
+text::view_iterator load_iterator(text::view& view, plist::value const& place) {
+  return view.in_view(nearest(*view.storage, number(place["line"]).value_or(0),
+                              number(place["column"]).value_or(0)));
+}
+
+plist::dictionary view_metadata(text::view const& view) {
+  text::selection const& selection = view.selection;
+  plist::dictionary result{{"caret", savable_iterator(selection.current_mark)},
+                           {"firstVisibleLine", view.first_visible_line},
+                           {"firstVisibleColumn", view.first_visible_column}};
+  if (!selection.empty()) {
+    result["selectFrom"] = savable_iterator(selection.first_mark);
+    result["selectTo"] = savable_iterator(selection.last_mark);
+    result["columnSelection"] = selection.column_mode;
+  }
+  return result;
+}
+
+void set_view_metadata(text::view& view, plist::value const& metadata) {
+  if (metadata["caret"]) view.selection.set_caret(load_iterator(view, metadata["caret"]));
+  if (metadata["selectFrom"] && metadata["selectTo"])
+    view.selection.select(load_iterator(view, metadata["selectFrom"]),
+                          load_iterator(view, metadata["selectTo"]),
+                          metadata["columnSelection"].boolean_or(false));
+  view.first_visible_line = std::max<std::int64_t>(metadata["firstVisibleLine"].integer_or(-1), -1);
+  view.first_visible_column = number(metadata["firstVisibleColumn"]).value_or(0);
+}
+
+void load_view_attributes(std::string const& path, text::view& view) {
+  load_bookmarks(GetFileAttribute(path, bookmarks_name), view);
+  load_folds(GetFileAttribute(path, foldings_name), view);
+  load_caret(GetFileAttribute(path, caret_name), view);
+}
+
+void save_view_attributes(std::string const& path, text::view const& view) {
+  savePlistMetadata(path, bookmarks_of(view), bookmarks_name);
+  // A view that can't fold doesn't know what others have folded.
+  if (view.folding_filter) savePlistMetadata(path, folds_of(*view.folding_filter), foldings_name);
+  text::iterator const& caret = view.selection.current_mark.base;
+  savePlistMetadata(
+      path, plist::dictionary{{"line", decimal(caret.line)}, {"column", decimal(caret.column)}},
+      caret_name);
+}
+
+void go_to_position(text::view& view, plist::data const& record) {
+  view.first_visible_line = -1;
+  auto const line = number_at<std::int16_t>(record, 2);
+  if (line >= 0) return go_to_line(view, static_cast<std::size_t>(line));
+  auto const start = number_at<std::int32_t>(record, 4), end = number_at<std::int32_t>(record, 8);
+  if (start < 0 || start > end) return;
+  auto const at = [&](std::int32_t offset) {
+    return view.in_view(at_offset(*view.storage, static_cast<std::size_t>(offset)));
+  };
+  view.selection.set_caret(at(start));
+  view.selection.select(at(start), at(end), false);
+}
+
+void go_to_line(text::view& view, std::size_t line) {
+  view.selection.set_caret(view.in_view(nearest(*view.storage, line, 0)));
+  view.first_visible_line = -1;
+}
+
+}  // namespace documents

@@ -1,0 +1,68 @@
+#include "app/app_fixture.h"
+#include "documents/safety_copy.h"
+
+namespace {
+
+constexpr char const* title = "Unsaved Text Was Found";
+
+class left_over_text : public app_test {
+ protected:
+  void leave(std::string const& path, std::string const& bytes) {
+    std::optional<documents::safety_copy> copy;
+    ASSERT_FALSE(
+        documents::safety_copy::create({path, "untitled", {}}, path::contents_of(bytes), copy));
+  }
+  std::string shown(WynDocumentController* controller) {
+    auto& view = controller->textView();
+    std::string text;
+    for (std::size_t line = 0; line < view.view()->storage->lines(); ++line)
+      for (char16_t unit : view.view()->storage->line_units(line)) text += char(unit);
+    return text;
+  }
+};
+
+TEST_F(left_over_text, is_offered_at_the_start_until_it_is_dealt_with) {
+  std::string const file = folder.write("notes", "a\nb\nc\n");
+  leave(file, "a\nB\nc\nd\n");
+  app().didFinishLaunching();
+  desktop.loop().run_for(0);
+  ASSERT_EQ(desktop.alerts().shown.size(), 1u);
+  std::string const text = desktop.alerts().shown[0].text;
+  EXPECT_NE(text.find("2 lines would be added and 1 line removed.\n\n- b\n+ B\n+ d"), text.npos)
+      << text;
+  EXPECT_EQ(alerts(), titles{std::string(title) + "|Keep for Later"});
+
+  answer(title, "Compare");
+  perform(*app().orderedControllers()[0], "offerSafetyCopies:");
+  EXPECT_NE(shown(app().orderedControllers()[0]).find("@@ -1,4 +1,5 @@ a-b+B c+d "), text.npos)
+      << shown(app().orderedControllers()[0]);
+
+  answer(title, "Restore");
+  perform(*app().orderedControllers()[0], "offerSafetyCopies:");
+  EXPECT_EQ(windows()[0], "*notes");
+  EXPECT_EQ(shown(app().orderedControllers()[0]), "aBcd");
+  EXPECT_EQ(folder.read(file), "a\nb\nc\n");
+  EXPECT_EQ(alerts().size(), 2u);
+  perform(*app().orderedControllers()[0], "offerSafetyCopies:");  // this program has it already
+  EXPECT_EQ(alerts(), titles());
+}
+
+TEST_F(left_over_text, of_no_file_is_offered_too_and_can_be_discarded) {
+  leave("", "lost");
+  leave(folder / "vanished/file", "also lost");
+  leave(folder.write("saved", "same"), "same");
+  answer(title, "Restore");
+  app().didFinishLaunching();
+  desktop.loop().run_for(0);
+  EXPECT_EQ(alerts().size(), 2u);
+  EXPECT_EQ(windows(), (titles{"*file", "*untitled 2"}));
+  EXPECT_EQ(shown(app().orderedControllers()[1]), "lost");
+
+  leave("", "unwanted");
+  answer(title, "Discard");
+  perform(*app().orderedControllers()[0], "offerSafetyCopies:");
+  perform(*app().orderedControllers()[0], "offerSafetyCopies:");
+  EXPECT_EQ(alerts().size(), 1u);
+}
+
+}  // namespace

@@ -1,0 +1,150 @@
+#include "documents/safety_copy.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "documents/document_fixture.h"
+#include "path/faulting_calls.h"
+
+namespace {
+
+using documents::safety_copy;
+
+class safety_copies : public document {
+ protected:
+  std::string const folder_ = state / "Quirnote";
+
+  std::optional<safety_copy> make(std::string const& path, std::string const& bytes) {
+    std::optional<safety_copy> copy;
+    auto const error = safety_copy::create({path, "untitled\n2", {encoding::UTF16LE}},
+                                           path::contents_of(bytes), copy);
+    EXPECT_FALSE(error) << error->message;
+    return copy;
+  }
+  std::size_t files() const {
+    std::size_t n = 0;
+    for ([[maybe_unused]] auto const& e : std::filesystem::directory_iterator(folder_)) ++n;
+    return n;
+  }
+};
+
+TEST_F(safety_copies, are_left_over_once_nobody_holds_them) {
+  std::filesystem::create_directory(folder_);
+  ASSERT_EQ(chmod(folder_.c_str(), 0777), 0);
+  std::string const path = folder / "li\nne\xFF";
+  auto copy = make(path, std::string("\xFF\xFE"
+                                     "a\0\n\0",
+                                     6));
+  struct stat info;
+  ASSERT_EQ(stat(folder_.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 07777, 0700u);
+  ASSERT_EQ(stat(copy->file().c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 07777, 0600u);
+  EXPECT_TRUE(safety_copy::left_over().empty());
+
+  copy.reset();
+  for (int start = 0; start < 2; ++start) {
+    auto const found = safety_copy::left_over();
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_TRUE(safety_copy::left_over().empty());  // another program has it now
+    EXPECT_EQ(found[0].origin().path, path);
+    EXPECT_EQ(found[0].origin().format.charset, encoding::UTF16LE);
+    documents::file_text text;
+    EXPECT_FALSE(found[0].read(text));
+    EXPECT_TRUE(text.units.view() == u"a\n");
+    EXPECT_FALSE(found[0].is_in_place());
+    folder.write("li\nne\xFF", std::string("\xFF\xFE"
+                                           "a\0\n\0",
+                                           6));
+    EXPECT_TRUE(found[0].is_in_place());
+    std::filesystem::remove(path);
+  }
+  auto const untitled = make("", "");
+  EXPECT_EQ(untitled->name(), "untitled\u240A2");
+}
+
+TEST_F(safety_copies, pass_over_what_is_none) {
+  make(folder / "x", "text");
+  std::string const good = safety_copy::left_over().at(0).file();
+  ASSERT_EQ(symlink(good.c_str(), (folder_ + "/SafetyCopy-1").c_str()), 0);
+  ASSERT_EQ(mkfifo((folder_ + "/SafetyCopy-2").c_str(), 0600), 0);
+  state.write("Quirnote/SafetyCopy-3", "Quirnote safety copy 9999999999999999999999\n");
+  state.write("Quirnote/SafetyCopy-4", "Quirnote safety copy 70\nshort");
+  state.write("Quirnote/SafetyCopy-5", "");
+  state.write("Quirnote/SafetyCopy-6.part", "just begun");
+  std::string const old = state.write("Quirnote/SafetyCopy-7.part", "interrupted");
+  timespec const long_ago[2] = {{1000, 0}, {1000, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, old.c_str(), long_ago, 0), 0);
+  if (geteuid() == 0) {
+    std::filesystem::copy_file(good, folder_ + "/SafetyCopy-8");
+    ASSERT_EQ(chown((folder_ + "/SafetyCopy-8").c_str(), 1234, 1234), 0);
+  }
+  auto const before = files();
+  auto const found = safety_copy::left_over();
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].file(), good);
+  EXPECT_EQ(files(), before - 1);
+  EXPECT_FALSE(std::filesystem::exists(old));
+}
+
+TEST_F(safety_copies, failure_of_any_call_leaves_nothing_behind) {
+  std::string const bytes(5000, 'x');
+  for (int nth = 1;; ++nth) {
+    faulting_calls calls(nth, ENOSPC);
+    std::optional<safety_copy> copy;
+    auto const error =
+        safety_copy::create({folder / "x", "", {}}, path::contents_of(bytes), copy, calls);
+    if (!calls.has_failed()) {
+      EXPECT_GT(nth, 10);
+      break;
+    }
+    SCOPED_TRACE(std::to_string(nth) + calls.failed_call());
+    EXPECT_NE(error.has_value(), copy.has_value());
+    if (copy) copy->remove();
+    EXPECT_TRUE(!std::filesystem::exists(folder_) || files() == 0);
+  }
+}
+
+TEST_F(safety_copies, user_is_asked_when_none_can_be_made) {
+  state.write("Quirnote", "no folder");
+  auto const d = document_of("old");
+  type(*d, u" and new");
+  EXPECT_FALSE(save(d));
+  EXPECT_EQ(alerts(),
+            std::vector<std::string>{
+                "No Safety Copy|No safety copy of the file \u201Cfile\u201D could be made "
+                "in \u201C" +
+                folder_ +
+                "\u201D. Not a directory. If saving is interrupted, what the file holds "
+                "may be lost. Would you like to save it all the same?|Cancel"});
+  EXPECT_EQ(on_disk(), "old");
+  EXPECT_TRUE(d->isDocumentEdited());
+  answer("No Safety Copy", "Save Anyway");
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(on_disk(), "old and new");
+  alerts();
+  type(*d, u"!");
+  defaults().set("WynSaveAtomically", true);  // which needs none
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(alerts().size(), 0u);
+}
+
+TEST_F(safety_copies, restored_text_is_unsaved_and_the_copy_goes_when_it_is_saved) {
+  make(folder / "file", std::string("\xFF\xFE"
+                                    "n\0\n\0",
+                                    6));
+  auto const d = document_of("old");
+  EXPECT_TRUE(d->restore(std::move(safety_copy::left_over().at(0))));
+  EXPECT_EQ(text_of(*d), u"n\n");
+  EXPECT_TRUE(d->isDocumentEdited());
+  EXPECT_EQ(on_disk(), "old");
+  EXPECT_TRUE(safety_copy::left_over().empty());
+  EXPECT_EQ(files(), 1u);
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(on_disk(), std::string("\xFF\xFE"
+                                   "n\0\n\0",
+                                   6));
+  EXPECT_EQ(files(), 0u);
+}
+
+}  // namespace
