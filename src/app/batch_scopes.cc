@@ -1,7 +1,7 @@
 #include "app/batch_scopes.h"
 
 #include "bundles/shipped_grammars.h"
-#include "grammar/line_parser.h"
+#include "grammar/tokenize_filter.h"
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/library_folders.h"
@@ -30,7 +30,7 @@ void print_line(std::string& out, text::unit_view units, grammar::line_tokens co
 
 }  // namespace
 
-std::string batch_scopes(text::storage const& storage, std::string const& path) {
+std::string batch_scopes(text::storage& storage, std::string const& path) {
   std::string const file = platform::user_defaults::standard().string("WynGrammarFile");
   shipped_grammars const grammars =
       read_shipped_grammars(path::join(platform::shared_support_folder(), "Bundles"), file);
@@ -41,18 +41,12 @@ std::string batch_scopes(text::storage const& storage, std::string const& path) 
         std::vector<grammar::catalogue::entry>{{"", "", "", [] { return plist::dictionary(); }}});
     start = 0;
   }
-  auto const paths = std::make_shared<grammar::path_tree>(*all_rules, start);
-  grammar::line_parser parser(all_rules, start, paths);
-  grammar::reference_stack references;
-  std::atomic<bool> const stop = false;
+  grammar::tokenize_filter tokenizer(storage);
+  tokenizer.set_rules(all_rules, start);
+  while (!tokenizer.wait_for(storage.lines(), std::chrono::hours(1))) continue;
   std::string out;
-  for (std::size_t line = 0; line < storage.lines(); ++line) {
-    text::unit_view const units = storage.line_units(line);
-    bool const is_last = line + 1 == storage.lines();
-    grammar::line_tokens tokens;
-    parser.parse_line(std::u16string(units) + (is_last ? u"" : u"\n"), is_last, tokens, references,
-                      stop);
-    print_line(out, units, tokens, *paths);
-  }
+  std::lock_guard lock(storage.mutex);
+  for (std::size_t line = 0; line < storage.lines(); ++line)
+    print_line(out, storage.line_units(line), tokenizer.tokens(line), *tokenizer.paths());
   return out;
 }

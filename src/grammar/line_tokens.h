@@ -36,6 +36,10 @@ class line_tokens {
     auto const behind = std::lower_bound(tokens_.begin(), tokens_.end(), column, is_before);
     return behind != tokens_.end() && behind->column == column ? *behind : *(behind - 1);
   }
+  /// The tokens at `column` and behind it.
+  std::vector<token> from(std::uint32_t column) const {
+    return {std::lower_bound(tokens_.begin(), tokens_.end(), column, is_before), tokens_.end()};
+  }
   /// Takes the tokens from `column` on away, but for the one at column 0.
   void erase_from(std::uint32_t column) {
     tokens_.erase(std::lower_bound(tokens_.begin(), tokens_.end(), std::max(column, 1u), is_before),

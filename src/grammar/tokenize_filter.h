@@ -1,0 +1,119 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "grammar/line_parser.h"
+#include "text/filter.h"
+#include "text/selection.h"
+#include "text/storage.h"
+
+namespace platform {
+class run_loop;
+}
+
+namespace grammar {
+
+/// The filter of a view that knows the scope of each place in the text. It changes no coordinates:
+/// it keeps the tokens of each line, moves them with each edit, so that what is drawn right away
+/// looks sensible, and has a thread of its own parse what changed, from the first dirty line down,
+/// until a line ends in the state in which it ended before.
+///
+/// All state is under the mutex of the storage. The worker holds that except while it parses a
+/// line, of which it has a copy; a change meanwhile makes it throw the result away.
+///
+///     auto filter = std::make_unique<grammar::tokenize_filter>(storage);
+///     filter->set_rules(all_rules, all_rules->index_named("source.c"));
+///     view.install_tokenize_filter(std::move(filter));
+///
+/// Main thread. The storage must outlive the filter.
+class tokenize_filter : public text::filter {
+ public:
+  /// How long the main thread waits for the worker; then it goes on with what is known.
+  static constexpr std::chrono::milliseconds patience{100};
+
+  explicit tokenize_filter(text::storage& storage);
+  ~tokenize_filter() override;
+
+  /// Chooses a grammar and forgets all tokens; null or an index that isn't there for none. False if
+  /// it is the one chosen already.
+  bool set_rules(std::shared_ptr<catalogue const> all_rules, unsigned start_rule);
+  std::shared_ptr<catalogue const> const& all_rules() const { return all_rules_; }
+  unsigned start_rule() const { return start_rule_; }
+
+  /// Called by the main loop after lines have got other tokens; see `take_redraw_range`.
+  void set_reset_display(std::function<void()> reset_display);
+  /// The lines, half open, that have changed since the last call.
+  std::optional<std::pair<std::size_t, std::size_t>> take_redraw_range();
+
+  /// Waits until `line` is parsed, but not longer than `limit`; then tells whether it is. The
+  /// caller may hold the storage's mutex once, not more often.
+  bool wait_for(std::size_t line, std::chrono::milliseconds limit = patience);
+
+  /// The path at a position; at the text's end that of the last unit. Under the storage's mutex.
+  bit_stack::storage graph_path(text::pos at) const;
+  /// What is common to the paths in and at the ends of a selection, after waiting if `wait`.
+  bit_stack::storage graph_path_for_selection(text::selection const& selection, bool wait);
+  /// The names of the scopes on a path of this view; none without a grammar.
+  std::vector<std::string> scopes(bit_stack::storage const& path) const;
+  /// The runs of a line: columns and paths, which `paths` knows. Under the storage's mutex.
+  line_tokens const& tokens(std::size_t line) const { return lines_[line]; }
+  path_tree const* paths() const { return paths_.get(); }
+
+  using filter::did_insert;
+  using filter::will_erase;
+  void did_insert(text::pos const& from, text::pos const& to) override;
+  void will_erase(text::pos const& from, text::pos const& to) override;
+  void did_erase(text::iterator const& at, int count) override;
+
+ private:
+  enum class command { go_on, changed, idle, stop };
+
+  void reparse_from(std::size_t first, std::size_t last);
+  void insert_references(text::pos const& from, std::size_t added);
+  void erase_references(std::size_t from, std::size_t to);
+
+  // On the worker's thread.
+  void work();
+  void take_rules();
+  void parse_dirty_line(std::unique_lock<std::recursive_mutex>& lock);
+  void store(std::size_t line, line_tokens tokens, reference_stack references);
+  void dirty_next(std::size_t line);
+  void rest(std::unique_lock<std::recursive_mutex>& lock);
+  void post_redraw();
+
+  text::storage& storage_;
+  platform::run_loop* loop_;
+  std::shared_ptr<catalogue const> all_rules_;
+  unsigned start_rule_ = 0;
+  std::shared_ptr<path_tree> paths_;
+  std::vector<line_tokens> lines_;
+  std::map<std::size_t, reference_stack> references_;  ///< at the ends of lines; not the empty ones
+  std::condition_variable_any main_wait_, worker_wait_;
+  std::size_t first_dirty_ = 0, last_dirty_ = 0;  ///< half open
+  std::optional<std::size_t> requested_line_;     ///< for which the main thread waits
+  std::optional<std::pair<std::size_t, std::size_t>> redraw_;
+  command worker_should_ = command::changed;
+  std::atomic<bool> discard_ = false;  ///< what the worker is parsing is of no use
+  std::shared_ptr<std::function<void()>> reset_display_;
+
+  // The worker's own:
+  std::unique_ptr<line_parser> parser_;
+  std::shared_ptr<path_tree> parser_paths_;
+  static constexpr std::size_t no_change = ~std::size_t{0};
+  std::size_t first_change_ = no_change;
+
+  std::thread thread_;
+};
+
+}  // namespace grammar
