@@ -1,0 +1,32 @@
+#include "bundles/BaseItem.h"
+
+#include "bundles/BundleManager.h"
+#include "bundles/item_file.h"
+#include "platform/unicode.h"
+
+#include <typeinfo>
+
+BaseItem::BaseItem(BundleManager& manager, std::string name, std::string kind, std::string UUID)
+    : manager_(manager),
+      name_(std::move(name)),
+      kind_(std::move(kind)),
+      UUID_(UUID.empty() ? bundles::stringWithUUID() : std::move(UUID)) {}
+
+void BaseItem::setName(std::string name) {
+  if (name == name_) return;
+  name_ = std::move(name);
+  setModified(true);
+}
+
+void BaseItem::setModified(bool modified) {
+  isModified_ = modified;
+  if (modified) manager_.setModified(true);
+}
+
+bool BaseItem::isEqual(BaseItem const& other) const {
+  return this == &other || (typeid(*this) == typeid(other) && UUID_ == other.UUID_);
+}
+
+int caseInsensitiveCompare(std::string const& a, std::string const& b) {
+  return unicode::lowercase(a).compare(unicode::lowercase(b));
+}

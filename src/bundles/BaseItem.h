@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+
+class BundleManager;
+
+/// What bundles and their items have in common. Identified by the UUID; names may repeat. Owned by
+/// the manager, which must outlive it. Main thread only.
+class BaseItem {
+ public:
+  /// Without a UUID it gets a fresh one.
+  BaseItem(BundleManager& manager, std::string name, std::string kind, std::string UUID);
+  BaseItem(BaseItem const&) = delete;
+  BaseItem& operator=(BaseItem const&) = delete;
+  virtual ~BaseItem() = default;
+
+  std::string const& name() const { return name_; }
+  std::string const& kind() const { return kind_; }
+  std::string const& UUID() const { return UUID_; }
+  bool isModified() const { return isModified_; }
+  BundleManager& manager() const { return manager_; }
+
+  void setName(std::string name);
+  /// What is modified is written by saveChanges(), and the manager is told.
+  void setModified(bool modified);
+
+  /// Whether both are the same bundle or item.
+  bool isEqual(BaseItem const& other) const;
+
+  /// Writes all of it, without layers, under a free name in the directory. The name, or "" on
+  /// failure.
+  virtual std::string writeToDirectory(std::string const& directory) = 0;
+  /// Writes what has changed to the user's own files. On failure, which is logged and heard, it
+  /// stays modified.
+  virtual void saveChanges() = 0;
+
+ private:
+  BundleManager& manager_;
+  std::string name_, kind_, UUID_;
+  bool isModified_ = false;
+};
+
+/// Below, equal to or above 0, letters of either case being equal.
+int caseInsensitiveCompare(std::string const& a, std::string const& b);

@@ -1,0 +1,294 @@
+#include "bundles/Bundle.h"
+
+#include "bundles/BundleItem.h"
+#include "bundles/BundleManager.h"
+#include "bundles/bundle_alerts.h"
+#include "bundles/bundle_scan.h"
+#include "bundles/item_file.h"
+#include "bundles/item_kinds.h"
+#include "path/path.h"
+#include "plist/delta.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <map>
+
+using bundles::string_array;
+
+namespace {
+
+constexpr char const* info_file = "/info.plist";
+
+bool is_delta(plist::value const& dictionary) {
+  return dictionary["isDelta"].integer_or(0) != 0;
+}
+
+plist::array strings(std::vector<std::string> const& list) {
+  return {list.begin(), list.end()};
+}
+
+bool contains(std::vector<std::string> const& list, std::string_view text) {
+  return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+}  // namespace
+
+std::shared_ptr<Bundle> Bundle::bundleWithName(BundleManager& manager, std::string name) {
+  plist::dictionary content{{"name", std::move(name)}, {"uuid", bundles::stringWithUUID()}};
+  auto bundle = std::make_shared<Bundle>(manager, std::move(content), std::vector<std::string>(),
+                                         std::string());
+  bundle->setModified(true);
+  return bundle;
+}
+
+std::shared_ptr<Bundle> Bundle::bundleWithPaths(BundleManager& manager,
+                                                std::vector<std::string> paths) {
+  auto const layer = [&](std::string const& path) {
+    plist::value const info = bundles::bundle_info(manager.cache(), path + info_file);
+    if (!info) bundles::tell_could_not_load(path);
+    return info;
+  };
+  plist::array layers;
+  std::string pristine;
+  for (std::string const& path : paths) {
+    plist::value const info = layer(path);
+    if (!info) return nullptr;
+    layers.push_back(info);
+    pristine = path + info_file;
+    if (!is_delta(info)) break;
+  }
+  plist::dictionary merged = plist::MergePLists(layers).entries();
+  if (merged.empty()) return nullptr;
+  // A whole copy from before menus existed is completed by what it lies on, and is from then on a
+  // change of that.
+  for (auto path = paths.begin(); !merged.contains("mainMenu") && path != paths.end(); ++path) {
+    plist::value const info = layer(*path);
+    if (!info) return nullptr;
+    if (!info["mainMenu"]) continue;
+    merged.emplace("mainMenu", info["mainMenu"]);
+    if (!is_delta(info)) pristine = *path + info_file;
+  }
+  return std::make_shared<Bundle>(manager, std::move(merged), std::move(paths),
+                                  std::move(pristine));
+}
+
+Bundle::Bundle(BundleManager& manager, plist::dictionary content, std::vector<std::string> paths,
+               std::string pristineCopyPlistPath)
+    : BaseItem(manager, plist::value(content)["name"].string_or(""), "bundle",
+               plist::value(content)["uuid"].string_or("")),
+      content_(std::move(content)),
+      bundlePaths_(std::move(paths)),
+      pristineCopyPlistPath_(std::move(pristineCopyPlistPath)) {}
+
+void Bundle::setContentValue(std::string_view key, plist::value v) {
+  plist::dictionary content = content_.entries();
+  content.insert_or_assign(std::string(key), std::move(v));
+  content_ = std::move(content);
+}
+
+std::vector<std::string> Bundle::ordering() const {
+  return string_array(content_, "ordering");
+}
+
+std::vector<std::string> Bundle::disabled() const {
+  return string_array(content_, "disabled");
+}
+
+std::vector<std::string> Bundle::deleted() const {
+  return string_array(content_, "deleted");
+}
+
+std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItems() const {
+  std::vector<std::shared_ptr<BundleItem>> items = manager().bundleItemsOfBundle(UUID());
+  std::map<std::string, std::size_t, std::less<>> places;
+  for (std::string& uuid : ordering()) places.emplace(std::move(uuid), places.size());
+  auto const place = [&](auto const& item) {
+    auto const found = places.find(item->UUID());
+    return found == places.end() ? places.size() : found->second;
+  };
+  std::stable_sort(items.begin(), items.end(),
+                   [&](auto const& a, auto const& b) { return place(a) < place(b); });
+  return items;
+}
+
+std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOfKind(std::string_view kind) const {
+  auto items = bundleItems();
+  std::erase_if(items, [&](auto const& item) { return item->kind() != kind; });
+  return items;
+}
+
+std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk() const {
+  std::vector<std::shared_ptr<BundleItem>> result;
+  auto hidden = disabled();
+  for (std::string& uuid : deleted()) hidden.push_back(std::move(uuid));
+  std::sort(hidden.begin(), hidden.end());
+  for (item_kind const& k : item_kinds) {
+    std::vector<std::vector<BundleItemStub>> stacks;  // of layers, the highest priority first
+    std::unordered_map<std::string_view, std::size_t> by_uuid;
+    std::vector<bundles::index::item_stubs> found;
+    for (std::string const& path : bundlePaths_)
+      found.push_back(
+          bundles::items_in(manager().cache(), path + "/" + std::string(k.directory), k.kind));
+    for (auto& stubs : found) {
+      for (BundleItemStub& stub : stubs) {
+        if (std::binary_search(hidden.begin(), hidden.end(), stub.keys.uuid)) continue;
+        auto const [place, is_new] = by_uuid.emplace(stub.keys.uuid, stacks.size());
+        if (is_new) stacks.emplace_back();
+        stacks[place->second].push_back(stub);
+      }
+    }
+    for (auto& stack : stacks)
+      if (auto item = BundleItem::itemWithStubs(manager(), std::string(k.kind), UUID(), stack))
+        result.push_back(std::move(item));
+  }
+  return result;
+}
+
+bool Bundle::isLocal() const {
+  return !bundlePaths_.empty() &&
+         is_below(bundlePaths_.front(), manager().folders().LocalBundlePath());
+}
+
+bool Bundle::makeLocalPath() {
+  auto const path =
+      UniqueFileInDirectory(manager().folders().LocalBundlePath(true), name(), bundle_extension);
+  if (!path || ::mkdir(path->c_str(), 0777) != 0) {
+    bundles::complain("error creating bundle path " + path.value_or(name()));
+    bundles::beep();
+    return false;
+  }
+  bundlePaths_.insert(bundlePaths_.begin(), *path);
+  return true;
+}
+
+void Bundle::prepareForSaving() {
+  setContentValue("name", name());
+  setContentValue("uuid", UUID());
+}
+
+void Bundle::saveChanges() {
+  if (!isModified()) return;
+  prepareForSaving();
+  bool const is_delta_file = !pristineCopyPlistPath_.empty() && !bundlePaths_.empty() &&
+                             path::parent(pristineCopyPlistPath_) != bundlePaths_.front();
+  plist::dictionary written = content_.entries();
+  if ((is_delta_file || !isLocal()) && !pristineCopyPlistPath_.empty()) {
+    plist::value const pristine = bundles::read_dictionary(pristineCopyPlistPath_);
+    // Without the layer below there is nothing to be a change of.
+    if (pristine) written = plist::DeltaPList(pristine.entries(), written);
+  }
+  if (!isLocal() && !makeLocalPath()) return;
+  if (!bundles::write_dictionary(bundlePaths_.front() + info_file, written)) return bundles::beep();
+  setModified(false);
+}
+
+std::string Bundle::localPath() {
+  if (!isLocal()) {
+    setModified(true);
+    saveChanges();
+  }
+  return isLocal() ? bundlePaths_.front() : "";
+}
+
+std::string Bundle::bundleItemInstallPath() {
+  std::string const installed = manager().folders().PristineCopyBundlePath(true);
+  for (std::string const& path : bundlePaths_)
+    if (is_below(path, installed)) return path;
+  auto const path = UniqueFileInDirectory(installed, name(), bundle_extension);
+  if (!path || ::mkdir(path->c_str(), 0777) != 0 ||
+      !bundles::write_dictionary(*path + info_file, {{"isDelta", true}, {"uuid", UUID()}}))
+    return "";
+  bundlePaths_.insert(bundlePaths_.begin() + (isLocal() ? 1 : 0), *path);
+  return *path;
+}
+
+std::string Bundle::supportPath() const {
+  for (std::string const& path : bundlePaths_) {
+    std::string support = path + "/" + std::string(support_directory);
+    struct stat info;
+    if (::stat(support.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) return support;
+  }
+  return "";
+}
+
+std::string Bundle::writeToDirectory(std::string const& directory) {
+  prepareForSaving();
+  auto const path = UniqueFileInDirectory(directory, name(), bundle_extension);
+  if (!path || ::mkdir(path->c_str(), 0777) != 0) return "";
+  plist::dictionary written = content_.entries();
+  for (char const* key : {"isDelta", "deletedKeys"}) written.erase(key);
+  bool ok = bundles::write_dictionary(*path + info_file, written);
+  for (auto const& item : bundleItems())
+    ok =
+        !item->writeToDirectory(*path + "/" + std::string(KindToDirectory(item->kind()))).empty() &&
+        ok;
+  std::string const support = supportPath();
+  if (!support.empty())
+    ok = bundles::copy_tree(support, *path + "/" + std::string(support_directory), true) && ok;
+  return ok ? path::name(*path) : "";
+}
+
+void Bundle::removeBundleItem(BundleItem& item) {
+  auto const sources = item.sourcePaths();
+  bool const had_local = item.moveLocalFileToTrash();
+  // What lies below would come to light again.
+  bool const hides = !sources.empty() && !(sources.size() == 1 && had_local);
+  auto list = deleted();
+  if (hides && !contains(list, item.UUID())) {
+    list.push_back(item.UUID());
+    setContentValue("deleted", strings(list));
+  }
+  removeFromMenus(item.UUID());
+  setModified(true);
+}
+
+void Bundle::removeFromMenus(std::string const& uuid) {
+  auto const without = [&](plist::value const& dictionary, std::string_view key) {
+    plist::array kept;
+    for (plist::value const& element : dictionary[key].elements())
+      if (!(element == plist::value(uuid))) kept.push_back(element);
+    return kept;
+  };
+  if (content_["ordering"]) setContentValue("ordering", without(content_, "ordering"));
+  mainMenu_ = {};
+  plist::value const menu = content_["mainMenu"];
+  if (!menu.as_dictionary()) return;
+  plist::dictionary changed = menu.entries();
+  for (char const* key : {"items", "excludedItems"})
+    if (menu[key]) changed.insert_or_assign(key, without(menu, key));
+  plist::dictionary submenus;
+  for (auto const& [group, submenu] : menu["submenus"].entries()) {
+    plist::dictionary entries = submenu.entries();
+    entries.insert_or_assign("items", without(submenu, "items"));
+    submenus.emplace(group, std::move(entries));
+  }
+  if (menu["submenus"]) changed.insert_or_assign("submenus", std::move(submenus));
+  setContentValue("mainMenu", std::move(changed));
+}
+
+void Bundle::registerBundleItem(BundleItem&) {
+  mainMenu_ = {};
+}
+
+void Bundle::takeOffList(std::string_view key, std::string_view uuid) {
+  auto list = string_array(content_, key);
+  if (std::erase(list, uuid) == 0) return;
+  setContentValue(key, strings(list));
+  mainMenu_ = {};
+  setModified(true);
+}
+
+void Bundle::placeAfter(BundleItem& item, BundleItem const* anchor) {
+  if (item.bundleUUID() != UUID()) item.setBundle(*this);
+  auto const before = ordering();
+  auto list = before;
+  std::erase(list, item.UUID());
+  auto place = anchor ? std::find(list.begin(), list.end(), anchor->UUID()) : list.end();
+  if (place != list.end()) ++place;
+  list.insert(place, item.UUID());
+  if (list == before) return;
+  setContentValue("ordering", strings(list));
+  mainMenu_ = {};
+  setModified(true);
+}

@@ -1,0 +1,206 @@
+#include "bundles/BundleItem.h"
+
+#include "bundles/Bundle.h"
+#include "bundles/BundleManager.h"
+#include "bundles/item_file.h"
+#include "bundles/item_kinds.h"
+#include "path/path.h"
+#include "platform/notification_center.h"
+#include "plist/delta.h"
+
+#include <algorithm>
+
+std::shared_ptr<BundleItem> BundleItem::bundleItemWithContent(BundleManager& manager,
+                                                              plist::dictionary content,
+                                                              std::string kind) {
+  auto item = std::make_shared<BundleItem>(manager, std::move(kind), "", keys_from(content, "item"),
+                                           std::vector<std::string>());
+  item->content_ = std::move(content);
+  item->hasContent_ = true;
+  item->setModified(true);
+  return item;
+}
+
+std::shared_ptr<BundleItem> BundleItem::itemWithStubs(BundleManager& manager, std::string kind,
+                                                      std::string bundleUUID,
+                                                      std::vector<BundleItemStub>& layers) {
+  std::vector<std::string> paths;
+  for (BundleItemStub& layer : layers) paths.push_back(std::move(layer.path));
+  item_keys keys = std::move(layers.front().keys);
+  if (layers.front().delta) {
+    plist::array digests;
+    for (BundleItemStub const& layer : layers)
+      digests.push_back(layer.delta ? layer.delta : plist::value(dictionary_from(layer.keys)));
+    plist::value const merged = plist::MergePLists(digests);
+    if (!merged) return nullptr;
+    keys = keys_from(merged, paths.front());
+  }
+  return std::make_shared<BundleItem>(manager, std::move(kind), std::move(bundleUUID),
+                                      std::move(keys), std::move(paths));
+}
+
+BundleItem::BundleItem(BundleManager& manager, std::string kind, std::string bundleUUID,
+                       item_keys keys, std::vector<std::string> sourcePaths)
+    : BaseItem(manager, std::move(keys.name), std::move(kind), std::move(keys.uuid)),
+      keys_(std::move(keys)),
+      bundleUUID_(std::move(bundleUUID)),
+      sourcePaths_(std::move(sourcePaths)) {}
+
+void BundleItem::set(std::string& field, std::string v) {
+  if (field == v) return;
+  field = std::move(v);
+  setModified(true);
+}
+
+void BundleItem::setScopeSelector(std::string selector) {
+  if (keys_.scope == selector) return;
+  set(keys_.scope, std::move(selector));
+  if (kind() == "preference")
+    platform::notification_center::standard().post("WynPreferencesDidChange", this);
+}
+
+void BundleItem::setKeyEquivalent(std::string const& key) {
+  set(keys_.keyEquivalent, normalized_key_equivalent(key));
+}
+
+void BundleItem::setDraggedFileExtensions(std::vector<std::string> extensions) {
+  if (keys_.draggedFileExtensions == extensions) return;
+  keys_.draggedFileExtensions = std::move(extensions);
+  setModified(true);
+}
+
+Bundle* BundleItem::bundle() const {
+  return manager().bundleForUUID(bundleUUID_).get();
+}
+
+void BundleItem::setBundle(Bundle& bundle) {
+  content();
+  templateFiles();
+  for (auto const& file : templateFiles_) file->content();
+  if (Bundle* const old = this->bundle()) old->removeBundleItem(*this);
+  bundleUUID_ = bundle.UUID();
+  bundle.undeleteUUID(UUID());
+  sourcePaths_.clear();
+  pristineCopyPlistPath_.clear();
+  bundle.registerBundleItem(*this);
+  setModified(true);
+}
+
+bool BundleItem::isLocal() const {
+  return !sourcePaths_.empty() &&
+         is_below(sourcePaths_.front(), manager().folders().LocalBundlePath());
+}
+
+std::string BundleItem::localPath() const {
+  if (!isLocal()) return "";
+  return kind() == "template" ? path::parent(sourcePaths_.front()) : sourcePaths_.front();
+}
+
+std::string BundleItem::bundlePath() const {
+  if (sourcePaths_.empty()) return "";
+  std::string const item =
+      kind() == "template" ? path::parent(sourcePaths_.front()) : sourcePaths_.front();
+  return path::parent(path::parent(item));
+}
+
+std::string BundleItem::supportPath() const {
+  Bundle const* const owner = bundle();
+  return owner ? owner->supportPath() : "";
+}
+
+void BundleItem::loadContent() {
+  if (hasContent_) return;
+  hasContent_ = true;
+  plist::array layers;
+  for (std::string const& path : sourcePaths_) {
+    plist::value const layer = bundles::read_dictionary(path);
+    if (!layer) continue;
+    layers.push_back(layer);
+    if (layer["isDelta"].integer_or(0) != 0) continue;
+    pristineCopyPlistPath_ = path;
+    break;
+  }
+  content_ = plist::MergePLists(layers);
+  if (!content_) content_ = plist::dictionary();
+}
+
+plist::value const& BundleItem::content() {
+  loadContent();
+  return content_;
+}
+
+void BundleItem::setContentValueForKey(plist::value v, std::string const& key) {
+  if (content()[key] == v) return;
+  plist::dictionary changed = content_.entries();
+  changed.erase(key);
+  if (v) changed.emplace(key, std::move(v));
+  content_ = std::move(changed);
+  setModified(true);
+}
+
+std::shared_ptr<BundleItem> BundleItem::createDuplicate() {
+  prepareForSaving();
+  plist::dictionary copied = content_.entries();
+  copied.insert_or_assign("uuid", bundles::stringWithUUID());
+  auto copy = bundleItemWithContent(manager(), std::move(copied), kind());
+  copy->bundleUUID_ = bundleUUID_;
+  for (auto const& file : templateFiles())
+    copy->templateFiles_.push_back(file->createDuplicate(copy->UUID()));
+  copy->hasTemplateFiles_ = true;
+  manager().addBundleItem(copy);
+  if (Bundle* const owner = bundle()) owner->placeAfter(*copy, this);
+  return copy;
+}
+
+std::string BundleItem::titleWithSelection(bool hasSelection, bool showTabTrigger) const {
+  constexpr std::string_view mark = " / Selection";
+  std::string title = name();
+  if (auto const at = title.find(mark); at != std::string::npos) {
+    std::string before = title.substr(0, at);
+    std::string const behind = title.substr(at + mark.size());
+    if (hasSelection) {
+      auto const blank = before.rfind(' ');
+      before = (blank == std::string::npos ? "" : before.substr(0, blank + 1)) + "Selection";
+    }
+    title = before + behind;
+  }
+  if (showTabTrigger && !keys_.tabTrigger.empty()) title += " (" + keys_.tabTrigger + "\u21e5)";
+  return title;
+}
+
+std::vector<std::shared_ptr<TemplateFile>> const& BundleItem::templateFiles() {
+  if (hasTemplateFiles_ || kind() != "template") return templateFiles_;
+  hasTemplateFiles_ = true;
+  if (sourcePaths_.empty()) return templateFiles_;
+  // The user's own directory holds all files as soon as there is one.
+  std::string const directory = path::parent(sourcePaths_.front());
+  for (std::string const& name : bundles::visible_names(directory))
+    if (name != "info.plist")
+      templateFiles_.push_back(
+          std::make_shared<TemplateFile>(manager(), UUID(), name, path::join(directory, name)));
+  std::stable_sort(templateFiles_.begin(), templateFiles_.end(), [](auto const& a, auto const& b) {
+    return caseInsensitiveCompare(a->name(), b->name()) < 0;
+  });
+  return templateFiles_;
+}
+
+std::shared_ptr<TemplateFile> BundleItem::newTemplateFile() {
+  auto const taken = [&](std::string const& name) {
+    return std::any_of(templateFiles_.begin(), templateFiles_.end(),
+                       [&](auto const& file) { return file->name() == name; });
+  };
+  templateFiles();
+  std::string name = "template_in.txt";
+  for (int n = 2; taken(name); ++n) name = "template_in_" + std::to_string(n) + ".txt";
+  templateFiles_.push_back(std::make_shared<TemplateFile>(manager(), UUID(), name));
+  setModified(true);
+  return templateFiles_.back();
+}
+
+void BundleItem::removeTemplateFile(TemplateFile const& file) {
+  auto const found = std::find_if(templateFiles_.begin(), templateFiles_.end(),
+                                  [&](auto const& own) { return own.get() == &file; });
+  if (found == templateFiles_.end()) return;
+  (*found)->removeTemplateFile();
+  templateFiles_.erase(found);
+}

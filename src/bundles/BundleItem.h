@@ -1,0 +1,95 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bundles/BaseItem.h"
+#include "bundles/TemplateFile.h"
+#include "bundles/stubs.h"
+#include "plist/value.h"
+
+class Bundle;
+
+/// A grammar, snippet, command and so on. What look-ups need is at hand; the whole dictionary is
+/// read at its first use. Like its bundle it may consist of layers, and the user's changes go to a
+/// file of the user's own. The item of a template is a directory with more files.
+class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleItem> {
+ public:
+  /// A new item, not on disk yet.
+  static std::shared_ptr<BundleItem> bundleItemWithContent(BundleManager& manager,
+                                                           plist::dictionary content,
+                                                           std::string kind);
+  /// From the digests of its layers, the highest priority first. Null when none of them is a base.
+  static std::shared_ptr<BundleItem> itemWithStubs(BundleManager& manager, std::string kind,
+                                                   std::string bundleUUID,
+                                                   std::vector<BundleItemStub>& layers);
+
+  BundleItem(BundleManager& manager, std::string kind, std::string bundleUUID, item_keys keys,
+             std::vector<std::string> sourcePaths);
+
+  std::string const& scopeSelector() const { return keys_.scope; }
+  std::string const& keyEquivalent() const { return keys_.keyEquivalent; }
+  std::string const& tabTrigger() const { return keys_.tabTrigger; }
+  std::string const& mouseGesture() const { return keys_.mouseGesture; }
+  std::vector<std::string> const& draggedFileExtensions() const {
+    return keys_.draggedFileExtensions;
+  }
+  void setScopeSelector(std::string selector);
+  void setKeyEquivalent(std::string const& key);
+  void setTabTrigger(std::string trigger) { set(keys_.tabTrigger, std::move(trigger)); }
+  void setMouseGesture(std::string gesture) { set(keys_.mouseGesture, std::move(gesture)); }
+  void setDraggedFileExtensions(std::vector<std::string> extensions);
+
+  std::string const& bundleUUID() const { return bundleUUID_; }
+  void setBundleUUID(std::string uuid) { bundleUUID_ = std::move(uuid); }
+  /// Null when it isn't loaded.
+  Bundle* bundle() const;
+  /// Moves it into another bundle, as a whole.
+  void setBundle(Bundle& bundle);
+
+  /// The property lists of the layers, the highest priority first; empty for a new item.
+  std::vector<std::string> const& sourcePaths() const { return sourcePaths_; }
+  /// "" for a new item.
+  std::string sourcePath() const { return sourcePaths_.empty() ? "" : sourcePaths_.front(); }
+  /// The user's own file, for a template its directory; "" if there is none.
+  std::string localPath() const;
+  /// The directory of the bundle in which the first source lies.
+  std::string bundlePath() const;
+  std::string supportPath() const;
+
+  /// The merged dictionary; empty when the files have vanished.
+  plist::value const& content();
+  void setContentValueForKey(plist::value v, std::string const& key);
+
+  void prepareForSaving();
+  void saveChanges() override;
+  std::string writeToDirectory(std::string const& directory) override;
+  std::shared_ptr<BundleItem> createDuplicate();
+  /// True if it had one and it is in the trash now.
+  bool moveLocalFileToTrash();
+
+  /// How menus name it: " / Selection" in the name is for a view with a selection. A tab trigger is
+  /// shown behind an arrow.
+  std::string titleWithSelection(bool hasSelection, bool showTabTrigger = true) const;
+
+  /// The files of a template, by name.
+  std::vector<std::shared_ptr<TemplateFile>> const& templateFiles();
+  std::shared_ptr<TemplateFile> newTemplateFile();
+  void removeTemplateFile(TemplateFile const& file);
+
+ private:
+  void set(std::string& field, std::string v);
+  void loadContent();
+  bool isLocal() const;
+  bool makeLocalFile(bool is_delta);
+  bool writeTemplateFiles(bool all);
+
+  item_keys keys_;  // without uuid and name
+  std::string bundleUUID_;
+  std::vector<std::string> sourcePaths_;
+  std::string pristineCopyPlistPath_;
+  plist::value content_;
+  bool hasContent_ = false, hasTemplateFiles_ = false;
+  std::vector<std::shared_ptr<TemplateFile>> templateFiles_;
+};

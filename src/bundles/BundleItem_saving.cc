@@ -1,0 +1,122 @@
+#include "bundles/Bundle.h"
+#include "bundles/BundleItem.h"
+#include "bundles/BundleManager.h"
+#include "bundles/item_file.h"
+#include "bundles/item_kinds.h"
+#include "path/path.h"
+#include "platform/library_folders.h"
+#include "platform/trash.h"
+#include "plist/delta.h"
+
+#include <sys/stat.h>
+
+namespace {
+
+constexpr char const* info_file = "/info.plist";
+
+}  // namespace
+
+void BundleItem::prepareForSaving() {
+  plist::dictionary content = this->content().entries();
+  item_keys keys = keys_;
+  keys.uuid = UUID();
+  keys.name = name();
+  plist::dictionary const common = dictionary_from(keys);
+  for (item_text_key const& k : item_text_keys)
+    // What says nothing is left as it is, so that it doesn't become a change.
+    if (!common.contains(k.key) && content.contains(k.key) &&
+        !content.find(k.key)->second.string_or("x").empty())
+      content.erase(std::string(k.key));
+  if (keys.draggedFileExtensions.empty() &&
+      !plist::value(content)[dragged_extensions_key].elements().empty())
+    content.erase(std::string(dragged_extensions_key));
+  for (auto const& [key, v] : common) content.insert_or_assign(key, v);
+  content_ = std::move(content);
+}
+
+void BundleItem::saveChanges() {
+  if (!isModified()) return;
+  prepareForSaving();
+  bool const was_local = isLocal();
+  bool const is_delta_file = !pristineCopyPlistPath_.empty() && !sourcePaths_.empty() &&
+                             pristineCopyPlistPath_ != sourcePaths_.front();
+  plist::dictionary written = content_.entries();
+  bool is_delta = false;
+  if ((is_delta_file || !was_local) && !pristineCopyPlistPath_.empty()) {
+    plist::value const pristine = bundles::read_dictionary(pristineCopyPlistPath_);
+    is_delta = static_cast<bool>(pristine);
+    if (is_delta) written = plist::DeltaPList(pristine.entries(), written);
+  }
+  if (kind() == "template") templateFiles();  // from the directory that holds them now
+  if (!was_local && !makeLocalFile(is_delta)) return;
+  bool saved = bundles::write_dictionary(sourcePaths_.front(), written);
+  if (kind() == "template") saved = writeTemplateFiles(!was_local) && saved;
+  manager().cache().invalidateCacheForPath(path::parent(
+      kind() == "template" ? path::parent(sourcePaths_.front()) : sourcePaths_.front()));
+  if (!saved) return bundles::beep();
+  setModified(false);
+}
+
+bool BundleItem::makeLocalFile(bool is_delta) {
+  Bundle* const owner = bundle();
+  std::string const home = owner ? owner->localPath() : "";
+  auto const path =
+      home.empty() ? std::nullopt
+                   : UniqueFileInDirectory(home + "/" + std::string(KindToDirectory(kind())),
+                                           name(), is_delta ? "qnDelta" : KindToExtension(kind()));
+  bool const is_template = kind() == "template";
+  if (!path || (is_template && ::mkdir(path->c_str(), 0777) != 0)) {
+    bundles::complain("failed to create directory " + path.value_or(home));
+    bundles::beep();
+    return false;
+  }
+  sourcePaths_.insert(sourcePaths_.begin(), *path + (is_template ? info_file : ""));
+  return true;
+}
+
+bool BundleItem::writeTemplateFiles(bool all) {
+  std::string const directory = path::parent(sourcePaths_.front());
+  bool saved = true;
+  for (auto const& file : templateFiles_) {
+    if (!all && !file->isModified()) continue;
+    bool const written = file->writeToDirectory(directory);
+    if (written) file->setModified(false);
+    saved = saved && written;
+  }
+  // From now on they are where the item is.
+  if (saved) hasTemplateFiles_ = false, templateFiles_.clear();
+  return saved;
+}
+
+std::string BundleItem::writeToDirectory(std::string const& directory) {
+  prepareForSaving();
+  auto const path = UniqueFileInDirectory(directory, name(), KindToExtension(kind()));
+  if (!path) return "";
+  plist::dictionary written = content_.entries();
+  if (path->find(".qnbundle/") == std::string::npos)
+    written.insert_or_assign("bundleUUID", bundleUUID_);
+  for (char const* key : {"isDelta", "deletedKeys"}) written.erase(key);
+  bool ok = true;
+  if (kind() == "template") {
+    ok = ::mkdir(path->c_str(), 0777) == 0 && bundles::write_dictionary(*path + info_file, written);
+    for (auto const& file : templateFiles()) ok = ok && file->writeToDirectory(*path);
+  } else {
+    ok = bundles::write_dictionary(*path, written);
+  }
+  return ok ? path::name(*path) : "";
+}
+
+bool BundleItem::moveLocalFileToTrash() {
+  std::string const local = localPath();
+  if (local.empty()) return false;
+  content();
+  for (auto const& file : templateFiles()) file->content();
+  manager().cache().invalidateCacheForPath(path::parent(local));
+  if (int const error = platform::move_to_trash(local); error != 0) {
+    bundles::complain("error moving item to trash (" + local + ")");
+    bundles::beep();
+    return false;
+  }
+  sourcePaths_.erase(sourcePaths_.begin());
+  return true;
+}

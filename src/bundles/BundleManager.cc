@@ -1,0 +1,292 @@
+#include "bundles/BundleManager.h"
+
+#include "bundles/bundle_scan.h"
+#include "bundles/item_file.h"
+#include "path/path.h"
+#include "platform/notification_center.h"
+#include "platform/trash.h"
+#include "platform/user_defaults.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr char const* disabled_key = "WynBundleManagerDisabledBundles";
+constexpr char const* deleted_key = "WynBundleManagerDeletedBundles";
+constexpr char const* default_bundle_key = "WynDefaultBundleForNewBundleItems";
+
+std::unique_ptr<BundleManager>& shared() {
+  static std::unique_ptr<BundleManager> instance;
+  return instance;
+}
+
+std::vector<std::string> stored_uuids(char const* key) {
+  plist::dictionary const holder{{key, platform::user_defaults::standard().get(key)}};
+  return bundles::string_array(holder, key);
+}
+
+std::string full_user_name() {
+  passwd const* const entry = ::getpwuid(::getuid());
+  if (entry == nullptr) return "User";
+  std::string name = entry->pw_gecos ? entry->pw_gecos : "";
+  name.resize(std::min(name.find(','), name.size()));
+  return name.empty() ? entry->pw_name : name;
+}
+
+void sort_by_name(BundleManager::bundle_list& list) {
+  std::stable_sort(list.begin(), list.end(), [](auto const& a, auto const& b) {
+    return caseInsensitiveCompare(a->name(), b->name()) < 0;
+  });
+}
+
+template <typename List>
+void erase_uuid(List& list, std::string_view uuid) {
+  std::erase_if(list, [&](auto const& own) { return own->UUID() == uuid; });
+}
+
+}  // namespace
+
+BundleManager& BundleManager::sharedInstance() {
+  if (!shared()) shared() = std::make_unique<BundleManager>(bundle_folders::standard());
+  return *shared();
+}
+
+void BundleManager::saveSharedCache() {
+  if (shared()) shared()->cache().saveCache();
+}
+
+BundleManager::BundleManager(bundle_folders folders)
+    : folders_(std::move(folders)), cache_(folders_.index_file) {
+  loadBundles();
+}
+
+void BundleManager::dropTables() {
+  hasItemsOfKind_ = hasItemsOfBundle_ = hasLanguages_ = false;
+  itemsOfKind_.clear();
+  itemsOfBundle_.clear();
+  languages_.clear();
+}
+
+void BundleManager::loadBundles() {
+  dropTables();
+  itemsByUUID_.clear();
+  bundlesByUUID_.clear();
+  items_.clear();
+  bundles_.clear();
+  for (auto& bundle : bundlesOnDiskExcluding(stored_uuids(disabled_key))) {
+    auto items = bundle->bundleItemsOnDisk();
+    addBundle(std::move(bundle));
+    for (auto& item : items) {
+      auto const [place, is_new] = itemsByUUID_.emplace(item->UUID(), item);
+      // The key is a part of what it stands for, so it goes with it.
+      if (!is_new) {
+        std::string const uuid = item->UUID();
+        itemsByUUID_.erase(place);
+        erase_uuid(items_, uuid);
+        itemsByUUID_.emplace(item->UUID(), item);
+      }
+      items_.push_back(std::move(item));
+    }
+  }
+  isModified_ = false;
+}
+
+BundleManager::bundle_list BundleManager::bundlesOnDiskExcluding(uuids excluded) {
+  for (std::string& uuid : stored_uuids(deleted_key)) excluded.push_back(std::move(uuid));
+  std::vector<std::string> order;
+  std::unordered_map<std::string, std::vector<std::string>> directories;
+  for (std::string const& folder : folders_.bundlePaths()) {
+    for (BundleStub& stub : bundles::bundles_in(cache_, folder)) {
+      if (std::find(excluded.begin(), excluded.end(), stub.UUID) != excluded.end()) continue;
+      auto& list = directories[stub.UUID];
+      if (list.empty()) order.push_back(stub.UUID);
+      list.push_back(path::parent(stub.path));
+    }
+  }
+  bundle_list result;
+  for (std::string const& uuid : order)
+    if (auto bundle = Bundle::bundleWithPaths(*this, std::move(directories[uuid])))
+      result.push_back(std::move(bundle));
+  return result;
+}
+
+BundleManager::bundle_list BundleManager::allBundlesOnDisk() {
+  auto result = bundlesOnDiskExcluding({});
+  sort_by_name(result);
+  return result;
+}
+
+void BundleManager::reloadBundles() {
+  saveChanges();
+  loadBundles();
+  platform::notification_center::standard().post(did_change, this);
+}
+
+void BundleManager::saveChanges() {
+  if (!isModified_) return;
+  bool saved = true;
+  for (auto const& bundle : bundle_list(bundles_)) {
+    bundle->saveChanges();
+    saved = saved && !bundle->isModified();
+  }
+  for (auto const& item : item_list(items_)) {
+    item->saveChanges();
+    saved = saved && !item->isModified();
+  }
+  isModified_ = !saved;
+}
+
+void BundleManager::setModified(bool modified) {
+  isModified_ = modified;
+  if (modified) dropTables();
+}
+
+std::shared_ptr<Bundle> BundleManager::bundleForUUID(std::string_view uuid) const {
+  auto const found = bundlesByUUID_.find(uuid);
+  return found == bundlesByUUID_.end() ? nullptr : found->second;
+}
+
+std::shared_ptr<BundleItem> BundleManager::bundleItemForUUID(std::string_view uuid) const {
+  auto const found = itemsByUUID_.find(uuid);
+  return found == itemsByUUID_.end() ? nullptr : found->second;
+}
+
+BundleManager::bundle_list BundleManager::bundles() const {
+  bundle_list result = bundles_;
+  sort_by_name(result);
+  return result;
+}
+
+BundleManager::item_list const& BundleManager::bundleItemsOfKind(std::string_view kind) {
+  if (!hasItemsOfKind_)
+    for (auto const& item : items_) itemsOfKind_[item->kind()].push_back(item);
+  hasItemsOfKind_ = true;
+  return itemsOfKind_[std::string(kind)];
+}
+
+BundleManager::item_list BundleManager::bundleItemsOfKinds(
+    std::vector<std::string_view> const& kinds) {
+  item_list result;
+  for (std::string_view const kind : kinds) {
+    item_list const& more = bundleItemsOfKind(kind);
+    result.insert(result.end(), more.begin(), more.end());
+  }
+  return result;
+}
+
+BundleManager::item_list const& BundleManager::bundleItemsOfBundle(std::string_view uuid) {
+  if (!hasItemsOfBundle_)
+    for (auto const& item : items_) itemsOfBundle_[item->bundleUUID()].push_back(item);
+  hasItemsOfBundle_ = true;
+  return itemsOfBundle_[std::string(uuid)];
+}
+
+BundleManager::bundle_list BundleManager::bundlesWithItemsOfKinds(
+    std::vector<std::string_view> const& kinds) {
+  bundle_list result = bundles();
+  std::erase_if(result, [&](auto const& bundle) {
+    item_list const& items = bundleItemsOfBundle(bundle->UUID());
+    return std::none_of(items.begin(), items.end(), [&](auto const& item) {
+      return std::find(kinds.begin(), kinds.end(), item->kind()) != kinds.end();
+    });
+  });
+  return result;
+}
+
+plist::array const& BundleManager::languages() {
+  if (!hasLanguages_)
+    for (auto const& item : bundleItemsOfKind("language")) languages_.push_back(item->content());
+  hasLanguages_ = true;
+  return languages_;
+}
+
+void BundleManager::addBundle(std::shared_ptr<Bundle> bundle) {
+  bundlesByUUID_.erase(bundle->UUID());
+  erase_uuid(bundles_, bundle->UUID());
+  bundlesByUUID_.emplace(bundle->UUID(), bundle);
+  bundles_.push_back(std::move(bundle));
+}
+
+void BundleManager::addBundleItem(std::shared_ptr<BundleItem> item) {
+  itemsByUUID_.erase(item->UUID());
+  erase_uuid(items_, item->UUID());
+  itemsByUUID_.emplace(item->UUID(), item);
+  items_.push_back(std::move(item));
+  setModified(true);
+}
+
+void BundleManager::removeBundle(std::string const& uuid) {
+  auto const bundle = bundleForUUID(uuid);
+  if (bundle == nullptr) return;
+  bool stays = false;
+  for (std::string const& path : bundle->bundlePaths()) {
+    bool const own = is_below(path, folders_.LocalBundlePath()) ||
+                     is_below(path, folders_.PristineCopyBundlePath());
+    stays = !own || platform::move_to_trash(path) != 0 || stays;
+  }
+  if (stays) {
+    auto list = stored_uuids(deleted_key);
+    list.push_back(uuid);
+    platform::user_defaults::standard().set(deleted_key, plist::array(list.begin(), list.end()));
+  }
+  for (auto const& item : item_list(bundleItemsOfBundle(uuid))) {
+    itemsByUUID_.erase(item->UUID());
+    erase_uuid(items_, item->UUID());
+  }
+  bundlesByUUID_.erase(uuid);
+  erase_uuid(bundles_, uuid);
+  setModified(true);
+}
+
+void BundleManager::removeBundleItem(std::string const& uuid) {
+  auto const item = bundleItemForUUID(uuid);
+  if (item == nullptr) return;
+  bool const only_local = item->sourcePaths().size() == 1 && !item->localPath().empty();
+  Bundle* const bundle = item->bundle();
+  if (only_local || bundle == nullptr)
+    item->moveLocalFileToTrash();
+  else
+    bundle->removeBundleItem(*item);
+  itemsByUUID_.erase(uuid);
+  erase_uuid(items_, uuid);
+  setModified(true);
+}
+
+std::shared_ptr<Bundle> BundleManager::defaultBundle() {
+  auto& defaults = platform::user_defaults::standard();
+  if (auto bundle = bundleForUUID(defaults.string(default_bundle_key))) return bundle;
+  std::string const wanted = full_user_name() + "\u2019s Bundle";
+  std::shared_ptr<Bundle> found;
+  for (auto const& bundle : bundles())
+    if (bundle->name() == wanted) found = bundle;
+  if (found == nullptr) {
+    found = Bundle::bundleWithName(*this, wanted);
+    addBundle(found);
+  }
+  setDefaultBundle(*found);
+  return found;
+}
+
+void BundleManager::setDefaultBundle(Bundle const& bundle) {
+  platform::user_defaults::standard().set(default_bundle_key, bundle.UUID());
+}
+
+bool BundleManager::isHidden(std::string const& uuid) const {
+  for (char const* key : {disabled_key, deleted_key}) {
+    auto const list = stored_uuids(key);
+    if (std::find(list.begin(), list.end(), uuid) != list.end()) return true;
+  }
+  return false;
+}
+
+void BundleManager::showAgain(std::string const& uuid) {
+  for (char const* key : {disabled_key, deleted_key}) {
+    auto list = stored_uuids(key);
+    if (std::erase(list, uuid) != 0)
+      platform::user_defaults::standard().set(key, plist::array(list.begin(), list.end()));
+  }
+  reloadBundles();
+}

@@ -1,0 +1,114 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "bundles/Bundle.h"
+#include "bundles/BundleItem.h"
+#include "bundles/CacheManager.h"
+#include "bundles/bundle_folders.h"
+
+/// Owns every loaded bundle and item, and finds them by UUID and kind. Main thread only.
+///
+///     for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("language"))
+///       use(item->content());
+///
+/// Posts WynBundlesDidChange when the bundles have been loaded again: items held from before are
+/// stale then. User defaults: WynBundleManagerDisabledBundles and WynBundleManagerDeletedBundles,
+/// arrays of UUIDs, and WynDefaultBundleForNewBundleItems, a UUID.
+class BundleManager {
+ public:
+  static constexpr char const* did_change = "WynBundlesDidChange";
+  using bundle_list = std::vector<std::shared_ptr<Bundle>>;
+  using item_list = std::vector<std::shared_ptr<BundleItem>>;
+
+  /// The one of the process, made and loaded at the first call.
+  static BundleManager& sharedInstance();
+  /// Writes the index of the shared instance, if there is one. To be called at the end.
+  static void saveSharedCache();
+
+  /// Loads the bundles.
+  explicit BundleManager(bundle_folders folders);
+  BundleManager(BundleManager const&) = delete;
+  BundleManager& operator=(BundleManager const&) = delete;
+
+  bundle_folders const& folders() const { return folders_; }
+  CacheManager& cache() { return cache_; }
+
+  /// Reads bundles anew; what isn't saved is lost.
+  void loadBundles();
+  /// Saves, reads anew and tells everyone.
+  void reloadBundles();
+  void saveChanges();
+  /// True also when something was added or removed: look-up tables are made anew.
+  void setModified(bool modified);
+  bool isModified() const { return isModified_; }
+
+  /// Null for a UUID that isn't loaded.
+  std::shared_ptr<Bundle> bundleForUUID(std::string_view uuid) const;
+  std::shared_ptr<BundleItem> bundleItemForUUID(std::string_view uuid) const;
+  /// By name.
+  bundle_list bundles() const;
+  /// In the order in which they were loaded: by search path, bundle, kind, file name.
+  item_list const& bundleItems() const { return items_; }
+  item_list const& bundleItemsOfKind(std::string_view kind);
+  item_list bundleItemsOfKinds(std::vector<std::string_view> const& kinds);
+  item_list const& bundleItemsOfBundle(std::string_view uuid);
+  /// Those that have an item of one of the kinds, by name.
+  bundle_list bundlesWithItemsOfKinds(std::vector<std::string_view> const& kinds);
+  /// The contents of all items of kind language, in their order. The reference is good until the
+  /// bundles change.
+  plist::array const& languages();
+
+  void addBundle(std::shared_ptr<Bundle> bundle);
+  void addBundleItem(std::shared_ptr<BundleItem> item);
+  /// The user's own and installed directories go to the trash; one that is elsewhere is hidden.
+  void removeBundle(std::string const& uuid);
+  void removeBundleItem(std::string const& uuid);
+
+  /// The bundle for new items; made if there is none.
+  std::shared_ptr<Bundle> defaultBundle();
+  void setDefaultBundle(Bundle const& bundle);
+  /// Also those that are disabled.
+  bundle_list allBundlesOnDisk();
+
+  /// Installs a bundle or an item, after asking where something would be replaced. False when the
+  /// file is none, by its extension.
+  bool canHandleFile(std::string const& path);
+  void installBundle(std::string const& directory);
+  void installBundleItemOfKind(std::string const& path, std::string const& kind);
+
+  // The items that are executing, the innermost last.
+  void pushBundleItem(std::shared_ptr<BundleItem> item) { stack_.push_back(std::move(item)); }
+  void popBundleItem() { stack_.pop_back(); }
+  /// Null when none is.
+  BundleItem* currentBundleItem() const { return stack_.empty() ? nullptr : stack_.back().get(); }
+
+ private:
+  using uuids = std::vector<std::string>;
+  template <typename T>
+  using lists = std::unordered_map<std::string, std::vector<std::shared_ptr<T>>>;
+
+  bundle_list bundlesOnDiskExcluding(uuids excluded);
+  void dropTables();
+  bool isHidden(std::string const& uuid) const;
+  void showAgain(std::string const& uuid);
+  bool updateInstalledItem(BundleItem& item);
+
+  bundle_folders folders_;
+  CacheManager cache_;
+  bundle_list bundles_;
+  item_list items_;
+  std::unordered_map<std::string_view, std::shared_ptr<Bundle>> bundlesByUUID_;
+  std::unordered_map<std::string_view, std::shared_ptr<BundleItem>> itemsByUUID_;
+  item_list stack_;
+  bool isModified_ = false;
+
+  // Made when they are asked for.
+  lists<BundleItem> itemsOfKind_, itemsOfBundle_;
+  bool hasItemsOfKind_ = false, hasItemsOfBundle_ = false, hasLanguages_ = false;
+  plist::array languages_;
+};

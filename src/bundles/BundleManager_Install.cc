@@ -1,0 +1,141 @@
+#include "bundles/BundleManager.h"
+#include "bundles/bundle_alerts.h"
+#include "bundles/item_file.h"
+#include "bundles/item_kinds.h"
+#include "path/file_system.h"
+#include "path/path.h"
+#include "platform/trash.h"
+
+#include <algorithm>
+
+using bundles::quoted;
+using bundles::tell;
+
+namespace {
+
+constexpr char const* customizations =
+    " is already installed. Would you like to update it?\n"
+    "Any customizations you may have done should remain after updating it.";
+
+bool contains(std::vector<std::string> const& list, std::string const& text) {
+  return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+bool is_identified(plist::value const& dictionary) {
+  auto const* const uuid = dictionary["uuid"].as_string();
+  return uuid != nullptr && !uuid->empty() && dictionary["name"].as_string() != nullptr;
+}
+
+}  // namespace
+
+bool BundleManager::canHandleFile(std::string const& path) {
+  if (is_bundle_directory(path)) {
+    installBundle(path);
+    return true;
+  }
+  for (item_kind const& k : item_kinds) {
+    std::string const extension = lowercase_extension("x." + std::string(k.extension));
+    if (lowercase_extension(path) != extension) continue;
+    installBundleItemOfKind(path, std::string(k.kind));
+    return true;
+  }
+  return false;
+}
+
+void BundleManager::installBundle(std::string const& directory) {
+  std::string const file = path::name(directory);
+  plist::value const info = bundles::read_dictionary(directory + "/info.plist");
+  if (!is_identified(info))
+    return tell("Bundle is Corrupt",
+                "The bundle " + quoted(file) + " does not contain the required " +
+                    quoted("info.plist") +
+                    " file (or that file is corrupt) and can therefore not be installed.");
+  std::string const uuid = *info["uuid"].as_string(), name = *info["name"].as_string();
+  if (isHidden(uuid)) showAgain(uuid);
+  auto const loaded = bundleForUUID(uuid);
+  if (loaded != nullptr && contains(folders_.bundlePaths(), path::parent(directory))) return;
+
+  std::string const installed = folders_.PristineCopyBundlePath(true);
+  if (loaded != nullptr) {
+    if (!bundles::ask_to_update("Update Bundle", "The bundle " + quoted(name) + customizations))
+      return;
+    for (std::string const& path : loaded->bundlePaths())
+      if (is_below(path, installed) && platform::move_to_trash(path) != 0)
+        return tell("Error Updating Bundle", "Could not delete the existing " + quoted(name) +
+                                                 " bundle in " +
+                                                 path::abbreviate_with_tilde(installed) + ".");
+  }
+  auto const target = UniqueFileInDirectory(installed, name, bundle_extension);
+  if (!target || !bundles::copy_tree(directory, *target))
+    return tell("Error Installing Bundle", "Could not copy the " + quoted(name) + " bundle to " +
+                                               path::abbreviate_with_tilde(installed) + ".");
+  reloadBundles();
+}
+
+bool BundleManager::updateInstalledItem(BundleItem& item) {
+  if (!bundles::ask_to_update("Update Bundle Item",
+                              "The bundle item " + quoted(item.name()) + customizations))
+    return false;
+  std::string const installed = folders_.PristineCopyBundlePath();
+  for (std::string const& path : item.sourcePaths()) {
+    if (!is_below(path, installed)) continue;
+    cache_.invalidateCacheForPath(path::parent(path));
+    if (platform::move_to_trash(path) == 0) continue;
+    tell("Error Updating Bundle Item", "Could not delete the existing " + quoted(item.name()) +
+                                           " bundle item in " +
+                                           path::abbreviate_with_tilde(path::parent(path)) + ".");
+    return false;
+  }
+  return true;
+}
+
+void BundleManager::installBundleItemOfKind(std::string const& path, std::string const& kind) {
+  if (kind == "template")
+    return tell("Installing Template Failed",
+                "Sorry, but it is currently not possible to install templates this way. Copy the "
+                "template into the folder " +
+                    quoted("Templates") + " of a bundle instead.");
+  plist::value const content = bundles::read_dictionary(path);
+  if (!is_identified(content))
+    return tell("Bundle Item is Corrupt",
+                "The bundle item " + quoted(path::name(path)) +
+                    " does not contain the required information to be installed.");
+  std::string const uuid = *content["uuid"].as_string(), name = *content["name"].as_string();
+  auto const search_paths = folders_.bundlePaths();
+  bool const stands = std::any_of(search_paths.begin(), search_paths.end(),
+                                  [&](auto const& folder) { return is_below(path, folder); });
+  bool const was_hidden = std::any_of(bundles_.begin(), bundles_.end(), [&](auto const& bundle) {
+    return contains(bundle->disabled(), uuid) || contains(bundle->deleted(), uuid);
+  });
+  if (was_hidden) {
+    for (auto const& bundle : bundles_) {
+      bundle->undeleteUUID(uuid);
+      bundle->enableUUID(uuid);
+    }
+    reloadBundles();
+    if (bundleItemForUUID(uuid) != nullptr) {
+      bundles::complain("did enable " + name);
+      if (stands) return;
+    }
+  }
+  auto const loaded = bundleItemForUUID(uuid);
+  if (content["isDelta"].integer_or(0) != 0 && loaded == nullptr)
+    return tell("Bundle Item is Incomplete",
+                "The bundle item " + quoted(name) +
+                    " is holding only the differences against a master version.");
+  std::shared_ptr<Bundle> bundle =
+      bundleForUUID(loaded ? loaded->bundleUUID() : content["bundleUUID"].string_or(""));
+  if (bundle == nullptr) bundle = defaultBundle();
+  if (loaded != nullptr && !updateInstalledItem(*loaded)) return;
+  // What the new file is installed into must itself be on disk.
+  bundle->saveChanges();
+  std::string const home = bundle->bundleItemInstallPath();
+  std::string const folder = home + "/" + std::string(KindToDirectory(kind));
+  auto const target =
+      home.empty() ? std::nullopt : UniqueFileInDirectory(folder, name, KindToExtension(kind));
+  if (!target || !bundles::write_dictionary(*target, content.entries()))
+    return tell("Error Installing Bundle Item", "Could not copy the " + quoted(name) +
+                                                    " bundle item to " +
+                                                    path::abbreviate_with_tilde(folder) + ".");
+  reloadBundles();
+}

@@ -1,0 +1,102 @@
+#include "bundles/TemplateFile.h"
+
+#include "bundles/BundleItem.h"
+#include "bundles/BundleManager.h"
+#include "bundles/item_file.h"
+#include "path/file_system.h"
+#include "path/file_writer.h"
+#include "path/path.h"
+#include "platform/trash.h"
+
+#include <cstdio>
+
+namespace {
+
+constexpr char const* new_content =
+    "//\n"
+    "//  ${QN_NEW_FILE_BASENAME}\n"
+    "//\n"
+    "//  Created by ${QN_FULLNAME} on ${QN_DATE}.\n"
+    "//  Copyright (c) ${QN_YEAR} ${QN_ORGANIZATION_NAME}. All rights reserved.\n"
+    "//\n"
+    "\n";
+
+}  // namespace
+
+TemplateFile::TemplateFile(BundleManager& manager, std::string bundleItemUUID, std::string name)
+    : manager_(manager),
+      bundleItemUUID_(std::move(bundleItemUUID)),
+      name_(std::move(name)),
+      content_(new_content),
+      isModified_(true) {}
+
+TemplateFile::TemplateFile(BundleManager& manager, std::string bundleItemUUID, std::string name,
+                           std::string path)
+    : manager_(manager),
+      bundleItemUUID_(std::move(bundleItemUUID)),
+      name_(std::move(name)),
+      path_(std::move(path)) {}
+
+std::string const& TemplateFile::content() {
+  if (!content_) content_ = path::content(path_);
+  return *content_;
+}
+
+bool TemplateFile::isLocal() const {
+  return is_below(path_, manager_.folders().LocalBundlePath());
+}
+
+bool TemplateFile::refuse(std::string const& name, char const* why) {
+  bundles::complain("can't rename template to " + name + " (" + why + ")");
+  bundles::beep();
+  return false;
+}
+
+bool TemplateFile::setName(std::string const& name) {
+  if (name == name_) return true;
+  auto const item = manager_.bundleItemForUUID(bundleItemUUID_);
+  if (item != nullptr)
+    for (auto const& file : item->templateFiles())
+      if (file.get() != this && file->name() == name) return refuse(name, "name already in use");
+  if (isLocal()) {
+    std::string const target = path::join(path::parent(path_), name);
+    if (path::exists(target)) return refuse(name, "file already exists");
+    if (std::rename(path_.c_str(), target.c_str()) != 0) return refuse(name, "rename failed");
+    path_ = target;
+  } else {
+    content();
+    isModified_ = true;
+    if (item != nullptr) item->setModified(true);
+  }
+  name_ = name;
+  return true;
+}
+
+void TemplateFile::setContent(std::string content) {
+  if (content == this->content()) return;
+  content_ = std::move(content);
+  isModified_ = true;
+  if (auto const item = manager_.bundleItemForUUID(bundleItemUUID_)) item->setModified(true);
+}
+
+std::shared_ptr<TemplateFile> TemplateFile::createDuplicate(std::string bundleItemUUID) {
+  auto copy = std::make_shared<TemplateFile>(manager_, std::move(bundleItemUUID), name_);
+  copy->content_ = content();
+  return copy;
+}
+
+bool TemplateFile::writeToDirectory(std::string const& directory) {
+  std::string const target = path::join(directory, name_);
+  auto const error = path::write_in_place(target, path::contents_of(content()));
+  if (error) bundles::complain(target + ": " + error->message);
+  return !error;
+}
+
+void TemplateFile::removeTemplateFile() {
+  if (!isLocal()) {
+    if (auto const item = manager_.bundleItemForUUID(bundleItemUUID_)) item->setModified(true);
+  } else if (platform::move_to_trash(path_) != 0) {
+    bundles::complain("error moving template to trash (" + path_ + ")");
+    bundles::beep();
+  }
+}

@@ -1,0 +1,34 @@
+#include "bundles/bundle_alerts.h"
+
+#include "bundles/item_file.h"
+#include "path/file_system.h"
+#include "path/path.h"
+#include "platform/desktop.h"
+
+namespace bundles {
+
+std::string quoted(std::string const& name) {
+  return "\u201c" + name + "\u201d";
+}
+
+void tell(std::string const& title, std::string const& text) {
+  auto* const desktop = platform::desktop::current_or_null();
+  if (desktop == nullptr) return complain(title + ": " + text);
+  desktop->alerts().run({title, text, {"Continue"}});
+}
+
+bool ask_to_update(std::string const& title, std::string const& text) {
+  auto* const desktop = platform::desktop::current_or_null();
+  return desktop != nullptr && desktop->alerts().run({title, text, {"Update", "Cancel"}, 1}) == 0;
+}
+
+void tell_could_not_load(std::string const& directory) {
+  std::string const name = path::name(directory);
+  tell("Error Loading Bundle",
+       "The " + quoted(name.substr(0, name.rfind('.'))) + " bundle located in " +
+           path::abbreviate_with_tilde(path::parent(directory)) +
+           " could not be loaded and will be skipped. The contained info.plist appears to be "
+           "corrupt or missing.");
+}
+
+}  // namespace bundles

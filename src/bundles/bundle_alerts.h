@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+/// What the manager of bundles tells and asks the user. Without a desktop, on standard error, and
+/// questions get the answer that changes nothing. Main thread only.
+namespace bundles {
+
+void tell(std::string const& title, std::string const& text);
+/// Whether the user wants to update what is installed already.
+bool ask_to_update(std::string const& title, std::string const& text);
+/// A bundle in this directory is skipped.
+void tell_could_not_load(std::string const& directory);
+
+/// Between the typographic quotation marks of messages.
+std::string quoted(std::string const& name);
+
+}  // namespace bundles

@@ -1,0 +1,76 @@
+#include "bundles/stubs.h"
+
+#include "bundles/WynKeyEvent.h"
+#include "bundles/item_file.h"
+
+namespace {
+
+// What a delta may change for look-ups. The identity isn't among them.
+bool is_relevant(std::string_view key) {
+  if (key == dragged_extensions_key) return true;
+  for (std::size_t n = 1; n < item_text_keys.size(); ++n)
+    if (item_text_keys[n].key == key) return true;
+  return false;
+}
+
+plist::value relevant_changes(plist::value const& delta) {
+  plist::dictionary changed;
+  for (auto const& [key, value] : delta["changed"].entries())
+    if (is_relevant(key)) changed.emplace(key, value);
+  plist::array deleted;
+  for (plist::value const& key : delta["deleted"].elements())
+    if (key.as_string() && is_relevant(*key.as_string())) deleted.push_back(key);
+  return plist::dictionary{
+      {"isDelta", true}, {"changed", std::move(changed)}, {"deleted", std::move(deleted)}};
+}
+
+}  // namespace
+
+std::string normalized_key_equivalent(std::string const& text) {
+  WynKeyEvent const* const event = WynKeyEvent::keyEventWithString(text);
+  return event ? event->stringRepresentation() : "";
+}
+
+item_keys keys_from(plist::value const& dictionary, std::string const& path) {
+  item_keys keys;
+  for (auto const& [key, field] : item_text_keys) {
+    plist::value const& value = dictionary[key];
+    if (auto const* text = value.as_string())
+      keys.*field = *text;
+    else if (value)
+      bundles::complain(path + ": " + std::string(key) + " is no string");
+  }
+  plist::value const& extensions = dictionary[dragged_extensions_key];
+  if (extensions && !extensions.as_array())
+    bundles::complain(path + ": " + std::string(dragged_extensions_key) + " is no array");
+  keys.draggedFileExtensions = bundles::string_array(dictionary, dragged_extensions_key);
+  keys.keyEquivalent = normalized_key_equivalent(keys.keyEquivalent);
+  return keys;
+}
+
+plist::dictionary dictionary_from(item_keys const& keys) {
+  plist::dictionary result;
+  for (auto const& [key, field] : item_text_keys)
+    if (!(keys.*field).empty()) result.emplace(key, keys.*field);
+  if (!keys.draggedFileExtensions.empty())
+    result.emplace(dragged_extensions_key, plist::array(keys.draggedFileExtensions.begin(),
+                                                        keys.draggedFileExtensions.end()));
+  return result;
+}
+
+std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::string path) {
+  auto const* const uuid = dictionary["uuid"].as_string();
+  if (uuid == nullptr || uuid->empty()) {
+    bundles::complain(path + ": no uuid");
+    return std::nullopt;
+  }
+  BundleItemStub stub;
+  if (dictionary["isDelta"].integer_or(0) != 0) {
+    stub.keys.uuid = *uuid;
+    stub.delta = relevant_changes(dictionary);
+  } else {
+    stub.keys = keys_from(dictionary, path);
+  }
+  stub.path = std::move(path);
+  return stub;
+}

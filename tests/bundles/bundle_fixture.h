@@ -1,0 +1,75 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "bundles/BundleManager.h"
+#include "headless/headless_desktop.h"
+#include "path/temporary_folder.h"
+#include "platform/user_defaults.h"
+#include "plist/text_reader.h"
+#include "plist/xml_reader.h"
+#include "plist/xml_writer.h"
+
+/// Search paths in a folder of their own: the user's library, that of a machine, and what ships.
+class bundle_test : public testing::Test {
+ protected:
+  bundle_test()
+      : former_defaults_(platform::user_defaults::set_standard(
+            std::make_unique<platform::user_defaults>(std::string()))) {
+    setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
+  }
+  ~bundle_test() override {
+    manager_.reset();
+    platform::user_defaults::set_standard(std::move(former_defaults_));
+  }
+
+  bundle_folders folders() const {
+    return {{folder / "data/Quirnote", folder / "machine"}, folder / "share", folder / "index"};
+  }
+  BundleManager& manager() {
+    if (!manager_) manager_ = std::make_unique<BundleManager>(folders());
+    return *manager_;
+  }
+  /// As the next start of the program: what isn't saved is gone.
+  BundleManager& restart() {
+    if (manager_) manager_->cache().saveCache();
+    manager_.reset();
+    return manager();
+  }
+
+  /// Writes a property list that is given in the text dialect.
+  std::string put(std::string const& path, std::string const& text) const {
+    plist::dictionary error;
+    plist::value const content = plist::convert(text, &error);
+    EXPECT_TRUE(content) << text;
+    std::filesystem::create_directories(std::filesystem::path(folder / path).parent_path());
+    return folder.write(path, plist::write_xml(content).text);
+  }
+  plist::value get(std::string const& path) const {
+    return plist::read_xml(temporary_folder::read(path)).value;
+  }
+  bool exists(std::string const& path) const { return std::filesystem::exists(folder / path); }
+  std::string text_of(std::string const& uuid, std::string const& key) {
+    auto const item = manager().bundleItemForUUID(uuid);
+    return item ? item->content()[key].string_or("-") : "none";
+  }
+  std::vector<std::string> alerts() {
+    std::vector<std::string> titles;
+    for (auto const& alert : desktop.alerts().shown) titles.push_back(alert.title);
+    desktop.alerts().shown.clear();
+    return titles;
+  }
+
+  temporary_folder folder;
+  headless::headless_desktop desktop;
+
+ private:
+  std::unique_ptr<platform::user_defaults> former_defaults_;
+  std::unique_ptr<BundleManager> manager_;
+};
+
+using strings = std::vector<std::string>;
