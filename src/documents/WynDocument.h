@@ -165,7 +165,8 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
 
   format presentFormat() const { return {fileEncoding_, lineEnding_, byteOrderMark_}; }
   void updateDocumentEdited(unsigned long memento);
-  void textIsSaved();
+  /// The text as it was at that memento, which it may not be any more.
+  void textIsSaved(unsigned memento);
   void textIsOnDisk();
   void tellThatDocumentDidClose();
   void becomeFile(std::string const& path);
@@ -182,7 +183,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
 
   std::optional<encoding::file_format> formatForSaving() const;
   bool mayOverwrite(std::string const& path) const;
-  void didWrite(std::string const& path, encoding::file_format const& format);
+  void didWrite(std::string const& path, encoding::file_format const& format, unsigned memento);
 
   std::string filename_;
   std::optional<documents::file_stamp> fileStamp_;

@@ -108,10 +108,10 @@ void WynDocument::textIsOnDisk() {
   updateDocumentEdited(lastSavedMemento_);
 }
 
-void WynDocument::textIsSaved() {
-  lastSavedMemento_ = storage_->current_memento;
+void WynDocument::textIsSaved(unsigned memento) {
+  lastSavedMemento_ = memento;
   lastSavedFormat_ = presentFormat();
-  setDocumentEdited(false);
+  updateDocumentEdited(storage_->current_memento);
 }
 
 bool WynDocument::readAgain(std::optional<encoding::charset_t> charset, bool pairs, file_text& text,
@@ -148,7 +148,7 @@ bool WynDocument::reopenWithEncoding(encoding::charset_t charset) {
   if (preserves_format()) fileEncoding_ = charset;
   rememberContent(text, pairs);
   fileStamp_ = text.stamp;
-  textIsSaved();
+  textIsSaved(storage_->current_memento);
   return true;
 }
 
@@ -214,7 +214,7 @@ bool WynDocument::checkForFilesystemChanges() {
   if (equal || replace) {
     rememberContent(text, pairs);
     if (replace)
-      textIsSaved();
+      textIsSaved(storage_->current_memento);
     else
       textIsOnDisk();
   } else {

@@ -1,8 +1,10 @@
 #include <cerrno>
 #include <new>
+#include <utility>
 
 #include "documents/WynDocument.h"
 #include "documents/document_alerts.h"
+#include "documents/privileged_save.h"
 #include "documents/save_file.h"
 #include "documents/storage_bytes.h"
 #include "path/file_system.h"
@@ -31,6 +33,10 @@ class asking_save {
         if (!documents::ask_to_overwrite(path_)) return outcome::unchanged;
         error = write(request, documents::save_read_only_file);
       }
+      if (error && !refused_ && documents::lacks_permission(*error))
+        error = write(request, [refusal = *error](auto const& wanted, auto& safe) {
+          return documents::save_with_privileges(wanted, safe, refusal);
+        });
     } catch (std::bad_alloc const&) {
       error = path::write_error{path::make_file_error("write", path_, ENOMEM)};
     }
@@ -95,23 +101,28 @@ bool WynDocument::writeToFile(std::string const& given_path) {
   auto const format = formatForSaving();
   if (!format || !mayOverwrite(path)) return false;
   auto const attributes = documents::file_attributes::of(filename_);
+  auto const memento = storage_->current_memento;
+  // While a password is asked for, events are handled; a change that is our own is no news.
+  bool const waiting = std::exchange(fileModifiedOnDiskAndWaitingForUser_, true);
   asking_save saving(path);
   outcome const result = saving.run(*storage_, *format);
+  fileModifiedOnDiskAndWaitingForUser_ = waiting;
   if (saving.copy) safetyCopies_.push_back(std::move(*saving.copy));
   // It was no other application that has changed the file.
   if (result == outcome::damaged && path == filename_) fileStamp_ = documents::stamp_of(path);
   if (result != outcome::saved) return false;
   attributes.apply_to(path);
-  didWrite(path, *format);
+  didWrite(path, *format, memento);
   return true;
 }
 
-void WynDocument::didWrite(std::string const& path, encoding::file_format const& format) {
+void WynDocument::didWrite(std::string const& path, encoding::file_format const& format,
+                           unsigned memento) {
   documentHasBeenSaved_ = true;
   fileEncoding_ = format.charset;
   byteOrderMark_ = format.byte_order_mark;
   if (path == filename_) fileContent_ = file_content::kept;
-  textIsSaved();
+  textIsSaved(memento);
   for (documents::safety_copy& copy : safetyCopies_) copy.remove();
   safetyCopies_.clear();
   fileStamp_ = documents::stamp_of(path);

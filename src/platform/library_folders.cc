@@ -54,6 +54,12 @@ bool make_private_folder(std::string const& path) {
   return is_private_folder(path);
 }
 
+std::filesystem::path running_program() {
+  std::error_code error;
+  auto const program = std::filesystem::read_symlink("/proc/self/exe", error);
+  return error ? "/usr/bin/quirnote" : program;
+}
+
 }  // namespace
 
 environment current_environment() {
@@ -134,9 +140,11 @@ std::string shared_support_folder(std::string const& program) {
 }
 
 std::string shared_support_folder() {
-  std::error_code error;
-  auto const program = std::filesystem::read_symlink("/proc/self/exe", error);
-  return shared_support_folder(error ? "/usr/bin/quirnote" : program.string());
+  return shared_support_folder(running_program().string());
+}
+
+std::string module_folder() {
+  return (running_program().parent_path().parent_path() / "lib/quirnote").string();
 }
 
 bool make_folders(std::string const& path, unsigned mode) {

@@ -1,0 +1,237 @@
+// The one thing that the editor does with an administrator's rights: a file gets the bytes that
+// stand on standard input. It is a program of its own, small enough to be read before it is
+// trusted, and uses nothing but the C library.
+//
+// Whoever asks for it has had the user see the path and agree to it, so the path must lead there
+// and nowhere else: each component is opened in the folder before it, none may be a link, and an
+// existing file must be the very one that the editor has looked at. Nothing is touched until all
+// the bytes have arrived, in the number that was announced. Owner, group and mode stay.
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "privileged/write_file_status.h"
+
+namespace {
+
+constexpr char const* usage =
+    "usage: quirnote-write-file SIZE DEVICE:INODE|new PATH\n"
+    "Writes SIZE bytes from standard input to the regular file at PATH, which has that identity\n"
+    "or is new. PATH is absolute and leads through no symbolic link.\n";
+
+struct failure {
+  char const* operation;
+  std::string reason;
+};
+
+[[noreturn]] void fail(char const* operation) {
+  throw failure{operation, std::strerror(errno)};
+}
+
+class descriptor {
+ public:
+  descriptor(int fd, char const* operation) : fd_(fd) {
+    if (fd_ < 0) fail(operation);
+  }
+  descriptor(descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  descriptor& operator=(descriptor&& other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+  }
+  ~descriptor() {
+    if (fd_ >= 0) close(fd_);
+  }
+  int get() const { return fd_; }
+  void close_and_look() {
+    if (close(std::exchange(fd_, -1)) != 0 && errno != EINTR) fail("close");
+  }
+
+ private:
+  int fd_;
+};
+
+struct request {
+  std::uint64_t size = 0;
+  bool is_new = false;
+  std::uint64_t device = 0, inode = 0;
+  std::string_view path;
+};
+
+bool read_number(std::string_view text, std::uint64_t& number) {
+  auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size();
+}
+
+bool read_arguments(int count, char** arguments, request& result) {
+  if (count != 4) return false;
+  std::string_view const identity = arguments[2];
+  auto const colon = std::min(identity.find(':'), identity.size());
+  result.is_new = identity == "new";
+  result.path = arguments[3];
+  constexpr auto largest = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
+  return read_number(arguments[1], result.size) && result.size <= largest &&
+         (result.is_new ||
+          (colon < identity.size() && read_number(identity.substr(0, colon), result.device) &&
+           read_number(identity.substr(colon + 1), result.inode))) &&
+         result.path.starts_with('/');
+}
+
+/// The folder of the path, which is left with its last component.
+descriptor open_folder(std::string_view& path) {
+  constexpr int how = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+  descriptor folder(open("/", how), "open");
+  for (path.remove_prefix(1);;) {
+    std::string const component(path.substr(0, path.find('/')));
+    if (component.empty() || component == "." || component == "..")
+      throw failure{"open", "The path is not a plain one"};
+    if (component.size() == path.size()) return folder;
+    folder = descriptor(openat(folder.get(), component.c_str(), how), "open");
+    path.remove_prefix(component.size() + 1);
+  }
+}
+
+void write_all(int to, char const* bytes, std::size_t count) {
+  while (count != 0) {
+    ssize_t const written = write(to, bytes, count);
+    if (written < 0 && errno == EINTR) continue;
+    if (written == 0) errno = ENOSPC;
+    if (written <= 0) fail("write");
+    bytes += written;
+    count -= static_cast<std::size_t>(written);
+  }
+}
+
+/// All of standard input in memory: whoever writes it may stop half-way, or change it.
+descriptor read_input(std::uint64_t size) {
+  descriptor memory(memfd_create("quirnote-write-file", MFD_CLOEXEC), "memfd_create");
+  std::uint64_t total = 0;
+  char buffer[1 << 16];
+  while (ssize_t const count = read(STDIN_FILENO, buffer, sizeof buffer)) {
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) fail("read");
+    total += static_cast<std::uint64_t>(count);
+    if (total > size) break;
+    write_all(memory.get(), buffer, static_cast<std::size_t>(count));
+  }
+  if (total != size) throw failure{"read", "The text did not arrive whole"};
+  return memory;
+}
+
+void copy(int from, int to) {
+  char buffer[1 << 16];
+  for (off_t offset = 0;;) {
+    ssize_t const count = pread(from, buffer, sizeof buffer, offset);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) fail("read");
+    if (count == 0) return;
+    write_all(to, buffer, static_cast<std::size_t>(count));
+    offset += count;
+  }
+}
+
+void sync(int fd) {
+  while (fsync(fd) != 0) {
+    if (errno == EINVAL) return;  // the file system has nothing to sync
+    if (errno != EINTR) fail("fsync");
+  }
+}
+
+/// From here on nothing may interrupt: neither a key in the terminal nor a limit that kills.
+void hold_signals() {
+  sigset_t all;
+  sigfillset(&all);
+  sigprocmask(SIG_BLOCK, &all, nullptr);
+}
+
+/// Room for the new bytes, so that a full disk leaves the old ones alone.
+void reserve(int file, struct stat const& old, std::uint64_t size) {
+  if (size == 0 || fallocate(file, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size)) == 0) return;
+  if (errno != ENOSPC && errno != EDQUOT && errno != EFBIG && errno != EIO) return;
+  int const code = errno;
+  if (ftruncate(file, old.st_size) != 0) fail("ftruncate");
+  errno = code;
+  fail("fallocate");
+}
+
+void overwrite(request const& wanted, int folder, char const* name, int bytes, bool& touched) {
+  struct stat info;
+  if (fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0) fail("stat");
+  // To open what is no regular file may do something already.
+  auto const check = [&] {
+    if (!S_ISREG(info.st_mode)) throw failure{"open", "It is no regular file"};
+    if (info.st_dev != wanted.device || info.st_ino != wanted.inode)
+      throw failure{"open", "It is another file now"};
+  };
+  check();
+  constexpr int how = O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  descriptor file(openat(folder, name, how), "open");
+  if (fstat(file.get(), &info) != 0) fail("fstat");
+  check();
+  hold_signals();
+  reserve(file.get(), info, wanted.size);
+  touched = true;
+  copy(bytes, file.get());
+  if (static_cast<std::uint64_t>(info.st_size) > wanted.size &&
+      ftruncate(file.get(), static_cast<off_t>(wanted.size)) != 0)
+    fail("ftruncate");
+  sync(file.get());
+  file.close_and_look();
+}
+
+void create(int folder, char const* name, int bytes) {
+  umask(022);
+  hold_signals();
+  constexpr int how = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  descriptor file(openat(folder, name, how, 0644), "open");
+  try {
+    copy(bytes, file.get());
+    sync(file.get());
+    file.close_and_look();
+  } catch (failure const&) {
+    unlinkat(folder, name, 0);
+    throw;
+  }
+  descriptor entries(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC), "open");
+  sync(entries.get());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  request wanted;
+  if (!read_arguments(argc, argv, wanted)) {
+    std::fputs(usage, stderr);
+    return static_cast<int>(write_file_status::wrong_usage);
+  }
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+  bool touched = false;
+  try {
+    descriptor const bytes = read_input(wanted.size);
+    std::string_view rest = wanted.path;
+    descriptor const folder = open_folder(rest);
+    std::string const name(rest);
+    if (wanted.is_new)
+      create(folder.get(), name.c_str(), bytes.get());
+    else
+      overwrite(wanted, folder.get(), name.c_str(), bytes.get(), touched);
+  } catch (failure const& f) {
+    std::fprintf(stderr, "quirnote-write-file: %s: %s\n", f.operation, f.reason.c_str());
+    return static_cast<int>(touched ? write_file_status::damaged : write_file_status::unchanged);
+  }
+  return static_cast<int>(write_file_status::written);
+}

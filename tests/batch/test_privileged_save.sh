@@ -1,0 +1,132 @@
+# Saving what the user may not write: the program that writes files for it alone, then the editor
+# with a pkexec that gives the rights, refuses them or is missing.
+program=$1
+writer=$(dirname "$program")/../lib/quirnote/quirnote-write-file
+
+fail() {
+  echo "$*" >&2
+  exit 1
+}
+identity() { stat -c %d:%i "$1"; }
+here=$PWD
+
+# writes STATUS SIZE IDENTITY PATH: with "new text" on standard input.
+writes() {
+  local status=0
+  printf 'new text' | "$writer" "${@:2}" 2>err || status=$?
+  [[ $status == "$1" ]] || fail "status $status instead of $1: ${*:2}: $(<err)"
+}
+mkdir folder
+printf 'the old text' >folder/file
+printf 'other' >other
+ln -s file folder/link
+ln -s folder via
+ln -s nowhere folder/dangling
+mkfifo pipe
+this=$(identity folder/file)
+while read -r status size identity path; do
+  writes "$status" "$size" "$identity" "$path"
+done <<END
+2 8 $this
+2 8x $this $here/folder/file
+2 -8 $this $here/folder/file
+2 99999999999999999999 $this $here/folder/file
+2 8 ${this%:*} $here/folder/file
+2 8 New $here/folder/file
+2 8 $this folder/file
+1 7 $this $here/folder/file
+1 9 $this $here/folder/file
+1 0 $this $here/folder/file
+1 8 $(identity other) $here/folder/file
+1 8 new $here/folder/file
+1 8 new $here/folder/dangling
+1 8 new $here/none/file
+1 8 new $here/folder/
+1 8 $this $here/folder/link
+1 8 $this $here/via/file
+1 8 $this $here/folder/../folder/file
+1 8 $this $here//folder/file
+1 8 $this $here/./folder/file
+1 8 $(identity pipe) $here/pipe
+1 8 $(identity folder) $here/folder
+1 8 $(identity /dev/null) /dev/null
+END
+[[ $(<folder/file) == 'the old text' && $(ls folder | wc -l) == 3 ]] || fail 'a refusal wrote'
+
+chmod 4640 folder/file
+ln folder/file folder/second
+writes 0 8 "$this" "$here/folder/file"
+[[ $(<folder/second) == 'new text' && $(stat -c %a folder/file) == 4640 ]] || fail "not in place"
+writes 0 8 new "$here/folder/a b"$'\n'
+[[ $(<"folder/a b"$'\n') == 'new text' ]]
+# What doesn't fit leaves the old text, and a new file is taken away again.
+(ulimit -f 1 && head -c 9000 /dev/zero | "$writer" 9000 "$this" "$here/folder/file") 2>err && fail fits
+(ulimit -f 1 && head -c 9000 /dev/zero | "$writer" 9000 new "$here/folder/big") 2>err && fail fits
+[[ $(<folder/second) == 'new text' && ! -e folder/big ]] || fail 'half-written'
+rm -rf folder via
+
+# The editor. As root it does without the right to write everything.
+drop=()
+[[ $(id -u) != 0 ]] || drop=(setpriv --bounding-set=-dac_override,-dac_read_search)
+mkdir bin
+echo '<plist><array><dict><key>command</key><string>insertText:</string><key>argument</key>
+<string>new </string></dict></array></plist>' >type
+edit() { # edit STATUS ARGUMENTS...
+  local status=0
+  PATH=$here/bin:/usr/bin:/bin "${drop[@]}" "$program" --batch --macro type --print state \
+    "${@:2}" >out 2>err </dev/null || status=$?
+  [[ $status == "$1" ]] || fail "status $status instead of $1: ${*:2}: $(<out) $(<err)"
+}
+pkexec() { printf '#!/bin/bash\n%s\n' "$1" >bin/pkexec && chmod +x bin/pkexec; }
+# Gives the rights by which its owner writes the file, for so long.
+gives='[[ $1 == --disable-internal-agent && $# == 5 ]] || exit 99
+folder=${5%/*} mode=$(stat -c %a "$5" 2>&-)
+chmod u+w "$folder"; [[ ! $mode ]] || chmod u+w "$5"
+sleep 0.2
+"${@:2}"; status=$?
+[[ ! $mode ]] || chmod "$mode" "$5"
+chmod u-w "$folder"
+exit $status'
+
+mkdir folder
+seq 1 200000 >folder/file
+ln -s folder via
+old=$(sha1sum <folder/file)
+new=$( (printf 'new '; seq 1 200000) | sha1sum)
+chmod 0460 folder/file
+chmod a-w folder
+untouched() { [[ $(sha1sum <folder/file) == "$old" && $(ls folder) == file ]] || fail "$1"; }
+
+edit 3 --save folder/file
+untouched 'missing pkexec'
+grep -q 'Permission denied' out
+pkexec 'exit 126'
+edit 3 --save folder/file
+untouched 'dismissed'
+pkexec 'kill -9 $$'
+edit 3 --save folder/file
+untouched 'killed'
+grep -q 'incomplete' out && fail 'told of damage that is none'
+pkexec 'printf x | "${@:2}"'
+edit 3 --save folder/file
+untouched 'a text that breaks off'
+grep -q 'did not arrive whole' out
+
+pkexec "$gives"
+edit 0 --save via/file
+[[ $(sha1sum <folder/file) == "$new" && $(stat -c %a folder/file) == 460 ]] || fail 'not saved'
+grep -q '"alerts":\[\]' out
+copies() { compgen -G "$XDG_STATE_HOME/Quirnote/SafetyCopy-*"; }
+copies && fail 'a safety copy is left'
+edit 0 --save-as "$here/folder/made" other
+[[ $(<folder/made) == 'new other' ]]
+edit 3 --save-as "$here/none/made" other
+
+# A disk that fails halfway: the text stands in a safety copy.
+pkexec 'chmod u+w "$5"; echo torn >"$5"; chmod u-w "$5"
+echo "quirnote-write-file: write: Input/output error" >&2
+exit 3'
+edit 3 --save folder/file
+grep -q 'Input/output error. What is on disk is incomplete' out
+tail -n +2 folder/file | grep -q . && fail 'not torn'
+[[ $(tail -c 7 "$(copies)") == 200000 ]]

@@ -1,0 +1,43 @@
+#include "platform/run_program.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+platform::program_result run_shell(std::string const& script, double seconds,
+                                   int* calls = nullptr) {
+  int const input = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  int own_calls = 0;
+  auto const result = platform::run_program({"sh", "-c", script}, input, seconds,
+                                            [&] { ++(calls ? *calls : own_calls); });
+  close(input);
+  return result;
+}
+
+TEST(run_program, gives_status_and_messages) {
+  auto const result = run_shell("echo said; echo told >&2; exit 3", 10);
+  EXPECT_EQ(result.error, 0);
+  EXPECT_EQ(WEXITSTATUS(result.status), 3);
+  EXPECT_EQ(result.standard_error, "told\n");
+  EXPECT_EQ(platform::run_program({"/no/such"}, 0, 1, [] {}).error, ENOENT);
+}
+
+TEST(run_program, takes_no_more_than_it_can_hold) {
+  auto const result = run_shell("yes | head -c 1000000 >&2", 10);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.standard_error.size(), 65536u);
+}
+
+TEST(run_program, waits_for_the_program_alone_and_not_for_ever) {
+  int calls = 0;
+  auto const result = run_shell("sleep 2 >&2 & exec sleep 20", 0.2, &calls);
+  EXPECT_TRUE(WIFSIGNALED(result.status));
+  EXPECT_GT(calls, 5);
+  auto const closed = run_shell("exec 2>&-; sleep 0.1", 10, &calls);
+  EXPECT_EQ(closed.status, 0);
+}
+
+}  // namespace
