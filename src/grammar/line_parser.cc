@@ -57,64 +57,58 @@ path_tree::id line_parser::top_path() const {
   return top.owner->end.is_set() ? content_path(*top.owner, top.path) : top.path;
 }
 
-bool line_parser::search(std::uint32_t position, region& node, candidate wanted, unsigned order) {
-  auto const result = wanted.nfa->search(line_, position, is_last_, wanted.match);
-  if (result == pattern::result::gave_up) wanted.named->tell_given_up();
-  if (result != pattern::result::found) return false;
-  order_key const key{wanted.match.begin(), order};
-  node.matches.insert_or_assign(key, std::move(wanted));
-  return true;
+void line_parser::search(std::uint32_t position, region& node, candidate found, unsigned order) {
+  auto const result = found.nfa->search(line_, position, is_last_, found.match);
+  if (result == pattern::result::gave_up) found.what->named->tell_given_up();
+  if (result != pattern::result::found) return;
+  order_key const key{found.match.begin(), order};
+  node.matches.insert_or_assign(key, std::move(found));
 }
 
 void line_parser::apply_rules(std::uint32_t position, region& node) {
-  expanding_.clear();
-  apply_rules(position, node, {node.owner, node.base, node.path}, 0);
+  rule_set const& rules = rules_of({node.owner, node.base});
+  for (unsigned order = 0; order < rules.size(); ++order) {
+    pattern const* nfa = rules[order].nfa;
+    if (nfa == nullptr && !references_->empty()) nfa = references_->back().get();
+    if (nfa) search(position, node, {&rules[order], nfa, {}}, order);
+  }
 }
 
-unsigned line_parser::apply_rules(std::uint32_t position, region& node, group const& of,
-                                  unsigned order) {
-  // A group that is being expanded, or was, adds nothing: what it has comes first already.
-  for (group const& other : expanding_)
-    if (other.owner == of.owner && other.base == of.base) return order;
-  expanding_.push_back(of);
-  rule const& owner = *of.owner;
-  path_tree::id const path = owner.end.is_set() ? content_path(owner, of.path) : of.path;
-  if (!owner.apply_end_pattern_last) order = apply_end(position, node, of, order);
-  for (unsigned i = 0; i < owner.patterns.size() && order < max_candidates; ++i) {
+line_parser::rule_set const& line_parser::rules_of(region_key const& of) {
+  auto const [it, added] = rule_sets_.try_emplace(of);
+  if (added) {
+    collected_.clear();
+    collect(it->second, of, {});
+  }
+  return it->second;
+}
+
+void line_parser::collect(rule_set& rules, region_key const& of, std::vector<unsigned> steps) {
+  // A group that was collected, or is just being, adds nothing: what it has comes first already.
+  if (!collected_.insert(of).second) return;
+  rule const& owner = *of.first;
+  if (owner.end.is_set() && owner.has_content_name()) steps.push_back(modulo_for_rule(owner) - 1);
+  if (!owner.apply_end_pattern_last) collect_end(rules, owner);
+  for (unsigned i = 0; i < owner.patterns.size() && rules.size() < max_candidates; ++i) {
     rule const* new_base = nullptr;
-    rule const* const child = rule_at_index(owner, i, *all_rules_, root_, of.base, new_base);
+    rule const* const child = rule_at_index(owner, i, *all_rules_, root_, of.second, new_base);
     if (child == nullptr || child->disabled) continue;
+    std::vector<unsigned> below = steps;
+    below.push_back(i);
     if (new_base) {
-      order = apply_rules(position, node, {child, new_base, paths_->child(path, i)}, order);
-      continue;
-    }
-    lazy_pattern const* const opening = child->opening();
-    if (opening == nullptr) continue;
-    candidate const wanted{kind::opening, child, 0, opening->get(), opening, {}};
-    if (search(position, node, wanted, order)) {
-      // The path is made when it is needed, as most rules match nothing.
-      for (auto& [key, made] : node.matches)
-        if (key.order == order) made.path = paths_->child(path, i);
-      ++order;
+      collect(rules, {child, new_base}, std::move(below));
+    } else if (lazy_pattern const* const opening = child->opening()) {
+      rules.push_back({kind::opening, child, std::move(below), opening->get(), opening});
     }
   }
-  if (owner.apply_end_pattern_last) order = apply_end(position, node, of, order);
+  if (owner.apply_end_pattern_last) collect_end(rules, owner);
   if (pattern const* const swallow = owner.swallow.get())
-    order += search(position, node, {kind::swallow, &owner, 0, swallow, &owner.swallow, {}}, order);
-  return order;
+    rules.push_back({kind::swallow, &owner, {}, swallow, &owner.swallow});
 }
 
-unsigned line_parser::apply_end(std::uint32_t position, region& node, group const& of,
-                                unsigned order) {
-  rule const& owner = *of.owner;
-  pattern const* nfa = nullptr;
-  if (!owner.has_back_references) {
-    nfa = owner.end.get();
-  } else if (!references_->empty()) {
-    nfa = references_->back().get();
-  }
-  if (nfa == nullptr) return order;
-  return order + search(position, node, {kind::end, &owner, node.path, nfa, &owner.end, {}}, order);
+void line_parser::collect_end(rule_set& rules, rule const& owner) {
+  pattern const* const nfa = owner.has_back_references ? nullptr : owner.end.get();
+  if (nfa || owner.has_back_references) rules.push_back({kind::end, &owner, {}, nfa, &owner.end});
 }
 
 bool line_parser::parse_line(std::u16string line, bool is_last, line_tokens& tokens,
@@ -142,14 +136,14 @@ bool line_parser::parse_line(std::u16string line, bool is_last, line_tokens& tok
       unsigned const order = first->first.order;
       matches.erase(first);
       search(position_, stack_.back(), std::move(again), order);
-    } else if (first->second.type == kind::opening) {
+    } else if (first->second.what->type == kind::opening) {
       take_opening(first);
-    } else if (first->second.type == kind::end && stack_.size() > 1) {
+    } else if (first->second.what->type == kind::end && stack_.size() > 1) {
       take_end(candidate(std::move(first->second)));
     } else {
       position_ = first->second.match.end();
-      if (first->second.match.empty() || first->second.type == kind::end) {
-        tell_zero_width(*first->second.owner);
+      if (first->second.match.empty() || first->second.what->type == kind::end) {
+        tell_zero_width(*first->second.what->owner);
         matches.erase(first);
       }
     }
@@ -158,9 +152,9 @@ bool line_parser::parse_line(std::u16string line, bool is_last, line_tokens& tok
 }
 
 void line_parser::take_end(candidate const& taken) {
-  rule const& owner = *taken.owner;
+  rule const& owner = *taken.what->owner;
   if (owner.has_back_references && !references_->empty()) references_->pop_back();
-  store_path(taken, owner.end_captures,
+  store_path(taken.match, stack_.back().path, owner.end_captures,
              static_cast<unsigned>(owner.patterns.size() + owner.begin_captures.size()));
   position_ = taken.match.end();
   bool const was_empty = stack_.back().opened_at == position_;
@@ -177,14 +171,14 @@ void line_parser::take_end(candidate const& taken) {
   // It would open and close here for ever.
   tell_zero_width(*closed);
   std::erase_if(top.matches, [&](auto const& match) {
-    return match.second.owner == closed && match.second.type == kind::opening &&
+    return match.second.what->owner == closed && match.second.what->type == kind::opening &&
            match.first.begin == position_;
   });
 }
 
 void line_parser::take_opening(std::map<order_key, candidate>::iterator taken) {
   candidate const& found = taken->second;
-  rule const& owner = *found.owner;
+  rule const& owner = *found.what->owner;
   bool const opens = owner.end.is_set();
   if (opens && (stack_.size() >= max_regions ||
                 (found.match.empty() && opened_here(owner, found.match.begin())))) {
@@ -192,15 +186,17 @@ void line_parser::take_opening(std::map<order_key, candidate>::iterator taken) {
     stack_.back().matches.erase(taken);
     return;
   }
-  store_path(found, owner.begin_captures, static_cast<unsigned>(owner.patterns.size()));
+  path_tree::id path = stack_.back().path;
+  for (unsigned const step : found.what->steps) path = paths_->child(path, step);
+  store_path(found.match, path, owner.begin_captures, static_cast<unsigned>(owner.patterns.size()));
   position_ = found.match.end();
   if (opens) {
     if (owner.has_back_references)
       references_->push_back(nfa_wrapper(
           expand_back_references(unicode::to_utf16(owner.end.source()), line_, found.match)));
-    path_tree::node const node = paths_->at(found.path);
-    if (owner.has_content_name()) tokens_->set(position_, content_path(owner, found.path));
-    stack_.push_back({node.base, found.path, &owner, {}, found.match.begin()});
+    path_tree::node const node = paths_->at(path);
+    if (owner.has_content_name()) tokens_->set(position_, content_path(owner, path));
+    stack_.push_back({node.base, path, &owner, {}, found.match.begin()});
     apply_rules(position_, stack_.back());
     return;
   }
@@ -218,15 +214,15 @@ bool line_parser::opened_here(rule const& owner, std::uint32_t position) const {
 
 // Groups nest or stand apart, in the order of their numbers. What a group has outside of the match,
 // which it may in a look-around, belongs to other rules.
-void line_parser::store_path(candidate const& of, std::vector<capture> const& captures,
-                             unsigned base_index) {
-  tokens_->set(of.match.begin(), of.path);
+void line_parser::store_path(match_groups const& match, path_tree::id path,
+                             std::vector<capture> const& captures, unsigned base_index) {
+  tokens_->set(match.begin(), path);
   struct waiting {
     std::uint32_t end;
     path_tree::id path;
   };
   std::vector<waiting> pending;
-  path_tree::id current = of.path;
+  path_tree::id current = path;
   auto const close_until = [&](std::uint32_t column) {
     for (; !pending.empty() && pending.back().end <= column; pending.pop_back()) {
       current = pending.back().path;
@@ -234,12 +230,12 @@ void line_parser::store_path(candidate const& of, std::vector<capture> const& ca
     }
   };
   for (std::size_t i = 0; i < captures.size(); ++i) {
-    if (!of.match.is_set(captures[i].group)) continue;
-    auto const range = of.match.groups[static_cast<std::size_t>(captures[i].group)];
+    if (!match.is_set(captures[i].group)) continue;
+    auto const range = match.groups[static_cast<std::size_t>(captures[i].group)];
     std::uint32_t const begin =
-        std::max<std::uint32_t>(static_cast<std::uint32_t>(range.begin), of.match.begin());
+        std::max<std::uint32_t>(static_cast<std::uint32_t>(range.begin), match.begin());
     std::uint32_t const end =
-        std::min<std::uint32_t>(static_cast<std::uint32_t>(range.end), of.match.end());
+        std::min<std::uint32_t>(static_cast<std::uint32_t>(range.end), match.end());
     if (begin > end) continue;
     close_until(begin);
     pending.push_back({end, current});

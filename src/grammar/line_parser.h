@@ -51,12 +51,17 @@ class line_parser {
     unsigned order;
     friend auto operator<=>(order_key const&, order_key const&) = default;
   };
-  struct candidate {
+  /// A pattern to search for in a region.
+  struct wanted {
     kind type;
     rule const* owner;
-    path_tree::id path;
+    std::vector<unsigned> steps;  ///< from the region's path to the owner's
+    pattern const* nfa;           ///< null for an end pattern that is among the references
+    lazy_pattern const* named;    ///< for messages
+  };
+  struct candidate {
+    wanted const* what;
     pattern const* nfa;
-    lazy_pattern const* named;  ///< for messages
     match_groups match;
   };
   struct region {
@@ -66,22 +71,21 @@ class line_parser {
     std::map<order_key, candidate> matches;
     std::uint32_t opened_at = ~0u;  ///< on this line; without text so far while position is there
   };
-  struct group {
-    rule const* owner;
-    rule const* base;
-    path_tree::id path;
-  };
+  using region_key = std::pair<rule const*, rule const*>;  ///< a rule and its base
+  using rule_set = std::vector<wanted>;
 
   path_tree::id content_path(rule const& owner, path_tree::id path) const;
   path_tree::id top_path() const;
+  rule_set const& rules_of(region_key const& of);
+  void collect(rule_set& rules, region_key const& of, std::vector<unsigned> steps);
+  void collect_end(rule_set& rules, rule const& owner);
   void apply_rules(std::uint32_t position, region& node);
-  unsigned apply_rules(std::uint32_t position, region& node, group const& of, unsigned order);
-  unsigned apply_end(std::uint32_t position, region& node, group const& of, unsigned order);
-  bool search(std::uint32_t position, region& node, candidate wanted, unsigned order);
+  void search(std::uint32_t position, region& node, candidate found, unsigned order);
   void take_end(candidate const& taken);
   void take_opening(std::map<order_key, candidate>::iterator taken);
   bool opened_here(rule const& owner, std::uint32_t position) const;
-  void store_path(candidate const& of, std::vector<capture> const& captures, unsigned base_index);
+  void store_path(match_groups const& match, path_tree::id path,
+                  std::vector<capture> const& captures, unsigned base_index);
   void tell_zero_width(rule const& owner);
 
   std::shared_ptr<catalogue const> all_rules_;
@@ -89,6 +93,8 @@ class line_parser {
   std::shared_ptr<path_tree> paths_;
   std::vector<region> stack_;
   std::set<rule const*> told_;
+  std::map<region_key, rule_set> rule_sets_;
+  std::set<region_key> collected_;  ///< guards against groups that include themselves
 
   // Of the line at work:
   std::u16string line_;
@@ -97,7 +103,6 @@ class line_parser {
   reference_stack* references_ = nullptr;
   std::uint32_t position_ = 0;
   std::size_t depth_ = 0;
-  std::vector<group> expanding_;  ///< guards against groups that include themselves
 };
 
 }  // namespace grammar
