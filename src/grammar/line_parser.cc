@@ -58,7 +58,7 @@ path_tree::id line_parser::top_path() const {
 }
 
 void line_parser::search(std::uint32_t position, region& node, candidate found, unsigned order) {
-  auto const result = found.nfa->search(line_, position, is_last_, found.match);
+  auto const result = found.nfa->search(line_, position, found.match);
   if (result == pattern::result::gave_up) found.what->named->tell_given_up();
   if (result != pattern::result::found) return;
   order_key const key{found.match.begin(), order};
@@ -113,9 +113,7 @@ void line_parser::collect_end(rule_set& rules, rule const& owner) {
 
 bool line_parser::parse_line(std::u16string line, bool is_last, line_tokens& tokens,
                              reference_stack& references, std::atomic<bool> const& stop) {
-  line_ = std::move(line);
-  make_valid(line_);
-  is_last_ = is_last;
+  line_.set(std::move(line), is_last);
   tokens_ = &tokens;
   references_ = &references;
   position_ = 0;
@@ -192,8 +190,8 @@ void line_parser::take_opening(std::map<order_key, candidate>::iterator taken) {
   position_ = found.match.end();
   if (opens) {
     if (owner.has_back_references)
-      references_->push_back(nfa_wrapper(
-          expand_back_references(unicode::to_utf16(owner.end.source()), line_, found.match)));
+      references_->push_back(nfa_wrapper(expand_back_references(
+          unicode::to_utf16(owner.end.source()), line_.units(), found.match)));
     path_tree::node const node = paths_->at(path);
     if (owner.has_content_name()) tokens_->set(position_, content_path(owner, path));
     stack_.push_back({node.base, path, &owner, {}, found.match.begin()});

@@ -97,8 +97,7 @@ class line_parser {
   std::set<region_key> collected_;  ///< guards against groups that include themselves
 
   // Of the line at work:
-  std::u16string line_;
-  bool is_last_ = false;
+  line_text line_;
   line_tokens* tokens_ = nullptr;
   reference_stack* references_ = nullptr;
   std::uint32_t position_ = 0;
