@@ -7,6 +7,8 @@
 
 #include "documents/file_metadata.h"
 #include "text/bookmark_filter.h"
+#include "text/folding_filter.h"
+#include "text/tab_width.h"
 
 namespace documents {
 namespace {
@@ -14,6 +16,8 @@ namespace {
 constexpr char const* bookmarks_name = "com.quirnworks.bookmarked_lines";
 constexpr char const* foldings_name = "com.quirnworks.foldings";
 constexpr char const* caret_name = "com.quirnworks.caret";
+
+using folding_t = class text::view::folding_filter::folding_t;
 
 plist::value decimal(std::size_t number) {
   return std::to_string(number);
@@ -51,7 +55,7 @@ plist::value bookmarks_of(text::view const& view) {
 }
 
 void load_folds(plist::value const& list, text::view& view) {
-  std::vector<text::kept_fold> folds;
+  std::vector<folding_t> folds;
   for (plist::value const& element : list.elements()) {
     auto const field = [&](char const* key, char const* long_key) {
       return number(element[key] ? element[key] : element[long_key]);
@@ -59,18 +63,20 @@ void load_folds(plist::value const& list, text::view& view) {
     auto const from = field("f", "from"), to = field("t", "to"), indent = field("i", "indent");
     if (!from || !to || !indent) continue;
     if (*from < *to && *to < view.storage->lines())
-      folds.push_back({*from, *to, *indent});
+      folds.push_back({static_cast<uint32_t>(*from), static_cast<uint32_t>(*to)});
     else
       std::printf("skip folding: %zu - %zu\n", *from, *to);
   }
-  if (view.folding_filter) view.folding_filter->restore_folds(folds);
+  view.folding_filter->restore(folds);
 }
 
-plist::value folds_of(text::hiding_filter const& filter) {
+plist::value folds_of(text::view const& view) {
   plist::array list;
-  for (auto const& [from, to, indent] : filter.folds_to_keep())
+  for (auto const& [from, to] : view.folding_filter->foldings) {
+    size_t const indent = text::indent_width(view.storage->line_units(from), view.tab_size);
     list.push_back(plist::dictionary{
         {"from", decimal(from)}, {"to", decimal(to)}, {"indent", decimal(indent)}});
+  }
   return list.empty() ? plist::value() : plist::value(list);
 }
 
@@ -129,8 +135,7 @@ void load_view_attributes(std::string const& path, text::view& view) {
 
 void save_view_attributes(std::string const& path, text::view const& view) {
   savePlistMetadata(path, bookmarks_of(view), bookmarks_name);
-  // A view that can't fold doesn't know what others have folded.
-  if (view.folding_filter) savePlistMetadata(path, folds_of(*view.folding_filter), foldings_name);
+  savePlistMetadata(path, folds_of(view), foldings_name);
   text::iterator const& caret = view.selection.current_mark.base;
   savePlistMetadata(
       path, plist::dictionary{{"line", decimal(caret.line)}, {"column", decimal(caret.column)}},

@@ -53,24 +53,4 @@ class switchable_filter : public filter {
   virtual void disable() = 0;
 };
 
-/// A fold as it is kept with a file: the line that stays on the screen, the last one that is
-/// hidden, and how far the first is indented, in columns.
-struct kept_fold {
-  size_t from;
-  size_t to;
-  size_t indent;
-};
-
-/// A filter that hides lines.
-class hiding_filter : public switchable_filter {
- public:
-  /// What the user has hidden, and the same from an earlier time. Lines are those of the storage.
-  virtual std::vector<kept_fold> folds_to_keep() const { return {}; }
-  virtual void restore_folds(std::vector<kept_fold> const&) {}
-
-  /// In the coordinates of the filter below.
-  virtual bool is_visible(text::pos const& at) const = 0;
-  virtual void make_visible(text::pos const& at) = 0;
-};
-
 }  // namespace text

@@ -1,5 +1,7 @@
 #include "text/tab_width.h"
 
+#include <algorithm>
+
 #include "text/unit_search.h"
 
 namespace text {
@@ -15,6 +17,11 @@ size_t expanded_width(unit_view units, size_t start, size_t tab_size) {
     column += tab_width(column, tab_size);
     at = tab + 1;
   }
+}
+
+size_t indent_width(unit_view line, size_t tab_size) {
+  auto const text = std::min(line.find_first_not_of(u" \t"), line.size());
+  return expanded_width(line.substr(0, text), 0, tab_size);
 }
 
 unit_column unit_at_column(unit_view units, size_t start, size_t column, size_t tab_size) {

@@ -15,6 +15,9 @@ inline size_t tab_width(size_t column, size_t tab_size) {
 /// the next tab stop. Runs without tabs are skipped at memory speed. `tab_size` is not 0.
 size_t expanded_width(unit_view units, size_t start, size_t tab_size);
 
+/// The columns of the spaces and tabs that a line begins with.
+size_t indent_width(unit_view line, size_t tab_size);
+
 /// A unit of a run and the column at which it stands.
 struct unit_column {
   size_t unit;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "text/bookmark_filter.h"
+#include "text/folding_filter.h"
 #include "text/soft_wrap_filter.h"
 #include "text/view_filter.h"
 
@@ -21,6 +22,7 @@ view::view(text::storage& of)
       notify_observer(of, true),
       storage_filter(std::make_unique<class view::storage_filter>(*this)),
       bookmark_filter(std::make_unique<class view::bookmark_filter>()),
+      folding_filter(std::make_unique<class view::folding_filter>(*this)),
       soft_wrap_filter(std::make_unique<class view::soft_wrap_filter>(*this)),
       view_filter(std::make_unique<class view::view_filter>(*this)),
       long_lines_(of) {
@@ -28,6 +30,7 @@ view::view(text::storage& of)
   of.add_observer(&notify_observer);
   filters[filter_index::storage] = storage_filter.get();
   filters[filter_index::bookmark] = bookmark_filter.get();
+  filters[filter_index::folding] = folding_filter.get();
   filters[filter_index::view] = view_filter.get();
   chain_filters();
   selection.set_caret(begin(0));
@@ -129,6 +132,7 @@ void view::refresh_lines(size_t first, size_t last) {
 void view::set_tab_size(unsigned columns) {
   if (columns == tab_size) return;
   tab_size = columns;
+  folding_filter->forget_markers();
   forget_max_columns();
   if (soft_wrap) soft_wrap_filter->reset();
 }
@@ -197,21 +201,9 @@ void view::install_tokenize_filter(std::unique_ptr<filter> added) {
 }
 
 void view::install_spellcheck_filter(std::unique_ptr<switchable_filter> added) {
-  install_switchable(filter_index::spellcheck, spellcheck_filter, std::move(added),
-                     spellcheck_enabled);
-}
-
-void view::install_folding_filter(std::unique_ptr<hiding_filter> added) {
-  install_switchable(filter_index::folding, folding_filter, std::move(added), foldings_enabled);
-}
-
-template <typename Filter>
-void view::install_switchable(filter_index index, std::unique_ptr<Filter>& slot,
-                              std::unique_ptr<Filter> added, bool on) {
-  enter(index, on ? added.get() : nullptr);
-  slot = std::move(added);
-  forget_max_columns();
-  if (on && slot) slot->reset();
+  enter(filter_index::spellcheck, spellcheck_enabled ? added.get() : nullptr);
+  spellcheck_filter = std::move(added);
+  if (spellcheck_enabled && spellcheck_filter) spellcheck_filter->reset();
 }
 
 void view::set_snippet_observer(std::unique_ptr<snippet_observer_t> observer) {
@@ -221,18 +213,18 @@ void view::set_snippet_observer(std::unique_ptr<snippet_observer_t> observer) {
 }
 
 bool view::is_visible(text::iterator const& it) const {
-  return !foldings_enabled || !folding_filter || folding_filter->is_visible(it.pos());
+  return !foldings_enabled || folding_filter->is_visible(it.pos());
 }
 
 void view::make_visible(text::iterator const& it) {
-  if (!foldings_enabled || !folding_filter) return;
+  if (!foldings_enabled) return;
   text::selection const kept = selection;
   folding_filter->make_visible(it.pos());
   selection = kept;
 }
 
 view_iterator view::in_view(text::iterator const& it, bool) {
-  if (foldings_enabled && folding_filter) folding_filter->make_visible(it.pos());
+  if (foldings_enabled) folding_filter->make_visible(it.pos());
   return {this, it};
 }
 

@@ -52,6 +52,8 @@ class view {
   class storage_filter;
   /// Keeps the bookmarks in step with the text.
   class bookmark_filter;
+  /// Hides folded lines.
+  class folding_filter;
   /// Cuts lines into rows that are no wider than the screen.
   class soft_wrap_filter;
   /// The highest one: keeps selections across undo, the range to draw again and `max_columns`.
@@ -111,7 +113,6 @@ class view {
   /// @{
   void install_tokenize_filter(std::unique_ptr<filter> added);
   void install_spellcheck_filter(std::unique_ptr<switchable_filter> added);
-  void install_folding_filter(std::unique_ptr<hiding_filter> added);
   /// Null for none. It hears of changes after all other observers of this view.
   void set_snippet_observer(std::unique_ptr<snippet_observer_t> observer);
   void chain_filters();
@@ -210,7 +211,7 @@ class view {
   std::unique_ptr<filter> tokenize_filter;
   std::unique_ptr<class bookmark_filter> bookmark_filter;
   std::unique_ptr<switchable_filter> spellcheck_filter;
-  std::unique_ptr<hiding_filter> folding_filter;
+  std::unique_ptr<class folding_filter> folding_filter;
   std::unique_ptr<class soft_wrap_filter> soft_wrap_filter;
   std::unique_ptr<class view_filter> view_filter;
   std::map<filter_index, filter*> filters;  ///< those in the chain
@@ -224,9 +225,6 @@ class view {
 
   filter& top() const { return *filters.rbegin()->second; }
   void enter(filter_index index, filter* added);
-  template <typename Filter>
-  void install_switchable(filter_index index, std::unique_ptr<Filter>& slot,
-                          std::unique_ptr<Filter> added, bool on);
   void switch_filter(filter_index index, switchable_filter* switched, bool on);
   bool is_whole_line(view_iterator const& first, view_iterator const& last) const;
   size_t row_width(size_t row) const;

@@ -4,6 +4,7 @@
 
 #include "marked_text.h"
 #include "random_text.h"
+#include "text/folding_filter.h"
 
 namespace {
 
@@ -262,24 +263,9 @@ TEST_F(SoftWrap, TypingRefreshesOnlyTheRowsThatChange) {
   EXPECT_EQ(view.selection.current_mark, at(0, 0));
 }
 
-/// Hides line 1 and tells what is above of changes there as if they were made in line 0.
-class hiding_line_1 : public text::hiding_filter {
- public:
-  pos in_view(pos const& at) const override {
-    return {at.line - (at.line >= 1 ? size_t{1} : 0), at.column};
-  }
-  pos in_storage(pos const& at) const override {
-    return {at.line + (at.line >= 1 ? size_t{1} : 0), at.column};
-  }
-  void reset() override {}
-  void disable() override {}
-  bool is_visible(pos const& at) const override { return at.line != 1; }
-  void make_visible(pos const&) override {}
-};
-
 TEST_F(SoftWrap, ChangesOfHiddenTextLeaveTheRows) {
   marked_text::set(view, "aaaa bbbb cccc\nhidden text that is long\ndddd eeee ffff");
-  view.install_folding_filter(std::make_unique<hiding_line_1>());
+  ASSERT_TRUE(view.folding_filter->fold_lines(0, 1));
   view.set_screen_width(10);
   view.set_soft_wrap(true);
   std::vector<row> const before = rows();

@@ -1,0 +1,127 @@
+// What lines say about folding, and which of them pair.
+
+#include <algorithm>
+
+#include "text/folding_filter.h"
+#include "text/tab_width.h"
+
+namespace text {
+
+namespace {
+
+constexpr unsigned type_shift = 14;
+constexpr size_t widest_indent = (1u << type_shift) - 2;
+
+}  // namespace
+
+view::folding_filter::line_type view::folding_filter::parse_line(size_t line) const {
+  if (!has_patterns() || line >= view_.storage->lines()) return line_type::none;
+  unit_view const units = units_of(line);
+  auto const matches = [&](oniguruma::ptrn_t const& ptrn) {
+    return static_cast<bool>(
+        oniguruma::find(units.data(), 0, static_cast<std::ptrdiff_t>(units.size()), &ptrn));
+  };
+  bool const starts = matches(*begin_pattern), stops = matches(*end_pattern);
+  if (starts == stops) return line_type::none;
+  return starts ? line_type::start : line_type::stop;
+}
+
+/// What a line says, folded or not. Lines are asked when they are needed: those on screen, and
+/// those up to where their partners are.
+std::optional<view::folding_filter::marker_t> view::folding_filter::marker(size_t line) const {
+  if (!has_patterns()) return std::nullopt;
+  if (marks_.empty()) marks_.assign(view_.storage->lines(), unknown);
+  mark& known = marks_[line];
+  if (known == unknown) {
+    line_type const type = parse_line(line);
+    size_t const indent =
+        type == line_type::none ? 0 : indent_width(units_of(line), view_.tab_size);
+    known = static_cast<mark>(static_cast<unsigned>(type) << type_shift |
+                              std::min(indent, widest_indent));
+  }
+  auto const type = static_cast<line_type>(known >> type_shift);
+  if (type == line_type::none) return std::nullopt;
+  return marker_t{static_cast<uint32_t>(line), type, known & ((1u << type_shift) - 1)};
+}
+
+void view::folding_filter::forget_marks(size_t line, size_t lines_after, size_t added) {
+  if (marks_.empty()) return;
+  auto const at = marks_.begin() + static_cast<std::ptrdiff_t>(line);
+  *at = unknown;
+  if (lines_after != 0) marks_.erase(at + 1, at + 1 + static_cast<std::ptrdiff_t>(lines_after));
+  if (added != 0) marks_.insert(at + 1, added, unknown);
+}
+
+bool view::folding_filter::has_start(marker_t const& stop) const {
+  size_t open = 1;
+  for (size_t line = stop.line; line-- > 0;) {
+    auto const above = marker(line);
+    if (!above || above->indent != stop.indent || is_end_of_fold(line)) continue;
+    if (above->type == line_type::stop)
+      ++open;
+    else if (--open == 0)
+      return true;
+  }
+  return false;
+}
+
+view::folding_filter::line_type view::folding_filter::folding_type(size_t line) {
+  auto const fold = foldings.lower_bound({static_cast<uint32_t>(line), 0});
+  if (fold != foldings.end() && fold->first == line) return line_type::folded;
+  auto const found = marker(line);
+  if (!found || is_end_of_fold(line)) return line_type::none;
+  if (found->type == line_type::stop && !has_start(*found)) return line_type::none;
+  return found->type;
+}
+
+std::optional<view::folding_filter::folding_t> view::folding_filter::block_around(
+    size_t line) const {
+  std::vector<marker_t> open;
+  size_t deeper = 0;  // blocks behind `line` with the indent of the innermost open one
+  for (size_t at = 0; at < view_.storage->lines(); ++at) {
+    if (at > line && open.empty()) break;
+    auto const found = marker(at);
+    if (!found || is_end_of_fold(at)) continue;
+    bool const fits = !open.empty() && open.back().indent == found->indent;
+    if (found->type == line_type::start) {
+      if (at <= line)
+        open.push_back(*found);
+      else if (fits)
+        ++deeper;
+    } else if (fits) {
+      if (deeper != 0)
+        --deeper;
+      else if (at < line)
+        open.pop_back();
+      else
+        return folding_t{open.back().line, found->line};
+    }
+  }
+  return std::nullopt;
+}
+
+/// The blocks between two lines, inner ones before those around them, folded or not.
+std::vector<view::folding_filter::block> view::folding_filter::blocks(size_t first,
+                                                                      size_t last) const {
+  std::vector<block> result;
+  std::vector<marker_t> open;
+  for (size_t line = first; line < last; ++line) {
+    auto const found = marker(line);
+    if (!found) continue;
+    if (found->type == line_type::start) {
+      open.push_back(*found);
+    } else if (!open.empty() && open.back().indent == found->indent) {
+      result.push_back({{open.back().line, found->line}, open.size()});
+      open.pop_back();
+    }
+  }
+  return result;
+}
+
+size_t view::folding_filter::level_of(size_t line) const {
+  for (block const& found : blocks(0, view_.storage->lines()))
+    if (found.lines.first == line || found.lines.last == line) return found.level;
+  return 0;
+}
+
+}  // namespace text

@@ -1,0 +1,251 @@
+#include "text/folding_filter.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "text/soft_wrap_filter.h"
+
+namespace text {
+
+void view::folding_filter::set_patterns(pattern start, pattern stop) {
+  bool const same =
+      start && stop && has_patterns() && *start == *begin_pattern && *stop == *end_pattern;
+  if (same) return;
+  begin_pattern = std::move(start);
+  end_pattern = std::move(stop);
+  forget_markers();
+}
+
+void view::folding_filter::reset() {
+  forget_markers();
+  foldings.clear();
+  surveyed_ = false;
+}
+
+/// The folds in the order of their lines, without those inside others: what the coordinates need,
+/// found by bisection.
+std::vector<view::folding_filter::outer_fold> const& view::folding_filter::outer_folds() const {
+  if (!surveyed_) survey_folds();
+  return outer_;
+}
+
+/// The lines of a fold's border are not free for another one.
+bool view::folding_filter::is_end_of_fold(size_t line) const {
+  if (!surveyed_) survey_folds();
+  return std::binary_search(borders_.begin(), borders_.end(), line);
+}
+
+void view::folding_filter::survey_folds() const {
+  outer_.clear();
+  borders_.clear();
+  uint32_t hidden = 0;
+  for (folding_t const& fold : foldings) {
+    borders_.insert(borders_.end(), {fold.first, fold.last});
+    if (!outer_.empty() && fold.first < outer_.back().last) continue;
+    hidden += fold.last - fold.first;
+    outer_.push_back({fold.first, fold.last, hidden});
+  }
+  std::sort(borders_.begin(), borders_.end());
+  surveyed_ = true;
+}
+
+text::pos view::folding_filter::in_view(text::pos const& at) const {
+  auto const& folds = outer_folds();
+  auto const behind = std::partition_point(
+      folds.begin(), folds.end(), [&](outer_fold const& fold) { return fold.first < at.line; });
+  if (behind == folds.begin()) return at;
+  outer_fold const& above = *std::prev(behind);
+  return {size_t{at.line} - above.hidden + (at.line < above.last ? above.last - at.line : 0),
+          at.column};
+}
+
+text::pos view::folding_filter::in_storage(text::pos const& at) const {
+  auto const& folds = outer_folds();
+  auto const behind = std::partition_point(folds.begin(), folds.end(), [&](outer_fold const& fold) {
+    // The row of the line that stays of this fold.
+    return fold.last - fold.hidden < at.line;
+  });
+  if (behind == folds.begin()) return at;
+  return {size_t{at.line} + std::prev(behind)->hidden, at.column};
+}
+
+bool view::folding_filter::is_visible(text::pos const& at) const {
+  auto const& folds = outer_folds();
+  auto const behind = std::partition_point(
+      folds.begin(), folds.end(), [&](outer_fold const& fold) { return fold.first < at.line; });
+  return behind == folds.begin() || std::prev(behind)->last < at.line;
+}
+
+void view::folding_filter::make_visible(text::pos const& at) {
+  std::vector<size_t> hiding;
+  for (folding_t const& fold : foldings) {
+    if (fold.first >= at.line) break;
+    if (at.line <= fold.last) hiding.push_back(fold.first);
+  }
+  for (auto first = hiding.rbegin(); first != hiding.rend(); ++first)
+    unfold_if_possible(*first, false);
+}
+
+void view::folding_filter::put_caret_at_end_of(size_t line) {
+  view_.selection.set_caret({&view_, text::iterator(end_of(line), view_.storage)});
+}
+
+bool view::folding_filter::crosses_a_fold(folding_t const& fold) const {
+  return std::any_of(foldings.begin(), foldings.end(), [&](folding_t const& other) {
+    auto const holds = [&](uint32_t line) { return other.first <= line && line <= other.last; };
+    return other.first == fold.first || other.last == fold.last ||
+           holds(fold.first) != holds(fold.last);
+  });
+}
+
+bool view::folding_filter::fold(folding_t const& fold) {
+  if (fold.first >= fold.last || crosses_a_fold(fold)) return false;
+  text::pos const from = end_of(fold.first), to = end_of(fold.last);
+  bool const shown = is_visible(from) && is_visible(to);
+  if (shown) filter::will_erase(from, to);
+  foldings.insert(fold);
+  surveyed_ = false;
+  // The length is not that of what is hidden: nothing has gone from the text.
+  if (shown) filter::did_erase(text::iterator(from, view_.storage), 1);
+  return true;
+}
+
+void view::folding_filter::unfold(folding_t const& fold) {
+  foldings.erase(fold);
+  surveyed_ = false;
+  if (is_visible({fold.first, 0})) filter::did_insert(end_of(fold.first), end_of(fold.last));
+}
+
+bool view::folding_filter::fold_lines(size_t first, size_t last) {
+  if (!fold({static_cast<uint32_t>(first), static_cast<uint32_t>(last)})) return false;
+  put_caret_at_end_of(first);
+  return true;
+}
+
+bool view::folding_filter::fold_if_possible(size_t line, bool nested) {
+  auto const found = block_around(line);
+  if (!found || !fold(*found)) return false;
+  if (nested)
+    for (block const& inner : blocks(found->first + size_t{1}, found->last)) fold(inner.lines);
+  put_caret_at_end_of(found->first);
+  return true;
+}
+
+bool view::folding_filter::unfold_if_possible(size_t line, bool nested) {
+  auto const found = foldings.lower_bound({static_cast<uint32_t>(line), 0});
+  if (found == foldings.end() || found->first != line) return false;
+  folding_t const outer = *found;
+  if (nested) foldings.erase(std::next(found), foldings.lower_bound({outer.last, 0}));
+  unfold(outer);
+  put_caret_at_end_of(line);
+  return true;
+}
+
+bool view::folding_filter::toggle_folding(size_t line, bool nested) {
+  return unfold_if_possible(line, nested) || fold_if_possible(line, nested);
+}
+
+bool view::folding_filter::fold_level(size_t level) {
+  bool changed = false;
+  for (block const& found : blocks(0, view_.storage->lines())) {
+    if ((level != 0 && found.level != level) || crosses_a_fold(found.lines)) continue;
+    foldings.insert(found.lines);
+    changed = true;
+  }
+  if (changed) lay_out_again();
+  return changed;
+}
+
+bool view::folding_filter::unfold_level(size_t level) {
+  size_t const before = foldings.size();
+  if (level == 0)
+    foldings.clear();
+  else
+    for (block const& found : blocks(0, view_.storage->lines()))
+      if (found.level == level) foldings.erase(found.lines);
+  if (foldings.size() == before) return false;
+  lay_out_again();
+  return true;
+}
+
+void view::folding_filter::restore(std::vector<folding_t> const& kept) {
+  for (folding_t const& fold : kept)
+    if (fold.first < fold.last && fold.last < view_.storage->lines() && !crosses_a_fold(fold))
+      foldings.insert(fold);
+  lay_out_again();
+}
+
+/// After many folds at once, of which nobody above has been told.
+void view::folding_filter::lay_out_again() {
+  surveyed_ = false;
+  if (view_.soft_wrap) view_.soft_wrap_filter->reset();
+  view_.forget_max_columns();
+  view_.refresh_lines(0, std::numeric_limits<uint32_t>::max());
+  text::iterator const caret = view_.selection.current_mark.base;
+  if (is_visible(caret.pos())) return;
+  put_caret_at_end_of(in_storage({in_view(caret.pos()).line, 0}).line);
+}
+
+template <typename Crossed>
+void view::folding_filter::unfold_where(Crossed crossed) {
+  std::vector<folding_t> found;
+  std::copy_if(foldings.begin(), foldings.end(), std::back_inserter(found), crossed);
+  // From the inner ones outward: those are told of as one.
+  for (auto fold = found.rbegin(); fold != found.rend(); ++fold) unfold(*fold);
+}
+
+/// `move` gives the fold after a change of the text, an empty one if it has gone.
+template <typename Move>
+void view::folding_filter::move_folds(Move move) {
+  std::set<folding_t> moved;
+  for (folding_t const& fold : foldings)
+    if (folding_t const to = move(fold); to.first < to.last) moved.insert(moved.end(), to);
+  foldings.swap(moved);
+  surveyed_ = false;
+}
+
+void view::folding_filter::did_insert(text::pos const& first, text::pos const& last) {
+  uint32_t const added = last.line - first.line;
+  forget_marks(first.line, 0, added);
+  if (added == 0 || foldings.empty()) return filter::did_insert(first, last);
+
+  // A fold whose first or last line is split: what was inserted is to be seen.
+  std::vector<folding_t> split;
+  move_folds([&](folding_t fold) {
+    bool const touched = fold.first == first.line || fold.last == first.line;
+    if (fold.first >= first.line) fold.first += added;
+    if (fold.last >= first.line) fold.last += added;
+    if (touched && first.column != 0) split.push_back(fold);
+    return fold;
+  });
+  filter::did_insert(first, last);
+  for (auto fold = split.rbegin(); fold != split.rend(); ++fold) unfold(*fold);
+}
+
+void view::folding_filter::will_erase(text::pos const& first, text::pos const& last) {
+  erase_first_ = first;
+  erase_last_ = last;
+  if (first.line != last.line)
+    unfold_where([&](folding_t const& fold) {
+      bool const apart = last.line <= fold.first || fold.last < first.line;
+      bool const inside = fold.first < first.line && last.line <= fold.last;
+      bool const around = first.line <= fold.first && fold.last < last.line;
+      return !apart && !inside && !around;
+    });
+  filter::will_erase(first, last);
+}
+
+void view::folding_filter::did_erase(text::iterator const& pos, int length) {
+  uint32_t const first = erase_first_.line, last = erase_last_.line;
+  forget_marks(first, last - first, 0);
+  if (first != last && !foldings.empty())
+    move_folds([&](folding_t fold) {
+      if (first <= fold.first && fold.last < last) return folding_t{0, 0};
+      if (fold.first >= last) fold.first -= last - first;
+      if (fold.last >= last) fold.last -= last - first;
+      return fold;
+    });
+  filter::did_erase(pos, length);
+}
+
+}  // namespace text

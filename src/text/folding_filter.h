@@ -1,0 +1,141 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "regex/oniguruma.h"
+#include "text/view.h"
+
+namespace text {
+
+/// Hides runs of lines. What can be folded is told by two patterns, for lines that open a block and
+/// lines that close one, and by the lines' indentation: a start pairs with the next stop of the
+/// same indent. The filters below change no lines, so lines are those of the storage.
+///
+/// The user's folds are kept with the text that they hide, whatever happens around them. A change
+/// that crosses the border of a fold unfolds it first.
+class view::folding_filter : public switchable_filter {
+ public:
+  using filter::did_insert;
+  using filter::will_erase;
+  using pattern = std::unique_ptr<oniguruma::ptrn_t>;
+
+  /// `start` and `stop` are what a line says, `folded` that a fold begins on it.
+  enum class line_type : uint8_t { start, stop, folded, none };
+
+  struct marker_t {
+    uint32_t line;
+    line_type type;  ///< start or stop
+    size_t indent;   ///< in columns
+  };
+
+  /// Hides the lines behind `first` up to `last`, which it includes.
+  struct folding_t {
+    uint32_t first, last;
+    auto operator<=>(folding_t const&) const = default;
+  };
+
+  explicit folding_filter(text::view& view) : view_(view) {}
+
+  /// Null patterns turn folding off for lines not folded yet; patterns equal to those before change
+  /// nothing.
+  void set_patterns(pattern start, pattern stop);
+  bool has_patterns() const { return begin_pattern && end_pattern; }
+  void reset() override;
+  void disable() override { reset(); }
+  /// Forgets what lines say and how far they are indented, but no fold.
+  void forget_markers() { marks_.clear(); }
+
+  /// What the patterns say of a line: a start, a stop, or neither.
+  line_type parse_line(size_t line) const;
+  /// A stop without a start counts as none.
+  line_type folding_type(size_t line);
+
+  /// @name Folding
+  /// These set the caret at the end of the first line of what was folded or unfolded; they return
+  /// whether anything was.
+  /// @{
+  /// Folds the innermost block that begins at or before `line` and ends at or behind it; with
+  /// `nested` also the blocks inside.
+  bool fold_if_possible(size_t line, bool nested);
+  /// Unfolds what begins on `line`; with `nested` also the folds inside.
+  bool unfold_if_possible(size_t line, bool nested);
+  bool toggle_folding(size_t line, bool nested);
+  /// Folds lines that no pattern speaks of. False when that would cross another fold.
+  bool fold_lines(size_t first, size_t last);
+  /// @}
+
+  /// @name All blocks of one depth of nesting, from 1; 0 stands for those of any depth
+  /// Marks of the selection move out of what is hidden. They return whether anything changed.
+  /// @{
+  bool fold_level(size_t level);
+  bool unfold_level(size_t level);
+  /// Of the block that begins or ends on `line`; 0 without one.
+  size_t level_of(size_t line) const;
+  /// @}
+
+  bool is_visible(text::pos const& at) const;
+  /// Unfolds all that hides a position, outer folds included.
+  void make_visible(text::pos const& at);
+
+  /// Takes folds that were kept with a file; those that don't fit the text or each other are left.
+  void restore(std::vector<folding_t> const& kept);
+
+  text::pos in_storage(text::pos const& at) const override;
+  text::pos in_view(text::pos const& at) const override;
+
+  void did_insert(text::pos const& first, text::pos const& last) override;
+  void will_erase(text::pos const& first, text::pos const& last) override;
+  void did_erase(text::iterator const& pos, int length) override;
+
+  pattern begin_pattern, end_pattern;
+  std::set<folding_t> foldings;
+
+ private:
+  /// What is remembered of a line: its type and indent, packed, or `unknown`.
+  using mark = uint16_t;
+  static constexpr mark unknown = 0xFFFF;
+
+  /// A fold that no other one hides.
+  struct outer_fold {
+    uint32_t first, last;
+    uint32_t hidden;  ///< lines hidden by this one and those before
+  };
+
+  struct block {
+    folding_t lines;
+    size_t level;
+  };
+
+  unit_view units_of(size_t line) const { return view_.storage->line_units(line); }
+  text::pos end_of(size_t line) const { return {line, units_of(line).size()}; }
+  std::optional<marker_t> marker(size_t line) const;
+  bool is_end_of_fold(size_t line) const;
+  bool has_start(marker_t const& stop) const;
+  std::optional<folding_t> block_around(size_t line) const;
+  std::vector<block> blocks(size_t first, size_t last) const;
+  bool crosses_a_fold(folding_t const& fold) const;
+  bool fold(folding_t const& fold);
+  void unfold(folding_t const& fold);
+  template <typename Crossed>
+  void unfold_where(Crossed crossed);
+  template <typename Move>
+  void move_folds(Move move);
+  void forget_marks(size_t line, size_t lines_after, size_t added);
+  void put_caret_at_end_of(size_t line);
+  void lay_out_again();
+  void survey_folds() const;
+  std::vector<outer_fold> const& outer_folds() const;
+
+  text::view& view_;
+  mutable std::vector<mark> marks_;  ///< by line; empty when nothing is known
+  mutable std::vector<outer_fold> outer_;
+  mutable std::vector<uint32_t> borders_;  ///< first and last lines of all folds, in order
+  mutable bool surveyed_ = true;           ///< whether these two are those of `foldings`
+  text::pos erase_first_, erase_last_;
+};
+
+}  // namespace text

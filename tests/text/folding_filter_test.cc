@@ -1,0 +1,239 @@
+#include "text/folding_filter.h"
+
+#include <gtest/gtest.h>
+
+#include "marked_text.h"
+#include "random_text.h"
+#include "text/soft_wrap_filter.h"
+
+namespace {
+
+using text::pos;
+using folding_filter = class text::view::folding_filter;
+using folding_t = folding_filter::folding_t;
+using line_type = folding_filter::line_type;
+
+folding_filter::pattern pattern(std::u16string_view source) {
+  return std::make_unique<oniguruma::ptrn_t>(source.data(), source.data() + source.size(), 0u);
+}
+
+class Folding : public testing::Test {
+ protected:
+  Folding() { filter.set_patterns(pattern(u"\\{\\s*$"), pattern(u"^\\s*\\}")); }
+
+  void set(std::string const& text) {
+    storage.clear();
+    filter.reset();
+    std::u16string const units = marked_text::units(text);
+    storage.insert(storage.end(-1), units.begin(), units.end());
+  }
+  /// The lines on screen, those with a fold marked by dots.
+  std::string shown() {
+    std::string result;
+    for (size_t row = 0; row < view.lines(); ++row) {
+      size_t const line = view.begin(row).base.line;
+      EXPECT_EQ(view.line_in_view(view.begin(row)), row);
+      EXPECT_TRUE(view.is_visible(view.begin(row).base));
+      result += marked_text::utf8(std::u16string(storage.line_units(line)));
+      if (filter.folding_type(line) == line_type::folded) result += "...";
+      result += "|";
+    }
+    return result;
+  }
+  std::string types() {
+    std::string result;
+    for (size_t line = 0; line < storage.lines(); ++line)
+      result += "+-#."[static_cast<size_t>(filter.folding_type(line))];
+    return result;
+  }
+  text::iterator at(size_t line, size_t column) { return {line, column, &storage}; }
+
+  text::storage storage;
+  text::view view{storage};
+  folding_filter& filter = *view.folding_filter;
+};
+
+TEST_F(Folding, LinesPairByIndent) {
+  struct row {
+    char const* text;
+    char const* types;
+  };
+  for (row const& row :
+       std::vector<struct row>{{"", "."},
+                               {"a {\n}", "+-"},
+                               {"}\na {", ".+"},
+                               {"a {\n  b {\n  }\n}", "++--"},
+                               {"a {\n\tb {\n   }\n}", "++--"},  // a tab is as wide as three blanks
+                               {"a {\n } x {\n}", "+.-"},        // opens and closes
+                               {"a {\n  }\n}", "+.-"},
+                               {"a {\n}\n}", "+-."}}) {
+    set(row.text);
+    EXPECT_EQ(types(), row.types) << row.text;
+  }
+  view.set_tab_size(4);
+  set("a {\n\tb {\n   }\n}");
+  EXPECT_EQ(types(), "++.-");
+}
+
+TEST_F(Folding, FoldsAndUnfoldsTheInnermostBlock) {
+  set("0 {\n  1 {\n    2\n  }\n  4 {\n  }\n}\n7");
+  ASSERT_TRUE(filter.fold_if_possible(2, false));
+  EXPECT_EQ(shown(), "0 {|  1 {...|  4 {|  }|}|7|");
+  EXPECT_EQ(view.selection.current_mark.base, at(1, 5));
+  EXPECT_FALSE(filter.fold_if_possible(7, false));
+  ASSERT_TRUE(filter.fold_if_possible(0, true));
+  EXPECT_EQ(shown(), "0 {...|7|");
+  EXPECT_EQ(filter.foldings, (std::set<folding_t>{{0, 6}, {1, 3}, {4, 5}}));
+  EXPECT_EQ(filter.in_storage({1, 0}), pos(7, 0));
+  // What is hidden in several folds counts once.
+  EXPECT_EQ(filter.in_view({7, 1}), pos(1, 1));
+  EXPECT_EQ(filter.in_view({3, 2}), pos(0, 2));
+  ASSERT_TRUE(filter.toggle_folding(0, false));
+  EXPECT_EQ(shown(), "0 {|  1 {...|  4 {...|}|7|");
+  EXPECT_TRUE(filter.fold_if_possible(0, false));
+  ASSERT_TRUE(filter.unfold_if_possible(0, true));
+  EXPECT_TRUE(filter.foldings.empty());
+
+  ASSERT_TRUE(filter.fold_if_possible(0, true));
+  view.make_visible(at(2, 0));
+  EXPECT_EQ(shown(), "0 {|  1 {|    2|  }|  4 {...|}|7|");
+}
+
+TEST_F(Folding, FoldsMustNest) {
+  set("0\n1\n2\n3\n4\n5\n6");
+  EXPECT_TRUE(filter.fold_lines(2, 4));
+  for (folding_t const bad : {folding_t{1, 3}, {3, 5}, {2, 3}, {3, 4}, {4, 6}, {0, 2}, {5, 5}})
+    EXPECT_FALSE(filter.fold_lines(bad.first, bad.last)) << bad.first << "-" << bad.last;
+  EXPECT_TRUE(filter.fold_lines(1, 5));
+  filter.restore({{3, 9}, {0, 6}, {2, 3}, {6, 0}});
+  EXPECT_EQ(filter.foldings, (std::set<folding_t>{{0, 6}, {1, 5}, {2, 4}}));
+  EXPECT_EQ(shown(), "0...|");
+}
+
+TEST_F(Folding, Levels) {
+  set("0 {\n  1 {\n    2 {\n    }\n  }\n  5 {\n  }\n}\n8 {\n}");
+  EXPECT_EQ(filter.level_of(5), 2u);
+  EXPECT_EQ(filter.level_of(3), 3u);
+  view.selection.set_caret({&view, at(6, 1)});
+  ASSERT_TRUE(filter.fold_level(2));
+  EXPECT_EQ(shown(), "0 {|  1 {...|  5 {...|}|8 {|}|");
+  EXPECT_EQ(view.selection.current_mark.base, at(5, 5));
+  EXPECT_FALSE(filter.fold_level(2));
+  ASSERT_TRUE(filter.fold_level(0));
+  EXPECT_EQ(shown(), "0 {...|8 {...|");
+  ASSERT_TRUE(filter.unfold_level(1));
+  EXPECT_EQ(shown(), "0 {|  1 {...|  5 {...|}|8 {|}|");
+  ASSERT_TRUE(filter.unfold_level(0));
+  EXPECT_EQ(view.lines(), 10u);
+}
+
+TEST_F(Folding, ChangesAroundInAndAcrossFolds) {
+  struct row {
+    pos first, last;  ///< what is erased
+    char const* inserted;
+    char const* shown;
+  };
+  for (row const& row : std::vector<struct row>{{{0, 0}, {0, 0}, "x\ny\n", "x|y|0|1...|5|"},
+                                                {{1, 0}, {1, 0}, "x\ny\n", "0|x|y|1...|5|"},
+                                                {{1, 0}, {1, 1}, "x", "0|x...|5|"},
+                                                {{5, 0}, {5, 0}, "x\n", "0|1...|x|5|"},
+                                                {{0, 1}, {1, 0}, "", "01...|5|"},
+                                                {{2, 1}, {2, 1}, "x\ny", "0|1...|5|"},
+                                                {{2, 0}, {4, 0}, "", "0|1...|5|"},
+                                                {{4, 0}, {4, 1}, "x", "0|1...|5|"},
+                                                // Across a border.
+                                                {{1, 1}, {1, 1}, "\n", "0|1||2|3|4|5|"},
+                                                {{4, 1}, {4, 1}, "\n", "0|1|2|3|4||5|"},
+                                                {{4, 1}, {5, 0}, "", "0|1|2|3|45|"},
+                                                {{1, 1}, {2, 0}, "", "0|12|3|4|5|"},
+                                                {{3, 0}, {5, 0}, "", "0|1|2|5|"},
+                                                {{1, 0}, {5, 0}, "", "0|5|"},
+                                                {{0, 0}, {4, 1}, "x", "x|5|"}}) {
+    set("0\n1\n2\n3\n4\n5");
+    ASSERT_TRUE(filter.fold_lines(1, 4));
+    storage.erase(text::iterator(row.first, &storage), text::iterator(row.last, &storage));
+    std::u16string const units = marked_text::units(row.inserted);
+    storage.insert(text::iterator(row.first, &storage), units.begin(), units.end());
+    EXPECT_EQ(shown(), row.shown) << row.first.line << "," << row.first.column << " to "
+                                  << row.last.line << "," << row.last.column << " " << row.inserted;
+  }
+}
+
+/// The rows of a plain list of lines, against coordinates by bisection; markers that are kept
+/// against those of a new filter; wrapped rows above folds against rows from scratch.
+TEST_F(Folding, RandomEditsKeepFoldsMarkersAndRows) {
+  std::u16string const alphabet = u"{}} \n\nab {\n";
+  for (unsigned seed = 1; seed <= 12; ++seed) {
+    SCOPED_TRACE(seed);
+    random_source random(seed);
+    set("");
+    view.set_screen_width(4);
+    view.set_soft_wrap(seed % 2 == 0);
+    std::u16string const start = random.text(150, alphabet);
+    storage.insert(at(0, 0), start.begin(), start.end());
+    for (int step = 0; step < 250; ++step) {
+      auto const place = [&] {
+        size_t const line = random.below(storage.lines());
+        return at(line, random.up_to(storage.size(line)));
+      };
+      switch (random.below(6)) {
+        case 0:
+          filter.toggle_folding(random.below(storage.lines()), random.one_in(2));
+          break;
+        case 1:
+          filter.fold_lines(random.below(storage.lines()), random.below(storage.lines()));
+          break;
+        case 2:
+          random.one_in(2) ? filter.fold_level(random.below(3))
+                           : filter.unfold_level(random.below(3));
+          break;
+        case 3:
+          view.make_visible(place());
+          break;
+        case 4: {
+          std::u16string const units = random.text(random.up_to(6), alphabet);
+          storage.insert(place(), units.begin(), units.end());
+          break;
+        }
+        default: {
+          text::iterator first = place(), last = place();
+          if (last < first) std::swap(first, last);
+          if (last.line > first.line + 6) last = storage.end(first.line + 3);
+          storage.erase(first, last);
+        }
+      }
+      std::vector<size_t> visible;
+      for (size_t line = 0; line < storage.lines(); ++line) {
+        bool hidden = false;
+        for (folding_t const& fold : filter.foldings) {
+          ASSERT_LT(fold.first, fold.last);
+          ASSERT_LT(fold.last, storage.lines());
+          hidden |= fold.first < line && line <= fold.last;
+        }
+        ASSERT_EQ(filter.is_visible({line, 0}), !hidden);
+        if (!hidden) visible.push_back(line);
+      }
+      ASSERT_EQ(filter.lines(), visible.size());
+      for (size_t row = 0; row < visible.size(); ++row) {
+        ASSERT_EQ(filter.in_storage({row, 0}), pos(visible[row], 0));
+        ASSERT_EQ(filter.in_view({visible[row], 0}), pos(row, 0));
+      }
+      std::string const kept = types();
+      filter.forget_markers();
+      ASSERT_EQ(types(), kept);
+      if (!view.soft_wrap) continue;
+      auto const rows = [&] {
+        std::vector<pos> result;
+        for (size_t row = 0; row < view.lines(); ++row)
+          for (text::iterator const& end : {view.begin(row).base, view.end(row).base})
+            result.push_back(end.pos());
+        return result;
+      };
+      std::vector<pos> const incremental = rows();
+      view.soft_wrap_filter->reset();
+      ASSERT_EQ(rows(), incremental);
+    }
+  }
+}
+
+}  // namespace
