@@ -1,7 +1,5 @@
 #pragma once
 
-#include <vector>
-
 #include "text/storage_observer.h"
 
 namespace text {
