@@ -1,0 +1,110 @@
+#include "regex/onig_replace.h"
+
+#include <cstdio>
+
+#include "regex/letter_case.h"
+#include "regex/onig_library.h"
+#include "regex/valid_utf8.h"
+
+namespace onig {
+
+using namespace regex::onig_library;
+
+ptrn_t::ptrn_t(char const* first, char const* last, option::type options) {
+  initialize();
+  OnigOptionType flags = ONIG_OPTION_NONE;
+  if (options & option::ignore_case) flags |= ONIG_OPTION_IGNORECASE;
+  if (options & option::multi_line) flags |= ONIG_OPTION_MULTILINE;
+  if (options & option::extended) flags |= ONIG_OPTION_EXTEND;
+  regex::valid_utf8 const valid({first, static_cast<std::size_t>(last - first)});
+  OnigErrorInfo info{};
+  int const error = onig_new(&regex_, bytes(valid.data()), bytes(valid.data() + valid.size()),
+                             flags, ONIG_ENCODING_UTF8, ONIG_SYNTAX_RUBY, &info);
+  if (error == ONIG_NORMAL) return;
+  regex_ = nullptr;
+  std::fprintf(stderr, "regex error: %s\n", message(error, info).c_str());
+}
+
+ptrn_t::~ptrn_t() {
+  onig_free(regex_);
+}
+
+namespace {
+
+class format : private regex::replacement_visitor {
+ public:
+  format(char const* indent, std::string& out) : indent_(indent), out_(out) {}
+
+  void expand(regex::replacement const& tree, std::string_view text, OnigRegion const& region) {
+    case_mode = next_char_case = regex::as_is;
+    text_ = text;
+    region_ = &region;
+    visit(tree);
+  }
+
+ private:
+  bool is_set(unsigned group) const override {
+    return group < static_cast<unsigned>(region_->num_regs) && region_->beg[group] >= 0;
+  }
+  void put_text(std::string const& utf8) override { put(utf8); }
+  void put_newline() override { (out_ += '\n') += indent_; }
+  void put_group(unsigned group) override {
+    auto const begin = static_cast<std::size_t>(region_->beg[group]);
+    put(text_.substr(begin, static_cast<std::size_t>(region_->end[group]) - begin));
+  }
+  void put(std::string_view run) { regex::append_with_case(out_, run, case_mode, next_char_case); }
+
+  char const* indent_;
+  std::string& out_;
+  std::string_view text_;
+  OnigRegion const* region_ = nullptr;
+};
+
+}  // namespace
+
+std::string detail::replaced(std::string_view text, std::string_view format_text,
+                             ptrn_t const& ptrn, option::type options, char const* indent) {
+  if (!ptrn.regex()) return {};
+  auto const tree = regex::parse_replacement(format_text);
+  if (!tree) {
+    std::printf("error in format string: %s\n", std::string(format_text).c_str());
+    return {};
+  }
+  regex::valid_utf8 const valid(text);
+  std::string out;
+  format expand(indent, out);
+  OnigUChar const* const first = bytes(valid.data());
+  OnigUChar const* const last = first + valid.size();
+  OnigRegion* const region = onig_region_new();
+  std::size_t pos = 0;
+  while (onig_search(ptrn.regex(), first, last, first + pos, last, region, ONIG_OPTION_NONE) >= 0) {
+    auto const begin = static_cast<std::size_t>(region->beg[0]);
+    auto const end = static_cast<std::size_t>(region->end[0]);
+    out += text.substr(pos, begin - pos);
+    expand.expand(*tree, text, *region);
+    pos = end;
+    if (begin == end) {
+      if (pos == text.size()) break;
+      // On by a character, as a search can't begin within one.
+      std::size_t const length = valid.length_at(pos);
+      out += text.substr(pos, length);
+      pos += length;
+    }
+    if (!(options & option::global)) break;
+  }
+  onig_region_free(region, 1);
+  return out += text.substr(pos);
+}
+
+}  // namespace onig
+
+onig::option::type snippet::options_from_string(std::string_view letters) {
+  onig::option::type result = onig::option::none;
+  for (char letter : letters) {
+    if (letter == 'g') result |= onig::option::global;
+    if (letter == 'm') result |= onig::option::multi_line;
+    if (letter == 'i') result |= onig::option::ignore_case;
+    if (letter == 'e') result |= onig::option::extended;
+  }
+  return result;
+}
