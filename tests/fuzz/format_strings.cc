@@ -1,0 +1,24 @@
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "platform/utf.h"
+#include "regex/oniguruma_format.h"
+#include "snippets/format_string.h"
+
+// Bytes as a replacement text of either language: whatever it is, it parses and expands.
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+  // What is wrong in a pattern is told there; the file descriptor is left to the sanitizers.
+  static bool const quiet = (stderr = std::fopen("/dev/null", "w")) != nullptr;
+  if (!quiet) std::abort();
+  std::string const format(data, data + (size < 4096 ? size : 4096));
+  format_string::format_string_t(format).expand({{"NAME", "a bé"}, {"1", ""}, {"a", format}});
+
+  std::u16string const text = u"ab\xd83d";
+  oniguruma::format older(format.c_str());
+  std::u16string const expanded = older.expand(text, {{0, {0, 3}}, {1, {1, 2}}});
+  if (older.has_failed() && !expanded.empty()) std::abort();
+  return 0;
+}
