@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app/batch_mode.h"
+#include "bundles/BundleManager.h"
 #include "path/file_system.h"
 #include "platform/desktop_module.h"
 #include "platform/library_folders.h"
@@ -21,6 +22,7 @@ constexpr char const* usage =
     "       quirnote --batch [--set KEY=VALUE]... [--macro FILE|-]... [--answer TITLE=BUTTON]...\n"
     "                [--save | --save-as PATH] [--print text|selection|state]...\n"
     "                [--render PNG [--size COLUMNSxROWS]] [--strict] [FILE]...\n"
+    "       quirnote --batch --check-bundle DIR...\n"
     "       quirnote --help | --version\n";
 
 int wrong_usage(std::string const& reason) {
@@ -76,6 +78,7 @@ int run_windows(int argc, char** argv) {
     app.setLaunchArguments(files_among({argv + 1, argv + argc}), path::cwd());
     status = desktop->run(app);
   }
+  BundleManager::saveSharedCache();
   platform::user_defaults::standard().save();
   return status;
 }

@@ -4,6 +4,8 @@
 #include "app/file_argument.h"
 #include "app/line_place.h"
 #include "app/offer_safety_copies.h"
+#include "bundles/BundleManager.h"
+#include "bundles/item_kinds.h"
 #include "documents/WynDocument.h"
 #include "path/file_system.h"
 #include "path/path.h"
@@ -53,6 +55,7 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
   add("openRecentFile:", [this](plist::value const& path) {
     if (auto const* bytes = path.as_data()) openFile({bytes->begin(), bytes->end()});
   });
+  add("reloadBundles:", [](auto const&) { BundleManager::sharedInstance().reloadBundles(); });
   add("clearRecentFiles:", [this](auto const&) { recent_.clear(); });
   add("orderFrontGoToLinePanel:", [this](auto const&) { orderFrontGoToLinePanel(); });
   addMethod("goToLineAction:", [this](plist::value const& place) {
@@ -97,8 +100,14 @@ void AppDelegate::openLaunchArguments() {
   launchArguments_.clear();
 }
 
+// By its name alone, so that opening any other file doesn't load the bundles.
+bool AppDelegate::installIfBundle(std::string const& path) {
+  return is_bundle_file(path) && BundleManager::sharedInstance().canHandleFile(path);
+}
+
 void AppDelegate::openFiles(std::vector<std::string> const& paths) {
-  for (std::string const& path : paths) openFile(path);
+  for (std::string const& path : paths)
+    if (!installIfBundle(path)) openFile(path);
 }
 
 WynDocumentController* AppDelegate::openFile(std::string const& path, std::size_t line,

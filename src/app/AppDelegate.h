@@ -58,6 +58,7 @@ class AppDelegate : public platform::application_delegate {
 
  private:
   void openLaunchArguments();
+  bool installIfBundle(std::string const& path);
   WynDocumentController& newWindow(std::shared_ptr<WynDocument> document);
   void openDocument();
   void orderFrontGoToLinePanel();

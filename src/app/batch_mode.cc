@@ -5,6 +5,8 @@
 #include "app/batch_macro.h"
 #include "app/batch_scopes.h"
 #include "app/batch_state.h"
+#include "bundles/BundleManager.h"
+#include "bundles/check_bundle.h"
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
 #include "path/file_system.h"
@@ -148,6 +150,21 @@ class batch_run {
   bool has_beeped_ = false;
 };
 
+// What is wrong with bundles, a line a fault; grammars may include those that are loaded.
+int check_bundles(std::vector<std::string> const& directories) {
+  std::vector<std::string> languages;
+  for (plist::value const& language : BundleManager::sharedInstance().languages())
+    for (char const* key : {"scopeName", "name"}) languages.push_back(language[key].string_or(""));
+  bool is_clean = true;
+  for (std::string const& directory : directories)
+    for (bundles::bundle_fault const& fault : bundles::check_bundle(directory, languages)) {
+      print(bundles::description(fault) + "\n");
+      is_clean = false;
+    }
+  BundleManager::saveSharedCache();
+  return is_clean ? done : beeped;
+}
+
 }  // namespace
 
 int run_batch_mode(batch_options const& options) {
@@ -156,5 +173,6 @@ int run_batch_mode(batch_options const& options) {
   platform::user_defaults::standard().set_volatile("WynDocumentDisableFSMetaData", true);
   for (auto const& [key, value] : options.settings)
     platform::user_defaults::standard().set_volatile(key, value);
+  if (!options.check_bundles.empty()) return check_bundles(options.check_bundles);
   return batch_run(options).run();
 }

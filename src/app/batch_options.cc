@@ -75,6 +75,11 @@ std::map<std::string, taker> const& takers() {
          o.macros.push_back(path);
          return !path.empty();
        }},
+      {"--check-bundle",
+       [](batch_options& o, std::string const& path) {
+         o.check_bundles.push_back(path);
+         return !path.empty();
+       }},
       {"--save-as",
        [](batch_options& o, std::string const& path) {
          o.save_as = path;

@@ -18,6 +18,7 @@ struct batch_options {
   std::string render;               // path of a PNG
   int columns = 80, rows = 24;
   bool strict = false;
+  std::vector<std::string> check_bundles;  // --check-bundle
   std::vector<std::string> files;
 };
 

@@ -52,6 +52,12 @@ bool is_item_file(std::string_view name) {
   });
 }
 
+bool is_bundle_file(std::string_view name) {
+  std::string const extension = lowercase_extension(name);
+  return is_bundle_directory(name) ||
+         (is_item_file(name) && extension != "plist" && extension != "qndelta");
+}
+
 bool is_bundle_directory(std::string_view name) {
   return lowercase_extension(name) == bundle_extension;
 }

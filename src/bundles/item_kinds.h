@@ -37,3 +37,5 @@ std::string lowercase_extension(std::string_view path);
 /// Whether a file of this name in an item directory is an item: not hidden, of a known extension.
 bool is_item_file(std::string_view name);
 bool is_bundle_directory(std::string_view name);
+/// Whether it is a bundle, or an item by the extension of its kind: what can be installed.
+bool is_bundle_file(std::string_view name);

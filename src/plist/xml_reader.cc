@@ -65,7 +65,7 @@ struct open_element {
 
 class reader {
  public:
-  reader() : parser_(XML_ParserCreate(nullptr)) {
+  explicit reader(value_lines* lines) : parser_(XML_ParserCreate(nullptr)), lines_(lines) {
     if (!parser_) throw std::bad_alloc();
     XML_SetUserData(parser_.get(), this);
     XML_SetElementHandler(parser_.get(), on_start, on_end);
@@ -150,7 +150,17 @@ class reader {
     if (!check_attributes(found->what, attributes) || !check_place(found->what)) return;
     bool const nests = found->what == element::array || found->what == element::dictionary;
     if (nests && open_.size() > max_depth) return fail("nested too deeply");
+    if (lines_ && found->what != element::key) note_line();
     open_.push_back({found->what, {}, {}, {}, {}});
+  }
+
+  void note_line() {
+    std::vector<std::string> way;
+    for (open_element const& e : open_) {
+      if (e.key) way.push_back(*e.key);
+      if (e.what == element::array) way.push_back(std::to_string(e.elements.size()));
+    }
+    lines_->insert_or_assign(std::move(way), XML_GetCurrentLineNumber(parser_.get()));
   }
 
   bool check_attributes(element what, char const** attributes) {
@@ -250,6 +260,7 @@ class reader {
 
   std::unique_ptr<XML_ParserStruct, free_parser> parser_;
   std::vector<open_element> open_;
+  value_lines* lines_;
   value result_;
   std::optional<read_error> error_;
   std::exception_ptr thrown_;
@@ -257,10 +268,10 @@ class reader {
 
 }  // namespace
 
-read_result read_xml(std::string_view bytes, std::size_t max_size) {
+read_result read_xml(std::string_view bytes, std::size_t max_size, value_lines* lines) {
   if (bytes.size() > max_size)
     return {{}, read_error{1, 1, "larger than " + std::to_string(max_size) + " bytes"}};
-  return reader().read(bytes);
+  return reader(lines).read(bytes);
 }
 
 }  // namespace plist
