@@ -87,6 +87,7 @@ int run_windows(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);  // a file beyond the user's limit is an error like a full disk
   std::vector<std::string> const arguments(argv + 1, argv + argc);
   std::string const first = arguments.empty() ? "" : arguments[0];
   if (first == "--batch") return run_batch(arguments);

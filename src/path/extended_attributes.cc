@@ -3,39 +3,68 @@
 #include <sys/xattr.h>
 
 #include <cerrno>
-#include <cstring>
+#include <cstddef>
+#include <optional>
+#include <set>
 
 namespace path {
 namespace {
 
 /// What `call(buffer, size)` writes, which with a size of 0 gives the size that is needed. It may
-/// grow between two calls.
+/// grow between two calls. Nothing, with errno set, if it fails.
 template <typename Call>
-std::string bytes_of(Call call) {
+std::optional<std::string> bytes_of(Call call) {
   std::string bytes;
   for (int attempt = 0; attempt < 10; ++attempt) {
     ssize_t const needed = call(nullptr, 0);
-    if (needed <= 0) return "";
+    if (needed < 0) return std::nullopt;
     bytes.resize(static_cast<std::size_t>(needed));
-    ssize_t const written = call(bytes.data(), bytes.size());
+    ssize_t const written = needed == 0 ? 0 : call(bytes.data(), bytes.size());
     if (written >= 0) return bytes.substr(0, static_cast<std::size_t>(written));
-    if (errno != ERANGE) return "";
+    if (errno != ERANGE) return std::nullopt;
   }
-  return "";
+  return std::nullopt;
+}
+
+/// Names by the list of them that the system gives, each ended by a zero.
+std::set<std::string> split(std::string const& list) {
+  std::set<std::string> names;
+  for (std::size_t begin = 0; begin < list.size();) {
+    names.insert(list.c_str() + begin);
+    begin = list.find('\0', begin) + 1;
+  }
+  return names;
+}
+
+/// Takes over one attribute, unless the file has it already as the system gives some of its own.
+bool copy_attribute(std::string const& from, int to, char const* name) {
+  auto const value = bytes_of(
+      [&](char* buffer, std::size_t size) { return getxattr(from.c_str(), name, buffer, size); });
+  if (!value) return false;
+  if (fsetxattr(to, name, value->data(), value->size(), 0) == 0) return true;
+  int const code = errno;
+  auto const present =
+      bytes_of([&](char* buffer, std::size_t size) { return fgetxattr(to, name, buffer, size); });
+  errno = code;
+  return present == value;
 }
 
 }  // namespace
 
-void copy_extended_attributes(std::string const& from, int to) {
-  std::string const names = bytes_of(
+int copy_extended_attributes(std::string const& from, int to) {
+  auto const wanted = bytes_of(
       [&](char* buffer, std::size_t size) { return listxattr(from.c_str(), buffer, size); });
-  for (std::size_t begin = 0; begin < names.size();) {
-    char const* const name = names.c_str() + begin;
-    std::string const value = bytes_of(
-        [&](char* buffer, std::size_t size) { return getxattr(from.c_str(), name, buffer, size); });
-    fsetxattr(to, name, value.data(), value.size(), 0);
-    begin += std::strlen(name) + 1;
-  }
+  if (!wanted) return errno == ENOTSUP || errno == ENOSYS ? 0 : errno;
+  for (std::string const& name : split(*wanted))
+    if (!copy_attribute(from, to, name.c_str())) return errno;
+  // A folder can give new files an access control list.
+  auto const present =
+      bytes_of([&](char* buffer, std::size_t size) { return flistxattr(to, buffer, size); });
+  if (!present) return errno;
+  std::set<std::string> const kept = split(*wanted);
+  for (std::string const& name : split(*present))
+    if (!kept.contains(name) && fremovexattr(to, name.c_str()) != 0) return errno;
+  return 0;
 }
 
 }  // namespace path

@@ -5,7 +5,8 @@
 namespace path {
 
 /// Gives the open file `to` the extended attributes of the file at `from`, access control lists
-/// included, as far as both file systems have them and the user may set them.
-void copy_extended_attributes(std::string const& from, int to);
+/// included, and no others. 0 if it has just these now, or file systems here have none; else an
+/// errno.
+int copy_extended_attributes(std::string const& from, int to);
 
 }  // namespace path

@@ -36,12 +36,13 @@ class file_descriptor {
   int fd_ = -1;
 };
 
-/// Calls again as long as the call was interrupted. Gives its result, with errno as it left it.
+/// Calls again as long as the call was interrupted, but not for ever. Gives its result, with errno
+/// as it left it.
 template <typename Call>
 auto uninterrupted(Call call) {
-  for (;;) {
+  for (int attempts = 1;; ++attempts) {
     auto const result = call();
-    if (result >= 0 || errno != EINTR) return result;
+    if (result >= 0 || errno != EINTR || attempts == 1000) return result;
   }
 }
 

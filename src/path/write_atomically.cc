@@ -46,7 +46,12 @@ class atomic_write {
  private:
   std::optional<file_error> look_at_target() {
     replaces_ = ::stat(target_.c_str(), &old_) == 0;
-    if (replaces_) return refusal_to_write(target_, old_.st_mode);
+    if (replaces_) {
+      if (auto refusal = refusal_to_write(target_, old_.st_mode)) return refusal;
+      if (old_.st_nlink == 1) return std::nullopt;
+      return make_file_error("rename", target_,
+                             EMLINK);  // the other links would keep the old bytes
+    }
     if (errno == ENOENT) return std::nullopt;
     return make_file_error("stat", target_, errno);
   }
@@ -73,8 +78,8 @@ class atomic_write {
     auto const set_mode = [&] { return calls_.fchmod(fd, old_.st_mode & 07777); };
     if (!same_owner && uninterrupted(set_owner) != 0) return output_.error("fchown");
     if (uninterrupted(set_mode) != 0) return output_.error("fchmod");
-    copy_extended_attributes(target_, fd);
-    return std::nullopt;
+    int const code = copy_extended_attributes(target_, fd);
+    return code ? std::optional(make_file_error("fsetxattr", target_, code)) : std::nullopt;
   }
 
   std::string target_;

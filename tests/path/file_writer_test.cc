@@ -66,7 +66,9 @@ TEST(file_writer, keeps_what_belongs_to_the_file) {
       ASSERT_EQ(chown(file.c_str(), 1234, 4321), 0);
     }
     ASSERT_EQ(chmod(file.c_str(), 06640), 0);
-    ASSERT_EQ(link(file.c_str(), (folder / "hard").c_str()), 0);
+    if (in_place) {
+      ASSERT_EQ(link(file.c_str(), (folder / "hard").c_str()), 0);
+    }
     ASSERT_EQ(symlink("file", (folder / "soft").c_str()), 0);
     bool const has_attributes = setxattr(file.c_str(), "user.note", "kept", 4, 0) == 0;
     auto const before = info_of(file);
@@ -83,7 +85,13 @@ TEST(file_writer, keeps_what_belongs_to_the_file) {
     }
     EXPECT_TRUE(S_ISLNK(info_of(folder / "soft").st_mode));
     EXPECT_EQ(folder.read(file), "new text");
-    EXPECT_EQ(folder.read(folder / "hard"), in_place ? "new text" : "old");
+    if (in_place) {
+      EXPECT_EQ(folder.read(folder / "hard"), "new text");
+    } else {
+      ASSERT_EQ(link(file.c_str(), (folder / "hard").c_str()), 0);
+      EXPECT_EQ(write(w, file, "newer"), "Too many links");
+      EXPECT_EQ(folder.read(folder / "hard"), "new text");
+    }
   }
 }
 
