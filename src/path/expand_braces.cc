@@ -8,8 +8,6 @@ namespace {
 
 using texts = std::vector<std::string>;
 
-constexpr std::size_t max_bytes = std::size_t{16} << 20;
-
 std::size_t bytes_of(texts const& all) {
   std::size_t bytes = 0;
   for (auto const& text : all) bytes += text.size() + sizeof text;
@@ -19,6 +17,8 @@ std::size_t bytes_of(texts const& all) {
 /// Expands on its way: what has been read of an alternative is the list of its texts so far.
 class parse_braces_t {
  public:
+  explicit parse_braces_t(std::size_t max_bytes) : max_bytes_(max_bytes) {}
+
   /// False if it comes to too much.
   bool parse(std::string_view text) {
     constexpr std::string_view special = "{,}\\";
@@ -64,7 +64,7 @@ class parse_braces_t {
 
   bool has_room(std::size_t bytes) {
     bytes_ += bytes;
-    return bytes_ <= max_bytes;
+    return bytes_ <= max_bytes_;
   }
 
   /// At a closing brace. A group of one is none, and the brace closes the group around it.
@@ -95,13 +95,14 @@ class parse_braces_t {
   }
 
   std::vector<alternatives> open_ = {{texts{""}}};  // the first is what stands outside of groups
-  std::size_t bytes_ = 0;                           // made of alternatives
+  std::size_t max_bytes_;
+  std::size_t bytes_ = 0;  // made of alternatives
 };
 
 }  // namespace
 
-std::vector<std::string> expand_braces(std::string_view text) {
-  parse_braces_t parser;
+std::vector<std::string> expand_braces(std::string_view text, std::size_t max_bytes) {
+  parse_braces_t parser(max_bytes);
   if (parser.parse(text)) return std::move(parser).result();
   return {std::string(text)};
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,8 +13,9 @@ namespace path {
 ///
 /// Groups nest, and an alternative may be empty. A brace that belongs to no group of at least two
 /// alternatives is plain text, and so is one of "{,}\" behind a backslash. A text whose
-/// alternatives come to more than 16 MiB is not expanded: the result is that text alone. Any
+/// alternatives come to more than `max_bytes` is not expanded: the result is that text alone. Any
 /// thread.
-std::vector<std::string> expand_braces(std::string_view text);
+std::vector<std::string> expand_braces(std::string_view text,
+                                       std::size_t max_bytes = std::size_t{16} << 20);
 
 }  // namespace path
