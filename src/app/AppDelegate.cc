@@ -11,6 +11,7 @@
 #include "path/path.h"
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
+#include "textview/WynFindManager.h"
 
 #include <sys/stat.h>
 
@@ -62,6 +63,17 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
     return plist::value(goToLine(place.string_or("")));
   });
   add("offerSafetyCopies:", [this](auto const&) { offer_safety_copies(*this); });
+  add("orderFrontFindPanel:", [](plist::value const& field) {
+    WynFindManager::sharedInstance().orderFrontFindPanel(field.integer_or(0) == 1);
+  });
+  addMethod("performFindAction:", [this](plist::value const& tag) {
+    WynTextView* const view = frontTextView();
+    if (view == nullptr) return plist::value(false);
+    WynFindManager::sharedInstance().performFindAction(*view, static_cast<int>(tag.integer_or(0)),
+                                                       0);
+    return plist::value();
+  });
+  WynFindManager::sharedInstance().setMainView([this] { return frontTextView(); });
   add("selectNextWindow:", [this](auto const&) { selectWindow(1); });
   add("selectPreviousWindow:", [this](auto const&) { selectWindow(-1); });
   add("terminate:", [this](auto const&) {
@@ -69,7 +81,9 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
   });
 }
 
-AppDelegate::~AppDelegate() = default;
+AppDelegate::~AppDelegate() {
+  WynFindManager::sharedInstance().setMainView({});
+}
 
 void AppDelegate::registerDefaults() {
   platform::user_defaults::standard().register_defaults(
@@ -173,6 +187,12 @@ void AppDelegate::openDocument() {
   request.directory = currentDirectory_;
   request.allows_folders = false;
   openFiles(platform::desktop::current().panels().run_open(request));
+}
+
+WynTextView* AppDelegate::frontTextView() const {
+  auto const open = orderedControllers();
+  if (open.empty() || open.front()->textView().view() == nullptr) return nullptr;
+  return &open.front()->textView();
 }
 
 void AppDelegate::orderFrontGoToLinePanel() {

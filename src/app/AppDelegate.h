@@ -11,6 +11,7 @@
 
 class WynDocument;
 class WynDocumentController;
+class WynTextView;
 
 /// The application: opens files in windows, owns their controllers, and sees to it that quitting
 /// loses no unsaved work. The end of every responder chain. Main thread only.
@@ -61,6 +62,8 @@ class AppDelegate : public platform::application_delegate {
   bool installIfBundle(std::string const& path);
   WynDocumentController& newWindow(std::shared_ptr<WynDocument> document);
   void openDocument();
+  /// Null when no window shows a document.
+  WynTextView* frontTextView() const;
   void orderFrontGoToLinePanel();
   bool goToLine(std::string const& place);
   bool confirmQuitting();

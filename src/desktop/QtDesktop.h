@@ -1,5 +1,7 @@
 #pragma once
 
+#include "desktop/BusyPanel.h"
+#include "desktop/FindPanel.h"
 #include "desktop/MenuBar.h"
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtFilePanels.h"
@@ -42,6 +44,8 @@ class QtDesktop final : public platform::desktop {
   platform::alert_panel& alerts() override { return alerts_; }
   platform::file_panels& panels() override { return panels_; }
   platform::prompt_panel& prompts() override { return prompts_; }
+  platform::find_panel& find() override { return find_panel_; }
+  platform::busy_panel& busy() override { return busy_; }
   platform::font_panel& fonts() override { return fonts_; }
   void beep() override { QApplication::beep(); }
   std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
@@ -77,6 +81,8 @@ class QtDesktop final : public platform::desktop {
   QtAlertPanel alerts_;
   QtFilePanels panels_;
   QtPromptPanel prompts_;
+  FindPanel find_panel_;
+  BusyPanel busy_;
   QtFontPanel fonts_;
   platform::application_delegate* delegate_ = nullptr;
   bool terminated_ = false;

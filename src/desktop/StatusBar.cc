@@ -23,6 +23,7 @@ struct part_kind {
 
 // From left to right.
 constexpr part_kind part_kinds[] = {
+    {"incrementalSearch", "What is searched for as you type", ""},
     {"lineNumber", "Line and column of the caret", "Line 88888, Column 888"},
     {"currentMode", "Language", ""},
     {"fileEncoding", "Encoding of the file", ""},

@@ -1,6 +1,8 @@
 #include "headless/headless_desktop.h"
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 namespace headless {
 
@@ -62,6 +64,28 @@ std::optional<platform::font> scripted_fonts::run(platform::font const& initial)
   platform::font const answer = answers.front();
   answers.pop_front();
   return answer;
+}
+
+void scripted_find_panel::order_front(bool replace_field) {
+  visible = true;
+  in_replace_field = replace_field;
+}
+
+void scripted_find_panel::close() {
+  if (!visible) return;
+  visible = false;
+  if (delegate != nullptr) delegate->findPanelDidClose();
+}
+
+void scripted_find_panel::set_histories(std::vector<std::string> const& find,
+                                        std::vector<std::string> const& replace) {
+  find_history = find;
+  replace_history = replace;
+}
+
+bool scripted_busy::handle_events(double seconds) {
+  std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
+  return ++looks > cancel_after;
 }
 
 headless_window::headless_window(headless_desktop& desktop, platform::window_delegate& delegate,

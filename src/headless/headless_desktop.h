@@ -75,6 +75,41 @@ class scripted_fonts : public platform::font_panel {
   platform::font last_initial;
 };
 
+/// A find panel that keeps what it is told; a test types into `fields` and tells the delegate.
+class scripted_find_panel : public platform::find_panel {
+ public:
+  void set_delegate(platform::find_panel_delegate* d) override { delegate = d; }
+  void order_front(bool replace_field) override;
+  void close() override;
+  bool is_visible() const override { return visible; }
+  platform::find_panel_values values() const override { return fields; }
+  void set_values(platform::find_panel_values const& v) override { fields = v; }
+  void set_histories(std::vector<std::string> const& find,
+                     std::vector<std::string> const& replace) override;
+  void set_status(std::string const& text) override { status = text; }
+  void mark_error(std::size_t offset) override { error = offset; }
+
+  platform::find_panel_delegate* delegate = nullptr;
+  platform::find_panel_values fields;
+  std::vector<std::string> find_history, replace_history;
+  std::string status;
+  std::size_t error = std::string::npos;
+  bool visible = false, in_replace_field = false;
+};
+
+/// Nobody waits, unless a test says so: then work is cancelled after so many looks at events.
+class scripted_busy : public platform::busy_panel {
+ public:
+  bool is_wanted() const override { return cancel_after.has_value(); }
+  bool handle_events(double seconds) override;
+  void show(std::string const& text) override { shown = text; }
+  void end() override { looks = 0; }
+
+  std::optional<int> cancel_after;
+  int looks = 0;
+  std::string shown;
+};
+
 class headless_desktop;
 
 class headless_window : public platform::window {
@@ -119,6 +154,8 @@ class headless_desktop : public platform::desktop {
   scripted_alerts& alerts() override { return alerts_; }
   scripted_panels& panels() override { return panels_; }
   scripted_prompts& prompts() override { return prompts_; }
+  scripted_find_panel& find() override { return find_panel_; }
+  scripted_busy& busy() override { return busy_; }
   scripted_fonts& fonts() override { return fonts_; }
   void beep() override { ++beeps; }
   std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
@@ -138,6 +175,8 @@ class headless_desktop : public platform::desktop {
   scripted_alerts alerts_;
   scripted_panels panels_;
   scripted_prompts prompts_;
+  scripted_find_panel find_panel_;
+  scripted_busy busy_;
   scripted_fonts fonts_;
   std::vector<headless_window*> front_to_back_;
   platform::desktop* former_;

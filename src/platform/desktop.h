@@ -2,7 +2,9 @@
 
 #include "platform/alert.h"
 #include "platform/application.h"
+#include "platform/busy_panel.h"
 #include "platform/file_panel.h"
+#include "platform/find_panel.h"
 #include "platform/font_panel.h"
 #include "platform/pasteboard.h"
 #include "platform/prompt_panel.h"
@@ -34,6 +36,8 @@ class desktop {
   virtual alert_panel& alerts() = 0;
   virtual file_panels& panels() = 0;
   virtual prompt_panel& prompts() = 0;
+  virtual find_panel& find() = 0;
+  virtual busy_panel& busy() = 0;
   virtual font_panel& fonts() = 0;
   virtual void beep() = 0;
 

@@ -6,6 +6,8 @@
 #include "documents/WynDocument.h"
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
+#include "textview/WynISearchWindow.h"
+#include "textview/find_highlights.h"
 #include "textview/geometry.h"
 #include "textview/view_will_change.h"
 
@@ -20,6 +22,8 @@ WynTextView::WynTextView() {
   addScopedSettingMethods();
   addScrollingMethods();
   addBookmarkMethods();
+  addFindMethods();
+  addISearchMethods();
   defaultsToken_ = platform::notification_center::standard().observe(
       platform::user_defaults::did_change, [this](auto const&) { userDefaultsDidChange(); });
   initializeSettings();
@@ -39,6 +43,7 @@ void WynTextView::setDocument(std::shared_ptr<WynDocument> document) {
 
 void WynTextView::detachView() {
   if (view_ == nullptr) return;
+  closeIncrementalSearchWindow();
   abandonMarkedText();
   documentToken_.reset();
   document_->releaseView(view_);
@@ -135,6 +140,7 @@ void WynTextView::key_down(platform::key_event const& event) {
   if (view_ == nullptr) return;
   didPressOption_ = false;
   hasSeenKey_ = true;
+  if (iSearchWindow_ != nullptr && iSearchWindow_->sendEvent(event)) return;
   if (host_ != nullptr) host_->hide_cursor_until_mouse_moves();
   if (!WynKeyBindingManager::sharedInstance().interpretKeyEventForTextView(event, *this))
     platform::desktop::current().beep();

@@ -14,6 +14,8 @@
 #include <string>
 
 class WynDocument;
+class WynISearchWindow;
+class find_highlights;
 
 /// The editing view: it takes events, finds the action that each stands for and runs it on the
 /// text::view of its document. Knows no widget: what it needs of one is a platform::view_host.
@@ -138,6 +140,22 @@ class WynTextView : public platform::responder,
   /// its result. The caret stays on its line where there still is one.
   bool replacingText(std::function<bool()> const& replace);
 
+  // Find and replace (WynTextView_Find.cc). Options are those of WynFindManager; the answer has
+  // `statusText`, and whether anything was `found`.
+  plist::value findWithOptions(plist::dictionary options);
+  /// The number of replacements; 0 with a message for the user if something is wrong.
+  std::size_t internalReplaceAllError(plist::value const& options, std::string& error);
+  /// The matches of the find panel's text in sight; of a view that shows a document.
+  std::vector<std::pair<text::iterator, text::iterator>> const& shownMatches() const;
+
+  // Incremental search (WynTextView_ISearch.cc)
+  /// Null while there is none.
+  WynISearchWindow* incrementalSearchWindow() const { return iSearchWindow_.get(); }
+  void openIncrementalSearchWindow(bool backward);
+  void closeIncrementalSearchWindow();
+  bool findNextIncrementalSearchString(bool from_end);
+  bool findPreviousIncrementalSearchString(bool from_start);
+
   // platform::view_client
   void set_host(platform::view_host* host) override;
   void draw(platform::graphics& g, platform::rect const& dirty) override;
@@ -197,6 +215,8 @@ class WynTextView : public platform::responder,
   void addExtensionMethods();
   void addScrollingMethods();
   void addBookmarkMethods();
+  void addFindMethods();
+  void addISearchMethods();
   /// Enters an action that runs inside a view_will_change scope.
   void addAction(std::string selector, std::function<void()> action);
   void addToggle(std::string const& name, std::function<bool()> get, std::function<void(bool)> set);
@@ -223,6 +243,11 @@ class WynTextView : public platform::responder,
   void attachView();
   void detachView();
   void publishAll();
+
+  plist::value replaceAllIn(char const* scope);
+  std::string performFind(std::string const& action, plist::value const& options, bool& found);
+  bool selectIncrementalMatch(text::iterator (*find)(text::view*, std::u16string const&, bool),
+                              bool further);
 
   // Layout and scrolling (WynTextView_scrolling.cc)
   void setupTextFrame();
@@ -301,6 +326,10 @@ class WynTextView : public platform::responder,
   std::unique_ptr<platform::timer> autoscrollTimer_, primaryTimer_;
 
   std::vector<platform::menu_item> contextMenu_;
+
+  platform::notification_center::token matchesToken_;
+  std::unique_ptr<find_highlights> highlights_;
+  std::unique_ptr<WynISearchWindow> iSearchWindow_;
 
   std::u16string markedText_;
   std::size_t markedCaret_ = 0;

@@ -82,6 +82,7 @@ class painter {
     dirty_ = text_area;
     paint_wrap_margin();
     paint_current_line();
+    paint_matches();
     paint_selection();
     for (std::size_t row = first_row(); row <= last_row(); ++row) paint_row(row);
     paint_caret();
@@ -147,6 +148,20 @@ class painter {
     std::size_t const row = view_.line_in_view(view_.selection.current_mark);
     rect const line{dirty_.x, layout_.y_of_row(row), dirty_.width, layout_.lineHeight()};
     if (line.intersects(dirty_)) g_.fill_rect(line.intersection(dirty_), colors_.line_highlight);
+  }
+
+  void paint_matches() {
+    for (auto const& [first, last] : text_view_.shownMatches()) {
+      text::view_iterator const from(&view_, first), to(&view_, last);
+      std::size_t const begin = view_.line_in_view(from), end = view_.line_in_view(to);
+      for (std::size_t row = std::max(begin, first_row()); row <= std::min(end, last_row());
+           ++row) {
+        double const left = row == begin ? position_of(text_view_, from).x : layout_.left();
+        double const right = position_of(text_view_, row == end ? to : view_.end(row)).x;
+        rect const r{left, layout_.y_of_row(row), right - left, layout_.lineHeight()};
+        if (r.intersects(dirty_)) g_.fill_rect(r.intersection(dirty_), colors_.match);
+      }
+    }
   }
 
   void paint_selection() {

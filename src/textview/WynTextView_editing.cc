@@ -4,6 +4,7 @@
 #include "text/row_break.h"
 #include "text/tab_width.h"
 #include "text/view.h"
+#include "textview/WynISearchWindow.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 
@@ -185,6 +186,7 @@ plist::value WynTextView::undoOrRedo(bool undo) {
 
 void WynTextView::insert_text(std::u16string_view text) {
   markedText_.clear();
+  if (iSearchWindow_ != nullptr) return iSearchWindow_->insertText(text);
   insertText(text);
 }
 

@@ -1,0 +1,127 @@
+#include "platform/desktop.h"
+#include "textview/WynFindManager.h"
+#include "textview/WynTextView.h"
+#include "textview/find_highlights.h"
+#include "textview/replace_all.h"
+#include "textview/view_find.h"
+#include "textview/view_will_change.h"
+
+// Finding and replacing. Searches come before the view_will_change scope where they can, since
+// they may handle events.
+
+namespace {
+
+replace_request request_from(plist::value const& options) {
+  return {options["findString"].string_or(""), options["replaceString"].string_or(""),
+          options["regularExpression"].boolean_or(false), options["ignoreCase"].boolean_or(false),
+          options["replaceAllScope"].string_or("selection") != "document"};
+}
+
+std::string status_for(find_answer const& answer, std::string const& nothing) {
+  if (!answer.error.empty()) return answer.error;
+  switch (answer.end) {
+    case search_end::found:
+      return "";
+    case search_end::gave_up:
+      return "Gave up: the pattern takes too long";
+    case search_end::cancelled:
+      return "Cancelled";
+    default:
+      return nothing;
+  }
+}
+
+}  // namespace
+
+void WynTextView::addFindMethods() {
+  actions_.add_action(&view_find_next, "findNext:");
+  actions_.add_action(&view_find_previous, "findPrevious:");
+  actions_.add_action(&view_replace_and_find, "replaceAndFind:");
+  actions_.add_action(&view_copy_selection_to_findpboard, "copySelectionToFindPboard:");
+  auto const has_selection = [](text::view* view) { return view->has_selection(); };
+  actions_.add_action(has_selection, "canCopySelectionToFindPboard");
+  actions_.add_action(has_selection, "canReplaceAllInSelection");
+  addMethod("findWithOptions:", [this](plist::value const& options) {
+    return view_ == nullptr ? plist::value(false) : findWithOptions(options.entries());
+  });
+  addMethod("replaceAll:", [this](plist::value const&) { return replaceAllIn("document"); });
+  addMethod("replaceAllInSelection:",
+            [this](plist::value const&) { return replaceAllIn("selection"); });
+  highlights_ = std::make_unique<find_highlights>();
+  matchesToken_ = platform::notification_center::standard().observe(
+      WynFindManager::matchesDidChange, [this](auto const&) { setNeedsDisplay(); });
+}
+
+std::vector<find_highlights::match> const& WynTextView::shownMatches() const {
+  static std::vector<find_highlights::match> const none;
+  auto const query = WynFindManager::sharedInstance().shownQuery();
+  if (query == nullptr || host_ == nullptr) return none;
+  platform::rect const seen = visibleTextRect();
+  std::size_t const rows = view_->lines();
+  std::size_t const first = std::min(layout_.row_at(seen.y), rows - 1);
+  std::size_t const last = std::min(layout_.row_at(seen.bottom()), rows - 1);
+  return highlights_->in_window(
+      *view_, query,
+      {first, last + 1, layout_.column_at(seen.x), layout_.column_at(seen.right()) + 1});
+}
+
+plist::value WynTextView::replaceAllIn(char const* scope) {
+  if (view_ == nullptr) return false;
+  WynFindManager& manager = WynFindManager::sharedInstance();
+  manager.commitEditing();
+  plist::dictionary options = manager.options();
+  options.insert_or_assign("replaceAllScope", scope);
+  std::string error;
+  return internalReplaceAllError(options, error) > 0;
+}
+
+std::size_t WynTextView::internalReplaceAllError(plist::value const& options, std::string& error) {
+  abandonMarkedText();
+  view_will_change const scope(*this, true);
+  replace_answer const answer = replace_all(*view_, request_from(options));
+  error = status_for(answer, "");
+  return answer.end == search_end::found ? answer.count : 0;
+}
+
+plist::value WynTextView::findWithOptions(plist::dictionary options) {
+  WynFindManager& manager = WynFindManager::sharedInstance();
+  abandonMarkedText();
+  manager.setOptions(options);
+  std::string const action = plist::value(options)["action"].string_or("findNext");
+  bool found = false;
+  std::string status;
+  {
+    view_will_change const scope(*this, true);
+    status = performFind(action, manager.options(), found);
+  }
+  plist::dictionary answered = manager.options();
+  answered.insert_or_assign("statusText", status);
+  manager.setOptions(answered);
+  return plist::dictionary{{"statusText", status}, {"found", found}};
+}
+
+std::string WynTextView::performFind(std::string const& action, plist::value const& options,
+                                     bool& found) {
+  if (action == "replaceAll") {
+    std::string error;
+    std::size_t const count = internalReplaceAllError(options, error);
+    found = count > 0;
+    if (!error.empty()) return error;
+    return found ? std::to_string(count) + " replaced" : "Nothing replaced";
+  }
+  if (action == "count") {
+    replace_answer const answer = count_all(*view_, request_from(options));
+    found = answer.end == search_end::found;
+    return found ? std::to_string(answer.count) + " matches" : status_for(answer, "Nothing found");
+  }
+  if (action == "replace" || action == "replaceAndFind") {
+    find_answer const replaced = replace_selection_in_view(*view_);
+    found = replaced.end == search_end::found;
+    if (action == "replace" || !replaced.error.empty() || replaced.end == search_end::cancelled)
+      return status_for(replaced, "");
+  }
+  find_answer answer = find_in_view(*view_, action == "findPrevious");
+  if (!answer.error.empty()) answer.error = "regexp: " + answer.error;
+  found = answer.end == search_end::found;
+  return status_for(answer, "Not found");
+}

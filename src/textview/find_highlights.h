@@ -1,0 +1,35 @@
+#pragma once
+
+#include "text/view.h"
+#include "textview/text_query.h"
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+/// The matches that stand in what can be seen, while the find panel is in use. Looks for them there
+/// alone and for some milliseconds at most, so a slow pattern may leave some out.
+class find_highlights {
+ public:
+  using match = std::pair<text::iterator, text::iterator>;
+  /// Half open ranges of rows and visual columns of a view.
+  struct window {
+    std::size_t first_row, last_row, first_column, last_column;
+    bool operator==(window const&) const = default;
+  };
+
+  /// The matches, in order. Looked for anew if the text, the query or what is seen has changed.
+  std::vector<match> const& in_window(text::view& view, std::shared_ptr<text_query const> query,
+                                      window const& seen);
+
+ private:
+  void search(text::view& view);
+  void search_part(text::iterator at, text::iterator const& last);
+
+  std::shared_ptr<text_query const> query_;
+  window window_{};
+  std::uint32_t memento_ = 0;
+  std::size_t rows_ = 0;
+  std::chrono::steady_clock::time_point deadline_;
+  std::vector<match> matches_;
+};

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "text/view.h"
+#include "textview/text_query.h"
+
+#include <string>
+
+/// Finding in the text of a view, as WynFindManager's options say and with the find pasteboard's
+/// text. All of these may handle events while a search takes long (patient_work.h); if the text
+/// changes meanwhile that counts as cancelled. The view must not be null.
+
+/// How a search or a replacement ended; `error` is set if a pattern or a replacement is wrong.
+struct find_answer {
+  search_end end = search_end::not_found;
+  std::string error;
+};
+
+/// Selects what is found, unfolds it and asks for it to be scrolled into sight.
+find_answer find_in_view(text::view& view, bool backward);
+/// Puts the replacement in place of the selection.
+find_answer replace_selection_in_view(text::view& view);
+
+/// The named actions; false if nothing was found. What is wrong is logged.
+bool view_find_next(text::view* view);
+bool view_find_previous(text::view* view);
+bool view_replace_and_find(text::view* view);
+bool view_copy_selection_to_findpboard(text::view* view);
+
+/// Incremental search; case counts if the string has a capital letter. The match's start, or the
+/// text's end if there is none. Forward from the selection's end or start, and then from the text's
+/// start up to the selection.
+text::iterator find_forward(text::view* view, std::u16string const& string, bool from_end);
+/// Backward from the selection's start; with `from_start` false a string that has grown since the
+/// selection was found by it may stay where it is.
+text::iterator find_backward(text::view* view, std::u16string const& string, bool from_start);
