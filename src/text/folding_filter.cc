@@ -1,5 +1,7 @@
 #include "text/folding_filter.h"
 
+#include "text/replacement.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -246,6 +248,42 @@ void view::folding_filter::did_erase(text::iterator const& pos, int length) {
       return fold;
     });
   filter::did_erase(pos, length);
+}
+
+// By the rules of the functions above, for each edit that changes the number of lines.
+void view::folding_filter::will_replace(text::replacement const& what) {
+  kept_.clear();
+  std::vector<folding_t> folds(foldings.begin(), foldings.end());
+  auto const edits = folds.empty() ? std::vector<replacement::edit>() : what.edits();
+  for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
+    uint32_t const first = edit->first.line, last = edit->last.line;
+    uint32_t const erased = last - first, added = edit->new_last.line - first;
+    if (erased == 0 && added == 0) continue;
+    std::erase_if(folds, [&](folding_t& fold) {
+      if (erased != 0) {
+        bool const apart = last <= fold.first || fold.last < first;
+        bool const inside = fold.first < first && last <= fold.last;
+        if (!apart && !inside) return true;
+        if (fold.first >= last) fold.first -= erased;
+        if (fold.last >= last) fold.last -= erased;
+      }
+      if (added == 0) return false;
+      bool const touched = fold.first == first || fold.last == first;
+      if (fold.first >= first) fold.first += added;
+      if (fold.last >= first) fold.last += added;
+      return touched && edit->first.column != 0;
+    });
+  }
+  for (folding_t const& fold : folds)
+    if (fold.first < fold.last) kept_.insert(fold);
+  filter::will_replace(what);
+}
+
+void view::folding_filter::did_replace(text::replacement const& what) {
+  filter::did_replace(what);
+  if (foldings == kept_) return;
+  foldings.swap(kept_);
+  lay_out_again();
 }
 
 }  // namespace text

@@ -90,6 +90,8 @@ class view::folding_filter : public switchable_filter {
   void did_insert(text::pos const& first, text::pos const& last) override;
   void will_erase(text::pos const& first, text::pos const& last) override;
   void did_erase(text::iterator const& pos, int length) override;
+  void will_replace(text::replacement const& what) override;
+  void did_replace(text::replacement const& what) override;
 
   pattern begin_pattern, end_pattern;
   std::set<folding_t> foldings;
@@ -136,6 +138,7 @@ class view::folding_filter : public switchable_filter {
   mutable std::vector<uint32_t> borders_;  ///< first and last lines of all folds, in order
   mutable bool surveyed_ = true;           ///< whether these two are those of `foldings`
   text::pos erase_first_, erase_last_;
+  std::set<folding_t> kept_;  ///< what `foldings` will be when a replacement is done
 };
 
 }  // namespace text
