@@ -83,6 +83,19 @@ bool is_odd_control(char16_t unit) {
   return unit < 0x20 && !(unit >= u'\a' && unit <= u'\r') && unit != substitute && unit != escape;
 }
 
+void decode(loaded_bytes& bytes, std::optional<encoding::charset_t> charset, bool pairs,
+            file_text& text) {
+  text.charset = charset ? *charset : encoding::estimate_buffer(bytes.begin(), bytes.size);
+  char16_t* const units = bytes.memory->data();
+  auto const decoded = encoding::decode_in_place(units, bytes.size, text.charset, pairs);
+  auto const harmonized = encoding::harmonize_units(units, units + decoded.units);
+  text.byte_order_mark = decoded.has_bom;
+  text.exact = nothing_lost(decoded, bytes, text.charset);
+  text.line_ending = harmonized.ends.prevailing();
+  text.binary = harmonized.ends.mixed() && std::any_of(units, harmonized.last, is_odd_control);
+  text.units = bytes.memory->finish(static_cast<std::size_t>(harmonized.last - units));
+}
+
 }  // namespace
 
 bool preserves_supplementary_characters() {
@@ -95,16 +108,16 @@ std::optional<path::file_error> read_file_text(std::string const& path,
   text.stamp = stamp_of(path);
   loaded_bytes bytes;
   if (auto error = load(path, bytes, skip)) return error;
-  text.charset = charset ? *charset : encoding::estimate_buffer(bytes.begin(), bytes.size);
-  char16_t* const units = bytes.memory->data();
-  auto const decoded = encoding::decode_in_place(units, bytes.size, text.charset, pairs);
-  auto const harmonized = encoding::harmonize_units(units, units + decoded.units);
-  text.byte_order_mark = decoded.has_bom;
-  text.exact = nothing_lost(decoded, bytes, text.charset);
-  text.line_ending = harmonized.ends.prevailing();
-  text.binary = harmonized.ends.mixed() && std::any_of(units, harmonized.last, is_odd_control);
-  text.units = bytes.memory->finish(static_cast<std::size_t>(harmonized.last - units));
+  decode(bytes, charset, pairs, text);
   return std::nullopt;
+}
+
+file_text text_of_bytes(std::string_view content, bool pairs) {
+  loaded_bytes bytes = room_for(content.size());
+  std::memcpy(bytes.begin(), content.data(), content.size());
+  file_text text;
+  decode(bytes, std::nullopt, pairs, text);
+  return text;
 }
 
 }  // namespace documents

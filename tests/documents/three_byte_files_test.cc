@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <iterator>
+#include <map>
+
+#include "documents/file_text.h"
+#include "documents/storage_bytes.h"
+#include "encoding/converters.h"
+#include "encoding/supplementary.h"
+
+// Files of three bytes, opened and saved: they come back, or it is known by which rule they don't.
+// All 16,777,216 of them: --gtest_also_run_disabled_tests --gtest_filter='*every_three*'.
+
+namespace {
+
+std::string saved(documents::file_text const& text) {
+  text::storage storage;
+  storage.insert(storage.end(-1), text.units);
+  bool const mark = text.charset == encoding::UTF8 && text.byte_order_mark;
+  std::string bytes;
+  documents::storage_bytes(storage, {text.charset, text.line_ending, mark, true})
+      .produce([&](unsigned char const* piece, std::size_t size) {
+        bytes.append(reinterpret_cast<char const*>(piece), size);
+        return true;
+      });
+  return bytes;
+}
+
+/// Whether the plain converters bring the bytes back.
+bool is_text(std::string const& bytes, encoding::charset_t charset) {
+  std::u16string units;
+  std::string back;
+  bool mark = false;
+  if (charset == encoding::UTF8) {
+    encoding::decode_utf8_with_pairs(bytes.begin(), bytes.end(), std::back_inserter(units), &mark);
+    if (mark) back = "\xEF\xBB\xBF";
+    encoding::encode_utf8_with_pairs(units.begin(), units.end(), std::back_inserter(back));
+  } else {
+    encoding::convert_to_unicode(bytes.begin(), bytes.end(), charset, std::back_inserter(units));
+    encoding::convert_from_unicode(units.begin(), units.end(), charset, std::back_inserter(back));
+  }
+  return back == bytes;
+}
+
+/// The bytes with one kind of line end, the most frequent one (LF before CR before CR LF).
+std::string with_equal_line_ends(std::string const& bytes) {
+  std::string lines;
+  int lf = 0, cr = 0, crlf = 0;
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n')
+      ++i, ++crlf, lines += '\n';
+    else if (bytes[i] == '\r')
+      ++cr, lines += '\n';
+    else
+      lf += bytes[i] == '\n', lines += bytes[i];
+  }
+  std::string const end = lf >= cr && lf >= crlf ? "\n" : cr >= crlf ? "\r" : "\r\n";
+  std::string result;
+  for (char c : lines) result += c == '\n' ? end : std::string(1, c);
+  return result;
+}
+
+char const* rule_for(std::string const& bytes) {
+  auto const text = documents::text_of_bytes(bytes, true);
+  if (text.binary) return "asked: line ends would change in what is no text";
+  if (!text.exact)
+    return is_text(bytes, text.charset) ? "WRONG: asked without need"
+                                        : "asked: bytes that are no text in the charset";
+  std::string const back = saved(text);
+  if (back == bytes) return "come back";
+  return back == with_equal_line_ends(bytes) ? "mixed line ends made equal" : "WRONG: changed";
+}
+
+using counts = std::map<std::string, int>;
+
+counts count(std::string const& first, std::string const& rest) {
+  counts result;
+  for (char a : first)
+    for (char b : rest)
+      for (char c : rest) ++result[rule_for({a, b, c})];
+  for (auto const& [rule, files] : result) std::cout << files << " " << rule << "\n";
+  return result;
+}
+
+std::string all_bytes() {
+  std::string result;
+  for (int byte = 0; byte < 256; ++byte) result += static_cast<char>(byte);
+  return result;
+}
+
+void expect_nothing_wrong(counts const& result) {
+  for (auto const& [rule, files] : result) EXPECT_FALSE(rule.starts_with("WRONG")) << files;
+}
+
+TEST(three_bytes, of_telling_values_come_back_or_a_rule_says_why_not) {
+  std::string const telling(
+      "\0\n\r\x1A\x1F A~\x7F\x80\x81\x8F\x90\x9F\xA0\xA9\xBB\xBF\xC0\xC1\xC2"
+      "\xDF\xE0\xE2\xED\xEF\xF0\xF4\xF7\xF8\xFC\xFE\xFF",
+      33);
+  expect_nothing_wrong(count(telling, telling));
+}
+
+TEST(three_bytes, DISABLED_every_three_byte_file_comes_back_or_a_rule_says_why_not) {
+  expect_nothing_wrong(count(all_bytes(), all_bytes()));
+}
+
+}  // namespace
