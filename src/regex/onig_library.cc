@@ -75,4 +75,15 @@ int search_observed(regex_t* regex, OnigUChar const* text, OnigUChar const* end,
   return onig_search_with_param(regex, text, end, start, range, region, ONIG_OPTION_NONE, param);
 }
 
+int search_briefly(regex_t* regex, OnigUChar const* text, OnigUChar const* end,
+                   OnigUChar const* start, OnigRegion* region, unsigned long retries) {
+  OnigMatchParam* const param = match_param();
+  onig_set_retry_limit_in_match_of_match_param(param, retries);
+  onig_set_retry_limit_in_search_of_match_param(param, retries);
+  int const found =
+      onig_search_with_param(regex, text, end, start, end, region, ONIG_OPTION_NONE, param);
+  onig_set_retry_limit_in_search_of_match_param(param, 0);
+  return found;
+}
+
 }  // namespace regex::onig_library

@@ -45,6 +45,10 @@ int search_observed(regex_t* regex, OnigUChar const* text, OnigUChar const* end,
                     OnigUChar const* start, OnigUChar const* range, OnigRegion* region,
                     attempt_observer& observer, unsigned long retries);
 
+/// As onig_search up to `end`; `retries` limits all attempts together.
+int search_briefly(regex_t* regex, OnigUChar const* text, OnigUChar const* end,
+                   OnigUChar const* start, OnigRegion* region, unsigned long retries);
+
 inline OnigUChar const* bytes(char16_t const* units) {
   return reinterpret_cast<OnigUChar const*>(units);
 }

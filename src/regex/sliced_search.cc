@@ -136,6 +136,20 @@ search_state sliced_search::step_backward() {
   return search_state::more;
 }
 
+match_t find_briefly(regex::valid_text const& text, ptrn_t const& ptrn, std::size_t first,
+                     unsigned long retries) {
+  if (text.size() > max_bytes / 2) return match_t::broken_off();
+  if (!ptrn.regex() || first > text.size()) return {};
+  if (text.splits_pair(first)) ++first;
+  OnigUChar const* const begin = bytes(text.data());
+  OnigRegion* const region = onig_region_new();
+  match_t const match(region);
+  int const found = search_briefly(ptrn.regex(), begin, begin + 2 * text.size(), begin + 2 * first,
+                                   region, retries);
+  if (found >= 0) return match;
+  return gave_up(found) ? match_t::broken_off() : match_t();
+}
+
 sliced_find_all::sliced_find_all(regex::valid_text const& text, ptrn_t const& ptrn,
                                  std::size_t first, std::size_t last, unsigned long retries)
     : text_(text), ptrn_(ptrn), last_(last), retries_(retries) {

@@ -69,6 +69,12 @@ class sliced_search {
   std::size_t block_ = 0, block_at_ = 0, block_size_ = 32;
 };
 
+/// The first match that begins at `first` or later, for callers that make many short searches and
+/// mean to go on with a `sliced_search` where this one gives up: after `retries` in the whole
+/// search.
+match_t find_briefly(regex::valid_text const& text, ptrn_t const& ptrn, std::size_t first,
+                     unsigned long retries);
+
 /// `find_all` in slices. `step` answers `not_found` at the end of the text.
 class sliced_find_all {
  public:

@@ -95,6 +95,12 @@ void view::view_filter::did_erase(text::iterator const& pos, int length) {
   filter::did_erase(pos, length);
 }
 
+void view::view_filter::will_replace(text::replacement const& what) {
+  // Measured once when asked for, not with each of the calls that follow.
+  view_.forget_max_columns();
+  filter::will_replace(what);
+}
+
 void view::view_filter::refresh(text::pos const& first, text::pos const& last) {
   size_t const behind =
       first.line == last.line ? first.line + size_t{1} : std::numeric_limits<uint32_t>::max();

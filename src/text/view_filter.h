@@ -38,6 +38,7 @@ class view::view_filter : public filter {
   void did_change_memento(unsigned long from, unsigned long to) override;
   void will_insert(text::iterator const& pos, int length) override;
   void did_insert(text::pos const& first, text::pos const& last) override;
+  void will_replace(text::replacement const& what) override;
   void will_erase(text::pos const& first, text::pos const& last) override;
   void did_erase(text::iterator const& pos, int length) override;
 

@@ -2,6 +2,7 @@
 
 #include "platform/utf.h"
 #include "regex/oniguruma_format.h"
+#include "regex/replacement.h"
 #include "textview/patient_work.h"
 
 #include <algorithm>
@@ -19,6 +20,53 @@ using text::replacement;
 constexpr std::size_t few_replacements = 16;
 constexpr std::size_t sparse_distance = 2000;  // units of text for each
 
+// A replacement text of literal pieces and groups alone, which most are: without the state that
+// changes of case and conditions need.
+class plain_format {
+ public:
+  // Nothing if there is more to it, or it is no replacement text.
+  static std::optional<plain_format> make(std::string const& text) {
+    using kind = regex::replacement_node::kind;
+    auto const tree = regex::parse_replacement(text);
+    if (tree == nullptr) return {};
+    plain_format result;
+    std::string literal;
+    for (regex::replacement_node const& node : *tree) {
+      if (node.what == kind::text) {
+        literal += node.text;
+      } else if (node.what == kind::newline) {
+        literal += '\n';
+      } else if (node.what == kind::capture) {
+        result.pieces_.push_back({unicode::to_utf16(literal), node.number});
+        literal.clear();
+      } else {
+        return {};
+      }
+    }
+    result.rest_ = unicode::to_utf16(literal);
+    return result;
+  }
+
+  // By the rule for captures: a group that ends at the text's start is left out.
+  void append_to(std::u16string& out, text::unit_view text, oniguruma::match_t const& match) const {
+    for (piece const& p : pieces_) {
+      out += p.before;
+      if (!match.is_set(p.group) || match.end(p.group) == 0) continue;
+      auto const begin = static_cast<std::size_t>(match.begin(p.group));
+      out += text.substr(begin, static_cast<std::size_t>(match.end(p.group)) - begin);
+    }
+    out += rest_;
+  }
+
+ private:
+  struct piece {
+    std::u16string before;
+    unsigned group;
+  };
+  std::vector<piece> pieces_;
+  std::u16string rest_;
+};
+
 // A search for all matches, which may outlive its caller.
 struct replace_task {
   replace_task(text_query made, std::optional<oniguruma::format> replacement,
@@ -34,7 +82,8 @@ struct replace_task {
 
   text_query query;
   std::optional<oniguruma::format> format;
-  std::u16string inserted;  // a text for all, or with a format those of all matches
+  std::optional<plain_format> plain;  // of the format, if it is one
+  std::u16string inserted;            // a text for all, or with a format those of all matches
   bool only_count = false;
   text::text_slice text;
   std::vector<std::pair<std::size_t, std::size_t>> parts;  // of the text, which are searched
@@ -65,9 +114,12 @@ struct replace_task {
     if (only_count) return;
     std::size_t length = inserted.size();
     if (format) {
-      std::u16string const expanded = expand(part, searcher);
-      length = expanded.size();
-      inserted += expanded;
+      std::size_t const before = inserted.size();
+      if (plain)
+        plain->append_to(inserted, part, searcher.match());
+      else
+        inserted += expand(part, searcher);
+      length = inserted.size() - before;
     }
     ranges.push_back({static_cast<std::uint32_t>(offset + searcher.begin()),
                       static_cast<std::uint32_t>(searcher.end() - searcher.begin()),
@@ -91,7 +143,10 @@ std::shared_ptr<replace_task> make_task(replace_request const& request) {
     format.emplace(request.replace.c_str());
   else
     literal = unicode::to_utf16(request.replace);
-  return std::make_shared<replace_task>(std::move(query), std::move(format), std::move(literal));
+  auto task =
+      std::make_shared<replace_task>(std::move(query), std::move(format), std::move(literal));
+  if (task->format) task->plain = plain_format::make(request.replace);
+  return task;
 }
 
 // The text that is searched, and its parts; a rectangle has one a line.
