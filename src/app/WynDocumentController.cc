@@ -107,6 +107,9 @@ void WynDocumentController::setTextDocument(std::shared_ptr<WynDocument> documen
   auto const refresh = [this](auto const&) { documentDidChange(); };
   nameToken_ = center.observe(WynDocument::filenameDidChange, refresh, document_.get());
   editedToken_ = center.observe(WynDocument::documentEditedDidChange, refresh, document_.get());
+  fileToken_ = center.observe(
+      WynDocument::fileDidChange, [this](auto const&) { checkForFilesystemChanges(); },
+      document_.get());
   textView_.setDocument(document_);
   documentDidChange();
 }
@@ -212,6 +215,9 @@ void WynDocumentController::windowWillClose() {
 }
 
 void WynDocumentController::windowDidBecomeKey() {
-  if (document_ != nullptr)
-    textView_.replacingText([this] { return document_->checkForFilesystemChanges(); });
+  if (document_ != nullptr) checkForFilesystemChanges();
+}
+
+void WynDocumentController::checkForFilesystemChanges() {
+  textView_.replacingText([this] { return document_->checkForFilesystemChanges(); });
 }

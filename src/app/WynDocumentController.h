@@ -44,11 +44,12 @@ class WynDocumentController : public platform::window_delegate {
   bool revertDocument();
   bool reopenWithEncoding(std::int64_t charset);
   void documentDidChange();
+  void checkForFilesystemChanges();
   void publishDocument();
 
   AppDelegate& app_;
   WynTextView textView_;
   std::shared_ptr<WynDocument> document_;
   std::unique_ptr<platform::window> window_;
-  platform::notification_center::token nameToken_, editedToken_;
+  platform::notification_center::token nameToken_, editedToken_, fileToken_;
 };

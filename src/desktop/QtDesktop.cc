@@ -72,6 +72,11 @@ void QtDesktop::bring_to_front(EditorWindow& window) {
   if (it != windows_.end()) std::rotate(windows_.begin(), it, it + 1);
 }
 
+bool QtDesktop::is_waiting() const {
+  return loop_.is_waiting() || QApplication::activeModalWidget() != nullptr ||
+         QGuiApplication::modalWindow() != nullptr;
+}
+
 // At the next turn, since the logic may replace the last window by another one.
 void QtDesktop::window_closed() {
   loop_.post([this] {

@@ -48,6 +48,8 @@ class QtDesktop final : public platform::desktop {
   platform::busy_panel& busy() override { return busy_; }
   platform::font_panel& fonts() override { return fonts_; }
   void beep() override { QApplication::beep(); }
+  platform::file_watcher& files() override { return files_; }
+  bool is_waiting() const override;
   std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
                                                 platform::view_client& client,
                                                 platform::responder& first) override;
@@ -75,6 +77,7 @@ class QtDesktop final : public platform::desktop {
 
   Application qt_;
   QtRunLoop loop_;
+  platform::file_watcher files_{loop_};
   QtPasteboard general_;
   std::unique_ptr<platform::pasteboard> primary_;
   headless::memory_pasteboard find_;

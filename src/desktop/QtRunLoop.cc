@@ -1,6 +1,7 @@
 #include "desktop/QtRunLoop.h"
 
 #include <QEventLoop>
+#include <QSocketNotifier>
 #include <QTimer>
 
 #include <algorithm>
@@ -35,6 +36,23 @@ class QtTimer final : public platform::timer {
   std::shared_ptr<std::function<void()>> task_;
 };
 
+// As above: the task lives until its call is over.
+class QtDescriptorWatch final : public platform::descriptor_watch {
+ public:
+  QtDescriptorWatch(int descriptor, std::function<void()> task)
+      : notifier_(descriptor, QSocketNotifier::Read),
+        task_(std::make_shared<std::function<void()>>(std::move(task))) {
+    QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_,
+                     [weak = std::weak_ptr(task_)] {
+                       if (auto const running = weak.lock()) (*running)();
+                     });
+  }
+
+ private:
+  QSocketNotifier notifier_;
+  std::shared_ptr<std::function<void()>> task_;
+};
+
 }  // namespace
 
 void QtRunLoop::post(std::function<void()> task) {
@@ -46,11 +64,22 @@ std::unique_ptr<platform::timer> QtRunLoop::schedule(double seconds, bool repeat
   return std::make_unique<QtTimer>(seconds, repeats, std::move(task));
 }
 
+std::unique_ptr<platform::descriptor_watch> QtRunLoop::watch_descriptor(
+    int descriptor, std::function<void()> task) {
+  return std::make_unique<QtDescriptorWatch>(descriptor, std::move(task));
+}
+
 double QtRunLoop::now() const {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 void QtRunLoop::run_for(double seconds) {
+  ++waiting_;
+  wait_for_events(seconds);
+  --waiting_;
+}
+
+void QtRunLoop::wait_for_events(double seconds) {
   QEventLoop loop;
   if (loop.processEvents(QEventLoop::ExcludeUserInputEvents) || seconds <= 0) return;
   QTimer limit;

@@ -73,7 +73,10 @@ std::size_t WynDocument::length() const {
 
 void WynDocument::becomeFile(std::string const& path) {
   bool const was_untitled = filename_.empty();
-  if (filename_ != path) fileContent_ = file_content::kept;
+  if (filename_ != path) {
+    fileContent_ = file_content::kept;
+    fileIsGone_ = false;
+  }
   filename_ = path;
   if (was_untitled && !path.empty()) untitled_numbers::of_documents().give_back();
   if (!was_untitled && path.empty()) untitledCount_ = untitled_numbers::of_documents().take();
@@ -83,7 +86,10 @@ void WynDocument::setFilename(std::string const& path) {
   std::string const old = filename_;
   becomeFile(path.empty() ? path : path::standardize(path));
   auxiliaryFileInfo_.clear();
-  if (filename_ != old) tellThatDocumentDidClose();
+  if (filename_ != old) {
+    tellThatDocumentDidClose();
+    watchFile();
+  }
   notifyFilename(old);
 }
 
@@ -128,7 +134,8 @@ void WynDocument::setByteOrderMark(bool mark) {
 // An untitled document with nothing in it isn't edited, so that it closes without a question.
 void WynDocument::updateDocumentEdited(unsigned long memento) {
   bool const has_content = !filename_.empty() || !storage_->empty();
-  bool const differs = memento != lastSavedMemento_ || presentFormat() != lastSavedFormat_;
+  bool const differs =
+      memento != lastSavedMemento_ || presentFormat() != lastSavedFormat_ || fileIsGone_;
   setDocumentEdited(has_content && differs);
 }
 
@@ -139,11 +146,13 @@ void WynDocument::setDocumentEdited(bool edited) {
 }
 
 bool WynDocument::openDocument() {
-  ++openCount_;
+  if (++openCount_ == 1) watchFile();
   return true;
 }
 
 void WynDocument::closeDocument() {
   if (openCount_ != 0) --openCount_;
-  if (openCount_ == 0) WynDocumentCache::instance().remove(*this);
+  if (openCount_ != 0) return;
+  WynDocumentCache::instance().remove(*this);
+  watchFile();
 }

@@ -14,6 +14,7 @@
 #include "encoding/line_ending.h"
 #include "encoding/stream_encoder.h"
 #include "path/file_error.h"
+#include "platform/file_watcher.h"
 #include "plist/value.h"
 #include "text/storage.h"
 #include "text/view.h"
@@ -50,6 +51,9 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// when they are equal: it is posted after each save, to refresh what shows the name.
   static constexpr char const* filenameDidChange = "WynDocumentFilenameDidChange";
   static constexpr char const* documentEditedDidChange = "WynDocumentEditedDidChange";
+  /// The file of an open document isn't what it was when it was last read or written. Who shows the
+  /// text calls checkForFilesystemChanges now; if nobody has, the document does it itself.
+  static constexpr char const* fileDidChange = "WynDocumentFileDidChange";
 
   /// A new untitled document.
   static std::shared_ptr<WynDocument> document();
@@ -98,7 +102,8 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   void setFileEncodingAndLineEndingsToDefaults();
 
   /// Whether the file would be another one if it were saved now: the text, or how it is written,
-  /// isn't that of the last save. An untitled document with nothing in it is never edited.
+  /// isn't that of the last save, or the file is gone. An untitled document with nothing in it is
+  /// never edited.
   bool isDocumentEdited() const { return isDocumentEdited_; }
   void setDocumentEdited(bool edited);
   unsigned lastSavedMemento() const { return lastSavedMemento_; }
@@ -115,7 +120,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   void setDidCloseObserver(std::function<void()> documentDidClose);
 
   /// Each window that shows the document opens and closes it once. When the last one closes it, the
-  /// next to open the file reads it anew.
+  /// next to open the file reads it anew. The file of an open document is watched.
   bool openDocument();
   void closeDocument();
   unsigned openCount() const { return openCount_; }
@@ -148,7 +153,8 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   bool restore(documents::safety_copy copy);
 
   /// Takes over what another program has done to the file, asking the user first if there are
-  /// unsaved changes. True if the text was replaced, which can be undone.
+  /// unsaved changes. True if the text was replaced, which can be undone. When the file is gone the
+  /// text stays, unsaved, until there is a file again.
   bool checkForFilesystemChanges();
 
  private:
@@ -178,7 +184,8 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   void rememberContent(documents::file_text const& text, bool pairs);
   bool readAgain(std::optional<encoding::charset_t> charset, bool pairs, documents::file_text& text,
                  std::optional<path::file_error>& error);
-  void replaceText(text::text_block const& units);
+  void watchFile();
+  void fileMayHaveChanged();
   bool isToBeKept();
 
   std::optional<encoding::file_format> formatForSaving() const;
@@ -202,6 +209,9 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   bool documentHasBeenSaved_ = false;
   bool hideFromRecentMenu_ = false;
   bool fileModifiedOnDiskAndWaitingForUser_ = false;
+  bool fileIsGone_ = false;
+  std::unique_ptr<platform::file_watcher::token> fileWatch_;
+  std::unique_ptr<platform::timer> laterLook_;
   plist::dictionary auxiliaryFileInfo_;
   std::function<void()> documentDidClose_;
   /// How the text was read, and so how it is written, whatever the user default says meanwhile.

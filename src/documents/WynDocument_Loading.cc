@@ -1,12 +1,10 @@
 #include <cerrno>
-#include <cstdio>
 #include <new>
 
 #include "documents/WynDocument.h"
 #include "documents/WynDocumentCache.h"
 #include "documents/document_alerts.h"
-#include "documents/printable_name.h"
-#include "documents/storage_bytes.h"
+#include "documents/replace_text.h"
 #include "path/file_system.h"
 #include "platform/user_defaults.h"
 
@@ -35,13 +33,6 @@ std::unique_ptr<text::storage> load(std::string const& path, bool pairs, file_te
     text.units = {};
     return nullptr;
   }
-}
-
-void log_update_without_changes(std::string const& path, documents::file_date last,
-                                documents::file_date now) {
-  std::fprintf(stderr, "*** %s updated w/o changes\n*** last date %s, new date %s\n",
-               documents::printable(path).c_str(), documents::description(last).c_str(),
-               documents::description(now).c_str());
 }
 
 }  // namespace
@@ -75,7 +66,7 @@ std::shared_ptr<WynDocument> WynDocument::initWithContentsOfFile(std::string con
   document->becomeFile(file);
   document->fileStamp_ = text.stamp;
   document->useMarkOf(text);
-  if (preserves_format()) document->useFormatOf(text);
+  document->useFormatOf(text);
   document->lastSavedFormat_ = document->presentFormat();
   document->rememberContent(text, pairs);
   if (!loaded) document->fileContent_ = file_content::not_loaded;
@@ -87,6 +78,7 @@ void WynDocument::useMarkOf(file_text const& text) {
 }
 
 void WynDocument::useFormatOf(file_text const& text) {
+  if (!preserves_format()) return;
   fileEncoding_ = text.charset;
   lineEnding_ = text.line_ending;
 }
@@ -109,6 +101,7 @@ void WynDocument::textIsOnDisk() {
 }
 
 void WynDocument::textIsSaved(unsigned memento) {
+  fileIsGone_ = false;
   lastSavedMemento_ = memento;
   lastSavedFormat_ = presentFormat();
   updateDocumentEdited(storage_->current_memento);
@@ -127,12 +120,6 @@ bool WynDocument::readAgain(std::optional<encoding::charset_t> charset, bool pai
   }
 }
 
-void WynDocument::replaceText(text::text_block const& units) {
-  text::undo_group group(storage_->undo_manager);
-  storage_->clear();
-  storage_->insert(storage_->end(-1), units);
-}
-
 bool WynDocument::reopenWithEncoding(encoding::charset_t charset) {
   if (filename_.empty()) return true;
   auto const self = weak_from_this().lock();  // an alert may let the last window go
@@ -143,7 +130,7 @@ bool WynDocument::reopenWithEncoding(encoding::charset_t charset) {
     if (error) documents::tell_could_not_open(*error, filename_);
     return false;
   }
-  replaceText(text.units);
+  documents::replace_text(*storage_, text.units);
   useMarkOf(text);
   if (preserves_format()) fileEncoding_ = charset;
   rememberContent(text, pairs);
@@ -167,7 +154,7 @@ bool WynDocument::restore(documents::safety_copy copy) {
     documents::tell_could_not_open(*error, copy.file());
     return false;
   }
-  replaceText(text.units);
+  documents::replace_text(*storage_, text.units);
   auto const& format = copy.origin().format;
   fileEncoding_ = format.charset;
   lineEnding_ = format.line_ending;
@@ -176,51 +163,4 @@ bool WynDocument::restore(documents::safety_copy copy) {
   if (fileContent_ != file_content::not_loaded) fileContent_ = file_content::kept;
   safetyCopies_.push_back(std::move(copy));
   return true;
-}
-
-bool WynDocument::isToBeKept() {
-  if (!isDocumentEdited_) return false;
-  fileModifiedOnDiskAndWaitingForUser_ = true;
-  bool const revert = documents::ask_to_revert(filename_);
-  fileModifiedOnDiskAndWaitingForUser_ = false;
-  return !revert;
-}
-
-bool WynDocument::checkForFilesystemChanges() {
-  if (fileModifiedOnDiskAndWaitingForUser_ || filename_.empty()) return false;
-  auto const stamp = documents::stamp_of(filename_);
-  if (!stamp || stamp == fileStamp_) return false;
-  auto const self = weak_from_this().lock();
-  bool const pairs = preserves_supplementary_characters();
-  file_text text;
-  std::optional<path::file_error> error;
-  if (!readAgain(std::nullopt, pairs, text, error)) {
-    if (!error) {  // for lack of memory, which is told once for each change
-      fileStamp_ = stamp;
-      fileContent_ = file_content::not_loaded;
-    }
-    return false;
-  }
-  if (!text.stamp) return false;
-  useMarkOf(text);
-  bool const equal = documents::holds(*storage_, text.units.view());
-  bool const replace = !equal && !isToBeKept();
-  if (equal) {
-    log_update_without_changes(filename_, fileModificationDate().value_or(0), text.stamp->modified);
-  } else if (replace) {
-    replaceText(text.units);
-    if (preserves_format()) useFormatOf(text);
-  }
-  if (equal || replace) {
-    rememberContent(text, pairs);
-    if (replace)
-      textIsSaved(storage_->current_memento);
-    else
-      textIsOnDisk();
-  } else {
-    fileContent_ = file_content::kept;  // the user has chosen what is in the window
-  }
-  fileStamp_ = text.stamp;
-  notifyFilename(filename_);
-  return replace;
 }

@@ -29,7 +29,9 @@ std::size_t scripted_alerts::run(platform::alert const& question) {
   }
   std::string const name = index < question.buttons.size() ? question.buttons[index] : "";
   shown.push_back({question.title, question.text, name});
+  ++open_;
   if (while_open) while_open();
+  --open_;
   return index;
 }
 

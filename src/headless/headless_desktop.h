@@ -36,6 +36,7 @@ class scripted_alerts : public platform::alert_panel {
   /// its safe one.
   void answer(std::string title, std::string button);
   std::size_t run(platform::alert const& question) override;
+  bool is_open() const { return open_ != 0; }
 
   std::vector<record> shown;
   /// Called while an alert is open, as a real one handles events.
@@ -43,6 +44,7 @@ class scripted_alerts : public platform::alert_panel {
 
  private:
   std::map<std::string, std::string> answers_;
+  int open_ = 0;
 };
 
 /// Gives the answers put in before, in order; an empty list is "cancelled".
@@ -158,6 +160,8 @@ class headless_desktop : public platform::desktop {
   scripted_busy& busy() override { return busy_; }
   scripted_fonts& fonts() override { return fonts_; }
   void beep() override { ++beeps; }
+  platform::file_watcher& files() override { return files_; }
+  bool is_waiting() const override { return loop_.is_nested() || alerts_.is_open(); }
   std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
                                                 platform::view_client& client,
                                                 platform::responder& first) override;
@@ -171,6 +175,7 @@ class headless_desktop : public platform::desktop {
  private:
   friend class headless_window;
   headless_run_loop loop_;
+  platform::file_watcher files_{loop_};
   memory_pasteboard general_, primary_, find_;
   scripted_alerts alerts_;
   scripted_panels panels_;

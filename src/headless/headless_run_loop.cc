@@ -1,5 +1,7 @@
 #include "headless/headless_run_loop.h"
 
+#include <poll.h>
+
 #include <algorithm>
 
 namespace headless {
@@ -18,6 +20,40 @@ class headless_run_loop::scheduled_timer : public platform::timer {
   headless_run_loop& loop_;
   std::uint64_t id_;
 };
+
+class headless_run_loop::watched_descriptor : public platform::descriptor_watch {
+ public:
+  watched_descriptor(headless_run_loop& loop, int number, std::function<void()> task)
+      : loop_(loop), number_(number), task_(std::move(task)) {
+    loop_.descriptors_.push_back(this);
+  }
+  ~watched_descriptor() override { std::erase(loop_.descriptors_, this); }
+
+  bool can_be_read() const {
+    pollfd state{number_, POLLIN, 0};
+    return poll(&state, 1, 0) == 1;
+  }
+  std::function<void()> task() const { return task_; }
+
+ private:
+  headless_run_loop& loop_;
+  int number_;
+  std::function<void()> task_;
+};
+
+std::unique_ptr<platform::descriptor_watch> headless_run_loop::watch_descriptor(
+    int descriptor, std::function<void()> task) {
+  return std::make_unique<watched_descriptor>(*this, descriptor, std::move(task));
+}
+
+void headless_run_loop::poll_descriptors() {
+  for (watched_descriptor* const watched : std::vector(descriptors_)) {
+    // The task of one may drop another.
+    bool const is_watched =
+        std::find(descriptors_.begin(), descriptors_.end(), watched) != descriptors_.end();
+    if (is_watched && watched->can_be_read()) watched->task()();
+  }
+}
 
 void headless_run_loop::post(std::function<void()> task) {
   std::lock_guard const lock(posted_mutex_);
@@ -60,12 +96,15 @@ void headless_run_loop::run_first_timer() {
 
 void headless_run_loop::run_for(double seconds) {
   double const end = now_ + seconds;
+  ++depth_;
+  poll_descriptors();
   run_posted();
   while (!timers_.empty() && timers_.begin()->first.first <= end) {
     run_first_timer();
     run_posted();
   }
   now_ = end;
+  --depth_;
 }
 
 }  // namespace headless

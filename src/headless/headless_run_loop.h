@@ -10,20 +10,27 @@
 namespace headless {
 
 /// A run loop on a clock of its own, which moves only when run_for() says so: ten seconds pass in
-/// no time, and tests see the same order of events in every run.
+/// no time, and tests see the same order of events in every run. Descriptors are looked at when
+/// run_for() begins.
 class headless_run_loop : public platform::run_loop {
  public:
   void post(std::function<void()> task) override;
   std::unique_ptr<platform::timer> schedule(double seconds, bool repeats,
                                             std::function<void()> task) override;
+  std::unique_ptr<platform::descriptor_watch> watch_descriptor(int descriptor,
+                                                               std::function<void()> task) override;
   double now() const override { return now_; }
   /// Moves the clock on by `seconds`, running what falls due on the way.
   void run_for(double seconds) override;
+
+  /// Whether run_for() is being executed inside of something that it has run.
+  bool is_nested() const { return depth_ > 1; }
 
   /// Runs what was posted, without moving the clock.
   void run_posted();
 
  private:
+  class watched_descriptor;
   class scheduled_timer;
   struct entry {
     double interval = 0;
@@ -33,8 +40,11 @@ class headless_run_loop : public platform::run_loop {
   using key = std::pair<double, std::uint64_t>;  // due time, then order of scheduling
 
   void run_first_timer();
+  void poll_descriptors();
 
   double now_ = 0;
+  int depth_ = 0;
+  std::vector<watched_descriptor*> descriptors_;
   std::uint64_t next_id_ = 0;
   std::map<key, entry> timers_;
   std::map<std::uint64_t, double> due_by_id_;

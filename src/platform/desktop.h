@@ -4,6 +4,7 @@
 #include "platform/application.h"
 #include "platform/busy_panel.h"
 #include "platform/file_panel.h"
+#include "platform/file_watcher.h"
 #include "platform/find_panel.h"
 #include "platform/font_panel.h"
 #include "platform/pasteboard.h"
@@ -40,6 +41,10 @@ class desktop {
   virtual busy_panel& busy() = 0;
   virtual font_panel& fonts() = 0;
   virtual void beep() = 0;
+  virtual file_watcher& files() = 0;
+  /// Whether something further up the stack waits: for the answer to an alert or panel, or in
+  /// run_loop::run_for. What comes unasked and would change texts has to come later then.
+  virtual bool is_waiting() const = 0;
 
   /// A window that shows `client` and sends its actions to `first`, not yet on screen.
   virtual std::unique_ptr<window> make_window(window_delegate& delegate, view_client& client,

@@ -11,6 +11,12 @@ class timer {
   virtual ~timer() = default;
 };
 
+/// A descriptor that is watched as long as this handle lives.
+class descriptor_watch {
+ public:
+  virtual ~descriptor_watch() = default;
+};
+
 /// The loop in which all of the logic runs. Main thread only, but for post().
 class run_loop {
  public:
@@ -23,6 +29,11 @@ class run_loop {
   /// destroy the handle.
   virtual std::unique_ptr<timer> schedule(double seconds, bool repeats,
                                           std::function<void()> task) = 0;
+
+  /// Calls `task` at each turn at which the descriptor can be read. The call may destroy the
+  /// handle.
+  virtual std::unique_ptr<descriptor_watch> watch_descriptor(int descriptor,
+                                                             std::function<void()> task) = 0;
 
   /// Monotonic seconds since some moment; what schedule() counts in.
   virtual double now() const = 0;

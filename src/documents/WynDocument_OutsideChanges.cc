@@ -1,0 +1,98 @@
+#include <cstdio>
+
+#include "documents/WynDocument.h"
+#include "documents/document_alerts.h"
+#include "documents/printable_name.h"
+#include "documents/replace_text.h"
+#include "documents/storage_bytes.h"
+#include "platform/desktop.h"
+#include "platform/notification_center.h"
+
+// What other programs do to the file of a document.
+
+using documents::file_text, documents::preserves_supplementary_characters;
+
+namespace {
+
+constexpr double until_later_look = 0.25;  // seconds
+
+void log_update_without_changes(std::string const& path, documents::file_date last,
+                                documents::file_date now) {
+  std::fprintf(stderr, "*** %s updated w/o changes\n*** last date %s, new date %s\n",
+               documents::printable(path).c_str(), documents::description(last).c_str(),
+               documents::description(now).c_str());
+}
+
+}  // namespace
+
+void WynDocument::watchFile() {
+  fileWatch_.reset();
+  laterLook_.reset();
+  auto* const desktop = platform::desktop::current_or_null();
+  if (desktop == nullptr || openCount_ == 0 || filename_.empty()) return;
+  fileWatch_ = desktop->files().watch(filename_, [this] { fileMayHaveChanged(); });
+}
+
+// Also called after each of our own saves. No question comes on top of another one, and no text is
+// replaced while something further up the stack works on it.
+void WynDocument::fileMayHaveChanged() {
+  auto const self = weak_from_this().lock();
+  auto const stamp = documents::stamp_of(filename_);
+  if (stamp == fileStamp_ && !fileIsGone_) return;
+  auto& desktop = platform::desktop::current();
+  if (desktop.is_waiting()) {
+    laterLook_ = desktop.loop().schedule(until_later_look, false, [this] { fileMayHaveChanged(); });
+    return;
+  }
+  platform::notification_center::standard().post(fileDidChange, this);
+  checkForFilesystemChanges();
+}
+
+bool WynDocument::isToBeKept() {
+  if (!isDocumentEdited_) return false;
+  fileModifiedOnDiskAndWaitingForUser_ = true;
+  bool const revert = documents::ask_to_revert(filename_);
+  fileModifiedOnDiskAndWaitingForUser_ = false;
+  return !revert;
+}
+
+bool WynDocument::checkForFilesystemChanges() {
+  if (fileModifiedOnDiskAndWaitingForUser_ || filename_.empty()) return false;
+  auto const stamp = documents::stamp_of(filename_);
+  fileIsGone_ = !stamp && fileStamp_;
+  updateDocumentEdited(storage_->current_memento);
+  if (!stamp || stamp == fileStamp_) return false;
+  auto const self = weak_from_this().lock();
+  bool const pairs = preserves_supplementary_characters();
+  file_text text;
+  std::optional<path::file_error> error;
+  if (!readAgain(std::nullopt, pairs, text, error)) {
+    if (!error) {  // for lack of memory, which is told once for each change
+      fileStamp_ = stamp;
+      fileContent_ = file_content::not_loaded;
+    }
+    return false;
+  }
+  if (!text.stamp) return false;
+  useMarkOf(text);
+  bool const equal = documents::holds(*storage_, text.units.view());
+  bool const replace = !equal && !isToBeKept();
+  if (equal) {
+    log_update_without_changes(filename_, fileModificationDate().value_or(0), text.stamp->modified);
+  } else if (replace) {
+    documents::replace_text(*storage_, text.units);
+    useFormatOf(text);
+  }
+  if (equal || replace) {
+    rememberContent(text, pairs);
+    if (replace)
+      textIsSaved(storage_->current_memento);
+    else
+      textIsOnDisk();
+  } else {
+    fileContent_ = file_content::kept;  // the user has chosen what is in the window
+  }
+  fileStamp_ = text.stamp;
+  notifyFilename(filename_);
+  return replace;
+}

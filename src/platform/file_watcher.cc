@@ -1,0 +1,190 @@
+#include "platform/file_watcher.h"
+
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+namespace platform {
+namespace {
+
+constexpr std::uint32_t changes = IN_CLOSE_WRITE | IN_MODIFY | IN_ATTRIB | IN_CREATE | IN_DELETE |
+                                  IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF |
+                                  IN_ONLYDIR;
+constexpr std::uint32_t folder_is_gone = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
+constexpr int max_links = 40;              // as many as the kernel follows
+constexpr double share_of_time = 1. / 20;  // that a task may take, of all the time
+
+struct place {
+  std::string folder, name;
+};
+
+place place_of(std::string const& path) {
+  std::size_t const slash = path.find_last_of('/');
+  if (slash == std::string::npos) return {".", path};
+  return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
+}
+
+bool is_folder(std::string const& path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+std::string link_target(std::string const& path) {
+  char target[PATH_MAX];
+  ssize_t const size = readlink(path.c_str(), target, sizeof target);
+  return {target, static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+}
+
+/// Where something happens when the file that the path leads to is changed, made or removed.
+std::vector<place> places_of(std::string path) {
+  std::vector<place> result;
+  for (int links = 0; links < max_links; ++links) {
+    place at = place_of(path);
+    std::string const target = link_target(path), folder = at.folder;
+    while (!is_folder(at.folder) && at.folder != "/" && at.folder != ".") at = place_of(at.folder);
+    result.push_back(std::move(at));
+    if (target.empty()) break;
+    path = target.front() == '/' ? target : folder + "/" + target;
+  }
+  return result;
+}
+
+}  // namespace
+
+class file_watcher::file : public token {
+ public:
+  file(file_watcher& owner, std::string path, std::function<void()> changed)
+      : owner_(&owner), path_(std::move(path)), changed_(std::move(changed)) {
+    owner_->files_.insert(this);
+    add_folders();
+  }
+  ~file() override {
+    if (owner_ == nullptr) return;
+    drop_folders();
+    owner_->files_.erase(this);
+  }
+
+  void owner_goes() {
+    timer_.reset();
+    owner_ = nullptr;
+  }
+  bool is_at(int number, char const* name) const {
+    return std::any_of(places_.begin(), places_.end(), [&](auto const& watched) {
+      return watched.first == number && (name == nullptr || watched.second == name);
+    });
+  }
+  void note_change() {
+    last_change_ = owner_->loop_.now();
+    if (timer_) return;
+    first_change_ = last_change_;
+    wait(std::max(rest, not_before_ - first_change_));
+  }
+
+ private:
+  void add_folders() {
+    for (place& at : places_of(path_))
+      if (int const number = owner_->add_folder(at.folder); number != -1)
+        places_.emplace_back(number, std::move(at.name));
+  }
+  void drop_folders() {
+    for (auto const& [number, name] : std::exchange(places_, {})) owner_->drop_folder(number);
+  }
+  void wait(double seconds) {
+    timer_ = owner_->loop_.schedule(seconds, false, [this] { time_is_up(); });
+  }
+  void time_is_up() {
+    double const now = owner_->loop_.now(), tick = 0.001;
+    double const left = std::min(last_change_ + rest, first_change_ + patience) - now;
+    if (left > tick) return wait(left);
+    timer_.reset();
+    // Other folders may be the ones to watch now. Those that stay aren't given up in between.
+    auto const former = std::exchange(places_, {});
+    add_folders();
+    for (auto const& [number, name] : former) owner_->drop_folder(number);
+    tell(now);
+  }
+  void tell(double now) {
+    std::weak_ptr<char> const alive = alive_;
+    auto const changed = changed_;
+    changed();
+    if (!alive.expired() && owner_ != nullptr)
+      not_before_ = now + (owner_->loop_.now() - now) / share_of_time;
+  }
+
+  file_watcher* owner_;
+  std::string path_;
+  std::function<void()> changed_;
+  std::vector<std::pair<int, std::string>> places_;
+  std::unique_ptr<timer> timer_;
+  double first_change_ = 0, last_change_ = 0, not_before_ = 0;
+  std::shared_ptr<char> alive_ = std::make_shared<char>();
+};
+
+file_watcher::~file_watcher() {
+  for (file* watched : files_) watched->owner_goes();
+  readable_.reset();
+  if (descriptor_ != -1) close(descriptor_);
+}
+
+std::unique_ptr<file_watcher::token> file_watcher::watch(std::string path,
+                                                         std::function<void()> changed) {
+  return std::make_unique<file>(*this, std::move(path), std::move(changed));
+}
+
+bool file_watcher::start() {
+  if (descriptor_ != -1) return true;
+  descriptor_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+  if (descriptor_ == -1) return false;
+  readable_ = loop_.watch_descriptor(descriptor_, [this] { read_events(); });
+  return true;
+}
+
+// The number is -1 on failure. One folder has one number, by whatever path it is reached.
+int file_watcher::add_folder(std::string const& folder) {
+  if (!start()) return -1;
+  int const number = inotify_add_watch(descriptor_, folder.c_str(), changes);
+  if (number != -1) ++users_[number];
+  return number;
+}
+
+void file_watcher::drop_folder(int number) {
+  auto const found = users_.find(number);
+  if (found == users_.end() || --found->second != 0) return;
+  users_.erase(found);
+  inotify_rm_watch(descriptor_, number);
+}
+
+void file_watcher::read_events() {
+  alignas(inotify_event) char buffer[16384];
+  for (ssize_t size; (size = read(descriptor_, buffer, sizeof buffer)) > 0;)
+    handle_events(buffer, size);
+}
+
+void file_watcher::handle_events(char const* buffer, ssize_t size) {
+  for (ssize_t at = 0; at < size;) {
+    inotify_event event;
+    std::memcpy(&event, buffer + at, sizeof event);
+    char const* const name = event.len != 0 ? buffer + at + sizeof event : nullptr;
+    if (event.mask & IN_IGNORED) users_.erase(event.wd);
+    if (event.mask & IN_Q_OVERFLOW)
+      for (file* watched : files_) watched->note_change();
+    else
+      handle(event.wd, name, event.mask & folder_is_gone);
+    at += static_cast<ssize_t>(sizeof event + event.len);
+  }
+}
+
+// An event without a name is about the folder itself, and then only its end matters.
+void file_watcher::handle(int number, char const* name, bool is_folder_gone) {
+  if (name == nullptr && !is_folder_gone) return;
+  for (file* watched : files_)
+    if (watched->is_at(number, name)) watched->note_change();
+}
+
+}  // namespace platform

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+
+#include "platform/run_loop.h"
+
+namespace platform {
+
+/// Tells that something has been done to a file: written, replaced, removed, made again, given
+/// another date. It can't tell what, nor by whom: whoever asks compares the file with what he
+/// knows.
+///
+/// The folders are what is watched, so that a file is seen that another takes the place of; those
+/// of symbolic links on the way too, and where a folder is missing the one it would stand in. Calls
+/// come from the run loop, when a file has been left alone for a moment or has been changed for too
+/// long. A task that takes long makes the next one come later, so that a file that grows all the
+/// time leaves time for the user.
+///
+/// There is no promise: what other machines do to a network's files isn't told, and the kernel may
+/// refuse. So one looks at other occasions too. Main thread only.
+class file_watcher {
+  class file;
+
+ public:
+  /// In seconds: without a change until it is told; and with changes at most.
+  static constexpr double rest = 0.2, patience = 2;
+
+  explicit file_watcher(run_loop& loop) : loop_(loop) {}
+  ~file_watcher();
+  file_watcher(file_watcher const&) = delete;
+  file_watcher& operator=(file_watcher const&) = delete;
+
+  /// Watches as long as it lives; may outlive the watcher.
+  class token {
+   public:
+    virtual ~token() = default;
+  };
+  /// For an absolute path, whether there is such a file or not. `changed` may drop the token.
+  std::unique_ptr<token> watch(std::string path, std::function<void()> changed);
+
+ private:
+  bool start();
+  int add_folder(std::string const& folder);
+  void drop_folder(int number);
+  void read_events();
+  void handle_events(char const* buffer, ssize_t size);
+  void handle(int number, char const* name, bool is_folder_gone);
+
+  run_loop& loop_;
+  int descriptor_ = -1;
+  std::unique_ptr<descriptor_watch> readable_;
+  std::map<int, int> users_;  ///< of each watched folder, by the kernel's number for it
+  std::set<file*> files_;
+};
+
+}  // namespace platform
