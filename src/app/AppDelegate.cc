@@ -257,6 +257,17 @@ bool AppDelegate::applicationShouldTerminate() {
   return agreed;
 }
 
+void AppDelegate::applicationMustTerminate() {
+  for (auto const& controller : controllers_) {
+    auto const document = controller->textDocument();
+    if (document == nullptr) continue;
+    if (auto const error = document->keepUnsavedText())
+      std::fprintf(stderr, "Quirnote: the text of %s is lost: %s: %s\n",
+                   document->displayName().c_str(), error->path.c_str(), error->message.c_str());
+  }
+  platform::user_defaults::standard().save();
+}
+
 bool AppDelegate::confirmQuitting() {
   auto const open = orderedControllers();
   auto const edited =
@@ -273,6 +284,7 @@ bool AppDelegate::confirmQuitting() {
     case 0:
       return reviewUnsavedDocuments();
     case 1:
+      for (WynDocumentController* controller : open) controller->textDocument()->dropUnsavedText();
       return true;
     default:
       return false;

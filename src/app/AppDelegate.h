@@ -51,6 +51,7 @@ class AppDelegate : public platform::application_delegate {
   void didFinishLaunching() override;
   /// Asked anew while its questions are on screen, it gives false.
   bool applicationShouldTerminate() override;
+  void applicationMustTerminate() override;
   bool shouldSwallowEvent(platform::key_event const&) override { return false; }
   std::vector<platform::menu_item> mainMenu() const override;
   std::vector<platform::menu_item> statusMenu(std::string_view part) const override;

@@ -151,6 +151,7 @@ bool WynDocumentController::askToSave() {
     case 0:
       return saveDocument();
     case 2:
+      document_->dropUnsavedText();
       return true;
     default:
       return false;

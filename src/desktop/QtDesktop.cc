@@ -5,6 +5,7 @@
 #include "desktop/ImageStore.h"
 #include "desktop/LeanStyle.h"
 #include "desktop/QtText.h"
+#include "desktop/SuddenExit.h"
 #include "desktop/TerminationSignals.h"
 
 #include <QIcon>
@@ -92,9 +93,9 @@ void QtDesktop::connect_session() {
   qt_.on_quit = [this] { ask_to_quit(); };
   QObject::connect(&qt_, &QGuiApplication::commitDataRequest, &qt_,
                    [this](QSessionManager& session) {
-                     if (!session.allowsInteraction()) return;
-                     if (delegate_ != nullptr && !delegate_->applicationShouldTerminate())
-                       session.cancel();
+                     if (delegate_ == nullptr) return;
+                     if (!session.allowsInteraction()) return delegate_->applicationMustTerminate();
+                     if (!delegate_->applicationShouldTerminate()) session.cancel();
                      session.release();
                    });
 }
@@ -103,8 +104,12 @@ int QtDesktop::run(platform::application_delegate& app) {
   delegate_ = &app;
   terminated_ = false;
   connect_session();
-  // Who sends a signal won't answer questions: what was set is kept, and the program ends.
-  TerminationSignals const termination([this] { terminate(); });
+  // Who sends a signal won't answer questions, and nobody sees them on a lost display.
+  TerminationSignals const termination([this] {
+    delegate_->applicationMustTerminate();
+    terminate();
+  });
+  SuddenExit const lost_display([this] { delegate_->applicationMustTerminate(); });
   app.didFinishLaunching();
   // Not needed for the first window to appear.
   QTimer::singleShot(0, &qt_, [] {

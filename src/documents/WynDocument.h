@@ -148,6 +148,15 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// Unsaved changes are dropped. False, with the text as it was, if the file can't be read.
   bool reopenWithEncoding(encoding::charset_t charset);
 
+  /// Puts unsaved text in a safety copy, which the next start of the program offers unless the text
+  /// is saved before. It takes the place of the document's earlier ones. Asks nothing: where the
+  /// charset can't hold the text the copy is UTF-8. Nothing if all went well or is saved.
+  std::optional<path::file_error> keepUnsavedText();
+
+  /// The user doesn't want the unsaved text. The safety copies of it go, but for those that a file
+  /// may have to be mended with.
+  void dropUnsavedText();
+
   /// Makes the text of a safety copy that of this document, as one unsaved step that can be undone.
   /// The copy goes when the text is saved. False, with all as it was, if the copy can't be read.
   bool restore(documents::safety_copy copy);
@@ -174,6 +183,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// The text as it was at that memento, which it may not be any more.
   void textIsSaved(unsigned memento);
   void textIsOnDisk();
+  void removeSafetyCopies();
   void tellThatDocumentDidClose();
   void becomeFile(std::string const& path);
   void notifyFilename(std::string const& old);

@@ -123,9 +123,38 @@ void WynDocument::didWrite(std::string const& path, encoding::file_format const&
   byteOrderMark_ = format.byte_order_mark;
   if (path == filename_) fileContent_ = file_content::kept;
   textIsSaved(memento);
-  for (documents::safety_copy& copy : safetyCopies_) copy.remove();
-  safetyCopies_.clear();
+  removeSafetyCopies();
   fileStamp_ = documents::stamp_of(path);
   if (!openViews_.empty()) saveMetaData(path, *openViews_.back());
   notifyFilename(filename_);
+}
+
+void WynDocument::removeSafetyCopies() {
+  for (documents::safety_copy& copy : safetyCopies_) copy.remove();
+  safetyCopies_.clear();
+}
+
+std::optional<path::file_error> WynDocument::keepUnsavedText() {
+  if (!isDocumentEdited_) return std::nullopt;
+  encoding::file_format format{fileEncoding_, lineEnding_, byteOrderMark_, supplementaryPairs_};
+  if (!can_be_encoded(*storage_, format.charset)) format.charset = encoding::UTF8;
+  std::optional<documents::safety_copy> copy;
+  try {
+    auto const bytes = documents::storage_bytes(*storage_, format);
+    if (auto error =
+            documents::safety_copy::create({filename_, displayName(), format, false}, bytes, copy))
+      return error;
+  } catch (std::bad_alloc const&) {
+    return path::make_file_error("write", filename_, ENOMEM);
+  }
+  removeSafetyCopies();
+  safetyCopies_.push_back(std::move(*copy));
+  return std::nullopt;
+}
+
+void WynDocument::dropUnsavedText() {
+  std::erase_if(safetyCopies_, [](documents::safety_copy& copy) {
+    if (!copy.origin().overwrites) copy.remove();
+    return !copy.origin().overwrites;
+  });
 }

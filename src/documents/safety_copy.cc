@@ -60,6 +60,7 @@ std::string header_of(safety_copy_origin const& origin) {
       {"path", plist::data(origin.path.begin(), origin.path.end())},
       {"title", printable(origin.title)},
       {"date", origin.date},
+      {"overwrites", origin.overwrites},
       {"charset", std::int64_t{format.charset}},
       {"lineEnding", std::int64_t{format.line_ending}},
       {"byteOrderMark", format.byte_order_mark},
@@ -203,6 +204,7 @@ bool safety_copy::read_header() {
     return false;
   origin_.path.assign(path->begin(), path->end());
   origin_.title = values["title"].string_or("");
+  origin_.overwrites = values["overwrites"].boolean_or(true);
   origin_.date = values["date"].integer_or(0);
   origin_.format = {static_cast<encoding::charset_t>(charset), static_cast<line_ending::type>(ends),
                     values["byteOrderMark"].boolean_or(false), values["pairs"].boolean_or(true)};

@@ -17,7 +17,9 @@ struct safety_copy_origin {
   std::string path;   ///< of the file it is to be saved in; empty for an untitled document
   std::string title;  ///< what an untitled document was called
   encoding::file_format format;
-  file_date date = 0;  ///< when the copy was made
+  /// Whether the file was being overwritten with these bytes, so that it may hold some of them.
+  bool overwrites = true;
+  file_date date = 0;  ///< when the copy was made; set by `create`
 };
 
 /// Bytes that may stand whole nowhere else, in a file of their own: SafetyCopy-... in the state

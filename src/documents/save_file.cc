@@ -28,7 +28,8 @@ std::optional<path::write_error> save_file(save_request const& request,
   if (is_new || platform::user_defaults::standard().boolean("WynSaveAtomically"))
     if (!path::write_atomically(request.path, request.contents)) return std::nullopt;
   auto const protect = [&]() -> std::optional<path::file_error> {
-    auto error = safety_copy::create({request.path, "", request.format}, request.contents, copy);
+    auto error =
+        safety_copy::create({request.path, "", request.format, true}, request.contents, copy);
     return request.without_copy ? std::nullopt : error;
   };
   auto const error = path::write_in_place_protected(request.path, request.contents, protect);

@@ -31,6 +31,13 @@ class app_test : public testing::Test {
   }
 
   AppDelegate& app() { return *app_; }
+  /// Ends the application and starts it again.
+  void restart() {
+    app_.reset();
+    app_ = std::make_unique<AppDelegate>(menus(), folder / "state/RecentFiles.plist");
+    app_->didFinishLaunching();
+    desktop.loop().run_for(0);
+  }
   platform::user_defaults& defaults() { return platform::user_defaults::standard(); }
 
   static headless::headless_window& window_of(WynDocumentController& controller) {

@@ -9,8 +9,8 @@ class left_over_text : public app_test {
  protected:
   void leave(std::string const& path, std::string const& bytes) {
     std::optional<documents::safety_copy> copy;
-    ASSERT_FALSE(
-        documents::safety_copy::create({path, "untitled", {}}, path::contents_of(bytes), copy));
+    ASSERT_FALSE(documents::safety_copy::create({path, "untitled", {}, true},
+                                                path::contents_of(bytes), copy));
   }
   std::string shown(WynDocumentController* controller) {
     auto& view = controller->textView();
@@ -45,6 +45,47 @@ TEST_F(left_over_text, is_offered_at_the_start_until_it_is_dealt_with) {
   EXPECT_EQ(alerts().size(), 2u);
   perform(*app().orderedControllers()[0], "offerSafetyCopies:");  // this program has it already
   EXPECT_EQ(alerts(), titles());
+}
+
+TEST_F(left_over_text, is_kept_by_an_end_that_asks_nothing) {
+  auto* const file = app().openFile(folder.write("file", "caf\xE9 \n"));
+  app().openFile(folder.write("untouched", "text"));
+  app().newDocument();
+  type(*app().orderedControllers()[0], u"no name");
+  type(*file, u"\u20AC");  // which the charset of the file doesn't have
+  auto const charset = file->textDocument()->fileEncoding();
+  app().applicationMustTerminate();
+  type(*file, u"!");
+  app().applicationMustTerminate();  // such as a log-out that was cancelled, and then a signal
+  EXPECT_EQ(folder.read(folder / "file"), "caf\xE9 \n");
+  EXPECT_EQ(alerts(), titles());
+
+  answer(title, "Restore");
+  restart();
+  EXPECT_EQ(alerts().size(), 2u);
+  EXPECT_EQ(windows(), (titles{"*untitled", "*file"}));
+  auto* const restored = app().orderedControllers()[1];
+  EXPECT_EQ(restored->textDocument()->storage().line_units(0), u"\u20AC!caf\u00E9 ");
+  EXPECT_NE(restored->textDocument()->fileEncoding(), charset);
+  EXPECT_EQ(shown(app().orderedControllers()[0]), "no name");
+
+  EXPECT_TRUE(perform(*restored, "saveDocument:"));
+  app().applicationMustTerminate();
+  restart();
+  EXPECT_EQ(alerts().size(), 1u);  // of the text that is still unsaved
+  answer_save("untitled 2", "Don't Save");
+  EXPECT_TRUE(app().applicationShouldTerminate());
+  restart();
+  EXPECT_EQ(alerts().size(), 1u);  // the question
+
+  // A file may have been overwritten in part: then only its owner can say that the copy isn't
+  // needed.
+  leave(folder / "untouched", "tex-");
+  restart();
+  answer_save("untouched", "Don't Save");
+  EXPECT_TRUE(app().applicationShouldTerminate());
+  restart();
+  EXPECT_EQ(alerts().size(), 3u);
 }
 
 TEST_F(left_over_text, of_no_file_is_offered_too_and_can_be_discarded) {

@@ -1,0 +1,49 @@
+# Ends that ask nothing: what isn't saved is offered at the next start.
+shows() {
+  keys ctrl+a ctrl+c
+  selection_is clipboard "$1"
+}
+question_after() { find_window '^Quirnote$' && [[ $window != "$1" ]]; }
+copies() { find "$XDG_STATE_HOME/Quirnote" -name 'SafetyCopy-*' | wc -l; }
+
+for end in TERM HUP display; do
+  printf 'saved\n' >file.txt
+  start_editor file.txt
+  wait_window 'file.txt'
+  keys ctrl+End
+  type_text "by $end"
+  keys ctrl+n
+  wait_window 'untitled'
+  type_text "nowhere by $end"
+  if [[ $end == display ]]; then
+    wait_until shows "nowhere by $end"
+    xdotool windowkill "$window"
+    wait_exit 1
+  else
+    kill -"$end" "$editor_pid"
+    wait_exit
+  fi
+  expect_file file.txt $'saved\n'
+  [[ $(copies) == 2 ]]
+
+  start_editor
+  wait_window '^Quirnote$'
+  first=$window
+  keys Return
+  wait_until question_after "$first"
+  wait_window '^Quirnote$'
+  keys Return
+  wait_no_window '^Quirnote$'
+  wait_window 'untitled.*\*'
+  wait_until shows "nowhere by $end"
+  keys ctrl+w
+  wait_window '^Quirnote$'
+  keys Tab Tab space
+  wait_window 'file.txt\*'
+  wait_until shows $'saved\nby '"$end"
+  keys ctrl+s
+  expect_file file.txt $'saved\nby '"$end"
+  keys ctrl+q
+  wait_exit
+  [[ $(copies) == 0 ]]
+done
