@@ -161,7 +161,7 @@ TEST_F(edited_text, asks_for_what_changed_to_be_drawn) {
 }
 
 TEST_F(edited_text, scope_of_a_selection_is_what_its_ends_share) {
-  fill("f(\"ab\", 1)");
+  fill("=(\"ab\", 1)");
   filter->set_rules(languages(), 0);
   auto const scope = [&](std::uint32_t first, std::uint32_t last) {
     view.selection.set_caret({&view, {0, first, &storage}});
@@ -171,7 +171,7 @@ TEST_F(edited_text, scope_of_a_selection_is_what_its_ends_share) {
   using names = std::vector<std::string>;
   EXPECT_EQ(scope(4, 4), (names{"source.c", "string.quoted.double.c"}));
   EXPECT_EQ(scope(2, 5), (names{"source.c"}));
-  EXPECT_EQ(scope(8, 8), (names{"source.c", "constant.numeric.c"}));
+  EXPECT_EQ(scope(8, 8), (names{"source.c", "constant.numeric.integer.decimal.c"}));
   EXPECT_EQ(scope(10, 10), (names{"source.c"}));
 }
 
