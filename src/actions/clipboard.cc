@@ -26,18 +26,26 @@ std::u16string with_line_feeds(std::u16string_view text) {
 
 }  // namespace
 
-std::optional<text_clip> current_clip() {
-  auto const own = pasteboard().get(type::quirnote);
-  auto const content = own["Content"] ? own["Content"] : pasteboard().get(type::text);
+std::optional<text_clip> clip_of(platform::pasteboard_content const& source) {
+  auto const own = source.get(type::quirnote);
+  auto const content = own["Content"] ? own["Content"] : source.get(type::text);
   if (!content.as_string()) return std::nullopt;
   return text_clip{with_line_feeds(unicode::to_utf16(*content.as_string())),
                    own["Rectangular"].string_or("NO") == "YES"};
 }
 
-void set_current_clip(text_clip const& clip) {
+plist::dictionary pasteboard_types_of(text_clip const& clip) {
   plist::value const text = unicode::to_utf8(clip.text);
   plist::dictionary const own{{"Content", text}, {"Rectangular", clip.rectangular ? "YES" : "NO"}};
-  pasteboard().set({{std::string(type::text), text}, {std::string(type::quirnote), own}});
+  return {{std::string(type::text), text}, {std::string(type::quirnote), own}};
+}
+
+std::optional<text_clip> current_clip() {
+  return clip_of(pasteboard());
+}
+
+void set_current_clip(text_clip const& clip) {
+  pasteboard().set(pasteboard_types_of(clip));
 }
 
 bool view_copy(text::view* view) {

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/pasteboard.h"
 #include "text/view.h"
 
 /// Text that was copied. Line ends are `\n`.
@@ -11,7 +12,12 @@ struct text_clip {
   bool rectangular = false;  ///< the lines of a column selection, each with its line end
 };
 
-/// What the general pasteboard holds; nothing when that is no text.
+/// What a pasteboard holds; nothing when that is no text.
+std::optional<text_clip> clip_of(platform::pasteboard_content const& content);
+/// A clip for a pasteboard: as text, and as what this program puts back in the same shape.
+plist::dictionary pasteboard_types_of(text_clip const& clip);
+
+/// What the general pasteboard holds.
 std::optional<text_clip> current_clip();
 /// Puts a clip on it, for other programs and for this one.
 void set_current_clip(text_clip const& clip);

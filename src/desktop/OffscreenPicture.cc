@@ -71,6 +71,8 @@ class PictureHost final : public platform::view_host {
   void reset_cursor() override {}
   void input_method_changed(bool) override {}
   void show_context_menu(std::vector<platform::menu_item> const&, platform::point) override {}
+  void begin_drag(plist::dictionary, std::vector<platform::rect> const&, platform::point) override {
+  }
   void interpret_key_event(platform::key_event const&) override {}
 
  private:

@@ -5,8 +5,8 @@
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
 
+#include <QColor>
 #include <QGuiApplication>
-#include <QMimeData>
 #include <QUrl>
 
 namespace widgets {
@@ -19,7 +19,7 @@ char const file_format[] = "text/uri-list";
 char const private_format[] = "application/x-quirnote-pboard";
 
 bool is_private(std::string_view type) {
-  return type != types::text && type != types::file_list;
+  return type != types::text && type != types::file_list && type != types::color;
 }
 
 // Converts only what another program asks for: a primary selection changes often, and may be large.
@@ -66,22 +66,49 @@ class PasteboardContent final : public QMimeData {
   }
 };
 
+// A path's bytes need not be UTF-8.
 plist::value local_files(QMimeData const& data) {
   plist::array paths;
-  for (QUrl const& url : data.urls())
-    if (url.isLocalFile()) paths.emplace_back(utf8(url.toLocalFile()));
+  for (QUrl const& url : data.urls()) {
+    if (!url.isLocalFile()) continue;
+    QByteArray const path = url.path(QUrl::FullyEncoded).toLatin1();
+    paths.emplace_back(QByteArray::fromPercentEncoding(path).toStdString());
+  }
   return paths.empty() ? plist::value() : plist::value(std::move(paths));
+}
+
+plist::value color_of(QMimeData const& data) {
+  auto const color = data.colorData().value<QColor>();
+  if (!color.isValid()) return {};
+  return plist::array{color.redF(), color.greenF(), color.blueF()};
 }
 
 plist::value read_foreign(QMimeData const& data, std::string_view type) {
   if (type == types::text) return data.hasText() ? plist::value(utf8(data.text())) : plist::value();
   if (type == types::file_list) return local_files(data);
+  if (type == types::color) return color_of(data);
   QByteArray const xml = data.data(QLatin1String(private_format));
   if (xml.isEmpty()) return {};
   return plist::read_xml({xml.constData(), static_cast<std::size_t>(xml.size())}).value[type];
 }
 
 }  // namespace
+
+std::unique_ptr<QMimeData> mime_data_of(plist::dictionary content) {
+  return std::make_unique<PasteboardContent>(std::move(content));
+}
+
+plist::value value_of(QMimeData const& data, std::string_view type) {
+  auto const* const own = dynamic_cast<PasteboardContent const*>(&data);
+  if (own == nullptr) return read_foreign(data, type);
+  auto const it = own->content.find(type);
+  return it == own->content.end() ? plist::value() : it->second;
+}
+
+bool has_known_format(QMimeData const& data) {
+  return data.hasText() || data.hasUrls() || data.hasColor() ||
+         data.hasFormat(QLatin1String(private_format));
+}
 
 QtPasteboard::QtPasteboard(QClipboard::Mode mode) : mode_(mode) {
   QObject::connect(QGuiApplication::clipboard(), &QClipboard::changed, &connection_,
@@ -91,16 +118,12 @@ QtPasteboard::QtPasteboard(QClipboard::Mode mode) : mode_(mode) {
 }
 
 void QtPasteboard::set(plist::dictionary content) {
-  QGuiApplication::clipboard()->setMimeData(new PasteboardContent(std::move(content)), mode_);
+  QGuiApplication::clipboard()->setMimeData(mime_data_of(std::move(content)).release(), mode_);
 }
 
 plist::value QtPasteboard::get(std::string_view type) const {
   QMimeData const* const data = QGuiApplication::clipboard()->mimeData(mode_);
-  if (data == nullptr) return {};
-  auto const* const own = dynamic_cast<PasteboardContent const*>(data);
-  if (own == nullptr) return read_foreign(*data, type);
-  auto const it = own->content.find(type);
-  return it == own->content.end() ? plist::value() : it->second;
+  return data == nullptr ? plist::value() : value_of(*data, type);
 }
 
 std::unique_ptr<platform::pasteboard> make_primary_selection() {

@@ -3,6 +3,7 @@
 #include "platform/pasteboard.h"
 
 #include <QClipboard>
+#include <QMimeData>
 #include <QObject>
 
 #include <memory>
@@ -24,6 +25,13 @@ class QtPasteboard final : public platform::pasteboard {
   std::uint64_t change_count_ = 0;
   QObject connection_;
 };
+
+/// For the clipboard or a drag; what is in it is converted when it is asked for.
+std::unique_ptr<QMimeData> mime_data_of(plist::dictionary content);
+/// What a pasteboard that holds `data` has under `type`.
+plist::value value_of(QMimeData const& data, std::string_view type);
+/// Whether it holds anything that a text view can take.
+bool has_known_format(QMimeData const& data);
 
 /// The primary selection, kept in memory where the window system has none.
 std::unique_ptr<platform::pasteboard> make_primary_selection();

@@ -50,6 +50,7 @@ TextViewWidget::TextViewWidget(platform::view_client& client, TextViewOwner& own
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
   viewport()->setMouseTracking(true);
   viewport()->setCursor(Qt::IBeamCursor);
+  viewport()->setAcceptDrops(true);
   client_->set_host(this);
 }
 

@@ -52,6 +52,8 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   void input_method_changed(bool abandon) override;
   void show_context_menu(std::vector<platform::menu_item> const& items,
                          platform::point where) override;
+  void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
+                  platform::point at) override;
   void interpret_key_event(platform::key_event const& event) override;
 
   QSize sizeHint() const override;
@@ -75,6 +77,10 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   void mouseReleaseEvent(QMouseEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dragMoveEvent(QDragMoveEvent* event) override;
+  void dragLeaveEvent(QDragLeaveEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   platform::point origin() const;
@@ -85,6 +91,9 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   void focus_changed();
   void count_click(QMouseEvent const& event);
   platform::mouse_event translate_mouse(QMouseEvent const& event) const;
+  QPixmap picture_of(std::vector<platform::rect> const& shape, QPointF& corner);
+  platform::drag_info translate_drop(QDropEvent const& event,
+                                     platform::pasteboard_content const& content) const;
   QPointF wheel_distance(QWheelEvent const& event) const;
   void zoom(int angle);
   void show_cursor(platform::cursor cursor);

@@ -48,6 +48,13 @@ void headless_view_host::show_context_menu(std::vector<platform::menu_item> cons
   context_menu = items;
 }
 
+// Where it goes is for the test to say, by the client's dragging_updated() and the calls after it.
+void headless_view_host::begin_drag(plist::dictionary content,
+                                    std::vector<platform::rect> const& shape, platform::point) {
+  dragged = std::move(content);
+  dragged_shape = shape;
+}
+
 void headless_view_host::interpret_key_event(platform::key_event const& event) {
   bool const is_text =
       (event.modifiers & (platform::modifier::command | platform::modifier::control)) == 0 &&

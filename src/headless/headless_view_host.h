@@ -27,6 +27,8 @@ class headless_view_host : public platform::view_host {
   void input_method_changed(bool abandon) override;
   void show_context_menu(std::vector<platform::menu_item> const& items,
                          platform::point where) override;
+  void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
+                  platform::point at) override;
   void interpret_key_event(platform::key_event const& event) override;
 
   void resize(platform::size visible);
@@ -36,6 +38,8 @@ class headless_view_host : public platform::view_host {
   std::vector<platform::rect> dirty;  // what set_needs_display got
   int compositions_abandoned = 0;
   std::vector<platform::menu_item> context_menu;  // the last one shown
+  plist::dictionary dragged;                      // the content of the last drag
+  std::vector<platform::rect> dragged_shape;
 
  private:
   platform::view_client& client_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/dragging.h"
 #include "platform/event.h"
 #include "platform/geometry.h"
 #include "platform/graphics.h"
@@ -50,6 +51,10 @@ class view_host {
   /// the text being composed is dropped.
   virtual void input_method_changed(bool abandon) = 0;
   virtual void show_context_menu(std::vector<menu_item> const& items, point where) = 0;
+  /// Drags `content`, a dictionary as for a pasteboard, under a picture of the part of the view
+  /// that `shape` covers, taken at `at`. Returns when it has been dropped or given up; events are
+  /// handled meanwhile, so that the client may be gone by then.
+  virtual void begin_drag(plist::dictionary content, std::vector<rect> const& shape, point at) = 0;
   /// Hands the event to the platform's text input: what it stands for comes back by insert_text().
   virtual void interpret_key_event(key_event const& event) = 0;
 };
@@ -71,6 +76,13 @@ class view_client {
   virtual void mouse_dragged(mouse_event const& event) = 0;
   virtual void mouse_up(mouse_event const& event) = 0;
   virtual cursor cursor_at(point p, std::uint32_t modifiers) const = 0;
+
+  /// Something is dragged over the view: which of the offered operations dropping it here would do.
+  virtual std::uint32_t dragging_updated(drag_info const& info) = 0;
+  /// It has left, or was given up.
+  virtual void dragging_exited() = 0;
+  /// It has been dropped; false if nothing came of it.
+  virtual bool perform_drag_operation(drag_info const& info) = 0;
 
   virtual void insert_text(std::u16string_view text) = 0;
   /// Text being composed by an input method, with the part selected in it as offset and length in

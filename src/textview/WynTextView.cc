@@ -45,6 +45,9 @@ void WynTextView::detachView() {
   if (view_ == nullptr) return;
   closeIncrementalSearchWindow();
   abandonMarkedText();
+  disarmDrag();
+  dragging_exited();
+  dropTimer_.reset();
   documentToken_.reset();
   document_->releaseView(view_);
   document_->closeDocument();
@@ -156,6 +159,9 @@ void WynTextView::set_host(platform::view_host* host) {
     blinkTimer_.reset();
     autoscrollTimer_.reset();
     centerTimer_.reset();
+    dropScrollTimer_.reset();
+    dropPoint_.reset();
+    disarmDrag();
     return;
   }
   userDefaultsDidChange();

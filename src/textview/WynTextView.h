@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 class WynDocument;
@@ -156,6 +157,14 @@ class WynTextView : public platform::responder,
   bool findNextIncrementalSearchString(bool from_end);
   bool findPreviousIncrementalSearchString(bool from_start);
 
+  // Drag and drop (WynTextView_dragging.cc)
+  void startDragForEvent(platform::mouse_event const& event);
+  /// From elsewhere things are copied; within the view they are moved, unless the keys held leave
+  /// only copying. Nothing can be dropped on the selection that is dragged.
+  std::uint32_t dragOperationForInfo(platform::drag_info const& info) const;
+  /// Where something would be dropped; nothing while nothing is dragged over the view.
+  std::optional<platform::rect> dropCaret() const;
+
   // platform::view_client
   void set_host(platform::view_host* host) override;
   void draw(platform::graphics& g, platform::rect const& dirty) override;
@@ -166,6 +175,9 @@ class WynTextView : public platform::responder,
   void mouse_dragged(platform::mouse_event const& event) override;
   void mouse_up(platform::mouse_event const& event) override;
   platform::cursor cursor_at(platform::point p, std::uint32_t modifiers) const override;
+  std::uint32_t dragging_updated(platform::drag_info const& info) override;
+  void dragging_exited() override;
+  bool perform_drag_operation(platform::drag_info const& info) override;
   void insert_text(std::u16string_view text) override;
   void set_marked_text(std::u16string_view text, std::size_t offset, std::size_t length) override;
   void unmark_text() override;
@@ -196,6 +208,7 @@ class WynTextView : public platform::responder,
   friend class view_will_change;
 
   enum class granularity { unit, word, line };
+  enum class drag_arm { none, waiting, armed };
 
   struct plain_switch {
     char const* name;
@@ -274,6 +287,7 @@ class WynTextView : public platform::responder,
 
   // Mouse (WynTextView_events.cc)
   void selectAtClick(platform::mouse_event const& event);
+  void selectAtArmedClick(std::uint32_t modifiers);
   void extendSelectionTo(platform::point p);
   void setMousePosition(platform::point p);
   platform::point mousePosition() const;
@@ -286,6 +300,17 @@ class WynTextView : public platform::responder,
   void selectionDidChange();
   void publishPrimarySelection();
   void abandonMarkedText();
+
+  // Drag and drop (WynTextView_dragging.cc)
+  bool armDragAtClick(platform::mouse_event const& event);
+  void disarmDrag();
+  bool isInSelection(platform::point p) const;
+  void setDropPosition(platform::point p);
+  void redrawDropCaret();
+  void scrollTowardsDrop();
+  bool dropText(platform::drag_info const& info, text::view_iterator const& to, bool move);
+  void dropFiles(plist::value const& files, text::view_iterator const& to, std::uint32_t modifiers);
+  bool insertDropped(std::u16string_view text, text::view_iterator const& to);
 
   std::shared_ptr<WynDocument> document_;
   text::view* view_ = nullptr;
@@ -324,6 +349,11 @@ class WynTextView : public platform::responder,
   platform::point mouseInVisible_;  // from the corner of what is visible: the text scrolls under it
   bool mouseHasMoved_ = false;
   std::unique_ptr<platform::timer> autoscrollTimer_, primaryTimer_;
+
+  drag_arm dragArm_ = drag_arm::none;
+  std::optional<platform::point> dropPoint_;  // from the corner of what is visible
+  bool showsDropCaret_ = false;
+  std::unique_ptr<platform::timer> dragArmTimer_, dropScrollTimer_, dropTimer_;
 
   std::vector<platform::menu_item> contextMenu_;
 

@@ -248,6 +248,8 @@ class painter {
   }
 
   void paint_caret() {
+    auto const drop = text_view_.dropCaret();
+    if (drop && drop->intersects(dirty_)) g_.fill_rect(*drop, colors_.caret);
     if (!text_view_.caretIsVisible() || !text_view_.host()->is_first_responder()) return;
     rect const caret = caret_rectangle(text_view_);
     if (caret.intersects(dirty_)) g_.fill_rect(caret, colors_.caret);

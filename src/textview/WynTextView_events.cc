@@ -67,6 +67,7 @@ void WynTextView::toggleColumnsOnOptionTap(std::uint32_t old, std::uint32_t flag
 platform::cursor WynTextView::cursor_at(point p, std::uint32_t modifiers) const {
   if (host_ != nullptr && p.x < host_->visible_rect().x + layout_.gutterWidth())
     return platform::cursor::arrow;
+  if (dragArm_ == drag_arm::armed) return platform::cursor::arrow;
   return is_option_alone(modifiers) ? platform::cursor::cross : platform::cursor::text;
 }
 
@@ -95,7 +96,7 @@ void WynTextView::mouse_down(mouse_event const& event) {
     extendSelectionTo(event.position);
     return;
   }
-  selectAtClick(event);
+  if (!armDragAtClick(event)) selectAtClick(event);
 }
 
 void WynTextView::selectAtClick(mouse_event const& event) {
@@ -140,6 +141,9 @@ void WynTextView::mouse_dragged(mouse_event const& event) {
       std::abs(event.position.y - mouseDownAt_.y) < 1)
     return;
   mouseHasMoved_ = true;
+  if (dragArm_ == drag_arm::armed)
+    return startDragForEvent({mouseDownAt_, mouse_button::left, 1, 0});
+  if (dragArm_ == drag_arm::waiting) selectAtArmedClick(event.modifiers);
   startAutoscroll();
   selectToMouse();
 }
@@ -173,7 +177,15 @@ void WynTextView::selectToMouse() {
   selection.select_to(backward ? first : last, false);
 }
 
-void WynTextView::mouse_up(mouse_event const&) {
+// The click was held back, since it might have become a drag.
+void WynTextView::selectAtArmedClick(std::uint32_t modifiers) {
+  disarmDrag();
+  if (host_ != nullptr) host_->reset_cursor();
+  selectAtClick({mouseDownAt_, mouse_button::left, 1, modifiers});
+}
+
+void WynTextView::mouse_up(mouse_event const& event) {
+  if (dragArm_ != drag_arm::none && view_ != nullptr) selectAtArmedClick(event.modifiers);
   autoscrollTimer_.reset();
   leftMouseDown_ = false;
 }

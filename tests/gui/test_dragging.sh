@@ -1,0 +1,86 @@
+# Text dragged inside a window, between two windows, and files dropped from another program.
+# Large letters make the places to grab easy to hit: cells are 29 by 59 pixels.
+mkdir -p "$XDG_CONFIG_HOME/Quirnote"
+cat >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist" <<'END'
+<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict>
+  <key>WynTextViewNormalFontName</key><string>DejaVu Sans Mono</string>
+  <key>WynTextViewNormalFontSize</key><real>36</real>
+</dict></plist>
+END
+printf 'alpha beta\ngamma\n' >one.txt
+printf 'first\nsecond\nthird\n' >two.txt
+start_editor one.txt two.txt
+wait_window 'two.txt'
+two=$window
+wait_window 'one.txt'
+one=$window
+xdotool windowsize --sync "$one" 560 420 windowmove "$one" 20 40
+xdotool windowsize --sync "$two" 560 420 windowmove "$two" 660 40
+
+column_x() { echo $((4 + $1 * 29)); }
+row_y() { echo $((24 + $1 * 59 + 29)); }
+
+# hold ROW COLUMN: presses there and holds still for as long as makes it a drag.
+hold() {
+  xdotool mousemove --window "$window" "$(column_x "$2")" "$(row_y "$1")" mousedown 1 sleep 0.3
+}
+# over WINDOW ROW COLUMN: goes on to that place, in steps.
+over() {
+  local x y
+  x=$(column_x "$3")
+  y=$(row_y "$2")
+  xdotool mousemove --window "$1" $((x + 30)) $((y + 8)) sleep 0.1 \
+    mousemove --window "$1" $((x + 4)) "$y" sleep 0.1 mousemove --window "$1" "$x" "$y" sleep 0.2
+}
+let_go() { xdotool mouseup 1; }
+save() { keys ctrl+s; }
+
+# Inside the window text moves, in one step to undo; with Ctrl it is copied.
+click "$(column_x 1)" "$(row_y 0)" 1 2
+hold 0 2
+over "$one" 1 5
+let_go
+save
+expect_file one.txt $' beta\ngammaalpha\n'
+keys ctrl+z
+save
+expect_file one.txt $'alpha beta\ngamma\n'
+hold 0 2
+xdotool keydown ctrl
+over "$one" 1 5
+let_go
+xdotool keyup ctrl
+save
+expect_file one.txt $'alpha beta\ngammaalpha\n'
+keys ctrl+z
+
+# Escape gives up; a press that doesn't wait selects anew; a click on the selection ends it.
+hold 0 2
+over "$one" 1 5
+keys Escape
+let_go
+xdotool mousemove --window "$one" "$(column_x 3)" "$(row_y 0)" mousedown 1 \
+  mousemove --window "$one" "$(column_x 8)" "$(row_y 0)" sleep 0.05 mouseup 1
+expect_primary 'ha be'
+click "$(column_x 4)" "$(row_y 0)"
+type_text '!'
+save
+expect_file one.txt $'alph!a beta\ngamma\n'
+keys ctrl+z
+save
+
+# To another window text is copied, columns as columns.
+xdotool keydown alt
+drag "$(column_x 1)" "$(row_y 0)" "$(column_x 3)" "$(row_y 1)"
+xdotool keyup alt
+expect_primary $'lp\nam'
+hold 0 2
+over "$two" 0 2
+let_go
+wait_window 'two.txt'
+save
+expect_file two.txt $'filprst\nseamcond\nthird\n'
+file_is one.txt $'alpha beta\ngamma\n'
+keys ctrl+q
+wait_exit
