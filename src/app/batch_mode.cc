@@ -119,8 +119,7 @@ class batch_run {
     if (what == "text") print_text(*view.view()->storage);
     if (what == "selection") print(unicode::to_utf8(view.selected_text()));
     if (what == "state") print(batch_state(view, desktop_.beeps, desktop_.alerts().shown) + "\n");
-    if (what == "scopes")
-      print(batch_scopes(*view.view()->storage, controller.textDocument()->filename()));
+    if (what == "scopes") print(batch_scopes(view));
   }
 
   void render(WynDocumentController& controller) {

@@ -1,18 +1,15 @@
 #include "app/batch_scopes.h"
 
-#include "bundles/shipped_grammars.h"
+#include <chrono>
+
 #include "grammar/tokenize_filter.h"
-#include "path/file_system.h"
-#include "path/path.h"
-#include "platform/library_folders.h"
-#include "platform/user_defaults.h"
 #include "platform/utf.h"
-#include "text/storage.h"
+#include "textview/WynTextView.h"
 
 namespace {
 
 void print_line(std::string& out, text::unit_view units, grammar::line_tokens const& tokens,
-                grammar::path_tree const& paths) {
+                grammar::path_tree const* paths) {
   out += unicode::to_utf8(units) + "\n";
   grammar::path_tree::id last = ~0u;
   for (auto const& token : tokens) {
@@ -20,7 +17,8 @@ void print_line(std::string& out, text::unit_view units, grammar::line_tokens co
     last = token.path;
     out += std::to_string(token.column) + "\t";
     std::string separator;
-    for (std::string const& scope : paths.scopes(token.path)) {
+    for (std::string const& scope :
+         paths ? paths->scopes(token.path) : std::vector<std::string>()) {
       out += separator + scope;
       separator = " ";
     }
@@ -30,23 +28,15 @@ void print_line(std::string& out, text::unit_view units, grammar::line_tokens co
 
 }  // namespace
 
-std::string batch_scopes(text::storage& storage, std::string const& path) {
-  std::string const file = platform::user_defaults::standard().string("WynGrammarFile");
-  shipped_grammars const grammars =
-      read_shipped_grammars(path::join(platform::shared_support_folder(), "Bundles"), file);
-  unsigned start = file.empty() ? grammars.index_for(path) : 0;
-  auto all_rules = grammars.all_rules;
-  if (start >= all_rules->size()) {
-    all_rules = std::make_shared<grammar::catalogue const>(
-        std::vector<grammar::catalogue::entry>{{"", "", "", [] { return plist::dictionary(); }}});
-    start = 0;
-  }
-  grammar::tokenize_filter tokenizer(storage);
-  tokenizer.set_rules(all_rules, start);
-  while (!tokenizer.wait_for(storage.lines(), std::chrono::hours(1))) continue;
+std::string batch_scopes(WynTextView const& text_view) {
+  text::storage& storage = *text_view.view()->storage;
+  grammar::tokenize_filter* const tokenizer = text_view.tokenizer();
+  while (tokenizer && !tokenizer->wait_for(storage.lines(), std::chrono::hours(1))) continue;
   std::string out;
   std::lock_guard lock(storage.mutex);
   for (std::size_t line = 0; line < storage.lines(); ++line)
-    print_line(out, storage.line_units(line), tokenizer.tokens(line), *tokenizer.paths());
+    print_line(out, storage.line_units(line),
+               tokenizer ? tokenizer->tokens(line) : grammar::line_tokens(),
+               tokenizer ? tokenizer->paths() : nullptr);
   return out;
 }

@@ -30,6 +30,11 @@ json alert_list(std::vector<headless::scripted_alerts::record> const& alerts) {
   return list;
 }
 
+// The name, which may be any text.
+json language(WynTextView const& text_view) {
+  return text_view.languageUUID().empty() ? json() : json(text_view.currentMode());
+}
+
 json bookmark_lines(text::view const& view) {
   json lines = json::array();
   for (auto const& [line, column] : view.bookmark_filter->nodes) lines.push_back(line);
@@ -60,7 +65,7 @@ std::string batch_state(WynTextView const& text_view, int beeps,
       {"alerts", alert_list(alerts)},
       {"bookmarks", bookmark_lines(view)},
       {"foldings", json::array()},
-      {"language", nullptr},
+      {"language", language(text_view)},
   };
   // File names in alerts may hold any bytes.
   return state.dump(-1, ' ', false, json::error_handler_t::replace);

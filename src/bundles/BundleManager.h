@@ -22,6 +22,8 @@
 class BundleManager {
  public:
   static constexpr char const* did_change = "WynBundlesDidChange";
+  /// Posted by whoever has changed a grammar.
+  static constexpr char const* languages_did_change = "WynLanguagesDidChange";
   using bundle_list = std::vector<std::shared_ptr<Bundle>>;
   using item_list = std::vector<std::shared_ptr<BundleItem>>;
 

@@ -24,6 +24,7 @@ WynTextView::WynTextView() {
   addBookmarkMethods();
   addFindMethods();
   addISearchMethods();
+  addStyleSheetMethods();
   defaultsToken_ = platform::notification_center::standard().observe(
       platform::user_defaults::did_change, [this](auto const&) { userDefaultsDidChange(); });
   initializeSettings();
@@ -49,6 +50,7 @@ void WynTextView::detachView() {
   dragging_exited();
   dropTimer_.reset();
   documentToken_.reset();
+  detachTokenizer();
   document_->releaseView(view_);
   document_->closeDocument();
   view_ = nullptr;
@@ -59,7 +61,8 @@ void WynTextView::attachView() {
   document_->openDocument();
   document_->checkForFilesystemChanges();
   view_ = document_->obtainView();
-  initializeSettings();
+  attachTokenizer();
+  changeLanguageToAndLearn(languageChoiceForCurrentFile(), false);
   applyOptionsToView();
   setupTextFrame();
   publishAll();
@@ -83,6 +86,7 @@ void WynTextView::publishAll() {
   updateValueForKey(tabSize(), "tabSize");
   updateValueForKey(softTabs(), "softTabs");
   updateValueForKey(overwriteMode_, "overwriteMode");
+  updateValueForKey(currentMode_, "currentMode");
 }
 
 bool WynTextView::respondsToSelector(std::string_view selector) const {

@@ -2,12 +2,14 @@
 
 #include "actions/action_map.h"
 #include "bundles/key_binding_target.h"
+#include "grammar/scope_path.h"
 #include "platform/notification_center.h"
 #include "platform/responder.h"
 #include "platform/run_loop.h"
 #include "platform/view.h"
 #include "text/view.h"
 #include "textview/TextLayout.h"
+#include "textview/scope_style.h"
 
 #include <functional>
 #include <memory>
@@ -17,6 +19,9 @@
 class WynDocument;
 class WynISearchWindow;
 class find_highlights;
+namespace grammar {
+class tokenize_filter;
+}
 
 /// The editing view: it takes events, finds the action that each stands for and runs it on the
 /// text::view of its document. Knows no widget: what it needs of one is a platform::view_host.
@@ -141,6 +146,48 @@ class WynTextView : public platform::responder,
   /// its result. The caret stays on its line where there still is one.
   bool replacingText(std::function<bool()> const& replace);
 
+  // Language, scopes and styles (WynTextView_StyleSheet.cc). Languages are named by uuid, "" for
+  // none.
+  /// Posted with this as the object and QNDocumentURL, of a document with a file,
+  /// QNDocumentLanguageName and QNDocumentLanguageScope in the info.
+  static constexpr char const* language_did_change = "QNDocumentLanguageDidChange";
+  std::string const& languageUUID() const { return languageUUID_; }
+  /// The name of the language, "" for none.
+  std::string const& currentMode() const { return currentMode_; }
+  std::string languageChoiceForFileWithFirstLine(std::string const& path,
+                                                 std::string const& first_line) const;
+  std::string languageChoiceForCurrentFile() const;
+  /// One that isn't known stands for the choice for the current file. With `learn` files of this
+  /// name get the language from now on.
+  void changeLanguageToAndLearn(std::string const& uuid, bool learn);
+  void learnFileAssociation(std::string const& uuid);
+  /// Null before the document has had a language. Owned by the view.
+  grammar::tokenize_filter* tokenizer() const { return tokenizer_; }
+  bit_stack::storage graphPathForIterator(text::iterator const& it) const;
+  /// Of the caret, or what is common to all of the selection; if `wait`, when the worker has got
+  /// there or after the tokenizer's patience.
+  bit_stack::storage graphPathForCaretWait(bool wait) const;
+  /// The names of the scopes, outermost first.
+  std::vector<std::string> scopeForContext(bit_stack::storage const& path) const;
+  std::vector<std::string> currentContext() const {
+    return scopeForContext(graphPathForCaretWait(true));
+  }
+  /// The merged settings of theme and bundles for a path; nothing without a document. A look-up
+  /// after the first time.
+  plist::value stylesForContext(bit_stack::storage const& path) const;
+  plist::value stylesForCaretWait(bool wait) const {
+    return stylesForContext(graphPathForCaretWait(wait));
+  }
+  plist::value stylesForCaret() const { return stylesForCaretWait(true); }
+  /// The rules of a theme, as it is set until another one is selected; nothing for the colours of
+  /// the desktop.
+  void setCurrentStyleSheet(plist::value rules);
+  /// What applies to these scopes, before it is merged.
+  style_candidates styleCandidates(std::vector<std::string> const& scopes) const;
+  /// How text with a path of the tokenizer is drawn; 0 is the empty path, also without a tokenizer.
+  /// Good until something else is drawn.
+  drawn_style const& styleOfPath(grammar::path_tree::id id) const;
+
   // Find and replace (WynTextView_Find.cc). Options are those of WynFindManager; the answer has
   // `statusText`, and whether anything was `found`.
   plist::value findWithOptions(plist::dictionary options);
@@ -230,6 +277,7 @@ class WynTextView : public platform::responder,
   void addBookmarkMethods();
   void addFindMethods();
   void addISearchMethods();
+  void addStyleSheetMethods();
   /// Enters an action that runs inside a view_will_change scope.
   void addAction(std::string selector, std::function<void()> action);
   void addToggle(std::string const& name, std::function<bool()> get, std::function<void(bool)> set);
@@ -241,7 +289,7 @@ class WynTextView : public platform::responder,
 
   // Options of one document (WynTextView_ScopedSettings.cc)
   void addScopedSettingMethods();
-  std::string_view rootScope() const;
+  std::string_view rootScope() const { return rootScope_; }
   document_options storedOptions() const;
   void initializeSettings();
   void documentDefaultsDidChange();
@@ -261,6 +309,16 @@ class WynTextView : public platform::responder,
   std::string performFind(std::string const& action, plist::value const& options, bool& found);
   bool selectIncrementalMatch(text::iterator (*find)(text::view*, std::u16string const&, bool),
                               bool further);
+
+  // Language and styles (WynTextView_StyleSheet.cc)
+  void attachTokenizer();
+  void detachTokenizer();
+  void setRules(plist::value const& language);
+  void postLanguageDidChange();
+  void languagesDidChange();
+  void resetDisplay();
+  plist::value const& currentStyleSheet() const;
+  void dropStyles();
 
   // Layout and scrolling (WynTextView_scrolling.cc)
   void setupTextFrame();
@@ -320,7 +378,17 @@ class WynTextView : public platform::responder,
   title_action_map titles_;
   TextLayout layout_;
   int viewChangeNesting_ = 0;
-  platform::notification_center::token defaultsToken_, documentToken_;
+  platform::notification_center::token defaultsToken_, documentToken_, themeToken_;
+  std::vector<platform::notification_center::token> bundleTokens_;
+
+  std::string languageUUID_, currentMode_, rootScope_;
+  grammar::tokenize_filter* tokenizer_ = nullptr;
+  using style_cache = std::map<bit_stack::storage, plist::value>;
+  mutable std::unique_ptr<style_cache> styleCache_;
+  mutable std::vector<std::optional<drawn_style>> drawnStyles_;  // by the tokenizer's paths
+  mutable plist::value currentStyleSheet_;                       // the rules of the theme
+  mutable bool hasStyleSheet_ = false;
+  std::optional<bool> scopedShowInvisibles_;  // goes before what the user has set
 
   document_options documentOptions_, seenOptions_;  // those of this view, and as last stored
   bool lineNumbers_ = false;

@@ -231,7 +231,8 @@ void WynTextView::userDefaultsDidChange() {
   fontSize_ = font_size;
   for (plain_switch const& option : plainSwitches) {
     bool const on = d.boolean(option.key);
-    if (this->*option.value == on) continue;
+    bool const is_scoped = option.value == &WynTextView::showInvisibles_ && scopedShowInvisibles_;
+    if (this->*option.value == on || is_scoped) continue;
     this->*option.value = on;
     if (option.apply != nullptr) (this->*option.apply)();
   }

@@ -80,11 +80,6 @@ void WynTextView::addScopedSettingMethods() {
   });
 }
 
-// Documents have no language yet: they share the entry of the empty name.
-std::string_view WynTextView::rootScope() const {
-  return {};
-}
-
 plist::value WynTextView::scopedValueForKeyInDomain(std::string_view key,
                                                     std::string_view domain) const {
   return scoped_settings::value_for(rootScope(), key, domain);
@@ -109,7 +104,18 @@ WynTextView::document_options WynTextView::storedOptions() const {
 }
 
 void WynTextView::initializeSettings() {
+  document_options const former = documentOptions_;
   documentOptions_ = seenOptions_ = storedOptions();
+  if (view_ == nullptr) return;
+  plist::value const styles = stylesForContext({});
+  scopedShowInvisibles_.reset();
+  if (styles["showInvisibles"]) scopedShowInvisibles_ = styles["showInvisibles"].integer_or(0) != 0;
+  showInvisibles_ =
+      scopedShowInvisibles_.value_or(defaults().boolean("WynTextViewShowInvisiblesEnabled"));
+  applyOptionsToView();
+  if (former.softWrap != softWrap() || former.rightMargin != rightMargin()) wrappingDidChange();
+  if (former.tabSize != tabSize()) updateValueForKey(tabSize(), "tabSize");
+  if (former.softTabs != softTabs()) updateValueForKey(softTabs(), "softTabs");
 }
 
 void WynTextView::documentDefaultsDidChange() {

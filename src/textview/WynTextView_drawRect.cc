@@ -2,6 +2,7 @@
 #include <cmath>
 #include <mutex>
 
+#include "grammar/tokenize_filter.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 #include "textview/geometry.h"
@@ -27,7 +28,48 @@ struct row_text {
   std::size_t column = 0;                         // of the first unit
   std::size_t marked_first = 0, marked_last = 0;  // half open, indices into units
   bool ends_here = false;                         // the line's end comes right after the units
+  struct span {
+    std::size_t first;  // index into units
+    drawn_style style;
+  };
+  std::vector<span> spans;  // in order, the first one at 0
+
+  drawn_style const& style_at(std::size_t index) const { return span_at(index)->style; }
+  std::size_t end_of_style(std::size_t index) const {
+    auto const next = span_at(index) + 1;
+    return next == spans.end() ? units.size() : next->first;
+  }
+
+ private:
+  std::vector<span>::const_iterator span_at(std::size_t index) const {
+    auto const behind =
+        std::upper_bound(spans.begin(), spans.end(), index,
+                         [](std::size_t at, span const& other) { return at < other.first; });
+    return behind - 1;
+  }
 };
+
+// Cuts the units, which begin at a column of the line, where the grammar says that their style
+// changes. Marked text has the style of what is in front of it.
+void add_spans(WynTextView const& text_view, text::pos begin, row_text& row) {
+  grammar::tokenize_filter const* const tokenizer = text_view.tokenizer();
+  if (tokenizer == nullptr) {
+    row.spans.push_back({0, text_view.styleOfPath(0)});
+    return;
+  }
+  grammar::line_tokens const& tokens = tokenizer->tokens(begin.line);
+  row.spans.push_back({0, text_view.styleOfPath(tokens.at(begin.column).path)});
+  std::size_t const marked = row.marked_last - row.marked_first;
+  auto const behind = std::upper_bound(
+      tokens.begin(), tokens.end(), begin.column,
+      [](std::size_t column, grammar::line_tokens::token const& t) { return column < t.column; });
+  for (auto it = behind; it != tokens.end(); ++it) {
+    std::size_t at = it->column - begin.column;
+    if (at > row.marked_first) at += marked;
+    if (at >= row.units.size()) break;
+    row.spans.push_back({at, text_view.styleOfPath(it->path)});
+  }
+}
 
 // The unit at which a row is broken belongs to none, and yet that of a long word has to be seen.
 text::iterator end_of_shown(text::view const& view, std::size_t row) {
@@ -59,6 +101,7 @@ row_text visible_text(WynTextView const& text_view, std::size_t row, std::size_t
     result.marked_last = result.marked_first + marked.size();
     result.units.insert(result.marked_first, marked);
   }
+  add_spans(text_view, from.base.pos(), result);
   return result;
 }
 
@@ -70,7 +113,7 @@ class painter {
         layout_(text_view.layout()),
         g_(g),
         dirty_(dirty),
-        colors_(text_view.host()->palette(), active) {}
+        colors_(text_view.host()->palette(), text_view.stylesForContext({}), active) {}
 
   void paint() {
     g_.fill_rect(dirty_, colors_.background);
@@ -189,14 +232,14 @@ class painter {
   void paint_piece(row_text const& text, text_cells::piece const& piece, double baseline) {
     std::u16string_view const units =
         std::u16string_view(text.units).substr(piece.first, piece.last - piece.first);
-    platform::text_style style{colors_.foreground};
+    platform::text_style style = text.style_at(piece.first).text;
     point const at{layout_.x_of_column(piece.column), baseline};
     switch (piece.kind) {
       case text_cells::kind::run:
         paint_run(text, piece, units, baseline);
         break;
       case text_cells::kind::cluster:
-        style.underline = is_marked(text, piece.first);
+        style.underline = style.underline || is_marked(text, piece.first);
         g_.draw_cluster(units, at, static_cast<double>(piece.width) * layout_.charWidth(), style);
         break;
       case text_cells::kind::tab:
@@ -211,19 +254,22 @@ class painter {
     }
   }
 
-  // Runs are cut where marked text begins or ends, and at invisible characters that show.
+  // Runs are cut where the style changes, where marked text begins or ends, and at invisible
+  // characters that show.
   void paint_run(row_text const& text, text_cells::piece const& piece, std::u16string_view units,
                  double baseline) {
     for (std::size_t at = 0; at < units.size();) {
       bool const marked = is_marked(text, piece.first + at);
       bool const invisible = is_shown_invisible(units[at]);
+      std::size_t const style_end =
+          std::min(units.size(), text.end_of_style(piece.first + at) - piece.first);
       std::size_t end = at + 1;
-      while (end < units.size() && is_marked(text, piece.first + end) == marked && !invisible &&
+      while (end < style_end && is_marked(text, piece.first + end) == marked && !invisible &&
              !is_shown_invisible(units[end]))
         ++end;
       std::size_t const column = piece.column + at;
-      platform::text_style style{colors_.foreground};
-      style.underline = marked;
+      platform::text_style style = text.style_at(piece.first + at).text;
+      style.underline = style.underline || marked;
       if (invisible) {
         paint_mark(no_break_space_mark, column, baseline);
       } else {
@@ -269,7 +315,7 @@ void WynTextView::draw(platform::graphics& g, rect const& dirty) {
   if (host_ == nullptr) return;
   bool const active = host_->is_window_key() && host_->is_first_responder();
   if (view_ == nullptr) {
-    g.fill_rect(dirty, view_colors(host_->palette(), active).background);
+    g.fill_rect(dirty, host_->palette().background);
     return;
   }
   std::lock_guard const lock(view_->storage->mutex);

@@ -2,6 +2,16 @@
 
 #include <cmath>
 
+#include "textview/color_strings.h"
+
+namespace {
+
+double share_of(platform::color c) {
+  return c.alpha / 255.0;
+}
+
+}  // namespace
+
 platform::color mixed(platform::color over, platform::color under, double share) {
   auto const mix = [share](std::uint8_t a, std::uint8_t b) {
     return static_cast<std::uint8_t>(std::lround(a * share + b * (1 - share)));
@@ -9,20 +19,37 @@ platform::color mixed(platform::color over, platform::color under, double share)
   return {mix(over.red, under.red), mix(over.green, under.green), mix(over.blue, under.blue), 255};
 }
 
-view_colors::view_colors(platform::palette const& p, bool active)
-    : background(p.background),
-      foreground(p.foreground),
-      caret(p.caret),
-      selection(p.selection),
-      line_highlight(mixed(p.foreground, p.background, active ? 0.07 : 0.035)),
-      invisibles(mixed(p.foreground, p.background, 0.35)),
-      wrap_margin(mixed(p.foreground, p.background, 0.2)),
-      behind_margin(mixed(p.foreground, p.background, 0.04)),
-      match(mixed({0xE8, 0xB0, 0x20, 255}, p.background, p.dark ? 0.40 : 0.45)),
-      gutter(mixed(p.foreground, p.background, 0.05)),
-      gutter_number{0x88, 0x88, 0x88},
-      gutter_current_number(p.dark ? gutter_number : platform::color{0, 0, 0}) {
+platform::palette styled_palette(platform::palette palette, plist::value const& style) {
+  auto const background = NSColorForKey(style, "background");
+  auto const foreground = NSColorForKey(style, "foreground");
+  if (!background && !foreground) return palette;
+  if (background)
+    palette.background = mixed(*background, palette.background, share_of(*background));
+  if (foreground) palette.foreground = palette.caret = *foreground;
+  auto const& b = palette.background;
+  palette.dark = b.red * 299 + b.green * 587 + b.blue * 114 < 128 * 1000;
+  return palette;
+}
+
+view_colors::view_colors(platform::palette const& desktop, plist::value const& style, bool active) {
+  platform::palette const p = styled_palette(desktop, style);
+  background = p.background;
+  foreground = p.foreground;
+  caret = NSColorForKey(style, "caret").value_or(p.caret);
+  line_highlight = mixed(p.foreground, p.background, active ? 0.07 : 0.035);
+  if (auto const own = NSColorForKey(style, "lineHighlight"))
+    line_highlight = mixed(*own, p.background, share_of(*own) * (active ? 1 : 0.5));
+  invisibles = NSColorForKey(style, "invisibles").value_or(mixed(p.foreground, p.background, 0.35));
   // The desktop means its colour to go with text in another one. Text keeps its colours here, so
-  // the selection is a tint that leaves them readable.
-  selection.alpha = active ? 90 : 45;
+  // the selection is a tint that leaves them readable. Themes have colours that go with theirs.
+  selection = p.selection;
+  selection.alpha = 90;
+  if (auto const own = NSColorForKey(style, "selection")) selection = *own;
+  if (!active) selection.alpha /= 2;
+  wrap_margin = mixed(p.foreground, p.background, 0.2);
+  behind_margin = mixed(p.foreground, p.background, 0.04);
+  match = mixed({0xE8, 0xB0, 0x20, 255}, p.background, p.dark ? 0.40 : 0.45);
+  gutter = mixed(p.foreground, p.background, 0.05);
+  gutter_number = {0x88, 0x88, 0x88};
+  gutter_current_number = p.dark ? gutter_number : platform::color{0, 0, 0};
 }

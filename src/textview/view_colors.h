@@ -1,8 +1,10 @@
 #pragma once
 
 #include "platform/view.h"
+#include "plist/value.h"
 
-/// The colours in which a view is drawn, made from the desktop's palette.
+/// The colours in which a view is drawn: those of the style of the empty scope path, and where it
+/// has none what goes with the desktop's palette.
 struct view_colors {
   platform::color background, foreground, caret, selection, line_highlight, invisibles;
   platform::color wrap_margin, behind_margin;
@@ -10,8 +12,11 @@ struct view_colors {
   platform::color gutter, gutter_number, gutter_current_number;
 
   /// With `active` false, selection and line highlight are dimmed: the keys go elsewhere.
-  view_colors(platform::palette const& palette, bool active);
+  view_colors(platform::palette const& palette, plist::value const& style, bool active);
 };
+
+/// The palette with background and foreground of a style.
+platform::palette styled_palette(platform::palette palette, plist::value const& style);
 
 /// `share` of `over` and the rest of `under`, alpha left at full.
 platform::color mixed(platform::color over, platform::color under, double share);

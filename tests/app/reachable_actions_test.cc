@@ -15,9 +15,9 @@ using names = std::set<std::string>;
 
 // For macros and scripts, which give them an argument, and for the items of dynamic menus.
 names const taking_an_argument = {
-    "findWithOptions:",  "insertText:",      "goToLineNumber:",
-    "goToColumnNumber:", "goToLineAction:",  "selectToLine:andColumn:",
-    "openRecentFile:",   "clearRecentFiles:"};
+    "findWithOptions:",  "insertText:",       "goToLineNumber:",
+    "goToColumnNumber:", "goToLineAction:",   "selectToLine:andColumn:",
+    "openRecentFile:",   "clearRecentFiles:", "changeLanguageToAndLearn:"};
 
 // Other names of actions that have a menu item or a key: Backward and Forward of Left and Right.
 names const synonyms = {"insertParagraphSeparator:",

@@ -17,7 +17,10 @@
 namespace {
 
 struct shown_view {
-  shown_view() { view.setDocument(WynDocument::document()); }
+  shown_view() {
+    view.setDocument(WynDocument::document());
+    view.setCurrentStyleSheet({});
+  }
   void set(std::string_view drawing) {
     view_will_change const scope(view);
     marked_text::set(*view.view(), drawing);

@@ -26,6 +26,7 @@ class text_view : public testing::Test {
             platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""))) {
     view_ = std::make_unique<WynTextView>();
     host_ = std::make_unique<headless::headless_view_host>(*view_);
+    view_->setCurrentStyleSheet({});
     view_->setDocument(WynDocument::document());
   }
   ~text_view() override {

@@ -1,0 +1,252 @@
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <mutex>
+#include <stdexcept>
+
+#include "bundles/BundleManager.h"
+#include "bundles/language_catalogue.h"
+#include "documents/WynDocument.h"
+#include "grammar/tokenize_filter.h"
+#include "path/path.h"
+#include "platform/desktop.h"
+#include "platform/user_defaults.h"
+#include "platform/utf.h"
+#include "regex/onig_library.h"
+#include "text/folding_filter.h"
+#include "textview/WynTextView.h"
+#include "textview/WynThemeManager.h"
+#include "textview/color_strings.h"
+#include "textview/language_choice.h"
+
+// The language of the document, the scopes that its grammar gives to the text, and the styles that
+// theme and bundles give to these.
+
+namespace {
+
+constexpr char const* bindings_key = "WynLanguageFileBindings";
+constexpr char const* default_language_key = "WynDefaultLanguage";
+constexpr std::size_t first_line_units = 4096;  // no more of it is looked at to tell the language
+
+platform::user_defaults& defaults() {
+  return platform::user_defaults::standard();
+}
+
+plist::value language_with(std::string const& uuid) {
+  for (plist::value const& language : BundleManager::sharedInstance().languages())
+    if (!uuid.empty() && language["uuid"].string_or("") == uuid) return language;
+  return {};
+}
+
+oniguruma::ptrn_t compiled(std::string const& pattern) {
+  std::u16string const units = unicode::to_utf16(pattern);
+  return {units.data(), units.data() + units.size(), ONIG_OPTION_CAPTURE_GROUP};
+}
+
+void set_folding_patterns(text::view& view, plist::value const& language) {
+  auto const* const start = language["foldingStartMarker"].as_string();
+  auto const* const stop = language["foldingStopMarker"].as_string();
+  text::view::folding_filter::pattern first, last;
+  if (start != nullptr && stop != nullptr) try {
+      first = std::make_unique<oniguruma::ptrn_t>(compiled(*start));
+      last = std::make_unique<oniguruma::ptrn_t>(compiled(*stop));
+    } catch (std::invalid_argument const& error) {
+      std::fprintf(stderr, "Quirnote regular expression error\nLanguage name \"%s\"\nError: %s\n",
+                   language["name"].string_or("").c_str(), error.what());
+      first.reset();
+    }
+  view.folding_filter->set_patterns(std::move(first), std::move(last));
+}
+
+std::string file_url(std::string const& path) {
+  std::string url = "file://";
+  for (char const c : path) {
+    static constexpr std::string_view plain = "/-._~!$&'()*+,;=:@";
+    if (std::isalnum(static_cast<unsigned char>(c)) || plain.find(c) != std::string_view::npos) {
+      url += c;
+      continue;
+    }
+    char escaped[4];
+    std::snprintf(escaped, sizeof escaped, "%%%02X", static_cast<unsigned char>(c));
+    url += escaped;
+  }
+  return url;
+}
+
+}  // namespace
+
+void WynTextView::addStyleSheetMethods() {
+  addMethod("changeLanguageToAndLearn:", [this](plist::value const& uuid) {
+    if (view_ == nullptr) return plist::value(false);
+    changeLanguageToAndLearn(uuid.string_or(""), true);
+    return plist::value();
+  });
+  addMethod("changeLanguageToAndLearnIsChecked:", [this](plist::value const& uuid) {
+    return plist::value(!languageUUID_.empty() && uuid.string_or("") == languageUUID_);
+  });
+  auto& center = platform::notification_center::standard();
+  themeToken_ = center.observe(WynThemeManager::did_change, [this](auto const&) {
+    setCurrentStyleSheet(WynThemeManager::sharedInstance().currentTheme());
+  });
+  for (char const* name : {BundleManager::languages_did_change, BundleManager::did_change})
+    bundleTokens_.push_back(center.observe(name, [this](auto const&) { languagesDidChange(); }));
+}
+
+std::string WynTextView::languageChoiceForFileWithFirstLine(std::string const& path,
+                                                            std::string const& first_line) const {
+  return language_choice::for_file(path, first_line, BundleManager::sharedInstance().languages(),
+                                   defaults().array(bindings_key),
+                                   defaults().string(default_language_key));
+}
+
+std::string WynTextView::languageChoiceForCurrentFile() const {
+  if (view_ == nullptr) return {};
+  text::unit_view const line = view_->storage->line_units(0).substr(0, first_line_units);
+  return languageChoiceForFileWithFirstLine(document_->filename(), unicode::to_utf8(line));
+}
+
+void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) {
+  if (view_ == nullptr) return;
+  languageUUID_ = language_with(uuid) ? uuid : languageChoiceForCurrentFile();
+  plist::value const language = language_with(languageUUID_);
+  if (!language && !uuid.empty()) {
+    std::fprintf(stderr, "Quirnote: didn't find language for UUID %s\n", uuid.c_str());
+    platform::desktop::current().beep();
+  }
+  currentMode_ = language["name"].string_or("");
+  rootScope_ = language["scopeName"].string_or(currentMode_);
+  if (learn) learnFileAssociation(languageUUID_);
+  setRules(language);
+  dropStyles();
+  set_folding_patterns(*view_, language);
+  initializeSettings();
+  updateValueForKey(currentMode_, "currentMode");
+  setNeedsDisplay();
+  postLanguageDidChange();
+}
+
+// A view gets its tokenizer, and that its thread, with the first language.
+void WynTextView::setRules(plist::value const& language) {
+  auto& manager = BundleManager::sharedInstance();
+  plist::array const& languages = manager.languages();
+  auto const index = static_cast<unsigned>(std::find(languages.begin(), languages.end(), language) -
+                                           languages.begin());
+  if (tokenizer_ == nullptr) {
+    if (!language) return;
+    auto added = std::make_unique<grammar::tokenize_filter>(*view_->storage);
+    tokenizer_ = added.get();
+    view_->install_tokenize_filter(std::move(added));
+  }
+  tokenizer_->set_reset_display([this] { resetDisplay(); });
+  tokenizer_->set_rules(language_catalogue(manager), language ? index : grammar::catalogue::none);
+}
+
+void WynTextView::attachTokenizer() {
+  tokenizer_ = dynamic_cast<grammar::tokenize_filter*>(view_->tokenize_filter.get());
+}
+
+// The document may keep the view, and the worker goes on with what it has to do.
+void WynTextView::detachTokenizer() {
+  if (tokenizer_ != nullptr) tokenizer_->set_reset_display({});
+  tokenizer_ = nullptr;
+  dropStyles();
+}
+
+void WynTextView::postLanguageDidChange() {
+  std::string const path = document_->filename();
+  plist::dictionary info{{"QNDocumentLanguageName", currentMode_},
+                         {"QNDocumentLanguageScope", rootScope_}};
+  if (!path.empty()) info.emplace("QNDocumentURL", file_url(path));
+  platform::notification_center::standard().post(language_did_change, this, std::move(info));
+}
+
+void WynTextView::learnFileAssociation(std::string const& uuid) {
+  std::string const word =
+      view_ == nullptr ? "" : language_choice::word_to_learn(document_->filename());
+  if (word.empty() || uuid.empty()) return;
+  defaults().set(bindings_key, language_choice::without_word(defaults().array(bindings_key), word));
+  if (languageChoiceForCurrentFile() == uuid) return;
+  std::string const name = language_with(uuid)["name"].string_or("untitled");
+  defaults().set(bindings_key,
+                 language_choice::with_word(defaults().array(bindings_key), word, uuid, name));
+}
+
+void WynTextView::languagesDidChange() {
+  if (view_ == nullptr) return;
+  changeLanguageToAndLearn(language_with(languageUUID_) ? languageUUID_ : "", false);
+}
+
+// A worker that is done with lines has put them here.
+void WynTextView::resetDisplay() {
+  auto const lines = tokenizer_ == nullptr ? std::nullopt : tokenizer_->take_redraw_range();
+  if (!lines || view_ == nullptr) return;
+  auto const row_of = [this](std::size_t line) {
+    std::size_t const last = view_->storage->lines() - 1;
+    if (line > last) return view_->lines();
+    return view_->line_in_view(text::view_iterator(view_, view_->storage->begin_of_line(line)));
+  };
+  std::size_t const first = row_of(lines->first);
+  setNeedsDisplayOfLines(first, std::max(row_of(lines->second), first + 1));
+}
+
+bit_stack::storage WynTextView::graphPathForIterator(text::iterator const& it) const {
+  if (tokenizer_ == nullptr) return {};
+  std::lock_guard const lock(view_->storage->mutex);
+  return tokenizer_->graph_path(it.pos());
+}
+
+bit_stack::storage WynTextView::graphPathForCaretWait(bool wait) const {
+  if (tokenizer_ == nullptr) return {};
+  return tokenizer_->graph_path_for_selection(view_->selection, wait);
+}
+
+std::vector<std::string> WynTextView::scopeForContext(bit_stack::storage const& path) const {
+  return tokenizer_ == nullptr ? std::vector<std::string>() : tokenizer_->scopes(path);
+}
+
+plist::value WynTextView::stylesForContext(bit_stack::storage const& path) const {
+  if (view_ == nullptr) return {};
+  if (styleCache_ == nullptr) styleCache_ = std::make_unique<style_cache>();
+  auto const [cached, is_new] = styleCache_->try_emplace(path);
+  if (is_new) cached->second = merged_style(styleCandidates(scopeForContext(path)));
+  return cached->second;
+}
+
+style_candidates WynTextView::styleCandidates(std::vector<std::string> const& scopes) const {
+  style_candidates candidates;
+  GetDefaultSettings(scopes, candidates);
+  add_theme_rules(currentStyleSheet(), scopes, candidates);
+  return candidates;
+}
+
+drawn_style const& WynTextView::styleOfPath(grammar::path_tree::id id) const {
+  if (id >= drawnStyles_.size()) drawnStyles_.resize(id + std::size_t{1});
+  auto& drawn = drawnStyles_[id];
+  if (drawn) return *drawn;
+  bool const is_known = tokenizer_ != nullptr && tokenizer_->paths() != nullptr;
+  plist::value const style =
+      stylesForContext(is_known ? tokenizer_->paths()->path(id) : bit_stack::storage());
+  platform::color const foreground =
+      host_ == nullptr ? platform::color() : host_->palette().foreground;
+  drawn = {style_from_dictionary(style, foreground), NSColorForKey(style, "background")};
+  return *drawn;
+}
+
+plist::value const& WynTextView::currentStyleSheet() const {
+  if (!hasStyleSheet_) currentStyleSheet_ = WynThemeManager::sharedInstance().currentTheme();
+  hasStyleSheet_ = true;
+  return currentStyleSheet_;
+}
+
+void WynTextView::setCurrentStyleSheet(plist::value rules) {
+  currentStyleSheet_ = std::move(rules);
+  hasStyleSheet_ = true;
+  dropStyles();
+  setNeedsDisplay();
+  if (host_ != nullptr) host_->reset_cursor();
+}
+
+void WynTextView::dropStyles() {
+  styleCache_.reset();
+  drawnStyles_.clear();
+}

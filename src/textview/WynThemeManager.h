@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/notification_center.h"
+#include "plist/value.h"
+
+/// The themes that there are, and the one in use. A theme is a property list of `name`, `uuid` and
+/// `settings`, an array of rules (textview/scope_style.h). Files are read at the first use, from
+/// the Themes folders of the libraries, the user's first, and of the program. Main thread only.
+///
+/// Posts WynThemeDidChangeNotification when another theme is in use. User defaults:
+/// WynThemeManagerSelectedTheme, a uuid, and WynThemeManagerDeletedThemes, an array of uuids that
+/// are left out.
+class WynThemeManager {
+ public:
+  static constexpr char const* did_change = "WynThemeDidChangeNotification";
+
+  struct theme {
+    std::string filename, filepath;
+    plist::value data;    ///< as it is
+    plist::value onDisk;  ///< as it is in the file
+    std::string name() const { return data["name"].string_or(""); }
+    std::string uuid() const { return data["uuid"].string_or(""); }
+  };
+
+  static WynThemeManager& sharedInstance();
+  /// Reads the themes of these folders; what stands in an earlier one goes first.
+  explicit WynThemeManager(std::vector<std::string> folders);
+
+  /// By name.
+  std::vector<theme> const& allThemes() const { return settingsFiles_; }
+  /// The one that the user has selected. Where that is none the third, which becomes selected, if
+  /// there are at least three. Else null.
+  theme const* selectedTheme();
+  /// Its rules; nothing without a theme.
+  plist::value currentTheme();
+  void selectTheme(std::string const& uuid);
+
+ private:
+  void readThemes(std::string const& folder);
+  void defaultsDidChange();
+
+  std::vector<theme> settingsFiles_;
+  std::string selected_;  // as last told
+  platform::notification_center::token defaultsToken_;
+};

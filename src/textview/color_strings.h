@@ -1,0 +1,21 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/graphics.h"
+#include "plist/value.h"
+
+/// Colours as themes write them: "#RRGGBB" or "#RRGGBBAA" in hexadecimal.
+
+/// Red, green, blue and alpha, each from 0 to 1; opaque black for what is no colour.
+std::array<float, 4> RGBAForString(std::string const& string);
+/// The other way round, always with alpha. Components are truncated to a byte.
+std::string stringForRGBA(std::array<float, 4> const& rgba);
+
+/// Nothing for what is no colour.
+std::optional<platform::color> NSColorFromString(std::string const& string);
+/// That of the dictionary's value.
+std::optional<platform::color> NSColorForKey(plist::value const& dictionary, std::string_view key);

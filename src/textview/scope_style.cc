@@ -1,0 +1,100 @@
+#include "textview/scope_style.h"
+
+#include <set>
+
+#include "bundles/BundleManager.h"
+#include "grammar/scope_selector.h"
+#include "textview/color_strings.h"
+
+namespace {
+
+// The lists of variables that were noted, in ascending order of score.
+plist::array joined_variables(std::vector<plist::value> const& lists) {
+  plist::array result;
+  std::set<std::string> seen;
+  for (auto list = lists.rbegin(); list != lists.rend(); ++list) {
+    std::set<std::string> names;
+    bool is_new = true;
+    for (plist::value const& variable : list->elements()) {
+      std::string name = variable["name"].string_or("");
+      is_new = is_new && !seen.contains(name);
+      names.insert(std::move(name));
+    }
+    if (!is_new) continue;
+    seen.merge(names);
+    result.insert(result.end(), list->elements().begin(), list->elements().end());
+  }
+  return result;
+}
+
+// Lays the colours under `key` over one another, from the lowest score up.
+void blend(style_candidates const& candidates, std::string const& key, plist::dictionary& merged) {
+  auto const top = merged.find(key);
+  if (top == merged.end() || !NSColorForKey(merged, key)) return;
+  std::string const topmost = top->second.string_or("");
+  if (RGBAForString(topmost)[3] >= 1) return;
+  auto const is_last = [&](style_candidates::const_iterator it) {
+    while (++it != candidates.end())
+      if (it->second.content["settings"][key]) return false;
+    return true;
+  };
+  std::optional<std::array<float, 4>> base;
+  bool has_blended = false;
+  for (auto it = candidates.begin(); it != candidates.end(); ++it) {
+    plist::value const& value = it->second.content["settings"][key];
+    if (!value) continue;
+    auto const over = RGBAForString(value.string_or(""));
+    if (!base) {
+      if (is_last(it)) return;
+      base = over;
+      continue;
+    }
+    for (std::size_t n = 0; n < 3; ++n) (*base)[n] = (*base)[n] * (1 - over[3]) + over[3] * over[n];
+    if (over[3] == 1) (*base)[3] = 1;
+    has_blended = true;
+  }
+  if (has_blended) top->second = stringForRGBA(*base);
+}
+
+}  // namespace
+
+void GetDefaultSettings(std::vector<std::string> const& scopes, style_candidates& result) {
+  for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("preference")) {
+    double const score = scope::new_score_for_selector(item->scopeSelector(), scopes);
+    if (score >= 0) result.emplace(score, style_rule{item->content(), item});
+  }
+}
+
+void add_theme_rules(plist::value const& rules, std::vector<std::string> const& scopes,
+                     style_candidates& result) {
+  for (plist::value const& rule : rules.elements()) {
+    double const score = scope::new_score_for_selector(rule["scope"].string_or(""), scopes);
+    if (score >= 0) result.emplace(score, style_rule{rule, nullptr});
+  }
+}
+
+plist::value merged_style(style_candidates const& candidates) {
+  plist::dictionary merged;
+  std::vector<plist::value> variables;
+  for (auto const& [score, rule] : candidates) {
+    plist::value const& settings = rule.content["settings"];
+    if (settings["shellVariables"]) variables.push_back(settings["shellVariables"]);
+    for (auto const& [key, value] : settings.entries()) merged.insert_or_assign(key, value);
+  }
+  if (!variables.empty()) merged.insert_or_assign("shellVariables", joined_variables(variables));
+  for (char const* key : {"background", "foreground"}) blend(candidates, key, merged);
+  return merged;
+}
+
+platform::text_style style_from_dictionary(plist::value const& style, platform::color foreground) {
+  platform::text_style result{NSColorForKey(style, "foreground").value_or(foreground)};
+  auto const* const words = style["fontStyle"].as_string();
+  auto const is_set = [&](char const* word) {
+    if (words != nullptr) return words->find(word) != std::string::npos;
+    return style[word].integer_or(0) != 0;
+  };
+  result.bold = is_set("bold");
+  result.italic = is_set("italic");
+  result.underline = is_set("underline");
+  return result;
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/graphics.h"
+#include "plist/value.h"
+
+class BundleItem;
+
+/// How a place in the text looks and behaves: all rules of the theme and all preferences of bundles
+/// whose selectors apply to the place's scopes, merged into one dictionary of settings. Scopes are
+/// lists of names, outermost first. Main thread only.
+///
+///     style_candidates candidates;
+///     GetDefaultSettings(scopes, candidates);
+///     add_theme_rules(theme_rules, scopes, candidates);
+///     plist::value const style = merged_style(candidates);
+
+/// A rule or preference that applies.
+struct style_rule {
+  plist::value content;              ///< with `settings`
+  std::shared_ptr<BundleItem> item;  ///< the preference; null for a rule of the theme
+};
+
+/// By score; of equal scores the later one wins.
+using style_candidates = std::multimap<double, style_rule>;
+
+/// Adds the preferences that apply.
+void GetDefaultSettings(std::vector<std::string> const& scopes, style_candidates& result);
+/// Adds the rules of a theme, an array, that apply.
+void add_theme_rules(plist::value const& rules, std::vector<std::string> const& scopes,
+                     style_candidates& result);
+
+/// The settings of all of them, each key as the highest score has it. `shellVariables` are those
+/// of all lists, the highest score first, less the lists that name a variable which is there
+/// already. A translucent foreground or background is blended with those below it.
+plist::value merged_style(style_candidates const& candidates);
+
+struct drawn_style {
+  platform::text_style text;
+  std::optional<platform::color> background;
+};
+
+/// How text of that style is drawn; in `foreground` where the style has no colour.
+platform::text_style style_from_dictionary(plist::value const& style, platform::color foreground);
