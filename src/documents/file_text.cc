@@ -112,12 +112,4 @@ std::optional<path::file_error> read_file_text(std::string const& path,
   return std::nullopt;
 }
 
-file_text text_of_bytes(std::string_view content, bool pairs) {
-  loaded_bytes bytes = room_for(content.size());
-  std::memcpy(bytes.begin(), content.data(), content.size());
-  file_text text;
-  decode(bytes, std::nullopt, pairs, text);
-  return text;
-}
-
 }  // namespace documents

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "documents/file_stamp.h"
 #include "encoding/charset.h"
@@ -40,8 +39,5 @@ bool preserves_supplementary_characters();
 std::optional<path::file_error> read_file_text(std::string const& path,
                                                std::optional<encoding::charset_t> charset,
                                                bool pairs, file_text& text, std::size_t skip = 0);
-
-/// The text of a file that holds these bytes.
-file_text text_of_bytes(std::string_view content, bool pairs);
 
 }  // namespace documents

@@ -58,7 +58,8 @@ std::optional<write_error> write_in_place_protected(
 /// Puts a new file with the same owner, permissions and attributes in the place of the old one, so
 /// that at any moment either the old or the new bytes are found whole. Refuses a file that has
 /// other hard links. Needs the right to make files in the folder, and fails if the owner can't be
-/// kept. A link that leads nowhere is written through in place, as there is nothing to keep.
+/// kept. A link that leads nowhere is written through in place, as there is nothing to keep. What
+/// writes of the same file that were killed have left beside it is removed.
 std::optional<write_error> write_atomically(std::string const& path, file_contents const& contents,
                                             file_system_calls& calls = file_system_calls::system());
 

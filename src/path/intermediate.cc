@@ -49,12 +49,12 @@ std::string make_neighbour(std::string const& target) {
 }
 
 /// The owner first, since a change of it takes bits out of the mode. Those that lend the owner's
-/// rights go with the owner only.
+/// rights go with the owner only. False if anything but the owner can't be kept.
 bool copy_attributes(std::string const& from, struct stat const& old, int to,
                      file_system_calls& calls) {
   bool const kept = calls.fchown(to, old.st_uid, old.st_gid) == 0;
-  copy_extended_attributes(from, to);
-  return calls.fchmod(to, old.st_mode & (kept ? 07777 : 0777)) == 0;
+  bool const copied = copy_extended_attributes(from, to) == 0;
+  return copied && calls.fchmod(to, old.st_mode & (kept ? 07777 : 0777)) == 0;
 }
 
 }  // namespace

@@ -46,8 +46,8 @@ bool swap_and_unlink(std::string const& from, std::string const& to,
                      file_system_calls& calls = file_system_calls::system());
 
 /// Replaces the contents of the file, or makes it with mode 0664 and its folder too. The bytes are
-/// on the disk before they take the place of the old ones. Mode and extended attributes are kept,
-/// and owner and group where that is allowed. What is no regular file is left alone.
+/// on the disk before they take the place of the old ones. Owner and group are kept where that is
+/// allowed. What is no regular file, or has attributes that can't be kept, is left alone.
 bool set_content(std::string const& path, std::string_view bytes,
                  file_system_calls& calls = file_system_calls::system());
 bool set_content(std::string const& path, char const* first, char const* last);

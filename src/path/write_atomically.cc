@@ -5,21 +5,13 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <random>
 
 #include "path/extended_attributes.h"
 #include "path/file_output.h"
+#include "path/neighbour.h"
 
 namespace path {
 namespace {
-
-/// A hidden name in the folder of `target`, short enough for any file system.
-std::string temporary_name(std::string const& target) {
-  static std::minstd_rand random(std::random_device{}());
-  std::size_t const begin = target.rfind('/') + 1;
-  std::string const serial = std::to_string(random());
-  return target.substr(0, begin) + "." + target.substr(begin, 200) + "." + serial;
-}
 
 class atomic_write {
  public:
@@ -40,6 +32,7 @@ class atomic_write {
     if (auto failure = output_.close()) return failure;
     if (calls_.rename(output_.path().c_str(), target_.c_str()) != 0) return output_.error("rename");
     temporary_exists_ = false;
+    remove_left_over_neighbours(target_, calls_);
     return sync_folder_of(target_, calls_);
   }
 
@@ -60,10 +53,11 @@ class atomic_write {
     std::optional<file_error> failure;
     for (int attempt = 0; attempt < 100; ++attempt) {
       int const flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
-      failure = output_.open(temporary_name(target_), flags, replaces_ ? 0600 : 0666);
+      failure = output_.open(neighbour_of(target_), flags, replaces_ ? 0600 : 0666);
       temporary_exists_ = !failure;
       if (!failure || failure->code != EEXIST) break;
     }
+    if (!failure) hold_neighbour(output_.descriptor());
     return failure;
   }
 

@@ -11,6 +11,7 @@
 #include "path/file_system.h"
 #include "path/info.h"
 #include "path/intermediate.h"
+#include "path/other_user.h"
 #include "path/temporary_folder.h"
 
 namespace {
@@ -133,6 +134,17 @@ TEST_F(file_changes, content_is_replaced_and_the_rest_kept) {
   EXPECT_FALSE(path::set_content(folder / "file/x", "x"));
   EXPECT_FALSE(path::set_content("", "x"));
   EXPECT_EQ(own.names(), names());
+
+  // Nothing is replaced that would lose what only root can give back.
+  if (geteuid() == 0 && give_capability(file)) {
+    for (std::string const& path : {file, folder.path(), own.path()})
+      ASSERT_EQ(chown(path.c_str(), other_user::id, other_user::id), 0);
+    ASSERT_TRUE(give_capability(file));
+    other_user const user;
+    EXPECT_FALSE(path::set_content(file, "newer"));
+    EXPECT_EQ(folder.read(file), "new");
+  }
+  removexattr(file.c_str(), "security.capability");
 
   // With no common device the neighbour is used, or one of another name if the user has it.
   setenv("TMPDIR", "/proc", 1);

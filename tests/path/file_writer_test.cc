@@ -4,12 +4,15 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <new>
 
 #include "path/faulting_calls.h"
+#include "path/neighbour.h"
+#include "path/other_user.h"
 #include "path/temporary_folder.h"
 
 namespace {
@@ -71,6 +74,8 @@ TEST(file_writer, keeps_what_belongs_to_the_file) {
     }
     ASSERT_EQ(symlink("file", (folder / "soft").c_str()), 0);
     bool const has_attributes = setxattr(file.c_str(), "user.note", "kept", 4, 0) == 0;
+    give_access_list(file);
+    std::string const access_list = access_list_of(file);
     auto const before = info_of(file);
 
     EXPECT_EQ(write(w, folder / "soft", "new text"), "") << w.name;
@@ -83,6 +88,7 @@ TEST(file_writer, keeps_what_belongs_to_the_file) {
     if (has_attributes) {
       EXPECT_EQ(getxattr(file.c_str(), "user.note", note, 4), 4);
     }
+    EXPECT_EQ(access_list_of(file), access_list);
     EXPECT_TRUE(S_ISLNK(info_of(folder / "soft").st_mode));
     EXPECT_EQ(folder.read(file), "new text");
     if (in_place) {
@@ -165,6 +171,39 @@ TEST(file_writer, carries_on_after_interruptions_and_short_writes) {
     EXPECT_FALSE(w.write(folder / "file", in_pieces(bytes), calls)) << w.name;
     EXPECT_TRUE(folder.read(folder / "file") == bytes) << w.name;
   }
+}
+
+TEST(file_writer, removes_what_killed_writes_have_left) {
+  temporary_folder folder;
+  std::string const file = folder.write("file", "old");
+  auto const leave = [&](std::string const& name, std::time_t age) {
+    timespec const times[2] = {{std::time(nullptr) - age, 0}, {std::time(nullptr) - age, 0}};
+    EXPECT_EQ(utimensat(AT_FDCWD, folder.write(name, "x").c_str(), times, 0), 0);
+  };
+  std::set<std::string> const kept = {".file.quirnote-2",  ".file.quirnote-3", ".file.quirnote-a",
+                                      ".files.quirnote-1", ".file.1",          "file"};
+  for (std::string const& name : kept) leave(name, 3600);
+  leave(".file.quirnote-1", 3600);
+  leave(".file.quirnote-2", 5);  // somebody may be about to hold it
+  int const held = open((folder / ".file.quirnote-3").c_str(), O_RDONLY);
+  path::hold_neighbour(held);
+  EXPECT_EQ(write(ways[1], file, "new"), "");
+  close(held);
+  EXPECT_EQ(folder.names(), kept);
+
+  // A program that is killed: its name is of that form, and the file is held until then.
+  pid_t const child = fork();
+  if (child == 0) {
+    path::write_atomically(file, {3, [](path::byte_sink const&) -> bool { abort(); }});
+    _exit(0);
+  }
+  waitpid(child, nullptr, 0);
+  auto const names = folder.names();
+  ASSERT_EQ(names.size(), kept.size() + 1);
+  for (std::string const& name : names) leave(name, 3600);
+  EXPECT_EQ(write(ways[1], file, "newer"), "");
+  EXPECT_EQ(folder.names(),
+            (std::set<std::string>{".file.1", ".file.quirnote-a", ".files.quirnote-1", "file"}));
 }
 
 TEST(file_writer, tells_when_memory_runs_out) {
