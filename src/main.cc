@@ -20,10 +20,11 @@ namespace {
 constexpr char const* usage =
     "usage: quirnote [FILE[:LINE[:COLUMN]]]...\n"
     "       quirnote --batch [--set KEY=VALUE]... [--macro FILE|-]... [--answer TITLE=BUTTON]...\n"
-    "                [--save | --save-as PATH] [--print text|selection|state]...\n"
+    "                [--save | --save-as PATH] [--print WHAT]...\n"
     "                [--render PNG [--size COLUMNSxROWS]] [--strict] [FILE]...\n"
-    "       quirnote --batch --check-bundle DIR...\n"
-    "       quirnote --help | --version\n";
+    "       quirnote --batch --check-bundle DIR [--check-bundle DIR]...\n"
+    "       quirnote --help | --version\n"
+    "WHAT is text, selection, state or scopes.\n";
 
 int wrong_usage(std::string const& reason) {
   std::fprintf(stderr, "quirnote: %s\n%s", reason.c_str(), usage);
