@@ -1,5 +1,6 @@
 #include "regex/onig_library.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace regex::onig_library {
@@ -78,7 +79,7 @@ int search_observed(regex_t* regex, OnigUChar const* text, OnigUChar const* end,
 int search_briefly(regex_t* regex, OnigUChar const* text, OnigUChar const* end,
                    OnigUChar const* start, OnigRegion* region, unsigned long retries) {
   OnigMatchParam* const param = match_param();
-  onig_set_retry_limit_in_match_of_match_param(param, retries);
+  onig_set_retry_limit_in_match_of_match_param(param, std::min(retries, retries_per_match));
   onig_set_retry_limit_in_search_of_match_param(param, retries);
   int const found =
       onig_search_with_param(regex, text, end, start, end, region, ONIG_OPTION_NONE, param);

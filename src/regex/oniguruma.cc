@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "platform/utf.h"
+#include "regex/line_pattern.h"
 #include "regex/onig_library.h"
 
 namespace oniguruma {
@@ -20,6 +21,7 @@ ptrn_t::ptrn_t(char16_t const* first, char16_t const* last, unsigned options)
   OnigErrorInfo info{};
   int const error = onig_new(&regex_, bytes(valid.data()), bytes(valid.data() + valid.size()),
                              options, ONIG_ENCODING_UTF16_LE, ONIG_SYNTAX_RUBY, &info);
+  stays_in_line_ = regex::is_line_pattern(valid.units(), options);
   if (error == ONIG_NORMAL) return;
   throw std::invalid_argument(message(error, info) + " for pattern " + unicode::to_utf8(source()));
 }
@@ -34,6 +36,7 @@ ptrn_t::ptrn_t(ptrn_t&& other) noexcept
       source_(std::move(other.source_)),
       length_(std::exchange(other.length_, 0)),
       options_(other.options_),
+      stays_in_line_(other.stays_in_line_),
       ticking_regex_(other.ticking_regex_.exchange(nullptr)) {}
 
 ptrn_t& ptrn_t::operator=(ptrn_t&& other) noexcept {
@@ -41,6 +44,7 @@ ptrn_t& ptrn_t::operator=(ptrn_t&& other) noexcept {
   std::swap(source_, other.source_);
   std::swap(length_, other.length_);
   std::swap(options_, other.options_);
+  std::swap(stays_in_line_, other.stays_in_line_);
   ticking_regex_ = other.ticking_regex_.exchange(ticking_regex_);
   return *this;
 }

@@ -42,12 +42,15 @@ class ptrn_t {
   /// a pattern that may hold the anchor \G.
   re_pattern_buffer* ticking_regex() const;
   std::u16string_view source() const { return {source_.get(), length_}; }
+  /// Whether neither a match nor what it looks at can lie on both sides of a newline.
+  bool stays_in_line() const { return stays_in_line_; }
 
  private:
   re_pattern_buffer* regex_ = nullptr;
   std::unique_ptr<char16_t[]> source_;
   std::size_t length_ = 0;
   unsigned options_ = 0;
+  bool stays_in_line_ = false;
   mutable std::atomic<re_pattern_buffer*> ticking_regex_ = nullptr;
 };
 

@@ -11,6 +11,8 @@ using clock = std::chrono::steady_clock;
 
 namespace {
 
+constexpr std::chrono::milliseconds longest_slice(150);
+
 /// Decides before each attempt whether the search goes on.
 class ticker final : public attempt_observer {
  public:
@@ -31,7 +33,8 @@ class ticker final : public attempt_observer {
     auto const now = clock::now();
     // The way to the first attempt may have been long, and is gone again after each stop.
     if (end_ == clock::time_point()) {
-      end_ = now + std::max<clock::duration>(sliced_search::slice, now - started_);
+      clock::duration const worth = std::min<clock::duration>(8 * (now - started_), longest_slice);
+      end_ = now + std::max<clock::duration>(sliced_search::slice, worth);
     }
     bool const quick = now - looked_ < std::chrono::microseconds(200);
     stride_ = quick ? std::min(stride_ * 2, 4096) : 1;
@@ -46,6 +49,12 @@ class ticker final : public attempt_observer {
   int stride_ = 1, until_look_ = 1;
   OnigUChar const* stopped_at_ = nullptr;
 };
+
+// Of lines that are searched without a look at the clock.
+constexpr std::size_t max_line = 500, max_lines_size = 1 << 15;  // units; some 10 ms at the worst
+constexpr unsigned long lines_retries = 200'000;
+
+constexpr unsigned long anchored_retries = 100'000'000;
 
 /// Stops where the first attempt would be made.
 class scout final : public attempt_observer {
@@ -73,14 +82,66 @@ search_state sliced_search::step() {
 }
 
 search_state sliced_search::run_at_once(std::size_t first, std::size_t last) {
-  match_ = find(text_, static_cast<std::ptrdiff_t>(first),
-                static_cast<std::ptrdiff_t>(text_.size()), &ptrn_);
-  if (match_.gave_up()) return search_state::gave_up;
-  bool const fits = match_ && match_.begin(0) <= static_cast<std::ptrdiff_t>(last);
-  return fits ? search_state::found : search_state::not_found;
+  auto const retries = retries_ ? retries_ : anchored_retries;
+  return search_plainly(first, last, text_.size(), retries);
+}
+
+// As if the text ended at `end`; what begins there counts only if it does.
+search_state sliced_search::search_plainly(std::size_t first, std::size_t last, std::size_t end,
+                                           unsigned long retries) {
+  OnigUChar const* const begin = bytes(text_.data());
+  OnigRegion* const region = onig_region_new();
+  match_t const match(region);
+  int const found =
+      search_briefly(ptrn_.regex(), begin, begin + 2 * end, begin + 2 * first, region, retries);
+  if (gave_up(found)) return search_state::gave_up;
+  if (found < 0) return search_state::not_found;
+  auto const at = static_cast<std::size_t>(found) / 2;
+  if (at > last || (at == end && end < text_.size())) return search_state::not_found;
+  match_ = match;
+  return search_state::found;
 }
 
 search_state sliced_search::run(std::size_t& first, std::size_t last) {
+  bool const by_lines = ptrn_.stays_in_line() && where_ == direction::forward && !retries_;
+  if (!by_lines || first < watched_until_) return run_watched(first, last);
+  auto const until = clock::now() + slice;
+  for (;;) {
+    std::size_t const end = end_of_lines(first);
+    if (end == first && first < text_.size()) break;
+    search_state const state = run_by_lines(first, last, end);
+    if (state == search_state::gave_up) {
+      watched_until_ = end;
+      break;
+    }
+    if (state != search_state::more || clock::now() > until) return state;
+  }
+  return run_watched(first, last);
+}
+
+// Where a stretch of whole lines from `first` on ends; `first` itself where the line is too long.
+std::size_t sliced_search::end_of_lines(std::size_t first) {
+  std::size_t const wanted = first + lines_size_;
+  lines_size_ = std::min(2 * lines_size_, max_lines_size);
+  std::size_t end = first;
+  while (end < wanted) {
+    std::u16string_view const line = text_.units().substr(end, max_line);
+    auto newline = line.rfind(u'\n', wanted - end - 1);
+    if (newline == line.npos) newline = line.find(u'\n');
+    if (newline == line.npos) return line.size() < max_line ? text_.size() : end;
+    end += newline + 1;
+  }
+  return end;
+}
+
+search_state sliced_search::run_by_lines(std::size_t& first, std::size_t last, std::size_t until) {
+  auto const state = search_plainly(first, last, until, lines_retries);
+  if (state != search_state::not_found || until > last || until == text_.size()) return state;
+  first = until;
+  return search_state::more;
+}
+
+search_state sliced_search::run_watched(std::size_t& first, std::size_t last) {
   OnigUChar const* const begin = bytes(text_.data());
   OnigUChar const* const end = begin + 2 * text_.size();
   ticker watch(begin + 2 * first, begin + 2 * last, clock::now());
@@ -134,20 +195,6 @@ search_state sliced_search::step_backward() {
     }
   } while (clock::now() < until);
   return search_state::more;
-}
-
-match_t find_briefly(regex::valid_text const& text, ptrn_t const& ptrn, std::size_t first,
-                     unsigned long retries) {
-  if (text.size() > max_bytes / 2) return match_t::broken_off();
-  if (!ptrn.regex() || first > text.size()) return {};
-  if (text.splits_pair(first)) ++first;
-  OnigUChar const* const begin = bytes(text.data());
-  OnigRegion* const region = onig_region_new();
-  match_t const match(region);
-  int const found = search_briefly(ptrn.regex(), begin, begin + 2 * text.size(), begin + 2 * first,
-                                   region, retries);
-  if (found >= 0) return match;
-  return gave_up(found) ? match_t::broken_off() : match_t();
 }
 
 sliced_find_all::sliced_find_all(regex::valid_text const& text, ptrn_t const& ptrn,

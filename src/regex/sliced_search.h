@@ -28,11 +28,13 @@ enum class direction { forward, backward };
 ///
 /// Every attempt to match sees all of the text, and the result is that of a search in one go. Two
 /// things are not sliced: a single attempt, which has the limits of regex/onig_library.h or the
-/// caller's, and the way to the next place where a match can begin (some ms a million units).
+/// caller's, and the way to the next place where a match can begin (some ms a million units; the
+/// slice is longer then, so that most of the time is not spent on the way).
 ///
 /// How: the pattern is compiled a second time, with a call of ours in front, which Oniguruma makes
-/// before each attempt and which can end the search. Oniguruma's own means, a range for the places
-/// to begin at, would not do, as matches may not reach beyond it.
+/// before each attempt and which can end the search. That can cost as much as the attempt itself.
+/// A pattern that stays in its line needs no call: some short lines at a time are searched as if
+/// the text ended there.
 ///
 /// Text and pattern are borrowed. Any thread; one at a time.
 class sliced_search {
@@ -53,6 +55,11 @@ class sliced_search {
   search_state step_backward();
   void next_block();
   search_state run(std::size_t& first, std::size_t last);
+  search_state run_watched(std::size_t& first, std::size_t last);
+  search_state run_by_lines(std::size_t& first, std::size_t last, std::size_t until);
+  std::size_t end_of_lines(std::size_t first);
+  search_state search_plainly(std::size_t first, std::size_t last, std::size_t end,
+                              unsigned long retries);
   search_state run_at_once(std::size_t first, std::size_t last);
   bool may_begin_within(std::size_t first, std::size_t last) const;
 
@@ -64,16 +71,13 @@ class sliced_search {
   search_state state_ = search_state::more;
   match_t match_;
 
+  std::size_t lines_size_ = 64;    // of the whole lines that are searched at once; grows
+  std::size_t watched_until_ = 0;  // lines before this take too long for that
+
   // Backward the text is searched in growing blocks, each forward from `block_` to `last_`.
   bool in_block_ = false;
   std::size_t block_ = 0, block_at_ = 0, block_size_ = 32;
 };
-
-/// The first match that begins at `first` or later, for callers that make many short searches and
-/// mean to go on with a `sliced_search` where this one gives up: after `retries` in the whole
-/// search.
-match_t find_briefly(regex::valid_text const& text, ptrn_t const& ptrn, std::size_t first,
-                     unsigned long retries);
 
 /// `find_all` in slices. `step` answers `not_found` at the end of the text.
 class sliced_find_all {

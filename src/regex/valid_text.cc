@@ -1,6 +1,7 @@
 #include "regex/valid_text.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace regex {
 namespace {
@@ -15,17 +16,23 @@ bool is_low(char16_t u) {
   return (u & 0xfc00) == 0xdc00;
 }
 
+// Of constant length and in units alone, so that the compiler makes it wide.
+bool has_surrogate(char16_t const* first) {
+  std::uint16_t found = 0;
+  for (std::size_t i = 0; i < block; ++i)
+    found = static_cast<std::uint16_t>(found | ((first[i] & 0xf800) == 0xd800 ? 1 : 0));
+  return found != 0;
+}
+
 /// The index of the first lone surrogate from `at` on, or the size. `at` is not within a pair.
 std::size_t find_lone_surrogate(std::u16string_view text, std::size_t at) {
   while (at < text.size()) {
-    // Blocks without any surrogate are the rule; this loop is one the compiler makes wide.
-    std::size_t const end = std::min(at + block, text.size());
-    unsigned surrogates = 0;
-    for (std::size_t i = at; i < end; ++i) surrogates += (text[i] & 0xf800) == 0xd800;
-    if (surrogates == 0) {
-      at = end;
+    // Blocks without any surrogate are the rule.
+    if (text.size() - at >= block && !has_surrogate(text.data() + at)) {
+      at += block;
       continue;
     }
+    std::size_t const end = std::min(at + block, text.size());
     while (at < end) {
       if (is_high(text[at]) && at + 1 < text.size() && is_low(text[at + 1])) {
         at += 2;

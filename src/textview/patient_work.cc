@@ -13,10 +13,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto silent_wait = 30ms;        // short work is over before anything else happens
+constexpr auto silent_wait = 20ms;        // short work is over before anything else happens
 constexpr auto wait_before_show = 500ms;  // from the start
 constexpr double events_period = 0.01;    // seconds
-constexpr auto patience_with_stopping = 20ms;
+constexpr auto patience_with_stopping = 10ms;
 
 struct job {
   explicit job(std::function<void(std::atomic<bool> const&)> todo) : work(std::move(todo)) {}

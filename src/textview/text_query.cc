@@ -8,7 +8,6 @@
 namespace {
 
 constexpr std::size_t literal_slice = 1 << 21;  // units; a millisecond's work or less
-constexpr unsigned long brief_retries = 20000;  // some 0.2 ms
 constexpr std::size_t longest_examined = 2000;  // units of a bad pattern
 
 }  // namespace
@@ -75,7 +74,6 @@ search_end text_searcher::previous(std::size_t first, std::size_t last) {
 search_end text_searcher::run(std::size_t first, std::size_t last, bool backward) {
   using oniguruma::direction;
   using oniguruma::search_state;
-  if (is_series_ && !backward && took_briefly(first, last)) return search_end::found;
   oniguruma::sliced_search search(*valid_, *query_.pattern(), first, last,
                                   backward ? direction::backward : direction::forward, retries_);
   for (;;) {
@@ -84,7 +82,9 @@ search_end text_searcher::run(std::size_t first, std::size_t last, bool backward
         if (auto const end = interrupted(); end != search_end::found) return end;
         break;
       case search_state::found:
-        take(search.match());
+        match_ = search.match();
+        begin_ = static_cast<std::size_t>(match_.begin(0));
+        end_ = static_cast<std::size_t>(match_.end(0));
         return search_end::found;
       case search_state::not_found:
         return search_end::not_found;
@@ -92,21 +92,6 @@ search_end text_searcher::run(std::size_t first, std::size_t last, bool backward
         return search_end::gave_up;
     }
   }
-}
-
-void text_searcher::take(oniguruma::match_t const& match) {
-  match_ = match;
-  begin_ = static_cast<std::size_t>(match_.begin(0));
-  end_ = static_cast<std::size_t>(match_.end(0));
-  is_series_ = !deadline_;
-}
-
-// Where one match has been found the next is likely to be near.
-bool text_searcher::took_briefly(std::size_t first, std::size_t last) {
-  auto const match = oniguruma::find_briefly(*valid_, *query_.pattern(), first, brief_retries);
-  if (!match || static_cast<std::size_t>(match.begin(0)) > last) return false;
-  take(match);
-  return true;
 }
 
 bool text_searcher::took(char16_t const* found, char16_t const* none) {

@@ -66,8 +66,6 @@ class text_searcher {
   search_end next_literal(std::size_t first, std::size_t last);
   search_end previous_literal(std::size_t first, std::size_t last);
   bool took(char16_t const* found, char16_t const* none);
-  void take(oniguruma::match_t const& match);
-  bool took_briefly(std::size_t first, std::size_t last);
   /// What ends the search here, or `found` if it goes on.
   search_end interrupted() const;
 
@@ -79,5 +77,4 @@ class text_searcher {
   oniguruma::match_t match_;
   std::optional<std::chrono::steady_clock::time_point> deadline_;
   unsigned long retries_ = 0;
-  bool is_series_ = false;  // a match has been found before
 };
