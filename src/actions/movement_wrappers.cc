@@ -1,5 +1,7 @@
 #include "actions/movement_wrappers.h"
 
+#include <algorithm>
+
 namespace {
 
 /// Whether the selection changed.
@@ -38,6 +40,19 @@ bool is_one_line(text::selection const& selection) {
   return selection.first_mark.base.line == selection.last_mark.base.line;
 }
 
+/// Whether anything was hidden between the two.
+bool unfold_between(text::view* view, text::iterator const& a, text::iterator const& b) {
+  auto const [first, last] = std::minmax(a, b);
+  bool found = false;
+  for (size_t line = first.line; line < last.line; ++line) {
+    text::iterator const begin(line, 0, first.storage);
+    if (view->is_visible(begin)) continue;
+    view->make_visible(begin);
+    found = true;
+  }
+  return found;
+}
+
 bool step_or_collapse(text::view* view, movement_function f, text::view_iterator collapsed) {
   text::selection const& selection = view->selection;
   auto const caret = selection.current_mark;
@@ -65,8 +80,15 @@ bool select_backward_action(text::view* view, movement_function f) {
   return extend(view, f, view->selection.last(), view->selection.first());
 }
 
+void select_for_deletion(text::view* view, movement_function f) {
+  auto const caret = view->selection.current_mark;
+  auto target = f(caret);
+  if (unfold_between(view, caret.base, target.base)) target = f(caret);
+  view->selection.select_to(target, false);
+}
+
 bool delete_action(text::view* view, movement_function f) {
-  if (!view->has_selection()) view->selection.select_to(f(view->selection.current_mark), false);
+  if (!view->has_selection()) select_for_deletion(view, f);
   bool const erases = view->has_selection();
   view->erase_selection();
   view->scroll_caret_pending = true;

@@ -16,6 +16,10 @@ bool move_backward_action(text::view* view, movement_function f);
 bool select_forward_action(text::view* view, movement_function f);
 bool select_backward_action(text::view* view, movement_function f);
 
+/// Selects what lies between the caret and where `f` leads. Folds in between are unfolded first, so
+/// that a deletion takes no more than it would without them.
+void select_for_deletion(text::view* view, movement_function f);
+
 /// Erases the selection, or without one what lies between the caret and where `f` leads.
 bool delete_action(text::view* view, movement_function f);
 

@@ -4,6 +4,7 @@
 #include "encoding/charset.h"
 #include "encoding/line_ending.h"
 #include "text/bookmark_filter.h"
+#include "text/folding_filter.h"
 #include "textview/WynTextView.h"
 
 #include <nlohmann/json.hpp>
@@ -41,6 +42,12 @@ json bookmark_lines(text::view const& view) {
   return lines;
 }
 
+json folded_lines(text::view const& view) {
+  json pairs = json::array();
+  for (auto const& [first, last] : view.folding_filter->foldings) pairs.push_back({first, last});
+  return pairs;
+}
+
 }  // namespace
 
 std::string batch_state(WynTextView const& text_view, int beeps,
@@ -64,7 +71,7 @@ std::string batch_state(WynTextView const& text_view, int beeps,
       {"beeps", beeps},
       {"alerts", alert_list(alerts)},
       {"bookmarks", bookmark_lines(view)},
-      {"foldings", json::array()},
+      {"foldings", folded_lines(view)},
       {"language", language(text_view)},
   };
   // File names in alerts may hold any bytes.

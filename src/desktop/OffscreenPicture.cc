@@ -73,6 +73,7 @@ class PictureHost final : public platform::view_host {
   void show_context_menu(std::vector<platform::menu_item> const&, platform::point) override {}
   void begin_drag(plist::dictionary, std::vector<platform::rect> const&, platform::point) override {
   }
+  bool hide_tool_tip() override { return false; }
   void interpret_key_event(platform::key_event const&) override {}
 
  private:

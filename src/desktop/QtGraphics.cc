@@ -110,10 +110,12 @@ void QtGraphics::underline(FontFace const& face, QPointF at, double width, platf
 }
 
 void QtGraphics::draw_image(std::string_view name, platform::rect const& r) {
-  QImage const& image = image_named(name, ratio_);
-  if (image.isNull()) return;
   QRectF const target = local(r);
-  bool const exact = image.size() == (target.size() * ratio_).toSize();
+  QSize const pixels = (target.size() * ratio_).toSize();
+  QImage const& small = image_named(name, 1);
+  QImage const& image = small.width() < pixels.width() ? image_named(name, 2) : small;
+  if (image.isNull()) return;
+  bool const exact = image.size() == pixels;
   painter_.setRenderHint(QPainter::SmoothPixmapTransform, !exact);
   painter_.drawImage(target, image);
 }

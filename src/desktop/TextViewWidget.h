@@ -6,6 +6,7 @@
 
 #include <QAbstractScrollArea>
 #include <QElapsedTimer>
+#include <QHelpEvent>
 
 #include <memory>
 
@@ -54,6 +55,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
                          platform::point where) override;
   void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
                   platform::point at) override;
+  bool hide_tool_tip() override;
   void interpret_key_event(platform::key_event const& event) override;
 
   QSize sizeHint() const override;
@@ -61,6 +63,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
 
  protected:
   bool event(QEvent* event) override;
+  bool viewportEvent(QEvent* event) override;
   void changeEvent(QEvent* event) override;
   bool focusNextPrevChild(bool) override { return false; }
   void paintEvent(QPaintEvent* event) override;
@@ -96,6 +99,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
                                      platform::pasteboard_content const& content) const;
   QPointF wheel_distance(QWheelEvent const& event) const;
   void zoom(int angle);
+  void show_tool_tip(QHelpEvent const& event);
   void show_cursor(platform::cursor cursor);
 
   platform::view_client* client_;
@@ -112,6 +116,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   QPointF wheel_rest_;  // fractions of a pixel not scrolled yet
   int zoom_rest_ = 0;   // parts of a wheel's step not zoomed yet
   bool cursor_hidden_ = false;
+  bool shows_tool_tip_ = false;  // or has shown one that went by itself
 };
 
 /// The colours of the desktop's theme for text.

@@ -1,12 +1,15 @@
+#include "desktop/QtText.h"
 #include "desktop/TextViewWidget.h"
 
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QStyleHints>
+#include <QToolTip>
 
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace widgets {
 namespace {
@@ -70,6 +73,31 @@ void TextViewWidget::mouseMoveEvent(QMouseEvent* event) {
 void TextViewWidget::mouseReleaseEvent(QMouseEvent* event) {
   if (client_ == nullptr || event->button() != press_button_) return;
   client_->mouse_up(translate_mouse(*event));
+}
+
+bool TextViewWidget::viewportEvent(QEvent* event) {
+  if (event->type() != QEvent::ToolTip) return QAbstractScrollArea::viewportEvent(event);
+  show_tool_tip(*static_cast<QHelpEvent*>(event));
+  return true;
+}
+
+void TextViewWidget::show_tool_tip(QHelpEvent const& event) {
+  if (client_ == nullptr) return;
+  auto const tip = client_->tool_tip_at(to_view(event.pos()));
+  shows_tool_tip_ = tip.has_value();
+  if (!tip) return QToolTip::hideText();
+  QString const text =
+      QStringLiteral("<pre style=\"font-family:'%1'\">%2</pre>")
+          .arg(qstring(cells_->font().family).toHtmlEscaped(), qstring(tip->text).toHtmlEscaped());
+  QPoint const corner = to_viewport({tip->area.x, tip->area.y});
+  QSize const size = QSizeF(tip->area.width, tip->area.height).toSize();
+  QToolTip::showText(event.globalPos(), text, viewport(), QRect(corner, size));
+}
+
+bool TextViewWidget::hide_tool_tip() {
+  bool const shown = std::exchange(shows_tool_tip_, false) && QToolTip::isVisible();
+  if (shown) QToolTip::hideText();
+  return shown;
 }
 
 // Opened by the press of the right button, which the logic gets.

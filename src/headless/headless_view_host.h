@@ -2,6 +2,7 @@
 
 #include "platform/view.h"
 
+#include <utility>
 #include <vector>
 
 namespace headless {
@@ -29,6 +30,7 @@ class headless_view_host : public platform::view_host {
                          platform::point where) override;
   void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
                   platform::point at) override;
+  bool hide_tool_tip() override { return std::exchange(shows_tool_tip, false); }
   void interpret_key_event(platform::key_event const& event) override;
 
   void resize(platform::size visible);
@@ -40,6 +42,7 @@ class headless_view_host : public platform::view_host {
   std::vector<platform::menu_item> context_menu;  // the last one shown
   plist::dictionary dragged;                      // the content of the last drag
   std::vector<platform::rect> dragged_shape;
+  bool shows_tool_tip = false;
 
  private:
   platform::view_client& client_;

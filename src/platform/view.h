@@ -25,6 +25,12 @@ struct palette {
   bool dark = false;
 };
 
+/// What is told of the place under a resting mouse pointer, as long as it stays in `area`.
+struct tool_tip {
+  std::u16string text;  // lines of fixed-pitch text
+  rect area;
+};
+
 /// What the logic may ask of the widget.
 class view_host {
  public:
@@ -55,6 +61,8 @@ class view_host {
   /// that `shape` covers, taken at `at`. Returns when it has been dropped or given up; events are
   /// handled meanwhile, so that the client may be gone by then.
   virtual void begin_drag(plist::dictionary content, std::vector<rect> const& shape, point at) = 0;
+  /// Closes the tool tip of this view; false if there was none.
+  virtual bool hide_tool_tip() = 0;
   /// Hands the event to the platform's text input: what it stands for comes back by insert_text().
   virtual void interpret_key_event(key_event const& event) = 0;
 };
@@ -76,6 +84,7 @@ class view_client {
   virtual void mouse_dragged(mouse_event const& event) = 0;
   virtual void mouse_up(mouse_event const& event) = 0;
   virtual cursor cursor_at(point p, std::uint32_t modifiers) const = 0;
+  virtual std::optional<tool_tip> tool_tip_at(point p) const = 0;
 
   /// Something is dragged over the view: which of the offered operations dropping it here would do.
   virtual std::uint32_t dragging_updated(drag_info const& info) = 0;

@@ -65,9 +65,13 @@ bool view::folding_filter::has_start(marker_t const& stop) const {
   return false;
 }
 
-view::folding_filter::line_type view::folding_filter::folding_type(size_t line) {
+bool view::folding_filter::is_folded(size_t line) const {
   auto const fold = foldings.lower_bound({static_cast<uint32_t>(line), 0});
-  if (fold != foldings.end() && fold->first == line) return line_type::folded;
+  return fold != foldings.end() && fold->first == line;
+}
+
+view::folding_filter::line_type view::folding_filter::folding_type(size_t line) {
+  if (is_folded(line)) return line_type::folded;
   auto const found = marker(line);
   if (!found || is_end_of_fold(line)) return line_type::none;
   if (found->type == line_type::stop && !has_start(*found)) return line_type::none;
@@ -111,9 +115,16 @@ std::vector<view::folding_filter::block> view::folding_filter::blocks(size_t fir
     if (found->type == line_type::start) {
       open.push_back(*found);
     } else if (!open.empty() && open.back().indent == found->indent) {
-      result.push_back({{open.back().line, found->line}, open.size()});
+      result.push_back({{open.back().line, found->line}, 1});
       open.pop_back();
     }
+  }
+  // A start without a stop is no block, so that the levels behind it don't depend on it.
+  std::vector<uint32_t> around;  // the first lines of the blocks that `block` is in, or may be
+  for (auto block = result.rbegin(); block != result.rend(); ++block) {
+    while (!around.empty() && block->lines.last < around.back()) around.pop_back();
+    around.push_back(block->lines.first);
+    block->level = around.size();
   }
   return result;
 }

@@ -33,8 +33,15 @@ std::vector<view::folding_filter::outer_fold> const& view::folding_filter::outer
 
 /// The lines of a fold's border are not free for another one.
 bool view::folding_filter::is_end_of_fold(size_t line) const {
+  auto const found = border_at_or_behind(line);
+  return found != borders_.end() && found->line == line;
+}
+
+std::vector<view::folding_filter::border>::const_iterator view::folding_filter::border_at_or_behind(
+    size_t line) const {
   if (!surveyed_) survey_folds();
-  return std::binary_search(borders_.begin(), borders_.end(), line);
+  return std::partition_point(borders_.begin(), borders_.end(),
+                              [&](border const& each) { return each.line < line; });
 }
 
 void view::folding_filter::survey_folds() const {
@@ -42,12 +49,14 @@ void view::folding_filter::survey_folds() const {
   borders_.clear();
   uint32_t hidden = 0;
   for (folding_t const& fold : foldings) {
-    borders_.insert(borders_.end(), {fold.first, fold.last});
+    borders_.push_back({fold.first, false});
+    borders_.push_back({fold.last, true});
     if (!outer_.empty() && fold.first < outer_.back().last) continue;
     hidden += fold.last - fold.first;
     outer_.push_back({fold.first, fold.last, hidden});
   }
-  std::sort(borders_.begin(), borders_.end());
+  std::sort(borders_.begin(), borders_.end(),
+            [](border const& a, border const& b) { return a.line < b.line; });
   surveyed_ = true;
 }
 
@@ -92,12 +101,17 @@ void view::folding_filter::put_caret_at_end_of(size_t line) {
   view_.selection.set_caret({&view_, text::iterator(end_of(line), view_.storage)});
 }
 
+// The lines between must hold whole folds only. Costs what lies between, so that a level of many
+// blocks is tested in one pass over the folds.
 bool view::folding_filter::crosses_a_fold(folding_t const& fold) const {
-  return std::any_of(foldings.begin(), foldings.end(), [&](folding_t const& other) {
-    auto const holds = [&](uint32_t line) { return other.first <= line && line <= other.last; };
-    return other.first == fold.first || other.last == fold.last ||
-           holds(fold.first) != holds(fold.last);
-  });
+  if (is_end_of_fold(fold.first) || is_end_of_fold(fold.last)) return true;
+  size_t open = 0;
+  for (auto at = border_at_or_behind(fold.first); at != borders_.end() && at->line < fold.last;
+       ++at) {
+    if (at->is_last && open == 0) return true;
+    at->is_last ? --open : ++open;
+  }
+  return open != 0;
 }
 
 bool view::folding_filter::fold(folding_t const& fold) {
@@ -127,8 +141,7 @@ bool view::folding_filter::fold_lines(size_t first, size_t last) {
 bool view::folding_filter::fold_if_possible(size_t line, bool nested) {
   auto const found = block_around(line);
   if (!found || !fold(*found)) return false;
-  if (nested)
-    for (block const& inner : blocks(found->first + size_t{1}, found->last)) fold(inner.lines);
+  if (nested) add_folds(blocks(found->first + size_t{1}, found->last), 0);
   put_caret_at_end_of(found->first);
   return true;
 }
@@ -147,13 +160,20 @@ bool view::folding_filter::toggle_folding(size_t line, bool nested) {
   return unfold_if_possible(line, nested) || fold_if_possible(line, nested);
 }
 
+/// Those of a level, or of any for 0. Nobody is told. Blocks don't cross each other, so that
+/// comparing with the folds that were there is enough.
+bool view::folding_filter::add_folds(std::vector<block> const& blocks, size_t level) {
+  std::vector<folding_t> fitting;
+  for (block const& found : blocks)
+    if ((level == 0 || found.level == level) && !crosses_a_fold(found.lines))
+      fitting.push_back(found.lines);
+  foldings.insert(fitting.begin(), fitting.end());
+  surveyed_ = fitting.empty() && surveyed_;
+  return !fitting.empty();
+}
+
 bool view::folding_filter::fold_level(size_t level) {
-  bool changed = false;
-  for (block const& found : blocks(0, view_.storage->lines())) {
-    if ((level != 0 && found.level != level) || crosses_a_fold(found.lines)) continue;
-    foldings.insert(found.lines);
-    changed = true;
-  }
+  bool const changed = add_folds(blocks(0, view_.storage->lines()), level);
   if (changed) lay_out_again();
   return changed;
 }
@@ -171,9 +191,12 @@ bool view::folding_filter::unfold_level(size_t level) {
 }
 
 void view::folding_filter::restore(std::vector<folding_t> const& kept) {
-  for (folding_t const& fold : kept)
-    if (fold.first < fold.last && fold.last < view_.storage->lines() && !crosses_a_fold(fold))
-      foldings.insert(fold);
+  for (folding_t const& fold : kept) {
+    if (fold.first >= fold.last || fold.last >= view_.storage->lines()) continue;
+    if (crosses_a_fold(fold)) continue;
+    foldings.insert(fold);
+    surveyed_ = false;
+  }
   lay_out_again();
 }
 
@@ -183,9 +206,11 @@ void view::folding_filter::lay_out_again() {
   if (view_.soft_wrap) view_.soft_wrap_filter->reset();
   view_.forget_max_columns();
   view_.refresh_lines(0, std::numeric_limits<uint32_t>::max());
-  text::iterator const caret = view_.selection.current_mark.base;
-  if (is_visible(caret.pos())) return;
-  put_caret_at_end_of(in_storage({in_view(caret.pos()).line, 0}).line);
+  text::selection const& selection = view_.selection;
+  auto const shows = [this](view_iterator const& mark) { return is_visible(mark.base.pos()); };
+  if (shows(selection.current_mark) && shows(selection.first_mark) && shows(selection.last_mark))
+    return;
+  put_caret_at_end_of(in_storage({in_view(selection.current_mark.base.pos()).line, 0}).line);
 }
 
 template <typename Crossed>

@@ -77,6 +77,9 @@ class view::folding_filter : public switchable_filter {
   size_t level_of(size_t line) const;
   /// @}
 
+  bool is_folded(size_t line) const;
+  bool can_fold(size_t line) const { return block_around(line).has_value(); }
+
   bool is_visible(text::pos const& at) const;
   /// Unfolds all that hides a position, outer folds included.
   void make_visible(text::pos const& at);
@@ -109,18 +112,26 @@ class view::folding_filter : public switchable_filter {
 
   struct block {
     folding_t lines;
-    size_t level;
+    size_t level;  ///< from 1: how many blocks it is in, itself included
+  };
+
+  /// A line that is the first or last one of a fold.
+  struct border {
+    uint32_t line;
+    bool is_last;
   };
 
   unit_view units_of(size_t line) const { return view_.storage->line_units(line); }
   text::pos end_of(size_t line) const { return {line, units_of(line).size()}; }
   std::optional<marker_t> marker(size_t line) const;
+  std::vector<border>::const_iterator border_at_or_behind(size_t line) const;
   bool is_end_of_fold(size_t line) const;
   bool has_start(marker_t const& stop) const;
   std::optional<folding_t> block_around(size_t line) const;
   std::vector<block> blocks(size_t first, size_t last) const;
   bool crosses_a_fold(folding_t const& fold) const;
   bool fold(folding_t const& fold);
+  bool add_folds(std::vector<block> const& blocks, size_t level);
   void unfold(folding_t const& fold);
   template <typename Crossed>
   void unfold_where(Crossed crossed);
@@ -135,8 +146,8 @@ class view::folding_filter : public switchable_filter {
   text::view& view_;
   mutable std::vector<mark> marks_;  ///< by line; empty when nothing is known
   mutable std::vector<outer_fold> outer_;
-  mutable std::vector<uint32_t> borders_;  ///< first and last lines of all folds, in order
-  mutable bool surveyed_ = true;           ///< whether these two are those of `foldings`
+  mutable std::vector<border> borders_;  ///< of all folds, by line, at most one a line
+  mutable bool surveyed_ = true;         ///< whether these two are those of `foldings`
   text::pos erase_first_, erase_last_;
   std::set<folding_t> kept_;  ///< what `foldings` will be when a replacement is done
 };

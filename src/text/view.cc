@@ -168,6 +168,7 @@ void view::set_foldings_enabled(bool on) {
   foldings_enabled = on;
   forget_max_columns();
   switch_filter(filter_index::folding, folding_filter.get(), on);
+  if (soft_wrap) soft_wrap_filter->reset();
   if (spellcheck_enabled && spellcheck_filter) spellcheck_filter->reset();
 }
 

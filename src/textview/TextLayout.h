@@ -2,6 +2,8 @@
 
 #include "platform/view.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 /// The grid on which a text view is drawn: every unit is charWidth() wide and every row
@@ -23,9 +25,14 @@ class TextLayout {
   double gutterWidth() const { return gutter_width_; }
   /// The left part of the gutter, where bookmarks are; 0 when they don't show.
   double bookmarkWidth() const { return bookmark_width_; }
-  void setGutterWidth(double width, double bookmark_width) {
+  /// By how much images are larger than drawn, next to large letters.
+  double imageScale() const { return std::max(1.0, std::round(line_height_ / 20)); }
+  /// The right part of the gutter, where the marks of folding are; 0 when they don't show.
+  double foldWidth() const { return fold_width_; }
+  void setGutterWidth(double width, double bookmark_width, double fold_width) {
     gutter_width_ = width;
     bookmark_width_ = bookmark_width;
+    fold_width_ = fold_width;
   }
 
   double x_of_column(std::size_t column) const;
@@ -44,5 +51,5 @@ class TextLayout {
 
   platform::font font_;
   double char_width_ = 8, line_height_ = 16, ascend_ = 12;
-  double gutter_width_ = 0, bookmark_width_ = 0;
+  double gutter_width_ = 0, bookmark_width_ = 0, fold_width_ = 0;
 };

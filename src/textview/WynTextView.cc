@@ -6,6 +6,7 @@
 #include "documents/WynDocument.h"
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
+#include "platform/utf.h"
 #include "textview/WynISearchWindow.h"
 #include "textview/find_highlights.h"
 #include "textview/geometry.h"
@@ -22,6 +23,7 @@ WynTextView::WynTextView() {
   addScopedSettingMethods();
   addScrollingMethods();
   addBookmarkMethods();
+  addFoldingMethods();
   addFindMethods();
   addISearchMethods();
   addStyleSheetMethods();
@@ -147,6 +149,8 @@ void WynTextView::key_down(platform::key_event const& event) {
   if (view_ == nullptr) return;
   didPressOption_ = false;
   hasSeenKey_ = true;
+  plist::value const key = unicode::to_utf8(event.characters);
+  if (performSelectorWithObject("abortShowingFoldedText:", key).boolean_or(false)) return;
   if (iSearchWindow_ != nullptr && iSearchWindow_->sendEvent(event)) return;
   if (host_ != nullptr) host_->hide_cursor_until_mouse_moves();
   if (!WynKeyBindingManager::sharedInstance().interpretKeyEventForTextView(event, *this))

@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 class WynDocument;
 class WynISearchWindow;
@@ -94,6 +95,9 @@ class WynTextView : public platform::responder,
   /// Whether typing at the end of a line that gets wider than wrapColumns() breaks it.
   bool hardWrap() const { return hardWrap_; }
   void setHardWrap(bool on) { setSwitch(&WynTextView::hardWrap_, on); }
+  /// Turning it off unfolds everything.
+  bool foldingsEnabled() const { return foldingsEnabled_; }
+  void setFoldingsEnabled(bool on) { setSwitch(&WynTextView::foldingsEnabled_, on); }
   bool overwriteMode() const { return overwriteMode_; }
   void setOverwriteMode(bool on);
   bool freehandedEdit() const { return freehandedMode_; }
@@ -225,6 +229,7 @@ class WynTextView : public platform::responder,
   std::uint32_t dragging_updated(platform::drag_info const& info) override;
   void dragging_exited() override;
   bool perform_drag_operation(platform::drag_info const& info) override;
+  std::optional<platform::tool_tip> tool_tip_at(platform::point p) const override;
   void insert_text(std::u16string_view text) override;
   void set_marked_text(std::u16string_view text, std::size_t offset, std::size_t length) override;
   void unmark_text() override;
@@ -238,6 +243,9 @@ class WynTextView : public platform::responder,
   std::u16string const& markedText() const { return markedText_; }
   /// From where the caret would stand to where it is drawn inside the marked text, in pixels.
   double markedTextOffset() const;
+
+  /// Where the mark of folded text stands behind a row; empty without one.
+  platform::rect foldEllipsis(std::size_t row) const;
 
   /// The row and column ranges of the visible part without the gutter.
   platform::rect visibleTextRect() const;
@@ -275,6 +283,7 @@ class WynTextView : public platform::responder,
   void addExtensionMethods();
   void addScrollingMethods();
   void addBookmarkMethods();
+  void addFoldingMethods();
   void addFindMethods();
   void addISearchMethods();
   void addStyleSheetMethods();
@@ -286,6 +295,7 @@ class WynTextView : public platform::responder,
   void frameDidChange();
   void fontDidChange();
   void applyFreehandedMode();
+  void applyFoldingsEnabled();
 
   // Options of one document (WynTextView_ScopedSettings.cc)
   void addScopedSettingMethods();
@@ -342,6 +352,12 @@ class WynTextView : public platform::responder,
   void toggleBookmark(std::size_t line, std::size_t column);
   bool toggleBookmarkAtClick(platform::point p);
   void goToBookmark(text::pos (text::view::*find)(std::size_t line) const);
+
+  // Folding (WynTextView_Folding.cc)
+  std::pair<std::size_t, std::size_t> selectedLines() const;  // first and last
+  bool isFolded(std::size_t row) const;
+  std::optional<std::size_t> rowOfEllipsisAt(platform::point p) const;
+  bool toggleFoldingAtClick(platform::mouse_event const& event);
 
   // Mouse (WynTextView_events.cc)
   void selectAtClick(platform::mouse_event const& event);
@@ -400,6 +416,7 @@ class WynTextView : public platform::responder,
   bool highlightCurrentLine_ = false;
   bool showWrapMarginIndicator_ = false, highlightWrapMargin_ = true;
   bool hardWrap_ = false;
+  bool foldingsEnabled_ = true;
   std::string fontName_;
   double fontSize_ = 12;
 

@@ -60,6 +60,8 @@ WynTextView::plain_switch const WynTextView::plainSwitches[] = {
     {"highlightWrapMargin", "WynTextViewHighlightWrapMargin", &WynTextView::highlightWrapMargin_,
      &WynTextView::setNeedsDisplay},
     {"hardWrap", "WynTextViewHardWrapEnabled", &WynTextView::hardWrap_, nullptr},
+    {"foldingsEnabled", "WynTextViewFoldingsEnabled", &WynTextView::foldingsEnabled_,
+     &WynTextView::applyFoldingsEnabled},
     {"freehandedEdit", "WynTextViewFreehandedModeEnabled", &WynTextView::freehandedMode_,
      &WynTextView::applyFreehandedMode},
 };
@@ -254,4 +256,5 @@ void WynTextView::applyOptionsToView() {
   applySoftWrap();
   view_->overwrite_mode = overwriteMode_;
   if (view_->freehanded_mode != freehandedMode_) view_->set_freehanded_mode(freehandedMode_);
+  view_->set_foldings_enabled(foldingsEnabled_);
 }

@@ -121,6 +121,7 @@ void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) 
   set_folding_patterns(*view_, language);
   initializeSettings();
   updateValueForKey(currentMode_, "currentMode");
+  recalcFrameSize();  // the gutter has marks where the language has blocks
   setNeedsDisplay();
   postLanguageDidChange();
 }

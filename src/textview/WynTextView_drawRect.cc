@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "grammar/tokenize_filter.h"
+#include "text/folding_filter.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 #include "textview/geometry.h"
@@ -15,6 +16,8 @@
 using platform::color;
 using platform::point;
 using platform::rect;
+using folding_filter = class text::view::folding_filter;
+using line_type = folding_filter::line_type;
 
 namespace {
 
@@ -128,6 +131,7 @@ class painter {
     paint_matches();
     paint_selection();
     for (std::size_t row = first_row(); row <= last_row(); ++row) paint_row(row);
+    paint_ellipses();
     paint_caret();
     g_.pop_clip();
   }
@@ -151,17 +155,30 @@ class painter {
       if (layout_.bookmarkWidth() > 0 && view_.has_bookmark(begin.line))
         paint_bookmark(gutter, row);
       if (text_view_.lineNumbers()) paint_line_number(gutter, row, begin.line + 1, row == current);
+      if (layout_.foldWidth() > 0) paint_fold_mark(gutter, row, begin.line);
     }
   }
 
+  void paint_fold_mark(rect const& gutter, std::size_t row, std::size_t line) {
+    line_type const type = view_.folding_filter->folding_type(line);
+    if (type == line_type::none) return;
+    double const side = 11 * layout_.imageScale();
+    double const x = gutter.right() - layout_.foldWidth() + (layout_.foldWidth() - side) / 2;
+    double const y = layout_.y_of_row(row) + std::round((layout_.lineHeight() - side) / 2);
+    g_.draw_image(type == line_type::start  ? "Folding Top Cap"
+                  : type == line_type::stop ? "Folding Bottom Cap"
+                                            : "Folding Collapsed",
+                  {x, y, side, side});
+  }
+
   void paint_bookmark(rect const& gutter, std::size_t row) {
-    double const side = std::min(layout_.bookmarkWidth() - 2, layout_.lineHeight());
+    double const side = 12 * layout_.imageScale();
     double const y = layout_.y_of_row(row) + std::round((layout_.lineHeight() - side) / 2);
     g_.draw_image("BookmarkFlag", {gutter.x + 1, y, side, side});
   }
 
   void paint_wrap_mark(rect const& gutter, std::size_t row) {
-    double const x = std::round(gutter.right() - 1.5 * layout_.charWidth());
+    double const x = std::round(gutter.right() - layout_.foldWidth() - 1.5 * layout_.charWidth());
     g_.draw_cluster({&wrap_mark, 1}, {x, layout_.y_of_row(row) + layout_.ascend()},
                     layout_.charWidth(), {colors_.gutter_number});
   }
@@ -169,7 +186,8 @@ class painter {
   void paint_line_number(rect const& gutter, std::size_t row, std::size_t number, bool current) {
     std::string const digits = std::to_string(number);
     double const width = static_cast<double>(digits.size()) * layout_.charWidth();
-    double const x = std::round(gutter.right() - 0.5 * layout_.charWidth() - width);
+    double const right = gutter.right() - layout_.foldWidth() - 0.5 * layout_.charWidth();
+    double const x = std::round(right - width);
     color const c = current ? colors_.gutter_current_number : colors_.gutter_number;
     g_.draw_run(std::u16string(digits.begin(), digits.end()),
                 {x, layout_.y_of_row(row) + layout_.ascend()}, layout_.charWidth(), {c});
@@ -291,6 +309,13 @@ class painter {
   void paint_mark(char16_t mark, std::size_t column, double baseline) {
     g_.draw_cluster({&mark, 1}, {layout_.x_of_column(column), baseline}, layout_.charWidth(),
                     {colors_.invisibles});
+  }
+
+  void paint_ellipses() {
+    if (!view_.foldings_enabled || view_.folding_filter->foldings.empty()) return;
+    for (std::size_t row = first_row(); row <= last_row(); ++row)
+      if (rect const mark = text_view_.foldEllipsis(row); mark.intersects(dirty_))
+        g_.draw_image("Folding Ellipsis", mark);
   }
 
   void paint_caret() {

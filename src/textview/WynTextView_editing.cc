@@ -1,4 +1,5 @@
 #include "actions/movement.h"
+#include "actions/movement_wrappers.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
 #include "text/row_break.h"
@@ -132,14 +133,14 @@ void WynTextView::insertText(plist::value const& text) {
 void WynTextView::deleteBackward() {
   bool const had_selection = view_->has_selection();
   kill_buffer_disabled const guard(*view_, !had_selection);
-  if (!had_selection) view_->selection.select_to(left(view_->selection.current_mark), false);
+  if (!had_selection) select_for_deletion(view_, left);
   view_->erase_selection();
 }
 
 void WynTextView::deleteForward() {
   bool const had_selection = view_->has_selection();
   kill_buffer_disabled const guard(*view_, !had_selection);
-  if (!had_selection) view_->selection.select_to(right(view_->selection.current_mark), false);
+  if (!had_selection) select_for_deletion(view_, right);
   view_->erase_selection();
 }
 

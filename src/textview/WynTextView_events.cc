@@ -68,6 +68,7 @@ platform::cursor WynTextView::cursor_at(point p, std::uint32_t modifiers) const 
   if (host_ != nullptr && p.x < host_->visible_rect().x + layout_.gutterWidth())
     return platform::cursor::arrow;
   if (dragArm_ == drag_arm::armed) return platform::cursor::arrow;
+  if (view_ != nullptr && rowOfEllipsisAt(p)) return platform::cursor::arrow;
   return is_option_alone(modifiers) ? platform::cursor::cross : platform::cursor::text;
 }
 
@@ -85,7 +86,7 @@ void WynTextView::mouse_down(mouse_event const& event) {
     showContextMenu(event.position);
     return;
   }
-  if (toggleBookmarkAtClick(event.position)) return;
+  if (toggleBookmarkAtClick(event.position) || toggleFoldingAtClick(event)) return;
   leftMouseDown_ = true;
   mouseHasMoved_ = false;
   setMousePosition(event.position);

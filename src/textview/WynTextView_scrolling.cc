@@ -1,5 +1,6 @@
 #include "platform/desktop.h"
 #include "text/bookmark_filter.h"
+#include "text/folding_filter.h"
 #include "textview/WynTextView.h"
 #include "textview/geometry.h"
 #include "textview/view_will_change.h"
@@ -17,7 +18,8 @@ namespace {
 
 constexpr double blink_period = 0.5;  // seconds
 constexpr double frame_margin = 4;    // right of and below the text
-constexpr double bookmark_width = 14;
+constexpr double bookmark_width = 14, fold_width = 13;
+constexpr std::size_t ellipsis_columns = 4;  // behind a folded line
 constexpr double min_wrap_columns = 10;
 
 unsigned digits_of(std::size_t n) {
@@ -39,12 +41,17 @@ void WynTextView::setupTextFrame() {
 void WynTextView::updateGutterWidth() {
   bool const marked = !view_->bookmark_filter->nodes.empty();
   bool const bookmarks = showBookmarksInGutter_ && (lineNumbers_ || marked);
-  double const flag = bookmarks ? bookmark_width : 0;
+  double const flag = bookmarks ? bookmark_width * layout_.imageScale() : 0;
   double columns = softWrap() && showSoftWrapInGutter_ ? 1.5 : 0;
   if (lineNumbers_) columns = std::max(3u, digits_of(view_->storage->lines())) + 1.5;
-  double const width = flag + std::ceil(columns * layout_.charWidth());
-  if (width != layout_.gutterWidth() || flag != layout_.bookmarkWidth()) setNeedsDisplay();
-  layout_.setGutterWidth(width, flag);
+  auto const& filter = *view_->folding_filter;
+  bool const folds = view_->foldings_enabled && (filter.has_patterns() || !filter.foldings.empty());
+  double const fold = folds ? fold_width * layout_.imageScale() : 0;
+  double const width = flag + std::ceil(columns * layout_.charWidth()) + fold;
+  if (width != layout_.gutterWidth() || flag != layout_.bookmarkWidth() ||
+      fold != layout_.foldWidth())
+    setNeedsDisplay();
+  layout_.setGutterWidth(width, flag, fold);
 }
 
 // One column stays free for the unit in front of a cut through a long word.
@@ -62,7 +69,8 @@ unsigned WynTextView::wrapColumns() const {
 
 // The width of the whole view: rows that reach the right margin are not cut off.
 double WynTextView::frameWidth() const {
-  if (!softWrap()) return layout_.x_of_column(view_->columns() + 1) + frame_margin;
+  std::size_t const behind = view_->folding_filter->foldings.empty() ? 1 : ellipsis_columns;
+  if (!softWrap()) return layout_.x_of_column(view_->columns() + behind) + frame_margin;
   double const visible = host_->visible_rect().width;
   if (rightMargin() < 1) return visible;
   return std::max(visible, layout_.x_of_column(wrapColumns() + 1) + frame_margin);

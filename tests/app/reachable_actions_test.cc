@@ -32,8 +32,8 @@ names const synonyms = {"insertParagraphSeparator:",
                         "deleteLeft:",
                         "deleteRight:"};
 
-// Deleting by rows is in nobody's fingers; macros have it.
-names const for_macros = {"deleteUp:", "deleteDown:"};
+// Deleting by rows is in nobody's fingers; macros have it. Any key closes a tool tip.
+names const for_macros = {"deleteUp:", "deleteDown:", "abortShowingFoldedText:"};
 
 bool is_query(std::string const& name) {
   return name.back() != ':' || name.ends_with("IsChecked:") ||
