@@ -29,7 +29,9 @@ class large_file {
   ~large_file() { std::filesystem::remove_all(folder_); }
 
   std::string path() const { return folder_ / "file"; }
-  std::int64_t size() const { return static_cast<std::int64_t>(std::filesystem::file_size(path())); }
+  std::int64_t size() const {
+    return static_cast<std::int64_t>(std::filesystem::file_size(path()));
+  }
 
  private:
   std::filesystem::path folder_;
@@ -58,9 +60,7 @@ BENCHMARK_CAPTURE(save, in_place, false, nullptr)->Unit(benchmark::kMillisecond)
 BENCHMARK_CAPTURE(save, in_place_safety_copy_in_memory, false, in_memory)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
-BENCHMARK_CAPTURE(save, as_a_new_file, true, nullptr)
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime();
+BENCHMARK_CAPTURE(save, as_a_new_file, true, nullptr)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void cp_and_sync(benchmark::State& state) {
   large_file const file;

@@ -1,18 +1,48 @@
 #include "documents/storage_bytes.h"
 
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "encoding/encoded_size.h"
 #include "encoding/lost_units.h"
 
 namespace documents {
 namespace {
 
+/// Short lines are put many at a time, since each call costs as much as some hundred units.
 bool put_lines(text::storage const& storage, encoding::stream_encoder& encoder) {
-  static constexpr char16_t line_end = u'\n';
+  constexpr std::size_t room = 4096;
+  char16_t gathered[room];
+  std::size_t size = 0;
+  auto const put_gathered = [&] {
+    return encoder.put(gathered, gathered + std::exchange(size, 0));
+  };
   for (std::size_t line = 0; line < storage.lines(); ++line) {
-    if (line != 0 && !encoder.put(&line_end, &line_end + 1)) return false;
     text::unit_view const units = storage.line_units(line);
-    if (!encoder.put(units.data(), units.data() + units.size())) return false;
+    if (size + units.size() + 1 > room && !put_gathered()) return false;
+    if (line != 0) gathered[size++] = u'\n';
+    if (units.size() >= room - size) {
+      if (!put_gathered() || !encoder.put(units.data(), units.data() + units.size())) return false;
+      continue;
+    }
+    std::copy(units.begin(), units.end(), gathered + size);
+    size += units.size();
   }
-  return encoder.finish();
+  return put_gathered() && encoder.finish();
+}
+
+/// What put_lines puts, in bytes, where the charset lets it be told without encoding.
+std::optional<std::uint64_t> size_of(text::storage const& storage,
+                                     encoding::file_format const& format) {
+  if (format.charset != encoding::UTF8) return std::nullopt;
+  std::uint64_t const line_end = format.line_ending == line_ending::CRLF ? 2 : 1;
+  std::uint64_t size = (format.byte_order_mark ? 3 : 0) + (storage.lines() - 1) * line_end;
+  for (std::size_t line = 0; line < storage.lines(); ++line) {
+    text::unit_view const units = storage.line_units(line);
+    size += encoding::utf8_size(units.data(), units.data() + units.size(), format.pairs);
+  }
+  return size;
 }
 
 }  // namespace
@@ -22,6 +52,7 @@ path::file_contents storage_bytes(text::storage const& storage, encoding::file_f
     encoding::stream_encoder encoder(format, sink);
     return put_lines(storage, encoder);
   };
+  if (auto const size = size_of(storage, format)) return {*size, produce};
   std::uint64_t size = 0;
   produce([&size](unsigned char const*, std::size_t piece) {
     size += piece;
