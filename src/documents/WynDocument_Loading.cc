@@ -154,12 +154,12 @@ bool WynDocument::restore(documents::safety_copy copy) {
     documents::tell_could_not_open(*error, copy.file());
     return false;
   }
-  documents::replace_text(*storage_, text.units);
   auto const& format = copy.origin().format;
   fileEncoding_ = format.charset;
   lineEnding_ = format.line_ending;
   byteOrderMark_ = format.byte_order_mark;
   supplementaryPairs_ = format.pairs;
+  documents::replace_text(*storage_, text.units);  // whoever is told of it sees the new format
   if (fileContent_ != file_content::not_loaded) fileContent_ = file_content::kept;
   safetyCopies_.push_back(std::move(copy));
   return true;

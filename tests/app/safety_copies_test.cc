@@ -67,6 +67,7 @@ TEST_F(left_over_text, is_kept_by_an_end_that_asks_nothing) {
   auto* const restored = app().orderedControllers()[1];
   EXPECT_EQ(restored->textDocument()->storage().line_units(0), u"\u20AC!caf\u00E9 ");
   EXPECT_NE(restored->textDocument()->fileEncoding(), charset);
+  EXPECT_EQ(window_of(*restored).values["fileEncoding"], plist::value("UTF8"));
   EXPECT_EQ(shown(app().orderedControllers()[0]), "no name");
 
   EXPECT_TRUE(perform(*restored, "saveDocument:"));
