@@ -7,10 +7,13 @@
 #include <QCloseEvent>
 #include <QInputMethodEvent>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QShortcut>
 #include <QTextCharFormat>
 #include <QWindow>
+
+#include <utility>
 
 namespace widgets {
 namespace {
@@ -55,6 +58,24 @@ class FindPanel::Dialog final : public QDialog {
 
  private:
   FindPanel& owner_;
+};
+
+// A button that knows which keys were held when it was clicked. Its own key (Alt and a letter) is
+// no click with Alt.
+class FindPanel::Button final : public QPushButton {
+ public:
+  using QPushButton::QPushButton;
+  Qt::KeyboardModifiers take_modifiers() { return std::exchange(held_, {}); }
+
+ protected:
+  void mouseReleaseEvent(QMouseEvent* event) override {
+    held_ = event->modifiers();
+    QPushButton::mouseReleaseEvent(event);
+    held_ = {};
+  }
+
+ private:
+  Qt::KeyboardModifiers held_;
 };
 
 FindPanel::FindPanel() = default;
@@ -114,19 +135,19 @@ void FindPanel::make_buttons(QGridLayout& grid) {
     char const* tip;
   };
   constexpr button buttons[] = {
-      {"Replace &All", replace_all, "With Alt or Ctrl in the selection only"},
+      {"Replace &All", replace_all, "With Alt or Ctrl held at the click, in the selection only"},
       {"&Replace", replace, "Replace the selection"},
       {"Replace && Fi&nd", replace_and_find, "Replace the selection and find the next match"},
-      {"C&ount", count, "With Alt or Ctrl in the selection only"},
+      {"C&ount", count, "With Alt or Ctrl held at the click, in the selection only"},
       {"Pre&vious", find_previous, "Shift+Return"},
       {"Nex&t", find_next, "Return; Ctrl+Return closes this window, too"}};
   auto* const row = new QHBoxLayout;
   for (button const& b : buttons) {
-    auto* const made = new QPushButton(QLatin1String(b.title));
+    auto* const made = new Button(QLatin1String(b.title));
     made->setAutoDefault(false);
     made->setToolTip(QLatin1String(b.tip));
     QObject::connect(made, &QPushButton::clicked, dialog_.get(),
-                     [this, tag = b.tag] { act(tag, false); });
+                     [=, this, tag = b.tag] { act(tag, made->take_modifiers(), false); });
     row->addWidget(made);
   }
   grid.addWidget(status_, 3, 0, 1, 2);
@@ -136,13 +157,11 @@ void FindPanel::make_buttons(QGridLayout& grid) {
 void FindPanel::add_key(QKeySequence const& key, int tag, bool by_key) {
   auto* const shortcut = new QShortcut(key, dialog_.get());
   QObject::connect(shortcut, &QShortcut::activated, dialog_.get(),
-                   [this, tag, by_key] { act(tag, by_key); });
+                   [this, tag, by_key] { act(tag, {}, by_key); });
 }
 
-void FindPanel::act(int tag, bool by_key) {
-  if (delegate_ == nullptr) return;
-  delegate_->findPanelAction(tag, translate_modifiers(QGuiApplication::keyboardModifiers()),
-                             by_key);
+void FindPanel::act(int tag, Qt::KeyboardModifiers held, bool by_key) {
+  if (delegate_ != nullptr) delegate_->findPanelAction(tag, translate_modifiers(held), by_key);
 }
 
 void FindPanel::changed() {

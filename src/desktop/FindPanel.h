@@ -32,11 +32,12 @@ class FindPanel final : public platform::find_panel {
 
  private:
   class Dialog;
+  class Button;
 
   void make_dialog();
   void make_buttons(QGridLayout& grid);
   void add_key(QKeySequence const& key, int tag, bool by_key);
-  void act(int tag, bool by_key);
+  void act(int tag, Qt::KeyboardModifiers held, bool by_key);
   void changed();
   void place_over(QWidget* window);
 

@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::size_t literal_slice = 1 << 21;  // units; a millisecond's work or less
 constexpr std::size_t longest_examined = 2000;  // units of a bad pattern
+constexpr auto time_to_examine = std::chrono::milliseconds(15);
 
 }  // namespace
 
@@ -40,7 +41,10 @@ std::size_t text_query::error_offset(std::u16string_view pattern) {
   auto const is_wrong_too = [&](std::string const& other) {
     return is_unfinished ? !other.empty() : other == wrong;
   };
-  while (length > 0 && is_wrong_too(message(pattern.substr(0, length - 1)))) --length;
+  auto const until = std::chrono::steady_clock::now() + time_to_examine;
+  while (length > 0 && std::chrono::steady_clock::now() < until &&
+         is_wrong_too(message(pattern.substr(0, length - 1))))
+    --length;
   return length == 0 ? 0 : length - 1;
 }
 

@@ -35,7 +35,9 @@ type_text 'Q$0'
 keys alt+f
 keys ctrl+a
 type_text '[XYZ]'
-keys alt+x alt+a
+# Their Alt, however long it is held, isn't that of a click.
+keys alt+x
+xdotool keydown alt key a sleep 0.3 keyup alt
 leave_panel() {
   keys Escape
   has_focus
