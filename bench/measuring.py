@@ -89,7 +89,7 @@ class Sandbox:
         child.returncode = os.waitstatus_to_exitcode(status)
         wall = time.perf_counter() - started
         if child.returncode != 0:
-            raise SystemExit(f"bench/run: {command} ended with {child.returncode}: {output[:500]}")
+            raise SystemExit(f"bench/run: {command[:9]} ended with {child.returncode}: {output[:500]}")
         return Usage(wall * 1000, (usage.ru_utime + usage.ru_stime) * 1000,
                      usage.ru_maxrss * 1024 / 1e6, output)
 

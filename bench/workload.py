@@ -29,6 +29,16 @@ def head(path, size):
         return file.read(size)
 
 
+def plist_xml(value):
+    if isinstance(value, dict):
+        items = (f"<key>{escape(key)}</key>{plist_xml(item)}" for key, item in value.items())
+        return f"<dict>{''.join(items)}</dict>"
+    if isinstance(value, bool):
+        return "<true/>" if value else "<false/>"
+    tag = "integer" if isinstance(value, int) else "string"
+    return f"<{tag}>{escape(str(value))}</{tag}>"
+
+
 class Workload:
     def __init__(self, folder):
         self.folder = folder
@@ -50,9 +60,7 @@ class Workload:
         with open(path, "w") as out:
             out.write('<?xml version="1.0" encoding="UTF-8"?>\n<plist version="1.0"><array>\n')
             for command, argument in steps:
-                tag = "integer" if isinstance(argument, int) else "string"
-                value = (f"<key>argument</key><{tag}>{escape(str(argument))}</{tag}>"
-                         if argument is not None else "")
+                value = "" if argument is None else "<key>argument</key>" + plist_xml(argument)
                 out.write(f"<dict><key>command</key><string>{command}</string>{value}</dict>\n")
             out.write("</array></plist>\n")
         return str(path)
