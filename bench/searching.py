@@ -49,7 +49,8 @@ class Searching:
         for name, find, replacement, pattern, command, limit in (
                 ("literal", "needle", "thread", False, r"%s/needle/thread/g", 0.2),
                 ("pattern", r"needle([0-9]+)", "$1pin", True, r"%s/\vneedle([0-9]+)/\1pin/g", 0.3)):
-            outs = {who: str(self.folder / f"replaced-{who}.txt") for who in ("ours", "vim", "nvim")}
+            outs = {who: str(self.folder / f"replaced-{who}.txt")
+                    for who in ("ours", "vim", "nvim")}
             vim = ["-c", command, "-c", f"w! {outs['vim']}", "-c", "q!", file]
             nvim = ["-c", command, "-c", f"w! {outs['nvim']}", "-c", "q!", file]
             steps = replace_steps(find, replacement, pattern)
@@ -78,7 +79,8 @@ class Searching:
     @staticmethod
     def write_hits(out):
         for n in range(HITS):
-            out.write(b"%07d connection accepted, needle%06d, ok %05d\n" % (n, n % 999_983, n % 99_991))
+            out.write(b"%07d connection accepted, needle%06d, ok %05d\n" %
+                      (n, n % 999_983, n % 99_991))
 
     def find(self):
         """By find_bench: everything but drawing, from the first line to the last of 100 MB."""
@@ -110,8 +112,9 @@ class Searching:
                     "-c", f"w! {outs['vim']}", "-c", "q!", self.workload.log_10]})
         if not filecmp.cmp(outs["ours"], outs["vim"], shallow=False):
             raise SystemExit("bench/run: vim's macro does something else")
-        self.table.add(f"macro of ten steps, {STEPS} times in 10 MB", least(results["ours"], "wall"),
-                       "vim", least(results["vim"], "wall"), 0.3)
+        work = f"macro of ten steps, {STEPS} times in 10 MB"
+        self.table.add(work, least(results["ours"], "wall"), "vim", least(results["vim"], "wall"),
+                       0.3)
         self.table.add("… its user and system time", least(results["ours"], "cpu"),
                        "vim", least(results["vim"], "cpu"), 0.3)
         self.over_files(script)
@@ -134,7 +137,8 @@ class Searching:
         if not all(filecmp.cmp(a, b, shallow=False) for a, b in zip(files["ours"], files["vim"])):
             raise SystemExit("bench/run: vim's macro does something else to many files")
         work = f"macro of ten steps over each of {FILES} files, saved"
-        self.table.add(work, least(results["ours"], "wall"), "vim", least(results["vim"], "wall"), 0.1)
+        self.table.add(work, least(results["ours"], "wall"), "vim", least(results["vim"], "wall"),
+                       0.1)
         self.table.add("… its user and system time", least(results["ours"], "cpu"), "vim",
                        least(results["vim"], "cpu"), 0.1)
 

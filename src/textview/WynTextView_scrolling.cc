@@ -86,9 +86,11 @@ bool WynTextView::updateScreenWidth() {
   return true;
 }
 
-// The width goes first, so that a large text is wrapped once.
+// The width goes first, and in front of it that of the gutter, which has marks for wrapped rows: so
+// a large text is wrapped once.
 void WynTextView::applySoftWrap() {
   if (view_ == nullptr) return;
+  if (host_ != nullptr) updateGutterWidth();
   updateScreenWidth();
   view_->set_soft_wrap(softWrap());
 }
