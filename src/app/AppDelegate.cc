@@ -12,6 +12,7 @@
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
 #include "textview/WynFindManager.h"
+#include "textview/WynThemeManager.h"
 
 #include <sys/stat.h>
 
@@ -38,6 +39,32 @@ void add_recent_items(recent_files const& recent, std::vector<platform::menu_ite
   clear.selector = "clearRecentFiles:";
   items.push_back(separator);
   items.push_back(clear);
+}
+
+platform::menu_item item_for(std::string title, char const* selector, plist::value argument) {
+  platform::menu_item item;
+  item.title = std::move(title);
+  item.selector = selector;
+  item.argument = std::move(argument);
+  return item;
+}
+
+std::vector<platform::menu_item> language_items() {
+  auto languages = BundleManager::sharedInstance().bundleItemsOfKind("language");
+  std::stable_sort(languages.begin(), languages.end(), [](auto const& a, auto const& b) {
+    return caseInsensitiveCompare(a->name(), b->name()) < 0;
+  });
+  std::vector<platform::menu_item> items;
+  for (auto const& language : languages)
+    items.push_back(item_for(language->name(), "changeLanguageToAndLearn:", language->UUID()));
+  return items;
+}
+
+std::vector<platform::menu_item> theme_items() {
+  std::vector<platform::menu_item> items;
+  for (auto const& theme : WynThemeManager::sharedInstance().allThemes())
+    items.push_back(item_for(theme.name(), "takeThemeFrom:", theme.uuid()));
+  return items;
 }
 
 }  // namespace
@@ -73,11 +100,32 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
                                                        0);
     return plist::value();
   });
+  addThemeMethods();
   WynFindManager::sharedInstance().setMainView([this] { return frontTextView(); });
   add("selectNextWindow:", [this](auto const&) { selectWindow(1); });
   add("selectPreviousWindow:", [this](auto const&) { selectWindow(-1); });
   add("terminate:", [this](auto const&) {
     if (applicationShouldTerminate()) platform::desktop::current().terminate();
+  });
+}
+
+void AppDelegate::addThemeMethods() {
+  addMethod("takeThemeFrom:", [](plist::value const& uuid) {
+    return plist::value(WynThemeManager::sharedInstance().selectTheme(uuid.string_or("")));
+  });
+  addMethod("takeThemeFromIsChecked:", [](plist::value const& uuid) {
+    auto& manager = WynThemeManager::sharedInstance();
+    auto const* const selected = manager.selectedTheme();
+    return plist::value(!manager.followsDesktop() && selected != nullptr &&
+                        selected->uuid() == uuid.string_or(""));
+  });
+  addMethod("toggleThemeFollowsDesktop:", [](plist::value const&) {
+    auto& manager = WynThemeManager::sharedInstance();
+    manager.setFollowsDesktop(!manager.followsDesktop());
+    return plist::value();
+  });
+  addMethod("toggleThemeFollowsDesktopIsChecked:", [](plist::value const&) {
+    return plist::value(WynThemeManager::sharedInstance().followsDesktop());
   });
 }
 
@@ -329,6 +377,8 @@ std::vector<platform::menu_item> AppDelegate::statusMenu(std::string_view part) 
 std::vector<platform::menu_item> AppDelegate::dynamicItems(std::string_view name) const {
   std::vector<platform::menu_item> items;
   if (name == "recentFiles") add_recent_items(recent_, items);
+  if (name == "languages") items = language_items();
+  if (name == "themes") items = theme_items();
   if (name == "wrapColumns") items = WynTextView::wrapColumnItems();
   return items;
 }

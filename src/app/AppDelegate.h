@@ -59,6 +59,7 @@ class AppDelegate : public platform::application_delegate {
   std::vector<platform::menu_item> contextMenu() const;
 
  private:
+  void addThemeMethods();
   void openLaunchArguments();
   bool installIfBundle(std::string const& path);
   WynDocumentController& newWindow(std::shared_ptr<WynDocument> document);

@@ -4,6 +4,7 @@
 #include "desktop/FindPanel.h"
 #include "desktop/MenuBar.h"
 #include "desktop/QtAlertPanel.h"
+#include "desktop/QtAppearance.h"
 #include "desktop/QtFilePanels.h"
 #include "desktop/QtFontPanel.h"
 #include "desktop/QtPasteboard.h"
@@ -47,6 +48,7 @@ class QtDesktop final : public platform::desktop {
   platform::find_panel& find() override { return find_panel_; }
   platform::busy_panel& busy() override { return busy_; }
   platform::font_panel& fonts() override { return fonts_; }
+  platform::appearance& appearance() override { return appearance_; }
   void beep() override { QApplication::beep(); }
   platform::file_watcher& files() override { return files_; }
   bool is_waiting() const override;
@@ -87,6 +89,7 @@ class QtDesktop final : public platform::desktop {
   FindPanel find_panel_;
   BusyPanel busy_;
   QtFontPanel fonts_;
+  QtAppearance appearance_;
   platform::application_delegate* delegate_ = nullptr;
   bool terminated_ = false;
   std::vector<EditorWindow*> windows_;  // the one active last comes first

@@ -1,5 +1,7 @@
 #include "headless/headless_desktop.h"
 
+#include "platform/notification_center.h"
+
 #include <algorithm>
 #include <chrono>
 #include <thread>
@@ -66,6 +68,12 @@ std::optional<platform::font> scripted_fonts::run(platform::font const& initial)
   platform::font const answer = answers.front();
   answers.pop_front();
   return answer;
+}
+
+void memory_appearance::set_dark(bool dark) {
+  if (dark == dark_) return;
+  dark_ = dark;
+  platform::notification_center::standard().post(did_change, this);
 }
 
 void scripted_find_panel::order_front(bool replace_field) {

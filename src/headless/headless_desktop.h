@@ -112,6 +112,15 @@ class scripted_busy : public platform::busy_panel {
   std::string shown;
 };
 
+class memory_appearance : public platform::appearance {
+ public:
+  bool is_dark() override { return dark_; }
+  void set_dark(bool dark);
+
+ private:
+  bool dark_ = false;
+};
+
 class headless_desktop;
 
 class headless_window : public platform::window {
@@ -159,6 +168,7 @@ class headless_desktop : public platform::desktop {
   scripted_find_panel& find() override { return find_panel_; }
   scripted_busy& busy() override { return busy_; }
   scripted_fonts& fonts() override { return fonts_; }
+  memory_appearance& appearance() override { return appearance_; }
   void beep() override { ++beeps; }
   platform::file_watcher& files() override { return files_; }
   bool is_waiting() const override { return loop_.is_nested() || alerts_.is_open(); }
@@ -183,6 +193,7 @@ class headless_desktop : public platform::desktop {
   scripted_find_panel find_panel_;
   scripted_busy busy_;
   scripted_fonts fonts_;
+  memory_appearance appearance_;
   std::vector<headless_window*> front_to_back_;
   platform::desktop* former_;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/alert.h"
+#include "platform/appearance.h"
 #include "platform/application.h"
 #include "platform/busy_panel.h"
 #include "platform/file_panel.h"
@@ -40,6 +41,7 @@ class desktop {
   virtual find_panel& find() = 0;
   virtual busy_panel& busy() = 0;
   virtual font_panel& fonts() = 0;
+  virtual platform::appearance& appearance() = 0;
   virtual void beep() = 0;
   virtual file_watcher& files() = 0;
   /// Whether something further up the stack waits: for the answer to an alert or panel, or in

@@ -6,12 +6,17 @@
 #include "bundles/item_file.h"
 #include "path/file_system.h"
 #include "path/path.h"
+#include "platform/desktop.h"
 #include "platform/library_folders.h"
 #include "platform/user_defaults.h"
+#include "textview/color_strings.h"
 
 namespace {
 
 constexpr char const* selected_key = "WynThemeManagerSelectedTheme";
+constexpr char const* follows_key = "WynThemeManagerFollowsDesktop";
+constexpr char const* light_key = "WynThemeManagerLightTheme";
+constexpr char const* dark_key = "WynThemeManagerDarkTheme";
 constexpr char const* deleted_key = "WynThemeManagerDeletedThemes";
 
 std::vector<std::string> theme_folders() {
@@ -19,6 +24,13 @@ std::vector<std::string> theme_folders() {
   folders.push_back(platform::shared_support_folder());
   for (std::string& folder : folders) folder = path::join(folder, "Themes");
   return folders;
+}
+
+bool has_dark_background(WynThemeManager::theme const& theme) {
+  for (plist::value const& rule : theme.data["settings"].elements())
+    if (auto const c = NSColorForKey(rule["settings"], "background"); c && !rule["scope"])
+      return is_dark(*c);
+  return false;
 }
 
 platform::user_defaults& defaults() {
@@ -36,9 +48,13 @@ WynThemeManager::WynThemeManager(std::vector<std::string> folders) {
   for (std::string const& folder : folders) readThemes(folder);
   std::stable_sort(settingsFiles_.begin(), settingsFiles_.end(),
                    [](theme const& a, theme const& b) { return a.name() < b.name(); });
+  defaults().register_defaults({{light_key, "7CAF2E89-DB5D-561D-A119-A2A7AF6D929B"},
+                                {dark_key, "64080B94-DF18-5159-9D76-94986E324593"}});
   if (theme const* const current = selectedTheme()) selected_ = current->uuid();
   defaultsToken_ = platform::notification_center::standard().observe(
-      platform::user_defaults::did_change, [this](auto const&) { defaultsDidChange(); });
+      platform::user_defaults::did_change, [this](auto const&) { tellIfChanged(); });
+  appearanceToken_ = platform::notification_center::standard().observe(
+      platform::appearance::did_change, [this](auto const&) { tellIfChanged(); });
 }
 
 void WynThemeManager::readThemes(std::string const& folder) {
@@ -66,11 +82,19 @@ void WynThemeManager::readThemes(std::string const& folder) {
   }
 }
 
-WynThemeManager::theme const* WynThemeManager::selectedTheme() {
-  std::string const selected = defaults().string(selected_key);
+WynThemeManager::theme const* WynThemeManager::themeWithUUID(std::string const& uuid) const {
   auto const found = std::find_if(settingsFiles_.begin(), settingsFiles_.end(),
-                                  [&](theme const& t) { return t.uuid() == selected; });
-  if (found != settingsFiles_.end()) return &*found;
+                                  [&](theme const& t) { return t.uuid() == uuid; });
+  return found == settingsFiles_.end() ? nullptr : &*found;
+}
+
+WynThemeManager::theme const* WynThemeManager::selectedTheme() {
+  if (followsDesktop()) {
+    bool const dark = platform::desktop::current().appearance().is_dark();
+    std::string const uuid = defaults().string(dark ? dark_key : light_key);
+    if (theme const* const found = themeWithUUID(uuid)) return found;
+  }
+  if (theme const* const found = themeWithUUID(defaults().string(selected_key))) return found;
   if (settingsFiles_.size() <= 2) return nullptr;
   defaults().set(selected_key, settingsFiles_[2].uuid());
   return &settingsFiles_[2];
@@ -81,11 +105,26 @@ plist::value WynThemeManager::currentTheme() {
   return current == nullptr ? plist::value() : current->data["settings"];
 }
 
-void WynThemeManager::selectTheme(std::string const& uuid) {
+bool WynThemeManager::selectTheme(std::string const& uuid) {
+  theme const* const chosen = themeWithUUID(uuid);
+  if (chosen == nullptr) return false;
+  defaults().set(has_dark_background(*chosen) ? dark_key : light_key, uuid);
   defaults().set(selected_key, uuid);
+  defaults().set(follows_key, false);
+  return true;
 }
 
-void WynThemeManager::defaultsDidChange() {
+bool WynThemeManager::followsDesktop() const {
+  return defaults().boolean(follows_key);
+}
+
+void WynThemeManager::setFollowsDesktop(bool follow) {
+  if (theme const* const current = selectedTheme(); current != nullptr && !follow)
+    defaults().set(selected_key, current->uuid());
+  defaults().set(follows_key, follow);
+}
+
+void WynThemeManager::tellIfChanged() {
   theme const* const current = selectedTheme();
   std::string uuid = current == nullptr ? "" : current->uuid();
   if (uuid == selected_) return;

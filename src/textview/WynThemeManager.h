@@ -13,7 +13,8 @@
 ///
 /// Posts WynThemeDidChangeNotification when another theme is in use. User defaults:
 /// WynThemeManagerSelectedTheme, a uuid, and WynThemeManagerDeletedThemes, an array of uuids that
-/// are left out.
+/// are left out. While WynThemeManagerFollowsDesktop is true, the one in use is that of
+/// WynThemeManagerLightTheme or WynThemeManagerDarkTheme, as the desktop is light or dark.
 class WynThemeManager {
  public:
   static constexpr char const* did_change = "WynThemeDidChangeNotification";
@@ -32,18 +33,24 @@ class WynThemeManager {
 
   /// By name.
   std::vector<theme> const& allThemes() const { return settingsFiles_; }
-  /// The one that the user has selected. Where that is none the third, which becomes selected, if
+  /// The one in use. Where the user has selected none it is the third, which becomes selected, if
   /// there are at least three. Else null.
   theme const* selectedTheme();
   /// Its rules; nothing without a theme.
   plist::value currentTheme();
-  void selectTheme(std::string const& uuid);
+  /// Uses that theme, and from then on also for light or for dark desktops, whichever it fits. The
+  /// desktop isn't followed any more. False if there is no such theme.
+  bool selectTheme(std::string const& uuid);
+  bool followsDesktop() const;
+  /// Without following, the theme in use stays.
+  void setFollowsDesktop(bool follow);
 
  private:
   void readThemes(std::string const& folder);
-  void defaultsDidChange();
+  theme const* themeWithUUID(std::string const& uuid) const;
+  void tellIfChanged();
 
   std::vector<theme> settingsFiles_;
   std::string selected_;  // as last told
-  platform::notification_center::token defaultsToken_;
+  platform::notification_center::token defaultsToken_, appearanceToken_;
 };

@@ -43,3 +43,7 @@ std::optional<platform::color> NSColorForKey(plist::value const& dictionary, std
   auto const* const string = dictionary[key].as_string();
   return string == nullptr ? std::nullopt : NSColorFromString(*string);
 }
+
+bool is_dark(platform::color c) {
+  return c.red * 299 + c.green * 587 + c.blue * 114 < 128 * 1000;
+}

@@ -15,6 +15,9 @@ std::array<float, 4> RGBAForString(std::string const& string);
 /// The other way round, always with alpha. Components are truncated to a byte.
 std::string stringForRGBA(std::array<float, 4> const& rgba);
 
+/// Whether light text is read better on it than dark text.
+bool is_dark(platform::color c);
+
 /// Nothing for what is no colour.
 std::optional<platform::color> NSColorFromString(std::string const& string);
 /// That of the dictionary's value.

@@ -26,8 +26,7 @@ platform::palette styled_palette(platform::palette palette, plist::value const& 
   if (background)
     palette.background = mixed(*background, palette.background, share_of(*background));
   if (foreground) palette.foreground = palette.caret = *foreground;
-  auto const& b = palette.background;
-  palette.dark = b.red * 299 + b.green * 587 + b.blue * 114 < 128 * 1000;
+  palette.dark = is_dark(palette.background);
   return palette;
 }
 

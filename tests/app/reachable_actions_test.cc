@@ -17,7 +17,8 @@ using names = std::set<std::string>;
 names const taking_an_argument = {
     "findWithOptions:",  "insertText:",       "goToLineNumber:",
     "goToColumnNumber:", "goToLineAction:",   "selectToLine:andColumn:",
-    "openRecentFile:",   "clearRecentFiles:", "changeLanguageToAndLearn:"};
+    "openRecentFile:",   "clearRecentFiles:", "changeLanguageToAndLearn:",
+    "takeThemeFrom:"};
 
 // Other names of actions that have a menu item or a key: Backward and Forward of Left and Right.
 names const synonyms = {"insertParagraphSeparator:",
