@@ -20,11 +20,11 @@ namespace {
 constexpr char const* usage =
     "usage: quirnote [FILE[:LINE[:COLUMN]]]...\n"
     "       quirnote --batch [--set KEY=VALUE]... [--macro FILE|-]... [--answer TITLE=BUTTON]...\n"
-    "                [--save | --save-as PATH] [--print WHAT]...\n"
+    "                [--save | --save-as PATH] [--print WHAT]... [--explain LINE:COLUMN]\n"
     "                [--render PNG [--size COLUMNSxROWS]] [--strict] [FILE]...\n"
     "       quirnote --batch --check-bundle DIR [--check-bundle DIR]...\n"
     "       quirnote --help | --version\n"
-    "WHAT is text, selection, state or scopes.\n";
+    "WHAT is text, selection, state, scopes, styles or symbols.\n";
 
 int wrong_usage(std::string const& reason) {
   std::fprintf(stderr, "quirnote: %s\n%s", reason.c_str(), usage);

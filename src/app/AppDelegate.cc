@@ -67,6 +67,13 @@ std::vector<platform::menu_item> theme_items() {
   return items;
 }
 
+std::vector<platform::menu_item> symbol_items(WynTextView const& view) {
+  std::vector<platform::menu_item> items;
+  for (plist::value const& symbol : view.functionPopUp())
+    items.push_back(item_for(symbol["name"].string_or(""), "goToLineNumber:", symbol["line"]));
+  return items;
+}
+
 }  // namespace
 
 AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
@@ -378,6 +385,7 @@ std::vector<platform::menu_item> AppDelegate::dynamicItems(std::string_view name
   std::vector<platform::menu_item> items;
   if (name == "recentFiles") add_recent_items(recent_, items);
   if (name == "languages") items = language_items();
+  if (name == "symbols" && frontTextView() != nullptr) items = symbol_items(*frontTextView());
   if (name == "themes") items = theme_items();
   if (name == "wrapColumns") items = WynTextView::wrapColumnItems();
   return items;

@@ -14,6 +14,7 @@
 #include "platform/desktop_module.h"
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
+#include "textview/scope_report.h"
 
 #include <cstdio>
 
@@ -58,7 +59,8 @@ class batch_run {
   }
 
   void run_on_file(std::string const& file) {
-    if (options_.files.size() > 1 && !options_.prints.empty()) print("==> " + file + " <==\n");
+    if (options_.files.size() > 1 && (!options_.prints.empty() || options_.explain))
+      print("==> " + file + " <==\n");
     start_counting();
     std::string const path = path::join(path::cwd(), file);
     if (!path::exists(path)) {
@@ -86,6 +88,7 @@ class batch_run {
       for (batch_macro::step const& step : macro.steps) perform(controller, step);
     save(controller);
     for (std::string const& what : options_.prints) print_part(controller, what);
+    explain(controller.textView());
     render(controller);
     has_beeped_ = has_beeped_ || desktop_.beeps > 0;
   }
@@ -120,6 +123,21 @@ class batch_run {
     if (what == "selection") print(unicode::to_utf8(view.selected_text()));
     if (what == "state") print(batch_state(view, desktop_.beeps, desktop_.alerts().shown) + "\n");
     if (what == "scopes") print(batch_scopes(view));
+    if (what == "styles") print(batch_styles(view));
+    if (what == "symbols") print(batch_symbols(controller.textView()));
+  }
+
+  void explain(WynTextView const& view) {
+    if (!options_.explain) return;
+    auto const [line, column] = *options_.explain;
+    text::storage const& storage = *view.view()->storage;
+    if (line < storage.lines() && column <= storage.size(line)) {
+      wait_for_scopes(view);
+      print(scope_report(view, {line, column}));
+    } else {
+      complain(view.document()->displayName(),
+               "there is no place " + std::to_string(line) + ":" + std::to_string(column));
+    }
   }
 
   void render(WynDocumentController& controller) {

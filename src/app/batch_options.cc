@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <functional>
 #include <map>
+#include <set>
 
 namespace {
 
@@ -88,7 +89,18 @@ std::map<std::string, taker> const& takers() {
       {"--print",
        [](batch_options& o, std::string const& what) {
          o.prints.push_back(what);
-         return what == "text" || what == "selection" || what == "state" || what == "scopes";
+         static std::set<std::string> const parts = {"text",   "selection", "state",
+                                                     "scopes", "styles",    "symbols"};
+         return parts.contains(what);
+       }},
+      {"--explain",
+       [](batch_options& o, std::string const& place) {
+         std::size_t const colon = place.find(':');
+         if (colon == std::string::npos) return false;
+         auto const line = number_from<std::uint32_t>(place.substr(0, colon));
+         auto const column = number_from<std::uint32_t>(place.substr(colon + 1));
+         if (line && column) o.explain = {*line, *column};
+         return line && column;
        }},
       {"--render",
        [](batch_options& o, std::string const& path) {

@@ -2,6 +2,7 @@
 
 #include "plist/value.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
@@ -14,8 +15,9 @@ struct batch_options {
   std::vector<std::pair<std::string, std::string>> answers;    // --answer: title and button
   bool save = false;
   std::string save_as;
-  std::vector<std::string> prints;  // "text", "selection", "state", "scopes"
-  std::string render;               // path of a PNG
+  std::vector<std::string> prints;  // "text", "selection", "state", "scopes", "styles", "symbols"
+  std::optional<std::pair<std::uint32_t, std::uint32_t>> explain;  // line and column, from 0
+  std::string render;                                              // path of a PNG
   int columns = 80, rows = 24;
   bool strict = false;
   std::vector<std::string> check_bundles;  // --check-bundle

@@ -4,6 +4,16 @@
 
 class WynTextView;
 
+/// What the view knows of its text through the language's grammar. All wait until the tokenizer
+/// has seen all of the text.
+
+void wait_for_scopes(WynTextView const& text_view);
+
 /// Each line of the text, then for each run of it a line with its column, a tab and the names of
-/// its scopes, outermost first. Waits until the tokenizer has seen all of the text.
+/// its scopes, outermost first.
 std::string batch_scopes(WynTextView const& text_view);
+/// The same with how each run is drawn, such as "#1F2328 on #FFFFFF bold italic underline"; the
+/// second colour only where the run has a background.
+std::string batch_styles(WynTextView const& text_view);
+/// For each symbol its line, from 0, a tab and its name.
+std::string batch_symbols(WynTextView& text_view);

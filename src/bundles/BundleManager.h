@@ -22,8 +22,9 @@
 class BundleManager {
  public:
   static constexpr char const* did_change = "WynBundlesDidChange";
-  /// Posted by whoever has changed a grammar.
+  /// Posted by whoever has changed a grammar or a preference.
   static constexpr char const* languages_did_change = "WynLanguagesDidChange";
+  static constexpr char const* preferences_did_change = "WynPreferencesDidChange";
   using bundle_list = std::vector<std::shared_ptr<Bundle>>;
   using item_list = std::vector<std::shared_ptr<BundleItem>>;
 

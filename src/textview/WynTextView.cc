@@ -89,6 +89,7 @@ void WynTextView::publishAll() {
   updateValueForKey(softTabs(), "softTabs");
   updateValueForKey(overwriteMode_, "overwriteMode");
   updateValueForKey(currentMode_, "currentMode");
+  updateValueForKey(currentSymbol_, "currentSymbol");
 }
 
 bool WynTextView::respondsToSelector(std::string_view selector) const {

@@ -192,6 +192,19 @@ class WynTextView : public platform::responder,
   /// Good until something else is drawn.
   drawn_style const& styleOfPath(grammar::path_tree::id id) const;
 
+  /// Tells the user about scopes and style at the caret.
+  void showScope();
+
+  // Symbols (WynTextView_Symbols.cc)
+  static constexpr char const* function_pop_up_did_change = "WynFunctionPopUpDidChange";
+  /// Dictionaries of `name` and `line`, counted from 1, in the order of the text. Made anew half a
+  /// second after what changes the text or its tokens.
+  plist::array const& functionPopUp() const { return functionPopUp_; }
+  /// Makes it now, of the tokens known so far. There must be a document.
+  void buildFunctionPopUp();
+  /// The name of the last one that begins above the caret or on its line; there must be a document.
+  std::string symbolAtCaret() const;
+
   // Find and replace (WynTextView_Find.cc). Options are those of WynFindManager; the answer has
   // `statusText`, and whether anything was `found`.
   plist::value findWithOptions(plist::dictionary options);
@@ -326,9 +339,15 @@ class WynTextView : public platform::responder,
   void setRules(plist::value const& language);
   void postLanguageDidChange();
   void languagesDidChange();
+  void preferencesDidChange();
   void resetDisplay();
   plist::value const& currentStyleSheet() const;
   void dropStyles();
+
+  // Symbols (WynTextView_Symbols.cc)
+  void updateFunctionPopUp(bool changed);
+  void delayedUpdateFunctionPopUp();
+  void setCurrentSymbol(std::string const& name);
 
   // Layout and scrolling (WynTextView_scrolling.cc)
   void setupTextFrame();
@@ -404,6 +423,10 @@ class WynTextView : public platform::responder,
   mutable std::vector<std::optional<drawn_style>> drawnStyles_;  // by the tokenizer's paths
   mutable plist::value currentStyleSheet_;                       // the rules of the theme
   mutable bool hasStyleSheet_ = false;
+  plist::array functionPopUp_;
+  std::uint32_t symbolsMemento_ = 0;  // of the text of which the list was made
+  std::string currentSymbol_;
+  std::unique_ptr<platform::timer> symbolTimer_;
   std::optional<bool> scopedShowInvisibles_;  // goes before what the user has set
 
   document_options documentOptions_, seenOptions_;  // those of this view, and as last stored

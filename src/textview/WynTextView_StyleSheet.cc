@@ -18,6 +18,7 @@
 #include "textview/WynThemeManager.h"
 #include "textview/color_strings.h"
 #include "textview/language_choice.h"
+#include "textview/scope_report.h"
 
 // The language of the document, the scopes that its grammar gives to the text, and the styles that
 // theme and bundles give to these.
@@ -84,12 +85,19 @@ void WynTextView::addStyleSheetMethods() {
   addMethod("changeLanguageToAndLearnIsChecked:", [this](plist::value const& uuid) {
     return plist::value(!languageUUID_.empty() && uuid.string_or("") == languageUUID_);
   });
+  addMethod("showScope:", [this](plist::value const&) {
+    if (view_ == nullptr) return plist::value(false);
+    showScope();
+    return plist::value();
+  });
   auto& center = platform::notification_center::standard();
   themeToken_ = center.observe(WynThemeManager::did_change, [this](auto const&) {
     setCurrentStyleSheet(WynThemeManager::sharedInstance().currentTheme());
   });
   for (char const* name : {BundleManager::languages_did_change, BundleManager::did_change})
     bundleTokens_.push_back(center.observe(name, [this](auto const&) { languagesDidChange(); }));
+  bundleTokens_.push_back(center.observe(BundleManager::preferences_did_change,
+                                         [this](auto const&) { preferencesDidChange(); }));
 }
 
 std::string WynTextView::languageChoiceForFileWithFirstLine(std::string const& path,
@@ -122,6 +130,7 @@ void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) 
   initializeSettings();
   updateValueForKey(currentMode_, "currentMode");
   recalcFrameSize();  // the gutter has marks where the language has blocks
+  updateFunctionPopUp(true);
   setNeedsDisplay();
   postLanguageDidChange();
 }
@@ -150,6 +159,8 @@ void WynTextView::attachTokenizer() {
 void WynTextView::detachTokenizer() {
   if (tokenizer_ != nullptr) tokenizer_->set_reset_display({});
   tokenizer_ = nullptr;
+  symbolTimer_.reset();
+  functionPopUp_.clear();
   dropStyles();
 }
 
@@ -177,6 +188,21 @@ void WynTextView::languagesDidChange() {
   changeLanguageToAndLearn(language_with(languageUUID_) ? languageUUID_ : "", false);
 }
 
+void WynTextView::showScope() {
+  std::string const report = scope_report(*this, view_->selection.current_mark.base.pos());
+  platform::alert const shown{"Scope", report, {"OK", "Copy"}, 0};
+  auto& desktop = platform::desktop::current();
+  if (desktop.alerts().run(shown) == 1)
+    desktop.general_pasteboard().set({{std::string(platform::pasteboard_type::text), report}});
+}
+
+void WynTextView::preferencesDidChange() {
+  dropStyles();
+  initializeSettings();
+  setNeedsDisplay();
+  updateFunctionPopUp(true);
+}
+
 // A worker that is done with lines has put them here.
 void WynTextView::resetDisplay() {
   auto const lines = tokenizer_ == nullptr ? std::nullopt : tokenizer_->take_redraw_range();
@@ -188,6 +214,7 @@ void WynTextView::resetDisplay() {
   };
   std::size_t const first = row_of(lines->first);
   setNeedsDisplayOfLines(first, std::max(row_of(lines->second), first + 1));
+  updateFunctionPopUp(true);
 }
 
 bit_stack::storage WynTextView::graphPathForIterator(text::iterator const& it) const {
@@ -229,7 +256,8 @@ drawn_style const& WynTextView::styleOfPath(grammar::path_tree::id id) const {
       stylesForContext(is_known ? tokenizer_->paths()->path(id) : bit_stack::storage());
   platform::color const foreground =
       host_ == nullptr ? platform::color() : host_->palette().foreground;
-  drawn = {style_from_dictionary(style, foreground), NSColorForKey(style, "background")};
+  drawn = {style_from_dictionary(style, foreground), NSColorForKey(style, "background"),
+           style["showInSymbolList"].integer_or(0) != 0};
   return *drawn;
 }
 

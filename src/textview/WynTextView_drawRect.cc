@@ -63,14 +63,15 @@ void add_spans(WynTextView const& text_view, text::pos begin, row_text& row) {
   grammar::line_tokens const& tokens = tokenizer->tokens(begin.line);
   row.spans.push_back({0, text_view.styleOfPath(tokens.at(begin.column).path)});
   std::size_t const marked = row.marked_last - row.marked_first;
-  auto const behind = std::upper_bound(
-      tokens.begin(), tokens.end(), begin.column,
-      [](std::size_t column, grammar::line_tokens::token const& t) { return column < t.column; });
+  auto const behind =
+      std::upper_bound(tokens.begin(), tokens.end(), begin.column,
+                       [](std::size_t column, auto const& token) { return column < token.column; });
   for (auto it = behind; it != tokens.end(); ++it) {
-    std::size_t at = it->column - begin.column;
+    auto const token = *it;
+    std::size_t at = token.column - begin.column;
     if (at > row.marked_first) at += marked;
     if (at >= row.units.size()) break;
-    row.spans.push_back({at, text_view.styleOfPath(it->path)});
+    row.spans.push_back({at, text_view.styleOfPath(token.path)});
   }
 }
 

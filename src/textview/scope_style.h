@@ -40,9 +40,11 @@ void add_theme_rules(plist::value const& rules, std::vector<std::string> const& 
 /// already. A translucent foreground or background is blended with those below it.
 plist::value merged_style(style_candidates const& candidates);
 
+/// What drawing and the list of symbols look up for each run of text.
 struct drawn_style {
   platform::text_style text;
   std::optional<platform::color> background;
+  bool is_symbol = false;  ///< showInSymbolList
 };
 
 /// How text of that style is drawn; in `foreground` where the style has no colour.

@@ -83,6 +83,7 @@ view_will_change::~view_will_change() {
     view.scroll_caret_pending = false;
     text_view.scrollRectToVisible(caret_rectangle(text_view));
   }
+  text_view.updateFunctionPopUp(false);
 }
 
 // Stores the selection for redo, adapts the frame, and unfolds what the caret went into.

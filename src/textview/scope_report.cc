@@ -1,0 +1,66 @@
+#include "textview/scope_report.h"
+
+#include <cstdio>
+
+#include "bundles/Bundle.h"
+#include "bundles/BundleItem.h"
+#include "grammar/tokenize_filter.h"
+#include "plist/description.h"
+#include "plist/text_writer.h"
+#include "textview/WynTextView.h"
+#include "textview/WynThemeManager.h"
+
+namespace {
+
+std::string quoted(std::string const& text) {
+  return "\u201c" + text + "\u201d";
+}
+
+std::string origin_of(style_rule const& rule) {
+  if (rule.item == nullptr) {
+    auto const* const theme = WynThemeManager::sharedInstance().selectedTheme();
+    return "theme " + quoted(theme == nullptr ? "" : theme->name());
+  }
+  Bundle const* const bundle = rule.item->bundle();
+  return "bundle " + quoted(bundle == nullptr ? "" : bundle->name());
+}
+
+std::string one_line(plist::value const& value) {
+  bool const is_container = value.as_array() != nullptr || value.as_dictionary() != nullptr;
+  return is_container ? plist::stringWithIndentIsKeyIsSingleLine(value, 0, true, true)
+                      : plist::description(value);
+}
+
+std::string line_for(std::string const& key, plist::value const& value, double score,
+                     style_rule const& rule) {
+  char number[32];
+  std::snprintf(number, sizeof number, "%.4f", score);
+  std::string const selector = rule.content["scope"].string_or("");
+  return "  " + key + ": " + one_line(value) + "\n    " + origin_of(rule) + ", " +
+         quoted(rule.content["name"].string_or("untitled")) + ", " +
+         (selector.empty() ? "everywhere" : "for " + selector) + ", score " + number + "\n";
+}
+
+}  // namespace
+
+std::string scope_report(WynTextView const& text_view, text::pos at) {
+  text::storage& storage = *text_view.view()->storage;
+  if (text_view.tokenizer() != nullptr) text_view.tokenizer()->wait_for(at.line);
+  auto const path = text_view.graphPathForIterator({at, &storage});
+  std::vector<std::string> const scopes = text_view.scopeForContext(path);
+  std::string report = "Scopes:\n";
+  for (std::string const& scope : scopes) report += "  " + scope + "\n";
+  if (scopes.empty()) report += "  none\n";
+
+  style_candidates const candidates = text_view.styleCandidates(scopes);
+  report += "Style:\n";
+  for (auto const& [key, merged] : text_view.stylesForContext(path).entries()) {
+    auto winner = candidates.rbegin();
+    while (!winner->second.content["settings"][key]) ++winner;
+    report += line_for(key, merged, winner->first, winner->second);
+    plist::value const& own = winner->second.content["settings"][key];
+    if (!(own == merged) && own.as_string())
+      report += "    blended: " + *own.as_string() + " over what scores less\n";
+  }
+  return report;
+}
