@@ -60,10 +60,12 @@ std::string batch_scopes(WynTextView const& text_view) {
 }
 
 std::string batch_styles(WynTextView const& text_view) {
+  auto const background = text_view.styleOfPath(0).background;
   return lines_with_runs(text_view, [&](path_id path) {
     drawn_style const& style = text_view.styleOfPath(path);
     std::string text = hexadecimal(style.text.foreground);
-    if (style.background) text += " on " + hexadecimal(*style.background);
+    if (style.background && style.background != background)
+      text += " on " + hexadecimal(*style.background);
     if (style.text.bold) text += " bold";
     if (style.text.italic) text += " italic";
     if (style.text.underline) text += " underline";

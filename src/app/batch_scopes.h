@@ -13,7 +13,7 @@ void wait_for_scopes(WynTextView const& text_view);
 /// its scopes, outermost first.
 std::string batch_scopes(WynTextView const& text_view);
 /// The same with how each run is drawn, such as "#1F2328 on #FFFFFF bold italic underline"; the
-/// second colour only where the run has a background.
+/// second colour only where it isn't the background of all text.
 std::string batch_styles(WynTextView const& text_view);
 /// For each symbol its line, from 0, a tab and its name.
 std::string batch_symbols(WynTextView& text_view);

@@ -6,7 +6,6 @@
 #include "bundles/BundleItem.h"
 #include "grammar/tokenize_filter.h"
 #include "plist/description.h"
-#include "plist/text_writer.h"
 #include "textview/WynTextView.h"
 #include "textview/WynThemeManager.h"
 
@@ -25,16 +24,24 @@ std::string origin_of(style_rule const& rule) {
   return "bundle " + quoted(bundle == nullptr ? "" : bundle->name());
 }
 
+// Without line feeds and tabs, and cut short.
 std::string one_line(plist::value const& value) {
-  bool const is_container = value.as_array() != nullptr || value.as_dictionary() != nullptr;
-  return is_container ? plist::stringWithIndentIsKeyIsSingleLine(value, 0, true, true)
-                      : plist::description(value);
+  constexpr std::size_t longest = 72;
+  std::string result;
+  for (char const c : plist::description(value)) {
+    bool const is_blank = c == ' ' || c == '\n' || c == '\t';
+    if (!is_blank || !result.ends_with(' ')) result += is_blank ? ' ' : c;
+  }
+  if (result.size() <= longest) return result;
+  std::size_t end = longest;
+  while ((result[end] & 0xC0) == 0x80) --end;
+  return result.substr(0, end) + "\u2026";
 }
 
 std::string line_for(std::string const& key, plist::value const& value, double score,
                      style_rule const& rule) {
   char number[32];
-  std::snprintf(number, sizeof number, "%.4f", score);
+  std::snprintf(number, sizeof number, "%.3g", score);
   std::string const selector = rule.content["scope"].string_or("");
   return "  " + key + ": " + one_line(value) + "\n    " + origin_of(rule) + ", " +
          quoted(rule.content["name"].string_or("untitled")) + ", " +
