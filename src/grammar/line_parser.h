@@ -1,13 +1,15 @@
 #pragma once
 
 #include <atomic>
-#include <map>
+#include <cstdint>
 #include <memory>
-#include <set>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "grammar/line_tokens.h"
+#include "grammar/rule_set.h"
 
 namespace grammar {
 
@@ -16,7 +18,8 @@ namespace grammar {
 class nfa_wrapper {
  public:
   nfa_wrapper() = default;
-  explicit nfa_wrapper(std::u16string source);
+  /// With the reason when it is no pattern.
+  nfa_wrapper(std::u16string source, std::string& reason);
   pattern const* get() const { return pattern_.get(); }
   friend bool operator==(nfa_wrapper const& a, nfa_wrapper const& b);
 
@@ -29,7 +32,11 @@ using reference_stack = std::vector<nfa_wrapper>;
 
 /// Finds the tokens of one line after the other. Of the open region's rules, its end pattern and
 /// what it includes, the one that matches first wins, and of those that match at one place the one
-/// that stands first. Each is searched for once and then only when its match has been passed by.
+/// that stands first.
+///
+/// It goes along the line once. At each place a filter tells which rules may match there, and only
+/// those are tried. Rules that a filter can't know, such as ends with references, are searched for
+/// when the region is opened, and again when their match has been passed by.
 ///
 /// The whole state between lines is the path of a line's last token and the references.
 class line_parser {
@@ -41,26 +48,14 @@ class line_parser {
   void setup_stack(path_tree::id path);
   /// `line` ends with a line feed unless it is the last one. False, with nothing of use in
   /// `tokens`, when `stop` became true.
-  bool parse_line(std::u16string line, bool is_last, line_tokens& tokens,
+  bool parse_line(std::u16string_view line, bool is_last, line_tokens& tokens,
                   reference_stack& references, std::atomic<bool> const& stop);
 
  private:
-  enum class kind { opening, end, swallow };
-  struct order_key {
-    std::uint32_t begin;
-    unsigned order;
-    friend auto operator<=>(order_key const&, order_key const&) = default;
-  };
-  /// A pattern to search for in a region.
-  struct wanted {
-    kind type;
-    rule const* owner;
-    std::vector<unsigned> steps;  ///< from the region's path to the owner's
-    pattern const* nfa;           ///< null for an end pattern that is among the references
-    lazy_pattern const* named;    ///< for messages
-  };
-  struct candidate {
-    wanted const* what;
+  using kind = wanted::kind;
+  /// A match of a rule that is searched for.
+  struct sought {
+    std::uint16_t order;
     pattern const* nfa;
     match_groups match;
   };
@@ -68,40 +63,50 @@ class line_parser {
     rule const* base;
     path_tree::id path;
     rule const* owner;
-    std::map<order_key, candidate> matches;
+    rule_set* rules = nullptr;
+    std::vector<sought> found;
+    std::vector<std::uint16_t> dropped;  ///< not tried any more on this line
     std::uint32_t opened_at = ~0u;  ///< on this line; without text so far while position is there
   };
-  using region_key = std::pair<rule const*, rule const*>;  ///< a rule and its base
-  using rule_set = std::vector<wanted>;
+  /// Remembers children of paths, for asking the tree takes a lock.
+  struct known_child {
+    std::uint64_t key = ~std::uint64_t{0};
+    path_tree::id path = 0;
+  };
 
-  path_tree::id content_path(rule const& owner, path_tree::id path) const;
-  path_tree::id top_path() const;
-  rule_set const& rules_of(region_key const& of);
-  void collect(rule_set& rules, region_key const& of, std::vector<unsigned> steps);
-  void collect_end(rule_set& rules, rule const& owner);
-  void apply_rules(std::uint32_t position, region& node);
-  void search(std::uint32_t position, region& node, candidate found, unsigned order);
-  void take_end(candidate const& taken);
-  void take_opening(std::map<order_key, candidate>::iterator taken);
+  path_tree::id child(path_tree::id parent, unsigned index);
+  path_tree::id content_path(rule const& owner, path_tree::id path);
+  path_tree::id top_path();
+  void apply_rules(region& node);
+  bool search(wanted& what, sought& found);
+  bool find_next(region& node);
+  bool try_at(wanted& what, std::uint32_t at);
+  bool can_begin_at(wanted& what, std::uint32_t at);
+  void give_up(wanted& what);
+  void drop_taken();
+  void take_end();
+  void take_opening();
+  nfa_wrapper expanded_end(rule const& owner);
   bool opened_here(rule const& owner, std::uint32_t position) const;
-  void store_path(match_groups const& match, path_tree::id path,
-                  std::vector<capture> const& captures, unsigned base_index);
-  void tell_zero_width(rule const& owner);
+  void store_path(path_tree::id path, std::vector<capture> const& captures, unsigned base_index);
 
   std::shared_ptr<catalogue const> all_rules_;
-  rule const* root_;
   std::shared_ptr<path_tree> paths_;
+  rule_sets rule_sets_;
   std::vector<region> stack_;
-  std::set<rule const*> told_;
-  std::map<region_key, rule_set> rule_sets_;
-  std::set<region_key> collected_;  ///< guards against groups that include themselves
+  std::vector<known_child> children_;
+  std::unordered_map<std::u16string, nfa_wrapper> expanded_;
 
   // Of the line at work:
   line_text line_;
-  line_tokens* tokens_ = nullptr;
+  unsigned line_number_ = 0;  ///< of those parsed
+  token_list tokens_;
   reference_stack* references_ = nullptr;
   std::uint32_t position_ = 0;
   std::size_t depth_ = 0;
+  std::uint16_t taken_ = 0;  ///< which of the region's rules matched next
+  match_groups match_;       ///< and where
+  match_groups searched_;
 };
 
 }  // namespace grammar

@@ -2,8 +2,7 @@
 
 #include <oniguruma.h>
 
-#include <algorithm>
-#include <chrono>
+#include <ctime>
 
 #include "platform/utf.h"
 #include "regex/onig_library.h"
@@ -14,11 +13,26 @@ using regex::onig_library::bytes;
 
 namespace {
 
-using clock = std::chrono::steady_clock;
-constexpr auto time_limit = std::chrono::seconds(1);
-// An attempt is bounded by the library, but a search makes one at each position: the clock is
-// looked at after so many of them.
-constexpr std::uint32_t slice = 1024;
+// An attempt is bounded by the library, but a search makes one at each position. In short lines the
+// sum of their steps is bounded; with more positions than these the clock is looked at.
+constexpr unsigned long retries_per_search = 30'000'000;
+constexpr std::uint32_t short_line = 4096;
+
+/// Ends a search after a second of this thread's time.
+class second_hand final : public regex::onig_library::attempt_observer {
+ public:
+  bool before_attempt(OnigUChar const*) override { return ++attempts_ % 16 != 0 || now() < end_; }
+
+ private:
+  static double now() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+  }
+
+  unsigned attempts_ = 0;
+  double end_ = now() + 1;
+};
 
 OnigRegion* region_of_this_thread() {
   static thread_local std::unique_ptr<OnigRegion, void (*)(OnigRegion*)> const region(
@@ -43,31 +57,40 @@ std::unique_ptr<pattern const> pattern::compile(std::u16string source, std::stri
   std::unique_ptr<pattern> made(new pattern);
   made->source_ = std::move(source);
   make_valid(made->source_);
-  char16_t const* const first = made->source_.data();
+  made->depends_on_start_ = made->source_.find(u"\\G") != std::u16string::npos ||
+                            made->source_.find(u"\\K") != std::u16string::npos;
+  std::string const narrow = unicode::to_utf8(made->source_);
   OnigErrorInfo info{};
   int const error =
-      onig_new(&made->regex_, bytes(first), bytes(first + made->source_.size()),
-               ONIG_OPTION_CAPTURE_GROUP, ONIG_ENCODING_UTF16_LE, ONIG_SYNTAX_RUBY, &info);
-  if (error != ONIG_NORMAL) {
-    reason = regex::onig_library::message(error, info);
-    made->regex_ = nullptr;
-    return nullptr;
-  }
-  std::string const narrow = unicode::to_utf8(made->source_);
-  if (onig_new(&made->narrow_, bytes(narrow.data()), bytes(narrow.data() + narrow.size()),
-               ONIG_OPTION_CAPTURE_GROUP, ONIG_ENCODING_UTF8, ONIG_SYNTAX_RUBY,
-               &info) != ONIG_NORMAL)
-    made->narrow_ = nullptr;
+      onig_new(&made->narrow_, bytes(narrow.data()), bytes(narrow.data() + narrow.size()),
+               ONIG_OPTION_CAPTURE_GROUP, ONIG_ENCODING_UTF8, ONIG_SYNTAX_RUBY, &info);
+  if (error == ONIG_NORMAL) return made;
+  reason = regex::onig_library::message(error, info);
+  made->narrow_ = nullptr;
+  // Bytes by their number may be good in one encoding alone.
+  if (made->wide() == nullptr) return nullptr;
   return made;
 }
 
-pattern::~pattern() {
-  if (regex_) onig_free(regex_);
-  if (narrow_) onig_free(narrow_);
+re_pattern_buffer* pattern::wide() const {
+  std::call_once(wide_compiled_, [this] {
+    char16_t const* const first = source_.data();
+    OnigErrorInfo info{};
+    if (onig_new(&wide_, bytes(first), bytes(first + source_.size()), ONIG_OPTION_CAPTURE_GROUP,
+                 ONIG_ENCODING_UTF16_LE, ONIG_SYNTAX_RUBY, &info) != ONIG_NORMAL)
+      wide_ = nullptr;
+  });
+  return wide_;
 }
 
-void line_text::set(std::u16string units, bool is_last) {
-  units_ = std::move(units);
+pattern::~pattern() {
+  if (narrow_) onig_free(narrow_);
+  if (wide_) onig_free(wide_);
+  if (observed_) onig_free(observed_);
+}
+
+void line_text::set(std::u16string_view units, bool is_last) {
+  units_ = units;
   is_last_ = is_last;
   make_valid(units_);
   unsigned all = 0;
@@ -76,36 +99,80 @@ void line_text::set(std::u16string units, bool is_last) {
   if (all < 0x80) narrow_.assign(units_.begin(), units_.end());
 }
 
+namespace {
+
+/// The line as one of a pattern's two programs sees it.
+struct subject {
+  subject(line_text const& line, bool is_narrow)
+      : unit(is_narrow ? 1 : 2),
+        first(is_narrow ? bytes(line.narrow().data()) : bytes(line.units().data())),
+        size(static_cast<std::uint32_t>(line.units().size())),
+        options(line.is_last() ? ONIG_OPTION_NONE : ONIG_OPTION_NOTEOL) {}
+
+  OnigUChar const* at(std::size_t index) const {
+    return first + static_cast<std::size_t>(unit) * index;
+  }
+  void groups_of(OnigRegion const& region, match_groups& found) const {
+    found.groups.resize(static_cast<std::size_t>(region.num_regs));
+    for (std::size_t i = 0; i < found.groups.size(); ++i) {
+      bool const is_set = region.beg[i] >= 0;
+      found.groups[i] = {is_set ? region.beg[i] / unit : -1, is_set ? region.end[i] / unit : -1};
+    }
+  }
+
+  int unit;
+  OnigUChar const* first;
+  std::uint32_t size;
+  OnigOptionType options;
+};
+
+}  // namespace
+
+int pattern::search_long(line_text const& line, std::uint32_t from) const {
+  std::call_once(observed_compiled_, [this] {
+    observed_ = regex::onig_library::new_observed(source_, ONIG_OPTION_CAPTURE_GROUP);
+  });
+  if (observed_ == nullptr) return ONIG_MISMATCH;
+  subject const text(line, false);
+  second_hand clock;
+  return regex::onig_library::search_observed(observed_, text.first, text.at(text.size),
+                                              text.at(from), text.at(text.size),
+                                              region_of_this_thread(), clock, 0, text.options);
+}
+
 pattern::result pattern::search(line_text const& line, std::uint32_t from,
                                 match_groups& found) const {
-  std::u16string const& text = line.units();
-  OnigRegion* const region = region_of_this_thread();
-  bool const narrow = narrow_ && line.is_narrow();
-  int const unit = narrow ? 1 : 2;
-  OnigUChar const* const first = narrow ? bytes(line.narrow().data()) : bytes(text.data());
-  auto const at_unit = [&](std::size_t index) {
-    return first + static_cast<std::size_t>(unit) * index;
-  };
-  OnigOptionType options = line.is_last() ? ONIG_OPTION_NONE : ONIG_OPTION_NOTEOL;
-  auto const size = static_cast<std::uint32_t>(text.size());
-  clock::time_point const start = size - from > slice ? clock::now() : clock::time_point();
-  for (std::uint32_t at = from;;) {
-    std::uint32_t range = std::min(size, at + slice);
-    // Not between the halves of a pair.
-    if (range < size && (text[range] & 0xfc00) == 0xdc00) ++range;
-    int const index = onig_search(narrow ? narrow_ : regex_, first, at_unit(size), at_unit(at),
-                                  at_unit(range), region, options);
-    if (index >= 0) break;
-    if (index != ONIG_MISMATCH) return result::gave_up;
-    if (range == size) return result::none;
-    if (clock::now() - start > time_limit) return result::gave_up;
-    at = range;
-    options |= ONIG_OPTION_NOT_BEGIN_POSITION;
-  }
-  found.groups.resize(static_cast<std::size_t>(region->num_regs));
-  for (std::size_t i = 0; i < found.groups.size(); ++i) {
-    bool const is_set = region->beg[i] >= 0;
-    found.groups[i] = {is_set ? region->beg[i] / unit : -1, is_set ? region->end[i] / unit : -1};
+  bool const is_long = line.units().size() - from > short_line;
+  bool const is_narrow = narrow_ && line.is_narrow() && !is_long;
+  subject const text(line, is_narrow);
+  re_pattern_buffer* const regex = is_narrow ? narrow_ : wide();
+  if (regex == nullptr) return result::none;
+  int const index = is_long ? search_long(line, from)
+                            : regex::onig_library::search_within(
+                                  retries_per_search, regex, text.first, text.at(text.size),
+                                  text.at(from), region_of_this_thread(), text.options);
+  if (index == ONIG_MISMATCH) return result::none;
+  if (index < 0) return result::gave_up;
+  text.groups_of(*region_of_this_thread(), found);
+  return result::found;
+}
+
+pattern::result pattern::match(line_text const& line, std::uint32_t at, bool with_groups,
+                               match_groups& found) const {
+  bool const is_narrow = narrow_ && line.is_narrow();
+  re_pattern_buffer* const regex = is_narrow ? narrow_ : wide();
+  if (regex == nullptr) return result::none;
+  subject const text(line, is_narrow);
+  OnigRegion* const region = with_groups ? region_of_this_thread() : nullptr;
+  int const size =
+      onig_match(regex, text.first, text.at(text.size), text.at(at), region, text.options);
+  if (size == ONIG_MISMATCH) return result::none;
+  if (size < 0) return result::gave_up;
+  if (with_groups) {
+    text.groups_of(*region, found);
+  } else {
+    auto const begin = static_cast<std::int32_t>(at);
+    found.groups.assign(1, {begin, begin + size / text.unit});
   }
   return result::found;
 }

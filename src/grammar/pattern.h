@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,7 +33,7 @@ class line_text {
  public:
   /// A line with its line end, or the last one of a text, which has none. Lone surrogates, which
   /// the library must not see, become U+FFFD.
-  void set(std::u16string units, bool is_last);
+  void set(std::u16string_view units, bool is_last);
   std::u16string const& units() const { return units_; }
   bool is_narrow() const { return narrow_.size() == units_.size(); }
   std::string const& narrow() const { return narrow_; }
@@ -54,17 +55,27 @@ class pattern {
   static std::unique_ptr<pattern const> compile(std::u16string source, std::string& reason);
   ~pattern();
 
-  /// The first match that begins at `from` or behind. Gives up after a second.
+  /// The first match that begins at `from` or behind. Gives up after a second or so.
   result search(line_text const& text, std::uint32_t from, match_groups& found) const;
+  /// The match that begins at `at`. Unless `with_groups`, only the whole match is told.
+  result match(line_text const& text, std::uint32_t at, bool with_groups,
+               match_groups& found) const;
+  /// Whether a match depends on where the search for it begins, as with \G, or can begin elsewhere
+  /// than it was tried, as with \K.
+  bool depends_on_start() const { return depends_on_start_; }
   std::u16string const& source() const { return source_; }
 
  private:
   pattern() = default;
+  re_pattern_buffer* wide() const;
+  int search_long(line_text const& text, std::uint32_t from) const;
 
-  re_pattern_buffer* regex_ = nullptr;  ///< for UTF-16
-  re_pattern_buffer* narrow_ =
-      nullptr;  ///< for lines of ASCII; null if it compiles for UTF-16 alone
+  re_pattern_buffer* narrow_ = nullptr;  ///< for lines of ASCII; null if there it doesn't compile
+  mutable std::once_flag wide_compiled_, observed_compiled_;
+  mutable re_pattern_buffer* wide_ = nullptr;      ///< for UTF-16
+  mutable re_pattern_buffer* observed_ = nullptr;  ///< for UTF-16, to be watched by a clock
   std::u16string source_;
+  bool depends_on_start_ = false;
 };
 
 }  // namespace grammar

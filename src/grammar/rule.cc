@@ -27,9 +27,23 @@ pattern const* lazy_pattern::get() const {
 }
 
 void lazy_pattern::tell_given_up() const {
-  std::call_once(told_, [this] {
+  std::call_once(given_up_, [this] {
     std::fprintf(stderr, "Quirnote: gave up a match that takes too long\n%s\n%s\n", owner_.c_str(),
                  key_.c_str());
+  });
+}
+
+void lazy_pattern::tell_zero_width() const {
+  std::call_once(zero_width_, [this] {
+    std::fprintf(stderr, "Quirnote: zero width match %s\n%s\n%s\n", source_.c_str(), owner_.c_str(),
+                 key_.c_str());
+  });
+}
+
+void lazy_pattern::tell_invalid(std::string const& expanded, std::string const& reason) const {
+  std::call_once(invalid_, [&] {
+    std::fprintf(stderr, "Quirnote regular expression error\n%s\nError: %s for pattern %s\n%s\n",
+                 owner_.c_str(), reason.c_str(), expanded.c_str(), key_.c_str());
   });
 }
 

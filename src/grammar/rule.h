@@ -26,13 +26,16 @@ class lazy_pattern {
   std::string const& source() const { return source_; }
   /// Null when there is none or it is invalid.
   pattern const* get() const;
-  /// Says once that searching with it was given up.
+  /// Says once that searching with it was given up, or that it matched nothing at a place where
+  /// that would go on for ever, or that what its references stand for makes no pattern.
   void tell_given_up() const;
+  void tell_zero_width() const;
+  void tell_invalid(std::string const& expanded, std::string const& reason) const;
 
  private:
   std::string source_, owner_, key_;
   bool is_set_ = false;
-  mutable std::once_flag compiled_, told_;
+  mutable std::once_flag compiled_, given_up_, zero_width_, invalid_;
   mutable std::unique_ptr<pattern const> pattern_;
 };
 

@@ -8,6 +8,12 @@
 namespace grammar {
 namespace {
 
+// What the worker parses at one go, in lines and code units.
+constexpr std::size_t max_batch_lines = 256, max_batch_units = 8192;
+// While it has more to do, the first part is to be drawn soon, and then as often as the eye sees.
+constexpr auto first_redraw = std::chrono::milliseconds(5);
+constexpr auto redraw_interval = std::chrono::milliseconds(30);
+
 platform::run_loop* main_loop() {
   platform::desktop* const desktop = platform::desktop::current_or_null();
   return desktop ? &desktop->loop() : nullptr;
@@ -99,6 +105,12 @@ std::vector<std::string> tokenize_filter::scopes(bit_stack::storage const& path)
   return expand_bit_stack(path, *all_rules_, start_rule_);
 }
 
+std::size_t tokenize_filter::memory() const {
+  std::size_t sum = lines_.capacity() * sizeof(line_tokens);
+  for (line_tokens const& line : lines_) sum += line.memory();
+  return sum;
+}
+
 void tokenize_filter::reparse_from(std::size_t first, std::size_t last) {
   first_dirty_ = std::min(first_dirty_, first);
   last_dirty_ = std::max(last_dirty_, last);
@@ -109,13 +121,15 @@ void tokenize_filter::reparse_from(std::size_t first, std::size_t last) {
 
 void tokenize_filter::did_insert(text::pos const& from, text::pos const& to) {
   std::size_t const added = to.line - from.line;
-  line_tokens& tokens = lines_[from.line];
-  auto const moved = tokens.from(from.column);
-  path_tree::id const path = moved.empty() ? tokens.back().path : moved.front().path;
-  tokens.erase_from(from.column);
+  token_list before = lines_[from.line].list();
+  auto const moved = before.from(from.column);
+  path_tree::id const path = moved.empty() ? before.tokens().back().path : moved.front().path;
+  before.erase_from(from.column);
+  lines_[from.line] = line_tokens(before);
   lines_.insert(lines_.begin() + at(from.line + std::size_t{1}), added, line_tokens(path));
-  for (auto const& token : moved)
-    lines_[to.line].set(token.column - from.column + to.column, token.path);
+  token_list behind = lines_[to.line].list();
+  for (auto const& token : moved) behind.set(token.column - from.column + to.column, token.path);
+  lines_[to.line] = line_tokens(behind);
   if (lines_.size() != storage_.lines())
     std::printf("*** insert %zu (tokens) != %zu (storage)\n", lines_.size(), storage_.lines());
   if (added > 0 && !references_.empty()) insert_references(from, added);
@@ -138,11 +152,13 @@ void tokenize_filter::insert_references(text::pos const& from, std::size_t added
 
 void tokenize_filter::will_erase(text::pos const& from, text::pos const& to) {
   filter::will_erase(from, to);
-  auto moved = lines_[to.line].from(to.column);
-  if (to.column > lines_[to.line].back().column) moved = {{to.column, lines_[to.line].back().path}};
-  line_tokens& tokens = lines_[from.line];
+  token const last = lines_[to.line].back();
+  auto moved = lines_[to.line].list().from(to.column);
+  if (to.column > last.column) moved = {{to.column, last.path}};
+  token_list tokens = lines_[from.line].list();
   tokens.erase_from(from.column + 1);
   for (auto const& token : moved) tokens.set(token.column - to.column + from.column, token.path);
+  lines_[from.line] = line_tokens(tokens);
   lines_.erase(lines_.begin() + at(from.line + std::size_t{1}),
                lines_.begin() + at(to.line + std::size_t{1}));
   if (to.line != from.line && !references_.empty()) erase_references(from.line, to.line);
@@ -165,6 +181,7 @@ void tokenize_filter::did_erase(text::iterator const& at, int count) {
 
 void tokenize_filter::work() {
   std::unique_lock lock(storage_.mutex);
+  next_redraw_ = clock::now() + first_redraw;
   while (worker_should_ != command::stop) {
     if (!paths_ || first_dirty_ >= last_dirty_) {
       rest(lock);
@@ -172,7 +189,7 @@ void tokenize_filter::work() {
       first_dirty_ = last_dirty_ = storage_.lines();
     } else {
       if (worker_should_ == command::changed) take_rules();
-      parse_dirty_line(lock);
+      parse_dirty_lines(lock);
     }
   }
 }
@@ -186,57 +203,94 @@ void tokenize_filter::take_rules() {
   parser_->setup_stack(first_dirty_ == 0 ? 0 : lines_[first_dirty_ - 1].back().path);
 }
 
-void tokenize_filter::parse_dirty_line(std::unique_lock<std::recursive_mutex>& lock) {
-  std::size_t const line = first_dirty_;
-  bool const is_last = line + 1 == storage_.lines();
-  std::u16string units(storage_.line_units(line));
-  if (!is_last) units += u'\n';
+// Lines that aren't dirty are copied too, for often the line before makes them so; as nobody knows,
+// there are few at first.
+void tokenize_filter::copy_dirty_lines() {
+  copy_.clear();
+  batch_.clear();
+  std::size_t const end = std::min(storage_.lines(), first_dirty_ + batch_size_);
+  for (std::size_t line = first_dirty_; line < end && copy_.size() < max_batch_units; ++line) {
+    bool const is_last = line + 1 == storage_.lines();
+    std::size_t const begin = copy_.size();
+    copy_ += storage_.line_units(line);
+    if (!is_last) copy_ += u'\n';
+    batch_.push_back({begin, copy_.size() - begin, is_last, line_tokens(), {}});
+  }
+}
+
+void tokenize_filter::parse_dirty_lines(std::unique_lock<std::recursive_mutex>& lock) {
+  std::size_t const first = first_dirty_;
+  copy_dirty_lines();
+  batch_size_ = std::min(batch_size_ * 2, max_batch_lines);
   worker_should_ = command::go_on;
   discard_ = false;
   reference_stack references;
-  if (auto const before = references_.find(line - 1); before != references_.end())
+  if (auto const before = references_.find(first - 1); before != references_.end())
     references = before->second;
-  line_tokens tokens;
   lock.unlock();
-  parser_->parse_line(std::move(units), is_last, tokens, references, discard_);
+  for (copied_line& line : batch_) {
+    std::u16string_view const units(copy_.data() + line.begin, line.size);
+    if (!parser_->parse_line(units, line.is_last, line.tokens, references, discard_)) break;
+    line.references = references;
+  }
   lock.lock();
-  if (worker_should_ == command::go_on) store(line, std::move(tokens), std::move(references));
+  if (worker_should_ == command::go_on) store_parsed_lines(first);
+}
+
+void tokenize_filter::store_parsed_lines(std::size_t first) {
+  std::size_t i = 0;
+  for (; i < batch_.size() && first_dirty_ < last_dirty_; ++i)
+    store(first + i, batch_[i].tokens, batch_[i].references);
+  // The parser is beyond the line with which it is to go on.
+  if (i < batch_.size()) worker_should_ = command::changed;
+  if (requested_line_ && first_dirty_ > *requested_line_) main_wait_.notify_one();
+  if (clock::now() >= next_redraw_ && first_dirty_ < last_dirty_) ask_for_redraw(first_dirty_);
 }
 
 void tokenize_filter::dirty_next(std::size_t line) {
   last_dirty_ = std::max(last_dirty_, std::min(line + 2, storage_.lines()));
 }
 
-void tokenize_filter::store(std::size_t line, line_tokens tokens, reference_stack references) {
-  auto const known = references_.find(line);
-  if (references != (known == references_.end() ? reference_stack() : known->second)) {
-    dirty_next(line);
-    if (references.empty())
-      references_.erase(known);
-    else
-      references_[line] = std::move(references);
+// Leaves the old tokens in `tokens`, to be freed without the mutex.
+void tokenize_filter::store(std::size_t line, line_tokens& tokens,
+                            reference_stack const& references) {
+  if (!references.empty() || !references_.empty()) {
+    auto const known = references_.find(line);
+    if (references != (known == references_.end() ? reference_stack() : known->second)) {
+      dirty_next(line);
+      if (references.empty())
+        references_.erase(known);
+      else
+        references_[line] = references;
+    }
   }
   if (tokens != lines_[line]) {
     first_change_ = std::min(first_change_, line);
     if (tokens.back().path != lines_[line].back().path) dirty_next(line);
-    lines_[line] = std::move(tokens);
+    std::swap(lines_[line], tokens);
   }
   first_dirty_ = line + 1;
-  if (requested_line_ && first_dirty_ > *requested_line_) main_wait_.notify_one();
+}
+
+void tokenize_filter::ask_for_redraw(std::size_t last) {
+  next_redraw_ = clock::now() + redraw_interval;
+  if (last <= first_change_) return;
+  auto const [first_known, last_known] = redraw_.value_or(std::pair(first_change_, last));
+  redraw_ = {std::min(first_known, first_change_), std::max(last_known, last)};
+  first_change_ = no_change;
+  post_redraw();
 }
 
 void tokenize_filter::rest(std::unique_lock<std::recursive_mutex>& lock) {
   main_wait_.notify_one();
-  if (paths_ && last_dirty_ > first_change_) {
-    auto const [first, last] = redraw_.value_or(std::pair(first_change_, last_dirty_));
-    redraw_ = {std::min(first, first_change_), std::max(last, last_dirty_)};
-    post_redraw();
-  }
+  if (paths_) ask_for_redraw(last_dirty_);
   first_change_ = no_change;
   first_dirty_ = storage_.lines();
   last_dirty_ = 0;
   worker_should_ = command::idle;
   worker_wait_.wait(lock, [this] { return worker_should_ != command::idle; });
+  batch_size_ = 1;
+  next_redraw_ = clock::now() + first_redraw;
 }
 
 // The filter may be gone when the main thread gets there.

@@ -29,8 +29,10 @@ namespace grammar {
 /// looks sensible, and has a thread of its own parse what changed, from the first dirty line down,
 /// until a line ends in the state in which it ended before.
 ///
-/// All state is under the mutex of the storage. The worker holds that except while it parses a
-/// line, of which it has a copy; a change meanwhile makes it throw the result away.
+/// All state is under the mutex of the storage. The worker holds that except while it parses some
+/// lines, of which it has a copy, for a millisecond at most if they are ordinary lines; a change
+/// meanwhile makes it throw the result away. While there is a lot to parse it asks for what is
+/// done to be drawn every few milliseconds.
 ///
 ///     auto filter = std::make_unique<grammar::tokenize_filter>(storage);
 ///     filter->set_rules(all_rules, all_rules->index_named("source.c"));
@@ -57,7 +59,7 @@ class tokenize_filter : public text::filter {
   std::optional<std::pair<std::size_t, std::size_t>> take_redraw_range();
 
   /// Waits until `line` is parsed, but not longer than `limit`; then tells whether it is. The
-  /// caller may hold the storage's mutex once, not more often.
+  /// caller must not hold the storage's mutex.
   bool wait_for(std::size_t line, std::chrono::milliseconds limit = patience);
 
   /// The path at a position; at the text's end that of the last unit. Under the storage's mutex.
@@ -68,6 +70,8 @@ class tokenize_filter : public text::filter {
   std::vector<std::string> scopes(bit_stack::storage const& path) const;
   /// The runs of a line: columns and paths, which `paths` knows. Under the storage's mutex.
   line_tokens const& tokens(std::size_t line) const { return lines_[line]; }
+  /// Bytes that the tokens of all lines take. Under the storage's mutex.
+  std::size_t memory() const;
   path_tree const* paths() const { return paths_.get(); }
 
   using filter::did_insert;
@@ -86,10 +90,13 @@ class tokenize_filter : public text::filter {
   // On the worker's thread.
   void work();
   void take_rules();
-  void parse_dirty_line(std::unique_lock<std::recursive_mutex>& lock);
-  void store(std::size_t line, line_tokens tokens, reference_stack references);
+  void copy_dirty_lines();
+  void parse_dirty_lines(std::unique_lock<std::recursive_mutex>& lock);
+  void store_parsed_lines(std::size_t first);
+  void store(std::size_t line, line_tokens& tokens, reference_stack const& references);
   void dirty_next(std::size_t line);
   void rest(std::unique_lock<std::recursive_mutex>& lock);
+  void ask_for_redraw(std::size_t last);
   void post_redraw();
 
   text::storage& storage_;
@@ -108,10 +115,21 @@ class tokenize_filter : public text::filter {
   std::shared_ptr<std::function<void()>> reset_display_;
 
   // The worker's own:
+  struct copied_line {
+    std::size_t begin, size;  ///< in `copy_`
+    bool is_last;
+    line_tokens tokens;
+    reference_stack references;  ///< at its end
+  };
+  using clock = std::chrono::steady_clock;
   std::unique_ptr<line_parser> parser_;
   std::shared_ptr<path_tree> parser_paths_;
+  std::u16string copy_;
+  std::vector<copied_line> batch_;
+  std::size_t batch_size_ = 1;  ///< in lines
   static constexpr std::size_t no_change = ~std::size_t{0};
   std::size_t first_change_ = no_change;
+  clock::time_point next_redraw_;
 
   std::thread thread_;
 };

@@ -67,13 +67,24 @@ regex_t* new_observed(std::u16string_view pattern, unsigned options) {
   return error == ONIG_NORMAL ? regex : nullptr;
 }
 
+int search_within(unsigned long retries, regex_t* regex, OnigUChar const* text,
+                  OnigUChar const* end, OnigUChar const* start, OnigRegion* region,
+                  OnigOptionType options) {
+  OnigMatchParam* const param = match_param();
+  onig_set_retry_limit_in_match_of_match_param(param, retries_per_match);
+  onig_set_retry_limit_in_search_of_match_param(param, retries);
+  int const found = onig_search_with_param(regex, text, end, start, end, region, options, param);
+  onig_set_retry_limit_in_search_of_match_param(param, 0);
+  return found;
+}
+
 int search_observed(regex_t* regex, OnigUChar const* text, OnigUChar const* end,
                     OnigUChar const* start, OnigUChar const* range, OnigRegion* region,
-                    attempt_observer& observer, unsigned long retries) {
+                    attempt_observer& observer, unsigned long retries, OnigOptionType options) {
   OnigMatchParam* const param = match_param();
   onig_set_callout_user_data_of_match_param(param, &observer);
   onig_set_retry_limit_in_match_of_match_param(param, retries ? retries : retries_per_match);
-  return onig_search_with_param(regex, text, end, start, range, region, ONIG_OPTION_NONE, param);
+  return onig_search_with_param(regex, text, end, start, range, region, options, param);
 }
 
 int search_briefly(regex_t* regex, OnigUChar const* text, OnigUChar const* end,

@@ -40,10 +40,17 @@ class attempt_observer {
 /// Null if that cannot be.
 regex_t* new_observed(std::u16string_view pattern, unsigned options);
 
+/// As onig_search forward up to the end, but gives up when all of its attempts together have gone
+/// back so often.
+int search_within(unsigned long retries, regex_t* regex, OnigUChar const* text,
+                  OnigUChar const* end, OnigUChar const* start, OnigRegion* region,
+                  OnigOptionType options);
+
 /// As onig_search; `retries` as in sliced_search.
 int search_observed(regex_t* regex, OnigUChar const* text, OnigUChar const* end,
                     OnigUChar const* start, OnigUChar const* range, OnigRegion* region,
-                    attempt_observer& observer, unsigned long retries);
+                    attempt_observer& observer, unsigned long retries,
+                    OnigOptionType options = ONIG_OPTION_NONE);
 
 /// As onig_search up to `end`; `retries` limits all attempts together.
 int search_briefly(regex_t* regex, OnigUChar const* text, OnigUChar const* end,

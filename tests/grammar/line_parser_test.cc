@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "grammar/all_grammars.h"
 #include "platform/utf.h"
-#include "plist/text_reader.h"
 
 namespace {
 
@@ -11,13 +11,7 @@ using namespace grammar;
 
 std::shared_ptr<catalogue const> catalogue_of(std::vector<char const*> const& texts) {
   std::vector<catalogue::entry> entries;
-  for (char const* text : texts) {
-    plist::dictionary error;
-    plist::value const content = plist::convert(text, &error);
-    EXPECT_TRUE(content) << plist::value(error)["info"].string_or("") << text;
-    entries.push_back({content["scopeName"].string_or(""), content["name"].string_or(""), "test",
-                       [content] { return content; }});
-  }
+  for (char const* text : texts) entries.push_back(entry_of(text));
   return std::make_shared<catalogue const>(std::move(entries));
 }
 

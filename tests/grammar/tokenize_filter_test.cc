@@ -2,36 +2,26 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <random>
-#include <sstream>
 
+#include "grammar/all_grammars.h"
 #include "headless/headless_desktop.h"
 #include "platform/utf.h"
 #include "plist/text_reader.h"
-#include "plist/xml_reader.h"
 #include "text/view.h"
 
 namespace {
 
 using namespace grammar;
 
-std::string content_of(std::string const& file) {
-  std::stringstream out;
-  out << std::ifstream(std::string(QUIRNOTE_SOURCE_DIR "/") + file).rdbuf();
-  return out.str();
-}
-
 // 0 is C, 1 has regions whose ends repeat their begins.
 std::shared_ptr<catalogue const> languages() {
-  plist::value const c =
-      plist::read_xml(content_of("share/Bundles/C.qnbundle/Syntaxes/C.qnLanguage")).value;
-  plist::value const heredoc = plist::convert(
-      "{scopeName='text.h';patterns=({name=h;begin='(\\w)\\(';end='\\1\\)';"
-      "patterns=({include='$self';});},{name=s;begin='\"';end='\"';});}");
-  return std::make_shared<catalogue const>(
-      std::vector<catalogue::entry>{{"source.c", "C", "C", [c] { return c; }},
-                                    {"text.h", "", "H", [heredoc] { return heredoc; }}});
+  auto entries = shipped_entries();
+  auto const c = std::find_if(entries.begin(), entries.end(),
+                              [](auto const& entry) { return entry.scope_name == "source.c"; });
+  return std::make_shared<catalogue const>(std::vector<catalogue::entry>{
+      *c, entry_of("{scopeName='text.h';patterns=({name=h;begin='(\\w)\\(';end='\\1\\)';"
+                   "patterns=({include='$self';});},{name=s;begin='\"';end='\"';});}")});
 }
 
 void finish(tokenize_filter& filter) {

@@ -1,0 +1,629 @@
+#include "grammar/pattern_tree.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace grammar {
+
+void symbol_set::add(symbol_set const& more) {
+  ascii[0] |= more.ascii[0];
+  ascii[1] |= more.ascii[1];
+  has_other |= more.has_other;
+  has_end |= more.has_end;
+}
+
+void symbol_set::remove(symbol_set const& less) {
+  ascii[0] &= ~less.ascii[0];
+  ascii[1] &= ~less.ascii[1];
+}
+
+bool symbol_set::is_within(symbol_set const& whole) const {
+  return (ascii[0] & ~whole.ascii[0]) == 0 && (ascii[1] & ~whole.ascii[1]) == 0 &&
+         (!has_other || whole.has_other) && (!has_end || whole.has_end);
+}
+
+symbol_set symbol_set::complement() const {
+  return {{~ascii[0], ~ascii[1]}, !has_other, !has_end};
+}
+
+symbol_set symbol_set::of(char const* units) {
+  symbol_set made;
+  for (; *units; ++units) made.add(static_cast<unsigned char>(*units));
+  return made;
+}
+
+symbol_set symbol_set::everything() {
+  return {{~std::uint64_t{0}, ~std::uint64_t{0}}, true, false};
+}
+
+symbol_set symbol_set::words() {
+  symbol_set made = of("_");
+  made.add('0', '9');
+  made.add('A', 'Z');
+  made.add('a', 'z');
+  return made;
+}
+
+symbol_set pattern_tree::first(bool& complete) const {
+  complete = false;
+  symbol_set made;
+  switch (kind) {
+    case type::units:
+    case type::before:
+      complete = true;
+      return set;
+    case type::any_text:
+      return symbol_set::everything();
+    case type::sequence:
+      for (auto part = parts.begin(); part != parts.end() && !complete; ++part)
+        made.add(part->first(complete));
+      return made;
+    case type::alternatives:
+      complete = true;
+      for (pattern_tree const& part : parts) {
+        bool is_complete;
+        made.add(part.first(is_complete));
+        complete &= is_complete;
+      }
+      return made;
+    case type::repeat:
+      made = parts[0].first(complete);
+      complete &= least > 0;
+      return made;
+    case type::look_ahead:
+      return parts[0].first(complete);
+    default:
+      return made;
+  }
+}
+
+namespace {
+
+using type = pattern_tree::type;
+
+constexpr int max_depth = 100;
+constexpr int max_quantifiers = 10;  // behind one another
+
+pattern_tree node(type kind) {
+  pattern_tree made;
+  made.kind = kind;
+  return made;
+}
+
+pattern_tree units(symbol_set const& set, bool exact) {
+  pattern_tree made = node(type::units);
+  made.set = set;
+  made.exact = exact;
+  return made;
+}
+
+pattern_tree before(symbol_set const& set) {
+  pattern_tree made = node(type::before);
+  made.set = set;
+  return made;
+}
+
+bool is_letter(char16_t c) {
+  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
+}
+
+void add_other_case(symbol_set& set) {
+  constexpr std::uint64_t letters = 0x07fffffe;
+  std::uint64_t const upper = set.ascii[1] & letters, lower = set.ascii[1] >> 32 & letters;
+  set.ascii[1] |= upper << 32 | lower;
+  set.has_other = true;  // there is a K for kelvin, and ligatures
+}
+
+class reader {
+ public:
+  explicit reader(std::u16string_view source) : source_(source) {}
+
+  std::optional<pattern_tree> read() {
+    pattern_tree made = alternatives({}, 0);
+    if (failed_ || at_ < source_.size()) return std::nullopt;
+    return made;
+  }
+
+ private:
+  struct options {
+    bool ignore_case = false, extended = false, dot_all = false;
+  };
+
+  bool at_end() const { return at_ >= source_.size(); }
+  bool next_is(std::u16string_view text) const { return source_.substr(at_).starts_with(text); }
+  bool take(std::u16string_view text) {
+    if (!next_is(text)) return false;
+    at_ += text.size();
+    return true;
+  }
+  /// A unit, or 0 at the end, which is an error.
+  char16_t take() {
+    if (!at_end()) return source_[at_++];
+    failed_ = true;
+    return 0;
+  }
+  pattern_tree fail() {
+    failed_ = true;
+    at_ = source_.size();
+    return {};
+  }
+
+  pattern_tree alternatives(options how, int depth) {
+    if (depth > max_depth) return fail();
+    pattern_tree made = node(type::alternatives);
+    do made.parts.push_back(sequence(how, depth));
+    while (take(u"|"));
+    return made.parts.size() == 1 ? std::move(made.parts[0]) : made;
+  }
+
+  pattern_tree sequence(options how, int depth) {
+    pattern_tree made;
+    for (;;) {
+      if (how.extended) skip_blank();
+      if (at_end() || source_[at_] == u'|' || source_[at_] == u')') break;
+      pattern_tree part = atom(how, depth);
+      for (int i = 0; quantifier(part, how); ++i)
+        if (i == max_quantifiers) return fail();
+      made.parts.push_back(std::move(part));
+    }
+    return made.parts.size() == 1 ? std::move(made.parts[0]) : made;
+  }
+
+  void skip_blank() {
+    for (; !at_end(); ++at_) {
+      if (source_[at_] == u'#')
+        at_ = std::min(source_.find(u'\n', at_), source_.size() - 1);
+      else if (std::u16string_view(u" \t\n\v\f\r").find(source_[at_]) == source_.npos)
+        break;
+    }
+  }
+
+  bool quantifier(pattern_tree& part, options how) {
+    if (how.extended) skip_blank();
+    unsigned least = 0, most = pattern_tree::unlimited;
+    if (take(u"*")) {
+    } else if (take(u"+")) {
+      least = 1;
+    } else if (take(u"?")) {
+      most = 1;
+    } else if (next_is(u"{")) {
+      if (!interval(least, most)) return false;
+      if (take(u"?")) least = 0;
+      return wrap(part, least, most);
+    } else {
+      return false;
+    }
+    // Lazy or possessive, which is the same as far as we go.
+    if (next_is(u"?") || next_is(u"+")) ++at_;
+    return wrap(part, least, most);
+  }
+
+  bool wrap(pattern_tree& part, unsigned least, unsigned most) {
+    pattern_tree made = node(type::repeat);
+    made.least = least;
+    made.most = most;
+    made.parts.push_back(std::move(part));
+    part = std::move(made);
+    return true;
+  }
+
+  bool number(unsigned& value) {
+    std::size_t const begin = at_;
+    for (value = 0; !at_end() && source_[at_] >= u'0' && source_[at_] <= u'9'; ++at_)
+      value = std::min(value * 10 + (source_[at_] - u'0'), 100000u);
+    return at_ > begin;
+  }
+
+  bool interval(unsigned& least, unsigned& most) {
+    std::size_t const begin = at_++;
+    bool const has_least = number(least);
+    bool has_most = has_least;
+    most = least;
+    if (take(u",")) {
+      has_most = number(most);
+      if (!has_most) most = pattern_tree::unlimited;
+    }
+    if ((has_least || has_most) && take(u"}")) {
+      if (least > most) failed_ = true;
+      return true;
+    }
+    at_ = begin;
+    return false;
+  }
+
+  pattern_tree atom(options how, int depth) {
+    char16_t const c = take();
+    switch (c) {
+      case u'.': {
+        symbol_set set = symbol_set::everything();
+        if (!how.dot_all) set.remove(symbol_set::of("\n"));
+        return units(set, true);
+      }
+      case u'^':
+        return node(type::line_begin);
+      case u'$':
+        return line_end();
+      case u'[':
+        return bracket(how);
+      case u'(':
+        return group(how, depth);
+      case u'\\':
+        return escape(how);
+      case u'*':
+      case u'+':
+      case u'?':
+        return fail();
+      case u'{': {
+        unsigned least, most;
+        --at_;
+        if (interval(least, most)) return fail();
+        ++at_;
+        return literal(c, how);
+      }
+      default:
+        return literal(c, how);
+    }
+  }
+
+  static pattern_tree line_end() {
+    symbol_set set = symbol_set::of("\n");
+    set.has_end = true;
+    return before(set);
+  }
+
+  static pattern_tree literal(char16_t c, options how) {
+    symbol_set set;
+    if (c >= 128) {
+      if (how.ignore_case) return node(type::any_text);
+      set.has_other = true;
+      return units(set, false);
+    }
+    set.add(c);
+    if (!how.ignore_case || !is_letter(c)) return units(set, true);
+    add_other_case(set);
+    return units(set, false);
+  }
+
+  pattern_tree group(options how, int depth) {
+    auto const close = [this](pattern_tree part) {
+      if (!take(u")")) return fail();
+      return part;
+    };
+    if (!take(u"?")) {
+      // What else begins with an asterisk is no group.
+      if (next_is(u"*")) return fail();
+      return close(alternatives(how, depth + 1));
+    }
+    if (take(u":") || take(u">")) return close(alternatives(how, depth + 1));
+    if (take(u"=")) {
+      pattern_tree made = node(type::look_ahead);
+      made.parts.push_back(alternatives(how, depth + 1));
+      return close(std::move(made));
+    }
+    if (take(u"!")) return not_ahead(close(alternatives(how, depth + 1)));
+    if (take(u"<=")) return behind(close(alternatives(how, depth + 1)));
+    if (take(u"<!")) return not_behind(close(alternatives(how, depth + 1)));
+    if (take(u"#")) {
+      while (!at_end() && !next_is(u")"))
+        if (take() == u'\\') take();
+      return close({});
+    }
+    if (take(u"<")) return named(u'>', how, depth);
+    if (take(u"'")) return named(u'\'', how, depth);
+    return option_group(how, depth);
+  }
+
+  pattern_tree named(char16_t closing, options how, int depth) {
+    while (char16_t const c = take())
+      if (c == closing) break;
+    pattern_tree made = alternatives(how, depth + 1);
+    return take(u")") ? made : fail();
+  }
+
+  pattern_tree option_group(options how, int depth) {
+    for (bool on = true;;) {
+      switch (take()) {
+        case u'i':
+          how.ignore_case = on;
+          break;
+        case u'x':
+          how.extended = on;
+          break;
+        case u'm':
+          how.dot_all = on;
+          break;
+        case u'-':
+          on = false;
+          break;
+        case u':': {
+          pattern_tree made = alternatives(how, depth + 1);
+          return take(u")") ? made : fail();
+        }
+        // For all that follows in the group around, alternatives too.
+        case u')':
+          return alternatives(how, depth + 1);
+        default:
+          return fail();
+      }
+    }
+  }
+
+  static pattern_tree not_ahead(pattern_tree const& part) {
+    if (part.kind != type::units || !part.exact) return {};
+    symbol_set set = part.set.complement();
+    set.has_other = set.has_end = true;
+    return before(set);
+  }
+
+  static pattern_tree behind(pattern_tree const& part) {
+    if (part.kind != type::units) return {};
+    if (!part.set.has_other && part.set.is_within(symbol_set::words()))
+      return node(type::after_word);
+    symbol_set words = symbol_set::words();
+    words.remove(part.set);
+    return words == symbol_set::words() ? node(type::not_after_word) : pattern_tree();
+  }
+
+  static pattern_tree not_behind(pattern_tree const& part) {
+    if (part.kind != type::units || !part.exact || !symbol_set::words().is_within(part.set))
+      return {};
+    return node(type::not_after_word);
+  }
+
+  /// The class that stands behind a backslash; false if it is none.
+  static bool class_of(char16_t c, symbol_set& set) {
+    switch (c) {
+      case u'w':
+      case u'W':
+        set = symbol_set::words();
+        break;
+      case u's':
+      case u'S':
+        set = symbol_set::of(" \t\n\v\f\r");
+        break;
+      case u'd':
+      case u'D':
+        set = symbol_set::of("0123456789");
+        break;
+      case u'h':
+      case u'H':
+        set = symbol_set::of("0123456789abcdefABCDEF");
+        break;
+      default:
+        return false;
+    }
+    if (c < u'a') set = set.complement();
+    set.has_other = true;
+    set.has_end = false;
+    return true;
+  }
+
+  /// The unit that is written behind a backslash, by a letter, a number or itself.
+  bool unit_of(char16_t c, char16_t& unit) {
+    constexpr std::u16string_view letters = u"tnvfrae", controls = u"\t\n\v\f\r\a\x1b";
+    if (auto const i = letters.find(c); i != letters.npos) {
+      unit = controls[i];
+    } else if (c == u'x') {
+      if (!hexadecimal(take(u"{") ? 8 : 2, unit) || unit >= 128) return false;
+    } else if (c == u'u') {
+      if (!hexadecimal(4, unit)) return false;
+    } else if (c == u'0') {
+      unsigned value = 0;
+      for (int i = 0; i < 2 && !at_end() && source_[at_] >= u'0' && source_[at_] <= u'7'; ++i)
+        value = value * 8 + (take() - u'0');
+      unit = static_cast<char16_t>(value);
+    } else {
+      unit = c;
+      return c != 0 && !is_letter(c) && !(c >= u'1' && c <= u'9');
+    }
+    return true;
+  }
+
+  bool hexadecimal(int most, char16_t& unit) {
+    constexpr std::u16string_view digits = u"0123456789abcdef";
+    unsigned value = 0;
+    int read = 0;
+    for (; read < most && !at_end(); ++read, ++at_) {
+      char16_t const c = source_[at_];
+      auto const digit = digits.find(c >= u'A' && c <= u'F' ? static_cast<char16_t>(c + 32) : c);
+      if (digit == digits.npos) break;
+      value = value * 16 + static_cast<unsigned>(digit);
+    }
+    unit = static_cast<char16_t>(value);
+    if (read == 0 || value > 0xffff) return false;
+    return most == 8 ? take(u"}") : most == 2 || read == 4;
+  }
+
+  bool skip_name() {
+    char16_t const closing = take(u"<") ? u'>' : take(u"'") ? u'\'' : u'\0';
+    if (closing == 0) return false;
+    while (char16_t const c = take())
+      if (c == closing) return true;
+    return false;
+  }
+
+  bool skip_property() {
+    if (!take(u"{")) return false;
+    while (char16_t const c = take())
+      if (c == u'}') return true;
+    return false;
+  }
+
+  pattern_tree escape(options how) {
+    char16_t const c = take();
+    symbol_set set;
+    if (class_of(c, set)) return units(set, true);
+    switch (c) {
+      case u'b':
+        return node(type::word_boundary);
+      case u'B':
+        return node(type::not_word_boundary);
+      case u'A':
+        return node(type::line_begin);
+      case u'Z':
+        return line_end();
+      case u'z':
+        set.has_end = true;
+        return before(set);
+      case u'k':
+      case u'g':
+        return skip_name() ? node(type::any_text) : fail();
+      case u'p':
+      case u'P':
+        if (!skip_property()) return fail();
+        return how.ignore_case ? node(type::any_text) : units(symbol_set::everything(), false);
+      case u'N':
+      case u'O':
+        return units(symbol_set::everything(), false);
+      case u'R':
+      case u'X':
+        return node(type::any_text);
+      case u'y':
+      case u'Y':
+        return {};
+      default:
+        break;
+    }
+    if (c >= u'1' && c <= u'9') {
+      if (!at_end() && source_[at_] >= u'0' && source_[at_] <= u'9') return fail();
+      return node(type::any_text);
+    }
+    char16_t unit;
+    return unit_of(c, unit) ? literal(unit, how) : fail();
+  }
+
+  /// A bracket as far as it was read.
+  struct bracket_class {
+    symbol_set set;
+    bool exact = true;
+    bool beyond_letters = false;  ///< has what may match several units when case is ignored
+  };
+
+  pattern_tree bracket(options how) {
+    bracket_class made = class_members(0);
+    if (failed_) return fail();
+    made.set.has_other = true;
+    if (!how.ignore_case) return units(made.set, made.exact);
+    if (made.beyond_letters) return node(type::any_text);
+    add_other_case(made.set);
+    return units(made.set, false);
+  }
+
+  bracket_class class_members(int depth) {
+    bracket_class made, all;
+    bool const negated = take(u"^");
+    bool is_first = true, intersected = false;
+    if (depth > max_depth) fail();
+    for (;; is_first = false) {
+      char16_t c = take();
+      if (failed_) return made;
+      if (c == u']' && !is_first) break;
+      if (c == u'&' && take(u"&")) {
+        all = intersected ? intersection(all, made) : made;
+        made = {};
+        intersected = true;
+      } else if (c == u'[') {
+        bracket_class const inner = next_is(u":") ? named_class() : class_members(depth + 1);
+        made.set.add(inner.set);
+        made.exact &= inner.exact;
+        made.beyond_letters = true;
+      } else {
+        member(c, made);
+      }
+    }
+    if (intersected) made = intersection(all, made);
+    if (!negated) return made;
+    // The complement of more than there is would be too little.
+    made.set = made.exact ? made.set.complement() : symbol_set::everything();
+    made.set.has_end = false;
+    return made;
+  }
+
+  static bracket_class intersection(bracket_class a, bracket_class const& b) {
+    a.set.remove(b.set.complement());
+    a.exact &= b.exact;
+    a.beyond_letters |= b.beyond_letters;
+    return a;
+  }
+
+  bracket_class named_class() {
+    bracket_class made;
+    take(u":");
+    take(u"^");
+    while (!at_end() && is_letter(source_[at_])) ++at_;
+    // With anything else there it is a class in the class, or not.
+    if (!take(u":]")) fail();
+    made.set = symbol_set::everything();
+    made.exact = false;
+    return made;
+  }
+
+  void member(char16_t c, bracket_class& made) {
+    char16_t low = c;
+    if (c == u'\\' && !escaped_member(low, made)) return;
+    if (!next_is(u"-") || next_is(u"-]")) return add_range(low, low, made);
+    ++at_;
+    char16_t high = take();
+    if (high == u'[' || (high == u'&' && next_is(u"&"))) {
+      fail();
+    } else if (high == u'\\' && !escaped_member(high, made)) {
+      add_range(low, low, made);
+      add_range(u'-', u'-', made);
+    } else {
+      if (low > high) fail();
+      add_range(low, high, made);
+      after_complete(made);
+    }
+  }
+
+  /// Reads what stands behind a backslash: true for a unit, false for a class, which is added.
+  bool escaped_member(char16_t& unit, bracket_class& made) {
+    char16_t const c = take();
+    symbol_set set;
+    if (class_of(c, set)) {
+      made.set.add(set);
+      made.beyond_letters = true;
+      after_complete(made);
+      return false;
+    }
+    if (c == u'b') {
+      unit = u'\b';
+      return true;
+    }
+    if (c == u'p' || c == u'P') {
+      if (!skip_property()) fail();
+      made.set = symbol_set::everything();
+      made.exact = false;
+      made.beyond_letters = true;
+      return false;
+    }
+    if (!unit_of(c, unit)) fail();
+    return true;
+  }
+
+  // Behind a class or a range a hyphen may mean itself or not.
+  void after_complete(bracket_class& made) {
+    if (!next_is(u"-") || next_is(u"-]")) return;
+    made.set = symbol_set::everything();
+    made.exact = false;
+    made.beyond_letters = true;
+  }
+
+  static void add_range(char16_t low, char16_t high, bracket_class& made) {
+    made.set.add(low, std::min<unsigned>(high, 127));
+    if (high >= 128) made.beyond_letters = true;
+  }
+
+  std::u16string_view source_;
+  std::size_t at_ = 0;
+  bool failed_ = false;
+};
+
+}  // namespace
+
+std::optional<pattern_tree> pattern_tree::parse(std::u16string_view pattern) {
+  return reader(pattern).read();
+}
+
+}  // namespace grammar

@@ -1,0 +1,292 @@
+#include "grammar/rule_filter.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+
+namespace grammar {
+namespace {
+
+constexpr std::size_t max_states = 2000;
+constexpr std::size_t max_nodes = 200'000;
+constexpr std::size_t max_run = 32;
+// More repetitions than these are taken for any number.
+constexpr unsigned max_repeat = 4;
+constexpr std::uint32_t unknown = ~0u - 1;
+
+template <class T, class F>
+std::array<T, symbol_set::count> table_of(F of) {
+  std::array<T, symbol_set::count> made;
+  for (unsigned symbol = 0; symbol < made.size(); ++symbol) made[symbol] = of(symbol);
+  return made;
+}
+
+auto const is_word = table_of<bool>([](unsigned symbol) {
+  static symbol_set const set = symbol_set::words();
+  return set.has(symbol);
+});
+
+}  // namespace
+
+std::array<rule_filter::behind, symbol_set::count> const rule_filter::behind_symbol =
+    table_of<behind>([](unsigned symbol) {
+      if (symbol >= 128 || symbol == '\n') return behind::unknown;
+      return is_word[symbol] ? behind::word : behind::other_ascii;
+    });
+
+/// Makes a pattern's nodes, from its end to its beginning.
+class rule_filter::builder {
+ public:
+  builder(std::vector<node>& nodes, std::uint16_t rule) : nodes_(nodes), rule_(rule) {
+    accept_ = add(type::sequence, 0);
+    nodes_[accept_].accepts = true;
+  }
+
+  /// The node at which the pattern begins.
+  std::uint32_t build(std::u16string_view pattern) {
+    auto const tree = pattern_tree::parse(pattern);
+    if (!tree) return accept_;
+    std::uint32_t const entry = build(*tree, accept_);
+    return nodes_.size() < max_nodes ? entry : accept_;
+  }
+
+ private:
+  std::uint32_t add(type kind, std::uint32_t out, std::uint32_t out2 = 0) {
+    nodes_.push_back({kind, rule_, false, out, out2});
+    return static_cast<std::uint32_t>(nodes_.size() - 1);
+  }
+  std::uint32_t add(type kind, symbol_set const& set, std::uint32_t out) {
+    std::uint32_t const made = add(kind, out);
+    nodes_[made].set = set;
+    return made;
+  }
+
+  std::uint32_t build(pattern_tree const& tree, std::uint32_t out) {
+    if (nodes_.size() >= max_nodes) return out;
+    switch (tree.kind) {
+      case type::units:
+      case type::before:
+        return add(tree.kind, tree.set, out);
+      case type::any_text: {
+        std::uint32_t const loop = add(type::alternatives, 0, out);
+        nodes_[loop].out = add(type::units, symbol_set::everything(), loop);
+        return loop;
+      }
+      case type::sequence:
+        for (auto part = tree.parts.rbegin(); part != tree.parts.rend(); ++part)
+          out = build(*part, out);
+        return out;
+      case type::alternatives: {
+        std::uint32_t made = build(tree.parts.back(), out);
+        for (std::size_t i = tree.parts.size() - 1; i-- > 0;) {
+          std::uint32_t const part = build(tree.parts[i], out);
+          made = add(type::alternatives, part, made);
+        }
+        return made;
+      }
+      case type::repeat:
+        return build_repeat(tree, out);
+      case type::look_ahead: {
+        // At the end of the pattern, what follows might as well belong to it.
+        if (out == accept_) return build(tree.parts[0], out);
+        bool is_complete;
+        symbol_set const set = tree.parts[0].first(is_complete);
+        return is_complete ? add(type::before, set, out) : out;
+      }
+      default:
+        return add(tree.kind, out);
+    }
+  }
+
+  std::uint32_t build_repeat(pattern_tree const& tree, std::uint32_t out) {
+    unsigned const least = std::min(tree.least, max_repeat);
+    std::uint32_t made = out;
+    if (tree.least > max_repeat || tree.most - tree.least > max_repeat) {
+      made = add(type::alternatives, 0, out);
+      std::uint32_t const body = build(tree.parts[0], made);
+      nodes_[made].out = body;
+    } else {
+      for (unsigned i = tree.least; i < tree.most; ++i) {
+        std::uint32_t const body = build(tree.parts[0], made);
+        made = add(type::alternatives, body, out);
+      }
+    }
+    for (unsigned i = 0; i < least; ++i) made = build(tree.parts[0], made);
+    return made;
+  }
+
+  std::vector<node>& nodes_;
+  std::uint16_t rule_;
+  std::uint32_t accept_;
+};
+
+rule_filter::rule_filter(std::vector<std::optional<std::u16string_view>> const& patterns)
+    : is_decided_(patterns.size()) {
+  state start;
+  for (std::size_t i = 0; i < patterns.size(); ++i)
+    if (patterns[i])
+      start.nodes.push_back(builder(nodes_, static_cast<std::uint16_t>(i)).build(*patterns[i]));
+  std::sort(start.nodes.begin(), start.nodes.end());
+  visited_.resize(nodes_.size());
+  make_classes();
+  add_state({});  // dead
+  for (behind const before :
+       {behind::line_begin, behind::word, behind::other_ascii, behind::unknown}) {
+    start.before = before;
+    start_[static_cast<unsigned>(before)] = add_state(start);
+  }
+}
+
+// Symbols are told apart by the sets, by being a word unit and as the line feed.
+void rule_filter::make_classes() {
+  std::array<unsigned, symbol_set::count> number{};
+  unsigned count = 1;
+  auto const split = [&](symbol_set const& set) {
+    std::map<std::pair<unsigned, bool>, unsigned> made;
+    for (unsigned symbol = 0; symbol < symbol_set::count; ++symbol) {
+      auto const key = std::pair(number[symbol], set.has(symbol));
+      number[symbol] = made.emplace(key, static_cast<unsigned>(made.size())).first->second;
+    }
+    count = static_cast<unsigned>(made.size());
+  };
+  symbol_set beyond;
+  beyond.has_other = true;
+  split(beyond);
+  beyond.has_end = true;
+  split(beyond);
+  split(symbol_set::words());
+  split(symbol_set::of("\n"));
+  std::vector<symbol_set> seen;
+  for (node const& n : nodes_) {
+    if (n.kind != type::units && n.kind != type::before) continue;
+    if (count == symbol_set::count) break;
+    if (std::find(seen.rbegin(), seen.rend(), n.set) != seen.rend()) continue;
+    seen.push_back(n.set);
+    split(n.set);
+  }
+  for (unsigned symbol = 0; symbol < symbol_set::count; ++symbol)
+    classes_[symbol] = static_cast<std::uint8_t>(number[symbol]);
+  class_count_ = count;
+}
+
+std::uint32_t rule_filter::add_state(state made) {
+  std::u16string key;
+  if (!made.nodes.empty()) key += static_cast<char16_t>(made.before);
+  for (std::uint32_t const node : made.nodes) {
+    key += static_cast<char16_t>(node);
+    key += static_cast<char16_t>(node >> 16);
+  }
+  key += u'|';
+  for (std::uint16_t const rule : made.decided) key += static_cast<char16_t>(rule);
+  auto const [it, added] = known_.try_emplace(key, static_cast<std::uint32_t>(states_.size()));
+  if (!added) return it->second;
+  made.candidates = made.decided;
+  for (std::uint32_t const node : made.nodes) made.candidates.push_back(nodes_[node].rule);
+  std::sort(made.candidates.begin(), made.candidates.end());
+  made.candidates.erase(std::unique(made.candidates.begin(), made.candidates.end()),
+                        made.candidates.end());
+  states_.push_back(std::move(made));
+  next_.resize(states_.size() * class_count_, unknown);
+  return it->second;
+}
+
+rule_filter::behind rule_filter::behind_at(std::u16string_view line, std::size_t at) {
+  return at == 0 ? behind::line_begin : behind_symbol[symbol_set::symbol(line[at - 1])];
+}
+
+bool rule_filter::holds(node const& test, behind before, unsigned symbol) {
+  bool const unclear = before == behind::unknown || symbol == symbol_set::other;
+  bool const after_word = before == behind::word;
+  switch (test.kind) {
+    case type::line_begin:
+      return before == behind::line_begin || before == behind::unknown;
+    case type::word_boundary:
+      return unclear || after_word != is_word[symbol];
+    case type::not_word_boundary:
+      return unclear || after_word == is_word[symbol];
+    case type::after_word:
+      return after_word || before == behind::unknown;
+    case type::not_after_word:
+      return !after_word;
+    case type::before:
+      return test.set.has(symbol);
+    default:
+      return true;
+  }
+}
+
+void rule_filter::follow(std::uint32_t entry, behind before, unsigned symbol, state& made) {
+  stack_.assign(1, entry);
+  while (!stack_.empty()) {
+    std::uint32_t const at = stack_.back();
+    stack_.pop_back();
+    if (visited_[at] == visit_) continue;
+    visited_[at] = visit_;
+    node const& n = nodes_[at];
+    if (is_decided_[n.rule]) continue;
+    if (n.accepts) {
+      is_decided_[n.rule] = true;
+    } else if (n.kind == type::units) {
+      if (!n.set.has(symbol)) continue;
+      // A character beyond ASCII may have one unit or two.
+      if (symbol == symbol_set::other)
+        is_decided_[n.rule] = true;
+      else
+        made.nodes.push_back(n.out);
+    } else if (holds(n, before, symbol)) {
+      stack_.push_back(n.out);
+      if (n.kind == type::alternatives) stack_.push_back(n.out2);
+    }
+  }
+}
+
+std::uint32_t rule_filter::make_next(std::uint32_t from, unsigned symbol) {
+  if (states_.size() >= max_states) return undecided;
+  state made;
+  made.before = behind_symbol[symbol];
+  std::fill(is_decided_.begin(), is_decided_.end(), false);
+  for (std::uint16_t const rule : states_[from].decided) is_decided_[rule] = true;
+  ++visit_;
+  for (std::uint32_t const entry : states_[from].nodes)
+    follow(entry, states_[from].before, symbol, made);
+  std::erase_if(made.nodes, [&](std::uint32_t n) { return is_decided_[nodes_[n].rule]; });
+  std::sort(made.nodes.begin(), made.nodes.end());
+  made.nodes.erase(std::unique(made.nodes.begin(), made.nodes.end()), made.nodes.end());
+  for (std::size_t i = 0; i < is_decided_.size(); ++i)
+    if (is_decided_[i]) made.decided.push_back(static_cast<std::uint16_t>(i));
+  return next_[from * class_count_ + classes_[symbol]] = add_state(std::move(made));
+}
+
+std::uint32_t rule_filter::next(std::uint32_t from, unsigned symbol) {
+  std::uint32_t const to = next_[from * class_count_ + classes_[symbol]];
+  return to == unknown ? make_next(from, symbol) : to;
+}
+
+std::size_t rule_filter::skip(std::u16string_view line, std::size_t at, std::size_t limit) {
+  behind before = behind_at(line, at);
+  for (; at < limit; ++at) {
+    unsigned const symbol = symbol_set::symbol(line[at]);
+    std::uint8_t& skipped = skipped_[static_cast<unsigned>(before)][symbol];
+    if (!skipped) {
+      if (next(start_[static_cast<unsigned>(before)], symbol) != dead) return at;
+      skipped = 1;
+    }
+    before = behind_symbol[symbol];
+  }
+  return at;
+}
+
+std::vector<std::uint16_t> const& rule_filter::candidates(std::u16string_view line,
+                                                          std::size_t at) {
+  std::uint32_t current = start_[static_cast<unsigned>(behind_at(line, at))];
+  for (std::size_t const stop = at + max_run; at < stop; ++at) {
+    bool const is_end = at >= line.size();
+    std::uint32_t const to = next(current, is_end ? symbol_set::end : symbol_set::symbol(line[at]));
+    if (to == undecided) break;
+    current = to;
+    if (is_end || states_[current].nodes.empty()) break;
+  }
+  return states_[current].candidates;
+}
+
+}  // namespace grammar

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "grammar/pattern_tree.h"
+
+namespace grammar {
+
+/// Tells which of several patterns may match at a place of a line, so that only those have to be
+/// tried there; mostly that is none, or the one that does match.
+///
+///     rule_filter filter({u"if|else", u"\\d+"});
+///     while ((at = filter.skip(line, at, line.size())) < line.size())
+///       for (auto number : filter.candidates(line, at++)) ...
+///
+/// The patterns are made into one automaton that is more generous than they are (see
+/// `pattern_tree`) and whose deterministic states are made when they are first needed. It runs
+/// from the place on until all is decided, some 30 units at most. There is a limit to the states;
+/// what isn't decided by then may match.
+///
+/// A line is text with at most one line feed, at its end. Offsets are code units. For one thread
+/// at a time.
+class rule_filter {
+ public:
+  /// The sources of patterns; they are told by their index. One that isn't understood may match
+  /// anywhere, and one that isn't there never does.
+  explicit rule_filter(std::vector<std::optional<std::u16string_view>> const& patterns);
+
+  /// Goes from `at` to the first place where one may match, but not beyond `limit`, which is at
+  /// most the line's size.
+  std::size_t skip(std::u16string_view line, std::size_t at, std::size_t limit);
+  /// Those that may match at a place, which can be the line's end, in ascending order. Good until
+  /// the next call.
+  std::vector<std::uint16_t> const& candidates(std::u16string_view line, std::size_t at);
+
+ private:
+  enum class behind : std::uint8_t { line_begin, word, other_ascii, unknown };
+  using type = pattern_tree::type;
+  struct node {
+    type kind;  ///< `units` goes on at `out` behind one; `alternatives` at both; the others test
+    std::uint16_t rule;
+    bool accepts = false;
+    std::uint32_t out = 0, out2 = 0;
+    symbol_set set = {};
+  };
+  struct state {
+    behind before = behind::unknown;
+    std::vector<std::uint32_t> nodes;       ///< where it goes on, sorted
+    std::vector<std::uint16_t> decided;     ///< those that may match whatever follows
+    std::vector<std::uint16_t> candidates;  ///< and those that `nodes` belong to
+  };
+  class builder;
+
+  static std::array<behind, symbol_set::count> const behind_symbol;
+  static behind behind_at(std::u16string_view line, std::size_t at);
+  static bool holds(node const& test, behind before, unsigned symbol);
+  void make_classes();
+  std::uint32_t add_state(state made);
+  /// The state behind `from` when `symbol` is next, or `undecided`.
+  std::uint32_t next(std::uint32_t from, unsigned symbol);
+  std::uint32_t make_next(std::uint32_t from, unsigned symbol);
+  void follow(std::uint32_t entry, behind before, unsigned symbol, state& made);
+
+  static constexpr std::uint32_t undecided = ~0u, dead = 0;
+  std::uint32_t start_[4];  ///< by what stands behind
+
+  std::vector<node> nodes_;
+  std::uint8_t
+      classes_[symbol_set::count];  ///< symbols between which no pattern makes a difference
+  unsigned class_count_ = 0;
+  std::vector<state> states_;
+  std::unordered_map<std::u16string, std::uint32_t> known_;
+  std::vector<std::uint32_t> next_;                  ///< by state and class
+  std::uint8_t skipped_[4][symbol_set::count] = {};  ///< nothing can match there
+  std::vector<std::uint32_t> visited_, stack_;
+  std::uint32_t visit_ = 0;
+  std::vector<bool> is_decided_;
+};
+
+}  // namespace grammar

@@ -1,0 +1,79 @@
+#include "grammar/rule_set.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace grammar {
+namespace {
+
+/// Rules that one region may include, each counted as often as it is.
+constexpr unsigned max_candidates = 20000;
+
+bool any_group(std::vector<capture> const& captures) {
+  return std::any_of(captures.begin(), captures.end(),
+                     [](capture const& c) { return c.group != 0; });
+}
+
+}  // namespace
+
+void wanted::find_needs() {
+  needs_groups = type == kind::opening
+                     ? owner->has_back_references || any_group(owner->begin_captures)
+                     : type == kind::end && any_group(owner->end_captures);
+}
+
+rule_set& rule_sets::of(rule const& owner, rule const& base) {
+  region_key const key(&owner, &base);
+  auto const [it, added] = sets_.try_emplace(key);
+  rule_set& made = it->second;
+  if (!added) return made;
+  collected_.clear();
+  collect(made.rules, key, {});
+  std::vector<std::optional<std::u16string_view>> sources;
+  for (wanted& what : made.rules) {
+    what.find_needs();
+    if (what.is_sought()) {
+      made.sought.push_back(static_cast<std::uint16_t>(sources.size()));
+      sources.push_back(std::nullopt);
+    } else {
+      sources.push_back(what.nfa->source());
+    }
+  }
+  made.filter = std::make_unique<rule_filter>(sources);
+  return made;
+}
+
+void rule_sets::collect(std::vector<wanted>& rules, region_key const& of,
+                        std::vector<unsigned> steps) {
+  // A group that was collected, or is just being, adds nothing: what it has comes first already.
+  if (!collected_.insert(of).second) return;
+  auto const [owner, base] = of;
+  if (owner->end.is_set() && owner->has_content_name())
+    steps.push_back(modulo_for_rule(*owner) - 1);
+  if (!owner->apply_end_pattern_last) collect_end(rules, of);
+  for (unsigned i = 0; i < owner->patterns.size() && rules.size() < max_candidates; ++i) {
+    rule const* new_base = nullptr;
+    rule const* const child = rule_at_index(*owner, i, all_rules_, root_, base, new_base);
+    if (child == nullptr || child->disabled) continue;
+    std::vector<unsigned> below = steps;
+    below.push_back(i);
+    if (new_base) {
+      collect(rules, {child, new_base}, std::move(below));
+    } else if (lazy_pattern const* const opening = child->opening()) {
+      rules.push_back(
+          {wanted::kind::opening, child, base, std::move(below), opening->get(), opening});
+    }
+  }
+  if (owner->apply_end_pattern_last) collect_end(rules, of);
+  if (pattern const* const swallow = owner->swallow.get())
+    rules.push_back({wanted::kind::swallow, owner, base, {}, swallow, &owner->swallow});
+}
+
+void rule_sets::collect_end(std::vector<wanted>& rules, region_key const& of) {
+  rule const& owner = *of.first;
+  pattern const* const nfa = owner.has_back_references ? nullptr : owner.end.get();
+  if (nfa || owner.has_back_references)
+    rules.push_back({wanted::kind::end, &owner, of.second, {}, nfa, &owner.end});
+}
+
+}  // namespace grammar
