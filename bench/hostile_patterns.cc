@@ -47,7 +47,17 @@ std::vector<std::string> patterns() {
   return result;
 }
 
-/// Counts the time between two looks at events.
+/// What this thread has waited for a processor that other programs had, as Linux tells it.
+nanoseconds queued() {
+  unsigned long long ran = 0, waited = 0;
+  if (std::FILE* const file = std::fopen("/proc/thread-self/schedstat", "r")) {
+    if (std::fscanf(file, "%llu %llu", &ran, &waited) != 2) waited = 0;
+    std::fclose(file);
+  }
+  return nanoseconds(waited);
+}
+
+/// Counts the time between two looks at events, but for what other load adds to it.
 class stopwatch : public headless::headless_desktop {
  public:
   class meter : public headless::scripted_busy {
@@ -58,14 +68,16 @@ class stopwatch : public headless::headless_desktop {
       std::this_thread::sleep_for(duration<double>(seconds));
       back_ = steady_clock::now();
       worked_ = own_time();
+      queued_ = queued();
       return back_ - begun_ > milliseconds(200);
     }
     void begin() {
       begun_ = back_ = steady_clock::now();
       worked_ = own_time();
+      queued_ = queued();
     }
     void away_ended() {
-      longest = std::max(longest, steady_clock::now() - back_);
+      longest = std::max(longest, steady_clock::now() - back_ - (queued() - queued_));
       longest_work = std::max(longest_work, own_time() - worked_);
     }
 
@@ -80,7 +92,7 @@ class stopwatch : public headless::headless_desktop {
     }
 
     steady_clock::time_point begun_, back_;
-    nanoseconds worked_{0};
+    nanoseconds worked_{0}, queued_{0};
   };
   meter& busy() override { return meter_; }
 
