@@ -26,6 +26,7 @@ constexpr part_kind part_kinds[] = {
     {"incrementalSearch", "What is searched for as you type", ""},
     {"lineNumber", "Line and column of the caret", "Line 88888, Column 888"},
     {"currentMode", "Language", ""},
+    {"currentSymbol", "Symbol at the caret", ""},
     {"fileEncoding", "Encoding of the file", ""},
     {"lineEnding", "Line endings of the file", ""},
     {"tabSize", "Width of a tab", ""},

@@ -27,6 +27,7 @@ WynTextView::WynTextView() {
   addFindMethods();
   addISearchMethods();
   addStyleSheetMethods();
+  addPairMethods();
   defaultsToken_ = platform::notification_center::standard().observe(
       platform::user_defaults::did_change, [this](auto const&) { userDefaultsDidChange(); });
   initializeSettings();
@@ -48,10 +49,12 @@ void WynTextView::detachView() {
   if (view_ == nullptr) return;
   closeIncrementalSearchWindow();
   abandonMarkedText();
+  endFlash();
   disarmDrag();
   dragging_exited();
   dropTimer_.reset();
   documentToken_.reset();
+  snapshotMetaData();
   detachTokenizer();
   document_->releaseView(view_);
   document_->closeDocument();
@@ -68,8 +71,9 @@ void WynTextView::attachView() {
   applyOptionsToView();
   setupTextFrame();
   publishAll();
+  updateValueForKey("", "currentSymbol");
   setNeedsDisplay();
-  centerSelectionInVisibleArea();
+  scrollToStoredPosition();
 }
 
 void WynTextView::bind(value_observer observer) {
@@ -168,6 +172,7 @@ void WynTextView::set_host(platform::view_host* host) {
     blinkTimer_.reset();
     autoscrollTimer_.reset();
     centerTimer_.reset();
+    endFlash();
     dropScrollTimer_.reset();
     dropPoint_.reset();
     disarmDrag();
@@ -176,5 +181,5 @@ void WynTextView::set_host(platform::view_host* host) {
   userDefaultsDidChange();
   setupTextFrame();
   focus_changed();
-  if (view_ != nullptr) centerSelectionInVisibleArea();
+  if (view_ != nullptr) scrollToStoredPosition();
 }

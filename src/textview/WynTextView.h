@@ -46,6 +46,8 @@ class WynTextView : public platform::responder,
   /// Shows another document, or none. The one shown before gets its view back.
   void setDocument(std::shared_ptr<WynDocument> document);
   std::shared_ptr<WynDocument> const& document() const { return document_; }
+  /// Stores in the view what is in sight, so that it comes back there when it is shown again.
+  void snapshotMetaData();
   /// Null as long as there is no document. Owned by the document.
   text::view* view() const { return view_; }
   TextLayout const& layout() const { return layout_; }
@@ -221,6 +223,13 @@ class WynTextView : public platform::responder,
   bool findNextIncrementalSearchString(bool from_end);
   bool findPreviousIncrementalSearchString(bool from_start);
 
+  // Brackets (WynTextView_pairs.cc)
+  /// Selects the innermost pair of brackets round the selection and what is between; false if there
+  /// is none.
+  bool selectBlock();
+  /// An opening unit that is shown for a moment, since its partner has just been typed.
+  std::optional<platform::rect> const& flashed() const { return flashed_; }
+
   // Drag and drop (WynTextView_dragging.cc)
   void startDragForEvent(platform::mouse_event const& event);
   /// From elsewhere things are copied; within the view they are moved, unless the keys held leave
@@ -265,6 +274,8 @@ class WynTextView : public platform::responder,
   /// Scrolls as little as possible to show `r`, which is left of neither gutter nor margin.
   void scrollRectToVisible(platform::rect const& r);
   void centerSelectionInVisibleArea();
+  /// To where the view was when it was last shown, if it ever was; else the caret comes in sight.
+  void scrollToStoredPosition();
   /// Now and once more at the loop's next turn, when a frame that has just grown is laid out.
   void centerSelectionNowAndLater();
   bool caretIsVisible() const { return caretVisible_; }
@@ -300,6 +311,7 @@ class WynTextView : public platform::responder,
   void addFindMethods();
   void addISearchMethods();
   void addStyleSheetMethods();
+  void addPairMethods();
   /// Enters an action that runs inside a view_will_change scope.
   void addAction(std::string selector, std::function<void()> action);
   void addToggle(std::string const& name, std::function<bool()> get, std::function<void(bool)> set);
@@ -394,6 +406,12 @@ class WynTextView : public platform::responder,
   void publishPrimarySelection();
   void abandonMarkedText();
 
+  // Brackets (WynTextView_pairs.cc)
+  plist::value highlightPairs() const;
+  void flashPartner();
+  void flash(platform::rect const& r);
+  void endFlash();
+
   // Drag and drop (WynTextView_dragging.cc)
   bool armDragAtClick(platform::mouse_event const& event);
   void disarmDrag();
@@ -442,6 +460,9 @@ class WynTextView : public platform::responder,
   bool foldingsEnabled_ = true;
   std::string fontName_;
   double fontSize_ = 12;
+
+  std::optional<platform::rect> flashed_;
+  std::unique_ptr<platform::timer> flashTimer_;
 
   bool caretVisible_ = true;
   std::unique_ptr<platform::timer> blinkTimer_, centerTimer_;

@@ -131,6 +131,8 @@ class painter {
     paint_current_line();
     paint_matches();
     paint_selection();
+    if (auto const& flashed = text_view_.flashed(); flashed && flashed->intersects(dirty_))
+      g_.fill_rect(flashed->intersection(dirty_), colors_.flash);
     for (std::size_t row = first_row(); row <= last_row(); ++row) paint_row(row);
     paint_ellipses();
     paint_caret();

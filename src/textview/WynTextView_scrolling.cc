@@ -174,6 +174,22 @@ void WynTextView::centerSelectionInVisibleArea() {
   scrollRectToVisible(target);
 }
 
+// A row at the top stands there from its first pixel on.
+void WynTextView::snapshotMetaData() {
+  if (view_ == nullptr || host_ == nullptr) return;
+  rect const visible = visibleTextRect();
+  view_->first_visible_line = static_cast<std::ptrdiff_t>(layout_.row_at(visible.y));
+  view_->first_visible_column = layout_.column_at(visible.x);
+}
+
+void WynTextView::scrollToStoredPosition() {
+  if (host_ == nullptr || view_ == nullptr) return;
+  if (view_->first_visible_line < 0) return centerSelectionInVisibleArea();
+  auto const row = static_cast<std::size_t>(view_->first_visible_line);
+  host_->scroll_to({layout_.x_of_column(view_->first_visible_column) - layout_.left(),
+                    row == 0 ? 0 : layout_.y_of_row(row)});
+}
+
 void WynTextView::centerSelectionNowAndLater() {
   if (host_ == nullptr) return;
   centerSelectionInVisibleArea();

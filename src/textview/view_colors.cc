@@ -45,6 +45,7 @@ view_colors::view_colors(platform::palette const& desktop, plist::value const& s
   selection.alpha = 90;
   if (auto const own = NSColorForKey(style, "selection")) selection = *own;
   if (!active) selection.alpha /= 2;
+  flash = mixed(NSColorForKey(style, "selection").value_or(p.selection), p.background, 0.7);
   wrap_margin = mixed(p.foreground, p.background, 0.2);
   behind_margin = mixed(p.foreground, p.background, 0.04);
   match = mixed({0xE8, 0xB0, 0x20, 255}, p.background, p.dark ? 0.40 : 0.45);

@@ -69,6 +69,7 @@ view_will_change::~view_will_change() {
   }
   text_view.updateValueForKey(line_before_filters(view.selection.current_mark), "lineNumber");
   text_view.updateValueForKey(column_before_wrap(view.selection.current_mark), "columnNumber");
+  if (outermost && has_stepped_right()) text_view.flashPartner();
   drop_left_ranges();
 
   if (!outermost) return;
@@ -111,6 +112,15 @@ bool view_will_change::selection_is_out_of_sight() const {
     if (!visible.contains(rect{at.x, at.y, 1, height})) return true;
   }
   return false;
+}
+
+// As typing one unit moves the caret.
+bool view_will_change::has_stepped_right() const {
+  text::view const& view = *text_view.view();
+  text::iterator const caret = view.selection.current_mark.base;
+  text::iterator const old = view.saved_selection.current_mark.base;
+  return !had_selection && !view.has_selection() && caret.line == old.line &&
+         caret.column == old.column + 1;
 }
 
 void view_will_change::mark_refreshed_lines() {

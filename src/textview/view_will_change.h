@@ -20,6 +20,7 @@ class view_will_change {
 
  private:
   bool selection_is_out_of_sight() const;
+  bool has_stepped_right() const;
   void end_outermost();
   void mark_refreshed_lines();
   void mark_moved_selection();

@@ -354,6 +354,35 @@ TEST_F(text_view, publishes_what_the_status_bar_shows) {
   EXPECT_EQ(values["tabSize"].integer_or(-1), 8);
 }
 
+TEST_F(text_view, comes_back_to_where_it_was) {
+  std::string text;
+  for (int n = 0; n < 300; ++n) text += "line\n";
+  set("line|\n" + text);
+  host_->scroll_to({0, top + 120 * row});
+  auto const first = view_->document();
+  first->openDocument();
+  view_->setDocument(WynDocument::document());
+  EXPECT_EQ(host_->visible_rect().y, 0);
+  view_->setDocument(first);
+  EXPECT_EQ(host_->visible_rect().y, top + 120 * row);
+  EXPECT_EQ(get(), "line|\n" + text);
+  view_->setDocument(nullptr);
+  first->closeDocument();
+}
+
+TEST_F(text_view, flashes_the_partner_of_a_closing_bracket) {
+  set("(a(b|");
+  view_->insert_text(u")");
+  EXPECT_EQ(view_->flashed(), (platform::rect{left + 2 * cell, top, cell, row}));
+  desktop_.loop().run_for(0.1);
+  EXPECT_FALSE(view_->flashed());
+  view_->insert_text(u"}");
+  EXPECT_FALSE(view_->flashed());
+  set("\"a|");
+  view_->insert_text(u"\"");
+  EXPECT_TRUE(view_->flashed());
+}
+
 TEST_F(text_view, blinks_while_it_has_the_keys) {
   set("|a");
   view_->focus_changed();

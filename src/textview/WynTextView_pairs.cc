@@ -1,0 +1,114 @@
+#include "actions/skip_pair.h"
+#include "platform/desktop.h"
+#include "platform/user_defaults.h"
+#include "platform/utf.h"
+#include "text/view.h"
+#include "textview/WynTextView.h"
+#include "textview/geometry.h"
+#include "textview/view_will_change.h"
+
+#include <iterator>
+#include <optional>
+
+// Brackets and what they enclose: the partner that is shown, and the block that is selected.
+
+namespace {
+
+constexpr double flash_time = 0.075;  // seconds
+
+struct unit_pair {
+  text::char_t open, close;
+};
+
+// Pairs of longer strings are for others.
+std::vector<unit_pair> pairs_of(plist::value const& list) {
+  std::vector<unit_pair> result;
+  for (plist::value const& entry : list.elements()) {
+    plist::array const& strings = entry.elements();
+    if (strings.size() != 2) continue;
+    std::u16string const open = unicode::to_utf16(strings[0].string_or(""));
+    std::u16string const close = unicode::to_utf16(strings[1].string_or(""));
+    if (open.size() == 1 && close.size() == 1) result.push_back({open[0], close[0]});
+  }
+  return result;
+}
+
+// The opening unit of the pair in which `from` stands; nothing if it isn't behind `limit`.
+std::optional<text::iterator> opening_before(text::iterator const& from,
+                                             text::iterator const& limit, unit_pair pair) {
+  bool found = false;
+  auto const at = skip_pair(std::make_reverse_iterator(from), std::make_reverse_iterator(limit),
+                            pair.close, pair.open, found);
+  return found ? std::optional(at.base()) : std::nullopt;
+}
+
+}  // namespace
+
+void WynTextView::addPairMethods() {
+  addMethod("selectBlock:", [this](plist::value const&) { return plist::value(selectBlock()); });
+}
+
+// What the language at the caret says, or else what is typed in pairs.
+plist::value WynTextView::highlightPairs() const {
+  plist::value const own = stylesForCaretWait(false)["highlightPairs"];
+  if (own.as_array()) return own;
+  return platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs");
+}
+
+// The innermost pair round the selection, with its two units; once more gives the next one out.
+bool WynTextView::selectBlock() {
+  if (view_ == nullptr) return false;
+  text::iterator const first = view_->selection.first().base, last = view_->selection.last().base;
+  text::iterator const begin(0, 0, view_->storage), end = view_->end().base;
+  std::optional<text::iterator> opening;
+  text::iterator behind = last;
+  for (unit_pair const pair : pairs_of(highlightPairs())) {
+    if (pair.open == pair.close) continue;
+    auto const candidate = opening_before(first, opening.value_or(begin), pair);
+    if (!candidate) continue;
+    bool found = false;
+    text::iterator const to = skip_pair(last, end, pair.open, pair.close, found);
+    if (!found) continue;
+    opening = candidate;
+    behind = to;
+  }
+  if (!opening) return false;
+  view_will_change const scope(*this, true);
+  view_->selection.set_caret({view_, *opening});
+  view_->selection.select_to(view_->in_view(behind), false);
+  return true;
+}
+
+// Looked for no further than it can be seen.
+void WynTextView::flashPartner() {
+  if (host_ == nullptr) return;
+  text::iterator const caret = view_->selection.current_mark.base;
+  if (caret.column == 0) return;
+  text::iterator const typed = std::prev(caret);
+  platform::rect const visible = visibleTextRect();
+  std::size_t const top_row = std::min(layout_.row_at(visible.y), view_->lines() - 1);
+  text::iterator const top = view_->begin(top_row).base;
+  for (unit_pair const pair : pairs_of(highlightPairs())) {
+    if (pair.close != *typed || typed < top) continue;
+    auto const partner = opening_before(typed, top, pair);
+    if (!partner || !view_->is_visible(*partner)) continue;
+    platform::point const at = position_of(*this, {view_, *partner});
+    platform::rect const r{at.x, at.y, layout_.charWidth(), layout_.lineHeight()};
+    if (r.intersects(visible)) flash(r);
+    return;
+  }
+}
+
+void WynTextView::flash(platform::rect const& r) {
+  endFlash();
+  flashed_ = r;
+  host_->set_needs_display(r);
+  flashTimer_ =
+      platform::desktop::current().loop().schedule(flash_time, false, [this] { endFlash(); });
+}
+
+void WynTextView::endFlash() {
+  if (flashed_ && host_ != nullptr) host_->set_needs_display(*flashed_);
+  flashed_.reset();
+  flashTimer_.reset();
+}
