@@ -100,6 +100,12 @@ class WynTextView : public platform::responder,
   /// Turning it off unfolds everything.
   bool foldingsEnabled() const { return foldingsEnabled_; }
   void setFoldingsEnabled(bool on) { setSwitch(&WynTextView::foldingsEnabled_, on); }
+  /// Whether a new line begins with the white space of the one before.
+  bool autoIndent() const { return autoIndent_; }
+  void setAutoIndent(bool on) { setSwitch(&WynTextView::autoIndent_, on); }
+  /// Whether brackets and quotes are typed in pairs. The setter is for this view alone.
+  bool smartTyping() const { return smartTyping_; }
+  void setSmartTyping(bool on) { smartTyping_ = on; }
   bool overwriteMode() const { return overwriteMode_; }
   void setOverwriteMode(bool on);
   bool freehandedEdit() const { return freehandedMode_; }
@@ -332,6 +338,7 @@ class WynTextView : public platform::responder,
   bool isOwnWrapColumn() const;
   plist::value askForRightMargin();
 
+  void insertTyped(std::u16string_view text, bool closes);
   void breakTypedLine();
   plist::value undoOrRedo(bool undo);
   void userDefaultsDidChange();
@@ -407,10 +414,17 @@ class WynTextView : public platform::responder,
   void abandonMarkedText();
 
   // Brackets (WynTextView_pairs.cc)
-  plist::value highlightPairs() const;
+  plist::value pairsAtCaret(char const* key) const;
   void flashPartner();
   void flash(platform::rect const& r);
   void endFlash();
+
+  // Typing pairs and indentation (WynTextView_smartTyping.cc)
+  bool selectLiveClosing(text::char_t typed);
+  bool surroundSelection(text::char_t typed);
+  void completePair(text::char_t typed);
+  void endEmptyPair(bool both);
+  std::u16string indentOfLine(std::size_t number) const;
 
   // Drag and drop (WynTextView_dragging.cc)
   bool armDragAtClick(platform::mouse_event const& event);
@@ -451,6 +465,8 @@ class WynTextView : public platform::responder,
   bool lineNumbers_ = false;
   bool showSoftWrapInGutter_ = true, showBookmarksInGutter_ = true;
   bool overwriteMode_ = false, overwriteDefault_ = false;
+  bool smartTyping_ = true, smartTypingDefault_ = true;
+  bool autoIndent_ = true;
   bool freehandedMode_ = false;
   bool antiAliasEnabled_ = true;
   bool showInvisibles_ = false;

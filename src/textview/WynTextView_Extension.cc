@@ -62,6 +62,7 @@ WynTextView::plain_switch const WynTextView::plainSwitches[] = {
     {"hardWrap", "WynTextViewHardWrapEnabled", &WynTextView::hardWrap_, nullptr},
     {"foldingsEnabled", "WynTextViewFoldingsEnabled", &WynTextView::foldingsEnabled_,
      &WynTextView::applyFoldingsEnabled},
+    {"autoIndent", "WynTextViewAutoIndentEnabled", &WynTextView::autoIndent_, nullptr},
     {"freehandedEdit", "WynTextViewFreehandedModeEnabled", &WynTextView::freehandedMode_,
      &WynTextView::applyFreehandedMode},
 };
@@ -112,6 +113,8 @@ void WynTextView::addExtensionMethods() {
   addToggle(
       "overwriteMode", [this] { return overwriteMode_; },
       [this](bool on) { setOverwriteMode(on); });
+  addToggle(
+      "smartTyping", [this] { return smartTyping_; }, [this](bool on) { setSmartTyping(on); });
   // A margin shows where there is a column for it.
   for (char const* query : {"canToggleShowWrapMarginIndicator", "canToggleHighlightWrapMargin"})
     addMethod(query, [this](plist::value const&) { return plist::value(rightMargin() > 0); });
@@ -242,6 +245,8 @@ void WynTextView::userDefaultsDidChange() {
   // over only when the default itself has changed.
   if (bool const on = d.boolean("WynTextViewOverwriteModeEnabled"); on != overwriteDefault_)
     overwriteMode_ = overwriteDefault_ = on;
+  if (bool const on = d.boolean("WynTextViewSmartTypingEnabled"); on != smartTypingDefault_)
+    smartTyping_ = smartTypingDefault_ = on;
   documentDefaultsDidChange();
   applyOptionsToView();
   if (new_font || layout_.font().family.empty()) fontDidChange();

@@ -93,14 +93,25 @@ void WynTextView::insertText(std::u16string_view text) {
   abandonMarkedText();
   view_will_change const scope(*this, true);
   make_caret_real(*view_);
+  bool const smart = smartTyping_ && text.size() == 1;
+  bool const closes = smart && selectLiveClosing(text.front());
+  if (smart && !closes && surroundSelection(text.front())) return;
+  insertTyped(text, closes);
+  if (smart && !closes) completePair(text.front());
+}
+
+// In overwrite mode what is typed takes the place of as many units, or of the one selected.
+void WynTextView::insertTyped(std::u16string_view text, bool closes) {
   if (!overwriteMode_) {
     view_->insert(text.begin(), text.end());
     if (hardWrap_) breakTypedLine();
     return;
   }
-  view_->erase_selection();
-  make_caret_real(*view_);
-  select_units_ahead(*view_, text.size());
+  if (!closes) {
+    view_->erase_selection();
+    make_caret_real(*view_);
+    select_units_ahead(*view_, text.size());
+  }
   plain_erasing const plain(*view_);
   view_->insert(text.begin(), text.end());
 }
@@ -133,13 +144,15 @@ void WynTextView::insertText(plist::value const& text) {
 void WynTextView::deleteBackward() {
   bool const had_selection = view_->has_selection();
   kill_buffer_disabled const guard(*view_, !had_selection);
-  if (!had_selection) select_for_deletion(view_, left);
+  if (smartTyping_) endEmptyPair(true);
+  if (!view_->has_selection()) select_for_deletion(view_, left);
   view_->erase_selection();
 }
 
 void WynTextView::deleteForward() {
   bool const had_selection = view_->has_selection();
   kill_buffer_disabled const guard(*view_, !had_selection);
+  endEmptyPair(false);
   if (!had_selection) select_for_deletion(view_, right);
   view_->erase_selection();
 }
@@ -155,11 +168,6 @@ void WynTextView::deleteToEndOfParagraph() {
   }
   view.erase_selection();
   view.scroll_caret_pending = true;
-}
-
-void WynTextView::insertNewline() {
-  constexpr std::u16string_view newline = u"\n";
-  view_->insert(newline.begin(), newline.end());
 }
 
 // A soft tab is as many spaces as reach the next tab stop.

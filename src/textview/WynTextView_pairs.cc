@@ -1,10 +1,10 @@
 #include "actions/skip_pair.h"
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
-#include "platform/utf.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 #include "textview/geometry.h"
+#include "textview/typing_pairs.h"
 #include "textview/view_will_change.h"
 
 #include <iterator>
@@ -15,23 +15,6 @@
 namespace {
 
 constexpr double flash_time = 0.075;  // seconds
-
-struct unit_pair {
-  text::char_t open, close;
-};
-
-// Pairs of longer strings are for others.
-std::vector<unit_pair> pairs_of(plist::value const& list) {
-  std::vector<unit_pair> result;
-  for (plist::value const& entry : list.elements()) {
-    plist::array const& strings = entry.elements();
-    if (strings.size() != 2) continue;
-    std::u16string const open = unicode::to_utf16(strings[0].string_or(""));
-    std::u16string const close = unicode::to_utf16(strings[1].string_or(""));
-    if (open.size() == 1 && close.size() == 1) result.push_back({open[0], close[0]});
-  }
-  return result;
-}
 
 // The opening unit of the pair in which `from` stands; nothing if it isn't behind `limit`.
 std::optional<text::iterator> opening_before(text::iterator const& from,
@@ -48,9 +31,9 @@ void WynTextView::addPairMethods() {
   addMethod("selectBlock:", [this](plist::value const&) { return plist::value(selectBlock()); });
 }
 
-// What the language at the caret says, or else what is typed in pairs.
-plist::value WynTextView::highlightPairs() const {
-  plist::value const own = stylesForCaretWait(false)["highlightPairs"];
+// What the language at the caret says, or else the pairs of all texts.
+plist::value WynTextView::pairsAtCaret(char const* key) const {
+  plist::value const own = stylesForCaretWait(false)[key];
   if (own.as_array()) return own;
   return platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs");
 }
@@ -62,7 +45,7 @@ bool WynTextView::selectBlock() {
   text::iterator const begin(0, 0, view_->storage), end = view_->end().base;
   std::optional<text::iterator> opening;
   text::iterator behind = last;
-  for (unit_pair const pair : pairs_of(highlightPairs())) {
+  for (unit_pair const pair : pairs_of(pairsAtCaret("highlightPairs"))) {
     if (pair.open == pair.close) continue;
     auto const candidate = opening_before(first, opening.value_or(begin), pair);
     if (!candidate) continue;
@@ -88,7 +71,7 @@ void WynTextView::flashPartner() {
   platform::rect const visible = visibleTextRect();
   std::size_t const top_row = std::min(layout_.row_at(visible.y), view_->lines() - 1);
   text::iterator const top = view_->begin(top_row).base;
-  for (unit_pair const pair : pairs_of(highlightPairs())) {
+  for (unit_pair const pair : pairs_of(pairsAtCaret("highlightPairs"))) {
     if (pair.close != *typed || typed < top) continue;
     auto const partner = opening_before(typed, top, pair);
     if (!partner || !view_->is_visible(*partner)) continue;

@@ -2,12 +2,27 @@
 
 #include <cmath>
 
+#include "platform/user_defaults.h"
 #include "textview/color_strings.h"
 
 namespace {
 
 double share_of(platform::color c) {
   return c.alpha / 255.0;
+}
+
+// Those of the desktop, but for what the user has set in their place.
+platform::palette with_own_colors(platform::palette palette) {
+  auto& defaults = platform::user_defaults::standard();
+  auto const own = [&](char const* key) { return NSColorFromString(defaults.string(key)); };
+  if (auto const background = own("WynTextViewBackgroundColor")) {
+    palette.background = *background;
+    palette.background.alpha = 255;
+  }
+  if (auto const foreground = own("WynTextViewForegroundColor"))
+    palette.foreground = palette.caret = *foreground;
+  palette.selection = own("WynTextViewSelectionColor").value_or(palette.selection);
+  return palette;
 }
 
 }  // namespace
@@ -19,14 +34,13 @@ platform::color mixed(platform::color over, platform::color under, double share)
   return {mix(over.red, under.red), mix(over.green, under.green), mix(over.blue, under.blue), 255};
 }
 
-platform::palette styled_palette(platform::palette palette, plist::value const& style) {
-  auto const background = NSColorForKey(style, "background");
-  auto const foreground = NSColorForKey(style, "foreground");
-  if (!background && !foreground) return palette;
-  if (background)
+platform::palette styled_palette(platform::palette desktop, plist::value const& style) {
+  platform::palette palette = with_own_colors(desktop);
+  if (auto const background = NSColorForKey(style, "background"))
     palette.background = mixed(*background, palette.background, share_of(*background));
-  if (foreground) palette.foreground = palette.caret = *foreground;
-  palette.dark = is_dark(palette.background);
+  if (auto const foreground = NSColorForKey(style, "foreground"))
+    palette.foreground = palette.caret = *foreground;
+  if (palette.background != desktop.background) palette.dark = is_dark(palette.background);
   return palette;
 }
 

@@ -17,7 +17,7 @@ struct view_colors {
 };
 
 /// The palette with background and foreground of a style.
-platform::palette styled_palette(platform::palette palette, plist::value const& style);
+platform::palette styled_palette(platform::palette desktop, plist::value const& style);
 
 /// `share` of `over` and the rest of `under`, alpha left at full.
 platform::color mixed(platform::color over, platform::color under, double share);

@@ -35,6 +35,16 @@ expect_file file.txt $'aXha\nbX\ngXma\n'
 keys ctrl+z ctrl+s
 expect_file file.txt $'alpha\nbe\ngamma\n'
 
+# So does a quick tap of Alt on a selection.
+drag "$(column_x 2)" "$(row_y 0)" "$(column_x 1)" "$(row_y 2)"
+expect_primary $'pha\nbe\ng'
+keys shift+Right alt
+type_text 'X'
+keys ctrl+s
+expect_file file.txt $'alXpha\nbeX\ngaXmma\n'
+keys ctrl+z ctrl+s
+expect_file file.txt $'alpha\nbe\ngamma\n'
+
 # A double click selects a word, copying puts it on the clipboard, pasting brings it back.
 click_at 2 2 1 2
 keys ctrl+c

@@ -1,0 +1,17 @@
+#include "textview/typing_pairs.h"
+
+#include "platform/utf.h"
+
+#include <string>
+
+std::vector<unit_pair> pairs_of(plist::value const& list) {
+  std::vector<unit_pair> result;
+  for (plist::value const& entry : list.elements()) {
+    plist::array const& strings = entry.elements();
+    if (strings.size() != 2) continue;
+    std::u16string const open = unicode::to_utf16(strings[0].string_or(""));
+    std::u16string const close = unicode::to_utf16(strings[1].string_or(""));
+    if (open.size() == 1 && close.size() == 1) result.push_back({open[0], close[0]});
+  }
+  return result;
+}
