@@ -1,4 +1,4 @@
-# Text dragged inside a window, between two windows, and files dropped from another program.
+# Text dragged inside a window, to another window of the program, and to another program.
 # Large letters make the places to grab easy to hit: cells are 29 by 59 pixels.
 mkdir -p "$XDG_CONFIG_HOME/Quirnote"
 cat >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist" <<'END'
@@ -10,13 +10,19 @@ cat >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist" <<'END'
 END
 printf 'alpha beta\ngamma\n' >one.txt
 printf 'first\nsecond\nthird\n' >two.txt
+printf 'far\naway\n' >other.txt
+start_editor other.txt
+other_pid=$editor_pid
+wait_window 'other.txt'
+other=$window
 start_editor one.txt two.txt
 wait_window 'two.txt'
 two=$window
 wait_window 'one.txt'
 one=$window
-xdotool windowsize --sync "$one" 560 420 windowmove "$one" 20 40
-xdotool windowsize --sync "$two" 560 420 windowmove "$two" 660 40
+xdotool windowsize --sync "$one" 560 300 windowmove "$one" 20 40
+xdotool windowsize --sync "$two" 560 300 windowmove "$two" 660 40
+xdotool windowsize --sync "$other" 560 300 windowmove "$other" 660 420
 
 column_x() { echo $((4 + $1 * 29)); }
 row_y() { echo $((24 + $1 * 59 + 29)); }
@@ -82,5 +88,17 @@ wait_window 'two.txt'
 save
 expect_file two.txt $'filprst\nseamcond\nthird\n'
 file_is one.txt $'alpha beta\ngamma\n'
+wait_window 'one.txt'
+hold 0 2
+over "$other" 0 1
+let_go
+wait_window 'other.txt'
+save
+expect_file other.txt $'flpar\naamway\n'
 keys ctrl+q
+is_gone() { ! kill -0 "$other_pid" 2>/dev/null; }
+wait_until is_gone
+wait_window 'one.txt'
+keys ctrl+q
+is_gone() { ! is_running; }
 wait_exit
