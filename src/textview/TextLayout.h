@@ -14,6 +14,12 @@ class TextLayout {
   void setFont(platform::font const& f, platform::view_host& host);
 
   platform::font const& font() const { return font_; }
+  /// How a run is drawn. Bold and slanted letters fill the same cells.
+  static platform::text_style make_style(bool bold, bool italic, bool underline,
+                                         platform::color color) {
+    return {color, bold, italic, underline};
+  }
+
   double charWidth() const { return char_width_; }
   double lineHeight() const { return line_height_; }
   /// From the top of a row down to its base line.

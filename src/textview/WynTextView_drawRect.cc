@@ -2,12 +2,11 @@
 #include <cmath>
 #include <mutex>
 
-#include "grammar/tokenize_filter.h"
 #include "text/folding_filter.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 #include "textview/geometry.h"
-#include "textview/text_cells.h"
+#include "textview/row_text.h"
 #include "textview/view_colors.h"
 
 // Painting, from the background up to the caret. Only rows and columns that meet the dirty
@@ -24,90 +23,6 @@ namespace {
 constexpr char16_t tab_mark = 0x2023, no_break_space_mark = 0x2022, control_mark = 0x25C6;
 constexpr char16_t wrap_mark = 0x21AA;
 constexpr char16_t line_end_mark = 0xB7, replacement = 0xFFFD, no_break_space = 0xA0;
-
-// One row of text as it is drawn: the units of the visible columns, marked text among them.
-struct row_text {
-  std::u16string units;
-  std::size_t column = 0;                         // of the first unit
-  std::size_t marked_first = 0, marked_last = 0;  // half open, indices into units
-  bool ends_here = false;                         // the line's end comes right after the units
-  struct span {
-    std::size_t first;  // index into units
-    drawn_style style;
-  };
-  std::vector<span> spans;  // in order, the first one at 0
-
-  drawn_style const& style_at(std::size_t index) const { return span_at(index)->style; }
-  std::size_t end_of_style(std::size_t index) const {
-    auto const next = span_at(index) + 1;
-    return next == spans.end() ? units.size() : next->first;
-  }
-
- private:
-  std::vector<span>::const_iterator span_at(std::size_t index) const {
-    auto const behind =
-        std::upper_bound(spans.begin(), spans.end(), index,
-                         [](std::size_t at, span const& other) { return at < other.first; });
-    return behind - 1;
-  }
-};
-
-// Cuts the units, which begin at a column of the line, where the grammar says that their style
-// changes. Marked text has the style of what is in front of it.
-void add_spans(WynTextView const& text_view, text::pos begin, row_text& row) {
-  grammar::tokenize_filter const* const tokenizer = text_view.tokenizer();
-  if (tokenizer == nullptr) {
-    row.spans.push_back({0, text_view.styleOfPath(0)});
-    return;
-  }
-  grammar::line_tokens const& tokens = tokenizer->tokens(begin.line);
-  row.spans.push_back({0, text_view.styleOfPath(tokens.at(begin.column).path)});
-  std::size_t const marked = row.marked_last - row.marked_first;
-  auto const behind =
-      std::upper_bound(tokens.begin(), tokens.end(), begin.column,
-                       [](std::size_t column, auto const& token) { return column < token.column; });
-  for (auto it = behind; it != tokens.end(); ++it) {
-    auto const token = *it;
-    std::size_t at = token.column - begin.column;
-    if (at > row.marked_first) at += marked;
-    if (at >= row.units.size()) break;
-    row.spans.push_back({at, text_view.styleOfPath(token.path)});
-  }
-}
-
-// The unit at which a row is broken belongs to none, and yet that of a long word has to be seen.
-text::iterator end_of_shown(text::view const& view, std::size_t row) {
-  text::iterator const end = view.end(row).base;
-  if (row + 1 >= view.lines()) return end;
-  text::iterator const next = view.begin(row + 1).base;
-  return next.line == end.line ? next : end;
-}
-
-row_text visible_text(WynTextView const& text_view, std::size_t row, std::size_t first_column,
-                      std::size_t last_column) {
-  text::view const& view = *text_view.view();
-  auto const from = iter_from_view_pos(&view, row, first_column, text::freehanded_t::off);
-  text::iterator const end = end_of_shown(view, row);
-  std::size_t const available = end.column - from.base.column;
-  std::size_t const wanted = last_column - first_column + 16;  // room for wide clusters at the edge
-  std::size_t const count = std::min(available, wanted);
-  char16_t const* const units = view.storage->begin(from.base.line) + from.base.column;
-
-  row_text result;
-  result.units.assign(units, units + count);
-  result.column = view.column_in_view(from);
-  result.ends_here = from.base.column + count == view.storage->size(from.base.line);
-  std::u16string const& marked = text_view.markedText();
-  text::iterator const caret = view.selection.current_mark.base;
-  if (!marked.empty() && caret.line == from.base.line && from.base.column <= caret.column &&
-      caret.column <= from.base.column + count) {
-    result.marked_first = caret.column - from.base.column;
-    result.marked_last = result.marked_first + marked.size();
-    result.units.insert(result.marked_first, marked);
-  }
-  add_spans(text_view, from.base.pos(), result);
-  return result;
-}
 
 class painter {
  public:
@@ -127,13 +42,14 @@ class painter {
     if (text_area.empty()) return;
     g_.push_clip(text_area);
     dirty_ = text_area;
+    read_rows();
     paint_wrap_margin();
+    for (std::size_t i = 0; i < rows_.size(); ++i) paint_backgrounds(rows_[i], first_row() + i);
     paint_current_line();
     paint_matches();
     paint_selection();
-    if (auto const& flashed = text_view_.flashed(); flashed && flashed->intersects(dirty_))
-      g_.fill_rect(flashed->intersection(dirty_), colors_.flash);
-    for (std::size_t row = first_row(); row <= last_row(); ++row) paint_row(row);
+    if (auto const& flashed = text_view_.flashed()) fill(*flashed, colors_.flash);
+    for (std::size_t i = 0; i < rows_.size(); ++i) paint_row(rows_[i], first_row() + i);
     paint_ellipses();
     paint_caret();
     g_.pop_clip();
@@ -143,6 +59,13 @@ class painter {
   std::size_t first_row() const { return std::min(layout_.row_at(dirty_.y), view_.lines() - 1); }
   std::size_t last_row() const {
     return std::min(layout_.row_at(dirty_.bottom()), view_.lines() - 1);
+  }
+
+  void read_rows() {
+    std::size_t const first = layout_.column_at(dirty_.x);
+    for (std::size_t row = first_row(); row <= last_row(); ++row)
+      rows_.push_back(visible_text(text_view_, row, first == 0 ? 0 : first - 1,
+                                   layout_.column_at(dirty_.right()) + 1));
   }
 
   void paint_gutter(rect const& gutter) {
@@ -200,18 +123,45 @@ class painter {
   void paint_wrap_margin() {
     if (!text_view_.showWrapMarginIndicator() || text_view_.rightMargin() < 1) return;
     double const x = layout_.x_of_column(static_cast<std::size_t>(text_view_.rightMargin()));
-    rect const behind = rect{x, dirty_.y, dirty_.right() - x, dirty_.height}.intersection(dirty_);
-    if (text_view_.highlightWrapMargin() && !behind.empty())
-      g_.fill_rect(behind, colors_.behind_margin);
-    rect const line = rect{x, dirty_.y, 1, dirty_.height}.intersection(dirty_);
-    if (!line.empty()) g_.fill_rect(line, colors_.wrap_margin);
+    if (text_view_.highlightWrapMargin())
+      fill({x, dirty_.y, dirty_.right() - x, dirty_.height}, colors_.behind_margin);
+    fill({x, dirty_.y, 1, dirty_.height}, colors_.wrap_margin);
+  }
+
+  // One rectangle for what follows each other on the same colour, so that the background of a scope
+  // spans those inside. A scope that goes on in the next row fills this one to its end.
+  void paint_backgrounds(row_text const& text, std::size_t row) {
+    std::optional<color> open;
+    double left = 0;
+    auto const change = [&](std::optional<color> const& next, double x) {
+      if (next == open) return;
+      if (open) paint_background(row, left, x, *open);
+      open = next;
+      left = x;
+    };
+    for (row_text::span const& span : text.spans)
+      if (span.first < text.units.size())
+        change(span.style.background, layout_.x_of_column(text.column_of(span.first)));
+    change(text.background_behind, layout_.x_of_column(text.column_of(text.units.size())));
+    change(std::nullopt, dirty_.right());
+  }
+
+  void paint_background(std::size_t row, double left, double right, color c) {
+    if (c == colors_.background) return;
+    rect const area = rect{left, layout_.y_of_row(row), right - left, layout_.lineHeight()};
+    fill(area, c);
+  }
+
+  void fill(rect const& area, color c) {
+    rect const shown = area.intersection(dirty_);
+    if (!shown.empty()) g_.fill_rect(shown, c, c.alpha < 255);
   }
 
   void paint_current_line() {
     if (!text_view_.highlightCurrentLine() || view_.has_selection()) return;
     std::size_t const row = view_.line_in_view(view_.selection.current_mark);
-    rect const line{dirty_.x, layout_.y_of_row(row), dirty_.width, layout_.lineHeight()};
-    if (line.intersects(dirty_)) g_.fill_rect(line.intersection(dirty_), colors_.line_highlight);
+    fill({dirty_.x, layout_.y_of_row(row), dirty_.width, layout_.lineHeight()},
+         colors_.line_highlight);
   }
 
   void paint_matches() {
@@ -222,32 +172,22 @@ class painter {
            ++row) {
         double const left = row == begin ? position_of(text_view_, from).x : layout_.left();
         double const right = position_of(text_view_, row == end ? to : view_.end(row)).x;
-        rect const r{left, layout_.y_of_row(row), right - left, layout_.lineHeight()};
-        if (r.intersects(dirty_)) g_.fill_rect(r.intersection(dirty_), colors_.match);
+        fill({left, layout_.y_of_row(row), right - left, layout_.lineHeight()}, colors_.match);
       }
     }
   }
 
   void paint_selection() {
-    bool const translucent = colors_.selection.alpha < 255;
     wyn::region const selected = selection_region(text_view_, dirty_);
-    for (rect const& r : selected.rects())
-      if (r.intersects(dirty_))
-        g_.fill_rect(r.intersection(dirty_), colors_.selection, translucent);
+    for (rect const& r : selected.rects()) fill(r, colors_.selection);
   }
 
-  void paint_row(std::size_t row) {
-    std::size_t const first = layout_.column_at(dirty_.x);
-    row_text const text = visible_text(text_view_, row, first == 0 ? 0 : first - 1,
-                                       layout_.column_at(dirty_.right()) + 1);
+  void paint_row(row_text const& text, std::size_t row) {
     double const baseline = layout_.y_of_row(row) + layout_.ascend();
-    std::size_t column = text.column;
-    for (auto const& piece : text_cells::pieces_of(text.units, text.column, view_.tab_size)) {
-      paint_piece(text, piece, baseline);
-      column = piece.column + piece.width;
-    }
-    if (text_view_.showInvisibles() && text.ends_here && row + 1 < view_.lines())
-      paint_mark(line_end_mark, column, baseline);
+    for (text_cells::piece const& piece : text.pieces) paint_piece(text, piece, baseline);
+    std::size_t const line = view_.begin(row).base.line;
+    if (text_view_.showInvisibles() && text.ends_here && line + 1 < view_.storage->lines())
+      paint_mark(line_end_mark, text.column_of(text.units.size()), baseline);
   }
 
   void paint_piece(row_text const& text, text_cells::piece const& piece, double baseline) {
@@ -260,7 +200,7 @@ class painter {
         paint_run(text, piece, units, baseline);
         break;
       case text_cells::kind::cluster:
-        style.underline = style.underline || is_marked(text, piece.first);
+        style.underline = style.underline || text.is_marked(piece.first);
         g_.draw_cluster(units, at, static_cast<double>(piece.width) * layout_.charWidth(), style);
         break;
       case text_cells::kind::tab:
@@ -280,12 +220,12 @@ class painter {
   void paint_run(row_text const& text, text_cells::piece const& piece, std::u16string_view units,
                  double baseline) {
     for (std::size_t at = 0; at < units.size();) {
-      bool const marked = is_marked(text, piece.first + at);
+      bool const marked = text.is_marked(piece.first + at);
       bool const invisible = is_shown_invisible(units[at]);
       std::size_t const style_end =
           std::min(units.size(), text.end_of_style(piece.first + at) - piece.first);
       std::size_t end = at + 1;
-      while (end < style_end && is_marked(text, piece.first + end) == marked && !invisible &&
+      while (end < style_end && text.is_marked(piece.first + end) == marked && !invisible &&
              !is_shown_invisible(units[end]))
         ++end;
       std::size_t const column = piece.column + at;
@@ -303,10 +243,6 @@ class painter {
 
   bool is_shown_invisible(char16_t u) const {
     return u == no_break_space && text_view_.showInvisibles();
-  }
-
-  static bool is_marked(row_text const& text, std::size_t index) {
-    return text.marked_first <= index && index < text.marked_last;
   }
 
   void paint_mark(char16_t mark, std::size_t column, double baseline) {
@@ -335,6 +271,7 @@ class painter {
   platform::graphics& g_;
   rect dirty_;
   view_colors colors_;
+  std::vector<row_text> rows_;  // from first_row() on
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "bundles/BundleManager.h"
 #include "grammar/scope_selector.h"
+#include "textview/TextLayout.h"
 #include "textview/color_strings.h"
 
 namespace {
@@ -87,14 +88,11 @@ plist::value merged_style(style_candidates const& candidates) {
 }
 
 platform::text_style style_from_dictionary(plist::value const& style, platform::color foreground) {
-  platform::text_style result{NSColorForKey(style, "foreground").value_or(foreground)};
   auto const* const words = style["fontStyle"].as_string();
   auto const is_set = [&](char const* word) {
     if (words != nullptr) return words->find(word) != std::string::npos;
     return style[word].integer_or(0) != 0;
   };
-  result.bold = is_set("bold");
-  result.italic = is_set("italic");
-  result.underline = is_set("underline");
-  return result;
+  return TextLayout::make_style(is_set("bold"), is_set("italic"), is_set("underline"),
+                                NSColorForKey(style, "foreground").value_or(foreground));
 }

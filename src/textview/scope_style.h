@@ -45,6 +45,7 @@ struct drawn_style {
   platform::text_style text;
   std::optional<platform::color> background;
   bool is_symbol = false;  ///< showInSymbolList
+  friend bool operator==(drawn_style const&, drawn_style const&) = default;
 };
 
 /// How text of that style is drawn; in `foreground` where the style has no colour.

@@ -49,17 +49,18 @@ view_colors::view_colors(platform::palette const& desktop, plist::value const& s
   background = p.background;
   foreground = p.foreground;
   caret = NSColorForKey(style, "caret").value_or(p.caret);
-  line_highlight = mixed(p.foreground, p.background, active ? 0.07 : 0.035);
-  if (auto const own = NSColorForKey(style, "lineHighlight"))
-    line_highlight = mixed(*own, p.background, share_of(*own) * (active ? 1 : 0.5));
+  line_highlight = p.foreground;
+  line_highlight.alpha = 18;
+  if (auto const own = NSColorForKey(style, "lineHighlight")) line_highlight = *own;
   invisibles = NSColorForKey(style, "invisibles").value_or(mixed(p.foreground, p.background, 0.35));
   // The desktop means its colour to go with text in another one. Text keeps its colours here, so
   // the selection is a tint that leaves them readable. Themes have colours that go with theirs.
   selection = p.selection;
   selection.alpha = 90;
   if (auto const own = NSColorForKey(style, "selection")) selection = *own;
-  if (!active) selection.alpha /= 2;
   flash = mixed(NSColorForKey(style, "selection").value_or(p.selection), p.background, 0.7);
+  if (!active)
+    for (auto* const dimmed : {&selection, &line_highlight}) dimmed->alpha /= 2;
   wrap_margin = mixed(p.foreground, p.background, 0.2);
   behind_margin = mixed(p.foreground, p.background, 0.04);
   match = mixed({0xE8, 0xB0, 0x20, 255}, p.background, p.dark ? 0.40 : 0.45);

@@ -25,6 +25,7 @@ class folding : public testing::Test {
             platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""))) {
     view_ = std::make_unique<WynTextView>();
     host_ = std::make_unique<headless::headless_view_host>(*view_);
+    view_->setCurrentStyleSheet({});
     view_->setDocument(WynDocument::document());
     filter().set_patterns(pattern(u"\\(\\s*$"), pattern(u"^\\s*\\)"));
     marked_text::set(*view_->view(), "|0 (\n  1 (\n\t\t2\n  )\n  4 (\n  )\n)\n7\n  )");
