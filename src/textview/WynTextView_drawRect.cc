@@ -72,15 +72,17 @@ class painter {
     if (!gutter.intersects(dirty_)) return;
     g_.fill_rect(gutter.intersection(dirty_), colors_.gutter);
     std::size_t const current = view_.line_in_view(view_.selection.current_mark);
+    bool const only_folds = dirty_.x >= gutter.right() - layout_.foldWidth();
     for (std::size_t row = first_row(); row <= last_row(); ++row) {
       text::iterator const begin = view_.begin(row).base;
       if (begin.column != 0) {
-        if (text_view_.showSoftWrapInGutter()) paint_wrap_mark(gutter, row);
+        if (!only_folds && text_view_.showSoftWrapInGutter()) paint_wrap_mark(gutter, row);
         continue;
       }
-      if (layout_.bookmarkWidth() > 0 && view_.has_bookmark(begin.line))
+      if (!only_folds && layout_.bookmarkWidth() > 0 && view_.has_bookmark(begin.line))
         paint_bookmark(gutter, row);
-      if (text_view_.lineNumbers()) paint_line_number(gutter, row, begin.line + 1, row == current);
+      if (!only_folds && text_view_.lineNumbers())
+        paint_line_number(gutter, row, begin.line + 1, row == current);
       if (layout_.foldWidth() > 0) paint_fold_mark(gutter, row, begin.line);
     }
   }

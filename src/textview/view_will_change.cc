@@ -125,8 +125,14 @@ bool view_will_change::has_stepped_right() const {
 
 void view_will_change::mark_refreshed_lines() {
   text::view const& view = *text_view.view();
-  if (view.first_refresh_line < view.last_refresh_line)
-    text_view.setNeedsDisplayOfLines(view.first_refresh_line, view.last_refresh_line);
+  if (view.first_refresh_line >= view.last_refresh_line) return;
+  text_view.setNeedsDisplayOfLines(view.first_refresh_line, view.last_refresh_line);
+  // A block that begins or ends no more changes the marks of other lines.
+  TextLayout const& layout = text_view.layout();
+  rect const visible = visible_of(text_view);
+  double const x = visible.x + layout.gutterWidth() - layout.foldWidth();
+  if (layout.foldWidth() > 0 && text_view.host() != nullptr)
+    text_view.host()->set_needs_display({x, visible.y, layout.foldWidth(), visible.height});
 }
 
 void view_will_change::mark_moved_selection() {
