@@ -43,7 +43,8 @@ def shown(scope, outer):
 
 
 def by_units(line, begin, end):
-    return line.encode("utf-16-le", "surrogatepass")[2 * begin:2 * end].decode("utf-16-le", "surrogatepass")
+    units = line.encode("utf-16-le", "surrogatepass")
+    return units[2 * begin:2 * end].decode("utf-16-le", "surrogatepass")
 
 
 def marked(text, printed):
@@ -68,7 +69,8 @@ def marked(text, printed):
             for scope in scopes[len(stack):]:
                 out.append(f"{OPEN}{shown(scope, stack)} ")
                 stack.append(scope)
-            out.append(by_units(line, column, runs[i + 1][0] if i + 1 < len(runs) else len(line) * 2))
+            following_column = runs[i + 1][0] if i + 1 < len(runs) else 2 * len(line)
+            out.append(by_units(line, column, following_column))
         following = all_runs[number + 1] if number + 1 < len(lines) else None
         close_down_to(common(following[0][1]) if following else 0)
         out.append("\n" if following else "")
