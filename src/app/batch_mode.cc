@@ -178,7 +178,6 @@ int check_bundles(std::vector<std::string> const& directories) {
       print(bundles::description(fault) + "\n");
       is_clean = false;
     }
-  BundleManager::saveSharedCache();
   return is_clean ? done : beeped;
 }
 
@@ -190,6 +189,8 @@ int run_batch_mode(batch_options const& options) {
   platform::user_defaults::standard().set_volatile("WynDocumentDisableFSMetaData", true);
   for (auto const& [key, value] : options.settings)
     platform::user_defaults::standard().set_volatile(key, value);
-  if (!options.check_bundles.empty()) return check_bundles(options.check_bundles);
-  return batch_run(options).run();
+  int const status = options.check_bundles.empty() ? batch_run(options).run()
+                                                   : check_bundles(options.check_bundles);
+  BundleManager::saveSharedCache();
+  return status;
 }

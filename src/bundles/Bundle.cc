@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 
 using bundles::string_array;
 
@@ -42,53 +43,76 @@ std::shared_ptr<Bundle> Bundle::bundleWithName(BundleManager& manager, std::stri
   return bundle;
 }
 
-std::shared_ptr<Bundle> Bundle::bundleWithPaths(BundleManager& manager,
-                                                std::vector<std::string> paths) {
-  auto const layer = [&](std::string const& path) {
-    plist::value const info = bundles::bundle_info(manager.cache(), path + info_file);
-    if (!info) bundles::tell_could_not_load(path);
-    return info;
-  };
-  plist::array layers;
+namespace {
+
+struct merged_info {
+  plist::value content;  // nothing when there is none
   std::string pristine;
+  std::string broken;  // the directory that ended it
+};
+
+merged_info merge(CacheManager& cache, std::vector<std::string> const& paths,
+                  plist::value (*read)(CacheManager&, std::string const&)) {
+  merged_info result;
+  plist::array layers;
   for (std::string const& path : paths) {
-    plist::value const info = layer(path);
-    if (!info) return nullptr;
+    plist::value const info = read(cache, path + info_file);
+    if (!info) return {{}, {}, path};
     layers.push_back(info);
-    pristine = path + info_file;
+    result.pristine = path + info_file;
     if (!is_delta(info)) break;
   }
   plist::dictionary merged = plist::MergePLists(layers).entries();
-  if (merged.empty()) return nullptr;
+  if (merged.empty()) return {};
   // A whole copy from before menus existed is completed by what it lies on, and is from then on a
   // change of that.
   for (auto path = paths.begin(); !merged.contains("mainMenu") && path != paths.end(); ++path) {
-    plist::value const info = layer(*path);
-    if (!info) return nullptr;
+    plist::value const info = read(cache, *path + info_file);
+    if (!info) return {{}, {}, *path};
     if (!info["mainMenu"]) continue;
     merged.emplace("mainMenu", info["mainMenu"]);
-    if (!is_delta(info)) pristine = *path + info_file;
+    if (!is_delta(info)) result.pristine = *path + info_file;
   }
-  return std::make_shared<Bundle>(manager, std::move(merged), std::move(paths),
-                                  std::move(pristine));
+  result.content = std::move(merged);
+  return result;
 }
 
-Bundle::Bundle(BundleManager& manager, plist::dictionary content, std::vector<std::string> paths,
+}  // namespace
+
+std::shared_ptr<Bundle> Bundle::bundleWithPaths(BundleManager& manager,
+                                                std::vector<std::string> paths) {
+  merged_info info = merge(manager.cache(), paths, bundles::bundle_head);
+  if (!info.broken.empty()) bundles::tell_could_not_load(info.broken);
+  if (!info.content) return nullptr;
+  return std::make_shared<Bundle>(manager, std::move(info.content), std::move(paths),
+                                  std::move(info.pristine));
+}
+
+Bundle::Bundle(BundleManager& manager, plist::value content, std::vector<std::string> paths,
                std::string pristineCopyPlistPath)
-    : BaseItem(manager, plist::value(content)["name"].string_or(""), "bundle",
-               plist::value(content)["uuid"].string_or("")),
+    : BaseItem(manager, content["name"].string_or(""), "bundle", content["uuid"].string_or("")),
       content_(std::move(content)),
+      hasContent_(paths.empty()),
       bundlePaths_(std::move(paths)),
       pristineCopyPlistPath_(std::move(pristineCopyPlistPath)) {}
 
+plist::value const& Bundle::content() const {
+  if (hasContent_) return content_;
+  hasContent_ = true;
+  // Files that have vanished meanwhile leave what is known.
+  merged_info info = merge(manager().cache(), bundlePaths_, bundles::bundle_info);
+  if (info.content) content_ = std::move(info.content);
+  return content_;
+}
+
 void Bundle::setContentValue(std::string_view key, plist::value v) {
-  plist::dictionary content = content_.entries();
+  plist::dictionary content = this->content().entries();
   content.insert_or_assign(std::string(key), std::move(v));
   content_ = std::move(content);
 }
 
 std::vector<std::string> Bundle::ordering() const {
-  return string_array(content_, "ordering");
+  return string_array(content(), "ordering");
 }
 
 std::vector<std::string> Bundle::disabled() const {
@@ -118,30 +142,28 @@ std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOfKind(std::string_v
   return items;
 }
 
-std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk() const {
-  std::vector<std::shared_ptr<BundleItem>> result;
+std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk(item_kind const& kind) const {
   auto hidden = disabled();
   for (std::string& uuid : deleted()) hidden.push_back(std::move(uuid));
   std::sort(hidden.begin(), hidden.end());
-  for (item_kind const& k : item_kinds) {
-    std::vector<std::vector<BundleItemStub>> stacks;  // of layers, the highest priority first
-    std::unordered_map<std::string_view, std::size_t> by_uuid;
-    std::vector<bundles::index::item_stubs> found;
-    for (std::string const& path : bundlePaths_)
-      found.push_back(
-          bundles::items_in(manager().cache(), path + "/" + std::string(k.directory), k.kind));
-    for (auto& stubs : found) {
-      for (BundleItemStub& stub : stubs) {
-        if (std::binary_search(hidden.begin(), hidden.end(), stub.keys.uuid)) continue;
-        auto const [place, is_new] = by_uuid.emplace(stub.keys.uuid, stacks.size());
-        if (is_new) stacks.emplace_back();
-        stacks[place->second].push_back(stub);
-      }
+  std::vector<bundles::index::item_stubs> found;
+  for (std::string const& path : bundlePaths_)
+    found.push_back(
+        bundles::items_in(manager().cache(), path + "/" + std::string(kind.directory), kind.kind));
+  std::vector<std::vector<BundleItemStub*>> stacks;  // of layers, the highest priority first
+  std::unordered_map<std::string_view, std::size_t> by_uuid;
+  for (auto& stubs : found) {
+    for (BundleItemStub& stub : stubs) {
+      if (std::binary_search(hidden.begin(), hidden.end(), stub.keys.uuid)) continue;
+      auto const [place, is_new] = by_uuid.emplace(stub.keys.uuid, stacks.size());
+      if (is_new) stacks.emplace_back();
+      stacks[place->second].push_back(&stub);
     }
-    for (auto& stack : stacks)
-      if (auto item = BundleItem::itemWithStubs(manager(), std::string(k.kind), UUID(), stack))
-        result.push_back(std::move(item));
   }
+  std::vector<std::shared_ptr<BundleItem>> result;
+  for (auto const& stack : stacks)
+    if (auto item = BundleItem::itemWithStubs(manager(), std::string(kind.kind), UUID(), stack))
+      result.push_back(std::move(item));
   return result;
 }
 
@@ -172,7 +194,7 @@ void Bundle::saveChanges() {
   prepareForSaving();
   bool const is_delta_file = !pristineCopyPlistPath_.empty() && !bundlePaths_.empty() &&
                              path::parent(pristineCopyPlistPath_) != bundlePaths_.front();
-  plist::dictionary written = content_.entries();
+  plist::dictionary written = content().entries();
   if ((is_delta_file || !isLocal()) && !pristineCopyPlistPath_.empty()) {
     plist::value const pristine = bundles::read_dictionary(pristineCopyPlistPath_);
     // Without the layer below there is nothing to be a change of.
@@ -216,7 +238,7 @@ std::string Bundle::writeToDirectory(std::string const& directory) {
   prepareForSaving();
   auto const path = UniqueFileInDirectory(directory, name(), bundle_extension);
   if (!path || ::mkdir(path->c_str(), 0777) != 0) return "";
-  plist::dictionary written = content_.entries();
+  plist::dictionary written = content().entries();
   for (char const* key : {"isDelta", "deletedKeys"}) written.erase(key);
   bool ok = bundles::write_dictionary(*path + info_file, written);
   for (auto const& item : bundleItems())
@@ -250,9 +272,9 @@ void Bundle::removeFromMenus(std::string const& uuid) {
       if (!(element == plist::value(uuid))) kept.push_back(element);
     return kept;
   };
-  if (content_["ordering"]) setContentValue("ordering", without(content_, "ordering"));
+  if (content()["ordering"]) setContentValue("ordering", without(content(), "ordering"));
   mainMenu_ = {};
-  plist::value const menu = content_["mainMenu"];
+  plist::value const menu = content()["mainMenu"];
   if (!menu.as_dictionary()) return;
   plist::dictionary changed = menu.entries();
   for (char const* key : {"items", "excludedItems"})

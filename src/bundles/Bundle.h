@@ -10,6 +10,7 @@
 #include "plist/value.h"
 
 class BundleItem;
+struct item_kind;
 
 /// A directory of grammars, snippets, commands and so on, by its info.plist. Directories with the
 /// same UUID on several search paths are one bundle: each may be the whole or hold changes of the
@@ -26,10 +27,11 @@ class Bundle : public BaseItem, public std::enable_shared_from_this<Bundle> {
   static std::shared_ptr<Bundle> bundleWithPaths(BundleManager& manager,
                                                  std::vector<std::string> paths);
 
-  Bundle(BundleManager& manager, plist::dictionary content, std::vector<std::string> paths,
+  /// `content` may lack what bundle_head() leaves out if there are paths.
+  Bundle(BundleManager& manager, plist::value content, std::vector<std::string> paths,
          std::string pristineCopyPlistPath);
 
-  plist::value const& content() const { return content_; }
+  plist::value const& content() const;
   std::vector<std::string> const& bundlePaths() const { return bundlePaths_; }
   /// The info.plist of the layer that is no delta; "" for a new bundle.
   std::string const& pristineCopyPlistPath() const { return pristineCopyPlistPath_; }
@@ -42,8 +44,8 @@ class Bundle : public BaseItem, public std::enable_shared_from_this<Bundle> {
   /// The items: first those that `ordering` names.
   std::vector<std::shared_ptr<BundleItem>> bundleItems() const;
   std::vector<std::shared_ptr<BundleItem>> bundleItemsOfKind(std::string_view kind) const;
-  /// Read anew from the directories, without those that are disabled or deleted.
-  std::vector<std::shared_ptr<BundleItem>> bundleItemsOnDisk() const;
+  /// Those of one kind, read anew from the directories, without what is disabled or deleted.
+  std::vector<std::shared_ptr<BundleItem>> bundleItemsOnDisk(item_kind const& kind) const;
 
   /// A dictionary of `items`, `submenus` and `excludedItems`, completed by items that it doesn't
   /// name and rid of what is no item of this bundle.
@@ -79,7 +81,8 @@ class Bundle : public BaseItem, public std::enable_shared_from_this<Bundle> {
   bool isLocal() const;
   bool makeLocalPath();
 
-  plist::value content_;
+  mutable plist::value content_;  // from the start only the head of it
+  mutable bool hasContent_;
   plist::value mainMenu_;  // the working copy, nothing until it is asked for
   std::vector<std::string> bundlePaths_;
   std::string pristineCopyPlistPath_;

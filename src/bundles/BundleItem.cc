@@ -23,20 +23,27 @@ std::shared_ptr<BundleItem> BundleItem::bundleItemWithContent(BundleManager& man
 
 std::shared_ptr<BundleItem> BundleItem::itemWithStubs(BundleManager& manager, std::string kind,
                                                       std::string bundleUUID,
-                                                      std::vector<BundleItemStub>& layers) {
+                                                      std::vector<BundleItemStub*> const& layers) {
   std::vector<std::string> paths;
-  for (BundleItemStub& layer : layers) paths.push_back(std::move(layer.path));
-  item_keys keys = std::move(layers.front().keys);
-  if (layers.front().delta) {
+  paths.reserve(layers.size());
+  for (BundleItemStub* layer : layers) paths.push_back(std::move(layer->path));
+  BundleItemStub& first = *layers.front();
+  if (first.is_delta()) {
     plist::array digests;
-    for (BundleItemStub const& layer : layers)
-      digests.push_back(layer.delta ? layer.delta : plist::value(dictionary_from(layer.keys)));
+    for (BundleItemStub const* layer : layers) {
+      plist::dictionary digest = dictionary_from(layer->keys);
+      for (auto const& [key, value] : layer->more.entries()) digest.insert_or_assign(key, value);
+      digests.push_back(std::move(digest));
+    }
     plist::value const merged = plist::MergePLists(digests);
     if (!merged) return nullptr;
-    keys = keys_from(merged, paths.front());
+    first.keys = keys_from(merged, paths.front());
+    first.more = language_entries(merged);
   }
-  return std::make_shared<BundleItem>(manager, std::move(kind), std::move(bundleUUID),
-                                      std::move(keys), std::move(paths));
+  auto item = std::make_shared<BundleItem>(manager, std::move(kind), std::move(bundleUUID),
+                                           std::move(first.keys), std::move(paths));
+  item->languageEntries_ = std::move(first.more);
+  return item;
 }
 
 BundleItem::BundleItem(BundleManager& manager, std::string kind, std::string bundleUUID,
@@ -108,20 +115,31 @@ std::string BundleItem::supportPath() const {
   return owner ? owner->supportPath() : "";
 }
 
-void BundleItem::loadContent() {
-  if (hasContent_) return;
-  hasContent_ = true;
+plist::value BundleItem::contentOfPaths(std::vector<std::string> const& paths, std::string* base) {
   plist::array layers;
-  for (std::string const& path : sourcePaths_) {
+  for (std::string const& path : paths) {
     plist::value const layer = bundles::read_dictionary(path);
     if (!layer) continue;
     layers.push_back(layer);
     if (layer["isDelta"].integer_or(0) != 0) continue;
-    pristineCopyPlistPath_ = path;
+    if (base != nullptr) *base = path;
     break;
   }
-  content_ = plist::MergePLists(layers);
-  if (!content_) content_ = plist::dictionary();
+  plist::value const merged = plist::MergePLists(layers);
+  return merged ? merged : plist::value(plist::dictionary());
+}
+
+void BundleItem::loadContent() {
+  if (hasContent_) return;
+  hasContent_ = true;
+  content_ = contentOfPaths(sourcePaths_, &pristineCopyPlistPath_);
+}
+
+plist::value BundleItem::languageEntries() const {
+  plist::dictionary result = language_entries(hasContent_ ? content_ : languageEntries_);
+  result.emplace("uuid", UUID());
+  result.emplace("name", name());
+  return result;
 }
 
 plist::value const& BundleItem::content() {

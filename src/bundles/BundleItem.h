@@ -21,9 +21,10 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
                                                            plist::dictionary content,
                                                            std::string kind);
   /// From the digests of its layers, the highest priority first. Null when none of them is a base.
+  /// Their strings are taken.
   static std::shared_ptr<BundleItem> itemWithStubs(BundleManager& manager, std::string kind,
                                                    std::string bundleUUID,
-                                                   std::vector<BundleItemStub>& layers);
+                                                   std::vector<BundleItemStub*> const& layers);
 
   BundleItem(BundleManager& manager, std::string kind, std::string bundleUUID, item_keys keys,
              std::vector<std::string> sourcePaths);
@@ -60,6 +61,12 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
 
   /// The merged dictionary; empty when the files have vanished.
   plist::value const& content();
+  /// What content() is, from files; `base` becomes the one that is no delta. Any thread.
+  static plist::value contentOfPaths(std::vector<std::string> const& paths,
+                                     std::string* base = nullptr);
+  /// Of a grammar: what tells which files are in its language, with `uuid` and `name`. Without
+  /// reading the file.
+  plist::value languageEntries() const;
   void setContentValueForKey(plist::value v, std::string const& key);
 
   void prepareForSaving();
@@ -89,7 +96,7 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
   std::string bundleUUID_;
   std::vector<std::string> sourcePaths_;
   std::string pristineCopyPlistPath_;
-  plist::value content_;
+  plist::value content_, languageEntries_;
   bool hasContent_ = false, hasTemplateFiles_ = false;
   std::vector<std::shared_ptr<TemplateFile>> templateFiles_;
 };

@@ -2,6 +2,7 @@
 
 #include "bundles/bundle_scan.h"
 #include "bundles/item_file.h"
+#include "bundles/item_kinds.h"
 #include "path/path.h"
 #include "platform/notification_center.h"
 #include "platform/trash.h"
@@ -11,6 +12,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace {
 
@@ -18,8 +20,9 @@ constexpr char const* disabled_key = "WynBundleManagerDisabledBundles";
 constexpr char const* deleted_key = "WynBundleManagerDeletedBundles";
 constexpr char const* default_bundle_key = "WynDefaultBundleForNewBundleItems";
 
-std::unique_ptr<BundleManager>& shared() {
-  static std::unique_ptr<BundleManager> instance;
+// Left to the end of the process: freeing thousands of items takes as long as loading them.
+BundleManager*& shared() {
+  static BundleManager* instance = nullptr;
   return instance;
 }
 
@@ -42,6 +45,15 @@ void sort_by_name(BundleManager::bundle_list& list) {
   });
 }
 
+// Of several with one UUID the last counts.
+void keep_last(BundleManager::item_list& items) {
+  std::unordered_set<std::string_view> seen;
+  seen.reserve(items.size());
+  std::reverse(items.begin(), items.end());
+  std::erase_if(items, [&](auto const& item) { return !seen.insert(item->UUID()).second; });
+  std::reverse(items.begin(), items.end());
+}
+
 template <typename List>
 void erase_uuid(List& list, std::string_view uuid) {
   std::erase_if(list, [&](auto const& own) { return own->UUID() == uuid; });
@@ -50,12 +62,21 @@ void erase_uuid(List& list, std::string_view uuid) {
 }  // namespace
 
 BundleManager& BundleManager::sharedInstance() {
-  if (!shared()) shared() = std::make_unique<BundleManager>(bundle_folders::standard());
+  if (!shared()) shared() = new BundleManager(bundle_folders::standard());
   return *shared();
 }
 
 void BundleManager::saveSharedCache() {
-  if (shared()) shared()->cache().saveCache();
+  if (shared()) shared()->saveCache();
+}
+
+// What belongs to kinds of which this run needed nothing is still good.
+void BundleManager::saveCache() {
+  for (auto const& bundle : bundles_)
+    for (std::string const& path : bundle->bundlePaths())
+      for (item_kind const& kind : item_kinds)
+        cache_.keepPath(path + "/" + std::string(kind.directory));
+  cache_.saveCache();
 }
 
 BundleManager::BundleManager(bundle_folders folders)
@@ -64,34 +85,59 @@ BundleManager::BundleManager(bundle_folders folders)
 }
 
 void BundleManager::dropTables() {
-  hasItemsOfKind_ = hasItemsOfBundle_ = hasLanguages_ = false;
-  itemsOfKind_.clear();
+  static unsigned long last_revision = 0;
+  revision_ = ++last_revision;
+  hasItemsOfBundle_ = hasLanguages_ = hasLanguageEntries_ = false;
   itemsOfBundle_.clear();
   languages_.clear();
+  languageEntries_.clear();
+  if (hasItems_) itemsOfKind_.clear();
 }
 
 void BundleManager::loadBundles() {
   dropTables();
+  itemsOfKind_.clear();
+  hasItems_ = false;
   itemsByUUID_.clear();
-  bundlesByUUID_.clear();
   items_.clear();
+  bundlesByUUID_.clear();
   bundles_.clear();
-  for (auto& bundle : bundlesOnDiskExcluding(stored_uuids(disabled_key))) {
-    auto items = bundle->bundleItemsOnDisk();
+  for (auto& bundle : bundlesOnDiskExcluding(stored_uuids(disabled_key)))
     addBundle(std::move(bundle));
-    for (auto& item : items) {
-      auto const [place, is_new] = itemsByUUID_.emplace(item->UUID(), item);
-      // The key is a part of what it stands for, so it goes with it.
-      if (!is_new) {
-        std::string const uuid = item->UUID();
-        itemsByUUID_.erase(place);
-        erase_uuid(items_, uuid);
-        itemsByUUID_.emplace(item->UUID(), item);
-      }
-      items_.push_back(std::move(item));
-    }
-  }
   isModified_ = false;
+}
+
+void BundleManager::loadKind(item_kind const& kind) const {
+  auto const [place, is_new] = itemsOfKind_.try_emplace(std::string(kind.kind));
+  if (!is_new) return;
+  item_list& list = place->second;
+  for (auto const& bundle : bundles_)
+    for (auto& item : bundle->bundleItemsOnDisk(kind)) list.push_back(std::move(item));
+  keep_last(list);
+}
+
+void BundleManager::loadItems() const {
+  if (hasItems_) return;
+  std::unordered_map<std::string_view, std::size_t> rank;
+  for (auto const& bundle : bundles_) rank.emplace(bundle->UUID(), rank.size());
+  for (item_kind const& kind : item_kinds) {
+    loadKind(kind);
+    item_list const& list = itemsOfKind_[std::string(kind.kind)];
+    items_.insert(items_.end(), list.begin(), list.end());
+  }
+  std::stable_sort(items_.begin(), items_.end(), [&](auto const& a, auto const& b) {
+    return rank[a->bundleUUID()] < rank[b->bundleUUID()];
+  });
+  keep_last(items_);
+  itemsByUUID_.reserve(items_.size());
+  for (auto const& item : items_) itemsByUUID_.emplace(item->UUID(), item);
+  itemsOfKind_.clear();
+  hasItems_ = true;
+}
+
+BundleManager::item_list const& BundleManager::bundleItems() const {
+  loadItems();
+  return items_;
 }
 
 BundleManager::bundle_list BundleManager::bundlesOnDiskExcluding(uuids excluded) {
@@ -132,7 +178,10 @@ void BundleManager::saveChanges() {
     bundle->saveChanges();
     saved = saved && !bundle->isModified();
   }
-  for (auto const& item : item_list(items_)) {
+  // What was changed has been asked for before.
+  item_list items = items_;
+  for (auto const& [kind, list] : itemsOfKind_) items.insert(items.end(), list.begin(), list.end());
+  for (auto const& item : items) {
     item->saveChanges();
     saved = saved && !item->isModified();
   }
@@ -150,6 +199,7 @@ std::shared_ptr<Bundle> BundleManager::bundleForUUID(std::string_view uuid) cons
 }
 
 std::shared_ptr<BundleItem> BundleManager::bundleItemForUUID(std::string_view uuid) const {
+  loadItems();
   auto const found = itemsByUUID_.find(uuid);
   return found == itemsByUUID_.end() ? nullptr : found->second;
 }
@@ -161,10 +211,15 @@ BundleManager::bundle_list BundleManager::bundles() const {
 }
 
 BundleManager::item_list const& BundleManager::bundleItemsOfKind(std::string_view kind) {
-  if (!hasItemsOfKind_)
+  if (!hasItems_) {
+    for (item_kind const& k : item_kinds)
+      if (k.kind == kind) loadKind(k);
+  } else if (itemsOfKind_.empty()) {
     for (auto const& item : items_) itemsOfKind_[item->kind()].push_back(item);
-  hasItemsOfKind_ = true;
-  return itemsOfKind_[std::string(kind)];
+  }
+  static item_list const none;
+  auto const found = itemsOfKind_.find(std::string(kind));
+  return found == itemsOfKind_.end() ? none : found->second;
 }
 
 BundleManager::item_list BundleManager::bundleItemsOfKinds(
@@ -179,7 +234,7 @@ BundleManager::item_list BundleManager::bundleItemsOfKinds(
 
 BundleManager::item_list const& BundleManager::bundleItemsOfBundle(std::string_view uuid) {
   if (!hasItemsOfBundle_)
-    for (auto const& item : items_) itemsOfBundle_[item->bundleUUID()].push_back(item);
+    for (auto const& item : bundleItems()) itemsOfBundle_[item->bundleUUID()].push_back(item);
   hasItemsOfBundle_ = true;
   return itemsOfBundle_[std::string(uuid)];
 }
@@ -203,6 +258,14 @@ plist::array const& BundleManager::languages() {
   return languages_;
 }
 
+plist::array const& BundleManager::languageEntries() {
+  if (!hasLanguageEntries_)
+    for (auto const& item : bundleItemsOfKind("language"))
+      languageEntries_.push_back(item->languageEntries());
+  hasLanguageEntries_ = true;
+  return languageEntries_;
+}
+
 void BundleManager::addBundle(std::shared_ptr<Bundle> bundle) {
   bundlesByUUID_.erase(bundle->UUID());
   erase_uuid(bundles_, bundle->UUID());
@@ -211,6 +274,7 @@ void BundleManager::addBundle(std::shared_ptr<Bundle> bundle) {
 }
 
 void BundleManager::addBundleItem(std::shared_ptr<BundleItem> item) {
+  loadItems();
   itemsByUUID_.erase(item->UUID());
   erase_uuid(items_, item->UUID());
   itemsByUUID_.emplace(item->UUID(), item);

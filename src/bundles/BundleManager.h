@@ -11,7 +11,8 @@
 #include "bundles/CacheManager.h"
 #include "bundles/bundle_folders.h"
 
-/// Owns every loaded bundle and item, and finds them by UUID and kind. Main thread only.
+/// Owns every loaded bundle and item, and finds them by UUID and kind. Bundles are loaded at once,
+/// the items of a kind when they are first asked for: a start needs few of them. Main thread only.
 ///
 ///     for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("language"))
 ///       use(item->content());
@@ -32,6 +33,7 @@ class BundleManager {
   static BundleManager& sharedInstance();
   /// Writes the index of the shared instance, if there is one. To be called at the end.
   static void saveSharedCache();
+  void saveCache();
 
   /// Loads the bundles.
   explicit BundleManager(bundle_folders folders);
@@ -56,7 +58,7 @@ class BundleManager {
   /// By name.
   bundle_list bundles() const;
   /// In the order in which they were loaded: by search path, bundle, kind, file name.
-  item_list const& bundleItems() const { return items_; }
+  item_list const& bundleItems() const;
   item_list const& bundleItemsOfKind(std::string_view kind);
   item_list bundleItemsOfKinds(std::vector<std::string_view> const& kinds);
   item_list const& bundleItemsOfBundle(std::string_view uuid);
@@ -65,6 +67,10 @@ class BundleManager {
   /// The contents of all items of kind language, in their order. The reference is good until the
   /// bundles change.
   plist::array const& languages();
+  /// What BundleItem::languageEntries() says of each of them.
+  plist::array const& languageEntries();
+  /// Another number, unique in the process, after each change.
+  unsigned long revision() const { return revision_; }
 
   void addBundle(std::shared_ptr<Bundle> bundle);
   void addBundleItem(std::shared_ptr<BundleItem> item);
@@ -96,6 +102,8 @@ class BundleManager {
   using lists = std::unordered_map<std::string, std::vector<std::shared_ptr<T>>>;
 
   bundle_list bundlesOnDiskExcluding(uuids excluded);
+  void loadKind(item_kind const& kind) const;
+  void loadItems() const;
   void dropTables();
   bool isHidden(std::string const& uuid) const;
   void showAgain(std::string const& uuid);
@@ -104,14 +112,20 @@ class BundleManager {
   bundle_folders folders_;
   CacheManager cache_;
   bundle_list bundles_;
-  item_list items_;
   std::unordered_map<std::string_view, std::shared_ptr<Bundle>> bundlesByUUID_;
-  std::unordered_map<std::string_view, std::shared_ptr<BundleItem>> itemsByUUID_;
   item_list stack_;
   bool isModified_ = false;
+  unsigned long revision_ = 0;
+
+  // Loaded when they are asked for: first kind by kind, then, if need be, all. From then on the
+  // lists of kinds are made of these.
+  mutable lists<BundleItem> itemsOfKind_;
+  mutable bool hasItems_ = false;
+  mutable item_list items_;
+  mutable std::unordered_map<std::string_view, std::shared_ptr<BundleItem>> itemsByUUID_;
 
   // Made when they are asked for.
-  lists<BundleItem> itemsOfKind_, itemsOfBundle_;
-  bool hasItemsOfKind_ = false, hasItemsOfBundle_ = false, hasLanguages_ = false;
-  plist::array languages_;
+  lists<BundleItem> itemsOfBundle_;
+  bool hasItemsOfBundle_ = false, hasLanguages_ = false, hasLanguageEntries_ = false;
+  plist::array languages_, languageEntries_;
 };

@@ -34,7 +34,7 @@ plist::array filterArray(plist::value const& items, names& allowed, plist::dicti
 
 plist::value Bundle::menuStructure() {
   if (mainMenu_) return mainMenu_;
-  plist::value const menu = content_["mainMenu"];
+  plist::value const menu = content()["mainMenu"];
   plist::dictionary groups = menu["submenus"].entries();
   plist::array items = menu["items"].elements();
   for (auto const& [uuid, group] : groups) items.push_back(uuid);

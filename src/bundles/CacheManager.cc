@@ -23,17 +23,34 @@ std::int64_t CacheManager::lastDirectoryUpdateForPath(std::string const& path) {
   return info.st_mtim.tv_sec * INT64_C(1000000000) + info.st_mtim.tv_nsec;
 }
 
-std::string const* CacheManager::blockForPath(std::string const& path) {
-  didAccess_.insert(path);
+std::optional<std::string_view> CacheManager::packedContentsForPath(std::string const& path) {
   auto const found = entries_.find(path);
-  if (found == entries_.end()) return nullptr;
-  return found->second.changed == lastDirectoryUpdateForPath(path) ? &found->second.block : nullptr;
+  if (found == entries_.end()) return std::nullopt;
+  auto& [changed, block, is_used] = found->second;
+  is_used = true;
+  if (changed != lastDirectoryUpdateForPath(path)) return std::nullopt;
+  auto const contents = bundles::index::content_of(block, path, changed);
+  if (!contents) reportDamage(path);
+  return contents;
 }
 
-void CacheManager::storeBlock(bundles::index::entry entry, std::string const& path) {
-  didAccess_.insert(path);
-  entries_[path] = std::move(entry);
+void CacheManager::store(std::string const& contents, std::string const& path,
+                         std::int64_t changed) {
+  entries_.erase(path);
+  std::string_view const key = stored_.emplace_back(path);
+  std::string_view const block =
+      stored_.emplace_back(bundles::index::block_with(contents, path, changed));
+  entries_.emplace(key, bundles::index::entry{changed, block, true});
   isModified_ = true;
+}
+
+void CacheManager::keepPath(std::string_view path) {
+  auto const found = entries_.find(path);
+  if (found != entries_.end()) found->second.is_used = true;
+}
+
+void CacheManager::forgetPath(std::string_view path) {
+  if (entries_.erase(path) != 0) isModified_ = true;
 }
 
 void CacheManager::reportDamage(std::string const& path) {
@@ -49,20 +66,19 @@ void CacheManager::invalidateCacheForPath(std::string const& path) {
 }
 
 void CacheManager::loadCache() {
-  entries_.clear();
+  flush();
+  isModified_ = false;
   if (cacheFile_.empty()) return;
-  std::string bytes;
-  int const error = platform::read_file(cacheFile_, bytes, platform::file_calls::system());
+  int const error = platform::read_file(cacheFile_, bytes_, platform::file_calls::system());
   if (error != 0 && error != ENOENT) complain(cacheFile_ + ": " + std::strerror(error));
   if (error != 0) return;
-  if (bundles::index::unpack_root(bytes, cacheFormatVersion, entries_)) return;
-  entries_.clear();
+  if (bundles::index::unpack_root(bytes_, cacheFormatVersion, entries_)) return;
+  flush();
   complain(cacheFile_ + ": damaged, it is made anew");
 }
 
 void CacheManager::saveCache() {
-  auto const unused =
-      std::erase_if(entries_, [&](auto const& e) { return !didAccess_.contains(e.first); });
+  auto const unused = std::erase_if(entries_, [](auto const& e) { return !e.second.is_used; });
   if (unused == 0 && !isModified_) return;
   if (cacheFile_.empty() || !platform::make_folders(path::parent(cacheFile_))) return;
   int const error =
@@ -74,6 +90,7 @@ void CacheManager::saveCache() {
 
 void CacheManager::flush() {
   entries_.clear();
-  didAccess_.clear();
+  stored_.clear();
+  bytes_.clear();
   isModified_ = true;
 }

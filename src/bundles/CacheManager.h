@@ -1,9 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
-#include <unordered_set>
+#include <string_view>
 
 #include "bundles/index_format.h"
 
@@ -12,9 +13,10 @@
 /// is the same; for a directory one look thus decides for all files in it. That the content of such
 /// a file has changed shows only if invalidateCacheForPath() is called. Main thread only.
 ///
-///     if (auto stubs = cache.contentsForPath<bundles::index::item_stubs>(directory)) return
-///     *stubs; auto const changed = CacheManager::lastDirectoryUpdateForPath(directory); auto stubs
-///     = read(directory); cache.setContents(stubs, directory, changed);
+///     if (auto stubs = cache.contentsForPath<item_stubs>(directory)) return *stubs;
+///     auto const changed = CacheManager::lastDirectoryUpdateForPath(directory);
+///     auto stubs = read(directory);
+///     cache.setContents(stubs, directory, changed);
 class CacheManager {
  public:
   static constexpr char const* cacheFormatVersion = "2";
@@ -28,18 +30,22 @@ class CacheManager {
   /// or a property list. Nothing when there is none or the path has changed.
   template <typename T>
   std::optional<T> contentsForPath(std::string const& path) {
-    std::string const* const block = blockForPath(path);
-    if (block == nullptr) return std::nullopt;
+    auto const packed = packedContentsForPath(path);
+    if (!packed) return std::nullopt;
     std::optional<T> contents(std::in_place);
-    if (bundles::index::unpack(*block, path, *contents)) return contents;
+    if (bundles::index::unpack(*packed, path, *contents)) return contents;
     reportDamage(path);
     return std::nullopt;
   }
   /// `changed` is the path's time before the contents were read, so that a change meanwhile shows.
   template <typename T>
   void setContents(T const& contents, std::string const& path, std::int64_t changed) {
-    storeBlock({changed, bundles::index::pack(contents, path)}, path);
+    store(bundles::index::pack(contents, path), path, changed);
   }
+  /// Keeps what there is for the path when the index is saved, though nobody has asked for it.
+  void keepPath(std::string_view path);
+  /// Forgets the path in this process alone.
+  void forgetPath(std::string_view path);
   /// Forgets the path and gives it a new modification time, for the indexes of other processes.
   void invalidateCacheForPath(std::string const& path);
 
@@ -54,12 +60,14 @@ class CacheManager {
   static std::int64_t lastDirectoryUpdateForPath(std::string const& path);
 
  private:
-  std::string const* blockForPath(std::string const& path);
-  void storeBlock(bundles::index::entry entry, std::string const& path);
+  std::optional<std::string_view> packedContentsForPath(std::string const& path);
+  void store(std::string const& contents, std::string const& path, std::int64_t changed);
   void reportDamage(std::string const& path);
 
   std::string cacheFile_;
+  // What the entries borrow from: the file as it was read, and what was stored since.
+  std::string bytes_;
+  std::deque<std::string> stored_;
   bundles::index::entries entries_;
-  std::unordered_set<std::string> didAccess_;
   bool isModified_ = false;
 };

@@ -28,6 +28,11 @@ plist::value bundle_info(CacheManager& cache, std::string const& path) {
   return info;
 }
 
+plist::value bundle_head(CacheManager& cache, std::string const& path) {
+  if (auto cached = cache.contentsForPath<index::info_head>(path)) return cached->content;
+  return bundle_info(cache, path);
+}
+
 index::bundle_stubs bundles_in(CacheManager& cache, std::string const& directory) {
   if (auto cached = cache.contentsForPath<index::bundle_stubs>(directory))
     return std::move(*cached);
@@ -57,7 +62,7 @@ index::item_stubs items_in(CacheManager& cache, std::string const& directory,
     if (!is_item_file(name)) continue;
     std::string const path = directory + "/" + name + (kind == "template" ? info_file : "");
     plist::value const content = read_dictionary(path);
-    auto stub = content ? stub_from(content, path) : std::nullopt;
+    auto stub = content ? stub_from(content, path, kind) : std::nullopt;
     if (stub)
       stubs.push_back(std::move(*stub));
     else

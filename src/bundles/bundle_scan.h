@@ -14,6 +14,9 @@ namespace bundles {
 /// The dictionary of an info.plist; nothing when it can't be read or has no `uuid`.
 plist::value bundle_info(CacheManager& cache, std::string const& path);
 
+/// The same, but `mainMenu` and `ordering` may be empty; much cheaper where the index holds.
+plist::value bundle_head(CacheManager& cache, std::string const& path);
+
 /// The bundles in a directory of the search path, by name.
 index::bundle_stubs bundles_in(CacheManager& cache, std::string const& directory);
 

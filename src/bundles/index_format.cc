@@ -2,6 +2,8 @@
 
 #include <zlib.h>
 
+#include <algorithm>
+
 #include "bundles/index_visitor.h"
 
 namespace bundles::index {
@@ -13,10 +15,13 @@ constexpr std::string_view dates_key = "pathLastChanged";
 
 constexpr std::size_t checksum_size = 4;
 
-std::string checksum_of(std::string_view bytes) {
-  auto const sum = static_cast<std::uint32_t>(
-      ::crc32_z(0, reinterpret_cast<Bytef const*>(bytes.data()), bytes.size()));
-  return {reinterpret_cast<char const*>(&sum), checksum_size};
+std::string checksum_of(std::string_view content, std::string_view path, std::int64_t changed) {
+  uLong sum = 0;
+  for (std::string_view const part :
+       {path, std::string_view(reinterpret_cast<char const*>(&changed), sizeof changed), content})
+    sum = ::crc32_z(sum, reinterpret_cast<Bytef const*>(part.data()), part.size());
+  auto const result = static_cast<std::uint32_t>(sum);
+  return {reinterpret_cast<char const*>(&result), checksum_size};
 }
 
 // Knows whether it is at the key of a map, and how deep in containers.
@@ -35,18 +40,21 @@ class nested_visitor : public refusing_visitor {
 
 class root_visitor : public nested_visitor {
  public:
-  explicit root_visitor(entries& content) : content_(content) {}
+  root_visitor(entries& content, std::size_t size) : content_(content), size_(size) {}
 
   std::string version;
 
-  bool start_map(std::uint32_t) {
-    return !reads_key_ && ++depth_ <= 2 && (depth_ == 1 || in_map());
+  bool start_map(std::uint32_t count) {
+    if (reads_key_ || ++depth_ > 2 || (depth_ == 2 && !in_map())) return false;
+    // Whatever the count says, an entry takes more than a byte.
+    if (depth_ == 2) content_.reserve(std::min<std::size_t>(count, size_));
+    return true;
   }
   bool end_map() { return depth_-- > 0; }
   bool visit_str(char const* bytes, std::uint32_t size) {
     std::string_view const text(bytes, size);
     if (reads_key_ && depth_ == 1) key_ = text;
-    if (reads_key_ && depth_ == 2) entry_ = &content_[std::string(text)];
+    if (reads_key_ && depth_ == 2) entry_ = &content_[text];
     if (reads_key_) return true;
     if (depth_ != 1 || key_ != version_key) return false;
     version = text;
@@ -54,7 +62,7 @@ class root_visitor : public nested_visitor {
   }
   bool visit_bin(char const* bytes, std::uint32_t size) {
     if (depth_ != 2 || reads_key_ || key_ != contents_key) return false;
-    entry_->block.assign(bytes, size);
+    entry_->block = {bytes, size};
     return true;
   }
   bool visit_positive_integer(std::uint64_t n) { return date(static_cast<std::int64_t>(n)); }
@@ -69,6 +77,7 @@ class root_visitor : public nested_visitor {
   }
 
   entries& content_;
+  std::size_t size_;
   entry* entry_ = nullptr;
   std::string key_;
 };
@@ -146,7 +155,7 @@ class items_visitor : public nested_visitor {
     return true;
   }
   bool visit_bin(char const* bytes, std::uint32_t size) {
-    return depth_ == 3 && part_ == 3 && unpack({bytes, size}, {}, stubs_.back().delta);
+    return depth_ == 3 && part_ == 3 && unpack({bytes, size}, {}, stubs_.back().more);
   }
 
  private:
@@ -197,19 +206,26 @@ std::string pack_root(std::string_view version, entries const& content) {
     out.text(path);
     out.other().pack(entry.changed);
   }
-  std::string result = out.result();
-  return result + checksum_of(result);
+  return out.result();
 }
 
 bool unpack_root(std::string_view bytes, std::string_view version, entries& content) {
-  if (bytes.size() < checksum_size) return false;
-  std::string_view const checksum = bytes.substr(bytes.size() - checksum_size);
-  bytes.remove_suffix(checksum_size);
-  if (checksum != checksum_of(bytes)) return false;
-  root_visitor visitor(content);
+  root_visitor visitor(content, bytes.size());
   if (!parse_all(bytes, visitor)) return false;
   if (visitor.version != version) content.clear();
   return true;
+}
+
+std::string block_with(std::string_view content, std::string_view path, std::int64_t changed) {
+  return checksum_of(content, path, changed).append(content);
+}
+
+std::optional<std::string_view> content_of(std::string_view block, std::string_view path,
+                                           std::int64_t changed) {
+  if (block.size() < checksum_size) return std::nullopt;
+  std::string_view const content = block.substr(checksum_size);
+  if (block.substr(0, checksum_size) != checksum_of(content, path, changed)) return std::nullopt;
+  return content;
 }
 
 std::string pack(bundle_stubs const& stubs, std::string_view directory) {
@@ -223,9 +239,9 @@ std::string pack(bundle_stubs const& stubs, std::string_view directory) {
   return out.result();
 }
 
-bool unpack(std::string_view block, std::string_view directory, bundle_stubs& stubs) {
+bool unpack(std::string_view content, std::string_view directory, bundle_stubs& stubs) {
   bundles_visitor visitor(directory, stubs);
-  return parse_all(block, visitor);
+  return parse_all(content, visitor);
 }
 
 std::string pack(item_stubs const& stubs, std::string_view directory) {
@@ -234,19 +250,19 @@ std::string pack(item_stubs const& stubs, std::string_view directory) {
   out.text(directory.substr(directory.rfind('/') + 1));
   out.array(stubs.size());
   for (BundleItemStub const& stub : stubs) {
-    out.array(stub.delta ? 3 : 2);
+    out.array(stub.more ? 3 : 2);
     out.text(relative(stub.path, directory));
     pack_keys(out, stub.keys);
-    if (!stub.delta) continue;
-    std::string const delta = pack(stub.delta, {});
-    out.bytes(delta.data(), delta.size());
+    if (!stub.more) continue;
+    std::string const more = pack(stub.more, {});
+    out.bytes(more.data(), more.size());
   }
   return out.result();
 }
 
-bool unpack(std::string_view block, std::string_view directory, item_stubs& stubs) {
+bool unpack(std::string_view content, std::string_view directory, item_stubs& stubs) {
   items_visitor visitor(directory, stubs);
-  if (!parse_all(block, visitor)) return false;
+  if (!parse_all(content, visitor)) return false;
   // An older run may have had another form.
   for (BundleItemStub& stub : stubs)
     stub.keys.keyEquivalent = normalized_key_equivalent(stub.keys.keyEquivalent);

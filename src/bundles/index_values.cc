@@ -119,7 +119,55 @@ class value_visitor : public refusing_visitor {
   }
 
   std::vector<container> open_;
+
+ protected:
+  std::size_t depth() const { return open_.size(); }
+  std::string const& key() const { return open_.back().key; }
   bool reads_key_ = false;
+};
+
+/// Leaves containers under these keys of the outermost dictionary empty.
+class head_visitor : public value_visitor {
+ public:
+  bool visit_nil() { return is_inside_ || value_visitor::visit_nil(); }
+  bool visit_boolean(bool b) { return is_inside_ || value_visitor::visit_boolean(b); }
+  bool visit_positive_integer(std::uint64_t n) {
+    return is_inside_ || value_visitor::visit_positive_integer(n);
+  }
+  bool visit_negative_integer(std::int64_t n) {
+    return is_inside_ || value_visitor::visit_negative_integer(n);
+  }
+  bool visit_str(char const* text, std::uint32_t size) {
+    return is_inside_ || value_visitor::visit_str(text, size);
+  }
+  bool visit_bin(char const* bytes, std::uint32_t size) {
+    return is_inside_ || value_visitor::visit_bin(bytes, size);
+  }
+  bool visit_ext(char const* bytes, std::uint32_t size) {
+    return is_inside_ || value_visitor::visit_ext(bytes, size);
+  }
+  bool start_array(std::uint32_t n) { return enter() || value_visitor::start_array(n); }
+  bool start_map(std::uint32_t n) { return enter() || value_visitor::start_map(n); }
+  bool start_map_key() { return is_inside_ || value_visitor::start_map_key(); }
+  bool end_map_key() { return is_inside_ || value_visitor::end_map_key(); }
+  bool end_array() { return leave() || value_visitor::end_array(); }
+  bool end_map() { return leave() || value_visitor::end_map(); }
+
+ private:
+  /// True within what is left empty, whose own outermost container is still made.
+  bool enter() {
+    if (is_inside_) return ++inner_ != 0;
+    is_inside_ = depth() == 1 && !reads_key_ && (key() == "mainMenu" || key() == "ordering");
+    return false;
+  }
+  bool leave() {
+    if (inner_ != 0) return inner_-- != 0;
+    is_inside_ = false;
+    return false;
+  }
+
+  bool is_inside_ = false;
+  std::size_t inner_ = 0;
 };
 
 }  // namespace
@@ -130,10 +178,17 @@ std::string pack(plist::value const& value, std::string_view) {
   return out.result();
 }
 
-bool unpack(std::string_view block, std::string_view, plist::value& value) {
+bool unpack(std::string_view content, std::string_view, plist::value& value) {
   value_visitor visitor;
-  if (!parse_all(block, visitor)) return false;
+  if (!parse_all(content, visitor)) return false;
   value = std::move(visitor.result);
+  return true;
+}
+
+bool unpack(std::string_view content, std::string_view, info_head& head) {
+  head_visitor visitor;
+  if (!parse_all(content, visitor)) return false;
+  head.content = std::move(visitor.result);
   return true;
 }
 

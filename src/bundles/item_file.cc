@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <mutex>
 #include <random>
 #include <set>
 
@@ -18,7 +19,9 @@ namespace bundles {
 namespace fs = std::filesystem;
 
 void complain(std::string const& message) {
+  static std::mutex mutex;
   static std::set<std::string> told;
+  std::lock_guard const lock(mutex);
   if (told.insert(message).second) std::fprintf(stderr, "Quirnote: %s\n", message.c_str());
 }
 

@@ -6,13 +6,15 @@
 
 #include "plist/value.h"
 
-/// Reading and writing the property lists of bundles. Main thread only.
+/// Reading and writing the property lists of bundles. Main thread only, unless stated otherwise.
 namespace bundles {
 
 /// Writes "Quirnote: " and the message to standard error, each message once in a process.
+/// Any thread.
 void complain(std::string const& message);
 
-/// The dictionary in the file; nothing when the file can't be read, and that is complained about.
+/// The dictionary in the file; nothing when the file can't be read, and that is complained
+/// about. Any thread.
 plist::value read_dictionary(std::string const& path);
 
 /// Writes over the file. False, after a complaint, on failure.

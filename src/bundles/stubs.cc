@@ -3,23 +3,28 @@
 #include "bundles/WynKeyEvent.h"
 #include "bundles/item_file.h"
 
+#include <algorithm>
+
 namespace {
 
 // What a delta may change for look-ups. The identity isn't among them.
-bool is_relevant(std::string_view key) {
+bool is_relevant(std::string_view key, std::string_view kind) {
   if (key == dragged_extensions_key) return true;
+  if (kind == "language" &&
+      std::find(language_keys.begin(), language_keys.end(), key) != language_keys.end())
+    return true;
   for (std::size_t n = 1; n < item_text_keys.size(); ++n)
     if (item_text_keys[n].key == key) return true;
   return false;
 }
 
-plist::value relevant_changes(plist::value const& delta) {
+plist::value relevant_changes(plist::value const& delta, std::string_view kind) {
   plist::dictionary changed;
   for (auto const& [key, value] : delta["changed"].entries())
-    if (is_relevant(key)) changed.emplace(key, value);
+    if (is_relevant(key, kind)) changed.emplace(key, value);
   plist::array deleted;
   for (plist::value const& key : delta["deleted"].elements())
-    if (key.as_string() && is_relevant(*key.as_string())) deleted.push_back(key);
+    if (key.as_string() && is_relevant(*key.as_string(), kind)) deleted.push_back(key);
   return plist::dictionary{
       {"isDelta", true}, {"changed", std::move(changed)}, {"deleted", std::move(deleted)}};
 }
@@ -58,7 +63,15 @@ plist::dictionary dictionary_from(item_keys const& keys) {
   return result;
 }
 
-std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::string path) {
+plist::dictionary language_entries(plist::value const& dictionary) {
+  plist::dictionary result;
+  for (std::string_view const key : language_keys)
+    if (plist::value const& v = dictionary[key]) result.emplace(key, v);
+  return result;
+}
+
+std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::string path,
+                                        std::string_view kind) {
   auto const* const uuid = dictionary["uuid"].as_string();
   if (uuid == nullptr || uuid->empty()) {
     bundles::complain(path + ": no uuid");
@@ -67,9 +80,10 @@ std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::str
   BundleItemStub stub;
   if (dictionary["isDelta"].integer_or(0) != 0) {
     stub.keys.uuid = *uuid;
-    stub.delta = relevant_changes(dictionary);
+    stub.more = relevant_changes(dictionary, kind);
   } else {
     stub.keys = keys_from(dictionary, path);
+    if (kind == "language") stub.more = language_entries(dictionary);
   }
   stub.path = std::move(path);
   return stub;

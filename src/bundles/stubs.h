@@ -37,13 +37,18 @@ inline constexpr std::array<item_text_key, 6> item_text_keys = {{
     {"mouseGesture", &item_keys::mouseGesture},
 }};
 inline constexpr std::string_view dragged_extensions_key = "draggedFileExtensions";
+/// What is kept of grammars besides: by these a file's language is told.
+inline constexpr std::array<std::string_view, 3> language_keys = {"scopeName", "fileTypes",
+                                                                  "firstLineMatch"};
 
 struct BundleItemStub {
   std::string path;  ///< of the item's property list
   item_keys keys;
   /// For a file that holds only changes: `isDelta`, and of `changed` and `deleted` what concerns
-  /// these keys. Nothing for any other.
-  plist::value delta;
+  /// look-ups. For any other grammar what tells which files are in its language. Else nothing.
+  plist::value more;
+
+  bool is_delta() const { return more["isDelta"].integer_or(0) != 0; }
 };
 
 /// Reads them from a dictionary. A key equivalent becomes the form in which keys are looked up.
@@ -54,6 +59,10 @@ plist::dictionary dictionary_from(item_keys const& keys);
 /// The form in which keys are looked up.
 std::string normalized_key_equivalent(std::string const& text);
 
+/// The entries under `language_keys`.
+plist::dictionary language_entries(plist::value const& dictionary);
+
 /// The digest of an item's dictionary, which was read from `path`; nothing, after a complaint, when
 /// it has no `uuid`.
-std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::string path);
+std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::string path,
+                                        std::string_view kind);

@@ -33,10 +33,18 @@ platform::user_defaults& defaults() {
   return platform::user_defaults::standard();
 }
 
+/// The index among languages; `grammar::catalogue::none` when there is none.
+unsigned index_of_language(std::string const& uuid) {
+  auto const& items = BundleManager::sharedInstance().bundleItemsOfKind("language");
+  for (std::size_t n = 0; n < items.size(); ++n)
+    if (!uuid.empty() && items[n]->UUID() == uuid) return static_cast<unsigned>(n);
+  return grammar::catalogue::none;
+}
+
 plist::value language_with(std::string const& uuid) {
-  for (plist::value const& language : BundleManager::sharedInstance().languages())
-    if (!uuid.empty() && language["uuid"].string_or("") == uuid) return language;
-  return {};
+  unsigned const index = index_of_language(uuid);
+  if (index == grammar::catalogue::none) return {};
+  return BundleManager::sharedInstance().bundleItemsOfKind("language")[index]->content();
 }
 
 oniguruma::ptrn_t compiled(std::string const& pattern) {
@@ -102,9 +110,9 @@ void WynTextView::addStyleSheetMethods() {
 
 std::string WynTextView::languageChoiceForFileWithFirstLine(std::string const& path,
                                                             std::string const& first_line) const {
-  return language_choice::for_file(path, first_line, BundleManager::sharedInstance().languages(),
-                                   defaults().array(bindings_key),
-                                   defaults().string(default_language_key));
+  return language_choice::for_file(
+      path, first_line, BundleManager::sharedInstance().languageEntries(),
+      defaults().array(bindings_key), defaults().string(default_language_key));
 }
 
 std::string WynTextView::languageChoiceForCurrentFile() const {
@@ -137,10 +145,6 @@ void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) 
 
 // A view gets its tokenizer, and that its thread, with the first language.
 void WynTextView::setRules(plist::value const& language) {
-  auto& manager = BundleManager::sharedInstance();
-  plist::array const& languages = manager.languages();
-  auto const index = static_cast<unsigned>(std::find(languages.begin(), languages.end(), language) -
-                                           languages.begin());
   if (tokenizer_ == nullptr) {
     if (!language) return;
     auto added = std::make_unique<grammar::tokenize_filter>(*view_->storage);
@@ -148,7 +152,8 @@ void WynTextView::setRules(plist::value const& language) {
     view_->install_tokenize_filter(std::move(added));
   }
   tokenizer_->set_reset_display([this] { resetDisplay(); });
-  tokenizer_->set_rules(language_catalogue(manager), language ? index : grammar::catalogue::none);
+  tokenizer_->set_rules(language_catalogue(BundleManager::sharedInstance()),
+                        language ? index_of_language(languageUUID_) : grammar::catalogue::none);
 }
 
 void WynTextView::attachTokenizer() {

@@ -36,7 +36,7 @@ class bundle_test : public testing::Test {
   }
   /// As the next start of the program: what isn't saved is gone.
   BundleManager& restart() {
-    if (manager_) manager_->cache().saveCache();
+    if (manager_) manager_->saveCache();
     manager_.reset();
     return manager();
   }

@@ -40,7 +40,7 @@ class bundle_index : public bundle_test {
 TEST_F(bundle_index, a_valid_index_is_all_that_is_read) {
   std::string const fresh = listing();
   EXPECT_NE(fresh.find("S|Mine|snippet|B|~$@x||"), std::string::npos) << fresh;
-  manager().cache().saveCache();
+  manager().saveCache();
   sabotage(snippets + std::string("/a.plist"));
   restart();
   EXPECT_EQ(listing(), fresh);
@@ -52,7 +52,7 @@ TEST_F(bundle_index, a_valid_index_is_all_that_is_read) {
 
 TEST_F(bundle_index, one_that_is_damaged_is_made_anew) {
   std::string const fresh = listing();
-  manager().cache().saveCache();
+  manager().saveCache();
   std::string const good = temporary_folder::read(folder / "index");
   std::string const old = bundles::index::pack_root("1", {{"path", {1, "block"}}});
   std::vector<std::string> damaged = {old, "", "\xC1", std::string(5000, '\x9F'), good + "x"};
@@ -70,15 +70,15 @@ TEST_F(bundle_index, one_that_is_damaged_is_made_anew) {
   folder.write("index", old);
   restart();
   EXPECT_EQ(listing(), fresh);
-  manager().cache().saveCache();
+  manager().saveCache();
   EXPECT_EQ(temporary_folder::read(folder / "index").size(), good.size());
 }
 
 TEST_F(bundle_index, paths_that_nobody_asked_for_are_dropped) {
   manager();
-  manager().cache().saveCache();
+  manager().saveCache();
   platform::user_defaults::standard().set("WynBundleManagerDisabledBundles", plist::array{"B"});
-  restart().cache().saveCache();
+  restart().saveCache();
   EXPECT_EQ(temporary_folder::read(folder / "index").find("Snippets"), std::string::npos);
   EXPECT_EQ(CacheManager::lastDirectoryUpdateForPath(folder / "nowhere"),
             CacheManager::distantFuture);

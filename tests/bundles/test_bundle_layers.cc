@@ -101,12 +101,12 @@ TEST_F(bundle_layers, orphans_and_faults_cost_only_themselves) {
   put("machine/Bundles/Alone.qnbundle/info.plist", "{ uuid = A; isDelta = 1; }");
   testing::internal::CaptureStderr();
   manager().reloadBundles();
+  std::string uuids;
+  for (auto const& item : manager().bundleItems()) uuids += item->UUID();
   std::string const told = testing::internal::GetCapturedStderr();
   for (char const* part : {"three.plist: name is no string", "four.plist: no uuid", "five.plist:1:",
                            "Bad.qnbundle/info.plist: the property list is no dictionary"})
     EXPECT_NE(told.find(part), std::string::npos) << part << " in " << told;
-  std::string uuids;
-  for (auto const& item : manager().bundleItems()) uuids += item->UUID();
   EXPECT_EQ(uuids, "SWT");
   ASSERT_EQ(manager().bundles().size(), 1u);
   EXPECT_EQ(manager().bundles()[0]->name(), "Mine");
