@@ -1,15 +1,18 @@
 #include "bundles/check_bundle.h"
 
+#include "bundles/Bundle.h"
 #include "bundles/item_file.h"
 #include "bundles/item_kinds.h"
+#include "bundles/known_keys.h"
 #include "grammar/scope_selector.h"
+#include "path/path.h"
 #include "platform/replace_file.h"
 #include "platform/utf.h"
 #include "plist/xml_reader.h"
 #include "regex/oniguruma.h"
+#include "regex/transformation_program.h"
 
-#include <sys/stat.h>
-
+#include <algorithm>
 #include <cstring>
 #include <ctime>
 #include <map>
@@ -20,50 +23,6 @@ namespace bundles {
 namespace {
 
 using way = std::vector<std::string>;
-using types = std::map<std::string, plist::kind, std::less<>>;
-
-constexpr auto string = plist::kind::string;
-constexpr auto array = plist::kind::array;
-constexpr auto dictionary = plist::kind::dictionary;
-constexpr auto anything = plist::kind::none;  // numbers and booleans, which stand for each other
-
-types const rule_types = {{"name", string},
-                          {"scopeName", string},
-                          {"match", string},
-                          {"begin", string},
-                          {"end", string},
-                          {"swallow", string},
-                          {"contentName", string},
-                          {"include", string},
-                          {"comment", string},
-                          {"patterns", array},
-                          {"captures", dictionary},
-                          {"beginCaptures", dictionary},
-                          {"endCaptures", dictionary},
-                          {"repository", dictionary},
-                          {"applyEndPatternLast", anything},
-                          {"disabled", anything},
-                          {"fileTypes", array},
-                          {"firstLineMatch", string},
-                          {"foldingStartMarker", string},
-                          {"foldingStopMarker", string}};
-types const item_types = {{"uuid", string},
-                          {"name", string},
-                          {"scope", string},
-                          {"keyEquivalent", string},
-                          {"tabTrigger", string},
-                          {"mouseGesture", string},
-                          {"draggedFileExtensions", array},
-                          {"bundleUUID", string}};
-types const bundle_types = {{"uuid", string},    {"name", string},   {"mainMenu", dictionary},
-                            {"ordering", array}, {"deleted", array}, {"disabled", array}};
-
-// In the kinds of which the keys are all known; others have more than the program looks at.
-types const preference_types = {{"settings", dictionary}, {"comment", string}};
-
-char const* name_of(plist::kind k) {
-  return k == string ? "a string" : k == array ? "an array" : "a dictionary";
-}
 
 /// Lines on which patterns go wrong: long runs, repeated words, brackets that stay open.
 std::vector<std::u16string> const& generated_lines() {
@@ -101,24 +60,60 @@ class file_check {
   void item(std::string_view kind) {
     bool const delta = content_["isDelta"].integer_or(0) != 0;
     if (content_["uuid"].string_or("").empty()) at({"uuid"}, "is missing");
-    if (content_["name"].string_or("").empty() && !delta) at({"name"}, "is missing");
-    typed(content_, {}, kind == "bundle" ? bundle_types : item_types);
-    selector(content_["scope"]);
     if (delta) return;
-    if (kind == "preference") {
-      typed(content_, {}, preference_types);
-      if (!content_["settings"].as_dictionary()) at({"settings"}, "is no dictionary");
-    }
-    if (kind == "snippet" && !content_["content"].as_string()) at({"content"}, "is no string");
-    if (kind == "preference" || kind == "language") unknown(content_, {}, kind);
+    if (content_["name"].string_or("").empty()) at({"name"}, "is missing");
+    // Those of grammars are looked at when it is known which languages there are.
+    if (kind != "language") entries(content_, {}, keys_of_kind(kind));
+    for (auto const& [of, key] : {std::pair("preference", "settings"),
+                                  {"snippet", "content"},
+                                  {"command", "command"},
+                                  {"dragCommand", "command"},
+                                  {"macro", "commands"},
+                                  {"template", "command"}})
+      if (kind == of && !content_[key]) at({key}, "is missing");
+    if (kind == "preference") settings(content_["settings"], {"settings"});
   }
 
   void grammar(std::set<std::string> const& languages) {
     languages_ = &languages;
+    key_types keys = rule_keys();
+    for (auto const& key : keys_of_kind("language")) keys.insert(key);
     if (content_["scopeName"].string_or("").empty()) at({"scopeName"}, "is missing");
-    rule(content_, {});
-    for (char const* key : {"firstLineMatch", "foldingStartMarker", "foldingStopMarker"})
-      pattern(content_, {}, key);
+    rule(content_, {}, keys);
+  }
+
+  /// What the bundle lists must be its own.
+  void lists(std::map<std::string, std::string> const& items) {
+    plist::value const& menu = content_["mainMenu"];
+    if (content_["isDelta"].integer_or(0) != 0) return;
+    auto const look = [&](plist::value const& list, way const& to) {
+      std::size_t n = 0;
+      for (plist::value const& element : list.elements()) {
+        std::string const uuid = element.string_or("");
+        if (!items.contains(uuid) && uuid != Bundle::separator && !menu["submenus"][uuid])
+          at(below(to, std::to_string(n)), "names no item of the bundle");
+        ++n;
+      }
+    };
+    look(content_["ordering"], {"ordering"});
+    for (char const* key : {"items", "excludedItems"}) look(menu[key], {"mainMenu", key});
+    for (auto const& [group, submenu] : menu["submenus"].entries())
+      look(submenu["items"], {"mainMenu", "submenus", group, "items"});
+  }
+
+  void theme() {
+    if (content_["name"].string_or("").empty()) at({"name"}, "is missing");
+    entries(content_, {}, theme_keys());
+    std::size_t n = 0;
+    for (plist::value const& rule : content_["settings"].elements()) {
+      way const to = {"settings", std::to_string(n++)};
+      if (!rule.as_dictionary()) {
+        at(to, "is no dictionary");
+        continue;
+      }
+      entries(rule, to, theme_rule_keys());
+      settings(rule["settings"], below(to, "settings"));
+    }
   }
 
  private:
@@ -139,45 +134,90 @@ class file_check {
     return to;
   }
 
-  void typed(plist::value const& entries, way const& to, types const& expected) {
-    for (auto const& [key, kind] : expected) {
-      plist::value const& v = entries[key];
-      if (v && kind != anything && v.kind() != kind)
-        at(below(to, key), std::string("is not ") + name_of(kind));
-      if (v && kind == anything && (v.as_array() || v.as_dictionary()))
-        at(below(to, key), "is no number");
+  void entries(plist::value const& table, way const& to, key_types const& known) {
+    for (auto const& [key, v] : table.entries()) {
+      auto const type = known.find(key);
+      if (type == known.end())
+        at(below(to, key), "unknown key");
+      else
+        value(v, below(to, key), type->second);
     }
-  }
-  void unknown(plist::value const& entries, way const& to, std::string_view kind) {
-    for (auto const& [key, v] : entries.entries()) {
-      bool const of_item = to.empty() && item_types.contains(key);
-      bool const known =
-          kind == "preference" ? preference_types.contains(key) : rule_types.contains(key);
-      if (!known && !of_item) at(below(to, key), "unknown key");
-    }
-  }
-  void selector(plist::value const& v) {
-    std::string reason;
-    if (v.as_string() && !scope::parse_selector(*v.as_string(), &reason))
-      at({"scope"}, "invalid scope selector: " + reason);
   }
 
-  void rule(plist::value const& r, way const& to) {
+  void settings(plist::value const& table, way const& to) {
+    if (table.as_dictionary()) entries(table, to, setting_keys());
+  }
+
+  void value(plist::value const& v, way const& to, content_type type) {
+    using enum content_type;
+    bool const is_list = type == list || type == texts || type == pairs || type == variables;
+    bool const is_table = type == table || type == captures;
+    if (is_list && !v.as_array()) return at(to, "is not an array");
+    if (is_table && !v.as_dictionary()) return at(to, "is not a dictionary");
+    if (type == number && (v.as_array() || v.as_dictionary())) return at(to, "is no number");
+    if (type == number || is_list || is_table) return parts(v, to, type);
+    if (!v.as_string()) return at(to, "is not a string");
+    std::string const& string = *v.as_string();
+    std::string reason;
+    auto const& choices = choices_for(to.back());
+    if (!choices.empty() && std::find(choices.begin(), choices.end(), string) == choices.end())
+      at(to, "cannot be \"" + string + "\"");
+    if (type == pattern || type == end_pattern) expression(string, to, type == end_pattern);
+    if (type == selector && !scope::parse_selector(string, &reason))
+      at(to, "invalid scope selector: " + reason);
+    if (type == key_event && !is_key(string)) at(to, "is no key");
+    if (type == color && !is_color(string)) at(to, "is no colour such as #RRGGBB");
+    if (type != program) return;
+    if (transformation_program const parsed(string); !parsed.fault().empty())
+      at(to, parsed.fault());
+  }
+
+  void parts(plist::value const& v, way const& to, content_type type) {
+    using enum content_type;
+    auto const is_text = [](plist::value const& part) { return part.as_string() != nullptr; };
+    std::size_t n = 0;
+    for (plist::value const& part : v.elements()) {
+      way const here = below(to, std::to_string(n++));
+      auto const& pair = part.elements();
+      if (type == texts && !is_text(part)) at(here, "is not a string");
+      if (type == pairs && (pair.size() != 2 || !std::all_of(pair.begin(), pair.end(), is_text)))
+        at(here, "is not a pair of strings");
+      if (type == variables && (!is_text(part["name"]) || !is_text(part["value"])))
+        at(here, "is no name with a value");
+    }
+    for (auto const& [group, part] : v.entries()) {
+      if (type != captures) break;
+      bool const is_number = !group.empty() && group.find_first_not_of("0123456789") == group.npos;
+      if (!is_number) at(below(to, group), "is no group");
+      if (!is_text(part["name"])) at(below(to, group), "has no name");
+    }
+  }
+
+  // One character behind the letters for modifiers.
+  static bool is_key(std::string const& text) {
+    std::size_t last = text.size();
+    while (last > 0 && (text[--last] & 0xC0) == 0x80) continue;
+    return text.substr(0, last).find_first_not_of("#^~$@") == text.npos;
+  }
+  static bool is_color(std::string const& text) {
+    return (text.size() == 7 || text.size() == 9) && text.front() == '#' &&
+           text.find_first_not_of("0123456789ABCDEFabcdef", 1) == text.npos;
+  }
+
+  void rule(plist::value const& r, way const& to, key_types const& keys) {
     if (!r.as_dictionary()) return at(to, "the rule is no dictionary");
-    typed(r, to, rule_types);
-    if (!to.empty()) unknown(r, to, "language");
+    entries(r, to, keys);
     if (r["match"] && r["patterns"]) at(to, "a match-rule cannot have sub-patterns");
     if (r["match"] && r["begin"]) at(to, "rule cannot have both begin and match key");
     if (r["begin"] && !r["end"]) at(to, "begin/end-rule has no end-pattern");
     if (r["swallow"] && !r["begin"])
       at(to, "swallow pattern can only be used with begin/end-rules");
-    for (char const* key : {"match", "begin", "end", "swallow"}) pattern(r, to, key);
     include(r["include"], to);
     std::size_t n = 0;
     for (plist::value const& child : r["patterns"].elements())
-      rule(child, below(below(to, "patterns"), std::to_string(n++)));
+      rule(child, below(below(to, "patterns"), std::to_string(n++)), rule_keys());
     for (auto const& [name, child] : r["repository"].entries())
-      rule(child, below(below(to, "repository"), name));
+      rule(child, below(below(to, "repository"), name), rule_keys());
   }
 
   void include(plist::value const& v, way const& to) {
@@ -190,12 +230,10 @@ class file_check {
     if (!found) at(below(to, "include"), "didn't find rule " + *name);
   }
 
-  void pattern(plist::value const& entries, way const& to, char const* key) {
-    auto const* const text = entries[key].as_string();
-    if (text == nullptr) return;
-    std::u16string source = unicode::to_utf16(*text);
+  void expression(std::string const& text, way const& to, bool has_references) {
+    std::u16string source = unicode::to_utf16(text);
     // Groups of the begin pattern are put in at run time; any text stands for them here.
-    for (std::size_t i = 0; std::string_view(key) == "end" && i + 1 < source.size(); ++i) {
+    for (std::size_t i = 0; has_references && i + 1 < source.size(); ++i) {
       if (source[i] != u'\\') continue;
       bool const refers = source[i + 1] >= u'0' && source[i + 1] <= u'9';
       if (refers) source.replace(i, 2, u"x");
@@ -209,11 +247,11 @@ class file_check {
         auto const match = oniguruma::find(line.data(), 0, std::ptrdiff_t(line.size()), &ptrn);
         bool const slow = double(std::clock() - begin) / CLOCKS_PER_SEC > time_budget;
         if (!slow && !match.gave_up()) continue;
-        return at(below(to, key), "takes too long on a line such as \"" +
-                                      unicode::to_utf8(line.substr(0, 20)) + "...\"");
+        return at(to, "takes too long on a line such as \"" + unicode::to_utf8(line.substr(0, 20)) +
+                          "...\"");
       }
     } catch (std::invalid_argument const& error) {
-      at(below(to, key), std::string("invalid regular expression: ") + error.what());
+      at(to, std::string("invalid regular expression: ") + error.what());
     }
   }
 
@@ -229,8 +267,13 @@ class file_check {
 std::vector<bundle_fault> check_bundle(std::string const& directory,
                                        std::vector<std::string> const& other_languages) {
   std::vector<bundle_fault> faults;
+  if (lowercase_extension(directory) == "qntheme") {
+    if (file_check theme(directory, faults); theme.read()) theme.theme();
+    return faults;
+  }
   file_check info(directory + "/info.plist", faults);
-  if (info.read()) info.item("bundle");
+  bool const has_info = info.read();
+  if (has_info) info.item("bundle");
   std::set<std::string> languages(other_languages.begin(), other_languages.end());
   std::map<std::string, std::string> files_by_uuid;
   std::vector<file_check> grammars;
@@ -244,13 +287,7 @@ std::vector<bundle_fault> check_bundle(std::string const& directory,
       item.item(k.kind);
       std::string const uuid = item.content()["uuid"].string_or("");
       auto const [first, is_new] = files_by_uuid.emplace(uuid, file);
-      if (!is_new)
-        faults.push_back({
-            file,
-            1,
-            "uuid",
-            "is that of " + first->second,
-        });
+      if (!is_new) faults.push_back({file, 1, "uuid", "is that of " + path::name(first->second)});
       if (k.kind != "language") continue;
       for (char const* key : {"name", "scopeName"})
         languages.insert(item.content()[key].string_or(""));
@@ -258,6 +295,7 @@ std::vector<bundle_fault> check_bundle(std::string const& directory,
     }
   }
   for (file_check& grammar : grammars) grammar.grammar(languages);
+  if (has_info) info.lists(files_by_uuid);
   return faults;
 }
 

@@ -15,9 +15,10 @@ struct bundle_fault {
 };
 
 /// All that is wrong with the files of a bundle: broken property lists, keys that are missing,
-/// unknown or of a wrong type, patterns that don't compile or take too long, scope selectors that
-/// can't be parsed, includes of what isn't there. A grammar of another bundle may be included by a
-/// name in `other_languages`. In the order of directories, files and keys.
+/// unknown or of a wrong type, patterns that don't compile or take too long, scope selectors,
+/// colours, keys and transformations that can't be parsed, includes and menu entries of what isn't
+/// there. A grammar of another bundle may be included by a name in `other_languages`. In the order
+/// of directories, files and keys. Instead of a bundle's directory it may be the file of a theme.
 std::vector<bundle_fault> check_bundle(std::string const& directory,
                                        std::vector<std::string> const& other_languages);
 

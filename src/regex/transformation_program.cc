@@ -1,5 +1,6 @@
-#include "textview/transformation_program.h"
+#include "regex/transformation_program.h"
 
+#include <algorithm>
 #include <iterator>
 #include <optional>
 
@@ -31,19 +32,28 @@ std::string take_options(std::string_view& text) {
 }  // namespace
 
 transformation_program::transformation_program(std::string_view text) {
+  auto const note = [this](std::string fault) {
+    if (fault_.empty()) fault_ = std::move(fault);
+  };
   while (!text.empty()) {
     char const command = text.front();
     text.remove_prefix(1);
     if (command == '#') text.remove_prefix(std::min(text.find('\n'), text.size()));
-    if (command != 's' || text.empty()) continue;
-    char const delimiter = text.front();
-    text.remove_prefix(1);
+    if (command != 's' && std::string_view("#; \t\n\r").find(command) == std::string_view::npos)
+      note("\"" + std::string(1, command) + "\" is no substitution");
+    if (command != 's') continue;
+    char const delimiter = text.empty() ? '\0' : text.front();
+    text.remove_prefix(std::min<std::size_t>(1, text.size()));
     auto pattern = take_until(delimiter, text);
     auto format = pattern ? take_until(delimiter, text) : std::nullopt;
-    if (!format) return;
+    if (!format) {
+      note("the last substitution has no end");
+      return;
+    }
     std::string options = take_options(text);
     auto compiled = std::make_shared<onig::ptrn_t const>(
         pattern->data(), pattern->data() + pattern->size(), snippet::options_from_string(options));
+    if (compiled->regex() == nullptr) note("invalid regular expression: " + *pattern);
     substitutions_.push_back(
         {std::move(*pattern), std::move(*format), std::move(options), std::move(compiled)});
   }

@@ -25,8 +25,11 @@ class transformation_program {
   explicit transformation_program(std::string_view text);
 
   std::vector<substitution> const& substitutions() const { return substitutions_; }
+  /// The first thing in the text that does nothing, in words; "" when all of it is in order.
+  std::string const& fault() const { return fault_; }
   std::string apply(std::string text) const;
 
  private:
   std::vector<substitution> substitutions_;
+  std::string fault_;
 };

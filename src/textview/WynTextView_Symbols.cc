@@ -6,8 +6,8 @@
 #include "platform/desktop.h"
 #include "platform/unicode.h"
 #include "platform/utf.h"
+#include "regex/transformation_program.h"
 #include "textview/WynTextView.h"
-#include "textview/transformation_program.h"
 
 // The functions, headings and so on of a document: the runs of text whose style has
 // showInSymbolList.

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string_view>
+#include <vector>
+
+/// The keys that the program looks at in the property lists of bundles and themes, and what may
+/// stand under them. Any thread.
+namespace bundles {
+
+enum class content_type : std::uint8_t {
+  text,
+  number,  // or a boolean, or a text that is one
+  list,
+  texts,  // a list of them
+  table,
+  pattern,
+  end_pattern,  // with references to groups of the begin pattern
+  selector,
+  key_event,
+  color,
+  pairs,      // a list of lists of two texts
+  variables,  // a list of tables with name and value
+  captures,   // a table from group number to a table with a name
+  program,    // substitutions for symbols
+};
+using key_types = std::map<std::string_view, content_type>;
+
+/// Of items of the kind, "bundle" for an info.plist; with those that all kinds have.
+key_types const& keys_of_kind(std::string_view kind);
+/// Of the rules in a grammar, and of the grammar itself.
+key_types const& rule_keys();
+/// Of `settings` in preferences, and in the rules of themes.
+key_types const& setting_keys();
+/// Of a theme, and of a rule in it.
+key_types const& theme_keys();
+key_types const& theme_rule_keys();
+
+/// The texts that may stand under the key; empty where any may.
+std::vector<std::string_view> const& choices_for(std::string_view key);
+
+}  // namespace bundles
