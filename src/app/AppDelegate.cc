@@ -156,6 +156,7 @@ void AppDelegate::didFinishLaunching() {
   defaultsTimer_ = platform::desktop::current().loop().schedule(
       defaults_period, true, [&defaults] { defaults.check_for_changes(); });
   openLaunchArguments();
+  bundleWatcher_ = std::make_unique<bundle_watcher>(BundleManager::sharedInstance());
   bool const wanted = defaults.string("WynAppDelegateOpenUntitledDocument") != "never";
   if (controllers_.empty() && wanted) newDocument();
   platform::desktop::current().loop().post([this] { offer_safety_copies(*this); });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/recent_files.h"
+#include "bundles/bundle_watcher.h"
 #include "platform/application.h"
 #include "platform/run_loop.h"
 #include "plist/value.h"
@@ -79,6 +80,7 @@ class AppDelegate : public platform::application_delegate {
   std::string currentDirectory_;
   std::vector<std::string> launchArguments_;
   std::unique_ptr<platform::timer> defaultsTimer_;
+  std::unique_ptr<bundle_watcher> bundleWatcher_;
   std::vector<std::unique_ptr<WynDocumentController>> controllers_, closing_;
   bool isAskingToQuit_ = false;
 };

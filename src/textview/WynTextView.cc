@@ -92,7 +92,7 @@ void WynTextView::publishAll() {
   updateValueForKey(tabSize(), "tabSize");
   updateValueForKey(softTabs(), "softTabs");
   updateValueForKey(overwriteMode_, "overwriteMode");
-  updateValueForKey(currentMode_, "currentMode");
+  publishLanguage();
   updateValueForKey(currentSymbol_, "currentSymbol");
 }
 

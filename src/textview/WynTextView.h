@@ -357,6 +357,8 @@ class WynTextView : public platform::responder,
   void detachTokenizer();
   void setRules(plist::value const& language);
   void postLanguageDidChange();
+  void publishLanguage();
+  void filenameDidChange(plist::value const& info);
   void languagesDidChange();
   void preferencesDidChange();
   void resetDisplay();

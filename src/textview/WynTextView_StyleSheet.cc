@@ -136,7 +136,7 @@ void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) 
   dropStyles();
   set_folding_patterns(*view_, language);
   initializeSettings();
-  updateValueForKey(currentMode_, "currentMode");
+  publishLanguage();
   recalcFrameSize();  // the gutter has marks where the language has blocks
   updateFunctionPopUp(true);
   setNeedsDisplay();
@@ -158,6 +158,9 @@ void WynTextView::setRules(plist::value const& language) {
 
 void WynTextView::attachTokenizer() {
   tokenizer_ = dynamic_cast<grammar::tokenize_filter*>(view_->tokenize_filter.get());
+  documentToken_ = platform::notification_center::standard().observe(
+      WynDocument::filenameDidChange, [this](auto const& n) { filenameDidChange(n.info); },
+      document_.get());
 }
 
 // The document may keep the view, and the worker goes on with what it has to do.
@@ -167,6 +170,17 @@ void WynTextView::detachTokenizer() {
   symbolTimer_.reset();
   functionPopUp_.clear();
   dropStyles();
+}
+
+// A file that gets a name gets the language of that, unless nobody knows the name.
+void WynTextView::filenameDidChange(plist::value const& info) {
+  if (view_ == nullptr || info["old"] == info["new"]) return;
+  std::string const choice = languageChoiceForCurrentFile();
+  if (!choice.empty() && choice != languageUUID_) changeLanguageToAndLearn(choice, false);
+}
+
+void WynTextView::publishLanguage() {
+  updateValueForKey(languageUUID_.empty() ? "No Language" : currentMode_, "currentMode");
 }
 
 void WynTextView::postLanguageDidChange() {
@@ -237,12 +251,15 @@ std::vector<std::string> WynTextView::scopeForContext(bit_stack::storage const& 
   return tokenizer_ == nullptr ? std::vector<std::string>() : tokenizer_->scopes(path);
 }
 
+// Asking for the theme may select one, and that drops all styles.
 plist::value WynTextView::stylesForContext(bit_stack::storage const& path) const {
   if (view_ == nullptr) return {};
+  if (styleCache_ != nullptr)
+    if (auto const cached = styleCache_->find(path); cached != styleCache_->end())
+      return cached->second;
+  plist::value style = merged_style(styleCandidates(scopeForContext(path)));
   if (styleCache_ == nullptr) styleCache_ = std::make_unique<style_cache>();
-  auto const [cached, is_new] = styleCache_->try_emplace(path);
-  if (is_new) cached->second = merged_style(styleCandidates(scopeForContext(path)));
-  return cached->second;
+  return styleCache_->insert_or_assign(path, std::move(style)).first->second;
 }
 
 style_candidates WynTextView::styleCandidates(std::vector<std::string> const& scopes) const {
@@ -253,17 +270,16 @@ style_candidates WynTextView::styleCandidates(std::vector<std::string> const& sc
 }
 
 drawn_style const& WynTextView::styleOfPath(grammar::path_tree::id id) const {
-  if (id >= drawnStyles_.size()) drawnStyles_.resize(id + std::size_t{1});
-  auto& drawn = drawnStyles_[id];
-  if (drawn) return *drawn;
+  if (id < drawnStyles_.size() && drawnStyles_[id]) return *drawnStyles_[id];
   bool const is_known = tokenizer_ != nullptr && tokenizer_->paths() != nullptr;
   plist::value const style =
       stylesForContext(is_known ? tokenizer_->paths()->path(id) : bit_stack::storage());
   platform::color const foreground =
       host_ == nullptr ? platform::color() : host_->palette().foreground;
-  drawn = {style_from_dictionary(style, foreground), NSColorForKey(style, "background"),
-           style["showInSymbolList"].integer_or(0) != 0};
-  return *drawn;
+  if (id >= drawnStyles_.size()) drawnStyles_.resize(id + std::size_t{1});
+  return drawnStyles_[id].emplace(drawn_style{style_from_dictionary(style, foreground),
+                                              NSColorForKey(style, "background"),
+                                              style["showInSymbolList"].integer_or(0) != 0});
 }
 
 plist::value const& WynTextView::currentStyleSheet() const {

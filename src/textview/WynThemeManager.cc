@@ -17,6 +17,8 @@ constexpr char const* selected_key = "WynThemeManagerSelectedTheme";
 constexpr char const* follows_key = "WynThemeManagerFollowsDesktop";
 constexpr char const* light_key = "WynThemeManagerLightTheme";
 constexpr char const* dark_key = "WynThemeManagerDarkTheme";
+constexpr char const* default_light_theme = "7CAF2E89-DB5D-561D-A119-A2A7AF6D929B";
+constexpr char const* default_dark_theme = "64080B94-DF18-5159-9D76-94986E324593";
 constexpr char const* deleted_key = "WynThemeManagerDeletedThemes";
 
 std::vector<std::string> theme_folders() {
@@ -48,8 +50,6 @@ WynThemeManager::WynThemeManager(std::vector<std::string> folders) {
   for (std::string const& folder : folders) readThemes(folder);
   std::stable_sort(settingsFiles_.begin(), settingsFiles_.end(),
                    [](theme const& a, theme const& b) { return a.name() < b.name(); });
-  defaults().register_defaults({{light_key, "7CAF2E89-DB5D-561D-A119-A2A7AF6D929B"},
-                                {dark_key, "64080B94-DF18-5159-9D76-94986E324593"}});
   if (theme const* const current = selectedTheme()) selected_ = current->uuid();
   defaultsToken_ = platform::notification_center::standard().observe(
       platform::user_defaults::did_change, [this](auto const&) { tellIfChanged(); });
@@ -91,7 +91,8 @@ WynThemeManager::theme const* WynThemeManager::themeWithUUID(std::string const& 
 WynThemeManager::theme const* WynThemeManager::selectedTheme() {
   if (followsDesktop()) {
     bool const dark = platform::desktop::current().appearance().is_dark();
-    std::string const uuid = defaults().string(dark ? dark_key : light_key);
+    std::string const uuid = dark ? defaults().string(dark_key, default_dark_theme)
+                                  : defaults().string(light_key, default_light_theme);
     if (theme const* const found = themeWithUUID(uuid)) return found;
   }
   if (theme const* const found = themeWithUUID(defaults().string(selected_key))) return found;

@@ -1,0 +1,41 @@
+# A C file shows in the colours of its language and of the theme, which change with the text, with
+# the language and with the theme.
+printf 'int main(void) {\n  return 0;\n}\n' >file.c
+mkdir -p "$XDG_CONFIG_HOME/Quirnote"
+cat >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist" <<'END'
+<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0"><dict><key>WynTextViewAntiAliasEnabled</key><false/></dict></plist>
+END
+# color_of WORD STYLE...: how batch mode says that the run with this word is drawn.
+color_of() {
+  "$editor" --batch --print styles file.c | awk -v word="$1" '
+    !/^[0-9]+\t/ { at = index($0, word) - 1; next }
+    at >= 0 && $1 == at { print $2; exit }'
+}
+shows_color() {
+  screenshot now.png
+  convert now.png -format %c histogram:info:- | grep -q "$1"
+}
+hides_color() { ! shows_color "$1"; }
+
+keyword=$(color_of return)
+[[ $keyword == '#'?????? ]]
+start_editor file.c
+wait_window 'file.c'
+wait_until shows_color "$keyword"
+
+type_text '/*'
+wait_until hides_color "$keyword"
+keys ctrl+z
+wait_until shows_color "$keyword"
+
+# The View menu: the first theme.
+keys alt+v
+keys Down Down Down Down Down Right Return
+wait_until shows_color '#000000'
+wait_until hides_color "$keyword"
+wait_until grep -q WynThemeManagerSelectedTheme "$XDG_CONFIG_HOME/Quirnote/Defaults.plist"
+screenshot dark.png
+themed=$(color_of return)
+[[ $themed != "$keyword" ]]
+wait_until shows_color "$themed"

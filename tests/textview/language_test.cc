@@ -1,0 +1,176 @@
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include "bundles/BundleManager.h"
+#include "documents/WynDocument.h"
+#include "grammar/tokenize_filter.h"
+#include "headless/headless_desktop.h"
+#include "platform/user_defaults.h"
+#include "text/folding_filter.h"
+#include "textview/WynTextView.h"
+#include "textview/WynThemeManager.h"
+#include "textview/scope_report.h"
+#include "textview/view_will_change.h"
+
+#include <gtest/gtest.h>
+
+// Views on files of languages that ship.
+namespace {
+
+namespace fs = std::filesystem;
+
+class language : public testing::Test {
+ protected:
+  language()
+      : former_(
+            platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""))),
+        folder_(testing::TempDir() + "language_" + std::to_string(::getpid())) {
+    fs::create_directories(folder_);
+  }
+  ~language() override {
+    platform::user_defaults::set_standard(std::move(former_));
+    fs::remove_all(folder_);
+  }
+
+  std::shared_ptr<WynDocument> file(std::string const& name, std::string const& text) {
+    std::ofstream(folder_ + "/" + name) << text;
+    return WynDocument::documentWithContentsOfFile(folder_ + "/" + name);
+  }
+  static void wait(WynTextView const& view) {
+    ASSERT_NE(view.tokenizer(), nullptr);
+    ASSERT_TRUE(view.tokenizer()->wait_for(view.view()->storage->lines(), std::chrono::minutes(1)));
+  }
+  static std::string uuid_of(std::string const& name) {
+    for (plist::value const& l : BundleManager::sharedInstance().languages())
+      if (l["name"].string_or("") == name) return l["uuid"].string_or("");
+    return {};
+  }
+
+  headless::headless_desktop desktop_;
+  std::unique_ptr<platform::user_defaults> former_;
+  std::string folder_;
+};
+
+constexpr char const* program = "// one\nint first() {\n}\n\nint second(\n    int a) {\n}\n";
+
+TEST_F(language, is_chosen_for_the_file_and_learned_when_it_is_changed) {
+  WynTextView view;
+  headless::headless_view_host host(view);
+  plist::value told;
+  auto const token = platform::notification_center::standard().observe(
+      WynTextView::language_did_change, [&](auto const& n) { told = n.info; });
+  view.setDocument(file("a b.c", program));
+  EXPECT_EQ(view.currentMode(), "C");
+  EXPECT_EQ(told["QNDocumentURL"].string_or(""), "file://" + folder_ + "/a%20b.c");
+  EXPECT_EQ(told["QNDocumentLanguageScope"].string_or(""), "source.c");
+  EXPECT_TRUE(view.view()->folding_filter->has_patterns());
+
+  view.performSelectorWithObject("changeLanguageToAndLearn:", uuid_of("Python"));
+  EXPECT_EQ(view.currentMode(), "Python");
+  EXPECT_EQ(view.languageChoiceForFileWithFirstLine("/x.c", ""), uuid_of("Python"));
+  view.performSelectorWithObject("changeLanguageToAndLearn:", uuid_of("C"));
+  EXPECT_EQ(platform::user_defaults::standard().array("WynLanguageFileBindings").size(), 0u);
+  EXPECT_EQ(desktop_.beeps, 0);
+  view.changeLanguageToAndLearn("no such uuid", false);
+  EXPECT_EQ(view.currentMode(), "C");
+
+  view.setDocument(WynDocument::document());
+  EXPECT_EQ(view.languageUUID(), view.languageChoiceForCurrentFile());
+}
+
+TEST_F(language, shows_symbols_half_a_second_after_a_change) {
+  WynTextView view;
+  headless::headless_view_host host(view);
+  std::map<std::string, plist::value, std::less<>> shown;
+  view.bind([&](std::string_view key, plist::value const& v) { shown[std::string(key)] = v; });
+  view.setDocument(file("a.c", program));
+  wait(view);
+  desktop_.loop().run_for(1);
+  ASSERT_EQ(view.functionPopUp().size(), 2u);
+  EXPECT_EQ(view.functionPopUp()[1],
+            plist::value(plist::dictionary{{"name", "second"}, {"line", 5}}));
+  EXPECT_EQ(shown["currentSymbol"].string_or(""), "No Symbol");
+  view.goToLineAndColumn(6, 1);
+  EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
+  EXPECT_NE(scope_report(view, {1, 4}).find("source.c\n"), std::string::npos);
+
+  view.goToLineAndColumn(1, 1);
+  view.insert_text(u"/*");
+  wait(view);
+  EXPECT_EQ(view.functionPopUp().size(), 2u);
+  desktop_.loop().run_for(1);
+  EXPECT_EQ(view.functionPopUp().size(), 0u);
+}
+
+TEST_F(language, keeps_its_own_tab_size) {
+  WynTextView c, python;
+  c.setDocument(file("a.c", program));
+  c.setTabSize(7);
+  python.setDocument(file("a.py", "x = 1\n"));
+  EXPECT_EQ(python.tabSize(), 7u);  // better than nothing
+  python.setTabSize(5);
+  c.setDocument(file("b.c", program));
+  EXPECT_EQ(c.tabSize(), 7u);
+  c.changeLanguageToAndLearn(uuid_of("Python"), false);
+  EXPECT_EQ(c.tabSize(), 5u);
+}
+
+TEST_F(language, themes_are_selected_or_follow_the_desktop) {
+  auto& manager = WynThemeManager::sharedInstance();
+  ASSERT_GT(manager.allThemes().size(), 2u);
+  EXPECT_EQ(manager.selectedTheme(), &manager.allThemes()[2]);
+  int changes = 0;
+  auto const token = platform::notification_center::standard().observe(
+      WynThemeManager::did_change, [&](auto const&) { ++changes; });
+  std::string const light = manager.selectedTheme()->uuid();
+  EXPECT_TRUE(manager.selectTheme(manager.allThemes()[0].uuid()));
+  EXPECT_FALSE(manager.selectTheme("no such theme"));
+  EXPECT_EQ(changes, 1);
+  manager.setFollowsDesktop(true);
+  EXPECT_EQ(manager.selectedTheme()->uuid(), light);
+  desktop_.appearance().set_dark(true);
+  EXPECT_EQ(manager.selectedTheme(), &manager.allThemes()[0]);
+  EXPECT_EQ(changes, 3);
+}
+
+// Edits, undo, other languages, drawing and closing while the worker works: for the sanitizers.
+TEST_F(language, worker_and_view_get_along) {
+  std::mt19937 random(1);
+  std::string text;
+  for (int i = 0; i < 300; ++i) text += program;
+  char const* const languages[] = {"C", "C++", "Python"};
+  for (int round = 0; round < 5; ++round) {
+    WynTextView view;
+    headless::headless_view_host host(view);
+    view.setDocument(file("a" + std::to_string(round) + ".c", text));
+    for (int step = 0; step < 60; ++step) {
+      std::size_t const line = random() % view.view()->storage->lines();
+      view.goToLineAndColumn(line + 1, 1);
+      switch (random() % 6) {
+        case 0:
+          view.insert_text(u"/* \"\n");
+          break;
+        case 1:
+          view.deleteBackward();
+          break;
+        case 2:
+          view.performSelectorWithObject("undo:", {});
+          break;
+        case 3:
+          view.changeLanguageToAndLearn(uuid_of(languages[random() % 3]), false);
+          break;
+        case 4:
+          view.buildFunctionPopUp();
+          break;
+        default:
+          (void)view.currentContext();
+      }
+      desktop_.loop().run_for(0.1);
+    }
+  }
+}
+
+}  // namespace
