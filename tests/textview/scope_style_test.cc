@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "plist/text_reader.h"
-#include "textview/color_strings.h"
 #include "regex/transformation_program.h"
+#include "textview/color_strings.h"
 
 namespace {
 
