@@ -2,6 +2,7 @@
 
 #include <oniguruma.h>
 
+#include <cctype>
 #include <ctime>
 
 #include "platform/utf.h"
@@ -64,7 +65,10 @@ std::unique_ptr<pattern const> pattern::compile(std::u16string source, std::stri
   int const error =
       onig_new(&made->narrow_, bytes(narrow.data()), bytes(narrow.data() + narrow.size()),
                ONIG_OPTION_CAPTURE_GROUP, ONIG_ENCODING_UTF8, ONIG_SYNTAX_RUBY, &info);
-  if (error == ONIG_NORMAL) return made;
+  if (error == ONIG_NORMAL) {
+    made->forms_ = fixed_forms::of(made->source_);
+    return made;
+  }
   reason = regex::onig_library::message(error, info);
   made->narrow_ = nullptr;
   // Bytes by their number may be good in one encoding alone.
@@ -72,11 +76,30 @@ std::unique_ptr<pattern const> pattern::compile(std::u16string source, std::stri
   return made;
 }
 
+// A number such as \x41 is that of a byte, which in UTF-16 is no unit.
+static std::u16string wide_source(std::u16string const& source) {
+  std::u16string made;
+  auto const is_hex = [&](std::size_t i) {
+    return i < source.size() && source[i] < 128 && std::isxdigit(source[i]);
+  };
+  for (std::size_t i = 0; i < source.size(); ++i) {
+    made += source[i];
+    if (source[i] != u'\\' || ++i == source.size()) continue;
+    made += source[i];
+    if (source[i] != u'x' || !is_hex(i + 1)) continue;
+    std::size_t const digits = is_hex(i + 2) ? 2 : 1;
+    made += u'{' + source.substr(i + 1, digits) + u'}';
+    i += digits;
+  }
+  return made;
+}
+
 re_pattern_buffer* pattern::wide() const {
   std::call_once(wide_compiled_, [this] {
-    char16_t const* const first = source_.data();
+    std::u16string const source = wide_source(source_);
+    char16_t const* const first = source.data();
     OnigErrorInfo info{};
-    if (onig_new(&wide_, bytes(first), bytes(first + source_.size()), ONIG_OPTION_CAPTURE_GROUP,
+    if (onig_new(&wide_, bytes(first), bytes(first + source.size()), ONIG_OPTION_CAPTURE_GROUP,
                  ONIG_ENCODING_UTF16_LE, ONIG_SYNTAX_RUBY, &info) != ONIG_NORMAL)
       wide_ = nullptr;
   });
@@ -130,7 +153,7 @@ struct subject {
 
 int pattern::search_long(line_text const& line, std::uint32_t from) const {
   std::call_once(observed_compiled_, [this] {
-    observed_ = regex::onig_library::new_observed(source_, ONIG_OPTION_CAPTURE_GROUP);
+    observed_ = regex::onig_library::new_observed(wide_source(source_), ONIG_OPTION_CAPTURE_GROUP);
   });
   if (observed_ == nullptr) return ONIG_MISMATCH;
   subject const text(line, false);
@@ -159,6 +182,17 @@ pattern::result pattern::search(line_text const& line, std::uint32_t from,
 
 pattern::result pattern::match(line_text const& line, std::uint32_t at, bool with_groups,
                                match_groups& found) const {
+  auto const tell = [&](std::size_t size) {
+    auto const begin = static_cast<std::int32_t>(at);
+    found.groups.assign(1, {begin, begin + static_cast<std::int32_t>(size)});
+    return result::found;
+  };
+  if (!with_groups && !forms_.empty()) {
+    std::size_t size = 0;
+    auto const fits = forms_.match(line.units(), at, size);
+    if (fits == fixed_forms::result::no) return result::none;
+    if (fits == fixed_forms::result::yes) return tell(size);
+  }
   bool const is_narrow = narrow_ && line.is_narrow();
   re_pattern_buffer* const regex = is_narrow ? narrow_ : wide();
   if (regex == nullptr) return result::none;
@@ -168,12 +202,8 @@ pattern::result pattern::match(line_text const& line, std::uint32_t at, bool wit
       onig_match(regex, text.first, text.at(text.size), text.at(at), region, text.options);
   if (size == ONIG_MISMATCH) return result::none;
   if (size < 0) return result::gave_up;
-  if (with_groups) {
-    text.groups_of(*region, found);
-  } else {
-    auto const begin = static_cast<std::int32_t>(at);
-    found.groups.assign(1, {begin, begin + size / text.unit});
-  }
+  if (!with_groups) return tell(static_cast<std::size_t>(size / text.unit));
+  text.groups_of(*region, found);
   return result::found;
 }
 

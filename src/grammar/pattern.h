@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "grammar/fixed_forms.h"
+
 struct re_pattern_buffer;
 
 namespace grammar {
@@ -75,6 +77,7 @@ class pattern {
   mutable re_pattern_buffer* wide_ = nullptr;      ///< for UTF-16
   mutable re_pattern_buffer* observed_ = nullptr;  ///< for UTF-16, to be watched by a clock
   std::u16string source_;
+  fixed_forms forms_;
   bool depends_on_start_ = false;
 };
 

@@ -1,49 +1,9 @@
 #include "grammar/pattern_tree.h"
 
 #include <algorithm>
-#include <string>
 #include <utility>
 
 namespace grammar {
-
-void symbol_set::add(symbol_set const& more) {
-  ascii[0] |= more.ascii[0];
-  ascii[1] |= more.ascii[1];
-  has_other |= more.has_other;
-  has_end |= more.has_end;
-}
-
-void symbol_set::remove(symbol_set const& less) {
-  ascii[0] &= ~less.ascii[0];
-  ascii[1] &= ~less.ascii[1];
-}
-
-bool symbol_set::is_within(symbol_set const& whole) const {
-  return (ascii[0] & ~whole.ascii[0]) == 0 && (ascii[1] & ~whole.ascii[1]) == 0 &&
-         (!has_other || whole.has_other) && (!has_end || whole.has_end);
-}
-
-symbol_set symbol_set::complement() const {
-  return {{~ascii[0], ~ascii[1]}, !has_other, !has_end};
-}
-
-symbol_set symbol_set::of(char const* units) {
-  symbol_set made;
-  for (; *units; ++units) made.add(static_cast<unsigned char>(*units));
-  return made;
-}
-
-symbol_set symbol_set::everything() {
-  return {{~std::uint64_t{0}, ~std::uint64_t{0}}, true, false};
-}
-
-symbol_set symbol_set::words() {
-  symbol_set made = of("_");
-  made.add('0', '9');
-  made.add('A', 'Z');
-  made.add('a', 'z');
-  return made;
-}
 
 symbol_set pattern_tree::first(bool& complete) const {
   complete = false;
@@ -95,6 +55,12 @@ pattern_tree units(symbol_set const& set, bool exact) {
   pattern_tree made = node(type::units);
   made.set = set;
   made.exact = exact;
+  return made;
+}
+
+pattern_tree after(symbol_set const& set) {
+  pattern_tree made = node(type::after);
+  made.set = set;
   return made;
 }
 
@@ -189,20 +155,23 @@ class reader {
       most = 1;
     } else if (next_is(u"{")) {
       if (!interval(least, most)) return false;
-      if (take(u"?")) least = 0;
-      return wrap(part, least, most);
+      bool const greedy = !take(u"?");
+      // Behind a fixed number it is a quantifier of its own.
+      if (!greedy) least = 0;
+      return wrap(part, least, most, greedy);
     } else {
       return false;
     }
-    // Lazy or possessive, which is the same as far as we go.
-    if (next_is(u"?") || next_is(u"+")) ++at_;
-    return wrap(part, least, most);
+    bool const greedy = !next_is(u"?") && !next_is(u"+");
+    if (!greedy) ++at_;
+    return wrap(part, least, most, greedy);
   }
 
-  bool wrap(pattern_tree& part, unsigned least, unsigned most) {
+  static bool wrap(pattern_tree& part, unsigned least, unsigned most, bool greedy) {
     pattern_tree made = node(type::repeat);
     made.least = least;
     made.most = most;
+    made.greedy = greedy;
     made.parts.push_back(std::move(part));
     part = std::move(made);
     return true;
@@ -295,7 +264,12 @@ class reader {
       if (next_is(u"*")) return fail();
       return close(alternatives(how, depth + 1));
     }
-    if (take(u":") || take(u">")) return close(alternatives(how, depth + 1));
+    if (take(u":")) return close(alternatives(how, depth + 1));
+    if (take(u">")) {
+      pattern_tree made = close(alternatives(how, depth + 1));
+      wrap(made, 1, 1, false);
+      return made;
+    }
     if (take(u"=")) {
       pattern_tree made = node(type::look_ahead);
       made.parts.push_back(alternatives(how, depth + 1));
@@ -350,25 +324,22 @@ class reader {
   }
 
   static pattern_tree not_ahead(pattern_tree const& part) {
-    if (part.kind != type::units || !part.exact) return {};
+    if (part.kind != type::units || !part.exact) return node(type::assertion);
     symbol_set set = part.set.complement();
     set.has_other = set.has_end = true;
     return before(set);
   }
 
   static pattern_tree behind(pattern_tree const& part) {
-    if (part.kind != type::units) return {};
-    if (!part.set.has_other && part.set.is_within(symbol_set::words()))
-      return node(type::after_word);
-    symbol_set words = symbol_set::words();
-    words.remove(part.set);
-    return words == symbol_set::words() ? node(type::not_after_word) : pattern_tree();
+    if (part.kind != type::units) return node(type::assertion);
+    return after(part.set);
   }
 
   static pattern_tree not_behind(pattern_tree const& part) {
-    if (part.kind != type::units || !part.exact || !symbol_set::words().is_within(part.set))
-      return {};
-    return node(type::not_after_word);
+    if (part.kind != type::units || !part.exact) return node(type::assertion);
+    symbol_set set = part.set.complement();
+    set.has_other = set.has_end = true;
+    return after(set);
   }
 
   /// The class that stands behind a backslash; false if it is none.
@@ -481,7 +452,7 @@ class reader {
         return node(type::any_text);
       case u'y':
       case u'Y':
-        return {};
+        return node(type::assertion);
       default:
         break;
     }

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t max_states = 2000;
 constexpr std::size_t max_nodes = 200'000;
-constexpr std::size_t max_run = 32;
+constexpr std::size_t max_run = 64;
 // More repetitions than these are taken for any number.
 constexpr unsigned max_repeat = 4;
 constexpr std::uint32_t unknown = ~0u - 1;
@@ -26,13 +26,39 @@ auto const is_word = table_of<bool>([](unsigned symbol) {
   return set.has(symbol);
 });
 
-}  // namespace
+/// Tells symbols apart: after each `split` those that differ have different numbers.
+class partition {
+ public:
+  void split(symbol_set const& set) {
+    if (count_ == symbol_set::count || std::find(seen_.begin(), seen_.end(), set) != seen_.end())
+      return;
+    seen_.push_back(set);
+    std::map<std::pair<unsigned, bool>, unsigned> made;
+    for (unsigned symbol = 0; symbol < symbol_set::count; ++symbol) {
+      auto const key = std::pair(number_[symbol], set.has(symbol));
+      number_[symbol] = made.emplace(key, static_cast<unsigned>(made.size())).first->second;
+    }
+    count_ = static_cast<unsigned>(made.size());
+  }
+  void split_basically() {
+    symbol_set beyond;
+    beyond.has_other = true;
+    split(beyond);
+    beyond.has_end = true;
+    split(beyond);
+    split(symbol_set::words());
+    split(symbol_set::of("\n"));
+  }
+  unsigned count() const { return count_; }
+  unsigned operator[](unsigned symbol) const { return number_[symbol]; }
 
-std::array<rule_filter::behind, symbol_set::count> const rule_filter::behind_symbol =
-    table_of<behind>([](unsigned symbol) {
-      if (symbol >= 128 || symbol == '\n') return behind::unknown;
-      return is_word[symbol] ? behind::word : behind::other_ascii;
-    });
+ private:
+  std::array<unsigned, symbol_set::count> number_{};
+  unsigned count_ = 1;
+  std::vector<symbol_set> seen_;
+};
+
+}  // namespace
 
 /// Makes a pattern's nodes, from its end to its beginning.
 class rule_filter::builder {
@@ -65,6 +91,7 @@ class rule_filter::builder {
     if (nodes_.size() >= max_nodes) return out;
     switch (tree.kind) {
       case type::units:
+      case type::after:
       case type::before:
         return add(tree.kind, tree.set, out);
       case type::any_text: {
@@ -130,48 +157,40 @@ rule_filter::rule_filter(std::vector<std::optional<std::u16string_view>> const& 
   visited_.resize(nodes_.size());
   make_classes();
   add_state({});  // dead
-  for (behind const before :
-       {behind::line_begin, behind::word, behind::other_ascii, behind::unknown}) {
-    start.before = before;
-    start_[static_cast<unsigned>(before)] = add_state(start);
+  for (unsigned symbol = 0; symbol < symbol_set::count; ++symbol) {
+    beginning& made = beginnings_[beginning_of_[symbol]];
+    if (made.state != dead) continue;
+    start.behind = static_cast<std::uint8_t>(symbol);
+    made.state = add_state(start);
   }
 }
 
-// Symbols are told apart by the sets, by being a word unit and as the line feed.
 void rule_filter::make_classes() {
-  std::array<unsigned, symbol_set::count> number{};
-  unsigned count = 1;
-  auto const split = [&](symbol_set const& set) {
-    std::map<std::pair<unsigned, bool>, unsigned> made;
-    for (unsigned symbol = 0; symbol < symbol_set::count; ++symbol) {
-      auto const key = std::pair(number[symbol], set.has(symbol));
-      number[symbol] = made.emplace(key, static_cast<unsigned>(made.size())).first->second;
-    }
-    count = static_cast<unsigned>(made.size());
-  };
-  symbol_set beyond;
-  beyond.has_other = true;
-  split(beyond);
-  beyond.has_end = true;
-  split(beyond);
-  split(symbol_set::words());
-  split(symbol_set::of("\n"));
-  std::vector<symbol_set> seen;
+  partition symbols, behind;
+  symbols.split_basically();
+  behind.split_basically();
   for (node const& n : nodes_) {
-    if (n.kind != type::units && n.kind != type::before) continue;
-    if (count == symbol_set::count) break;
-    if (std::find(seen.rbegin(), seen.rend(), n.set) != seen.rend()) continue;
-    seen.push_back(n.set);
-    split(n.set);
+    if (n.kind == type::units || n.kind == type::before) symbols.split(n.set);
+    if (n.kind == type::after) behind.split(n.set);
   }
-  for (unsigned symbol = 0; symbol < symbol_set::count; ++symbol)
-    classes_[symbol] = static_cast<std::uint8_t>(number[symbol]);
-  class_count_ = count;
+  // What comes to stand behind has to be known of each class.
+  for (unsigned i = 0; i < behind.count(); ++i) {
+    symbol_set set;
+    for (unsigned symbol = 0; symbol < 128; ++symbol)
+      if (behind[symbol] == i) set.add(symbol);
+    symbols.split(set);
+  }
+  for (unsigned symbol = 0; symbol < symbol_set::count; ++symbol) {
+    classes_[symbol] = static_cast<std::uint8_t>(symbols[symbol]);
+    beginning_of_[symbol] = static_cast<std::uint8_t>(behind[symbol]);
+  }
+  class_count_ = symbols.count();
+  beginnings_.resize(behind.count());
 }
 
 std::uint32_t rule_filter::add_state(state made) {
   std::u16string key;
-  if (!made.nodes.empty()) key += static_cast<char16_t>(made.before);
+  if (!made.nodes.empty()) key += static_cast<char16_t>(beginning_of_[made.behind]);
   for (std::uint32_t const node : made.nodes) {
     key += static_cast<char16_t>(node);
     key += static_cast<char16_t>(node >> 16);
@@ -190,24 +209,22 @@ std::uint32_t rule_filter::add_state(state made) {
   return it->second;
 }
 
-rule_filter::behind rule_filter::behind_at(std::u16string_view line, std::size_t at) {
-  return at == 0 ? behind::line_begin : behind_symbol[symbol_set::symbol(line[at - 1])];
+// The class of what stands behind a place.
+unsigned rule_filter::behind_at(std::u16string_view line, std::size_t at) const {
+  return beginning_of_[at == 0 ? symbol_set::end : symbol_set::symbol(line[at - 1])];
 }
 
-bool rule_filter::holds(node const& test, behind before, unsigned symbol) {
-  bool const unclear = before == behind::unknown || symbol == symbol_set::other;
-  bool const after_word = before == behind::word;
+bool rule_filter::holds(node const& test, unsigned behind, unsigned symbol) {
+  bool const unclear = behind == symbol_set::other || symbol == symbol_set::other;
   switch (test.kind) {
     case type::line_begin:
-      return before == behind::line_begin || before == behind::unknown;
+      return behind == symbol_set::end || behind == '\n';
     case type::word_boundary:
-      return unclear || after_word != is_word[symbol];
+      return unclear || is_word[behind] != is_word[symbol];
     case type::not_word_boundary:
-      return unclear || after_word == is_word[symbol];
-    case type::after_word:
-      return after_word || before == behind::unknown;
-    case type::not_after_word:
-      return !after_word;
+      return unclear || is_word[behind] == is_word[symbol];
+    case type::after:
+      return behind == symbol_set::other || test.set.has(behind);
     case type::before:
       return test.set.has(symbol);
     default:
@@ -215,7 +232,7 @@ bool rule_filter::holds(node const& test, behind before, unsigned symbol) {
   }
 }
 
-void rule_filter::follow(std::uint32_t entry, behind before, unsigned symbol, state& made) {
+void rule_filter::follow(std::uint32_t entry, unsigned behind, unsigned symbol, state& made) {
   stack_.assign(1, entry);
   while (!stack_.empty()) {
     std::uint32_t const at = stack_.back();
@@ -233,7 +250,7 @@ void rule_filter::follow(std::uint32_t entry, behind before, unsigned symbol, st
         is_decided_[n.rule] = true;
       else
         made.nodes.push_back(n.out);
-    } else if (holds(n, before, symbol)) {
+    } else if (holds(n, behind, symbol)) {
       stack_.push_back(n.out);
       if (n.kind == type::alternatives) stack_.push_back(n.out2);
     }
@@ -243,12 +260,12 @@ void rule_filter::follow(std::uint32_t entry, behind before, unsigned symbol, st
 std::uint32_t rule_filter::make_next(std::uint32_t from, unsigned symbol) {
   if (states_.size() >= max_states) return undecided;
   state made;
-  made.before = behind_symbol[symbol];
+  made.behind = static_cast<std::uint8_t>(symbol);
   std::fill(is_decided_.begin(), is_decided_.end(), false);
   for (std::uint16_t const rule : states_[from].decided) is_decided_[rule] = true;
   ++visit_;
   for (std::uint32_t const entry : states_[from].nodes)
-    follow(entry, states_[from].before, symbol, made);
+    follow(entry, states_[from].behind, symbol, made);
   std::erase_if(made.nodes, [&](std::uint32_t n) { return is_decided_[nodes_[n].rule]; });
   std::sort(made.nodes.begin(), made.nodes.end());
   made.nodes.erase(std::unique(made.nodes.begin(), made.nodes.end()), made.nodes.end());
@@ -263,22 +280,22 @@ std::uint32_t rule_filter::next(std::uint32_t from, unsigned symbol) {
 }
 
 std::size_t rule_filter::skip(std::u16string_view line, std::size_t at, std::size_t limit) {
-  behind before = behind_at(line, at);
+  unsigned behind = behind_at(line, at);
   for (; at < limit; ++at) {
     unsigned const symbol = symbol_set::symbol(line[at]);
-    std::uint8_t& skipped = skipped_[static_cast<unsigned>(before)][symbol];
-    if (!skipped) {
-      if (next(start_[static_cast<unsigned>(before)], symbol) != dead) return at;
-      skipped = 1;
+    beginning& from = beginnings_[behind];
+    if (!from.skipped[symbol]) {
+      if (next(from.state, symbol) != dead) return at;
+      from.skipped[symbol] = 1;
     }
-    before = behind_symbol[symbol];
+    behind = beginning_of_[symbol];
   }
   return at;
 }
 
 std::vector<std::uint16_t> const& rule_filter::candidates(std::u16string_view line,
                                                           std::size_t at) {
-  std::uint32_t current = start_[static_cast<unsigned>(behind_at(line, at))];
+  std::uint32_t current = beginnings_[behind_at(line, at)].state;
   for (std::size_t const stop = at + max_run; at < stop; ++at) {
     bool const is_end = at >= line.size();
     std::uint32_t const to = next(current, is_end ? symbol_set::end : symbol_set::symbol(line[at]));

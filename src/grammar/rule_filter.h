@@ -22,7 +22,7 @@ namespace grammar {
 ///
 /// The patterns are made into one automaton that is more generous than they are (see
 /// `pattern_tree`) and whose deterministic states are made when they are first needed. It runs
-/// from the place on until all is decided, some 30 units at most. There is a limit to the states;
+/// from the place on until all is decided, 64 units at most. There is a limit to the states;
 /// what isn't decided by then may match.
 ///
 /// A line is text with at most one line feed, at its end. Offsets are code units. For one thread
@@ -41,7 +41,6 @@ class rule_filter {
   std::vector<std::uint16_t> const& candidates(std::u16string_view line, std::size_t at);
 
  private:
-  enum class behind : std::uint8_t { line_begin, word, other_ascii, unknown };
   using type = pattern_tree::type;
   struct node {
     type kind;  ///< `units` goes on at `out` behind one; `alternatives` at both; the others test
@@ -51,25 +50,23 @@ class rule_filter {
     symbol_set set = {};
   };
   struct state {
-    behind before = behind::unknown;
-    std::vector<std::uint32_t> nodes;       ///< where it goes on, sorted
-    std::vector<std::uint16_t> decided;     ///< those that may match whatever follows
-    std::vector<std::uint16_t> candidates;  ///< and those that `nodes` belong to
+    std::uint8_t behind = symbol_set::other;  ///< a symbol like the one behind
+    std::vector<std::uint32_t> nodes;         ///< where it goes on, sorted
+    std::vector<std::uint16_t> decided;       ///< those that may match whatever follows
+    std::vector<std::uint16_t> candidates;    ///< and those that `nodes` belong to
   };
   class builder;
 
-  static std::array<behind, symbol_set::count> const behind_symbol;
-  static behind behind_at(std::u16string_view line, std::size_t at);
-  static bool holds(node const& test, behind before, unsigned symbol);
+  static bool holds(node const& test, unsigned behind, unsigned symbol);
   void make_classes();
+  unsigned behind_at(std::u16string_view line, std::size_t at) const;
   std::uint32_t add_state(state made);
   /// The state behind `from` when `symbol` is next, or `undecided`.
   std::uint32_t next(std::uint32_t from, unsigned symbol);
   std::uint32_t make_next(std::uint32_t from, unsigned symbol);
-  void follow(std::uint32_t entry, behind before, unsigned symbol, state& made);
+  void follow(std::uint32_t entry, unsigned behind, unsigned symbol, state& made);
 
   static constexpr std::uint32_t undecided = ~0u, dead = 0;
-  std::uint32_t start_[4];  ///< by what stands behind
 
   std::vector<node> nodes_;
   std::uint8_t
@@ -77,8 +74,14 @@ class rule_filter {
   unsigned class_count_ = 0;
   std::vector<state> states_;
   std::unordered_map<std::u16string, std::uint32_t> known_;
-  std::vector<std::uint32_t> next_;                  ///< by state and class
-  std::uint8_t skipped_[4][symbol_set::count] = {};  ///< nothing can match there
+  std::vector<std::uint32_t> next_;  ///< by state and class
+  /// What may stand behind a place. Symbols that all patterns take alike there are one.
+  struct beginning {
+    std::uint32_t state = 0;
+    std::array<std::uint8_t, symbol_set::count> skipped = {};  ///< nothing can match there
+  };
+  std::vector<beginning> beginnings_;
+  std::uint8_t beginning_of_[symbol_set::count];  ///< by the symbol behind; the end for none
   std::vector<std::uint32_t> visited_, stack_;
   std::uint32_t visit_ = 0;
   std::vector<bool> is_decided_;

@@ -1,8 +1,8 @@
 #include "grammar/all_grammars.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -16,6 +16,11 @@ std::string content_of(std::string const& file) {
   return out.str();
 }
 
+static void fail(std::string const& what) {
+  std::fprintf(stderr, "no grammar: %s\n", what.c_str());
+  std::exit(1);
+}
+
 static grammar::catalogue::entry entry_of(plist::value const& content, std::string item) {
   return {content["scopeName"].string_or(""), content["name"].string_or(""), std::move(item),
           [content] { return content; }};
@@ -24,7 +29,7 @@ static grammar::catalogue::entry entry_of(plist::value const& content, std::stri
 grammar::catalogue::entry entry_of(std::string const& text) {
   plist::dictionary error;
   plist::value const content = plist::convert(text.c_str(), &error);
-  EXPECT_TRUE(content) << plist::value(error)["info"].string_or("") << text;
+  if (!content) fail(plist::value(error)["info"].string_or("") + text);
   return entry_of(content, "test");
 }
 
@@ -44,7 +49,7 @@ std::shared_ptr<grammar::catalogue const> shipped_catalogue(std::string const& f
   auto entries = shipped_entries();
   auto const found = std::find_if(entries.begin(), entries.end(),
                                   [&](auto const& entry) { return entry.scope_name == first; });
-  EXPECT_NE(found, entries.end()) << first;
+  if (found == entries.end()) fail(first);
   std::rotate(entries.begin(), found, found + 1);
   return std::make_shared<grammar::catalogue const>(std::move(entries));
 }

@@ -12,7 +12,7 @@ std::string content_of(std::string const& file);
 /// The grammars of all bundles that ship.
 std::vector<grammar::catalogue::entry> shipped_entries();
 
-/// Those, with the one of that scope name first.
+/// Those, with the one of that scope name first; the program ends if there is none.
 std::shared_ptr<grammar::catalogue const> shipped_catalogue(std::string const& first);
 
 /// A grammar in the text form of property lists.

@@ -137,7 +137,7 @@ TEST_F(edited_text, asks_for_what_changed_to_be_drawn) {
   filter->set_rules(languages(), 0);
   finish(*filter);
   desktop.loop().run_for(0);
-  EXPECT_EQ(calls, 1);
+  EXPECT_GE(calls, 1);
   ASSERT_TRUE(filter->take_redraw_range());
   EXPECT_FALSE(filter->take_redraw_range());
   text::iterator const second(1, 0, &storage);
@@ -153,6 +153,7 @@ TEST_F(edited_text, asks_for_what_changed_to_be_drawn) {
 TEST_F(edited_text, scope_of_a_selection_is_what_its_ends_share) {
   fill("=(\"ab\", 1)");
   filter->set_rules(languages(), 0);
+  finish(*filter);
   auto const scope = [&](std::uint32_t first, std::uint32_t last) {
     view.selection.set_caret({&view, {0, first, &storage}});
     view.selection.last_mark = {&view, {0, last, &storage}};
