@@ -21,7 +21,7 @@
 #include <string>
 #include <vector>
 
-#include "bundles/shipped_grammars.h"
+#include "grammar/all_grammars.h"
 #include "grammar/tokenize_filter.h"
 #include "headless/headless_desktop.h"
 #include "platform/utf.h"
@@ -86,7 +86,7 @@ double median(std::vector<double> values) {
 }
 
 void measure(int repeat, char const* scope, char const* definition, char const* file,
-             shipped_grammars const& grammars, KSyntaxHighlighting::Repository& repository) {
+             KSyntaxHighlighting::Repository& repository) {
   std::stringstream content;
   content << std::ifstream(file).rdbuf();
   std::string const text = content.str();
@@ -97,18 +97,17 @@ void measure(int repeat, char const* scope, char const* definition, char const* 
   peer other;
   other.setDefinition(repository.definitionForName(QString::fromUtf8(definition)));
   bool const has_definition = other.definition().isValid();
-  unsigned const start_rule = grammars.all_rules->index_named(scope);
-  bool const has_grammar = start_rule != grammar::catalogue::none;
+  auto const all_rules = shipped_catalogue(scope);
   std::vector<double> our_times, their_times;
   std::size_t memory = 0;
   for (int i = 0; i <= repeat; ++i) {
     // The first round warms up.
     double const theirs = has_definition ? other.run(lines) : 0;
-    ours const result = has_grammar ? tokenize(storage, grammars.all_rules, start_rule) : ours{};
+    ours const result = tokenize(storage, all_rules, 0);
     memory = result.bytes;
     if (i == 0) continue;
     if (has_definition) their_times.push_back(theirs);
-    if (has_grammar) our_times.push_back(result.seconds);
+    our_times.push_back(result.seconds);
   }
   std::printf(
       "{\"scope\": \"%s\", \"bytes\": %zu, \"lines\": %zu, \"ours\": %.4f, "
@@ -126,8 +125,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   headless::headless_desktop desktop;
-  shipped_grammars const grammars = read_shipped_grammars(QUIRNOTE_SOURCE_DIR "/share/Bundles", "");
   KSyntaxHighlighting::Repository repository;
   for (int i = 2; i < argc; i += 3)
-    measure(std::atoi(argv[1]), argv[i], argv[i + 1], argv[i + 2], grammars, repository);
+    measure(std::atoi(argv[1]), argv[i], argv[i + 1], argv[i + 2], repository);
 }
