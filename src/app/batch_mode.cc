@@ -142,6 +142,7 @@ class batch_run {
 
   void render(WynDocumentController& controller) {
     if (options_.render.empty()) return;
+    wait_for_scopes(controller.textView());
     std::string error;
     platform::desktop_module* const module = platform::load_desktop_module(error);
     if (module == nullptr || !module->render(controller.textView(), options_.columns, options_.rows,

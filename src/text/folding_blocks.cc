@@ -65,11 +65,6 @@ bool view::folding_filter::has_start(marker_t const& stop) const {
   return false;
 }
 
-bool view::folding_filter::is_folded(size_t line) const {
-  auto const fold = foldings.lower_bound({static_cast<uint32_t>(line), 0});
-  return fold != foldings.end() && fold->first == line;
-}
-
 view::folding_filter::line_type view::folding_filter::folding_type(size_t line) {
   if (is_folded(line)) return line_type::folded;
   auto const found = marker(line);

@@ -32,6 +32,11 @@ std::vector<view::folding_filter::outer_fold> const& view::folding_filter::outer
 }
 
 /// The lines of a fold's border are not free for another one.
+bool view::folding_filter::is_folded(size_t line) const {
+  auto const found = border_at_or_behind(line);
+  return found != borders_.end() && found->line == line && !found->is_last;
+}
+
 bool view::folding_filter::is_end_of_fold(size_t line) const {
   auto const found = border_at_or_behind(line);
   return found != borders_.end() && found->line == line;
@@ -55,36 +60,54 @@ void view::folding_filter::survey_folds() const {
     hidden += fold.last - fold.first;
     outer_.push_back({fold.first, fold.last, hidden});
   }
-  std::sort(borders_.begin(), borders_.end(),
-            [](border const& a, border const& b) { return a.line < b.line; });
+  auto const is_before = [](border const& a, border const& b) { return a.line < b.line; };
+  // Without folds in folds they are in order already.
+  if (!std::is_sorted(borders_.begin(), borders_.end(), is_before))
+    std::sort(borders_.begin(), borders_.end(), is_before);
   surveyed_ = true;
 }
 
-text::pos view::folding_filter::in_view(text::pos const& at) const {
+/// The last of the folds for which something holds that holds for all in front of them too; null
+/// without one. `near`, where the last one was found, is tried first with its neighbour: rows and
+/// lines are mostly asked for one after the other.
+template <typename IsAbove>
+view::folding_filter::outer_fold const* view::folding_filter::last_fold(size_t& near,
+                                                                        IsAbove is_above) const {
   auto const& folds = outer_folds();
-  auto const behind = std::partition_point(
-      folds.begin(), folds.end(), [&](outer_fold const& fold) { return fold.first < at.line; });
-  if (behind == folds.begin()) return at;
-  outer_fold const& above = *std::prev(behind);
+  auto const fits = [&](size_t count) {
+    return count <= folds.size() && (count == 0 || is_above(folds[count - 1])) &&
+           (count == folds.size() || !is_above(folds[count]));
+  };
+  if (!fits(near) && !fits(++near))
+    near = static_cast<size_t>(std::partition_point(folds.begin(), folds.end(), is_above) -
+                               folds.begin());
+  return near == 0 ? nullptr : &folds[near - 1];
+}
+
+view::folding_filter::outer_fold const* view::folding_filter::last_fold_above(size_t line) const {
+  return last_fold(near_line_, [&](outer_fold const& fold) { return fold.first < line; });
+}
+
+text::pos view::folding_filter::in_view(text::pos const& at) const {
+  outer_fold const* const found = last_fold_above(at.line);
+  if (found == nullptr) return at;
+  outer_fold const& above = *found;
   return {size_t{at.line} - above.hidden + (at.line < above.last ? above.last - at.line : 0),
           at.column};
 }
 
 text::pos view::folding_filter::in_storage(text::pos const& at) const {
-  auto const& folds = outer_folds();
-  auto const behind = std::partition_point(folds.begin(), folds.end(), [&](outer_fold const& fold) {
+  outer_fold const* const above = last_fold(near_row_, [&](outer_fold const& fold) {
     // The row of the line that stays of this fold.
     return fold.last - fold.hidden < at.line;
   });
-  if (behind == folds.begin()) return at;
-  return {size_t{at.line} + std::prev(behind)->hidden, at.column};
+  if (above == nullptr) return at;
+  return {size_t{at.line} + above->hidden, at.column};
 }
 
 bool view::folding_filter::is_visible(text::pos const& at) const {
-  auto const& folds = outer_folds();
-  auto const behind = std::partition_point(
-      folds.begin(), folds.end(), [&](outer_fold const& fold) { return fold.first < at.line; });
-  return behind == folds.begin() || std::prev(behind)->last < at.line;
+  outer_fold const* const above = last_fold_above(at.line);
+  return above == nullptr || above->last < at.line;
 }
 
 void view::folding_filter::make_visible(text::pos const& at) {
@@ -225,8 +248,11 @@ void view::folding_filter::unfold_where(Crossed crossed) {
 template <typename Move>
 void view::folding_filter::move_folds(Move move) {
   std::set<folding_t> moved;
-  for (folding_t const& fold : foldings)
-    if (folding_t const to = move(fold); to.first < to.last) moved.insert(moved.end(), to);
+  while (!foldings.empty()) {
+    auto node = foldings.extract(foldings.begin());
+    node.value() = move(node.value());
+    if (node.value().first < node.value().last) moved.insert(moved.end(), std::move(node));
+  }
   foldings.swap(moved);
   surveyed_ = false;
 }

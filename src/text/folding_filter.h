@@ -142,12 +142,16 @@ class view::folding_filter : public switchable_filter {
   void lay_out_again();
   void survey_folds() const;
   std::vector<outer_fold> const& outer_folds() const;
+  template <typename IsAbove>
+  outer_fold const* last_fold(size_t& near, IsAbove is_above) const;
+  outer_fold const* last_fold_above(size_t line) const;
 
   text::view& view_;
   mutable std::vector<mark> marks_;  ///< by line; empty when nothing is known
   mutable std::vector<outer_fold> outer_;
   mutable std::vector<border> borders_;  ///< of all folds, by line, at most one a line
   mutable bool surveyed_ = true;         ///< whether these two are those of `foldings`
+  mutable size_t near_line_ = 0, near_row_ = 0;
   text::pos erase_first_, erase_last_;
   std::set<folding_t> kept_;  ///< what `foldings` will be when a replacement is done
 };

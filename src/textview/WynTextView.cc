@@ -7,6 +7,7 @@
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
+#include "text/folding_filter.h"
 #include "textview/WynISearchWindow.h"
 #include "textview/find_highlights.h"
 #include "textview/geometry.h"
@@ -69,11 +70,23 @@ void WynTextView::attachView() {
   attachTokenizer();
   changeLanguageToAndLearn(languageChoiceForCurrentFile(), false);
   applyOptionsToView();
+  if (platform::user_defaults::standard().boolean("WynTextViewOpenFilesFoldedEnabled"))
+    openFolded();
   setupTextFrame();
   publishAll();
   updateValueForKey("", "currentSymbol");
   setNeedsDisplay();
   scrollToStoredPosition();
+}
+
+// Not where the user has been already, who has folded as he likes.
+void WynTextView::openFolded() {
+  auto& filter = *view_->folding_filter;
+  if (view_->first_visible_line >= 0 || !filter.foldings.empty() || !view_->foldings_enabled)
+    return;
+  text::iterator const caret = view_->selection.current_mark.base;
+  filter.fold_level(0);
+  view_->selection.set_caret(view_->in_view(caret));
 }
 
 void WynTextView::bind(value_observer observer) {

@@ -345,6 +345,7 @@ class WynTextView : public platform::responder,
   void applyOptionsToView();
   void attachView();
   void detachView();
+  void openFolded();
   void publishAll();
 
   plist::value replaceAllIn(char const* scope);
