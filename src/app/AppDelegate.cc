@@ -90,7 +90,11 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
   add("openRecentFile:", [this](plist::value const& path) {
     if (auto const* bytes = path.as_data()) openFile({bytes->begin(), bytes->end()});
   });
-  add("reloadBundles:", [](auto const&) { BundleManager::sharedInstance().reloadBundles(); });
+  add("reloadBundles:", [](auto const&) {
+    // Whoever asks for it has perhaps changed files in a way that the index doesn't see.
+    BundleManager::sharedInstance().cache().flush();
+    BundleManager::sharedInstance().reloadBundles();
+  });
   add("clearRecentFiles:", [this](auto const&) { recent_.clear(); });
   add("orderFrontGoToLinePanel:", [this](auto const&) { orderFrontGoToLinePanel(); });
   addMethod("goToLineAction:", [this](plist::value const& place) {

@@ -1,27 +1,34 @@
 #pragma once
 
+#include <deque>
+#include <map>
 #include <memory>
+#include <set>
 #include <string>
-#include <vector>
 
 #include "platform/file_watcher.h"
 #include "platform/run_loop.h"
 
 class BundleManager;
 
-/// Has the bundles loaded again when another program changes a grammar or a preference that is
-/// loaded. What comes anew is seen by BundleManager::reloadBundles. Main thread only.
+/// Watches the folders of bundles while the program runs, and has the manager read what has been
+/// added, changed or deleted there, by other programs or in the user's own windows. What it watches
+/// grows bit by bit after it was made, so that a start doesn't wait for it. Main thread only.
 class bundle_watcher {
  public:
-  /// Begins a moment later: it isn't urgent, and a start is. The manager must outlive it.
+  /// The manager and the present desktop must outlive it.
   explicit bundle_watcher(BundleManager& manager);
 
  private:
-  void watch();
-  void changed(std::string const& path);
+  void look_for_folders();
+  void watch_some();
+  void note(std::string const& folder);
   void reload();
 
   BundleManager& manager_;
-  std::vector<std::unique_ptr<platform::file_watcher::token>> files_;
-  std::unique_ptr<platform::timer> timer_;
+  platform::run_loop& loop_;
+  std::deque<std::string> pending_;
+  std::map<std::string, std::unique_ptr<platform::file_watcher::token>> watched_;
+  std::set<std::string> changed_;
+  std::unique_ptr<platform::timer> watching_, reloading_;
 };

@@ -17,6 +17,7 @@ constexpr std::uint32_t changes = IN_CLOSE_WRITE | IN_MODIFY | IN_ATTRIB | IN_CR
                                   IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF |
                                   IN_ONLYDIR;
 constexpr std::uint32_t folder_is_gone = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
+constexpr char const* any_entry = "/";     // which no file is called
 constexpr int max_links = 40;              // as many as the kernel follows
 constexpr double share_of_time = 1. / 20;  // that a task may take, of all the time
 
@@ -59,8 +60,11 @@ std::vector<place> places_of(std::string path) {
 
 class file_watcher::file : public token {
  public:
-  file(file_watcher& owner, std::string path, std::function<void()> changed)
-      : owner_(&owner), path_(std::move(path)), changed_(std::move(changed)) {
+  file(file_watcher& owner, std::string path, bool with_entries, std::function<void()> changed)
+      : owner_(&owner),
+        path_(std::move(path)),
+        with_entries_(with_entries),
+        changed_(std::move(changed)) {
     owner_->files_.insert(this);
     add_folders();
   }
@@ -74,9 +78,11 @@ class file_watcher::file : public token {
     timer_.reset();
     owner_ = nullptr;
   }
-  bool is_at(int number, char const* name) const {
+  bool is_at(int number, char const* name, std::uint32_t what) const {
+    if (with_entries_ && (what & IN_ATTRIB) != 0) return false;
     return std::any_of(places_.begin(), places_.end(), [&](auto const& watched) {
-      return watched.first == number && (name == nullptr || watched.second == name);
+      bool const any_name = name == nullptr || watched.second == any_entry;
+      return watched.first == number && (any_name || watched.second == name);
     });
   }
   void note_change() {
@@ -88,7 +94,9 @@ class file_watcher::file : public token {
 
  private:
   void add_folders() {
-    for (place& at : places_of(path_))
+    std::vector<place> all = places_of(path_);
+    if (with_entries_ && is_folder(path_)) all.push_back({path_, any_entry});
+    for (place& at : all)
       if (int const number = owner_->add_folder(at.folder); number != -1)
         places_.emplace_back(number, std::move(at.name));
   }
@@ -119,6 +127,7 @@ class file_watcher::file : public token {
 
   file_watcher* owner_;
   std::string path_;
+  bool with_entries_;
   std::function<void()> changed_;
   std::vector<std::pair<int, std::string>> places_;
   std::unique_ptr<timer> timer_;
@@ -134,7 +143,12 @@ file_watcher::~file_watcher() {
 
 std::unique_ptr<file_watcher::token> file_watcher::watch(std::string path,
                                                          std::function<void()> changed) {
-  return std::make_unique<file>(*this, std::move(path), std::move(changed));
+  return std::make_unique<file>(*this, std::move(path), false, std::move(changed));
+}
+
+std::unique_ptr<file_watcher::token> file_watcher::watch_folder(std::string path,
+                                                                std::function<void()> changed) {
+  return std::make_unique<file>(*this, std::move(path), true, std::move(changed));
 }
 
 bool file_watcher::start() {
@@ -175,16 +189,16 @@ void file_watcher::handle_events(char const* buffer, ssize_t size) {
     if (event.mask & IN_Q_OVERFLOW)
       for (file* watched : files_) watched->note_change();
     else
-      handle(event.wd, name, event.mask & folder_is_gone);
+      handle(event.wd, name, event.mask);
     at += static_cast<ssize_t>(sizeof event + event.len);
   }
 }
 
 // An event without a name is about the folder itself, and then only its end matters.
-void file_watcher::handle(int number, char const* name, bool is_folder_gone) {
-  if (name == nullptr && !is_folder_gone) return;
+void file_watcher::handle(int number, char const* name, std::uint32_t what) {
+  if (name == nullptr && (what & folder_is_gone) == 0) return;
   for (file* watched : files_)
-    if (watched->is_at(number, name)) watched->note_change();
+    if (watched->is_at(number, name, what)) watched->note_change();
 }
 
 }  // namespace platform

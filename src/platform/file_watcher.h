@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -43,6 +44,9 @@ class file_watcher {
   };
   /// For an absolute path, whether there is such a file or not. `changed` may drop the token.
   std::unique_ptr<token> watch(std::string path, std::function<void()> changed);
+  /// The same for a folder and the files and folders that stand in it, but not for what is below
+  /// these. Their dates and rights don't count.
+  std::unique_ptr<token> watch_folder(std::string path, std::function<void()> changed);
 
  private:
   bool start();
@@ -50,7 +54,7 @@ class file_watcher {
   void drop_folder(int number);
   void read_events();
   void handle_events(char const* buffer, ssize_t size);
-  void handle(int number, char const* name, bool is_folder_gone);
+  void handle(int number, char const* name, std::uint32_t what);
 
   run_loop& loop_;
   int descriptor_ = -1;
