@@ -3,9 +3,9 @@
 #include "platform/notification_center.h"
 
 #include <QDBusConnection>
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QPalette>
@@ -45,8 +45,8 @@ void QtAppearance::start() {
   qGuiApp->installEventFilter(this);
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return;
-  bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
-              SLOT(setting_changed(QString, QString, QDBusVariant)));
+  bus.connect(QString(), path, interface, QStringLiteral("SettingChanged"), this,
+              SLOT(setting_changed(QDBusMessage)));
   QDBusMessage read =
       QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
   read << group_name << key_name;
@@ -58,9 +58,10 @@ void QtAppearance::start() {
   });
 }
 
-void QtAppearance::setting_changed(QString const& group, QString const& key,
-                                   QDBusVariant const& value) {
-  if (group == group_name && key == key_name) take(QVariant::fromValue(value));
+// Group, key and value.
+void QtAppearance::setting_changed(QDBusMessage const& signal) {
+  QVariantList const setting = signal.arguments();
+  if (setting.size() == 3 && setting[0] == group_name && setting[1] == key_name) take(setting[2]);
 }
 
 void QtAppearance::take(QVariant const& setting) {

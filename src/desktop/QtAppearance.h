@@ -2,7 +2,7 @@
 
 #include "platform/appearance.h"
 
-#include <QDBusVariant>
+#include <QDBusMessage>
 #include <QObject>
 
 #include <optional>
@@ -20,7 +20,7 @@ class QtAppearance final : public QObject, public platform::appearance {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private slots:
-  void setting_changed(QString const& group, QString const& key, QDBusVariant const& value);
+  void setting_changed(QDBusMessage const& signal);
 
  private:
   void start();
