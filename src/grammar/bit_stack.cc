@@ -56,14 +56,6 @@ base& base::operator=(base&& other) noexcept {
   return *this;
 }
 
-std::uint32_t const* base::word(unsigned index) const {
-  if (is_inline()) {
-    static_assert(std::endian::native == std::endian::little);
-    return index == 0 ? reinterpret_cast<std::uint32_t const*>(&value_) : nullptr;
-  }
-  return index < heap()->size ? heap()->words + index : nullptr;
-}
-
 bool operator==(storage const& a, storage const& b) {
   if (a.is_inline() || b.is_inline()) return a.value_ == b.value_;
   return a.heap()->size == b.heap()->size &&
@@ -80,10 +72,10 @@ bool operator<(storage const& a, storage const& b) {
 }
 
 void builder::grow() {
-  unsigned const old_size = capacity() / word_bits;
+  unsigned const old_size = size();
   block* const made = make_block(2 * old_size);
   if (is_inline()) {
-    made->words[0] = static_cast<std::uint32_t>(value_) >> 1;
+    made->words[0] = word(0) >> 1;
     bits_available_ += 1;
   } else {
     std::memcpy(made->words, heap()->words, old_size * sizeof(std::uint32_t));
@@ -93,21 +85,26 @@ void builder::grow() {
   bits_available_ += old_size * word_bits;
 }
 
+void builder::add_bits(unsigned index, std::uint32_t bits) {
+  if (is_inline())
+    value_ |= bits;
+  else
+    heap()->words[index] |= bits;
+}
+
 void builder::push(unsigned index, unsigned modulo) {
   unsigned const width = field_width(modulo);
   while (width > bits_available_) grow();
   unsigned const at = bits_used() / word_bits, shift = bits_used() % word_bits;
-  auto* const first = const_cast<std::uint32_t*>(word(at));
-  if (first == nullptr) exhausted("push");
-  *first |= (index + 1) << shift;
+  if (at >= size()) exhausted("push");
+  add_bits(at, (index + 1) << shift);
   if (shift + width > word_bits) {
-    auto* const second = const_cast<std::uint32_t*>(word(at + 1));
-    if (second == nullptr) {
+    if (at + 1 >= size()) {
       std::fprintf(stderr, "stack exhausted, push+1: inline %s, %u + %u > 32?\n",
                    is_inline() ? "YES" : "NO", shift, width);
       std::exit(-1);
     }
-    *second |= (index + 1) >> (word_bits - shift);
+    add_bits(at + 1, (index + 1) >> (word_bits - shift));
   }
   bits_available_ -= width;
 }
@@ -119,13 +116,11 @@ unsigned reader::pop(unsigned modulo) {
   unsigned const width = field_width(modulo);
   if (width > bits_available_) return modulo;
   unsigned const at = bits_used() / word_bits, shift = bits_used() % word_bits;
-  std::uint32_t const* const first = storage_->word(at);
-  if (first == nullptr) exhausted("pop");
-  std::uint64_t field = *first >> shift;
+  if (at >= storage_->size()) exhausted("pop");
+  std::uint64_t field = storage_->word(at) >> shift;
   if (shift + width > word_bits) {
-    std::uint32_t const* const second = storage_->word(at + 1);
-    if (second == nullptr) exhausted("pop+1");
-    field |= std::uint64_t{*second} << (word_bits - shift);
+    if (at + 1 >= storage_->size()) exhausted("pop+1");
+    field |= std::uint64_t{storage_->word(at + 1)} << (word_bits - shift);
   }
   bits_available_ -= width;
   auto const element = static_cast<unsigned>(field & ((std::uint64_t{1} << width) - 1));
@@ -135,9 +130,9 @@ unsigned reader::pop(unsigned modulo) {
 bool reader::empty() const {
   if (bits_available_ == 0) return true;
   unsigned at = bits_used() / word_bits;
-  if (*storage_->word(at) >> (bits_used() % word_bits) != 0) return false;
-  while (std::uint32_t const* const next = storage_->word(++at))
-    if (*next != 0) return false;
+  if (storage_->word(at) >> (bits_used() % word_bits) != 0) return false;
+  while (++at < storage_->size())
+    if (storage_->word(at) != 0) return false;
   return true;
 }
 

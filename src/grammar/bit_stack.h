@@ -42,9 +42,13 @@ class base {
   void set_value(std::uintptr_t value);
   static block* make_block(unsigned size);
   block* heap() const { return reinterpret_cast<block*>(value_); }
-  /// The word `index`, or null past the end.
-  std::uint32_t const* word(unsigned index) const;
-  unsigned capacity() const { return is_inline() ? 32 : heap()->size * 32; }
+  /// Number of words; that of the inline form, which is one, holds the tag too.
+  unsigned size() const { return is_inline() ? 1 : heap()->size; }
+  std::uint32_t word(unsigned index) const {
+    return is_inline() ? static_cast<std::uint32_t>(value_) : heap()->words[index];
+  }
+  /// In bits.
+  unsigned capacity() const { return size() * 32; }
 
   std::uintptr_t value_ = 1;
 
@@ -78,6 +82,7 @@ class builder : public base {
 
  private:
   void grow();
+  void add_bits(unsigned index, std::uint32_t bits);
 
   unsigned bits_available_ = 31;
 };

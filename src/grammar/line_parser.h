@@ -66,7 +66,9 @@ class line_parser {
     rule_set* rules = nullptr;
     std::vector<sought> found;
     std::vector<std::uint16_t> dropped;  ///< not tried any more on this line
-    std::uint32_t opened_at = ~0u;  ///< on this line; without text so far while position is there
+    /// Column, if on this line: as long as the position is still there, opening the same once more
+    /// or closing it would go on for ever.
+    std::uint32_t opened_at = ~0u;
   };
   /// Remembers children of paths, for asking the tree takes a lock.
   struct known_child {

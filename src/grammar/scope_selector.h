@@ -43,7 +43,7 @@ class compare_selector {
   double handle_or(selector_node const& node) const;
   double handle_and(selector_node const& node) const;
   double handle_asymmetric_difference(selector_node const& node) const;
-  /// Matches the last `count` of the parts against the scopes from `it` outward.
+  /// Matches the parts, the last one first, against the scopes from `it` outward.
   static double tail_match(std::vector<std::string> const& parts, scope_iterator it,
                            scope_iterator end);
 

@@ -9,17 +9,15 @@ namespace {
 
 constexpr double reference_date = 978307200;  // 2001-01-01 in seconds since 1970
 
-std::string_view take_component(std::string_view& scope) {
-  std::size_t const dot = scope.find('.');
-  std::string_view const component = scope.substr(0, dot);
-  scope = dot == std::string_view::npos ? std::string_view() : scope.substr(dot + 1);
-  return component;
-}
-
+// What is between dots counts, so that the empty scope has one component, which only that has.
 int common_components(std::string_view a, std::string_view b) {
-  int count = 0;
-  while (!a.empty() && !b.empty() && take_component(a) == take_component(b)) ++count;
-  return count;
+  for (int count = 0;; ++count) {
+    std::size_t const a_end = a.find('.'), b_end = b.find('.');
+    if (a.substr(0, a_end) != b.substr(0, b_end)) return count;
+    if (a_end == std::string_view::npos || b_end == std::string_view::npos) return count + 1;
+    a.remove_prefix(a_end + 1);
+    b.remove_prefix(b_end + 1);
+  }
 }
 
 }  // namespace

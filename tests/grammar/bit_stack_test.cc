@@ -50,9 +50,12 @@ TEST(bit_stack, moves_to_a_block_when_31_bits_are_full) {
 }
 
 TEST(bit_stack, orders_words_before_blocks) {
-  elements const twenty(20, {6, 7});
-  std::vector<bit_stack::storage> const ascending = {packed({}), packed({{0, 3}}), packed({{1, 3}}),
-                                                     packed({{0, 3}, {0, 3}}), packed(twenty)};
+  elements const all_set(20, {6, 7}), longer(40, {0, 7});
+  elements first_less = all_set;
+  first_less[0].first = 0;
+  std::vector<bit_stack::storage> const ascending = {
+      packed({}),         packed({{0, 3}}), packed({{1, 3}}), packed({{0, 3}, {0, 3}}),
+      packed(first_less), packed(all_set),  packed(longer)};
   for (std::size_t i = 0; i < ascending.size(); ++i)
     for (std::size_t j = 0; j < ascending.size(); ++j) {
       EXPECT_EQ(ascending[i] < ascending[j], i < j);

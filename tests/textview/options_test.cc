@@ -72,13 +72,14 @@ TEST_F(options, the_nearest_scope_and_then_the_newest_entry_wins) {
                                         {"source.c.extra", entry(2, 9)},
                                         {"source.python", entry(4, 5)},
                                         {"text.plain", entry(3, 7)},
+                                        {"", entry(5, 0)},
                                         {"broken", "no dictionary"}});
   struct row {
     char const* scope;
     int size;
   };
   for (row const& expected : {row{"source.c", 2}, row{"source.c.other", 2}, row{"source.ada", 2},
-                              row{"source.python", 4}, row{"text", 3}, row{"", 2}, row{"x.y", 2}})
+                              row{"source.python", 4}, row{"text", 3}, row{"", 5}, row{"x.y", 2}})
     EXPECT_EQ(scoped_settings::value_for(expected.scope, "tabSize", "Domain").integer_or(0),
               expected.size)
         << expected.scope;
