@@ -126,7 +126,7 @@ class reader {
   pattern_tree sequence(options how, int depth) {
     pattern_tree made;
     for (;;) {
-      if (how.extended) skip_blank();
+      skip_remarks(how);
       if (at_end() || source_[at_] == u'|' || source_[at_] == u')') break;
       pattern_tree part = atom(how, depth);
       for (int i = 0; quantifier(part, how); ++i)
@@ -134,6 +134,21 @@ class reader {
       made.parts.push_back(std::move(part));
     }
     return made.parts.size() == 1 ? std::move(made.parts[0]) : made;
+  }
+
+  /// Goes on to what has a meaning. A quantifier belongs to what stands in front of a remark.
+  void skip_remarks(options how) {
+    do {
+      if (how.extended) skip_blank();
+    } while (skip_comment());
+  }
+
+  bool skip_comment() {
+    if (!take(u"(?#")) return false;
+    while (!at_end() && !next_is(u")"))
+      if (take() == u'\\') take();
+    if (!take(u")")) fail();
+    return true;
   }
 
   void skip_blank() {
@@ -146,7 +161,7 @@ class reader {
   }
 
   bool quantifier(pattern_tree& part, options how) {
-    if (how.extended) skip_blank();
+    skip_remarks(how);
     unsigned least = 0, most = pattern_tree::unlimited;
     if (take(u"*")) {
     } else if (take(u"+")) {
@@ -278,11 +293,6 @@ class reader {
     if (take(u"!")) return not_ahead(close(alternatives(how, depth + 1)));
     if (take(u"<=")) return behind(close(alternatives(how, depth + 1)));
     if (take(u"<!")) return not_behind(close(alternatives(how, depth + 1)));
-    if (take(u"#")) {
-      while (!at_end() && !next_is(u")"))
-        if (take() == u'\\') take();
-      return close({});
-    }
     if (take(u"<")) return named(u'>', how, depth);
     if (take(u"'")) return named(u'\'', how, depth);
     return option_group(how, depth);
