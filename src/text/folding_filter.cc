@@ -31,12 +31,12 @@ std::vector<view::folding_filter::outer_fold> const& view::folding_filter::outer
   return outer_;
 }
 
-/// The lines of a fold's border are not free for another one.
 bool view::folding_filter::is_folded(size_t line) const {
   auto const found = border_at_or_behind(line);
   return found != borders_.end() && found->line == line && !found->is_last;
 }
 
+/// The lines of a fold's border are not free for another one.
 bool view::folding_filter::is_end_of_fold(size_t line) const {
   auto const found = border_at_or_behind(line);
   return found != borders_.end() && found->line == line;
