@@ -32,7 +32,6 @@ constexpr part_kind part_kinds[] = {
     {"tabSize", "Width of a tab", ""},
     {"softTabs", "What the Tab key inserts", ""},
     {"overwriteMode", "Typing inserts or overwrites", "OVR"},
-    {"currentSymbol", "Symbol at the caret", ""},
 };
 
 part_kind const* kind_of(std::string_view key) {

@@ -11,12 +11,14 @@
 #include "textview/WynISearchWindow.h"
 #include "textview/find_highlights.h"
 #include "textview/geometry.h"
+#include "textview/indent_patterns.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
 
 WynTextView::WynTextView() {
   registerDefaults();
+  addIndentationMethods();
   register_movement_functions(actions_);
   register_view_actions(actions_, titles_);
   addEditingMethods();
@@ -167,6 +169,7 @@ void WynTextView::key_down(platform::key_event const& event) {
   if (view_ == nullptr) return;
   didPressOption_ = false;
   hasSeenKey_ = true;
+  showFindNote("");
   plist::value const key = unicode::to_utf8(event.characters);
   if (performSelectorWithObject("abortShowingFoldedText:", key).boolean_or(false)) return;
   if (iSearchWindow_ != nullptr && iSearchWindow_->sendEvent(event)) return;

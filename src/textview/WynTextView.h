@@ -20,6 +20,7 @@
 class WynDocument;
 class WynISearchWindow;
 class find_highlights;
+class indent_patterns;
 namespace grammar {
 class tokenize_filter;
 }
@@ -100,9 +101,12 @@ class WynTextView : public platform::responder,
   /// Turning it off unfolds everything.
   bool foldingsEnabled() const { return foldingsEnabled_; }
   void setFoldingsEnabled(bool on) { setSwitch(&WynTextView::foldingsEnabled_, on); }
-  /// Whether a new line begins with the white space of the one before.
+  /// Whether a new line begins with the white space of the one before, or as the language says.
   bool autoIndent() const { return autoIndent_; }
   void setAutoIndent(bool on) { setSwitch(&WynTextView::autoIndent_, on); }
+  /// Whether lines that are pasted are indented as fits the place.
+  bool indentedPaste() const { return indentedPaste_; }
+  void setIndentedPaste(bool on) { setSwitch(&WynTextView::indentedPaste_, on); }
   /// Whether brackets and quotes are typed in pairs. The setter is for this view alone.
   bool smartTyping() const { return smartTyping_; }
   void setSmartTyping(bool on) { smartTyping_ = on; }
@@ -348,6 +352,8 @@ class WynTextView : public platform::responder,
   void openFolded();
   void publishAll();
 
+  bool findAgain(bool backward);
+  void showFindNote(std::string const& note);
   plist::value replaceAllIn(char const* scope);
   std::string performFind(std::string const& action, plist::value const& options, bool& found);
   bool selectIncrementalMatch(text::iterator (*find)(text::view*, std::u16string const&, bool),
@@ -422,12 +428,23 @@ class WynTextView : public platform::responder,
   void flash(platform::rect const& r);
   void endFlash();
 
-  // Typing pairs and indentation (WynTextView_smartTyping.cc)
+  // Typing pairs (WynTextView_smartTyping.cc)
   bool selectLiveClosing(text::char_t typed);
   bool surroundSelection(text::char_t typed);
   void completePair(text::char_t typed);
   void endEmptyPair(bool both);
+
+  // Indentation (WynTextView_Indentation.cc)
+  void addIndentationMethods();
+  indent_patterns const& indentPatterns();
+  std::size_t currentIndentForContentAtLine(text::unit_view content, std::size_t number);
+  void indentLine(std::size_t number);
+  void indentSelectedLines();
+  bool mayCloseBlock();
+  void indentClosingLine();
   std::u16string indentOfLine(std::size_t number) const;
+  bool pasteClip();
+  std::u16string fittedClip(std::u16string const& clip);
 
   // Drag and drop (WynTextView_dragging.cc)
   bool armDragAtClick(platform::mouse_event const& event);
@@ -469,7 +486,8 @@ class WynTextView : public platform::responder,
   bool showSoftWrapInGutter_ = true, showBookmarksInGutter_ = true;
   bool overwriteMode_ = false, overwriteDefault_ = false;
   bool smartTyping_ = true, smartTypingDefault_ = true;
-  bool autoIndent_ = true;
+  bool autoIndent_ = true, indentedPaste_ = true;
+  std::unique_ptr<indent_patterns> indentPatterns_;  // of the language that was at the caret last
   bool freehandedMode_ = false;
   bool antiAliasEnabled_ = true;
   bool showInvisibles_ = false;
@@ -507,6 +525,7 @@ class WynTextView : public platform::responder,
 
   platform::notification_center::token matchesToken_;
   std::unique_ptr<find_highlights> highlights_;
+  bool hasFindNote_ = false;
   std::unique_ptr<WynISearchWindow> iSearchWindow_;
 
   std::u16string markedText_;

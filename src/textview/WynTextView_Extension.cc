@@ -63,6 +63,7 @@ WynTextView::plain_switch const WynTextView::plainSwitches[] = {
     {"foldingsEnabled", "WynTextViewFoldingsEnabled", &WynTextView::foldingsEnabled_,
      &WynTextView::applyFoldingsEnabled},
     {"autoIndent", "WynTextViewAutoIndentEnabled", &WynTextView::autoIndent_, nullptr},
+    {"indentedPaste", "WynTextViewIndentedPasteEnabled", &WynTextView::indentedPaste_, nullptr},
     {"freehandedEdit", "WynTextViewFreehandedModeEnabled", &WynTextView::freehandedMode_,
      &WynTextView::applyFreehandedMode},
 };

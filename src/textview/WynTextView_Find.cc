@@ -34,8 +34,8 @@ std::string status_for(find_answer const& answer, std::string const& nothing) {
 }  // namespace
 
 void WynTextView::addFindMethods() {
-  actions_.add_action(&view_find_next, "findNext:");
-  actions_.add_action(&view_find_previous, "findPrevious:");
+  actions_.add_action([this](text::view*) { return findAgain(false); }, "findNext:");
+  actions_.add_action([this](text::view*) { return findAgain(true); }, "findPrevious:");
   actions_.add_action(&view_replace_and_find, "replaceAndFind:");
   actions_.add_action(&view_copy_selection_to_findpboard, "copySelectionToFindPboard:");
   auto const has_selection = [](text::view* view) { return view->has_selection(); };
@@ -63,6 +63,21 @@ std::vector<find_highlights::match> const& WynTextView::shownMatches() const {
   return highlights_->in_window(
       *view_, query,
       {first, last + 1, layout_.column_at(seen.x), layout_.column_at(seen.right()) + 1});
+}
+
+// As view_find_next and its counterpart, and the status bar says why nothing came of it.
+bool WynTextView::findAgain(bool backward) {
+  find_answer const answer = find_in_view(*view_, backward);
+  showFindNote(
+      status_for(answer, "Not found: " + WynFindManager::sharedInstance().findPboardString()));
+  return log_and_tell(answer, "bad regexp: ");
+}
+
+// It stays until the next key press or click.
+void WynTextView::showFindNote(std::string const& note) {
+  if (note.empty() && !hasFindNote_) return;
+  hasFindNote_ = !note.empty();
+  updateValueForKey(note, "incrementalSearch");
 }
 
 plist::value WynTextView::replaceAllIn(char const* scope) {

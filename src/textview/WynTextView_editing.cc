@@ -94,10 +94,12 @@ void WynTextView::insertText(std::u16string_view text) {
   view_will_change const scope(*this, true);
   make_caret_real(*view_);
   bool const smart = smartTyping_ && text.size() == 1;
+  bool const may_close = text.size() == 1 && mayCloseBlock();
   bool const closes = smart && selectLiveClosing(text.front());
   if (smart && !closes && surroundSelection(text.front())) return;
   insertTyped(text, closes);
   if (smart && !closes) completePair(text.front());
+  if (may_close) indentClosingLine();
 }
 
 // In overwrite mode what is typed takes the place of as many units, or of the one selected.

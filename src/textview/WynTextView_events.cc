@@ -74,6 +74,7 @@ platform::cursor WynTextView::cursor_at(point p, std::uint32_t modifiers) const 
 
 void WynTextView::mouse_down(mouse_event const& event) {
   closeIncrementalSearchWindow();
+  showFindNote("");
   if (view_ == nullptr) return;
   abandonMarkedText();
   didPressOption_ = false;

@@ -75,32 +75,3 @@ void WynTextView::endEmptyPair(bool both) {
   if (!both || caret.column == 0 || caret == view_->storage->end(caret.line)) return;
   view_->selection.select({view_, caret - 1}, {view_, caret + 1}, false);
 }
-
-// The leading white space of a line: tabs alone, behind the mark of a comment, unless spaces are
-// what indents.
-std::u16string WynTextView::indentOfLine(std::size_t number) const {
-  std::u16string_view line = view_->storage->line_units(number);
-  std::u16string_view const blanks = treatsSpacesAsTabs() ? u" \t" : u"\t";
-  if (!treatsSpacesAsTabs()) {
-    bool const comment = line.starts_with(u"//\t") || line.starts_with(u"/*\t");
-    if (comment || line.starts_with(u"*/")) line.remove_prefix(2);
-  }
-  return std::u16string(line.substr(0, std::min(line.find_first_not_of(blanks), line.size())));
-}
-
-void WynTextView::insertNewline() {
-  std::u16string before = u"\n", behind;
-  if (autoIndent_) {
-    text::iterator const at = view_->selection.first().base;
-    text::unit_view const line = view_->storage->line_units(at.line);
-    before += indentOfLine(at.line);
-    bool const in_braces = !view_->has_selection() && 0 < at.column && at.column < line.size() &&
-                           line[at.column - 1] == u'{' && line[at.column] == u'}';
-    if (in_braces) behind = before;
-  }
-  view_->insert(before.begin(), before.end());
-  if (behind.empty()) return;
-  text::iterator const caret = view_->selection.current_mark.base;
-  view_->insert(behind.begin(), behind.end());
-  view_->selection.set_caret({view_, caret});
-}

@@ -98,12 +98,12 @@ std::vector<leg> legs_for(text_query const& query, selection_offsets const& at, 
   return legs;
 }
 
+}  // namespace
+
 bool log_and_tell(find_answer const& answer, char const* prefix) {
   if (!answer.error.empty()) std::fprintf(stderr, "Quirnote: %s%s\n", prefix, answer.error.c_str());
   return answer.end == search_end::found;
 }
-
-}  // namespace
 
 find_answer find_in_view(text::view& view, bool backward) {
   auto const options = WynFindManager::sharedInstance().findOptions();

@@ -20,6 +20,9 @@ find_answer find_in_view(text::view& view, bool backward);
 /// Puts the replacement in place of the selection.
 find_answer replace_selection_in_view(text::view& view);
 
+/// Whether something was found. What is wrong is logged, behind `prefix`.
+bool log_and_tell(find_answer const& answer, char const* prefix);
+
 /// The named actions; false if nothing was found. What is wrong is logged.
 bool view_find_next(text::view* view);
 bool view_find_previous(text::view* view);

@@ -150,6 +150,21 @@ TEST_F(find, histories_keep_ten_entries_with_the_latest_first) {
       0u);
 }
 
+TEST_F(find, the_status_bar_says_what_was_not_found_until_the_next_key) {
+  std::string note;
+  view_->bind([&](std::string_view key, plist::value const& value) {
+    if (key == "incrementalSearch") note = value.string_or("");
+  });
+  set("a|bc");
+  manager.writeStringToFindPboard("x");
+  view_->performSelectorWithObject("findNext:", {});
+  EXPECT_EQ(note, "Not found: x");
+  type(u"x");
+  EXPECT_EQ(note, "");
+  view_->performSelectorWithObject("findPrevious:", {});
+  EXPECT_EQ(get() + note, "a[x]bc");
+}
+
 TEST_F(find, incremental_search_follows_what_is_typed) {
   set("abc |ABC abd abc");
   view_->performSelectorWithObject("ISIM_incrementalSearch:", {});

@@ -5,6 +5,7 @@
 #include "text/marked_text.h"
 #include "textview/WynTextView.h"
 #include "textview/scoped_settings.h"
+#include "textview/view_colors.h"
 #include "textview/view_will_change.h"
 
 #include <gtest/gtest.h>
@@ -197,6 +198,22 @@ TEST_F(options, the_wrap_column_is_drawn_where_there_is_one) {
   EXPECT_EQ(drawn(), "fill 84,0 556x384 #f5f5f5\nfill 84,0 1x384 #cccccc\n");
   shown.view.setHighlightWrapMargin(false);
   EXPECT_EQ(drawn(), "fill 84,0 1x384 #cccccc\n");
+}
+
+TEST_F(options, own_colours_stand_where_no_theme_has_its_own) {
+  own().set("WynTextViewBackgroundColor", "#102030");
+  own().set("WynTextViewForegroundColor", "#405060");
+  own().set("WynTextViewSelectionColor", "#708090");
+  platform::palette const desktop;
+  platform::palette const plain = styled_palette(desktop, {});
+  EXPECT_EQ(plain.background, (platform::color{0x10, 0x20, 0x30, 255}));
+  EXPECT_EQ(plain.foreground, (platform::color{0x40, 0x50, 0x60, 255}));
+  EXPECT_EQ(plain.selection, (platform::color{0x70, 0x80, 0x90, 255}));
+  EXPECT_TRUE(plain.dark);
+  auto const themed = styled_palette(desktop, plist::dictionary{{"background", "#FFFFFF"}});
+  EXPECT_EQ(themed.background, (platform::color{255, 255, 255, 255}));
+  own().set("WynTextViewBackgroundColor", "no colour");
+  EXPECT_EQ(styled_palette(desktop, {}).background, desktop.background);
 }
 
 struct typed_line {

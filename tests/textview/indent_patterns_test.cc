@@ -1,0 +1,59 @@
+#include "textview/indent_patterns.h"
+
+#include <gtest/gtest.h>
+
+#include "actions/indent.h"
+
+namespace {
+
+// Lines that end with ":" or "(" open a block, "end" and ")" close one, "if" holds for one line.
+plist::value const settings = plist::dictionary{{"unIndentedLinePattern", "^\\s*(#|$)"},
+                                                {"increaseIndentPattern", "[:(]$"},
+                                                {"decreaseIndentPattern", "^\\s*(end|\\))"},
+                                                {"indentNextLinePattern", "^\\s*if\\b"}};
+
+TEST(indent_patterns, say_how_far_a_line_is_indented) {
+  struct row {
+    std::u16string above, content;
+    std::size_t width;
+  };
+  indent_patterns const patterns(settings);
+  for (row const& r : {
+           row{u"a\n", u"b", 0},
+           row{u"  a\n", u"b", 2},
+           row{u"\ta\n", u"b", 4},
+           row{u"  a:\n", u"b", 6},
+           row{u"  a:\n\n# note\n", u"b", 6},
+           row{u"  a:\n", u"end", 2},
+           row{u"  a:\n", u" # note", 1},
+           row{u"  a\n", u"end", 0},
+           row{u"a\n  if b\n", u"c", 6},
+           row{u"  if a\n      if b\n", u"c", 6},
+           row{u"  if a\n      b\n", u"c", 2},
+           row{u"  if a\n", u"b(", 2},
+           row{u"# note\n", u"b", 0},
+           row{u"", u"b:", 0},
+       }) {
+    text::storage storage;
+    storage.insert(text::iterator(0, 0, &storage), r.above.begin(), r.above.end());
+    EXPECT_EQ(patterns.indentForContentAtLine(r.content, storage.lines() - 1, storage, 4), r.width)
+        << testing::PrintToString(r.above + r.content);
+  }
+}
+
+TEST(indent_patterns, a_bad_pattern_costs_only_itself) {
+  indent_patterns const patterns(
+      plist::dictionary{{"increaseIndentPattern", "("}, {"decreaseIndentPattern", "x"}});
+  EXPECT_FALSE(patterns.matches(indent_patterns::increase, u"("));
+  EXPECT_EQ(patterns.typeForLine(u"(x"), unsigned(indent_patterns::decrease));
+}
+
+TEST(indent, is_cut_and_added_by_columns) {
+  EXPECT_EQ(indent::level(u"        a\n\n\tb", 4), 4u);
+  EXPECT_EQ(indent::cut_from_each_line(u"      a\n \t b\n\n c", 4, 4), u"  a\n b\n\nc");
+  EXPECT_EQ(indent::skip(u"  \tx", 3, 4), 2u);
+  EXPECT_EQ(indent::prefix_each_line(u"a\n\nb\n", u"  "), u"a\n\n  b\n");
+  EXPECT_EQ(indent::blanks(10, 4, false), u"\t\t  ");
+}
+
+}  // namespace
