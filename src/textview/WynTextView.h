@@ -438,6 +438,7 @@ class WynTextView : public platform::responder,
   void addIndentationMethods();
   indent_patterns const& indentPatterns();
   std::size_t currentIndentForContentAtLine(text::unit_view content, std::size_t number);
+  bool indentsBySpaces(std::size_t number) const;
   void indentLine(std::size_t number);
   void indentSelectedLines();
   bool mayCloseBlock();

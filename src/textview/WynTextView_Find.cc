@@ -68,8 +68,8 @@ std::vector<find_highlights::match> const& WynTextView::shownMatches() const {
 // As view_find_next and its counterpart, and the status bar says why nothing came of it.
 bool WynTextView::findAgain(bool backward) {
   find_answer const answer = find_in_view(*view_, backward);
-  showFindNote(
-      status_for(answer, "Not found: " + WynFindManager::sharedInstance().findPboardString()));
+  std::string const sought = WynFindManager::sharedInstance().findPboardString();
+  showFindNote(status_for(answer, sought.empty() ? "Nothing to find" : "Not found: " + sought));
   return log_and_tell(answer, "bad regexp: ");
 }
 

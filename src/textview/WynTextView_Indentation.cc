@@ -21,9 +21,21 @@ std::size_t leading_blanks(text::unit_view line) {
   return std::min(line.find_first_not_of(u" \t"), line.size());
 }
 
-// Indented by spaces, also where tabs are what is typed.
+constexpr std::size_t furthest_line = 200;  // where the look up ends at the latest
+
 bool begins_with_space(text::unit_view line) {
   return !line.empty() && line.front() == u' ';
+}
+
+// As the nearest line above, or this one, that is indented; a single space is no indentation.
+bool is_indented_by_spaces(text::storage const& text, std::size_t number) {
+  std::size_t const top = number - std::min(number, furthest_line);
+  for (std::size_t line = number + 1; line-- > top;) {
+    text::unit_view const units = text.line_units(line);
+    if (units.starts_with(u"\t")) return false;
+    if (units.starts_with(u"  ")) return true;
+  }
+  return false;
 }
 
 // What its first line of text says about where a clip belongs.
@@ -58,6 +70,11 @@ std::size_t WynTextView::currentIndentForContentAtLine(text::unit_view content,
   return indentPatterns().indentForContentAtLine(content, number, *view_->storage, tabSize());
 }
 
+// Text that is indented by spaces goes on so, also where tabs are what is typed.
+bool WynTextView::indentsBySpaces(std::size_t number) const {
+  return treatsSpacesAsTabs() || is_indented_by_spaces(*view_->storage, number);
+}
+
 // A line of blanks alone loses them.
 void WynTextView::indentLine(std::size_t number) {
   text::storage& storage = *view_->storage;
@@ -66,7 +83,7 @@ void WynTextView::indentLine(std::size_t number) {
   std::u16string fresh;
   if (old < line.size())
     fresh = indent::blanks(currentIndentForContentAtLine(line, number), tabSize(),
-                           treatsSpacesAsTabs());
+                           indentsBySpaces(number));
   if (line.substr(0, old) == fresh) return;
   text::iterator const at = storage.begin_of_line(number);
   storage.erase(at, at + static_cast<std::ptrdiff_t>(old));
@@ -143,9 +160,8 @@ void WynTextView::insertNewline() {
     bool const in_braces = !view_->has_selection() && 0 < at.column && at.column < line.size() &&
                            line[at.column - 1] == u'{' && line[at.column] == u'}';
     if (in_braces) behind = before;
-    bool const spaces = treatsSpacesAsTabs() || begins_with_space(line);
     if (indentPatterns().matches(indent_patterns::increase, line.substr(0, at.column)))
-      before += indent::blanks(tabSize(), tabSize(), spaces);
+      before += indent::blanks(tabSize(), tabSize(), indentsBySpaces(at.line));
   }
   view_->insert(before.begin(), before.end());
   if (behind.empty()) return;
@@ -188,7 +204,8 @@ std::u16string WynTextView::fittedClip(std::u16string const& clip) {
   std::u16string result = clip;
   if (level > want) result = indent::cut_from_each_line(clip, level - want, tabSize());
   if (level < want) {
-    std::u16string const prefix = indent::blanks(want - level, tabSize(), treatsSpacesAsTabs());
+    std::u16string const prefix =
+        indent::blanks(want - level, tabSize(), indentsBySpaces(caret.line));
     result = prefix + indent::prefix_each_line(clip, prefix);
   }
   result.resize(result.find_last_not_of(u" \t") + 1);
