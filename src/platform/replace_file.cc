@@ -63,10 +63,14 @@ std::string temporary_name(std::string const& path) {
   return path + temporary_mark + std::to_string(::getpid()) + "-" + std::to_string(++counter);
 }
 
+/// A call that is interrupted more often than this in a row has failed.
+constexpr int most_interruptions = 1000;
+
 int write_all(int fd, std::string_view contents, file_calls& calls) {
+  int interruptions = 0;
   while (!contents.empty()) {
     ssize_t const written = calls.write(fd, contents.data(), contents.size());
-    if (written < 0 && errno == EINTR) continue;
+    if (written < 0 && errno == EINTR && ++interruptions < most_interruptions) continue;
     if (written < 0) return errno;
     if (written == 0) return ENOSPC;
     contents.remove_prefix(static_cast<std::size_t>(written));
@@ -117,12 +121,13 @@ int read_file(std::string const& path, std::string& contents, file_calls& calls,
   int error = calls.fstat(fd, info) != 0 ? errno : 0;
   if (!error && !S_ISREG(info->st_mode)) error = S_ISDIR(info->st_mode) ? EISDIR : EINVAL;
   char buffer[16384];
+  int interruptions = 0;
   while (!error) {
     ssize_t const count = calls.read(fd, buffer, sizeof buffer);
     if (count == 0) break;
     if (count > 0)
       contents.append(buffer, static_cast<std::size_t>(count));
-    else if (errno != EINTR)
+    else if (errno != EINTR || ++interruptions == most_interruptions)
       error = errno;
   }
   calls.close(fd);  // nothing was written: its result tells nothing
