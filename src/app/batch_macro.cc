@@ -49,8 +49,8 @@ batch_macro read_batch_macro(std::string const& path) {
   batch_macro macro;
   for (std::size_t n = 0; n < list.elements().size(); ++n) {
     plist::value const& step = list.elements()[n];
-    if (auto const* command = step["command"].as_string()) {
-      macro.steps.push_back({*command, step["argument"]});
+    if (plist::value const& command = step["command"]; command.as_string() != nullptr) {
+      macro.steps.push_back({command, step["argument"]});
     } else {
       report(path, "step " + std::to_string(n) + " has no `command`");
       macro.complete = false;

@@ -9,7 +9,7 @@
 /// Actions to perform one after the other.
 struct batch_macro {
   struct step {
-    std::string command;  // a selector
+    plist::value command;  ///< a string: the selector
     plist::value argument;
   };
   std::vector<step> steps;

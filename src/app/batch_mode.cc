@@ -16,6 +16,7 @@
 #include "platform/utf.h"
 #include "textview/scope_report.h"
 
+#include <chrono>
 #include <cstdio>
 
 namespace {
@@ -37,6 +38,8 @@ void print_text(text::storage const& storage) {
 class batch_run {
  public:
   explicit batch_run(batch_options const& options) : options_(options), app_({}, "") {
+    desktop_.shows_windows = false;
+    desktop_.files().watch_no_more();
     for (auto const& [title, button] : options.answers) desktop_.alerts().answer(title, button);
   }
 
@@ -96,9 +99,19 @@ class batch_run {
   // Actions that the text view keeps from menus and keys, such as moveLeft:, work in macros.
   void perform(WynDocumentController& controller, batch_macro::step const& step) {
     int const beeps = desktop_.beeps;
-    if (!controller.textView().tryToPerformWith(step.command, step.argument)) desktop_.beep();
+    std::string const& command = *step.command.as_string();
+    if (!controller.textView().tryToPerformWith(command, step.argument)) desktop_.beep();
+    handle_events();
+    if (desktop_.beeps != beeps) std::fprintf(stderr, "beep: %s\n", command.c_str());
+  }
+
+  // News of files come a few milliseconds late rather than by a system call at each step.
+  void handle_events() {
+    constexpr auto interval = std::chrono::milliseconds(5);
+    auto const now = std::chrono::steady_clock::now();
+    if (now < next_look_) return desktop_.loop().run_due();
     desktop_.loop().run_for(0);
-    if (desktop_.beeps != beeps) std::fprintf(stderr, "beep: %s\n", step.command.c_str());
+    next_look_ = now + interval;
   }
 
   void save(WynDocumentController& controller) {
@@ -164,6 +177,7 @@ class batch_run {
   headless::headless_desktop desktop_;
   AppDelegate app_;
   std::vector<batch_macro> macros_;
+  std::chrono::steady_clock::time_point next_look_;
   int status_ = done;
   bool has_beeped_ = false;
 };

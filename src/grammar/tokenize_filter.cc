@@ -30,10 +30,10 @@ tokenize_filter::tokenize_filter(text::storage& storage)
       loop_(main_loop()),
       lines_(storage.lines()),
       last_dirty_(storage.lines()),
-      reset_display_(std::make_shared<std::function<void()>>()),
-      thread_([this] { work(); }) {}
+      reset_display_(std::make_shared<std::function<void()>>()) {}
 
 tokenize_filter::~tokenize_filter() {
+  if (!thread_.joinable()) return;
   {
     std::lock_guard lock(storage_.mutex);
     worker_should_ = command::stop;
@@ -65,7 +65,12 @@ std::optional<std::pair<std::size_t, std::size_t>> tokenize_filter::take_redraw_
   return std::exchange(redraw_, std::nullopt);
 }
 
+void tokenize_filter::start() {
+  if (!thread_.joinable()) thread_ = std::thread([this] { work(); });
+}
+
 bool tokenize_filter::wait_for(std::size_t line, std::chrono::milliseconds limit) {
+  start();
   std::unique_lock lock(storage_.mutex);
   auto const is_parsed = [&] {
     return !paths_ || first_dirty_ > line || first_dirty_ >= last_dirty_;
@@ -87,6 +92,7 @@ bit_stack::storage tokenize_filter::graph_path(text::pos at) const {
 bit_stack::storage tokenize_filter::graph_path_for_selection(text::selection const& selection,
                                                              bool wait) {
   text::iterator const caret = selection.last_mark.base, first = selection.first_mark.base;
+  start();
   if (wait) wait_for(caret.line);
   std::lock_guard lock(storage_.mutex);
   bit_stack::storage path = graph_path(caret.pos());

@@ -32,7 +32,8 @@ namespace grammar {
 /// All state is under the mutex of the storage. The worker holds that except while it parses some
 /// lines, of which it has a copy, for a millisecond at most if they are ordinary lines; a change
 /// meanwhile makes it throw the result away. While there is a lot to parse it asks for what is
-/// done to be drawn every few milliseconds.
+/// done to be drawn every few milliseconds. There is no thread, and nothing is parsed, before
+/// somebody looks, by `start` or by waiting: a macro over files that nobody sees costs nothing.
 ///
 ///     auto filter = std::make_unique<grammar::tokenize_filter>(storage);
 ///     filter->set_rules(all_rules, all_rules->index_named("source.c"));
@@ -58,13 +59,18 @@ class tokenize_filter : public text::filter {
   /// The lines, half open, that have changed since the last call.
   std::optional<std::pair<std::size_t, std::size_t>> take_redraw_range();
 
-  /// Waits until `line` is parsed, but not longer than `limit`; then tells whether it is. The
-  /// caller must not hold the storage's mutex.
+  /// Has the worker parse from now on; it goes on until the filter goes. The caller is about to
+  /// read tokens, or may do so at any time, as a window does.
+  void start();
+
+  /// Starts, and waits until `line` is parsed, but not longer than `limit`; then tells whether it
+  /// is. The caller must not hold the storage's mutex.
   bool wait_for(std::size_t line, std::chrono::milliseconds limit = patience);
 
   /// The path at a position; at the text's end that of the last unit. Under the storage's mutex.
   bit_stack::storage graph_path(text::pos at) const;
   /// What is common to the paths in and at the ends of a selection, after waiting if `wait`.
+  /// Starts.
   bit_stack::storage graph_path_for_selection(text::selection const& selection, bool wait);
   /// The names of the scopes on a path of this view; none without a grammar.
   std::vector<std::string> scopes(bit_stack::storage const& path) const;

@@ -139,7 +139,9 @@ headless_desktop::~headless_desktop() {
 std::unique_ptr<platform::window> headless_desktop::make_window(platform::window_delegate& delegate,
                                                                 platform::view_client& client,
                                                                 platform::responder& first) {
-  return std::make_unique<headless_window>(*this, delegate, client, first);
+  auto window = std::make_unique<headless_window>(*this, delegate, client, first);
+  window->host.seen = shows_windows;
+  return window;
 }
 
 std::vector<platform::window*> headless_desktop::ordered_windows() const {

@@ -181,6 +181,7 @@ class headless_desktop : public platform::desktop {
 
   int beeps = 0;
   bool terminated = false;
+  bool shows_windows = true;  // else nobody sees the views in windows made from now on
 
  private:
   friend class headless_window;

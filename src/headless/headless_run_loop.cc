@@ -94,10 +94,10 @@ void headless_run_loop::run_first_timer() {
   task();
 }
 
-void headless_run_loop::run_for(double seconds) {
+void headless_run_loop::run(double seconds, bool look_at_descriptors) {
   double const end = now_ + seconds;
   ++depth_;
-  poll_descriptors();
+  if (look_at_descriptors) poll_descriptors();
   run_posted();
   while (!timers_.empty() && timers_.begin()->first.first <= end) {
     run_first_timer();

@@ -21,13 +21,16 @@ class headless_run_loop : public platform::run_loop {
                                                                std::function<void()> task) override;
   double now() const override { return now_; }
   /// Moves the clock on by `seconds`, running what falls due on the way.
-  void run_for(double seconds) override;
+  void run_for(double seconds) override { run(seconds, true); }
 
   /// Whether run_for() is being executed inside of something that it has run.
   bool is_nested() const { return depth_ > 1; }
 
   /// Runs what was posted, without moving the clock.
   void run_posted();
+  /// Runs what was posted and the timers that are due; no descriptor is looked at, which takes a
+  /// system call.
+  void run_due() { run(0, false); }
 
  private:
   class watched_descriptor;
@@ -39,6 +42,7 @@ class headless_run_loop : public platform::run_loop {
   };
   using key = std::pair<double, std::uint64_t>;  // due time, then order of scheduling
 
+  void run(double seconds, bool look_at_descriptors);
   void run_first_timer();
   void poll_descriptors();
 

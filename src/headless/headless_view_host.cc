@@ -27,7 +27,7 @@ void headless_view_host::set_frame_size(platform::size s) {
 }
 
 void headless_view_host::set_needs_display(platform::rect const& r) {
-  if (!r.empty()) dirty.push_back(r);
+  if (seen && !r.empty()) dirty.push_back(r);
 }
 
 platform::palette headless_view_host::palette() const {

@@ -15,6 +15,7 @@ class headless_view_host : public platform::view_host {
   ~headless_view_host() override;                              // detaches itself
 
   platform::rect visible_rect() const override { return visible_; }
+  bool is_seen() const override { return seen; }
   void scroll_to(platform::point origin) override;
   void set_frame_size(platform::size s) override;
   void set_needs_display(platform::rect const& r) override;
@@ -35,7 +36,7 @@ class headless_view_host : public platform::view_host {
 
   void resize(platform::size visible);
 
-  bool focused = true;
+  bool focused = true, seen = true;
   platform::size frame_size;
   std::vector<platform::rect> dirty;  // what set_needs_display got
   int compositions_abandoned = 0;

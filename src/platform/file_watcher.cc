@@ -66,7 +66,7 @@ class file_watcher::file : public token {
         with_entries_(with_entries),
         changed_(std::move(changed)) {
     owner_->files_.insert(this);
-    add_folders();
+    if (!owner_->is_off_) add_folders();
   }
   ~file() override {
     if (owner_ == nullptr) return;

@@ -47,6 +47,8 @@ class file_watcher {
   /// The same for a folder and the files and folders that stand in it, but not for what is below
   /// these. Their dates and rights don't count.
   std::unique_ptr<token> watch_folder(std::string path, std::function<void()> changed);
+  /// Folders that aren't watched yet won't be: for a run loop whose time stands still.
+  void watch_no_more() { is_off_ = true; }
 
  private:
   bool start();
@@ -58,6 +60,7 @@ class file_watcher {
 
   run_loop& loop_;
   int descriptor_ = -1;
+  bool is_off_ = false;
   std::unique_ptr<descriptor_watch> readable_;
   std::map<int, int> users_;  ///< of each watched folder, by the kernel's number for it
   std::set<file*> files_;

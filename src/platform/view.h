@@ -43,6 +43,9 @@ class view_host {
   virtual void set_frame_size(size s) = 0;
   virtual void set_needs_display(rect const& r) = 0;
 
+  /// False where nobody will ever look, as in batch mode: then what there is to see needn't follow
+  /// each action, such as the scroll position.
+  virtual bool is_seen() const { return true; }
   virtual bool is_first_responder() const = 0;
   virtual bool is_window_key() const = 0;
   virtual platform::palette palette() const = 0;

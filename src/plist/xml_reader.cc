@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -54,10 +55,34 @@ std::string quoted(std::string_view text) {
   return "\"" + std::string(text.substr(0, cut)) + "...\"";
 }
 
-/// An element whose end has not come yet, with what it holds so far.
+/// Strings and dictionaries that were read lately. Those that come again, as the steps of a long
+/// macro do, share one value.
+class known_values {
+ public:
+  value const& string(std::string_view text) {
+    last_hash_ = std::hash<std::string_view>()(text);
+    value& known = strings_[last_hash_ % strings_.size()];
+    auto const* const content = known.as_string();
+    if (content == nullptr || *content != text) known = value(text);
+    return known;
+  }
+  /// Takes the entries only if they are new; those that are equal mostly end in the same string.
+  value const& dictionary(plist::dictionary& entries) {
+    value& known = dictionaries_[(last_hash_ + entries.size()) % dictionaries_.size()];
+    auto const* const content = known.as_dictionary();
+    if (content == nullptr || *content != entries) known = value(std::move(entries));
+    return known;
+  }
+
+ private:
+  std::array<value, 256> strings_;
+  std::array<value, 64> dictionaries_;
+  std::size_t last_hash_ = 0;
+};
+
+/// A container whose end has not come yet, with what it holds so far.
 struct open_element {
   element what;
-  std::string text;
   array elements;
   dictionary entries;
   std::optional<std::string> key;  // of the dictionary entry whose value comes next
@@ -151,7 +176,11 @@ class reader {
     bool const nests = found->what == element::array || found->what == element::dictionary;
     if (nests && open_.size() > max_depth) return fail("nested too deeply");
     if (lines_ && found->what != element::key) note_line();
-    open_.push_back({found->what, {}, {}, {}, {}});
+    text_.clear();
+    if (nests || found->what == element::plist)
+      open_.push_back({found->what, {}, {}, {}});
+    else
+      scalar_ = found->what;
   }
 
   void note_line() {
@@ -177,6 +206,7 @@ class reader {
       fail(std::move(why));
       return false;
     };
+    if (scalar_) return refuse("an element inside of " + std::string(name_of(*scalar_)));
     if (open_.empty())
       return what == element::plist || refuse("the outermost element must be plist");
     open_element const& parent = open_.back();
@@ -187,63 +217,70 @@ class reader {
       return !parent.key || refuse("the key " + quoted(*parent.key) + " has no value");
     }
     if (in_dictionary) return parent.key || refuse("a value without a key");
-    if (parent.what == element::plist)
-      return !result_ || refuse("more than one value at the top level");
-    return parent.what == element::array ||
-           refuse("an element inside of " + std::string(name_of(parent.what)));
+    return parent.what == element::array || !result_ ||
+           refuse("more than one value at the top level");
   }
 
   void text(std::string_view text) {
-    open_element& current = open_.back();
-    switch (current.what) {
+    element const what = scalar_.value_or(open_.back().what);
+    switch (what) {
       case element::plist:
       case element::array:
       case element::dictionary:
       case element::yes:
       case element::no:
-        if (!trimmed(text).empty()) fail("text inside of " + std::string(name_of(current.what)));
+        if (!trimmed(text).empty()) fail("text inside of " + std::string(name_of(what)));
         break;
       default:
-        current.text += text;
+        text_ += text;
     }
   }
 
   void end() {
+    if (scalar_) return end_scalar(*std::exchange(scalar_, std::nullopt));
     open_element done = std::move(open_.back());
     open_.pop_back();
-    switch (done.what) {
+    if (done.what == element::plist) {
+      if (!result_) fail("no value");
+    } else if (done.what == element::array) {
+      add(std::move(done.elements));
+    } else if (done.key) {
+      fail("the key " + quoted(*done.key) + " has no value");
+    } else {
+      add(known_.dictionary(done.entries));
+    }
+  }
+
+  void end_scalar(element what) {
+    switch (what) {
       case element::plist:
-        if (!result_) fail("no value");
-        break;
-      case element::key:
-        open_.back().key = std::move(done.text);
-        break;
       case element::array:
-        return add(std::move(done.elements));
       case element::dictionary:
-        if (done.key) return fail("the key " + quoted(*done.key) + " has no value");
-        return add(std::move(done.entries));
+        break;  // are no scalars
+      case element::key:
+        open_.back().key = text_;
+        break;
       case element::string:
-        return add(std::move(done.text));
+        return add(known_.string(text_));
       case element::yes:
         return add(true);
       case element::no:
         return add(false);
       case element::integer:
-        return add(done, xml::parse_integer(trimmed(done.text)));
+        return add(what, xml::parse_integer(trimmed(text_)));
       case element::real:
-        return add(done, xml::parse_real(trimmed(done.text)));
+        return add(what, xml::parse_real(trimmed(text_)));
       case element::date:
-        return add(done, xml::parse_date(trimmed(done.text)));
+        return add(what, xml::parse_date(trimmed(text_)));
       case element::data:
-        return add(done, xml::parse_base64(done.text));
+        return add(what, xml::parse_base64(text_));
     }
   }
 
   template <typename T>
-  void add(open_element const& source, std::optional<T> parsed) {
+  void add(element source, std::optional<T> parsed) {
     if (parsed) return add(value(std::move(*parsed)));
-    fail("not a valid " + std::string(name_of(source.what)) + ": " + quoted(source.text));
+    fail("not a valid " + std::string(name_of(source)) + ": " + quoted(text_));
   }
 
   void add(value v) {
@@ -260,6 +297,9 @@ class reader {
 
   std::unique_ptr<XML_ParserStruct, free_parser> parser_;
   std::vector<open_element> open_;
+  std::optional<element> scalar_;  // the innermost element, which can't hold others
+  std::string text_;               // of that
+  known_values known_;
   value_lines* lines_;
   value result_;
   std::optional<read_error> error_;

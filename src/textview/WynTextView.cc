@@ -115,7 +115,7 @@ bool WynTextView::respondsToSelector(std::string_view selector) const {
   // These four are named actions, and yet menus and keys find them only by performing them.
   for (char const* name : {"moveLeft:", "moveRight:", "moveUp:", "moveDown:"})
     if (selector == name) return false;
-  return actions_.has_action(std::string(selector)) || responder::respondsToSelector(selector);
+  return actions_.has_action(selector) || responder::respondsToSelector(selector);
 }
 
 std::vector<std::string> WynTextView::selectors() const {
@@ -126,20 +126,19 @@ std::vector<std::string> WynTextView::selectors() const {
 
 plist::value WynTextView::performSelectorWithObject(std::string_view selector,
                                                     plist::value const& object) {
-  std::string const name(selector);
-  if (!actions_.has_action(name)) return responder::performSelectorWithObject(selector, object);
+  if (!actions_.has_action(selector)) return responder::performSelectorWithObject(selector, object);
   if (view_ == nullptr) return {};
   bool done = false;
   {
     view_will_change const scope(*this, true);
-    done = actions_.perform_action(name, view_);
+    done = actions_.perform_action(selector, view_);
   }
   if (!done) platform::desktop::current().beep();
   return done;
 }
 
 bool WynTextView::tryToPerformWith(std::string_view selector, plist::value const& object) {
-  if (!actions_.has_action(std::string(selector)) && !respondsToSelector(selector))
+  if (!actions_.has_action(selector) && !respondsToSelector(selector))
     return nextResponder() != nullptr && nextResponder()->tryToPerformWith(selector, object);
   performSelectorWithObject(selector, object);
   return true;
@@ -196,6 +195,7 @@ void WynTextView::set_host(platform::view_host* host) {
   }
   userDefaultsDidChange();
   setupTextFrame();
+  startTokenizer();
   focus_changed();
   if (view_ != nullptr) scrollToStoredPosition();
 }

@@ -361,6 +361,7 @@ class WynTextView : public platform::responder,
 
   // Language and styles (WynTextView_StyleSheet.cc)
   void attachTokenizer();
+  void startTokenizer();
   void detachTokenizer();
   void setRules(plist::value const& language);
   void postLanguageDidChange();
@@ -424,6 +425,7 @@ class WynTextView : public platform::responder,
 
   // Brackets (WynTextView_pairs.cc)
   plist::value pairsAtCaret(char const* key) const;
+  bool mayOpenPair(text::char_t typed) const;
   void flashPartner();
   void flash(platform::rect const& r);
   void endFlash();
@@ -473,6 +475,7 @@ class WynTextView : public platform::responder,
   grammar::tokenize_filter* tokenizer_ = nullptr;
   using style_cache = std::map<bit_stack::storage, plist::value>;
   mutable std::unique_ptr<style_cache> styleCache_;
+  mutable std::optional<std::u16string> typingOpeners_;          // of the pairs of all scopes
   mutable std::vector<std::optional<drawn_style>> drawnStyles_;  // by the tokenizer's paths
   mutable plist::value currentStyleSheet_;                       // the rules of the theme
   mutable bool hasStyleSheet_ = false;

@@ -143,7 +143,7 @@ void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) 
   postLanguageDidChange();
 }
 
-// A view gets its tokenizer, and that its thread, with the first language.
+// A view gets its tokenizer with the first language.
 void WynTextView::setRules(plist::value const& language) {
   if (tokenizer_ == nullptr) {
     if (!language) return;
@@ -154,6 +154,12 @@ void WynTextView::setRules(plist::value const& language) {
   tokenizer_->set_reset_display([this] { resetDisplay(); });
   tokenizer_->set_rules(language_catalogue(BundleManager::sharedInstance()),
                         language ? index_of_language(languageUUID_) : grammar::catalogue::none);
+  startTokenizer();
+}
+
+// One that nobody sees waits until its scopes are asked for.
+void WynTextView::startTokenizer() {
+  if (tokenizer_ != nullptr && host_ != nullptr && host_->is_seen()) tokenizer_->start();
 }
 
 void WynTextView::attachTokenizer() {
@@ -299,4 +305,5 @@ void WynTextView::setCurrentStyleSheet(plist::value rules) {
 void WynTextView::dropStyles() {
   styleCache_.reset();
   drawnStyles_.clear();
+  typingOpeners_.reset();
 }

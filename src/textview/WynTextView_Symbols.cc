@@ -60,6 +60,7 @@ void WynTextView::buildFunctionPopUp() {
   plist::array symbols;
   if (tokenizer_ != nullptr && tokenizer_->paths() != nullptr) {
     text::storage& storage = *view_->storage;
+    tokenizer_->start();
     std::lock_guard const lock(storage.mutex);
     symbol_names names;
     bool inside = false;

@@ -285,6 +285,7 @@ void WynTextView::draw(platform::graphics& g, rect const& dirty) {
     g.fill_rect(dirty, host_->palette().background);
     return;
   }
+  if (tokenizer_ != nullptr) tokenizer_->start();
   std::lock_guard const lock(view_->storage->mutex);
   painter(*this, g, dirty, active).paint();
 }

@@ -1,4 +1,5 @@
 #include "actions/skip_pair.h"
+#include "bundles/BundleManager.h"
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
 #include "text/view.h"
@@ -33,9 +34,28 @@ void WynTextView::addPairMethods() {
 
 // What the language at the caret says, or else the pairs of all texts.
 plist::value WynTextView::pairsAtCaret(char const* key) const {
-  plist::value const own = stylesForCaretWait(false)[key];
+  // A macro must do the same each time; who types must not be kept waiting.
+  bool const wait = host_ != nullptr && !host_->is_seen();
+  plist::value const own = stylesForCaretWait(wait)[key];
   if (own.as_array()) return own;
   return platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs");
+}
+
+// Whether there is any scope in which it opens a pair. That spares most typing the question which
+// scope it is in, for which text that nobody sees would have to be parsed.
+bool WynTextView::mayOpenPair(text::char_t typed) const {
+  if (!typingOpeners_) {
+    typingOpeners_.emplace();
+    auto const add = [&](plist::value const& list) {
+      for (unit_pair const pair : pairs_of(list)) *typingOpeners_ += pair.open;
+    };
+    for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("preference"))
+      add(item->content()["settings"]["smartTypingPairs"]);
+    for (plist::value const& rule : currentStyleSheet().elements())
+      add(rule["settings"]["smartTypingPairs"]);
+    add(platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs"));
+  }
+  return typingOpeners_->find(typed) != std::u16string::npos;
 }
 
 // The innermost pair round the selection, with its two units; once more gives the next one out.

@@ -27,7 +27,8 @@ bool WynTextView::selectLiveClosing(text::char_t typed) {
 // Typed with a selection, an opening unit puts the pair round it: in columns round each row.
 bool WynTextView::surroundSelection(text::char_t typed) {
   text::selection const& selection = view_->selection;
-  if (!view_->has_selection() || (selection.column_mode && selection.width() == 0)) return false;
+  if (!view_->has_selection() || !mayOpenPair(typed)) return false;
+  if (selection.column_mode && selection.width() == 0) return false;
   for (unit_pair const pair : pairs_of(pairsAtCaret("smartTypingPairs"))) {
     if (pair.open != typed) continue;
     std::u16string text(1, pair.open);
@@ -49,6 +50,7 @@ bool WynTextView::surroundSelection(text::char_t typed) {
 // makes their number on the line even is a closing one.
 void WynTextView::completePair(text::char_t typed) {
   if (view_->has_selection() || !view_->mirror_observer.mirrors.empty()) return;
+  if (!mayOpenPair(typed)) return;
   text::iterator const caret = view_->selection.current_mark.base;
   text::unit_view const line = view_->storage->line_units(caret.line);
   if (caret.column < line.size() && is_word_char(line[caret.column])) return;

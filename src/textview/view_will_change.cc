@@ -33,11 +33,14 @@ rect corner_of_columns(WynTextView const& text_view) {
 
 view_will_change::view_will_change(WynTextView& tv, bool grouped)
     : text_view(tv),
-      old_region(selection_region(tv, visible_of(tv))),
-      old_caret(caret_rectangle(tv)),
+      is_seen(tv.host() == nullptr || tv.host()->is_seen()),
       had_selection(tv.view()->has_selection()),
       group(grouped) {
   text::view& view = *text_view.view();
+  if (is_seen) {
+    old_region = selection_region(tv, visible_of(tv));
+    old_caret = caret_rectangle(tv);
+  }
   if (group) view.storage->undo_manager.begin_group();
   if (++text_view.viewChangeNesting_ == 1) {
     lines = view.lines();
@@ -52,14 +55,21 @@ view_will_change::~view_will_change() {
   text::view& view = *text_view.view();
   if (group) view.storage->undo_manager.end_group();
 
-  bool center = false;
-  if (view.center_selection_pending) {
-    view.center_selection_pending = false;
-    center = selection_is_out_of_sight();
-  }
+  bool const center = is_seen && view.center_selection_pending && selection_is_out_of_sight();
+  view.center_selection_pending = false;
   bool const outermost = --text_view.viewChangeNesting_ == 0;
   if (outermost) end_outermost();
+  if (is_seen) show_outcome(center, outermost);
+  drop_left_ranges();
+  if (!outermost) return;
+  view.first_refresh_line = no_line;
+  view.last_refresh_line = 0;
+  view.scroll_caret_pending = false;
+}
 
+// Has what has changed drawn anew, scrolls the caret into sight, and publishes where it is.
+void view_will_change::show_outcome(bool center, bool outermost) {
+  text::view& view = *text_view.view();
   mark_refreshed_lines();
   bool const moved = !(view.selection == view.saved_selection);
   bool const changed = outermost && view.storage->current_memento != memento;
@@ -69,21 +79,14 @@ view_will_change::~view_will_change() {
   }
   text_view.updateValueForKey(line_before_filters(view.selection.current_mark), "lineNumber");
   text_view.updateValueForKey(column_before_wrap(view.selection.current_mark), "columnNumber");
-  if (outermost && has_stepped_right()) text_view.flashPartner();
-  drop_left_ranges();
-
   if (!outermost) return;
+  if (has_stepped_right()) text_view.flashPartner();
   if (moved || changed) {
     text_view.showCaret();
     text_view.selectionDidChange();
   }
-  view.first_refresh_line = no_line;
-  view.last_refresh_line = 0;
   if (center) text_view.centerSelectionNowAndLater();
-  if (view.scroll_caret_pending) {
-    view.scroll_caret_pending = false;
-    text_view.scrollRectToVisible(caret_rectangle(text_view));
-  }
+  if (view.scroll_caret_pending) text_view.scrollRectToVisible(caret_rectangle(text_view));
   text_view.updateFunctionPopUp(false);
 }
 

@@ -22,12 +22,14 @@ class view_will_change {
   bool selection_is_out_of_sight() const;
   bool has_stepped_right() const;
   void end_outermost();
+  void show_outcome(bool center, bool outermost);
   void mark_refreshed_lines();
   void mark_moved_selection();
   void scroll_to_selection();
   void drop_left_ranges();
 
   WynTextView& text_view;
+  bool is_seen;  ///< else nothing of what shows is kept up to date
   wyn::region old_region;
   platform::rect old_caret;
   bool had_selection;
