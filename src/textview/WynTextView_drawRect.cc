@@ -2,6 +2,7 @@
 #include <cmath>
 #include <mutex>
 
+#include "grammar/tokenize_filter.h"
 #include "text/folding_filter.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"

@@ -41,9 +41,11 @@ plist::value WynTextView::pairsAtCaret(char const* key) const {
   return platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs");
 }
 
-// Whether there is any scope in which it opens a pair. That spares most typing the question which
-// scope it is in, for which text that nobody sees would have to be parsed.
+// Whether there is any scope in which it opens a pair. Where nobody looks that spares most typing
+// the question which scope it is in, for which the text would have to be parsed; a window knows its
+// scopes, and needn't read the settings of all others.
 bool WynTextView::mayOpenPair(text::char_t typed) const {
+  if (host_ == nullptr || host_->is_seen()) return true;
   if (!typingOpeners_) {
     typingOpeners_.emplace();
     auto const add = [&](plist::value const& list) {

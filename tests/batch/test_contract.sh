@@ -131,3 +131,9 @@ grep -rqF "<plist><dict>" "$XDG_CONFIG_HOME/Quirnote"  # kept for its owner to m
 printf '\xFE\xFF\xD8\x00\x00a\xD8\x3D\xDE\x00' >half
 run 0 --print text half
 is out '\xED\xA0\x80a\xF0\x9F\x98\x80'
+
+# What typing does depends on the language at the caret, however soon it is typed.
+printf '// it\nx = \n' >quotes.c
+macro quotes moveToEndOfLine: "insertText:='" moveDown: moveToEndOfLine: "insertText:='"
+run 0 --macro quotes --print text quotes.c
+is out "// it'\nx = ''\n"
