@@ -1,5 +1,6 @@
 #include "actions/movement.h"
 #include "actions/movement_wrappers.h"
+#include "grammar/tokenize_filter.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
 #include "text/row_break.h"
@@ -10,6 +11,7 @@
 #include "textview/view_will_change.h"
 
 #include <algorithm>
+#include <mutex>
 #include <optional>
 
 // Typing, deleting, undo, and the text of input methods.
@@ -91,9 +93,17 @@ void WynTextView::addEditingMethods() {
 void WynTextView::insertText(std::u16string_view text) {
   if (view_ == nullptr) return;
   abandonMarkedText();
+  bool const smart = smartTyping_ && text.size() == 1;
+  // The scope that decides is that in front of what is typed, so none is made anew meanwhile. A
+  // macro must do the same each time; who types must not be kept waiting.
+  std::unique_lock scopes_stay(view_->storage->mutex, std::defer_lock);
+  if (smart && tokenizer_ != nullptr && mayOpenPair(text.front())) {
+    if (host_ != nullptr && !host_->is_seen())
+      tokenizer_->wait_for(view_->selection.current_mark.base.line);
+    scopes_stay.lock();
+  }
   view_will_change const scope(*this, true);
   make_caret_real(*view_);
-  bool const smart = smartTyping_ && text.size() == 1;
   bool const may_close = text.size() == 1 && mayCloseBlock();
   bool const closes = smart && selectLiveClosing(text.front());
   if (smart && !closes && surroundSelection(text.front())) return;

@@ -34,9 +34,7 @@ void WynTextView::addPairMethods() {
 
 // What the language at the caret says, or else the pairs of all texts.
 plist::value WynTextView::pairsAtCaret(char const* key) const {
-  // A macro must do the same each time; who types must not be kept waiting.
-  bool const wait = host_ != nullptr && !host_->is_seen();
-  plist::value const own = stylesForCaretWait(wait)[key];
+  plist::value const own = stylesForCaretWait(false)[key];
   if (own.as_array()) return own;
   return platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs");
 }

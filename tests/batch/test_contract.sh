@@ -133,7 +133,7 @@ run 0 --print text half
 is out '\xED\xA0\x80a\xF0\x9F\x98\x80'
 
 # What typing does depends on the language at the caret, however soon it is typed.
-printf '// it\nx = \n' >quotes.c
-macro quotes moveToEndOfLine: "insertText:='" moveDown: moveToEndOfLine: "insertText:='"
+printf '// .\nx =  \n' >quotes.c
+macro quotes moveRight: moveRight: moveRight: "insertText:='" moveDown: "insertText:='"
 run 0 --macro quotes --print text quotes.c
-is out "// it'\nx = ''\n"
+is out "// '.\nx = '' \n"
