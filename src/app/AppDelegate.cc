@@ -144,6 +144,12 @@ AppDelegate::~AppDelegate() {
   WynFindManager::sharedInstance().setMainView({});
 }
 
+void AppDelegate::postWhileAlive(std::function<void()> work) {
+  platform::desktop::current().loop().post([work = std::move(work), lives = std::weak_ptr(lives_)] {
+    if (!lives.expired()) work();
+  });
+}
+
 void AppDelegate::registerDefaults() {
   platform::user_defaults::standard().register_defaults(
       {{"WynAppDelegateOpenUntitledDocument", "ahig"}});
@@ -163,7 +169,7 @@ void AppDelegate::didFinishLaunching() {
   bundleWatcher_ = std::make_unique<bundle_watcher>(BundleManager::sharedInstance());
   bool const wanted = defaults.string("WynAppDelegateOpenUntitledDocument") != "never";
   if (controllers_.empty() && wanted) newDocument();
-  platform::desktop::current().loop().post([this] { offer_safety_copies(*this); });
+  postWhileAlive([this] { offer_safety_copies(*this); });
 }
 
 void AppDelegate::openLaunchArguments() {
@@ -288,7 +294,7 @@ void AppDelegate::didCloseWindow(WynDocumentController& controller) {
 // Not at once, since a method of a closed window may still be running further up the stack; and not
 // between the questions of a quit, which that window's own key or menu may have begun.
 void AppDelegate::releaseClosed() {
-  platform::desktop::current().loop().post([this] {
+  postWhileAlive([this] {
     if (!isAskingToQuit_) closing_.clear();
   });
 }

@@ -6,6 +6,7 @@
 #include "platform/run_loop.h"
 #include "plist/value.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -73,6 +74,8 @@ class AppDelegate : public platform::application_delegate {
   bool reviewUnsavedDocuments();
   bool confirmLargeFile(std::string const& path);
   void releaseClosed();
+  /// Runs `work` in a later turn of the loop, unless the application has ended by then.
+  void postWhileAlive(std::function<void()> work);
   void selectWindow(int step);
 
   plist::value menus_;
@@ -83,4 +86,5 @@ class AppDelegate : public platform::application_delegate {
   std::unique_ptr<bundle_watcher> bundleWatcher_;
   std::vector<std::unique_ptr<WynDocumentController>> controllers_, closing_;
   bool isAskingToQuit_ = false;
+  std::shared_ptr<int> lives_ = std::make_shared<int>(0);
 };

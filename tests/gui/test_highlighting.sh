@@ -34,8 +34,11 @@ keys alt+v
 keys Down Down Down Down Down Right Return
 wait_until shows_color '#000000'
 wait_until hides_color "$keyword"
-wait_until grep -q WynThemeManagerSelectedTheme "$XDG_CONFIG_HOME/Quirnote/Defaults.plist"
+# Batch mode draws in the theme that was chosen as soon as the window has stored it.
+has_changed() {
+  themed=$(color_of return)
+  [[ $themed == '#'?????? && $themed != "$keyword" ]]
+}
+wait_until has_changed
 screenshot dark.png
-themed=$(color_of return)
-[[ $themed != "$keyword" ]]
 wait_until shows_color "$themed"
