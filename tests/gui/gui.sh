@@ -36,6 +36,18 @@ start() {
 
 start_editor() { start "$editor" "$@"; }
 
+# with_defaults XML: the user defaults of the next start, as the inside of a dictionary.
+with_defaults() {
+  mkdir -p "$XDG_CONFIG_HOME/Quirnote"
+  printf '<?xml version="1.0" encoding="UTF-8"?>\n<plist version="1.0"><dict>%s</dict></plist>\n' \
+    "$1" >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist"
+}
+# with_large_letters [XML]: cells of 29 by 59 pixels are easy to hit, whatever the menu bar's size.
+with_large_letters() {
+  with_defaults "<key>WynTextViewNormalFontName</key><string>DejaVu Sans Mono</string>
+    <key>WynTextViewNormalFontSize</key><real>36</real>${1-}"
+}
+
 is_running() { kill -0 "$editor_pid" 2>/dev/null; }
 is_gone() { ! is_running; }
 

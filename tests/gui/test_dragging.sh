@@ -1,13 +1,5 @@
 # Text dragged inside a window, to another window of the program, and to another program.
-# Large letters make the places to grab easy to hit: cells are 29 by 59 pixels.
-mkdir -p "$XDG_CONFIG_HOME/Quirnote"
-cat >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist" <<'END'
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict>
-  <key>WynTextViewNormalFontName</key><string>DejaVu Sans Mono</string>
-  <key>WynTextViewNormalFontSize</key><real>36</real>
-</dict></plist>
-END
+with_large_letters
 printf 'alpha beta\ngamma\n' >one.txt
 printf 'first\nsecond\nthird\n' >two.txt
 printf 'far\naway\n' >other.txt

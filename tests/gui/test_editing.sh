@@ -1,13 +1,5 @@
 # A file is opened, edited with keys and mouse, undone, saved and compared.
-# Large letters make the places to click at easy to hit, whatever the size of the menu bar.
-mkdir -p "$XDG_CONFIG_HOME/Quirnote"
-cat >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist" <<'END'
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict>
-  <key>WynTextViewNormalFontName</key><string>DejaVu Sans Mono</string>
-  <key>WynTextViewNormalFontSize</key><real>36</real>
-</dict></plist>
-END
+with_large_letters
 printf 'alpha\nbe\ngamma\n' >file.txt
 start_editor file.txt
 wait_window 'file.txt'

@@ -1,12 +1,5 @@
 # Lines are folded by a key, told of in a tool tip, unfolded by a click, and kept with the file.
-mkdir -p "$XDG_CONFIG_HOME/Quirnote"
-cat >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist" <<'END'
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict>
-  <key>WynTextViewNormalFontName</key><string>DejaVu Sans Mono</string>
-  <key>WynTextViewNormalFontSize</key><real>36</real>
-</dict></plist>
-END
+with_large_letters
 printf 'alpha\nbeta\ngamma\ndelta\n' >file.txt
 start_editor file.txt
 wait_window 'file.txt'

@@ -1,11 +1,7 @@
 # A C file shows in the colours of its language and of the theme, which change with the text, with
 # the language and with the theme.
 printf 'int main(void) {\n  return 0;\n}\n' >file.c
-mkdir -p "$XDG_CONFIG_HOME/Quirnote"
-cat >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist" <<'END'
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict><key>WynTextViewAntiAliasEnabled</key><false/></dict></plist>
-END
+with_defaults '<key>WynTextViewAntiAliasEnabled</key><false/>'
 # color_of WORD STYLE...: how batch mode says that the run with this word is drawn.
 color_of() {
   "$editor" --batch --print styles file.c | awk -v word="$1" '

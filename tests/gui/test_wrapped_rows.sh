@@ -1,14 +1,6 @@
 # Lines wrapped at column 10 are drawn, marked in the gutter, clicked at and selected.
 # Cells are 29 by 59 pixels; the gutter takes 44.
-mkdir -p "$XDG_CONFIG_HOME/Quirnote"
-cat >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist" <<'END'
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict>
-  <key>WynTextViewNormalFontName</key><string>DejaVu Sans Mono</string>
-  <key>WynTextViewNormalFontSize</key><real>36</real>
-  <key>WynTextViewRightMarginColumn</key><integer>10</integer>
-</dict></plist>
-END
+with_large_letters '<key>WynTextViewRightMarginColumn</key><integer>10</integer>'
 printf 'aaaa bbbb cccc dddd\nxx\n' >file.txt
 start_editor file.txt
 wait_window 'file.txt'
