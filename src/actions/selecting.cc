@@ -64,3 +64,9 @@ void select_soft_paragraph(text::view* view) {
 void select_all(text::view* view) {
   view->selection.select(line_start(view, 0), {view, view->storage->end(-1)}, false);
 }
+
+std::pair<std::size_t, std::size_t> selected_lines(text::view const& view) {
+  text::iterator const first = view.selection.first().base, last = view.selection.last().base;
+  bool const ends_before = last.column == 0 && first.line < last.line;
+  return {first.line, last.line - (ends_before ? 1 : 0)};
+}

@@ -2,6 +2,9 @@
 
 #include "text/view.h"
 
+#include <cstddef>
+#include <utility>
+
 /// Actions that set the selection: it runs forward and is no rectangle. The caret stays where it
 /// is. A selection that there was is widened to whole things of the kind.
 
@@ -16,3 +19,7 @@ void select_hard_line(text::view* view);
 void select_paragraph(text::view* view);
 void select_soft_paragraph(text::view* view);
 void select_all(text::view* view);
+
+/// The first and the last line of the storage in which something is selected: a selection that ends
+/// where a line begins doesn't reach into that line.
+std::pair<std::size_t, std::size_t> selected_lines(text::view const& view);

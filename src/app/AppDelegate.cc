@@ -13,6 +13,7 @@
 #include "platform/user_defaults.h"
 #include "textview/WynFindManager.h"
 #include "textview/WynThemeManager.h"
+#include "textview/wrap_columns.h"
 
 #include <sys/stat.h>
 
@@ -398,6 +399,6 @@ std::vector<platform::menu_item> AppDelegate::dynamicItems(std::string_view name
   if (name == "languages") items = language_items();
   if (name == "symbols" && frontTextView() != nullptr) items = symbol_items(*frontTextView());
   if (name == "themes") items = theme_items();
-  if (name == "wrapColumns") items = WynTextView::wrapColumnItems();
+  if (name == "wrapColumns") items = wrap_columns::menu_items();
   return items;
 }

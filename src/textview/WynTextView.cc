@@ -9,16 +9,26 @@
 #include "platform/utf.h"
 #include "text/folding_filter.h"
 #include "textview/WynISearchWindow.h"
+#include "textview/drop_target.h"
 #include "textview/find_highlights.h"
 #include "textview/geometry.h"
-#include "textview/indent_patterns.h"
+#include "textview/line_indenter.h"
+#include "textview/mouse_tracker.h"
+#include "textview/symbol_list.h"
+#include "textview/view_styles.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
 
-WynTextView::WynTextView() {
+WynTextView::WynTextView()
+    : styles_(std::make_unique<view_styles>()),
+      symbols_(std::make_unique<symbol_list>(*this)),
+      indenter_(std::make_unique<line_indenter>(*this)),
+      mouse_(std::make_unique<mouse_tracker>(*this)),
+      drop_(std::make_unique<drop_target>(*this)) {
   registerDefaults();
-  addIndentationMethods();
+  // In front of the plain one, which doesn't know the language.
+  actions_.add_action([this](text::view*) { return indenter_->paste(); }, "paste:");
   register_movement_functions(actions_);
   register_view_actions(actions_, titles_);
   addEditingMethods();
@@ -52,10 +62,10 @@ void WynTextView::detachView() {
   if (view_ == nullptr) return;
   closeIncrementalSearchWindow();
   abandonMarkedText();
-  endFlash();
-  disarmDrag();
-  dragging_exited();
-  dropTimer_.reset();
+  flash_.end(host_);
+  mouse_->disarm();
+  drop_->exit();
+  drop_->forget_files();
   documentToken_.reset();
   snapshotMetaData();
   detachTokenizer();
@@ -108,7 +118,7 @@ void WynTextView::publishAll() {
   updateValueForKey(softTabs(), "softTabs");
   updateValueForKey(overwriteMode_, "overwriteMode");
   publishLanguage();
-  updateValueForKey(currentSymbol_, "currentSymbol");
+  updateValueForKey(symbols_->current(), "currentSymbol");
 }
 
 bool WynTextView::respondsToSelector(std::string_view selector) const {
@@ -166,7 +176,7 @@ void WynTextView::addAction(std::string selector, std::function<void()> action) 
 
 void WynTextView::key_down(platform::key_event const& event) {
   if (view_ == nullptr) return;
-  didPressOption_ = false;
+  mouse_->end_option_tap();
   hasSeenKey_ = true;
   showFindNote("");
   plist::value const key = unicode::to_utf8(event.characters);
@@ -185,12 +195,11 @@ void WynTextView::set_host(platform::view_host* host) {
   host_ = host;
   if (host_ == nullptr) {
     blinkTimer_.reset();
-    autoscrollTimer_.reset();
     centerTimer_.reset();
-    endFlash();
-    dropScrollTimer_.reset();
-    dropPoint_.reset();
-    disarmDrag();
+    flash_.end(nullptr);
+    mouse_->stop_autoscroll();
+    mouse_->disarm();
+    drop_->exit();
     return;
   }
   userDefaultsDidChange();

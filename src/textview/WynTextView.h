@@ -9,7 +9,11 @@
 #include "platform/view.h"
 #include "text/view.h"
 #include "textview/TextLayout.h"
+#include "textview/brief_flash.h"
+#include "textview/document_options.h"
 #include "textview/scope_style.h"
+#include "textview/typing_pairs.h"
+#include "textview/view_switches.h"
 
 #include <functional>
 #include <memory>
@@ -19,8 +23,12 @@
 
 class WynDocument;
 class WynISearchWindow;
+class drop_target;
 class find_highlights;
-class indent_patterns;
+class line_indenter;
+class mouse_tracker;
+class symbol_list;
+class view_styles;
 namespace grammar {
 class tokenize_filter;
 }
@@ -34,7 +42,8 @@ class tokenize_filter;
 /// defines them. Main thread only.
 class WynTextView : public platform::responder,
                     public platform::view_client,
-                    public key_binding_target {
+                    public key_binding_target,
+                    public view_switches {
  public:
   WynTextView();
   ~WynTextView() override;
@@ -80,46 +89,13 @@ class WynTextView : public platform::responder,
   void insertNewline();
   void insertTab();
 
-  // Options (WynTextView_Extension.cc). Setters do nothing when the value stands.
-  bool lineNumbers() const { return lineNumbers_; }
-  void setLineNumbers(bool on) { setSwitch(&WynTextView::lineNumbers_, on); }
-  bool showSoftWrapInGutter() const { return showSoftWrapInGutter_; }
-  void setShowSoftWrapInGutter(bool on) { setSwitch(&WynTextView::showSoftWrapInGutter_, on); }
-  bool showBookmarksInGutter() const { return showBookmarksInGutter_; }
-  void setShowBookmarksInGutter(bool on) { setSwitch(&WynTextView::showBookmarksInGutter_, on); }
-  /// A line at the right margin, if there is one.
-  bool showWrapMarginIndicator() const { return showWrapMarginIndicator_; }
-  void setShowWrapMarginIndicator(bool on) {
-    setSwitch(&WynTextView::showWrapMarginIndicator_, on);
-  }
-  /// With the line, a shade over what lies beyond.
-  bool highlightWrapMargin() const { return highlightWrapMargin_; }
-  void setHighlightWrapMargin(bool on) { setSwitch(&WynTextView::highlightWrapMargin_, on); }
-  /// Whether typing at the end of a line that gets wider than wrapColumns() breaks it.
-  bool hardWrap() const { return hardWrap_; }
-  void setHardWrap(bool on) { setSwitch(&WynTextView::hardWrap_, on); }
-  /// Turning it off unfolds everything.
-  bool foldingsEnabled() const { return foldingsEnabled_; }
-  void setFoldingsEnabled(bool on) { setSwitch(&WynTextView::foldingsEnabled_, on); }
-  /// Whether a new line begins with the white space of the one before, or as the language says.
-  bool autoIndent() const { return autoIndent_; }
-  void setAutoIndent(bool on) { setSwitch(&WynTextView::autoIndent_, on); }
-  /// Whether lines that are pasted are indented as fits the place.
-  bool indentedPaste() const { return indentedPaste_; }
-  void setIndentedPaste(bool on) { setSwitch(&WynTextView::indentedPaste_, on); }
+  // Options (WynTextView_Extension.cc), with those of view_switches. Setters do nothing when the
+  // value stands.
   /// Whether brackets and quotes are typed in pairs. The setter is for this view alone.
   bool smartTyping() const { return smartTyping_; }
   void setSmartTyping(bool on) { smartTyping_ = on; }
   bool overwriteMode() const { return overwriteMode_; }
   void setOverwriteMode(bool on);
-  bool freehandedEdit() const { return freehandedMode_; }
-  void setFreehandedEdit(bool on) { setSwitch(&WynTextView::freehandedMode_, on); }
-  bool antiAliasEnabled() const { return antiAliasEnabled_; }
-  void setAntiAliasEnabled(bool on) { setSwitch(&WynTextView::antiAliasEnabled_, on); }
-  bool showInvisibles() const { return showInvisibles_; }
-  void setShowInvisibles(bool on) { setSwitch(&WynTextView::showInvisibles_, on); }
-  bool highlightCurrentLine() const { return highlightCurrentLine_; }
-  void setHighlightCurrentLine(bool on) { setSwitch(&WynTextView::highlightCurrentLine_, on); }
   /// In points.
   double fontSize() const { return fontSize_; }
   void setFontSize(double points);
@@ -145,8 +121,6 @@ class WynTextView : public platform::responder,
   /// The width of a wrapped row: the right margin, or as many columns as are visible. There must be
   /// a document.
   unsigned wrapColumns() const;
-  /// The menu items for the columns that the user has collected.
-  static std::vector<platform::menu_item> wrapColumnItems();
 
   plist::value scopedValueForKeyInDomain(std::string_view key, std::string_view domain) const;
   void setScopedValueForKeyInDomain(plist::value value, std::string_view key,
@@ -211,7 +185,7 @@ class WynTextView : public platform::responder,
   static constexpr char const* function_pop_up_did_change = "WynFunctionPopUpDidChange";
   /// Dictionaries of `name` and `line`, counted from 1, in the order of the text. Made anew half a
   /// second after what changes the text or its tokens.
-  plist::array const& functionPopUp() const { return functionPopUp_; }
+  plist::array const& functionPopUp() const;
   /// Makes it now, of the tokens known so far. There must be a document.
   void buildFunctionPopUp();
   /// The name of the last one that begins above the caret or on its line; there must be a document.
@@ -237,13 +211,18 @@ class WynTextView : public platform::responder,
   /// Selects the innermost pair of brackets round the selection and what is between; false if there
   /// is none.
   bool selectBlock();
+  /// What the language at the caret says under a key such as "highlightPairs", or else the pairs of
+  /// all texts.
+  std::vector<unit_pair> pairsAtCaret(char const* key) const;
+  /// False if there is no scope in which it opens a pair; where the view is seen the answer is
+  /// true, since there the scope is at hand.
+  bool mayOpenPair(text::char_t typed) const;
   /// An opening unit that is shown for a moment, since its partner has just been typed.
-  std::optional<platform::rect> const& flashed() const { return flashed_; }
+  std::optional<platform::rect> const& flashed() const { return flash_.area(); }
 
   // Drag and drop (WynTextView_dragging.cc)
   void startDragForEvent(platform::mouse_event const& event);
-  /// From elsewhere things are copied; within the view they are moved, unless the keys held leave
-  /// only copying. Nothing can be dropped on the selection that is dragged.
+  /// See drop_target::operation_for.
   std::uint32_t dragOperationForInfo(platform::drag_info const& info) const;
   /// Where something would be dropped; nothing while nothing is dragged over the view.
   std::optional<platform::rect> dropCaret() const;
@@ -296,23 +275,6 @@ class WynTextView : public platform::responder,
  private:
   friend class view_will_change;
 
-  enum class granularity { unit, word, line };
-  enum class drag_arm { none, waiting, armed };
-
-  struct plain_switch {
-    char const* name;
-    char const* key;  // of its user default
-    bool WynTextView::*value;
-    void (WynTextView::*apply)();  // after a change; null for nothing
-  };
-  static plain_switch const plainSwitches[];
-
-  struct document_options {
-    unsigned tabSize = 4;
-    bool softTabs = false, softWrap = false;
-    int rightMargin = -1;
-  };
-
   void addEditingMethods();
   void addExtensionMethods();
   void addScrollingMethods();
@@ -325,22 +287,19 @@ class WynTextView : public platform::responder,
   /// Enters an action that runs inside a view_will_change scope.
   void addAction(std::string selector, std::function<void()> action);
   void addToggle(std::string const& name, std::function<bool()> get, std::function<void(bool)> set);
-  void setSwitch(plain_switch const& changed, bool on);
-  void setSwitch(bool WynTextView::*value, bool on);
   void frameDidChange();
   void fontDidChange();
+  void switchDidChange(effect what) override;
   void applyFreehandedMode();
   void applyFoldingsEnabled();
 
   // Options of one document (WynTextView_ScopedSettings.cc)
   void addScopedSettingMethods();
   std::string_view rootScope() const { return rootScope_; }
-  document_options storedOptions() const;
   void initializeSettings();
   void documentDefaultsDidChange();
   void wrappingDidChange();
-  bool isOwnWrapColumn() const;
-  plist::value askForRightMargin();
+  bool askForRightMargin();
 
   void insertTyped(std::u16string_view text, bool closes);
   void breakTypedLine();
@@ -370,13 +329,6 @@ class WynTextView : public platform::responder,
   void languagesDidChange();
   void preferencesDidChange();
   void resetDisplay();
-  plist::value const& currentStyleSheet() const;
-  void dropStyles();
-
-  // Symbols (WynTextView_Symbols.cc)
-  void updateFunctionPopUp(bool changed);
-  void delayedUpdateFunctionPopUp();
-  void setCurrentSymbol(std::string const& name);
 
   // Layout and scrolling (WynTextView_scrolling.cc)
   void setupTextFrame();
@@ -402,63 +354,18 @@ class WynTextView : public platform::responder,
   void goToBookmark(text::pos (text::view::*find)(std::size_t line) const);
 
   // Folding (WynTextView_Folding.cc)
-  std::pair<std::size_t, std::size_t> selectedLines() const;  // first and last
   bool isFolded(std::size_t row) const;
   std::optional<std::size_t> rowOfEllipsisAt(platform::point p) const;
   bool toggleFoldingAtClick(platform::mouse_event const& event);
 
   // Mouse (WynTextView_events.cc)
-  void selectAtClick(platform::mouse_event const& event);
-  void selectAtArmedClick(std::uint32_t modifiers);
-  void extendSelectionTo(platform::point p);
-  void setMousePosition(platform::point p);
-  platform::point mousePosition() const;
-  void selectToMouse();
-  void toggleColumnsOnOptionTap(std::uint32_t old_flags, std::uint32_t flags);
   void showContextMenu(platform::point p);
-  void startAutoscroll();
-  void autoscrollTimerFired();
   void pastePrimarySelectionAt(platform::point p);
   void selectionDidChange();
   void publishPrimarySelection();
   void abandonMarkedText();
 
-  // Brackets (WynTextView_pairs.cc)
-  plist::value pairsAtCaret(char const* key) const;
-  bool mayOpenPair(text::char_t typed) const;
   void flashPartner();
-  void flash(platform::rect const& r);
-  void endFlash();
-
-  // Typing pairs (WynTextView_smartTyping.cc)
-  bool selectLiveClosing(text::char_t typed);
-  bool surroundSelection(text::char_t typed);
-  void completePair(text::char_t typed);
-  void endEmptyPair(bool both);
-
-  // Indentation (WynTextView_Indentation.cc)
-  void addIndentationMethods();
-  indent_patterns const& indentPatterns();
-  std::size_t currentIndentForContentAtLine(text::unit_view content, std::size_t number);
-  bool indentsBySpaces(std::size_t number) const;
-  void indentLine(std::size_t number);
-  void indentSelectedLines();
-  bool mayCloseBlock();
-  void indentClosingLine();
-  std::u16string indentOfLine(std::size_t number) const;
-  bool pasteClip();
-  std::u16string fittedClip(std::u16string const& clip);
-
-  // Drag and drop (WynTextView_dragging.cc)
-  bool armDragAtClick(platform::mouse_event const& event);
-  void disarmDrag();
-  bool isInSelection(platform::point p) const;
-  void setDropPosition(platform::point p);
-  void redrawDropCaret();
-  void scrollTowardsDrop();
-  bool dropText(platform::drag_info const& info, text::view_iterator const& to, bool move);
-  void dropFiles(plist::value const& files, text::view_iterator const& to, std::uint32_t modifiers);
-  bool insertDropped(std::u16string_view text, text::view_iterator const& to);
 
   std::shared_ptr<WynDocument> document_;
   text::view* view_ = nullptr;
@@ -473,58 +380,22 @@ class WynTextView : public platform::responder,
 
   std::string languageUUID_, currentMode_, rootScope_;
   grammar::tokenize_filter* tokenizer_ = nullptr;
-  using style_cache = std::map<bit_stack::storage, plist::value>;
-  mutable std::unique_ptr<style_cache> styleCache_;
-  mutable std::optional<std::u16string> typingOpeners_;          // of the pairs of all scopes
-  mutable std::vector<std::optional<drawn_style>> drawnStyles_;  // by the tokenizer's paths
-  mutable plist::value currentStyleSheet_;                       // the rules of the theme
-  mutable bool hasStyleSheet_ = false;
-  plist::array functionPopUp_;
-  std::uint32_t symbolsMemento_ = 0;  // of the text of which the list was made
-  std::string currentSymbol_;
-  std::unique_ptr<platform::timer> symbolTimer_;
-  std::optional<bool> scopedShowInvisibles_;  // goes before what the user has set
+  std::unique_ptr<view_styles> styles_;
+  std::unique_ptr<symbol_list> symbols_;
 
   document_options documentOptions_, seenOptions_;  // those of this view, and as last stored
-  bool lineNumbers_ = false;
-  bool showSoftWrapInGutter_ = true, showBookmarksInGutter_ = true;
   bool overwriteMode_ = false, overwriteDefault_ = false;
   bool smartTyping_ = true, smartTypingDefault_ = true;
-  bool autoIndent_ = true, indentedPaste_ = true;
-  std::unique_ptr<indent_patterns> indentPatterns_;  // of the language that was at the caret last
-  bool freehandedMode_ = false;
-  bool antiAliasEnabled_ = true;
-  bool showInvisibles_ = false;
-  bool highlightCurrentLine_ = false;
-  bool showWrapMarginIndicator_ = false, highlightWrapMargin_ = true;
-  bool hardWrap_ = false;
-  bool foldingsEnabled_ = true;
   std::string fontName_;
   double fontSize_ = 12;
 
-  std::optional<platform::rect> flashed_;
-  std::unique_ptr<platform::timer> flashTimer_;
-
-  bool caretVisible_ = true;
-  std::unique_ptr<platform::timer> blinkTimer_, centerTimer_;
-
-  std::uint32_t lastModifierFlags_ = 0;
+  std::unique_ptr<line_indenter> indenter_;
+  std::unique_ptr<mouse_tracker> mouse_;
+  std::unique_ptr<drop_target> drop_;
+  brief_flash flash_;
   bool hasSeenKey_ = false;
-  bool didPressOption_ = false;
-  double didPressOptionAt_ = 0;
-  bool leftMouseDown_ = false;
-  granularity dragGranularity_ = granularity::unit;
-  text::selection dragAnchor_;  // what the click selected, for dragging by words or lines
-  platform::point mouseDownAt_;
-  platform::point mouseInVisible_;  // from the corner of what is visible: the text scrolls under it
-  bool mouseHasMoved_ = false;
-  std::unique_ptr<platform::timer> autoscrollTimer_, primaryTimer_;
-
-  drag_arm dragArm_ = drag_arm::none;
-  std::optional<platform::point> dropPoint_;  // from the corner of what is visible
-  bool showsDropCaret_ = false;
-  std::unique_ptr<platform::timer> dragArmTimer_, dropScrollTimer_, dropTimer_;
-
+  bool caretVisible_ = true;
+  std::unique_ptr<platform::timer> blinkTimer_, centerTimer_, primaryTimer_;
   std::vector<platform::menu_item> contextMenu_;
 
   platform::notification_center::token matchesToken_;

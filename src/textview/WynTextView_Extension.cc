@@ -40,45 +40,23 @@ std::string capitalized(std::string name) {
 
 }  // namespace
 
-// What is kept for all views as it stands in the defaults. Entering a switch here gives it its
-// action, its tick in menus, and the look at its default while running.
-WynTextView::plain_switch const WynTextView::plainSwitches[] = {
-    {"lineNumbers", "WynTextViewLineNumbersEnabled", &WynTextView::lineNumbers_,
-     &WynTextView::frameDidChange},
-    {"showSoftWrapInGutter", "WynTextViewShowSoftWrapInGutterEnabled",
-     &WynTextView::showSoftWrapInGutter_, &WynTextView::frameDidChange},
-    {"showBookmarksInGutter", "WynTextViewShowBookmarksInGutterEnabled",
-     &WynTextView::showBookmarksInGutter_, &WynTextView::frameDidChange},
-    {"antiAliasEnabled", "WynTextViewAntiAliasEnabled", &WynTextView::antiAliasEnabled_,
-     &WynTextView::frameDidChange},
-    {"showInvisibles", "WynTextViewShowInvisiblesEnabled", &WynTextView::showInvisibles_,
-     &WynTextView::setNeedsDisplay},
-    {"highlightCurrentLine", "WynTextViewHighlightCurrentLine", &WynTextView::highlightCurrentLine_,
-     &WynTextView::setNeedsDisplay},
-    {"showWrapMarginIndicator", "WynTextViewShowWrapMarginIndicator",
-     &WynTextView::showWrapMarginIndicator_, &WynTextView::setNeedsDisplay},
-    {"highlightWrapMargin", "WynTextViewHighlightWrapMargin", &WynTextView::highlightWrapMargin_,
-     &WynTextView::setNeedsDisplay},
-    {"hardWrap", "WynTextViewHardWrapEnabled", &WynTextView::hardWrap_, nullptr},
-    {"foldingsEnabled", "WynTextViewFoldingsEnabled", &WynTextView::foldingsEnabled_,
-     &WynTextView::applyFoldingsEnabled},
-    {"autoIndent", "WynTextViewAutoIndentEnabled", &WynTextView::autoIndent_, nullptr},
-    {"indentedPaste", "WynTextViewIndentedPasteEnabled", &WynTextView::indentedPaste_, nullptr},
-    {"freehandedEdit", "WynTextViewFreehandedModeEnabled", &WynTextView::freehandedMode_,
-     &WynTextView::applyFreehandedMode},
-};
-
-void WynTextView::setSwitch(plain_switch const& changed, bool on) {
-  if (this->*changed.value == on) return;
-  this->*changed.value = on;
-  defaults().set(changed.key, on);
-  if (changed.apply != nullptr) (this->*changed.apply)();
-}
-
-// The table is short, and a missing entry fails the first test that sets the option.
-void WynTextView::setSwitch(bool WynTextView::*value, bool on) {
-  for (plain_switch const& candidate : plainSwitches)
-    if (candidate.value == value) setSwitch(candidate, on);
+void WynTextView::switchDidChange(effect what) {
+  switch (what) {
+    case effect::none:
+      break;
+    case effect::display:
+      setNeedsDisplay();
+      break;
+    case effect::frame:
+      frameDidChange();
+      break;
+    case effect::freehanded_mode:
+      applyFreehandedMode();
+      break;
+    case effect::foldings:
+      applyFoldingsEnabled();
+      break;
+  }
 }
 
 void WynTextView::frameDidChange() {
@@ -87,9 +65,9 @@ void WynTextView::frameDidChange() {
 }
 
 void WynTextView::applyFreehandedMode() {
-  if (view_ == nullptr || view_->freehanded_mode == freehandedMode_) return;
+  if (view_ == nullptr || view_->freehanded_mode == freehandedEdit()) return;
   view_will_change const scope(*this, true);
-  view_->set_freehanded_mode(freehandedMode_);
+  view_->set_freehanded_mode(freehandedEdit());
 }
 
 void WynTextView::addToggle(std::string const& name, std::function<bool()> get,
@@ -103,9 +81,9 @@ void WynTextView::addToggle(std::string const& name, std::function<bool()> get,
 }
 
 void WynTextView::addExtensionMethods() {
-  for (plain_switch const& option : plainSwitches)
+  for (view_switch const& option : switches())
     addToggle(
-        option.name, [this, &option] { return this->*option.value; },
+        option.name, [this, &option] { return value_of(option); },
         [this, &option](bool on) { setSwitch(option, on); });
   addToggle(
       "softTabs", [this] { return softTabs(); }, [this](bool on) { setSoftTabs(on); });
@@ -182,7 +160,7 @@ void WynTextView::fontDidChange() {
 
 void WynTextView::chooseFont() {
   auto const chosen =
-      platform::desktop::current().fonts().run({fontName_, fontSize_, antiAliasEnabled_});
+      platform::desktop::current().fonts().run({fontName_, fontSize_, antiAliasEnabled()});
   if (!chosen) return;
   fontName_ = chosen->family;
   defaults().set("WynTextViewNormalFontName", fontName_);
@@ -235,13 +213,7 @@ void WynTextView::userDefaultsDidChange() {
   bool const new_font = font_name != fontName_ || font_size != fontSize_;
   fontName_ = font_name;
   fontSize_ = font_size;
-  for (plain_switch const& option : plainSwitches) {
-    bool const on = d.boolean(option.key);
-    bool const is_scoped = option.value == &WynTextView::showInvisibles_ && scopedShowInvisibles_;
-    if (this->*option.value == on || is_scoped) continue;
-    this->*option.value = on;
-    if (option.apply != nullptr) (this->*option.apply)();
-  }
+  followDefaults();
   // Not stored by the setter: the Insert key should not decide for the next start. So it is taken
   // over only when the default itself has changed.
   if (bool const on = d.boolean("WynTextViewOverwriteModeEnabled"); on != overwriteDefault_)
@@ -261,6 +233,6 @@ void WynTextView::applyOptionsToView() {
   view_->set_treats_spaces_as_tabs(softTabs());
   applySoftWrap();
   view_->overwrite_mode = overwriteMode_;
-  if (view_->freehanded_mode != freehandedMode_) view_->set_freehanded_mode(freehandedMode_);
-  view_->set_foldings_enabled(foldingsEnabled_);
+  if (view_->freehanded_mode != freehandedEdit()) view_->set_freehanded_mode(freehandedEdit());
+  view_->set_foldings_enabled(foldingsEnabled());
 }

@@ -1,3 +1,4 @@
+#include "actions/selecting.h"
 #include "platform/desktop.h"
 #include "text/folding_filter.h"
 #include "text/view.h"
@@ -54,7 +55,7 @@ void WynTextView::addFoldingMethods() {
   add_folding("toggleFolding:",
               [=](auto const&) { return filter().toggle_folding(caret_line(), false); });
   add_folding("foldSelection:", [=, this](auto const&) {
-    auto const [first, last] = selectedLines();
+    auto const [first, last] = selected_lines(*view_);
     return filter().fold_lines(first, last);
   });
   add_folding("foldAllAtLevel:", [=](plist::value const& sender) {
@@ -75,7 +76,7 @@ void WynTextView::addFoldingMethods() {
   add_query("canToggleFolding",
             [=] { return caret_is_at_fold() || filter().can_fold(caret_line()); });
   add_query("canFoldSelection", [this] {
-    auto const [first, last] = selectedLines();
+    auto const [first, last] = selected_lines(*view_);
     return first < last;
   });
   add_query("canFoldAllAtLevel", [=] { return filter().has_patterns() || has_folds(); });
@@ -90,15 +91,8 @@ void WynTextView::addFoldingMethods() {
   });
 }
 
-// A selection that ends where a line begins doesn't reach into that line.
-std::pair<std::size_t, std::size_t> WynTextView::selectedLines() const {
-  text::iterator const first = view_->selection.first().base, last = view_->selection.last().base;
-  bool const whole = last.column == 0 && first.line < last.line;
-  return {first.line, last.line - (whole ? 1 : 0)};
-}
-
 void WynTextView::applyFoldingsEnabled() {
-  if (view_ != nullptr) view_->set_foldings_enabled(foldingsEnabled_);
+  if (view_ != nullptr) view_->set_foldings_enabled(foldingsEnabled());
   frameDidChange();
 }
 

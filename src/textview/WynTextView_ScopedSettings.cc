@@ -1,12 +1,11 @@
-#include "platform/desktop.h"
 #include "platform/user_defaults.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 #include "textview/scoped_settings.h"
 #include "textview/view_will_change.h"
+#include "textview/wrap_columns.h"
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
 
 // Options that each document has for itself: what a tab is, and where lines are wrapped. They begin
@@ -14,12 +13,6 @@
 // open follow only what another program or the user writes into the defaults.
 
 namespace {
-
-constexpr char const* soft_tabs_domain = "WynTextViewScopedSoftTabs";
-constexpr char const* tab_size_domain = "WynTextViewScopedTabSize";
-constexpr char const* soft_wrap_domain = "WynTextViewScopedSoftWrap";
-constexpr std::int64_t max_tab_size = 64;
-constexpr std::int64_t max_margin = 10000;
 
 // Counts the stores that this process is just making.
 int stores = 0;
@@ -31,20 +24,6 @@ class storing {
   storing(storing const&) = delete;
   storing& operator=(storing const&) = delete;
 };
-
-platform::user_defaults& defaults() {
-  return platform::user_defaults::standard();
-}
-
-// Nothing unless all of the text is a number of columns.
-std::optional<int> columns_of(std::string_view text) {
-  int columns = 0;
-  char const* const end = text.data() + text.size();
-  auto const [behind, error] = std::from_chars(text.data(), end, columns);
-  if (error != std::errc() || behind != end || columns < 1 || columns > max_margin)
-    return std::nullopt;
-  return columns;
-}
 
 std::string other_title(int column, bool listed) {
   return column < 1 || listed ? "Other\u2026" : "Other (" + std::to_string(column) + ")\u2026";
@@ -71,12 +50,12 @@ void WynTextView::addScopedSettingMethods() {
     return plist::value(sender.integer_or(0) == rightMargin());
   });
   addMethod("orderFrontRightMarginPanel:",
-            [this](plist::value const&) { return askForRightMargin(); });
+            [this](plist::value const&) { return plist::value(askForRightMargin()); });
   addMethod("orderFrontRightMarginPanelMenuTitle", [this](plist::value const&) {
-    return plist::value(other_title(rightMargin(), isOwnWrapColumn()));
+    return plist::value(other_title(rightMargin(), wrap_columns::contains(rightMargin())));
   });
   addMethod("orderFrontRightMarginPanelIsChecked:", [this](plist::value const&) {
-    return plist::value(rightMargin() > 0 && !isOwnWrapColumn());
+    return plist::value(rightMargin() > 0 && !wrap_columns::contains(rightMargin()));
   });
 }
 
@@ -91,27 +70,12 @@ void WynTextView::setScopedValueForKeyInDomain(plist::value value, std::string_v
   scoped_settings::set_value(rootScope(), std::move(value), key, domain);
 }
 
-WynTextView::document_options WynTextView::storedOptions() const {
-  auto& d = defaults();
-  plist::value const size = scopedValueForKeyInDomain("tabSize", tab_size_domain);
-  plist::value const soft_tabs = scopedValueForKeyInDomain("softTabs", soft_tabs_domain);
-  plist::value const soft_wrap = scopedValueForKeyInDomain("softWrap", soft_wrap_domain);
-  std::int64_t const columns = size.integer_or(d.integer("WynTextViewTabSize", 4));
-  std::int64_t const margin = d.integer("WynTextViewRightMarginColumn", -1);
-  return {static_cast<unsigned>(std::clamp<std::int64_t>(columns, 1, max_tab_size)),
-          soft_tabs.boolean_or(false), soft_wrap.boolean_or(d.boolean("WynTextViewSoftWrap")),
-          static_cast<int>(margin < 1 ? -1 : std::min(margin, max_margin))};
-}
-
 void WynTextView::initializeSettings() {
   document_options const former = documentOptions_;
-  documentOptions_ = seenOptions_ = storedOptions();
+  documentOptions_ = seenOptions_ = document_options::stored(rootScope());
   if (view_ == nullptr) return;
-  plist::value const styles = stylesForContext({});
-  scopedShowInvisibles_.reset();
-  if (styles["showInvisibles"]) scopedShowInvisibles_ = styles["showInvisibles"].integer_or(0) != 0;
-  showInvisibles_ =
-      scopedShowInvisibles_.value_or(defaults().boolean("WynTextViewShowInvisiblesEnabled"));
+  plist::value const invisibles = stylesForContext({})["showInvisibles"];
+  setScopedShowInvisibles(invisibles ? std::optional(invisibles.integer_or(0) != 0) : std::nullopt);
   applyOptionsToView();
   if (former.softWrap != softWrap() || former.rightMargin != rightMargin()) wrappingDidChange();
   if (former.tabSize != tabSize()) updateValueForKey(tabSize(), "tabSize");
@@ -119,7 +83,7 @@ void WynTextView::initializeSettings() {
 }
 
 void WynTextView::documentDefaultsDidChange() {
-  document_options const seen = std::exchange(seenOptions_, storedOptions());
+  document_options const seen = std::exchange(seenOptions_, document_options::stored(rootScope()));
   if (stores > 0) return;
   auto const follow = [&](auto option) {
     if (seenOptions_.*option != seen.*option) documentOptions_.*option = seenOptions_.*option;
@@ -162,7 +126,7 @@ void WynTextView::setRightMargin(int column) {
   documentOptions_.rightMargin = column;
   wrappingDidChange();
   storing const own;
-  defaults().set("WynTextViewRightMarginColumn", column);
+  platform::user_defaults::standard().set(right_margin_key, column);
 }
 
 void WynTextView::wrappingDidChange() {
@@ -172,41 +136,12 @@ void WynTextView::wrappingDidChange() {
   if (view_ != nullptr) centerSelectionInVisibleArea();
 }
 
-bool WynTextView::isOwnWrapColumn() const {
-  plist::array const columns = defaults().array("WynWrapColumns");
-  return std::any_of(columns.begin(), columns.end(), [this](plist::value const& column) {
-    return column.integer_or(0) == rightMargin();
-  });
-}
-
-std::vector<platform::menu_item> WynTextView::wrapColumnItems() {
-  std::vector<platform::menu_item> items;
-  for (plist::value const& column : defaults().array("WynWrapColumns")) {
-    if (column.integer_or(0) < 1) continue;
-    platform::menu_item item;
-    item.title = std::to_string(column.integer_or(0));
-    item.selector = "takeRightMarginFrom:";
-    item.argument = column;
-    items.push_back(std::move(item));
-  }
-  return items;
-}
-
-// A column that is chosen joins those in the menu.
-plist::value WynTextView::askForRightMargin() {
-  std::string const initial = rightMargin() > 0 ? std::to_string(rightMargin()) : "80";
-  auto const answer = platform::desktop::current().prompts().run(
-      "Wrap Column", "Column at which lines are wrapped", initial);
-  if (!answer) return {};
-  auto const column = columns_of(*answer);
-  if (!column) return false;
+// A column that is chosen joins those in the menu. False for what is none.
+bool WynTextView::askForRightMargin() {
+  auto const column = wrap_columns::ask(rightMargin() > 0 ? rightMargin() : 80);
+  if (!column) return true;
+  if (*column == 0) return false;
   setRightMargin(*column);
-  if (isOwnWrapColumn()) return {};
-  plist::array columns = defaults().array("WynWrapColumns");
-  auto const behind = std::find_if(columns.begin(), columns.end(), [&](plist::value const& other) {
-    return other.integer_or(0) > *column;
-  });
-  columns.insert(behind, *column);
-  defaults().set("WynWrapColumns", std::move(columns));
-  return {};
+  if (!wrap_columns::contains(*column)) wrap_columns::add(*column);
+  return true;
 }

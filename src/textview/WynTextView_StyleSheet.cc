@@ -19,6 +19,8 @@
 #include "textview/color_strings.h"
 #include "textview/language_choice.h"
 #include "textview/scope_report.h"
+#include "textview/symbol_list.h"
+#include "textview/view_styles.h"
 
 // The language of the document, the scopes that its grammar gives to the text, and the styles that
 // theme and bundles give to these.
@@ -133,12 +135,12 @@ void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) 
   rootScope_ = language["scopeName"].string_or(currentMode_);
   if (learn) learnFileAssociation(languageUUID_);
   setRules(language);
-  dropStyles();
+  styles_->drop();
   set_folding_patterns(*view_, language);
   initializeSettings();
   publishLanguage();
   recalcFrameSize();  // the gutter has marks where the language has blocks
-  updateFunctionPopUp(true);
+  symbols_->update(true);
   setNeedsDisplay();
   postLanguageDidChange();
 }
@@ -173,9 +175,8 @@ void WynTextView::attachTokenizer() {
 void WynTextView::detachTokenizer() {
   if (tokenizer_ != nullptr) tokenizer_->set_reset_display({});
   tokenizer_ = nullptr;
-  symbolTimer_.reset();
-  functionPopUp_.clear();
-  dropStyles();
+  symbols_->clear();
+  styles_->drop();
 }
 
 // A file that gets a name gets the language of that, unless nobody knows the name.
@@ -222,10 +223,10 @@ void WynTextView::showScope() {
 }
 
 void WynTextView::preferencesDidChange() {
-  dropStyles();
+  styles_->drop();
   initializeSettings();
   setNeedsDisplay();
-  updateFunctionPopUp(true);
+  symbols_->update(true);
 }
 
 // A worker that is done with lines has put them here.
@@ -239,7 +240,7 @@ void WynTextView::resetDisplay() {
   };
   std::size_t const first = row_of(lines->first);
   setNeedsDisplayOfLines(first, std::max(row_of(lines->second), first + 1));
-  updateFunctionPopUp(true);
+  symbols_->update(true);
 }
 
 bit_stack::storage WynTextView::graphPathForIterator(text::iterator const& it) const {
@@ -257,53 +258,44 @@ std::vector<std::string> WynTextView::scopeForContext(bit_stack::storage const& 
   return tokenizer_ == nullptr ? std::vector<std::string>() : tokenizer_->scopes(path);
 }
 
-// Asking for the theme may select one, and that drops all styles.
 plist::value WynTextView::stylesForContext(bit_stack::storage const& path) const {
   if (view_ == nullptr) return {};
-  if (styleCache_ != nullptr)
-    if (auto const cached = styleCache_->find(path); cached != styleCache_->end())
-      return cached->second;
-  plist::value style = merged_style(styleCandidates(scopeForContext(path)));
-  if (styleCache_ == nullptr) styleCache_ = std::make_unique<style_cache>();
-  return styleCache_->insert_or_assign(path, std::move(style)).first->second;
+  plist::value const* const known = styles_->find(path);
+  return known != nullptr ? *known : styles_->add(path, scopeForContext(path));
 }
 
 style_candidates WynTextView::styleCandidates(std::vector<std::string> const& scopes) const {
-  style_candidates candidates;
-  GetDefaultSettings(scopes, candidates);
-  add_theme_rules(currentStyleSheet(), scopes, candidates);
-  return candidates;
+  return styles_->candidates(scopes);
 }
 
 drawn_style const& WynTextView::styleOfPath(grammar::path_tree::id id) const {
-  if (id < drawnStyles_.size() && drawnStyles_[id]) return *drawnStyles_[id];
-  bool const is_known = tokenizer_ != nullptr && tokenizer_->paths() != nullptr;
+  if (drawn_style const* const known = styles_->find_drawn(id)) return *known;
+  bool const has_paths = tokenizer_ != nullptr && tokenizer_->paths() != nullptr;
   plist::value const style =
-      stylesForContext(is_known ? tokenizer_->paths()->path(id) : bit_stack::storage());
+      stylesForContext(has_paths ? tokenizer_->paths()->path(id) : bit_stack::storage());
   platform::color const foreground =
       host_ == nullptr ? platform::color() : host_->palette().foreground;
-  if (id >= drawnStyles_.size()) drawnStyles_.resize(id + std::size_t{1});
-  return drawnStyles_[id].emplace(drawn_style{style_from_dictionary(style, foreground),
-                                              NSColorForKey(style, "background"),
-                                              style["showInSymbolList"].integer_or(0) != 0});
-}
-
-plist::value const& WynTextView::currentStyleSheet() const {
-  if (!hasStyleSheet_) currentStyleSheet_ = WynThemeManager::sharedInstance().currentTheme();
-  hasStyleSheet_ = true;
-  return currentStyleSheet_;
+  return styles_->add_drawn(
+      id, {style_from_dictionary(style, foreground), NSColorForKey(style, "background"),
+           style["showInSymbolList"].integer_or(0) != 0});
 }
 
 void WynTextView::setCurrentStyleSheet(plist::value rules) {
-  currentStyleSheet_ = std::move(rules);
-  hasStyleSheet_ = true;
-  dropStyles();
+  styles_->set_theme_rules(std::move(rules));
   setNeedsDisplay();
   if (host_ != nullptr) host_->reset_cursor();
 }
 
-void WynTextView::dropStyles() {
-  styleCache_.reset();
-  drawnStyles_.clear();
-  typingOpeners_.reset();
+// Symbols
+
+plist::array const& WynTextView::functionPopUp() const {
+  return symbols_->items();
+}
+
+void WynTextView::buildFunctionPopUp() {
+  symbols_->build();
+}
+
+std::string WynTextView::symbolAtCaret() const {
+  return symbols_->at_caret();
 }

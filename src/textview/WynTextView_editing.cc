@@ -8,6 +8,8 @@
 #include "text/view.h"
 #include "textview/WynISearchWindow.h"
 #include "textview/WynTextView.h"
+#include "textview/line_indenter.h"
+#include "textview/pair_typing.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
@@ -83,6 +85,7 @@ void WynTextView::addEditingMethods() {
   addAction("deleteToEndOfParagraph:", [this] { deleteToEndOfParagraph(); });
   addAction("insertNewline:", [this] { insertNewline(); });
   addAction("insertTab:", [this] { insertTab(); });
+  addAction("indent:", [this] { indenter_->indent_selected_lines(); });
   addMethod("undo:", [this](plist::value const&) { return undoOrRedo(true); });
   addMethod("redo:", [this](plist::value const&) { return undoOrRedo(false); });
   addAction("cancel:", [this] {
@@ -104,19 +107,19 @@ void WynTextView::insertText(std::u16string_view text) {
   }
   view_will_change const scope(*this, true);
   make_caret_real(*view_);
-  bool const may_close = text.size() == 1 && mayCloseBlock();
-  bool const closes = smart && selectLiveClosing(text.front());
-  if (smart && !closes && surroundSelection(text.front())) return;
+  bool const may_close = text.size() == 1 && indenter_->may_close_block();
+  bool const closes = smart && select_live_closing(*this, text.front());
+  if (smart && !closes && surround_selection(*this, text.front())) return;
   insertTyped(text, closes);
-  if (smart && !closes) completePair(text.front());
-  if (may_close) indentClosingLine();
+  if (smart && !closes) complete_pair(*this, text.front());
+  if (may_close) indenter_->indent_closing_line();
 }
 
 // In overwrite mode what is typed takes the place of as many units, or of the one selected.
 void WynTextView::insertTyped(std::u16string_view text, bool closes) {
   if (!overwriteMode_) {
     view_->insert(text.begin(), text.end());
-    if (hardWrap_) breakTypedLine();
+    if (hardWrap()) breakTypedLine();
     return;
   }
   if (!closes) {
@@ -156,7 +159,7 @@ void WynTextView::insertText(plist::value const& text) {
 void WynTextView::deleteBackward() {
   bool const had_selection = view_->has_selection();
   kill_buffer_disabled const guard(*view_, !had_selection);
-  if (smartTyping_) endEmptyPair(true);
+  if (smartTyping_) end_empty_pair(*this, true);
   if (!view_->has_selection()) select_for_deletion(view_, left);
   view_->erase_selection();
 }
@@ -164,7 +167,7 @@ void WynTextView::deleteBackward() {
 void WynTextView::deleteForward() {
   bool const had_selection = view_->has_selection();
   kill_buffer_disabled const guard(*view_, !had_selection);
-  endEmptyPair(false);
+  end_empty_pair(*this, false);
   if (!had_selection) select_for_deletion(view_, right);
   view_->erase_selection();
 }
@@ -180,6 +183,10 @@ void WynTextView::deleteToEndOfParagraph() {
   }
   view.erase_selection();
   view.scroll_caret_pending = true;
+}
+
+void WynTextView::insertNewline() {
+  indenter_->insert_newline();
 }
 
 // A soft tab is as many spaces as reach the next tab stop.

@@ -1,11 +1,9 @@
 #include "actions/skip_pair.h"
-#include "bundles/BundleManager.h"
-#include "platform/desktop.h"
 #include "platform/user_defaults.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 #include "textview/geometry.h"
-#include "textview/typing_pairs.h"
+#include "textview/view_styles.h"
 #include "textview/view_will_change.h"
 
 #include <iterator>
@@ -14,8 +12,6 @@
 // Brackets and what they enclose: the partner that is shown, and the block that is selected.
 
 namespace {
-
-constexpr double flash_time = 0.075;  // seconds
 
 // The opening unit of the pair in which `from` stands; nothing if it isn't behind `limit`.
 std::optional<text::iterator> opening_before(text::iterator const& from,
@@ -32,30 +28,17 @@ void WynTextView::addPairMethods() {
   addMethod("selectBlock:", [this](plist::value const&) { return plist::value(selectBlock()); });
 }
 
-// What the language at the caret says, or else the pairs of all texts.
-plist::value WynTextView::pairsAtCaret(char const* key) const {
+std::vector<unit_pair> WynTextView::pairsAtCaret(char const* key) const {
   plist::value const own = stylesForCaretWait(false)[key];
-  if (own.as_array()) return own;
-  return platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs");
+  if (own.as_array()) return pairs_of(own);
+  return pairs_of(platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs"));
 }
 
-// Whether there is any scope in which it opens a pair. Where nobody looks that spares most typing
-// the question which scope it is in, for which the text would have to be parsed; a window knows its
-// scopes, and needn't read the settings of all others.
+// Where nobody looks this spares most typing the question which scope it is in, for which the text
+// would have to be parsed; a window knows its scopes, and needn't read the settings of all others.
 bool WynTextView::mayOpenPair(text::char_t typed) const {
   if (host_ == nullptr || host_->is_seen()) return true;
-  if (!typingOpeners_) {
-    typingOpeners_.emplace();
-    auto const add = [&](plist::value const& list) {
-      for (unit_pair const pair : pairs_of(list)) *typingOpeners_ += pair.open;
-    };
-    for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("preference"))
-      add(item->content()["settings"]["smartTypingPairs"]);
-    for (plist::value const& rule : currentStyleSheet().elements())
-      add(rule["settings"]["smartTypingPairs"]);
-    add(platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs"));
-  }
-  return typingOpeners_->find(typed) != std::u16string::npos;
+  return styles_->typing_openers().find(typed) != std::u16string::npos;
 }
 
 // The innermost pair round the selection, with its two units; once more gives the next one out.
@@ -65,7 +48,7 @@ bool WynTextView::selectBlock() {
   text::iterator const begin(0, 0, view_->storage), end = view_->end().base;
   std::optional<text::iterator> opening;
   text::iterator behind = last;
-  for (unit_pair const pair : pairs_of(pairsAtCaret("highlightPairs"))) {
+  for (unit_pair const pair : pairsAtCaret("highlightPairs")) {
     if (pair.open == pair.close) continue;
     auto const candidate = opening_before(first, opening.value_or(begin), pair);
     if (!candidate) continue;
@@ -91,27 +74,13 @@ void WynTextView::flashPartner() {
   platform::rect const visible = visibleTextRect();
   std::size_t const top_row = std::min(layout_.row_at(visible.y), view_->lines() - 1);
   text::iterator const top = view_->begin(top_row).base;
-  for (unit_pair const pair : pairs_of(pairsAtCaret("highlightPairs"))) {
+  for (unit_pair const pair : pairsAtCaret("highlightPairs")) {
     if (pair.close != *typed || typed < top) continue;
     auto const partner = opening_before(typed, top, pair);
     if (!partner || !view_->is_visible(*partner)) continue;
     platform::point const at = position_of(*this, {view_, *partner});
     platform::rect const r{at.x, at.y, layout_.charWidth(), layout_.lineHeight()};
-    if (r.intersects(visible)) flash(r);
+    if (r.intersects(visible)) flash_.show(r, *host_);
     return;
   }
-}
-
-void WynTextView::flash(platform::rect const& r) {
-  endFlash();
-  flashed_ = r;
-  host_->set_needs_display(r);
-  flashTimer_ =
-      platform::desktop::current().loop().schedule(flash_time, false, [this] { endFlash(); });
-}
-
-void WynTextView::endFlash() {
-  if (flashed_ && host_ != nullptr) host_->set_needs_display(*flashed_);
-  flashed_.reset();
-  flashTimer_.reset();
 }

@@ -32,7 +32,7 @@ unsigned digits_of(std::size_t n) {
 
 void WynTextView::setupTextFrame() {
   if (host_ == nullptr) return;
-  layout_.setFont({fontName_, fontSize_, antiAliasEnabled_}, *host_);
+  layout_.setFont({fontName_, fontSize_, antiAliasEnabled()}, *host_);
   recalcFrameSize();
 }
 
@@ -40,10 +40,10 @@ void WynTextView::setupTextFrame() {
 // small file is typed. Without line numbers it is there for what it has to show.
 void WynTextView::updateGutterWidth() {
   bool const marked = !view_->bookmark_filter->nodes.empty();
-  bool const bookmarks = showBookmarksInGutter_ && (lineNumbers_ || marked);
+  bool const bookmarks = showBookmarksInGutter() && (lineNumbers() || marked);
   double const flag = bookmarks ? bookmark_width * layout_.imageScale() : 0;
-  double columns = softWrap() && showSoftWrapInGutter_ ? 1.5 : 0;
-  if (lineNumbers_) columns = std::max(3u, digits_of(view_->storage->lines())) + 1.5;
+  double columns = softWrap() && showSoftWrapInGutter() ? 1.5 : 0;
+  if (lineNumbers()) columns = std::max(3u, digits_of(view_->storage->lines())) + 1.5;
   auto const& filter = *view_->folding_filter;
   bool const folds = view_->foldings_enabled && (filter.has_patterns() || !filter.foldings.empty());
   double const fold = folds ? fold_width * layout_.imageScale() : 0;
@@ -130,7 +130,7 @@ void WynTextView::setNeedsDisplayOfLines(std::size_t first, std::size_t last) {
 
 // The gutter shows the caret's line number darker, and the line itself may have a background.
 void WynTextView::setNeedsDisplayOfCurrentLines(rect const& old_caret) {
-  if (!lineNumbers_ && !highlightCurrentLine_) return;
+  if (!lineNumbers() && !highlightCurrentLine()) return;
   std::size_t const fresh = view_->line_in_view(view_->selection.current_mark);
   for (std::size_t const row : {layout_.row_at(old_caret.y), fresh})
     setNeedsDisplayOfLines(row, row + 1);

@@ -97,3 +97,19 @@ text::view_iterator position_at(WynTextView const& text_view, point p,
   if (row >= view.lines() && type != text::freehanded_t::on) return view.end();
   return iter_from_view_pos(&view, row, layout.nearest_column(p.x), type);
 }
+
+rect visible_rect_of(WynTextView const& text_view) {
+  return text_view.host() != nullptr ? text_view.host()->visible_rect() : rect{};
+}
+
+bool is_in_selection(WynTextView const& text_view, point p) {
+  return text_view.visibleTextRect().contains(p) &&
+         selection_region(text_view, text_view.host()->visible_rect()).contains(p);
+}
+
+point distance_beyond(rect const& r, point p) {
+  auto const beyond = [](double at, double first, double last) {
+    return at < first ? at - first : at > last ? at - last : 0;
+  };
+  return {beyond(p.x, r.x, r.right()), beyond(p.y, r.y, r.bottom())};
+}

@@ -7,6 +7,9 @@ class WynTextView;
 
 /// Where things of the text stand in a view, in its coordinates. The view must show a document.
 
+/// What shows of the view, its gutter included; empty without a host.
+platform::rect visible_rect_of(WynTextView const& text_view);
+
 /// A line of one pixel before the caret, or under it in overwrite mode.
 platform::rect caret_rectangle(WynTextView const& text_view);
 
@@ -20,3 +23,9 @@ platform::point position_of(WynTextView const& text_view, text::view_iterator co
 /// The position nearest to a point.
 text::view_iterator position_at(WynTextView const& text_view, platform::point p,
                                 text::freehanded_t::type type);
+
+/// Whether the point is on the selection, in the part that shows. There must be a host.
+bool is_in_selection(WynTextView const& text_view, platform::point p);
+
+/// How far a point lies outside of a rectangle, to the right and down; 0 where it doesn't.
+platform::point distance_beyond(platform::rect const& r, platform::point p);

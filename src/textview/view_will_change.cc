@@ -4,6 +4,7 @@
 #include "text/view_filter.h"
 #include "textview/WynTextView.h"
 #include "textview/geometry.h"
+#include "textview/symbol_list.h"
 
 #include <algorithm>
 #include <limits>
@@ -13,10 +14,6 @@ using platform::rect;
 namespace {
 
 constexpr auto no_line = std::numeric_limits<std::uint32_t>::max();
-
-rect visible_of(WynTextView const& text_view) {
-  return text_view.host() != nullptr ? text_view.host()->visible_rect() : rect{};
-}
 
 // The part of a column selection that should stay in sight: its moving corner.
 rect corner_of_columns(WynTextView const& text_view) {
@@ -38,7 +35,7 @@ view_will_change::view_will_change(WynTextView& tv, bool grouped)
       group(grouped) {
   text::view& view = *text_view.view();
   if (is_seen) {
-    old_region = selection_region(tv, visible_of(tv));
+    old_region = selection_region(tv, visible_rect_of(tv));
     old_caret = caret_rectangle(tv);
   }
   if (group) view.storage->undo_manager.begin_group();
@@ -87,7 +84,7 @@ void view_will_change::show_outcome(bool center, bool outermost) {
   }
   if (center) text_view.centerSelectionNowAndLater();
   if (view.scroll_caret_pending) text_view.scrollRectToVisible(caret_rectangle(text_view));
-  text_view.updateFunctionPopUp(false);
+  text_view.symbols_->update(false);
 }
 
 // Stores the selection for redo, adapts the frame, and unfolds what the caret went into.
@@ -132,7 +129,7 @@ void view_will_change::mark_refreshed_lines() {
   text_view.setNeedsDisplayOfLines(view.first_refresh_line, view.last_refresh_line);
   // A block that begins or ends no more changes the marks of other lines.
   TextLayout const& layout = text_view.layout();
-  rect const visible = visible_of(text_view);
+  rect const visible = visible_rect_of(text_view);
   double const x = visible.x + layout.gutterWidth() - layout.foldWidth();
   if (layout.foldWidth() > 0 && text_view.host() != nullptr)
     text_view.host()->set_needs_display({x, visible.y, layout.foldWidth(), visible.height});

@@ -7,6 +7,7 @@
 #include "textview/scoped_settings.h"
 #include "textview/view_colors.h"
 #include "textview/view_will_change.h"
+#include "textview/wrap_columns.h"
 
 #include <gtest/gtest.h>
 
@@ -173,7 +174,7 @@ TEST_F(options, other_columns_are_asked_for_and_kept_in_the_menu) {
   EXPECT_EQ(desktop_.beeps, 2);  // cancelling is no failure
   EXPECT_FALSE(shown.validated(other).checked);
   std::string titles;
-  for (auto const& item : WynTextView::wrapColumnItems()) {
+  for (auto const& item : wrap_columns::menu_items()) {
     titles += item.title + " ";
     EXPECT_EQ(shown.validated("takeRightMarginFrom:", item.argument).checked, item.title == "90");
   }

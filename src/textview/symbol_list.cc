@@ -1,3 +1,5 @@
+#include "textview/symbol_list.h"
+
 #include <algorithm>
 #include <map>
 #include <mutex>
@@ -9,14 +11,11 @@
 #include "regex/transformation_program.h"
 #include "textview/WynTextView.h"
 
-// The functions, headings and so on of a document: the runs of text whose style has
-// showInSymbolList.
-
 namespace {
 
 constexpr double rest = 0.5;  // seconds without a change before the list is made anew
 
-void replace_all(std::string& text, std::string_view from, std::string_view to) {
+void replace_each(std::string& text, std::string_view from, std::string_view to) {
   for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
     text.replace(at, from.size(), to);
 }
@@ -29,11 +28,11 @@ bool is_blank(std::string const& text) {
 class symbol_names {
  public:
   std::string name_of(std::string text, plist::value const& program) {
-    replace_all(text, "\n", " ");
+    replace_each(text, "\n", " ");
     auto const* const source = program.as_string();
     if (source == nullptr) return text;
     text = programs_.try_emplace(*source, *source).first->second.apply(std::move(text));
-    replace_all(text, "\n", "\u21B5");
+    replace_each(text, "\n", "\u21B5");
     return text;
   }
 
@@ -56,11 +55,14 @@ std::string text_between(text::storage& storage, text::pos first, text::pos last
 
 }  // namespace
 
-void WynTextView::buildFunctionPopUp() {
+symbol_list::symbol_list(WynTextView& text_view) : text_view_(text_view) {}
+
+void symbol_list::build() {
   plist::array symbols;
-  if (tokenizer_ != nullptr && tokenizer_->paths() != nullptr) {
-    text::storage& storage = *view_->storage;
-    tokenizer_->start();
+  text::storage& storage = *text_view_.view()->storage;
+  grammar::tokenize_filter* const tokenizer = text_view_.tokenizer();
+  if (tokenizer != nullptr && tokenizer->paths() != nullptr) {
+    tokenizer->start();
     std::lock_guard const lock(storage.mutex);
     symbol_names names;
     bool inside = false;
@@ -73,53 +75,59 @@ void WynTextView::buildFunctionPopUp() {
             plist::dictionary{{"name", std::move(name)}, {"line", begin.line + std::int64_t{1}}});
     };
     for (std::size_t line = 0; line < storage.lines(); ++line)
-      for (auto const& token : tokenizer_->tokens(line)) {
-        if (styleOfPath(token.path).is_symbol == inside) continue;
+      for (auto const& token : tokenizer->tokens(line)) {
+        if (text_view_.styleOfPath(token.path).is_symbol == inside) continue;
         inside = !inside;
         if (!inside) {
           end_symbol({line, token.column});
           continue;
         }
         begin = {line, token.column};
-        program = stylesForContext(tokenizer_->paths()->path(token.path))["symbolTransformation"];
+        program = text_view_.stylesForContext(
+            tokenizer->paths()->path(token.path))["symbolTransformation"];
       }
     if (inside) end_symbol(storage.end(-1).pos());
   }
-  symbolsMemento_ = view_->storage->current_memento;
-  if (symbols == functionPopUp_) return;
-  functionPopUp_ = std::move(symbols);
-  platform::notification_center::standard().post(function_pop_up_did_change, this);
+  memento_ = storage.current_memento;
+  if (symbols == items_) return;
+  items_ = std::move(symbols);
+  platform::notification_center::standard().post(WynTextView::function_pop_up_did_change,
+                                                 &text_view_);
 }
 
 // Walks all tokens, so it waits until the user rests. Where only the caret has moved the list
 // stands.
-void WynTextView::updateFunctionPopUp(bool changed) {
-  if (view_ == nullptr) return;
-  if (!changed && symbolsMemento_ == view_->storage->current_memento)
-    return setCurrentSymbol(symbolAtCaret());
-  if (symbolTimer_ != nullptr && !changed) return;
-  symbolTimer_ = platform::desktop::current().loop().schedule(
-      rest, false, [this] { delayedUpdateFunctionPopUp(); });
+void symbol_list::update(bool changed) {
+  if (text_view_.view() == nullptr) return;
+  if (!changed && memento_ == text_view_.view()->storage->current_memento)
+    return set_current(at_caret());
+  if (timer_ != nullptr && !changed) return;
+  timer_ = platform::desktop::current().loop().schedule(rest, false, [this] { build_delayed(); });
 }
 
-void WynTextView::delayedUpdateFunctionPopUp() {
-  symbolTimer_.reset();
-  if (view_ == nullptr) return;
-  buildFunctionPopUp();
-  setCurrentSymbol(symbolAtCaret());
+void symbol_list::build_delayed() {
+  timer_.reset();
+  if (text_view_.view() == nullptr) return;
+  build();
+  set_current(at_caret());
 }
 
-std::string WynTextView::symbolAtCaret() const {
-  std::int64_t const line = view_->selection.current_mark.base.line + std::int64_t{1};
+void symbol_list::clear() {
+  timer_.reset();
+  items_.clear();
+}
+
+std::string symbol_list::at_caret() const {
+  std::int64_t const line = text_view_.view()->selection.current_mark.base.line + std::int64_t{1};
   auto const behind = std::partition_point(
-      functionPopUp_.begin(), functionPopUp_.end(),
+      items_.begin(), items_.end(),
       [&](plist::value const& symbol) { return symbol["line"].integer_or(0) <= line; });
-  if (behind == functionPopUp_.begin()) return functionPopUp_.empty() ? "" : "No Symbol";
+  if (behind == items_.begin()) return items_.empty() ? "" : "No Symbol";
   return (*std::prev(behind))["name"].string_or("");
 }
 
-void WynTextView::setCurrentSymbol(std::string const& name) {
-  if (name == currentSymbol_) return;
-  currentSymbol_ = name;
-  updateValueForKey(name, "currentSymbol");
+void symbol_list::set_current(std::string const& name) {
+  if (name == current_) return;
+  current_ = name;
+  text_view_.updateValueForKey(name, "currentSymbol");
 }

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/run_loop.h"
+#include "plist/value.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+class WynTextView;
+
+/// The functions, headings and so on of a document: the runs of text whose style has
+/// `showInSymbolList`. The text view owns it, and shows a document when it is built or asked for
+/// the caret's symbol. Main thread only.
+class symbol_list {
+ public:
+  explicit symbol_list(WynTextView& text_view);
+
+  /// Dictionaries of `name` and `line`, counted from 1, in the order of the text.
+  plist::array const& items() const { return items_; }
+  /// Makes it of the tokens known so far.
+  void build();
+  /// Follows the caret; with `changed`, or when the text has changed, the list is made anew half a
+  /// second after the last such call.
+  void update(bool changed);
+  /// The document goes.
+  void clear();
+
+  /// The name of the last one that begins above the caret or on its line.
+  std::string at_caret() const;
+  /// The one that the status bar shows.
+  std::string const& current() const { return current_; }
+
+ private:
+  void build_delayed();
+  void set_current(std::string const& name);
+
+  WynTextView& text_view_;
+  plist::array items_;
+  std::uint32_t memento_ = 0;  ///< of the text of which the list was made
+  std::string current_;
+  std::unique_ptr<platform::timer> timer_;
+};

@@ -1,0 +1,64 @@
+#include "textview/view_styles.h"
+
+#include "bundles/BundleManager.h"
+#include "platform/user_defaults.h"
+#include "textview/WynThemeManager.h"
+#include "textview/typing_pairs.h"
+
+plist::value const& view_styles::theme_rules() {
+  // Asking for the theme may select one, and that sets the rules meanwhile.
+  if (!theme_rules_) theme_rules_ = WynThemeManager::sharedInstance().currentTheme();
+  return *theme_rules_;
+}
+
+void view_styles::set_theme_rules(plist::value rules) {
+  theme_rules_ = std::move(rules);
+  drop();
+}
+
+style_candidates view_styles::candidates(std::vector<std::string> const& scopes) {
+  style_candidates result;
+  GetDefaultSettings(scopes, result);
+  add_theme_rules(theme_rules(), scopes, result);
+  return result;
+}
+
+plist::value const* view_styles::find(bit_stack::storage const& path) const {
+  auto const found = merged_.find(path);
+  return found == merged_.end() ? nullptr : &found->second;
+}
+
+plist::value const& view_styles::add(bit_stack::storage const& path,
+                                     std::vector<std::string> const& scopes) {
+  plist::value style = merged_style(candidates(scopes));
+  return merged_.insert_or_assign(path, std::move(style)).first->second;
+}
+
+drawn_style const* view_styles::find_drawn(grammar::path_tree::id path) const {
+  return path < drawn_.size() && drawn_[path] ? &*drawn_[path] : nullptr;
+}
+
+drawn_style const& view_styles::add_drawn(grammar::path_tree::id path, drawn_style style) {
+  if (path >= drawn_.size()) drawn_.resize(path + std::size_t{1});
+  return drawn_[path].emplace(std::move(style));
+}
+
+std::u16string const& view_styles::typing_openers() {
+  if (typing_openers_) return *typing_openers_;
+  std::u16string openers;
+  auto const add = [&](plist::value const& list) {
+    for (unit_pair const pair : pairs_of(list)) openers += pair.open;
+  };
+  for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("preference"))
+    add(item->content()["settings"]["smartTypingPairs"]);
+  for (plist::value const& rule : theme_rules().elements())
+    add(rule["settings"]["smartTypingPairs"]);
+  add(platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs"));
+  return typing_openers_.emplace(std::move(openers));
+}
+
+void view_styles::drop() {
+  merged_.clear();
+  drawn_.clear();
+  typing_openers_.reset();
+}
