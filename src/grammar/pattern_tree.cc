@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "grammar/pattern_bracket.h"
+#include "grammar/pattern_cursor.h"
+
 namespace grammar {
 
 symbol_set pattern_tree::first(bool& complete) const {
@@ -42,7 +45,6 @@ namespace {
 
 using type = pattern_tree::type;
 
-constexpr int max_depth = 100;
 constexpr int max_quantifiers = 10;  // behind one another
 
 pattern_tree node(type kind) {
@@ -70,10 +72,6 @@ pattern_tree before(symbol_set const& set) {
   return made;
 }
 
-bool is_letter(char16_t c) {
-  return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
-}
-
 void add_other_case(symbol_set& set) {
   constexpr std::uint64_t letters = 0x07fffffe;
   std::uint64_t const upper = set.ascii[1] & letters, lower = set.ascii[1] >> 32 & letters;
@@ -81,13 +79,13 @@ void add_other_case(symbol_set& set) {
   set.has_other = true;  // there is a K for kelvin, and ligatures
 }
 
-class reader {
+class reader : private pattern_cursor {
  public:
-  explicit reader(std::u16string_view source) : source_(source) {}
+  explicit reader(std::u16string_view source) : pattern_cursor(source) {}
 
   std::optional<pattern_tree> read() {
     pattern_tree made = alternatives({}, 0);
-    if (failed_ || at_ < source_.size()) return std::nullopt;
+    if (failed || at < source.size()) return std::nullopt;
     return made;
   }
 
@@ -96,27 +94,13 @@ class reader {
     bool ignore_case = false, extended = false, dot_all = false;
   };
 
-  bool at_end() const { return at_ >= source_.size(); }
-  bool next_is(std::u16string_view text) const { return source_.substr(at_).starts_with(text); }
-  bool take(std::u16string_view text) {
-    if (!next_is(text)) return false;
-    at_ += text.size();
-    return true;
-  }
-  /// A unit, or 0 at the end, which is an error.
-  char16_t take() {
-    if (!at_end()) return source_[at_++];
-    failed_ = true;
-    return 0;
-  }
   pattern_tree fail() {
-    failed_ = true;
-    at_ = source_.size();
+    give_up();
     return {};
   }
 
   pattern_tree alternatives(options how, int depth) {
-    if (depth > max_depth) return fail();
+    if (depth > max_pattern_depth) return fail();
     pattern_tree made = node(type::alternatives);
     do made.parts.push_back(sequence(how, depth));
     while (take(u"|"));
@@ -127,7 +111,7 @@ class reader {
     pattern_tree made;
     for (;;) {
       skip_remarks(how);
-      if (at_end() || source_[at_] == u'|' || source_[at_] == u')') break;
+      if (at_end() || next() == u'|' || next() == u')') break;
       pattern_tree part = atom(how, depth);
       for (int i = 0; quantifier(part, how); ++i)
         if (i == max_quantifiers) return fail();
@@ -152,10 +136,10 @@ class reader {
   }
 
   void skip_blank() {
-    for (; !at_end(); ++at_) {
-      if (source_[at_] == u'#')
-        at_ = std::min(source_.find(u'\n', at_), source_.size() - 1);
-      else if (std::u16string_view(u" \t\n\v\f\r").find(source_[at_]) == source_.npos)
+    for (; !at_end(); ++at) {
+      if (next() == u'#')
+        at = std::min(source.find(u'\n', at), source.size() - 1);
+      else if (std::u16string_view(u" \t\n\v\f\r").find(next()) == source.npos)
         break;
     }
   }
@@ -178,7 +162,7 @@ class reader {
       return false;
     }
     bool const greedy = !next_is(u"?") && !next_is(u"+");
-    if (!greedy) ++at_;
+    if (!greedy) ++at;
     return wrap(part, least, most, greedy);
   }
 
@@ -193,14 +177,14 @@ class reader {
   }
 
   bool number(unsigned& value) {
-    std::size_t const begin = at_;
-    for (value = 0; !at_end() && source_[at_] >= u'0' && source_[at_] <= u'9'; ++at_)
-      value = std::min(value * 10 + (source_[at_] - u'0'), 100000u);
-    return at_ > begin;
+    std::size_t const begin = at;
+    for (value = 0; !at_end() && next() >= u'0' && next() <= u'9'; ++at)
+      value = std::min(value * 10 + (next() - u'0'), 100000u);
+    return at > begin;
   }
 
   bool interval(unsigned& least, unsigned& most) {
-    std::size_t const begin = at_++;
+    std::size_t const begin = at++;
     bool const has_least = number(least);
     bool has_most = has_least;
     most = least;
@@ -209,10 +193,10 @@ class reader {
       if (!has_most) most = pattern_tree::unlimited;
     }
     if ((has_least || has_most) && take(u"}")) {
-      if (least > most) failed_ = true;
+      if (least > most) failed = true;
       return true;
     }
-    at_ = begin;
+    at = begin;
     return false;
   }
 
@@ -240,9 +224,9 @@ class reader {
         return fail();
       case u'{': {
         unsigned least, most;
-        --at_;
+        --at;
         if (interval(least, most)) return fail();
-        ++at_;
+        ++at;
         return literal(c, how);
       }
       default:
@@ -264,7 +248,7 @@ class reader {
       return units(set, false);
     }
     set.add(c);
-    if (!how.ignore_case || !is_letter(c)) return units(set, true);
+    if (!how.ignore_case || !is_ascii_letter(c)) return units(set, true);
     add_other_case(set);
     return units(set, false);
   }
@@ -352,70 +336,6 @@ class reader {
     return after(set);
   }
 
-  /// The class that stands behind a backslash; false if it is none.
-  static bool class_of(char16_t c, symbol_set& set) {
-    switch (c) {
-      case u'w':
-      case u'W':
-        set = symbol_set::words();
-        break;
-      case u's':
-      case u'S':
-        set = symbol_set::of(" \t\n\v\f\r");
-        break;
-      case u'd':
-      case u'D':
-        set = symbol_set::of("0123456789");
-        break;
-      case u'h':
-      case u'H':
-        set = symbol_set::of("0123456789abcdefABCDEF");
-        break;
-      default:
-        return false;
-    }
-    if (c < u'a') set = set.complement();
-    set.has_other = true;
-    set.has_end = false;
-    return true;
-  }
-
-  /// The unit that is written behind a backslash, by a letter, a number or itself.
-  bool unit_of(char16_t c, char16_t& unit) {
-    constexpr std::u16string_view letters = u"tnvfrae", controls = u"\t\n\v\f\r\a\x1b";
-    if (auto const i = letters.find(c); i != letters.npos) {
-      unit = controls[i];
-    } else if (c == u'x') {
-      if (!hexadecimal(take(u"{") ? 8 : 2, unit) || unit >= 128) return false;
-    } else if (c == u'u') {
-      if (!hexadecimal(4, unit)) return false;
-    } else if (c == u'0') {
-      unsigned value = 0;
-      for (int i = 0; i < 2 && !at_end() && source_[at_] >= u'0' && source_[at_] <= u'7'; ++i)
-        value = value * 8 + (take() - u'0');
-      unit = static_cast<char16_t>(value);
-    } else {
-      unit = c;
-      return c != 0 && !is_letter(c) && !(c >= u'1' && c <= u'9');
-    }
-    return true;
-  }
-
-  bool hexadecimal(int most, char16_t& unit) {
-    constexpr std::u16string_view digits = u"0123456789abcdef";
-    unsigned value = 0;
-    int read = 0;
-    for (; read < most && !at_end(); ++read, ++at_) {
-      char16_t const c = source_[at_];
-      auto const digit = digits.find(c >= u'A' && c <= u'F' ? static_cast<char16_t>(c + 32) : c);
-      if (digit == digits.npos) break;
-      value = value * 16 + static_cast<unsigned>(digit);
-    }
-    unit = static_cast<char16_t>(value);
-    if (read == 0 || value > 0xffff) return false;
-    return most == 8 ? take(u"}") : most == 2 || read == 4;
-  }
-
   bool skip_name() {
     char16_t const closing = take(u"<") ? u'>' : take(u"'") ? u'\'' : u'\0';
     if (closing == 0) return false;
@@ -424,17 +344,10 @@ class reader {
     return false;
   }
 
-  bool skip_property() {
-    if (!take(u"{")) return false;
-    while (char16_t const c = take())
-      if (c == u'}') return true;
-    return false;
-  }
-
   pattern_tree escape(options how) {
     char16_t const c = take();
     symbol_set set;
-    if (class_of(c, set)) return units(set, true);
+    if (class_behind_backslash(c, set)) return units(set, true);
     switch (c) {
       case u'b':
         return node(type::word_boundary);
@@ -467,138 +380,22 @@ class reader {
         break;
     }
     if (c >= u'1' && c <= u'9') {
-      if (!at_end() && source_[at_] >= u'0' && source_[at_] <= u'9') return fail();
+      if (!at_end() && next() >= u'0' && next() <= u'9') return fail();
       return node(type::any_text);
     }
     char16_t unit;
-    return unit_of(c, unit) ? literal(unit, how) : fail();
+    return unit_behind_backslash(c, unit) ? literal(unit, how) : fail();
   }
 
-  /// A bracket as far as it was read.
-  struct bracket_class {
-    symbol_set set;
-    bool exact = true;
-    bool beyond_letters = false;  ///< has what may match several units when case is ignored
-  };
-
   pattern_tree bracket(options how) {
-    bracket_class made = class_members(0);
-    if (failed_) return fail();
+    bracket_class made = read_bracket(*this);
+    if (failed) return fail();
     made.set.has_other = true;
     if (!how.ignore_case) return units(made.set, made.exact);
     if (made.beyond_letters) return node(type::any_text);
     add_other_case(made.set);
     return units(made.set, false);
   }
-
-  bracket_class class_members(int depth) {
-    bracket_class made, all;
-    bool const negated = take(u"^");
-    bool is_first = true, intersected = false;
-    if (depth > max_depth) fail();
-    for (;; is_first = false) {
-      char16_t c = take();
-      if (failed_) return made;
-      if (c == u']' && !is_first) break;
-      if (c == u'&' && take(u"&")) {
-        all = intersected ? intersection(all, made) : made;
-        made = {};
-        intersected = true;
-      } else if (c == u'[') {
-        bracket_class const inner = next_is(u":") ? named_class() : class_members(depth + 1);
-        made.set.add(inner.set);
-        made.exact &= inner.exact;
-        made.beyond_letters = true;
-      } else {
-        member(c, made);
-      }
-    }
-    if (intersected) made = intersection(all, made);
-    if (!negated) return made;
-    // The complement of more than there is would be too little.
-    made.set = made.exact ? made.set.complement() : symbol_set::everything();
-    made.set.has_end = false;
-    return made;
-  }
-
-  static bracket_class intersection(bracket_class a, bracket_class const& b) {
-    a.set.remove(b.set.complement());
-    a.exact &= b.exact;
-    a.beyond_letters |= b.beyond_letters;
-    return a;
-  }
-
-  bracket_class named_class() {
-    bracket_class made;
-    take(u":");
-    take(u"^");
-    while (!at_end() && is_letter(source_[at_])) ++at_;
-    // With anything else there it is a class in the class, or not.
-    if (!take(u":]")) fail();
-    made.set = symbol_set::everything();
-    made.exact = false;
-    return made;
-  }
-
-  void member(char16_t c, bracket_class& made) {
-    char16_t low = c;
-    if (c == u'\\' && !escaped_member(low, made)) return;
-    if (!next_is(u"-") || next_is(u"-]")) return add_range(low, low, made);
-    ++at_;
-    char16_t high = take();
-    if (high == u'[' || (high == u'&' && next_is(u"&"))) {
-      fail();
-    } else if (high == u'\\' && !escaped_member(high, made)) {
-      add_range(low, low, made);
-      add_range(u'-', u'-', made);
-    } else {
-      if (low > high) fail();
-      add_range(low, high, made);
-      after_complete(made);
-    }
-  }
-
-  /// Reads what stands behind a backslash: true for a unit, false for a class, which is added.
-  bool escaped_member(char16_t& unit, bracket_class& made) {
-    char16_t const c = take();
-    symbol_set set;
-    if (class_of(c, set)) {
-      made.set.add(set);
-      made.beyond_letters = true;
-      after_complete(made);
-      return false;
-    }
-    if (c == u'b') {
-      unit = u'\b';
-      return true;
-    }
-    if (c == u'p' || c == u'P') {
-      if (!skip_property()) fail();
-      made.set = symbol_set::everything();
-      made.exact = false;
-      made.beyond_letters = true;
-      return false;
-    }
-    if (!unit_of(c, unit)) fail();
-    return true;
-  }
-
-  // Behind a class or a range a hyphen may mean itself or not.
-  void after_complete(bracket_class& made) {
-    if (!next_is(u"-") || next_is(u"-]")) return;
-    made.set = symbol_set::everything();
-    made.exact = false;
-    made.beyond_letters = true;
-  }
-
-  static void add_range(char16_t low, char16_t high, bracket_class& made) {
-    made.set.add(low, std::min<unsigned>(high, 127));
-    if (high >= 128) made.beyond_letters = true;
-  }
-
-  std::u16string_view source_;
-  std::size_t at_ = 0;
-  bool failed_ = false;
 };
 
 }  // namespace

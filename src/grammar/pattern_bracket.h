@@ -1,0 +1,18 @@
+#pragma once
+
+#include "grammar/pattern_cursor.h"
+
+namespace grammar {
+
+/// A class of units in brackets, as far as it was read.
+struct bracket_class {
+  symbol_set set;
+  bool exact = true;            ///< `set` has no ASCII unit that the class doesn't take
+  bool beyond_letters = false;  ///< has what may match several units when case is ignored
+};
+
+/// Reads a class from behind its opening bracket to behind the closing one. The set is at least
+/// what the class takes.
+bracket_class read_bracket(pattern_cursor& in, int depth = 0);
+
+}  // namespace grammar
