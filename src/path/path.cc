@@ -1,5 +1,7 @@
 #include "path/path.h"
 
+#include "platform/percent_encoding.h"
+
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -79,6 +81,10 @@ std::string parent(std::string const& path) {
 std::string name(std::string const& path) {
   std::string normal = normalize(path);
   return normal.substr(normal.rfind('/') + 1);
+}
+
+std::string file_url(std::string_view path) {
+  return "file://" + percent_encoded(path, "/-._~!$&'()*+,;=:@");
 }
 
 }  // namespace path

@@ -22,6 +22,9 @@ std::string parent(std::string const& path);
 /// What follows the last "/" of the normalized path.
 std::string name(std::string const& path);
 
+/// The URL of an absolute path.
+std::string file_url(std::string_view path);
+
 /// The last step of `normalize`: takes out each ".." together with the component before it.
 void remove_parent_dir(std::string& path);
 

@@ -1,6 +1,7 @@
 #include "platform/trash.h"
 
 #include "platform/library_folders.h"
+#include "platform/percent_encoding.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -38,26 +39,13 @@ std::string top_of_volume(std::filesystem::path path, dev_t device) {
   return path.string();
 }
 
-/// As it stands in the information of the trash.
-std::string percent_encoded(std::string const& path) {
-  std::string result;
-  for (unsigned char c : path) {
-    bool const plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-                       std::string_view("/-_.~").find(static_cast<char>(c)) != std::string::npos;
-    char code[4];
-    std::snprintf(code, sizeof code, "%%%02X", c);
-    result += plain ? std::string(1, static_cast<char>(c)) : code;
-  }
-  return result;
-}
-
 std::string information_for(std::string const& path) {
   std::time_t const now = std::time(nullptr);
   std::tm local{};
   ::localtime_r(&now, &local);
   char date[32];
   std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
-  return "[Trash Info]\nPath=" + percent_encoded(path) + "\nDeletionDate=" + date + "\n";
+  return "[Trash Info]\nPath=" + percent_encoded(path, "/-_.~") + "\nDeletionDate=" + date + "\n";
 }
 
 int write_all(int fd, std::string const& text) {

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <mutex>
 #include <stdexcept>
@@ -67,21 +66,6 @@ void set_folding_patterns(text::view& view, plist::value const& language) {
       first.reset();
     }
   view.folding_filter->set_patterns(std::move(first), std::move(last));
-}
-
-std::string file_url(std::string const& path) {
-  std::string url = "file://";
-  for (char const c : path) {
-    static constexpr std::string_view plain = "/-._~!$&'()*+,;=:@";
-    if (std::isalnum(static_cast<unsigned char>(c)) || plain.find(c) != std::string_view::npos) {
-      url += c;
-      continue;
-    }
-    char escaped[4];
-    std::snprintf(escaped, sizeof escaped, "%%%02X", static_cast<unsigned char>(c));
-    url += escaped;
-  }
-  return url;
 }
 
 }  // namespace
@@ -191,10 +175,10 @@ void WynTextView::publishLanguage() {
 }
 
 void WynTextView::postLanguageDidChange() {
-  std::string const path = document_->filename();
+  std::string const filename = document_->filename();
   plist::dictionary info{{"QNDocumentLanguageName", currentMode_},
                          {"QNDocumentLanguageScope", rootScope_}};
-  if (!path.empty()) info.emplace("QNDocumentURL", file_url(path));
+  if (!filename.empty()) info.emplace("QNDocumentURL", path::file_url(filename));
   platform::notification_center::standard().post(language_did_change, this, std::move(info));
 }
 
