@@ -63,7 +63,7 @@ void WynTextView::detachView() {
   closeIncrementalSearchWindow();
   abandonMarkedText();
   flash_.end(host_);
-  mouse_->disarm();
+  mouse_->forget_press();
   drop_->exit();
   drop_->forget_files();
   documentToken_.reset();
@@ -86,7 +86,6 @@ void WynTextView::attachView() {
     openFolded();
   setupTextFrame();
   publishAll();
-  updateValueForKey("", "currentSymbol");
   setNeedsDisplay();
   scrollToStoredPosition();
 }
@@ -197,8 +196,7 @@ void WynTextView::set_host(platform::view_host* host) {
     blinkTimer_.reset();
     centerTimer_.reset();
     flash_.end(nullptr);
-    mouse_->stop_autoscroll();
-    mouse_->disarm();
+    mouse_->forget_press();
     drop_->exit();
     return;
   }

@@ -322,7 +322,7 @@ class WynTextView : public platform::responder,
   void attachTokenizer();
   void startTokenizer();
   void detachTokenizer();
-  void setRules(plist::value const& language);
+  void setRules(unsigned language);  // an index of language_catalogue
   void postLanguageDidChange();
   void publishLanguage();
   void filenameDidChange(plist::value const& info);

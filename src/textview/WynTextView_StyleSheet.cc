@@ -118,7 +118,7 @@ void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) 
   currentMode_ = language["name"].string_or("");
   rootScope_ = language["scopeName"].string_or(currentMode_);
   if (learn) learnFileAssociation(languageUUID_);
-  setRules(language);
+  setRules(language ? index_of_language(languageUUID_) : grammar::catalogue::none);
   styles_->drop();
   set_folding_patterns(*view_, language);
   initializeSettings();
@@ -130,16 +130,15 @@ void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) 
 }
 
 // A view gets its tokenizer with the first language.
-void WynTextView::setRules(plist::value const& language) {
+void WynTextView::setRules(unsigned language) {
   if (tokenizer_ == nullptr) {
-    if (!language) return;
+    if (language == grammar::catalogue::none) return;
     auto added = std::make_unique<grammar::tokenize_filter>(*view_->storage);
     tokenizer_ = added.get();
     view_->install_tokenize_filter(std::move(added));
   }
   tokenizer_->set_reset_display([this] { resetDisplay(); });
-  tokenizer_->set_rules(language_catalogue(BundleManager::sharedInstance()),
-                        language ? index_of_language(languageUUID_) : grammar::catalogue::none);
+  tokenizer_->set_rules(language_catalogue(BundleManager::sharedInstance()), language);
   startTokenizer();
 }
 

@@ -114,6 +114,7 @@ void mouse_tracker::disarm() {
 
 void mouse_tracker::forget_press() {
   disarm();
+  autoscroll_timer_.reset();
   is_pressed_ = false;
 }
 
@@ -206,8 +207,7 @@ void mouse_tracker::select_to_mouse() {
 void mouse_tracker::release(mouse_event const& event) {
   if (arm_ != drag_arm::none && text_view_.view() != nullptr)
     select_at_armed_press(event.modifiers);
-  stop_autoscroll();
-  is_pressed_ = false;
+  forget_press();
 }
 
 void mouse_tracker::start_autoscroll() {

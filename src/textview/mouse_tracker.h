@@ -34,11 +34,8 @@ class mouse_tracker {
 
   /// Whether moving the mouse drags the selection.
   bool is_drag_armed() const { return arm_ == drag_arm::armed; }
-  /// The press counts no more: its release goes elsewhere.
+  /// The press counts no more: its release goes elsewhere, or the document or the host is going.
   void forget_press();
-  /// Nothing of the press may still come when the document or the host goes.
-  void disarm();
-  void stop_autoscroll() { autoscroll_timer_.reset(); }
 
  private:
   enum class granularity { unit, word, line };
@@ -46,6 +43,7 @@ class mouse_tracker {
 
   void toggle_columns_on_option_tap(std::uint32_t old_flags, std::uint32_t flags);
   bool arm_drag(platform::mouse_event const& event);
+  void disarm();
   void select_at(platform::mouse_event const& event);
   void select_at_armed_press(std::uint32_t modifiers);
   void extend_selection_to(platform::point p);

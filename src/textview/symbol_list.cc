@@ -115,6 +115,7 @@ void symbol_list::build_delayed() {
 void symbol_list::clear() {
   timer_.reset();
   items_.clear();
+  current_.clear();
 }
 
 std::string symbol_list::at_caret() const {
