@@ -13,6 +13,14 @@
 
 using bundles::complain;
 
+namespace {
+
+void complain_of_damage(std::string const& index_file) {
+  complain(index_file + ": damaged, it is made anew");
+}
+
+}  // namespace
+
 CacheManager::CacheManager(std::string cacheFile) : cacheFile_(std::move(cacheFile)) {
   loadCache();
 }
@@ -54,7 +62,7 @@ void CacheManager::forgetPath(std::string_view path) {
 }
 
 void CacheManager::reportDamage(std::string const& path) {
-  complain(cacheFile_ + ": damaged, it is made anew");
+  complain_of_damage(cacheFile_);
   entries_.erase(path);
   isModified_ = true;
 }
@@ -74,7 +82,7 @@ void CacheManager::loadCache() {
   if (error != 0) return;
   if (bundles::index::unpack_root(bytes_, cacheFormatVersion, entries_)) return;
   flush();
-  complain(cacheFile_ + ": damaged, it is made anew");
+  complain_of_damage(cacheFile_);
 }
 
 void CacheManager::saveCache() {

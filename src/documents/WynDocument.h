@@ -34,13 +34,13 @@
 /// What a save gives back: an unedited document in the charset in which it was found (the user
 /// default WynFileEncodingAndLineEndingsPreserve, on unless it is turned off) gives the bytes that
 /// were read, unless
-///  - its line ends were mixed: all of them become the most frequent one. If control characters
-///  tell
-///    that the file is no text, the user is asked before it is overwritten;
-///  - it held bytes that are no text in that charset: then the user is asked too, as they would be
-///    lost. Characters of UTF-8 above U+FFFF are two units in the
-///    text and survive; with the user default WynPreserveSupplementaryCharacters set to false each
-///    is one unit, its upper bits are lost, and nothing is asked.
+///
+/// - its line ends were mixed: all of them become the most frequent one. If control characters
+///   tell that the file is no text, the user is asked before it is overwritten;
+/// - it held bytes that are no text in that charset: then the user is asked too, as they would be
+///   lost. Characters of UTF-8 above U+FFFF are two units in the text and survive; with the user
+///   default WynPreserveSupplementaryCharacters set to false each is one unit, its upper bits are
+///   lost, and nothing is asked.
 ///
 /// Alerts are modal. Main thread only. `storage()` outlives the views; the document is held by
 /// std::shared_ptr.

@@ -30,7 +30,6 @@ class glob_t {
   /// than 64 KiB finds nothing, and so does one that has taken too long on a path once.
   bool does_match(std::string const& path) const;
 
-
  private:
   void setup(std::string glob);
 
