@@ -4,6 +4,7 @@
 #include "bundles/BundleManager.h"
 #include "bundles/item_file.h"
 #include "bundles/item_kinds.h"
+#include "bundles/type_check.h"
 #include "path/path.h"
 #include "platform/notification_center.h"
 #include "plist/delta.h"
@@ -13,7 +14,7 @@
 std::shared_ptr<BundleItem> BundleItem::bundleItemWithContent(BundleManager& manager,
                                                               plist::dictionary content,
                                                               std::string kind) {
-  auto item = std::make_shared<BundleItem>(manager, std::move(kind), "", keys_from(content, "item"),
+  auto item = std::make_shared<BundleItem>(manager, std::move(kind), "", keys_from(content),
                                            std::vector<std::string>());
   item->content_ = std::move(content);
   item->hasContent_ = true;
@@ -37,7 +38,7 @@ std::shared_ptr<BundleItem> BundleItem::itemWithStubs(BundleManager& manager, st
     }
     plist::value const merged = plist::MergePLists(digests);
     if (!merged) return nullptr;
-    first.keys = keys_from(merged, paths.front());
+    first.keys = keys_from(merged);
     first.more = language_entries(merged);
   }
   auto item = std::make_shared<BundleItem>(manager, std::move(kind), std::move(bundleUUID),
@@ -115,11 +116,13 @@ std::string BundleItem::supportPath() const {
   return owner ? owner->supportPath() : "";
 }
 
-plist::value BundleItem::contentOfPaths(std::vector<std::string> const& paths, std::string* base) {
+plist::value BundleItem::contentOfPaths(std::string_view kind,
+                                        std::vector<std::string> const& paths, std::string* base) {
   plist::array layers;
   for (std::string const& path : paths) {
     plist::value const layer = bundles::read_dictionary(path);
     if (!layer) continue;
+    bundles::complain_of_types(layer, kind, path);
     layers.push_back(layer);
     if (layer["isDelta"].integer_or(0) != 0) continue;
     if (base != nullptr) *base = path;
@@ -132,7 +135,7 @@ plist::value BundleItem::contentOfPaths(std::vector<std::string> const& paths, s
 void BundleItem::loadContent() {
   if (hasContent_) return;
   hasContent_ = true;
-  content_ = contentOfPaths(sourcePaths_, &pristineCopyPlistPath_);
+  content_ = contentOfPaths(kind(), sourcePaths_, &pristineCopyPlistPath_);
 }
 
 plist::value BundleItem::languageEntries() const {

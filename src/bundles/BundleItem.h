@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "bundles/BaseItem.h"
@@ -62,7 +63,7 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
   /// The merged dictionary; empty when the files have vanished.
   plist::value const& content();
   /// What content() is, from files; `base` becomes the one that is no delta. Any thread.
-  static plist::value contentOfPaths(std::vector<std::string> const& paths,
+  static plist::value contentOfPaths(std::string_view kind, std::vector<std::string> const& paths,
                                      std::string* base = nullptr);
   /// Of a grammar: what tells which files are in its language, with `uuid` and `name`. Without
   /// reading the file.

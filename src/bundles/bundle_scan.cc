@@ -2,6 +2,7 @@
 
 #include "bundles/item_file.h"
 #include "bundles/item_kinds.h"
+#include "bundles/type_check.h"
 
 namespace bundles {
 namespace {
@@ -24,6 +25,7 @@ plist::value bundle_info(CacheManager& cache, std::string const& path) {
     complain(path + ": no uuid");
     return {};
   }
+  complain_of_types(info, "bundle", path);
   cache.setContents(info, path, changed);
   return info;
 }

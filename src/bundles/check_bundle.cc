@@ -4,6 +4,7 @@
 #include "bundles/item_file.h"
 #include "bundles/item_kinds.h"
 #include "bundles/known_keys.h"
+#include "bundles/type_check.h"
 #include "grammar/scope_selector.h"
 #include "path/path.h"
 #include "platform/replace_file.h"
@@ -21,8 +22,6 @@
 
 namespace bundles {
 namespace {
-
-using way = std::vector<std::string>;
 
 /// Lines on which patterns go wrong: long runs, repeated words, brackets that stay open.
 std::vector<std::u16string> const& generated_lines() {
@@ -150,13 +149,8 @@ class file_check {
 
   void value(plist::value const& v, way const& to, content_type type) {
     using enum content_type;
-    bool const is_list = type == list || type == texts || type == pairs || type == variables;
-    bool const is_table = type == table || type == captures;
-    if (is_list && !v.as_array()) return at(to, "is not an array");
-    if (is_table && !v.as_dictionary()) return at(to, "is not a dictionary");
-    if (type == number && (v.as_array() || v.as_dictionary())) return at(to, "is no number");
-    if (type == number || is_list || is_table) return parts(v, to, type);
-    if (!v.as_string()) return at(to, "is not a string");
+    auto const tell = [this](way const& part, std::string const& reason) { at(part, reason); };
+    if (!check_type(v, to, type, tell) || !v.as_string()) return;
     std::string const& string = *v.as_string();
     std::string reason;
     auto const& choices = choices_for(to.back());
@@ -166,31 +160,9 @@ class file_check {
     if (type == selector && !scope::parse_selector(string, &reason))
       at(to, "invalid scope selector: " + reason);
     if (type == key_event && !is_key(string)) at(to, "is no key");
-    if (type == color && !is_color(string)) at(to, "is no colour such as #RRGGBB");
     if (type != program) return;
     if (transformation_program const parsed(string); !parsed.fault().empty())
       at(to, parsed.fault());
-  }
-
-  void parts(plist::value const& v, way const& to, content_type type) {
-    using enum content_type;
-    auto const is_text = [](plist::value const& part) { return part.as_string() != nullptr; };
-    std::size_t n = 0;
-    for (plist::value const& part : v.elements()) {
-      way const here = below(to, std::to_string(n++));
-      auto const& pair = part.elements();
-      if (type == texts && !is_text(part)) at(here, "is not a string");
-      if (type == pairs && (pair.size() != 2 || !std::all_of(pair.begin(), pair.end(), is_text)))
-        at(here, "is not a pair of strings");
-      if (type == variables && (!is_text(part["name"]) || !is_text(part["value"])))
-        at(here, "is no name with a value");
-    }
-    for (auto const& [group, part] : v.entries()) {
-      if (type != captures) break;
-      bool const is_number = !group.empty() && group.find_first_not_of("0123456789") == group.npos;
-      if (!is_number) at(below(to, group), "is no group");
-      if (!is_text(part["name"])) at(below(to, group), "has no name");
-    }
   }
 
   // One character behind the letters for modifiers.
@@ -198,10 +170,6 @@ class file_check {
     std::size_t last = text.size();
     while (last > 0 && (text[--last] & 0xC0) == 0x80) continue;
     return text.substr(0, last).find_first_not_of("#^~$@") == text.npos;
-  }
-  static bool is_color(std::string const& text) {
-    return (text.size() == 7 || text.size() == 9) && text.front() == '#' &&
-           text.find_first_not_of("0123456789ABCDEFabcdef", 1) == text.npos;
   }
 
   void rule(plist::value const& r, way const& to, key_types const& keys) {

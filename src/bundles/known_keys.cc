@@ -35,7 +35,7 @@ key_types const& keys_of_kind(std::string_view kind) {
       {"bundle",
        {{"uuid", text},
         {"name", text},
-        {"mainMenu", table},
+        {"mainMenu", menu},
         {"ordering", texts},
         {"deleted", texts},
         {"disabled", texts},

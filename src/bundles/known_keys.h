@@ -23,6 +23,8 @@ enum class content_type : std::uint8_t {
   pairs,      // a list of lists of two texts
   variables,  // a list of tables with name and value
   captures,   // a table from group number to a table with a name
+  menu,       // a table of items, excludedItems and submenus
+  groups,     // a table from UUID to a table with name and items
   program,    // substitutions for symbols
 };
 using key_types = std::map<std::string_view, content_type>;

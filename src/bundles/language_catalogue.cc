@@ -17,7 +17,7 @@ class grammar_source {
 
   plist::value content() {
     std::lock_guard const lock(mutex_);
-    if (!content_) content_ = BundleItem::contentOfPaths(paths_);
+    if (!content_) content_ = BundleItem::contentOfPaths("language", paths_);
     return *content_;
   }
   /// Whether it is, or will be, what the item has now.

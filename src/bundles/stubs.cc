@@ -2,6 +2,7 @@
 
 #include "bundles/WynKeyEvent.h"
 #include "bundles/item_file.h"
+#include "bundles/type_check.h"
 
 #include <algorithm>
 
@@ -36,18 +37,10 @@ std::string normalized_key_equivalent(std::string const& text) {
   return event ? event->stringRepresentation() : "";
 }
 
-item_keys keys_from(plist::value const& dictionary, std::string const& path) {
+item_keys keys_from(plist::value const& dictionary) {
   item_keys keys;
-  for (auto const& [key, field] : item_text_keys) {
-    plist::value const& value = dictionary[key];
-    if (auto const* text = value.as_string())
-      keys.*field = *text;
-    else if (value)
-      bundles::complain(path + ": " + std::string(key) + " is no string");
-  }
-  plist::value const& extensions = dictionary[dragged_extensions_key];
-  if (extensions && !extensions.as_array())
-    bundles::complain(path + ": " + std::string(dragged_extensions_key) + " is no array");
+  for (auto const& [key, field] : item_text_keys)
+    if (auto const* text = dictionary[key].as_string()) keys.*field = *text;
   keys.draggedFileExtensions = bundles::string_array(dictionary, dragged_extensions_key);
   keys.keyEquivalent = normalized_key_equivalent(keys.keyEquivalent);
   return keys;
@@ -77,12 +70,13 @@ std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::str
     bundles::complain(path + ": no uuid");
     return std::nullopt;
   }
+  bundles::complain_of_types(dictionary, kind, path);
   BundleItemStub stub;
   if (dictionary["isDelta"].integer_or(0) != 0) {
     stub.keys.uuid = *uuid;
     stub.more = relevant_changes(dictionary, kind);
   } else {
-    stub.keys = keys_from(dictionary, path);
+    stub.keys = keys_from(dictionary);
     if (kind == "language") stub.more = language_entries(dictionary);
   }
   stub.path = std::move(path);

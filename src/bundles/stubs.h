@@ -52,8 +52,7 @@ struct BundleItemStub {
 };
 
 /// Reads them from a dictionary. A key equivalent becomes the form in which keys are looked up.
-/// Wrong types are complained about, with `path`.
-item_keys keys_from(plist::value const& dictionary, std::string const& path);
+item_keys keys_from(plist::value const& dictionary);
 /// The same the other way round; what is empty is absent.
 plist::dictionary dictionary_from(item_keys const& keys);
 /// The form in which keys are looked up.
@@ -63,6 +62,6 @@ std::string normalized_key_equivalent(std::string const& text);
 plist::dictionary language_entries(plist::value const& dictionary);
 
 /// The digest of an item's dictionary, which was read from `path`; nothing, after a complaint, when
-/// it has no `uuid`.
+/// it has no `uuid`. Wrong types are complained about.
 std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::string path,
                                         std::string_view kind);

@@ -30,8 +30,8 @@ class reader {
     made->content_name = string(content, "contentName", place);
     made->include = string(content, "include", place);
     read_patterns(content, place, *made);
-    made->apply_end_pattern_last = content["applyEndPatternLast"].integer_or(0) != 0;
-    made->disabled = content["disabled"].integer_or(0) != 0;
+    made->apply_end_pattern_last = flag(content, "applyEndPatternLast", place);
+    made->disabled = flag(content, "disabled", place);
     made->begin_captures = captures(content, "beginCaptures", place);
     made->end_captures = captures(content, "endCaptures", place);
     if (auto const* const rules = list(content, "patterns", place)) {
@@ -60,6 +60,12 @@ class reader {
     if (auto const* const text = value.as_string()) return *text;
     if (value) wrong_type(key, "a string", place);
     return {};
+  }
+
+  bool flag(plist::value const& content, char const* key, std::string const& place) const {
+    plist::value const& value = content[key];
+    if (value && value.integer_or(0) != value.integer_or(1)) wrong_type(key, "a number", place);
+    return value.integer_or(0) != 0;
   }
 
   plist::array const* list(plist::value const& content, char const* key,
@@ -102,6 +108,8 @@ class reader {
       if (!value.as_dictionary())
         tell(place + key + "." + group,
              "rule is not of proper type (expected key/value dictionaryKeys)");
+      if (value["name"] && !value["name"].as_string())
+        wrong_type("name", "a string", place + key + "." + group + ".");
       long const number = std::strtol(group.c_str(), nullptr, 10);
       made.push_back(
           {static_cast<int>(std::clamp(number, -1L, 1L << 20)), value["name"].string_or("")});

@@ -1,10 +1,11 @@
 #include "textview/indent_patterns.h"
 
+#include "bundles/item_file.h"
 #include "platform/utf.h"
 #include "text/tab_width.h"
+#include "textview/scope_style.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <stdexcept>
 
 namespace {
@@ -19,7 +20,7 @@ std::optional<oniguruma::ptrn_t> compiled(std::string const& source, char const*
   std::u16string const units = unicode::to_utf16(source);
   return oniguruma::ptrn_t(units.data(), units.data() + units.size(), 0);
 } catch (std::invalid_argument const& error) {
-  std::fprintf(stderr, "Quirnote: bad %s: %s\n", key, error.what());
+  bundles::complain(origin_of_setting(key, source) + ": " + error.what());
   return std::nullopt;
 }
 

@@ -5,6 +5,7 @@
 #include "bundles/BundleManager.h"
 #include "grammar/scope_selector.h"
 #include "textview/TextLayout.h"
+#include "textview/WynThemeManager.h"
 #include "textview/color_strings.h"
 
 namespace {
@@ -85,6 +86,13 @@ plist::value merged_style(style_candidates const& candidates) {
   if (!variables.empty()) merged.insert_or_assign("shellVariables", joined_variables(variables));
   for (char const* key : {"background", "foreground"}) blend(candidates, key, merged);
   return merged;
+}
+
+std::string origin_of_setting(std::string const& key, plist::value const& value) {
+  for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("preference"))
+    if (item->content()["settings"][key] == value) return item->sourcePath() + ": settings." + key;
+  auto const* const theme = WynThemeManager::sharedInstance().selectedTheme();
+  return (theme == nullptr ? "" : theme->filepath + ": ") + "settings." + key;
 }
 
 platform::text_style style_from_dictionary(plist::value const& style, platform::color foreground) {

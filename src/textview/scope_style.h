@@ -40,6 +40,10 @@ void add_theme_rules(plist::value const& rules, std::vector<std::string> const& 
 /// already. A translucent foreground or background is blended with those below it.
 plist::value merged_style(style_candidates const& candidates);
 
+/// Where settings have this value under the key, for messages: "FILE: settings.KEY" of the first
+/// preference, or else of the theme in use.
+std::string origin_of_setting(std::string const& key, plist::value const& value);
+
 /// What drawing and the list of symbols look up for each run of text.
 struct drawn_style {
   platform::text_style text;

@@ -4,12 +4,14 @@
 #include <map>
 #include <mutex>
 
+#include "bundles/item_file.h"
 #include "grammar/tokenize_filter.h"
 #include "platform/desktop.h"
 #include "platform/unicode.h"
 #include "platform/utf.h"
 #include "regex/transformation_program.h"
 #include "textview/WynTextView.h"
+#include "textview/scope_style.h"
 
 namespace {
 
@@ -24,21 +26,24 @@ bool is_blank(std::string const& text) {
   return text.find_first_not_of(" \t\r\n\v\f") == std::string::npos;
 }
 
-// The names of symbols, from the text between two places and the program of the first one's style.
-class symbol_names {
- public:
-  std::string name_of(std::string text, plist::value const& program) {
-    replace_each(text, "\n", " ");
-    auto const* const source = program.as_string();
-    if (source == nullptr) return text;
-    text = programs_.try_emplace(*source, *source).first->second.apply(std::move(text));
-    replace_each(text, "\n", "\u21B5");
-    return text;
-  }
+// Kept for good, as there are few, so that a fault in one is told once.
+transformation_program const& program_with(plist::value const& source) {
+  static std::map<std::string, transformation_program> programs;
+  std::string const& text = *source.as_string();
+  auto const [place, is_new] = programs.try_emplace(text, text);
+  if (std::string const& fault = place->second.fault(); is_new && !fault.empty())
+    bundles::complain(origin_of_setting("symbolTransformation", source) + ": " + fault);
+  return place->second;
+}
 
- private:
-  std::map<std::string, transformation_program> programs_;
-};
+// The name of a symbol, from the text between two places and the program of the first one's style.
+std::string symbol_name(std::string text, plist::value const& program) {
+  replace_each(text, "\n", " ");
+  if (program.as_string() == nullptr) return text;
+  text = program_with(program).apply(std::move(text));
+  replace_each(text, "\n", "\u21B5");
+  return text;
+}
 
 std::string text_between(text::storage& storage, text::pos first, text::pos last) {
   std::u16string units;
@@ -64,12 +69,11 @@ void symbol_list::build() {
   if (tokenizer != nullptr && tokenizer->paths() != nullptr) {
     tokenizer->start();
     std::lock_guard const lock(storage.mutex);
-    symbol_names names;
     bool inside = false;
     text::pos begin;
     plist::value program;
     auto const end_symbol = [&](text::pos end) {
-      std::string name = names.name_of(text_between(storage, begin, end), program);
+      std::string name = symbol_name(text_between(storage, begin, end), program);
       if (!is_blank(name))
         symbols.push_back(
             plist::dictionary{{"name", std::move(name)}, {"line", begin.line + std::int64_t{1}}});

@@ -104,7 +104,7 @@ TEST_F(bundle_layers, orphans_and_faults_cost_only_themselves) {
   std::string uuids;
   for (auto const& item : manager().bundleItems()) uuids += item->UUID();
   std::string const told = testing::internal::GetCapturedStderr();
-  for (char const* part : {"three.plist: name is no string", "four.plist: no uuid", "five.plist:1:",
+  for (char const* part : {"three.plist: name: is not a string", "four.plist: no uuid", "five.plist:1:",
                            "Bad.qnbundle/info.plist: the property list is no dictionary"})
     EXPECT_NE(told.find(part), std::string::npos) << part << " in " << told;
   EXPECT_EQ(uuids, "SWT");
