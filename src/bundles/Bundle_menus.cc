@@ -8,9 +8,13 @@ namespace {
 
 using names = std::set<std::string, std::less<>>;
 
+/// How deep groups may stand in each other; those further in are empty.
+constexpr int max_depth = 100;
+
 /// The texts of the array that may stand in a menu; each UUID takes itself off `allowed`. A group's
 /// own items are filtered where the group stands.
-plist::array filterArray(plist::value const& items, names& allowed, plist::dictionary& groups) {
+plist::array filterArray(plist::value const& items, names& allowed, plist::dictionary& groups,
+                         int depth = 0) {
   plist::array result;
   for (plist::value const& element : items.elements()) {
     auto const* const uuid = element.as_string();
@@ -23,8 +27,12 @@ plist::array filterArray(plist::value const& items, names& allowed, plist::dicti
     result.push_back(element);
     auto const group = groups.find(*uuid);
     if (group == groups.end()) continue;
+    if (depth == max_depth) {
+      group->second = plist::dictionary();
+      continue;
+    }
     plist::dictionary entries = group->second.entries();
-    entries.insert_or_assign("items", filterArray(entries["items"], allowed, groups));
+    entries.insert_or_assign("items", filterArray(entries["items"], allowed, groups, depth + 1));
     group->second = std::move(entries);
   }
   return result;

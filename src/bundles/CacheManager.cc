@@ -15,8 +15,8 @@ using bundles::complain;
 
 namespace {
 
-void complain_of_damage(std::string const& index_file) {
-  complain(index_file + ": damaged, it is made anew");
+void complain_of(std::string const& index_file, std::string const& fault) {
+  complain(index_file + ": " + fault + ", it is made anew");
 }
 
 }  // namespace
@@ -62,7 +62,7 @@ void CacheManager::forgetPath(std::string_view path) {
 }
 
 void CacheManager::reportDamage(std::string const& path) {
-  complain_of_damage(cacheFile_);
+  complain_of(cacheFile_, "damaged");
   entries_.erase(path);
   isModified_ = true;
 }
@@ -80,9 +80,11 @@ void CacheManager::loadCache() {
   int const error = platform::read_file(cacheFile_, bytes_, platform::file_calls::system());
   if (error != 0 && error != ENOENT) complain(cacheFile_ + ": " + std::strerror(error));
   if (error != 0) return;
-  if (bundles::index::unpack_root(bytes_, cacheFormatVersion, entries_)) return;
+  std::string version;
+  bool const is_sound = bundles::index::unpack_root(bytes_, cacheFormatVersion, entries_, &version);
+  if (is_sound && version == cacheFormatVersion) return;
   flush();
-  complain_of_damage(cacheFile_);
+  complain_of(cacheFile_, is_sound ? "of version " + version : "damaged");
 }
 
 void CacheManager::saveCache() {

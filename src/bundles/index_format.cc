@@ -209,10 +209,12 @@ std::string pack_root(std::string_view version, entries const& content) {
   return out.result();
 }
 
-bool unpack_root(std::string_view bytes, std::string_view version, entries& content) {
+bool unpack_root(std::string_view bytes, std::string_view version, entries& content,
+                 std::string* found) {
   root_visitor visitor(content, bytes.size());
   if (!parse_all(bytes, visitor)) return false;
   if (visitor.version != version) content.clear();
+  if (found != nullptr) *found = std::move(visitor.version);
   return true;
 }
 

@@ -42,9 +42,10 @@ struct info_head {
 };
 
 std::string pack_root(std::string_view version, entries const& content);
-/// With another `version` than the given one the result is true, and `content` empty. What is in
-/// `content` borrows from `bytes`.
-bool unpack_root(std::string_view bytes, std::string_view version, entries& content);
+/// With another `version` than the given one the result is true, and `content` empty; `found` is
+/// the version. What is in `content` borrows from `bytes`.
+bool unpack_root(std::string_view bytes, std::string_view version, entries& content,
+                 std::string* found = nullptr);
 
 /// Packed content as a block, and back: nothing for one that is damaged.
 std::string block_with(std::string_view content, std::string_view path, std::int64_t changed);
