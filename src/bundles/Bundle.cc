@@ -6,6 +6,7 @@
 #include "bundles/bundle_scan.h"
 #include "bundles/item_file.h"
 #include "bundles/item_kinds.h"
+#include "path/file_system.h"
 #include "path/path.h"
 #include "plist/delta.h"
 
@@ -82,7 +83,11 @@ merged_info merge(CacheManager& cache, std::vector<std::string> const& paths,
 std::shared_ptr<Bundle> Bundle::bundleWithPaths(BundleManager& manager,
                                                 std::vector<std::string> paths) {
   merged_info info = merge(manager.cache(), paths, bundles::bundle_head);
-  if (!info.broken.empty()) bundles::tell_could_not_load(info.broken);
+  if (!info.broken.empty()) {
+    bundles::tell_could_not_load(info.broken);
+    // Read anew, the folder of bundles doesn't name it any more, and nobody is told again.
+    manager.cache().forgetPath(path::parent(info.broken));
+  }
   if (!info.content) return nullptr;
   return std::make_shared<Bundle>(manager, std::move(info.content), std::move(paths),
                                   std::move(info.pristine));
@@ -101,8 +106,13 @@ plist::value const& Bundle::content() const {
   hasContent_ = true;
   // Files that have vanished meanwhile leave what is known.
   merged_info info = merge(manager().cache(), bundlePaths_, bundles::bundle_info);
-  if (info.content) content_ = std::move(info.content);
+  isLost_ = !info.content;
+  if (!isLost_) content_ = std::move(info.content);
   return content_;
+}
+
+bool Bundle::canBeSaved() const {
+  return !isLost_ && (bundlePaths_.empty() || path::exists(bundlePaths_.front()));
 }
 
 void Bundle::setContentValue(std::string_view key, plist::value v) {
@@ -192,6 +202,10 @@ void Bundle::prepareForSaving() {
 void Bundle::saveChanges() {
   if (!isModified()) return;
   prepareForSaving();
+  if (isLost_) {
+    bundles::complain(name() + ": what was changed can't be saved, the bundle has vanished");
+    return bundles::beep();
+  }
   bool const is_delta_file = !pristineCopyPlistPath_.empty() && !bundlePaths_.empty() &&
                              path::parent(pristineCopyPlistPath_) != bundlePaths_.front();
   plist::dictionary written = content().entries();
@@ -305,6 +319,9 @@ void Bundle::placeAfter(BundleItem& item, BundleItem const* anchor) {
   if (item.bundleUUID() != UUID()) item.setBundle(*this);
   auto const before = ordering();
   auto list = before;
+  // Those that have no place yet get the one that they are shown at.
+  for (auto const& other : bundleItems())
+    if (!contains(list, other->UUID())) list.push_back(other->UUID());
   std::erase(list, item.UUID());
   auto place = anchor ? std::find(list.begin(), list.end(), anchor->UUID()) : list.end();
   if (place != list.end()) ++place;

@@ -58,6 +58,8 @@ class Bundle : public BaseItem, public std::enable_shared_from_this<Bundle> {
   void saveChanges() override;
   std::string writeToDirectory(std::string const& directory) override;
 
+  /// Whether there is something to be saved and somewhere to save it.
+  bool canBeSaved() const;
   /// The user's own directory; made if there is none. "" if that fails.
   std::string localPath();
   /// The directory into which items are installed; made if there is none. "" if that fails.
@@ -83,7 +85,8 @@ class Bundle : public BaseItem, public std::enable_shared_from_this<Bundle> {
 
   mutable plist::value content_;  // from the start only the head of it
   mutable bool hasContent_;
-  plist::value mainMenu_;  // the working copy, nothing until it is asked for
+  mutable bool isLost_ = false;  // the files had vanished when all of the content was asked for
+  plist::value mainMenu_;        // the working copy, nothing until it is asked for
   std::vector<std::string> bundlePaths_;
   std::string pristineCopyPlistPath_;
 };

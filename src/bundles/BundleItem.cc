@@ -5,6 +5,7 @@
 #include "bundles/item_file.h"
 #include "bundles/item_kinds.h"
 #include "bundles/type_check.h"
+#include "path/file_system.h"
 #include "path/path.h"
 #include "platform/notification_center.h"
 #include "plist/delta.h"
@@ -136,6 +137,12 @@ void BundleItem::loadContent() {
   if (hasContent_) return;
   hasContent_ = true;
   content_ = contentOfPaths(kind(), sourcePaths_, &pristineCopyPlistPath_);
+  isLost_ = !sourcePaths_.empty() && pristineCopyPlistPath_.empty();
+}
+
+bool BundleItem::canBeSaved() const {
+  bool const stands = sourcePaths_.empty() || path::exists(sourcePaths_.front());
+  return stands && !isLost_ && bundle() != nullptr;
 }
 
 plist::value BundleItem::languageEntries() const {

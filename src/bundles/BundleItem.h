@@ -62,6 +62,8 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
 
   /// The merged dictionary; empty when the files have vanished.
   plist::value const& content();
+  /// Whether there is something to be saved and somewhere to save it.
+  bool canBeSaved() const;
   /// What content() is, from files; `base` becomes the one that is no delta. Any thread.
   static plist::value contentOfPaths(std::string_view kind, std::vector<std::string> const& paths,
                                      std::string* base = nullptr);
@@ -99,5 +101,6 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
   std::string pristineCopyPlistPath_;
   plist::value content_, languageEntries_;
   bool hasContent_ = false, hasTemplateFiles_ = false;
+  bool isLost_ = false;  // the files had vanished when the content was asked for
   std::vector<std::shared_ptr<TemplateFile>> templateFiles_;
 };

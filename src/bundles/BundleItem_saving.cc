@@ -37,6 +37,10 @@ void BundleItem::prepareForSaving() {
 void BundleItem::saveChanges() {
   if (!isModified()) return;
   prepareForSaving();
+  if (isLost_) {
+    bundles::complain(sourcePath() + ": what was changed can't be saved, the item has vanished");
+    return bundles::beep();
+  }
   bool const was_local = isLocal();
   bool const is_delta_file = !pristineCopyPlistPath_.empty() && !sourcePaths_.empty() &&
                              pristineCopyPlistPath_ != sourcePaths_.front();
@@ -77,8 +81,11 @@ bool BundleItem::makeLocalFile(bool is_delta) {
 bool BundleItem::writeTemplateFiles(bool all) {
   std::string const directory = path::parent(sourcePaths_.front());
   bool saved = true;
+  // What fails now is still to be done at the next attempt.
+  for (auto const& file : templateFiles_)
+    if (all) file->setModified(true);
   for (auto const& file : templateFiles_) {
-    if (!all && !file->isModified()) continue;
+    if (!file->isModified()) continue;
     bool const written = file->writeToDirectory(directory);
     if (written) file->setModified(false);
     saved = saved && written;

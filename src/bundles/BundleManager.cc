@@ -167,8 +167,20 @@ BundleManager::bundle_list BundleManager::allBundlesOnDisk() {
 
 void BundleManager::reloadBundles() {
   saveChanges();
+  bundle_list const former_bundles = isModified_ ? bundles_ : bundle_list();
+  item_list const former_items = isModified_ ? loadedItems() : item_list();
   loadBundles();
+  for (auto const& bundle : former_bundles)
+    if (bundle->isModified() && bundle->canBeSaved()) addBundle(bundle), isModified_ = true;
+  for (auto const& item : former_items)
+    if (item->isModified() && item->canBeSaved()) addBundleItem(item);
   platform::notification_center::standard().post(did_change, this);
+}
+
+BundleManager::item_list BundleManager::loadedItems() const {
+  item_list items = items_;
+  for (auto const& [kind, list] : itemsOfKind_) items.insert(items.end(), list.begin(), list.end());
+  return items;
 }
 
 void BundleManager::saveChanges() {
@@ -179,9 +191,7 @@ void BundleManager::saveChanges() {
     saved = saved && !bundle->isModified();
   }
   // What was changed has been asked for before.
-  item_list items = items_;
-  for (auto const& [kind, list] : itemsOfKind_) items.insert(items.end(), list.begin(), list.end());
-  for (auto const& item : items) {
+  for (auto const& item : loadedItems()) {
     item->saveChanges();
     saved = saved && !item->isModified();
   }

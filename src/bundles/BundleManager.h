@@ -45,7 +45,7 @@ class BundleManager {
 
   /// Reads bundles anew; what isn't saved is lost.
   void loadBundles();
-  /// Saves, reads anew and tells everyone.
+  /// Saves, reads anew and tells everyone. What could not be saved stays as it is in memory.
   void reloadBundles();
   void saveChanges();
   /// True also when something was added or removed: look-up tables are made anew.
@@ -85,7 +85,7 @@ class BundleManager {
   bundle_list allBundlesOnDisk();
 
   /// Installs a bundle or an item, after asking where something would be replaced. False when the
-  /// file is none, by its extension.
+  /// file is none, by its extension, or an item that is in use where it stands.
   bool canHandleFile(std::string const& path);
   void installBundle(std::string const& directory);
   void installBundleItemOfKind(std::string const& path, std::string const& kind);
@@ -104,10 +104,13 @@ class BundleManager {
   bundle_list bundlesOnDiskExcluding(uuids excluded);
   void loadKind(item_kind const& kind) const;
   void loadItems() const;
+  item_list loadedItems() const;
   void dropTables();
   bool isHidden(std::string const& uuid) const;
   void showAgain(std::string const& uuid);
   bool updateInstalledItem(BundleItem& item);
+  bool standsOnSearchPath(std::string const& path) const;
+  bool isLoadedFrom(std::string const& path) const;
 
   bundle_folders folders_;
   CacheManager cache_;

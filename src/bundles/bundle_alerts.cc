@@ -24,11 +24,16 @@ bool ask_to_update(std::string const& title, std::string const& text) {
 
 void tell_could_not_load(std::string const& directory) {
   std::string const name = path::name(directory);
-  tell("Error Loading Bundle",
-       "The " + quoted(name.substr(0, name.rfind('.'))) + " bundle located in " +
-           path::abbreviate_with_tilde(path::parent(directory)) +
-           " could not be loaded and will be skipped. The contained info.plist appears to be "
-           "corrupt or missing.");
+  auto const say =
+      [text = "The " + quoted(name.substr(0, name.rfind('.'))) + " bundle located in " +
+              path::abbreviate_with_tilde(path::parent(directory)) +
+              " could not be loaded and will be skipped. The contained info.plist "
+              "appears to be corrupt or missing."] { tell("Error Loading Bundle", text); };
+  // Bundles are loaded wherever the first of them is wanted, also where no event may be handled.
+  if (auto* const desktop = platform::desktop::current_or_null())
+    desktop->loop().post(say);
+  else
+    say();
 }
 
 }  // namespace bundles

@@ -85,12 +85,35 @@ TEST_F(bundle_index, paths_that_nobody_asked_for_are_dropped) {
 }
 
 TEST_F(bundle_index, bundles_that_vanish_while_running) {
-  auto const item = manager().bundleItemForUUID("S");
-  std::filesystem::remove_all(folder / "share");
+  std::string const own = folder / "data/Quirnote/Bundles/x.qnbundle/";
+  std::string const files[] = {own + "info.plist", own + "Snippets/a.plist"};
+  std::string const before = temporary_folder::read(files[0]) + temporary_folder::read(files[1]);
+  manager().saveCache();
+  auto const item = restart().bundleItemForUUID("S");
+  auto const bundle = manager().bundleForUUID("B");
+  std::filesystem::rename(folder / "share", folder / "away");
   EXPECT_TRUE(item->content().entries().empty());
   item->setName("x");
+  bundle->setName("y");
   manager().reloadBundles();
   EXPECT_EQ(manager().bundleForUUID("B"), nullptr);
+  // The user's changes of it are still there when it comes back.
+  EXPECT_EQ(temporary_folder::read(files[0]) + temporary_folder::read(files[1]), before);
+  std::filesystem::rename(folder / "away", folder / "share");
+  manager().reloadBundles();
+  EXPECT_EQ(text_of("S", "content"), "y");
+}
+
+// The index still names a bundle whose info.plist has been broken in place.
+TEST_F(bundle_index, a_broken_bundle_is_told_once_and_not_while_loading) {
+  manager().saveCache();
+  sabotage("share/Bundles/Demo.qnbundle/info.plist");
+  restart();
+  EXPECT_EQ(alerts(), strings());
+  manager().allBundlesOnDisk();
+  manager().reloadBundles();
+  desktop.loop().run_for(1);
+  EXPECT_EQ(alerts(), strings{"Error Loading Bundle"});
 }
 
 RC_GTEST_PROP(bundle_index_values, read_as_they_were_written, ()) {
