@@ -176,6 +176,8 @@ void AppDelegate::didFinishLaunching() {
 void AppDelegate::openLaunchArguments() {
   for (std::string const& argument : launchArguments_) {
     file_argument const file = parse_file_argument(argument, currentDirectory_);
+    // Who names a line of it wants to see its text.
+    if (file.line == 0 && installIfBundle(file.path)) continue;
     openFile(file.path, file.line, file.column);
   }
   launchArguments_.clear();

@@ -21,6 +21,12 @@ bool contains(std::vector<std::string> const& list, std::string const& text) {
   return std::find(list.begin(), list.end(), text) != list.end();
 }
 
+// Without links on the way, so that one folder has one name.
+std::vector<std::string> resolved(std::vector<std::string> paths) {
+  for (std::string& path : paths) path = path::resolve(path);
+  return paths;
+}
+
 bool is_identified(plist::value const& dictionary) {
   auto const* const uuid = dictionary["uuid"].as_string();
   return uuid != nullptr && !uuid->empty() && dictionary["name"].as_string() != nullptr;
@@ -36,6 +42,8 @@ bool BundleManager::canHandleFile(std::string const& path) {
   for (item_kind const& k : item_kinds) {
     std::string const extension = lowercase_extension("x." + std::string(k.extension));
     if (lowercase_extension(path) != extension) continue;
+    // What is in use can't be installed; who opens it wants to change it.
+    if (standsOnSearchPath(path) && isLoadedFrom(path)) return false;
     installBundleItemOfKind(path, std::string(k.kind));
     return true;
   }
@@ -53,7 +61,9 @@ void BundleManager::installBundle(std::string const& directory) {
   std::string const uuid = *info["uuid"].as_string(), name = *info["name"].as_string();
   if (isHidden(uuid)) showAgain(uuid);
   auto const loaded = bundleForUUID(uuid);
-  if (loaded != nullptr && contains(folders_.bundlePaths(), path::parent(directory))) return;
+  if (loaded != nullptr && contains(resolved(folders_.bundlePaths()),
+                                    path::parent(path::resolve(path::standardize(directory)))))
+    return;
 
   std::string const installed = folders_.PristineCopyBundlePath(true);
   if (loaded != nullptr) {
@@ -66,10 +76,25 @@ void BundleManager::installBundle(std::string const& directory) {
                                                  path::abbreviate_with_tilde(installed) + ".");
   }
   auto const target = UniqueFileInDirectory(installed, name, bundle_extension);
-  if (!target || !bundles::copy_tree(directory, *target))
-    return tell("Error Installing Bundle", "Could not copy the " + quoted(name) + " bundle to " +
-                                               path::abbreviate_with_tilde(installed) + ".");
+  bool const copied = target && bundles::copy_tree(directory, *target);
+  if (target && !copied) bundles::remove_tree(*target);
   reloadBundles();
+  if (!copied)
+    tell("Error Installing Bundle", "Could not copy the " + quoted(name) + " bundle to " +
+                                        path::abbreviate_with_tilde(installed) + ".");
+}
+
+bool BundleManager::standsOnSearchPath(std::string const& path) const {
+  std::string const own = path::resolve(path::standardize(path));
+  auto const folders = resolved(folders_.bundlePaths());
+  return std::any_of(folders.begin(), folders.end(),
+                     [&](auto const& folder) { return is_below(own, folder); });
+}
+
+bool BundleManager::isLoadedFrom(std::string const& path) const {
+  auto const item = bundleItemForUUID(bundles::read_dictionary(path)["uuid"].string_or(""));
+  return item != nullptr &&
+         contains(resolved(item->sourcePaths()), path::resolve(path::standardize(path)));
 }
 
 bool BundleManager::updateInstalledItem(BundleItem& item) {
@@ -101,9 +126,7 @@ void BundleManager::installBundleItemOfKind(std::string const& path, std::string
                 "The bundle item " + quoted(path::name(path)) +
                     " does not contain the required information to be installed.");
   std::string const uuid = *content["uuid"].as_string(), name = *content["name"].as_string();
-  auto const search_paths = folders_.bundlePaths();
-  bool const stands = std::any_of(search_paths.begin(), search_paths.end(),
-                                  [&](auto const& folder) { return is_below(path, folder); });
+  bool const stands = standsOnSearchPath(path);
   bool const was_hidden = std::any_of(bundles_.begin(), bundles_.end(), [&](auto const& bundle) {
     return contains(bundle->disabled(), uuid) || contains(bundle->deleted(), uuid);
   });
@@ -133,9 +156,9 @@ void BundleManager::installBundleItemOfKind(std::string const& path, std::string
   std::string const folder = home + "/" + std::string(KindToDirectory(kind));
   auto const target =
       home.empty() ? std::nullopt : UniqueFileInDirectory(folder, name, KindToExtension(kind));
-  if (!target || !bundles::write_dictionary(*target, content.entries()))
-    return tell("Error Installing Bundle Item", "Could not copy the " + quoted(name) +
-                                                    " bundle item to " +
-                                                    path::abbreviate_with_tilde(folder) + ".");
+  bool const written = target && bundles::write_dictionary(*target, content.entries());
   reloadBundles();
+  if (!written)
+    tell("Error Installing Bundle Item", "Could not copy the " + quoted(name) + " bundle item to " +
+                                             path::abbreviate_with_tilde(folder) + ".");
 }

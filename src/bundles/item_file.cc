@@ -91,6 +91,11 @@ bool copy_tree(std::string const& from, std::string const& to, bool skip_hidden)
   }
 }
 
+void remove_tree(std::string const& folder) {
+  std::error_code ignored;
+  fs::remove_all(folder, ignored);
+}
+
 std::vector<std::string> visible_names(std::string const& folder) {
   std::vector<std::string> names;
   std::error_code error;

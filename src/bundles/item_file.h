@@ -26,6 +26,8 @@ std::vector<std::string> string_array(plist::value const& dictionary, std::strin
 /// Copies a folder, or a file, with all in it; links stay links. With `skip_hidden` what begins
 /// with a dot is left out, at every depth. False on failure; `to` may then hold a part.
 bool copy_tree(std::string const& from, std::string const& to, bool skip_hidden = false);
+/// Removes a folder and all in it, as far as it can.
+void remove_tree(std::string const& folder);
 
 /// The names in a folder that aren't hidden, in the order of their bytes. Empty when it can't be
 /// read.

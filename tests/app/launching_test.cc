@@ -91,6 +91,15 @@ TEST_F(app_test, launching_opens_each_file_at_its_place) {
   EXPECT_EQ(caret(open[1]), text::pos(2, 0));
 }
 
+TEST_F(app_test, launching_with_a_bundle_installs_it) {
+  std::filesystem::create_directory(folder / "x.qnbundle");
+  folder.write("x.qnSnippet", "text");
+  app().setLaunchArguments({"x.qnbundle", "x.qnSnippet:1"}, folder.path());
+  app().didFinishLaunching();
+  EXPECT_EQ(desktop.alerts().shown.front().title, "Bundle is Corrupt");
+  EXPECT_EQ(windows(), titles({"x.qnSnippet"}));
+}
+
 TEST_F(app_test, launching_without_files_opens_an_untitled_window_unless_unwanted) {
   defaults().set("WynAppDelegateOpenUntitledDocument", "never");
   app().didFinishLaunching();

@@ -2,6 +2,10 @@
 
 #include "bundles/item_file.h"
 
+#include <sys/resource.h>
+
+#include <csignal>
+
 namespace {
 
 constexpr char const* shipped = "share/Bundles/Demo.qnbundle/";
@@ -104,8 +108,9 @@ TEST_F(bundle_layers, orphans_and_faults_cost_only_themselves) {
   std::string uuids;
   for (auto const& item : manager().bundleItems()) uuids += item->UUID();
   std::string const told = testing::internal::GetCapturedStderr();
-  for (char const* part : {"three.plist: name: is not a string", "four.plist: no uuid", "five.plist:1:",
-                           "Bad.qnbundle/info.plist: the property list is no dictionary"})
+  for (char const* part :
+       {"three.plist: name: is not a string", "four.plist: no uuid",
+        "five.plist:1:", "Bad.qnbundle/info.plist: the property list is no dictionary"})
     EXPECT_NE(told.find(part), std::string::npos) << part << " in " << told;
   EXPECT_EQ(uuids, "SWT");
   ASSERT_EQ(manager().bundles().size(), 1u);
@@ -148,6 +153,22 @@ TEST_F(bundle_layers, installing) {
   EXPECT_EQ(text_of("S", "content"), "update");
   EXPECT_EQ(text_of("S", "other"), "mine");
 
+  // No part of what can't be copied whole stays.
+  folder.write("download/Demo.qnbundle/large", std::string(100000, 'x'));
+  rlimit const all{RLIM_INFINITY, RLIM_INFINITY}, little{50000, RLIM_INFINITY};
+  auto const former = std::signal(SIGXFSZ, SIG_IGN);
+  ::setrlimit(RLIMIT_FSIZE, &little);
+  alerts();
+  manager().installBundle(folder / "download/Demo.qnbundle");
+  ::setrlimit(RLIMIT_FSIZE, &all);
+  std::signal(SIGXFSZ, former);
+  EXPECT_EQ(alerts(), (strings{"Update Bundle", "Error Installing Bundle"}));
+  EXPECT_FALSE(exists("data/Quirnote/Pristine Copy/Bundles/De:mo.qnbundle"));
+  EXPECT_EQ(text_of("S", "content"), "shipped");
+  std::filesystem::remove(folder / "download/Demo.qnbundle/large");
+  manager().installBundle(folder / "download/Demo.qnbundle");
+
+  EXPECT_FALSE(manager().canHandleFile(folder / (shipped + std::string("Snippets/two.qnSnippet"))));
   manager().canHandleFile(folder / "download/new.qnsnippet");
   EXPECT_EQ(text_of("N", "content"), "new");
   EXPECT_TRUE(
@@ -219,6 +240,7 @@ TEST_F(bundle_layers, default_bundle_and_moving) {
   EXPECT_EQ(text_of(copy->UUID(), "content"), "y");
   auto const items = manager().bundleForUUID("B")->bundleItems();
   ASSERT_EQ(items.size(), 2u);
+  EXPECT_EQ(items[1]->UUID(), copy->UUID());  // behind its original
 
   std::string const name = items[0]->writeToDirectory(folder / "out");
   EXPECT_TRUE(get(folder / ("out/" + name))["bundleUUID"]);
@@ -236,5 +258,19 @@ TEST_F(bundle_layers, a_save_that_fails_keeps_the_change) {
   EXPECT_TRUE(item->isModified());
   EXPECT_TRUE(manager().isModified());
   EXPECT_GT(desktop.beeps, 0);
+  manager().reloadBundles();
   EXPECT_EQ(text_of("S", "content"), "mine");
+  std::filesystem::remove(folder / "data/Quirnote");
+  manager().saveChanges();
+  EXPECT_EQ(text_of((restart(), "S"), "content"), "mine");
+}
+
+TEST_F(bundle_layers, the_first_of_two_with_one_uuid_goes_over_the_second) {
+  put(shipped + std::string("Snippets/zwei.plist"), "{ uuid = T; name = Zwei; content = z; }");
+  put("share/Bundles/E.qnbundle/info.plist", "{ uuid = B; name = Twin; }");
+  put("share/Bundles/E.qnbundle/Snippets/e.plist", "{ uuid = E; name = E; content = e; }");
+  ASSERT_EQ(manager().bundles().size(), 1u);
+  EXPECT_EQ(manager().bundles()[0]->name(), "Demo");
+  EXPECT_EQ(manager().bundleItems().size(), 3u);
+  EXPECT_EQ(text_of("T", "content") + text_of("E", "content"), "ye");
 }
