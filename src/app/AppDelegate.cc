@@ -168,6 +168,7 @@ void AppDelegate::didFinishLaunching() {
       defaults_period, true, [&defaults] { defaults.check_for_changes(); });
   openLaunchArguments();
   bundleWatcher_ = std::make_unique<bundle_watcher>(BundleManager::sharedInstance());
+  themeWatcher_ = std::make_unique<theme_watcher>(WynThemeManager::sharedInstance());
   bool const wanted = defaults.string("WynAppDelegateOpenUntitledDocument") != "never";
   if (controllers_.empty() && wanted) newDocument();
   postWhileAlive([this] { offer_safety_copies(*this); });

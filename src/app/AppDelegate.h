@@ -5,6 +5,7 @@
 #include "platform/application.h"
 #include "platform/run_loop.h"
 #include "plist/value.h"
+#include "textview/theme_watcher.h"
 
 #include <functional>
 #include <memory>
@@ -84,6 +85,7 @@ class AppDelegate : public platform::application_delegate {
   std::vector<std::string> launchArguments_;
   std::unique_ptr<platform::timer> defaultsTimer_;
   std::unique_ptr<bundle_watcher> bundleWatcher_;
+  std::unique_ptr<theme_watcher> themeWatcher_;
   std::vector<std::unique_ptr<WynDocumentController>> controllers_, closing_;
   bool isAskingToQuit_ = false;
   std::shared_ptr<int> lives_ = std::make_shared<int>(0);

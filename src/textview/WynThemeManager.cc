@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "bundles/item_file.h"
+#include "bundles/type_check.h"
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop.h"
@@ -46,45 +47,65 @@ WynThemeManager& WynThemeManager::sharedInstance() {
   return instance;
 }
 
-WynThemeManager::WynThemeManager(std::vector<std::string> folders) {
-  for (std::string const& folder : folders) readThemes(folder);
-  std::stable_sort(settingsFiles_.begin(), settingsFiles_.end(),
-                   [](theme const& a, theme const& b) { return a.name() < b.name(); });
-  if (theme const* const current = selectedTheme()) selected_ = current->uuid();
+WynThemeManager::WynThemeManager(std::vector<std::string> folders)
+    : folders_(std::move(folders)), settingsFiles_(themesInFolders()), shown_(currentTheme()) {
   defaultsToken_ = platform::notification_center::standard().observe(
       platform::user_defaults::did_change, [this](auto const&) { tellIfChanged(); });
   appearanceToken_ = platform::notification_center::standard().observe(
       platform::appearance::did_change, [this](auto const&) { tellIfChanged(); });
 }
 
-void WynThemeManager::readThemes(std::string const& folder) {
+void WynThemeManager::reloadThemes() {
+  settingsFiles_ = themesInFolders();
+  tellIfChanged();
+}
+
+std::vector<WynThemeManager::theme> WynThemeManager::themesInFolders() const {
+  std::vector<theme> themes;
+  for (std::string const& folder : folders_) readThemes(folder, themes);
+  std::stable_sort(themes.begin(), themes.end(),
+                   [](theme const& a, theme const& b) { return a.name() < b.name(); });
+  return themes;
+}
+
+void WynThemeManager::readThemes(std::string const& folder, std::vector<theme>& themes) const {
   if (!path::exists(folder)) return;
   plist::array const deleted = defaults().array(deleted_key);
   for (std::string const& name : bundles::visible_names(folder)) {
     if (!name.ends_with("plist") && !name.ends_with("qnTheme")) continue;
     std::string const file = path::join(folder, name);
+    theme const* const former = themeOfFile(file);
     plist::value data = bundles::read_dictionary(file);
-    if (!data) {
+    if (data) {
+      bundles::complain_of_types(data, "theme", file);
+    } else {
       bundles::complain("error reading file " + file);
       bundles::beep();
-      continue;
+      if (former == nullptr) continue;
+      data = former->data;
     }
     if (data["uuid"].string_or("").empty()) {
       plist::dictionary named = data.entries();
-      named.insert_or_assign("uuid", bundles::stringWithUUID());
+      named.insert_or_assign("uuid", former ? former->uuid() : bundles::stringWithUUID());
       data = std::move(named);
     }
     std::string const uuid = data["uuid"].string_or("");
-    bool const is_known = std::any_of(settingsFiles_.begin(), settingsFiles_.end(),
+    bool const is_known = std::any_of(themes.begin(), themes.end(),
                                       [&](theme const& other) { return other.uuid() == uuid; });
     bool const is_deleted = std::find(deleted.begin(), deleted.end(), uuid) != deleted.end();
-    if (!is_known && !is_deleted) settingsFiles_.push_back({name, file, data, data});
+    if (!is_known && !is_deleted) themes.push_back({name, file, data, data});
   }
 }
 
 WynThemeManager::theme const* WynThemeManager::themeWithUUID(std::string const& uuid) const {
   auto const found = std::find_if(settingsFiles_.begin(), settingsFiles_.end(),
                                   [&](theme const& t) { return t.uuid() == uuid; });
+  return found == settingsFiles_.end() ? nullptr : &*found;
+}
+
+WynThemeManager::theme const* WynThemeManager::themeOfFile(std::string const& file) const {
+  auto const found = std::find_if(settingsFiles_.begin(), settingsFiles_.end(),
+                                  [&](theme const& t) { return t.filepath == file; });
   return found == settingsFiles_.end() ? nullptr : &*found;
 }
 
@@ -126,9 +147,8 @@ void WynThemeManager::setFollowsDesktop(bool follow) {
 }
 
 void WynThemeManager::tellIfChanged() {
-  theme const* const current = selectedTheme();
-  std::string uuid = current == nullptr ? "" : current->uuid();
-  if (uuid == selected_) return;
-  selected_ = std::move(uuid);
+  plist::value rules = currentTheme();
+  if (rules == shown_) return;
+  shown_ = std::move(rules);
   platform::notification_center::standard().post(did_change, this);
 }

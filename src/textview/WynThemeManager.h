@@ -11,7 +11,8 @@
 /// `settings`, an array of rules (textview/scope_style.h). Files are read at the first use, from
 /// the Themes folders of the libraries, the user's first, and of the program. Main thread only.
 ///
-/// Posts WynThemeDidChangeNotification when another theme is in use. User defaults:
+/// Posts WynThemeDidChangeNotification when another theme is in use, or the one in use has other
+/// rules. User defaults:
 /// WynThemeManagerSelectedTheme, a uuid, and WynThemeManagerDeletedThemes, an array of uuids that
 /// are left out. While WynThemeManagerFollowsDesktop is true, the one in use is that of
 /// WynThemeManagerLightTheme or WynThemeManagerDarkTheme, as the desktop is light or dark.
@@ -31,7 +32,11 @@ class WynThemeManager {
   /// Reads the themes of these folders; what stands in an earlier one goes first.
   explicit WynThemeManager(std::vector<std::string> folders);
 
-  /// By name.
+  std::vector<std::string> const& folders() const { return folders_; }
+  /// Reads the folders again. A file that can't be read any more leaves what was read of it.
+  void reloadThemes();
+
+  /// By name. Good until the themes are read again, as is any pointer into it.
   std::vector<theme> const& allThemes() const { return settingsFiles_; }
   /// The one in use. Where the user has selected none it is the third, which becomes selected, if
   /// there are at least three. Else null.
@@ -46,11 +51,14 @@ class WynThemeManager {
   void setFollowsDesktop(bool follow);
 
  private:
-  void readThemes(std::string const& folder);
+  std::vector<theme> themesInFolders() const;
+  void readThemes(std::string const& folder, std::vector<theme>& themes) const;
   theme const* themeWithUUID(std::string const& uuid) const;
+  theme const* themeOfFile(std::string const& file) const;
   void tellIfChanged();
 
+  std::vector<std::string> folders_;
   std::vector<theme> settingsFiles_;
-  std::string selected_;  // as last told
+  plist::value shown_;  // the rules in use, as last told
   platform::notification_center::token defaultsToken_, appearanceToken_;
 };
