@@ -59,7 +59,8 @@ class file_check {
   void item(std::string_view kind) {
     bool const delta = content_["isDelta"].integer_or(0) != 0;
     if (content_["uuid"].string_or("").empty()) at({"uuid"}, "is missing");
-    if (delta) return;
+    auto const tell = [this](way const& to, std::string const& reason) { at(to, reason); };
+    if (delta) return check_types(content_, kind, tell);
     if (content_["name"].string_or("").empty()) at({"name"}, "is missing");
     // Those of grammars are looked at when it is known which languages there are.
     if (kind != "language") entries(content_, {}, keys_of_kind(kind));

@@ -121,19 +121,22 @@ bool check_type(plist::value const& v, way const& to, content_type type, fault_t
   return true;
 }
 
-void complain_of_types(plist::value const& content, std::string_view kind,
-                       std::string const& file) {
-  auto const tell = [&](way const& to, std::string const& reason) {
-    std::string key;
-    for (std::string const& step : to) key += (key.empty() ? "" : ".") + step;
-    complain(file + ": " + key + ": " + reason);
-  };
+void check_types(plist::value const& content, std::string_view kind, fault_teller const& tell) {
   plist::value const& is_delta = content["isDelta"];
   if (is_delta) check_type(is_delta, {"isDelta"}, number, tell);
   if (is_delta.integer_or(0) == 0) return check_content(content, {}, kind, tell);
   if (content["deleted"]) check_type(content["deleted"], {"deleted"}, texts, tell);
   if (content["changed"] && check_type(content["changed"], {"changed"}, table, tell))
     check_content(content["changed"], {"changed"}, kind, tell);
+}
+
+void complain_of_types(plist::value const& content, std::string_view kind,
+                       std::string const& file) {
+  check_types(content, kind, [&](way const& to, std::string const& reason) {
+    std::string key;
+    for (std::string const& step : to) key += (key.empty() ? "" : ".") + step;
+    complain(file + ": " + key + ": " + reason);
+  });
 }
 
 }  // namespace bundles

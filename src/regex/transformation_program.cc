@@ -61,6 +61,7 @@ transformation_program::transformation_program(std::string_view text) {
 
 std::string transformation_program::apply(std::string text) const {
   for (substitution const& s : substitutions_) {
+    if (s.compiled->regex() == nullptr) continue;  // a fault costs no symbol its name
     std::string result;
     onig::replace(text.data(), text.data() + text.size(), s.format.data(),
                   s.format.data() + s.format.size(), *s.compiled,

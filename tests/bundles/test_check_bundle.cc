@@ -34,6 +34,8 @@ TEST_F(bundle_test, check_bundle_tells_every_fault) {
       "{ uuid = P; name = x; settings = { completions = x; foreground = red; increaseIndentPattern "
       "= '('; shellVariables = ( { name = x; } ); smartTypingPairs = ( ( a ) ); "
       "symbolTransformation = 's/(/x/; s/a'; indent = 1; showInSymbolList = ( ); }; }");
+  put("Bad.qnbundle/Preferences/q.plist",
+      "{ uuid = Q; isDelta = 1; changed = { settings = { bold = x; }; }; deleted = x; }");
   EXPECT_EQ(told_about(folder / "Bad.qnbundle"),
             "name: is missing\nname: is not a stri\n"
             "cmd: unknown key\nkeyEquivalent: is no key\noutput: cannot be \"no\n"
@@ -43,6 +45,7 @@ TEST_F(bundle_test, check_bundle_tells_every_fault) {
             "settings.shellVariables.0: is no name wi\nsettings.showInSymbolList: is no number\n"
             "settings.smartTypingPairs.0: is not a pair\n"
             "settings.symbolTransformation: invalid regul\n"
+            "deleted: is not an arr\nchanged.settings.bold: is no number\n"
             "fileTypes.1: is not a stri\nfoldingStartMarker: invalid regul\n"
             "patterns.0.captures.a: is no group\npatterns.0.captures.a: has no name\n"
             "patterns.0.match: invalid regul\npatterns.1.include: didn't find r\n"

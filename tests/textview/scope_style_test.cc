@@ -86,6 +86,7 @@ TEST(transformation_program, substitutes_one_after_the_other) {
       {"s/A(.)/$1!/gi", "axay", "x!y!"},
       {"s/\\//-/g", "a/b/c", "a-b-c"},
       {"# s/a/b/\n", "a", "a"},
+      {"s/(/x/; s/a/b/", "a", "b"},
       {"s/a/b", "a", "a"},
       {"s", "a", "a"},
       {"", "a", "a"},
