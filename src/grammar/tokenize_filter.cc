@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "platform/desktop.h"
+#include "platform/start_thread.h"
 
 namespace grammar {
 namespace {
@@ -66,7 +67,8 @@ std::optional<std::pair<std::size_t, std::size_t>> tokenize_filter::take_redraw_
 }
 
 void tokenize_filter::start() {
-  if (!thread_.joinable()) thread_ = std::thread([this] { work(); });
+  // One that can't be had is asked for again the next time.
+  if (!thread_.joinable()) (void)platform::start_thread(thread_, [this] { work(); });
 }
 
 bool tokenize_filter::wait_for(std::size_t line, std::chrono::milliseconds limit) {
@@ -76,6 +78,11 @@ bool tokenize_filter::wait_for(std::size_t line, std::chrono::milliseconds limit
     return !paths_ || first_dirty_ > line || first_dirty_ >= last_dirty_;
   };
   if (is_parsed()) return true;
+  if (!thread_.joinable()) {
+    auto const until = clock::now() + limit;
+    while (!is_parsed() && clock::now() < until) parse_some(lock);
+    return is_parsed();
+  }
   requested_line_ = line;
   bool const parsed = main_wait_.wait_for(lock, limit, is_parsed);
   requested_line_.reset();
@@ -189,15 +196,20 @@ void tokenize_filter::work() {
   std::unique_lock lock(storage_.mutex);
   next_redraw_ = clock::now() + first_redraw;
   while (worker_should_ != command::stop) {
-    if (!paths_ || first_dirty_ >= last_dirty_) {
+    if (!paths_ || first_dirty_ >= last_dirty_)
       rest(lock);
-    } else if (first_dirty_ >= storage_.lines()) {
-      first_dirty_ = last_dirty_ = storage_.lines();
-    } else {
-      if (worker_should_ == command::changed) take_rules();
-      parse_dirty_lines(lock);
-    }
+    else
+      parse_some(lock);
   }
+}
+
+void tokenize_filter::parse_some(std::unique_lock<std::recursive_mutex>& lock) {
+  if (first_dirty_ >= storage_.lines()) {
+    first_dirty_ = last_dirty_ = storage_.lines();
+    return;
+  }
+  if (worker_should_ == command::changed) take_rules();
+  parse_dirty_lines(lock);
 }
 
 // The state in which the line before the dirty ones ends is all that is needed to go on from there.

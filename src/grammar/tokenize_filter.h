@@ -34,6 +34,7 @@ namespace grammar {
 /// meanwhile makes it throw the result away. While there is a lot to parse it asks for what is
 /// done to be drawn every few milliseconds. There is no thread, and nothing is parsed, before
 /// somebody looks, by `start` or by waiting: a macro over files that nobody sees costs nothing.
+/// When the system gives no thread, only waiting has lines parsed, on the main thread.
 ///
 ///     auto filter = std::make_unique<grammar::tokenize_filter>(storage);
 ///     filter->set_rules(all_rules, all_rules->index_named("source.c"));
@@ -93,8 +94,9 @@ class tokenize_filter : public text::filter {
   void insert_references(text::pos const& from, std::size_t added);
   void erase_references(std::size_t from, std::size_t to);
 
-  // On the worker's thread.
+  // On the worker's thread, but for `parse_some` when there is none.
   void work();
+  void parse_some(std::unique_lock<std::recursive_mutex>& lock);
   void take_rules();
   void copy_dirty_lines();
   void parse_dirty_lines(std::unique_lock<std::recursive_mutex>& lock);

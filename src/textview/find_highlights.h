@@ -8,7 +8,8 @@
 #include <vector>
 
 /// The matches that stand in what can be seen, while the find panel is in use. Looks for them there
-/// alone and for some milliseconds at most, so a slow pattern may leave some out.
+/// alone and for some milliseconds at most, so a slow pattern may leave some out; one that is stuck
+/// in an attempt to match leaves out all.
 class find_highlights {
  public:
   using match = std::pair<text::iterator, text::iterator>;
@@ -23,13 +24,14 @@ class find_highlights {
                                       window const& seen);
 
  private:
+  struct part;
+  struct highlight_task;
   void search(text::view& view);
-  void search_part(text::iterator at, text::iterator const& last);
+  void take(text::iterator at, part const& searched);
 
   std::shared_ptr<text_query const> query_;
   window window_{};
   std::uint32_t memento_ = 0;
   std::size_t rows_ = 0;
-  std::chrono::steady_clock::time_point deadline_;
   std::vector<match> matches_;
 };

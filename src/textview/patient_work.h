@@ -1,15 +1,29 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 
-/// Does work that may take long, such as a search with somebody's pattern, without freezing the
-/// windows: on another thread, while this one handles events. What is still not done after half a
-/// second is shown as "Searching…" and can be cancelled. In batch mode it is done at once.
+/// Work that may take long, such as a search with somebody's pattern, on another thread, so that
+/// windows don't freeze. Where nobody waits at a window (batch mode), and where the system gives no
+/// thread, `do_patiently` does it at once. Main thread only.
 ///
-/// `work` looks at the flag often and returns when it is set. It may run on when this function has
-/// returned, so all that it uses must belong to it; it is destroyed on the main thread. It must
-/// leave the counts of text blocks alone.
+/// `work` looks at its flag often and returns when that is set. It may run on when these functions
+/// have returned, so all that it uses must belong to it; it is destroyed on the main thread. It
+/// must leave the counts of text blocks alone.
 ///
-/// False if it was cancelled, or if other such work is under way. Main thread only.
-bool do_patiently(std::function<void(std::atomic<bool> const& cancelled)> work);
+/// What runs on does so at the lowest priority, and there are at most four such threads.
+using interruptible_work = std::function<void(std::atomic<bool> const& cancelled)>;
+
+/// When work returns once it is cancelled: a pattern may be in an attempt to match.
+enum class stopping { soon, perhaps_late };
+
+/// Handles events meanwhile. What is still not done after half a second is shown as "Searching…"
+/// and can be cancelled. Work that may stop late waits to begin while too many threads run on,
+/// which is shown and can be cancelled too. False if it was cancelled, or if other such work is
+/// under way.
+bool do_patiently(stopping stops, interruptible_work work);
+
+/// Waits for `limit` and handles no events, for what is about to be drawn. False, with the work
+/// cancelled, if it isn't done by then; also when there is no thread for it.
+bool do_briefly(std::chrono::milliseconds limit, interruptible_work work);

@@ -190,8 +190,9 @@ replace_answer run(text::view& view, replace_request const& request, bool only_c
   first = set_text(*task, view, request.in_selection);
   text::storage* const storage = view.storage;
   auto const memento = storage->current_memento;
+  auto const stops = task->query.pattern() ? stopping::perhaps_late : stopping::soon;
   bool const done =
-      do_patiently([task](std::atomic<bool> const& cancelled) { task->run(cancelled); });
+      do_patiently(stops, [task](std::atomic<bool> const& cancelled) { task->run(cancelled); });
   if (!done || storage->current_memento != memento) return {{search_end::cancelled, {}}};
   return {{task->end, {}}, task->count};
 }

@@ -75,7 +75,8 @@ std::shared_ptr<search_task> make_task(text::view& view, text_query query) {
 search_end run(text::view& view, std::shared_ptr<search_task> const& task) {
   text::storage* const storage = view.storage;
   auto const memento = storage->current_memento;
-  if (!do_patiently([task](std::atomic<bool> const& cancelled) { task->run(cancelled); }))
+  auto const stops = task->query.pattern() ? stopping::perhaps_late : stopping::soon;
+  if (!do_patiently(stops, [task](std::atomic<bool> const& cancelled) { task->run(cancelled); }))
     return search_end::cancelled;
   return storage->current_memento == memento ? task->end : search_end::cancelled;
 }
@@ -153,15 +154,16 @@ find_answer replace_selection_in_view(text::view& view) {
   if (expand.has_failed()) return {search_end::not_found, "Bad replacement string"};
   auto captures = std::make_shared<oniguruma::captures_t>();
   auto const memento = view.storage->current_memento;
-  bool const done = do_patiently([task, captures](std::atomic<bool> const& cancelled) {
-    text_searcher searcher(task->query, task->text.units, cancelled);
-    task->end = searcher.next(0, task->text.units.size());
-    if (task->end != search_end::found) return;
-    *captures = oniguruma::captures_of(searcher.match());
-    // An empty match at the start has no entry there, and is group 0 all the same.
-    captures->emplace(
-        0, std::pair(static_cast<int>(searcher.begin()), static_cast<int>(searcher.end())));
-  });
+  bool const done =
+      do_patiently(stopping::perhaps_late, [task, captures](std::atomic<bool> const& cancelled) {
+        text_searcher searcher(task->query, task->text.units, cancelled);
+        task->end = searcher.next(0, task->text.units.size());
+        if (task->end != search_end::found) return;
+        *captures = oniguruma::captures_of(searcher.match());
+        // An empty match at the start has no entry there, and is group 0 all the same.
+        captures->emplace(
+            0, std::pair(static_cast<int>(searcher.begin()), static_cast<int>(searcher.end())));
+      });
   if (!done || view.storage->current_memento != memento) return {search_end::cancelled, {}};
   if (task->end != search_end::found) return {task->end, {}};
   std::u16string const text = expand.expand(selected, *captures);

@@ -7,6 +7,7 @@
 #include "grammar/all_grammars.h"
 #include "headless/headless_desktop.h"
 #include "platform/utf.h"
+#include "platform/without_threads.h"
 #include "plist/text_reader.h"
 #include "text/view.h"
 
@@ -127,6 +128,20 @@ TEST_F(edited_text, may_change_while_the_worker_runs) {
     desktop.loop().run_for(0);
   }
   filter->set_rules(all, 0);
+  expect_like_fresh(storage, *filter);
+}
+
+TEST_F(edited_text, is_parsed_while_somebody_waits_when_there_is_no_thread) {
+  fill(content_of("src/grammar/line_parser.cc"));
+  filter->set_rules(languages(), 0);
+  {
+    without_threads const none;
+    filter->start();
+    EXPECT_FALSE(filter->wait_for(storage.lines(), std::chrono::milliseconds(0)));
+    EXPECT_TRUE(filter->wait_for(storage.lines(), std::chrono::minutes(1)));
+    expect_like_fresh(storage, *filter);
+    edit();
+  }
   expect_like_fresh(storage, *filter);
 }
 

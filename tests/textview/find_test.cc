@@ -1,6 +1,7 @@
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
 #include "platform/user_defaults.h"
+#include "platform/without_threads.h"
 #include "text/marked_text.h"
 #include "text/random_text.h"
 #include "textview/WynFindManager.h"
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <filesystem>
 
 // What batch mode can't see of finding: the panel, the pasteboard, the histories, searches that
 // take long. What is found and replaced is tested in tests/batch.
@@ -205,6 +207,42 @@ TEST_F(find, a_search_that_takes_long_can_be_cancelled) {
   // The next search need not wait for that one.
   answer = view_->findWithOptions({{"findString", "a"}, {"action", "findNext"}});
   EXPECT_EQ(answer["statusText"].string_or(""), "");
+}
+
+// Each step of the outer repetition looks to the end of the text, without a limit being spent.
+constexpr char const* endless = "(?:(?=.*)a)+b";
+
+TEST_F(find, searches_that_cannot_be_stopped_do_not_pile_up) {
+  set("|" + std::string(10000, 'a'));
+  std::filesystem::path const threads = "/proc/self/task";
+  auto const count = [&] {
+    return std::distance(std::filesystem::directory_iterator(threads),
+                         std::filesystem::directory_iterator());
+  };
+  auto const before = count();
+  desktop.busy().cancel_after = 3;
+  for (int i = 0; i < 6; ++i) {
+    auto const answer = view_->findWithOptions(
+        {{"findString", endless}, {"action", "findNext"}, {"regularExpression", true}});
+    EXPECT_EQ(answer["statusText"].string_or(""), "Cancelled");
+    EXPECT_LE(count(), before + 4);
+  }
+  view_->findWithOptions({{"findString", "a"}, {"action", "findNext"}});
+  EXPECT_EQ(get(), "[a]" + std::string(9999, 'a'));
+  // A pattern waits for one of those to end.
+  desktop.busy().cancel_after = 10000;
+  view_->findWithOptions(
+      {{"findString", "a+"}, {"action", "findNext"}, {"regularExpression", true}});
+  EXPECT_EQ(get(), "a[" + std::string(9999, 'a') + "]");
+}
+
+TEST_F(find, works_when_no_thread_can_be_started) {
+  set("|ab ab");
+  desktop.busy().cancel_after = 10000;
+  without_threads const none;
+  view_->findWithOptions(
+      {{"findString", "b+"}, {"action", "findNext"}, {"regularExpression", true}});
+  EXPECT_EQ(get(), "a[b] ab");
 }
 
 TEST_F(find, giving_up_is_told_apart_from_not_finding) {
