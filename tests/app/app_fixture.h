@@ -12,22 +12,15 @@
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
 #include "path/temporary_folder.h"
-#include "platform/user_defaults.h"
+#include "platform/own_defaults.h"
 #include "plist/xml_reader.h"
 
 /// The application with its real menus on the desktop without windows, a folder of files, and
 /// settings of its own.
 class app_test : public testing::Test {
  protected:
-  app_test()
-      : former_defaults_(platform::user_defaults::set_standard(
-            std::make_unique<platform::user_defaults>(std::string()))),
-        app_(std::make_unique<AppDelegate>(menus(), folder / "state/RecentFiles.plist")) {
+  app_test() : app_(std::make_unique<AppDelegate>(menus(), folder / "state/RecentFiles.plist")) {
     setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
-  }
-  ~app_test() override {
-    app_.reset();
-    platform::user_defaults::set_standard(std::move(former_defaults_));
   }
 
   AppDelegate& app() { return *app_; }
@@ -82,7 +75,7 @@ class app_test : public testing::Test {
     return plist::read_xml(contents).value;
   }
 
-  std::unique_ptr<platform::user_defaults> former_defaults_;
+  own_defaults const settings_;
   std::unique_ptr<AppDelegate> app_;
 };
 

@@ -9,7 +9,7 @@
 #include "bundles/BundleManager.h"
 #include "headless/headless_desktop.h"
 #include "path/temporary_folder.h"
-#include "platform/user_defaults.h"
+#include "platform/own_defaults.h"
 #include "plist/text_reader.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
@@ -17,15 +17,7 @@
 /// Search paths in a folder of their own: the user's library, that of a machine, and what ships.
 class bundle_test : public testing::Test {
  protected:
-  bundle_test()
-      : former_defaults_(platform::user_defaults::set_standard(
-            std::make_unique<platform::user_defaults>(std::string()))) {
-    setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
-  }
-  ~bundle_test() override {
-    manager_.reset();
-    platform::user_defaults::set_standard(std::move(former_defaults_));
-  }
+  bundle_test() { setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1); }
 
   bundle_folders folders() const {
     return {{folder / "data/Quirnote", folder / "machine"}, folder / "share", folder / "index"};
@@ -68,7 +60,7 @@ class bundle_test : public testing::Test {
   headless::headless_desktop desktop;
 
  private:
-  std::unique_ptr<platform::user_defaults> former_defaults_;
+  own_defaults const settings_;
   std::unique_ptr<BundleManager> manager_;
 };
 

@@ -10,16 +10,11 @@
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
 #include "path/temporary_folder.h"
-#include "platform/user_defaults.h"
+#include "platform/own_defaults.h"
 
 /// A folder of files, settings of its own, and alerts that are answered from a script.
 struct document_fixture {
-  document_fixture() {
-    setenv("XDG_STATE_HOME", state.path().c_str(), 1);
-    former_defaults = platform::user_defaults::set_standard(
-        std::make_unique<platform::user_defaults>(std::string()));
-  }
-  ~document_fixture() { platform::user_defaults::set_standard(std::move(former_defaults)); }
+  document_fixture() { setenv("XDG_STATE_HOME", state.path().c_str(), 1); }
 
   platform::user_defaults& defaults() { return platform::user_defaults::standard(); }
 
@@ -48,7 +43,7 @@ struct document_fixture {
   }
 
   headless::headless_desktop desktop;
-  std::unique_ptr<platform::user_defaults> former_defaults;
+  own_defaults const settings;
   temporary_folder folder, state;
 };
 

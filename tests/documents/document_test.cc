@@ -256,16 +256,6 @@ TEST_F(document, asks_one_question_at_a_time) {
   EXPECT_EQ(desktop.alerts().shown.size(), 1u);
 }
 
-TEST_F(document, sees_changes_behind_a_link) {
-  folder.write("target", "old");
-  ASSERT_EQ(symlink("target", (folder / "link").c_str()), 0);
-  auto const d = open(folder / "link");
-  EXPECT_FALSE(d->checkForFilesystemChanges());
-  folder.write("target", "newer");
-  EXPECT_TRUE(d->checkForFilesystemChanges());
-  EXPECT_EQ(text_of(*d), u"newer");
-}
-
 TEST_F(document, keeps_its_text_when_the_file_becomes_something_else) {
   auto const d = document_of("text");
   std::filesystem::remove(d->filename());

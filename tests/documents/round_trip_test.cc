@@ -69,18 +69,6 @@ TEST_F(document, comes_back_byte_for_byte) {
   }
 }
 
-TEST_F(document, survives_large) {
-  std::string bytes;
-  for (int i = 0; bytes.size() < 3'000'000; ++i)
-    bytes += std::string(static_cast<std::size_t>(i % 200), 'x') + "\xC3\xA9\xF0\x9F\x98\x80\r\n";
-  for (bool atomically : {false, true}) {
-    defaults().set("WynSaveAtomically", atomically);
-    auto const d = document_of(bytes);
-    EXPECT_TRUE(save(d));
-    EXPECT_TRUE(on_disk() == bytes);
-  }
-}
-
 /// Mostly UTF-8, with a piece now and then that it doesn't have, or another charset doesn't.
 std::string interesting_bytes() {
   static std::vector<std::string> const common = {"a",

@@ -217,45 +217,4 @@ TEST_F(document, half_written_file_is_a_critical_alert) {
                               "text is still here, unsaved.|Continue"});
 }
 
-TEST_F(document, is_written_anew_when_its_file_has_vanished) {
-  auto const d = document_of("text");
-  std::filesystem::remove(d->filename());
-  EXPECT_FALSE(d->checkForFilesystemChanges());
-  EXPECT_TRUE(save(d));
-  EXPECT_EQ(on_disk(), "text");
-}
-
-TEST_F(document, full_disk_leaves_the_old_text) {
-  std::string const disk = folder / "disk";
-  std::filesystem::create_directory(disk);
-  if (mount("none", disk.c_str(), "tmpfs", 0, "size=64k") != 0)
-    GTEST_SKIP() << "no right to mount a small file system";
-  std::string const old(20000, 'o');
-  auto d = open(folder.write("disk/file", old));
-  type(*d, std::u16string(200000, u'n'));
-  for (bool atomically : {false, true}) {
-    defaults().set("WynSaveAtomically", atomically);
-    EXPECT_FALSE(save(d));
-    EXPECT_EQ(alerts(), strings{"Couldn't Save|The file \u201Cfile\u201D could not be saved. No "
-                                "space left on device.|Continue"});
-    EXPECT_TRUE(folder.read(disk + "/file") == old);
-    EXPECT_TRUE(d->isDocumentEdited());
-  }
-  umount(disk.c_str());
-}
-
-TEST_F(document, follows_a_link_when_it_is_saved) {
-  folder.write("target", "old");
-  ASSERT_EQ(symlink("target", (folder / "link").c_str()), 0);
-  for (bool atomically : {false, true}) {
-    defaults().set("WynSaveAtomically", atomically);
-    auto const d = open(folder / "link");
-    EXPECT_EQ(d->displayName(), "link");
-    type(*d, u"+");
-    EXPECT_TRUE(save(d));
-    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
-  }
-  EXPECT_EQ(folder.read(folder / "target"), "old++");
-}
-
 }  // namespace

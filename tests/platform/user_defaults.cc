@@ -372,14 +372,4 @@ TEST_F(user_defaults_test, a_symbolic_link_stays_one) {
   EXPECT_EQ(plist::read_xml(text(target)).value, value(plist::dictionary{{"a", 1}}));
 }
 
-TEST(user_defaults, without_a_path_stay_in_memory) {
-  auto const former = user_defaults::set_standard(std::make_unique<user_defaults>(""));
-  user_defaults::standard().set("a", 1);
-  user_defaults::standard().check_for_changes();
-  EXPECT_TRUE(user_defaults::standard().save());
-  EXPECT_EQ(user_defaults::standard().integer("a"), 1);
-  user_defaults::set_standard(std::make_unique<user_defaults>(""));
-  EXPECT_FALSE(user_defaults::standard().get("a"));
-}
-
 }  // namespace

@@ -92,23 +92,6 @@ TEST(find, bytes_beyond_ascii_are_no_characters) {
   EXPECT_FALSE(regex::find(text.begin(), text.end(), regex::nfa<char>("(?i:\\xe3)")));
 }
 
-TEST(find, match_tells_groups_and_text) {
-  std::u16string const text = u"xab";
-  auto const m = regex::find(text.begin(), text.end(), regex::nfa<char>("(a)()(c)?b"));
-  ASSERT_TRUE(m);
-  EXPECT_EQ(m.begin() - text.begin(), 1);
-  EXPECT_FALSE(m.empty(1));
-  EXPECT_TRUE(m.empty(2));
-  EXPECT_TRUE(m.is_set(2));
-  EXPECT_TRUE(m.empty(3));
-  EXPECT_FALSE(m.is_set(3));
-  EXPECT_EQ(m.begin(3), text.end());
-  EXPECT_EQ(m.begin(99), text.end());
-  EXPECT_EQ(m.text_begin(), text.begin());
-  EXPECT_EQ(m.text_end(), text.end());
-  EXPECT_FALSE(regex::match<char const*>());
-}
-
 std::string matches(char const* pattern, std::u16string const& text) {
   std::string result;
   regex::find_all(text.begin(), text.end(), regex::nfa<char>(pattern), [&](auto const& m) {

@@ -38,12 +38,6 @@ class Bookmarks : public testing::Test {
     }
     return marked_text::utf8(result);
   }
-  void insert(pos at, std::u16string const& units) {
-    storage.insert(text::iterator(at, &storage), units.begin(), units.end());
-  }
-  void erase(pos first, pos last) {
-    storage.erase(text::iterator(first, &storage), text::iterator(last, &storage));
-  }
 
   text::storage storage;
   text::view view{storage};
@@ -73,49 +67,6 @@ TEST_F(Bookmarks, NextAndPreviousGoRound) {
   view.set_bookmark(3, 0, false);
   EXPECT_EQ(view.next_bookmark(1), pos(1, 1));
   EXPECT_EQ(view.previous_bookmark(1), pos(1, 1));
-}
-
-struct insertion {
-  std::string before;
-  pos at;
-  std::u16string text;
-  std::string after;
-};
-
-TEST_F(Bookmarks, InsertionsMoveWhatStandsBehindThem) {
-  for (auto const& row :
-       std::vector<insertion>{{"ab*cd", {0, 1}, u"xx", "axxb*cd"},
-                              {"ab*cd", {0, 2}, u"xx", "ab*xxcd"},
-                              {"ab*cd\ne*f", {0, 1}, u"\n", "a\nb*cd\ne*f"},
-                              {"ab*cd\ne*f", {0, 2}, u"\n", "ab*\ncd\ne*f"},
-                              {"ab*cd\ne*f", {0, 1}, u"1\n2\n34", "a1\n2\n34b*cd\ne*f"},
-                              {"a*b\ncd", {1, 0}, u"\n", "a*b\n\ncd"}}) {
-    set(row.before);
-    insert(row.at, row.text);
-    EXPECT_EQ(get(), row.after) << row.before;
-  }
-}
-
-struct erasure {
-  std::string before;
-  pos first, last;
-  std::string after;
-};
-
-TEST_F(Bookmarks, ErasuresPullInWhatStandsBehindThem) {
-  for (auto const& row : std::vector<erasure>{{"abcd*e", {0, 1}, {0, 3}, "ad*e"},
-                                              {"abc*de", {0, 1}, {0, 3}, "a*de"},
-                                              {"abc*de", {0, 1}, {0, 4}, "a*e"},
-                                              {"ab*cde", {0, 2}, {0, 4}, "ab*e"},
-                                              {"a*b\n*cd\nef*g\nh*", {0, 1}, {2, 1}, "a*fg\nh*"},
-                                              {"ab\n*cd\nef*g\nh*", {0, 1}, {2, 1}, "a*fg\nh*"},
-                                              {"ab\ncd\nef*g\nh*", {0, 1}, {2, 1}, "af*g\nh*"},
-                                              {"abc*\nd", {0, 1}, {1, 0}, "a*d"},
-                                              {"ab\n*cd", {0, 2}, {1, 0}, "ab*cd"}}) {
-    set(row.before);
-    erase(row.first, row.last);
-    EXPECT_EQ(get(), row.after) << row.before;
-  }
 }
 
 /// Each bookmark is a position that is moved by itself, unit by unit of the change.

@@ -100,20 +100,6 @@ TEST(PagedArray, EqualsAStringWhileItGrowsIntoPagesAndShrinks) {
   }
 }
 
-TEST(TextBlock, MemoryGoesWithTheLastHandle) {
-  std::u16string const memory = u"text";
-  int released = 0;
-  auto first = text::text_block::adopt(memory.data(), memory.size(), [&] { ++released; });
-  {
-    text::text_block second = first;
-    EXPECT_EQ(second.use_count(), 2u);
-    first = text::text_block();
-    EXPECT_EQ(second.view(), u"text");
-    EXPECT_EQ(released, 0);
-  }
-  EXPECT_EQ(released, 1);
-}
-
 TEST(TextBlock, BuilderKeepsWhatWasWrittenAtAnyCapacity) {
   for (size_t const capacity : {size_t{1}, size_t{1000}, size_t{3} << 20}) {
     text::text_block_builder builder(capacity);

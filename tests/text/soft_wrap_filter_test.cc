@@ -279,19 +279,4 @@ TEST_F(SoftWrap, ChangesOfHiddenTextLeaveTheRows) {
   }
 }
 
-TEST_F(SoftWrap, LongLinesFallInWithTheOldRows) {
-  random_source random(1);
-  std::u16string long_line = random.text(200'000, u"abcdefg ");
-  storage.insert(storage.end(-1), long_line.begin(), long_line.end());
-  view.set_screen_width(80);
-  view.set_soft_wrap(true);
-  for (size_t const column : {100'000u, 3u, 199'990u, 70u}) {
-    std::u16string const units = u"xy z";
-    storage.insert(at(0, column).base, units.begin(), units.end());
-    ASSERT_EQ(rows(), rows_from_scratch());
-    storage.erase(at(0, column).base, at(0, column + 7).base);
-    ASSERT_EQ(rows(), rows_from_scratch());
-  }
-}
-
 }  // namespace

@@ -75,16 +75,6 @@ class recorder : public text::storage::observer {
   int length_ = 0;
 };
 
-TEST(Storage, NewOneIsAnEmptyLineInStateZero) {
-  text::storage storage;
-  EXPECT_TRUE(storage.empty());
-  EXPECT_EQ(storage.lines(), 1u);
-  EXPECT_EQ(storage.end(-1).pos(), text::pos(0, 0));
-  EXPECT_EQ(*storage.end(-1), u'\n');
-  EXPECT_EQ(storage.current_memento, 0u);
-  EXPECT_EQ(storage.next_memento, 1u);
-}
-
 TEST(Storage, ObserversHearEachChangeInOrder) {
   text::storage storage;
   recorder heard(storage);
@@ -129,22 +119,6 @@ TEST(Storage, TakesAnySequence) {
   storage.insert(pos, 2, u'!');
   EXPECT_EQ(text_of(storage), "a\nb☺cda\nb!!");
   EXPECT_EQ(*pos, u'!');
-}
-
-TEST(Storage, NewChangeDropsWhatCouldBeRedoneAndDrawsANewNumber) {
-  text::storage storage;
-  insert(storage, storage.end(-1), u"a");
-  insert(storage, storage.end(-1), u"b");
-  storage.undo();
-  EXPECT_EQ(storage.current_memento, 1u);
-  storage.redo();
-  EXPECT_EQ(storage.current_memento, storage.next_memento - 1);
-  storage.undo();
-  storage.undo();
-  EXPECT_EQ(storage.current_memento, 0u);
-  insert(storage, storage.end(-1), u"c");
-  EXPECT_EQ(storage.current_memento, 3u);
-  EXPECT_EQ(storage.undo_records.size(), 1u);
 }
 
 TEST(Storage, KillBufferCollectsRunsInTheOrderOfErasure) {

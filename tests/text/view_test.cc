@@ -46,19 +46,6 @@ class View : public testing::Test {
   text::view view{storage};
 };
 
-TEST_F(View, WithoutOptionalFiltersRowsAreLines) {
-  set("one\n\nthree|");
-  EXPECT_EQ(view.lines(), 3u);
-  EXPECT_EQ(view.size(2), 5u);
-  EXPECT_EQ(view.end().base.pos(), pos(2, 5));
-  for (size_t line = 0; line < 3; ++line) EXPECT_EQ(view.line_in_view(at(line, 0)), line);
-  EXPECT_EQ(view.tab_size, 3u);
-  EXPECT_EQ(view.screen_width, 78u);
-  EXPECT_TRUE(view.foldings_enabled);
-  text::view other(storage);
-  EXPECT_NE(view.document_tag, other.document_tag);
-}
-
 TEST_F(View, ColumnsCountTabsUpToTheNextStop) {
   set("a\tb\n\t\tx");
   view.set_tab_size(4);
@@ -132,13 +119,6 @@ TEST_F(View, SteppingStopsAtBothEnds) {
   EXPECT_EQ(it, at(1, 0));
   --it;
   EXPECT_EQ(it, at(0, 1));
-}
-
-TEST_F(View, UnitInsideATabIsASpace) {
-  set("\tx");
-  EXPECT_EQ(*at(0, 0), u'\t');
-  EXPECT_EQ(*at(0, 0, 1), u' ');
-  EXPECT_EQ(*at(0, 2, 1), u'\n');
 }
 
 TEST_F(View, CaretIsParkedDuringAChange) {

@@ -1,16 +1,6 @@
-#include "documents/WynDocument.h"
-#include "headless/headless_desktop.h"
-#include "platform/user_defaults.h"
-#include "text/marked_text.h"
-#include "textview/WynTextView.h"
+#include "path/temporary_folder.h"
 #include "textview/dropped_content.h"
-#include "textview/view_will_change.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include "textview/shown_view.h"
 
 // Drag and drop on the desktop without windows, where cells are 8 pixels wide and rows 16 high.
 namespace {
@@ -22,30 +12,8 @@ platform::point at(double line, double column) {
   return {4 + column * 8 + 1, 2 + line * 16 + 5};
 }
 
-class dragging : public testing::Test {
+class dragging : public shown_view_test {
  protected:
-  struct shown_view {
-    explicit shown_view(std::string_view drawing) : host(view) {
-      view.setDocument(WynDocument::document());
-      view_will_change const scope(view);
-      marked_text::set(*view.view(), drawing);
-    }
-    std::string text() const { return marked_text::get(*view.view()); }
-    WynTextView view;
-    headless::headless_view_host host;
-  };
-
-  dragging()
-      : former_(
-            platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""))) {
-    char name[] = "/tmp/quirnote-dragging-XXXXXX";
-    folder_ = ::mkdtemp(name);
-  }
-  ~dragging() override {
-    std::filesystem::remove_all(folder_);
-    platform::user_defaults::set_standard(std::move(former_));
-  }
-
   // Presses, holds, and begins to move: true if that is a drag.
   bool pull(shown_view& from, double line, double column, std::uint32_t modifiers = 0) {
     platform::mouse_event event{at(line, column), platform::mouse_button::left, 1, modifiers};
@@ -65,16 +33,10 @@ class dragging : public testing::Test {
     desktop_.loop().run_for(0);
     return done;
   }
-  std::string file(std::string const& name, std::string const& content) {
-    std::ofstream(folder_ + "/" + name) << content;
-    return folder_ + "/" + name;
-  }
   void offer_files(plist::array paths) { content_.set({{"files", std::move(paths)}}); }
 
-  headless::headless_desktop desktop_;
   headless::memory_pasteboard content_;
-  std::unique_ptr<platform::user_defaults> former_;
-  std::string folder_;
+  temporary_folder folder_;
 };
 
 TEST_F(dragging, moves_text_within_a_view_in_one_step_and_copies_it_to_others) {
@@ -84,52 +46,52 @@ TEST_F(dragging, moves_text_within_a_view_in_one_step_and_copies_it_to_others) {
   EXPECT_EQ(content_.get("text").string_or(""), "bc");
   EXPECT_FALSE(drop(one, 0, 2, true));  // onto itself
   EXPECT_TRUE(drop(two, 0, 1, false));
-  EXPECT_EQ(two.text(), "x[bc]yz");
-  EXPECT_EQ(one.text(), "a[bc]d\nef");
+  EXPECT_EQ(two.get(), "x[bc]yz");
+  EXPECT_EQ(one.get(), "a[bc]d\nef");
   EXPECT_TRUE(drop(one, 1, 1, true));
-  EXPECT_EQ(one.text(), "ad\ne[bc]f");
+  EXPECT_EQ(one.get(), "ad\ne[bc]f");
   one.view.performSelectorWithObject("undo:", {});
-  EXPECT_EQ(one.text(), "a[bc]d\nef");
+  EXPECT_EQ(one.get(), "a[bc]d\nef");
   EXPECT_TRUE(drop(one, 1, 1, true, operation::copy));
-  EXPECT_EQ(one.text(), "abcd\ne[bc]f");
+  EXPECT_EQ(one.get(), "abcd\ne[bc]f");
 }
 
 TEST_F(dragging, keeps_columns) {
   shown_view one("a{bc\nde}f"), two("|123\n45");
   ASSERT_TRUE(pull(one, 0, 1.3));
   EXPECT_TRUE(drop(two, 0, 1, false));
-  EXPECT_EQ(two.text(), "1{b23\n4e}5");
+  EXPECT_EQ(two.get(), "1{b23\n4e}5");
   EXPECT_TRUE(drop(one, 0, 3, true));
-  EXPECT_EQ(one.text(), "ac{b\ndfe}");
+  EXPECT_EQ(one.get(), "ac{b\ndfe}");
 }
 
 TEST_F(dragging, begins_only_when_the_selection_is_held) {
   shown_view one("a[bcd]e fgh");
   EXPECT_FALSE(pull(one, 0, 5));
   one.view.mouse_up({});
-  marked_text::set(*one.view.view(), "a[bcd]e fgh");
+  one.set("a[bcd]e fgh");
   EXPECT_FALSE(pull(one, 0, 2, modifier::option));
   one.view.mouse_up({});
-  marked_text::set(*one.view.view(), "a[bcd]e fgh");
+  one.set("a[bcd]e fgh");
   one.view.mouse_down({at(0, 2), platform::mouse_button::left, 1, 0});
-  EXPECT_EQ(one.text(), "a[bcd]e fgh");
+  EXPECT_EQ(one.get(), "a[bcd]e fgh");
   one.view.mouse_dragged({at(0, 8), platform::mouse_button::left, 1, 0});
-  EXPECT_EQ(one.text(), "ab[cde fg]h");
+  EXPECT_EQ(one.get(), "ab[cde fg]h");
   one.view.mouse_up({});
   one.view.mouse_down({at(0, 4), platform::mouse_button::left, 1, 0});
   desktop_.loop().run_for(0.2);
   EXPECT_EQ(one.view.cursor_at(at(0, 4), 0), platform::cursor::arrow);
   one.view.mouse_up({at(0, 4), platform::mouse_button::left, 1, 0});
-  EXPECT_EQ(one.text(), "abcd|e fgh");
+  EXPECT_EQ(one.get(), "abcd|e fgh");
   EXPECT_TRUE(one.host.dragged.empty());
 }
 
 TEST_F(dragging, copies_what_it_moves_no_more_once_the_text_has_changed) {
   shown_view one("a[bc]d\nef");
   ASSERT_TRUE(pull(one, 0, 2));
-  marked_text::set(*one.view.view(), "[12]34\nef");
+  one.set("[12]34\nef");
   EXPECT_TRUE(drop(one, 1, 2, true));
-  EXPECT_EQ(one.text(), "1234\nef[bc]");
+  EXPECT_EQ(one.get(), "1234\nef[bc]");
 }
 
 TEST_F(dragging, shows_where_the_drop_goes_and_scrolls_at_the_edges) {
@@ -155,30 +117,30 @@ TEST_F(dragging, shows_where_the_drop_goes_and_scrolls_at_the_edges) {
 }
 
 TEST_F(dragging, inserts_files_or_their_paths) {
-  std::string const a = file("a", "A\r\nB"), b = file("b", "C");
+  std::string const a = folder_.write("a", "A\r\nB"), b = folder_.write("b", "C");
   struct {
     plist::array paths;
     std::uint32_t modifiers;
     std::string result;
   } const cases[] = {{{a}, 0, "A\nB|"},
-                     {{folder_}, 0, folder_ + "|"},
+                     {{folder_.path()}, 0, folder_.path() + "|"},
                      {{a, b}, modifier::shift, a + "\n" + b + "|"},
                      {{a}, modifier::control, a + "|"}};
   for (auto const& [paths, modifiers, result] : cases) {
     shown_view one("|");
     offer_files(paths);
     EXPECT_TRUE(drop(one, 0, 0, false, operation::copy, modifiers));
-    EXPECT_EQ(one.text(), result);
+    EXPECT_EQ(one.get(), result);
   }
   shown_view several("|");
   offer_files({a, b});
   drop(several, 0, 0, false);
-  std::string const text = several.text();
+  std::string const text = several.get();
   EXPECT_LT(text.find("Filename:     " + a), text.find("A\nB"));
   EXPECT_LT(text.find("A\nB"), text.find("Filename:     " + b));
   several.view.performSelectorWithObject("undo:", {});
-  EXPECT_EQ(several.text(), "|");
-  offer_files({folder_ + "/missing"});
+  EXPECT_EQ(several.get(), "|");
+  offer_files({folder_ / "missing"});
   drop(several, 0, 0, false);
   ASSERT_EQ(desktop_.alerts().shown.size(), 1U);
   EXPECT_EQ(desktop_.alerts().shown[0].title, "Couldn't Open");
@@ -186,8 +148,8 @@ TEST_F(dragging, inserts_files_or_their_paths) {
 
 TEST_F(dragging, asks_before_it_inserts_a_large_file) {
   auto const size = static_cast<std::size_t>(dropped_content::large_file);
-  std::string const fits = file("fits", std::string(size, 'x'));
-  std::string const large = file("large", std::string(size + 1, 'x'));
+  std::string const fits = folder_.write("fits", std::string(size, 'x'));
+  std::string const large = folder_.write("large", std::string(size + 1, 'x'));
   shown_view one("|");
   offer_files({fits});
   drop(one, 0, 0, false);
@@ -196,7 +158,7 @@ TEST_F(dragging, asks_before_it_inserts_a_large_file) {
   shown_view two("|");
   offer_files({large});
   drop(two, 0, 0, false);
-  EXPECT_EQ(two.text(), "|");
+  EXPECT_EQ(two.get(), "|");
   ASSERT_EQ(desktop_.alerts().shown.size(), 1U);
   EXPECT_EQ(
       desktop_.alerts().shown[0].text,
@@ -211,15 +173,15 @@ TEST_F(dragging, takes_columns_before_files_before_colours_before_text) {
   shown_view one("|");
   plist::dictionary types{{"text", "t\r\nu"}};
   auto const dropped = [&] {
-    marked_text::set(*one.view.view(), "|");
+    one.set("|");
     content_.set(types);
     drop(one, 0, 0, false);
-    return marked_text::text_of(*one.view.view()->storage);
+    return one.text();
   };
   EXPECT_EQ(dropped(), "t\nu");
   types["color"] = plist::array{1.0, 0.5, 0.0};
   EXPECT_EQ(dropped(), "#ff7f00");
-  types["files"] = plist::array{file("f", "file")};
+  types["files"] = plist::array{folder_.write("f", "file")};
   EXPECT_EQ(dropped(), "file");
   types["WynQuirnotePboardType"] = plist::dictionary{{"Content", "1\n2\n"}, {"Rectangular", "YES"}};
   EXPECT_EQ(dropped(), "1\n2");

@@ -1,17 +1,11 @@
-#include "documents/WynDocument.h"
 #include "grammar/tokenize_filter.h"
-#include "headless/headless_desktop.h"
 #include "headless/recording_graphics.h"
-#include "platform/user_defaults.h"
 #include "plist/text_reader.h"
-#include "text/marked_text.h"
-#include "textview/WynTextView.h"
-#include "textview/view_will_change.h"
+#include "textview/shown_view.h"
 
 #include <gtest/gtest.h>
 
-// Text with a grammar and a theme as it is drawn: cells are 8 by 16 pixels, the text begins at x =
-// 4 and y = 2.
+// Text with a grammar and a theme as it is drawn.
 namespace {
 
 constexpr char const* grammar_source =
@@ -25,45 +19,32 @@ constexpr char const* theme_source =
     "{scope='block word';settings={foreground='#ffff00';fontStyle='bold underline';};},"
     "{scope=note;settings={background='#ff000080';fontStyle=italic;};})";
 
-class drawing : public testing::Test {
+class drawing : public shown_view_test, public shown_view {
  protected:
-  drawing()
-      : former_(
-            platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""))) {
-    auto const document = WynDocument::document();
-    document->openDocument();
-    text::view* const view = document->obtainView();
-    auto added = std::make_unique<grammar::tokenize_filter>(*view->storage);
-    tokenizer_ = added.get();
-    view->install_tokenize_filter(std::move(added));
-    document->releaseView(view);
-    view_ = std::make_unique<WynTextView>();
-    host_ = std::make_unique<headless::headless_view_host>(*view_);
-    view_->setDocument(document);
-    document->closeDocument();
+  drawing() : shown_view("|", document()) {
+    tokenizer_ = dynamic_cast<grammar::tokenize_filter*>(view.view()->tokenize_filter.get());
     plist::value const rules = plist::convert(grammar_source);
     tokenizer_->set_rules(
         std::make_shared<grammar::catalogue const>(
             std::vector<grammar::catalogue::entry>{{"t", "T", "T", [rules] { return rules; }}}),
         0);
-    view_->setCurrentStyleSheet(plist::convert(theme_source));
-    host_->resize({84, 82});  // ten columns and five rows
+    view.setCurrentStyleSheet(plist::convert(theme_source));
+    host.resize({84, 82});  // ten columns and five rows
   }
-  ~drawing() override {
-    host_.reset();
-    view_.reset();
-    platform::user_defaults::set_standard(std::move(former_));
-  }
-
-  void set(std::string_view text) {
-    view_will_change const scope(*view_);
-    marked_text::set(*view_->view(), text);
+  /// One whose view has a tokenizer.
+  static std::shared_ptr<WynDocument> document() {
+    auto result = WynDocument::document();
+    text::view* const released = result->obtainView();
+    released->install_tokenize_filter(
+        std::make_unique<grammar::tokenize_filter>(*released->storage));
+    result->releaseView(released);
+    return result;
   }
   /// One operation a line, without the background and the clips.
   std::string drawn() {
     EXPECT_TRUE(tokenizer_->wait_for(~std::size_t{0}, std::chrono::minutes(1)));
     headless::recording_graphics g;
-    view_->draw(g, host_->visible_rect());
+    view.draw(g, host.visible_rect());
     std::string result = "\n";
     for (std::string const& operation : g.operations())
       if (operation.find("clip") == std::string::npos && operation.find("84x82") == operation.npos)
@@ -71,15 +52,11 @@ class drawing : public testing::Test {
     return result;
   }
 
-  headless::headless_desktop desktop_;
-  std::unique_ptr<platform::user_defaults> former_;
   grammar::tokenize_filter* tokenizer_;
-  std::unique_ptr<WynTextView> view_;
-  std::unique_ptr<headless::headless_view_host> host_;
 };
 
 TEST_F(drawing, a_background_spans_the_scopes_inside_and_whole_lines) {
-  view_->setHighlightCurrentLine(true);
+  view.setHighlightCurrentLine(true);
   set("a <b !c d\n\n!e> f !g\n#no|te");
   EXPECT_EQ(drawn(), R"(
 fill 20,2 64x16 #003000
@@ -100,14 +77,14 @@ fill 28,50 1x16 #ff0000
 }
 
 TEST_F(drawing, dims_selection_and_line_while_the_keys_go_elsewhere) {
-  view_->setHighlightCurrentLine(true);
+  view.setHighlightCurrentLine(true);
   set("a[b c]d");
   EXPECT_EQ(drawn(), R"(
 blend 12,2 24x16 #0000ff80
 text 4,14 "ab cd" #e0e0e0
 fill 36,2 1x16 #ff0000
 )");
-  host_->focused = false;
+  host.focused = false;
   EXPECT_EQ(drawn(), R"(
 blend 12,2 24x16 #0000ff40
 text 4,14 "ab cd" #e0e0e0
@@ -120,7 +97,7 @@ text 4,14 "abc" #e0e0e0
 }
 
 TEST_F(drawing, invisibles_stand_in_place_of_what_they_mark) {
-  view_->setShowInvisibles(true);
+  view.setShowInvisibles(true);
   set("|a\tb\n\u00a0\x01\u007f\u0085\n<");
   EXPECT_EQ(drawn(), R"(
 fill 4,34 80x16 #003000
@@ -139,9 +116,9 @@ fill 4,2 1x16 #ff0000
 }
 
 TEST_F(drawing, wrapped_rows_keep_style_and_background) {
-  view_->setLineNumbers(true);
-  view_->setSoftWrap(true);
-  host_->resize({200, 82});
+  view.setLineNumbers(true);
+  view.setSoftWrap(true);
+  host.resize({200, 82});
   set("<abcdefg hijklmn opqrst> uvw\n|x");
   EXPECT_EQ(drawn(), R"(
 fill 0,0 200x82 #101010

@@ -1,15 +1,12 @@
 #include "documents/WynDocument.h"
-#include "headless/headless_desktop.h"
 #include "platform/user_defaults.h"
 #include "platform/without_threads.h"
-#include "text/marked_text.h"
 #include "text/random_text.h"
 #include "textview/WynFindManager.h"
 #include "textview/WynISearchWindow.h"
-#include "textview/WynTextView.h"
 #include "textview/patient_work.h"
+#include "textview/shown_view.h"
 #include "textview/text_query.h"
-#include "textview/view_will_change.h"
 
 #include <gtest/gtest.h>
 
@@ -20,40 +17,20 @@
 // take long. What is found and replaced is tested in tests/batch.
 namespace {
 
-class find : public testing::Test {
+class find : public shown_view_test, public shown_view {
  protected:
-  find()
-      : former_(
-            platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""))) {
+  find() {
     manager.setOptions({});
-    view_ = std::make_unique<WynTextView>();
-    host_ = std::make_unique<headless::headless_view_host>(*view_);
-    view_->setDocument(WynDocument::document());
-    manager.setMainView([this] { return view_.get(); });
+    manager.setMainView([this] { return &view; });
   }
   ~find() override {
     manager.closeFindPanel();
     manager.setMainView({});
-    host_.reset();
-    view_.reset();
-    platform::user_defaults::set_standard(std::move(former_));
   }
 
-  void set(std::string_view drawing) {
-    view_will_change const scope(*view_);
-    marked_text::set(*view_->view(), drawing);
-  }
-  std::string get() const { return marked_text::get(*view_->view()); }
-  headless::scripted_find_panel& panel() { return desktop.find(); }
-  void press(WynFindManager::tag tag, std::uint32_t modifiers = 0, bool closes = false) {
+  headless::scripted_find_panel& panel() { return desktop_.find(); }
+  void push(WynFindManager::tag tag, std::uint32_t modifiers = 0, bool closes = false) {
     panel().delegate->findPanelAction(tag, modifiers, closes);
-  }
-  void type(std::u16string const& keys) {
-    for (char16_t const key : keys) {
-      platform::key_event event;
-      event.characters = event.characters_ignoring_modifiers = std::u16string(1, key);
-      view_->key_down(event);
-    }
   }
   static std::vector<std::string> strings(plist::array const& list) {
     std::vector<std::string> result;
@@ -61,11 +38,7 @@ class find : public testing::Test {
     return result;
   }
 
-  headless::headless_desktop desktop;
-  std::unique_ptr<platform::user_defaults> former_;
   WynFindManager& manager = WynFindManager::sharedInstance();
-  std::unique_ptr<WynTextView> view_;
-  std::unique_ptr<headless::headless_view_host> host_;
 };
 
 TEST_F(find, panel_acts_on_the_view_and_says_what_came_of_it) {
@@ -73,7 +46,7 @@ TEST_F(find, panel_acts_on_the_view_and_says_what_came_of_it) {
   manager.orderFrontFindPanel(false);
   panel().fields.find = "one";
   panel().delegate->findPanelDidChange();
-  EXPECT_EQ(view_->shownMatches().size(), 2u);
+  EXPECT_EQ(view.shownMatches().size(), 2u);
   EXPECT_TRUE(manager.findHistory().empty());  // nothing is taken over yet
 
   struct step {
@@ -92,16 +65,16 @@ TEST_F(find, panel_acts_on_the_view_and_says_what_came_of_it) {
            step{WynFindManager::replace_all, 0, "Nothing replaced", "| two ", 2},
            step{WynFindManager::count, 0, "Nothing found", "| two ", 3},
        }) {
-    press(s.tag, s.modifiers);
+    push(s.tag, s.modifiers);
     EXPECT_EQ(panel().status, s.status);
     EXPECT_EQ(get(), s.text);
-    EXPECT_EQ(desktop.beeps, s.beeps);
+    EXPECT_EQ(desktop_.beeps, s.beeps);
   }
   EXPECT_TRUE(panel().visible);
   panel().fields.find = "two";
-  press(WynFindManager::find_next, 0, true);
+  push(WynFindManager::find_next, 0, true);
   EXPECT_FALSE(panel().visible);
-  EXPECT_TRUE(view_->shownMatches().empty());
+  EXPECT_TRUE(view.shownMatches().empty());
   EXPECT_EQ(strings(manager.findHistory()), (std::vector<std::string>{"two", "one"}));
 }
 
@@ -122,21 +95,21 @@ TEST_F(find, bad_patterns_are_marked_where_they_go_wrong) {
     panel().delegate->findPanelDidChange();
     EXPECT_EQ(panel().status, std::string("regexp: ") + b.message);
     EXPECT_EQ(panel().error, b.offset) << b.pattern;
-    press(WynFindManager::find_next);
+    push(WynFindManager::find_next);
     EXPECT_EQ(panel().status, std::string("regexp: ") + b.message);
   }
   panel().fields.find = "x";
   panel().delegate->findPanelDidChange();
   EXPECT_EQ(panel().error, std::string::npos);
   panel().fields.replace = "(?1:a";
-  press(WynFindManager::replace_all);
+  push(WynFindManager::replace_all);
   EXPECT_EQ(panel().status, "Bad replacement string");
 }
 
 TEST_F(find, text_from_elsewhere_is_no_pattern) {
   manager.setOptions({{"findString", "a."}, {"regularExpression", true}});
-  EXPECT_EQ(desktop.find_pasteboard().get("text").string_or(""), "a.");
-  desktop.find_pasteboard().set({{"text", "a*"}});
+  EXPECT_EQ(desktop_.find_pasteboard().get("text").string_or(""), "a.");
+  desktop_.find_pasteboard().set({{"text", "a*"}});
   EXPECT_EQ(manager.findOptions().find, "a*");
   EXPECT_FALSE(manager.findOptions().regular_expression);
 }
@@ -154,58 +127,58 @@ TEST_F(find, histories_keep_ten_entries_with_the_latest_first) {
 
 TEST_F(find, the_status_bar_says_what_was_not_found_until_the_next_key) {
   std::string note;
-  view_->bind([&](std::string_view key, plist::value const& value) {
+  view.bind([&](std::string_view key, plist::value const& value) {
     if (key == "incrementalSearch") note = value.string_or("");
   });
   set("a|bc");
   manager.writeStringToFindPboard("x");
-  view_->performSelectorWithObject("findNext:", {});
+  perform("findNext:");
   EXPECT_EQ(note, "Not found: x");
-  type(u"x");
+  press(u"x");
   EXPECT_EQ(note, "");
-  view_->performSelectorWithObject("findPrevious:", {});
+  perform("findPrevious:");
   EXPECT_EQ(get() + note, "a[x]bc");
 }
 
 TEST_F(find, incremental_search_follows_what_is_typed) {
   set("abc |ABC abd abc");
-  view_->performSelectorWithObject("ISIM_incrementalSearch:", {});
-  type(u"ab");
+  perform("ISIM_incrementalSearch:");
+  press(u"ab");
   EXPECT_EQ(get(), "abc [AB]C abd abc");
-  type(u"d");
+  press(u"d");
   EXPECT_EQ(get(), "abc ABC [abd] abc");
-  type(u"\x7F");
+  press(u"\x7F");
   EXPECT_EQ(get(), "abc ABC [ab]d abc");
-  view_->incrementalSearchWindow()->setIncrementalSearchString(u"Abc");
-  EXPECT_EQ(desktop.beeps, 1);  // a capital counts
-  view_->incrementalSearchWindow()->setIncrementalSearchString(u"abc");
+  view.incrementalSearchWindow()->setIncrementalSearchString(u"Abc");
+  EXPECT_EQ(desktop_.beeps, 1);  // a capital counts
+  view.incrementalSearchWindow()->setIncrementalSearchString(u"abc");
   EXPECT_EQ(get(), "abc ABC abd [abc]");
-  EXPECT_TRUE(view_->findNextIncrementalSearchString(true));
+  EXPECT_TRUE(view.findNextIncrementalSearchString(true));
   EXPECT_EQ(get(), "[abc] ABC abd abc");
-  type(u"\x1B");
-  EXPECT_EQ(view_->incrementalSearchWindow(), nullptr);
+  press(u"\x1B");
+  EXPECT_EQ(view.incrementalSearchWindow(), nullptr);
 
   set("abc ABC abd| abc");
-  view_->performSelectorWithObject("ISIM_reverseIncrementalSearch:", {});
-  type(u"ab");
+  perform("ISIM_reverseIncrementalSearch:");
+  press(u"ab");
   EXPECT_EQ(get(), "abc ABC [ab]d abc");
-  type(u"c");
+  press(u"c");
   EXPECT_EQ(get(), "abc [ABC] abd abc");
 }
 
 TEST_F(find, a_search_that_takes_long_can_be_cancelled) {
   std::string const text = "|" + std::string(200000, 'a');
   set(text);
-  desktop.busy().cancel_after = 60;
+  desktop_.busy().cancel_after = 60;
   auto const started = std::chrono::steady_clock::now();
-  plist::value answer = view_->findWithOptions(
+  plist::value answer = view.findWithOptions(
       {{"findString", "a+(?=\\d)"}, {"action", "findNext"}, {"regularExpression", true}});
   EXPECT_EQ(answer["statusText"].string_or(""), "Cancelled");
-  EXPECT_EQ(desktop.busy().shown, "Searching\u2026");
+  EXPECT_EQ(desktop_.busy().shown, "Searching\u2026");
   EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(2));
   EXPECT_EQ(get(), text);
   // The next search need not wait for that one.
-  answer = view_->findWithOptions({{"findString", "a"}, {"action", "findNext"}});
+  answer = view.findWithOptions({{"findString", "a"}, {"action", "findNext"}});
   EXPECT_EQ(answer["statusText"].string_or(""), "");
 }
 
@@ -220,34 +193,34 @@ TEST_F(find, searches_that_cannot_be_stopped_do_not_pile_up) {
                          std::filesystem::directory_iterator());
   };
   auto const before = count();
-  desktop.busy().cancel_after = 3;
+  desktop_.busy().cancel_after = 3;
   for (int i = 0; i < 6; ++i) {
-    auto const answer = view_->findWithOptions(
+    auto const answer = view.findWithOptions(
         {{"findString", endless}, {"action", "findNext"}, {"regularExpression", true}});
     EXPECT_EQ(answer["statusText"].string_or(""), "Cancelled");
     EXPECT_LE(count(), before + 4);
   }
-  view_->findWithOptions({{"findString", "a"}, {"action", "findNext"}});
+  view.findWithOptions({{"findString", "a"}, {"action", "findNext"}});
   EXPECT_EQ(get(), "[a]" + std::string(9999, 'a'));
   // A pattern waits for one of those to end.
-  desktop.busy().cancel_after = 10000;
-  view_->findWithOptions(
+  desktop_.busy().cancel_after = 10000;
+  view.findWithOptions(
       {{"findString", "a+"}, {"action", "findNext"}, {"regularExpression", true}});
   EXPECT_EQ(get(), "a[" + std::string(9999, 'a') + "]");
 }
 
 TEST_F(find, works_when_no_thread_can_be_started) {
   set("|ab ab");
-  desktop.busy().cancel_after = 10000;
+  desktop_.busy().cancel_after = 10000;
   without_threads const none;
-  view_->findWithOptions(
+  view.findWithOptions(
       {{"findString", "b+"}, {"action", "findNext"}, {"regularExpression", true}});
   EXPECT_EQ(get(), "a[b] ab");
 }
 
 TEST_F(find, giving_up_is_told_apart_from_not_finding) {
   set("|" + std::string(40, 'a'));
-  plist::value const answer = view_->findWithOptions(
+  plist::value const answer = view.findWithOptions(
       {{"findString", "^(a|a|aa)+$\\1b"}, {"action", "findNext"}, {"regularExpression", true}});
   EXPECT_EQ(answer["statusText"].string_or(""), "Gave up: the pattern takes too long");
 }

@@ -1,43 +1,22 @@
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
 #include <random>
 
 #include "bundles/BundleManager.h"
-#include "documents/WynDocument.h"
 #include "grammar/tokenize_filter.h"
-#include "headless/headless_desktop.h"
-#include "platform/user_defaults.h"
+#include "path/temporary_folder.h"
 #include "text/folding_filter.h"
-#include "textview/WynTextView.h"
 #include "textview/WynThemeManager.h"
 #include "textview/scope_report.h"
-#include "textview/view_will_change.h"
+#include "textview/shown_view.h"
 
 #include <gtest/gtest.h>
 
 // Views on files of languages that ship.
 namespace {
 
-namespace fs = std::filesystem;
-
-class language : public testing::Test {
+class language : public shown_view_test {
  protected:
-  language()
-      : former_(
-            platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""))),
-        folder_(testing::TempDir() + "language_" + std::to_string(::getpid())) {
-    fs::create_directories(folder_);
-  }
-  ~language() override {
-    platform::user_defaults::set_standard(std::move(former_));
-    fs::remove_all(folder_);
-  }
-
   std::shared_ptr<WynDocument> file(std::string const& name, std::string const& text) {
-    std::ofstream(folder_ + "/" + name) << text;
-    return WynDocument::documentWithContentsOfFile(folder_ + "/" + name);
+    return WynDocument::documentWithContentsOfFile(folder_.write(name, text));
   }
   static void wait(WynTextView const& view) {
     ASSERT_NE(view.tokenizer(), nullptr);
@@ -49,9 +28,7 @@ class language : public testing::Test {
     return {};
   }
 
-  headless::headless_desktop desktop_;
-  std::unique_ptr<platform::user_defaults> former_;
-  std::string folder_;
+  temporary_folder folder_;
 };
 
 constexpr char const* program = "// one\nint first() {\n}\n\nint second(\n    int a) {\n}\n";
@@ -64,7 +41,7 @@ TEST_F(language, is_chosen_for_the_file_and_learned_when_it_is_changed) {
       WynTextView::language_did_change, [&](auto const& n) { told = n.info; });
   view.setDocument(file("a b.c", program));
   EXPECT_EQ(view.currentMode(), "C");
-  EXPECT_EQ(told["QNDocumentURL"].string_or(""), "file://" + folder_ + "/a%20b.c");
+  EXPECT_EQ(told["QNDocumentURL"].string_or(""), "file://" + folder_.path() + "/a%20b.c");
   EXPECT_EQ(told["QNDocumentLanguageScope"].string_or(""), "source.c");
   EXPECT_TRUE(view.view()->folding_filter->has_patterns());
 
@@ -94,6 +71,13 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
             plist::value(plist::dictionary{{"name", "second"}, {"line", 5}}));
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "No Symbol");
   view.goToLineAndColumn(6, 1);
+  EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
+  view.setDocument(file("b.c", program));
+  EXPECT_EQ(shown["currentSymbol"].string_or("-"), "");
+  view.setDocument(file("a.c", program));
+  wait(view);
+  view.goToLineAndColumn(6, 1);
+  desktop_.loop().run_for(1);
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
   EXPECT_NE(scope_report(view, {1, 4}).find("source.c\n"), std::string::npos);
 

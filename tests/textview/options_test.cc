@@ -1,69 +1,30 @@
-#include "documents/WynDocument.h"
-#include "headless/headless_desktop.h"
 #include "headless/recording_graphics.h"
-#include "platform/user_defaults.h"
-#include "text/marked_text.h"
-#include "textview/WynTextView.h"
+#include "path/temporary_folder.h"
 #include "textview/scoped_settings.h"
+#include "textview/shown_view.h"
 #include "textview/view_colors.h"
-#include "textview/view_will_change.h"
 #include "textview/wrap_columns.h"
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <filesystem>
-
 // Options on the desktop without windows, with defaults in a file that others may write, too.
 namespace {
 
-struct shown_view {
-  shown_view() {
-    view.setDocument(WynDocument::document());
-    view.setCurrentStyleSheet({});
-  }
-  void set(std::string_view drawing) {
-    view_will_change const scope(view);
-    marked_text::set(*view.view(), drawing);
-  }
-  std::string get() const { return marked_text::get(*view.view()); }
-  platform::menu_item validated(char const* selector, plist::value const& argument = {}) {
-    platform::menu_item item;
-    item.selector = selector;
-    item.argument = argument;
-    view.validateMenuItem(item);
-    return item;
-  }
-
-  WynTextView view;
-  headless::headless_view_host host{view};
-};
-
 class options : public testing::Test {
  protected:
-  options()
-      : path_(testing::TempDir() + "options_" + std::to_string(::getpid()) + ".plist"),
-        former_(platform::user_defaults::set_standard(
-            std::make_unique<platform::user_defaults>(path_))) {}
-  ~options() override {
-    platform::user_defaults::set_standard(std::move(former_));
-    std::filesystem::remove(path_);
-  }
-
   static platform::user_defaults& own() { return platform::user_defaults::standard(); }
   /// As another process does it, and then the run loop here.
   void set_elsewhere(char const* key, plist::value v) {
     own().check_for_changes();
-    platform::user_defaults other(path_);
+    platform::user_defaults other(folder_ / "defaults.plist");
     other.set(key, std::move(v));
     ASSERT_TRUE(other.save());
     own().check_for_changes();
   }
 
-  std::string path_;
+  temporary_folder folder_;
+  own_defaults const defaults_{folder_ / "defaults.plist"};
   headless::headless_desktop desktop_;
-  std::unique_ptr<platform::user_defaults> former_;
 };
 
 TEST_F(options, the_nearest_scope_and_then_the_newest_entry_wins) {
@@ -238,7 +199,7 @@ TEST_F(options, typing_beyond_the_margin_breaks_the_line) {
     EXPECT_EQ(shown.get(), row.after) << row.before;
   }
   shown.view.performSelectorWithObject("undo:", {});
-  EXPECT_EQ(marked_text::text_of(*shown.view.view()->storage), "aa bb ccc\nddd");
+  EXPECT_EQ(shown.text(), "aa bb ccc\nddd");
   shown.set("{aaaa bbbb\naaaa bbbb}");
   shown.view.insertText(plist::value("xxxxxxxx xxxxxxxx"));
   EXPECT_EQ(shown.view.view()->storage->lines(), 2u);

@@ -2,7 +2,7 @@
 #include "bundles/key_binding_file.h"
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
-#include "platform/user_defaults.h"
+#include "platform/own_defaults.h"
 #include "plist/xml_reader.h"
 #include "textview/WynTextView.h"
 
@@ -39,8 +39,7 @@ std::vector<std::string> menu_keys(plist::value const& menus) {
 
 TEST(shipped_keys, have_actions_that_the_text_view_knows) {
   headless::headless_desktop desktop;
-  auto former =
-      platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""));
+  own_defaults const defaults;
   WynTextView view;
   view.setDocument(WynDocument::document());
   for (auto const& [key, binding] : shipped_bindings()) {
@@ -48,8 +47,6 @@ TEST(shipped_keys, have_actions_that_the_text_view_knows) {
     for (auto const& action : actions)
       EXPECT_TRUE(view.tryToPerformWith(action.string_or(""), {})) << action.string_or(key);
   }
-  view.setDocument(nullptr);
-  platform::user_defaults::set_standard(std::move(former));
 }
 
 // A key's binding comes before the menu that shows the same key.
