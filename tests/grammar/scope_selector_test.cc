@@ -5,6 +5,8 @@
 #include <cmath>
 #include <sstream>
 
+#include "data_rows.h"
+
 namespace {
 
 std::vector<std::string> words(std::string const& text) {
@@ -16,10 +18,6 @@ double score(std::string const& selector, std::string const& scopes) {
   return scope::new_score_for_selector(selector, words(scopes));
 }
 
-struct same_score {
-  char const *selector, *scopes, *other, *other_scopes;
-};
-
 TEST(scope_selector, weighs_length_and_distance) {
   EXPECT_DOUBLE_EQ(score("source string", "source.ruby string.quoted"),
                    7.0 / 15 + 1.0 / 16 * 7.0 / 13);
@@ -30,25 +28,8 @@ TEST(scope_selector, weighs_length_and_distance) {
 }
 
 TEST(scope_selector, operators) {
-  same_score const table[] = {
-      {"a, b", "b", "b", "b"},
-      {"a | b", "a b", "b", "a b"},
-      {"a & b", "a b", "b", "a b"},  // the greater, not the sum
-      {"a - b", "a", "a", "a"},
-      {"a - b - c", "a", "a", "a"},
-      {"a &", "a", "a", "a"},
-      {"a )\1", "a", "a", "a"},  // what follows a whole selector is not read
-      {"a (b)", "a", "a", "a"},
-      {"a-b", "a-b.c", "a-b", "a-b.c"},
-      {"\xc3\xbc", "\xc3\xbc", "aa", "aa"},
-      {"a - (b | c)", "a", "a", "a"},
-      {"a - b, c", "b c", "c", "b c"},
-      {"(a - b) | c", "a b c", "c", "a b c"},
-      {" \t\na ", "a", "a", "a"},
-  };
-  for (auto const& row : table)
-    EXPECT_DOUBLE_EQ(score(row.selector, row.scopes), score(row.other, row.other_scopes))
-        << row.selector;
+  for (auto const& row : data_rows("scope_selectors.txt", "operators"))
+    EXPECT_DOUBLE_EQ(score(row[0], row[1]), score(row[2], row[3])) << row[0];
   EXPECT_GT(score("a b", "a b"), score("a & b", "a b"));
 }
 
@@ -60,26 +41,9 @@ TEST(scope_selector, applies_everywhere_with_the_least_score) {
 }
 
 TEST(scope_selector, does_not_apply) {
-  char const* const table[][2] = {
-      {"a", ""},
-      {"a b", "b a"},
-      {"string", "stringy"},
-      {"string.quoted", "string"},
-      {"a - b", "a b"},
-      {"-a", "a"},
-      {"a & b", "a"},
-      {"a | b & c", "a"},
-      {"a a", "a"},
-      {"a & b - c", "a b c"},
-      {"a - b - c", "a c"},
-      {"(a, b)", "a"},
-      {"(a", "a"},
-      {"\1", "a"},
-      {"a \2", "a"},
-      {"a - -b", "a"},
-  };
   testing::internal::CaptureStderr();
-  for (auto const& row : table) EXPECT_EQ(score(row[0], row[1]), -1.0) << row[0];
+  for (auto const& row : data_rows("scope_selectors.txt", "others"))
+    EXPECT_EQ(score(row[0], row[1]), -1.0) << row[0];
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "Quirnote: invalid scope selector (a, b)\nQuirnote: invalid scope selector (a\n"
             "Quirnote: invalid scope selector \1\nQuirnote: invalid scope selector a \2\n");

@@ -5,73 +5,20 @@
 
 #include <vector>
 
+#include "data_rows.h"
 #include "path/expand_braces.h"
 
 namespace {
 
 TEST(path, normalize) {
-  struct {
-    char const *given, *expected;
-  } const cases[] = {
-      {"", ""},
-      {"/", "/"},
-      {".", "."},
-      {"..", ".."},
-      {"/.", ""},
-      {"./", ""},
-      {"./.", ""},
-      {"//", "/"},
-      {"//.", ""},
-      {"/./", "/"},
-      {"a", "a"},
-      {"a/", "a"},
-      {"a//", "a"},
-      {"a/.", "a"},
-      {"a/./", "a"},
-      {"./a", "a"},
-      {"././/a", "a"},
-      {"/a/./b//c/", "/a/b/c"},
-      {".a/.b./..c", ".a/.b./..c"},
-      {"a./b", "a./b"},
-      {"a../b", "a../b"},
-      {"...", "..."},
-      {"a/...", "a/..."},
-      {"a/b/../c", "a/c"},
-      {"a/..", ""},
-      {"a/../", ""},
-      {"a/b/..", "a"},
-      {"/a/..", "/"},
-      {"/..", "/.."},
-      {"/../a", "/../a"},
-      {"/a/../../b", "/../b"},
-      {"../a", "../a"},
-      {"a/../../..", "../.."},
-      {"a/b/../../c/./../d", "d"},
-      {"./../a", "../a"},
-      {"\xFF/\n/../b c", "\xFF/b c"},
-  };
-  for (auto const& c : cases) EXPECT_EQ(path::normalize(c.given), c.expected) << c.given;
+  for (auto const& c : data_rows("paths.txt", "normalize"))
+    EXPECT_EQ(path::normalize(c[0]), c[1]) << c[0];
 }
 
 TEST(path, pieces) {
-  struct {
-    char const *given, *parent, *name;
-  } const cases[] = {
-      {"", "", ""},
-      {"/", "/", ""},
-      {"a", "", "a"},
-      {"/a", "/", "a"},
-      {"/a/", "/", "a"},
-      {"a/b", "a", "b"},
-      {".", "..", "."},
-      {"..", "../..", ".."},
-      {"/..", "/../..", ".."},
-      {"/a/b/../c", "/a", "c"},
-      {"/a/b/..", "/", "a"},
-  };
-  for (auto const& c : cases) {
-    EXPECT_EQ(path::parent(c.given), c.parent) << c.given;
-    EXPECT_EQ(path::name(c.given), c.name) << c.given;
+  for (auto const& c : data_rows("paths.txt", "pieces")) {
+    EXPECT_EQ(path::parent(c[0]), c[1]) << c[0];
+    EXPECT_EQ(path::name(c[0]), c[2]) << c[0];
   }
 }
 
@@ -113,27 +60,8 @@ TEST(path, normalized_paths_are_clean) {
 
 TEST(path, expand_braces) {
   using texts = std::vector<std::string>;
-  struct {
-    std::string given;
-    texts expected;
-  } const cases[] = {
-      {"", {""}},
-      {"a{b,c}d{e,f}", {"abde", "abdf", "acde", "acdf"}},
-      {"{,a}{b,}", {"b", "", "ab", "a"}},
-      {"{a,{b,c}d}e", {"ae", "bde", "cde"}},
-      {"*.{c,h}{,pp}", {"*.c", "*.cpp", "*.h", "*.hpp"}},
-      {"{}", {"{}"}},
-      {"{a}", {"{a}"}},
-      {"{{a,b}}", {"{a}", "{b}"}},
-      {"{a,{b}", {"a", "{b"}},  // the brace behind b closes the outer group
-      {"{a,b", {"{a,b"}},
-      {"{a,{b,c}", {"{a,b", "{a,c"}},
-      {"a,b}", {"a,b}"}},
-      {"\\{a,b\\}", {"{a,b}"}},
-      {"{a\\,b,c\\\\}", {"a,b", "c\\"}},
-      {"{\\a,b\\", {"{\\a,b\\"}},
-  };
-  for (auto const& c : cases) EXPECT_EQ(path::expand_braces(c.given), c.expected) << c.given;
+  for (auto const& c : data_rows("paths.txt", "braces"))
+    EXPECT_EQ(path::expand_braces(c[0]), texts(c.begin() + 1, c.end())) << c[0];
 
   std::string many, nested;
   for (int i = 0; i < 100; ++i) many += "{a,b}";

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "data_rows.h"
 #include "plist/key_order.h"
 #include "plist/text_reader.h"
 #include "plist/text_writer.h"
@@ -56,46 +57,14 @@ TEST(text_dialect, reading) {
 }
 
 TEST(text_dialect, errors_carry_line_and_column) {
-  struct {
-    std::string text;
-    int line, column;
-  } const cases[] = {
-      {"", 1, 1},
-      {"( , )", 1, 3},
-      {"(a,,b)", 1, 4},
-      {"(a b)", 1, 4},
-      {"( a", 1, 4},
-      {"{ a = 1 }", 1, 9},
-      {"{ a = 1, }", 1, 8},
-      {"{ a; }", 1, 4},
-      {"{ (a) = 1; }", 1, 3},
-      {"{ a = ; }", 1, 7},
-      {"foo2", 1, 4},
-      {"-1", 1, 2},
-      {"1 2", 1, 3},
-      {"1.5", 1, 2},
-      {"a\rb", 1, 2},
-      {"<00>", 1, 1},
-      {"'a\nb\n", 3, 1},
-      {"\"a\\\"", 1, 5},
-      {"'a\n'\n!", 3, 1},
-      {"/* \n\n*/ \"x\ny\" /* \n */ )", 5, 5},
-      {"/* a", 1, 4},
-      {"/", 1, 1},
-      {std::string("a\0", 2), 1, 2},
-      {"( a,\n \xC3\xA9\xFF )", 2, 2},
-      {"\"\xC3\"", 1, 1},
-      {"'\xED\xA0\x80'", 1, 1},
-      {"\xF4\x90\x80\x80", 1, 1},
-  };
-  for (auto const& c : cases) {
+  for (auto const& c : data_rows("property_lists.txt", "errors")) {
     plist::dictionary error{{"old", 1}};
-    EXPECT_FALSE(plist::convert(c.text, &error)) << c.text;
-    EXPECT_EQ(error["line"], value(c.line)) << c.text;
-    EXPECT_EQ(error["column"], value(c.column)) << c.text;
-    EXPECT_NE(error["info"].string_or(""), "") << c.text;
-    EXPECT_EQ(error.size(), 3u) << c.text;
-    EXPECT_FALSE(plist::convert(c.text)) << c.text;
+    EXPECT_FALSE(plist::convert(c[0], &error)) << c[0];
+    EXPECT_EQ(error["line"], value(std::stoi(c[1]))) << c[0];
+    EXPECT_EQ(error["column"], value(std::stoi(c[2]))) << c[0];
+    EXPECT_NE(error["info"].string_or(""), "") << c[0];
+    EXPECT_EQ(error.size(), 3u) << c[0];
+    EXPECT_FALSE(plist::convert(c[0])) << c[0];
   }
 }
 
@@ -179,27 +148,10 @@ TEST(text_dialect, layout) {
 }
 
 TEST(text_dialect, quoting) {
-  struct {
-    std::string text, printed, key;
-  } const cases[] = {
-      {"plain", "'plain'", "plain"},
-      {"a-b.c_é", "'a-b.c_é'", "a-b.c_é"},
-      {"123", "'123'", "123"},
-      {"a1", "'a1'", "'a1'"},
-      {"", "''", ""},
-      {"it's", "\"it's\"", "\"it's\""},
-      {"it's \"x\"", "'it''s \"x\"'", "'it''s \"x\"'"},
-      {"\"x\"", "'\"x\"'", "'\"x\"'"},
-      {"a\\b", "'a\\b'", "'a\\b'"},
-      {"a\\\\b", "'a\\\\b'", "'a\\\\b'"},
-      {"it's a\\b", "\"it's a\\b\"", "\"it's a\\b\""},
-      {"it's a\\\\b", "'it''s a\\\\b'", "'it''s a\\\\b'"},
-      {"it's\\", "'it''s\\'", "'it''s\\'"},
-  };
-  for (auto const& c : cases) {
-    EXPECT_EQ(plist::PrettyPrintString(c.text), c.printed);
-    EXPECT_EQ(plist::PrettyPrintKey(c.text), c.key);
-    EXPECT_EQ(plist::convert(c.printed), value(c.text)) << c.printed;
+  for (auto const& c : data_rows("property_lists.txt", "quoting")) {
+    EXPECT_EQ(plist::PrettyPrintString(c[0]), c[1]);
+    EXPECT_EQ(plist::PrettyPrintKey(c[0]), c[2]);
+    EXPECT_EQ(plist::convert(c[1]), value(c[0])) << c[1];
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "data_rows.h"
 #include "regex/parse.h"
 
 namespace {
@@ -78,29 +79,8 @@ parsed parse(std::string const& pattern) {
 }
 
 TEST(parser, trees) {
-  std::pair<char const*, char const*> const cases[] = {
-      {"a|b|c", "or(a, or(b, c))"},
-      {"(a|b)|", "or(group1#1(or(a, b)), )"},
-      {"a*b+?c{2}d{2,}e{,3}?f{,}",
-       "repeat(0,-1 a) repeat(1,-1? b) repeat(2,2 c) repeat(2,-1 d) repeat(0,3? e) repeat(0,-1 f)"},
-      {"(?:a)(b(c))(?i-s:d)(?-mx:e)",
-       "group0(a) group1#1(b group1#2(c)) group0/33(d) group0/192(e)"},
-      {"(?=a)(?<=b)(?!c)(?<!d)(?>e)(?R)",
-       "group2(a) group3(b) group4(c) group5(d) group6(e) group8()"},
-      {"(?(12)a|b:c)", "if12(or(a, b), c)"},
-      {".^$\\A\\z\\<\\>\\b\\B",
-       "class9 anchor2 anchor3 anchor0 anchor1 anchor4 anchor5 anchor6 anchor7"},
-      {"\\w\\d\\s\\u\\l\\W\\D\\S\\U\\L",
-       "class7 class3 class5 class6 class4 class!7 class!3 class!5 class!6 class!4"},
-      {"[a-c\\]x][^-a]", "[a-c]-]x-x] [^---a-a]"},
-      {"[^\\W][[:^upper:]][\\dx]", "class7 class!6 [x-xclass3]"},
-      {"\\1(a)\\1\\2\\12", "1 group1#1(a) back1 2 back1 2"},
-      {"\\Qa*\\E*", "a repeat(0,-1 *)"},
-      {"])}", "] ) }"},
-  };
-  for (auto const& [pattern, tree] : cases) {
-    EXPECT_EQ(parse(pattern).tree, tree) << pattern;
-  }
+  for (auto const& c : data_rows("own_patterns.txt", "trees"))
+    EXPECT_EQ(parse(c[0]).tree, c[1]) << c[0];
 }
 
 TEST(parser, stops_before_its_stop) {
@@ -111,22 +91,8 @@ TEST(parser, stops_before_its_stop) {
 }
 
 TEST(parser, messages) {
-  std::pair<char const*, char const*> const cases[] = {
-      {"*", "*** parse error, no previous node to pop\n"},
-      {"a|+", "*** parse error, no previous node to pop\n"},
-      {"(a", "*** at end of pattern, expected ')'\n"},
-      {"[a", "*** at end of pattern, expected ']'\n"},
-      {"a{1x", "*** expected '}', got 'x'\n"},
-      {"(?P<n>a)", "*** expected ':', got 'P'\n"},
-      {"(?(1)a)", "*** at end of pattern, expected ':'\n*** at end of pattern, expected ')'\n"},
-      {"[[:alpha:", "*** at end of pattern, expected ':]'\n*** at end of pattern, expected ']'\n"},
-      {"[[:alpha]]", "*** expected ':' (from ':]'), got ']'\n"},
-      {"\\x{4142", "*** at end of pattern, expected '}'\n"},
-      {"a|b(c)[d]\\", ""},
-  };
-  for (auto const& [pattern, messages] : cases) {
-    EXPECT_EQ(parse(pattern).messages, messages) << pattern;
-  }
+  for (auto const& c : data_rows("own_patterns.txt", "messages"))
+    EXPECT_EQ(parse(c[0]).messages, c[1]) << c[0];
 }
 
 TEST(parse_escape, codes) {

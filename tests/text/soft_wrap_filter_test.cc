@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "data_rows.h"
 #include "marked_text.h"
 #include "random_text.h"
 #include "text/folding_filter.h"
@@ -90,36 +91,11 @@ class SoftWrap : public testing::Test {
   text::view view{storage};
 };
 
-struct layout {
-  std::string text;
-  unsigned width;
-  std::vector<std::string> rows;
-};
-
 TEST_F(SoftWrap, BreaksAtTheLastWhiteSpaceThatFits) {
-  for (auto const& row :
-       std::vector<layout>{{"", 10, {""}},
-                           {"a\n\nb", 10, {"a", "", "b"}},
-                           {"aaaa bbbb cccc", 10, {"aaaa bbbb", "cccc"}},
-                           {"aaaa bbbb ", 9, {"aaaa bbbb "}},
-                           {"aaaa bbbbb cc", 10, {"aaaa bbbbb", "cc"}},
-                           {"aaaa bbbbbb cc", 10, {"aaaa", "bbbbbb cc"}},
-                           {"aaaa    bbbbbb", 6, {"aaaa   ", "bbbbbb"}},
-                           // White space alone is never too long.
-                           {"              ", 10, {"              "}},
-                           {"abc           ", 10, {"abc           "}},
-                           // The unit before a hard break is in no row.
-                           {"abcdefghijklm", 10, {"abcdefghi", "klm"}},
-                           {"abcdefghij", 10, {"abcdefghij"}},
-                           {"abcdefghijklmnopqrstuvwxy", 10, {"abcdefghi", "klmnopqrst", "vwxy"}},
-                           {"ab cdefghijkl", 5, {"ab", "cdef", "hijkl"}},
-                           {" abcdef", 4, {" ab", "def"}},
-                           {"\tx", 3, {"", "x"}},
-                           {"\ta b\tc", 8, {"\ta b", "c"}},
-                           {"abcd", 1, {"", "b", "d"}}}) {
-    wrap(row.text, row.width);
-    EXPECT_EQ(rows_as_text(), row.rows) << row.text << " in " << row.width;
-    EXPECT_EQ(rows(), rows_from_scratch()) << row.text << " in " << row.width;
+  for (auto const& row : data_rows("wrapping.txt", "rows")) {
+    wrap(row[0], static_cast<unsigned>(std::stoul(row[1])));
+    EXPECT_EQ(rows_as_text(), data_row(row.begin() + 2, row.end())) << row[0] << " in " << row[1];
+    EXPECT_EQ(rows(), rows_from_scratch()) << row[0] << " in " << row[1];
   }
 }
 

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "actions/indent.h"
+#include "data_rows.h"
+#include "platform/utf.h"
 
 namespace {
 
@@ -13,31 +15,14 @@ plist::value const settings = plist::dictionary{{"unIndentedLinePattern", "^\\s*
                                                 {"indentNextLinePattern", "^\\s*if\\b"}};
 
 TEST(indent_patterns, say_how_far_a_line_is_indented) {
-  struct row {
-    std::u16string above, content;
-    std::size_t width;
-  };
   indent_patterns const patterns(settings);
-  for (row const& r : {
-           row{u"a\n", u"b", 0},
-           row{u"  a\n", u"b", 2},
-           row{u"\ta\n", u"b", 4},
-           row{u"  a:\n", u"b", 6},
-           row{u"  a:\n\n# note\n", u"b", 6},
-           row{u"  a:\n", u"end", 2},
-           row{u"  a:\n", u" # note", 1},
-           row{u"  a\n", u"end", 0},
-           row{u"a\n  if b\n", u"c", 6},
-           row{u"  if a\n      if b\n", u"c", 6},
-           row{u"  if a\n      b\n", u"c", 2},
-           row{u"  if a\n", u"b(", 2},
-           row{u"# note\n", u"b", 0},
-           row{u"", u"b:", 0},
-       }) {
+  for (auto const& r : data_rows("indentation.txt", "widths")) {
     text::storage storage;
-    storage.insert(text::iterator(0, 0, &storage), r.above.begin(), r.above.end());
-    EXPECT_EQ(patterns.indentForContentAtLine(r.content, storage.lines() - 1, storage, 4), r.width)
-        << testing::PrintToString(r.above + r.content);
+    storage.insert(text::iterator(0, 0, &storage), r[0].begin(), r[0].end());
+    EXPECT_EQ(
+        patterns.indentForContentAtLine(unicode::to_utf16(r[1]), storage.lines() - 1, storage, 4),
+        std::stoul(r[2]))
+        << r[0] + r[1];
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "data_rows.h"
 #include "plist/text_reader.h"
 
 namespace {
@@ -18,32 +19,9 @@ plist::array languages() {
 }
 
 TEST(language_choice, goes_by_first_line_and_longest_type_and_the_users_first) {
-  struct {
-    char const *path, *first_line, *bindings, *fallback, *language;
-  } const cases[] = {
-      {"/a/foo.rb", "", "( )", "", "ruby"},  // of equal lengths the first
-      {"/a/foo_rb", "", "( )", "", "ruby"},
-      {"rb", "", "( )", "", "ruby"},
-      {"/a/foorb", "", "( )", "", ""},
-      {"/a/foorb", "", "( )", "plain", "plain"},
-      {"/a/foorb", "", "( )", "no such uuid", ""},
-      {"/a/x.view.rb", "", "( )", "", "rails"},
-      {"/a/Rakefile", "", "( )", "", "ruby"},
-      {"/a/x.txt", "#!/usr/bin/ruby", "( )", "", "ruby"},
-      {"/a/x.rb", "", "( { language = 'plain'; fileTypes = ( 'rb' ); } )", "", "plain"},
-      {"/a/x.rb", "", "( { language = 'gone'; fileTypes = ( 'rb' ); } )", "", "ruby"},
-      {"/a/x.rb", "%%",
-       "( { language = 'plain'; fileTypes = ( 'rb' ); },"
-       "  { language = 'rails'; firstLineMatch = '^%%'; } )",
-       "", "rails"},
-      {"/a/x.txt", "#!ruby", "( { language = 'rails'; fileTypes = ( 'txt' ); } )", "", "rails"},
-      {"/a/x.txt", "", "( { language = 'rails'; firstLineMatch = '('; } )", "", "rails"},
-  };
-  for (auto const& c : cases)
-    EXPECT_EQ(
-        language_choice::for_file(c.path, c.first_line, languages(), list(c.bindings), c.fallback),
-        c.language)
-        << c.path << " " << c.first_line << " " << c.bindings;
+  for (auto const& c : data_rows("language_choice.txt", "files"))
+    EXPECT_EQ(language_choice::for_file(c[0], c[1], languages(), list(c[2].c_str()), c[3]), c[4])
+        << c[0] << " " << c[1] << " " << c[2];
 }
 
 TEST(language_choice, learns_extensions_and_names) {
