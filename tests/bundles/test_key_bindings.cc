@@ -2,13 +2,13 @@
 #include "bundles/WynKeyEvent.h"
 #include "bundles/key_binding_file.h"
 #include "bundles/key_strings.h"
+#include "path/temporary_folder.h"
 #include "platform/utf.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 namespace {
 
@@ -36,20 +36,12 @@ struct recorder : key_binding_target {
 
 class key_bindings : public testing::Test {
  protected:
-  void SetUp() override {
-    std::string pattern = testing::TempDir() + "keysXXXXXX";
-    folder_ = mkdtemp(pattern.data());
-  }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
-
   std::string file(std::string const& name, std::string const& content) {
-    auto const path = folder_ + "/" + name;
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    std::ofstream(path, std::ios::binary) << content;
-    return path;
+    std::filesystem::create_directories(std::filesystem::path(folder_ / name).parent_path());
+    return folder_.write(name, content);
   }
 
-  std::string folder_;
+  temporary_folder folder_;
 };
 
 }  // namespace
@@ -158,15 +150,15 @@ TEST_F(key_bindings, faults_are_told_and_the_rest_is_used) {
     EXPECT_EQ(result.count("@a"), std::string_view(row.complaint).starts_with("key") ? 1U : 0U);
   }
   int count = 0;
-  EXPECT_TRUE(read_key_binding_file(folder_ + "/none", [&](auto const&) { ++count; }).empty());
+  EXPECT_TRUE(read_key_binding_file(folder_ / "none", [&](auto const&) { ++count; }).empty());
   EXPECT_EQ(count, 1);
 }
 
 TEST_F(key_bindings, files_of_the_library_domains) {
   auto const user = file("user/Quirnote/KeyBindings.dict", "{ }");
   auto const system = file("system/Quirnote/KeyBindings.dict", "{ }");
-  setenv("XDG_DATA_HOME", (folder_ + "/user").c_str(), 1);
-  setenv("XDG_DATA_DIRS", (folder_ + "/none:" + folder_ + "/system").c_str(), 1);
+  setenv("XDG_DATA_HOME", (folder_ / "user").c_str(), 1);
+  setenv("XDG_DATA_DIRS", (folder_ / "none:" + folder_ / "system").c_str(), 1);
   auto const files = WynKeyBindingManager::allKeyBindingFiles();
   unsetenv("XDG_DATA_HOME");
   unsetenv("XDG_DATA_DIRS");

@@ -4,14 +4,13 @@
 
 #include <random>
 
+#include "documents/plain_conversion.h"
+
 namespace {
 
 std::string bytes_of(std::u16string const& text, encoding::file_format const& format) {
   std::string bytes;
-  encoding::stream_encoder encoder(format, [&](unsigned char const* piece, std::size_t size) {
-    bytes.append(reinterpret_cast<char const*>(piece), size);
-    return true;
-  });
+  encoding::stream_encoder encoder(format, appending_to(bytes));
   encoder.put(text.data(), text.data() + text.size());
   encoder.finish();
   return bytes;
@@ -35,10 +34,7 @@ TEST(storage_bytes, are_those_of_the_whole_text) {
               encoding::file_format const format{charset, ending, mark, pairs};
               auto const contents = documents::storage_bytes(storage, format);
               std::string bytes;
-              contents.produce([&](unsigned char const* piece, std::size_t size) {
-                bytes.append(reinterpret_cast<char const*>(piece), size);
-                return true;
-              });
+              contents.produce(appending_to(bytes));
               EXPECT_TRUE(bytes == bytes_of(text, format)) << length << " " << charset;
               EXPECT_EQ(contents.size, bytes.size()) << length << " " << charset;
             }

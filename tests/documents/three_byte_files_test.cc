@@ -7,9 +7,7 @@
 #include <map>
 
 #include "documents/file_text.h"
-#include "documents/storage_bytes.h"
-#include "encoding/converters.h"
-#include "encoding/supplementary.h"
+#include "documents/plain_conversion.h"
 #include "path/temporary_folder.h"
 
 // Files of three bytes, opened and saved: they come back, or it is known by which rule they don't.
@@ -34,27 +32,8 @@ std::string saved(documents::file_text const& text) {
   bool const mark = text.charset == encoding::UTF8 && text.byte_order_mark;
   std::string bytes;
   documents::storage_bytes(storage, {text.charset, text.line_ending, mark, true})
-      .produce([&](unsigned char const* piece, std::size_t size) {
-        bytes.append(reinterpret_cast<char const*>(piece), size);
-        return true;
-      });
+      .produce(appending_to(bytes));
   return bytes;
-}
-
-/// Whether the plain converters bring the bytes back.
-bool is_text(std::string const& bytes, encoding::charset_t charset) {
-  std::u16string units;
-  std::string back;
-  bool mark = false;
-  if (charset == encoding::UTF8) {
-    encoding::decode_utf8_with_pairs(bytes.begin(), bytes.end(), std::back_inserter(units), &mark);
-    if (mark) back = "\xEF\xBB\xBF";
-    encoding::encode_utf8_with_pairs(units.begin(), units.end(), std::back_inserter(back));
-  } else {
-    encoding::convert_to_unicode(bytes.begin(), bytes.end(), charset, std::back_inserter(units));
-    encoding::convert_from_unicode(units.begin(), units.end(), charset, std::back_inserter(back));
-  }
-  return back == bytes;
 }
 
 /// The bytes with one kind of line end, the most frequent one (LF before CR before CR LF).
@@ -79,8 +58,8 @@ char const* rule_for(std::string const& bytes) {
   auto const text = opened(bytes);
   if (text.binary) return "asked: line ends would change in what is no text";
   if (!text.exact)
-    return is_text(bytes, text.charset) ? "WRONG: asked without need"
-                                        : "asked: bytes that are no text in the charset";
+    return come_back_plainly(bytes, text.charset) ? "WRONG: asked without need"
+                                                  : "asked: bytes that are no text in the charset";
   std::string const back = saved(text);
   if (back == bytes) return "come back";
   return back == with_equal_line_ends(bytes) ? "mixed line ends made equal" : "WRONG: changed";

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "data_rows.h"
 #include "grammar/all_grammars.h"
 #include "platform/utf.h"
 
@@ -51,47 +52,9 @@ std::string scopes_of(std::vector<char const*> const& grammars, std::string cons
   return out;
 }
 
-struct parse_case {
-  char const* grammar;
-  char const* text;
-  char const* tokens;
-};
-
 TEST(line_parser, finds_tokens) {
-  parse_case const table[] = {
-      // The first match wins, and of those at one place the first rule.
-      {"{scopeName=r;patterns=({name=one;match='ab';},{name=two;match='a.|b';});}", "abaxb",
-       "0:r one | 2:r two | 4:r two | 5:r\n"},
-      // A region over lines, with content and captures for both of its ends.
-      {"{scopeName=r;patterns=({name=q;contentName=c;begin='<';end='>';"
-       "captures={0={name=p;};};});}",
-       "a<b\nc>", "0:r | 1:r q p | 2:r q c\n0:r q c | 1:r q p | 2:r\n"},
-      // Groups within groups; the numbers sort as numbers.
-      {"{scopeName=r;patterns=({name=m;match='(a(b)(x)?)(c)';"
-       "captures={1={name=ga;};02={name=gb;};3={name=gc;};4={name=gd;};};});}",
-       "abc", "0:r m ga | 1:r m ga gb | 2:r m gd | 3:r\n"},
-      // An end that repeats what the begin matched, literally.
-      {"{scopeName=r;patterns=({name=h;begin='<<(.+?);';end='^\\1$';});}", "<<a.b;\naxb\na.b\nx",
-       "0:r h\n0:r h\n0:r h | 3:r\n0:r\n"},
-      {"{scopeName=r;patterns=({name=s;begin='\"';end='\"';swallow='\\\\.';});}", "\"a\\\"b\"c",
-       "0:r s | 5:r s | 6:r\n"},
-      // The end last: what is inside goes first.
-      {"{scopeName=r;patterns=({name=s;begin='<';end='>';applyEndPatternLast=1;"
-       "patterns=({name=t;match='>>';});});}",
-       "<a>>b>", "0:r s | 2:r s t | 4:r s | 5:r s | 6:r\n"},
-      // Groups add no name; a disabled rule is skipped; $self goes round.
-      {"{scopeName=r;patterns=({include='#g';},{name=off;match='x';disabled=1;});"
-       "repository={g={name=hidden;patterns=({name=b;begin='\\(';end='\\)';"
-       "patterns=({include='$self';});},{name=n;match='n';});};};}",
-       "(xn(n))", "0:r b | 2:r b n | 3:r b b | 4:r b b n | 5:r b b | 6:r b | 7:r\n"},
-      // Only the last line has no line end.
-      {"{scopeName=r;patterns=({name=z;match='\\Z';},{name=e;match='a$';});}", "a\na",
-       "0:r e | 1:r\n0:r e | 1:r\n"},
-      {"{scopeName=r;}", "", "0:r\n"},
-  };
-  for (auto const& row : table) {
-    EXPECT_EQ(scopes_of({row.grammar}, row.text), row.tokens) << row.grammar;
-  }
+  for (auto const& row : data_rows("grammars.txt", "tokens"))
+    EXPECT_EQ(scopes_of({row[0].c_str()}, row[1]), row[2]) << row[0];
 }
 
 TEST(line_parser, includes_other_grammars) {
@@ -109,27 +72,8 @@ TEST(line_parser, includes_other_grammars) {
 // Each is told, costs itself alone and comes to an end.
 TEST(line_parser, bad_grammars) {
   char const* const good = "{name=n;match='n';}";
-  std::string const bad[] = {"{include='$self';}",
-                             "{include='#g';}",
-                             "{include='nowhere';}",
-                             "{include='#nowhere';}",
-                             "{match='(';}",
-                             "{begin='(?=n)';end='(?=n)';}",
-                             "{begin='';end='';}",
-                             "{match='';}",
-                             "{begin='';end='x';patterns=({include='$self';});}",
-                             "{match=(1);}",
-                             "'text'",
-                             "7",
-                             "{patterns={};captures=1;repository=();name={};}",
-                             "{begin='x';}",
-                             "{swallow='n';}",
-                             "{begin='y';end='\\1(';}",
-                             "{match='\\G';}",
-                             "{match='(x+x+)+y';}",
-                             "{include='r';}",
-                             "{match='x';captures={a=1;9999999999={name=q;};'-1'={};};}"};
-  for (std::string const& rule : bad) {
+  for (auto const& row : data_rows("grammars.txt", "bad rules")) {
+    std::string const& rule = row[0];
     testing::internal::CaptureStderr();
     std::string const grammar = "{scopeName=r;patterns=(" + rule + "," + good +
                                 ");repository={g={patterns=({include='#g';},{include='#h';});};"

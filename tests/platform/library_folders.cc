@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "path/temporary_folder.h"
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -39,12 +41,8 @@ TEST(library_folders, follow_the_environment) {
 
 class folders_test : public testing::Test {
  protected:
-  folders_test() {
-    char name[] = "/tmp/quirnote-folders-XXXXXX";
-    top_ = ::mkdtemp(name);
-  }
-  ~folders_test() override { fs::remove_all(top_); }
-  std::string top_;
+  temporary_folder const folder_;
+  std::string const top_ = folder_.path();
 };
 
 unsigned mode_of(std::string const& path) {
@@ -70,7 +68,7 @@ TEST_F(folders_test, the_runtime_folder_is_private) {
   EXPECT_EQ(platform::runtime_folder(
                 {{"XDG_RUNTIME_DIR", top_ + "/missing"}, {"XDG_CACHE_HOME", top_ + "/cache"}}),
             fallback);
-  std::ofstream(top_ + "/file") << "x";
+  folder_.write("file", "x");
   EXPECT_EQ(platform::runtime_folder({{"XDG_CACHE_HOME", top_ + "/file"}}), std::nullopt);
 }
 
@@ -89,7 +87,7 @@ TEST_F(folders_test, making_folders) {
   EXPECT_TRUE(platform::make_folders(top_ + "/a/b/c"));
   EXPECT_EQ(mode_of(top_ + "/a/b"), 0700u);
   EXPECT_TRUE(platform::make_folders(top_ + "/a/b/c"));
-  std::ofstream(top_ + "/file") << "x";
+  folder_.write("file", "x");
   EXPECT_FALSE(platform::make_folders(top_ + "/file"));
   EXPECT_FALSE(platform::make_folders(top_ + "/file/a"));
 }

@@ -10,9 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
+#include "path/temporary_folder.h"
 #include "platform/notification_center.h"
 #include "plist/xml_reader.h"
 
@@ -71,25 +70,13 @@ class faulty_calls : public platform::file_calls {
 
 class user_defaults_test : public testing::Test {
  protected:
-  user_defaults_test() {
-    char name[] = "/tmp/quirnote-defaults-XXXXXX";
-    folder_ = ::mkdtemp(name);
-    path_ = folder_ + "/Quirnote/Defaults.plist";
-  }
-  ~user_defaults_test() override { fs::remove_all(folder_); }
-
   void write(std::string const& text) {
     fs::create_directories(fs::path(path_).parent_path());
-    std::ofstream(path_, std::ios::trunc) << text;
-  }
-
-  std::string text(std::string const& path) {
-    std::ifstream in(path);
-    return {std::istreambuf_iterator<char>(in), {}};
+    folder_.write("Quirnote/Defaults.plist", text);
   }
 
   value stored() {
-    auto const read = plist::read_xml(text(path_));
+    auto const read = plist::read_xml(folder_.read(path_));
     EXPECT_FALSE(read.error) << read.error->message;
     return read.value;
   }
@@ -102,7 +89,8 @@ class user_defaults_test : public testing::Test {
     return names;
   }
 
-  std::string folder_, path_;
+  temporary_folder folder_;
+  std::string const path_ = folder_ / "Quirnote/Defaults.plist";
 };
 
 std::string document(std::string const& entries) {
@@ -294,7 +282,7 @@ TEST_F(user_defaults_test, damaged_files_are_kept_aside) {
     std::string const kept = path_ + ".damaged-" + std::to_string(i + 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "Quirnote: " + path_ + ":" + reasons[i] + "; the file is kept as " + kept + "\n");
-    EXPECT_EQ(text(kept), texts[i]);
+    EXPECT_EQ(folder_.read(kept), texts[i]);
     defaults.set("a", 1);
     EXPECT_TRUE(defaults.save());
     EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
@@ -316,8 +304,8 @@ TEST_F(user_defaults_test, damaged_files_are_kept_aside_without_hard_links_too) 
     EXPECT_TRUE(defaults.save());
   }
   testing::internal::GetCapturedStderr();
-  EXPECT_EQ(text(path_ + ".damaged-1"), "one");
-  EXPECT_EQ(text(path_ + ".damaged-2"), "two");
+  EXPECT_EQ(folder_.read(path_ + ".damaged-1"), "one");
+  EXPECT_EQ(folder_.read(path_ + ".damaged-2"), "two");
   EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
 }
 
@@ -329,7 +317,7 @@ TEST_F(user_defaults_test, damage_while_running_keeps_unsaved_settings) {
   defaults.check_for_changes();
   testing::internal::GetCapturedStderr();
   EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
-  EXPECT_EQ(text(path_ + ".damaged-1"), "damaged");
+  EXPECT_EQ(folder_.read(path_ + ".damaged-1"), "damaged");
 }
 
 TEST_F(user_defaults_test, what_cannot_be_read_is_not_overwritten) {
@@ -361,15 +349,14 @@ TEST_F(user_defaults_test, what_the_file_cannot_hold_lasts_for_this_run) {
 }
 
 TEST_F(user_defaults_test, a_symbolic_link_stays_one) {
-  std::string const target = folder_ + "/dotfiles.plist";
-  std::ofstream(target) << document("");
+  std::string const target = folder_.write("dotfiles.plist", document(""));
   fs::create_directories(fs::path(path_).parent_path());
   fs::create_symlink(target, path_);
   user_defaults defaults(path_);
   defaults.set("a", 1);
   EXPECT_TRUE(defaults.save());
   EXPECT_TRUE(fs::is_symlink(path_));
-  EXPECT_EQ(plist::read_xml(text(target)).value, value(plist::dictionary{{"a", 1}}));
+  EXPECT_EQ(plist::read_xml(folder_.read(target)).value, value(plist::dictionary{{"a", 1}}));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <climits>
 
+#include "data_rows.h"
 #include "plist/text_reader.h"
 #include "random_values.h"
 
@@ -44,32 +45,13 @@ TEST(any, key_paths) {
   auto const tree = plist::convert(plist::convert(
       "{ a = { b = 7; 'c.d' = hex; n = '0x1F'; }; 'a.b' = long; 'x.y' = { z = '010'; };"
       "  on = 1; off = 0; word = 'w1'; big = 5000000000; }"));
-  struct {
-    std::string path, text;  // an empty text is no conversion to a string
-    int number;              // -1: none
-  } const cases[] = {
-      {"a.b", "7", 7},
-      {"a.c.d", "hex", -1},
-      {"a.n", "0x1F", 31},
-      {"x.y.z", "010", 8},
-      {"on", "1", 1},
-      {"word", "w1", -1},
-      {"big", "5000000000", -1},
-      {"a", "", -1},
-      {"x", "", -1},
-      {"a.b.c", "", -1},
-      {"", "", -1},
-      {"on.x", "", -1},
-      {"a.", "", -1},
-      {".a", "", -1},
-  };
-  for (auto const& c : cases) {
+  for (auto const& c : data_rows("property_lists.txt", "key paths")) {
     std::string text;
     int number = -1;
-    EXPECT_EQ(plist::get_key_path(tree, c.path, text), !c.text.empty()) << c.path;
-    EXPECT_EQ(text, c.text) << c.path;
-    EXPECT_EQ(plist::get_key_path(tree, c.path, number), c.number != -1) << c.path;
-    EXPECT_EQ(number, c.number) << c.path;
+    EXPECT_EQ(plist::get_key_path(tree, c[0], text), !c[1].empty()) << c[0];
+    EXPECT_EQ(text, c[1]) << c[0];
+    EXPECT_EQ(plist::get_key_path(tree, c[0], number), c[2] != "-1") << c[0];
+    EXPECT_EQ(number, std::stoi(c[2])) << c[0];
   }
   bool flag = false;
   EXPECT_TRUE(plist::get_key_path(tree, "on", flag) && flag);

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "data_rows.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
 #include "random_values.h"
@@ -146,56 +147,12 @@ TEST(xml, forms_that_other_writers_use) {
 }
 
 TEST(xml, errors_say_where_and_why) {
-  struct {
-    std::string text;
-    std::size_t line, column;
-    std::string message;  // a part of it
-  } const cases[] = {
-      {"", 1, 1, "no element found"},
-      {"<plist>", 1, 8, "no element found"},
-      {"<plist></plist>", 1, 8, "no value"},
-      {"<dict/>", 1, 1, "outermost element"},
-      {document("<true/><true/>"), 1, 15, "more than one value"},
-      {document("<true/>") + "x", 1, 23, "junk after"},
-      {"<plist>\n <dict>\n  <string>é</string>", 3, 3, "a value without a key"},
-      {document("<dict><key>a</key></dict>"), 1, 26, "the key \"a\" has no value"},
-      {document("<dict><key>a</key><key>b</key></dict>"), 1, 26, "the key \"a\" has no value"},
-      {document("<array><key>a</key></array>"), 1, 15, "a key outside of a dictionary"},
-      {document("<array>é x</array>"), 1, 15, "text inside of array"},
-      {document("<true>x</true>"), 1, 14, "text inside of true"},
-      {document("<string>é<true/></string>"), 1, 17, "an element inside of string"},
-      {document("<bool/>"), 1, 8, "unknown element \"bool\""},
-      {document("<array a='b'/>"), 1, 8, "unknown attribute \"a\""},
-      {document("<plist/>"), 1, 8, "plist inside"},
-      {document("<integer></integer>"), 1, 17, "not a valid integer: \"\""},
-      {document("<integer>1.5</integer>"), 1, 20, "not a valid integer: \"1.5\""},
-      {document("<integer>--1</integer>"), 1, 20, "not a valid integer"},
-      {document("<integer>0x</integer>"), 1, 19, "not a valid integer"},
-      {document("<integer>9223372036854775808</integer>"), 1, 36, "not a valid integer"},
-      {document("<real>1,5</real>"), 1, 17, "not a valid real"},
-      {document("<real>nan(1)</real>"), 1, 20, "not a valid real"},
-      {document("<date>2001-02-29T00:00:00Z</date>"), 1, 34, "not a valid date"},
-      {document("<date>2001-01-01 00:00:00Z</date>"), 1, 34, "not a valid date"},
-      {document("<date>2001-01-01T00:00:00</date>"), 1, 33, "not a valid date"},
-      {document("<data>AQI</data>"), 1, 17, "not a valid data"},
-      {document("<data>A===</data>"), 1, 18, "not a valid data"},
-      {document("<data>AQ==AQ==</data>"), 1, 22, "not a valid data"},
-      {document("<string>\0</string>"s), 1, 16, "not well-formed"},
-      {document("<string>\xC3(</string>"), 1, 16, "not well-formed"},
-      {document("<string>\xED\xA0\x80</string>"), 1, 16, "not well-formed"},
-      {document("<string>&#0;</string>"), 1, 16, "invalid character number"},
-      {document("<string>&nbsp;</string>"), 1, 16, "undefined entity"},
-      {"<!DOCTYPE plist SYSTEM 'x.dtd'><plist><string>&nbsp;</string></plist>", 1, 47,
-       "undefined entity \"nbsp\""},
-      {"<!DOCTYPE html><plist><true/></plist>", 1, 15, "document type is not plist"},
-      {"<!DOCTYPE plist [<!ENTITY a 'b'>]><plist><true/></plist>", 1, 17, "must not declare"},
-  };
-  for (auto const& c : cases) {
-    auto const read = plist::read_xml(c.text);
-    ASSERT_TRUE(read.error) << c.text;
-    EXPECT_EQ(read.error->line, c.line) << c.text << ": " << read.error->message;
-    EXPECT_EQ(read.error->column, c.column) << c.text << ": " << read.error->message;
-    EXPECT_NE(read.error->message.find(c.message), std::string::npos) << read.error->message;
+  for (auto const& c : data_rows("property_lists.txt", "xml errors")) {
+    auto const read = plist::read_xml(c[0]);
+    ASSERT_TRUE(read.error) << c[0];
+    EXPECT_EQ(read.error->line, std::stoul(c[1])) << c[0] << ": " << read.error->message;
+    EXPECT_EQ(read.error->column, std::stoul(c[2])) << c[0] << ": " << read.error->message;
+    EXPECT_NE(read.error->message.find(c[3]), std::string::npos) << read.error->message;
     EXPECT_FALSE(read.value);
   }
 }

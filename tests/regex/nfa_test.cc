@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "data_rows.h"
+
 namespace {
 
 std::string dump(char const* pattern) {
@@ -26,45 +28,17 @@ TEST(nfa, loops_over_single_units_need_no_counter) {
             "4 or -> other 3 -> 2\n");
 }
 
-struct first_case {
-  char const* pattern;
-  char const* can_begin;  // of "ab1 \n" and U+00E9, which stands as "e"
-  regex::first_units::place place = regex::first_units::place::anywhere;
-};
-
 TEST(nfa, knows_where_a_match_can_begin) {
-  using place = regex::first_units::place;
-  first_case const cases[] = {
-      {"ab", "a"},
-      {"a|1", "a1"},
-      {"a?b", "ab"},
-      {"(a*)+b", "ab"},
-      {"(?:(?:a?)+)+1", "a1"},
-      {"(?:a{2})1", "a"},
-      {"(?=b)a", "a"},
-      {"(?>a?)1", "a1"},
-      {"(?i:A)", "ae"},
-      {".", "ab1 e"},
-      {"(?s:.)", "ab1 \ne"},
-      {"\\w", "ab1e"},
-      {"\\W", " \n"},
-      {"[\\d ]", "1 e"},
-      {"[^\\w]", " \n"},
-      {"[^\\w ]", "ab1\ne"},
-      {"\\xe9", "e"},
-      {"^a", "a", place::line_start},
-      {"(\\A)(?:b)", "b", place::text_start},
-      {"\\<a", "a"},
-  };
-  for (auto const& c : cases) {
-    auto const first = regex::nfa<char>(c.pattern).graph().first_units;
+  char const* const places[] = {"anywhere", "line_start", "text_start"};
+  for (auto const& c : data_rows("own_patterns.txt", "beginnings")) {
+    auto const first = regex::nfa<char>(c[0].c_str()).graph().first_units;
     std::string can_begin;
     for (char16_t u : u"ab1 \n\u00e9") {
       if (u && first.contain(u)) can_begin += u == u'\u00e9' ? 'e' : static_cast<char>(u);
     }
-    EXPECT_FALSE(first.may_be_empty) << c.pattern;
-    EXPECT_EQ(can_begin, c.can_begin) << c.pattern;
-    EXPECT_EQ(first.begins_at, c.place) << c.pattern;
+    EXPECT_FALSE(first.may_be_empty) << c[0];
+    EXPECT_EQ(can_begin, c[1]) << c[0];
+    EXPECT_EQ(places[static_cast<size_t>(first.begins_at)], c[2]) << c[0];
   }
   for (char const* empty :
        {"", "a*", "a|", "(?=a)", "(a?)+", "$", "(a)?\\1", "(?(1)a:)", "(?>a*)"}) {

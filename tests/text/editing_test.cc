@@ -3,6 +3,7 @@
 #include <functional>
 #include <vector>
 
+#include "data_rows.h"
 #include "marked_text.h"
 #include "random_text.h"
 #include "regex/format.h"
@@ -71,52 +72,35 @@ std::function<void(view&)> type(std::string const& text) {
   return [units = marked_text::units(text)](view& v) { v.insert(units.begin(), units.end()); };
 }
 
-std::function<void(view&)> replace(std::string const& text) {
-  return [units = marked_text::units(text)](view& v) {
-    v.replace_selection(units.begin(), units.end());
-  };
-}
-
-std::function<void(view&)> columns(std::string const& text, size_t height, size_t width,
-                                   bool select) {
-  return [units = marked_text::units(text), height, width, select](view& v) {
-    v.insert_column(units.begin(), units.end(), height, width, select);
-  };
-}
-
-std::function<void(view&)> move_to(size_t line, size_t column) {
-  return [line, column](view& v) {
-    v.move_selection_to({&v, text::iterator(line, column, v.storage)});
-  };
-}
-
-void erase(view& v) {
-  v.erase_selection();
-}
-
 void overwrite(view& v) {
   v.overwrite_mode = true;
   v.erase_selection();
 }
 
-TEST(Editing, Erase) {
-  check({{"a[b]c", erase, "a|c"},
-         {"a]bc\nd[e", erase, "a|e"},
-         {"a|b", erase, "a|b"},
-         {"·[\tb]c", erase, " |c"},
-         {"[a··]\tb", erase, "| b"},
-         {"·[··]\tb", erase, " |  b"},
-         {"a{bc\ndef}g", erase, "a|\ndg"},
-         {"a{b\nc\nde}f", erase, "a|\nc\ndf"},
-         {"{\t\n··}\ta", erase, "|  \n  a"}});
+// The edit that a row names behind the drawings before and after it, with its arguments.
+void edit(view& v, data_row const& row) {
+  auto const number = [&](size_t field) { return std::stoul(row.at(field)); };
+  std::string const& name = row.at(2);
+  std::u16string const units = marked_text::units(row.size() > 3 ? row[3] : "");
+  if (name == "erase") {
+    v.erase_selection();
+  } else if (name == "overwrite") {
+    overwrite(v);
+  } else if (name == "type") {
+    v.insert(units.begin(), units.end());
+  } else if (name == "replace") {
+    v.replace_selection(units.begin(), units.end());
+  } else if (name == "move") {
+    v.move_selection_to({&v, text::iterator(number(3), number(4), v.storage)});
+  } else {
+    ASSERT_EQ(name, "columns");
+    v.insert_column(units.begin(), units.end(), number(4), number(5), row.at(6) == "true");
+  }
 }
 
-TEST(Editing, OverwriteModeBlanks) {
-  check({{"a[bc]d", overwrite, "a|  d"},
-         {"[ab\ncd]e", overwrite, "|\n  e"},
-         {"[ab\ncd\n]e", overwrite, "|\n\ne"},
-         {"x[a b\n]e", overwrite, "x|\ne"},
-         {"a{bc\nde}f", overwrite, "a| c\nd f"}});
+TEST(Editing, EditsAsTheFileSays) {
+  for (data_row const& row : data_rows("editing.txt", "edits"))
+    check({{row[0].c_str(), [&](view& v) { edit(v, row); }, row[1].c_str()}});
 }
 
 TEST(Editing, BlankedTextHasNoBlanksBeforeLineEnds) {
@@ -136,53 +120,12 @@ TEST(Editing, BlankedTextHasNoBlanksBeforeLineEnds) {
   }
 }
 
-TEST(Editing, Insert) {
-  check({{"a|b", type("xy"), "axy|b"},
-         {"a[b]c", type("x\ny"), "ax\ny|c"},
-         {"a[b]c", type(""), "a|c"},
-         {"ab···|", type("x"), "ab   x|"},
-         {"a··|\tb", type("x"), "a  x|  b"},
-         {"a{b\nc\nde}f", type("x"), "ax|\ncx\ndxf"},
-         {"a{\nb\n·}", type("x"), "ax|\nbx\n x"}});
-}
-
 TEST(Editing, TypingGoesOnInAllLinesOfAColumnSelection) {
   text_view edited;
   marked_text::set(edited.view, "ab}c\nx\nde{f");
   type("1")(edited.view);
   type("2")(edited.view);
   EXPECT_EQ(marked_text::get(edited.view), "ab12|c\nx 12\nde12f");
-}
-
-TEST(Editing, ReplaceSelection) {
-  check({{"a[bc]d", replace("xyz"), "a[xyz]d"},
-         {"a]bc[d", replace("xyz"), "a]xyz[d"},
-         {"a[b|c]d", replace("xyz"), "a[x|yz]d"},
-         {"a[bcd|e]f", replace("xy"), "a[xy]f"},
-         {"a|b", replace("xy"), "a[xy]b"},
-         {"a[b]c", replace(""), "a|c"},
-         {"a{b\nc\nde}f", replace("1\n2\n3"), "a{1\nc2\nd3}f"},
-         {"a}b\nc\nde{f", replace("1\n2\n3"), "a}1\nc2\nd3{f"},
-         {"a{b\nc\nde}f", replace("12\n"), "a{12}\nc\nd  f"},
-         {"a{bc\nde}fg", replace("x\ny\nz"), "a{xc\ndy}fg\n z"}});
-}
-
-TEST(Editing, InsertColumn) {
-  check({{"a|b\ncd", columns("1\n23", 0, 0, false), "a1 |b\nc23d"},
-         {"a|b\ncd", columns("1\n23\n", 0, 0, true), "a{1 b\nc23}d"},
-         {"ab|", columns("1\n2\n3", 0, 0, false), "ab1|\n  2\n  3"},
-         {"a|b\ncd\nef", columns("1", 3, 2, true), "a{1 b\nc  d\ne  }f"},
-         {"a|b\ncd", columns("", 3, 2, true), "a|b\ncd"},
-         {"|\tx\ny", columns("1\t", 2, 0, false), "1\t|\tx\n    y"},
-         {"a··|\tb", columns("1", 1, 1, false), "a  1|  b"}});
-}
-
-TEST(Editing, MoveSelection) {
-  check({{"a[bc]d", move_to(0, 4), "ad[bc]"},
-         {"a[bc]d", move_to(0, 0), "[bc]ad"},
-         {"a\nb[c\n]d", move_to(0, 1), "a[c\n]\nbd"},
-         {"{ab\ncd}\nx\ny", move_to(2, 1), "\n\nx{ab\nycd}"},
-         {"a{\tb\nc\td}\nxyzw", move_to(2, 2), "a\nc\nxy{   bzw\n     d}"}});
 }
 
 TEST(Editing, LineAppendModeRepeatsAtTheEndsOfLines) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "data_rows.h"
 #include "marked_text.h"
 #include "random_text.h"
 #include "text/soft_wrap_filter.h"
@@ -54,21 +55,9 @@ class Folding : public testing::Test {
 };
 
 TEST_F(Folding, LinesPairByIndent) {
-  struct row {
-    char const* text;
-    char const* types;
-  };
-  for (row const& row :
-       std::vector<struct row>{{"", "."},
-                               {"a {\n}", "+-"},
-                               {"}\na {", ".+"},
-                               {"a {\n  b {\n  }\n}", "++--"},
-                               {"a {\n\tb {\n   }\n}", "++--"},  // a tab is as wide as three blanks
-                               {"a {\n } x {\n}", "+.-"},        // opens and closes
-                               {"a {\n  }\n}", "+.-"},
-                               {"a {\n}\n}", "+-."}}) {
-    set(row.text);
-    EXPECT_EQ(types(), row.types) << row.text;
+  for (auto const& row : data_rows("folding.txt", "types")) {
+    set(row[0]);
+    EXPECT_EQ(types(), row[1]) << row[0];
   }
   view.set_tab_size(4);
   set("a {\n\tb {\n   }\n}");
@@ -128,34 +117,17 @@ TEST_F(Folding, Levels) {
 }
 
 TEST_F(Folding, ChangesAroundInAndAcrossFolds) {
-  struct row {
-    pos first, last;  ///< what is erased
-    char const* inserted;
-    char const* shown;
-  };
-  for (row const& row : std::vector<struct row>{{{0, 0}, {0, 0}, "x\ny\n", "x|y|0|1...|5|"},
-                                                {{1, 0}, {1, 0}, "x\ny\n", "0|x|y|1...|5|"},
-                                                {{1, 0}, {1, 1}, "x", "0|x...|5|"},
-                                                {{5, 0}, {5, 0}, "x\n", "0|1...|x|5|"},
-                                                {{0, 1}, {1, 0}, "", "01...|5|"},
-                                                {{2, 1}, {2, 1}, "x\ny", "0|1...|5|"},
-                                                {{2, 0}, {4, 0}, "", "0|1...|5|"},
-                                                {{4, 0}, {4, 1}, "x", "0|1...|5|"},
-                                                // Across a border.
-                                                {{1, 1}, {1, 1}, "\n", "0|1||2|3|4|5|"},
-                                                {{4, 1}, {4, 1}, "\n", "0|1|2|3|4||5|"},
-                                                {{4, 1}, {5, 0}, "", "0|1|2|3|45|"},
-                                                {{1, 1}, {2, 0}, "", "0|12|3|4|5|"},
-                                                {{3, 0}, {5, 0}, "", "0|1|2|5|"},
-                                                {{1, 0}, {5, 0}, "", "0|5|"},
-                                                {{0, 0}, {4, 1}, "x", "x|5|"}}) {
+  for (auto const& row : data_rows("folding.txt", "changes")) {
+    auto const place = [&](size_t field) {
+      return at(std::stoul(row[field]), std::stoul(row[field + 1]));
+    };
     set("0\n1\n2\n3\n4\n5");
     ASSERT_TRUE(filter.fold_lines(1, 4));
-    storage.erase(text::iterator(row.first, &storage), text::iterator(row.last, &storage));
-    std::u16string const units = marked_text::units(row.inserted);
-    storage.insert(text::iterator(row.first, &storage), units.begin(), units.end());
-    EXPECT_EQ(shown(), row.shown) << row.first.line << "," << row.first.column << " to "
-                                  << row.last.line << "," << row.last.column << " " << row.inserted;
+    text::iterator const first = place(0);
+    storage.erase(first, place(2));
+    std::u16string const units = marked_text::units(row[4]);
+    storage.insert(first, units.begin(), units.end());
+    EXPECT_EQ(shown(), row[5]) << ::testing::PrintToString(row);
   }
 }
 

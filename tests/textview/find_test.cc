@@ -204,8 +204,7 @@ TEST_F(find, searches_that_cannot_be_stopped_do_not_pile_up) {
   EXPECT_EQ(get(), "[a]" + std::string(9999, 'a'));
   // A pattern waits for one of those to end.
   desktop_.busy().cancel_after = 10000;
-  view.findWithOptions(
-      {{"findString", "a+"}, {"action", "findNext"}, {"regularExpression", true}});
+  view.findWithOptions({{"findString", "a+"}, {"action", "findNext"}, {"regularExpression", true}});
   EXPECT_EQ(get(), "a[" + std::string(9999, 'a') + "]");
 }
 
@@ -213,8 +212,7 @@ TEST_F(find, works_when_no_thread_can_be_started) {
   set("|ab ab");
   desktop_.busy().cancel_after = 10000;
   without_threads const none;
-  view.findWithOptions(
-      {{"findString", "b+"}, {"action", "findNext"}, {"regularExpression", true}});
+  view.findWithOptions({{"findString", "b+"}, {"action", "findNext"}, {"regularExpression", true}});
   EXPECT_EQ(get(), "a[b] ab");
 }
 

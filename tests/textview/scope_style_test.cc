@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "data_rows.h"
 #include "plist/text_reader.h"
 #include "regex/transformation_program.h"
 #include "textview/color_strings.h"
@@ -78,21 +79,8 @@ TEST(scope_style, reads_colours_and_font_styles) {
 }
 
 TEST(transformation_program, substitutes_one_after_the_other) {
-  struct {
-    char const *program, *text, *result;
-  } const cases[] = {
-      {"s/a/b/", "aa", "ba"},
-      {"s/a/b/g; # all\n s,b,c,", "aa", "cb"},
-      {"s/A(.)/$1!/gi", "axay", "x!y!"},
-      {"s/\\//-/g", "a/b/c", "a-b-c"},
-      {"# s/a/b/\n", "a", "a"},
-      {"s/(/x/; s/a/b/", "a", "b"},
-      {"s/a/b", "a", "a"},
-      {"s", "a", "a"},
-      {"", "a", "a"},
-  };
-  for (auto const& c : cases)
-    EXPECT_EQ(transformation_program(c.program).apply(c.text), c.result) << c.program;
+  for (auto const& c : data_rows("transformations.txt", "programs"))
+    EXPECT_EQ(transformation_program(c[0]).apply(c[1]), c[2]) << c[0];
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 #include "headless/headless_desktop.h"
 #include "path/temporary_folder.h"
-#include "platform/user_defaults.h"
+#include "platform/own_defaults.h"
 #include "plist/text_reader.h"
 #include "plist/xml_writer.h"
 #include "textview/WynThemeManager.h"
@@ -12,8 +12,7 @@
 
 // What stands in the folders of themes, and what happens there while the program runs.
 TEST(themes_on_disk, are_picked_up) {
-  auto former =
-      platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""));
+  own_defaults const own;
   auto& defaults = platform::user_defaults::standard();
   temporary_folder folder;
   headless::headless_desktop desktop;
@@ -75,5 +74,4 @@ TEST(themes_on_disk, are_picked_up) {
     EXPECT_EQ(told, step.told) << step.what;
   }
   EXPECT_EQ(manager.allThemes()[2].uuid(), given);
-  platform::user_defaults::set_standard(std::move(former));
 }
