@@ -4,6 +4,7 @@
 #include <list>
 
 #include "encoding/converters.h"
+#include "encoding/encoding_cases.h"
 #include "encoding/supplementary.h"
 
 namespace {
@@ -83,47 +84,16 @@ TEST(Decoders, Utf8OfEveryShortInput) {
 }
 
 TEST(Decoders, Utf8Rules) {
-  struct {
-    bytes in;
-    units out;
-  } const cases[] = {
-      {{0xF0, 0x9F, 0x98, 0x80}, {0xF600}},                       // U+1F600 loses its top
-      {{0xC0, 0x80}, {0}},                                        // longer than need be
-      {{0xED, 0xA0, 0x80}, {0xD800}},                             // a surrogate
-      {{0xC3, 0xA9, 0xA9}, {0xE9, 0xFFFD}},                       // a lone continuation
-      {{0xE2, 0x82}, {0xFFFD}},                                   // cut short
-      {{0xE2, 0x82, 0xC3, 0xA9}, {0xFFFD, 0xE9}},                 // read again from C3
-      {{0xFF, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80}, {0, 0xFFFD}},  // taken for six bytes
-      {{0xEF, 0xBB}, {0xFFFD}},                                   // not a mark
-      {{'a', 0xEF, 0xBB, 0xBF}, {'a', 0xFEFF}},                   // nor this
-      {{0xEF, 0xBB, 0xBF, 0xEF, 0xBB, 0xBF}, {0xFEFF}},           // one mark is skipped
-  };
-  for (auto const& [in, out] : cases) EXPECT_EQ(decode(in, UTF8), out);
+  for (auto const& c : data_rows("encodings.txt", "utf-8"))
+    EXPECT_EQ(decode(bytes_of(c[0]), UTF8), units_named(c[1])) << c[0];
 }
 
 TEST(Decoders, MarksAreSkippedAndTold) {
-  struct {
-    charset_t charset;
-    bytes in;
-    units out;
-    bool has_bom;
-  } const cases[] = {
-      {UTF8, {0xEF, 0xBB, 0xBF}, {}, true},
-      {UTF8, {0xEF, 0xBB}, {0xFFFD}, false},
-      {UTF16BE, {0xFE, 0xFF}, {}, true},
-      {UTF16BE, {0xFE}, {}, false},
-      {UTF16BE, {0xFE, 0xFF, 0x20}, {}, true},  // a lone last byte is dropped
-      {UTF16BE, {0x20, 0xAC, 0xD8, 0x3D}, {0x20AC, 0xD83D}, false},
-      {UTF16BE, {0xFF, 0xFE}, {0xFFFE}, false},
-      {UTF16LE, {0xFF, 0xFE, 0xAC, 0x20, 0x41}, {0x20AC}, true},
-      {UTF16LE, {0xFE, 0xFF}, {0xFFFE}, false},
-      {Latin1, {0xEF, 0xBB, 0xBF}, {0xEF, 0xBB, 0xBF}, false},
-  };
-  for (auto const& c : cases) {
+  for (auto const& c : data_rows("encodings.txt", "marks")) {
     for (bool before : {false, true}) {
       bool has_bom = before;
-      EXPECT_EQ(decode(c.in, c.charset, &has_bom), c.out);
-      EXPECT_EQ(has_bom, c.has_bom || before);
+      EXPECT_EQ(decode(bytes_of(c[1]), charset_named(c[0]), &has_bom), units_named(c[2]));
+      EXPECT_EQ(has_bom, c[3] == "true" || before);
     }
   }
 }
@@ -148,23 +118,8 @@ TEST(Decoders, TakeSignedBytesAndAnyForwardIterator) {
 }
 
 TEST(Supplementary, PairsAreMadeFromWholeFourByteSequencesOnly) {
-  struct {
-    bytes in;
-    units out;
-  } const cases[] = {
-      {{0xF0, 0x90, 0x80, 0x80}, {0xD800, 0xDC00}},
-      {{0xF0, 0x9F, 0x98, 0x80}, {0xD83D, 0xDE00}},
-      {{0xF4, 0x8F, 0xBF, 0xBF}, {0xDBFF, 0xDFFF}},
-      {{0xF0, 0x8F, 0xBF, 0xBF}, {0xFFFF}},              // longer than need be
-      {{0xF4, 0x90, 0x80, 0x80}, {0x0000}},              // U+110000 loses its top
-      {{0xF7, 0xBF, 0xBF, 0xBF}, {0xFFFF}},              // so does U+1FFFFF
-      {{0xF8, 0x80, 0x90, 0x80, 0x81}, {0x0001}},        // U+10001 in five bytes
-      {{0xFC, 0x80, 0x80, 0x90, 0x80, 0x81}, {0x0001}},  // and in six
-      {{0xED, 0xA0, 0x80}, {0xD800}},
-      {{0xED, 0xA0, 0x80, 0xED, 0xB0, 0x80}, {0xD800, 0xDC00}},
-      {{0xF0, 0x9F, 0x98}, {0xFFFD}},
-  };
-  for (auto const& [in, out] : cases) EXPECT_EQ(decode_with_pairs(in), out);
+  for (auto const& c : data_rows("encodings.txt", "pairs"))
+    EXPECT_EQ(decode_with_pairs(bytes_of(c[0])), units_named(c[1])) << c[0];
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "encoding/block_appender.h"
 #include "encoding/converters.h"
+#include "encoding/encoding_cases.h"
 #include "encoding/supplementary.h"
 
 namespace {
@@ -31,30 +32,14 @@ units decode(bytes const& in, charset_t charset) {
 }
 
 TEST(Encoders, Rules) {
-  struct {
-    charset_t charset;
-    units in;
-    bytes out;
-  } const cases[] = {
-      {ASCII, {'a', 0xE9, 0x20AC, 0x8A}, {'a', 0x69, 0x2C, 0x0A}},
-      {UTF8,
-       {0x7F, 0x80, 0x7FF, 0x800, 0xFFFF},
-       {0x7F, 0xC2, 0x80, 0xDF, 0xBF, 0xE0, 0xA0, 0x80, 0xEF, 0xBF, 0xBF}},
-      {UTF8, {0xF600}, {0xEF, 0x98, 0x80}},
-      {UTF8, {0xD83D, 0xDE00}, {0xED, 0xA0, 0xBD, 0xED, 0xB8, 0x80}},  // each by itself
-      {UTF16BE, {}, {0xFE, 0xFF}},
-      {UTF16BE, {0x20AC}, {0xFE, 0xFF, 0x20, 0xAC}},
-      {UTF16LE, {0x20AC}, {0xFF, 0xFE, 0xAC, 0x20}},
-      {Latin1, {0x7F, 0x80, 0xFF, 0x100, 0x20AC}, {0x7F, 0x80, 0xFF, 0x00, 0xAC}},
-      {MacRoman, {0x7F, 0x80, 0xE9, 0x20AC, 0xF8FF, 0x4E00}, {0x7F, '?', 0x8E, 0xDB, 0xF0, '?'}},
-      {CP1252, {0x7F, 0x81, 0x9F, 0xE9, 0x20AC, 0x4E00}, {0x7F, 0x81, 0x9F, 0xE9, 0x80, '?'}},
-  };
-  for (auto const& c : cases) {
-    EXPECT_EQ(encode(c.in, c.charset), c.out) << charset_name[c.charset];
-    std::list<char16_t> const list(c.in.begin(), c.in.end());
+  for (auto const& c : data_rows("encodings.txt", "encoders")) {
+    units const in = units_named(c[1]);
+    EXPECT_EQ(encode(in, charset_named(c[0])), bytes_of(c[2])) << c[0];
+    std::list<char16_t> const list(in.begin(), in.end());
     std::string from_list;
-    convert_from_unicode(list.begin(), list.end(), c.charset, std::back_inserter(from_list));
-    EXPECT_EQ(bytes(from_list.begin(), from_list.end()), c.out) << charset_name[c.charset];
+    convert_from_unicode(list.begin(), list.end(), charset_named(c[0]),
+                         std::back_inserter(from_list));
+    EXPECT_EQ(from_list, c[2]) << c[0];
   }
 }
 

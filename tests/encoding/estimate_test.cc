@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "encoding/encoding_cases.h"
 #include "encoding/estimate.h"
 #include "encoding/estimate_buffer.h"
 #include "encoding/line_ending.h"
@@ -18,40 +19,14 @@ charset_t estimate_both(std::string const& text) {
 }
 
 TEST(Estimate, Rules) {
-  using namespace std::string_literals;
-  struct {
-    std::string in;
-    charset_t charset;
-  } const cases[] = {
-      {"", ASCII},
-      {"plain\n", ASCII},
-      {"\0a\0b"s, ASCII},  // UTF-16 without a mark
-      {"\xEF\xBB\xBF", UTF8},
-      {"\xEF\xBB", Latin1},
-      {"caf\xC3\xA9", UTF8},
-      {"caf\xC3\xA9 \xA9", Latin1},
-      {"\xC0\x80 \xF7\xBF\xBF\xBF", UTF8},  // too long, and above U+10FFFF
-      {"\xF8\x88\x80\x80\x80 \xFD\xBF\xBF\xBF\xBF\xBF", UTF8},
-      {"\xFE\xA0\xA0\xA0\xA0\xA0\xA0", Latin1},  // more than six bytes
-      {"\xE2\x82", MacRoman},                    // cut short
-      {"\xFE\xFF\0a"s, UTF16BE},
-      {"\xFF\xFE", UTF16LE},
-      {"\xFF\xFE"
-       "a\0b"s,
-       Latin1},  // of odd length
-      {"\xE9t\xE9", Latin1},
-      {"\x8Et\x8E", MacRoman},
-      {"\x93quoted\x94", MacRoman},  // CP1252 is never detected
-      {"\xA0", Latin1},
-      {"\xE9\x9F", MacRoman},
-  };
-  for (auto const& c : cases) {
-    EXPECT_EQ(estimate_both(c.in), c.charset) << testing::PrintToString(c.in);
+  for (auto const& c : data_rows("encodings.txt", "estimates")) {
+    charset_t const charset = charset_named(c[1]);
+    EXPECT_EQ(estimate_both(c[0]), charset) << testing::PrintToString(c[0]);
     // With much ASCII before or behind it the answer is the same, unless it hangs on a mark.
-    if (c.in.starts_with('\xFE') || c.in.starts_with('\xFF')) continue;
+    if (c[0].starts_with('\xFE') || c[0].starts_with('\xFF')) continue;
     for (std::size_t size = 50; size < 140; ++size) {
-      EXPECT_EQ(estimate_both(std::string(size, 'x') + c.in), c.charset) << c.in;
-      EXPECT_EQ(estimate_both(c.in + std::string(size, 'x')), c.charset) << c.in;
+      EXPECT_EQ(estimate_both(std::string(size, 'x') + c[0]), charset) << c[0];
+      EXPECT_EQ(estimate_both(c[0] + std::string(size, 'x')), charset) << c[0];
     }
   }
 }
