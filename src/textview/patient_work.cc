@@ -24,7 +24,7 @@ constexpr auto patience_with_stopping = 10ms;
 constexpr std::size_t most_abandoned = 3;
 
 // The thread owns it too, and nobody waits for the end of one that has stepped back: that would be
-// waiting for a processor at the lowest priority.
+// waiting for a processor at its low priority.
 class job : public std::enable_shared_from_this<job> {
  public:
   job(stopping stops, interruptible_work work) : stops_(stops), work_(std::move(work)) {}
@@ -44,9 +44,11 @@ class job : public std::enable_shared_from_this<job> {
     return ended_.wait_for(lock, wait, [this] { return is_done(); });
   }
   void cancel() { cancelled_ = true; }
-  // Leaves the processors to those that somebody waits for.
+  // Leaves the processors to those that somebody waits for, but not as long as can be: in the
+  // kernel it may hold the lock of the program's memory.
   void step_back() {
-    if (pid_t const thread = thread_id_) setpriority(PRIO_PROCESS, static_cast<id_t>(thread), 19);
+    constexpr int low = 5;
+    if (pid_t const thread = thread_id_) setpriority(PRIO_PROCESS, static_cast<id_t>(thread), low);
   }
   // Once it is done.
   void drop_work() { work_ = nullptr; }

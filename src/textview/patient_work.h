@@ -12,7 +12,7 @@
 /// have returned, so all that it uses must belong to it; it is destroyed on the main thread. It
 /// must leave the counts of text blocks alone.
 ///
-/// What runs on does so at the lowest priority, and there are at most four such threads.
+/// What runs on does so at a low priority, and there are at most four such threads.
 using interruptible_work = std::function<void(std::atomic<bool> const& cancelled)>;
 
 /// When work returns once it is cancelled: a pattern may be in an attempt to match.
