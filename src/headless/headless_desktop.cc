@@ -30,7 +30,7 @@ std::size_t scripted_alerts::run(platform::alert const& question) {
     if (button != buttons.end()) index = static_cast<std::size_t>(button - buttons.begin());
   }
   std::string const name = index < question.buttons.size() ? question.buttons[index] : "";
-  shown.push_back({question.title, question.text, name});
+  shown.push_back({question.title, question.text + question.details, name});
   ++open_;
   if (while_open) while_open();
   --open_;

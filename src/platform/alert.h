@@ -14,6 +14,8 @@ struct alert {
   /// Index of the answer that loses nothing: what Escape, and batch mode, give.
   std::size_t safe_button = 0;
   bool critical = false;
+  /// What doesn't fit a message: lines in fixed pitch that scroll, and can be selected and copied.
+  std::string details = {};
 };
 
 /// Modal and synchronous: the answer is the index of the button.

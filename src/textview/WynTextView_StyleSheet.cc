@@ -199,7 +199,7 @@ void WynTextView::languagesDidChange() {
 
 void WynTextView::showScope() {
   std::string const report = scope_report(*this, view_->selection.current_mark.base.pos());
-  platform::alert const shown{"Scope", report, {"OK", "Copy"}, 0};
+  platform::alert const shown{"Scope", "", {"OK", "Copy"}, 0, false, report};
   auto& desktop = platform::desktop::current();
   if (desktop.alerts().run(shown) == 1)
     desktop.general_pasteboard().set({{std::string(platform::pasteboard_type::text), report}});

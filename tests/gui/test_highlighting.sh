@@ -25,6 +25,15 @@ wait_until hides_color "$keyword"
 keys ctrl+z
 wait_until shows_color "$keyword"
 
+# What Show Scope says can be selected and copied, as far as it goes.
+keys ctrl+alt+p
+wait_window '^Scope$'
+keys ctrl+a ctrl+c Escape
+copied_scopes() { xclip -o -selection clipboard | grep -qx '  source.c'; }
+wait_until copied_scopes
+wait_no_window '^Scope$'
+wait_window 'file.c'
+
 # The View menu: the first theme.
 keys alt+v
 keys Down Down Down Down Down Right Return
