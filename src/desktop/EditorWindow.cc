@@ -12,7 +12,7 @@
 namespace widgets {
 
 EditorFrame::EditorFrame(QtDesktop& desktop, EditorWindow& window, platform::view_client& client)
-    : desktop_(desktop), window_(&window) {
+    : desktop_(desktop), window_(&window), number_(window.number()) {
   menus_ = new MenuBar(desktop.main_menu(), *this, this);
   setMenuBar(menus_);
   text_ = new TextViewWidget(client, *this);

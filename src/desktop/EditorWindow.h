@@ -35,6 +35,7 @@ class EditorFrame final : public QMainWindow, public MenuTarget, public TextView
   bool open_menu_with_letter(QString const& letter) override;
   void pop_up_menu(std::vector<platform::menu_item> const& items, QPoint global) override;
   void change_text_size(bool larger) override;
+  std::uint32_t window_number() const override { return number_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -45,6 +46,7 @@ class EditorFrame final : public QMainWindow, public MenuTarget, public TextView
 
   QtDesktop& desktop_;
   EditorWindow* window_;
+  std::uint32_t const number_;
   MenuBar* menus_;
   TextViewWidget* text_;
   StatusBar* status_;

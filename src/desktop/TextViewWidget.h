@@ -24,6 +24,7 @@ class TextViewOwner {
   virtual void pop_up_menu(std::vector<platform::menu_item> const& items, QPoint global) = 0;
   /// By one step; does nothing at the largest and smallest size.
   virtual void change_text_size(bool larger) = 0;
+  virtual std::uint32_t window_number() const = 0;
 
  protected:
   ~TextViewOwner() = default;
@@ -43,6 +44,9 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   void scroll_to(platform::point origin) override;
   void set_frame_size(platform::size s) override;
   void set_needs_display(platform::rect const& r) override;
+  std::uint32_t window_number() const override {
+    return owner_ == nullptr ? 0 : owner_->window_number();
+  }
   bool is_first_responder() const override { return hasFocus(); }
   bool is_window_key() const override { return isActiveWindow(); }
   platform::palette palette() const override;

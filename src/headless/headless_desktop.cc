@@ -100,7 +100,7 @@ bool scripted_busy::handle_events(double seconds) {
 
 headless_window::headless_window(headless_desktop& desktop, platform::window_delegate& delegate,
                                  platform::view_client& client, platform::responder& first)
-    : host(client), desktop_(desktop), delegate_(delegate), first_(first) {}
+    : host(client, number()), desktop_(desktop), delegate_(delegate), first_(first) {}
 
 headless_window::~headless_window() {
   std::erase(desktop_.front_to_back_, this);

@@ -4,7 +4,8 @@
 
 namespace headless {
 
-headless_view_host::headless_view_host(platform::view_client& client) : client_(client) {
+headless_view_host::headless_view_host(platform::view_client& client, std::uint32_t window_number)
+    : window_number_(window_number), client_(client) {
   client_.set_host(this);
 }
 

@@ -11,11 +11,13 @@ namespace headless {
 /// otherwise, and what the logic asks for is remembered.
 class headless_view_host : public platform::view_host {
  public:
-  explicit headless_view_host(platform::view_client& client);  // attaches itself
-  ~headless_view_host() override;                              // detaches itself
+  /// Attaches itself.
+  explicit headless_view_host(platform::view_client& client, std::uint32_t window_number = 0);
+  ~headless_view_host() override;  // detaches itself
 
   platform::rect visible_rect() const override { return visible_; }
   bool is_seen() const override { return seen; }
+  std::uint32_t window_number() const override { return window_number_; }
   void scroll_to(platform::point origin) override;
   void set_frame_size(platform::size s) override;
   void set_needs_display(platform::rect const& r) override;
@@ -46,6 +48,7 @@ class headless_view_host : public platform::view_host {
   bool shows_tool_tip = false;
 
  private:
+  std::uint32_t const window_number_;
   platform::view_client& client_;
   platform::rect visible_{0, 0, 640, 384};
 };

@@ -46,6 +46,8 @@ class view_host {
   /// False where nobody will ever look, as in batch mode: then what there is to see needn't follow
   /// each action, such as the scroll position.
   virtual bool is_seen() const { return true; }
+  /// That of platform::window::number(); 0 for a view in none.
+  virtual std::uint32_t window_number() const { return 0; }
   virtual bool is_first_responder() const = 0;
   virtual bool is_window_key() const = 0;
   virtual platform::palette palette() const = 0;

@@ -4,6 +4,7 @@
 #include "platform/view.h"
 #include "plist/value.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -26,6 +27,9 @@ class window {
  public:
   virtual ~window() = default;
 
+  /// Tells it from all other windows of the process, closed ones too; from 1.
+  std::uint32_t number() const { return number_; }
+
   virtual void set_title(std::string const& title) = 0;
   virtual void set_represented_filename(std::string const& path) = 0;
   virtual void set_document_edited(bool edited) = 0;
@@ -45,6 +49,10 @@ class window {
   /// "softTabs", "overwriteMode", and as texts to show "fileEncoding", "lineEnding", "currentMode",
   /// "currentSymbol".
   virtual void update_value(std::string_view key, plist::value const& value) = 0;
+
+ private:
+  static inline std::uint32_t last_number_ = 0;
+  std::uint32_t const number_ = ++last_number_;
 };
 
 }  // namespace platform

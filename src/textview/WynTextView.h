@@ -139,7 +139,8 @@ class WynTextView : public platform::responder,
   // Language, scopes and styles (WynTextView_StyleSheet.cc). Languages are named by uuid, "" for
   // none.
   /// Posted with this as the object and QNDocumentURL, of a document with a file,
-  /// QNDocumentLanguageName and QNDocumentLanguageScope in the info.
+  /// QNDocumentLanguageName, QNDocumentLanguageScope and, of a view in a window, its number as
+  /// QNDocumentWindow in the info.
   static constexpr char const* language_did_change = "QNDocumentLanguageDidChange";
   std::string const& languageUUID() const { return languageUUID_; }
   /// The name of the language, "" for none.

@@ -125,6 +125,7 @@ void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) 
   publishLanguage();
   recalcFrameSize();  // the gutter has marks where the language has blocks
   symbols_->update(true);
+  if (host_ != nullptr) host_->reset_cursor();
   setNeedsDisplay();
   postLanguageDidChange();
 }
@@ -178,6 +179,8 @@ void WynTextView::postLanguageDidChange() {
   plist::dictionary info{{"QNDocumentLanguageName", currentMode_},
                          {"QNDocumentLanguageScope", rootScope_}};
   if (!filename.empty()) info.emplace("QNDocumentURL", path::file_url(filename));
+  if (std::uint32_t const window = host_ == nullptr ? 0 : host_->window_number(); window != 0)
+    info.emplace("QNDocumentWindow", window);
   platform::notification_center::standard().post(language_did_change, this, std::move(info));
 }
 

@@ -35,7 +35,7 @@ constexpr char const* program = "// one\nint first() {\n}\n\nint second(\n    in
 
 TEST_F(language, is_chosen_for_the_file_and_learned_when_it_is_changed) {
   WynTextView view;
-  headless::headless_view_host host(view);
+  headless::headless_view_host host(view, 7);
   plist::value told;
   auto const token = platform::notification_center::standard().observe(
       WynTextView::language_did_change, [&](auto const& n) { told = n.info; });
@@ -43,6 +43,7 @@ TEST_F(language, is_chosen_for_the_file_and_learned_when_it_is_changed) {
   EXPECT_EQ(view.currentMode(), "C");
   EXPECT_EQ(told["QNDocumentURL"].string_or(""), "file://" + folder_.path() + "/a%20b.c");
   EXPECT_EQ(told["QNDocumentLanguageScope"].string_or(""), "source.c");
+  EXPECT_EQ(told["QNDocumentWindow"].integer_or(0), 7);
   EXPECT_TRUE(view.view()->folding_filter->has_patterns());
 
   view.performSelectorWithObject("changeLanguageToAndLearn:", uuid_of("Python"));
