@@ -1,6 +1,7 @@
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
 #include "textview/WynTextView.h"
+#include "textview/view_styles.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
@@ -222,6 +223,7 @@ void WynTextView::userDefaultsDidChange() {
     smartTyping_ = smartTypingDefault_ = on;
   documentDefaultsDidChange();
   applyOptionsToView();
+  styles_->drop_drawn();  // colours of the user's own stand in for those of a theme
   if (new_font || layout_.font().family.empty()) fontDidChange();
   publishAll();
   setNeedsDisplay();

@@ -19,6 +19,7 @@
 #include "textview/language_choice.h"
 #include "textview/scope_report.h"
 #include "textview/symbol_list.h"
+#include "textview/view_colors.h"
 #include "textview/view_styles.h"
 
 // The language of the document, the scopes that its grammar gives to the text, and the styles that
@@ -259,8 +260,9 @@ drawn_style const& WynTextView::styleOfPath(grammar::path_tree::id id) const {
   bool const has_paths = tokenizer_ != nullptr && tokenizer_->paths() != nullptr;
   plist::value const style =
       stylesForContext(has_paths ? tokenizer_->paths()->path(id) : bit_stack::storage());
-  platform::color const foreground =
-      host_ == nullptr ? platform::color() : host_->palette().foreground;
+  platform::color foreground;
+  if (host_ != nullptr)
+    foreground = styled_palette(host_->palette(), stylesForContext({})).foreground;
   return styles_->add_drawn(
       id, {style_from_dictionary(style, foreground), NSColorForKey(style, "background"),
            style["showInSymbolList"].integer_or(0) != 0});

@@ -3,6 +3,7 @@
 #include "text/folding_filter.h"
 #include "textview/WynTextView.h"
 #include "textview/geometry.h"
+#include "textview/view_styles.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
@@ -264,6 +265,7 @@ void WynTextView::visible_rect_changed() {
 
 void WynTextView::focus_changed() {
   caretVisible_ = true;
+  styles_->drop_drawn();  // the palette may be another one
   if (host_ == nullptr) return;
   if (host_->is_first_responder() && host_->is_window_key()) {
     showCaret();

@@ -54,11 +54,12 @@ view_colors::view_colors(platform::palette const& desktop, plist::value const& s
   if (auto const own = NSColorForKey(style, "lineHighlight")) line_highlight = *own;
   invisibles = NSColorForKey(style, "invisibles").value_or(mixed(p.foreground, p.background, 0.35));
   // The desktop means its colour to go with text in another one. Text keeps its colours here, so
-  // the selection is a tint that leaves them readable. Themes have colours that go with theirs.
+  // the selection is a tint that leaves them readable. Themes have colours that go with theirs, and
+  // the user knows what he wants.
   selection = p.selection;
-  selection.alpha = 90;
+  if (selection == desktop.selection) selection.alpha = 90;
   if (auto const own = NSColorForKey(style, "selection")) selection = *own;
-  flash = mixed(NSColorForKey(style, "selection").value_or(p.selection), p.background, 0.7);
+  flash = selection;
   if (!active)
     for (auto* const dimmed : {&selection, &line_highlight}) dimmed->alpha /= 2;
   wrap_margin = mixed(p.foreground, p.background, 0.2);

@@ -29,6 +29,8 @@ class view_styles {
   /// How text with a path of the tokenizer is drawn; null when it hasn't been added.
   drawn_style const* find_drawn(grammar::path_tree::id path) const;
   drawn_style const& add_drawn(grammar::path_tree::id path, drawn_style style);
+  /// Other colours stand in for those that a style hasn't.
+  void drop_drawn() { drawn_.clear(); }
 
   /// The opening units of the typing pairs of all scopes.
   std::u16string const& typing_openers();
