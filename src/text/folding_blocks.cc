@@ -11,6 +11,7 @@ namespace {
 
 constexpr unsigned type_shift = 14;
 constexpr size_t widest_indent = (1u << type_shift) - 2;
+constexpr size_t farthest_stop = 10000;  // lines
 
 }  // namespace
 
@@ -71,6 +72,27 @@ view::folding_filter::line_type view::folding_filter::folding_type(size_t line) 
   if (!found || is_end_of_fold(line)) return line_type::none;
   if (found->type == line_type::stop && !has_start(*found)) return line_type::none;
   return found->type;
+}
+
+/// Not looked for farther than drawing has time for: what is behind may have one.
+bool view::folding_filter::may_have_stop(marker_t const& start) const {
+  size_t open = 1;
+  size_t const lines = view_.storage->lines();
+  size_t const end = std::min<size_t>(lines, start.line + farthest_stop);
+  for (size_t line = start.line + size_t{1}; line < end; ++line) {
+    auto const below = marker(line);
+    if (!below || below->indent != start.indent || is_end_of_fold(line)) continue;
+    if (below->type == line_type::start)
+      ++open;
+    else if (--open == 0)
+      return true;
+  }
+  return end < lines;
+}
+
+view::folding_filter::line_type view::folding_filter::mark_of(size_t line) {
+  line_type const type = folding_type(line);
+  return type != line_type::start || may_have_stop(*marker(line)) ? type : line_type::none;
 }
 
 std::optional<view::folding_filter::folding_t> view::folding_filter::block_around(

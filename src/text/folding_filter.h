@@ -53,6 +53,9 @@ class view::folding_filter : public switchable_filter {
   line_type parse_line(size_t line) const;
   /// A stop without a start counts as none.
   line_type folding_type(size_t line);
+  /// What a click can do something with: as folding_type(), but a start whose stop isn't to come
+  /// counts as none, too.
+  line_type mark_of(size_t line);
 
   /// @name Folding
   /// These set the caret at the end of the first line of what was folded or unfolded; they return
@@ -127,6 +130,7 @@ class view::folding_filter : public switchable_filter {
   std::vector<border>::const_iterator border_at_or_behind(size_t line) const;
   bool is_end_of_fold(size_t line) const;
   bool has_start(marker_t const& stop) const;
+  bool may_have_stop(marker_t const& start) const;
   std::optional<folding_t> block_around(size_t line) const;
   std::vector<block> blocks(size_t first, size_t last) const;
   bool crosses_a_fold(folding_t const& fold) const;

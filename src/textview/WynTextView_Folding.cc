@@ -130,7 +130,7 @@ bool WynTextView::toggleFoldingAtClick(platform::mouse_event const& event) {
   if (p.x < gutter_end - layout_.foldWidth() || p.x >= gutter_end || row >= view_->lines())
     return false;
   text::iterator const begin = view_->begin(row).base;
-  line_type const type = filter.folding_type(begin.line);
+  line_type const type = filter.mark_of(begin.line);
   if (begin.column != 0 || type == line_type::none) return false;
   view_will_change const scope(*this, true);
   bool done = false;

@@ -89,7 +89,7 @@ class painter {
   }
 
   void paint_fold_mark(rect const& gutter, std::size_t row, std::size_t line) {
-    line_type const type = view_.folding_filter->folding_type(line);
+    line_type const type = view_.folding_filter->mark_of(line);
     if (type == line_type::none) return;
     double const side = 11 * layout_.imageScale();
     double const x = gutter.right() - layout_.foldWidth() + (layout_.foldWidth() - side) / 2;

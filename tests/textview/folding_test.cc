@@ -71,6 +71,20 @@ TEST_F(folding, marks_in_the_gutter_fold_and_unfold) {
   EXPECT_EQ(images(), open);
 }
 
+TEST_F(folding, a_block_without_an_end_has_no_mark) {
+  auto const shown = [&](std::string const& text) {
+    set(text);
+    return images();
+  };
+  EXPECT_EQ(shown("|(\n  (\n  )\n  ("), "1Folding Top Cap|2Folding Bottom Cap|");
+  EXPECT_EQ(shown("|(\n(\n)"), "1Folding Top Cap|2Folding Bottom Cap|");
+  click(mark(0));  // a click like any other
+  EXPECT_TRUE(filter().foldings.empty());
+  EXPECT_TRUE(view.view()->has_selection());
+  // What is far away isn't looked for.
+  EXPECT_EQ(shown("|(" + std::string(20000, '\n') + ")"), "0Folding Top Cap|");
+}
+
 TEST_F(folding, the_tool_tip_tells_what_is_folded) {
   click(mark(0));
   EXPECT_FALSE(view.tool_tip_at(text_at(0, 2)));
