@@ -85,6 +85,7 @@ void WynTextView::attachView() {
   if (platform::user_defaults::standard().boolean("WynTextViewOpenFilesFoldedEnabled"))
     openFolded();
   setupTextFrame();
+  symbols_->restart();
   publishAll();
   setNeedsDisplay();
   scrollToStoredPosition();

@@ -184,8 +184,8 @@ class WynTextView : public platform::responder,
 
   // Symbols (WynTextView_Symbols.cc)
   static constexpr char const* function_pop_up_did_change = "WynFunctionPopUpDidChange";
-  /// Dictionaries of `name` and `line`, counted from 1, in the order of the text. Made anew half a
-  /// second after what changes the text or its tokens.
+  /// Dictionaries of `name` and `line`, counted from 1, in the order of the text. Made anew when an
+  /// action has changed a text that isn't large, and half a second after what changes its tokens.
   plist::array const& functionPopUp() const;
   /// Makes it now, of the tokens known so far. There must be a document.
   void buildFunctionPopUp();

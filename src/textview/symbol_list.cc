@@ -15,7 +15,10 @@
 
 namespace {
 
-constexpr double rest = 0.5;  // seconds without a change before the list is made anew
+constexpr double rest = 0.5;        // seconds without a change before the list is made anew
+constexpr double first_wait = 0.1;  // seconds after a document is shown
+// With more of them the walk would be felt at a key press.
+constexpr std::size_t most_lines_at_once = 10000;
 
 void replace_each(std::string& text, std::string_view from, std::string_view to) {
   for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
@@ -99,13 +102,22 @@ void symbol_list::build() {
                                                  &text_view_);
 }
 
-// Walks all tokens, so it waits until the user rests. Where only the caret has moved the list
-// stands.
+void symbol_list::restart() {
+  clear();
+  platform::notification_center::standard().post(WynTextView::function_pop_up_did_change,
+                                                 &text_view_);
+  timer_ =
+      platform::desktop::current().loop().schedule(first_wait, false, [this] { build_delayed(); });
+}
+
+// Walks all tokens, so while those change it waits until the user rests. Where only the caret has
+// moved the list stands.
 void symbol_list::update(bool changed) {
   if (text_view_.view() == nullptr) return;
-  if (!changed && memento_ == text_view_.view()->storage->current_memento)
-    return set_current(at_caret());
-  if (timer_ != nullptr && !changed) return;
+  text::storage const& storage = *text_view_.view()->storage;
+  bool const stands = memento_ == storage.current_memento;
+  if (!changed && (stands || timer_ != nullptr)) return set_current(at_caret());
+  if (!changed && storage.lines() <= most_lines_at_once) return build_delayed();
   timer_ = platform::desktop::current().loop().schedule(rest, false, [this] { build_delayed(); });
 }
 

@@ -20,9 +20,11 @@ class symbol_list {
   plist::array const& items() const { return items_; }
   /// Makes it of the tokens known so far.
   void build();
-  /// Follows the caret; with `changed`, or when the text has changed, the list is made anew half a
-  /// second after the last such call.
+  /// Follows the caret. When the text has changed the list is made anew, if that is quick; with
+  /// `changed`, and for large texts, half a second after the last such call.
   void update(bool changed);
+  /// Another document is there.
+  void restart();
   /// The document goes.
   void clear();
 

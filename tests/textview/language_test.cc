@@ -1,3 +1,4 @@
+#include <mutex>
 #include <random>
 
 #include "bundles/BundleManager.h"
@@ -83,7 +84,13 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
   EXPECT_NE(scope_report(view, {1, 4}).find("source.c\n"), std::string::npos);
 
   view.goToLineAndColumn(1, 1);
-  view.insert_text(u"/*");
+  view.insert_text(u"\n");
+  EXPECT_EQ(view.functionPopUp()[1]["line"].integer_or(0), 6);
+  view.goToLineAndColumn(1, 1);
+  {
+    std::lock_guard const no_scopes_yet(view.view()->storage->mutex);
+    view.insert_text(u"/*");
+  }
   wait(view);
   EXPECT_EQ(view.functionPopUp().size(), 2u);
   desktop_.loop().run_for(1);
