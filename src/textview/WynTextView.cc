@@ -19,6 +19,29 @@
 #include "textview/view_will_change.h"
 
 #include <algorithm>
+#include <limits>
+
+/// Hears of changes that no action of this view makes: they come from another view of the document
+/// or from the document itself.
+class WynTextView::change_observer final : public text::storage_observer {
+ public:
+  explicit change_observer(WynTextView& view) : view_(view), storage_(view.document_->storage()) {
+    storage_.add_observer(this);
+  }
+  ~change_observer() override { storage_.remove_observer(this); }
+
+  // Shown when whoever makes them is done.
+  void did_change_memento(unsigned long, unsigned long) override {
+    if (view_.viewChangeNesting_ != 0 || view_.host_ == nullptr || view_.outsideTimer_ != nullptr)
+      return;
+    view_.outsideTimer_ = platform::desktop::current().loop().schedule(
+        0, false, [view = &view_] { view->showChangesFromOutside(); });
+  }
+
+ private:
+  WynTextView& view_;
+  text::storage& storage_;
+};
 
 WynTextView::WynTextView()
     : styles_(std::make_unique<view_styles>()),
@@ -67,6 +90,8 @@ void WynTextView::detachView() {
   drop_->exit();
   drop_->forget_files();
   documentToken_.reset();
+  changeObserver_.reset();
+  outsideTimer_.reset();
   snapshotMetaData();
   detachTokenizer();
   document_->releaseView(view_);
@@ -81,6 +106,7 @@ void WynTextView::attachView() {
   view_ = document_->obtainView();
   attachTokenizer();
   changeLanguageToAndLearn(languageChoiceForCurrentFile(), false);
+  changeObserver_ = std::make_unique<change_observer>(*this);
   applyOptionsToView();
   if (platform::user_defaults::standard().boolean("WynTextViewOpenFilesFoldedEnabled"))
     openFolded();
@@ -110,10 +136,25 @@ void WynTextView::updateValueForKey(plist::value const& value, std::string_view 
   if (observer_) observer_(key, value);
 }
 
-void WynTextView::publishAll() {
-  if (view_ == nullptr || !observer_) return;
+void WynTextView::showChangesFromOutside() {
+  outsideTimer_.reset();
+  if (view_ == nullptr) return;
+  view_->first_refresh_line = std::numeric_limits<std::uint32_t>::max();
+  view_->last_refresh_line = 0;
+  recalcFrameSize();
+  setNeedsDisplay();
+  publishPosition();
+  symbols_->update(true);
+}
+
+void WynTextView::publishPosition() {
   updateValueForKey(line_before_filters(view_->selection.current_mark), "lineNumber");
   updateValueForKey(column_before_wrap(view_->selection.current_mark), "columnNumber");
+}
+
+void WynTextView::publishAll() {
+  if (view_ == nullptr || !observer_) return;
+  publishPosition();
   updateValueForKey(tabSize(), "tabSize");
   updateValueForKey(softTabs(), "softTabs");
   updateValueForKey(overwriteMode_, "overwriteMode");
@@ -196,6 +237,7 @@ void WynTextView::set_host(platform::view_host* host) {
   if (host_ == nullptr) {
     blinkTimer_.reset();
     centerTimer_.reset();
+    outsideTimer_.reset();
     flash_.end(nullptr);
     mouse_->forget_press();
     drop_->exit();

@@ -275,6 +275,7 @@ class WynTextView : public platform::responder,
 
  private:
   friend class view_will_change;
+  class change_observer;
 
   void addEditingMethods();
   void addExtensionMethods();
@@ -311,6 +312,8 @@ class WynTextView : public platform::responder,
   void detachView();
   void openFolded();
   void publishAll();
+  void publishPosition();
+  void showChangesFromOutside();
 
   bool findAgain(bool backward);
   void showFindNote(std::string const& note);
@@ -376,6 +379,8 @@ class WynTextView : public platform::responder,
   title_action_map titles_;
   TextLayout layout_;
   int viewChangeNesting_ = 0;
+  std::unique_ptr<change_observer> changeObserver_;
+  std::unique_ptr<platform::timer> outsideTimer_;
   platform::notification_center::token defaultsToken_, documentToken_, themeToken_;
   std::vector<platform::notification_center::token> bundleTokens_;
 

@@ -74,8 +74,7 @@ void view_will_change::show_outcome(bool center, bool outermost) {
     mark_moved_selection();
     if (!center) scroll_to_selection();
   }
-  text_view.updateValueForKey(line_before_filters(view.selection.current_mark), "lineNumber");
-  text_view.updateValueForKey(column_before_wrap(view.selection.current_mark), "columnNumber");
+  text_view.publishPosition();
   if (!outermost) return;
   if (has_stepped_right()) text_view.flashPartner();
   if (moved || changed) {

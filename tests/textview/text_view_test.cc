@@ -241,6 +241,24 @@ TEST_F(text_view, shows_marked_text_before_it_is_part_of_the_text) {
   EXPECT_TRUE(has_drawn("text 28,14 \"cd\" #000000"));
   view.insert_text(u"\u4e8c");
   EXPECT_EQ(get(), "ab\u4e8c|cd");
+  view.set_marked_text(u"x", 1, 0);
+  view.unmark_text();
+  EXPECT_EQ(get(), "ab\u4e8cx|cd");
+}
+
+TEST_F(text_view, shows_what_another_view_does_to_its_document) {
+  set("one|");
+  WynTextView other;
+  other.setDocument(view.document());
+  double const height = host.frame_size.height;
+  host.dirty.clear();
+  other.insert_text(u"a\nb");
+  other.insert_text(u"c");
+  EXPECT_TRUE(host.dirty.empty());  // until the other one is done
+  desktop_.loop().run_for(0);
+  EXPECT_EQ(host.dirty, std::vector{host.visible_rect()});
+  EXPECT_EQ(host.frame_size.height, height + row);
+  other.setDocument(nullptr);
 }
 
 TEST_F(text_view, a_click_abandons_marked_text) {
