@@ -108,8 +108,7 @@ void WynTextView::attachView() {
   changeLanguageToAndLearn(languageChoiceForCurrentFile(), false);
   changeObserver_ = std::make_unique<change_observer>(*this);
   applyOptionsToView();
-  if (platform::user_defaults::standard().boolean("WynTextViewOpenFilesFoldedEnabled"))
-    openFolded();
+  if (openFilesFolded()) openFolded();
   setupTextFrame();
   symbols_->restart();
   publishAll();

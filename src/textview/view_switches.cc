@@ -22,6 +22,8 @@ std::span<view_switches::view_switch const> view_switches::switches() {
       {"hardWrap", "WynTextViewHardWrapEnabled", &view_switches::hardWrap_, effect::none},
       {"foldingsEnabled", "WynTextViewFoldingsEnabled", &view_switches::foldingsEnabled_,
        effect::foldings},
+      {"openFilesFolded", "WynTextViewOpenFilesFoldedEnabled", &view_switches::openFilesFolded_,
+       effect::none},
       {"autoIndent", "WynTextViewAutoIndentEnabled", &view_switches::autoIndent_, effect::none},
       {"indentedPaste", "WynTextViewIndentedPasteEnabled", &view_switches::indentedPaste_,
        effect::none},

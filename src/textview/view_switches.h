@@ -32,6 +32,9 @@ class view_switches {
   /// Turning it off unfolds everything.
   bool foldingsEnabled() const { return foldingsEnabled_; }
   void setFoldingsEnabled(bool on) { setSwitch(&view_switches::foldingsEnabled_, on); }
+  /// Whether all blocks of a document are folded when it is first shown.
+  bool openFilesFolded() const { return openFilesFolded_; }
+  void setOpenFilesFolded(bool on) { setSwitch(&view_switches::openFilesFolded_, on); }
   /// Whether a new line begins with the white space of the one before, or as the language says.
   bool autoIndent() const { return autoIndent_; }
   void setAutoIndent(bool on) { setSwitch(&view_switches::autoIndent_, on); }
@@ -78,7 +81,7 @@ class view_switches {
   bool showSoftWrapInGutter_ = true, showBookmarksInGutter_ = true;
   bool showWrapMarginIndicator_ = false, highlightWrapMargin_ = true;
   bool hardWrap_ = false;
-  bool foldingsEnabled_ = true;
+  bool foldingsEnabled_ = true, openFilesFolded_ = false;
   bool autoIndent_ = true, indentedPaste_ = true;
   bool freehandedEdit_ = false;
   bool antiAliasEnabled_ = true;

@@ -95,6 +95,51 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
   EXPECT_EQ(view.functionPopUp().size(), 2u);
   desktop_.loop().run_for(1);
   EXPECT_EQ(view.functionPopUp().size(), 0u);
+
+  // Another document's are there when its scopes are; a name that is the same again is told of.
+  view.performSelectorWithObject("undo:", {});
+  view.setDocument(file("b.c", program));
+  EXPECT_EQ(shown["currentSymbol"].string_or("none"), "");
+  EXPECT_TRUE(view.functionPopUp().empty());
+  view.goToLineAndColumn(6, 1);
+  wait(view);
+  desktop_.loop().run_for(1);
+  EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
+  view.setDocument(file("c.c", program));
+  view.goToLineAndColumn(6, 1);
+  wait(view);
+  desktop_.loop().run_for(1);
+  EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
+}
+
+TEST_F(language, folds_outlast_a_change_of_language_and_may_be_there_from_the_start) {
+  WynTextView view;
+  headless::headless_view_host host(view);
+  view.setDocument(file("a.c", program));
+  auto& filter = *view.view()->folding_filter;
+  view.goToLineAndColumn(2, 1);
+  view.performSelectorWithObject("toggleFolding:", {});
+  ASSERT_EQ(view.view()->lines(), 7u);
+  view.changeLanguageToAndLearn(uuid_of("Diff"), false);
+  EXPECT_EQ(view.view()->lines(), 7u);
+  EXPECT_NE(filter.folding_type(5), decltype(filter.folding_type(0))::start);
+  view.performSelectorWithObject("toggleFolding:", {});
+  EXPECT_EQ(view.view()->lines(), 8u);
+  view.performSelectorWithObject("toggleFolding:", {});
+  EXPECT_EQ(desktop_.beeps, 1);  // the other language knows no such block
+  view.changeLanguageToAndLearn(uuid_of("C"), false);
+  view.performSelectorWithObject("toggleFolding:", {});
+  EXPECT_EQ(filter.foldings.size(), 1u);
+  view.performSelectorWithObject("unfoldAll:", {});
+
+  view.setOpenFilesFolded(true);
+  auto const again = view.document();
+  again->openDocument();
+  view.setDocument(file("b.c", program));
+  EXPECT_EQ(view.view()->folding_filter->foldings.size(), 1u);
+  view.setDocument(again);  // where the user has unfolded
+  EXPECT_TRUE(view.view()->folding_filter->foldings.empty());
+  again->closeDocument();
 }
 
 TEST_F(language, keeps_its_own_tab_size) {

@@ -96,7 +96,8 @@ TEST_F(options, each_switch_has_an_action_with_a_tick) {
   for (char const* name :
        {"LineNumbers", "ShowSoftWrapInGutter", "ShowBookmarksInGutter", "AntiAliasEnabled",
         "ShowInvisibles", "HighlightCurrentLine", "ShowWrapMarginIndicator", "HighlightWrapMargin",
-        "HardWrap", "FreehandedEdit", "SoftTabs", "SoftWrap", "OverwriteMode"}) {
+        "HardWrap", "FreehandedEdit", "SoftTabs", "SoftWrap", "OverwriteMode", "OpenFilesFolded",
+        "FoldingsEnabled", "SmartTyping", "AutoIndent", "IndentedPaste"}) {
     std::string const selector = "toggle" + std::string(name) + ":";
     bool const before = shown.validated(selector.c_str()).checked;
     shown.view.performSelectorWithObject(selector, {});
