@@ -39,7 +39,9 @@ void WynTextView::addFindMethods() {
   actions_.add_action(&view_replace_and_find, "replaceAndFind:");
   actions_.add_action(&view_copy_selection_to_findpboard, "copySelectionToFindPboard:");
   auto const has_selection = [](text::view* view) { return view->has_selection(); };
+  actions_.add_action(&view_copy_selection_to_replacepboard, "copySelectionToReplacePboard:");
   actions_.add_action(has_selection, "canCopySelectionToFindPboard");
+  actions_.add_action(has_selection, "canCopySelectionToReplacePboard");
   actions_.add_action(has_selection, "canReplaceAllInSelection");
   addMethod("findWithOptions:", [this](plist::value const& options) {
     return view_ == nullptr ? plist::value(false) : findWithOptions(options.entries());

@@ -193,6 +193,17 @@ bool view_copy_selection_to_findpboard(text::view* view) {
   return true;
 }
 
+bool view_copy_selection_to_replacepboard(text::view* view) {
+  if (!view->has_selection()) return false;
+  std::u16string const selected(view->selection.begin(), view->selection.end());
+  WynFindManager& manager = WynFindManager::sharedInstance();
+  manager.commitEditing();
+  plist::dictionary options = manager.options();
+  options.insert_or_assign("replaceString", unicode::to_utf8(selected));
+  manager.setOptions(std::move(options));
+  return true;
+}
+
 namespace {
 
 text_query incremental_query(std::u16string const& string) {

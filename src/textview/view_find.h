@@ -28,6 +28,7 @@ bool view_find_next(text::view* view);
 bool view_find_previous(text::view* view);
 bool view_replace_and_find(text::view* view);
 bool view_copy_selection_to_findpboard(text::view* view);
+bool view_copy_selection_to_replacepboard(text::view* view);
 
 /// Incremental search; case counts if the string has a capital letter. The match's start, or the
 /// text's end if there is none. Forward from the selection's end or start, and then from the text's

@@ -114,6 +114,18 @@ TEST_F(find, text_from_elsewhere_is_no_pattern) {
   EXPECT_FALSE(manager.findOptions().regular_expression);
 }
 
+TEST_F(find, the_selection_may_be_what_to_put_in) {
+  manager.orderFrontFindPanel(true);
+  panel().fields.find = "b";
+  panel().delegate->findPanelDidChange();
+  set("a[bc]d");
+  perform("copySelectionToReplacePboard:");
+  EXPECT_EQ(panel().fields.replace, "bc");
+  EXPECT_EQ(panel().fields.find, "b");
+  push(WynFindManager::replace_all);
+  EXPECT_EQ(text(), "abccd");
+}
+
 TEST_F(find, histories_keep_ten_entries_with_the_latest_first) {
   for (char c = 'a'; c <= 'm'; ++c) manager.setOptions({{"findString", std::string(1, c)}});
   manager.setOptions({{"findString", "e"}, {"replaceString", "r"}});
