@@ -199,7 +199,9 @@ void TextViewWidget::focusInEvent(QFocusEvent*) {
   focus_changed();
 }
 
-void TextViewWidget::focusOutEvent(QFocusEvent*) {
+// What is being composed stays as text, unless the input method has seen to it already.
+void TextViewWidget::focusOutEvent(QFocusEvent* event) {
+  if (client_ != nullptr && event->reason() != Qt::PopupFocusReason) client_->unmark_text();
   focus_changed();
 }
 

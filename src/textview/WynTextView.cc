@@ -216,7 +216,7 @@ void WynTextView::addAction(std::string selector, std::function<void()> action) 
 
 void WynTextView::key_down(platform::key_event const& event) {
   if (view_ == nullptr) return;
-  mouse_->end_option_tap();
+  mouse_->key_pressed();
   hasSeenKey_ = true;
   showFindNote("");
   plist::value const key = unicode::to_utf8(event.characters);

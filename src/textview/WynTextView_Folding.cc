@@ -80,6 +80,7 @@ void WynTextView::addFoldingMethods() {
     return first < last;
   });
   add_query("canFoldAllAtLevel", [=] { return filter().has_patterns() || has_folds(); });
+  add_query("canUnfoldAllAtLevel", has_folds);
   add_query("canUnfoldAll", has_folds);
   addMethod("toggleFoldingMenuTitle", [=](plist::value const&) {
     return plist::value(caret_is_at_fold() ? "Unfold Block" : "Fold Block");

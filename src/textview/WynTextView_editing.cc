@@ -234,9 +234,7 @@ void WynTextView::set_marked_text(std::u16string_view text, std::size_t offset,
 
 void WynTextView::unmark_text() {
   if (markedText_.empty()) return;
-  std::u16string const text = std::move(markedText_);
-  markedText_.clear();
-  insertText(text);
+  insert_text(std::u16string(markedText_));
 }
 
 void WynTextView::abandonMarkedText() {

@@ -39,12 +39,13 @@ std::uint32_t drop_target::operation_for(drag_info const& info) const {
 }
 
 std::uint32_t drop_target::update(drag_info const& info) {
+  redraw_caret();
+  std::uint32_t const possible = operation_for(info);
+  shows_caret_ = possible != operation::none;
   set_position(info.position);
   if (scroll_timer_ == nullptr && text_view_.host() != nullptr)
     scroll_timer_ = platform::desktop::current().loop().schedule(scroll_period, true,
                                                                  [this] { scroll_towards_edge(); });
-  std::uint32_t const possible = operation_for(info);
-  shows_caret_ = possible != operation::none;
   return possible;
 }
 

@@ -29,8 +29,8 @@ class mouse_tracker {
   void modifiers_changed(std::uint32_t modifiers);
   /// A button is pressed with these keys, so that Option, if it is held, is no tap.
   void take_modifiers(std::uint32_t modifiers);
-  /// A key is pressed, likewise.
-  void end_option_tap() { is_option_tap_ = false; }
+  /// A key is pressed, likewise; a drag has to move anew.
+  void key_pressed() { is_option_tap_ = has_moved_ = false; }
 
   /// Whether moving the mouse drags the selection.
   bool is_drag_armed() const { return arm_ == drag_arm::armed; }

@@ -100,8 +100,10 @@ TEST_F(dragging, shows_where_the_drop_goes_and_scrolls_at_the_edges) {
   shown_view one(text);
   content_.set({{"text", "x"}});
   platform::drag_info info{at(1, 2), operation::copy, 0, false, content_};
+  one.host.dirty.clear();
   EXPECT_EQ(one.view.dragging_updated(info), operation::copy);
   EXPECT_EQ(one.view.dropCaret(), (platform::rect{20, 18, 1, 16}));
+  EXPECT_EQ(one.host.dirty, std::vector{*one.view.dropCaret()});
   desktop_.loop().run_for(1);
   EXPECT_EQ(one.host.visible_rect().y, 0);
   info.position.y = one.host.visible_rect().bottom() - 2;

@@ -273,6 +273,7 @@ TEST_F(text_view, an_action_that_fails_beeps_and_leaves_no_step) {
   perform("undo:");
   EXPECT_EQ(desktop_.beeps, 1);
   perform("moveLeft:");
+  EXPECT_EQ(desktop_.beeps, 2);
   EXPECT_FALSE(view.view()->can_undo());
 }
 
