@@ -6,19 +6,13 @@
 
 #include "actions/register_movement_functions.h"
 #include "actions/register_view_actions.h"
-#include "platform/user_defaults.h"
+#include "platform/own_defaults.h"
 #include "text/marked_text.h"
 
 namespace {
 
 /// What counts as a word must not depend on the settings of whoever runs the tests.
-class settings_in_memory : public testing::Environment {
-  void SetUp() override {
-    platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""));
-  }
-};
-
-[[maybe_unused]] auto* const settings = testing::AddGlobalTestEnvironment(new settings_in_memory);
+[[maybe_unused]] auto* const settings = new own_defaults;
 
 }  // namespace
 

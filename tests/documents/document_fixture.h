@@ -11,6 +11,7 @@
 #include "headless/headless_desktop.h"
 #include "path/temporary_folder.h"
 #include "platform/own_defaults.h"
+#include "text/storage_text.h"
 
 /// A folder of files, settings of its own, and alerts that are answered from a script.
 struct document_fixture {
@@ -56,10 +57,5 @@ inline void type(WynDocument& document, std::u16string const& text) {
 }
 
 inline std::u16string text_of(WynDocument const& document) {
-  std::u16string result;
-  for (std::size_t line = 0; line < document.storage().lines(); ++line) {
-    if (line != 0) result += u'\n';
-    result += document.storage().line_units(line);
-  }
-  return result;
+  return units_of(document.storage());
 }

@@ -222,19 +222,13 @@ TEST_F(watching, keeps_the_lines_that_stay) {
     storage.insert(storage.end(-1), text::text_block::copy(c.before));
     storage.forget_history();
     documents::replace_text(storage, text::text_block::copy(c.after));
-    auto const text = [&] {
-      std::u16string result;
-      for (std::size_t n = 0; n < storage.lines(); ++n)
-        (result += n != 0 ? u"\n" : u"") += storage.line_units(n);
-      return result;
-    };
-    EXPECT_EQ(text(), c.after);
+    EXPECT_EQ(units_of(storage), c.after);
     std::size_t erased = 0;
     for (auto const& record : storage.undo_records)
       if (record.type == text::undo_type::erasure) erased += record.length;
     EXPECT_LE(erased, std::u16string_view(c.before).size() - c.kept_units) << erased;
     while (storage.undo_manager.can_undo()) storage.undo_manager.undo();
-    EXPECT_EQ(text(), c.before);
+    EXPECT_EQ(units_of(storage), c.before);
   }
 }
 

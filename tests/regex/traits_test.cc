@@ -5,7 +5,7 @@
 #include <cctype>
 #include <clocale>
 
-#include "platform/user_defaults.h"
+#include "platform/own_defaults.h"
 #include "regex/find.h"
 
 namespace {
@@ -89,17 +89,6 @@ TEST(word_characters, follow_the_user_defaults) {
 }
 
 /// No test may read or write the settings of who runs it.
-class settings_in_memory : public testing::Environment {
- public:
-  void SetUp() override {
-    former_ = platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""));
-  }
-
- private:
-  std::unique_ptr<platform::user_defaults> former_;
-};
-
-[[maybe_unused]] auto* const environment =
-    testing::AddGlobalTestEnvironment(new settings_in_memory);
+[[maybe_unused]] auto* const settings = new own_defaults;
 
 }  // namespace

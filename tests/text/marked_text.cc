@@ -1,7 +1,9 @@
 #include "marked_text.h"
 
+#include "platform/utf.h"
+#include "text/storage_text.h"
+
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -37,45 +39,15 @@ size_t distance_from_start(text::iterator const& it) {
 }  // namespace
 
 std::u16string units(std::string_view utf8) {
-  std::u16string result;
-  for (size_t i = 0; i < utf8.size();) {
-    auto const lead = static_cast<unsigned char>(utf8[i++]);
-    int const trailing = lead < 0xC0 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-    uint32_t code = trailing == 0 ? lead : lead & (0x3Fu >> trailing);
-    for (int k = 0; k < trailing && i < utf8.size(); ++k)
-      code = code << 6 | (static_cast<unsigned char>(utf8[i++]) & 0x3F);
-    if (code >= 0x10000) {
-      result += static_cast<char16_t>(0xD7C0 + (code >> 10));
-      code = 0xDC00 + (code & 0x3FF);
-    }
-    result += static_cast<char16_t>(code);
-  }
-  return result;
+  return unicode::to_utf16(utf8);
 }
 
 std::string utf8(std::u16string_view units) {
-  std::string result;
-  for (size_t i = 0; i < units.size(); ++i) {
-    uint32_t code = units[i];
-    bool const pair = code >= 0xD800 && code < 0xDC00 && i + 1 < units.size() &&
-                      units[i + 1] >= 0xDC00 && units[i + 1] < 0xE000;
-    if (pair) code = 0x10000 + ((code - 0xD800) << 10) + (units[++i] - 0xDC00u);
-    int const trailing = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-    constexpr std::array<uint32_t, 4> lead = {0, 0xC0, 0xE0, 0xF0};
-    result += static_cast<char>(lead[static_cast<size_t>(trailing)] | code >> (6 * trailing));
-    for (int k = trailing - 1; k >= 0; --k)
-      result += static_cast<char>(0x80 | (code >> (6 * k) & 0x3F));
-  }
-  return result;
+  return unicode::to_utf8(units);
 }
 
 std::u16string units_of(text::storage const& storage) {
-  std::u16string text;
-  for (size_t line = 0; line < storage.lines(); ++line) {
-    if (line != 0) text += u'\n';
-    text += storage.line_units(line);
-  }
-  return text;
+  return ::units_of(storage);
 }
 
 std::string text_of(text::storage const& storage) {
