@@ -95,6 +95,7 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
     // Whoever asks for it has perhaps changed files in a way that the index doesn't see.
     BundleManager::sharedInstance().cache().flush();
     BundleManager::sharedInstance().reloadBundles();
+    WynThemeManager::sharedInstance().reloadThemes();
   });
   add("clearRecentFiles:", [this](auto const&) { recent_.clear(); });
   add("orderFrontGoToLinePanel:", [this](auto const&) { orderFrontGoToLinePanel(); });
