@@ -58,7 +58,7 @@ path_tree::id line_parser::content_path(rule const& owner, path_tree::id path) {
   return owner.has_content_name() ? child(path, modulo_for_rule(owner) - 1) : path;
 }
 
-path_tree::id line_parser::top_path() {
+path_tree::id line_parser::plain_path() {
   region const& top = stack_.back();
   return top.owner->end.is_set() ? content_path(*top.owner, top.path) : top.path;
 }
@@ -75,11 +75,20 @@ bool line_parser::search(wanted& what, sought& found) {
   return result == pattern::result::found;
 }
 
-void line_parser::apply_rules(region& node) {
+rule_set& line_parser::rules_of(region& node) {
   if (node.rules == nullptr) node.rules = &rule_sets_.of(*node.owner, *node.base);
+  return *node.rules;
+}
+
+bool line_parser::is_plain(std::u16string_view units) {
+  rule_set& set = rules_of(stack_.back());
+  return set.sought.empty() && !set.filter->may_match_in(units);
+}
+
+void line_parser::apply_rules(region& node) {
   node.dropped.clear();
   node.found.clear();
-  for (std::uint16_t const order : node.rules->sought) {
+  for (std::uint16_t const order : rules_of(node).sought) {
     wanted& what = node.rules->rules[order];
     pattern const* nfa = what.nfa;
     if (nfa == nullptr && !references_->empty()) nfa = references_->back().get();
@@ -161,7 +170,7 @@ bool line_parser::parse_line(std::u16string_view line, bool is_last, line_tokens
   depth_ = stack_.size();
   for (region& node : stack_) node.opened_at = ~0u;
   tokens_.clear();
-  tokens_.set(0, top_path());
+  tokens_.set(0, plain_path());
   apply_rules(stack_.back());
 
   while (find_next(stack_.back())) {
@@ -197,7 +206,7 @@ void line_parser::take_end() {
   bool const was_empty = stack_.back().opened_at == position_;
   rule const* const closed = stack_.back().owner;
   stack_.pop_back();
-  tokens_.set(position_, top_path());
+  tokens_.set(position_, plain_path());
   region& top = stack_.back();
   if (stack_.size() < depth_) {
     apply_rules(top);
@@ -232,7 +241,7 @@ void line_parser::take_opening() {
     apply_rules(stack_.back());
     return;
   }
-  tokens_.set(position_, top_path());
+  tokens_.set(position_, plain_path());
   if (match_.empty()) drop_taken();
 }
 

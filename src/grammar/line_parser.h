@@ -50,6 +50,12 @@ class line_parser {
   /// `tokens`, when `stop` became true.
   bool parse_line(std::u16string_view line, bool is_last, line_tokens& tokens,
                   reference_stack& references, std::atomic<bool> const& stop);
+  /// Whether the line that is next has one token, of `plain_path`, and ends in the state in which
+  /// it begins; sometimes false where that is so. Of `units`, its line feed is left out. Takes a
+  /// small part of the time of parsing it.
+  bool is_plain(std::u16string_view units);
+  /// The path of what stands in the innermost region.
+  path_tree::id plain_path();
 
  private:
   using kind = wanted::kind;
@@ -78,7 +84,7 @@ class line_parser {
 
   path_tree::id child(path_tree::id parent, unsigned index);
   path_tree::id content_path(rule const& owner, path_tree::id path);
-  path_tree::id top_path();
+  rule_set& rules_of(region& node);
   void apply_rules(region& node);
   bool search(wanted& what, sought& found);
   bool find_next(region& node);

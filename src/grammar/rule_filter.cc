@@ -4,6 +4,8 @@
 #include <array>
 #include <map>
 
+#include "text/unit_search.h"
+
 namespace grammar {
 namespace {
 
@@ -12,6 +14,8 @@ constexpr std::size_t max_nodes = 200'000;
 constexpr std::size_t max_run = 64;
 // More repetitions than these are taken for any number.
 constexpr unsigned max_repeat = 4;
+// Of more patterns it isn't asked whether all begin alike.
+constexpr std::size_t max_alike = 4;
 constexpr std::uint32_t unknown = ~0u - 1;
 
 template <class T, class F>
@@ -153,6 +157,7 @@ rule_filter::rule_filter(std::vector<std::optional<std::u16string_view>> const& 
   for (std::size_t i = 0; i < patterns.size(); ++i)
     if (patterns[i])
       start.nodes.push_back(builder(nodes_, static_cast<std::uint16_t>(i)).build(*patterns[i]));
+  pattern_count_ = start.nodes.size();
   std::sort(start.nodes.begin(), start.nodes.end());
   visited_.resize(nodes_.size());
   make_classes();
@@ -293,17 +298,60 @@ std::size_t rule_filter::skip(std::u16string_view line, std::size_t at, std::siz
   return at;
 }
 
-std::vector<std::uint16_t> const& rule_filter::candidates(std::u16string_view line,
-                                                          std::size_t at) {
+rule_filter::state const& rule_filter::run(std::u16string_view line, std::size_t at,
+                                           bool is_line_feed_next) {
   std::uint32_t current = beginnings_[behind_at(line, at)].state;
   for (std::size_t const stop = at + max_run; at < stop; ++at) {
-    bool const is_end = at >= line.size();
-    std::uint32_t const to = next(current, is_end ? symbol_set::end : symbol_set::symbol(line[at]));
+    unsigned const symbol = at < line.size()                         ? symbol_set::symbol(line[at])
+                            : is_line_feed_next && at == line.size() ? '\n'
+                                                                     : symbol_set::end;
+    std::uint32_t const to = next(current, symbol);
     if (to == undecided) break;
     current = to;
-    if (is_end || states_[current].nodes.empty()) break;
+    if (symbol == symbol_set::end || states_[current].nodes.empty()) break;
   }
-  return states_[current].candidates;
+  return states_[current];
+}
+
+std::vector<std::uint16_t> const& rule_filter::candidates(std::u16string_view line,
+                                                          std::size_t at) {
+  return run(line, at, false).candidates;
+}
+
+void rule_filter::find_lone_start() {
+  knows_lone_start_ = true;
+  matches_at_end_ = !run(u"\n", 1, false).candidates.empty();
+  if (pattern_count_ > max_alike) return;
+  symbol_set starts;
+  for (beginning const& from : beginnings_) {
+    for (unsigned symbol = 0; symbol < symbol_set::end; ++symbol) {
+      if (next(from.state, symbol) == dead) continue;
+      if (symbol == symbol_set::other || symbol == '\n') return;
+      starts.add(symbol);
+    }
+  }
+  for (unsigned symbol = 0; symbol < symbol_set::other; ++symbol) {
+    if (!starts.has(symbol)) continue;
+    if (lone_start_) {
+      lone_start_.reset();
+      return;
+    }
+    lone_start_ = static_cast<char16_t>(symbol);
+  }
+}
+
+bool rule_filter::may_match_in(std::u16string_view units) {
+  if (!knows_lone_start_) find_lone_start();
+  if (matches_at_end_) return true;
+  char16_t const *const begin = units.data(), *const end = begin + units.size();
+  for (std::size_t at = 0;; ++at) {
+    at = lone_start_
+             ? static_cast<std::size_t>(text::find_unit(begin + at, end, *lone_start_) - begin)
+             : skip(units, at, units.size());
+    if (at >= units.size()) break;
+    if (!run(units, at, true).candidates.empty()) return true;
+  }
+  return !lone_start_ && !run(units, units.size(), true).candidates.empty();
 }
 
 }  // namespace grammar

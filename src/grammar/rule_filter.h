@@ -39,6 +39,8 @@ class rule_filter {
   /// Those that may match at a place, which can be the line's end, in ascending order. Good until
   /// the next call.
   std::vector<std::uint16_t> const& candidates(std::u16string_view line, std::size_t at);
+  /// Whether there may be a match anywhere in a line. Of `units`, its line feed is left out.
+  bool may_match_in(std::u16string_view units);
 
  private:
   using type = pattern_tree::type;
@@ -64,6 +66,8 @@ class rule_filter {
   /// The state behind `from` when `symbol` is next, or `undecided`.
   std::uint32_t next(std::uint32_t from, unsigned symbol);
   std::uint32_t make_next(std::uint32_t from, unsigned symbol);
+  state const& run(std::u16string_view line, std::size_t at, bool is_line_feed_next);
+  void find_lone_start();
   void follow(std::uint32_t entry, unsigned behind, unsigned symbol, state& made);
 
   static constexpr std::uint32_t undecided = ~0u, dead = 0;
@@ -82,6 +86,10 @@ class rule_filter {
   };
   std::vector<beginning> beginnings_;
   std::uint8_t beginning_of_[symbol_set::count];  ///< by the symbol behind; the end for none
+  std::size_t pattern_count_ = 0;
+  bool knows_lone_start_ = false;
+  std::optional<char16_t> lone_start_;  ///< with which all matches begin
+  bool matches_at_end_ = false;         ///< behind a line feed
   std::vector<std::uint32_t> visited_, stack_;
   std::uint32_t visit_ = 0;
   std::vector<bool> is_decided_;

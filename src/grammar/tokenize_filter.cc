@@ -11,6 +11,8 @@ namespace {
 
 // What the worker parses at one go, in lines and code units.
 constexpr std::size_t max_batch_lines = 256, max_batch_units = 8192;
+// What it looks at under the mutex before it tests whether somebody waits for that.
+constexpr std::size_t max_plain_lines = 256, max_plain_units = 16384;
 // While it has more to do, the first part is to be drawn soon, and then as often as the eye sees.
 constexpr auto first_redraw = std::chrono::milliseconds(5);
 constexpr auto redraw_interval = std::chrono::milliseconds(30);
@@ -203,13 +205,13 @@ void tokenize_filter::work() {
   }
 }
 
-void tokenize_filter::parse_some(std::unique_lock<std::recursive_mutex>& lock) {
+void tokenize_filter::parse_some(lock_type& lock) {
   if (first_dirty_ >= storage_.lines()) {
     first_dirty_ = last_dirty_ = storage_.lines();
     return;
   }
   if (worker_should_ == command::changed) take_rules();
-  parse_dirty_lines(lock);
+  if (!pass_plain_lines(lock)) parse_dirty_lines(lock);
 }
 
 // The state in which the line before the dirty ones ends is all that is needed to go on from there.
@@ -219,6 +221,37 @@ void tokenize_filter::take_rules() {
     parser_paths_ = paths_;
   }
   parser_->setup_stack(first_dirty_ == 0 ? 0 : lines_[first_dirty_ - 1].back().path);
+}
+
+// In a long comment or text there may be nothing to find line after line. Such lines are passed
+// where they stand, without a copy, so that all of a large text is right in a blink.
+bool tokenize_filter::pass_plain_lines(lock_type& lock) {
+  std::size_t const first = first_dirty_;
+  if (references_.count(first - 1) != 0) return false;
+  worker_should_ = command::go_on;
+  std::size_t const end = std::min(storage_.lines() - 1, first + max_plain_lines);
+  path_tree::id const path = parser_->plain_path();
+  std::size_t left = max_plain_units;
+  for (std::size_t line = first; line < end && line < last_dirty_; ++line) {
+    text::unit_view const units = storage_.line_units(line);
+    if (units.size() > left || !parser_->is_plain(units)) break;
+    left -= units.size();
+    line_tokens plain(path);
+    store(line, plain, {});
+  }
+  if (first_dirty_ == first) return false;
+  batch_size_ = 1;
+  tell_progress();
+  if (!storage_.mutex.is_wanted()) return true;
+  lock.unlock();
+  while (storage_.mutex.is_wanted()) std::this_thread::yield();
+  lock.lock();
+  return true;
+}
+
+void tokenize_filter::tell_progress() {
+  if (requested_line_ && first_dirty_ > *requested_line_) main_wait_.notify_one();
+  if (clock::now() >= next_redraw_ && first_dirty_ < last_dirty_) ask_for_redraw(first_dirty_);
 }
 
 // Lines that aren't dirty are copied too, for often the line before makes them so; as nobody knows,
@@ -236,7 +269,7 @@ void tokenize_filter::copy_dirty_lines() {
   }
 }
 
-void tokenize_filter::parse_dirty_lines(std::unique_lock<std::recursive_mutex>& lock) {
+void tokenize_filter::parse_dirty_lines(lock_type& lock) {
   std::size_t const first = first_dirty_;
   copy_dirty_lines();
   batch_size_ = std::min(batch_size_ * 2, max_batch_lines);
@@ -261,8 +294,7 @@ void tokenize_filter::store_parsed_lines(std::size_t first) {
     store(first + i, batch_[i].tokens, batch_[i].references);
   // The parser is beyond the line with which it is to go on.
   if (i < batch_.size()) worker_should_ = command::changed;
-  if (requested_line_ && first_dirty_ > *requested_line_) main_wait_.notify_one();
-  if (clock::now() >= next_redraw_ && first_dirty_ < last_dirty_) ask_for_redraw(first_dirty_);
+  tell_progress();
 }
 
 void tokenize_filter::dirty_next(std::size_t line) {
@@ -299,7 +331,7 @@ void tokenize_filter::ask_for_redraw(std::size_t last) {
   post_redraw();
 }
 
-void tokenize_filter::rest(std::unique_lock<std::recursive_mutex>& lock) {
+void tokenize_filter::rest(lock_type& lock) {
   main_wait_.notify_one();
   if (paths_) ask_for_redraw(last_dirty_);
   first_change_ = no_change;

@@ -89,6 +89,7 @@ class tokenize_filter : public text::filter {
 
  private:
   enum class command { go_on, changed, idle, stop };
+  using lock_type = std::unique_lock<text::wanted_mutex>;
 
   void reparse_from(std::size_t first, std::size_t last);
   void insert_references(text::pos const& from, std::size_t added);
@@ -96,14 +97,16 @@ class tokenize_filter : public text::filter {
 
   // On the worker's thread, but for `parse_some` when there is none.
   void work();
-  void parse_some(std::unique_lock<std::recursive_mutex>& lock);
+  void parse_some(lock_type& lock);
   void take_rules();
+  bool pass_plain_lines(lock_type& lock);
+  void tell_progress();
   void copy_dirty_lines();
-  void parse_dirty_lines(std::unique_lock<std::recursive_mutex>& lock);
+  void parse_dirty_lines(lock_type& lock);
   void store_parsed_lines(std::size_t first);
   void store(std::size_t line, line_tokens& tokens, reference_stack const& references);
   void dirty_next(std::size_t line);
-  void rest(std::unique_lock<std::recursive_mutex>& lock);
+  void rest(lock_type& lock);
   void ask_for_redraw(std::size_t last);
   void post_redraw();
 

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <list>
-#include <mutex>
 #include <optional>
 #include <vector>
 
 #include "text/shared_buffer.h"
 #include "text/storage_observer.h"
 #include "text/text_block.h"
+#include "text/wanted_mutex.h"
 
 namespace text {
 
@@ -60,7 +60,7 @@ class storage_detail {
   observer_list observers;
   /// Held by each change from before `will_insert` or `will_erase` until after `did_insert` or
   /// `did_erase`; readers on other threads, and whoever draws, take it to read.
-  mutable std::recursive_mutex mutex;
+  mutable wanted_mutex mutex;
 
  private:
   void insert_lines(size_t line, size_t column, unit_view units, size_t newlines);

@@ -26,10 +26,16 @@ void expect_like_plain(std::shared_ptr<catalogue const> const& all_rules, std::s
     std::size_t const end = std::min(units.find(u'\n', begin), units.size());
     bool const is_last = end == units.size();
     std::u16string const line = units.substr(begin, end - begin + (is_last ? 0 : 1));
-    begin = end + 1;
     line_tokens tokens;
+    path_tree::id const before = parser.plain_path();
+    bool const is_plain = !is_last && parser.is_plain(units.substr(begin, line.size() - 1));
     ASSERT_TRUE(parser.parse_line(line, is_last, tokens, references, stop));
+    if (is_plain) {
+      ASSERT_EQ(tokens, line_tokens(before)) << what << ", line " << number;
+      ASSERT_EQ(parser.plain_path(), before) << what << ", line " << number;
+    }
     std::vector<token> const expected = plain.parse_line(line, is_last);
+    begin = end + 1;
     if (plain.gave_up()) return;
     if (tokens.list().tokens() == expected) continue;
     std::string difference;
@@ -200,6 +206,8 @@ TEST(line_parser_model, filter_lets_all_matches_through) {
       }
       if (result != pattern::result::found) continue;
       ASSERT_EQ(filter.skip(line.units(), at, line.units().size()), at)
+          << "seed " << seed << " " << unicode::to_utf8(text) << " in " << subject;
+      ASSERT_TRUE(filter.may_match_in(unicode::to_utf16(subject)))
           << "seed " << seed << " " << unicode::to_utf8(text) << " in " << subject;
       ASSERT_FALSE(filter.candidates(line.units(), at).empty())
           << "seed " << seed << " " << unicode::to_utf8(text) << " at " << at << " in " << subject;
