@@ -31,6 +31,13 @@ std::vector<view::folding_filter::outer_fold> const& view::folding_filter::outer
   return outer_;
 }
 
+std::vector<view::folding_filter::outer_fold>::const_iterator
+view::folding_filter::fold_at_or_behind(size_t line) const {
+  auto const& folds = outer_folds();
+  return std::partition_point(folds.begin(), folds.end(),
+                              [&](outer_fold const& fold) { return fold.first < line; });
+}
+
 bool view::folding_filter::is_folded(size_t line) const {
   auto const found = border_at_or_behind(line);
   return found != borders_.end() && found->line == line && !found->is_last;
@@ -244,17 +251,24 @@ void view::folding_filter::unfold_where(Crossed crossed) {
   for (auto fold = found.rbegin(); fold != found.rend(); ++fold) unfold(*fold);
 }
 
-/// `move` gives the fold after a change of the text, an empty one if it has gone.
-template <typename Move>
-void view::folding_filter::move_folds(Move move) {
-  std::set<folding_t> moved;
-  while (!foldings.empty()) {
-    auto node = foldings.extract(foldings.begin());
-    node.value() = move(node.value());
-    if (node.value().first < node.value().last) moved.insert(moved.end(), std::move(node));
+/// What line `from` and those behind it say of folds is said of lines further down, or further up
+/// if `by` is negative, as a number that wraps round. The survey goes with them.
+void view::folding_filter::move_folds(uint32_t from, uint32_t by) {
+  auto const move = [=](uint32_t& line) { line += line < from ? 0 : by; };
+  auto folds = foldings.extract_sequence();
+  for (folding_t& fold : folds) {
+    move(fold.first);
+    move(fold.last);
   }
-  foldings.swap(moved);
-  surveyed_ = false;
+  foldings.adopt_sequence(boost::container::ordered_unique_range, std::move(folds));
+  if (!surveyed_) return;
+  for (border& each : borders_) move(each.line);
+  uint32_t hidden = 0;
+  for (outer_fold& fold : outer_) {
+    move(fold.first);
+    move(fold.last);
+    fold.hidden = hidden += fold.last - fold.first;
+  }
 }
 
 void view::folding_filter::did_insert(text::pos const& first, text::pos const& last) {
@@ -264,13 +278,11 @@ void view::folding_filter::did_insert(text::pos const& first, text::pos const& l
 
   // A fold whose first or last line is split: what was inserted is to be seen.
   std::vector<folding_t> split;
-  move_folds([&](folding_t fold) {
-    bool const touched = fold.first == first.line || fold.last == first.line;
-    if (fold.first >= first.line) fold.first += added;
-    if (fold.last >= first.line) fold.last += added;
-    if (touched && first.column != 0) split.push_back(fold);
-    return fold;
-  });
+  if (first.column != 0 && is_end_of_fold(first.line))
+    for (folding_t const& fold : foldings)
+      if (fold.first == first.line || fold.last == first.line)
+        split.push_back({fold.first + (fold.first == first.line ? added : 0), fold.last + added});
+  move_folds(first.line, added);
   filter::did_insert(first, last);
   for (auto fold = split.rbegin(); fold != split.rend(); ++fold) unfold(*fold);
 }
@@ -291,13 +303,14 @@ void view::folding_filter::will_erase(text::pos const& first, text::pos const& l
 void view::folding_filter::did_erase(text::iterator const& pos, int length) {
   uint32_t const first = erase_first_.line, last = erase_last_.line;
   forget_marks(first, last - first, 0);
-  if (first != last && !foldings.empty())
-    move_folds([&](folding_t fold) {
-      if (first <= fold.first && fold.last < last) return folding_t{0, 0};
-      if (fold.first >= last) fold.first -= last - first;
-      if (fold.last >= last) fold.last -= last - first;
-      return fold;
-    });
+  if (first != last && !foldings.empty()) {
+    // Those that begin there also end there: others have been unfolded.
+    auto const begin = foldings.lower_bound({first, 0});
+    auto const end = foldings.lower_bound({last, 0});
+    if (begin != end) surveyed_ = false;
+    foldings.erase(begin, end);
+    move_folds(last, first - last);
+  }
   filter::did_erase(pos, length);
 }
 

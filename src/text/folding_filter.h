@@ -1,9 +1,10 @@
 #pragma once
 
+#include <algorithm>
+#include <boost/container/flat_set.hpp>
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <set>
 #include <vector>
 
 #include "regex/oniguruma.h"
@@ -90,6 +91,21 @@ class view::folding_filter : public switchable_filter {
   /// Takes folds that were kept with a file; those that don't fit the text or each other are left.
   void restore(std::vector<folding_t> const& kept);
 
+  /// The lines that rows show, from `first` up to `last`, as stretches: `visit(line, line_behind)`.
+  template <typename Visit>
+  void visit_lines_of_rows(size_t first, size_t last, Visit visit) const {
+    size_t line = in_storage({first, 0}).line;
+    for (auto fold = fold_at_or_behind(line); first < last; ++fold) {
+      bool const is_last = fold == outer_.end();
+      size_t const stop =
+          is_last ? line + last - first : std::min(line + last - first, fold->first + size_t{1});
+      visit(line, stop);
+      if (is_last) return;
+      first += stop - line;
+      line = fold->last + size_t{1};
+    }
+  }
+
   text::pos in_storage(text::pos const& at) const override;
   text::pos in_view(text::pos const& at) const override;
 
@@ -100,7 +116,9 @@ class view::folding_filter : public switchable_filter {
   void did_replace(text::replacement const& what) override;
 
   pattern begin_pattern, end_pattern;
-  std::set<folding_t> foldings;
+  /// In one piece of memory: all behind a line move with it.
+  using folding_set = boost::container::flat_set<folding_t>;
+  folding_set foldings;
 
  private:
   /// What is remembered of a line: its type and indent, packed, or `unknown`.
@@ -139,13 +157,13 @@ class view::folding_filter : public switchable_filter {
   void unfold(folding_t const& fold);
   template <typename Crossed>
   void unfold_where(Crossed crossed);
-  template <typename Move>
-  void move_folds(Move move);
+  void move_folds(uint32_t from, uint32_t by);
   void forget_marks(size_t line, size_t lines_after, size_t added);
   void put_caret_at_end_of(size_t line);
   void lay_out_again();
   void survey_folds() const;
   std::vector<outer_fold> const& outer_folds() const;
+  std::vector<outer_fold>::const_iterator fold_at_or_behind(size_t line) const;
   template <typename IsAbove>
   outer_fold const* last_fold(size_t& near, IsAbove is_above) const;
   outer_fold const* last_fold_above(size_t line) const;
@@ -157,7 +175,7 @@ class view::folding_filter : public switchable_filter {
   mutable bool surveyed_ = true;         ///< whether these two are those of `foldings`
   mutable size_t near_line_ = 0, near_row_ = 0;
   text::pos erase_first_, erase_last_;
-  std::set<folding_t> kept_;  ///< what `foldings` will be when a replacement is done
+  folding_set kept_;  ///< what `foldings` will be when a replacement is done
 };
 
 }  // namespace text

@@ -100,14 +100,16 @@ size_t view::row_width(size_t row) const {
 size_t view::max_columns_for_range(size_t first, size_t last) const {
   size_t widest = 0;
   size_t const end_row = std::min(last, lines());
-  // Where each line is a row there is no need to ask the filters for a million of them.
-  bool const rows_are_lines = !soft_wrap && lines() == storage->lines();
-  auto const width = [&](size_t row) {
-    return rows_are_lines
-               ? width_when_expanding_tabs(storage->begin_of_line(row), storage->end(row))
-               : row_width(row);
-  };
-  for (size_t row = first; row < end_row; ++row) widest = std::max(widest, width(row));
+  if (soft_wrap) {
+    for (size_t row = first; row < end_row; ++row) widest = std::max(widest, row_width(row));
+    return widest;
+  }
+  // Where each row is a line there is no need to ask the filters for a million of them.
+  folding_filter->visit_lines_of_rows(first, end_row, [&](size_t line, size_t behind) {
+    for (; line < behind; ++line)
+      widest = std::max(
+          widest, width_when_expanding_tabs(storage->begin_of_line(line), storage->end(line)));
+  });
   return widest;
 }
 

@@ -72,7 +72,7 @@ TEST_F(Folding, FoldsAndUnfoldsTheInnermostBlock) {
   EXPECT_FALSE(filter.fold_if_possible(7, false));
   ASSERT_TRUE(filter.fold_if_possible(0, true));
   EXPECT_EQ(shown(), "0 {...|7|");
-  EXPECT_EQ(filter.foldings, (std::set<folding_t>{{0, 6}, {1, 3}, {4, 5}}));
+  EXPECT_EQ(filter.foldings, (folding_filter::folding_set{{0, 6}, {1, 3}, {4, 5}}));
   EXPECT_EQ(filter.in_storage({1, 0}), pos(7, 0));
   // What is hidden in several folds counts once.
   EXPECT_EQ(filter.in_view({7, 1}), pos(1, 1));
@@ -95,7 +95,7 @@ TEST_F(Folding, FoldsMustNest) {
     EXPECT_FALSE(filter.fold_lines(bad.first, bad.last)) << bad.first << "-" << bad.last;
   EXPECT_TRUE(filter.fold_lines(1, 5));
   filter.restore({{3, 9}, {0, 6}, {2, 3}, {6, 0}});
-  EXPECT_EQ(filter.foldings, (std::set<folding_t>{{0, 6}, {1, 5}, {2, 4}}));
+  EXPECT_EQ(filter.foldings, (folding_filter::folding_set{{0, 6}, {1, 5}, {2, 4}}));
   EXPECT_EQ(shown(), "0...|");
 }
 
@@ -176,13 +176,15 @@ TEST_F(Folding, RandomEditsKeepFoldsMarkersAndRows) {
       }
       std::vector<size_t> visible;
       for (size_t line = 0; line < storage.lines(); ++line) {
-        bool hidden = false;
+        bool hidden = false, folded = false;
         for (folding_t const& fold : filter.foldings) {
+          folded |= fold.first == line;
           ASSERT_LT(fold.first, fold.last);
           ASSERT_LT(fold.last, storage.lines());
           hidden |= fold.first < line && line <= fold.last;
         }
         ASSERT_EQ(filter.is_visible({line, 0}), !hidden);
+        ASSERT_EQ(filter.is_folded(line), folded);
         if (!hidden) visible.push_back(line);
       }
       ASSERT_EQ(filter.lines(), visible.size());
@@ -193,7 +195,14 @@ TEST_F(Folding, RandomEditsKeepFoldsMarkersAndRows) {
       std::string const kept = types();
       filter.forget_markers();
       ASSERT_EQ(types(), kept);
-      if (!view.soft_wrap) continue;
+      if (!view.soft_wrap) {
+        size_t const first = random.below(visible.size());
+        size_t widest = 0;
+        for (size_t row = first; row < visible.size(); ++row)
+          widest = std::max(widest, storage.size(visible[row]));
+        ASSERT_EQ(view.max_columns_for_range(first, visible.size()), widest);
+        continue;
+      }
       auto const rows = [&] {
         std::vector<pos> result;
         for (size_t row = 0; row < view.lines(); ++row)

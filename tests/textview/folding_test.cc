@@ -114,7 +114,7 @@ TEST_F(folding, levels_toggle_and_queries_tell_what_is_possible) {
   EXPECT_FALSE(validated("unfoldAll:").enabled);
   EXPECT_FALSE(validated("foldSelection:").enabled);
   perform("foldAllAtLevel:", 2);
-  EXPECT_EQ(filter().foldings, (std::set<folding_filter::folding_t>{{1, 3}, {4, 5}}));
+  EXPECT_EQ(filter().foldings, (folding_filter::folding_set{{1, 3}, {4, 5}}));
   EXPECT_TRUE(validated("unfoldAll:").enabled);
   perform("foldAllAtLevel:", 2);
   EXPECT_TRUE(filter().foldings.empty());
