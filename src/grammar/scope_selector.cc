@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <map>
+#include <unordered_map>
 
 #include "plist/UnicharInputBuffer.h"
 #include "scope_lexer.hpp"
@@ -94,7 +94,7 @@ double compare_selector::tail_match(std::vector<std::string> const& parts, scope
 }
 
 double new_score_for_selector(std::string const& selector, std::vector<std::string> const& scopes) {
-  static std::map<std::string, std::shared_ptr<selector_node const>> cache;
+  static std::unordered_map<std::string, std::shared_ptr<selector_node const>> cache;
   auto it = cache.find(selector);
   if (it == cache.end()) {
     auto parsed = parse_selector(selector, nullptr);
