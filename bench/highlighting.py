@@ -49,7 +49,7 @@ class Highlighting:
         """Keys while the tokenizer works: typing at the top has it begin anew each time."""
         c = screen_corpus(self.folder, 5_000_000)
         plain = screen_corpus(self.folder, 5_000_000, "nolang")
-        for key, count, name in (("x", 30, "key press"), ("Next", 10, "Page Down")):
+        for key, count, name in (("x", 60, "key press"), ("Next", 10, "Page Down")):
             results = self.probe_all({"c": ["busy", key, count, self.ours, c],
                                       "plain": ["busy", key, count, self.ours, plain]})
             self.table.add(f"{name} to pixels while 5 MB of C are tokenised",
