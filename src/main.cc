@@ -19,9 +19,10 @@ namespace {
 
 constexpr char const* usage =
     "usage: quirnote [FILE[:LINE[:COLUMN]]]...\n"
-    "       quirnote --batch [--set KEY=VALUE]... [--macro FILE|-]... [--answer TITLE=BUTTON]...\n"
-    "                [--save | --save-as PATH] [--print WHAT]... [--explain LINE:COLUMN]\n"
-    "                [--render PNG [--size COLUMNSxROWS]] [--strict] [FILE]...\n"
+    "       quirnote --batch [--set KEY=VALUE]... [--macro FILE|- [--repeat N]]...\n"
+    "                [--answer TITLE=BUTTON]... [--save | --save-as PATH] [--print WHAT]...\n"
+    "                [--explain LINE:COLUMN] [--render PNG [--size COLUMNSxROWS]] [--strict]\n"
+    "                [FILE]...\n"
     "       quirnote --batch --check-bundle DIR [--check-bundle DIR]...\n"
     "       quirnote --help | --version\n"
     "WHAT is text, selection, state, scopes, styles or symbols.\n";

@@ -1,13 +1,14 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <vector>
 
+#include "platform/string_table.h"
 #include "text/view.h"
 
 /// Functions of a view under names; `Result` is what a call gives.
@@ -21,10 +22,16 @@ class view_function_map {
   };
 
   bool has_action(std::string_view name) const { return find(name) != nullptr; }
+  /// Null when the name isn't known. Owned by the map.
+  action const* find(std::string_view name) const {
+    auto const found = actions_.find(name);
+    return found == actions_.end() ? nullptr : found->second.get();
+  }
   /// All names, in their order.
   std::vector<std::string> names() const {
     std::vector<std::string> result;
     for (auto const& entry : actions_) result.push_back(entry.first);
+    std::sort(result.begin(), result.end());
     return result;
   }
 
@@ -32,14 +39,9 @@ class view_function_map {
   void enter(std::string name, std::unique_ptr<action> added) {
     actions_.try_emplace(std::move(name), std::move(added));
   }
-  /// Null when the name isn't known.
-  action const* find(std::string_view name) const {
-    auto const found = actions_.find(name);
-    return found == actions_.end() ? nullptr : found->second.get();
-  }
 
  private:
-  std::map<std::string, std::unique_ptr<action>, std::less<>> actions_;
+  platform::string_table<std::unique_ptr<action>> actions_;
 };
 
 /// The editing actions by the names under which key bindings, menus, macros and scripts call them.

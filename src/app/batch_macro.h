@@ -2,6 +2,7 @@
 
 #include "plist/value.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,7 +14,8 @@ struct batch_macro {
     plist::value argument;
   };
   std::vector<step> steps;
-  bool complete = true;  // false when something of the file had to be left out
+  bool complete = true;     // false when something of the file had to be left out
+  std::uint32_t times = 1;  // how often all of them are performed
 };
 
 /// Reads a macro from an XML property list: a dictionary with `commands`, or a bare array of steps,

@@ -16,7 +16,6 @@
 #include "platform/utf.h"
 #include "textview/scope_report.h"
 
-#include <chrono>
 #include <cstdio>
 
 namespace {
@@ -44,8 +43,9 @@ class batch_run {
   }
 
   int run() {
-    for (std::string const& path : options_.macros) {
-      macros_.push_back(read_batch_macro(path));
+    for (batch_macro_option const& option : options_.macros) {
+      macros_.push_back(read_batch_macro(option.path));
+      macros_.back().times = option.times;
       if (!macros_.back().complete) status_ = file_trouble;
     }
     if (options_.files.empty()) run_on_untitled();
@@ -88,7 +88,8 @@ class batch_run {
   void process(WynDocumentController& controller) {
     controller.showWindow();
     for (batch_macro const& macro : macros_)
-      for (batch_macro::step const& step : macro.steps) perform(controller, step);
+      for (std::uint32_t n = 0; n < macro.times; ++n)
+        for (batch_macro::step const& step : macro.steps) perform(controller, step);
     save(controller);
     for (std::string const& what : options_.prints) print_part(controller, what);
     explain(controller.textView());
@@ -105,13 +106,13 @@ class batch_run {
     if (desktop_.beeps != beeps) std::fprintf(stderr, "beep: %s\n", command.c_str());
   }
 
-  // News of files come a few milliseconds late rather than by a system call at each step.
+  // News of files come some steps late rather than by a system call at each.
   void handle_events() {
-    constexpr auto interval = std::chrono::milliseconds(5);
-    auto const now = std::chrono::steady_clock::now();
-    if (now < next_look_) return desktop_.loop().run_due();
-    desktop_.loop().run_for(0);
-    next_look_ = now + interval;
+    constexpr unsigned interval = 16;
+    if (steps_++ % interval == 0)
+      desktop_.loop().run_for(0);
+    else
+      desktop_.loop().run_due();
   }
 
   void save(WynDocumentController& controller) {
@@ -177,7 +178,7 @@ class batch_run {
   headless::headless_desktop desktop_;
   AppDelegate app_;
   std::vector<batch_macro> macros_;
-  std::chrono::steady_clock::time_point next_look_;
+  unsigned steps_ = 0;
   int status_ = done;
   bool has_beeped_ = false;
 };

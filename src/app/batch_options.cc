@@ -73,8 +73,14 @@ std::map<std::string, taker> const& takers() {
        }},
       {"--macro",
        [](batch_options& o, std::string const& path) {
-         o.macros.push_back(path);
+         o.macros.push_back({path});
          return !path.empty();
+       }},
+      {"--repeat",
+       [](batch_options& o, std::string const& text) {
+         auto const times = number_from<std::uint32_t>(text);
+         if (times) o.macros.back().times = *times;
+         return times.has_value();
        }},
       {"--check-bundle",
        [](batch_options& o, std::string const& path) {
@@ -129,6 +135,9 @@ std::optional<batch_options> parse_batch_options(arguments_t const& arguments, s
       options.strict = true;
     } else if (auto const it = takers().find(argument); it == takers().end()) {
       error = "unknown option " + argument;
+      return std::nullopt;
+    } else if (argument == "--repeat" && options.macros.empty()) {
+      error = "--repeat needs a --macro before it";
       return std::nullopt;
     } else if (n + 1 == arguments.size()) {
       error = argument + " needs a value";

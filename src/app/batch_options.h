@@ -8,10 +8,17 @@
 #include <utility>
 #include <vector>
 
+/// A macro to perform, and how often.
+struct batch_macro_option {
+  std::string path;  // "-" is standard input
+  std::uint32_t times = 1;
+  friend bool operator==(batch_macro_option const&, batch_macro_option const&) = default;
+};
+
 /// What a run of batch mode is asked to do, in the order of the command line where that matters.
 struct batch_options {
   std::vector<std::pair<std::string, plist::value>> settings;  // --set
-  std::vector<std::string> macros;                             // --macro; "-" is standard input
+  std::vector<batch_macro_option> macros;                      // --macro, --repeat
   std::vector<std::pair<std::string, std::string>> answers;    // --answer: title and button
   bool save = false;
   std::string save_as;

@@ -31,8 +31,6 @@ auto at(std::size_t index) {
 tokenize_filter::tokenize_filter(text::storage& storage)
     : storage_(storage),
       loop_(main_loop()),
-      lines_(storage.lines()),
-      last_dirty_(storage.lines()),
       reset_display_(std::make_shared<std::function<void()>>()) {}
 
 tokenize_filter::~tokenize_filter() {
@@ -53,9 +51,8 @@ bool tokenize_filter::set_rules(std::shared_ptr<catalogue const> all_rules, unsi
   start_rule_ = start_rule;
   bool const is_grammar = all_rules_ && start_rule_ < all_rules_->size();
   paths_ = is_grammar ? std::make_shared<path_tree>(*all_rules_, start_rule_) : nullptr;
-  lines_.assign(storage_.lines(), line_tokens());
   references_.clear();
-  reparse_from(0, storage_.lines());
+  if (is_started()) forget_tokens();
   return true;
 }
 
@@ -68,9 +65,17 @@ std::optional<std::pair<std::size_t, std::size_t>> tokenize_filter::take_redraw_
   return std::exchange(redraw_, std::nullopt);
 }
 
+void tokenize_filter::forget_tokens() {
+  lines_.assign(storage_.lines(), line_tokens());
+  reparse_from(0, storage_.lines());
+}
+
 void tokenize_filter::start() {
+  if (is_started()) return;
+  std::lock_guard lock(storage_.mutex);
+  forget_tokens();
   // One that can't be had is asked for again the next time.
-  if (!thread_.joinable()) (void)platform::start_thread(thread_, [this] { work(); });
+  (void)platform::start_thread(thread_, [this] { work(); });
 }
 
 bool tokenize_filter::wait_for(std::size_t line, std::chrono::milliseconds limit) {
@@ -92,7 +97,7 @@ bool tokenize_filter::wait_for(std::size_t line, std::chrono::milliseconds limit
 }
 
 bit_stack::storage tokenize_filter::graph_path(text::pos at) const {
-  if (!paths_) return {};
+  if (!paths_ || !is_started()) return {};
   if (at.line + 1 == storage_.lines() && at.column > 0 && at.column == storage_.size(at.line))
     --at.column;
   return paths_->path(lines_[at.line].at(at.column).path);
@@ -135,6 +140,7 @@ void tokenize_filter::reparse_from(std::size_t first, std::size_t last) {
 }
 
 void tokenize_filter::did_insert(text::pos const& from, text::pos const& to) {
+  if (!is_started()) return filter::did_insert(from, to);
   std::size_t const added = to.line - from.line;
   token_list before = lines_[from.line].list();
   auto const moved = before.from(from.column);
@@ -167,6 +173,7 @@ void tokenize_filter::insert_references(text::pos const& from, std::size_t added
 
 void tokenize_filter::will_erase(text::pos const& from, text::pos const& to) {
   filter::will_erase(from, to);
+  if (!is_started()) return;
   token const last = lines_[to.line].back();
   auto moved = lines_[to.line].list().from(to.column);
   if (to.column > last.column) moved = {{to.column, last.path}};
@@ -189,6 +196,7 @@ void tokenize_filter::erase_references(std::size_t from, std::size_t to) {
 
 void tokenize_filter::did_erase(text::iterator const& at, int count) {
   filter::did_erase(at, count);
+  if (!is_started()) return;
   if (lines_.size() != storage_.lines())
     std::printf("*** erase %zu (tokens) != %zu (storage)\n", lines_.size(), storage_.lines());
   if (paths_) reparse_from(at.line, at.line + std::size_t{1});

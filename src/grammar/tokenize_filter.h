@@ -75,7 +75,8 @@ class tokenize_filter : public text::filter {
   bit_stack::storage graph_path_for_selection(text::selection const& selection, bool wait);
   /// The names of the scopes on a path of this view; none without a grammar.
   std::vector<std::string> scopes(bit_stack::storage const& path) const;
-  /// The runs of a line: columns and paths, which `paths` knows. Under the storage's mutex.
+  /// The runs of a line: columns and paths, which `paths` knows. Under the storage's mutex, after
+  /// the start.
   line_tokens const& tokens(std::size_t line) const { return lines_[line]; }
   /// Bytes that the tokens of all lines take. Under the storage's mutex.
   std::size_t memory() const;
@@ -91,6 +92,8 @@ class tokenize_filter : public text::filter {
   enum class command { go_on, changed, idle, stop };
   using lock_type = std::unique_lock<text::wanted_mutex>;
 
+  bool is_started() const { return thread_.joinable(); }
+  void forget_tokens();
   void reparse_from(std::size_t first, std::size_t last);
   void insert_references(text::pos const& from, std::size_t added);
   void erase_references(std::size_t from, std::size_t to);
@@ -115,7 +118,7 @@ class tokenize_filter : public text::filter {
   std::shared_ptr<catalogue const> all_rules_;
   unsigned start_rule_ = 0;
   std::shared_ptr<path_tree> paths_;
-  std::vector<line_tokens> lines_;
+  std::vector<line_tokens> lines_;                     ///< from the start on
   std::map<std::size_t, reference_stack> references_;  ///< at the ends of lines; not the empty ones
   std::condition_variable_any main_wait_, worker_wait_;
   std::size_t first_dirty_ = 0, last_dirty_ = 0;  ///< half open

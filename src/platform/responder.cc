@@ -3,6 +3,8 @@
 #include "platform/desktop.h"
 #include "platform/menu.h"
 
+#include <algorithm>
+
 namespace platform {
 
 bool responder::respondsToSelector(std::string_view selector) const {
@@ -12,18 +14,23 @@ bool responder::respondsToSelector(std::string_view selector) const {
 std::vector<std::string> responder::selectors() const {
   std::vector<std::string> names;
   for (auto const& entry : methods_) names.push_back(entry.first);
+  std::sort(names.begin(), names.end());
   return names;
+}
+
+std::optional<plist::value> responder::performOwn(std::string_view selector,
+                                                  plist::value const& object) {
+  auto const it = methods_.find(selector);
+  if (it == methods_.end()) return std::nullopt;
+  auto const run = it->second;
+  plist::value result = (*run)(object);
+  if (result == plist::value(false)) desktop::current().beep();
+  return result;
 }
 
 plist::value responder::performSelectorWithObject(std::string_view selector,
                                                   plist::value const& object) {
-  auto const it = methods_.find(selector);
-  if (it == methods_.end()) return {};
-  // A copy: the method may end the object that owns the table, as closing a window does.
-  method const run = it->second;
-  plist::value const result = run(object);
-  if (result == plist::value(false)) desktop::current().beep();
-  return result;
+  return performOwn(selector, object).value_or(plist::value());
 }
 
 bool responder::tryToPerformWith(std::string_view selector, plist::value const& object) {
@@ -36,7 +43,7 @@ bool responder::tryToPerformWith(std::string_view selector, plist::value const& 
 
 plist::value responder::query(std::string_view name, plist::value const& argument) {
   auto const it = methods_.find(name);
-  return it == methods_.end() ? plist::value() : it->second(argument);
+  return it == methods_.end() ? plist::value() : (*it->second)(argument);
 }
 
 void responder::validateMenuItem(menu_item& item) {
@@ -52,7 +59,7 @@ void responder::validateMenuItem(menu_item& item) {
 }
 
 void responder::addMethod(std::string selector, method m) {
-  methods_.emplace(std::move(selector), std::move(m));
+  methods_.emplace(std::move(selector), std::make_shared<method const>(std::move(m)));
 }
 
 responder* target_for_selector(responder* first, std::string_view selector) {

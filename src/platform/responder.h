@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/string_table.h"
 #include "plist/value.h"
 
 #include <functional>
-#include <map>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,11 +50,15 @@ class responder {
   /// Enters `selector` in the table; the first entry of a name wins.
   void addMethod(std::string selector, method m);
 
+  /// Runs the method of this object as performSelectorWithObject does; nothing when it is unknown.
+  std::optional<plist::value> performOwn(std::string_view selector, plist::value const& object);
+
   /// The result of a query such as "canUndo"; nothing when the name isn't known.
   virtual plist::value query(std::string_view name, plist::value const& argument);
 
  private:
-  std::map<std::string, method, std::less<>> methods_;
+  // Shared: a method may end the object that owns the table, as closing a window does.
+  string_table<std::shared_ptr<method const>> methods_;
   responder* next_ = nullptr;
 };
 

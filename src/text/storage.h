@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <deque>
 #include <memory>
 #include <vector>
 
@@ -112,8 +113,8 @@ struct storage : storage_detail {
   void did_change_memento(unsigned long to);
 
   kill_buffer_t kill_buffer;
-  std::vector<undo_record> undo_records;
-  uint32_t undo_index = 0;  ///< number of records that are applied
+  std::deque<undo_record> undo_records;  ///< so that many are not moved when one is added
+  uint32_t undo_index = 0;               ///< number of records that are applied
   uint32_t previous_memento = 0;
   uint32_t current_memento = 0;
   uint32_t next_memento = 1;

@@ -35,7 +35,7 @@ view::view(text::storage& of)
   chain_filters();
   selection.set_caret(begin(0));
   saved_selection = selection;
-  view_filter->store_selection({1, 0}, selection);
+  view_filter->selections.store({1, 0}, selection);
 }
 
 view::~view() {

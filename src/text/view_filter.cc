@@ -38,23 +38,17 @@ size_t view::storage_filter::lines() const {
   return storage_.lines();
 }
 
-namespace {}  // namespace
-
-void view::view_filter::store_selection(undo_key key, text::selection const& selection) {
-  undo_map[key] = selection.without_text();
-}
-
 void view::view_filter::will_change_memento(unsigned long from, unsigned long to) {
   undo_key const back{static_cast<uint32_t>(to), static_cast<uint32_t>(from)};
-  if (view_.saved_selection_pending && !undo_map.contains(back))
-    store_selection(back, view_.saved_selection);
+  if (view_.saved_selection_pending && !selections.contains(back))
+    selections.store(back, view_.saved_selection);
   view_.saved_selection_pending = false;
   filter::will_change_memento(from, to);
 }
 
 void view::view_filter::did_change_memento(unsigned long from, unsigned long to) {
-  auto const found = undo_map.find({static_cast<uint32_t>(from), static_cast<uint32_t>(to)});
-  if (found != undo_map.end()) view_.selection = found->second;
+  undo_key const step{static_cast<uint32_t>(from), static_cast<uint32_t>(to)};
+  if (auto kept = selections.find(step, view_)) view_.selection = *std::move(kept);
   filter::did_change_memento(from, to);
 }
 

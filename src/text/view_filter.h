@@ -1,7 +1,6 @@
 #pragma once
 
-#include <map>
-
+#include "text/selection_history.h"
 #include "text/view.h"
 
 namespace text {
@@ -42,11 +41,7 @@ class view::view_filter : public filter {
   void will_erase(text::pos const& first, text::pos const& last) override;
   void did_erase(text::iterator const& pos, int length) override;
 
-  /// Keeps a selection for a change of state, without its cached text.
-  void store_selection(undo_key key, text::selection const& selection);
-
-  /// The selection that stands after a change of state.
-  std::map<undo_key, text::selection> undo_map;
+  selection_history selections;
 
  private:
   void refresh(text::pos const& first, text::pos const& last);

@@ -176,22 +176,28 @@ std::vector<std::string> WynTextView::selectors() const {
 
 plist::value WynTextView::performSelectorWithObject(std::string_view selector,
                                                     plist::value const& object) {
-  if (!actions_.has_action(selector)) return responder::performSelectorWithObject(selector, object);
+  if (auto const* const action = actions_.find(selector)) return performAction(*action);
+  return responder::performSelectorWithObject(selector, object);
+}
+
+plist::value WynTextView::performAction(action_map::action const& action) {
   if (view_ == nullptr) return {};
   bool done = false;
   {
     view_will_change const scope(*this, true);
-    done = actions_.perform_action(selector, view_);
+    done = action(view_);
   }
   if (!done) platform::desktop::current().beep();
   return done;
 }
 
 bool WynTextView::tryToPerformWith(std::string_view selector, plist::value const& object) {
-  if (!actions_.has_action(selector) && !respondsToSelector(selector))
-    return nextResponder() != nullptr && nextResponder()->tryToPerformWith(selector, object);
-  performSelectorWithObject(selector, object);
-  return true;
+  if (auto const* const action = actions_.find(selector)) {
+    performAction(*action);
+    return true;
+  }
+  if (performOwn(selector, object)) return true;
+  return nextResponder() != nullptr && nextResponder()->tryToPerformWith(selector, object);
 }
 
 void WynTextView::doCommandBySelector(std::string_view selector) {

@@ -62,6 +62,8 @@ class WynTextView : public platform::responder,
   text::view* view() const { return view_; }
   TextLayout const& layout() const { return layout_; }
   platform::view_host* host() const { return host_; }
+  /// False for one that nobody can look at, as in batch mode.
+  bool isSeen() const { return host_ == nullptr || host_->is_seen(); }
 
   /// The menu for a click with the right button.
   void setContextMenu(std::vector<platform::menu_item> items) { contextMenu_ = std::move(items); }
@@ -218,6 +220,8 @@ class WynTextView : public platform::responder,
   /// False if there is no scope in which it opens a pair; where the view is seen the answer is
   /// true, since there the scope is at hand.
   bool mayOpenPair(text::char_t typed) const;
+  /// False if no scope of the language says how lines are indented; likewise.
+  bool mayIndentLines() const;
   /// An opening unit that is shown for a moment, since its partner has just been typed.
   std::optional<platform::rect> const& flashed() const { return flash_.area(); }
 
@@ -369,6 +373,8 @@ class WynTextView : public platform::responder,
   void publishPrimarySelection();
   void abandonMarkedText();
 
+  plist::value performAction(action_map::action const& action);
+  bool dependsOnScope(text::char_t typed) const;
   void flashPartner();
 
   std::shared_ptr<WynDocument> document_;

@@ -100,9 +100,8 @@ void WynTextView::insertText(std::u16string_view text) {
   // The scope that decides is that in front of what is typed, so none is made anew meanwhile. A
   // macro must do the same each time; who types must not be kept waiting.
   std::unique_lock scopes_stay(view_->storage->mutex, std::defer_lock);
-  if (smart && tokenizer_ != nullptr && mayOpenPair(text.front())) {
-    if (host_ != nullptr && !host_->is_seen())
-      tokenizer_->wait_for(view_->selection.current_mark.base.line);
+  if (text.size() == 1 && tokenizer_ != nullptr && dependsOnScope(text.front())) {
+    if (!isSeen()) tokenizer_->wait_for(view_->selection.current_mark.base.line);
     scopes_stay.lock();
   }
   view_will_change const scope(*this, true);

@@ -1,8 +1,11 @@
 #include "actions/skip_pair.h"
+#include "grammar/tokenize_filter.h"
 #include "platform/user_defaults.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 #include "textview/geometry.h"
+#include "textview/line_indenter.h"
+#include "textview/typing_settings.h"
 #include "textview/view_styles.h"
 #include "textview/view_will_change.h"
 
@@ -34,11 +37,19 @@ std::vector<unit_pair> WynTextView::pairsAtCaret(char const* key) const {
   return pairs_of(platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs"));
 }
 
-// Where nobody looks this spares most typing the question which scope it is in, for which the text
-// would have to be parsed; a window knows its scopes, and needn't read the settings of all others.
+// A window knows its scopes, and needn't read the settings of all others.
 bool WynTextView::mayOpenPair(text::char_t typed) const {
-  if (host_ == nullptr || host_->is_seen()) return true;
-  return styles_->typing_openers().find(typed) != std::u16string::npos;
+  return isSeen() || styles_->typing().opens_pair(typed);
+}
+
+bool WynTextView::mayIndentLines() const {
+  if (isSeen() || tokenizer_ == nullptr) return true;
+  return styles_->typing().indents(*tokenizer_->all_rules(), tokenizer_->start_rule(), rootScope_);
+}
+
+bool WynTextView::dependsOnScope(text::char_t typed) const {
+  return (smartTyping_ && mayOpenPair(typed)) ||
+         (indenter_->types_at_line_end() && mayIndentLines());
 }
 
 // The innermost pair round the selection, with its two units; once more gives the next one out.

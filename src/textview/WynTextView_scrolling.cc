@@ -100,6 +100,10 @@ void WynTextView::applySoftWrap() {
 void WynTextView::recalcFrameSize() {
   if (host_ == nullptr || view_ == nullptr) return;
   updateGutterWidth();
+  if (!isSeen()) {
+    updateScreenWidth();
+    return;
+  }
   double const y = host_->visible_rect().y;
   std::size_t const top_row = std::min(layout_.row_at(y), view_->lines() - 1);
   text::view_iterator const top = view_->begin(top_row);

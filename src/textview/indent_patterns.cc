@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr std::array<char const*, 4> keys = {"unIndentedLinePattern", "increaseIndentPattern",
-                                             "decreaseIndentPattern", "indentNextLinePattern"};
 constexpr std::size_t longest_line = 4096;  // units; nobody indents a longer one by hand
 constexpr std::size_t furthest_line = 200;  // above, where the walk up ends at the latest
 

@@ -13,10 +13,12 @@
 class indent_patterns {
  public:
   enum type : unsigned { unindented = 1, increase = 2, decrease = 4, next_line = 8 };
+  /// The settings in which they stand, in the order of `type`.
+  static constexpr std::array<char const*, 4> keys = {
+      "unIndentedLinePattern", "increaseIndentPattern", "decreaseIndentPattern",
+      "indentNextLinePattern"};
 
   indent_patterns() = default;
-  /// From the settings `unIndentedLinePattern`, `increaseIndentPattern`, `decreaseIndentPattern`
-  /// and `indentNextLinePattern`.
   explicit indent_patterns(plist::value const& settings);
   /// Whether the constructor would give the same for these settings.
   bool are_of(plist::value const& settings) const;

@@ -62,7 +62,8 @@ std::size_t line_indenter::tab_size() const {
 }
 
 indent_patterns const& line_indenter::language_patterns() {
-  plist::value const settings = text_view_.stylesForCaretWait(false);
+  plist::value const settings =
+      text_view_.mayIndentLines() ? text_view_.stylesForCaretWait(false) : plist::value();
   if (!patterns_ || !patterns_->are_of(settings)) patterns_.emplace(settings);
   return *patterns_;
 }
@@ -109,14 +110,19 @@ void line_indenter::indent_selected_lines() {
       view().in_view(has_next ? storage.begin_of_line(last + 1) : storage.end(last)), false);
 }
 
-bool line_indenter::may_close_block() {
+bool line_indenter::types_at_line_end() const {
   if (!text_view_.autoIndent() || view().has_selection() || !view().mirror_observer.mirrors.empty())
     return false;
   text::iterator const caret = view().selection.current_mark.base;
-  text::unit_view const line = view().storage->line_units(caret.line);
+  return caret.column == view().storage->size(caret.line);
+}
+
+bool line_indenter::may_close_block() {
+  if (!types_at_line_end()) return false;
   indent_patterns const& patterns = language_patterns();
-  return caret.column == line.size() && patterns.know_indentation() &&
-         !patterns.matches(indent_patterns::decrease, line);
+  if (!patterns.know_indentation()) return false;
+  std::size_t const line = view().selection.current_mark.base.line;
+  return !patterns.matches(indent_patterns::decrease, view().storage->line_units(line));
 }
 
 // A line that had text before, and that the user has indented in another way than the language

@@ -23,6 +23,8 @@ class line_indenter {
   bool paste();
   void indent_selected_lines();
 
+  /// Whether the caret stands at a line's end, where what is typed is looked at.
+  bool types_at_line_end() const;
   /// Whether what is typed next, at the line's end, may make it one that closes a block.
   bool may_close_block();
   /// After a unit has been typed that may.

@@ -1,9 +1,7 @@
 #include "textview/view_styles.h"
 
-#include "bundles/BundleManager.h"
-#include "platform/user_defaults.h"
 #include "textview/WynThemeManager.h"
-#include "textview/typing_pairs.h"
+#include "textview/typing_settings.h"
 
 plist::value const& view_styles::theme_rules() {
   // Asking for the theme may select one, and that sets the rules meanwhile.
@@ -43,22 +41,13 @@ drawn_style const& view_styles::add_drawn(grammar::path_tree::id path, drawn_sty
   return drawn_[path].emplace(std::move(style));
 }
 
-std::u16string const& view_styles::typing_openers() {
-  if (typing_openers_) return *typing_openers_;
-  std::u16string openers;
-  auto const add = [&](plist::value const& list) {
-    for (unit_pair const pair : pairs_of(list)) openers += pair.open;
-  };
-  for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("preference"))
-    add(item->content()["settings"]["smartTypingPairs"]);
-  for (plist::value const& rule : theme_rules().elements())
-    add(rule["settings"]["smartTypingPairs"]);
-  add(platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs"));
-  return typing_openers_.emplace(std::move(openers));
+typing_settings& view_styles::typing() {
+  if (typing_ == nullptr) typing_ = typing_settings::of(theme_rules());
+  return *typing_;
 }
 
 void view_styles::drop() {
   merged_.clear();
   drawn_.clear();
-  typing_openers_.reset();
+  typing_.reset();
 }

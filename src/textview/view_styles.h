@@ -6,9 +6,12 @@
 #include "textview/scope_style.h"
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+class typing_settings;
 
 /// What the theme and the bundles' preferences give to the scopes of one view, looked up once for
 /// each. The owner says by drop() when theme, preferences or language have changed. References are
@@ -32,8 +35,8 @@ class view_styles {
   /// Other colours stand in for those that a style hasn't.
   void drop_drawn() { drawn_.clear(); }
 
-  /// The opening units of the typing pairs of all scopes.
-  std::u16string const& typing_openers();
+  /// What all scopes say of typing.
+  typing_settings& typing();
 
   void drop();
 
@@ -41,5 +44,5 @@ class view_styles {
   std::optional<plist::value> theme_rules_;
   std::map<bit_stack::storage, plist::value> merged_;
   std::vector<std::optional<drawn_style>> drawn_;  ///< by the tokenizer's paths
-  std::optional<std::u16string> typing_openers_;
+  std::shared_ptr<typing_settings> typing_;
 };

@@ -30,7 +30,7 @@ rect corner_of_columns(WynTextView const& text_view) {
 
 view_will_change::view_will_change(WynTextView& tv, bool grouped)
     : text_view(tv),
-      is_seen(tv.host() == nullptr || tv.host()->is_seen()),
+      is_seen(tv.isSeen()),
       had_selection(tv.view()->has_selection()),
       group(grouped) {
   text::view& view = *text_view.view();
@@ -41,11 +41,16 @@ view_will_change::view_will_change(WynTextView& tv, bool grouped)
   if (group) view.storage->undo_manager.begin_group();
   if (++text_view.viewChangeNesting_ == 1) {
     lines = view.lines();
-    columns = view.columns();
+    columns = shown_columns();
     memento = view.storage->current_memento;
     view.saved_selection = view.selection.without_text();
     view.saved_selection_pending = true;
   }
+}
+
+// Measuring lines for a frame that nobody sees would take longer than what is done to them.
+std::size_t view_will_change::shown_columns() const {
+  return is_seen ? text_view.view()->columns() : 0;
 }
 
 view_will_change::~view_will_change() {
@@ -90,10 +95,10 @@ void view_will_change::show_outcome(bool center, bool outermost) {
 void view_will_change::end_outermost() {
   text::view& view = *text_view.view();
   if (!view.saved_selection_pending)
-    view.view_filter->store_selection(
+    view.view_filter->selections.store(
         {view.storage->previous_memento, view.storage->current_memento}, view.selection);
   view.saved_selection_pending = false;
-  if (lines != view.lines() || columns != view.columns()) text_view.recalcFrameSize();
+  if (lines != view.lines() || columns != shown_columns()) text_view.recalcFrameSize();
   for (auto const* mark :
        {&view.selection.current_mark, &view.selection.first_mark, &view.selection.last_mark})
     if (!view.is_visible(mark->base)) view.make_visible(mark->base);

@@ -19,6 +19,7 @@ class view_will_change {
   view_will_change& operator=(view_will_change const&) = delete;
 
  private:
+  std::size_t shown_columns() const;
   bool selection_is_out_of_sight() const;
   bool has_stepped_right() const;
   void end_outermost();

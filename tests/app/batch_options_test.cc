@@ -18,13 +18,14 @@ plist::value setting(std::string const& text) {
 TEST(batch_options, keep_their_order) {
   std::string error;
   auto const o = parse_batch_options(
-      {"--print", "text", "a", "--macro", "m", "--print", "state", "--macro", "-", "--answer",
-       "T=x=y", "--size", "100x30", "--strict", "b", "--", "--save", "-"},
+      {"--print", "text",     "a",        "--macro", "m",        "--print", "state",
+       "--macro", "-",        "--repeat", "7",       "--answer", "T=x=y",   "--size",
+       "100x30",  "--strict", "b",        "--",      "--save",   "-"},
       error);
   ASSERT_TRUE(o) << error;
   using list = std::vector<std::string>;
   EXPECT_EQ(o->prints, list({"text", "state"}));
-  EXPECT_EQ(o->macros, list({"m", "-"}));
+  EXPECT_EQ(o->macros, (std::vector<batch_macro_option>{{"m", 1}, {"-", 7}}));
   EXPECT_EQ(o->files, list({"a", "b", "--save", "-"}));
   EXPECT_EQ(o->answers.at(0), std::pair(std::string("T"), std::string("x=y")));
   EXPECT_EQ(o->columns, 100);
@@ -56,12 +57,15 @@ TEST(batch_options, wrong_ones_are_refused_with_a_reason) {
                                  {"--set", "K=plist:{"},
                                  {"--answer", "x"},
                                  {"--macro", ""},
+                                 {"--macro", "m", "--repeat", "-1"},
+                                 {"--macro", "m", "--repeat", "2x"},
                                  {"--print", "all"},
                                  {"--size", "80"},
                                  {"--size", "0x10"},
                                  {"--size", "80x99999"},
                                  {"--size", "80x24x"}})
-    EXPECT_EQ(error_of(wrong), "bad value for " + wrong[0] + ": " + wrong[1]);
+    EXPECT_EQ(error_of(wrong), "bad value for " + *(wrong.end() - 2) + ": " + wrong.back());
+  EXPECT_EQ(error_of({"--repeat", "2"}), "--repeat needs a --macro before it");
   EXPECT_NE(error_of({"--save", "--save-as", "x", "f"}), "");
   EXPECT_NE(error_of({"--save-as", "x", "f", "g"}), "");
   EXPECT_NE(error_of({"--render", "x", "f", "g"}), "");

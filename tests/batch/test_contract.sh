@@ -137,3 +137,11 @@ printf '// .\nx =  \n' >quotes.c
 macro quotes moveRight: moveRight: moveRight: "insertText:='" moveDown: "insertText:='"
 run 0 --macro quotes --print text quotes.c
 is out "// '.\nx = '' \n"
+
+# A macro that is repeated does what its steps do when they stand there so often, one failing too.
+printf 'a\nb\nc\n' >three
+macro line insertText:=x moveDown: moveToBeginningOfLine:
+run 0 --macro line --repeat 5 --print text three
+is out 'xa\nxb\nxc\nxx'
+run 1 --strict --macro line --repeat 5 three
+[[ $(grep -c '^beep: moveDown:$' err) == 2 ]]

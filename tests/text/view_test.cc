@@ -33,8 +33,8 @@ class View : public testing::Test {
     view.saved_selection_pending = true;
     action();
     if (!view.saved_selection_pending)
-      view.view_filter->store_selection({storage.previous_memento, storage.current_memento},
-                                        view.selection);
+      view.view_filter->selections.store({storage.previous_memento, storage.current_memento},
+                                         view.selection);
     view.saved_selection_pending = false;
   }
   void type(std::string const& text) {
@@ -143,7 +143,7 @@ TEST_F(View, UndoAndRedoBringBackSelections) {
 
 TEST_F(View, NewViewKnowsTheSelectionOfTheEmptyDocument) {
   type("abc");
-  view.view_filter->undo_map.erase({0, 1});
+  view.view_filter->selections.forget({0, 1});
   storage.undo_manager.undo();
   EXPECT_EQ(get(), "|");
 }

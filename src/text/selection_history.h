@@ -1,0 +1,43 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <unordered_map>
+
+#include "text/iterator_observer.h"
+#include "text/selection.h"
+
+namespace text {
+
+/// The selections of a view that undo and redo bring back: for each step between neighbouring
+/// states, in either direction, the one that stands after it. Of a state and the one that it was
+/// made from, the later has the greater number and no other such neighbour; so that number and the
+/// direction name a step, and the selections stand in tables by numbers.
+class selection_history {
+ public:
+  /// Keeps the marks, not the text.
+  void store(undo_key step, selection const& standing);
+  bool contains(undo_key step) const;
+  /// The marks are those of `view`; nothing for a step that isn't known.
+  std::optional<selection> find(undo_key step, view const& view) const;
+  void forget(undo_key step);
+
+ private:
+  struct mark {
+    uint32_t line, column, offset, desired_column;
+  };
+  struct marks {
+    mark first, last, current;
+    bool column_mode = false, is_known = false;
+  };
+  static constexpr uint32_t page_states = 16;
+  using page = std::array<std::array<marks, 2>, page_states>;
+
+  static mark packed(view_iterator const& it);
+  marks const* at(undo_key step) const;
+
+  std::unordered_map<uint32_t, page> pages_;
+};
+
+}  // namespace text
