@@ -21,17 +21,24 @@ class view_function_map {
     virtual Result operator()(text::view* view) const = 0;
   };
 
+  /// Has all of another map here too, behind what has been entered so far. The other one must
+  /// outlive this one; several may share it.
+  void inherit(view_function_map const& shared) { inherited_ = &shared; }
+
   bool has_action(std::string_view name) const { return find(name) != nullptr; }
   /// Null when the name isn't known. Owned by the map.
   action const* find(std::string_view name) const {
     auto const found = actions_.find(name);
-    return found == actions_.end() ? nullptr : found->second.get();
+    if (found != actions_.end()) return found->second.get();
+    return inherited_ == nullptr ? nullptr : inherited_->find(name);
   }
   /// All names, in their order.
   std::vector<std::string> names() const {
     std::vector<std::string> result;
+    if (inherited_ != nullptr) result = inherited_->names();
     for (auto const& entry : actions_) result.push_back(entry.first);
     std::sort(result.begin(), result.end());
+    result.erase(std::unique(result.begin(), result.end()), result.end());
     return result;
   }
 
@@ -42,6 +49,7 @@ class view_function_map {
 
  private:
   platform::string_table<std::unique_ptr<action>> actions_;
+  view_function_map const* inherited_ = nullptr;
 };
 
 /// The editing actions by the names under which key bindings, menus, macros and scripts call them.

@@ -52,7 +52,7 @@ bool tokenize_filter::set_rules(std::shared_ptr<catalogue const> all_rules, unsi
   bool const is_grammar = all_rules_ && start_rule_ < all_rules_->size();
   paths_ = is_grammar ? std::make_shared<path_tree>(*all_rules_, start_rule_) : nullptr;
   references_.clear();
-  if (is_started()) forget_tokens();
+  if (keeps_tokens()) forget_tokens();
   return true;
 }
 
@@ -71,11 +71,12 @@ void tokenize_filter::forget_tokens() {
 }
 
 void tokenize_filter::start() {
-  if (is_started()) return;
-  std::lock_guard lock(storage_.mutex);
-  forget_tokens();
+  if (!keeps_tokens()) {
+    std::lock_guard lock(storage_.mutex);
+    forget_tokens();
+  }
   // One that can't be had is asked for again the next time.
-  (void)platform::start_thread(thread_, [this] { work(); });
+  if (!thread_.joinable()) (void)platform::start_thread(thread_, [this] { work(); });
 }
 
 bool tokenize_filter::wait_for(std::size_t line, std::chrono::milliseconds limit) {
@@ -97,7 +98,7 @@ bool tokenize_filter::wait_for(std::size_t line, std::chrono::milliseconds limit
 }
 
 bit_stack::storage tokenize_filter::graph_path(text::pos at) const {
-  if (!paths_ || !is_started()) return {};
+  if (!paths_ || !keeps_tokens()) return {};
   if (at.line + 1 == storage_.lines() && at.column > 0 && at.column == storage_.size(at.line))
     --at.column;
   return paths_->path(lines_[at.line].at(at.column).path);
@@ -140,7 +141,7 @@ void tokenize_filter::reparse_from(std::size_t first, std::size_t last) {
 }
 
 void tokenize_filter::did_insert(text::pos const& from, text::pos const& to) {
-  if (!is_started()) return filter::did_insert(from, to);
+  if (!keeps_tokens()) return filter::did_insert(from, to);
   std::size_t const added = to.line - from.line;
   token_list before = lines_[from.line].list();
   auto const moved = before.from(from.column);
@@ -173,7 +174,7 @@ void tokenize_filter::insert_references(text::pos const& from, std::size_t added
 
 void tokenize_filter::will_erase(text::pos const& from, text::pos const& to) {
   filter::will_erase(from, to);
-  if (!is_started()) return;
+  if (!keeps_tokens()) return;
   token const last = lines_[to.line].back();
   auto moved = lines_[to.line].list().from(to.column);
   if (to.column > last.column) moved = {{to.column, last.path}};
@@ -196,7 +197,7 @@ void tokenize_filter::erase_references(std::size_t from, std::size_t to) {
 
 void tokenize_filter::did_erase(text::iterator const& at, int count) {
   filter::did_erase(at, count);
-  if (!is_started()) return;
+  if (!keeps_tokens()) return;
   if (lines_.size() != storage_.lines())
     std::printf("*** erase %zu (tokens) != %zu (storage)\n", lines_.size(), storage_.lines());
   if (paths_) reparse_from(at.line, at.line + std::size_t{1});

@@ -92,7 +92,7 @@ class tokenize_filter : public text::filter {
   enum class command { go_on, changed, idle, stop };
   using lock_type = std::unique_lock<text::wanted_mutex>;
 
-  bool is_started() const { return thread_.joinable(); }
+  bool keeps_tokens() const { return !lines_.empty(); }
   void forget_tokens();
   void reparse_from(std::size_t first, std::size_t last);
   void insert_references(text::pos const& from, std::size_t added);

@@ -15,7 +15,7 @@ class file_output {
   explicit file_output(file_system_calls& calls) : calls_(calls), file_(calls) {}
 
   std::optional<file_error> open(std::string const& path, int flags, mode_t mode = 0);
-  /// Writes all of the contents from the present position on.
+  /// Writes all of the contents, to a file that has just been opened.
   std::optional<file_error> write(file_contents const& contents);
   std::optional<file_error> sync();
   std::optional<file_error> close();
@@ -28,11 +28,13 @@ class file_output {
 
  private:
   bool write_piece(unsigned char const* bytes, std::size_t size);
+  void begin_writeback();
 
   file_system_calls& calls_;
   file_descriptor file_;
   std::string path_;
   std::uint64_t bytes_written_ = 0;
+  std::uint64_t handed_over_ = 0;  ///< of these, what the disk has been told of
 };
 
 /// Why an existing file isn't written to, if so.

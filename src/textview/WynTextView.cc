@@ -43,6 +43,26 @@ class WynTextView::change_observer final : public text::storage_observer {
   text::storage& storage_;
 };
 
+namespace {
+
+/// What needs nothing of a text view but its text::view, and so is the same for all.
+struct plain_action_maps {
+  action_map actions;
+  title_action_map titles;
+};
+
+plain_action_maps const& plain_actions() {
+  static plain_action_maps const maps = [] {
+    plain_action_maps made;
+    register_movement_functions(made.actions);
+    register_view_actions(made.actions, made.titles);
+    return made;
+  }();
+  return maps;
+}
+
+}  // namespace
+
 WynTextView::WynTextView()
     : styles_(std::make_unique<view_styles>()),
       symbols_(std::make_unique<symbol_list>(*this)),
@@ -52,8 +72,8 @@ WynTextView::WynTextView()
   registerDefaults();
   // In front of the plain one, which doesn't know the language.
   actions_.add_action([this](text::view*) { return indenter_->paste(); }, "paste:");
-  register_movement_functions(actions_);
-  register_view_actions(actions_, titles_);
+  actions_.inherit(plain_actions().actions);
+  titles_.inherit(plain_actions().titles);
   addEditingMethods();
   addExtensionMethods();
   addScopedSettingMethods();

@@ -37,11 +37,11 @@ plist::value small_words() {
 }  // namespace
 
 void WynTextView::registerDefaults() {
-  platform::user_defaults::standard().register_defaults({
+  // Each new view comes here.
+  static plist::dictionary const lasting = {
       {"WynTextViewNormalFontName", "monospace"},
       {"WynTextViewNormalFontSize", 12.0},
       {"WynTextViewTabSize", 4},
-      {"WynTextViewScopedSoftTabs", soft_tabs()},
       {"WynTextViewSoftWrap", false},
       {"WynTextViewRightMarginColumn", -1},
       {"WynWrapColumns", plist::array{40, 72, 78, 80, 100, 120}},
@@ -72,5 +72,8 @@ void WynTextView::registerDefaults() {
            plist::dictionary{{"variable", "PATH"}, {"value", "/usr/bin:/bin:/usr/sbin:/sbin"}},
            plist::dictionary{{"variable", "QN_ORGANIZATION_NAME"},
                              {"value", "__MyCompanyName__"}}}},
-  });
+  };
+  auto& defaults = platform::user_defaults::standard();
+  defaults.register_defaults(lasting);
+  defaults.register_defaults({{"WynTextViewScopedSoftTabs", soft_tabs()}});
 }
