@@ -65,7 +65,7 @@ class batch_run {
     if (options_.files.size() > 1 && (!options_.prints.empty() || options_.explain))
       print("==> " + file + " <==\n");
     start_counting();
-    std::string const path = path::join(path::cwd(), file);
+    std::string const path = path::join(folder_, file);
     if (!path::exists(path)) {
       complain(file, "no such file");
       return;
@@ -119,7 +119,7 @@ class batch_run {
     if (!options_.save && options_.save_as.empty()) return;
     WynDocument& document = *controller.textDocument();
     std::string const path =
-        options_.save ? document.filename() : path::join(path::cwd(), options_.save_as);
+        options_.save ? document.filename() : path::join(folder_, options_.save_as);
     if (path.empty()) {
       complain("untitled", "--save needs a file");
       return;
@@ -178,6 +178,7 @@ class batch_run {
   headless::headless_desktop desktop_;
   AppDelegate app_;
   std::vector<batch_macro> macros_;
+  std::string const folder_ = path::cwd();
   unsigned steps_ = 0;
   int status_ = done;
   bool has_beeped_ = false;

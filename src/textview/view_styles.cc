@@ -1,5 +1,6 @@
 #include "textview/view_styles.h"
 
+#include "bundles/BundleManager.h"
 #include "textview/WynThemeManager.h"
 #include "textview/typing_settings.h"
 
@@ -26,10 +27,26 @@ plist::value const* view_styles::find(bit_stack::storage const& path) const {
   return found == merged_.end() ? nullptr : &found->second;
 }
 
+// Kept for views to come, too: batch mode may open a thousand files of one language.
+plist::value view_styles::shared_style(std::vector<std::string> const& scopes) {
+  static std::map<std::vector<std::string>, plist::value> known;
+  static unsigned long revision = 0;  // of the bundles
+  static plist::value theme;
+  constexpr std::size_t most_known = 1000;
+  unsigned long const now = BundleManager::sharedInstance().revision();
+  if (revision != now || !(theme == theme_rules()) || known.size() >= most_known) {
+    known.clear();
+    revision = now;
+    theme = theme_rules();
+  }
+  auto const [found, is_new] = known.try_emplace(scopes);
+  if (is_new) found->second = merged_style(candidates(scopes));
+  return found->second;
+}
+
 plist::value const& view_styles::add(bit_stack::storage const& path,
                                      std::vector<std::string> const& scopes) {
-  plist::value style = merged_style(candidates(scopes));
-  return merged_.insert_or_assign(path, std::move(style)).first->second;
+  return merged_.insert_or_assign(path, shared_style(scopes)).first->second;
 }
 
 drawn_style const* view_styles::find_drawn(grammar::path_tree::id path) const {

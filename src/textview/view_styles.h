@@ -41,6 +41,8 @@ class view_styles {
   void drop();
 
  private:
+  plist::value shared_style(std::vector<std::string> const& scopes);
+
   std::optional<plist::value> theme_rules_;
   std::map<bit_stack::storage, plist::value> merged_;
   std::vector<std::optional<drawn_style>> drawn_;  ///< by the tokenizer's paths
