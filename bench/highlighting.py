@@ -14,13 +14,15 @@ LANGUAGES = {"C": ("source.c", "C", 5), "C++": ("source.c++", "C++", 5),
              "Python": ("source.python", "Python", 5), "JSON": ("source.json", "JSON", 5),
              "HTML": ("text.html.basic", "HTML", 5), "Markdown": ("text.html.markdown", "Markdown", 1)}
 SCOPES, RULES, PREFERENCES = 1000, 300, 2000
+FUNCTIONS = 10_000
 TWO_FRAMES = 1000 / 30  # ms
 
 
 class Highlighting:
     def __init__(self, benchmark, ours, gvim, probe, bin_folder):
         self.table, self.sandbox = benchmark.table, benchmark.sandbox
-        self.folder, self.repeat = benchmark.workload.folder, benchmark.repeat
+        self.workload, self.repeat = benchmark.workload, benchmark.repeat
+        self.folder = self.workload.folder
         self.ours, self.gvim, self.probe, self.bin = ours, gvim, probe, bin_folder
 
     def probe_all(self, commands):
@@ -68,6 +70,30 @@ class Highlighting:
         self.table.add_limit(work, median(results["comment"], "ms"), TWO_FRAMES)
         self.table.add_limit("… with a jump to the far end", median(results["comment-far"], "ms"),
                              TWO_FRAMES)
+
+    def folds(self):
+        """Pages of folded functions beside pages as full without folds, and the text not folded."""
+        file, lines = self.folder / "functions.c", self.folder / "declarations.c"
+        heads = [f"static int function_{n * 7919}(char const *name_{n * 104729}, int count)"
+                 for n in range(FUNCTIONS)]
+        body = " {\n\tif (!count) return 0;  // nothing\n\treturn count + 1;\n}\n"
+        file.write_text("".join(head + body for head in heads))
+        lines.write_text("".join(head + ";\n" for head in heads))
+        config = self.folder / "config-folded"
+        (config / "Quirnote").mkdir(parents=True, exist_ok=True)
+        (config / "Quirnote" / "Defaults.plist").write_bytes(
+            plistlib.dumps({"WynTextViewOpenFilesFoldedEnabled": True}))
+        folded = ["env", f"XDG_CONFIG_HOME={config}", self.ours]
+        state = json.loads(self.sandbox.run([*folded, "--batch", "--print", "state", file]).output)
+        if state["viewLines"] != FUNCTIONS + 1:
+            raise SystemExit("bench/run: the functions are not folded")
+        results = self.probe_all({"folded": ["busy", "Next", 40, *folded, file],
+                                  "declarations": ["busy", "Next", 40, self.ours, lines],
+                                  "the same open": ["busy", "Next", 40, self.ours, file]})
+        for peer in ("declarations", "the same open"):
+            self.table.add(f"Page Down to pixels, {FUNCTIONS} functions folded",
+                           median(results["folded"], "median"), peer,
+                           median(results[peer], "median"), 1.2, strict=True)
 
     def styles(self):
         data = self.folder / "style-data"
