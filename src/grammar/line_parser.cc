@@ -63,14 +63,16 @@ path_tree::id line_parser::plain_path() {
   return top.owner->end.is_set() ? content_path(*top.owner, top.path) : top.path;
 }
 
+// What is of no use any more is broken off too, and no fault of the rule.
 void line_parser::give_up(wanted& what) {
+  if (is_stopped()) return;
   what.named->tell_given_up();
   ++what.given_up;
 }
 
 bool line_parser::search(wanted& what, sought& found) {
   if (what.given_up >= max_given_up) return false;
-  auto const result = found.nfa->search(line_, position_, found.match);
+  auto const result = found.nfa->search(line_, position_, found.match, stop_);
   if (result == pattern::result::gave_up) give_up(what);
   return result == pattern::result::found;
 }
@@ -124,9 +126,12 @@ bool line_parser::find_next(region& node) {
     if (at < units.size() && (units[at] & 0xfc00) == 0xdc00) continue;
     for (std::uint16_t const order : set.filter->candidates(units, at)) {
       if (known && known->order < order) break;
-      if (is_dropped(order) || !try_at(set.rules[order], at)) continue;
-      taken_ = order;
-      return true;
+      if (is_dropped(order)) continue;
+      if (try_at(set.rules[order], at)) {
+        taken_ = order;
+        return true;
+      }
+      if (is_stopped()) return false;
     }
     if (known) {
       taken_ = known->order;
@@ -155,7 +160,7 @@ bool line_parser::try_at(wanted& what, std::uint32_t at) {
 bool line_parser::can_begin_at(wanted& what, std::uint32_t at) {
   auto& tried = what.tried;
   if (at <= tried.next) return at == tried.next;
-  auto const result = what.nfa->search(line_, at, searched_);
+  auto const result = what.nfa->search(line_, at, searched_, stop_);
   tried.next = result == pattern::result::found ? searched_.begin() : ~0u;
   if (result == pattern::result::gave_up) give_up(what);
   return at == tried.next;
@@ -166,6 +171,7 @@ bool line_parser::parse_line(std::u16string_view line, bool is_last, line_tokens
   line_.set(line, is_last);
   ++line_number_;
   references_ = &references;
+  stop_ = &stop;
   position_ = 0;
   depth_ = stack_.size();
   for (region& node : stack_) node.opened_at = ~0u;
@@ -174,7 +180,7 @@ bool line_parser::parse_line(std::u16string_view line, bool is_last, line_tokens
   apply_rules(stack_.back());
 
   while (find_next(stack_.back())) {
-    if (stop.load(std::memory_order_relaxed)) return false;
+    if (is_stopped()) return false;
     wanted const& what = stack_.back().rules->rules[taken_];
     if (what.type == kind::opening) {
       take_opening();
@@ -182,17 +188,22 @@ bool line_parser::parse_line(std::u16string_view line, bool is_last, line_tokens
       take_end();
     } else {
       position_ = match_.end();
-      if (match_.empty() || what.type == kind::end) drop_taken();
+      if (match_.empty() || what.type == kind::end) drop_empty();
     }
   }
+  if (is_stopped()) return false;
   tokens = line_tokens(tokens_);
   return true;
 }
 
 // It would match here for ever.
+void line_parser::drop_empty() {
+  stack_.back().rules->rules[taken_].named->tell_zero_width();
+  drop_taken();
+}
+
 void line_parser::drop_taken() {
   region& top = stack_.back();
-  top.rules->rules[taken_].named->tell_zero_width();
   top.dropped.push_back(taken_);
   std::erase_if(top.found, [&](sought const& found) { return found.order == taken_; });
 }
@@ -216,7 +227,7 @@ void line_parser::take_end() {
   // It would open and close here for ever.
   for (taken_ = 0; taken_ < top.rules->rules.size(); ++taken_) {
     wanted const& what = top.rules->rules[taken_];
-    if (what.owner == closed && what.type == kind::opening) drop_taken();
+    if (what.owner == closed && what.type == kind::opening) drop_empty();
   }
 }
 
@@ -224,10 +235,10 @@ void line_parser::take_opening() {
   wanted& what = stack_.back().rules->rules[taken_];
   rule const& owner = *what.owner;
   bool const opens = owner.end.is_set();
-  if (opens &&
-      (stack_.size() >= max_regions || (match_.empty() && opened_here(owner, match_.begin())))) {
-    drop_taken();
-    return;
+  if (opens && match_.empty() && opened_here(owner, match_.begin())) return drop_empty();
+  if (opens && stack_.size() >= max_regions) {
+    what.named->tell_too_deep();
+    return drop_taken();
   }
   path_tree::id path = stack_.back().path;
   for (unsigned const step : what.steps) path = child(path, step);
@@ -242,7 +253,7 @@ void line_parser::take_opening() {
     return;
   }
   tokens_.set(position_, plain_path());
-  if (match_.empty()) drop_taken();
+  if (match_.empty()) drop_empty();
 }
 
 nfa_wrapper line_parser::expanded_end(rule const& owner) {

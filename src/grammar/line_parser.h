@@ -91,6 +91,8 @@ class line_parser {
   bool try_at(wanted& what, std::uint32_t at);
   bool can_begin_at(wanted& what, std::uint32_t at);
   void give_up(wanted& what);
+  bool is_stopped() const { return stop_->load(std::memory_order_relaxed); }
+  void drop_empty();
   void drop_taken();
   void take_end();
   void take_opening();
@@ -110,6 +112,7 @@ class line_parser {
   unsigned line_number_ = 0;  ///< of those parsed
   token_list tokens_;
   reference_stack* references_ = nullptr;
+  std::atomic<bool> const* stop_ = nullptr;
   std::uint32_t position_ = 0;
   std::size_t depth_ = 0;
   std::uint16_t taken_ = 0;  ///< which of the region's rules matched next

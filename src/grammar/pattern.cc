@@ -14,15 +14,21 @@ using regex::onig_library::bytes;
 
 namespace {
 
-// An attempt is bounded by the library, but a search makes one at each position. In short lines the
-// sum of their steps is bounded; with more positions than these the clock is looked at.
-constexpr unsigned long retries_per_search = 30'000'000;
+// An attempt is bounded by the library, but a search makes one at each position. In short lines
+// those of nearly all patterns go back no more often than this together; other searches are done
+// anew under the eye of a clock.
+constexpr unsigned long unobserved_retries = 1'000'000;
 constexpr std::uint32_t short_line = 4096;
 
-/// Ends a search after a second of this thread's time.
+/// Ends a search after a second of this thread's time, or when nobody waits for it any more.
 class second_hand final : public regex::onig_library::attempt_observer {
  public:
-  bool before_attempt(OnigUChar const*) override { return ++attempts_ % 16 != 0 || now() < end_; }
+  explicit second_hand(std::atomic<bool> const* stop) : stop_(stop) {}
+
+  bool before_attempt(OnigUChar const*) override {
+    if (stop_ != nullptr && stop_->load(std::memory_order_relaxed)) return false;
+    return ++attempts_ % 16 != 0 || now() < end_;
+  }
 
  private:
   static double now() {
@@ -31,6 +37,7 @@ class second_hand final : public regex::onig_library::attempt_observer {
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
   }
 
+  std::atomic<bool> const* stop_;
   unsigned attempts_ = 0;
   double end_ = now() + 1;
 };
@@ -151,29 +158,36 @@ struct subject {
 
 }  // namespace
 
-int pattern::search_long(line_text const& line, std::uint32_t from) const {
+int pattern::search_observed(line_text const& line, std::uint32_t from,
+                             std::atomic<bool> const* stop) const {
   std::call_once(observed_compiled_, [this] {
     observed_ = regex::onig_library::new_observed(wide_source(source_), ONIG_OPTION_CAPTURE_GROUP);
   });
   if (observed_ == nullptr) return ONIG_MISMATCH;
   subject const text(line, false);
-  second_hand clock;
+  second_hand clock(stop);
   return regex::onig_library::search_observed(observed_, text.first, text.at(text.size),
                                               text.at(from), text.at(text.size),
                                               region_of_this_thread(), clock, 0, text.options);
 }
 
-pattern::result pattern::search(line_text const& line, std::uint32_t from,
-                                match_groups& found) const {
-  bool const is_long = line.units().size() - from > short_line;
-  bool const is_narrow = narrow_ && line.is_narrow() && !is_long;
-  subject const text(line, is_narrow);
+pattern::result pattern::search(line_text const& line, std::uint32_t from, match_groups& found,
+                                std::atomic<bool> const* stop) const {
+  bool is_narrow = narrow_ && line.is_narrow();
   re_pattern_buffer* const regex = is_narrow ? narrow_ : wide();
   if (regex == nullptr) return result::none;
-  int const index = is_long ? search_long(line, from)
-                            : regex::onig_library::search_within(
-                                  retries_per_search, regex, text.first, text.at(text.size),
-                                  text.at(from), region_of_this_thread(), text.options);
+  int index = ONIGERR_RETRY_LIMIT_IN_SEARCH_OVER;
+  if (line.units().size() - from <= short_line) {
+    subject const text(line, is_narrow);
+    index = regex::onig_library::search_within(unobserved_retries, regex, text.first,
+                                               text.at(text.size), text.at(from),
+                                               region_of_this_thread(), text.options);
+  }
+  if (index == ONIGERR_RETRY_LIMIT_IN_SEARCH_OVER) {
+    is_narrow = false;
+    index = search_observed(line, from, stop);
+  }
+  subject const text(line, is_narrow);
   if (index == ONIG_MISMATCH) return result::none;
   if (index < 0) return result::gave_up;
   text.groups_of(*region_of_this_thread(), found);

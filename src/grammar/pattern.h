@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -57,8 +58,10 @@ class pattern {
   static std::unique_ptr<pattern const> compile(std::u16string source, std::string& reason);
   ~pattern();
 
-  /// The first match that begins at `from` or behind. Gives up after a second or so.
-  result search(line_text const& text, std::uint32_t from, match_groups& found) const;
+  /// The first match that begins at `from` or behind. Gives up after a second or so, or soon after
+  /// `stop`, if given, becomes true.
+  result search(line_text const& text, std::uint32_t from, match_groups& found,
+                std::atomic<bool> const* stop = nullptr) const;
   /// The match that begins at `at`. Unless `with_groups`, only the whole match is told.
   result match(line_text const& text, std::uint32_t at, bool with_groups,
                match_groups& found) const;
@@ -70,7 +73,8 @@ class pattern {
  private:
   pattern() = default;
   re_pattern_buffer* wide() const;
-  int search_long(line_text const& text, std::uint32_t from) const;
+  int search_observed(line_text const& text, std::uint32_t from,
+                      std::atomic<bool> const* stop) const;
 
   re_pattern_buffer* narrow_ = nullptr;  ///< for lines of ASCII; null if there it doesn't compile
   mutable std::once_flag wide_compiled_, observed_compiled_;

@@ -20,7 +20,7 @@ class collector {
  private:
   void add(rule const& of) {
     names.insert(of.scope());
-    names.insert(of.content_name);
+    names.insert(of.content_name.value_or(""));
     for (auto const* captures : {&of.begin_captures, &of.end_captures})
       for (capture const& c : *captures) names.insert(c.name);
     for (auto const& inner : of.patterns)
@@ -29,7 +29,8 @@ class collector {
       if (inner) add(*inner);
     // Others stand for a rule of a grammar that is in any case walked through.
     if (!of.include.empty() && of.include[0] != '$' && of.include[0] != '#')
-      if (rule const* const other = all_rules_.rule_named(of.include)) add_grammar(*other);
+      if (rule const* const other = all_rules_.rule_named(of.include, of.place))
+        add_grammar(*other);
   }
 
   catalogue const& all_rules_;

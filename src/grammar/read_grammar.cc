@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <set>
 
 #include "grammar/back_references.h"
 #include "grammar/rule.h"
@@ -27,8 +28,10 @@ class reader {
     auto made = std::make_unique<rule>();
     made->name = string(content, "name", place);
     made->scope_name = string(content, "scopeName", place);
-    made->content_name = string(content, "contentName", place);
+    std::string content_name = string(content, "contentName", place);
+    if (content["contentName"].as_string()) made->content_name = std::move(content_name);
     made->include = string(content, "include", place);
+    if (!made->include.empty()) made->place = item_ + ": " + place + "include";
     read_patterns(content, place, *made);
     made->apply_end_pattern_last = flag(content, "applyEndPatternLast", place);
     made->disabled = flag(content, "disabled", place);
@@ -47,8 +50,11 @@ class reader {
   }
 
  private:
-  void tell(std::string const& key, char const* reason) const {
-    std::fprintf(stderr, "Quirnote: %s: %s: %s\n", item_.c_str(), key.c_str(), reason);
+  // Once, although captures may be read twice. `key` may end with the dot for what it holds.
+  void tell(std::string key, char const* reason) const {
+    if (key.ends_with('.')) key.pop_back();
+    if (told_.insert(key).second)
+      std::fprintf(stderr, "Quirnote: %s: %s: %s\n", item_.c_str(), key.c_str(), reason);
   }
 
   void wrong_type(std::string const& key, char const* wanted, std::string const& place) const {
@@ -102,17 +108,16 @@ class reader {
   std::vector<capture> captures(plist::value const& content, char const* key,
                                 std::string const& place) const {
     std::vector<capture> made;
-    auto const* const named = entries(content, content[key] ? key : "captures", place);
+    if (!content[key]) key = "captures";
+    auto const* const named = entries(content, key, place);
     if (named == nullptr) return made;
     for (auto const& [group, value] : *named) {
+      std::string const here = place + key + "." + group + ".";
       if (!value.as_dictionary())
-        tell(place + key + "." + group,
-             "rule is not of proper type (expected key/value dictionaryKeys)");
-      if (value["name"] && !value["name"].as_string())
-        wrong_type("name", "a string", place + key + "." + group + ".");
+        tell(here, "rule is not of proper type (expected key/value dictionaryKeys)");
       long const number = std::strtol(group.c_str(), nullptr, 10);
       made.push_back(
-          {static_cast<int>(std::clamp(number, -1L, 1L << 20)), value["name"].string_or("")});
+          {static_cast<int>(std::clamp(number, -1L, 1L << 20)), string(value, "name", here)});
     }
     std::stable_sort(made.begin(), made.end(),
                      [](capture const& a, capture const& b) { return a.group < b.group; });
@@ -120,6 +125,7 @@ class reader {
   }
 
   std::string const& item_;
+  mutable std::set<std::string> told_;
 };
 
 }  // namespace

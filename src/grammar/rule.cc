@@ -14,36 +14,51 @@ void lazy_pattern::set(std::string source, std::string owner, std::string key) {
   is_set_ = true;
 }
 
+namespace {
+
+// As much of a pattern as a line of a log should hold.
+std::string shortened(std::string const& pattern) {
+  constexpr std::size_t longest = 200;
+  if (pattern.size() <= longest) return pattern;
+  std::size_t end = longest;
+  while ((pattern[end] & 0xC0) == 0x80) --end;
+  return pattern.substr(0, end) + "\u2026";
+}
+
+}  // namespace
+
 pattern const* lazy_pattern::get() const {
   if (!is_set_) return nullptr;
   std::call_once(compiled_, [this] {
     std::string reason;
     pattern_ = pattern::compile(unicode::to_utf16(source_), reason);
-    if (!pattern_)
-      std::fprintf(stderr, "Quirnote regular expression error\n%s\nError: %s for pattern %s\n%s\n",
-                   owner_.c_str(), reason.c_str(), source_.c_str(), key_.c_str());
+    if (!pattern_) tell_invalid(source_, reason);
   });
   return pattern_.get();
 }
 
-void lazy_pattern::tell_given_up() const {
-  std::call_once(given_up_, [this] {
-    std::fprintf(stderr, "Quirnote: gave up a match that takes too long\n%s\n%s\n", owner_.c_str(),
-                 key_.c_str());
+void lazy_pattern::tell(std::once_flag& told, std::string const& fault) const {
+  std::call_once(told, [&] {
+    std::fprintf(stderr, "Quirnote: %s\n%s\n%s\n", fault.c_str(), owner_.c_str(), key_.c_str());
   });
 }
 
+void lazy_pattern::tell_given_up() const {
+  tell(given_up_, "gave up a match that takes too long");
+}
+
 void lazy_pattern::tell_zero_width() const {
-  std::call_once(zero_width_, [this] {
-    std::fprintf(stderr, "Quirnote: zero width match %s\n%s\n%s\n", source_.c_str(), owner_.c_str(),
-                 key_.c_str());
-  });
+  tell(zero_width_, "zero width match " + shortened(source_));
+}
+
+void lazy_pattern::tell_too_deep() const {
+  tell(too_deep_, "too many regions in one another: no more is opened by " + shortened(source_));
 }
 
 void lazy_pattern::tell_invalid(std::string const& expanded, std::string const& reason) const {
   std::call_once(invalid_, [&] {
     std::fprintf(stderr, "Quirnote regular expression error\n%s\nError: %s for pattern %s\n%s\n",
-                 owner_.c_str(), reason.c_str(), expanded.c_str(), key_.c_str());
+                 owner_.c_str(), reason.c_str(), shortened(expanded).c_str(), key_.c_str());
   });
 }
 
@@ -83,20 +98,23 @@ rule const* rule_at_index(rule const& rule, unsigned index, catalogue const& all
   if (entry == nullptr || entry->include.empty()) return entry;
   std::string const& include = entry->include;
   if (include[0] == '$') {
-    if (include != "$self" && include != "$base") return entry;
+    if (include != "$self" && include != "$base") {
+      all_rules.tell(entry->place, "didn't find rule " + include);
+      return entry;
+    }
     return new_base = include == "$self" ? base : root;
   }
   if (include[0] == '#') {
     auto const found = base->repository.find(std::string_view(include).substr(1));
     if (found == base->repository.end() || !found->second) {
-      all_rules.tell_missing(base->scope() + ": " + include);
+      all_rules.tell(entry->place, "didn't find rule " + include);
       return nullptr;
     }
     struct rule const* const named = found->second.get();
     if (!named->match.is_set() && !named->begin.is_set() && named->has_patterns) new_base = base;
     return named;
   }
-  struct rule const* const grammar = all_rules.rule_named(include);
+  struct rule const* const grammar = all_rules.rule_named(include, entry->place);
   if (grammar) new_base = grammar;
   return grammar;
 }
@@ -117,19 +135,17 @@ unsigned catalogue::index_named(std::string_view name) const {
   return none;
 }
 
-rule const* catalogue::rule_named(std::string_view name) const {
+rule const* catalogue::rule_named(std::string_view name, std::string const& place) const {
   unsigned const index = index_named(name);
   if (index != none) return &root(index);
-  std::lock_guard lock(mutex_);
-  if (told_.emplace("named " + std::string(name), true).second)
-    std::fprintf(stderr, "didn't find rule named %s\n", std::string(name).c_str());
+  tell(place, "didn't find rule named " + std::string(name));
   return nullptr;
 }
 
-void catalogue::tell_missing(std::string const& reference) const {
+void catalogue::tell(std::string const& place, std::string const& fault) const {
   std::lock_guard lock(mutex_);
-  if (told_.emplace(reference, true).second)
-    std::fprintf(stderr, "didn't find rule %s\n", reference.c_str());
+  if (told_.insert(place).second)
+    std::fprintf(stderr, "Quirnote: %s: %s\n", place.c_str(), fault.c_str());
 }
 
 }  // namespace grammar

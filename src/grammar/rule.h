@@ -4,6 +4,8 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,15 +29,19 @@ class lazy_pattern {
   /// Null when there is none or it is invalid.
   pattern const* get() const;
   /// Says once that searching with it was given up, or that it matched nothing at a place where
-  /// that would go on for ever, or that what its references stand for makes no pattern.
+  /// that would go on for ever, or that as many regions are open as can be, or that what its
+  /// references stand for makes no pattern.
   void tell_given_up() const;
   void tell_zero_width() const;
+  void tell_too_deep() const;
   void tell_invalid(std::string const& expanded, std::string const& reason) const;
 
  private:
+  void tell(std::once_flag& told, std::string const& fault) const;
+
   std::string source_, owner_, key_;
   bool is_set_ = false;
-  mutable std::once_flag compiled_, given_up_, zero_width_, invalid_;
+  mutable std::once_flag compiled_, given_up_, zero_width_, too_deep_, invalid_;
   mutable std::unique_ptr<pattern const> pattern_;
 };
 
@@ -48,7 +54,9 @@ struct capture {
 /// A rule of a grammar. Members are named for the keys of its dictionary; what is absent is empty.
 /// Immutable but for the patterns; owned by its grammar, and that by a catalogue. Any thread.
 struct rule {
-  std::string name, scope_name, content_name, include;
+  std::string name, scope_name, include;
+  std::optional<std::string> content_name;
+  std::string place;  ///< item and place of an `include`, for messages
   lazy_pattern match, begin, end, swallow;
   bool has_back_references = false;  ///< `end` refers to groups of `begin`
   bool apply_end_pattern_last = false;
@@ -59,7 +67,7 @@ struct rule {
   std::vector<capture> end_captures;
   std::map<std::string, std::unique_ptr<rule>, std::less<>> repository;
 
-  bool has_content_name() const { return !content_name.empty(); }
+  bool has_content_name() const { return content_name.has_value(); }
   /// What the rule adds to a list of scopes.
   std::string const& scope() const { return scope_name.empty() ? name : scope_name; }
   /// What opens a region or is matched, or null.
@@ -102,16 +110,16 @@ class catalogue {
   rule const& root(unsigned index) const;
   /// The first one with that scope name or name.
   unsigned index_named(std::string_view name) const;
-  /// The grammar of that scope name or name; null, told once, if there is none.
-  rule const* rule_named(std::string_view name) const;
-  /// Says once that a reference to a rule leads nowhere.
-  void tell_missing(std::string const& reference) const;
+  /// The grammar of that scope name or name; null, told once with `place`, if there is none.
+  rule const* rule_named(std::string_view name, std::string const& place) const;
+  /// Says once what is wrong with the reference that `place` names.
+  void tell(std::string const& place, std::string const& fault) const;
 
  private:
   std::vector<entry> entries_;
   mutable std::recursive_mutex mutex_;
   mutable std::vector<std::unique_ptr<rule>> roots_;
-  mutable std::map<std::string, bool, std::less<>> told_;
+  mutable std::set<std::string> told_;
 };
 
 }  // namespace grammar

@@ -8,6 +8,8 @@ namespace {
 
 /// Rules that one region may include, each counted as often as it is.
 constexpr unsigned max_candidates = 20000;
+/// How deep groups may include each other.
+constexpr std::size_t max_groups = 256;
 
 bool any_group(std::vector<capture> const& captures) {
   return std::any_of(captures.begin(), captures.end(),
@@ -45,8 +47,9 @@ rule_set& rule_sets::of(rule const& owner, rule const& base) {
 
 void rule_sets::collect(std::vector<wanted>& rules, region_key const& of,
                         std::vector<unsigned> steps) {
-  // A group that was collected, or is just being, adds nothing: what it has comes first already.
+  // A group that was collected adds nothing: what it has comes first already.
   if (!collected_.insert(of).second) return;
+  being_collected_.push_back(of);
   auto const [owner, base] = of;
   if (owner->end.is_set() && owner->has_content_name())
     steps.push_back(modulo_for_rule(*owner) - 1);
@@ -58,7 +61,8 @@ void rule_sets::collect(std::vector<wanted>& rules, region_key const& of,
     std::vector<unsigned> below = steps;
     below.push_back(i);
     if (new_base) {
-      collect(rules, {child, new_base}, std::move(below));
+      if (may_collect({child, new_base}, *owner->patterns[i]))
+        collect(rules, {child, new_base}, std::move(below));
     } else if (lazy_pattern const* const opening = child->opening()) {
       rules.push_back(
           {wanted::kind::opening, child, base, std::move(below), opening->get(), opening});
@@ -67,6 +71,19 @@ void rule_sets::collect(std::vector<wanted>& rules, region_key const& of,
   if (owner->apply_end_pattern_last) collect_end(rules, of);
   if (pattern const* const swallow = owner->swallow.get())
     rules.push_back({wanted::kind::swallow, owner, base, {}, swallow, &owner->swallow});
+  being_collected_.pop_back();
+}
+
+// A group within itself would go on for ever, and a long chain of groups as deep as the stack.
+bool rule_sets::may_collect(region_key const& group, rule const& entry) const {
+  auto const& open = being_collected_;
+  if (std::find(open.begin(), open.end(), group) != open.end()) {
+    all_rules_.tell(entry.place, entry.include + " includes itself");
+    return false;
+  }
+  if (open.size() < max_groups) return true;
+  all_rules_.tell(entry.place, "groups include each other too deeply");
+  return false;
 }
 
 void rule_sets::collect_end(std::vector<wanted>& rules, region_key const& of) {

@@ -63,12 +63,14 @@ class rule_sets {
   using region_key = std::pair<rule const*, rule const*>;
 
   void collect(std::vector<wanted>& rules, region_key const& of, std::vector<unsigned> steps);
+  bool may_collect(region_key const& group, rule const& entry) const;
   void collect_end(std::vector<wanted>& rules, region_key const& of);
 
   catalogue const& all_rules_;
   rule const* root_;
   std::map<region_key, rule_set> sets_;
-  std::set<region_key> collected_;  ///< guards against groups that include themselves
+  std::set<region_key> collected_;           ///< a group that comes again adds nothing
+  std::vector<region_key> being_collected_;  ///< outermost first
 };
 
 }  // namespace grammar

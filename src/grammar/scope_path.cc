@@ -23,7 +23,7 @@ void add_scope(std::vector<std::string>& scopes, path_walker::step step, rule co
                rule const& to, unsigned index) {
   using enum path_walker::step;
   std::string const none;
-  std::string const& name = step == content_name ? from.content_name
+  std::string const& name = step == content_name ? *from.content_name
                             : step == capture    ? capture_at_index(from, index).name
                             : step == rule       ? to.scope()
                                                  : none;

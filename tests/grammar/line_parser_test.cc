@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
+
 #include "data_rows.h"
 #include "grammar/all_grammars.h"
 #include "platform/utf.h"
@@ -73,15 +75,53 @@ TEST(line_parser, includes_other_grammars) {
 TEST(line_parser, bad_grammars) {
   char const* const good = "{name=n;match='n';}";
   for (auto const& row : data_rows("grammars.txt", "bad rules")) {
-    std::string const& rule = row[0];
+    std::string const &rule = row.at(0), &told = row.at(1);  // in exactly one line
     testing::internal::CaptureStderr();
     std::string const grammar = "{scopeName=r;patterns=(" + rule + "," + good +
                                 ");repository={g={patterns=({include='#g';},{include='#h';});};"
                                 "h={patterns=({include='#g';});};};}";
     std::string const tokens = scopes_of({grammar.c_str()}, "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxn\nn");
-    testing::internal::GetCapturedStderr();
+    std::string const said = testing::internal::GetCapturedStderr();
     EXPECT_NE(tokens.find(" n"), std::string::npos) << rule << tokens;
+    std::size_t const first = said.find(told);
+    EXPECT_NE(first, std::string::npos) << rule << said;
+    if (!told.empty()) {
+      EXPECT_EQ(said.find(told, first + 1), std::string::npos) << rule << said;
+    }
   }
+}
+
+double processor_time_of_search(bool stopped) {
+  std::string reason;
+  auto const slow = pattern::compile(u"x{1,900}x{1,900}y", reason);
+  line_text line;
+  line.set(std::u16string(4000, u'x'), true);
+  match_groups found;
+  std::atomic<bool> const stop = stopped;
+  std::clock_t const begin = std::clock();
+  EXPECT_EQ(slow->search(line, 0, found, &stop), pattern::result::gave_up);
+  return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+}
+
+// After a second, or at once when nobody waits for it any more.
+TEST(line_parser, gives_up_a_search) {
+  EXPECT_GT(processor_time_of_search(false), 0.9);
+  EXPECT_LT(processor_time_of_search(true), 0.2);
+}
+
+// However deep groups lie in one another, and however many rules a place has.
+TEST(line_parser, includes_of_any_depth) {
+  std::string groups;
+  for (int i = 0; i < 30'000; ++i)
+    groups += "'g" + std::to_string(i) + "'={patterns=({include='#g" + std::to_string(i + 1) +
+              "';},"
+              "{name=n;match='n';});};";
+  testing::internal::CaptureStderr();
+  std::string const tokens = scopes_of(
+      {("{scopeName=r;patterns=({include='#g0';});repository={" + groups + "};}").c_str()}, "n");
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("include each other too deeply"),
+            std::string::npos);
+  EXPECT_EQ(tokens, "0:r n | 1:r\n");
 }
 
 }  // namespace
