@@ -149,6 +149,7 @@ plist::value BundleItem::languageEntries() const {
   plist::dictionary result = language_entries(hasContent_ ? content_ : languageEntries_);
   result.emplace("uuid", UUID());
   result.emplace("name", name());
+  result.emplace("item", sourcePath());
   return result;
 }
 

@@ -67,8 +67,8 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
   /// What content() is, from files; `base` becomes the one that is no delta. Any thread.
   static plist::value contentOfPaths(std::string_view kind, std::vector<std::string> const& paths,
                                      std::string* base = nullptr);
-  /// Of a grammar: what tells which files are in its language, with `uuid` and `name`. Without
-  /// reading the file.
+  /// Of a grammar: what tells which files are in its language, with `uuid`, `name` and, for
+  /// messages, `item`, its path. Without reading the file.
   plist::value languageEntries() const;
   void setContentValueForKey(plist::value v, std::string const& key);
 

@@ -37,7 +37,8 @@ std::vector<std::u16string> const& generated_lines() {
   }();
   return lines;
 }
-constexpr double time_budget = 0.25;  // seconds of the processor, for one pattern on one line
+constexpr double time_budget = 0.25;     // seconds of the processor, for one pattern on one line
+constexpr std::size_t max_groups = 256;  // within one another, as the tokenizer has it
 
 class file_check {
  public:
@@ -80,6 +81,9 @@ class file_check {
     for (auto const& key : keys_of_kind("language")) keys.insert(key);
     if (content_["scopeName"].string_or("").empty()) at({"scopeName"}, "is missing");
     rule(content_, {}, keys);
+    std::vector<std::string> open;
+    group("$self", open);
+    for (auto const& [name, rule] : content_["repository"].entries()) group("#" + name, open);
   }
 
   /// What the bundle lists must be its own.
@@ -199,6 +203,30 @@ class file_check {
     if (!found) at(below(to, "include"), "didn't find rule " + *name);
   }
 
+  /// Looks for groups that include themselves in one that is included as `key`; `open` are those
+  /// in which it is.
+  void group(std::string const& key, std::vector<std::string>& open) {
+    bool const is_root = key == "$self";
+    plist::value const& found = is_root ? content_ : content_["repository"][key.substr(1)];
+    if (found["match"] || found["begin"] || !followed_.insert(key).second) return;
+    way const to = is_root ? way() : way{"repository", key.substr(1)};
+    open.push_back(key);
+    std::size_t n = 0;
+    for (plist::value const& child : found["patterns"].elements()) {
+      way const here = below(below(below(to, "patterns"), std::to_string(n++)), "include");
+      std::string const name = child["include"].string_or("");
+      std::string const inner = name == "$base" ? "$self" : name;
+      if (inner != "$self" && !inner.starts_with('#')) continue;
+      if (std::find(open.begin(), open.end(), inner) != open.end())
+        at(here, name + " includes itself");
+      else if (open.size() >= max_groups)
+        at(here, "groups include each other too deeply");
+      else
+        group(inner, open);
+    }
+    open.pop_back();
+  }
+
   void expression(std::string const& text, way const& to, bool has_references) {
     std::u16string source = unicode::to_utf16(text);
     // Groups of the begin pattern are put in at run time; any text stands for them here.
@@ -229,6 +257,7 @@ class file_check {
   plist::value content_;
   plist::value_lines lines_;
   std::set<std::string> const* languages_ = nullptr;
+  std::set<std::string> followed_;  ///< groups that were looked at
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <set>
 #include <unordered_map>
 
 #include "plist/UnicharInputBuffer.h"
@@ -93,13 +94,17 @@ double compare_selector::tail_match(std::vector<std::string> const& parts, scope
   return score;
 }
 
-double new_score_for_selector(std::string const& selector, std::vector<std::string> const& scopes) {
+double new_score_for_selector(std::string const& selector, std::vector<std::string> const& scopes,
+                              std::function<std::string()> const& place) {
   static std::unordered_map<std::string, std::shared_ptr<selector_node const>> cache;
   auto it = cache.find(selector);
   if (it == cache.end()) {
     auto parsed = parse_selector(selector, nullptr);
     if (!parsed) {
-      std::fprintf(stderr, "Quirnote: invalid scope selector %s\n", selector.c_str());
+      static std::set<std::string> told;
+      std::string const message = selector + (place ? "\n" + place() : "");
+      if (told.insert(message).second)
+        std::fprintf(stderr, "Quirnote: invalid scope selector %s\n", message.c_str());
       return no_match;
     }
     it = cache.emplace(selector, std::move(parsed)).first;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -51,8 +52,9 @@ class compare_selector {
 };
 
 /// The score of a selector against scope names, outermost first. A selector that can't be parsed
-/// applies nowhere, and is reported on standard error at each use. Main thread only: parsed
-/// selectors are kept for good.
-double new_score_for_selector(std::string const& selector, std::vector<std::string> const& scopes);
+/// applies nowhere, and is reported on standard error, once for each of the places where one
+/// stands; `place` is asked for that alone. Main thread only: parsed selectors are kept for good.
+double new_score_for_selector(std::string const& selector, std::vector<std::string> const& scopes,
+                              std::function<std::string()> const& place = {});
 
 }  // namespace scope

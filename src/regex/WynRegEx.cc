@@ -13,7 +13,7 @@ namespace {
 
 using compiled = std::optional<oniguruma::ptrn_t>;
 
-compiled compile(std::string_view pattern) {
+compiled compile(std::string_view pattern, std::string& fault) {
   std::u16string const units = unicode::to_utf16(pattern);
   try {
     return oniguruma::ptrn_t(units.data(), units.data() + units.size(),
@@ -22,27 +22,39 @@ compiled compile(std::string_view pattern) {
     // "MESSAGE for pattern SOURCE"
     std::string_view const what = e.what();
     std::string const message(what.substr(0, what.rfind(" for pattern " + std::string(pattern))));
-    std::fprintf(stderr, "Quirnote regular expression error: “%s for pattern %s”\n",
-                 message.c_str(), std::string(pattern).c_str());
+    fault = "“" + message + " for pattern " + std::string(pattern) + "”";
     return std::nullopt;
   }
+}
+
+/// Each pattern is compiled once in a process, and its fault told to whoever asks first.
+compiled const& known(std::string_view pattern, std::string& fault) {
+  static std::map<std::string, compiled, std::less<>> RegExCache;
+  auto entry = RegExCache.find(pattern);
+  if (entry == RegExCache.end())
+    entry =
+        RegExCache.emplace(pattern, compile(pattern.substr(pattern.front() == '!'), fault)).first;
+  return entry->second;
 }
 
 }  // namespace
 
 bool isEqualToRegEx(std::string_view string, std::string_view pattern) {
-  static std::map<std::string, compiled, std::less<>> RegExCache;
   if (pattern.empty()) return false;
   bool const negate = pattern.front() == '!';
-  auto entry = RegExCache.find(pattern);
-  if (entry == RegExCache.end()) {
-    entry = RegExCache.emplace(pattern, compile(pattern.substr(negate ? 1 : 0))).first;
-  }
-  if (!entry->second) return !negate;
+  std::string fault;
+  compiled const& ptrn = known(pattern, fault);
+  if (!fault.empty())
+    std::fprintf(stderr, "Quirnote regular expression error: %s\n", fault.c_str());
+  if (!ptrn) return !negate;
   std::u16string const units = unicode::to_utf16(string);
   bool const matched = static_cast<bool>(
-      oniguruma::find(units.data(), 0, static_cast<std::ptrdiff_t>(units.size()), &*entry->second));
+      oniguruma::find(units.data(), 0, static_cast<std::ptrdiff_t>(units.size()), &*ptrn));
   return matched != negate;
+}
+
+bool isRegEx(std::string_view pattern, std::string& fault) {
+  return pattern.empty() || known(pattern, fault);
 }
 
 std::optional<std::vector<std::string>> componentsInRegEx(std::string_view string,

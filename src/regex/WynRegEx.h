@@ -12,6 +12,9 @@
 /// matches everything. Patterns are compiled once a process.
 bool isEqualToRegEx(std::string_view string, std::string_view pattern);
 
+/// Whether isEqualToRegEx can use the pattern. `fault` says why not, if nobody has been told yet.
+bool isRegEx(std::string_view pattern, std::string& fault);
+
 /// The groups of the first match in index order, group 0 first; of one that took no part, nothing.
 /// The pattern is the own engine's (regex/find.h). Nothing when there is no match.
 std::optional<std::vector<std::string>> componentsInRegEx(std::string_view string,

@@ -10,7 +10,7 @@ namespace onig {
 
 using namespace regex::onig_library;
 
-ptrn_t::ptrn_t(char const* first, char const* last, option::type options) {
+ptrn_t::ptrn_t(char const* first, char const* last, option::type options, std::string* fault) {
   initialize();
   OnigOptionType flags = ONIG_OPTION_NONE;
   if (options & option::ignore_case) flags |= ONIG_OPTION_IGNORECASE;
@@ -22,7 +22,11 @@ ptrn_t::ptrn_t(char const* first, char const* last, option::type options) {
                              flags, ONIG_ENCODING_UTF8, ONIG_SYNTAX_RUBY, &info);
   if (error == ONIG_NORMAL) return;
   regex_ = nullptr;
-  std::fprintf(stderr, "regex error: %s\n", message(error, info).c_str());
+  std::string const reason = message(error, info);
+  if (fault)
+    *fault = reason;
+  else
+    std::fprintf(stderr, "regex error: %s\n", reason.c_str());
 }
 
 ptrn_t::~ptrn_t() {

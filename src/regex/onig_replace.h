@@ -19,10 +19,11 @@ inline type& operator|=(type& a, type b) {
 }
 }  // namespace option
 
-/// A compiled pattern. What is wrong with one is told on standard error, and it replaces nothing.
+/// A compiled pattern. What is wrong with one is put into `fault`, or without that told on standard
+/// error, and it replaces nothing.
 class ptrn_t {
  public:
-  ptrn_t(char const* first, char const* last, option::type options);
+  ptrn_t(char const* first, char const* last, option::type options, std::string* fault = nullptr);
   ~ptrn_t();
   ptrn_t(ptrn_t const&) = delete;
   ptrn_t& operator=(ptrn_t const&) = delete;

@@ -51,9 +51,14 @@ transformation_program::transformation_program(std::string_view text) {
       return;
     }
     std::string options = take_options(text);
-    auto compiled = std::make_shared<onig::ptrn_t const>(
-        pattern->data(), pattern->data() + pattern->size(), snippet::options_from_string(options));
-    if (compiled->regex() == nullptr) note("invalid regular expression: " + *pattern);
+    std::string reason;
+    auto compiled =
+        std::make_shared<onig::ptrn_t const>(pattern->data(), pattern->data() + pattern->size(),
+                                             snippet::options_from_string(options), &reason);
+    if (compiled->regex() == nullptr) {
+      note("invalid regular expression: " + *pattern + " (" + reason + ")");
+      continue;
+    }
     substitutions_.push_back(
         {std::move(*pattern), std::move(*format), std::move(options), std::move(compiled)});
   }

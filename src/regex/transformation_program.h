@@ -21,7 +21,8 @@ class transformation_program {
     std::shared_ptr<onig::ptrn_t const> compiled;
   };
 
-  /// What is no substitution is skipped, and one that isn't complete ends the program.
+  /// What is no substitution, or one whose pattern is none, is skipped; one that isn't complete
+  /// ends the program.
   explicit transformation_program(std::string_view text);
 
   std::vector<substitution> const& substitutions() const { return substitutions_; }

@@ -1,8 +1,11 @@
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 
+#include "bundles/BundleItem.h"
 #include "bundles/BundleManager.h"
 #include "bundles/language_catalogue.h"
 #include "documents/WynDocument.h"
@@ -43,10 +46,15 @@ unsigned index_of_language(std::string const& uuid) {
   return grammar::catalogue::none;
 }
 
-plist::value language_with(std::string const& uuid) {
+std::shared_ptr<BundleItem> item_of_language(std::string const& uuid) {
   unsigned const index = index_of_language(uuid);
-  if (index == grammar::catalogue::none) return {};
-  return BundleManager::sharedInstance().bundleItemsOfKind("language")[index]->content();
+  if (index == grammar::catalogue::none) return nullptr;
+  return BundleManager::sharedInstance().bundleItemsOfKind("language")[index];
+}
+
+plist::value language_with(std::string const& uuid) {
+  auto const item = item_of_language(uuid);
+  return item ? item->content() : plist::value();
 }
 
 oniguruma::ptrn_t compiled(std::string const& pattern) {
@@ -54,7 +62,8 @@ oniguruma::ptrn_t compiled(std::string const& pattern) {
   return {units.data(), units.data() + units.size(), ONIG_OPTION_CAPTURE_GROUP};
 }
 
-void set_folding_patterns(text::view& view, plist::value const& language) {
+// `item` is the grammar's path.
+void set_folding_patterns(text::view& view, plist::value const& language, std::string const& item) {
   auto const* const start = language["foldingStartMarker"].as_string();
   auto const* const stop = language["foldingStopMarker"].as_string();
   text::view::folding_filter::pattern first, last;
@@ -62,8 +71,13 @@ void set_folding_patterns(text::view& view, plist::value const& language) {
       first = std::make_unique<oniguruma::ptrn_t>(compiled(*start));
       last = std::make_unique<oniguruma::ptrn_t>(compiled(*stop));
     } catch (std::invalid_argument const& error) {
-      std::fprintf(stderr, "Quirnote regular expression error\nLanguage name \"%s\"\nError: %s\n",
-                   language["name"].string_or("").c_str(), error.what());
+      static std::set<std::string> told;
+      if (told.insert(item).second)
+        std::fprintf(stderr,
+                     "Quirnote regular expression error\nLanguage name \"%s\"\nError: %s\n"
+                     "%s: %s\n",
+                     language["name"].string_or("").c_str(), error.what(), item.c_str(),
+                     first ? "foldingStopMarker" : "foldingStartMarker");
       first.reset();
     }
   view.folding_filter->set_patterns(std::move(first), std::move(last));
@@ -121,7 +135,8 @@ void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) 
   if (learn) learnFileAssociation(languageUUID_);
   setRules(language ? index_of_language(languageUUID_) : grammar::catalogue::none);
   styles_->drop();
-  set_folding_patterns(*view_, language);
+  set_folding_patterns(*view_, language,
+                       language ? item_of_language(languageUUID_)->sourcePath() : "");
   initializeSettings();
   publishLanguage();
   recalcFrameSize();  // the gutter has marks where the language has blocks

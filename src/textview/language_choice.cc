@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "bundles/item_file.h"
 #include "path/path.h"
 #include "regex/WynRegEx.h"
 
@@ -12,6 +13,15 @@ namespace {
 bool matches_first_line(plist::value const& entry, std::string_view first_line) {
   auto const* const pattern = entry["firstLineMatch"].as_string();
   return pattern != nullptr && isEqualToRegEx(first_line, *pattern);
+}
+
+/// A pattern of the user's that is none matches everything; a grammar's must not take all files.
+bool tells_itself(plist::value const& language, std::string_view first_line) {
+  std::string fault;
+  bool const is_pattern = isRegEx(language["firstLineMatch"].string_or(""), fault);
+  if (!fault.empty())
+    bundles::complain(language["item"].string_or("") + ": firstLineMatch: " + fault);
+  return is_pattern && matches_first_line(language, first_line);
 }
 
 /// The value under `uuid_key` of the entry with the longest suffix; the first of several.
@@ -58,7 +68,7 @@ std::string for_file(std::string_view path, std::string_view first_line,
     if (matches_first_line(binding, first_line)) return binding["language"].string_or("");
   if (auto uuid = by_file_type(path, known, "language"); !uuid.empty()) return uuid;
   for (plist::value const& language : languages)
-    if (matches_first_line(language, first_line)) return language["uuid"].string_or("");
+    if (tells_itself(language, first_line)) return language["uuid"].string_or("");
   if (auto uuid = by_file_type(path, languages, "uuid"); !uuid.empty()) return uuid;
   return is_known(default_language) ? default_language : "";
 }

@@ -62,7 +62,8 @@ void blend(style_candidates const& candidates, std::string const& key, plist::di
 
 void GetDefaultSettings(std::vector<std::string> const& scopes, style_candidates& result) {
   for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("preference")) {
-    double const score = scope::new_score_for_selector(item->scopeSelector(), scopes);
+    double const score = scope::new_score_for_selector(
+        item->scopeSelector(), scopes, [&] { return item->sourcePath() + ": scope"; });
     if (score >= 0) result.emplace(score, style_rule{item->content(), item});
   }
 }
@@ -70,7 +71,12 @@ void GetDefaultSettings(std::vector<std::string> const& scopes, style_candidates
 void add_theme_rules(plist::value const& rules, std::vector<std::string> const& scopes,
                      style_candidates& result) {
   for (plist::value const& rule : rules.elements()) {
-    double const score = scope::new_score_for_selector(rule["scope"].string_or(""), scopes);
+    double const score = scope::new_score_for_selector(rule["scope"].string_or(""), scopes, [&] {
+      auto const* const theme = WynThemeManager::sharedInstance().selectedTheme();
+      auto const n = &rule - rules.elements().data();
+      return (theme == nullptr ? "theme" : theme->filepath) + ": settings." + std::to_string(n) +
+             ".scope";
+    });
     if (score >= 0) result.emplace(score, style_rule{rule, nullptr});
   }
 }

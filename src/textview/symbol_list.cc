@@ -26,7 +26,8 @@ void replace_each(std::string& text, std::string_view from, std::string_view to)
 }
 
 bool is_blank(std::string const& text) {
-  return text.find_first_not_of(" \t\r\n\v\f") == std::string::npos;
+  std::u16string const units = unicode::to_utf16(text);
+  return std::all_of(units.begin(), units.end(), unicode::is_space);
 }
 
 // Kept for good, as there are few, so that a fault in one is told once.

@@ -29,7 +29,8 @@ TEST_F(bundle_test, check_bundle_tells_every_fault) {
       "{ include = '#gone'; }, { begin = x; nmae = 1; }, { match = '(x+x+)+y|(a|aa)+$'; }, "
       "{ begin = '(x)'; end = '\\1'; patterns = ( { include = '$self'; }, "
       "{ include = 'source.x'; }, { include = 'source.other'; }, { include = 'source.none'; } ); "
-      "} ); }");
+      "} ); repository = { g = { patterns = ( { include = '#h'; } ); }; "
+      "h = { patterns = ( { include = '#g'; } ); }; }; }");
   put("Bad.qnbundle/Preferences/p.plist",
       "{ uuid = P; name = x; settings = { completions = x; foreground = red; increaseIndentPattern "
       "= '('; shellVariables = ( { name = x; } ); smartTypingPairs = ( ( a ) ); "
@@ -51,6 +52,7 @@ TEST_F(bundle_test, check_bundle_tells_every_fault) {
             "patterns.0.match: invalid regul\npatterns.1.include: didn't find r\n"
             "patterns.2.nmae: unknown key\npatterns.2: begin/end-rul\n"
             "patterns.3.match: takes too lon\npatterns.4.patterns.3.include: didn't find r\n"
+            "repository.h.patterns.0.include: #g includes i\n"
             "ordering.1: names no item\nmainMenu.submenus.M.items.1: names no item\n");
 }
 

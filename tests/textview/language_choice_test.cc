@@ -11,10 +11,12 @@ plist::array list(char const* text) {
   return plist::convert(text, nullptr).elements();
 }
 
+// One has a first line that is no pattern: it takes no file.
 plist::array languages() {
   return list(
       R"(( { uuid = 'ruby'; fileTypes = ( 'rb', 'Rakefile' ); firstLineMatch = '^#!.*ruby'; },
                    { uuid = 'rails'; fileTypes = ( 'view.rb', 'rb' ); },
+                   { uuid = 'bad'; firstLineMatch = '(a'; },
                    { uuid = 'plain'; fileTypes = ( 'txt' ); } ))");
 }
 
