@@ -214,6 +214,8 @@ class WynTextView : public platform::responder,
   /// Selects the innermost pair of brackets round the selection and what is between; false if there
   /// is none.
   bool selectBlock();
+  /// Types the closing tag of the innermost one that is open at the caret; false if there is none.
+  bool insertClosingTag();
   /// What the language at the caret says under a key such as "highlightPairs", or else the pairs of
   /// all texts.
   std::vector<unit_pair> pairsAtCaret(char const* key) const;

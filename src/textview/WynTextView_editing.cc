@@ -106,12 +106,13 @@ void WynTextView::insertText(std::u16string_view text) {
   }
   view_will_change const scope(*this, true);
   make_caret_real(*view_);
-  bool const may_close = text.size() == 1 && indenter_->may_close_block();
+  bool const may_close =
+      (text.size() == 1 || text.starts_with(u"</")) && indenter_->may_close_block();
   bool const closes = smart && select_live_closing(*this, text.front());
   if (smart && !closes && surround_selection(*this, text.front())) return;
   insertTyped(text, closes);
   if (smart && !closes) complete_pair(*this, text.front());
-  if (may_close) indenter_->indent_closing_line();
+  if (may_close) indenter_->indent_closing_line(text.size());
 }
 
 // In overwrite mode what is typed takes the place of as many units, or of the one selected.

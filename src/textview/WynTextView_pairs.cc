@@ -1,3 +1,4 @@
+#include "actions/find_start_tag.h"
 #include "actions/skip_pair.h"
 #include "grammar/tokenize_filter.h"
 #include "platform/user_defaults.h"
@@ -12,7 +13,8 @@
 #include <iterator>
 #include <optional>
 
-// Brackets and what they enclose: the partner that is shown, and the block that is selected.
+// Brackets and what they enclose: the partner that is shown, and the block that is selected. Tags
+// that are closed.
 
 namespace {
 
@@ -29,6 +31,8 @@ std::optional<text::iterator> opening_before(text::iterator const& from,
 
 void WynTextView::addPairMethods() {
   addMethod("selectBlock:", [this](plist::value const&) { return plist::value(selectBlock()); });
+  addMethod("insertClosingTag:",
+            [this](plist::value const&) { return plist::value(insertClosingTag()); });
 }
 
 std::vector<unit_pair> WynTextView::pairsAtCaret(char const* key) const {
@@ -73,6 +77,17 @@ bool WynTextView::selectBlock() {
   view_will_change const scope(*this, true);
   view_->selection.set_caret({view_, *opening});
   view_->selection.select_to(view_->in_view(behind), false);
+  return true;
+}
+
+// Closes the innermost tag that is open at the caret, as if it were typed.
+bool WynTextView::insertClosingTag() {
+  if (view_ == nullptr) return false;
+  text::iterator const caret = view_->selection.current_mark.base;
+  auto const [first, last] =
+      find_start_tag<text::iterator>()(text::iterator(0, 0, view_->storage), caret);
+  if (first == last) return false;
+  insertText(u"</" + std::u16string(first, last) + u">");
   return true;
 }
 

@@ -125,15 +125,15 @@ bool line_indenter::may_close_block() {
   return !patterns.matches(indent_patterns::decrease, view().storage->line_units(line));
 }
 
-// A line that had text before, and that the user has indented in another way than the language
-// would, is left as it is.
-void line_indenter::indent_closing_line() {
+// After so many units have been typed. A line that had text before, and that the user has indented
+// in another way than the language would, is left as it is.
+void line_indenter::indent_closing_line(std::size_t typed) {
   text::storage& storage = *view().storage;
   text::iterator const caret = view().selection.current_mark.base;
   text::unit_view const line = storage.line_units(caret.line);
-  if (caret.column == 0 || !view().mirror_observer.mirrors.empty()) return;
+  if (caret.column < typed || !view().mirror_observer.mirrors.empty()) return;
   if (!language_patterns().matches(indent_patterns::decrease, line)) return;
-  text::unit_view const before = line.substr(0, caret.column - 1);
+  text::unit_view const before = line.substr(0, caret.column - typed);
   if (!is_blank_line(before) &&
       text::indent_width(before, tab_size()) != wanted_indent(before, caret.line))
     return;

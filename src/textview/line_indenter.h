@@ -27,8 +27,8 @@ class line_indenter {
   bool types_at_line_end() const;
   /// Whether what is typed next, at the line's end, may make it one that closes a block.
   bool may_close_block();
-  /// After a unit has been typed that may.
-  void indent_closing_line();
+  /// After so many units have been typed that may.
+  void indent_closing_line(std::size_t typed);
 
  private:
   text::view& view() const;
