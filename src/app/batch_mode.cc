@@ -146,7 +146,7 @@ class batch_run {
     auto const [line, column] = *options_.explain;
     text::storage const& storage = *view.view()->storage;
     if (line < storage.lines() && column <= storage.size(line)) {
-      wait_for_scopes(view);
+      wait_for_scopes(view, line);
       print(scope_report(view, {line, column}));
     } else {
       complain(view.document()->displayName(),
@@ -156,7 +156,6 @@ class batch_run {
 
   void render(WynDocumentController& controller) {
     if (options_.render.empty()) return;
-    wait_for_scopes(controller.textView());
     std::string error;
     platform::desktop_module* const module = platform::load_desktop_module(error);
     if (module == nullptr || !module->render(controller.textView(), options_.columns, options_.rows,

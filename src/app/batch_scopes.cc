@@ -42,10 +42,9 @@ std::string hexadecimal(platform::color c) {
 
 }  // namespace
 
-void wait_for_scopes(WynTextView const& text_view) {
+void wait_for_scopes(WynTextView const& text_view, std::size_t line) {
   grammar::tokenize_filter* const tokenizer = text_view.tokenizer();
-  std::size_t const lines = text_view.view()->storage->lines();
-  while (tokenizer && !tokenizer->wait_for(lines, std::chrono::hours(1))) continue;
+  while (tokenizer && !tokenizer->wait_for(line, std::chrono::hours(1))) continue;
 }
 
 std::string batch_scopes(WynTextView const& text_view) {

@@ -1,13 +1,14 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 class WynTextView;
 
 /// What the view knows of its text through the language's grammar. All wait until the tokenizer
-/// has seen all of the text.
+/// has seen the text, all of it unless a line is given.
 
-void wait_for_scopes(WynTextView const& text_view);
+void wait_for_scopes(WynTextView const& text_view, std::size_t line = ~std::size_t{0});
 
 /// Each line of the text, then for each run of it a line with its column, a tab and the names of
 /// its scopes, outermost first.

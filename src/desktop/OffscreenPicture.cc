@@ -36,6 +36,7 @@ class PictureHost final : public platform::view_host {
   }
 
   QImage paint() {
+    client_.wait_for_visible();
     QImage image(static_cast<int>(visible_.width), static_cast<int>(visible_.height),
                  QImage::Format_RGB32);
     if (image.isNull()) return image;

@@ -80,6 +80,8 @@ class view_client {
   virtual void set_host(view_host* host) = 0;  // not owned; null before the widget goes
 
   virtual void draw(graphics& g, rect const& dirty) = 0;
+  /// Returns when all is known that draw() is to show of the visible part, however long that takes.
+  virtual void wait_for_visible() = 0;
   /// The size of the visible part that shows this many columns and rows of text, gutter included.
   virtual size size_for(int columns, int rows) const = 0;
 

@@ -237,6 +237,7 @@ class WynTextView : public platform::responder,
   // platform::view_client
   void set_host(platform::view_host* host) override;
   void draw(platform::graphics& g, platform::rect const& dirty) override;
+  void wait_for_visible() override;
   platform::size size_for(int columns, int rows) const override;
   void key_down(platform::key_event const& event) override;
   void modifiers_changed(std::uint32_t modifiers) override;

@@ -164,6 +164,13 @@ void WynTextView::startTokenizer() {
   if (tokenizer_ != nullptr && host_ != nullptr && host_->is_seen()) tokenizer_->start();
 }
 
+void WynTextView::wait_for_visible() {
+  if (tokenizer_ == nullptr || host_ == nullptr) return;
+  std::size_t const row = layout_.row_at(host_->visible_rect().bottom());
+  std::size_t const line = view_->begin(std::min(row, view_->lines() - 1)).base.line;
+  while (!tokenizer_->wait_for(line, std::chrono::hours(1))) continue;
+}
+
 void WynTextView::attachTokenizer() {
   tokenizer_ = dynamic_cast<grammar::tokenize_filter*>(view_->tokenize_filter.get());
   documentToken_ = platform::notification_center::standard().observe(
