@@ -50,6 +50,13 @@ platform::menu_item item_for(std::string title, char const* selector, plist::val
   return item;
 }
 
+// A grammar that says that no file is in its language is there for others to include.
+bool is_language_of_files(BundleItem const& grammar) {
+  plist::value const entries = grammar.languageEntries();
+  auto const* const types = entries["fileTypes"].as_array();
+  return types == nullptr || !types->empty() || entries["firstLineMatch"];
+}
+
 std::vector<platform::menu_item> language_items() {
   auto languages = BundleManager::sharedInstance().bundleItemsOfKind("language");
   std::stable_sort(languages.begin(), languages.end(), [](auto const& a, auto const& b) {
@@ -57,7 +64,8 @@ std::vector<platform::menu_item> language_items() {
   });
   std::vector<platform::menu_item> items;
   for (auto const& language : languages)
-    items.push_back(item_for(language->name(), "changeLanguageToAndLearn:", language->UUID()));
+    if (is_language_of_files(*language))
+      items.push_back(item_for(language->name(), "changeLanguageToAndLearn:", language->UUID()));
   return items;
 }
 
