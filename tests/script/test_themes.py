@@ -63,11 +63,14 @@ def faults_of(theme):
         settings = rule["settings"]
         here = over(ground, settings.get("background", base["background"]))
         front = over(here, settings["foreground"]) if "foreground" in settings else text
-        grounds = [here, over(ground, base["lineHighlight"])] + ([over(ground, base["selection"])] if rule is rules[0] else [])
+        selected = over(ground, base["selection"])
+        grounds = [here, over(ground, base["lineHighlight"])] + ([selected] if rule is rules[0] else [])
         for vision in VISION:
             for back in grounds:
                 if (ratio := contrast(front, back, vision)) < least:
                     yield f"{rule['name']} has a contrast of {ratio:.2f} ({vision})"
+            if least == HIGH and (ratio := contrast(front, selected, vision)) < READABLE:
+                yield f"{rule['name']} has a contrast of {ratio:.2f} when it is selected ({vision})"
         for scope in rule.get("scope", "").split(", "):
             looks.setdefault(scope, (front, settings.get("fontStyle")))
     for i, one in enumerate(APART):
@@ -79,17 +82,20 @@ def faults_of(theme):
 
 
 def main():
-    faults, kinds, uuids = [], {"light": 0, "dark": 0}, set()
+    faults, uuids = [], set()
+    kinds, high = {"light": 0, "dark": 0}, {"light": 0, "dark": 0}
     for file in sorted((pathlib.Path(__file__).resolve().parents[2] / "share/Themes").glob("*.qnTheme")):
         theme = plistlib.loads(file.read_bytes())
         faults += [f"{file.name}: {fault}" for fault in faults_of(theme)]
         ground = colour(theme["settings"][0]["settings"]["background"])[0]
-        kinds["dark" if luminance(seen(ground, "full")) < 0.18 else "light"] += 1
+        kind = "dark" if luminance(seen(ground, "full")) < 0.18 else "light"
+        kinds[kind] += 1
+        high[kind] += "Contrast" in theme["name"]
         if theme["uuid"] in uuids:
             faults.append(f"{file.name}: its uuid is another one's too")
         uuids.add(theme["uuid"])
-    if min(kinds.values()) < 4:
-        faults.append(f"too few themes: {kinds}")
+    if min(kinds.values()) < 4 or min(high.values()) < 1:
+        faults.append(f"too few themes: {kinds}, of high contrast {high}")
     print("\n".join(faults) or f"{kinds} are readable")
     return 1 if faults else 0
 
