@@ -10,38 +10,61 @@
 namespace documents {
 namespace {
 
-/// Short lines are put many at a time, since each call costs as much as some hundred units.
-bool put_lines(text::storage const& storage, encoding::stream_encoder& encoder) {
+/// Gives the text with its line feeds to `use`, in order and in long pieces, as long as it answers
+/// true; returns whether it always did. Each call costs as much as some hundred units: lines that
+/// stand one behind the other in memory, as they were loaded, are one piece, and short ones that
+/// have been edited are gathered.
+template <typename Use>
+bool put_pieces(text::storage const& storage, Use use) {
   constexpr std::size_t room = 4096;
   char16_t gathered[room];
   std::size_t size = 0;
-  auto const put_gathered = [&] {
-    return encoder.put(gathered, gathered + std::exchange(size, 0));
+  char16_t const *first = nullptr, *last = nullptr;
+  auto const put_gathered = [&] { return use(gathered, gathered + std::exchange(size, 0)); };
+  auto const put = [&](char16_t const* from, char16_t const* to) {
+    auto const length = static_cast<std::size_t>(to - from);
+    if (length > room - size && !put_gathered()) return false;
+    if (length > room) return use(from, to);
+    std::copy(from, to, gathered + size);
+    size += length;
+    return true;
   };
   for (std::size_t line = 0; line < storage.lines(); ++line) {
     text::unit_view const units = storage.line_units(line);
-    if (size + units.size() + 1 > room && !put_gathered()) return false;
-    if (line != 0) gathered[size++] = u'\n';
-    if (units.size() >= room - size) {
-      if (!put_gathered() || !encoder.put(units.data(), units.data() + units.size())) return false;
-      continue;
+    char16_t const* const end = units.data() + units.size();
+    // Separate blocks have more than a unit between them.
+    bool const goes_on = first != nullptr && units.data() == last + 1 && *last == u'\n';
+    if (!goes_on) {
+      if (!put(first, last)) return false;
+      constexpr char16_t line_feed = u'\n';
+      if (line != 0 && !put(&line_feed, &line_feed + 1)) return false;
+      first = units.data();
     }
-    std::copy(units.begin(), units.end(), gathered + size);
-    size += units.size();
+    last = end;
   }
-  return put_gathered() && encoder.finish();
+  return put(first, last) && put_gathered();
 }
 
-/// What put_lines puts, in bytes, where the charset lets it be told without encoding.
+bool put_lines(text::storage const& storage, encoding::stream_encoder& encoder) {
+  auto const encode = [&](auto first, auto last) { return encoder.put(first, last); };
+  return put_pieces(storage, encode) && encoder.finish();
+}
+
+/// What put_lines puts, in bytes, where that can be told without encoding: in UTF-8, and of ASCII
+/// text in all charsets whose characters are a byte each.
 std::optional<std::uint64_t> size_of(text::storage const& storage,
                                      encoding::file_format const& format) {
-  if (format.charset != encoding::UTF8) return std::nullopt;
-  std::uint64_t const line_end = format.line_ending == line_ending::CRLF ? 2 : 1;
-  std::uint64_t size = (format.byte_order_mark ? 3 : 0) + (storage.lines() - 1) * line_end;
-  for (std::size_t line = 0; line < storage.lines(); ++line) {
-    text::unit_view const units = storage.line_units(line);
-    size += encoding::utf8_size(units.data(), units.data() + units.size(), format.pairs);
-  }
+  if (format.charset == encoding::UTF16BE || format.charset == encoding::UTF16LE)
+    return std::nullopt;
+  std::uint64_t units = 0, size = 0;
+  put_pieces(storage, [&](auto first, auto last) {
+    units += static_cast<std::uint64_t>(last - first);
+    size += encoding::utf8_size(first, last, format.pairs);
+    return true;
+  });
+  if (format.charset != encoding::UTF8 && size != units) return std::nullopt;
+  if (format.charset == encoding::UTF8 && format.byte_order_mark) size += 3;
+  if (format.line_ending == line_ending::CRLF) size += storage.lines() - 1;
   return size;
 }
 
@@ -62,12 +85,9 @@ path::file_contents storage_bytes(text::storage const& storage, encoding::file_f
 }
 
 bool can_be_encoded(text::storage const& storage, encoding::charset_t charset) {
-  for (std::size_t line = 0; line < storage.lines(); ++line) {
-    text::unit_view const units = storage.line_units(line);
-    char16_t const* const last = units.data() + units.size();
-    if (encoding::first_lost_unit(units.data(), last, charset) != last) return false;
-  }
-  return true;
+  return put_pieces(storage, [charset](auto first, auto last) {
+    return encoding::first_lost_unit(first, last, charset) == last;
+  });
 }
 
 bool holds(text::storage const& storage, text::unit_view text) {
