@@ -89,6 +89,6 @@ TEST(word_characters, follow_the_user_defaults) {
 }
 
 /// No test may read or write the settings of who runs it.
-[[maybe_unused]] auto* const settings = new own_defaults;
+own_defaults const settings;
 
 }  // namespace
