@@ -14,6 +14,7 @@ namespace {
 
 constexpr int margin = 8;          // pixels at both sides of a part
 constexpr int repaint_delay = 20;  // milliseconds
+constexpr int widest_text = 40;    // average characters; a heading may be as long as its line
 
 struct part_kind {
   std::string_view key;
@@ -87,8 +88,10 @@ std::vector<StatusBar::part> StatusBar::parts() const {
   std::vector<part> list;
   int x = 0;
   for (part_kind const& kind : part_kinds) {
-    QString const text = text_of(kind.key);
-    if (text.isEmpty()) continue;
+    QString const whole = text_of(kind.key);
+    if (whole.isEmpty()) continue;
+    QString const text = fontMetrics().elidedText(whole, Qt::ElideRight,
+                                                  widest_text * fontMetrics().averageCharWidth());
     int const least = fontMetrics().horizontalAdvance(QLatin1String(kind.widest));
     int const wide = std::max(least, fontMetrics().horizontalAdvance(text)) + 2 * margin;
     list.push_back({std::string(kind.key), text, x, wide});
@@ -149,9 +152,13 @@ bool StatusBar::event(QEvent* event) {
   auto const* const help = static_cast<QHelpEvent*>(event);
   std::vector<part> const all = parts();
   part const* const hit = part_at(all, help->pos());
-  part_kind const* const kind = hit == nullptr ? nullptr : kind_of(hit->key);
-  QToolTip::showText(help->globalPos(), kind == nullptr ? QString() : QLatin1String(kind->tool_tip),
-                     this);
+  QString tip;
+  if (hit != nullptr) {
+    tip = QLatin1String(kind_of(hit->key)->tool_tip);
+    if (QString const whole = text_of(hit->key); whole != hit->text)
+      tip += QStringLiteral(": ") + whole;
+  }
+  QToolTip::showText(help->globalPos(), tip, this);
   return true;
 }
 
