@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "source_tree.h"
+
 /// The cases that stand in a file of tests/data, one a line: fields in double quotes or, where they
 /// hold no blank, as they are. In quotes "\n", "\t", "\r", "\xHH", "\\" and "\"" are what they are
 /// in C++, and any other backslash stands for itself. Lines that begin with "#" are remarks, and a
@@ -41,7 +43,7 @@ inline data_row fields_of(std::string const& line) {
 }
 
 inline std::vector<data_row> data_rows(std::string const& file, std::string const& section) {
-  std::ifstream in(std::string(QUIRNOTE_TEST_DATA "/") + file);
+  std::ifstream in(test_data(file));
   std::vector<data_row> rows;
   bool is_inside = false;
   for (std::string line; std::getline(in, line);) {

@@ -7,6 +7,7 @@
 
 #include "actions/action_fixture.h"
 #include "headless/headless_desktop.h"
+#include "source_tree.h"
 #include "text/marked_text.h"
 
 namespace {
@@ -60,7 +61,7 @@ std::string walk(action_fixture& fixture, std::string text, std::string const& a
 
 TEST(drawn_actions, have_the_outcomes_of_the_file) {
   headless::headless_desktop desktop;
-  std::ifstream file(QUIRNOTE_TEST_DATA "/actions.txt");
+  std::ifstream file(test_data("actions.txt"));
   int count = 0;
   for (std::string line; std::getline(file, line);) {
     if (line.empty() || line[0] == '#') continue;

@@ -14,6 +14,7 @@
 #include "path/temporary_folder.h"
 #include "platform/own_defaults.h"
 #include "plist/xml_reader.h"
+#include "source_tree.h"
 
 /// The application with its real menus on the desktop without windows, a folder of files, and
 /// settings of its own.
@@ -70,7 +71,7 @@ class app_test : public testing::Test {
 
  private:
   static plist::value menus() {
-    std::ifstream file(QUIRNOTE_SOURCE_DIR "/share/menus.plist");
+    std::ifstream file(source_file("share/menus.plist"));
     std::string const contents{std::istreambuf_iterator<char>(file), {}};
     return plist::read_xml(contents).value;
   }

@@ -3,6 +3,7 @@
 #include "app_fixture.h"
 #include "bundles/WynKeyBindingManager.h"
 #include "platform/menu.h"
+#include "source_tree.h"
 
 #include <cctype>
 #include <set>
@@ -84,7 +85,7 @@ class reachable_actions : public app_test {
   }
   static names on_keys() {
     names result;
-    WynKeyBindingManager const manager({QUIRNOTE_SOURCE_DIR "/share/KeyBindings.dict"});
+    WynKeyBindingManager const manager({source_file("share/KeyBindings.dict")});
     for (auto const& [key, binding] : manager.keyBindings()) add_actions(binding, result);
     return result;
   }

@@ -9,10 +9,11 @@
 
 #include "plist/text_reader.h"
 #include "plist/xml_reader.h"
+#include "source_tree.h"
 
 std::string content_of(std::string const& file) {
   std::stringstream out;
-  out << std::ifstream(file[0] == '/' ? file : QUIRNOTE_SOURCE_DIR "/" + file).rdbuf();
+  out << std::ifstream(file[0] == '/' ? file : source_file(file)).rdbuf();
   return out.str();
 }
 
@@ -36,7 +37,7 @@ grammar::catalogue::entry entry_of(std::string const& text) {
 std::vector<grammar::catalogue::entry> shipped_entries() {
   std::vector<std::string> files;
   for (auto const& file :
-       std::filesystem::recursive_directory_iterator(QUIRNOTE_SOURCE_DIR "/share/Bundles"))
+       std::filesystem::recursive_directory_iterator(source_file("share/Bundles")))
     if (file.path().extension() == ".qnLanguage") files.push_back(file.path());
   std::sort(files.begin(), files.end());
   std::vector<grammar::catalogue::entry> made;

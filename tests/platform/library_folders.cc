@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include "path/temporary_folder.h"
+#include "source_tree.h"
 
 namespace fs = std::filesystem;
 
@@ -80,7 +81,7 @@ TEST_F(folders_test, shared_support_is_beside_the_program) {
   EXPECT_EQ(platform::shared_support_folder(build + "/bin/quirnote"), top_ + "/share");
   fs::create_directories(build + "/share/Quirnote");
   EXPECT_EQ(platform::shared_support_folder(build + "/bin/quirnote"), build + "/share/Quirnote");
-  EXPECT_EQ(platform::shared_support_folder(), std::string(QUIRNOTE_SOURCE_DIR) + "/share");
+  EXPECT_EQ(platform::shared_support_folder(), source_file("share"));
 }
 
 TEST_F(folders_test, making_folders) {

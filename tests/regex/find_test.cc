@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/utf.h"
+#include "source_tree.h"
 
 namespace {
 
@@ -50,7 +51,7 @@ std::u16string unescaped(std::string const& text) {
 }
 
 TEST(find, matches_as_the_file_says) {
-  std::ifstream file(QUIRNOTE_TEST_DATA "/regex_find.txt");
+  std::ifstream file(test_data("regex_find.txt"));
   auto direction = &find;
   int count = 0;
   testing::internal::CaptureStderr();

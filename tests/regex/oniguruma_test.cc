@@ -11,6 +11,7 @@
 
 #include "platform/utf.h"
 #include "regex/oniguruma_format.h"
+#include "source_tree.h"
 
 namespace {
 
@@ -128,7 +129,7 @@ std::string with_line_feeds(std::string s) {
 }
 
 TEST(oniguruma, replacements_as_the_file_says) {
-  std::ifstream file(QUIRNOTE_TEST_DATA "/replacement_formats.txt");
+  std::ifstream file(test_data("replacement_formats.txt"));
   int count = 0;
   for (std::string line; std::getline(file, line);) {
     if (!line.starts_with('"')) continue;

@@ -12,6 +12,7 @@
 #include "regex/WynRegEx.h"
 #include "regex/onig_replace.h"
 #include "regex/oniguruma.h"
+#include "source_tree.h"
 
 namespace {
 
@@ -31,7 +32,7 @@ std::string with_line_feeds(std::string s) {
 }
 
 TEST(onig_replace, replacements_as_the_file_says) {
-  std::ifstream file(QUIRNOTE_TEST_DATA "/replacement_formats.txt");
+  std::ifstream file(test_data("replacement_formats.txt"));
   int count = 0;
   testing::internal::CaptureStdout();
   for (std::string line; std::getline(file, line);) {

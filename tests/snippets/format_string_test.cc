@@ -9,6 +9,7 @@
 
 #include "snippets/diacritics.h"
 #include "snippets/expand_visitor.h"
+#include "source_tree.h"
 
 namespace {
 
@@ -17,7 +18,7 @@ using format_string::format_string_t;
 TEST(format_string, expands_as_the_file_says) {
   format_string::variables_t const variables = {
       {"NAME", "hello World"}, {"EMPTY", ""}, {"1", "one"}, {"2", ""}};
-  std::ifstream file(QUIRNOTE_TEST_DATA "/format_strings.txt");
+  std::ifstream file(test_data("format_strings.txt"));
   int count = 0;
   testing::internal::CaptureStderr();
   for (std::string line; std::getline(file, line);) {

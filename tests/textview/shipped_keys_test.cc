@@ -4,6 +4,7 @@
 #include "headless/headless_desktop.h"
 #include "platform/own_defaults.h"
 #include "plist/xml_reader.h"
+#include "source_tree.h"
 #include "textview/WynTextView.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +15,7 @@
 namespace {
 
 std::string share(std::string const& name) {
-  return QUIRNOTE_SOURCE_DIR "/share/" + name;
+  return source_file("share/" + name);
 }
 
 plist::dictionary shipped_bindings() {
