@@ -69,9 +69,9 @@ std::unique_ptr<pattern const> pattern::compile(std::u16string source, std::stri
                             made->source_.find(u"\\K") != std::u16string::npos;
   std::string const narrow = unicode::to_utf8(made->source_);
   OnigErrorInfo info{};
-  int const error =
-      onig_new(&made->narrow_, bytes(narrow.data()), bytes(narrow.data() + narrow.size()),
-               ONIG_OPTION_CAPTURE_GROUP, ONIG_ENCODING_UTF8, ONIG_SYNTAX_RUBY, &info);
+  int const error = regex::onig_library::new_regex(
+      &made->narrow_, bytes(narrow.data()), bytes(narrow.data() + narrow.size()),
+      ONIG_OPTION_CAPTURE_GROUP, ONIG_ENCODING_UTF8, ONIG_SYNTAX_RUBY, &info);
   if (error == ONIG_NORMAL) {
     made->forms_ = fixed_forms::of(made->source_);
     return made;
@@ -106,8 +106,9 @@ re_pattern_buffer* pattern::wide() const {
     std::u16string const source = wide_source(source_);
     char16_t const* const first = source.data();
     OnigErrorInfo info{};
-    if (onig_new(&wide_, bytes(first), bytes(first + source.size()), ONIG_OPTION_CAPTURE_GROUP,
-                 ONIG_ENCODING_UTF16_LE, ONIG_SYNTAX_RUBY, &info) != ONIG_NORMAL)
+    if (regex::onig_library::new_regex(&wide_, bytes(first), bytes(first + source.size()),
+                                       ONIG_OPTION_CAPTURE_GROUP, ONIG_ENCODING_UTF16_LE,
+                                       ONIG_SYNTAX_RUBY, &info) != ONIG_NORMAL)
       wide_ = nullptr;
   });
   return wide_;

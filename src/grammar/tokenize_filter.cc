@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <new>
 
 #include "platform/desktop.h"
 #include "platform/start_thread.h"
@@ -206,12 +207,25 @@ void tokenize_filter::did_erase(text::iterator const& at, int count) {
 void tokenize_filter::work() {
   std::unique_lock lock(storage_.mutex);
   next_redraw_ = clock::now() + first_redraw;
-  while (worker_should_ != command::stop) {
-    if (!paths_ || first_dirty_ >= last_dirty_)
-      rest(lock);
-    else
-      parse_some(lock);
-  }
+  while (worker_should_ != command::stop) try {
+      if (!paths_ || first_dirty_ >= last_dirty_)
+        rest(lock);
+      else
+        parse_some(lock);
+    } catch (std::bad_alloc const&) {
+      if (!lock.owns_lock()) lock.lock();
+      give_up();
+    }
+}
+
+// What isn't parsed by now stays as it is until the text around it changes.
+void tokenize_filter::give_up() {
+  lacks_memory_ = true;
+  parser_.reset();
+  parser_paths_.reset();
+  first_dirty_ = storage_.lines();
+  last_dirty_ = 0;
+  first_change_ = no_change;
 }
 
 void tokenize_filter::parse_some(lock_type& lock) {

@@ -67,6 +67,8 @@ class tokenize_filter : public text::filter {
   /// Starts, and waits until `line` is parsed, but not longer than `limit`; then tells whether it
   /// is. The caller must not hold the storage's mutex.
   bool wait_for(std::size_t line, std::chrono::milliseconds limit = patience);
+  /// Whether memory has run out for the worker: some lines that count as parsed may lack tokens.
+  bool lacks_memory() const { return lacks_memory_; }
 
   /// The path at a position; at the text's end that of the last unit. Under the storage's mutex.
   bit_stack::storage graph_path(text::pos at) const;
@@ -100,6 +102,7 @@ class tokenize_filter : public text::filter {
 
   // On the worker's thread, but for `parse_some` when there is none.
   void work();
+  void give_up();
   void parse_some(lock_type& lock);
   void take_rules();
   bool pass_plain_lines(lock_type& lock);
@@ -143,6 +146,7 @@ class tokenize_filter : public text::filter {
   std::size_t batch_size_ = 1;  ///< in lines
   static constexpr std::size_t no_change = ~std::size_t{0};
   std::size_t first_change_ = no_change;
+  std::atomic<bool> lacks_memory_ = false;
   clock::time_point next_redraw_;
 
   std::thread thread_;

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
+
+#include "platform/memory_reserve.h"
 
 namespace regex::onig_library {
 namespace {
@@ -27,6 +30,7 @@ OnigMatchParam* match_param() {
     void operator()(OnigMatchParam* p) const { onig_free_match_param(p); }
   };
   thread_local std::unique_ptr<OnigMatchParam, free> const param(onig_new_match_param());
+  if (param == nullptr) throw std::bad_alloc();
   return param.get();
 }
 
@@ -45,6 +49,16 @@ void initialize() {
   }();
 }
 
+int new_regex(regex_t** regex, OnigUChar const* first, OnigUChar const* last,
+              OnigOptionType options, OnigEncoding encoding, OnigSyntaxType* syntax,
+              OnigErrorInfo* info) {
+  constexpr auto room = std::size_t{2} << 20;  // more than compiling takes
+  platform::require_spare_memory(room + 64 * static_cast<std::size_t>(last - first));
+  int const error = onig_new(regex, first, last, options, encoding, syntax, info);
+  if (error == ONIGERR_MEMORY) throw std::bad_alloc();
+  return error;
+}
+
 bool gave_up(int result) {
   return result < 0 && result != ONIG_MISMATCH;
 }
@@ -57,13 +71,17 @@ std::string message(int error, OnigErrorInfo const& info) {
 }
 
 regex_t* new_observed(std::u16string_view pattern, unsigned options) {
-  OnigSyntaxType syntax = *ONIG_SYNTAX_RUBY;
-  syntax.op2 |= ONIG_SYN_OP2_ASTERISK_CALLOUT_NAME;
+  // The pattern keeps the pointer.
+  static OnigSyntaxType syntax = [] {
+    OnigSyntaxType ruby = *ONIG_SYNTAX_RUBY;
+    ruby.op2 |= ONIG_SYN_OP2_ASTERISK_CALLOUT_NAME;
+    return ruby;
+  }();
   std::u16string const source = u"(*" + std::u16string(callout) + u")" + std::u16string(pattern);
   regex_t* regex = nullptr;
   OnigErrorInfo info{};
-  int const error = onig_new(&regex, bytes(source.data()), bytes(source.data() + source.size()),
-                             options, ONIG_ENCODING_UTF16_LE, &syntax, &info);
+  int const error = new_regex(&regex, bytes(source.data()), bytes(source.data() + source.size()),
+                              options, ONIG_ENCODING_UTF16_LE, &syntax, &info);
   return error == ONIG_NORMAL ? regex : nullptr;
 }
 

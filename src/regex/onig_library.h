@@ -19,6 +19,12 @@ inline constexpr int nested_calls = 100;
 /// Initialises the library and sets the limits; whoever compiles calls this first. Once a process.
 void initialize();
 
+/// As onig_new, but throws std::bad_alloc for want of memory, which the library doesn't survive
+/// everywhere.
+int new_regex(regex_t** regex, OnigUChar const* first, OnigUChar const* last,
+              OnigOptionType options, OnigEncoding encoding, OnigSyntaxType* syntax,
+              OnigErrorInfo* info);
+
 /// Whether the result of a search says that it was broken off by one of the limits, or by another
 /// fault such as want of memory, so that there may be a match.
 bool gave_up(int result);

@@ -18,8 +18,8 @@ ptrn_t::ptrn_t(char const* first, char const* last, option::type options, std::s
   if (options & option::extended) flags |= ONIG_OPTION_EXTEND;
   regex::valid_utf8 const valid({first, static_cast<std::size_t>(last - first)});
   OnigErrorInfo info{};
-  int const error = onig_new(&regex_, bytes(valid.data()), bytes(valid.data() + valid.size()),
-                             flags, ONIG_ENCODING_UTF8, ONIG_SYNTAX_RUBY, &info);
+  int const error = new_regex(&regex_, bytes(valid.data()), bytes(valid.data() + valid.size()),
+                              flags, ONIG_ENCODING_UTF8, ONIG_SYNTAX_RUBY, &info);
   if (error == ONIG_NORMAL) return;
   regex_ = nullptr;
   std::string const reason = message(error, info);

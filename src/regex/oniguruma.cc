@@ -19,8 +19,8 @@ ptrn_t::ptrn_t(char16_t const* first, char16_t const* last, unsigned options)
   std::copy(first, last, source_.get());
   regex::valid_text const valid(source());
   OnigErrorInfo info{};
-  int const error = onig_new(&regex_, bytes(valid.data()), bytes(valid.data() + valid.size()),
-                             options, ONIG_ENCODING_UTF16_LE, ONIG_SYNTAX_RUBY, &info);
+  int const error = new_regex(&regex_, bytes(valid.data()), bytes(valid.data() + valid.size()),
+                              options, ONIG_ENCODING_UTF16_LE, ONIG_SYNTAX_RUBY, &info);
   stays_in_line_ = regex::is_line_pattern(valid.units(), options);
   if (error == ONIG_NORMAL) return;
   throw std::invalid_argument(message(error, info) + " for pattern " + unicode::to_utf8(source()));

@@ -14,8 +14,8 @@ pattern_t::pattern_t(std::string source, unsigned options) : source_(std::move(s
   regex_t* regex = nullptr;
   OnigErrorInfo info{};
   int const error =
-      onig_new(&regex, bytes(valid.data()), bytes(valid.data() + valid.size()),
-               options | ONIG_OPTION_CAPTURE_GROUP, ONIG_ENCODING_UTF8, ONIG_SYNTAX_RUBY, &info);
+      new_regex(&regex, bytes(valid.data()), bytes(valid.data() + valid.size()),
+                options | ONIG_OPTION_CAPTURE_GROUP, ONIG_ENCODING_UTF8, ONIG_SYNTAX_RUBY, &info);
   if (error == ONIG_NORMAL) {
     regex_.reset(regex, onig_free);
   } else {

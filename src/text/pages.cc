@@ -9,12 +9,33 @@
 
 namespace text {
 
+namespace {
+
+/// Calls `allocate` until it gives memory or nothing more can be freed, as operator new does.
+template <typename Allocate>
+void* allocated(void* failure, Allocate allocate) {
+  while (true) {
+    void* const memory = allocate();
+    if (memory != failure) return memory;
+    std::new_handler const free_some = std::get_new_handler();
+    if (free_some == nullptr) throw std::bad_alloc();
+    free_some();
+  }
+}
+
+}  // namespace
+
 void* allocate_pages(size_t bytes) {
-  void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
-                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (memory == MAP_FAILED) throw std::bad_alloc();
+  void* memory = allocated(MAP_FAILED, [bytes] {
+    return mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE,
+                -1, 0);
+  });
   madvise(memory, bytes, MADV_HUGEPAGE);
   return memory;
+}
+
+void* allocate_from_heap(size_t bytes) {
+  return allocated(nullptr, [bytes] { return std::malloc(bytes); });
 }
 
 void free_pages(void* memory, size_t bytes) noexcept {
@@ -29,14 +50,10 @@ void discard_pages(void* memory, size_t used, size_t bytes) noexcept {
 
 void* reallocate_memory(void* memory, size_t old_bytes, size_t bytes) {
   if (bytes < paged_allocation) {
-    void* const moved = std::realloc(memory, bytes);
-    if (moved == nullptr) throw std::bad_alloc();
-    return moved;
+    return allocated(nullptr, [memory, bytes] { return std::realloc(memory, bytes); });
   }
   if (old_bytes >= paged_allocation) {
-    void* const moved = mremap(memory, old_bytes, bytes, MREMAP_MAYMOVE);
-    if (moved == MAP_FAILED) throw std::bad_alloc();
-    return moved;
+    return allocated(MAP_FAILED, [=] { return mremap(memory, old_bytes, bytes, MREMAP_MAYMOVE); });
   }
   void* const pages = allocate_pages(bytes);
   if (old_bytes != 0) std::memcpy(pages, memory, old_bytes);

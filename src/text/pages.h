@@ -10,6 +10,8 @@ constexpr size_t paged_allocation = size_t{4} << 20;
 
 /// Memory for `bytes`, aligned for any type; throws std::bad_alloc.
 void* allocate_pages(size_t bytes);
+/// The same from malloc, to be given to free or realloc.
+void* allocate_from_heap(size_t bytes);
 /// `bytes` is what was asked for.
 void free_pages(void* memory, size_t bytes) noexcept;
 /// Gives back the whole pages behind the first `used` bytes; the address range stays reserved.

@@ -1,6 +1,7 @@
 #include "text/storage.h"
 
 #include <algorithm>
+#include <new>
 
 namespace text {
 
@@ -22,17 +23,27 @@ text::iterator storage::insert(text::iterator const& pos, text_block const& bloc
   text::iterator const at(pos.pos(), this);
   will_change_memento(next_memento);
   record(undo_type::insertion, at, held);
-  text::iterator const behind = detail::insert(at, held);
-  did_change_memento(next_memento++);
-  return behind;
+  size_t const length_before = length();
+  try {
+    text::iterator const behind = detail::insert(at, held);
+    did_change_memento(next_memento++);
+    return behind;
+  } catch (std::bad_alloc const&) {
+    if (length() == length_before)
+      undo_records.resize(--undo_index);
+    else  // an observer has thrown, and the change is done
+      did_change_memento(next_memento++);
+    throw;
+  }
 }
 
 void storage::erase(text::iterator const& first, text::iterator const& last) {
   if (first == last) return;
   text::iterator const from(first.pos(), this), to(last.pos(), this);
+  text_block const erased = buffer_for_sequence(from, to);  // before anything changes
   if (!kill_buffer.disabled) update_kill_buffer(from, to);
   will_change_memento(next_memento);
-  record(undo_type::erasure, from, buffer_for_sequence(from, to));
+  record(undo_type::erasure, from, erased);
   detail::erase(from, to);
   did_change_memento(next_memento++);
 }

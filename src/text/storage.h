@@ -28,7 +28,8 @@ enum class undo_type : uint8_t { insertion = 0, erasure = 1, replacement = 2 };
 ///
 /// Changes are made on the main thread only. Nothing is reported and nothing is checked: `first`
 /// must not lie behind `last`, and columns must not exceed the size of their line. Allocation may
-/// throw.
+/// throw; an insertion for which there is no room, or that makes the text longer than `max_length`,
+/// changes nothing.
 struct storage : storage_detail {
   using detail = storage_detail;
   using observer = storage_observer;

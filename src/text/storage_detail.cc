@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <iterator>
+#include <new>
 
 #include "text/replacement.h"
 #include "text/unit_search.h"
@@ -78,15 +79,19 @@ void storage_detail::remove_observer(storage_observer* observer) {
 text::iterator storage_detail::insert(text::iterator const& pos, text_slice const& slice) {
   std::lock_guard lock(mutex);
   unit_view const units = slice.units;
+  // What takes much memory comes before anybody is told.
+  if (units.size() > max_length - length_) throw std::bad_alloc();
+  size_t const newlines = count_unit(units, u'\n');
+  reserve_lines(data, newlines);
   tell(observers, [&](auto& told) { told.will_insert(pos, static_cast<int>(units.size())); });
 
-  size_t const newlines = count_unit(units, u'\n');
   if (units.size() >= borrowed_length && (newlines > 0 || size(pos.line) == 0))
     borrow_lines(pos.line, pos.column, slice, newlines);
   else if (newlines > 0)
     insert_lines(pos.line, pos.column, units, newlines);
   else
     line_to_edit(pos.line).replace(pos.column, 0, units.data(), units.size());
+  length_ += units.size();
 
   text::iterator last = pos;
   last.line += static_cast<uint32_t>(newlines);
@@ -103,8 +108,7 @@ void storage_detail::insert_lines(size_t line, size_t column, unit_view units, s
   behind.back() = units.empty() ? rest_of_line(data[line], column)
                                 : joined(units, line_units(line).substr(column));
 
-  // Only the first two of these can fail, and they leave the text as it was.
-  reserve_lines(data, newlines);
+  // Only the first of these can fail, and it leaves the text as it was.
   data[line].replace(column, size(line) - column, first.data(), first.size());
   data.insert(data.begin() + at(line + 1), std::move_iterator(behind.begin()),
               std::move_iterator(behind.end()));
@@ -123,7 +127,6 @@ void storage_detail::borrow_lines(size_t line, size_t column, text_slice const& 
                      : behind.empty() ? line_buffer::borrow(last.data(), last.size())
                                       : joined(last, behind);
   keep_block(slice.block);
-  reserve_lines(data, newlines);
   if (column == 0)
     data[line] = line_buffer::borrow(first.data(), first.size());
   else
@@ -148,6 +151,7 @@ void storage_detail::erase(text::iterator const& first, text::iterator const& la
     line_to_edit(first.line).replace(first.column, last.column - first.column, nullptr, 0);
   else
     join_lines(first, last);
+  length_ -= static_cast<size_t>(length);
   if (data.size() == 1 && !data[0].is_borrowed()) blocks_.clear();
 
   tell(observers, [&](auto& told) { told.did_erase(pos, length); });
@@ -175,6 +179,9 @@ void storage_detail::join_lines(text::iterator const& first, text::iterator cons
 void storage_detail::replace(text::iterator const& first, text::iterator const& last,
                              replacement const& what) {
   std::lock_guard lock(mutex);
+  unit_view const units = what.new_text.units;
+  if (units.size() > max_length - (length_ - what.old_text.units.size())) throw std::bad_alloc();
+  reserve_lines(data, count_unit(units, u'\n'));
   tell(observers, [&](auto& told) { told.will_replace(what); });
   if (!what.old_text.units.empty()) erase(first, last);
   if (!what.new_text.units.empty()) insert(first, what.new_text);

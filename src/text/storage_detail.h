@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <list>
 #include <optional>
 #include <vector>
@@ -24,6 +25,9 @@ class storage_detail {
   /// the block in which the text came, until they are edited.
   static constexpr size_t borrowed_length = 32768;
 
+  /// The most units that a text can have, line ends counted: lengths are told in int.
+  static constexpr size_t max_length = std::numeric_limits<int>::max();
+
   using line_buffer = shared_buffer<char_t>;
   using observer_list = std::list<storage_observer*>;
   using observer_id = observer_list::iterator;
@@ -33,6 +37,8 @@ class storage_detail {
   storage_detail& operator=(storage_detail const&) = delete;
 
   size_t size(size_t line) const { return data[line].size(); }
+  /// Of the whole text in units, line ends counted.
+  size_t length() const { return length_; }
   /// Pointers to the line's units, good until the next change of the text.
   char_t const* begin(size_t line) const { return data[line].data(); }
   char_t const* end(size_t line) const { return begin(line) + size(line); }
@@ -45,7 +51,8 @@ class storage_detail {
   void remove_observer(storage_observer* observer);
 
   /// Puts the units of `slice` at `pos` and tells the observers, under the lock. Returns the
-  /// position behind the new text.
+  /// position behind the new text. Throws std::bad_alloc, with all as it was, for a text of more
+  /// than `max_length`.
   text::iterator insert(text::iterator const& pos, text_slice const& slice);
   /// Takes the text from `first` up to `last` away and tells the observers, under the lock.
   void erase(text::iterator const& first, text::iterator const& last);
@@ -76,7 +83,8 @@ class storage_detail {
   void drop_unused_blocks();
 
   std::vector<text_block> blocks_;  ///< what the borrowed lines are slices of
-  size_t sweep_at_ = 8;             ///< number of blocks at which unused ones are looked for
+  size_t length_ = 0;
+  size_t sweep_at_ = 8;  ///< number of blocks at which unused ones are looked for
 };
 
 }  // namespace text

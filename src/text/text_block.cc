@@ -72,8 +72,7 @@ text_block_builder::text_block_builder(size_t capacity) : capacity_(capacity) {
     throw std::bad_alloc();
   size_t const bytes = capacity * sizeof(char_t);
   if (bytes < paged_allocation) {
-    void* memory = std::malloc(sizeof(header) + bytes);
-    if (memory == nullptr) throw std::bad_alloc();
+    void* memory = allocate_from_heap(sizeof(header) + bytes);
     units_ = reinterpret_cast<char_t*>(static_cast<char*>(memory) + sizeof(header));
     block_.header_ = new (memory)
         header{1, capacity, units_, [](header* dying) { std::free(static_cast<void*>(dying)); }};

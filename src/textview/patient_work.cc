@@ -10,6 +10,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <thread>
 
 namespace {
@@ -39,6 +40,8 @@ class job : public std::enable_shared_from_this<job> {
     return started_;
   }
   bool is_done() const { return done_; }
+  // Then memory has run out, and what was done is nothing.
+  bool has_failed() const { return failed_; }
   bool is_done_within(std::chrono::milliseconds wait) {
     std::unique_lock lock(mutex_);
     return ended_.wait_for(lock, wait, [this] { return is_done(); });
@@ -56,7 +59,11 @@ class job : public std::enable_shared_from_this<job> {
  private:
   void run() {
     thread_id_ = gettid();
-    work_(cancelled_);
+    try {
+      work_(cancelled_);
+    } catch (std::bad_alloc const&) {
+      failed_ = true;
+    }
     thread_id_ = 0;
     std::lock_guard const lock(mutex_);
     done_ = true;
@@ -66,7 +73,7 @@ class job : public std::enable_shared_from_this<job> {
   stopping stops_;
   interruptible_work work_;
   bool started_ = false;
-  std::atomic<bool> cancelled_ = false, done_ = false;
+  std::atomic<bool> cancelled_ = false, done_ = false, failed_ = false;
   std::atomic<pid_t> thread_id_ = 0;  // while it works
   std::mutex mutex_;
   std::condition_variable ended_;
@@ -129,7 +136,9 @@ bool do_patiently(stopping stops, interruptible_work work) {
     bool const done = begun && running->is_done_within(silent_wait);
     result = done ? outcome::done : wait_for(*running);
     is_running = false;
+    bool const failed = result == outcome::done && running->has_failed();
     if (running->has_started()) leave(std::move(running), patience_with_stopping);
+    if (failed) throw std::bad_alloc();
   }
   if (result == outcome::no_thread) work(never);
   return result != outcome::cancelled;
@@ -143,7 +152,7 @@ bool do_briefly(std::chrono::milliseconds limit, interruptible_work work) {
   }
   auto running = std::make_shared<job>(stopping::perhaps_late, std::move(work));
   if (!is_room_for(*running) || !running->start()) return false;
-  bool const done = running->is_done_within(limit);
+  bool const done = running->is_done_within(limit) && !running->has_failed();
   leave(std::move(running), 0ms);
   return done;
 }

@@ -21,7 +21,7 @@ enum class stopping { soon, perhaps_late };
 /// Handles events meanwhile. What is still not done after half a second is shown as "Searching…"
 /// and can be cancelled. Work that may stop late waits to begin while too many threads run on,
 /// which is shown and can be cancelled too. False if it was cancelled, or if other such work is
-/// under way.
+/// under way. Throws std::bad_alloc if the work has.
 bool do_patiently(stopping stops, interruptible_work work);
 
 /// Waits for `limit` and handles no events, for what is about to be drawn. False, with the work

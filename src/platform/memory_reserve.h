@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+
+namespace platform {
+
+/// Memory set aside for the time when there is none: whatever is asked for then gets it, so that
+/// small things go on and the user can be told. From the first call on, a request that even the
+/// reserve doesn't make possible throws std::bad_alloc, as ever.
+void keep_memory_reserve();
+
+/// For libraries that don't survive want of memory: throws std::bad_alloc unless so many bytes are
+/// there and the reserve besides. What was got once stays at hand, so that this is cheap from the
+/// second time on.
+void require_spare_memory(std::size_t bytes);
+
+/// Sets the reserve aside anew where it was used. False when memory is still short.
+bool refill_memory_reserve();
+
+}  // namespace platform
