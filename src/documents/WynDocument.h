@@ -10,6 +10,7 @@
 #include "documents/file_stamp.h"
 #include "documents/file_text.h"
 #include "documents/safety_copy.h"
+#include "documents/save_file.h"
 #include "encoding/charset.h"
 #include "encoding/line_ending.h"
 #include "encoding/stream_encoder.h"
@@ -58,13 +59,19 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// A new untitled document.
   static std::shared_ptr<WynDocument> document();
   /// The document of that file, shared with whoever has it open. If there is no such file it is
-  /// empty. If the file can't be read, or is none (a folder, a pipe), the user is told and null is
-  /// returned, so that no save can overwrite it; `reason` is set unless it is null.
+  /// empty. If the file can't be read, is none (a folder, a pipe), is too large (EFBIG) or memory
+  /// runs out (ENOMEM), the user is told and null is returned, so that no save can overwrite it;
+  /// `reason` is set unless it is null.
   static std::shared_ptr<WynDocument> documentWithContentsOfFile(
       std::string const& path, path::file_error* reason = nullptr);
   /// The same without a look at the cache of shared documents.
   static std::shared_ptr<WynDocument> initWithContentsOfFile(std::string const& path,
                                                              path::file_error* reason = nullptr);
+
+  /// An untitled document of all that comes from `descriptor`, which messages call `name`. Null if
+  /// it can't be read; the user has been told.
+  static std::shared_ptr<WynDocument> documentWithContentsOfStream(int descriptor,
+                                                                   std::string const& name);
 
   /// By WynDefaultFileEncoding and WynDefaultLineEndings; UTF-8 and LF if these name none.
   static encoding::charset_t defaultFileEncoding();
@@ -143,6 +150,13 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// holds the text now. Otherwise the user has said so or has been told why, and the document is
   /// as it was. To save under another name set the filename after that.
   bool writeToFile(std::string const& path);
+  /// The same under a name that is new, for a script: the file gets the permissions of the present
+  /// one less what the umask takes, and belongs to who writes it. A file that exists already is
+  /// saved as above.
+  bool writeCopyToFile(std::string const& path);
+  /// Writes what a save would put in the file to a pipe, a terminal or a file that is open already,
+  /// which messages call `name`. The document stays as it is. False as above.
+  bool writeToStream(int descriptor, std::string const& name) const;
 
   /// Replaces the text, as one step that can be undone, by that of the file in another charset.
   /// Unsaved changes are dropped. False, with the text as it was, if the file can't be read.
@@ -192,12 +206,14 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   void useMarkOf(documents::file_text const& text);
   void useFormatOf(documents::file_text const& text);
   void rememberContent(documents::file_text const& text, bool pairs);
+  void wasReadAs(documents::file_text const& text, bool pairs);
   bool readAgain(std::optional<encoding::charset_t> charset, bool pairs, documents::file_text& text,
                  std::optional<path::file_error>& error);
   void watchFile();
   void fileMayHaveChanged();
   bool isToBeKept();
 
+  bool write(std::string const& path, documents::file_attributes const& attributes);
   std::optional<encoding::file_format> formatForSaving() const;
   bool mayOverwrite(std::string const& path) const;
   void didWrite(std::string const& path, encoding::file_format const& format, unsigned memento);

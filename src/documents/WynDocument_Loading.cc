@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <functional>
 #include <new>
 
 #include "documents/WynDocument.h"
@@ -23,16 +24,23 @@ std::unique_ptr<text::storage> storage_with(text::text_block const& units) {
   return storage;
 }
 
-/// Null if memory ran out.
-std::unique_ptr<text::storage> load(std::string const& path, bool pairs, file_text& text,
-                                    std::optional<path::file_error>& error) {
+using file_reading = std::function<std::optional<path::file_error>(bool pairs, file_text&)>;
+
+/// Null if it failed; the user knows why, but for a file that isn't there. `reason` may be null.
+std::unique_ptr<text::storage> load(std::string const& path, file_reading const& read, bool pairs,
+                                    file_text& text, path::file_error* reason) {
+  std::optional<path::file_error> error;
   try {
-    error = documents::read_file_text(path, std::nullopt, pairs, text);
-    return storage_with(text.units);
+    error = read(pairs, text);
+    if (!error || error->code == ENOENT) return storage_with(text.units);
+    documents::tell_could_not_open(*error, path);
   } catch (std::bad_alloc const&) {
-    text.units = {};
-    return nullptr;
+    text = {};
+    error = path::make_file_error("read", path, ENOMEM);
+    documents::tell_out_of_memory(path);
   }
+  if (reason) *reason = *error;
+  return nullptr;
 }
 
 }  // namespace
@@ -49,28 +57,38 @@ std::shared_ptr<WynDocument> WynDocument::initWithContentsOfFile(std::string con
                                                                  path::file_error* reason) {
   std::string const file = path::standardize(path);
   bool const pairs = preserves_supplementary_characters();
+  auto const read = [&](bool with_pairs, file_text& text) {
+    return documents::read_file_text(file, std::nullopt, with_pairs, text);
+  };
   file_text text;
-  std::optional<path::file_error> error;
-  auto storage = load(file, pairs, text, error);
-  if (error && error->code != ENOENT) {
-    documents::tell_could_not_open(*error, file);
-    if (reason) *reason = *error;
-    return nullptr;
-  }
-  bool const loaded = storage != nullptr;
-  if (!loaded) {
-    documents::tell_out_of_memory(file);
-    storage = std::make_unique<text::storage>();
-  }
+  auto storage = load(file, read, pairs, text, reason);
+  if (storage == nullptr) return nullptr;
   auto document = std::make_shared<WynDocument>(std::move(storage));
   document->becomeFile(file);
   document->fileStamp_ = text.stamp;
-  document->useMarkOf(text);
-  document->useFormatOf(text);
-  document->lastSavedFormat_ = document->presentFormat();
-  document->rememberContent(text, pairs);
-  if (!loaded) document->fileContent_ = file_content::not_loaded;
+  document->wasReadAs(text, pairs);
   return document;
+}
+
+std::shared_ptr<WynDocument> WynDocument::documentWithContentsOfStream(int descriptor,
+                                                                       std::string const& name) {
+  bool const pairs = preserves_supplementary_characters();
+  auto const read = [&](bool with_pairs, file_text& text) {
+    return documents::read_stream_text(descriptor, name, with_pairs, text);
+  };
+  file_text text;
+  auto storage = load(name, read, pairs, text, nullptr);
+  if (storage == nullptr) return nullptr;
+  auto document = std::make_shared<WynDocument>(std::move(storage));
+  document->wasReadAs(text, pairs);
+  return document;
+}
+
+void WynDocument::wasReadAs(file_text const& text, bool pairs) {
+  useMarkOf(text);
+  useFormatOf(text);
+  lastSavedFormat_ = presentFormat();
+  rememberContent(text, pairs);
 }
 
 void WynDocument::useMarkOf(file_text const& text) {

@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <cstdio>
 
 #include "documents/WynDocument.h"
@@ -67,7 +68,9 @@ bool WynDocument::checkForFilesystemChanges() {
   file_text text;
   std::optional<path::file_error> error;
   if (!readAgain(std::nullopt, pairs, text, error)) {
-    if (!error) {  // for lack of memory, which is told once for each change
+    bool const too_large = error && error->code == EFBIG;
+    if (too_large) documents::tell_could_not_open(*error, filename_);
+    if (!error || too_large) {  // for lack of room, which is told once for each change
       fileStamp_ = stamp;
       fileContent_ = file_content::not_loaded;
     }

@@ -94,13 +94,22 @@ bool WynDocument::mayOverwrite(std::string const& path) const {
   return false;
 }
 
-bool WynDocument::writeToFile(std::string const& given_path) {
+bool WynDocument::writeToFile(std::string const& path) {
+  return write(path, documents::file_attributes::of(filename_));
+}
+
+bool WynDocument::writeCopyToFile(std::string const& path) {
+  auto const attributes = documents::file_attributes::of(filename_);
+  return write(path, path::exists(path) ? attributes : attributes.for_copy());
+}
+
+bool WynDocument::write(std::string const& given_path,
+                        documents::file_attributes const& attributes) {
   if (given_path.empty()) return false;
   auto const self = weak_from_this().lock();  // an alert may let the last window go
   std::string const path = path::standardize(given_path);
   auto const format = formatForSaving();
   if (!format || !mayOverwrite(path)) return false;
-  auto const attributes = documents::file_attributes::of(filename_);
   auto const memento = storage_->current_memento;
   // While a password is asked for, events are handled; a change that is our own is no news.
   bool const waiting = std::exchange(fileModifiedOnDiskAndWaitingForUser_, true);

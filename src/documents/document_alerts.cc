@@ -87,8 +87,8 @@ bool ask_to_change_binary_file(std::string const& path) {
 
 bool ask_to_lose_unloaded_file(std::string const& path) {
   return may_overwrite("Couldn't Save", "The file " + name_of(path) +
-                                            " was not loaded for lack of memory. Saving would "
-                                            "lose what it holds." +
+                                            " was changed by another application and could not "
+                                            "be loaded again. Saving would lose what it holds." +
                                             like_to_overwrite);
 }
 

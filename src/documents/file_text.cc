@@ -1,6 +1,10 @@
 #include "documents/file_text.h"
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -25,8 +29,16 @@ struct loaded_bytes {
 };
 
 loaded_bytes room_for(std::size_t size) {
-  if (size > static_cast<std::size_t>(std::numeric_limits<int>::max())) throw std::bad_alloc();
   return {std::make_unique<text::text_block_builder>(size), size};
+}
+
+std::optional<path::file_error> refusal_of_size(std::string const& path, std::uint64_t size) {
+  if (size <= largest_file) return std::nullopt;
+  std::uint64_t const tenths = size / ((std::uint64_t{1} << 30) / 10);
+  return path::file_error{"read", path, EFBIG,
+                          "It has " + std::to_string(tenths / 10) + "." +
+                              std::to_string(tenths % 10) +
+                              " GiB, and a text can have 2 GiB at most"};
 }
 
 void cut(loaded_bytes& bytes, std::size_t size) {
@@ -36,7 +48,8 @@ void cut(loaded_bytes& bytes, std::size_t size) {
 }
 
 /// For a file that holds more than it seemed to, as those do which the kernel makes up.
-std::optional<path::file_error> append_rest(path::file_reader& reader, loaded_bytes& bytes) {
+std::optional<path::file_error> append_rest(path::file_reader& reader, std::string const& path,
+                                            loaded_bytes& bytes) {
   constexpr std::size_t piece = 65536;
   std::vector<unsigned char> rest;
   for (std::size_t read = piece; read == piece;) {
@@ -46,6 +59,7 @@ std::optional<path::file_error> append_rest(path::file_reader& reader, loaded_by
     if (result.error) return result.error;
     read = result.bytes;
     rest.resize(old_size + read);
+    if (auto refusal = refusal_of_size(path, bytes.size + rest.size())) return refusal;
   }
   if (rest.empty()) return std::nullopt;
   loaded_bytes all = room_for(bytes.size + rest.size());
@@ -62,12 +76,24 @@ std::optional<path::file_error> load(std::string const& path, loaded_bytes& byte
   std::vector<unsigned char> skipped(skip);
   if (auto const head = reader.read(skipped.data(), skip); head.error) return head.error;
   auto const size = static_cast<std::size_t>(reader.info().st_size);
+  if (auto refusal = refusal_of_size(path, size - std::min(size, skip))) return refusal;
   bytes = room_for(size - std::min(size, skip));
   auto const result = reader.read(bytes.begin(), bytes.size);
   if (result.error) return result.error;
-  if (result.bytes == bytes.size) return append_rest(reader, bytes);
+  if (result.bytes == bytes.size) return append_rest(reader, path, bytes);
   cut(bytes, result.bytes);
   return std::nullopt;
+}
+
+/// 0 at the end, -1 with errno.
+ssize_t read_some(int descriptor, unsigned char* place, std::size_t count) {
+  while (true) {
+    ssize_t const bytes = ::read(descriptor, place, count);
+    if (bytes >= 0 || (errno != EINTR && errno != EAGAIN)) return bytes;
+    // Whoever is at the other end may have set it not to wait.
+    pollfd wanted{descriptor, POLLIN, 0};
+    if (errno == EAGAIN) ::poll(&wanted, 1, -1);
+  }
 }
 
 /// UTF-16 gains a mark when it is written, but loses nothing.
@@ -109,6 +135,25 @@ std::optional<path::file_error> read_file_text(std::string const& path,
   loaded_bytes bytes;
   if (auto error = load(path, bytes, skip)) return error;
   decode(bytes, charset, pairs, text);
+  return std::nullopt;
+}
+
+std::optional<path::file_error> read_stream_text(int descriptor, std::string const& name,
+                                                 bool pairs, file_text& text) {
+  constexpr std::size_t piece = 65536;
+  std::vector<unsigned char> all;
+  for (ssize_t bytes = 1; bytes != 0;) {
+    std::size_t const old_size = all.size();
+    all.resize(old_size + piece);
+    bytes = read_some(descriptor, all.data() + old_size, piece);
+    if (bytes < 0) return path::make_file_error("read", name, errno);
+    all.resize(old_size + static_cast<std::size_t>(bytes));
+    if (auto refusal = refusal_of_size(name, all.size())) return refusal;
+  }
+  loaded_bytes loaded = room_for(all.size());
+  if (!all.empty()) std::memcpy(loaded.begin(), all.data(), all.size());
+  std::vector<unsigned char>().swap(all);
+  decode(loaded, std::nullopt, pairs, text);
   return std::nullopt;
 }
 

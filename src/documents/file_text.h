@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -27,6 +29,10 @@ struct file_text {
   std::optional<file_stamp> stamp;
 };
 
+/// The most bytes that a file can have to be read as text: none gives more than one unit, and
+/// lengths of texts are counted in int.
+inline constexpr std::uint64_t largest_file = std::numeric_limits<int>::max();
+
 /// By the user default WynPreserveSupplementaryCharacters: whether a character of UTF-8 above
 /// U+FFFF is to be two units.
 bool preserves_supplementary_characters();
@@ -34,10 +40,15 @@ bool preserves_supplementary_characters();
 /// Reads the file at `path` in `charset`, or in the one that it seems to be in. With `pairs` a
 /// character of UTF-8 above U+FFFF is two units. The bytes are read into the memory in which they
 /// are then decoded, twice their size, and that is all that is used. Nothing if `text` has been
-/// set. Throws std::bad_alloc, also for a file of 2 GiB or more, whose text has more units than can
-/// be counted. The first `skip` bytes are passed over.
+/// set; EFBIG for more than `largest_file` bytes. Throws std::bad_alloc. The first `skip` bytes are
+/// passed over.
 std::optional<path::file_error> read_file_text(std::string const& path,
                                                std::optional<encoding::charset_t> charset,
                                                bool pairs, file_text& text, std::size_t skip = 0);
+
+/// The same of all that comes from a pipe, a socket or a file that is open already, up to its end.
+/// `name` is what errors call it. There is no stamp.
+std::optional<path::file_error> read_stream_text(int descriptor, std::string const& name,
+                                                 bool pairs, file_text& text);
 
 }  // namespace documents

@@ -74,6 +74,17 @@ file_attributes file_attributes::of(std::string const& path) {
   return result;
 }
 
+file_attributes file_attributes::for_copy() const {
+  file_attributes result = *this;
+  if (!result.info_) return result;
+  mode_t const mask = umask(0);
+  umask(mask);
+  result.info_->st_mode &= ~mask & 0777;
+  result.info_->st_uid = static_cast<uid_t>(-1);  // chown leaves these
+  result.info_->st_gid = static_cast<gid_t>(-1);
+  return result;
+}
+
 void file_attributes::apply_to(std::string const& path) const {
   auto const present = info_of(path);
   if (!info_ || !present) return;

@@ -44,6 +44,9 @@ class file_attributes {
   /// Those of the file that the path leads to; none if there is no file.
   static file_attributes of(std::string const& path);
 
+  /// For a file that is made anew by whoever runs the program: no owner, and of the permissions
+  /// only what the umask leaves.
+  file_attributes for_copy() const;
   /// Sets what differs and may be set.
   void apply_to(std::string const& path) const;
 

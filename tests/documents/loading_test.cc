@@ -60,17 +60,14 @@ TEST_F(document, reads_what_the_kernel_makes_up) {
   EXPECT_NE(text_of(*d).find(u"Pid:"), std::u16string::npos);
 }
 
-TEST_F(document, too_large_for_memory_is_empty_and_guards_its_file) {
+TEST_F(document, too_large_is_refused_by_name) {
   std::string const path = folder.write("large", "");
-  if (truncate(path.c_str(), off_t{3} << 30) != 0) GTEST_SKIP() << "no sparse files here";
-  auto const d = open(path);
-  ASSERT_TRUE(d);
-  EXPECT_EQ(d->length(), 0u);
-  EXPECT_EQ(alerts(), strings{"Out of Memory|There was not enough memory to load the document "
-                              "\u201Clarge\u201D.|Continue"});
-  EXPECT_FALSE(save(d));
-  EXPECT_EQ(std::filesystem::file_size(path), std::uintmax_t{3} << 30);
-  EXPECT_EQ(alerts().size(), 1u);
+  if (truncate(path.c_str(), off_t{1} << 31) != 0) GTEST_SKIP() << "no sparse files here";
+  path::file_error reason;
+  EXPECT_FALSE(WynDocument::documentWithContentsOfFile(path, &reason));
+  EXPECT_EQ(reason.code, EFBIG);
+  EXPECT_EQ(alerts(), strings{"Couldn't Open|The file \u201Clarge\u201D could not be read. It has "
+                              "2.0 GiB, and a text can have 2 GiB at most.|Continue"});
 }
 
 TEST_F(document, has_a_name_that_can_be_shown) {
