@@ -7,6 +7,7 @@
 #include "bundles/BundleManager.h"
 #include "bundles/item_kinds.h"
 #include "documents/WynDocument.h"
+#include "documents/file_text.h"
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop.h"
@@ -180,7 +181,11 @@ void AppDelegate::didFinishLaunching() {
   themeWatcher_ = std::make_unique<theme_watcher>(WynThemeManager::sharedInstance());
   bool const wanted = defaults.string("WynAppDelegateOpenUntitledDocument") != "never";
   if (controllers_.empty() && wanted) newDocument();
-  postWhileAlive([this] { offer_safety_copies(*this); });
+  postWhileAlive([this] {
+    if (!menuFault_.empty())
+      platform::desktop::current().alerts().run({"Menus Missing", menuFault_, {"Continue"}});
+    offer_safety_copies(*this);
+  });
 }
 
 void AppDelegate::openLaunchArguments() {
@@ -237,6 +242,7 @@ bool AppDelegate::confirmLargeFile(std::string const& path) {
   struct stat info;
   if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size <= large_file)
     return true;
+  if (static_cast<std::uint64_t>(info.st_size) > documents::largest_file) return true;  // refused
   char size[32];
   std::snprintf(size, sizeof size, "%.1f", static_cast<double>(info.st_size) / 1048576);
   platform::alert const question{"Opening Large File",

@@ -30,6 +30,9 @@ class AppDelegate : public platform::application_delegate {
   /// What to open at launch: each argument FILE[:LINE[:COLUMN]], taken from `directory`, in a
   /// window of its own.
   void setLaunchArguments(std::vector<std::string> arguments, std::string directory);
+  /// Why the menus aren't those that are installed; told once the first window is there. Empty if
+  /// they are.
+  void setMenuFault(std::string fault) { menuFault_ = std::move(fault); }
   /// Shows a file, in the window that has it already if there is one. Null when it could not be
   /// read; the user has been told.
   WynDocumentController* openFile(std::string const& path, std::size_t line = 0,
@@ -80,6 +83,7 @@ class AppDelegate : public platform::application_delegate {
   void selectWindow(int step);
 
   plist::value menus_;
+  std::string menuFault_;
   recent_files recent_;
   std::string currentDirectory_;
   std::vector<std::string> launchArguments_;
