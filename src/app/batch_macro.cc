@@ -1,60 +1,72 @@
 #include "app/batch_macro.h"
 
+#include "app/batch_output.h"
 #include "platform/replace_file.h"
 #include "plist/xml_reader.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
 namespace {
 
-std::string read_standard_input() {
-  std::string contents;
+// 0 or an errno.
+int read_standard_input(std::string& contents) {
   char buffer[65536];
   while (std::size_t const n = std::fread(buffer, 1, sizeof buffer, stdin))
     contents.append(buffer, n);
-  return contents;
+  return std::ferror(stdin) ? errno : 0;
 }
 
-void report(std::string const& path, std::string const& reason) {
-  std::fprintf(stderr, "quirnote: %s: %s\n", path.c_str(), reason.c_str());
+void report(std::string const& path, std::string const& place, std::string const& reason) {
+  std::fprintf(stderr, "quirnote: %s%s: %s\n", escaped_name(path).c_str(), place.c_str(),
+               reason.c_str());
 }
 
 std::optional<plist::value> read_value(std::string const& path) {
   std::string contents;
-  if (path == "-") {
-    contents = read_standard_input();
-  } else if (int const error =
-                 platform::read_file(path, contents, platform::file_calls::system())) {
-    report(path, std::strerror(error));
+  int const error = path == "-"
+                        ? read_standard_input(contents)
+                        : platform::read_file(path, contents, platform::file_calls::system());
+  if (error) {
+    report(path, "", std::strerror(error));
     return std::nullopt;
   }
   plist::read_result const result = plist::read_xml(contents);
   if (!result.error) return result.value;
   auto const& e = *result.error;
-  report(path + ":" + std::to_string(e.line) + ":" + std::to_string(e.column), e.message);
+  report(path, ":" + std::to_string(e.line) + ":" + std::to_string(e.column), e.message);
   return std::nullopt;
+}
+
+// A key that isn't known is perhaps a known one that was misspelt.
+std::string fault_of(plist::value const& step) {
+  auto const* const keys = step.as_dictionary();
+  if (keys == nullptr) return "is no dictionary";
+  if (step["command"].as_string() == nullptr) return "has no `command`";
+  for (auto const& [key, value] : *keys)
+    if (key != "command" && key != "argument") return "has an unknown key `" + key + "`";
+  return "";
 }
 
 }  // namespace
 
-batch_macro read_batch_macro(std::string const& path) {
+std::optional<batch_macro> read_batch_macro(std::string const& path) {
   auto const value = read_value(path);
-  if (!value) return {{}, false};
+  if (!value) return std::nullopt;
   plist::value const& list = value->as_array() ? *value : (*value)["commands"];
   if (list.as_array() == nullptr) {
-    report(path, "no array of steps, and no dictionary with `commands`");
-    return {{}, false};
+    report(path, "", "no array of steps, and no dictionary with `commands`");
+    return std::nullopt;
   }
   batch_macro macro;
+  bool is_whole = true;
   for (std::size_t n = 0; n < list.elements().size(); ++n) {
     plist::value const& step = list.elements()[n];
-    if (plist::value const& command = step["command"]; command.as_string() != nullptr) {
-      macro.steps.push_back({command, step["argument"]});
-    } else {
-      report(path, "step " + std::to_string(n) + " has no `command`");
-      macro.complete = false;
-    }
+    std::string const fault = fault_of(step);
+    if (!fault.empty()) report(path, "", "step " + std::to_string(n) + " " + fault);
+    is_whole = is_whole && fault.empty();
+    macro.steps.push_back({step["command"], step["argument"]});
   }
-  return macro;
+  return is_whole ? std::optional(std::move(macro)) : std::nullopt;
 }

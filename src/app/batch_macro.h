@@ -14,13 +14,11 @@ struct batch_macro {
     plist::value argument;
   };
   std::vector<step> steps;
-  bool complete = true;     // false when something of the file had to be left out
   std::uint32_t times = 1;  // how often all of them are performed
 };
 
 /// Reads a macro from an XML property list: a dictionary with `commands`, or a bare array of steps,
-/// each a dictionary with `command` and perhaps `argument`. A step of another shape is reported on
-/// standard error with file, number and reason, and left out; so is a whole file that can't be
-/// read.
-/// "-" is standard input.
-batch_macro read_batch_macro(std::string const& path);
+/// each a dictionary with `command` and perhaps `argument`. Nothing when any part of it can't be
+/// read or is something else, since the rest might do harm without it: that has been reported on
+/// standard error with file, place and reason. "-" is standard input.
+std::optional<batch_macro> read_batch_macro(std::string const& path);

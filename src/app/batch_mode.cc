@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/WynDocumentController.h"
 #include "app/batch_macro.h"
+#include "app/batch_output.h"
 #include "app/batch_scopes.h"
 #include "app/batch_state.h"
 #include "bundles/BundleManager.h"
@@ -16,68 +17,81 @@
 #include "platform/utf.h"
 #include "textview/scope_report.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <new>
 
 namespace {
 
 enum exit_status { done = 0, beeped = 1, file_trouble = 3 };
 
-void print(std::string_view text) {
-  std::fwrite(text.data(), 1, text.size(), stdout);
+void complain(std::string const& name, std::string const& reason) {
+  std::fprintf(stderr, "quirnote: %s: %s\n", escaped_name(name).c_str(), reason.c_str());
 }
 
-// By lines, so that a large text isn't copied whole.
-void print_text(text::storage const& storage) {
-  for (std::size_t line = 0; line < storage.lines(); ++line) {
-    if (line != 0) print("\n");
-    print(unicode::to_utf8({storage.begin(line), storage.size(line)}));
-  }
-}
+constexpr char const* not_enough_memory = "there is not enough memory";
 
 class batch_run {
  public:
-  explicit batch_run(batch_options const& options) : options_(options), app_({}, "") {
+  explicit batch_run(batch_options const& options)
+      : options_(options), app_({}, ""), output_(heading_for(options)) {
     desktop_.shows_windows = false;
     desktop_.files().watch_no_more();
     for (auto const& [title, button] : options.answers) desktop_.alerts().answer(title, button);
   }
 
   int run() {
-    for (batch_macro_option const& option : options_.macros) {
-      macros_.push_back(read_batch_macro(option.path));
-      macros_.back().times = option.times;
-      if (!macros_.back().complete) status_ = file_trouble;
-    }
+    // Without one step the others may do harm, so nothing is begun.
+    if (!read_macros()) return file_trouble;
     if (options_.files.empty()) run_on_untitled();
     for (std::string const& file : options_.files) run_on_file(file);
-    if (std::fflush(stdout) != 0 || std::ferror(stdout)) complain("standard output", "not written");
-    return status_ != done ? status_ : options_.strict && has_beeped_ ? beeped : done;
+    if (int const error = output_.flush()) fail("standard output", std::strerror(error));
+    if (status_ != done || !options_.strict) return status_;
+    return was_all_answered() && !has_beeped_ ? done : beeped;
   }
 
  private:
-  void run_on_untitled() {
-    WynDocumentController controller(app_);
-    controller.setTextDocument(WynDocument::document());
-    process(controller);
+  static batch_output::heading heading_for(batch_options const& options) {
+    if (options.null_separated) return batch_output::heading::nulls;
+    bool const prints = !options.prints.empty() || options.explain;
+    return options.files.size() > 1 && prints ? batch_output::heading::lines
+                                              : batch_output::heading::none;
   }
 
+  bool read_macros() {
+    bool are_whole = true;
+    for (batch_macro_option const& option : options_.macros) {
+      auto macro = read_batch_macro(option.path);
+      are_whole = are_whole && macro;
+      if (!macro) continue;
+      macro->times = option.times;
+      macros_.push_back(std::move(*macro));
+    }
+    return are_whole;
+  }
+
+  bool was_all_answered() {
+    auto const unused = desktop_.alerts().unused_answers();
+    for (auto const& [title, button] : unused)
+      std::fprintf(stderr, "quirnote: nothing asked for --answer \"%s=%s\"\n",
+                   escaped_name(title).c_str(), escaped_name(button).c_str());
+    return unused.empty();
+  }
+
+  void run_on_untitled() { process("untitled", WynDocument::document()); }
+
   void run_on_file(std::string const& file) {
-    if (options_.files.size() > 1 && (!options_.prints.empty() || options_.explain))
-      print("==> " + file + " <==\n");
     start_counting();
     std::string const path = path::join(folder_, file);
-    if (!path::exists(path)) {
-      complain(file, "no such file");
-      return;
-    }
-    auto const document = WynDocument::documentWithContentsOfFile(path);
-    if (document == nullptr) {
-      complain(file, last_alert_text());
-      return;
-    }
-    WynDocumentController controller(app_);
-    controller.setTextDocument(document);
-    process(controller);
+    if (file != "-" && !path::exists(path)) return fail(file, "no such file");
+    auto const document = open(file, path);
+    if (document == nullptr) return fail(file, last_alert_text());
+    process(file, document);
   }
 
   void start_counting() {
@@ -85,16 +99,36 @@ class batch_run {
     desktop_.alerts().shown.clear();
   }
 
-  void process(WynDocumentController& controller) {
+  std::shared_ptr<WynDocument> open(std::string const& name, std::string const& path) {
+    if (name == "-")
+      return WynDocument::documentWithContentsOfStream(STDIN_FILENO, "standard input");
+    struct stat info;
+    if (::stat(path.c_str(), &info) != 0 || !S_ISFIFO(info.st_mode))
+      return WynDocument::documentWithContentsOfFile(path);
+    // Waits for somebody to write to it.
+    int const pipe = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    auto const document = WynDocument::documentWithContentsOfStream(pipe, path);
+    if (pipe >= 0) ::close(pipe);
+    return document;
+  }
+
+  // A file for which memory runs out costs only itself.
+  void process(std::string const& name, std::shared_ptr<WynDocument> const& document) try {
+    WynDocumentController controller(app_);
+    controller.setTextDocument(document);
     controller.showWindow();
     for (batch_macro const& macro : macros_)
       for (std::uint32_t n = 0; n < macro.times; ++n)
         for (batch_macro::step const& step : macro.steps) perform(controller, step);
-    save(controller);
+    save(name, controller);
+    output_.begin_file(options_.files.empty() ? "" : name);
     for (std::string const& what : options_.prints) print_part(controller, what);
-    explain(controller.textView());
+    explain(name, controller.textView());
+    output_.end_file();
     render(controller);
     has_beeped_ = has_beeped_ || desktop_.beeps > 0;
+  } catch (std::bad_alloc const&) {
+    fail(name, not_enough_memory);
   }
 
   // Actions that the text view keeps from menus and keys, such as moveLeft:, work in macros.
@@ -103,7 +137,7 @@ class batch_run {
     std::string const& command = *step.command.as_string();
     if (!controller.textView().tryToPerformWith(command, step.argument)) desktop_.beep();
     handle_events();
-    if (desktop_.beeps != beeps) std::fprintf(stderr, "beep: %s\n", command.c_str());
+    if (desktop_.beeps != beeps) std::fprintf(stderr, "beep: %s\n", escaped_name(command).c_str());
   }
 
   // News of files come some steps late rather than by a system call at each.
@@ -115,42 +149,56 @@ class batch_run {
       desktop_.loop().run_due();
   }
 
-  void save(WynDocumentController& controller) {
+  void save(std::string const& name, WynDocumentController& controller) {
     if (!options_.save && options_.save_as.empty()) return;
+    if (options_.strict && desktop_.beeps > 0) {
+      complain(name, "not saved, as an action failed");
+      return;
+    }
     WynDocument& document = *controller.textDocument();
+    if (options_.save_as == "-") return write_to_output(document);
     std::string const path =
         options_.save ? document.filename() : path::join(folder_, options_.save_as);
-    if (path.empty()) {
-      complain("untitled", "--save needs a file");
-      return;
-    }
-    if (!document.writeToFile(path)) {
-      complain(path, last_alert_text());
-      return;
-    }
+    if (path.empty()) return fail(name, "--save needs a file");
+    if (!(options_.save ? document.writeToFile(path) : document.writeCopyToFile(path)))
+      return fail(path, last_alert_text());
     if (path != document.filename()) document.setFilename(path);
+  }
+
+  void write_to_output(WynDocument const& document) {
+    constexpr char const* output = "standard output";
+    if (int const error = output_.flush()) return fail(output, std::strerror(error));
+    if (!document.writeToStream(STDOUT_FILENO, output)) fail(output, last_alert_text());
+  }
+
+  // By lines, so that a large text isn't copied whole.
+  void print_text(text::storage const& storage) {
+    for (std::size_t line = 0; line < storage.lines(); ++line) {
+      if (line != 0) output_.put("\n");
+      output_.put(unicode::to_utf8({storage.begin(line), storage.size(line)}));
+    }
   }
 
   void print_part(WynDocumentController& controller, std::string const& what) {
     WynTextView const& view = controller.textView();
     if (what == "text") print_text(*view.view()->storage);
-    if (what == "selection") print(unicode::to_utf8(view.selected_text()));
-    if (what == "state") print(batch_state(view, desktop_.beeps, desktop_.alerts().shown) + "\n");
-    if (what == "scopes") print(batch_scopes(view));
-    if (what == "styles") print(batch_styles(view));
-    if (what == "symbols") print(batch_symbols(controller.textView()));
+    if (what == "selection") output_.put(unicode::to_utf8(view.selected_text()));
+    if (what == "state")
+      output_.put(batch_state(view, desktop_.beeps, desktop_.alerts().shown) + "\n");
+    if (what == "scopes") output_.put(batch_scopes(view));
+    if (what == "styles") output_.put(batch_styles(view));
+    if (what == "symbols") output_.put(batch_symbols(controller.textView()));
   }
 
-  void explain(WynTextView const& view) {
+  void explain(std::string const& name, WynTextView const& view) {
     if (!options_.explain) return;
     auto const [line, column] = *options_.explain;
     text::storage const& storage = *view.view()->storage;
     if (line < storage.lines() && column <= storage.size(line)) {
       wait_for_scopes(view, line);
-      print(scope_report(view, {line, column}));
+      output_.put(scope_report(view, {line, column}));
     } else {
-      complain(view.document()->displayName(),
-               "there is no place " + std::to_string(line) + ":" + std::to_string(column));
+      fail(name, "there is no place " + std::to_string(line) + ":" + std::to_string(column));
     }
   }
 
@@ -160,7 +208,7 @@ class batch_run {
     platform::desktop_module* const module = platform::load_desktop_module(error);
     if (module == nullptr || !module->render(controller.textView(), options_.columns, options_.rows,
                                              options_.render, error))
-      complain(options_.render, error);
+      fail(options_.render, error);
   }
 
   std::string last_alert_text() {
@@ -168,14 +216,15 @@ class batch_run {
     return shown.empty() ? "cannot be used" : shown.back().title + ": " + shown.back().text;
   }
 
-  void complain(std::string const& file, std::string const& reason) {
-    std::fprintf(stderr, "quirnote: %s: %s\n", file.c_str(), reason.c_str());
+  void fail(std::string const& name, std::string const& reason) {
+    complain(name, reason);
     status_ = file_trouble;
   }
 
   batch_options const& options_;
   headless::headless_desktop desktop_;
   AppDelegate app_;
+  batch_output output_;
   std::vector<batch_macro> macros_;
   std::string const folder_ = path::cwd();
   unsigned steps_ = 0;
@@ -189,17 +238,22 @@ int check_bundles(std::vector<std::string> const& directories) {
   for (plist::value const& language : BundleManager::sharedInstance().languages())
     for (char const* key : {"scopeName", "name"}) languages.push_back(language[key].string_or(""));
   bool is_clean = true;
+  batch_output output(batch_output::heading::none);
   for (std::string const& directory : directories)
     for (bundles::bundle_fault const& fault : bundles::check_bundle(directory, languages)) {
-      print(bundles::description(fault) + "\n");
+      output.put(bundles::description(fault) + "\n");
       is_clean = false;
     }
+  if (int const error = output.flush()) {
+    complain("standard output", std::strerror(error));
+    return file_trouble;
+  }
   return is_clean ? done : beeped;
 }
 
 }  // namespace
 
-int run_batch_mode(batch_options const& options) {
+int run_batch_mode(batch_options const& options) try {
   // What a file was left with by somebody who looked at it must not decide what a macro does, and a
   // file that is only read isn't to be touched.
   platform::user_defaults::standard().set_volatile("WynDocumentDisableFSMetaData", true);
@@ -209,4 +263,7 @@ int run_batch_mode(batch_options const& options) {
                                                    : check_bundles(options.check_bundles);
   BundleManager::saveSharedCache();
   return status;
+} catch (std::bad_alloc const&) {
+  std::fprintf(stderr, "quirnote: %s\n", not_enough_memory);
+  return file_trouble;
 }

@@ -21,16 +21,13 @@ struct batch_options {
   std::vector<batch_macro_option> macros;                      // --macro, --repeat
   std::vector<std::pair<std::string, std::string>> answers;    // --answer: title and button
   bool save = false;
-  std::string save_as;
+  std::string save_as;              // "-" is standard output
   std::vector<std::string> prints;  // "text", "selection", "state", "scopes", "styles", "symbols"
   std::optional<std::pair<std::uint32_t, std::uint32_t>> explain;  // line and column, from 0
   std::string render;                                              // path of a PNG
   int columns = 80, rows = 24;
   bool strict = false;
+  bool null_separated = false;             // -0: names as they are, ended by zero bytes
   std::vector<std::string> check_bundles;  // --check-bundle
-  std::vector<std::string> files;
+  std::vector<std::string> files;          // "-" is standard input
 };
-
-/// Reads the arguments that follow --batch. Nothing with a reason when they are wrong.
-std::optional<batch_options> parse_batch_options(std::vector<std::string> const& arguments,
-                                                 std::string& error);

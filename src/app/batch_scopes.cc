@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <mutex>
+#include <new>
 
 #include "grammar/tokenize_filter.h"
 #include "platform/utf.h"
@@ -45,6 +46,7 @@ std::string hexadecimal(platform::color c) {
 void wait_for_scopes(WynTextView const& text_view, std::size_t line) {
   grammar::tokenize_filter* const tokenizer = text_view.tokenizer();
   while (tokenizer && !tokenizer->wait_for(line, std::chrono::hours(1))) continue;
+  if (tokenizer && tokenizer->lacks_memory()) throw std::bad_alloc();
 }
 
 std::string batch_scopes(WynTextView const& text_view) {

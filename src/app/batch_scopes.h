@@ -6,7 +6,7 @@
 class WynTextView;
 
 /// What the view knows of its text through the language's grammar. All wait until the tokenizer
-/// has seen the text, all of it unless a line is given.
+/// has seen the text, all of it unless a line is given, and throw std::bad_alloc if it could not.
 
 void wait_for_scopes(WynTextView const& text_view, std::size_t line = ~std::size_t{0});
 

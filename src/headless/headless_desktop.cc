@@ -19,14 +19,15 @@ plist::value memory_pasteboard::get(std::string_view type) const {
 }
 
 void scripted_alerts::answer(std::string title, std::string button) {
-  answers_[std::move(title)] = std::move(button);
+  answers_[std::move(title)] = {std::move(button)};
 }
 
 std::size_t scripted_alerts::run(platform::alert const& question) {
   std::size_t index = question.safe_button;
   if (auto const it = answers_.find(question.title); it != answers_.end()) {
     auto const& buttons = question.buttons;
-    auto const button = std::find(buttons.begin(), buttons.end(), it->second);
+    auto const button = std::find(buttons.begin(), buttons.end(), it->second.button);
+    it->second.used = it->second.used || button != buttons.end();
     if (button != buttons.end()) index = static_cast<std::size_t>(button - buttons.begin());
   }
   std::string const name = index < question.buttons.size() ? question.buttons[index] : "";
@@ -35,6 +36,13 @@ std::size_t scripted_alerts::run(platform::alert const& question) {
   if (while_open) while_open();
   --open_;
   return index;
+}
+
+std::vector<std::pair<std::string, std::string>> scripted_alerts::unused_answers() const {
+  std::vector<std::pair<std::string, std::string>> unused;
+  for (auto const& [title, answer] : answers_)
+    if (!answer.used) unused.emplace_back(title, answer.button);
+  return unused;
 }
 
 std::vector<std::string> scripted_panels::run_open(platform::open_request const&) {

@@ -37,13 +37,21 @@ class scripted_alerts : public platform::alert_panel {
   void answer(std::string title, std::string button);
   std::size_t run(platform::alert const& question) override;
   bool is_open() const { return open_ != 0; }
+  /// Of the answers those that were never given, as title and button: no alert had that title, or
+  /// none of these that button.
+  std::vector<std::pair<std::string, std::string>> unused_answers() const;
 
   std::vector<record> shown;
   /// Called while an alert is open, as a real one handles events.
   std::function<void()> while_open;
 
  private:
-  std::map<std::string, std::string> answers_;
+  struct scripted_answer {
+    std::string button;
+    bool used = false;
+  };
+
+  std::map<std::string, scripted_answer> answers_;
   int open_ = 0;
 };
 

@@ -9,7 +9,7 @@ fail() {
 run() {
   local expected=$1 status=0
   shift
-  "$program" --batch "$@" >out 2>err </dev/null || status=$?
+  timeout 60 "$program" --batch "$@" >out 2>err </dev/null || status=$?
   [[ $status == "$expected" ]] || fail "status $status instead of $expected: $* : $(<err)"
 }
 # is FILE TEXT: the file holds the text, in which \n and the like are escapes.
@@ -52,38 +52,109 @@ run 1 --strict --macro fails --print text b
 is out 'Rx'
 run 0 --strict --macro type b
 
+# Under --strict a file for which anything failed stays as it is, and the others are saved.
+printf 'y' >keeps
+macro first_line insertText:=Q moveDown: moveDown:
+run 1 --strict --macro first_line --save keeps a
+is keeps 'y'
+is a 'Qone\ntwo\n'
+grep -q '^quirnote: keeps: not saved' err
+run 0 --macro first_line --save keeps
+is keeps 'Qy'
+printf 'one\ntwo\n' >a
+
+# An answer that nothing asked for, or with a button that nothing has, is one under --strict.
+for answer in "No Such Title=OK" "Couldn't Open=Perhaps"; do
+  run 0 --answer "$answer" b
+  run 1 --strict --answer "$answer" b
+  is err "quirnote: nothing asked for --answer \"$answer\"\n"
+done
+run 3 --strict --answer "Couldn't Open=Continue" /dev/null
+! grep -q 'nothing asked' err
+
 # Wrong usage stops before anything is done.
-for wrong in --bogus '--set X' '--set X=plist:{' '--print all' '--size 3' \
-  '--save --save-as c' '--save-as c a'; do
+for wrong in --bogus -x '--set X' '--set X=plist:{' '--print all' '--size 3' \
+  '--size 100000x100000' '--save --save-as c' '--save-as c a' '--save -' '--strict=yes' \
+  '--macro - -' '--save-as - --print text'; do
   run 2 --macro type --save $wrong a
   is out ''
   grep -q '^usage: ' err
   is a 'one\ntwo\n'
 done
 
-# A file that can't be used leaves the others alone.
+# Help and version are there in every mode, whatever else is asked for.
+for words in --help -h '--batch --help' '--batch --print text a --help'; do
+  "$program" $words 2>err | grep -q '^usage: '
+  is err ''
+done
+[[ $("$program" --batch --version) == Quirnote\ * ]]
+for words in -x --bogus '--print text' '-- --batch -' '-'; do
+  [[ $words != --\ * ]] || continue
+  status=0
+  "$program" $words >out 2>err || status=$?
+  [[ $status == 2 ]] || fail "$words: $status"
+  grep -q '^usage: ' err
+done
+
+# A file that can't be used leaves the others alone, and nothing is printed or written for it.
 mkdir folder
-mkfifo pipe
-run 3 --print text nothing folder pipe /dev/null b
-is out '==> nothing <==\n==> folder <==\n==> pipe <==\n==> /dev/null <==\n==> b <==\nx'
+truncate -s 3G large
+run 3 --print text nothing folder large /dev/null b
+is out '==> b <==\nx'
 [[ $(wc -l <err) == 4 ]]
+grep -q '^quirnote: large: .*“large” could not be read\. It has 3\.0 GiB' err
+printf 'kept' >kept
+run 3 --macro type --save-as kept large
+is kept 'kept'
+run 3 --macro type --save large
+[[ $(stat -c %s large) == 3221225472 ]]
+rm large
 run 3 --strict --macro fails --print text nothing b
 
-# What is wrong in a macro is told with its place; the rest is used.
+# A macro with anything wrong in it isn't begun, and is told with its place.
 printf '<plist><array>\n<dict></array></plist>' >torn
-run 3 --macro torn --macro type --print text b
-is out 'Qx'
-grep -q '^quirnote: torn:2:[0-9]*: ' err
-run 3 --macro missing --macro type --print text b
-is out 'Qx'
-cat >odd <<'XML'
-<plist><array><string>x</string><dict/>
-<dict><key>command</key><string>insertText:</string><key>argument</key><string>S</string></dict>
-</array></plist>
-XML
-run 3 --macro odd --print text b
-is out 'Sx'
-[[ $(grep -c '^quirnote: odd: step' err) == 2 ]]
+step='<dict><key>command</key><string>insertText:</string><key>argument</key><string>S</string></dict>'
+printf '<plist><array>%s<dict><key>comand</key><string>x</string></dict></array></plist>' "$step" >odd
+printf '<plist><array>%s<string>x</string></array></plist>' "$step" >stray
+printf '<plist><array><dict><key>command</key><string>x</string><key>arguments</key><true/></dict></array></plist>' >misspelt
+printf '<plist><dict><key>comands</key><array/></dict></plist>' >shapeless
+for wrong in torn:2: odd stray misspelt shapeless missing; do
+  run 3 --macro type --macro "${wrong%%:*}" --print text --save a nothing
+  is out ''
+  is a 'one\ntwo\n'
+  grep -q "^quirnote: $wrong" err && [[ $(wc -l <err) == 1 ]] || fail "$wrong: $(<err)"
+done
+
+# Pipes and standard input are read as text; a pipe can't be saved, but written elsewhere.
+mkfifo pipe
+printf 'p' >pipe & run 0 --macro type --print text pipe
+is out 'Qp'
+printf 'p' >pipe & run 3 --save pipe
+printf 's\r\nt' | "$program" --batch --macro type --print text --print state - >out
+grep -q '^Qs$' out && grep -q '"lineEnding":"crlf"' out
+printf '\xEF\xBB\xBFs\r\nt\r\n' | "$program" --batch --macro type --save-as - - >out
+is out '\xEF\xBB\xBFQs\r\nt\r\n'
+"$program" --batch --print text <(printf sub) | cmp - <(printf sub)
+status=0
+"$program" --batch --print text - <&- >out 2>err || status=$?
+[[ $status == 3 && ! -s out ]] && grep -q 'standard input' err
+
+# Text is printed with line feeds and without a mark, whatever the file has.
+printf '\xEF\xBB\xBFa\r\nb\rc\n' >marked
+run 0 --print text marked
+is out 'a\nb\nc\n'
+
+# Header lines begin lines, and names don't break them; -0 gives names and texts as they are.
+odd=$'od\nd\\\xFF\xE2\x80\xAE'
+printf 'n' >"$odd"
+run 0 --print text b "$odd" a
+is out '==> b <==\nx\n==> od\\nd\\\\\\xFF\\xE2\\x80\\xAE <==\nn\n==> a <==\none\ntwo\n'
+run 0 -0 --print text "$odd" b
+printf '%s\0n\0b\0x\0' "$odd" | cmp - out
+run 0 --null --print text b
+is out 'b\0x\0'
+run 3 "$odd"$'\n'
+is err 'quirnote: od\\nd\\\\\\xFF\\xE2\\x80\\xAE\\n: no such file\n'
 
 # Standard input is read for --macro - and else by nobody, closed or not.
 "$program" --batch --macro - --print text b <type >out
@@ -114,8 +185,34 @@ fi
 # Output that can't be written is a file that can't be written.
 status=0
 seq 1 100000 >long
-"$program" --batch --print text long >/dev/full 2>err || status=$?
-[[ $status == 3 ]]
+for words in '--batch --print text long' '--batch --save-as - long' '--batch --print text b' \
+  '--batch --check-bundle nothing' --help --version; do
+  for output in /dev/full closed; do
+    status=0
+    if [[ $output == closed ]]; then
+      "$program" $words >&- 2>err || status=$?
+    else
+      "$program" $words >"$output" 2>err || status=$?
+    fi
+    [[ $status == 3 ]] && grep -q 'standard output' err || fail "$words >$output: $status $(<err)"
+  done
+done
+
+# With all of them closed no file gets the number of a stream that is written to.
+"$program" --batch --macro fails --print text --save-as closed b <&- >&- 2>&- || true
+is closed 'RQx'
+
+# Saved under a new name, a file has the old one's permissions less what the umask takes.
+(
+  printf 'x' >private && chmod 600 private
+  printf 'x' >shared && chmod 666 shared
+  printf 'x' >runs && chmod 4755 runs
+  umask 027
+  for name in private:600 shared:640 runs:750; do
+    run 0 --save-as "${name%:*}.new" "${name%:*}"
+    [[ $(stat -c %a "${name%:*}.new") == "${name#*:}" ]] || fail "$name: $(stat -c %a *.new)"
+  done
+)
 
 # Settings hold for the run; a file of settings or key bindings that is torn doesn't stop it.
 run 0 --set WynTextViewTabSize=7 --print state b

@@ -1,0 +1,66 @@
+#include "app/batch_output.h"
+
+#include <unicode/utf8.h>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace {
+
+bool is_shown_as_it_is(UChar32 c) {
+  bool const turns_direction = c == 0x61C || (0x200E <= c && c <= 0x200F) ||
+                               (0x202A <= c && c <= 0x202E) || (0x2066 <= c && c <= 0x2069);
+  bool const ends_line = c == 0x2028 || c == 0x2029;
+  return c >= 0x20 && !(0x7F <= c && c < 0xA0) && !turns_direction && !ends_line;
+}
+
+std::string escaped_byte(unsigned char byte) {
+  if (byte == '\n') return "\\n";
+  if (byte == '\t') return "\\t";
+  char text[8];
+  std::snprintf(text, sizeof text, "\\x%02X", byte);
+  return text;
+}
+
+}  // namespace
+
+std::string escaped_name(std::string_view name) {
+  std::string out;
+  auto const size = static_cast<std::int32_t>(name.size());
+  for (std::int32_t at = 0; at < size;) {
+    std::int32_t const start = at;
+    UChar32 c = 0;
+    U8_NEXT(name.data(), at, size, c);
+    auto const bytes =
+        name.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(at - start));
+    if (c == '\\')
+      out += "\\\\";
+    else if (is_shown_as_it_is(c))  // a wrong byte is -1
+      out += bytes;
+    else
+      for (char const byte : bytes) out += escaped_byte(static_cast<unsigned char>(byte));
+  }
+  return out;
+}
+
+void batch_output::begin_file(std::string_view name) {
+  if (style_ == heading::lines)
+    put((stands_in_line_ ? "\n==> " : "==> ") + escaped_name(name) + " <==\n");
+  if (style_ == heading::nulls) put(std::string(name) + '\0');
+}
+
+void batch_output::end_file() {
+  if (style_ == heading::nulls) put({"", 1});
+}
+
+void batch_output::put(std::string_view text) {
+  if (text.empty()) return;
+  stands_in_line_ = text.back() != '\n';
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() && error_ == 0)
+    error_ = errno;
+}
+
+int batch_output::flush() {
+  if (std::fflush(stdout) != 0 && error_ == 0) error_ = errno;
+  return error_;
+}

@@ -1,0 +1,277 @@
+#include "app/command_line.h"
+
+#include "plist/text_reader.h"
+
+#include <getopt.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <functional>
+#include <iterator>
+#include <set>
+
+char const* const usage_text =
+    "usage: quirnote [FILE[:LINE[:COLUMN]]]...\n"
+    "       quirnote --batch [--set KEY=VALUE]... [--macro FILE|- [--repeat N]]...\n"
+    "                [--answer TITLE=BUTTON]... [--save | --save-as PATH|-] [--print WHAT]... "
+    "[-0]\n"
+    "                [--explain LINE:COLUMN] [--render PNG [--size COLUMNSxROWS]] [--strict]\n"
+    "                [--] [FILE|-]...\n"
+    "       quirnote --batch --check-bundle DIR [--check-bundle DIR]...\n"
+    "       quirnote --help | --version\n"
+    "WHAT is text, selection, state, scopes, styles or symbols.\n";
+
+namespace {
+
+using arguments_t = std::vector<std::string>;
+
+std::optional<std::pair<std::string, std::string>> split_at_equals(std::string const& text) {
+  std::size_t const equals = text.find('=');
+  if (equals == std::string::npos || equals == 0) return std::nullopt;
+  return std::pair(text.substr(0, equals), text.substr(equals + 1));
+}
+
+// Neither "inf" nor "nan" is one: these are words.
+template <typename T>
+std::optional<T> number_from(std::string const& text) {
+  if (text.find_first_not_of("0123456789+-.eE") != std::string::npos) return std::nullopt;
+  T number{};
+  auto const result = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (text.empty() || result.ec != std::errc() || result.ptr != text.data() + text.size())
+    return std::nullopt;
+  return number;
+}
+
+// "true", "false", a number, the text dialect behind "plist:", or else a string.
+std::optional<plist::value> setting_value(std::string const& text) {
+  if (text == "true" || text == "false") return plist::value(text == "true");
+  if (auto const integer = number_from<std::int64_t>(text)) return plist::value(*integer);
+  if (auto const real = number_from<double>(text)) return plist::value(*real);
+  if (text.rfind("plist:", 0) != 0) return plist::value(text);
+  plist::value const value = plist::convert(text.substr(6), nullptr);
+  if (!value) return std::nullopt;
+  return value;
+}
+
+// A cell takes some 150 pixels of four bytes each, with the largest fonts much more.
+bool parse_size(std::string const& text, batch_options& options) {
+  constexpr int max_cells = 250000;
+  std::size_t const x = text.find('x');
+  if (x == std::string::npos) return false;
+  auto const columns = number_from<int>(text.substr(0, x));
+  auto const rows = number_from<int>(text.substr(x + 1));
+  if (!columns || !rows || *columns < 1 || *rows < 1 || *columns > max_cells / *rows) return false;
+  options.columns = *columns;
+  options.rows = *rows;
+  return true;
+}
+
+bool take_place(batch_options& options, std::string const& place) {
+  std::size_t const colon = place.find(':');
+  if (colon == std::string::npos) return false;
+  auto const line = number_from<std::uint32_t>(place.substr(0, colon));
+  auto const column = number_from<std::uint32_t>(place.substr(colon + 1));
+  if (line && column) options.explain = {*line, *column};
+  return line && column;
+}
+
+// Whether the value is fit; options without a value get an empty one.
+using taker = bool (*)(batch_options&, std::string const& value);
+
+struct batch_option {
+  char const* name;
+  bool has_value;
+  taker take;
+};
+
+constexpr batch_option batch_table[] = {
+    {"set", true,
+     [](batch_options& o, std::string const& text) {
+       auto const pair = split_at_equals(text);
+       auto const value = pair ? setting_value(pair->second) : std::nullopt;
+       if (value) o.settings.emplace_back(pair->first, *value);
+       return value.has_value();
+     }},
+    {"answer", true,
+     [](batch_options& o, std::string const& text) {
+       auto const pair = split_at_equals(text);
+       if (pair) o.answers.push_back(*pair);
+       return pair.has_value();
+     }},
+    {"macro", true,
+     [](batch_options& o, std::string const& path) {
+       o.macros.push_back({path});
+       return !path.empty();
+     }},
+    {"repeat", true,
+     [](batch_options& o, std::string const& text) {
+       auto const times = number_from<std::uint32_t>(text);
+       if (times && !o.macros.empty()) o.macros.back().times = *times;
+       return times.has_value();
+     }},
+    {"check-bundle", true,
+     [](batch_options& o, std::string const& path) {
+       o.check_bundles.push_back(path);
+       return !path.empty();
+     }},
+    {"save", false, [](batch_options& o, std::string const&) { return o.save = true; }},
+    {"save-as", true,
+     [](batch_options& o, std::string const& path) {
+       o.save_as = path;
+       return !path.empty();
+     }},
+    {"print", true,
+     [](batch_options& o, std::string const& what) {
+       o.prints.push_back(what);
+       static std::set<std::string> const parts = {"text",   "selection", "state",
+                                                   "scopes", "styles",    "symbols"};
+       return parts.contains(what);
+     }},
+    {"null", false, [](batch_options& o, std::string const&) { return o.null_separated = true; }},
+    {"explain", true, take_place},
+    {"render", true,
+     [](batch_options& o, std::string const& path) {
+       o.render = path;
+       return !path.empty();
+     }},
+    {"size", true, [](batch_options& o, std::string const& text) { return parse_size(text, o); }},
+    {"strict", false, [](batch_options& o, std::string const&) { return o.strict = true; }},
+};
+
+// What getopt_long gives for each: the table's rows, then those that all modes have.
+constexpr int first_row = 256;
+constexpr int rows = static_cast<int>(std::size(batch_table));
+constexpr int batch_code = first_row + rows, help_code = 'h', version_code = batch_code + 1;
+constexpr int null_code = '0', file_code = 1;
+
+std::vector<option> long_options() {
+  std::vector<option> all;
+  for (int row = 0; row < rows; ++row)
+    all.push_back({batch_table[row].name,
+                   batch_table[row].has_value ? required_argument : no_argument, nullptr,
+                   first_row + row});
+  all.push_back({"batch", no_argument, nullptr, batch_code});
+  all.push_back({"help", no_argument, nullptr, help_code});
+  all.push_back({"version", no_argument, nullptr, version_code});
+  all.push_back({});
+  return all;
+}
+
+std::string name_of(int code) {
+  for (option const& o : long_options())
+    if (o.name != nullptr && o.val == code) return std::string("--") + o.name;
+  return {'-', static_cast<char>(code)};
+}
+
+batch_option const& row_of(int code) {
+  if (code != null_code) return batch_table[code - first_row];
+  return *std::find_if(std::begin(batch_table), std::end(batch_table),
+                       [](batch_option const& o) { return std::string("null") == o.name; });
+}
+
+arguments_t take_session(arguments_t& arguments) {
+  auto const end = std::find(arguments.begin(), arguments.end(), "--");
+  auto const session = std::find(arguments.begin(), end, "-session");
+  if (session == end || session + 1 == end) return {};
+  arguments_t const taken(session, session + 2);
+  arguments.erase(session, session + 2);
+  return taken;
+}
+
+std::string contradiction(batch_options const& o) {
+  bool const has_many = o.files.size() > 1;
+  bool const prints = !o.prints.empty() || o.explain || o.null_separated;
+  auto const from_input = std::count(o.files.begin(), o.files.end(), "-");
+  auto const macros_from_input = std::count_if(o.macros.begin(), o.macros.end(),
+                                               [](auto const& macro) { return macro.path == "-"; });
+  if (!o.save_as.empty() && o.save) return "--save and --save-as exclude each other";
+  if (!o.save_as.empty() && has_many) return "--save-as takes one file";
+  if (!o.render.empty() && has_many) return "--render takes one file";
+  if (o.save && from_input != 0) return "--save needs a file, not standard input";
+  if (from_input + macros_from_input > 1) return "standard input can be read only once";
+  if (o.save_as == "-" && prints)
+    return "--save-as - leaves no room on standard output for anything else";
+  return "";
+}
+
+class parser {
+ public:
+  explicit parser(arguments_t arguments) : arguments_(std::move(arguments)) {}
+
+  std::optional<command_line> run(std::string& error) {
+    line_.session = take_session(arguments_);
+    read(error);
+    if (line_.what == command_line::purpose::help || line_.what == command_line::purpose::version)
+      return line_;
+    if (error.empty()) error = complaint();
+    return error.empty() ? std::optional(line_) : std::nullopt;
+  }
+
+ private:
+  void read(std::string& error) {
+    std::string program = "quirnote";
+    std::vector<char*> argv = {program.data()};
+    for (std::string& argument : arguments_) argv.push_back(argument.data());
+    int const argc = static_cast<int>(argv.size());
+    argv.push_back(nullptr);
+    std::vector<option> const options = long_options();
+    optind = 0;  // another run in this process begins anew
+    opterr = 0;
+    // Files come in their places (-), a missing value is told from an unknown option (:).
+    for (int code; (code = getopt_long(argc, argv.data(), "-:h0", options.data(), nullptr)) != -1;)
+      if (!take(code, argv, error)) return;
+    line_.batch.files.insert(line_.batch.files.end(), argv.begin() + optind, argv.end() - 1);
+  }
+
+  // False at the end of what is to be read.
+  bool take(int code, std::vector<char*> const& argv, std::string& error) {
+    if (code == file_code) {
+      line_.batch.files.emplace_back(optarg);
+    } else if (code == batch_code) {
+      line_.what = command_line::purpose::batch;
+    } else if (code == help_code || code == version_code) {
+      line_.what = code == help_code ? command_line::purpose::help : command_line::purpose::version;
+      return false;
+    } else if (code == ':') {
+      error = name_of(optopt) + " needs a value";
+    } else if (code == '?') {
+      error = optopt >= first_row ? name_of(optopt) + " takes no value"
+              : optopt != 0       ? "unknown option " + name_of(optopt)
+                                  : "unknown option " + std::string(argv[optind - 1]);
+    } else {
+      error = take_batch_option(code, optarg != nullptr ? optarg : "");
+    }
+    return error.empty();
+  }
+
+  std::string take_batch_option(int code, std::string const& value) {
+    batch_option const& row = row_of(code);
+    std::string const name = name_of(code);
+    if (first_batch_option_.empty()) first_batch_option_ = name;
+    if (name == "--repeat" && line_.batch.macros.empty())
+      return "--repeat needs a --macro before it";
+    if (row.take(line_.batch, value)) return "";
+    return "bad value for " + name + ": " + value;
+  }
+
+  std::string complaint() const {
+    if (line_.what == command_line::purpose::batch) return contradiction(line_.batch);
+    if (!first_batch_option_.empty()) return first_batch_option_ + " needs --batch";
+    auto const& files = line_.batch.files;
+    if (std::find(files.begin(), files.end(), "-") != files.end())
+      return "standard input is read with --batch only; a file of that name is ./-";
+    return "";
+  }
+
+  arguments_t arguments_;
+  command_line line_;
+  std::string first_batch_option_;
+};
+
+}  // namespace
+
+std::optional<command_line> parse_command_line(arguments_t const& arguments, std::string& error) {
+  error.clear();
+  return parser(arguments).run(error);
+}
