@@ -1,6 +1,7 @@
 #include "desktop/OffscreenPicture.h"
 
 #include "desktop/FontCells.h"
+#include "desktop/PlatformStart.h"
 #include "desktop/QtGraphics.h"
 #include "desktop/TextViewWidget.h"
 
@@ -10,6 +11,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <clocale>
 #include <cmath>
 
 namespace widgets {
@@ -91,7 +93,9 @@ void ensure_application() {
   static int argc = 1;
   static char name[] = "quirnote";
   static char* argv[] = {name, nullptr};
+  PlatformStart const start("no picture can be made", 3);
   new QGuiApplication(argc, argv);  // never ended: the program is at its end when it would be
+  std::setlocale(LC_NUMERIC, "C");  // Qt has taken the user's; see QtDesktop
 }
 
 }  // namespace
@@ -102,7 +106,12 @@ bool render_picture(platform::view_client& client, int columns, int rows, std::s
   PictureHost host(client);
   host.resize(columns, rows);
   QImageWriter writer(QFile::decodeName(path.c_str()), "png");
-  if (writer.write(host.paint())) return true;
+  QImage const picture = host.paint();
+  if (picture.isNull()) {
+    error = "there is not enough memory for the picture";
+    return false;
+  }
+  if (writer.write(picture)) return true;
   error = writer.errorString().toStdString();
   return false;
 }

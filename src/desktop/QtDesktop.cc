@@ -7,12 +7,15 @@
 #include "desktop/QtText.h"
 #include "desktop/SuddenExit.h"
 #include "desktop/TerminationSignals.h"
+#include "platform/memory_reserve.h"
 
 #include <QIcon>
 #include <QSessionManager>
 #include <QTimer>
 
 #include <algorithm>
+#include <clocale>
+#include <new>
 
 namespace widgets {
 namespace {
@@ -37,8 +40,32 @@ bool Application::event(QEvent* event) {
   return true;
 }
 
+bool Application::notify(QObject* receiver, QEvent* event) try {
+  return QApplication::notify(receiver, event);
+} catch (std::bad_alloc const&) {
+  bool const shows_only = event->type() == QEvent::Paint || event->type() == QEvent::UpdateRequest;
+  if (shows_only || is_telling_) return true;
+  is_telling_ = true;
+  // Not from here: what was interrupted may hold locks of the window system's side.
+  QTimer::singleShot(0, this, [this] {
+    platform::desktop::current().alerts().run(
+        {"Out of Memory",
+         "There was not enough memory for what you have just done. Save your documents, and close "
+         "those that you don't need.",
+         {"Continue"},
+         0,
+         true});
+    is_telling_ = false;
+    platform::refill_memory_reserve();
+  });
+  return true;
+}
+
 QtDesktop::QtDesktop(int& argc, char** argv)
     : qt_(argc, argv), general_(QClipboard::Clipboard), primary_(make_primary_selection()) {
+  // Qt has taken the user's locale. Numbers in property lists, commands and reports are
+  // everybody's.
+  std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName(QStringLiteral("quirnote"));
   QApplication::setApplicationDisplayName(QStringLiteral("Quirnote"));
   QApplication::setDesktopFileName(QStringLiteral("quirnote"));

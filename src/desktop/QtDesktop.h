@@ -28,8 +28,14 @@ class Application final : public QApplication {
   using QApplication::QApplication;
   std::function<void()> on_quit;
 
+  /// An event for which memory runs out is given up, and the user is told.
+  bool notify(QObject* receiver, QEvent* event) override;
+
  protected:
   bool event(QEvent* event) override;
+
+ private:
+  bool is_telling_ = false;
 };
 
 /// The desktop with windows. Becomes the current one.

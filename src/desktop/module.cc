@@ -1,4 +1,5 @@
 #include "desktop/OffscreenPicture.h"
+#include "desktop/PlatformStart.h"
 #include "desktop/QtDesktop.h"
 #include "platform/desktop_module.h"
 
@@ -15,11 +16,11 @@ class QtModule final : public platform::desktop_module {
  public:
   std::unique_ptr<platform::desktop> make_desktop(int& argc, char** argv,
                                                   std::string& error) override {
-    // Qt ends the process when it finds no display, so that has to be known before.
     if (!is_set("DISPLAY") && !is_set("WAYLAND_DISPLAY") && !is_set("QT_QPA_PLATFORM")) {
       error = "there is no display: neither DISPLAY nor WAYLAND_DISPLAY is set";
       return nullptr;
     }
+    widgets::PlatformStart const start("no window can be opened", 1);
     return std::make_unique<widgets::QtDesktop>(argc, argv);
   }
 

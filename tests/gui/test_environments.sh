@@ -1,0 +1,79 @@
+# A desktop that isn't as it should be: no display, closed descriptors, missing files, no memory.
+printf 'one\n' >file.txt
+
+# refused VARIABLE=VALUE...: the program says that there is no window, and ends with 1.
+refused() {
+  local status=0
+  timeout 20 env "$@" "$editor" file.txt >out 2>err || status=$?
+  if [[ $status != 1 || -s out ]] || ! grep -q '^quirnote: no window can be opened: ' err; then
+    echo "$*: status $status: $(<err)" >&2
+    return 1
+  fi
+}
+refused DISPLAY=:4711
+refused DISPLAY= WAYLAND_DISPLAY= QT_QPA_PLATFORM=
+refused QT_QPA_PLATFORM=nonsense
+refused QT_QPA_PLATFORM=wayland WAYLAND_DISPLAY=nothing DISPLAY=
+refused QT_QPA_PLATFORM=xcb:nonsense DISPLAY=:4711
+
+# What follows "--" is no option, neither to us nor to the window system.
+printf 'platform\n' >./-platform
+start_editor -- -platform file.txt
+wait_window 'file.txt'
+wait_window '.platform'
+type_text 'A'
+keys ctrl+s
+expect_file ./-platform $'Aplatform\n'
+keys ctrl+q
+wait_exit
+
+# With all standard descriptors closed, no socket gets their numbers.
+start bash -c 'exec "$@" <&- >&- 2>&-' - "$editor" file.txt
+wait_window 'file.txt'
+type_text 'B'
+keys ctrl+s
+expect_file file.txt $'Bone\n'
+keys ctrl+q
+wait_exit
+
+# Without menus there are those for saving, and the window says why.
+mkdir -p tree/bin tree/lib tree/share
+cp "$editor" tree/bin
+cp -r "$(dirname "$editor")/../lib/quirnote" tree/lib
+cp -r "$gui/../../share" tree/share/Quirnote
+echo '<plist><dict>' >tree/share/Quirnote/menus.plist
+start tree/bin/quirnote file.txt
+wait_window '^Quirnote$'
+keys Return
+wait_window 'file.txt'
+type_text 'C'
+keys ctrl+s
+expect_file file.txt $'BCone\n'
+keys ctrl+q
+wait_exit
+
+# What there is no memory for is refused, and what stands in the window can be saved.
+head -c 120000000 /dev/zero | tr '\0' 'a' >large.txt
+start_editor large.txt
+wait_window '^Quirnote$'
+keys Return
+wait_window 'large.txt'
+vm=
+is_idle() {
+  local before=$vm
+  vm=$(awk '/VmSize/ { print $2 }' "/proc/$editor_pid/status")
+  [[ $vm == "$before" ]]
+}
+wait_until is_idle
+prlimit --pid "$editor_pid" --as=$(((vm + 60000) * 1024)):
+keys ctrl+a ctrl+c
+wait_window '^Quirnote$'
+keys Return
+prlimit --pid "$editor_pid" --as=unlimited:
+wait_window 'large.txt'
+keys ctrl+End
+type_text 'Z'
+keys ctrl+s
+wait_until eval '[[ $(tail -c 1 large.txt) == Z ]]'
+keys ctrl+q
+wait_exit
