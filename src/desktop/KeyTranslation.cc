@@ -59,6 +59,16 @@ bool is_printable(QString const& text) {
   return !text.isEmpty() && text[0].unicode() >= 0x20 && text[0].unicode() != 0x7F;
 }
 
+bool is_shortcut(std::uint32_t modifiers) {
+  return modifiers & (mod::control | mod::option | mod::command);
+}
+
+bool is_of_another_script(QString const& text) {
+  if (text.isEmpty()) return false;
+  QChar::Script const script = QChar::script(text.toUcs4().front());
+  return script != QChar::Script_Latin && script > QChar::Script_Common;
+}
+
 // What the key gives without Ctrl and Alt, as far as Qt's key codes tell: letters come as capitals.
 QString text_of_code(QKeyEvent const& event) {
   int const code = event.key();
@@ -100,6 +110,19 @@ KeyboardLayout* KeyTranslation::layout() {
   return layout_.get();
 }
 
+std::function<std::u16string(std::uint32_t)> KeyTranslation::latin_text(QKeyEvent const& event) {
+  std::uint32_t const code = event.nativeScanCode(), state = event.nativeModifiers();
+  if (layout() != nullptr)
+    return [layout = layout_, code, state](std::uint32_t modifiers) {
+      return layout->latin_text(code, state, modifiers);
+    };
+  if (!is_of_another_script(text_of_code(event))) return [](std::uint32_t) { return u""; };
+  if (latin_keys_ == nullptr) latin_keys_ = std::make_shared<LatinKeys>();
+  return [keys = latin_keys_, code](std::uint32_t modifiers) {
+    return keys->text(code, modifiers & mod::shift);
+  };
+}
+
 platform::key_event KeyTranslation::translate(QKeyEvent const& event) {
   platform::key_event out;
   out.modifiers = translate_modifiers(event.modifiers());
@@ -112,6 +135,12 @@ platform::key_event KeyTranslation::translate(QKeyEvent const& event) {
   }
 
   std::uint32_t const code = event.nativeScanCode(), state = event.nativeModifiers();
+  if (is_shortcut(out.modifiers) && code != 0)
+    if (auto const latin = latin_text(event); !latin(0).empty()) {
+      out.characters = out.characters_ignoring_modifiers = latin(out.modifiers);
+      out.string_for = latin;
+      return out;
+    }
   // Synthesized events (tests, input methods, remote desktops) come without a hardware key.
   if (code == 0 || layout() == nullptr || layout()->text(code, state, 0).empty()) {
     set_characters_from_event(out, event);

@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -16,15 +17,18 @@ std::uint32_t translate_modifiers(Qt::KeyboardModifiers modifiers);
 /// From Qt's key presses to the logic's: Ctrl is command, Super control, Alt option.
 class KeyTranslation {
  public:
-  /// An event without characters stands for a key that means nothing by itself.
+  /// An event without characters stands for a key that means nothing by itself. Shortcuts on
+  /// layouts without Latin letters come as the Latin characters of their keys.
   platform::key_event translate(QKeyEvent const& event);
 
  private:
   KeyboardLayout* layout();
+  std::function<std::u16string(std::uint32_t)> latin_text(QKeyEvent const& event);
 
   // Not asked for at start: it costs some round trips to the X server.
   bool tried_layout_ = false;
   std::shared_ptr<KeyboardLayout> layout_;
+  std::shared_ptr<LatinKeys> latin_keys_;  // where there is no layout to ask
 };
 
 /// The modifiers of a key event as Qt would give them in the desktop's way of writing shortcuts:

@@ -7,6 +7,8 @@
 #include <xcb/xcb.h>
 #include <xkbcommon/xkbcommon-x11.h>
 
+#include <algorithm>
+
 namespace widgets {
 namespace {
 
@@ -14,7 +16,6 @@ namespace {
 // which they are something else use neither for text.
 constexpr std::uint32_t shift_mask = 1, lock_mask = 2, control_mask = 4, alt_mask = 8;
 constexpr std::uint32_t super_mask = 64, all_masks = 0xFF;
-constexpr std::uint32_t no_text = 0;
 
 std::uint32_t group_of(std::uint32_t x_state) {
   return (x_state >> 13) & 3;
@@ -22,6 +23,10 @@ std::uint32_t group_of(std::uint32_t x_state) {
 
 bool is_printable(std::uint32_t c) {
   return c >= 0x20 && c != 0x7F && (c < 0x80 || c >= 0xA0);
+}
+
+bool is_ascii_letter(std::uint32_t c) {
+  return ('a' <= c && c <= 'z') || ('A' <= c && c <= 'Z');
 }
 
 std::u16string to_utf16(std::uint32_t c) {
@@ -74,7 +79,11 @@ bool KeyboardLayout::load() {
   keymap_ =
       xkb_x11_keymap_new_from_device(context_, connection_, device, XKB_KEYMAP_COMPILE_NO_FLAGS);
   if (keymap_ != nullptr) state_ = xkb_state_new(keymap_);
-  return state_ != nullptr;
+  if (state_ == nullptr) return false;
+  latin_groups_.clear();
+  for (std::uint32_t group = 0; group < xkb_keymap_num_layouts(keymap_); ++group)
+    latin_groups_.push_back(is_latin(group));
+  return true;
 }
 
 void KeyboardLayout::unload() {
@@ -84,15 +93,37 @@ void KeyboardLayout::unload() {
   keymap_ = nullptr;
 }
 
-// Ctrl with a key of a Cyrillic or Greek layout means the Latin letter on the same key.
-std::uint32_t KeyboardLayout::latin_symbol(std::uint32_t code, std::uint32_t mods) const {
-  xkb_layout_index_t const layouts = xkb_keymap_num_layouts_for_key(keymap_, code);
-  for (xkb_layout_index_t layout = 0; layout < layouts; ++layout) {
-    xkb_state_update_mask(state_, mods, 0, 0, 0, 0, layout);
-    std::uint32_t const c = xkb_keysym_to_utf32(xkb_state_key_get_one_sym(state_, code));
-    if (is_printable(c) && c < 0x80) return c;
-  }
-  return no_text;
+std::uint32_t KeyboardLayout::symbol(std::uint32_t code, std::uint32_t group,
+                                     std::uint32_t mods) const {
+  xkb_state_update_mask(state_, mods, 0, 0, 0, 0, group);
+  return xkb_keysym_to_utf32(xkb_state_key_get_one_sym(state_, code));
+}
+
+// Some layouts of other scripts have a Latin letter or two.
+bool KeyboardLayout::is_latin(std::uint32_t group) const {
+  constexpr int most_of_the_alphabet = 20;
+  int letters = 0;
+  xkb_keycode_t const last = xkb_keymap_max_keycode(keymap_);
+  for (xkb_keycode_t code = xkb_keymap_min_keycode(keymap_); code <= last; ++code)
+    if (is_ascii_letter(symbol(code, group, 0))) ++letters;
+  return letters >= most_of_the_alphabet;
+}
+
+std::u16string KeyboardLayout::latin_text(std::uint32_t code, std::uint32_t x_state,
+                                          std::uint32_t modifiers) {
+  if (!load()) return {};
+  std::uint32_t const group = group_of(x_state);
+  if (group < latin_groups_.size() && latin_groups_[group]) return {};
+  bool const shift = modifiers & platform::modifier::shift;
+  std::uint32_t const mods = shift ? shift_mask : 0;
+  auto const latin = std::find(latin_groups_.begin(), latin_groups_.end(), true);
+  std::u16string const text =
+      latin == latin_groups_.end()
+          ? latin_keys_.text(code, shift)
+          : to_utf16(symbol(code, static_cast<std::uint32_t>(latin - latin_groups_.begin()), mods));
+  std::uint32_t const own = symbol(code, group, mods);
+  bool const is_letter = text.size() == 1 && is_ascii_letter(text[0]);
+  return is_letter || !is_printable(own) || own >= 0x80 ? text : to_utf16(own);
 }
 
 std::u16string KeyboardLayout::text(std::uint32_t code, std::uint32_t x_state,
@@ -103,11 +134,7 @@ std::u16string KeyboardLayout::text(std::uint32_t code, std::uint32_t x_state,
   if (modifiers & platform::modifier::shift) mods |= shift_mask;
   if (modifiers & platform::modifier::option) mods |= alt_mask;
 
-  xkb_state_update_mask(state_, mods, 0, 0, 0, 0, group_of(x_state));
-  std::uint32_t c = xkb_keysym_to_utf32(xkb_state_key_get_one_sym(state_, code));
-  if ((modifiers & platform::modifier::command) && c >= 0x80)
-    if (std::uint32_t const latin = latin_symbol(code, mods); latin != no_text) c = latin;
-  return to_utf16(c);
+  return to_utf16(symbol(code, group_of(x_state), mods));
 }
 
 }  // namespace widgets

@@ -9,14 +9,25 @@
 #include <QGuiApplication>
 #include <QUrl>
 
+#include <algorithm>
+#include <iterator>
+
 namespace widgets {
 namespace {
 
 namespace types = platform::pasteboard_type;
 
 char const text_format[] = "text/plain";
+// Under X11 Qt adds such names by itself, but on Wayland programs see just those that are offered,
+// and many look for one with a charset.
+char const* const utf8_formats[] = {"text/plain;charset=utf-8", "UTF8_STRING"};
 char const file_format[] = "text/uri-list";
 char const private_format[] = "application/x-quirnote-pboard";
+
+bool is_utf8_text(QString const& format) {
+  return std::any_of(std::begin(utf8_formats), std::end(utf8_formats),
+                     [&](char const* known) { return format == QLatin1String(known); });
+}
 
 bool is_private(std::string_view type) {
   return type != types::text && type != types::file_list && type != types::color;
@@ -29,7 +40,10 @@ class PasteboardContent final : public QMimeData {
 
   QStringList formats() const override {
     QStringList list;
-    if (content.contains(types::text)) list << QLatin1String(text_format);
+    if (content.contains(types::text)) {
+      for (char const* format : utf8_formats) list << QLatin1String(format);
+      list << QLatin1String(text_format);
+    }
     if (content.contains(types::file_list)) list << QLatin1String(file_format);
     if (!private_types().empty()) list << QLatin1String(private_format);
     return list;
@@ -42,6 +56,7 @@ class PasteboardContent final : public QMimeData {
  protected:
   QVariant retrieveData(QString const& format, QMetaType) const override {
     if (format == QLatin1String(text_format)) return text();
+    if (is_utf8_text(format)) return text().toUtf8();
     if (format == QLatin1String(file_format)) return urls();
     if (format == QLatin1String(private_format))
       return QByteArray::fromStdString(plist::write_xml(private_types()).text);
