@@ -2,7 +2,8 @@
 # what comes of it to TARGET. Each "class NAME extends Lexer|Parser|TreeParser" gives NAME.hpp,
 # included as "NAME.hpp" by the sources of TARGET alone. Warnings are off in generated code.
 find_program(ANTLR2_JAVA java REQUIRED)
-find_file(ANTLR2_JAR antlr.jar PATHS /usr/share/java REQUIRED)
+find_file(ANTLR2_JAR NAMES antlr.jar antlr2.jar antlr-2.7.7.jar PATHS /usr/share/java
+          PATH_SUFFIXES antlr antlr2 antlr-2.7.7 REQUIRED)
 find_path(ANTLR2_INCLUDE_DIR antlr/LLkParser.hpp REQUIRED)
 # The objects end up in a program that exports its symbols, so the library must be relocatable.
 find_library(ANTLR2_LIBRARY NAMES antlr-pic antlr REQUIRED)

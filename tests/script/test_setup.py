@@ -3,6 +3,7 @@
 import os
 import pathlib
 import pty
+import shutil
 import subprocess
 import tempfile
 import unittest
@@ -104,6 +105,34 @@ class Setup(unittest.TestCase):
         self.assertEqual(len(packages), len(set(packages)))
         self.assertLess(set(self.setup("--run", "--list").stdout.split()), set(packages))
         self.assertEqual(self.calls.read_text(), "")
+
+    def without_packages(self, *lacking):
+        """Runs setup where there is no apt-get: it finds doubles of all programs but those."""
+        for tool in ("bash", "cat", "sed", "grep"):
+            os.symlink(shutil.which(tool), pathlib.Path(self.folder.name, tool))
+        for tool in ("apt-get", "dpkg-query", "sudo"):
+            pathlib.Path(self.folder.name, tool).unlink()
+        for tool in ("cmake", "ninja", "java", "c++", "pkg-config", "clang-format", "python3",
+                     "dbus-run-session", "import", "openbox", "strace", "xwininfo", "xclip",
+                     "xdotool", "Xvfb"):
+            wanted = "|".join(lacking) or "nothing"
+            self.double(tool, f'case "$* $(cat)" in *{wanted}*) exit 1 ;; esac')
+            if tool in lacking:
+                pathlib.Path(self.folder.name, tool).unlink()
+        environment = {"PATH": self.folder.name}
+        return subprocess.run([shutil.which("bash"), SCRIPT], env=environment,
+                              stdin=subprocess.DEVNULL, capture_output=True, text=True)
+
+    def test_other_systems_are_asked_for_the_things_themselves(self):
+        for lacking, named in (((), None), (("ninja",), "program ninja"),
+                               (("msgpack.hpp",), "header msgpack.hpp"),
+                               (("Qt6Widgets",), "library Qt6Widgets"), (("Xvfb",), "program Xvfb")):
+            with self.subTest(lacking=lacking):
+                self.setUp()
+                run = self.without_packages(*lacking)
+                missing = [line.strip() for line in run.stderr.splitlines() if line[:2] == "  "]
+                missing = [line for line in missing if line != "jar antlr.jar"]
+                self.assertEqual(missing, [named] if named else [])
 
     def test_unknown_option(self):
         self.assertEqual(self.setup("--frobnicate").returncode, 2)

@@ -1,0 +1,18 @@
+# The fastest linker that the compiler can use. QUIRNOTE_LINKER names another, or "default".
+include(CheckLinkerFlag)
+set(QUIRNOTE_LINKER "" CACHE STRING "mold, lld, default, or another name for -fuse-ld=; empty: the fastest")
+
+set(linker ${QUIRNOTE_LINKER})
+if(NOT linker AND NOT "${CMAKE_EXE_LINKER_FLAGS}" MATCHES "-fuse-ld=")
+  foreach(name mold lld)
+    if(NOT linker)
+      check_linker_flag(CXX -fuse-ld=${name} QUIRNOTE_CAN_LINK_BY_${name})
+      if(QUIRNOTE_CAN_LINK_BY_${name})
+        set(linker ${name})
+      endif()
+    endif()
+  endforeach()
+endif()
+if(linker AND NOT linker STREQUAL default)
+  add_link_options(-fuse-ld=${linker})
+endif()
