@@ -185,6 +185,8 @@ class file_check {
     if (r["begin"] && !r["end"]) at(to, "begin/end-rule has no end-pattern");
     if (r["swallow"] && !r["begin"])
       at(to, "swallow pattern can only be used with begin/end-rules");
+    if (r["applyEndPatternFirst"] && !r["begin"])
+      at(to, "applyEndPatternFirst can only be used with begin/end-rules");
     include(r["include"], to);
     std::size_t n = 0;
     for (plist::value const& child : r["patterns"].elements())

@@ -70,6 +70,7 @@ key_types const& rule_keys() {
                                  {"beginCaptures", captures},
                                  {"endCaptures", captures},
                                  {"repository", table},
+                                 {"applyEndPatternFirst", number},
                                  {"applyEndPatternLast", number},
                                  {"disabled", number},
                                  {"fileTypes", texts},

@@ -45,6 +45,13 @@ void line_parser::setup_stack(path_tree::id path) {
     if (id == 0) break;
   }
   std::reverse(stack_.begin(), stack_.end());
+  first_ends_.clear();
+  std::size_t references = 0;
+  for (std::size_t depth = 1; depth < stack_.size(); ++depth) {
+    rule const& owner = *stack_[depth].owner;
+    if (owner.apply_end_pattern_first) first_ends_.push_back({depth, references});
+    if (owner.has_back_references) ++references;
+  }
 }
 
 path_tree::id line_parser::child(path_tree::id parent, unsigned index) {
@@ -83,6 +90,11 @@ rule_set& line_parser::rules_of(region& node) {
 }
 
 bool line_parser::is_plain(std::u16string_view units) {
+  for (first_end const& end : first_ends_) {
+    rule_set& around = rules_of(stack_[end.depth]);
+    if (!around.first_end) continue;
+    if (!around.first_end_filter || around.first_end_filter->may_match_in(units)) return false;
+  }
   rule_set& set = rules_of(stack_.back());
   return set.sought.empty() && !set.filter->may_match_in(units);
 }
@@ -103,7 +115,7 @@ void line_parser::apply_rules(region& node) {
 // Leaves what matches next from the position on in `taken_` and `match_`.
 bool line_parser::find_next(region& node) {
   rule_set& set = *node.rules;
-  std::u16string const& units = line_.units();
+  std::u16string_view const units = line_.units();
   auto limit = static_cast<std::uint32_t>(units.size());
   for (auto it = node.found.begin(); it != node.found.end();) {
     if (it->match.begin() < position_ && !search(set.rules[it->order], *it)) {
@@ -145,7 +157,7 @@ bool line_parser::find_next(region& node) {
 bool line_parser::try_at(wanted& what, std::uint32_t at) {
   if (what.given_up >= max_given_up) return false;
   auto& tried = what.tried;
-  if (tried.line != line_number_) tried = {line_number_, 0, 0, false};
+  if (tried.text != text_) tried = {text_, 0, 0, false};
   if (tried.given_up || (tried.failed >= max_failures && !can_begin_at(what, at))) return false;
   auto const result = what.nfa->match(line_, at, what.needs_groups, match_);
   if (result == pattern::result::found) return true;
@@ -169,7 +181,7 @@ bool line_parser::can_begin_at(wanted& what, std::uint32_t at) {
 bool line_parser::parse_line(std::u16string_view line, bool is_last, line_tokens& tokens,
                              reference_stack& references, std::atomic<bool> const& stop) {
   line_.set(line, is_last);
-  ++line_number_;
+  text_ = ++texts_;
   references_ = &references;
   stop_ = &stop;
   position_ = 0;
@@ -177,21 +189,24 @@ bool line_parser::parse_line(std::u16string_view line, bool is_last, line_tokens
   for (region& node : stack_) node.opened_at = ~0u;
   tokens_.clear();
   tokens_.set(0, plain_path());
+  for (first_end& end : first_ends_) search_first_end(end);
   apply_rules(stack_.back());
 
-  while (find_next(stack_.back())) {
-    if (is_stopped()) return false;
-    wanted const& what = stack_.back().rules->rules[taken_];
-    if (what.type == kind::opening) {
-      take_opening();
-    } else if (what.type == kind::end && stack_.size() > 1) {
-      take_end();
-    } else {
-      position_ = match_.end();
-      if (match_.empty() || what.type == kind::end) drop_empty();
+  do {
+    while (find_next(stack_.back())) {
+      if (is_stopped()) return false;
+      wanted const& what = stack_.back().rules->rules[taken_];
+      if (what.type == kind::opening) {
+        take_opening();
+      } else if (what.type == kind::end && stack_.size() > 1) {
+        take_end();
+      } else {
+        position_ = match_.end();
+        if (match_.empty() || what.type == kind::end) drop_empty();
+      }
     }
-  }
-  if (is_stopped()) return false;
+    if (is_stopped()) return false;
+  } while (take_first_end());
   tokens = line_tokens(tokens_);
   return true;
 }
@@ -213,10 +228,19 @@ void line_parser::take_end() {
   if (owner.has_back_references && !references_->empty()) references_->pop_back();
   store_path(stack_.back().path, owner.end_captures,
              static_cast<unsigned>(owner.patterns.size() + owner.begin_captures.size()));
+  close_region();
+}
+
+void line_parser::close_region() {
   position_ = match_.end();
   bool const was_empty = stack_.back().opened_at == position_;
   rule const* const closed = stack_.back().owner;
   stack_.pop_back();
+  if (!first_ends_.empty() && first_ends_.back().depth == stack_.size()) {
+    line_.cut(first_ends_.back().outer_size);
+    text_ = first_ends_.back().outer_text;
+    first_ends_.pop_back();
+  }
   tokens_.set(position_, plain_path());
   region& top = stack_.back();
   if (stack_.size() < depth_) {
@@ -229,6 +253,60 @@ void line_parser::take_end() {
     wanted const& what = top.rules->rules[taken_];
     if (what.owner == closed && what.type == kind::opening) drop_empty();
   }
+}
+
+void line_parser::search_first_end(first_end& which) {
+  which.is_found = false;
+  which.outer_size = line_.units().size();
+  which.outer_text = text_;
+  which.is_found = find_first_end(which);
+  if (!which.is_found) return;
+  line_.cut(which.match.begin());
+  text_ = ++texts_;
+}
+
+bool line_parser::find_first_end(first_end& which) {
+  rule_set& set = rules_of(stack_[which.depth]);
+  if (!set.first_end) return false;
+  if (set.first_end_filter) {
+    bool const found = find_where_filter_says(*set.first_end_filter, *set.first_end);
+    if (found) which.match = match_;
+    return found;
+  }
+  sought end{0, set.first_end->nfa, std::move(which.match)};
+  if (end.nfa == nullptr && which.references < references_->size())
+    end.nfa = (*references_)[which.references].get();
+  bool const found = end.nfa && search(*set.first_end, end);
+  which.match = std::move(end.match);
+  return found;
+}
+
+bool line_parser::find_where_filter_says(rule_filter& filter, wanted& what) {
+  std::u16string_view const units = line_.units();
+  for (std::uint32_t at = position_; !is_stopped(); ++at) {
+    at = static_cast<std::uint32_t>(filter.skip(units, at, units.size()));
+    bool const splits_pair = at < units.size() && (units[at] & 0xfc00) == 0xdc00;
+    if (!splits_pair && !filter.candidates(units, at).empty() && try_at(what, at)) return true;
+    if (at >= units.size()) break;
+  }
+  return false;
+}
+
+// Closes the innermost region whose end was found, when all before that is done; false if none was.
+bool line_parser::take_first_end() {
+  auto const found = std::find_if(first_ends_.rbegin(), first_ends_.rend(),
+                                  [](first_end const& end) { return end.is_found; });
+  if (found == first_ends_.rend()) return false;
+  first_ends_.erase(found.base(), first_ends_.end());
+  first_end& taken = first_ends_.back();
+  match_ = std::move(taken.match);
+  while (stack_.size() > taken.depth + 1) stack_.pop_back();
+  references_->resize(std::min(references_->size(), taken.references));
+  rule const& owner = *stack_.back().owner;
+  store_path(stack_.back().path, owner.end_captures,
+             static_cast<unsigned>(owner.patterns.size() + owner.begin_captures.size()));
+  close_region();
+  return true;
 }
 
 void line_parser::take_opening() {
@@ -245,10 +323,15 @@ void line_parser::take_opening() {
   store_path(path, owner.begin_captures, static_cast<unsigned>(owner.patterns.size()));
   position_ = match_.end();
   if (opens) {
+    std::size_t const references = references_->size();
     if (owner.has_back_references) references_->push_back(expanded_end(owner));
     if (owner.has_content_name()) tokens_.set(position_, content_path(owner, path));
     if (what.opened == nullptr) what.opened = &rule_sets_.of(owner, *what.base);
     stack_.push_back({what.base, path, &owner, what.opened, {}, {}, match_.begin()});
+    if (owner.apply_end_pattern_first) {
+      first_ends_.push_back({stack_.size() - 1, references});
+      search_first_end(first_ends_.back());
+    }
     apply_rules(stack_.back());
     return;
   }

@@ -38,6 +38,11 @@ using reference_stack = std::vector<nfa_wrapper>;
 /// those are tried. Rules that a filter can't know, such as ends with references, are searched for
 /// when the region is opened, and again when their match has been passed by.
 ///
+/// An end pattern that goes first is searched for when its region is opened or a line begins
+/// within. What stands before its match is then all of the line that the rules within get to see,
+/// and when they are through with that, it closes its region with all that is still open in there.
+/// Such regions nest; without any, they cost nothing.
+///
 /// The whole state between lines is the path of a line's last token and the references.
 class line_parser {
  public:
@@ -76,6 +81,16 @@ class line_parser {
     /// or closing it would go on for ever.
     std::uint32_t opened_at = ~0u;
   };
+  /// An open region whose end pattern goes first.
+  struct first_end {
+    std::size_t depth;       ///< index of the region
+    std::size_t references;  ///< number of those of the regions around it
+    // Of the line at work:
+    bool is_found = false;
+    match_groups match = {};
+    std::size_t outer_size = 0;  ///< of the line, and the text's number, as the regions around it
+    unsigned outer_text = 0;     ///< see them
+  };
   /// Remembers children of paths, for asking the tree takes a lock.
   struct known_child {
     std::uint64_t key = ~std::uint64_t{0};
@@ -95,6 +110,11 @@ class line_parser {
   void drop_empty();
   void drop_taken();
   void take_end();
+  void close_region();
+  void search_first_end(first_end& which);
+  bool find_first_end(first_end& which);
+  bool find_where_filter_says(rule_filter& filter, wanted& what);
+  bool take_first_end();
   void take_opening();
   nfa_wrapper expanded_end(rule const& owner);
   bool opened_here(rule const& owner, std::uint32_t position) const;
@@ -104,12 +124,14 @@ class line_parser {
   std::shared_ptr<path_tree> paths_;
   rule_sets rule_sets_;
   std::vector<region> stack_;
+  std::vector<first_end> first_ends_;  ///< outermost first
   std::vector<known_child> children_;
   std::unordered_map<std::u16string, nfa_wrapper> expanded_;
 
   // Of the line at work:
   line_text line_;
-  unsigned line_number_ = 0;  ///< of those parsed
+  unsigned texts_ = 0;  ///< lines parsed, and parts of lines that were cut off for rules to see
+  unsigned text_ = 0;   ///< number of the one at work
   token_list tokens_;
   reference_stack* references_ = nullptr;
   std::atomic<bool> const* stop_ = nullptr;

@@ -122,6 +122,7 @@ pattern::~pattern() {
 
 void line_text::set(std::u16string_view units, bool is_last) {
   units_ = units;
+  size_ = units.size();
   is_last_ = is_last;
   make_valid(units_);
   unsigned all = 0;

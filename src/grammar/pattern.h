@@ -37,14 +37,18 @@ class line_text {
   /// A line with its line end, or the last one of a text, which has none. Lone surrogates, which
   /// the library must not see, become U+FFFD.
   void set(std::u16string_view units, bool is_last);
-  std::u16string const& units() const { return units_; }
+  /// Has the line, up to the next `set`, end at `size`, at most its own: no pattern sees more of
+  /// it, and it is as if the text ended there.
+  void cut(std::size_t size) { size_ = size; }
+  std::u16string_view units() const { return {units_.data(), size_}; }
   bool is_narrow() const { return narrow_.size() == units_.size(); }
   std::string const& narrow() const { return narrow_; }
-  bool is_last() const { return is_last_; }
+  bool is_last() const { return is_last_ || size_ < units_.size(); }
 
  private:
   std::u16string units_;
   std::string narrow_;
+  std::size_t size_ = 0;
   bool is_last_ = false;
 };
 

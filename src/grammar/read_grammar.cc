@@ -34,6 +34,7 @@ class reader {
     if (!made->include.empty()) made->place = item_ + ": " + place + "include";
     read_patterns(content, place, *made);
     made->apply_end_pattern_last = flag(content, "applyEndPatternLast", place);
+    made->apply_end_pattern_first = flag(content, "applyEndPatternFirst", place);
     made->disabled = flag(content, "disabled", place);
     made->begin_captures = captures(content, "beginCaptures", place);
     made->end_captures = captures(content, "endCaptures", place);

@@ -60,6 +60,8 @@ struct rule {
   lazy_pattern match, begin, end, swallow;
   bool has_back_references = false;  ///< `end` refers to groups of `begin`
   bool apply_end_pattern_last = false;
+  /// `end` also goes before all rules of the regions within, and closes these too.
+  bool apply_end_pattern_first = false;
   bool disabled = false;
   bool has_patterns = false;                    ///< the key is there, perhaps with an empty list
   std::vector<std::unique_ptr<rule>> patterns;  ///< null for an entry that is no rule

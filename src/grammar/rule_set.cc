@@ -1,7 +1,6 @@
 #include "grammar/rule_set.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace grammar {
 namespace {
@@ -42,6 +41,7 @@ rule_set& rule_sets::of(rule const& owner, rule const& base) {
     }
   }
   made.filter = std::make_unique<rule_filter>(sources);
+  if (owner.apply_end_pattern_first) find_first_end(made, key);
   return made;
 }
 
@@ -87,10 +87,26 @@ bool rule_sets::may_collect(region_key const& group, rule const& entry) const {
 }
 
 void rule_sets::collect_end(std::vector<wanted>& rules, region_key const& of) {
+  bool const is_region = being_collected_.size() == 1;
+  if (is_region && of.first->apply_end_pattern_first) return;
+  if (auto end = end_of(of)) rules.push_back(std::move(*end));
+}
+
+std::optional<wanted> rule_sets::end_of(region_key const& of) {
   rule const& owner = *of.first;
   pattern const* const nfa = owner.has_back_references ? nullptr : owner.end.get();
-  if (nfa || owner.has_back_references)
-    rules.push_back({wanted::kind::end, &owner, of.second, {}, nfa, &owner.end});
+  if (!nfa && !owner.has_back_references) return {};
+  return wanted{wanted::kind::end, &owner, of.second, {}, nfa, &owner.end};
+}
+
+void rule_sets::find_first_end(rule_set& set, region_key const& of) {
+  set.first_end = end_of(of);
+  if (!set.first_end) return;
+  set.first_end->find_needs();
+  if (set.first_end->is_sought()) return;
+  std::u16string_view const source = set.first_end->nfa->source();
+  set.first_end_filter =
+      std::make_unique<rule_filter>(std::vector<std::optional<std::u16string_view>>{source});
 }
 
 }  // namespace grammar

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <utility>
 #include <vector>
@@ -33,9 +34,9 @@ struct wanted {
   /// Whether it has to be searched for, instead of being tried where the filter says so.
   bool is_sought() const { return nfa == nullptr || nfa->depends_on_start(); }
 
-  /// What is known from the line at work.
+  /// What is known from the text at work, a line or the part of it that is to be seen.
   struct attempts {
-    unsigned line = 0;  ///< its number; what follows is of no use if it is another
+    unsigned text = 0;  ///< its number; what follows is of no use if it is another
     unsigned failed = 0;
     std::uint32_t next = 0;  ///< after many failures: where the next match begins
     bool given_up = false;
@@ -48,6 +49,9 @@ struct rule_set {
   std::vector<wanted> rules;
   std::vector<std::uint16_t> sought;
   std::unique_ptr<rule_filter> filter;  ///< for the others
+  /// The end pattern if it goes before all rules of the regions within; it isn't in `rules`.
+  std::optional<wanted> first_end;
+  std::unique_ptr<rule_filter> first_end_filter;  ///< null if it has to be searched for
 };
 
 /// Finds out which rules a region has: its end pattern and what it includes. Each kind of region,
@@ -65,6 +69,8 @@ class rule_sets {
   void collect(std::vector<wanted>& rules, region_key const& of, std::vector<unsigned> steps);
   bool may_collect(region_key const& group, rule const& entry) const;
   void collect_end(std::vector<wanted>& rules, region_key const& of);
+  static std::optional<wanted> end_of(region_key const& of);
+  static void find_first_end(rule_set& set, region_key const& of);
 
   catalogue const& all_rules_;
   rule const* root_;

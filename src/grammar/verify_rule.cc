@@ -18,6 +18,8 @@ fault verify_keys(plist::value const& rule) {
   if (rule["begin"] && !rule["end"]) return "begin/end-rule has no end-pattern";
   if (rule["swallow"] && !rule["begin"])
     return "swallow pattern can only be used with begin/end-rules";
+  if (rule["applyEndPatternFirst"] && !rule["begin"])
+    return "applyEndPatternFirst can only be used with begin/end-rules";
   return {};
 }
 

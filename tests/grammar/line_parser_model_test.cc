@@ -133,6 +133,7 @@ class random_source {
         rule =
             "{begin=" + quoted() + ";end=" + (below(5) ? quoted() : "'\\1a'") + ";" + captures() +
             (below(3) ? "" : "contentName=n;") + (below(4) ? "" : "applyEndPatternLast=1;") +
+            (below(4) ? "" : "applyEndPatternFirst=1;") +
             (below(4) ? "" : "swallow=" + quoted() + ";") + "patterns=" + rules(depth + 1) + ";}";
       made += (made.size() > 1 ? "," : "") + rule;
     }

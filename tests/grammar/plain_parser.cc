@@ -14,11 +14,46 @@ std::vector<token> plain_parser::parse_line(std::u16string const& line, bool is_
   for (region& r : stack_) {
     r.dropped.clear();
     r.opened_at = ~0u;
+    r.inside = 0;
   }
   tokens_.set(0, content_of_top());
   candidate best;
-  for (std::size_t number; find(best, number);) take(best, number);
-  return tokens_.tokens();
+  for (std::size_t number;;) {
+    line_.set(line, is_last);
+    auto const end = cut_at_first_end();
+    if (find(best, number))
+      take(best, number);
+    else if (end)
+      close_at_first_end(end->first, end->second);
+    else
+      return tokens_.tokens();
+  }
+}
+
+// Leaves what the innermost region sees of the line. Tells the region that ends there.
+std::optional<std::pair<std::size_t, plain_parser::candidate>> plain_parser::cut_at_first_end() {
+  std::optional<std::pair<std::size_t, candidate>> innermost;
+  std::size_t references = 0;
+  for (std::size_t depth = 1; depth < stack_.size(); ++depth) {
+    region const& r = stack_[depth];
+    candidate end{kind::end, r.owner, r.base, r.path, r.owner->end.get(), {}};
+    if (r.owner->has_back_references) end.nfa = references_[references++].get();
+    if (!r.owner->apply_end_pattern_first || end.nfa == nullptr) continue;
+    auto const result = end.nfa->search(line_, r.inside, end.match);
+    gave_up_ |= result == pattern::result::gave_up;
+    if (result != pattern::result::found) continue;
+    line_.cut(end.match.begin());
+    innermost = {depth, end};
+  }
+  return innermost;
+}
+
+void plain_parser::close_at_first_end(std::size_t depth, candidate const& end) {
+  for (std::size_t i = stack_.size() - 1; i > depth; --i) {
+    if (stack_[i].owner->has_back_references) references_.pop_back();
+    stack_.pop_back();
+  }
+  take(end, 0);
 }
 
 plain_parser::path_id plain_parser::content_of_top() {
@@ -38,7 +73,9 @@ void plain_parser::collect(std::vector<candidate>& rules, rule const& owner, rul
   path_id inside = path;
   if (owner.end.is_set() && owner.has_content_name())
     inside = paths_.child(path, modulo_for_rule(owner) - 1);
-  if (!owner.apply_end_pattern_last) add_end();
+  bool const is_region = collected.size() == 1;
+  bool const goes_first = is_region && owner.apply_end_pattern_first;
+  if (!owner.apply_end_pattern_last && !goes_first) add_end();
   for (unsigned i = 0; i < owner.patterns.size(); ++i) {
     rule const* new_base = nullptr;
     rule const* const found =
@@ -50,7 +87,7 @@ void plain_parser::collect(std::vector<candidate>& rules, rule const& owner, rul
     else if (lazy_pattern const* const opening = found->opening())
       rules.push_back({kind::opening, found, &base, below, opening->get(), {}});
   }
-  if (owner.apply_end_pattern_last) add_end();
+  if (owner.apply_end_pattern_last && !goes_first) add_end();
   if (owner.swallow.is_set())
     rules.push_back({kind::swallow, &owner, &base, path, owner.swallow.get(), {}});
 }
@@ -109,7 +146,7 @@ void plain_parser::take(candidate const& taken, std::size_t number) {
       references_.emplace_back(
           expand_back_references(unicode::to_utf16(owner.end.source()), line_.units(), taken.match),
           reason);
-    stack_.push_back({&owner, taken.base, taken.path, {}, taken.match.begin()});
+    stack_.push_back({&owner, taken.base, taken.path, {}, taken.match.begin(), taken.match.end()});
     if (owner.has_content_name()) tokens_.set(position_, content_of_top());
   } else {
     if (taken.type == kind::opening) store(taken, owner.begin_captures, owner.patterns.size());

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <optional>
 #include <set>
 
 #include "grammar/line_parser.h"
 
 /// A line parser that is plain to see: at each step it searches for every rule of the region, from
-/// where it is to the line's end, and takes the earliest match, of those at one place the first.
+/// where it is to the line's end, and takes the earliest match, of those at one place the first. An
+/// end pattern that goes first is searched for anew at each step, too.
 /// What the real one finds must be the same, but for patterns with \G and \K.
 class plain_parser {
  public:
@@ -33,11 +35,14 @@ class plain_parser {
     rule const *owner, *base;
     path_id path;
     std::set<std::size_t> dropped;  ///< numbers of rules
-    unsigned opened_at;
+    unsigned opened_at;             ///< column where its begin matched, if on this line
+    unsigned inside = 0;            ///< column where that ended
   };
 
   void collect(std::vector<candidate>& rules, rule const& owner, rule const& base, path_id path,
                std::set<std::pair<rule const*, rule const*>>& collected);
+  std::optional<std::pair<std::size_t, candidate>> cut_at_first_end();
+  void close_at_first_end(std::size_t depth, candidate const& end);
   bool find(candidate& best, std::size_t& number);
   void take(candidate const& taken, std::size_t number);
   void store(candidate const& taken, std::vector<grammar::capture> const& captures,

@@ -22,7 +22,9 @@ std::shared_ptr<catalogue const> languages() {
                               [](auto const& entry) { return entry.scope_name == "source.c"; });
   return std::make_shared<catalogue const>(std::vector<catalogue::entry>{
       *c, entry_of("{scopeName='text.h';patterns=({name=h;begin='(\\w)\\(';end='\\1\\)';"
-                   "patterns=({include='$self';});},{name=s;begin='\"';end='\"';});}")});
+                   "patterns=({include='$self';});},{name=f;begin='([ab])<';end='\\1>';"
+                   "applyEndPatternFirst=1;patterns=({include='$self';});},"
+                   "{name=s;begin='\"';end='\"';});}")});
 }
 
 void finish(tokenize_filter& filter) {
@@ -66,9 +68,9 @@ class edited_text : public testing::Test {
   }
 
   void edit() {
-    static char16_t const* const pieces[] = {u"/*",   u"*/",    u"\"",   u"{",  u"}\n",
-                                             u"\n",   u"#if x", u"\\\n", u"a(", u"a)",
-                                             u"b(\n", u"b)",    u"x",    u"//"};
+    static char16_t const* const pieces[] = {u"/*",    u"*/",   u"\"", u"{",    u"}\n",  u"\n",
+                                             u"#if x", u"\\\n", u"a(", u"a)",   u"b(\n", u"b)",
+                                             u"x",     u"//",   u"a<", u"b<\n", u"a>",   u"b>"};
     text::iterator first = random_place();
     switch (random() % 4) {
       case 0:
