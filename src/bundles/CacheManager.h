@@ -19,7 +19,7 @@
 ///     cache.setContents(stubs, directory, changed);
 class CacheManager {
  public:
-  static constexpr char const* cacheFormatVersion = "2";
+  static constexpr char const* cacheFormatVersion = "3";
   /// The time of a path at which nothing is.
   static constexpr std::int64_t distantFuture = INT64_MAX;
 

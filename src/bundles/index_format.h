@@ -14,7 +14,7 @@
 /// itself, as a block of bytes in the root dictionary, so that reading the file costs little and
 /// only what is asked for is unpacked.
 ///
-///     { version: "2", pathContents: { path: block }, pathLastChanged: { path: nanoseconds } }
+///     { version: "3", pathContents: { path: block }, pathLastChanged: { path: nanoseconds } }
 ///
 /// A block begins with a CRC-32 of path, time and content: a damaged name would otherwise pass for
 /// another.

@@ -75,6 +75,7 @@ key_types const& rule_keys() {
                                  {"disabled", number},
                                  {"fileTypes", texts},
                                  {"firstLineMatch", pattern},
+                                 {"firstLineMatchLast", pattern},
                                  {"foldingStartMarker", pattern},
                                  {"foldingStopMarker", pattern}};
   return keys;

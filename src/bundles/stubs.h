@@ -37,9 +37,9 @@ inline constexpr std::array<item_text_key, 6> item_text_keys = {{
     {"mouseGesture", &item_keys::mouseGesture},
 }};
 inline constexpr std::string_view dragged_extensions_key = "draggedFileExtensions";
-/// What is kept of grammars besides: by these a file's language is told.
-inline constexpr std::array<std::string_view, 3> language_keys = {"scopeName", "fileTypes",
-                                                                  "firstLineMatch"};
+/// What is kept of grammars besides: these determine a file's language.
+inline constexpr std::array<std::string_view, 4> language_keys = {
+    "scopeName", "fileTypes", "firstLineMatch", "firstLineMatchLast"};
 
 struct BundleItemStub {
   std::string path;  ///< of the item's property list

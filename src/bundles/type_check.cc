@@ -14,6 +14,7 @@ key_types const group_keys = {{"name", text}, {"items", texts}};
 // What is read of a grammar beside its rules.
 key_types const language_file_keys = {{"fileTypes", texts},
                                       {"firstLineMatch", pattern},
+                                      {"firstLineMatchLast", pattern},
                                       {"foldingStartMarker", pattern},
                                       {"foldingStopMarker", pattern}};
 

@@ -16,12 +16,18 @@ bool matches_first_line(plist::value const& entry, std::string_view first_line) 
 }
 
 /// A pattern of the user's that is none matches everything; a grammar's must not take all files.
-bool tells_itself(plist::value const& language, std::string_view first_line) {
-  std::string fault;
-  bool const is_pattern = isRegEx(language["firstLineMatch"].string_or(""), fault);
-  if (!fault.empty())
-    bundles::complain(language["item"].string_or("") + ": firstLineMatch: " + fault);
-  return is_pattern && matches_first_line(language, first_line);
+std::string by_first_line(std::string_view first_line, plist::array const& languages,
+                          std::string const& key) {
+  for (plist::value const& language : languages) {
+    std::string const pattern = language[key].string_or("");
+    std::string fault;
+    bool const is_pattern = isRegEx(pattern, fault);
+    if (!fault.empty())
+      bundles::complain(language["item"].string_or("") + ": " + key + ": " + fault);
+    if (is_pattern && language[key] && isEqualToRegEx(first_line, pattern))
+      return language["uuid"].string_or("");
+  }
+  return "";
 }
 
 /// The value under `uuid_key` of the entry with the longest suffix; the first of several.
@@ -67,9 +73,11 @@ std::string for_file(std::string_view path, std::string_view first_line,
   for (plist::value const& binding : known)
     if (matches_first_line(binding, first_line)) return binding["language"].string_or("");
   if (auto uuid = by_file_type(path, known, "language"); !uuid.empty()) return uuid;
-  for (plist::value const& language : languages)
-    if (tells_itself(language, first_line)) return language["uuid"].string_or("");
+  if (auto uuid = by_first_line(first_line, languages, "firstLineMatch"); !uuid.empty())
+    return uuid;
   if (auto uuid = by_file_type(path, languages, "uuid"); !uuid.empty()) return uuid;
+  if (auto uuid = by_first_line(first_line, languages, "firstLineMatchLast"); !uuid.empty())
+    return uuid;
   return is_known(default_language) ? default_language : "";
 }
 

@@ -33,13 +33,13 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   index_format::unpack(bytes, "/folder", head);
 
   index_format::entries entries;
-  if (!index_format::unpack_root(bytes, "2", entries)) return 0;
+  if (!index_format::unpack_root(bytes, "3", entries)) return 0;
   for (auto const& [path, entry] : entries)
     if (auto const content = index_format::content_of(entry.block, path, entry.changed))
       take_apart<index_format::item_stubs>(*content);
-  std::string const packed = index_format::pack_root("2", entries);
+  std::string const packed = index_format::pack_root("3", entries);
   index_format::entries again;
-  if (!index_format::unpack_root(packed, "2", again) || again.size() != entries.size())
+  if (!index_format::unpack_root(packed, "3", again) || again.size() != entries.size())
     std::abort();
   return 0;
 }

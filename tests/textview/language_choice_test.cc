@@ -17,7 +17,7 @@ plist::array languages() {
       R"(( { uuid = 'ruby'; fileTypes = ( 'rb', 'Rakefile' ); firstLineMatch = '^#!.*ruby'; },
                    { uuid = 'rails'; fileTypes = ( 'view.rb', 'rb' ); },
                    { uuid = 'bad'; firstLineMatch = '(a'; },
-                   { uuid = 'plain'; fileTypes = ( 'txt' ); } ))");
+                   { uuid = 'plain'; fileTypes = ( 'txt' ); firstLineMatchLast = '^<'; } ))");
 }
 
 TEST(language_choice, goes_by_first_line_and_longest_type_and_the_users_first) {
