@@ -98,6 +98,8 @@ key_types const& setting_keys() {
                                  {"continuousSpellChecking", number},
                                  {"showInvisibles", number},
                                  {"smartTypingPairs", pairs},
+                                 {"smartTypingPairsEndWithLine", number},
+                                 {"quotePrefixPattern", pattern},
                                  {"highlightPairs", pairs},
                                  {"unIndentedLinePattern", pattern},
                                  {"increaseIndentPattern", pattern},

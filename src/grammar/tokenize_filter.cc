@@ -105,6 +105,15 @@ bit_stack::storage tokenize_filter::graph_path(text::pos at) const {
   return paths_->path(lines_[at.line].at(at.column).path);
 }
 
+bit_stack::storage tokenize_filter::graph_path_between(text::pos at) const {
+  if (!paths_ || !keeps_tokens() || at.column == 0) return graph_path(at);
+  line_tokens const& tokens = lines_[at.line];
+  bit_stack::storage const before = paths_->path(tokens.at(at.column - 1).path);
+  if (at.column == storage_.size(at.line)) return before;
+  return intersect_bit_stack(before, paths_->path(tokens.at(at.column).path), *all_rules_,
+                             start_rule_);
+}
+
 bit_stack::storage tokenize_filter::graph_path_for_selection(text::selection const& selection,
                                                              bool wait) {
   text::iterator const caret = selection.last_mark.base, first = selection.first_mark.base;

@@ -172,6 +172,8 @@ class WynTextView : public platform::responder,
     return stylesForContext(graphPathForCaretWait(wait));
   }
   plist::value stylesForCaret() const { return stylesForCaretWait(true); }
+  /// The settings for what is typed between two units, of the tokens known so far.
+  plist::value stylesForTypingAt(text::iterator const& at) const;
   /// The rules of a theme, as it is set until another one is selected; nothing for the colours of
   /// the desktop.
   void setCurrentStyleSheet(plist::value rules);
@@ -219,6 +221,8 @@ class WynTextView : public platform::responder,
   /// What the language at the caret says under a key such as "highlightPairs", or else the pairs of
   /// all texts.
   std::vector<unit_pair> pairsAtCaret(char const* key) const;
+  /// The pairs of some settings under a key, likewise.
+  static std::vector<unit_pair> pairsOfSettings(plist::value const& settings, char const* key);
   /// False if there is no scope in which it opens a pair; where the view is seen the answer is
   /// true, since there the scope is at hand.
   bool mayOpenPair(text::char_t typed) const;

@@ -273,6 +273,15 @@ plist::value WynTextView::stylesForContext(bit_stack::storage const& path) const
   return known != nullptr ? *known : styles_->add(path, scopeForContext(path));
 }
 
+plist::value WynTextView::stylesForTypingAt(text::iterator const& at) const {
+  if (tokenizer_ == nullptr) return stylesForContext({});
+  tokenizer_->start();
+  std::unique_lock lock(view_->storage->mutex);
+  bit_stack::storage const path = tokenizer_->graph_path_between(at.pos());
+  lock.unlock();
+  return stylesForContext(path);
+}
+
 style_candidates WynTextView::styleCandidates(std::vector<std::string> const& scopes) const {
   return styles_->candidates(scopes);
 }

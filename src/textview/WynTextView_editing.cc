@@ -110,8 +110,9 @@ void WynTextView::insertText(std::u16string_view text) {
       (text.size() == 1 || text.starts_with(u"</")) && indenter_->may_close_block();
   bool const closes = smart && select_live_closing(*this, text.front());
   if (smart && !closes && surround_selection(*this, text.front())) return;
+  auto const opened = smart && !closes ? opened_pair(*this, text.front()) : std::nullopt;
   insertTyped(text, closes);
-  if (smart && !closes) complete_pair(*this, text.front());
+  if (opened) complete_pair(*this, *opened);
   if (may_close) indenter_->indent_closing_line(text.size());
 }
 

@@ -36,7 +36,11 @@ void WynTextView::addPairMethods() {
 }
 
 std::vector<unit_pair> WynTextView::pairsAtCaret(char const* key) const {
-  plist::value const own = stylesForCaretWait(false)[key];
+  return pairsOfSettings(stylesForCaretWait(false), key);
+}
+
+std::vector<unit_pair> WynTextView::pairsOfSettings(plist::value const& settings, char const* key) {
+  plist::value const own = settings[key];
   if (own.as_array()) return pairs_of(own);
   return pairs_of(platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs"));
 }

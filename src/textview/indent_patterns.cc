@@ -13,7 +13,10 @@ namespace {
 constexpr std::size_t longest_line = 4096;  // units; nobody indents a longer one by hand
 constexpr std::size_t furthest_line = 200;  // above, where the walk up ends at the latest
 
-std::optional<oniguruma::ptrn_t> compiled(std::string const& source, char const* key) try {
+}  // namespace
+
+std::optional<oniguruma::ptrn_t> pattern_of_setting(std::string const& source,
+                                                    char const* key) try {
   if (source.empty()) return std::nullopt;
   std::u16string const units = unicode::to_utf16(source);
   return oniguruma::ptrn_t(units.data(), units.data() + units.size(), 0);
@@ -22,12 +25,10 @@ std::optional<oniguruma::ptrn_t> compiled(std::string const& source, char const*
   return std::nullopt;
 }
 
-}  // namespace
-
 indent_patterns::indent_patterns(plist::value const& settings) {
   for (std::size_t i = 0; i < keys.size(); ++i) {
     sources_[i] = settings[keys[i]].string_or("");
-    patterns_[i] = compiled(sources_[i], keys[i]);
+    patterns_[i] = pattern_of_setting(sources_[i], keys[i]);
   }
 }
 

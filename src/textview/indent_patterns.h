@@ -8,6 +8,10 @@
 #include <optional>
 #include <string>
 
+/// The pattern that stands in the settings under a key; nothing, with a word on standard error, for
+/// a bad one.
+std::optional<oniguruma::ptrn_t> pattern_of_setting(std::string const& source, char const* key);
+
 /// What a language says about the indentation of its lines, in patterns that are tested against
 /// whole lines, without their ends. A bad pattern, and any in a very long line, matches nothing.
 class indent_patterns {

@@ -6,6 +6,7 @@
 #include "text/tab_width.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
+#include "textview/pair_typing.h"
 
 #include <algorithm>
 #include <limits>
@@ -113,26 +114,27 @@ void line_indenter::indent_selected_lines() {
 bool line_indenter::types_at_line_end() const {
   if (!text_view_.autoIndent() || view().has_selection() || !view().mirror_observer.mirrors.empty())
     return false;
-  text::iterator const caret = view().selection.current_mark.base;
-  return caret.column == view().storage->size(caret.line);
+  return is_at_end_of_typed(text_view_);
 }
 
 bool line_indenter::may_close_block() {
   if (!types_at_line_end()) return false;
   indent_patterns const& patterns = language_patterns();
   if (!patterns.know_indentation()) return false;
-  std::size_t const line = view().selection.current_mark.base.line;
-  return !patterns.matches(indent_patterns::decrease, view().storage->line_units(line));
+  text::iterator const caret = view().selection.current_mark.base;
+  return !patterns.matches(indent_patterns::decrease,
+                           view().storage->line_units(caret.line).substr(0, caret.column));
 }
 
 // After so many units have been typed. A line that had text before, and that the user has indented
-// in another way than the language would, is left as it is.
+// in another way than the language would, is left as it is. What stands behind the caret are
+// closing units that wait to be typed over.
 void line_indenter::indent_closing_line(std::size_t typed) {
   text::storage& storage = *view().storage;
   text::iterator const caret = view().selection.current_mark.base;
   text::unit_view const line = storage.line_units(caret.line);
   if (caret.column < typed || !view().mirror_observer.mirrors.empty()) return;
-  if (!language_patterns().matches(indent_patterns::decrease, line)) return;
+  if (!language_patterns().matches(indent_patterns::decrease, line.substr(0, caret.column))) return;
   text::unit_view const before = line.substr(0, caret.column - typed);
   if (!is_blank_line(before) &&
       text::indent_width(before, tab_size()) != wanted_indent(before, caret.line))
@@ -158,6 +160,7 @@ std::u16string line_indenter::taken_indent(std::size_t number) const {
 
 void line_indenter::insert_newline() {
   std::u16string before = u"\n", behind;
+  if (text_view_.smartTyping()) end_pairs_of_line(text_view_);
   if (text_view_.autoIndent()) {
     text::iterator const at = view().selection.first().base;
     text::unit_view const line = view().storage->line_units(at.line);
