@@ -1,5 +1,8 @@
 #include "actions/clipboard.h"
 
+#include <algorithm>
+#include <cstdint>
+
 #include "platform/desktop.h"
 #include "platform/utf.h"
 
@@ -30,13 +33,23 @@ std::optional<text_clip> clip_of(platform::pasteboard_content const& source) {
   auto const own = source.get(type::quirnote);
   auto const content = own["Content"] ? own["Content"] : source.get(type::text);
   if (!content.as_string()) return std::nullopt;
-  return text_clip{with_line_feeds(unicode::to_utf16(*content.as_string())),
-                   own["Rectangular"].string_or("NO") == "YES"};
+  text_clip clip{with_line_feeds(unicode::to_utf16(*content.as_string())),
+                 own["Rectangular"].string_or("NO") == "YES", std::nullopt};
+  if (own["Indent"] && own["Column"])
+    clip.origin = {static_cast<std::size_t>(std::max<std::int64_t>(0, own["Indent"].integer_or(0))),
+                   static_cast<std::size_t>(std::max<std::int64_t>(0, own["Column"].integer_or(0))),
+                   static_cast<std::ptrdiff_t>(own["Excess"].integer_or(0))};
+  return clip;
 }
 
 plist::dictionary pasteboard_types_of(text_clip const& clip) {
   plist::value const text = unicode::to_utf8(clip.text);
-  plist::dictionary const own{{"Content", text}, {"Rectangular", clip.rectangular ? "YES" : "NO"}};
+  plist::dictionary own{{"Content", text}, {"Rectangular", clip.rectangular ? "YES" : "NO"}};
+  if (clip.origin) {
+    own["Indent"] = static_cast<std::int64_t>(clip.origin->indent);
+    own["Column"] = static_cast<std::int64_t>(clip.origin->column);
+    own["Excess"] = static_cast<std::int64_t>(clip.origin->excess);
+  }
   return {{std::string(type::text), text}, {std::string(type::quirnote), own}};
 }
 
@@ -50,8 +63,8 @@ void set_current_clip(text_clip const& clip) {
 
 bool view_copy(text::view* view) {
   if (!view->has_selection()) return false;
-  set_current_clip(
-      {std::u16string(view->selection.begin(), view->selection.end()), view->is_in_column_mode()});
+  set_current_clip({std::u16string(view->selection.begin(), view->selection.end()),
+                    view->is_in_column_mode(), std::nullopt});
   return true;
 }
 

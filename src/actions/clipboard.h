@@ -1,15 +1,24 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
 #include "platform/pasteboard.h"
 #include "text/view.h"
 
+/// Where a copied text began, in columns.
+struct clip_origin {
+  std::size_t indent = 0;     ///< of the line in which it began
+  std::size_t column = 0;     ///< where it began; no more than `indent` if no text came before
+  std::ptrdiff_t excess = 0;  ///< by how much it was indented more than its language expects
+};
+
 /// Text that was copied. Line ends are `\n`.
 struct text_clip {
   std::u16string text;
-  bool rectangular = false;  ///< the lines of a column selection, each with its line end
+  bool rectangular = false;           ///< the lines of a column selection, each with its line end
+  std::optional<clip_origin> origin;  ///< unknown of what other programs have copied
 };
 
 /// What a pasteboard holds; nothing when that is no text.

@@ -105,6 +105,8 @@ key_types const& setting_keys() {
                                  {"increaseIndentPattern", pattern},
                                  {"decreaseIndentPattern", pattern},
                                  {"indentNextLinePattern", pattern},
+                                 {"indentationEndsBlocks", number},
+                                 {"alignedLinePatterns", pairs},
                                  {"completions", texts},
                                  {"completionCommand", text},
                                  {"disableDefaultCompletion", number}};

@@ -106,11 +106,13 @@ bit_stack::storage tokenize_filter::graph_path(text::pos at) const {
 }
 
 bit_stack::storage tokenize_filter::graph_path_between(text::pos at) const {
-  if (!paths_ || !keeps_tokens() || at.column == 0) return graph_path(at);
-  line_tokens const& tokens = lines_[at.line];
-  bit_stack::storage const before = paths_->path(tokens.at(at.column - 1).path);
-  if (at.column == storage_.size(at.line)) return before;
-  return intersect_bit_stack(before, paths_->path(tokens.at(at.column).path), *all_rules_,
+  if (!paths_ || !keeps_tokens() || (at.line == 0 && at.column == 0)) return graph_path(at);
+  bool const begins_line = at.column == 0;
+  line_tokens const& before = lines_[begins_line ? at.line - 1 : at.line];
+  std::size_t const column = begins_line ? storage_.size(at.line - 1) : at.column - 1;
+  bit_stack::storage const path = paths_->path(before.at(column).path);
+  if (!begins_line && at.column == storage_.size(at.line)) return path;
+  return intersect_bit_stack(path, paths_->path(lines_[at.line].at(at.column).path), *all_rules_,
                              start_rule_);
 }
 

@@ -72,9 +72,8 @@ class tokenize_filter : public text::filter {
 
   /// The path at a position; at the text's end that of the last unit. Under the storage's mutex.
   bit_stack::storage graph_path(text::pos at) const;
-  /// The path of what would be typed at a position: what the units on both sides are in. At a
-  /// line's start that of the next unit, at its end that of the last one. Under the storage's
-  /// mutex.
+  /// The path of what would be typed at a position: what the units on both sides are in, at a
+  /// line's end what the last one is in. Under the storage's mutex.
   bit_stack::storage graph_path_between(text::pos at) const;
   /// What is common to the paths in and at the ends of a selection, after waiting if `wait`.
   /// Starts.

@@ -71,6 +71,14 @@ WynTextView::WynTextView()
       drop_(std::make_unique<drop_target>(*this)) {
   registerDefaults();
   // In front of the plain one, which doesn't know the language.
+  actions_.add_action([this](text::view*) { return indenter_->copy(); }, "copy:");
+  actions_.add_action(
+      [this](text::view* view) {
+        if (!indenter_->copy()) return false;
+        view->erase_selection();
+        return true;
+      },
+      "cut:");
   actions_.add_action([this](text::view*) { return indenter_->paste(); }, "paste:");
   actions_.inherit(plain_actions().actions);
   titles_.inherit(plain_actions().titles);

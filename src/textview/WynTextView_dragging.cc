@@ -19,7 +19,7 @@ void WynTextView::startDragForEvent(platform::mouse_event const& event) {
     rect const shown = r.intersection(visibleTextRect());
     if (!shown.empty()) shape.push_back(shown);
   }
-  text_clip const clip{selected_text(), view_->is_in_column_mode()};
+  text_clip const clip{selected_text(), view_->is_in_column_mode(), std::nullopt};
   host_->begin_drag(pasteboard_types_of(clip), shape, event.position);
 }
 

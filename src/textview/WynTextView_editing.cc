@@ -13,6 +13,7 @@
 #include "textview/view_will_change.h"
 
 #include <algorithm>
+#include <chrono>
 #include <mutex>
 #include <optional>
 
@@ -101,7 +102,8 @@ void WynTextView::insertText(std::u16string_view text) {
   // macro must do the same each time; who types must not be kept waiting.
   std::unique_lock scopes_stay(view_->storage->mutex, std::defer_lock);
   if (text.size() == 1 && tokenizer_ != nullptr && dependsOnScope(text.front())) {
-    if (!isSeen()) tokenizer_->wait_for(view_->selection.current_mark.base.line);
+    if (!isSeen())
+      tokenizer_->wait_for(view_->selection.current_mark.base.line, std::chrono::hours(1));
     scopes_stay.lock();
   }
   view_will_change const scope(*this, true);

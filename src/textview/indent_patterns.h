@@ -5,8 +5,11 @@
 #include "text/storage.h"
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 /// The pattern that stands in the settings under a key; nothing, with a word on standard error, for
 /// a bad one.
@@ -32,11 +35,27 @@ class indent_patterns {
   bool matches(type which, text::unit_view line) const;
   /// The bits of `type`; `unindented` stands alone.
   unsigned typeForLine(text::unit_view line) const;
-  /// The columns by which line `number` should be indented, if this were its content.
+  /// The columns by which line `number` should be indented, if this were its content. What the
+  /// lines above are may be told by the caller, who knows which of them are in another language or
+  /// in none.
+  using line_types = std::function<unsigned(std::size_t number)>;
   std::size_t indentForContentAtLine(text::unit_view content, std::size_t number,
-                                     text::storage const& text, std::size_t tab_size) const;
+                                     text::storage const& text, std::size_t tab_size,
+                                     line_types const& types = {}) const;
+
+  /// Pairs of patterns: a line that matches the first is indented like the nearest one above that
+  /// matches the second, such as one label like the label before. The first pair is of lines that
+  /// end and begin what the others are in.
+  static constexpr char const* aligned_key = "alignedLinePatterns";
 
  private:
+  using line_pair = std::pair<oniguruma::ptrn_t, oniguruma::ptrn_t>;
+  line_pair const* aligned_pair(text::unit_view line) const;
+  std::optional<std::size_t> aligned_line(line_pair const& pair, std::size_t number,
+                                          text::storage const& text, line_types const& types) const;
+
+  plist::value aligned_source_;
+  std::vector<line_pair> aligned_;
   std::array<std::string, 4> sources_;
   std::array<std::optional<oniguruma::ptrn_t>, 4> patterns_;
 };

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "actions/clipboard.h"
 #include "text/view.h"
 #include "textview/indent_patterns.h"
 
+#include <chrono>
 #include <cstddef>
+#include <list>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -18,9 +22,14 @@ class line_indenter {
   explicit line_indenter(WynTextView& text_view);
 
   void insert_newline();
+  /// Puts the selection on the pasteboard, with what is needed to paste it back as it was; false if
+  /// there is none.
+  bool copy();
   /// Puts in what would be pasted, several lines indented as fits the caret; false if there is
   /// nothing.
   bool paste();
+  /// As the language says; but a line that continues another one, or text over several lines, stays
+  /// as it is, and where indentation alone ends a block, so does one that ends some blocks.
   void indent_selected_lines();
 
   /// Whether the caret stands at a line's end, where what is typed is looked at.
@@ -33,13 +42,33 @@ class line_indenter {
  private:
   text::view& view() const;
   std::size_t tab_size() const;
-  indent_patterns const& language_patterns();
-  std::size_t wanted_indent(text::unit_view content, std::size_t number);
+  void wait_for_scopes(std::size_t line, std::chrono::seconds in_sight = {}) const;
+  plist::value settings_of_line(std::size_t number) const;
+  std::shared_ptr<indent_patterns const> patterns_of(plist::value const& settings);
+  std::shared_ptr<indent_patterns const> language_patterns();
+  unsigned type_of_line(std::size_t number);
+  std::size_t wanted_indent(indent_patterns const& patterns, text::unit_view content,
+                            std::size_t number);
   bool indents_by_spaces(std::size_t number) const;
-  void indent_line(std::size_t number);
+
+  bool is_bracket(text::iterator const& at) const;
+  bool is_in_prose(text::iterator const& at) const;
+  text::unit_view code_before(text::iterator const& caret) const;
+  std::size_t first_line_of(std::size_t number) const;
+  std::optional<text::iterator> open_bracket_above(std::size_t number) const;
+  bool goes_on_below(std::size_t number) const;
+  bool continues_line_above(std::size_t number);
+  bool may_end_blocks(std::size_t number, std::size_t indent);
+  unsigned type_of_lines(std::size_t first, std::size_t last);
+  std::size_t own_or_wanted_indent(std::size_t number);
+
+  void set_indent(std::size_t number, std::size_t width);
   std::u16string taken_indent(std::size_t number) const;
-  std::u16string fitted(std::u16string const& clip);
+  std::u16string fitted(text_clip const& clip);
+  std::u16string fitted_to_line(text_clip const& clip, std::size_t level);
+  std::u16string shifted(std::u16string const& clip, std::ptrdiff_t by) const;
 
   WynTextView& text_view_;
-  std::optional<indent_patterns> patterns_;  ///< of the language that was at the caret last
+  std::list<std::shared_ptr<indent_patterns const>>
+      patterns_;  ///< of the scopes that were asked for last
 };

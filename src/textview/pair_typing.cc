@@ -8,6 +8,7 @@
 #include "textview/indent_patterns.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string>
 
 namespace {
@@ -182,7 +183,7 @@ void end_pairs_of_line(WynTextView& text_view) {
     auto const pair = live_closing_at(view, caret.pos());
     if (!pair || units_of(view, *pair).close == u'\n') return;
     if (!text_view.isSeen() && text_view.tokenizer() != nullptr)
-      text_view.tokenizer()->wait_for(caret.line);
+      text_view.tokenizer()->wait_for(caret.line, std::chrono::hours(1));
     text::iterator const opening((*pair)->first().line, (*pair)->first().column - 1, view.storage);
     if (text_view.stylesForTypingAt(opening)["smartTypingPairsEndWithLine"].integer_or(0) == 0)
       return;
