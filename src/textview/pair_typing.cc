@@ -80,7 +80,7 @@ bool ends_with_string_prefix(text::unit_view before, text::char_t quote,
 }
 
 // A quote right behind its like opens the text of a longer mark, and one that makes their number on
-// the line even is a closing one.
+// the line even, apostrophes in words left out, is a closing one.
 bool opens_quote(text::unit_view line, std::size_t column, text::char_t quote,
                  plist::value const& settings) {
   text::unit_view const before = line.substr(0, column);
@@ -88,7 +88,13 @@ bool opens_quote(text::unit_view line, std::size_t column, text::char_t quote,
   if (!before.empty() && is_word_char(before.back()) &&
       !ends_with_string_prefix(before, quote, settings))
     return false;
-  return std::count(line.begin(), line.end(), quote) % 2 == 0;
+  std::size_t quotes = 0;
+  for (std::size_t at = line.find(quote); at != line.npos; at = line.find(quote, at + 1)) {
+    bool const in_word =
+        at > 0 && is_word_char(line[at - 1]) && at + 1 < line.size() && is_word_char(line[at + 1]);
+    quotes += in_word ? 0 : 1;
+  }
+  return quotes % 2 == 0;
 }
 
 }  // namespace

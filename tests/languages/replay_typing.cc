@@ -1,16 +1,22 @@
-// Types whole files key by key, as somebody would who wants just that text, and compares.
+// Does with whole files what must not change them, in a view of the language whose outermost scope
+// is SCOPE, and says which files come out otherwise.
 //
-//     replay_typing SCOPE FILE...
+//     replay_typing typed|pasted|indented SCOPE FILE...
 //
-// Every unit is a key, in a view of the language whose outermost scope is SCOPE. Where a line is
-// indented in another way than in the file, that is corrected as soon as it can be seen, and
-// counted. A line that is left blank loses its blanks. What differs at the end is said: the first
-// line that came out otherwise, or the closing marks that are left behind the caret, with the
-// places of the keys that brought them.
+// typed: types the file key by key, as somebody would who wants just that text. Every unit is a
+// key. Where a line is indented in another way than in the file, that is corrected as soon as it
+// can be seen, and counted. A line that is left blank loses its blanks. What differs at the end is
+// said: the first line that came out otherwise, or the closing marks that are left behind the
+// caret, with the places of the keys that brought them.
+//
+// pasted: cuts blocks and pastes them back: lines, what begins with a line's text and ends with a
+// line, and any range.
+//
+// indented: indents all lines anew. Lines count here, since few files are indented as anybody's
+// rules say throughout.
 
 #include "bundles/BundleManager.h"
 #include "documents/WynDocument.h"
-#include "grammar/tokenize_filter.h"
 #include "headless/headless_desktop.h"
 #include "headless/headless_view_host.h"
 #include "platform/own_defaults.h"
@@ -22,10 +28,13 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -48,32 +57,34 @@ std::size_t leading_blanks(text::unit_view line) {
   return std::min(line.find_first_not_of(u" \t"), line.size());
 }
 
+std::vector<text::unit_view> lines_of(text::unit_view text) {
+  std::vector<text::unit_view> lines;
+  for (std::size_t at = 0; at <= text.size();) {
+    std::size_t const end = std::min(text.find(u'\n', at), text.size());
+    lines.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
+  return lines;
+}
+
 // By how many spaces lines are most often indented more than the one above.
-unsigned usual_indent(std::u16string const& text) {
+unsigned usual_indent(text::unit_view text) {
   unsigned times[9] = {0};
   std::size_t above = 0;
-  for (std::size_t at = 0; at < text.size();) {
-    std::size_t const end = std::min(text.find(u'\n', at), text.size());
-    text::unit_view const line = text::unit_view(text).substr(at, end - at);
+  for (text::unit_view const line : lines_of(text)) {
     std::size_t const width = leading_blanks(line);
-    if (width < line.size() && line[width] != u'*') {
-      if (width > above && width - above <= 8) ++times[width - above];
-      above = width;
-    }
-    at = end + 1;
+    if (width == line.size() || line[width] == u'*') continue;
+    if (width > above && width - above <= 8) ++times[width - above];
+    above = width;
   }
   unsigned const* const most = std::max_element(std::begin(times) + 2, std::end(times));
   return *most == 0 ? 4 : static_cast<unsigned>(most - std::begin(times));
 }
 
-struct key_place {
-  std::size_t line, column;
-};
-
-class replay {
+class edited_view {
  public:
-  replay(std::string const& language, std::u16string const& wanted, bool seen) : wanted_(wanted) {
-    host_.seen = seen;
+  edited_view(std::string const& language, text::unit_view wanted) : wanted_(wanted) {
+    host_.seen = std::getenv("REPLAY_SEEN") != nullptr;
     view_.setDocument(WynDocument::document());
     view_.changeLanguageToAndLearn(language, false);
     bool const by_spaces = wanted.find(u"\n  ") < wanted.find(u"\n\t");
@@ -81,139 +92,217 @@ class replay {
     view_.setTabSize(by_spaces ? usual_indent(wanted) : 8);
   }
 
-  /// Whether the text is what was wanted.
-  bool run();
-  std::string const& fault() const { return fault_; }
+  std::string fault;
+  std::size_t parts = 0, changed = 0;  ///< lines or blocks
 
-  std::size_t lines = 0, corrected = 0;  ///< those that hold text, those indented otherwise
-
- private:
+ protected:
   text::storage& storage() { return *view_.view()->storage; }
   text::iterator caret() { return view_.view()->selection.current_mark.base; }
+  void set_caret(text::iterator const& at) {
+    view_.view()->selection.set_caret({view_.view(), at});
+  }
+  void fill() {
+    view_will_change const scope(view_, true);
+    storage().insert(text::iterator(0, 0, &storage()), wanted_.begin(), wanted_.end());
+    set_caret({0, 0, &storage()});
+  }
+  void say(std::size_t line, text::unit_view text) {
+    constexpr std::size_t enough = 4000;  // bytes
+    if (fault.size() < enough)
+      fault += "\n  " + std::to_string(line + 1) + ": " + unicode::to_utf8(text.substr(0, 120));
+  }
+
+  text::unit_view const wanted_;
+  WynTextView view_;
+  headless::headless_view_host host_{view_};
+};
+
+class typed_file : public edited_view {
+ public:
+  using edited_view::edited_view;
+  bool run();
+
+ private:
   std::size_t units_after_caret() {
     std::size_t count = storage().size(caret().line) - caret().column;
     for (std::size_t line = caret().line + 1; line < storage().lines(); ++line)
       count += storage().size(line) + 1;
     return count;
   }
+  bool closes_block(text::unit_view line) const {
+    return indent_patterns(view_.stylesForCaretWait(true)).matches(indent_patterns::decrease, line);
+  }
 
   void type(char16_t unit);
-  bool type_line(text::unit_view line);
+  void type_line(text::unit_view line);
   void correct_indent(std::size_t number, text::unit_view wanted);
-  bool closes_block(text::unit_view line) const;
-  void note_marks(char16_t typed);
 
-  std::u16string const& wanted_;
-  WynTextView view_;
-  headless::headless_view_host host_{view_};
-  std::string fault_;
-  std::vector<key_place> marks_;  ///< the keys that put in what stands behind the caret, by unit
+  std::vector<text::pos> marks_;  ///< the keys that put in what stands behind the caret, by unit
 };
 
-void replay::type(char16_t unit) {
+void typed_file::type(char16_t unit) {
   if (unit == u'\n')
     view_.performSelectorWithObject("insertNewline:", {});
   else
     view_.insert_text(std::u16string_view(&unit, 1));
   std::size_t const left = units_after_caret();
-  if (left < marks_.size()) marks_.erase(marks_.begin(), marks_.end() - std::ptrdiff_t(left));
-  while (marks_.size() < left) marks_.insert(marks_.begin(), {caret().line, caret().column});
+  if (left < marks_.size())
+    marks_.erase(marks_.begin(), marks_.end() - static_cast<std::ptrdiff_t>(left));
+  marks_.insert(marks_.begin(), left - marks_.size(), caret().pos());
 }
 
-// Of blanks alone, without the caret being moved.
-void replay::correct_indent(std::size_t number, text::unit_view wanted) {
+// Of blanks alone, without the caret being moved from its text.
+void typed_file::correct_indent(std::size_t number, text::unit_view wanted) {
   view_will_change const scope(view_, true);
   text::iterator const begin = storage().begin_of_line(number);
   bool const is_here = caret().line == number;
   std::size_t old = leading_blanks(storage().line_units(number));
   if (is_here) old = std::min<std::size_t>(old, caret().column);
   text::iterator const at = caret();
-  storage().erase(begin, begin + std::ptrdiff_t(old));
+  storage().erase(begin, begin + static_cast<std::ptrdiff_t>(old));
   storage().insert(begin, wanted.begin(), wanted.end());
   std::size_t const column = is_here ? at.column - old + wanted.size() : at.column;
-  view_.view()->selection.set_caret({view_.view(), text::iterator(at.line, column, &storage())});
-}
-
-bool replay::closes_block(text::unit_view line) const {
-  return indent_patterns(view_.stylesForCaretWait(true)).matches(indent_patterns::decrease, line);
+  set_caret({at.line, column, &storage()});
 }
 
 // What the line is indented by is corrected at once, but where its text may yet do it.
-bool replay::type_line(text::unit_view line) {
+void typed_file::type_line(text::unit_view line) {
   std::size_t const blanks = leading_blanks(line), number = caret().line;
   text::unit_view const indent = line.substr(0, blanks);
   auto const is_right = [&] {
-    text::unit_view const now = storage().line_units(number);
-    return now.substr(0, std::min<std::size_t>(leading_blanks(now), caret().column)) == indent;
+    text::unit_view const now = storage().line_units(number).substr(0, caret().column);
+    return now.substr(0, leading_blanks(now)) == indent;
   };
   bool const has_text = blanks < line.size();
-  bool right = !has_text || is_right();
-  if (!right && !closes_block(line)) correct_indent(number, indent);
+  bool right = !has_text || is_right() || closes_block(line);
+  if (!right) correct_indent(number, indent);
   for (char16_t const unit : line.substr(blanks)) type(unit);
-  if (has_text) {
-    ++lines;
-    right = right || is_right();
-    if (!is_right()) correct_indent(number, indent), right = false;
-    if (!right) ++corrected;
-    if (std::getenv("REPLAY_INDENT") && !right)
-      std::printf("  indent %zu: %s\n", number + 1, unicode::to_utf8(line).c_str());
+  if (!has_text) return;
+  if (!is_right()) {
+    correct_indent(number, indent);
+    right = false;
   }
-  return true;
+  ++parts;
+  if (right) return;
+  ++changed;
+  if (std::getenv("REPLAY_INDENT") != nullptr)
+    std::printf("  %zu: %s\n", number + 1, unicode::to_utf8(line).c_str());
 }
 
-bool replay::run() {
-  for (std::size_t at = 0; at <= wanted_.size();) {
-    std::size_t const end = std::min(wanted_.find(u'\n', at), wanted_.size());
-    text::unit_view const line = text::unit_view(wanted_).substr(at, end - at);
+bool typed_file::run() {
+  std::vector<text::unit_view> const lines = lines_of(wanted_);
+  for (std::size_t n = 0; n < lines.size(); ++n) {
     std::size_t const number = caret().line;
-    type_line(line);
-    if (end < wanted_.size()) type(u'\n');
-    if (line.find_first_not_of(u" \t") == line.npos && storage().line_units(number) != line)
-      correct_indent(number, line);
-    text::unit_view now = storage().line_units(number);
-    if (number == caret().line) now = now.substr(0, caret().column);
-    if (now != line) {
-      fault_ = std::to_string(number + 1) + ": " + unicode::to_utf8(line) + "\n    came out as " +
-               unicode::to_utf8(now);
-      return false;
-    }
-    at = end + 1;
+    type_line(lines[n]);
+    if (n + 1 < lines.size()) type(u'\n');
+    auto const now = [&] {
+      text::unit_view const line = storage().line_units(number);
+      return number == caret().line ? line.substr(0, caret().column) : line;
+    };
+    if (leading_blanks(now()) == now().size()) correct_indent(number, lines[n]);
+    if (now() == lines[n]) continue;
+    say(number, lines[n]);
+    fault += "\n    came out as " + unicode::to_utf8(now());
+    return false;
   }
-  std::size_t const left = units_after_caret();
-  if (left == 0) return true;
-  fault_ = "left behind: ";
-  text::iterator const here = caret();
-  fault_ += unicode::to_utf8(std::u16string(here, view_.view()->end().base));
-  for (key_place const& place : marks_)
-    fault_ += "\n    by " + std::to_string(place.line + 1) + ":" + std::to_string(place.column);
+  if (units_after_caret() == 0) return true;
+  std::u16string const left(caret(), view_.view()->end().base);
+  fault = "left behind: " + unicode::to_utf8(text::unit_view(left).substr(0, 120));
+  for (text::pos const& place : marks_) say(place.line, lines[place.line]);
   return false;
+}
+
+class pasted_file : public edited_view {
+ public:
+  using edited_view::edited_view;
+  bool run() {
+    fill();
+    for (int n = 0; n < 60 && storage().lines() > 2; ++n) {
+      auto const [first, last] = block(n % 3);
+      if (first == last) continue;
+      ++parts;
+      set_caret(first);
+      view_.view()->selection.select_to({view_.view(), last}, false);
+      view_.performSelectorWithObject("cut:", {});
+      view_.performSelectorWithObject("paste:", {});
+      if (std::equal(wanted_.begin(), wanted_.end(), text::iterator(0, 0, &storage()),
+                     view_.view()->end().base))
+        continue;
+      if (changed++ == 0)
+        fault += "\n  from " + std::to_string(first.column) + " to " + std::to_string(last.column) +
+                 " in";
+      for (auto line = first.line; line <= last.line; ++line) say(line, lines_of(wanted_)[line]);
+      view_.performSelectorWithObject("undo:", {});
+      view_.performSelectorWithObject("undo:", {});
+    }
+    return changed == 0;
+  }
+
+ private:
+  std::pair<text::iterator, text::iterator> block(int kind) {
+    std::size_t const first = random_() % (storage().lines() - 1);
+    std::size_t const last = std::min<std::size_t>(first + random_() % 12, storage().lines() - 2);
+    text::unit_view const line = storage().line_units(first);
+    if (kind == 0) return {storage().begin_of_line(first), storage().begin_of_line(last + 1)};
+    if (kind == 1) return {{first, leading_blanks(line), &storage()}, storage().end(last)};
+    text::iterator const a(first, random_() % (line.size() + 1), &storage());
+    text::iterator const b(last, random_() % (storage().size(last) + 1), &storage());
+    return {std::min(a, b), std::max(a, b)};
+  }
+
+  std::mt19937 random_{1};
+};
+
+class indented_file : public edited_view {
+ public:
+  using edited_view::edited_view;
+  bool run() {
+    fill();
+    view_.performSelectorWithObject("selectAll:", {});
+    view_.performSelectorWithObject("indent:", {});
+    std::vector<text::unit_view> const lines = lines_of(wanted_);
+    for (std::size_t n = 0; n < lines.size(); ++n) {
+      if (leading_blanks(lines[n]) == lines[n].size()) continue;
+      ++parts;
+      if (storage().line_units(n) == lines[n]) continue;
+      ++changed;
+      say(n, lines[n]);
+    }
+    return changed == 0;
+  }
+};
+
+template <typename File>
+int run_on_files(std::string const& language, int count, char** files) {
+  std::size_t done = 0, equal = 0, parts = 0, changed = 0;
+  for (int i = 0; i < count; ++i) {
+    auto const text = text_of_file(files[i]);
+    if (!text) continue;
+    File file(language, *text);
+    ++done;
+    if (file.run())
+      ++equal;
+    else
+      std::printf("%s: %s\n", files[i], file.fault.c_str());
+    parts += file.parts;
+    changed += file.changed;
+  }
+  std::printf("%zu of %zu files as they were; otherwise were %zu of %zu lines or blocks\n", equal,
+              done, changed, parts);
+  return equal == done ? 0 : 1;
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-  bool const seen = std::getenv("REPLAY_SEEN") != nullptr;
+  if (count < 4) return 2;
   headless::headless_desktop desktop;
   own_defaults const defaults;
-  if (count < 3) return 2;
-  std::string const language = language_with_scope(arguments[1]);
+  std::string const what = arguments[1], language = language_with_scope(arguments[2]);
   if (language.empty()) return 2;
-  std::size_t files = 0, equal = 0, lines = 0, corrected = 0;
-  for (int i = 2; i < count; ++i) {
-    auto const text = text_of_file(arguments[i]);
-    if (!text) continue;
-    replay typed(language, *text, seen);
-    ++files;
-    if (typed.run())
-      ++equal;
-    else
-      std::printf("%s:%s\n", arguments[i], typed.fault().c_str());
-    if (std::getenv("REPLAY_INDENT"))
-      std::printf("%s: %zu of %zu\n", arguments[i], typed.corrected, typed.lines);
-    lines += typed.lines;
-    corrected += typed.corrected;
-  }
-  std::printf("%s: %zu of %zu files as typed; %zu of %zu lines indented otherwise\n", arguments[1],
-              equal, files, corrected, lines);
-  return equal == files ? 0 : 1;
+  auto* const run = what == "typed"      ? &run_on_files<typed_file>
+                    : what == "pasted"   ? &run_on_files<pasted_file>
+                    : what == "indented" ? &run_on_files<indented_file>
+                                         : nullptr;
+  return run == nullptr ? 2 : run(language, count - 3, arguments + 3);
 }
