@@ -65,7 +65,8 @@ void view::view_filter::did_insert(text::pos const& first, text::pos const& last
   park_caret();
   filter::did_insert(first, last);
   bool const was_widest = least_columns_ != unknown_columns;
-  if (view_.max_columns == unknown_columns && !was_widest) return;
+  // What an edit shows by opening a fold comes here after the edit itself.
+  if (!was_widest && !view_.knows_max_columns()) return;
   size_t const width = view_.max_columns_for_range(first.line, last.line + size_t{1});
   if (!was_widest)
     view_.raise_max_columns(width);

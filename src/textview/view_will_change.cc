@@ -91,17 +91,17 @@ void view_will_change::show_outcome(bool center, bool outermost) {
   text_view.symbols_->update(false);
 }
 
-// Stores the selection for redo, adapts the frame, and unfolds what the caret went into.
+// Stores the selection for redo, unfolds what the caret went into, and adapts the frame.
 void view_will_change::end_outermost() {
   text::view& view = *text_view.view();
   if (!view.saved_selection_pending)
     view.view_filter->selections.store(
         {view.storage->previous_memento, view.storage->current_memento}, view.selection);
   view.saved_selection_pending = false;
-  if (lines != view.lines() || columns != shown_columns()) text_view.recalcFrameSize();
   for (auto const* mark :
        {&view.selection.current_mark, &view.selection.first_mark, &view.selection.last_mark})
     if (!view.is_visible(mark->base)) view.make_visible(mark->base);
+  if (lines != view.lines() || columns != shown_columns()) text_view.recalcFrameSize();
 }
 
 bool view_will_change::selection_is_out_of_sight() const {

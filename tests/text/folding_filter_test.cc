@@ -132,7 +132,8 @@ TEST_F(Folding, ChangesAroundInAndAcrossFolds) {
 }
 
 /// The rows of a plain list of lines, against coordinates by bisection; markers that are kept
-/// against those of a new filter; wrapped rows above folds against rows from scratch.
+/// against those of a new filter; the width that is kept, and wrapped rows above folds, against
+/// those from scratch.
 TEST_F(Folding, RandomEditsKeepFoldsMarkersAndRows) {
   std::u16string const alphabet = u"{}} \n\nab {\n";
   for (unsigned seed = 1; seed <= 12; ++seed) {
@@ -193,7 +194,7 @@ TEST_F(Folding, RandomEditsKeepFoldsMarkersAndRows) {
         ASSERT_EQ(filter.in_view({visible[row], 0}), pos(row, 0));
       }
       std::string const kept = types();
-      filter.forget_markers();
+      if (random.one_in(3)) filter.forget_markers();
       ASSERT_EQ(types(), kept);
       if (!view.soft_wrap) {
         size_t const first = random.below(visible.size());
@@ -201,6 +202,8 @@ TEST_F(Folding, RandomEditsKeepFoldsMarkersAndRows) {
         for (size_t row = first; row < visible.size(); ++row)
           widest = std::max(widest, storage.size(visible[row]));
         ASSERT_EQ(view.max_columns_for_range(first, visible.size()), widest);
+        for (size_t const line : visible) widest = std::max(widest, storage.size(line));
+        ASSERT_EQ(view.columns(), widest);
         continue;
       }
       auto const rows = [&] {
