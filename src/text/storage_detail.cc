@@ -116,6 +116,8 @@ void storage_detail::insert_lines(size_t line, size_t column, unit_view units, s
 
 void storage_detail::borrow_lines(size_t line, size_t column, text_slice const& slice,
                                   size_t newlines) {
+  // Before any line or local slice points into the block, as unused ones may be dropped here.
+  keep_block(slice.block);
   unit_view units = slice.units;
   unit_view const first = next_piece(units);
   unit_view const behind = line_units(line).substr(column);
@@ -126,7 +128,6 @@ void storage_detail::borrow_lines(size_t line, size_t column, text_slice const& 
   line_buffer tail = last.empty()     ? rest_of_line(data[line], column)
                      : behind.empty() ? line_buffer::borrow(last.data(), last.size())
                                       : joined(last, behind);
-  keep_block(slice.block);
   if (column == 0)
     data[line] = line_buffer::borrow(first.data(), first.size());
   else
@@ -241,10 +242,12 @@ void storage_detail::keep_block(text_block const& block) {
   // Undo and redo bring the same blocks again and again.
   auto const same = [&](text_block const& kept) { return kept.get() == block.get(); };
   if (std::any_of(blocks_.begin(), blocks_.end(), same)) return;
+  // No line points into the new one yet, so it comes after the sweep.
+  if (blocks_.size() + 1 >= sweep_at_) {
+    drop_unused_blocks();
+    sweep_at_ = std::max<size_t>(8, 2 * (blocks_.size() + 1));
+  }
   blocks_.push_back(block);
-  if (blocks_.size() < sweep_at_) return;
-  drop_unused_blocks();
-  sweep_at_ = std::max<size_t>(8, 2 * blocks_.size());
 }
 
 void storage_detail::drop_unused_blocks() {

@@ -79,6 +79,7 @@ class storage_detail {
   line_buffer& line_to_edit(size_t line);
   /// The block of which borrowed units are part.
   std::vector<text_block>::iterator block_holding(unit_view units);
+  /// Keeps a block until no line is part of it. Drops those that no line of `data` is part of now.
   void keep_block(text_block const& block);
   void drop_unused_blocks();
 

@@ -221,7 +221,12 @@ TEST_P(StorageModel, EachMementoHasOneText) {
       if (random.one_in(3)) {
         size_t const line = random.below(storage.lines());
         text::iterator const at(line, random.up_to(storage.size(line)), &storage);
-        if (random.one_in(2) && at != storage.end(-1))
+        // Also by blocks of which lines are slices, more than are kept without a look at them.
+        if (random.one_in(4) && at != storage.end(-1))
+          storage.erase(at, storage.end(-1));
+        else if (random.one_in(4))
+          insert(storage, at, random.text(33'000, u"pqrstuvwxyz\n"));
+        else if (random.one_in(2) && at != storage.end(-1))
           storage.erase(at);
         else
           insert(storage, at, random.text(3, u"pq\n"));
