@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "text/moved_positions.h"
 #include "text/storage.h"
 
 namespace text {
@@ -16,6 +17,13 @@ text::iterator first_of(subset const& range, text::storage* storage) {
 
 text::iterator last_of(subset const& range, text::storage* storage) {
   return {range.last(), storage};
+}
+
+/// Where units end that begin at line 0, column 0.
+text::pos end_of_units(std::vector<char_t> const& units) {
+  auto const newline = std::find(units.rbegin(), units.rend(), u'\n');
+  return {static_cast<size_t>(std::count(units.begin(), units.end(), u'\n')),
+          static_cast<size_t>(newline - units.rbegin())};
 }
 
 uint32_t width_of_line(subset const& range) {
@@ -104,248 +112,265 @@ void adjust_for_erase(text::pos first, text::pos last, subset& range) {
   }
 }
 
-/// The ranges of all mirrors, sources and targets, found by their line. An edit within one line
-/// touches no others, so repeating it on a hundred thousand lines looks at each range once.
-class iterator_observer::ranges_by_line {
- public:
-  explicit ranges_by_line(mirror_list& mirrors) {
-    ranges_.reserve(2 * mirrors.size());
-    for (mirror& pair : mirrors) {
-      add(pair.second);
-      add(pair.first);
-    }
-    std::stable_sort(ranges_.begin(), ranges_.end(), [](subset const* a, subset const* b) {
-      return a->first_line < b->first_line;
-    });
-  }
-
-  template <typename F>
-  void for_each_at(uint32_t line, F f) const {
-    for (subset* range : long_ranges_) f(*range);
-    auto it = std::lower_bound(ranges_.begin(), ranges_.end(), line,
-                               [](subset const* s, uint32_t at) { return s->first_line < at; });
-    for (; it != ranges_.end() && (*it)->first_line == line; ++it) f(**it);
-  }
-
- private:
-  void add(subset& range) {
-    (range.first_line == range.last_line ? ranges_ : long_ranges_).push_back(&range);
-  }
-
-  std::vector<subset*> ranges_, long_ranges_;  // those within a line, and the others
-};
-
-iterator_observer::iterator_observer(text::storage& of, bool track)
-    : storage(&of), track_memento(track) {}
-
 namespace {
 
-/// Up to as many mirrors all states are kept, also those in the middle of repeating an edit.
-constexpr size_t few_mirrors = 16;
+constexpr size_t words_of_subset = 4;
 
-/// Lists are tied to the state in which they stand. Before one changes, what undoing across the
-/// present state has to bring back is stored; after it has grown, what redoing has to.
-template <typename Map, typename List>
-void store_before_edit(Map& map, List const& list, text::storage const& storage) {
-  map.try_emplace({storage.current_memento, storage.previous_memento}, list);
+void append_words(range_history::words& to, subset const& range) {
+  to.insert(to.end(), {range.first_line, range.first_column, range.last_line, range.last_column});
 }
 
-template <typename Map, typename List>
-void store_after_edit(Map& map, List const& list, text::storage const& storage) {
-  map[{storage.previous_memento, storage.current_memento}] = list;
+subset subset_at(uint32_t const* words) {
+  return {text::pos(words[0], words[1]), text::pos(words[2], words[3])};
+}
+
+range_history::words words_of(iterator_observer::mirror_list const& mirrors) {
+  range_history::words result;
+  result.reserve(2 * words_of_subset * mirrors.size());
+  for (auto const& [source, target] : mirrors) {
+    append_words(result, source);
+    append_words(result, target);
+  }
+  return result;
+}
+
+range_history::words words_of(iterator_observer::notification_list const& ranges) {
+  range_history::words result;
+  for (subset const& range : ranges) append_words(result, range);
+  return result;
 }
 
 }  // namespace
 
+iterator_observer::iterator_observer(text::storage& of, bool track)
+    : storage(&of),
+      mirror_history(2 * words_of_subset),
+      notify_history(words_of_subset),
+      track_memento(track) {}
+
 iterator_observer::notification_list::iterator iterator_observer::add_notify(subset const& range) {
-  if (track_memento) store_before_edit(notify_undo_map, notifications, *storage);
   auto const entry = notifications.insert(notifications.end(), range);
-  if (track_memento) store_after_edit(notify_undo_map, notifications, *storage);
+  arrive_by_adding();
   return entry;
 }
 
 void iterator_observer::remove_notify(notification_list::iterator entry) {
-  if (track_memento) store_before_edit(notify_undo_map, notifications, *storage);
   notifications.erase(entry);
 }
 
-iterator_observer::mirror_list::iterator iterator_observer::add_mirror(subset const& source,
-                                                                       subset const& mirror) {
-  if (track_memento) store_before_edit(mirror_undo_map, mirrors, *storage);
-  auto const entry = mirrors.insert(mirrors.end(), {source, mirror});
-  if (track_memento) store_after_edit(mirror_undo_map, mirrors, *storage);
-  return entry;
-}
-
-void iterator_observer::remove_mirror(mirror_list::iterator entry) {
-  if (track_memento) store_before_edit(mirror_undo_map, mirrors, *storage);
-  mirrors.erase(entry);
+void iterator_observer::add_mirror(subset const& source, subset const& mirror) {
+  add_mirrors({{source, mirror}});
 }
 
 void iterator_observer::add_mirrors(std::vector<mirror> const& added) {
-  if (track_memento) store_before_edit(mirror_undo_map, mirrors, *storage);
   mirrors.insert(mirrors.end(), added.begin(), added.end());
-  if (track_memento) store_after_edit(mirror_undo_map, mirrors, *storage);
+  arrive_by_adding();
+}
+
+void iterator_observer::remove_mirror(mirror_list::iterator entry) {
+  forget_pending();
+  mirrors.erase(entry);
 }
 
 void iterator_observer::remove_all_mirrors() {
-  if (mirrors.empty()) return;
-  if (track_memento) store_before_edit(mirror_undo_map, mirrors, *storage);
+  forget_pending();
   mirrors.clear();
 }
 
-bool iterator_observer::keeps_each_state() const {
-  return !updating_mirror || mirrors.size() <= few_mirrors;
+void iterator_observer::forget_pending() {
+  pending_erases.clear();
+  pending_inserts.clear();
 }
 
-void iterator_observer::will_change_memento(unsigned long /*from*/, unsigned long to) {
-  // New numbers exceed all old ones, so one that was seen before is undo or redo.
-  performing_undo = max_memento >= to;
-  max_memento = std::max(max_memento, static_cast<uint32_t>(to));
-  if (performing_undo) return;
-  if (keeps_each_state()) previous_mirrors = mirrors;
-  previous_notifications = notifications;
+void iterator_observer::will_begin_action() {
+  knows_actions_ = true;
+  made_state_ = 0;
+  rest_ = {storage->current_memento, words_of(mirrors), words_of(notifications)};
 }
 
-/// Moves all mirrors for an edit that repeats another.
-template <typename Adjust>
-void iterator_observer::adjust_mirrors(text::iterator const& first, text::iterator const& last,
-                                       Adjust adjust) {
-  if (by_line_ != nullptr && first.line == last.line) {
-    by_line_->for_each_at(first.line, [&](subset& range) { adjust(first, last, range); });
+void iterator_observer::did_end_action() {
+  rest_.reset();
+  if (made_state_ == storage->current_memento) arrive();
+}
+
+/// What is added to a state that an earlier action has made is no part of redoing that one.
+void iterator_observer::arrive_by_adding() {
+  if (!rest_ || rest_->state != storage->current_memento) arrive();
+}
+
+void iterator_observer::arrive() {
+  if (!track_memento) return;
+  mirror_history.arrive(storage->current_memento, words_of(mirrors));
+  notify_history.arrive(storage->current_memento, words_of(notifications));
+}
+
+void iterator_observer::leave(uint32_t from, uint32_t to) {
+  bool const at_rest = rest_ && rest_->state == from;
+  mirror_history.leave(from, to, at_rest ? rest_->mirrors : words_of(mirrors));
+  notify_history.leave(from, to, at_rest ? rest_->notifications : words_of(notifications));
+}
+
+void iterator_observer::restore_lists(uint32_t state, bool undoing) {
+  auto const from = [=](range_history const& history) {
+    return undoing ? history.after_undo(state) : history.after_redo(state);
+  };
+  mirrors.clear();
+  auto const pairs = from(mirror_history);
+  for (size_t at = 0; at < pairs.size(); at += 2 * words_of_subset)
+    mirrors.emplace_back(subset_at(&pairs[at]), subset_at(&pairs[at + words_of_subset]));
+  notifications.clear();
+  auto const ranges = from(notify_history);
+  for (size_t at = 0; at < ranges.size(); at += words_of_subset)
+    notifications.push_back(subset_at(&ranges[at]));
+}
+
+void iterator_observer::will_change_memento(unsigned long from, unsigned long to) {
+  if (!storage->is_repeating()) forget_pending();
+  // A number that was drawn before comes back by undo or redo only.
+  performing_undo = to < storage->next_memento;
+  if (!performing_undo && track_memento)
+    leave(static_cast<uint32_t>(from), static_cast<uint32_t>(to));
+}
+
+void iterator_observer::did_change_memento(unsigned long from, unsigned long to) {
+  if (performing_undo) {
+    performing_undo = false;
+    if (track_memento) restore_lists(static_cast<uint32_t>(to), to < from);
     return;
   }
-  by_line_ = nullptr;  // from here on lines have other numbers
-  for (mirror& pair : mirrors) {
-    adjust(first, last, pair.second);
-    adjust(first, last, pair.first);
-  }
+  made_state_ = static_cast<uint32_t>(to);
+  if (!updating_mirror) arrive();
 }
 
 void iterator_observer::will_replace(text::replacement const& what) {
   replacing = true;
   if (performing_undo) return;
-  mirrors.clear();
+  if (!updating_mirror) remove_all_mirrors();
   if (notifications.empty()) return;
-  auto const edits = what.edits();
+  moved_positions const moved(what.edits());
   for (subset& range : notifications)
-    for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
-      if (edit->first != edit->last) text::adjust_for_erase(edit->first, edit->last, range);
-      if (edit->first != edit->new_last)
-        text::adjust_for_insert(edit->first, edit->new_last, range);
-    }
+    range = {moved.staying(range.first()), moved.pushed(range.last())};
 }
 
 void iterator_observer::did_replace(text::replacement const&) {
   replacing = false;
 }
 
+/// Edits are repeated that the user makes, and not those of another view.
+bool iterator_observer::repeats_edits() const {
+  return !storage->is_repeating() && (rest_ || !knows_actions_);
+}
+
 void iterator_observer::will_erase(text::iterator const& first, text::iterator const& last) {
   if (performing_undo || replacing) return;
-  auto const adjust = [](auto const& from, auto const& to, subset& range) {
-    adjust_for_erase(from, to, range);
-  };
-  for (subset& range : notifications) adjust(first, last, range);
-  if (updating_mirror) return adjust_mirrors(first, last, adjust);
-  for (mirror& pair : mirrors) {
-    adjust(first, last, pair.second);
-    text::iterator const start = first_of(pair.first, storage);
+  for (subset& range : notifications) adjust_for_erase(first, last, range);
+  if (updating_mirror) return;
+  bool const repeats = repeats_edits();
+  for (size_t at = 0; at < mirrors.size(); ++at) {
+    auto& [source, target] = mirrors[at];
+    adjust_for_erase(first, last, target);
+    text::iterator const start = first_of(source, storage);
     text::iterator const left = std::max(first, start);
-    text::iterator const right = std::min(last, last_of(pair.first, storage));
-    if (left < right)
+    text::iterator const right = std::min(last, last_of(source, storage));
+    if (repeats && left < right)
       pending_erases.push_back(
-          {static_cast<size_t>(left - start), static_cast<size_t>(right - left), &pair.second});
-    adjust(first, last, pair.first);
+          {static_cast<size_t>(left - start), static_cast<size_t>(right - left), at});
+    adjust_for_erase(first, last, source);
   }
 }
 
 void iterator_observer::did_insert(text::iterator const& first, text::iterator const& last) {
   if (performing_undo || replacing) return;
-  auto const adjust_mirror = [](auto const& from, auto const& to, subset& range) {
-    adjust_mirror_for_insert(from, to, range);
-  };
   for (subset& range : notifications) adjust_for_insert(first, last, range);
-  if (updating_mirror) return adjust_mirrors(first, last, adjust_mirror);
+  if (updating_mirror || mirrors.empty()) return;
+  bool const repeats = repeats_edits();
+  for (size_t at = 0; at < mirrors.size(); ++at) {
+    auto& [source, target] = mirrors[at];
+    adjust_mirror_for_insert(first, last, target);
+    if (repeats && inside(first, source))
+      pending_inserts.push_back({static_cast<size_t>(first - first_of(source, storage)), at});
+    adjust_for_insert(first, last, source);
+  }
+  if (pending_inserts.empty()) return;
   did_insert_data.clear();
-  if (!mirrors.empty()) append_units(first, last, did_insert_data);
-  for (mirror& pair : mirrors) {
-    adjust_mirror(first, last, pair.second);
-    if (inside(first, pair.first))
-      pending_inserts.push_back(
-          {static_cast<size_t>(first - first_of(pair.first, storage)), &pair.second});
-    adjust_for_insert(first, last, pair.first);
-  }
-}
-
-void iterator_observer::did_change_memento(unsigned long from, unsigned long to) {
-  undo_key const key{static_cast<uint32_t>(from), static_cast<uint32_t>(to)};
-  if (performing_undo) {
-    if (track_memento) restore_lists(key);
-    performing_undo = false;
-    return;
-  }
-  if (track_memento) store_changed_lists(key);
-  // The repeated edits come back to this function; they must not end the updating.
-  if (updating_mirror || (pending_erases.empty() && pending_inserts.empty())) return;
-  repeat_edits();
+  append_units(first, last, did_insert_data);
 }
 
 void iterator_observer::repeat_edits() {
-  ranges_by_line ranges(mirrors);
-  by_line_ = &ranges;
+  if (pending_erases.empty() && pending_inserts.empty()) return;
+  auto const edits = pending_inserts.empty() ? edits_for_erases() : edits_for_inserts();
+  text::unit_view const inserted(did_insert_data.data(),
+                                 pending_inserts.empty() ? 0 : did_insert_data.size());
   updating_mirror = true;
-  repeat_erases();
-  repeat_inserts();
+  try {
+    storage->repeat(edits, inserted);
+  } catch (...) {
+    updating_mirror = false;
+    remove_all_mirrors();
+    throw;
+  }
   updating_mirror = false;
-  by_line_ = nullptr;
-  if (track_memento) store_after_edit(mirror_undo_map, mirrors, *storage);
+  move_mirrors(edits);
+  forget_pending();
+  arrive();
 }
 
-void iterator_observer::restore_lists(undo_key key) {
-  if (auto const found = mirror_undo_map.find(key); found != mirror_undo_map.end())
-    mirrors = found->second;
-  if (auto const found = notify_undo_map.find(key); found != notify_undo_map.end())
-    notifications = found->second;
-}
-
-void iterator_observer::store_changed_lists(undo_key key) {
-  undo_key const back{key.to, key.from};
-  if (!keeps_each_state()) {
-    mirror_undo_map[key].clear();
-    mirror_undo_map[back].clear();
-  } else if (previous_mirrors != mirrors) {
-    mirror_undo_map[key] = mirrors;
-    mirror_undo_map[back] = previous_mirrors;
+std::vector<replacement::edit> iterator_observer::edits_for_erases() const {
+  std::vector<replacement::edit> edits;
+  for (pending_erase const& pending : pending_erases) {
+    subset const& target = mirrors[pending.mirror].second;
+    text::iterator const start = first_of(target, storage);
+    auto const size = static_cast<size_t>(last_of(target, storage) - start);
+    text::iterator const first =
+        start + static_cast<std::ptrdiff_t>(std::min(pending.offset, size));
+    text::iterator const last =
+        start + static_cast<std::ptrdiff_t>(std::min(pending.offset + pending.length, size));
+    if (first != last) edits.push_back({first.pos(), last.pos(), first.pos()});
   }
-  if (previous_notifications != notifications) {
-    notify_undo_map[key] = notifications;
-    notify_undo_map[back] = previous_notifications;
-  }
+  std::sort(edits.begin(), edits.end(),
+            [](auto const& a, auto const& b) { return a.first < b.first; });
+  // What several mirrors share is erased once.
+  text::pos behind;
+  std::erase_if(edits, [&](replacement::edit& edit) {
+    edit.first = edit.new_last = std::max(edit.first, behind);
+    behind = std::max(behind, edit.last);
+    return edit.first >= edit.last;
+  });
+  return edits;
 }
 
-void iterator_observer::repeat_erases() {
-  for (auto const& pending : std::exchange(pending_erases, {})) {
-    text::iterator const first = first_of(*pending.target, storage);
-    auto const size = static_cast<size_t>(last_of(*pending.target, storage) - first);
-    auto const from = static_cast<std::ptrdiff_t>(std::min(pending.offset, size));
-    auto const to = static_cast<std::ptrdiff_t>(std::min(pending.offset + pending.length, size));
-    storage->erase(first + from, first + to);
+std::vector<replacement::edit> iterator_observer::edits_for_inserts() const {
+  text::pos const size = end_of_units(did_insert_data);
+  std::vector<replacement::edit> edits;
+  for (pending_insert const& pending : pending_inserts) {
+    subset const& target = mirrors[pending.mirror].second;
+    text::iterator const start = first_of(target, storage);
+    auto const length = static_cast<size_t>(last_of(target, storage) - start);
+    text::pos const at =
+        (start + static_cast<std::ptrdiff_t>(std::min(pending.offset, length))).pos();
+    edits.push_back(
+        {at, at, {at.line + size.line, size.column + (size.line == 0 ? at.column : 0)}});
   }
+  std::sort(edits.begin(), edits.end(),
+            [](auto const& a, auto const& b) { return a.first < b.first; });
+  return edits;
 }
 
-void iterator_observer::repeat_inserts() {
-  for (auto const& pending : std::exchange(pending_inserts, {})) {
-    subset grown = *pending.target;
-    text::iterator const first = first_of(grown, storage);
-    auto const size = static_cast<size_t>(last_of(grown, storage) - first);
-    text::iterator const at = first + static_cast<std::ptrdiff_t>(std::min(pending.offset, size));
-    text::iterator const behind = storage->insert(std::as_const(at), did_insert_data.data(),
-                                                  did_insert_data.data() + did_insert_data.size());
-    adjust_for_insert(at, behind, grown);
-    *pending.target = grown;
-    if (!track_memento || !keeps_each_state()) continue;
-    store_after_edit(mirror_undo_map, mirrors, *storage);
-    mirror_undo_map[{storage->current_memento, storage->previous_memento}] = previous_mirrors;
+/// As adjusting for one edit after the other would, but for the mirrors to which text was added:
+/// these grow also at their edges.
+void iterator_observer::move_mirrors(std::vector<replacement::edit> const& edits) {
+  moved_positions const moved(edits);
+  auto const pushed_along = [&](subset const& range) -> subset {
+    text::pos const first = moved.pushed(range.first());
+    return {first, range.empty() ? first : moved.staying(range.last())};
+  };
+  std::vector<bool> grows(mirrors.size());
+  for (pending_insert const& pending : pending_inserts) grows[pending.mirror] = true;
+  for (size_t at = 0; at < mirrors.size(); ++at) {
+    auto& [source, target] = mirrors[at];
+    source = pushed_along(source);
+    target = grows[at] ? subset(moved.staying(target.first()), moved.pushed(target.last()))
+                       : pushed_along(target);
   }
 }
 

@@ -1,32 +1,27 @@
 #pragma once
 
 #include <list>
-#include <map>
+#include <optional>
 #include <utility>
 #include <vector>
 
+#include "text/range_history.h"
+#include "text/replacement.h"
 #include "text/storage_observer.h"
 
 namespace text {
 
 struct storage;
 
-/// A change of state: the memento before and the one after.
-struct undo_key {
-  uint32_t from = 0;
-  uint32_t to = 0;
-
-  auto operator<=>(undo_key const&) const = default;
-};
-
 /// Keeps ranges of the text valid while the text changes. A notification is one range that is only
 /// kept up to date; a mirror is a pair of ranges where edits made in the first are repeated in the
-/// second, by further changes of the storage right after the user's.
+/// second, by one further change of the storage right after the user's.
 ///
-/// With memento tracking on, the lists as they stood at each state are kept, and undo and redo put
-/// them back instead of adjusting them; the entries live as long as the observer. With many mirrors
-/// the states between one repetition and the next are without mirrors: a group takes undo and redo
-/// across them anyway, and keeping each would take memory by the square of their number.
+/// With memento tracking on, undo and redo put the lists back as they stood at each state, instead
+/// of adjusting them: undo as the state was left, redo as it was arrived at (see `range_history`).
+/// Whoever acts for a user says when an action begins and ends. The lists at its beginning are then
+/// those that undo brings back and the lists at its end those of redo, as with selections; and
+/// edits that others make in between are not repeated.
 ///
 /// The owner adds the observer to the storage and removes it. Main thread only.
 class iterator_observer : public storage_observer {
@@ -53,18 +48,18 @@ class iterator_observer : public storage_observer {
     bool operator==(subset const&) const = default;
   };
   using mirror = std::pair<subset, subset>;  ///< the source, and where its edits are repeated
-  using mirror_list = std::list<mirror>;
+  using mirror_list = std::vector<mirror>;
   using notification_list = std::list<subset>;
 
-  /// Edits to be repeated; offsets count units from the start of the source.
+  /// Edits to be repeated; offsets count units from the start of the source, mirrors from 0.
   struct pending_erase {
     size_t offset;
     size_t length;
-    subset* target;
+    size_t mirror;
   };
   struct pending_insert {
     size_t offset;
-    subset* target;
+    size_t mirror;
   };
 
   iterator_observer(text::storage& storage, bool track_memento);
@@ -75,11 +70,13 @@ class iterator_observer : public storage_observer {
   /// removed, or undo goes back to a state without it.
   notification_list::iterator add_notify(subset const& range);
   void remove_notify(notification_list::iterator entry);
-  mirror_list::iterator add_mirror(subset const& source, subset const& mirror);
-  void remove_mirror(mirror_list::iterator entry);
-  /// The same for many at a time.
+  void add_mirror(subset const& source, subset const& mirror);
   void add_mirrors(std::vector<mirror> const& added);
+  void remove_mirror(mirror_list::iterator entry);
   void remove_all_mirrors();
+
+  void will_begin_action();
+  void did_end_action();
 
   void will_change_memento(unsigned long from, unsigned long to) override;
   void did_change_memento(unsigned long from, unsigned long to) override;
@@ -88,37 +85,41 @@ class iterator_observer : public storage_observer {
   /// Mirrors end: what is replaced all over a text isn't typed in columns.
   void will_replace(text::replacement const& what) override;
   void did_replace(text::replacement const& what) override;
+  void repeat_edits() override;
 
   text::storage* storage;
   mirror_list mirrors;
-  mirror_list previous_mirrors;  ///< before the current change
   notification_list notifications;
-  notification_list previous_notifications;
-  std::map<undo_key, mirror_list> mirror_undo_map;
-  std::map<undo_key, notification_list> notify_undo_map;
+  range_history mirror_history;
+  range_history notify_history;
   std::vector<text::iterator_observer::pending_erase> pending_erases;
   std::vector<text::iterator_observer::pending_insert> pending_inserts;
   std::vector<char_t> did_insert_data;  ///< the last insertion; kept only while there are mirrors
-  uint32_t max_memento = 0;
   bool updating_mirror = false;
   bool performing_undo = false;
   bool replacing = false;
   bool track_memento;
 
  private:
-  class ranges_by_line;
+  /// The lists at the beginning of an action.
+  struct resting_lists {
+    uint32_t state;
+    range_history::words mirrors, notifications;
+  };
 
-  void restore_lists(undo_key key);
-  void store_changed_lists(undo_key key);
-  bool keeps_each_state() const;
-  template <typename Adjust>
-  void adjust_mirrors(text::iterator const& first, text::iterator const& last, Adjust adjust);
-  void repeat_edits();
-  void repeat_erases();
-  void repeat_inserts();
+  void leave(uint32_t from, uint32_t to);
+  void arrive();
+  void arrive_by_adding();
+  void restore_lists(uint32_t state, bool undoing);
+  void forget_pending();
+  bool repeats_edits() const;
+  std::vector<replacement::edit> edits_for_erases() const;
+  std::vector<replacement::edit> edits_for_inserts() const;
+  void move_mirrors(std::vector<replacement::edit> const& edits);
 
-  ranges_by_line* by_line_ =
-      nullptr;  // while edits are repeated, as long as lines keep their number
+  std::optional<resting_lists> rest_;  // while there is an action
+  bool knows_actions_ = false;
+  uint32_t made_state_ = 0;  // the last one that a change has made
 };
 
 /// Whether the position lies in the range, both ends included.

@@ -5,10 +5,17 @@
 #include <optional>
 #include <unordered_map>
 
-#include "text/iterator_observer.h"
 #include "text/selection.h"
 
 namespace text {
+
+/// A change of state: the memento before and the one after.
+struct undo_key {
+  uint32_t from = 0;
+  uint32_t to = 0;
+
+  auto operator<=>(undo_key const&) const = default;
+};
 
 /// The selections of a view that undo and redo bring back: for each step between neighbouring
 /// states, in either direction, the one that stands after it. Of a state and the one that it was

@@ -16,25 +16,22 @@ text::iterator storage::insert_copy(text::iterator const& pos, unit_view units) 
   return units.empty() ? pos : insert(pos, text_block::copy(units));
 }
 
+void storage::let_repeat() {
+  if (repeating_) return;
+  for (auto it = observers.begin(); it != observers.end();) (*it++)->repeat_edits();
+}
+
 text::iterator storage::insert(text::iterator const& pos, text_block const& block) {
   if (block.empty()) return pos;
   // Held here as well: an observer may drop the record.
   text_block const held = block;
   text::iterator const at(pos.pos(), this);
+  text::iterator behind;
   will_change_memento(next_memento);
   record(undo_type::insertion, at, held);
-  size_t const length_before = length();
-  try {
-    text::iterator const behind = detail::insert(at, held);
-    did_change_memento(next_memento++);
-    return behind;
-  } catch (std::bad_alloc const&) {
-    if (length() == length_before)
-      undo_records.resize(--undo_index);
-    else  // an observer has thrown, and the change is done
-      did_change_memento(next_memento++);
-    throw;
-  }
+  make([&] { behind = detail::insert(at, held); });
+  let_repeat();
+  return behind;
 }
 
 void storage::erase(text::iterator const& first, text::iterator const& last) {
@@ -44,27 +41,29 @@ void storage::erase(text::iterator const& first, text::iterator const& last) {
   if (!kill_buffer.disabled) update_kill_buffer(from, to);
   will_change_memento(next_memento);
   record(undo_type::erasure, from, erased);
-  detail::erase(from, to);
-  did_change_memento(next_memento++);
+  make([&] { detail::erase(from, to); });
+  let_repeat();
 }
 
 void storage::replace(replacement what) {
-  auto const held = std::make_shared<replacement const>(std::move(what));
+  text::pos const first = what.first;
+  size_t const length = what.old_text.units.size();
+  auto const held = std::make_shared<many_edits const>(std::move(what));
   will_change_memento(next_memento);
-  add_undo_record({undo_type::replacement,
-                   current_memento,
-                   held->first.line,
-                   held->first.column,
-                   static_cast<uint32_t>(held->old_text.units.size()),
-                   {},
-                   held});
-  exchange(*held);
-  did_change_memento(next_memento++);
+  record(first, length, held);
+  make([&] { exchange(*held, false); });
 }
 
 void storage::exchange(replacement const& what) {
   text::iterator const first(what.first, this);
   detail::replace(first, first + static_cast<std::ptrdiff_t>(what.old_text.units.size()), what);
+}
+
+void storage::exchange(many_edits const& edits, bool undoing) {
+  if (auto const* replaced = std::get_if<replacement>(&edits))
+    return undoing ? exchange(replaced->inverse()) : exchange(*replaced);
+  auto const& repeated = std::get<repetition>(edits);
+  undoing ? repeated.revert(*this) : repeated.apply(*this);
 }
 
 text_slice storage::slice(text::iterator const& first, text::iterator const& last) {
@@ -91,6 +90,17 @@ void storage::record(undo_type type, text::iterator const& at, text_block const&
       {type, current_memento, at.line, at.column, static_cast<uint32_t>(data.size()), data, {}});
 }
 
+void storage::record(text::pos first, size_t length,
+                     std::shared_ptr<text::many_edits const> edits) {
+  add_undo_record({undo_type::many_edits,
+                   current_memento,
+                   first.line,
+                   first.column,
+                   static_cast<uint32_t>(length),
+                   {},
+                   std::move(edits)});
+}
+
 void storage::add_undo_record(undo_record const& record) {
   undo_records.resize(undo_index);
   undo_records.push_back(record);
@@ -111,7 +121,6 @@ void storage::will_change_memento(unsigned long to) {
 void storage::did_change_memento(unsigned long to) {
   previous_memento = current_memento;
   current_memento = static_cast<uint32_t>(to);
-  // Observers may change the text again from here, so what they are told is kept aside.
   unsigned long const from = previous_memento;
   for (auto it = observers.begin(); it != observers.end();) (*it++)->did_change_memento(from, to);
 }
@@ -133,8 +142,7 @@ void storage::redo() {
 }
 
 void storage::apply(undo_record const& record, bool undoing) {
-  if (record.type == undo_type::replacement)
-    return exchange(undoing ? record.replaced->inverse() : *record.replaced);
+  if (record.type == undo_type::many_edits) return exchange(*record.edits, undoing);
   text::iterator const at = begin_of_line(record.line) + record.column;
   if ((record.type == undo_type::insertion) != undoing)
     detail::insert(at, record.data);

@@ -3,8 +3,10 @@
 #include <concepts>
 #include <deque>
 #include <memory>
+#include <variant>
 #include <vector>
 
+#include "text/repetition.h"
 #include "text/replacement.h"
 #include "text/storage_detail.h"
 #include "text/undo_manager.h"
@@ -12,7 +14,10 @@
 
 namespace text {
 
-enum class undo_type : uint8_t { insertion = 0, erasure = 1, replacement = 2 };
+/// What a change of many places is recorded as.
+using many_edits = std::variant<replacement, repetition>;
+
+enum class undo_type : uint8_t { insertion = 0, erasure = 1, many_edits = 2 };
 
 /// The one mutable text buffer of a document: lines of units, a numbered history of all changes, a
 /// kill buffer and observers. It knows nothing of selections, wrapping, encodings or line-ending
@@ -40,9 +45,9 @@ struct storage : storage_detail {
     uint32_t memento = 0;  ///< of the state before this change
     uint32_t line = 0;     ///< where the change starts
     uint32_t column = 0;
-    uint32_t length = 0;  ///< in units, a line end counting as one
-    text_block data;      ///< the units that were inserted or erased
-    std::shared_ptr<text::replacement const> replaced = {};  ///< for that type, in place of `data`
+    uint32_t length = 0;                                 ///< in units, a line end counting as one
+    text_block data;                                     ///< the units that were inserted or erased
+    std::shared_ptr<text::many_edits const> edits = {};  ///< for that type, in place of `data`
   };
 
   /// What the last run of adjoining erasures took away, in the order of the erasures.
@@ -94,6 +99,12 @@ struct storage : storage_detail {
   /// Replaces many ranges as one change; `what.old_text` must be what stands from `what.first` on.
   /// Equals replacing them one by one from the last to the first, but that typing in columns ends.
   void replace(replacement what);
+  /// Makes an edit that was made elsewhere at many places as well, as one change: for observers
+  /// that repeat edits. The edits come in order and don't overlap; each takes `inserted` for what
+  /// stands from its `first` to its `last`, and is given as in `replacement::edit`.
+  void repeat(std::vector<replacement::edit> const& edits, unit_view inserted);
+  /// While that goes on, and nobody is to repeat it.
+  bool is_repeating() const { return repeating_; }
   /// The text from `first` up to `last` in one piece, without a copy where it stands in one.
   text_slice slice(text::iterator const& first, text::iterator const& last);
   /// Erases the whole text, as one erasure that can be undone.
@@ -127,8 +138,31 @@ struct storage : storage_detail {
   text::iterator insert_copy(text::iterator const& pos, unit_view units);
   void update_kill_buffer(text::iterator const& first, text::iterator const& last);
   void record(undo_type type, text::iterator const& at, text_block const& data);
+  void record(text::pos first, size_t length, std::shared_ptr<text::many_edits const> edits);
   void apply(undo_record const& record, bool undoing);
   void exchange(replacement const& what);
+  void exchange(many_edits const& edits, bool undoing);
+  replacement replacement_of(std::vector<replacement::edit> const& edits, unit_view inserted);
+  repetition repetition_of(std::vector<replacement::edit> const& edits, unit_view inserted);
+  /// Makes a change that has been recorded. When it fails there is no record of it.
+  template <typename Change>
+  void make(Change change) {
+    size_t const length_before = length();
+    try {
+      change();
+    } catch (...) {
+      if (length() != length_before)  // an observer has thrown, and the change is done
+        did_change_memento(next_memento++);
+      else if (undo_index != 0 && undo_index == undo_records.size())
+        undo_records.resize(--undo_index);
+      throw;
+    }
+    did_change_memento(next_memento++);
+  }
+  /// A call of its own, so that each observer hears of one change after the other.
+  void let_repeat();
+
+  bool repeating_ = false;
 };
 
 /// A block holding a copy of a sequence, for an `undo_record`. A text iterator gives `\n` for each

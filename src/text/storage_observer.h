@@ -9,8 +9,9 @@ struct replacement;
 /// A listener to the changes of a storage, known as `storage::observer`. On each change the calls
 /// come in the order of `will_change_memento`, `will_insert` or `will_erase`, `did_insert` or
 /// `did_erase`, `did_change_memento`; each group goes to all observers, in the order in which they
-/// were added, before the next begins. The calls for insertion and erasure run under the storage's
-/// lock, those for mementos outside it. All come on the main thread.
+/// were added, before the next begins; a change of many places has several of the middle ones. No
+/// observer changes the text in these calls. The calls for insertion and erasure run under the
+/// storage's lock, those for mementos outside it. All come on the main thread.
 class storage_observer {
  public:
   virtual ~storage_observer() = default;
@@ -28,6 +29,10 @@ class storage_observer {
   /// last. Who keeps positions takes them from the ranges and overlooks the calls in between.
   virtual void will_replace(text::replacement const& /*what*/) {}
   virtual void did_replace(text::replacement const& /*what*/) {}
+
+  /// All observers have been told of a change that is neither undo nor redo nor a repetition. Who
+  /// repeats edits elsewhere does so here, by `storage::repeat`.
+  virtual void repeat_edits() {}
 };
 
 }  // namespace text

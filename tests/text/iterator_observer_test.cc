@@ -133,7 +133,7 @@ TEST_F(Mirrors, TypingInASourceIsRepeatedInEachMirrorAsOneStep) {
   EXPECT_EQ(text(), "oxyzne\ntwxyzo\nxyzthree");
   erase({0, 2}, {0, 3});
   EXPECT_EQ(text(), "oxzne\ntwxzo\nxzthree");
-  EXPECT_EQ(storage.undo_records.size(), 10u);
+  EXPECT_EQ(storage.undo_records.size(), 1 + 3 * 2u);
   EXPECT_FALSE(observer.updating_mirror);
 
   storage.undo_manager.undo();
@@ -197,8 +197,8 @@ TEST_F(Mirrors, ListsComeBackByState) {
   EXPECT_TRUE(observer.notifications.empty());
 }
 
-// More mirrors than those of which each state is kept, two on each line and one on the source's.
-TEST_F(Mirrors, ManyFollowEditsWithinAndAcrossLinesAndComeBackByGroups) {
+// Two on each line and one on the source's.
+TEST_F(Mirrors, FollowEditsWithinAndAcrossLinesAndComeBack) {
   constexpr uint32_t lines = 40;
   std::string before = "[]()";
   for (uint32_t line = 1; line < lines; ++line) before += "\n{}<>";
@@ -221,8 +221,7 @@ TEST_F(Mirrors, ManyFollowEditsWithinAndAcrossLinesAndComeBackByGroups) {
   expect_all("ax-\n-bc");
   erase({0, 3}, {1, 1});
   expect_all("axbc");
-  size_t const steps = storage.undo_records.size();
-  EXPECT_EQ(steps, 1 + 4 * (2 * lines));
+  EXPECT_EQ(storage.undo_records.size(), 1 + 4 * 2u);
   for (int n = 0; n < 4; ++n) storage.undo_manager.undo();
   EXPECT_EQ(text(), before);
   EXPECT_TRUE(std::equal(added.begin(), added.end(), observer.mirrors.begin()));
@@ -235,12 +234,123 @@ TEST_F(Mirrors, ManyFollowEditsWithinAndAcrossLinesAndComeBackByGroups) {
   expect_all("axbc");
 }
 
+// Lists added, dropped and changed at a state before it is left: undo brings back how it was left,
+// redo how it was arrived at, and at the end of each way stands what stood there at first.
+TEST_F(Mirrors, ListsDroppedBetweenChangesStayDroppedByRedo) {
+  insert(0, 0, "a\nb\nc\nd");
+  observer.add_mirrors(
+      {{one_line(0, 1, 1), one_line(1, 1, 1)}, {one_line(0, 1, 1), one_line(2, 1, 1)}});
+  insert(0, 1, "x");
+  observer.remove_all_mirrors();
+  erase({1, 1}, {2, 1});
+  auto const at_the_end = text();
+  for (int n = 0; n < 3; ++n) storage.undo_manager.undo();
+  for (int n = 0; n < 3; ++n) storage.undo_manager.redo();
+  EXPECT_EQ(text(), at_the_end);
+  EXPECT_TRUE(observer.mirrors.empty());
+  storage.undo_manager.undo();
+  EXPECT_TRUE(observer.mirrors.empty());
+  storage.undo_manager.undo();
+  EXPECT_EQ(observer.mirrors.size(), 2u);
+  storage.undo_manager.redo();
+  EXPECT_EQ(observer.mirrors.size(), 2u);
+  insert(0, 2, "y");
+  EXPECT_EQ(text(), "axy\nbxy\ncxy\nd");
+}
+
+TEST_F(Mirrors, NobodyHearsOfARepetitionBeforeTheChangeThatItRepeats) {
+  struct : text::storage_observer {
+    void did_change_memento(unsigned long, unsigned long to) override { heard.push_back(to); }
+    std::vector<unsigned long> heard;
+  } after;
+  storage.add_observer(&after);
+  text::iterator_observer other(storage, true);
+  storage.add_observer(&other);
+  insert(0, 0, "a\nb");
+  observer.add_mirror(one_line(0, 0, 1), one_line(1, 0, 1));
+  other.add_notify(one_line(1, 0, 1));
+  insert(0, 1, "x");
+  EXPECT_EQ(after.heard, (std::vector<unsigned long>{1, 2, 3}));
+  storage.undo_manager.undo();
+  EXPECT_EQ(other.notifications.front(), one_line(1, 0, 1));
+  storage.undo_manager.redo();
+  EXPECT_EQ(other.notifications.front(), one_line(1, 0, 2));
+  storage.remove_observer(&other);
+  storage.remove_observer(&after);
+}
+
+// A view outside its actions doesn't repeat what another one does.
+TEST_F(Mirrors, OnlyOwnActionsAreRepeated) {
+  insert(0, 0, "a\nb");
+  observer.will_begin_action();
+  observer.add_mirror(one_line(0, 0, 1), one_line(1, 0, 1));
+  observer.did_end_action();
+  insert(0, 1, "x");
+  EXPECT_EQ(text(), "ax\nb");
+  EXPECT_EQ(observer.mirrors.front().first, one_line(0, 0, 2));
+}
+
+// What is kept of each key typed doesn't grow with the lines in which it is typed.
+TEST(MirrorMemory, OfATypedUnitDoesNotGrowWithTheLines) {
+  auto const words_of_keys = [](uint32_t lines) {
+    text::storage storage;
+    text::iterator_observer observer(storage, true);
+    storage.add_observer(&observer);
+    random_source random(1);
+    std::u16string before;
+    for (uint32_t line = 0; line < lines; ++line)
+      before += random.text(random.below(9), u"ab") + u"\n";
+    storage.insert(storage.end(-1), before.begin(), before.end());
+    std::vector<text::iterator_observer::mirror> added;
+    for (uint32_t line = 1; line < lines; ++line) {
+      auto const end = static_cast<uint32_t>(storage.size(line));
+      added.push_back({one_line(0, 0, 0), one_line(line, end, end)});
+    }
+    observer.add_mirrors(added);
+    auto const words = [&] {
+      size_t records = 0;
+      for (auto const& record : storage.undo_records)
+        if (record.edits) records += std::get<text::repetition>(*record.edits).words();
+      return records + observer.mirror_history.kept_words();
+    };
+    size_t before_keys = words();
+    for (uint32_t n = 0; n < 20; ++n) storage.insert(text::iterator(0, n, &storage), 1, u'x');
+    storage.remove_observer(&observer);
+    return words() - before_keys;
+  };
+  size_t const few = words_of_keys(100), many = words_of_keys(800);
+  EXPECT_LT(many, 20u * 8 * 800);
+  EXPECT_LT(many, 9 * few);
+}
+
+TEST(RangeHistory, KeepsTheNewestWithinItsBound) {
+  text::range_history history(4);
+  random_source random(1);
+  auto const list = [&](size_t count) {
+    text::range_history::words made(4 * count);
+    for (uint32_t& word : made) word = static_cast<uint32_t>(random.below(1000));
+    return made;
+  };
+  text::range_history::words last;
+  for (uint32_t state = 1; state < 60; ++state) {
+    history.arrive(state, last = list(100'000));
+    EXPECT_EQ(history.after_redo(state), last);
+    EXPECT_LE(history.kept_words(), history.max_words);
+    history.leave(state, state + 1, list(state));
+  }
+  EXPECT_TRUE(history.after_redo(1).empty());
+  EXPECT_EQ(history.after_redo(59), last);
+  history.leave(0, 60, {});
+  EXPECT_TRUE(history.empty());
+  EXPECT_EQ(history.kept_words(), 0u);
+}
+
 TEST_F(Mirrors, WithoutRangesNothingIsKept) {
   insert(0, 0, "abc");
   erase({0, 0}, {0, 1});
   storage.undo();
-  EXPECT_TRUE(observer.mirror_undo_map.empty());
-  EXPECT_TRUE(observer.notify_undo_map.empty());
+  EXPECT_TRUE(observer.mirror_history.empty());
+  EXPECT_TRUE(observer.notify_history.empty());
 }
 
 TEST_F(Mirrors, WithoutTrackingUndoAdjustsNothing) {
@@ -251,7 +361,7 @@ TEST_F(Mirrors, WithoutTrackingUndoAdjustsNothing) {
   insert(0, 0, "x");
   storage.undo();
   EXPECT_EQ(plain.notifications.front(), one_line(0, 2, 3));
-  EXPECT_TRUE(plain.notify_undo_map.empty());
+  EXPECT_TRUE(plain.notify_history.empty());
   storage.remove_observer(&plain);
 }
 
