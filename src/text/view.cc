@@ -227,14 +227,14 @@ bool view::is_visible(text::iterator const& it) const {
 }
 
 void view::make_visible(text::iterator const& it) {
-  if (!foldings_enabled) return;
-  text::selection const kept = selection;
+  if (is_visible(it)) return;
+  text::selection const kept = selection.without_text();
   folding_filter->make_visible(it.pos());
   selection = kept;
 }
 
 view_iterator view::in_view(text::iterator const& it, bool) {
-  if (foldings_enabled) folding_filter->make_visible(it.pos());
+  make_visible(it);
   return {this, it};
 }
 

@@ -123,7 +123,8 @@ class view {
   bool is_visible(text::iterator const& it) const;
   /// Unfolds what hides the position; the selection stays.
   void make_visible(text::iterator const& it);
-  /// Unfolds what hides the position and gives it as one of this view.
+  /// Unfolds what hides the position and gives it as one of this view. The selection stays, so that
+  /// a call may stand in the argument of what sets one.
   view_iterator in_view(text::iterator const& it, bool flag = true);
   /// @}
 

@@ -71,6 +71,24 @@ TEST_F(folding, marks_in_the_gutter_fold_and_unfold) {
   EXPECT_EQ(images(), open);
 }
 
+// What opens a fold on the way to where a selection ends doesn't move where it begins.
+TEST_F(folding, a_selection_into_a_fold_begins_where_it_should) {
+  std::string const text = "0 (\n  1 (\n\t\t2\n  )\n  4 (\n  )\n)\n7\n  )";
+  auto const selected = [&](std::string const& caret, auto action) {
+    set(caret);
+    EXPECT_TRUE(filter().fold_lines(0, 6));
+    view.goToLineAndColumn(1, 4);
+    action();
+    std::u16string const units = marked_text::units_of(*view.view()->storage);
+    EXPECT_EQ(marked_text::utf8(units), text);
+    return get();
+  };
+  EXPECT_EQ(selected("|" + text, [&] { perform("selectBlock:"); }),
+            "0 [(\n  1 (\n\t\t2\n  )\n  4 (\n  )\n)]\n7\n  )");
+  EXPECT_EQ(selected("|" + text, [&] { view.selectToLineAndColumn(3, 1, false); }),
+            "0 ([\n  1 (\n]\t\t2\n  )\n  4 (\n  )\n)\n7\n  )");
+}
+
 TEST_F(folding, a_block_without_an_end_has_no_mark) {
   auto const shown = [&](std::string const& text) {
     set(text);
