@@ -1,10 +1,10 @@
 #include "text/folding_filter.h"
 
-#include "text/replacement.h"
-
 #include <algorithm>
 #include <utility>
 
+#include "text/mark_history.h"
+#include "text/replacement.h"
 #include "text/soft_wrap_filter.h"
 
 namespace text {
@@ -118,13 +118,15 @@ bool view::folding_filter::is_visible(text::pos const& at) const {
 }
 
 void view::folding_filter::make_visible(text::pos const& at) {
-  std::vector<size_t> hiding;
+  std::vector<folding_t> hiding;
   for (folding_t const& fold : foldings) {
     if (fold.first >= at.line) break;
-    if (at.line <= fold.last) hiding.push_back(fold.first);
+    if (at.line <= fold.last) hiding.push_back(fold);
   }
-  for (auto first = hiding.rbegin(); first != hiding.rend(); ++first)
-    unfold_if_possible(*first, false);
+  for (auto fold = hiding.rbegin(); fold != hiding.rend(); ++fold) {
+    view_.mark_history->will_open(*fold);
+    unfold_if_possible(fold->first, false);
+  }
 }
 
 void view::folding_filter::put_caret_at_end_of(size_t line) {
@@ -160,6 +162,10 @@ void view::folding_filter::unfold(folding_t const& fold) {
   foldings.erase(fold);
   surveyed_ = false;
   if (is_visible({fold.first, 0})) filter::did_insert(end_of(fold.first), end_of(fold.last));
+}
+
+void view::folding_filter::fold_again(folding_t const& again) {
+  if (view_.foldings_enabled && again.last < view_.storage->lines()) fold(again);
 }
 
 bool view::folding_filter::fold_lines(size_t first, size_t last) {
@@ -230,6 +236,12 @@ void view::folding_filter::restore(std::vector<folding_t> const& kept) {
   lay_out_again();
 }
 
+void view::folding_filter::restore_all(folding_set folds) {
+  if (!view_.foldings_enabled || folds == foldings) return;
+  foldings = std::move(folds);
+  lay_out_again();
+}
+
 /// After many folds at once, of which nobody above has been told.
 void view::folding_filter::lay_out_again() {
   surveyed_ = false;
@@ -247,6 +259,7 @@ template <typename Crossed>
 void view::folding_filter::unfold_where(Crossed crossed) {
   std::vector<folding_t> found;
   std::copy_if(foldings.begin(), foldings.end(), std::back_inserter(found), crossed);
+  for (folding_t const& fold : found) touched.push_back({fold, {}});
   // From the inner ones outward: those are told of as one.
   for (auto fold = found.rbegin(); fold != found.rend(); ++fold) unfold(*fold);
 }
@@ -280,8 +293,10 @@ void view::folding_filter::did_insert(text::pos const& first, text::pos const& l
   std::vector<folding_t> split;
   if (first.column != 0 && is_end_of_fold(first.line))
     for (folding_t const& fold : foldings)
-      if (fold.first == first.line || fold.last == first.line)
+      if (fold.first == first.line || fold.last == first.line) {
+        touched.push_back({fold, {}});
         split.push_back({fold.first + (fold.first == first.line ? added : 0), fold.last + added});
+      }
   move_folds(first.line, added);
   filter::did_insert(first, last);
   for (auto fold = split.rbegin(); fold != split.rend(); ++fold) unfold(*fold);
@@ -297,6 +312,14 @@ void view::folding_filter::will_erase(text::pos const& first, text::pos const& l
       bool const around = first.line <= fold.first && fold.last < last.line;
       return !apart && !inside && !around;
     });
+  // What stands on the line that joins the first one would be split from it again.
+  if (first.line != last.line && first.column != 0 && is_end_of_fold(last.line))
+    for (folding_t const& fold : foldings)
+      if (fold.first == last.line || fold.last == last.line)
+        touched.push_back(
+            {fold,
+             folding_t{fold.first < last.line ? fold.first : fold.first - last.line + first.line,
+                       fold.last - last.line + first.line}});
   filter::will_erase(first, last);
 }
 
@@ -308,6 +331,7 @@ void view::folding_filter::did_erase(text::iterator const& pos, int length) {
     auto const begin = foldings.lower_bound({first, 0});
     auto const end = foldings.lower_bound({last, 0});
     if (begin != end) surveyed_ = false;
+    for (auto fold = begin; fold != end; ++fold) touched.push_back({*fold, {}});
     foldings.erase(begin, end);
     move_folds(last, first - last);
   }

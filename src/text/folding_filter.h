@@ -39,6 +39,9 @@ class view::folding_filter : public switchable_filter {
     auto operator<=>(folding_t const&) const = default;
   };
 
+  /// In one piece of memory: all behind a line move with it.
+  using folding_set = boost::container::flat_set<folding_t>;
+
   explicit folding_filter(text::view& view) : view_(view) {}
 
   /// Null patterns turn folding off for lines not folded yet; patterns equal to those before change
@@ -88,8 +91,12 @@ class view::folding_filter : public switchable_filter {
   /// Unfolds all that hides a position, outer folds included.
   void make_visible(text::pos const& at);
 
+  /// Folds lines again that were, where that is still possible. Who calls it sets the caret.
+  void fold_again(folding_t const& fold);
   /// Takes folds that were kept with a file; those that don't fit the text or each other are left.
   void restore(std::vector<folding_t> const& kept);
+  /// Puts all folds back as they were for the same text.
+  void restore_all(folding_set folds);
 
   /// The lines that rows show, from `first` up to `last`, as stretches: `visit(line, line_behind)`.
   template <typename Visit>
@@ -116,9 +123,15 @@ class view::folding_filter : public switchable_filter {
   void did_replace(text::replacement const& what) override;
 
   pattern begin_pattern, end_pattern;
-  /// In one piece of memory: all behind a line move with it.
-  using folding_set = boost::container::flat_set<folding_t>;
   folding_set foldings;
+  /// A fold as it was before a change, and after it; none if the change has opened it.
+  struct touched_fold {
+    folding_t was;
+    std::optional<folding_t> now;
+  };
+  /// Those that changes have opened since somebody emptied this, or that taking the change back
+  /// would open.
+  std::vector<touched_fold> touched;
 
  private:
   /// What is remembered of a line: its type and indent, packed, or `unknown`.

@@ -6,6 +6,7 @@
 
 #include "text/bookmark_filter.h"
 #include "text/folding_filter.h"
+#include "text/mark_history.h"
 #include "text/soft_wrap_filter.h"
 #include "text/view_filter.h"
 
@@ -20,6 +21,7 @@ view::view(text::storage& of)
     : storage(&of),
       mirror_observer(of, true),
       notify_observer(of, true),
+      mark_history(std::make_unique<class view::mark_history>(*this)),
       storage_filter(std::make_unique<class view::storage_filter>(*this)),
       bookmark_filter(std::make_unique<class view::bookmark_filter>()),
       folding_filter(std::make_unique<class view::folding_filter>(*this)),
@@ -220,6 +222,17 @@ void view::set_snippet_observer(std::unique_ptr<snippet_observer_t> observer) {
   if (snippet_observer) storage->remove_observer(snippet_observer.get());
   snippet_observer = std::move(observer);
   if (snippet_observer) storage->add_observer(snippet_observer.get());
+}
+
+void view::will_begin_action() {
+  mirror_observer.will_begin_action();
+  notify_observer.will_begin_action();
+  mark_history->will_begin_action();
+}
+
+void view::did_end_action() {
+  mirror_observer.did_end_action();
+  notify_observer.did_end_action();
 }
 
 bool view::is_visible(text::iterator const& it) const {

@@ -58,6 +58,8 @@ class view {
   class soft_wrap_filter;
   /// The highest one: keeps selections across undo, the range to draw again and `max_columns`.
   class view_filter;
+  /// What changes have taken of bookmarks and folds, for undo and redo to bring back.
+  class mark_history;
 
   explicit view(text::storage& storage);
   ~view();
@@ -177,6 +179,11 @@ class view {
   /// Repeats what is typed at the end of the selection's first line at the end of its other lines.
   void enter_line_append_mode();
 
+  /// Brackets what the user does by one action: what is typed in columns and which pairs are live
+  /// is then kept for undo and redo as it stands before and after the action. Actions don't nest.
+  void will_begin_action();
+  void did_end_action();
+
   bool can_undo() const { return storage->undo_manager.can_undo(); }
   bool can_redo() const { return storage->undo_manager.can_redo(); }
   /// @}
@@ -208,6 +215,7 @@ class view {
   std::ptrdiff_t first_visible_line = -1;
   size_t first_visible_column = 0;
   unsigned long document_tag = obtain_document_tag();
+  std::unique_ptr<class mark_history> mark_history;
   std::unique_ptr<class storage_filter> storage_filter;
   std::unique_ptr<filter> tokenize_filter;
   std::unique_ptr<class bookmark_filter> bookmark_filter;

@@ -45,6 +45,7 @@ view_will_change::view_will_change(WynTextView& tv, bool grouped)
     memento = view.storage->current_memento;
     view.saved_selection = view.selection.without_text();
     view.saved_selection_pending = true;
+    view.will_begin_action();
   }
 }
 
@@ -64,6 +65,7 @@ view_will_change::~view_will_change() {
   if (is_seen) show_outcome(center, outermost);
   drop_left_ranges();
   if (!outermost) return;
+  view.did_end_action();
   view.first_refresh_line = no_line;
   view.last_refresh_line = 0;
   view.scroll_caret_pending = false;

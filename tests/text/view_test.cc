@@ -4,6 +4,8 @@
 
 #include "marked_text.h"
 #include "random_text.h"
+#include "text/bookmark_filter.h"
+#include "text/mark_history.h"
 #include "text/view_filter.h"
 
 namespace {
@@ -258,8 +260,36 @@ TEST_F(View, EditingInATabStopFollowsTheStop) {
   EXPECT_EQ(get(), "------m st end\nout!|");
 }
 
+// What a change takes of bookmarks comes back when it is taken back, unless the user has changed
+// them meanwhile on the lines concerned.
+TEST_F(View, BookmarksComeBackWithTheTextTheyMark) {
+  set("zero|\none\ntwo\nthree\nfour");
+  for (size_t line : {1, 2, 4}) view.set_bookmark(line, 2, true);
+  auto const bookmarks = [&] { return view.bookmark_filter->nodes; };
+  auto const before = bookmarks();
+  auto const erase = [&] {
+    text::undo_group const group(storage.undo_manager);
+    storage.erase({0, 2, &storage}, {3, 1, &storage});
+  };
+  erase();
+  auto const after = bookmarks();
+  EXPECT_EQ(after, (std::map<size_t, size_t>{{0, 2}, {1, 2}}));
+  for (int n = 0; n < 2; ++n) {
+    storage.undo_manager.undo();
+    EXPECT_EQ(bookmarks(), before);
+    storage.undo_manager.redo();
+    EXPECT_EQ(bookmarks(), after);
+  }
+  view.set_bookmark(0, 2, false);
+  storage.undo_manager.undo();
+  EXPECT_EQ(bookmarks(), (std::map<size_t, size_t>{{4, 2}}));
+  erase();
+  EXPECT_TRUE(view.mark_history->empty());
+}
+
 TEST_F(View, ViewsOfOneStorageKeepApart) {
   set("abc|");
+  size_t const observers = storage.observers.size();
   {
     text::view other(storage);
     other.selection.set_caret({&other, storage.begin_of_line(0)});
@@ -268,7 +298,7 @@ TEST_F(View, ViewsOfOneStorageKeepApart) {
     EXPECT_EQ(marked_text::get(other), "x|abc");
     EXPECT_EQ(get(), "|xabc");
   }
-  EXPECT_EQ(storage.observers.size(), 3u);
+  EXPECT_EQ(storage.observers.size(), observers);
   type("y");
   EXPECT_EQ(get(), "y|xabc");
 }
