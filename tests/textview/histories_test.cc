@@ -1,0 +1,311 @@
+#include "text/bookmark_filter.h"
+#include "text/folding_filter.h"
+#include "text/random_text.h"
+#include "textview/shown_view.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <deque>
+#include <sstream>
+#include <vector>
+
+// Random histories of two views of one document. A sequence, k undos, k redos and a tail must equal
+// the sequence and the tail: in text, selections, marks, the widest row, and in what each further
+// step does. HISTORY_SEEDS=FIRST-LAST runs others than the usual ones,
+// and HISTORY_LOG shows all states of one that fails.
+namespace {
+
+struct step {
+  enum kind { action, go_to, select, select_columns };
+
+  std::size_t view = 0;
+  kind what = action;
+  std::string selector;
+  plist::value argument;
+  // Where, as shares of the lines and columns that there are: random numbers, so that steps don't
+  // depend on the text.
+  std::size_t line = 0, column = 0, lines = 0, columns = 0;
+};
+
+std::string described(step const& made) {
+  std::ostringstream out;
+  out << "view " << made.view << " ";
+  if (made.what == step::action) {
+    std::string const text = made.argument.string_or("");
+    out << made.selector << " " << (text.size() < 40 ? text : std::to_string(text.size()));
+  } else {
+    out << (made.what == step::go_to    ? "go to"
+            : made.what == step::select ? "select"
+                                        : "columns")
+        << " " << made.line << "," << made.column << " +" << made.lines << "," << made.columns;
+  }
+  return out.str();
+}
+
+using folding_filter = class text::view::folding_filter;
+
+folding_filter::pattern pattern(std::u16string_view source) {
+  return std::make_unique<oniguruma::ptrn_t>(source.data(), source.data() + source.size(), 0u);
+}
+
+/// A document with two views.
+class world {
+ public:
+  explicit world(std::string const& text) {
+    for (std::size_t view = 0; view < 2; ++view) {
+      text::view& at = *views_[view].view.view();
+      at.folding_filter->set_patterns(pattern(u"\\{\\s*$"), pattern(u"^\\s*\\}"));
+      views_[view].view.setOverwriteMode(false);
+      views_[view].view.setSoftWrap(false);
+      views_[view].view.setFreehandedEdit(false);
+    }
+    std::u16string const units = marked_text::units(text);
+    document_->storage().insert(document_->storage().end(-1), units.begin(), units.end());
+    document_->storage().forget_history();
+  }
+
+  void perform(step const& made) {
+    shown_view& at = views_[made.view];
+    if (made.what == step::action) return at.perform(made.selector, made.argument);
+    text::storage& storage = document_->storage();
+    std::size_t const line = made.line % storage.lines();
+    std::size_t const column = made.column % (storage.size(line) + 1);
+    at.view.goToLineAndColumn(line + 1, column + 1);
+    if (made.what == step::go_to) return;
+    std::size_t const last = std::min(line + made.lines, storage.lines() - 1);
+    bool const columns = made.what == step::select_columns;
+    std::size_t const to =
+        columns ? column + made.columns : made.columns % (storage.size(last) + 1);
+    at.view.selectToLineAndColumn(last + 1, to + 1, columns);
+  }
+  void undo_or_redo(std::size_t view, bool undo) { views_[view].perform(undo ? "undo:" : "redo:"); }
+
+  std::uint32_t memento() { return document_->storage().current_memento; }
+  std::size_t undo_steps() { return document_->storage().undo_manager.stack.top().undo.size(); }
+  std::u16string text() { return marked_text::units_of(document_->storage()); }
+  /// All that can be seen but the text.
+  std::string seen() {
+    std::ostringstream out;
+    for (shown_view& shown : views_) {
+      text::view& view = *shown.view.view();
+      text::selection const& s = view.selection;
+      for (auto const* mark : {&s.first_mark, &s.last_mark, &s.current_mark})
+        out << mark->base.line << ":" << mark->base.column << "+" << mark->offset << " ";
+      out << (s.column_mode ? "columns" : "") << " bookmarks";
+      for (auto const& [line, column] : view.bookmark_filter->nodes)
+        out << " " << line << ":" << column;
+      out << " folds";
+      for (auto const& fold : view.folding_filter->foldings)
+        out << " " << fold.first << "-" << fold.last;
+      out << " rows " << view.lines() << " widest " << view.columns() << "\n";
+    }
+    out << "edited " << document_->isDocumentEdited() << " undo "
+        << views_[0].view.view()->can_undo() << " redo " << views_[0].view.view()->can_redo();
+    return out.str();
+  }
+  /// What is kept up with the changes, against what it is when made anew.
+  void expect_up_to_date() {
+    for (shown_view& shown : views_) {
+      text::view& view = *shown.view.view();
+      if (!view.soft_wrap) {
+        EXPECT_EQ(view.columns(), view.max_columns_for_range(0, view.lines()));
+      }
+      for (auto const& range : view.notify_observer.notifications) expect_inside(range);
+      for (auto const& [source, target] : view.mirror_observer.mirrors) {
+        expect_inside(source);
+        expect_inside(target);
+      }
+    }
+  }
+
+ private:
+  void expect_inside(text::iterator_observer::subset const& range) {
+    text::storage const& storage = document_->storage();
+    EXPECT_LE(range.first(), range.last());
+    for (text::pos const at : {range.first(), range.last()}) {
+      ASSERT_LT(at.line, storage.lines());
+      EXPECT_LE(at.column, storage.size(at.line));
+    }
+  }
+
+  std::shared_ptr<WynDocument> document_ = WynDocument::document();
+  shown_view views_[2] = {shown_view("|", document_), shown_view("|", document_)};
+};
+
+class step_maker {
+ public:
+  step_maker(random_source& random, bool large) : random_(random), large_(large) {}
+
+  step any() {
+    step made;
+    made.view = random_.one_in(6) ? 1 : 0;
+    std::size_t const choice = random_.below(100);
+    if (choice < 30) return type(made);
+    if (choice < 48) return place(made);
+    if (choice < 60) return action(made, pick(edits));
+    if (choice < 68) return action(made, pick(clipboard));
+    if (choice < 86) return action(made, pick(movements));
+    if (choice < 94) return action(made, pick(marks));
+    if (choice < 98) return action(made, pick(rest));
+    return action(made, random_.one_in(2) ? "undo:" : "redo:");
+  }
+  /// One that changes the text as a rule.
+  step edit() {
+    step made;
+    return random_.one_in(2) ? type(made) : action(made, pick(edits));
+  }
+  step typed(std::u16string const& text) {
+    step made;
+    return action(made, "insertText:", marked_text::utf8(text));
+  }
+
+ private:
+  using names = std::vector<char const*>;
+
+  step type(step& made) {
+    if (random_.one_in(large_ ? 8 : 60))
+      return action(
+          made, "insertText:",
+          marked_text::utf8(random_.text(33'000 + random_.below(5000), u"ab c\ndefgh{}\n")));
+    static constexpr std::u16string_view units = u"abc  ({[\"')]}\t";
+    return action(made, "insertText:", marked_text::utf8(random_.text(1, units)));
+  }
+  step place(step& made) {
+    std::size_t const what = random_.below(6);
+    made.what = what < 2 ? step::go_to : what < 3 ? step::select : step::select_columns;
+    made.line = random_.below(10'000);
+    made.column = random_.below(random_.one_in(2) ? 4 : 1000);
+    made.lines = random_.below(random_.one_in(10) ? 5000 : 5);
+    made.columns = random_.one_in(2) ? 0 : random_.below(6);
+    return made;
+  }
+  step action(step& made, std::string selector, plist::value argument = {}) {
+    made.selector = std::move(selector);
+    if (made.selector == "foldAllAtLevel:") argument = static_cast<int>(random_.below(3));
+    made.argument = std::move(argument);
+    return made;
+  }
+  char const* pick(names const& from) { return from[random_.below(from.size())]; }
+
+  static inline names const edits = {
+      "deleteBackward:", "deleteBackward:",         "deleteForward:", "deleteForward:",
+      "insertNewline:",  "insertNewline:",          "insertTab:",     "deleteWordLeft:",
+      "delete:",         "deleteToEndOfParagraph:", "indent:",        "insertNewline:"};
+  static inline names const clipboard = {
+      "cut:", "copy:", "copy:", "paste:", "paste:", "yank:", "pasteWithoutReindent:"};
+  static inline names const movements = {"moveLeft:",
+                                         "moveRight:",
+                                         "moveUp:",
+                                         "moveDown:",
+                                         "moveToEndOfLine:",
+                                         "moveToBeginningOfLine:",
+                                         "moveWordRight:",
+                                         "moveDownAndModifySelection:",
+                                         "moveUpAndModifySelection:",
+                                         "moveRightAndModifySelection:",
+                                         "moveToEndOfLineAndModifySelection:",
+                                         "selectAll:",
+                                         "selectBlock:",
+                                         "toggleColumnSelection:",
+                                         "moveToEndOfDocument:"};
+  static inline names const marks = {
+      "toggleCurrentBookmark:", "toggleCurrentBookmark:", "foldSelection:", "toggleFolding:",
+      "toggleFolding:",         "foldAllAtLevel:",        "unfoldAll:",     "goToNextBookmark:"};
+  static inline names const rest = {
+      "enterLineAppendMode:", "enterLineAppendMode:", "cancel:",
+      "toggleOverwriteMode:", "toggleSoftWrap:",      "toggleFreehandedEdit:"};
+
+  random_source& random_;
+  bool large_;
+};
+
+class histories : public shown_view_test {
+ protected:
+  static std::string initial_text(random_source& random, bool large) {
+    if (!large) return marked_text::utf8(random.text(random.below(90), u"abc de\t\n\n{\n}\n"));
+    return marked_text::utf8(random.text(40'000 + random.below(40'000), u"abcdefgh ij\t\n{\n}"));
+  }
+
+  /// With HISTORY_LOG set also what is seen after the step.
+  static std::string logged(std::string const& step, world& after) {
+    static bool const fully = std::getenv("HISTORY_LOG") != nullptr;
+    if (!fully) return step + "\n";
+    return step + "\n" + std::to_string(after.memento()) + " " + after.seen() + "\n";
+  }
+
+  void run(unsigned seed, bool large) {
+    SCOPED_TRACE("seed " + std::to_string(seed) + (large ? ", large" : ""));
+    random_source random(seed);
+    step_maker steps(random, large);
+    std::string const text = initial_text(random, large);
+    std::vector<step> sequence, tail;
+    for (std::size_t n = 5 + random.below(30); n > 0; --n) sequence.push_back(steps.any());
+    sequence.push_back(steps.edit());
+    for (std::size_t n = 1 + random.below(10); n > 0; --n)
+      tail.push_back(random.one_in(3) ? steps.edit() : steps.any());
+    std::size_t const most = 1 + random.below(12);
+
+    world straight(text);
+    std::string log;
+    auto const do_sequence = [&](world& in) {
+      desktop_.general_pasteboard().set({});
+      for (step const& made : sequence) {
+        std::uint32_t const memento = in.memento();
+        in.perform(made);
+        if (&in != &straight) log += logged(described(made), in);
+        if (&made == &sequence.back() && in.memento() == memento) in.perform(steps.typed(u"z"));
+      }
+    };
+    do_sequence(straight);
+    std::string const seen = straight.seen();
+    std::u16string const units = straight.text();
+    straight.expect_up_to_date();
+    std::vector<std::pair<std::string, std::u16string>> after_tail;
+    for (step const& made : tail) {
+      straight.perform(made);
+      straight.expect_up_to_date();
+      after_tail.emplace_back(straight.seen(), straight.text());
+    }
+
+    world around(text);
+    do_sequence(around);
+    std::size_t const k = std::min(most, around.undo_steps());
+    for (std::size_t n = 0; n < 2 * k; ++n) {
+      around.undo_or_redo(n % 5 == 4 ? 1 : 0, n < k);
+      log += logged(n < k ? "undo" : "redo", around);
+      around.expect_up_to_date();
+    }
+    SCOPED_TRACE(marked_text::utf8(marked_text::units(large ? "" : "text: " + text)) + "\n" + log);
+    ASSERT_EQ(around.seen(), seen);
+    ASSERT_TRUE(around.text() == units) << marked_text::utf8(large ? u"" : around.text());
+    for (std::size_t n = 0; n < tail.size(); ++n) {
+      SCOPED_TRACE("tail " + described(tail[n]));
+      around.perform(tail[n]);
+      around.expect_up_to_date();
+      ASSERT_EQ(around.seen(), after_tail[n].first);
+      ASSERT_TRUE(around.text() == after_tail[n].second)
+          << (large ? ""
+                    : marked_text::utf8(around.text()) + "\n--- instead of ---\n" +
+                          marked_text::utf8(after_tail[n].second));
+    }
+  }
+
+  void run_seeds(unsigned count, bool large) {
+    unsigned first = 1, last = count;
+    if (char const* const given = std::getenv("HISTORY_SEEDS"))
+      std::sscanf(given, "%u-%u", &first, &last);
+    for (unsigned seed = first; seed <= last && !HasFatalFailure() && !HasNonfatalFailure(); ++seed)
+      run(seed, large);
+  }
+};
+
+TEST_F(histories, undone_and_redone_equal_themselves) {
+  run_seeds(150, false);
+}
+
+TEST_F(histories, of_large_texts_equal_themselves) {
+  run_seeds(6, true);
+}
+
+}  // namespace
