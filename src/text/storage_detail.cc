@@ -160,9 +160,8 @@ void storage_detail::erase(text::iterator const& first, text::iterator const& la
 
 void storage_detail::join_lines(text::iterator const& first, text::iterator const& last) {
   if (first.column == 0) {
-    line_buffer kept = std::move(data[last.line]);
-    kept.replace(0, last.column, nullptr, 0);
-    data[first.line] = std::move(kept);
+    data[last.line].replace(0, last.column, nullptr, 0);
+    data[first.line] = std::move(data[last.line]);
   } else {
     unit_view const before = line_units(first.line).substr(0, first.column);
     unit_view const behind = line_units(last.line).substr(last.column);
