@@ -26,41 +26,65 @@ void subtract(rect const& r, rect const& hole, std::vector<rect>& out) {
 
 }  // namespace
 
-void region::add(rect const& r) {
-  if (r.empty()) return;
-  region const fresh = [&] {
-    region single;
-    single.rects_.push_back(r);
-    return single.minus(*this);
-  }();
-  rects_.insert(rects_.end(), fresh.rects_.begin(), fresh.rects_.end());
+void region::insert(std::vector<rect> const& rects) {
+  auto const is_above = [](rect const& a, rect const& b) { return a.y < b.y; };
+  for (rect const& r : rects) {
+    tallest_ = std::max(tallest_, r.height);
+    rects_.insert(std::upper_bound(rects_.begin(), rects_.end(), r, is_above), r);
+  }
 }
 
-region region::minus(region const& other) const {
-  region result = *this;
-  std::vector<rect> next;
-  for (rect const& hole : other.rects_) {
+// Visits those that may meet `r`, until `visit` returns true.
+template <typename Visit>
+void region::visit_overlapping(rect const& r, Visit visit) const {
+  auto at = std::partition_point(rects_.begin(), rects_.end(),
+                                 [&](rect const& own) { return own.y < r.y - tallest_; });
+  for (; at != rects_.end() && at->y <= r.bottom(); ++at)
+    if (visit(*at)) return;
+}
+
+std::vector<rect> region::pieces_outside(rect const& r) const {
+  std::vector<rect> result{r}, next;
+  visit_overlapping(r, [&](rect const& hole) {
+    if (!hole.intersects(r)) return false;
     next.clear();
-    for (rect const& r : result.rects_) subtract(r, hole, next);
-    result.rects_.swap(next);
+    for (rect const& piece : result) subtract(piece, hole, next);
+    result.swap(next);
+    return result.empty();
+  });
+  return result;
+}
+
+void region::add(rect const& r) {
+  if (!r.empty()) insert(pieces_outside(r));
+}
+
+std::vector<rect> region::minus(region const& other) const {
+  std::vector<rect> result;
+  for (rect const& r : rects_) {
+    std::vector<rect> const pieces = other.pieces_outside(r);
+    result.insert(result.end(), pieces.begin(), pieces.end());
   }
   return result;
 }
 
 region region::exclusive_or(region const& other) const {
-  region result = minus(other);
-  region const rest = other.minus(*this);
-  result.rects_.insert(result.rects_.end(), rest.rects_.begin(), rest.rects_.end());
+  region result;
+  result.insert(minus(other));
+  result.insert(other.minus(*this));
   return result;
 }
 
 bool region::contains(platform::point p) const {
-  return std::any_of(rects_.begin(), rects_.end(), [&](rect const& r) { return r.contains(p); });
+  bool found = false;
+  visit_overlapping({p.x, p.y, 0, 0}, [&](rect const& own) { return found = own.contains(p); });
+  return found;
 }
 
 bool region::intersects(rect const& r) const {
-  return std::any_of(rects_.begin(), rects_.end(),
-                     [&](rect const& own) { return own.intersects(r); });
+  bool found = false;
+  visit_overlapping(r, [&](rect const& own) { return found = own.intersects(r); });
+  return found;
 }
 
 rect region::bounds() const {

@@ -8,7 +8,8 @@
 namespace wyn {
 
 /// A set of points made of rectangles that do not overlap, such as the area of a selection.
-/// Meant for some hundred rectangles at most: operations are quadratic in their number.
+/// Operations look only at rectangles whose heights overlap, so that some thousand rows of text,
+/// one under the other, cost no more than each by itself.
 class region {
  public:
   region() = default;
@@ -28,8 +29,14 @@ class region {
   std::vector<platform::rect> rects() && { return std::move(rects_); }
 
  private:
-  region minus(region const& other) const;
-  std::vector<platform::rect> rects_;
+  void insert(std::vector<platform::rect> const& rects);
+  template <typename Visit>
+  void visit_overlapping(platform::rect const& r, Visit visit) const;
+  std::vector<platform::rect> pieces_outside(platform::rect const& r) const;
+  std::vector<platform::rect> minus(region const& other) const;
+
+  std::vector<platform::rect> rects_;  ///< by their upper edge
+  double tallest_ = 0;                 ///< height of one of them
 };
 
 }  // namespace wyn
