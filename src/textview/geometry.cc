@@ -59,7 +59,8 @@ wyn::region column_region(WynTextView const& text_view, rect const& limits) {
     point const a = position_of(text_view, iter_from_hybrid_pos(&view, line, box.first_column, on));
     point const b = position_of(text_view, iter_from_hybrid_pos(&view, line, box.last_column, on));
     std::size_t const first_row = layout.row_at(a.y), last_row = layout.row_at(b.y);
-    for (std::size_t row = first_row; row <= last_row; ++row)
+    std::size_t const last_shown = std::min(last_row, shown.last);
+    for (std::size_t row = std::max(first_row, shown.first); row <= last_shown; ++row)
       result.add(row_part(layout, row, row == first_row ? a.x : layout.left(),
                           row == last_row ? b.x : std::max(limits.right(), layout.left())));
   }
