@@ -38,7 +38,7 @@ json language(WynTextView const& text_view) {
 
 json bookmark_lines(text::view const& view) {
   json lines = json::array();
-  for (auto const& [line, column] : view.bookmark_filter->nodes) lines.push_back(line);
+  for (text::pos const mark : view.bookmark_filter->marks.list()) lines.push_back(mark.line);
   return lines;
 }
 

@@ -50,7 +50,8 @@ void load_bookmarks(plist::value const& list, text::view& view) {
 
 plist::value bookmarks_of(text::view const& view) {
   plist::array lines;
-  for (auto const& [line, column] : view.bookmark_filter->nodes) lines.push_back(decimal(line));
+  for (text::pos const mark : view.bookmark_filter->marks.list())
+    lines.push_back(decimal(mark.line));
   return lines.empty() ? plist::value() : plist::value(lines);
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <map>
-
+#include "text/line_marks.h"
 #include "text/view.h"
 
 namespace text {
@@ -15,7 +14,7 @@ class view::bookmark_filter : public filter {
 
   /// A bookmark that the line has already stays where it is.
   void set_bookmark(size_t line, size_t column, bool set);
-  bool has_bookmark(size_t line) const { return nodes.contains(line); }
+  bool has_bookmark(size_t line) const { return marks.contains(line); }
   /// The first one behind `line`, else the first of all, else column 0 of `line`.
   text::pos next_bookmark(size_t line) const;
   /// The last one before `line`, else the last of all, else column 0 of `line`.
@@ -27,13 +26,9 @@ class view::bookmark_filter : public filter {
   void will_replace(text::replacement const& what) override;
   void did_replace(text::replacement const& what) override;
 
-  /// Line to column, in units.
-  std::map<size_t, size_t> nodes;
+  line_marks marks;
 
  private:
-  template <typename Move>
-  void rebuild(Move move);
-
   bool replacing_ = false;
 };
 

@@ -40,7 +40,7 @@ void WynTextView::setupTextFrame() {
 // The gutter grows with the number of lines, three digits at least, so that it stays put while a
 // small file is typed. Without line numbers it is there for what it has to show.
 void WynTextView::updateGutterWidth() {
-  bool const marked = !view_->bookmark_filter->nodes.empty();
+  bool const marked = !view_->bookmark_filter->marks.empty();
   bool const bookmarks = showBookmarksInGutter() && (lineNumbers() || marked);
   double const flag = bookmarks ? bookmark_width * layout_.imageScale() : 0;
   double columns = softWrap() && showSoftWrapInGutter() ? 1.5 : 0;

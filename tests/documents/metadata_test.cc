@@ -20,7 +20,7 @@ constexpr char const* foldings_name = "com.quirnworks.foldings";
 
 lines bookmarks(text::view const& view) {
   lines result;
-  for (auto const& [line, column] : view.bookmark_filter->nodes) result.push_back(line);
+  for (text::pos const mark : view.bookmark_filter->marks.list()) result.push_back(mark.line);
   return result;
 }
 

@@ -29,8 +29,8 @@ struct document {
     for (size_t row = 0; row < view.lines(); ++row)
       result += " " + std::to_string(view.begin(row).base.line) + ":" +
                 std::to_string(view.begin(row).base.column);
-    for (auto const& [line, column] : view.bookmark_filter->nodes)
-      result += " b" + std::to_string(line) + ":" + std::to_string(column);
+    for (text::pos const mark : view.bookmark_filter->marks.list())
+      result += " b" + std::to_string(mark.line) + ":" + std::to_string(mark.column);
     for (auto const& kept : view.notify_observer.notifications)
       result += " n" + std::to_string(kept.first_line) + ":" + std::to_string(kept.first_column) +
                 "-" + std::to_string(kept.last_line) + ":" + std::to_string(kept.last_column);
@@ -94,7 +94,7 @@ TEST(replacement, equals_one_by_one) {
     auto const last = at_once.storage.begin_of_line(0) + static_cast<std::ptrdiff_t>(at);
     std::string const before = at_once.state();
     // Bookmarks and folds whose text has gone don't come back.
-    bool const are_reversible = at_once.view.bookmark_filter->nodes.empty() &&
+    bool const are_reversible = at_once.view.bookmark_filter->marks.empty() &&
                                 at_once.view.folding_filter->foldings.empty();
 
     at_once.storage.replace(replacement::make(first.pos(), at_once.storage.slice(first, last),
