@@ -12,6 +12,8 @@ namespace {
 constexpr unsigned type_shift = 14;
 constexpr size_t widest_indent = (1u << type_shift) - 2;
 constexpr size_t farthest_stop = 10000;  // lines
+// Of those that are inserted at once; with more the pairs are found anew.
+constexpr size_t most_lines_looked_at = 1000;
 
 }  // namespace
 
@@ -45,32 +47,59 @@ std::optional<view::folding_filter::marker_t> view::folding_filter::marker(size_
   return marker_t{static_cast<uint32_t>(line), type, known & ((1u << type_shift) - 1)};
 }
 
+/// After an edit: `line` has changed, the `lines_after` have gone, `added` ones are new.
 void view::folding_filter::forget_marks(size_t line, size_t lines_after, size_t added) {
   if (marks_.empty()) return;
-  auto const at = marks_.begin() + static_cast<std::ptrdiff_t>(line);
+  auto const offset = [](size_t n) { return static_cast<std::ptrdiff_t>(n); };
+  auto const at = marks_.begin() + offset(line);
+  auto const is_marker = [](mark known) {
+    return static_cast<line_type>(known >> type_shift) != line_type::none;
+  };
+  bool keeps_pairs = line + lines_after < paired_ && added <= most_lines_looked_at &&
+                     std::none_of(at + 1, at + 1 + offset(lines_after), is_marker);
+  bool const is_paired = line < paired_;
+  mark const former = *at;
   *at = unknown;
-  if (lines_after != 0) marks_.erase(at + 1, at + 1 + static_cast<std::ptrdiff_t>(lines_after));
-  if (added != 0) marks_.insert(at + 1, added, unknown);
+  if (lines_after != 0) marks_.erase(at + 1, at + 1 + offset(lines_after));
+  if (added != 0) marks_.insert(marks_.begin() + offset(line + 1), added, unknown);
+  if (!is_paired) return;
+  (void)marker(line);
+  keeps_pairs = keeps_pairs && marks_[line] == former;
+  for (size_t n = 1; keeps_pairs && n <= added; ++n) keeps_pairs = !marker(line + n);
+  if (!keeps_pairs) return forget_pairs();
+  auto const behind = has_start_.begin() + offset(line + 1);
+  if (lines_after != 0) has_start_.erase(behind, behind + offset(lines_after));
+  if (added != 0) has_start_.insert(has_start_.begin() + offset(line + 1), added, false);
+  paired_ += added - lines_after;
 }
 
-bool view::folding_filter::has_start(marker_t const& stop) const {
-  size_t open = 1;
-  for (size_t line = stop.line; line-- > 0;) {
-    auto const above = marker(line);
-    if (!above || above->indent != stop.indent || is_end_of_fold(line)) continue;
-    if (above->type == line_type::stop)
-      ++open;
-    else if (--open == 0)
-      return true;
+/// A stop has a start when more starts than stops of its indent stand before it, counted from any
+/// line.
+void view::folding_filter::pair_marks(size_t line) const {
+  if (paired_ == 0) {
+    has_start_.clear();
+    open_starts_.clear();
   }
-  return false;
+  for (; paired_ <= line; ++paired_) {
+    auto const found = marker(paired_);
+    bool const counts = found && !is_end_of_fold(paired_);
+    bool is_started = false;
+    if (counts) {
+      size_t& open = open_starts_[found->indent];
+      is_started = found->type == line_type::stop && open != 0;
+      open = found->type == line_type::start ? open + 1 : open - is_started;
+    }
+    has_start_.push_back(is_started);
+  }
 }
 
 view::folding_filter::line_type view::folding_filter::folding_type(size_t line) {
   if (is_folded(line)) return line_type::folded;
   auto const found = marker(line);
   if (!found || is_end_of_fold(line)) return line_type::none;
-  if (found->type == line_type::stop && !has_start(*found)) return line_type::none;
+  if (found->type == line_type::start) return found->type;
+  pair_marks(line);
+  if (!has_start_[line]) return line_type::none;
   return found->type;
 }
 

@@ -21,7 +21,7 @@ void view::folding_filter::set_patterns(pattern start, pattern stop) {
 void view::folding_filter::reset() {
   forget_markers();
   foldings.clear();
-  surveyed_ = false;
+  forget_survey();
 }
 
 /// The folds in the order of their lines, without those inside others: what the coordinates need,
@@ -118,15 +118,16 @@ bool view::folding_filter::is_visible(text::pos const& at) const {
 }
 
 void view::folding_filter::make_visible(text::pos const& at) {
+  if (is_visible(at)) return;
   std::vector<folding_t> hiding;
   for (folding_t const& fold : foldings) {
     if (fold.first >= at.line) break;
     if (at.line <= fold.last) hiding.push_back(fold);
   }
-  for (auto fold = hiding.rbegin(); fold != hiding.rend(); ++fold) {
+  for (auto fold = hiding.rbegin(); fold != hiding.rend(); ++fold)
     view_.mark_history->will_open(*fold);
-    unfold_if_possible(fold->first, false);
-  }
+  unfold(hiding);
+  put_caret_at_end_of(hiding.front().first);
 }
 
 void view::folding_filter::put_caret_at_end_of(size_t line) {
@@ -152,16 +153,22 @@ bool view::folding_filter::fold(folding_t const& fold) {
   bool const shown = is_visible(from) && is_visible(to);
   if (shown) filter::will_erase(from, to);
   foldings.insert(fold);
-  surveyed_ = false;
+  forget_survey();
   // The length is not that of what is hidden: nothing has gone from the text.
   if (shown) filter::did_erase(text::iterator(from, view_.storage), 1);
   return true;
 }
 
-void view::folding_filter::unfold(folding_t const& fold) {
-  foldings.erase(fold);
-  surveyed_ = false;
-  if (is_visible({fold.first, 0})) filter::did_insert(end_of(fold.first), end_of(fold.last));
+// From the inner ones outward: those are told of as one. What a fold shows doesn't depend on those
+// in it, so which ones are told of is known beforehand.
+void view::folding_filter::unfold(std::vector<folding_t> const& folds) {
+  std::vector<bool> is_told;
+  for (folding_t const& fold : folds) is_told.push_back(is_visible({fold.first, 0}));
+  for (size_t i = folds.size(); i-- > 0;) {
+    foldings.erase(folds[i]);
+    forget_survey();
+    if (is_told[i]) filter::did_insert(end_of(folds[i].first), end_of(folds[i].last));
+  }
 }
 
 void view::folding_filter::fold_again(folding_t const& again) {
@@ -187,7 +194,7 @@ bool view::folding_filter::unfold_if_possible(size_t line, bool nested) {
   if (found == foldings.end() || found->first != line) return false;
   folding_t const outer = *found;
   if (nested) foldings.erase(std::next(found), foldings.lower_bound({outer.last, 0}));
-  unfold(outer);
+  unfold({outer});
   put_caret_at_end_of(line);
   return true;
 }
@@ -204,7 +211,7 @@ bool view::folding_filter::add_folds(std::vector<block> const& blocks, size_t le
     if ((level == 0 || found.level == level) && !crosses_a_fold(found.lines))
       fitting.push_back(found.lines);
   foldings.insert(fitting.begin(), fitting.end());
-  surveyed_ = fitting.empty() && surveyed_;
+  if (!fitting.empty()) forget_survey();
   return !fitting.empty();
 }
 
@@ -231,7 +238,7 @@ void view::folding_filter::restore(std::vector<folding_t> const& kept) {
     if (fold.first >= fold.last || fold.last >= view_.storage->lines()) continue;
     if (crosses_a_fold(fold)) continue;
     foldings.insert(fold);
-    surveyed_ = false;
+    forget_survey();
   }
   lay_out_again();
 }
@@ -244,7 +251,7 @@ void view::folding_filter::restore_all(folding_set folds) {
 
 /// After many folds at once, of which nobody above has been told.
 void view::folding_filter::lay_out_again() {
-  surveyed_ = false;
+  forget_survey();
   if (view_.soft_wrap) view_.soft_wrap_filter->reset();
   view_.forget_max_columns();
   view_.refresh_lines(0, std::numeric_limits<uint32_t>::max());
@@ -260,8 +267,7 @@ void view::folding_filter::unfold_where(Crossed crossed) {
   std::vector<folding_t> found;
   std::copy_if(foldings.begin(), foldings.end(), std::back_inserter(found), crossed);
   for (folding_t const& fold : found) touched.push_back({fold, {}});
-  // From the inner ones outward: those are told of as one.
-  for (auto fold = found.rbegin(); fold != found.rend(); ++fold) unfold(*fold);
+  unfold(found);
 }
 
 /// What line `from` and those behind it say of folds is said of lines further down, or further up
@@ -299,7 +305,7 @@ void view::folding_filter::did_insert(text::pos const& first, text::pos const& l
       }
   move_folds(first.line, added);
   filter::did_insert(first, last);
-  for (auto fold = split.rbegin(); fold != split.rend(); ++fold) unfold(*fold);
+  unfold(split);
 }
 
 void view::folding_filter::will_erase(text::pos const& first, text::pos const& last) {
@@ -330,7 +336,7 @@ void view::folding_filter::did_erase(text::iterator const& pos, int length) {
     // Those that begin there also end there: others have been unfolded.
     auto const begin = foldings.lower_bound({first, 0});
     auto const end = foldings.lower_bound({last, 0});
-    if (begin != end) surveyed_ = false;
+    if (begin != end) forget_survey();
     for (auto fold = begin; fold != end; ++fold) touched.push_back({*fold, {}});
     foldings.erase(begin, end);
     move_folds(last, first - last);
@@ -338,32 +344,53 @@ void view::folding_filter::did_erase(text::iterator const& pos, int length) {
   filter::did_erase(pos, length);
 }
 
-// By the rules of the functions above, for each edit that changes the number of lines.
+// By the rules of the functions above, for each edit that changes the number of lines. What happens
+// to a fold depends on its first and its last line alone, so those are moved one by one, from the
+// last edit to the first.
 void view::folding_filter::will_replace(text::replacement const& what) {
-  kept_.clear();
+  struct fold_end {
+    uint32_t line;
+    size_t fold;
+    bool is_last;
+  };
   std::vector<folding_t> folds(foldings.begin(), foldings.end());
-  auto const edits = folds.empty() ? std::vector<replacement::edit>() : what.edits();
+  std::vector<fold_end> ends;
+  for (size_t i = 0; i < folds.size(); ++i) {
+    ends.push_back({folds[i].first, i, false});
+    ends.push_back({folds[i].last, i, true});
+  }
+  std::sort(ends.begin(), ends.end(),
+            [](fold_end const& a, fold_end const& b) { return a.line < b.line; });
+  std::vector<bool> is_lost(folds.size());
+  uint32_t moved = 0;  // by the edits so far; `moved_ends` lack it
+  std::vector<fold_end> moved_ends;
+  // The last ones of those stand on the line where the last edit begins, which the next may end on.
+  size_t meeting = 0;
+  uint32_t meeting_line = 0;
+  auto const edits = ends.empty() ? std::vector<replacement::edit>() : what.edits();
   for (auto edit = edits.rbegin(); edit != edits.rend(); ++edit) {
     uint32_t const first = edit->first.line, last = edit->last.line;
     uint32_t const erased = last - first, added = edit->new_last.line - first;
     if (erased == 0 && added == 0) continue;
-    std::erase_if(folds, [&](folding_t& fold) {
-      if (erased != 0) {
-        bool const apart = last <= fold.first || fold.last < first;
-        bool const inside = fold.first < first && last <= fold.last;
-        if (!apart && !inside) return true;
-        if (fold.first >= last) fold.first -= erased;
-        if (fold.last >= last) fold.last -= erased;
-      }
-      if (added == 0) return false;
-      bool const touched = fold.first == first || fold.last == first;
-      if (fold.first >= first) fold.first += added;
-      if (fold.last >= first) fold.last += added;
-      return touched && edit->first.column != 0;
-    });
+    if (meeting_line != last) meeting = 0;
+    for (; !ends.empty() && ends.back().line >= last; ends.pop_back()) {
+      fold_end const& end = ends.back();
+      meeting = end.line == last ? meeting + 1 : 0;
+      moved_ends.push_back({end.line - moved, end.fold, end.is_last});
+    }
+    for (; !ends.empty() && ends.back().line >= first; ends.pop_back())
+      is_lost[ends.back().fold] = true;
+    if (added != 0 && edit->first.column != 0)
+      for (size_t i = 1; i <= meeting; ++i) is_lost[moved_ends[moved_ends.size() - i].fold] = true;
+    if (added != 0) meeting = 0;
+    moved += added - erased;
+    meeting_line = first;
   }
-  for (folding_t const& fold : folds)
-    if (fold.first < fold.last) kept_.insert(fold);
+  for (fold_end const& end : moved_ends)
+    (end.is_last ? folds[end.fold].last : folds[end.fold].first) = end.line + moved;
+  kept_.clear();
+  for (size_t i = 0; i < folds.size(); ++i)
+    if (!is_lost[i] && folds[i].first < folds[i].last) kept_.insert(folds[i]);
   filter::will_replace(what);
 }
 

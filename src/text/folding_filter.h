@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <boost/container/flat_set.hpp>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -51,7 +52,10 @@ class view::folding_filter : public switchable_filter {
   void reset() override;
   void disable() override { reset(); }
   /// Forgets what lines say and how far they are indented, but no fold.
-  void forget_markers() { marks_.clear(); }
+  void forget_markers() {
+    marks_.clear();
+    forget_pairs();
+  }
 
   /// What the patterns say of a line: a start, a stop, or neither.
   line_type parse_line(size_t line) const;
@@ -160,14 +164,20 @@ class view::folding_filter : public switchable_filter {
   std::optional<marker_t> marker(size_t line) const;
   std::vector<border>::const_iterator border_at_or_behind(size_t line) const;
   bool is_end_of_fold(size_t line) const;
-  bool has_start(marker_t const& stop) const;
+  /// Finds the stops up to `line` that have a start.
+  void pair_marks(size_t line) const;
+  void forget_pairs() const { paired_ = 0; }
+  void forget_survey() {
+    surveyed_ = false;
+    forget_pairs();  // the lines at the ends of folds pair with none
+  }
   bool may_have_stop(marker_t const& start) const;
   std::optional<folding_t> block_around(size_t line) const;
   std::vector<block> blocks(size_t first, size_t last) const;
   bool crosses_a_fold(folding_t const& fold) const;
   bool fold(folding_t const& fold);
   bool add_folds(std::vector<block> const& blocks, size_t level);
-  void unfold(folding_t const& fold);
+  void unfold(std::vector<folding_t> const& folds);
   template <typename Crossed>
   void unfold_where(Crossed crossed);
   void move_folds(uint32_t from, uint32_t by);
@@ -183,6 +193,13 @@ class view::folding_filter : public switchable_filter {
 
   text::view& view_;
   mutable std::vector<mark> marks_;  ///< by line; empty when nothing is known
+  /// @name Of the lines before `paired_`
+  /// Typing mostly leaves what a line says of folding as it was, and then these stand.
+  /// @{
+  mutable size_t paired_ = 0;
+  mutable std::vector<bool> has_start_;           ///< of stops
+  mutable std::map<size_t, size_t> open_starts_;  ///< at the end of these lines, by indent
+  /// @}
   mutable std::vector<outer_fold> outer_;
   mutable std::vector<border> borders_;  ///< of all folds, by line, at most one a line
   mutable bool surveyed_ = true;         ///< whether these two are those of `foldings`
