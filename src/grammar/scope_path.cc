@@ -18,15 +18,23 @@ path_walker::step path_walker::descend(unsigned index) {
 
 namespace {
 
-// What a step adds to the scopes; `from` is the rule on which it was made.
-void add_scope(std::vector<std::string>& scopes, path_walker::step step, rule const& from,
-               rule const& to, unsigned index) {
-  using enum path_walker::step;
-  std::string const none;
-  std::string const& name = step == content_name ? *from.content_name
-                            : step == capture    ? capture_at_index(from, index).name
-                            : step == rule       ? to.scope()
-                                                 : none;
+// What a step adds to the scopes, "" for nothing; `from` is the rule on which it was made.
+std::string const& added_scope(path_walker::step step, rule const& from, rule const& to,
+                               unsigned index) {
+  static std::string const none;
+  switch (step) {
+    case path_walker::step::content_name:
+      return *from.content_name;
+    case path_walker::step::capture:
+      return capture_at_index(from, index).name;
+    case path_walker::step::rule:
+      return to.scope();
+    default:
+      return none;
+  }
+}
+
+void add_name(std::vector<std::string>& scopes, std::string const& name) {
   if (!name.empty()) scopes.push_back(name);
 }
 
@@ -36,12 +44,12 @@ std::vector<std::string> expand_bit_stack(bit_stack::storage const& stack,
                                           catalogue const& all_rules, unsigned start_rule) {
   path_walker walker(all_rules, start_rule);
   std::vector<std::string> scopes;
-  if (!walker.root->scope().empty()) scopes.push_back(walker.root->scope());
+  add_name(scopes, walker.root->scope());
   for (bit_stack::reader reader(stack); !reader.empty();) {
     rule const& from = *walker.rule;
     unsigned const index = reader.pop(modulo_for_rule(from));
     auto const step = walker.descend(index);
-    add_scope(scopes, step, from, *walker.rule, index);
+    add_name(scopes, added_scope(step, from, *walker.rule, index));
   }
   return scopes;
 }
@@ -101,11 +109,19 @@ bit_stack::storage path_tree::path(id of) const {
 std::vector<std::string> path_tree::scopes(id of) const {
   std::lock_guard lock(mutex_);
   std::vector<std::string> scopes;
-  if (!start_.root->scope().empty()) scopes.push_back(start_.root->scope());
-  for (id const step : ancestors(of))
-    add_scope(scopes, nodes_[step].step, *nodes_[nodes_[step].parent].owner, *nodes_[step].owner,
-              nodes_[step].index);
+  add_name(scopes, start_.root->scope());
+  for (id const step : ancestors(of)) add_name(scopes, scope_of_step(step));
   return scopes;
+}
+
+std::string const& path_tree::scope_of_step(id of) const {
+  node const& made = nodes_[of];
+  return added_scope(made.step, *nodes_[made.parent].owner, *made.owner, made.index);
+}
+
+std::string const& path_tree::last_scope(id of) const {
+  std::lock_guard lock(mutex_);
+  return of == 0 ? start_.root->scope() : scope_of_step(of);
 }
 
 }  // namespace grammar

@@ -60,9 +60,13 @@ class path_tree {
   node at(id path) const;
   bit_stack::storage path(id of) const;
   std::vector<std::string> scopes(id of) const;
+  /// The name of the scope that the path has beside those of its parent; "" for none. The
+  /// grammar's, and good as long as that.
+  std::string const& last_scope(id of) const;
 
  private:
   std::vector<id> ancestors(id of) const;
+  std::string const& scope_of_step(id of) const;
 
   path_walker start_;
   mutable std::mutex mutex_;

@@ -5,16 +5,12 @@
 #include <set>
 #include <unordered_map>
 
+#include "grammar/selector_score.h"
 #include "plist/UnicharInputBuffer.h"
 #include "scope_lexer.hpp"
 #include "scope_parser.hpp"
 
 namespace scope {
-namespace {
-
-constexpr double no_match = -1.0;
-
-}  // namespace
 
 std::shared_ptr<selector_node const> parse_selector(std::string_view selector,
                                                     std::string* reason) {
@@ -78,38 +74,47 @@ bool compare_selector::match_part(std::string_view selector_part, std::string_vi
          scope.substr(0, selector_part.size()) == selector_part;
 }
 
-// Every scope that is passed, matched or not, makes what stands further out count for less.
+// Every scope that is passed, matched or not, makes what stands further out count for less. Summed
+// from the outermost match inward, as `selector_set` does, so that both give the same number.
 double compare_selector::tail_match(std::vector<std::string> const& parts, scope_iterator it,
                                     scope_iterator end) {
-  double score = 0.0, factor = 1.0;
-  for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
-    for (; it != end && !match_part(*part, *it); ++it)
-      factor /= static_cast<double>(it->size()) + 3.0;
-    if (it == end) return no_match;
-    double const length = static_cast<double>(it->size());
-    score += factor * (static_cast<double>(part->size()) + 1.0) / (length + 2.0);
-    factor /= length + 3.0;
-    ++it;
+  std::vector<scope_iterator> matches;  // from the innermost one
+  for (auto at = it; matches.size() < parts.size(); ++at) {
+    if (at == end) return no_match;
+    if (match_part(parts[parts.size() - 1 - matches.size()], *at)) matches.push_back(at);
+  }
+  if (matches.empty()) return 0.0;
+  double score = 0.0;
+  auto const first = matches.back();
+  auto part = parts.begin();
+  for (auto at = first + 1; at-- != it;) {
+    if (!matches.empty() && matches.back() == at) {
+      score = score_of_part(part++->size(), at->size()) + score / decay(at->size());
+      matches.pop_back();
+    } else {
+      score /= decay(at->size());
+    }
   }
   return score;
 }
 
+std::shared_ptr<selector_node const> known_selector(std::string const& selector,
+                                                    std::function<std::string()> const& place) {
+  static std::unordered_map<std::string, std::shared_ptr<selector_node const>> cache;
+  if (auto const it = cache.find(selector); it != cache.end()) return it->second;
+  auto parsed = parse_selector(selector, nullptr);
+  if (parsed) return cache.emplace(selector, std::move(parsed)).first->second;
+  static std::set<std::string> told;
+  std::string const message = selector + (place ? "\n" + place() : "");
+  if (told.insert(message).second)
+    std::fprintf(stderr, "Quirnote: invalid scope selector %s\n", message.c_str());
+  return nullptr;
+}
+
 double new_score_for_selector(std::string const& selector, std::vector<std::string> const& scopes,
                               std::function<std::string()> const& place) {
-  static std::unordered_map<std::string, std::shared_ptr<selector_node const>> cache;
-  auto it = cache.find(selector);
-  if (it == cache.end()) {
-    auto parsed = parse_selector(selector, nullptr);
-    if (!parsed) {
-      static std::set<std::string> told;
-      std::string const message = selector + (place ? "\n" + place() : "");
-      if (told.insert(message).second)
-        std::fprintf(stderr, "Quirnote: invalid scope selector %s\n", message.c_str());
-      return no_match;
-    }
-    it = cache.emplace(selector, std::move(parsed)).first;
-  }
-  return compare_selector(scopes).handle_node(*it->second);
+  auto const parsed = known_selector(selector, place);
+  return parsed ? compare_selector(scopes).handle_node(*parsed) : no_match;
 }
 
 }  // namespace scope

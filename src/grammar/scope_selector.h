@@ -51,9 +51,14 @@ class compare_selector {
   std::vector<std::string> const& scopes_;
 };
 
+/// The parsed selector, which is kept for good. One that can't be parsed gives null and is reported
+/// on standard error, once for each of the places where one stands; `place` is asked for that
+/// alone. Main thread only.
+std::shared_ptr<selector_node const> known_selector(std::string const& selector,
+                                                    std::function<std::string()> const& place = {});
+
 /// The score of a selector against scope names, outermost first. A selector that can't be parsed
-/// applies nowhere, and is reported on standard error, once for each of the places where one
-/// stands; `place` is asked for that alone. Main thread only: parsed selectors are kept for good.
+/// applies nowhere, and is reported as above. Main thread only.
 double new_score_for_selector(std::string const& selector, std::vector<std::string> const& scopes,
                               std::function<std::string()> const& place = {});
 
