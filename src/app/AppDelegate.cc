@@ -23,7 +23,8 @@
 
 namespace {
 
-constexpr double defaults_period = 1;          // seconds between looks at the defaults file
+constexpr double defaults_period = 1;  // seconds between looks at the defaults file
+constexpr std::size_t most_symbols_in_menu = 1000;
 constexpr std::int64_t large_file = 0xA00000;  // bytes; one more and the user is asked
 
 void add_recent_items(recent_files const& recent, std::vector<platform::menu_item>& items) {
@@ -77,10 +78,30 @@ std::vector<platform::menu_item> theme_items() {
   return items;
 }
 
+// A menu of a hundred thousand items takes the desktop half a minute, and nobody reads it: those
+// around the caret are shown, with how many others there are.
 std::vector<platform::menu_item> symbol_items(WynTextView const& view) {
+  std::vector<symbol> const& symbols = view.functionPopUp();
+  std::size_t first = 0, last = symbols.size();
+  if (symbols.size() > most_symbols_in_menu) {
+    std::size_t const line = view.view()->selection.current_mark.base.line + std::size_t{1};
+    auto const at = std::partition_point(symbols.begin(), symbols.end(),
+                                         [&](symbol const& each) { return each.line <= line; });
+    auto const above = static_cast<std::size_t>(at - symbols.begin());
+    first = std::min(above - std::min(above, most_symbols_in_menu / 2),
+                     symbols.size() - most_symbols_in_menu);
+    last = first + most_symbols_in_menu;
+  }
   std::vector<platform::menu_item> items;
-  for (plist::value const& symbol : view.functionPopUp())
-    items.push_back(item_for(symbol["name"].string_or(""), "goToLineNumber:", symbol["line"]));
+  auto const add_others = [&](std::size_t count, char const* where) {
+    if (count == 0) return;
+    items.push_back(item_for(std::to_string(count) + " More " + where, "", {}));
+    items.back().enabled = false;
+  };
+  add_others(first, "Above");
+  for (std::size_t i = first; i < last; ++i)
+    items.push_back(item_for(symbols[i].name, "goToLineNumber:", symbols[i].line));
+  add_others(symbols.size() - last, "Below");
   return items;
 }
 

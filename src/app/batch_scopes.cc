@@ -78,8 +78,7 @@ std::string batch_symbols(WynTextView& text_view) {
   wait_for_scopes(text_view);
   text_view.buildFunctionPopUp();
   std::string out;
-  for (plist::value const& symbol : text_view.functionPopUp())
-    out += std::to_string(symbol["line"].integer_or(1) - 1) + "\t" + symbol["name"].string_or("") +
-           "\n";
+  for (symbol const& each : text_view.functionPopUp())
+    out += std::to_string(each.line - 1) + "\t" + each.name + "\n";
   return out;
 }

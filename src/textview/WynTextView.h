@@ -12,6 +12,7 @@
 #include "textview/brief_flash.h"
 #include "textview/document_options.h"
 #include "textview/scope_style.h"
+#include "textview/symbol.h"
 #include "textview/typing_pairs.h"
 #include "textview/view_switches.h"
 
@@ -20,6 +21,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 class WynDocument;
 class WynISearchWindow;
@@ -182,15 +184,21 @@ class WynTextView : public platform::responder,
   /// How text with a path of the tokenizer is drawn; 0 is the empty path, also without a tokenizer.
   /// Good until something else is drawn.
   drawn_style const& styleOfPath(grammar::path_tree::id id) const;
+  /// The merged settings for a path of the tokenizer, which must be there.
+  plist::value stylesOfPath(grammar::path_tree::id id) const;
+  /// Whether text with a path of the tokenizer, which must be there, is in the list of symbols.
+  bool isSymbol(grammar::path_tree::id id) const;
+  /// Whether that has been asked before, and costs no more than a look-up.
+  bool knowsSymbol(grammar::path_tree::id id) const;
 
   /// Tells the user about scopes and style at the caret.
   void showScope();
 
   // Symbols (WynTextView_Symbols.cc)
   static constexpr char const* function_pop_up_did_change = "WynFunctionPopUpDidChange";
-  /// Dictionaries of `name` and `line`, counted from 1, in the order of the text. Made anew when an
-  /// action has changed a text that isn't large, and half a second after what changes its tokens.
-  plist::array const& functionPopUp() const;
+  /// In the order of the text. Made anew when an action has changed a text that isn't large, and
+  /// half a second after what changes its tokens.
+  std::vector<symbol> const& functionPopUp() const;
   /// Makes it now, of the tokens known so far. There must be a document.
   void buildFunctionPopUp();
   /// The name of the last one that begins above the caret or on its line; there must be a document.

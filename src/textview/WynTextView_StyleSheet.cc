@@ -288,15 +288,26 @@ style_candidates WynTextView::styleCandidates(std::vector<std::string> const& sc
 
 drawn_style const& WynTextView::styleOfPath(grammar::path_tree::id id) const {
   if (drawn_style const* const known = styles_->find_drawn(id)) return *known;
-  bool const has_paths = tokenizer_ != nullptr && tokenizer_->paths() != nullptr;
-  plist::value const style =
-      stylesForContext(has_paths ? tokenizer_->paths()->path(id) : bit_stack::storage());
+  plist::value style;
+  if (view_ != nullptr)
+    style = styles_->merged(tokenizer_ == nullptr ? nullptr : tokenizer_->paths(), id);
   platform::color foreground;
   if (host_ != nullptr)
     foreground = styled_palette(host_->palette(), stylesForContext({})).foreground;
   return styles_->add_drawn(
-      id, {style_from_dictionary(style, foreground), NSColorForKey(style, "background"),
-           style["showInSymbolList"].integer_or(0) != 0});
+      id, {style_from_dictionary(style, foreground), NSColorForKey(style, "background")});
+}
+
+plist::value WynTextView::stylesOfPath(grammar::path_tree::id id) const {
+  return styles_->merged(tokenizer_->paths(), id);
+}
+
+bool WynTextView::isSymbol(grammar::path_tree::id id) const {
+  return styles_->is_symbol(*tokenizer_->paths(), id);
+}
+
+bool WynTextView::knowsSymbol(grammar::path_tree::id id) const {
+  return styles_->knows_symbol(id);
 }
 
 void WynTextView::setCurrentStyleSheet(plist::value rules) {
@@ -307,7 +318,7 @@ void WynTextView::setCurrentStyleSheet(plist::value rules) {
 
 // Symbols
 
-plist::array const& WynTextView::functionPopUp() const {
+std::vector<symbol> const& WynTextView::functionPopUp() const {
   return symbols_->items();
 }
 

@@ -1,6 +1,8 @@
 #include "textview/scope_style.h"
 
+#include <algorithm>
 #include <set>
+#include <utility>
 
 #include "bundles/BundleManager.h"
 #include "grammar/scope_selector.h"
@@ -60,10 +62,41 @@ void blend(style_candidates const& candidates, std::string const& key, plist::di
 
 }  // namespace
 
+std::vector<std::shared_ptr<BundleItem>> preferences_by_layer() {
+  BundleManager& manager = BundleManager::sharedInstance();
+  std::vector<std::string> const folders = manager.folders().bundlePaths();
+  // What isn't on disk yet is the user's.
+  auto const height = [&](BundleItem const& item) {
+    std::string const path = item.sourcePath();
+    auto const holds_it = [&](std::string const& folder) { return is_below(path, folder); };
+    auto const folder = std::find_if(folders.begin(), folders.end(), holds_it);
+    return path.empty() ? folders.size() : static_cast<std::size_t>(folders.end() - folder);
+  };
+  std::vector<std::pair<std::size_t, std::shared_ptr<BundleItem>>> sorted;
+  for (auto const& item : manager.bundleItemsOfKind("preference"))
+    sorted.emplace_back(height(*item), item);
+  std::stable_sort(sorted.begin(), sorted.end(),
+                   [](auto const& a, auto const& b) { return a.first < b.first; });
+  std::vector<std::shared_ptr<BundleItem>> result;
+  for (auto& [layer, item] : sorted) result.push_back(std::move(item));
+  return result;
+}
+
+std::string place_of_selector(BundleItem const& preference) {
+  return preference.sourcePath() + ": scope";
+}
+
+std::string place_of_selector(plist::value const& theme_rules, plist::value const& rule) {
+  auto const* const theme = WynThemeManager::sharedInstance().selectedTheme();
+  auto const n = &rule - theme_rules.elements().data();
+  return (theme == nullptr ? "theme" : theme->filepath) + ": settings." + std::to_string(n) +
+         ".scope";
+}
+
 void GetDefaultSettings(std::vector<std::string> const& scopes, style_candidates& result) {
-  for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("preference")) {
-    double const score = scope::new_score_for_selector(
-        item->scopeSelector(), scopes, [&] { return item->sourcePath() + ": scope"; });
+  for (auto const& item : preferences_by_layer()) {
+    double const score = scope::new_score_for_selector(item->scopeSelector(), scopes,
+                                                       [&] { return place_of_selector(*item); });
     if (score >= 0) result.emplace(score, style_rule{item->content(), item});
   }
 }
@@ -71,12 +104,8 @@ void GetDefaultSettings(std::vector<std::string> const& scopes, style_candidates
 void add_theme_rules(plist::value const& rules, std::vector<std::string> const& scopes,
                      style_candidates& result) {
   for (plist::value const& rule : rules.elements()) {
-    double const score = scope::new_score_for_selector(rule["scope"].string_or(""), scopes, [&] {
-      auto const* const theme = WynThemeManager::sharedInstance().selectedTheme();
-      auto const n = &rule - rules.elements().data();
-      return (theme == nullptr ? "theme" : theme->filepath) + ": settings." + std::to_string(n) +
-             ".scope";
-    });
+    double const score = scope::new_score_for_selector(
+        rule["scope"].string_or(""), scopes, [&] { return place_of_selector(rules, rule); });
     if (score >= 0) result.emplace(score, style_rule{rule, nullptr});
   }
 }

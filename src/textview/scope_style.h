@@ -29,6 +29,13 @@ struct style_rule {
 /// By score; of equal scores the later one wins.
 using style_candidates = std::multimap<double, style_rule>;
 
+/// The preferences of all bundles, those of a lower layer first: of equal scores the user's own win
+/// over installed ones and these over shipped ones.
+std::vector<std::shared_ptr<BundleItem>> preferences_by_layer();
+/// Where a selector stands, for messages.
+std::string place_of_selector(BundleItem const& preference);
+std::string place_of_selector(plist::value const& theme_rules, plist::value const& rule);
+
 /// Adds the preferences that apply.
 void GetDefaultSettings(std::vector<std::string> const& scopes, style_candidates& result);
 /// Adds the rules of a theme, an array, that apply.
@@ -44,11 +51,10 @@ plist::value merged_style(style_candidates const& candidates);
 /// preference, or else of the theme in use.
 std::string origin_of_setting(std::string const& key, plist::value const& value);
 
-/// What drawing and the list of symbols look up for each run of text.
+/// What drawing looks up for each run of text.
 struct drawn_style {
   platform::text_style text;
   std::optional<platform::color> background;
-  bool is_symbol = false;  ///< showInSymbolList
   friend bool operator==(drawn_style const&, drawn_style const&) = default;
 };
 

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/run_loop.h"
-#include "plist/value.h"
+#include "textview/symbol_walk.h"
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 class WynTextView;
 
@@ -16,12 +18,13 @@ class symbol_list {
  public:
   explicit symbol_list(WynTextView& text_view);
 
-  /// Dictionaries of `name` and `line`, counted from 1, in the order of the text.
-  plist::array const& items() const { return items_; }
+  /// In the order of the text.
+  std::vector<symbol> const& items() const { return items_; }
   /// Makes it of the tokens known so far.
   void build();
-  /// Follows the caret. When the text has changed the list is made anew, if that is quick; with
-  /// `changed`, and for large texts, half a second after the last such call.
+  /// Follows the caret. When the text has changed the list is made anew, if that takes no longer
+  /// than a key press may; with `changed`, and for large texts, half a second after the last such
+  /// call, a slice at a time.
   void update(bool changed);
   /// Another document is there.
   void restart();
@@ -34,12 +37,17 @@ class symbol_list {
   std::string const& current() const { return current_; }
 
  private:
-  void build_delayed();
+  void build_after(double seconds);
+  bool walk(std::size_t steps);
+  void walk_slice();
+  void take(symbol_walk& finished);
   void set_current(std::string const& name);
 
   WynTextView& text_view_;
-  plist::array items_;
+  std::vector<symbol> items_;
   std::uint32_t memento_ = 0;  ///< of the text of which the list was made
+  std::optional<symbol_walk> walk_;
+  bool is_quick_ = true;  ///< whether the last walk was done at once
   std::string current_;
-  std::unique_ptr<platform::timer> timer_;
+  std::unique_ptr<platform::timer> timer_;  ///< before a walk, and between its slices
 };

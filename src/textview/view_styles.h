@@ -4,11 +4,14 @@
 #include "platform/graphics.h"
 #include "plist/value.h"
 #include "textview/scope_style.h"
+#include "textview/style_rules.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 class typing_settings;
@@ -29,6 +32,15 @@ class view_styles {
   plist::value const* find(bit_stack::storage const& path) const;
   plist::value const& add(bit_stack::storage const& path, std::vector<std::string> const& scopes);
 
+  /// The merged settings for a path of the tokenizer, whose tree it is, or null for none. Costs
+  /// what the path has beside its parent, if that was asked for.
+  plist::value const& merged(grammar::path_tree const* tree, grammar::path_tree::id path);
+  /// Whether text there is in the list of symbols.
+  bool is_symbol(grammar::path_tree const& tree, grammar::path_tree::id path);
+  bool knows_symbol(grammar::path_tree::id path) const {
+    return path < symbols_.size() && symbols_[path] != symbol::unknown;
+  }
+
   /// How text with a path of the tokenizer is drawn; null when it hasn't been added.
   drawn_style const* find_drawn(grammar::path_tree::id path) const;
   drawn_style const& add_drawn(grammar::path_tree::id path, drawn_style style);
@@ -41,10 +53,16 @@ class view_styles {
   void drop();
 
  private:
-  plist::value shared_style(std::vector<std::string> const& scopes);
+  style_rules& rules();
+  style_rules::state const& state_at(grammar::path_tree const& tree, grammar::path_tree::id path);
 
   std::optional<plist::value> theme_rules_;
+  std::shared_ptr<style_rules> rules_;
   std::map<bit_stack::storage, plist::value> merged_;
+  std::unordered_map<grammar::path_tree::id, style_rules::state> states_;
+  std::unordered_map<grammar::path_tree::id, plist::value> merged_by_id_;
+  enum class symbol : std::uint8_t { unknown, no, yes };
+  std::vector<symbol> symbols_;                    ///< by the tokenizer's paths
   std::vector<std::optional<drawn_style>> drawn_;  ///< by the tokenizer's paths
   std::shared_ptr<typing_settings> typing_;
 };

@@ -69,8 +69,7 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
   wait(view);
   desktop_.loop().run_for(1);
   ASSERT_EQ(view.functionPopUp().size(), 2u);
-  EXPECT_EQ(view.functionPopUp()[1],
-            plist::value(plist::dictionary{{"name", "second"}, {"line", 5}}));
+  EXPECT_EQ(view.functionPopUp()[1], (symbol{"second", 5}));
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "No Symbol");
   view.goToLineAndColumn(6, 1);
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
@@ -87,7 +86,7 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
   // that there are tell where the caret is.
   view.goToLineAndColumn(1, 1);
   view.insert_text(u"\n");
-  EXPECT_EQ(view.functionPopUp()[1]["line"].integer_or(0), 6);
+  EXPECT_EQ(view.functionPopUp()[1].line, 6u);
   view.goToLineAndColumn(1, 1);
   {
     std::lock_guard const no_scopes_yet(view.view()->storage->mutex);
