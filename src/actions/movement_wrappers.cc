@@ -43,14 +43,7 @@ bool is_one_line(text::selection const& selection) {
 /// Whether anything was hidden between the two.
 bool unfold_between(text::view* view, text::iterator const& a, text::iterator const& b) {
   auto const [first, last] = std::minmax(a, b);
-  bool found = false;
-  for (size_t line = first.line; line < last.line; ++line) {
-    text::iterator const begin(line, 0, first.storage);
-    if (view->is_visible(begin)) continue;
-    view->make_visible(begin);
-    found = true;
-  }
-  return found;
+  return view->make_lines_visible(first.line, last.line);
 }
 
 bool step_or_collapse(text::view* view, movement_function f, text::view_iterator collapsed) {

@@ -1,6 +1,7 @@
 #include "text/folding_filter.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "text/mark_history.h"
@@ -8,6 +9,13 @@
 #include "text/soft_wrap_filter.h"
 
 namespace text {
+
+namespace {
+
+// Of folds that are opened at once: laying all lines out costs less than telling of more.
+constexpr size_t most_told = 8;
+
+}  // namespace
 
 void view::folding_filter::set_patterns(pattern start, pattern stop) {
   bool const same =
@@ -159,16 +167,40 @@ bool view::folding_filter::fold(folding_t const& fold) {
   return true;
 }
 
-// From the inner ones outward: those are told of as one. What a fold shows doesn't depend on those
-// in it, so which ones are told of is known beforehand.
-void view::folding_filter::unfold(std::vector<folding_t> const& folds) {
-  std::vector<bool> is_told;
-  for (folding_t const& fold : folds) is_told.push_back(is_visible({fold.first, 0}));
-  for (size_t i = folds.size(); i-- > 0;) {
-    foldings.erase(folds[i]);
-    forget_survey();
-    if (is_told[i]) filter::did_insert(end_of(folds[i].first), end_of(folds[i].last));
+bool view::folding_filter::make_lines_visible(size_t first, size_t last) {
+  std::vector<folding_t> hiding;
+  for (folding_t const& fold : foldings) {
+    if (fold.first + size_t{1} >= last) break;
+    if (first <= fold.last) hiding.push_back(fold);
   }
+  unfold(hiding);
+  return !hiding.empty();
+}
+
+// Those in others, which hide nothing by themselves, go first, and then the last one of the others:
+// each is told of as one with what is in it. When there are many all is laid out anew instead.
+void view::folding_filter::unfold(std::vector<folding_t> const& folds) {
+  std::vector<folding_t> hidden, shown;
+  for (folding_t const& fold : folds)
+    (is_visible({fold.first, 0}) ? shown : hidden).push_back(fold);
+  bool const one_by_one = shown.size() <= most_told;
+  erase_folds(one_by_one ? hidden : folds);
+  if (!one_by_one) return lay_out_again();
+  for (auto fold = shown.rbegin(); fold != shown.rend(); ++fold) {
+    foldings.erase(*fold);
+    forget_survey();
+    filter::did_insert(end_of(fold->first), end_of(fold->last));
+  }
+}
+
+/// Of a list in order.
+void view::folding_filter::erase_folds(std::vector<folding_t> const& folds) {
+  if (folds.empty()) return;
+  folding_set kept;
+  std::set_difference(foldings.begin(), foldings.end(), folds.begin(), folds.end(),
+                      std::inserter(kept, kept.end()));
+  foldings.swap(kept);
+  forget_survey();
 }
 
 void view::folding_filter::fold_again(folding_t const& again) {

@@ -94,6 +94,9 @@ class view::folding_filter : public switchable_filter {
   bool is_visible(text::pos const& at) const;
   /// Unfolds all that hides a position, outer folds included.
   void make_visible(text::pos const& at);
+  /// Unfolds all that hides one of the lines from `first` up to, not including, `last`; whether
+  /// anything did. The caret goes somewhere.
+  bool make_lines_visible(size_t first, size_t last);
 
   /// Folds lines again that were, where that is still possible. Who calls it sets the caret.
   void fold_again(folding_t const& fold);
@@ -178,6 +181,7 @@ class view::folding_filter : public switchable_filter {
   bool fold(folding_t const& fold);
   bool add_folds(std::vector<block> const& blocks, size_t level);
   void unfold(std::vector<folding_t> const& folds);
+  void erase_folds(std::vector<folding_t> const& folds);
   template <typename Crossed>
   void unfold_where(Crossed crossed);
   void move_folds(uint32_t from, uint32_t by);

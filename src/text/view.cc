@@ -246,6 +246,14 @@ void view::make_visible(text::iterator const& it) {
   selection = kept;
 }
 
+bool view::make_lines_visible(size_t first, size_t last) {
+  if (!foldings_enabled) return false;
+  text::selection const kept = selection;
+  bool const found = folding_filter->make_lines_visible(first, last);
+  selection = kept;
+  return found;
+}
+
 view_iterator view::in_view(text::iterator const& it, bool) {
   make_visible(it);
   return {this, it};
