@@ -1,8 +1,11 @@
 #include "grammar/scope_selector.h"
 
+#include "grammar/selector_set.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 #include <sstream>
 
 #include "data_rows.h"
@@ -58,6 +61,43 @@ TEST(scope_selector, takes_any_length_and_depth) {
   testing::internal::GetCapturedStderr();
   EXPECT_DOUBLE_EQ(score(std::string(200, '(') + "a" + std::string(200, ')'), "a"),
                    score("a", "a"));
+}
+
+// Selectors and paths of few and similar names, so that they match often.
+TEST(selector_set, scores_along_a_path_as_each_selector_by_itself) {
+  std::mt19937 random(7);
+  auto const any = [&](std::size_t n) {
+    return std::uniform_int_distribution<std::size_t>(0, n - 1)(random);
+  };
+  auto const name = [&] {
+    std::string result(1, "ab"[any(2)]);
+    while (any(2) == 0) result += std::string(".") + "ab"[any(2)];
+    return result;
+  };
+  std::vector<std::string> selectors{""};
+  std::vector<std::shared_ptr<scope::selector_node const>> parsed;
+  while (selectors.size() < 300) {
+    std::string selector = name();
+    for (std::size_t n = any(5); n > 0; --n) {
+      char const* const operators[] = {" ", " ", " ", " - ", " & ", " | ", ", "};
+      selector += operators[any(7)] + name();
+    }
+    selectors.push_back(selector);
+  }
+  for (std::string const& selector : selectors) parsed.push_back(scope::known_selector(selector));
+  scope::selector_set set(parsed);
+  for (int path = 0; path < 50; ++path) {
+    std::vector<std::string> scopes;
+    scope::selector_set::state at;
+    while (any(20) != 0) {
+      scopes.push_back(name());
+      set.enter(scopes.back(), at);
+      scope::selector_set::scores const scores(set, at);
+      for (std::size_t i = 0; i < selectors.size(); ++i)
+        ASSERT_EQ(scores.of(i), scope::new_score_for_selector(selectors[i], scopes))
+            << selectors[i] << " for " << testing::PrintToString(scopes);
+    }
+  }
 }
 
 }  // namespace

@@ -116,6 +116,33 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
 }
 
+// The list of a long text comes a slice at a time, and what is changed between two has it made
+// anew.
+TEST_F(language, shows_symbols_of_long_texts_when_the_user_rests) {
+  constexpr std::size_t count = 20000;
+  std::string text;
+  for (std::size_t i = 0; i < count; ++i) text += "{\"a\": [1, 2]}\n";
+  WynTextView view;
+  headless::headless_view_host host(view);
+  view.setDocument(file("a.json", text));
+  wait(view);
+  desktop_.loop().run_for(2);
+  ASSERT_EQ(view.functionPopUp().size(), count);
+  view.goToLineAndColumn(2, 1);
+  view.insert_text(u"\n");
+  EXPECT_EQ(view.functionPopUp()[1].line, 2u);  // no key waits for the list
+  wait(view);
+  desktop_.loop().run_for(0.505);
+  EXPECT_EQ(view.functionPopUp()[1].line, 2u);
+  view.insert_text(u"\n");
+  wait(view);
+  desktop_.loop().run_for(2);
+  ASSERT_EQ(view.functionPopUp().size(), count);
+  EXPECT_EQ(view.functionPopUp()[1], (symbol{"a", 4}));
+  EXPECT_EQ(view.functionPopUp().back(), (symbol{"a", count + 2}));
+  EXPECT_EQ(view.symbolAtCaret(), "a");
+}
+
 TEST_F(language, folds_outlast_a_change_of_language_and_may_be_there_from_the_start) {
   WynTextView view;
   headless::headless_view_host host(view);
