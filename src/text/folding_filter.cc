@@ -173,6 +173,8 @@ bool view::folding_filter::make_lines_visible(size_t first, size_t last) {
     if (fold.first + size_t{1} >= last) break;
     if (first <= fold.last) hiding.push_back(fold);
   }
+  for (auto fold = hiding.rbegin(); fold != hiding.rend(); ++fold)
+    view_.mark_history->will_open(*fold);
   unfold(hiding);
   return !hiding.empty();
 }

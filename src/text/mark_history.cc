@@ -24,9 +24,10 @@ view::mark_history::step view::mark_history::step_between(unsigned long from, un
 view::mark_history::bookmarks view::mark_history::bookmarks_of(uint32_t first,
                                                                uint32_t last) const {
   bookmarks found;
-  auto const& nodes = view_.bookmark_filter->nodes;
-  for (auto node = nodes.lower_bound(first); node != nodes.end() && node->first <= last; ++node)
-    found.emplace_back(node->first, node->second);
+  line_marks const& marks = view_.bookmark_filter->marks;
+  for (auto at = marks.contains(first) ? marks.find(first) : marks.next(first);
+       at && at->line <= last; at = marks.next(at->line))
+    found.push_back(*at);
   return found;
 }
 

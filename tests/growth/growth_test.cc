@@ -178,23 +178,16 @@ class growth : public testing::Test {
   headless::headless_desktop desktop_;
 };
 
-// Where it is known to grow faster: repeating a line break looks at all repetitions again.
-bool is_known_to_grow(std::string const& selector, std::string const& documents) {
-  return documents == "lines of columns" &&
-         (selector.starts_with("insertNewline") || selector == "insertParagraphSeparator:");
-}
-
 // Every method that the text view has under a name, queries of menus included.
 TEST_F(growth, of_every_action) {
   document const any("");
   for (auto const& [name, make] : documents)
     for (std::string const& selector : any.view.selectors())
-      if (!is_known_to_grow(selector, name))
-        expect_growth(selector + " with many " + name, [&, &make = make](std::size_t n) {
-          made_document const made = make(n);
-          made->draw();
-          return work_of([&] { made->perform(selector); });
-        });
+      expect_growth(selector + " with many " + name, [&, &make = make](std::size_t n) {
+        made_document const made = make(n);
+        made->draw();
+        return work_of([&] { made->perform(selector); });
+      });
 }
 
 // What a key press within a line costs is the same in a large text.

@@ -265,7 +265,7 @@ TEST_F(View, EditingInATabStopFollowsTheStop) {
 TEST_F(View, BookmarksComeBackWithTheTextTheyMark) {
   set("zero|\none\ntwo\nthree\nfour");
   for (size_t line : {1, 2, 4}) view.set_bookmark(line, 2, true);
-  auto const bookmarks = [&] { return view.bookmark_filter->nodes; };
+  auto const bookmarks = [&] { return view.bookmark_filter->marks.list(); };
   auto const before = bookmarks();
   auto const erase = [&] {
     text::undo_group const group(storage.undo_manager);
@@ -273,7 +273,7 @@ TEST_F(View, BookmarksComeBackWithTheTextTheyMark) {
   };
   erase();
   auto const after = bookmarks();
-  EXPECT_EQ(after, (std::map<size_t, size_t>{{0, 2}, {1, 2}}));
+  EXPECT_EQ(after, (std::vector<text::pos>{{0, 2}, {1, 2}}));
   for (int n = 0; n < 2; ++n) {
     storage.undo_manager.undo();
     EXPECT_EQ(bookmarks(), before);
@@ -282,7 +282,7 @@ TEST_F(View, BookmarksComeBackWithTheTextTheyMark) {
   }
   view.set_bookmark(0, 2, false);
   storage.undo_manager.undo();
-  EXPECT_EQ(bookmarks(), (std::map<size_t, size_t>{{4, 2}}));
+  EXPECT_EQ(bookmarks(), (std::vector<text::pos>{{4, 2}}));
   erase();
   EXPECT_TRUE(view.mark_history->empty());
 }

@@ -93,7 +93,7 @@ class world {
       for (auto const* mark : {&s.first_mark, &s.last_mark, &s.current_mark})
         out << mark->base.line << ":" << mark->base.column << "+" << mark->offset << " ";
       out << (s.column_mode ? "columns" : "") << " bookmarks";
-      for (auto const& [line, column] : view.bookmark_filter->nodes)
+      for (auto const& [line, column] : view.bookmark_filter->marks.list())
         out << " " << line << ":" << column;
       out << " folds";
       for (auto const& fold : view.folding_filter->foldings)
