@@ -66,9 +66,9 @@ void WynDocumentController::addFileMethods() {
 
 void WynDocumentController::addEncodingMethods() {
   addMethod("takeFileEncodingFrom:", [this](plist::value const& sender) {
-    auto const charset = sender.integer_or(encoding::UTF8);
-    if (charset < encoding::ASCII || charset > encoding::CP1252) return plist::value(false);
-    document_->setFileEncoding(static_cast<encoding::charset_t>(charset));
+    auto const charset = encoding::charset_of_number(sender.integer_or(encoding::UTF8));
+    if (!charset) return plist::value(false);
+    document_->setFileEncoding(*charset);
     publishDocument();
     return plist::value();
   });
@@ -203,10 +203,11 @@ bool WynDocumentController::revertDocument() {
   return reopenWithEncoding(document_->fileEncoding());
 }
 
-bool WynDocumentController::reopenWithEncoding(std::int64_t charset) {
-  if (charset < encoding::ASCII || charset > encoding::CP1252) return false;
-  bool const done = textView_.replacingText(
-      [&] { return document_->reopenWithEncoding(static_cast<encoding::charset_t>(charset)); });
+bool WynDocumentController::reopenWithEncoding(std::int64_t number) {
+  auto const charset = encoding::charset_of_number(number);
+  if (!charset) return false;
+  bool const done =
+      textView_.replacingText([&] { return document_->reopenWithEncoding(*charset); });
   publishDocument();
   return done;
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -10,12 +12,21 @@ namespace encoding {
 /// the menu items that pick an encoding.
 enum charset_t { ASCII, UTF8, UTF16BE, UTF16LE, Latin1, MacRoman, CP1252, Unknown };
 
+/// The number of charsets in which text can be written: all but Unknown, which is the last.
+inline constexpr std::size_t charset_count = Unknown;
+
+/// The charset of that number; nothing for Unknown and for what is no charset's number.
+constexpr std::optional<charset_t> charset_of_number(std::int64_t number) {
+  if (number < 0 || number >= static_cast<std::int64_t>(charset_count)) return std::nullopt;
+  return static_cast<charset_t>(number);
+}
+
 /// What users see, by charset_t.
-inline constexpr std::array<char const*, 8> charset_name = {
+inline constexpr std::array<char const*, charset_count + 1> charset_name = {
     "ASCII", "UTF8", "UTF16BE", "UTF16LE", "Latin1", "MacRoman", "CP1252", "Unknown"};
 
 /// What the user defaults store, by charset_t; null where a charset can't be a default.
-inline constexpr std::array<char const*, 8> charset_key = {
+inline constexpr std::array<char const*, charset_count + 1> charset_key = {
     nullptr, "utf-8", "utf-16-be", "utf-16-le", "iso-8859-1", "mac-roman", "cp-1252", nullptr};
 
 /// The charset that the user defaults name by `key`; nothing for any other text.

@@ -21,7 +21,7 @@ namespace encoding {
 template <typename In, typename Out>
 Out convert_to_unicode(In first, In last, charset_t charset, Out out, bool* has_bom = nullptr) {
   using converter = Out (*)(In, In, Out, bool*);
-  static constexpr std::array<converter, 7> converters = {
+  static constexpr std::array<converter, charset_count> converters = {
       dummy_copy<In, Out>,
       convert_UTF8ToUnicode<In, Out>,
       convert_UTF16BEToUnicode<In, Out>,
@@ -39,7 +39,7 @@ Out convert_to_unicode(In first, In last, charset_t charset, Out out, bool* has_
 template <typename In, typename Out>
 Out convert_from_unicode(In first, In last, charset_t charset, Out out) {
   using converter = Out (*)(In, In, Out);
-  static constexpr std::array<converter, 7> converters = {
+  static constexpr std::array<converter, charset_count> converters = {
       convert_UnicodeToASCII<In, Out>,   convert_UnicodeToUTF8<In, Out>,
       convert_UnicodeToUTF16BE<In, Out>, convert_UnicodeToUTF16LE<In, Out>,
       convert_UnicodeToLatin1<In, Out>,  convert_UnicodeToMacRoman<In, Out>,
