@@ -120,9 +120,14 @@ int read_file(std::string const& path, std::string& contents, file_calls& calls,
   if (!info) info = &own;
   int error = calls.fstat(fd, info) != 0 ? errno : 0;
   if (!error && !S_ISREG(info->st_mode)) error = S_ISDIR(info->st_mode) ? EISDIR : EINVAL;
+  if (!error && static_cast<std::size_t>(info->st_size) > largest_small_file) error = EFBIG;
   char buffer[16384];
   int interruptions = 0;
   while (!error) {
+    if (contents.size() > largest_small_file) {
+      error = EFBIG;
+      break;
+    }
     ssize_t const count = calls.read(fd, buffer, sizeof buffer);
     if (count == 0) break;
     if (count > 0)

@@ -32,7 +32,10 @@ class file_calls {
 /// The folder whose entry `path` is: "." for a bare name.
 std::string folder_of(std::string const& path);
 
-/// Reads the whole file. Returns 0 or an errno.
+/// In bytes. What is larger is none of our settings, items and lists.
+constexpr std::size_t largest_small_file = std::size_t{64} << 20;
+
+/// Reads the whole file. Returns 0 or an errno: EFBIG for more than `largest_small_file`.
 int read_file(std::string const& path, std::string& contents, file_calls& calls,
               struct stat* info = nullptr);
 

@@ -1,7 +1,5 @@
 #include "platform/user_defaults.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -10,6 +8,7 @@
 #include <cstring>
 #include <thread>
 
+#include "platform/folder_lock.h"
 #include "platform/library_folders.h"
 #include "platform/notification_center.h"
 #include "plist/xml_reader.h"
@@ -18,7 +17,14 @@
 namespace platform {
 namespace {
 
-constexpr std::size_t max_file_size = std::size_t{64} << 20;
+// What is damaged may be about to be written by somebody who doesn't know the lock: an editor, a
+// script. It is given this much time.
+constexpr std::int64_t time_to_write = 2'000'000'000;  // nanoseconds
+
+std::int64_t now_ns() {
+  auto const since_1970 = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(since_1970).count();
+}
 
 std::unique_ptr<user_defaults>& standard_instance() {
   static std::unique_ptr<user_defaults> instance;
@@ -26,38 +32,6 @@ std::unique_ptr<user_defaults>& standard_instance() {
 }
 
 }  // namespace
-
-/// Keeps other processes out of the folder's Defaults.plist. A process that was stopped in the
-/// middle of a save must not stop this one too, so waiting has an end.
-class user_defaults::folder_lock {
- public:
-  explicit folder_lock(std::string const& folder)
-      : fd_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    if (fd_ < 0) {
-      error_ = errno;
-      return;
-    }
-    for (int attempt = 0; ::flock(fd_, LOCK_EX | LOCK_NB) != 0; ++attempt) {
-      if (errno == EINTR) continue;
-      if (errno != EWOULDBLOCK) return;  // a file system without locks
-      if (attempt == 200) {
-        error_ = EWOULDBLOCK;
-        return;
-      }
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-  }
-  ~folder_lock() {
-    if (fd_ >= 0) ::close(fd_);
-  }
-  folder_lock(folder_lock const&) = delete;
-  folder_lock& operator=(folder_lock const&) = delete;
-  int error() const { return error_; }
-
- private:
-  int fd_;
-  int error_ = 0;
-};
 
 user_defaults::user_defaults(std::string path, file_calls& calls)
     : path_(std::move(path)), calls_(calls) {}
@@ -171,7 +145,7 @@ void user_defaults::load() {
 
 void user_defaults::check_for_changes() {
   if (!loaded_ || path_.empty()) return;
-  if (!pending_.empty()) save();
+  if (!pending_.empty()) store(false);
   struct stat info;
   if (::stat(path_.c_str(), &info) == 0 ? signature_of(info) == seen_ : seen_ == signature())
     return;
@@ -181,35 +155,47 @@ void user_defaults::check_for_changes() {
 }
 
 bool user_defaults::save() {
+  return store(true);
+}
+
+bool user_defaults::store(bool at_once) {
   load();
   if (path_.empty() || pending_.empty()) return true;
   auto const before = all();
-  int const error = store_pending();
-  if (error) report(path_ + ": can't be written: " + std::strerror(error));
+  int const error = store_pending(at_once);
+  bool const comes_later = error == EAGAIN;
+  if (error && !comes_later) report(path_ + ": can't be written: " + std::strerror(error));
   if (all() != before) post();
   return error == 0;
 }
 
 void user_defaults::reload() {
   file_state now = read_current();
-  if (now.damage) {
-    // What looks damaged may have been replaced meanwhile: only the holder of the lock judges.
-    folder_lock const lock(folder_of(path_));
-    now = read_current();
-    if (now.damage) now.error = lock.error() ? lock.error() : set_aside(now);
-  }
-  if (now.error) report(path_ + ": " + std::strerror(now.error));
-  if (now.error && !now.damage) return;  // the values known before go on
-  stored_ = std::move(now.entries);
+  if (now.damage)
+    report(path_ + ":" + *now.damage + "; the settings known before hold until this is mended");
+  else if (now.error)
+    report(path_ + ": " + std::strerror(now.error));
+  if (now.error) return;  // the values known before go on
   seen_ = now.seen;
+  if (!now.damage) stored_ = std::move(now.entries);
 }
 
-int user_defaults::store_pending() {
+/// Waits, if it is to be written `at_once`, or else gives EAGAIN while a damaged file may still be
+/// completed.
+int user_defaults::store_pending(bool at_once) {
   if (!make_folders(folder_of(path_))) return errno;
   folder_lock const lock(folder_of(path_));
   if (lock.error()) return lock.error();
   file_state now = read_current();
-  if (now.damage) now.error = set_aside(now);
+  while (now.damage && is_young(now)) {
+    if (!at_once) return EAGAIN;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    now = read_current();
+  }
+  if (now.damage) {
+    now.error = set_aside(now);
+    now.entries = stored_;
+  }
   if (now.error) return now.error;
   for (auto const& [key, v] : pending_) {
     now.entries.erase(key);
@@ -226,6 +212,11 @@ int user_defaults::store_pending() {
   return 0;
 }
 
+bool user_defaults::is_young(file_state const& state) {
+  std::int64_t const age = now_ns() - state.seen.modified_ns;
+  return age >= 0 && age < time_to_write;
+}
+
 /// Reads what is in the file now; a file that isn't there is empty.
 user_defaults::file_state user_defaults::read_current() {
   file_state result;
@@ -235,7 +226,7 @@ user_defaults::file_state user_defaults::read_current() {
   if (result.error == ENOENT) return {};
   if (result.error) return result;
   result.seen = signature_of(info);
-  auto read = plist::read_xml(text, max_file_size);
+  auto read = plist::read_xml(text, largest_small_file);
   if (!read.error && !read.value.as_dictionary())
     read.error = {1, 1, "the top level is no dictionary"};
   if (read.error)
@@ -261,7 +252,12 @@ int user_defaults::set_aside(file_state& damaged) {
   bool const gone =
       linked ? calls_.unlink(path_.c_str()) == 0 : calls_.rename(path_.c_str(), name.c_str()) == 0;
   int const error = gone ? 0 : errno;
-  if (gone || linked) report(path_ + ":" + *damaged.damage + "; the file is kept as " + name);
+  if (gone || linked) {
+    report(path_ + ":" + *damaged.damage + "; the file is kept as " + name);
+    notification_center::standard().post(
+        did_set_aside, this,
+        plist::dictionary{{"path", path_}, {"kept", name}, {"reason", *damaged.damage}});
+  }
   if (error) return error;
   damaged = {};
   return 0;

@@ -23,14 +23,19 @@ namespace platform {
 ///     auto size = defaults.integer("WynTabSize");
 ///     defaults.set("WynTabSize", 8);  // seen at once, in the file at the next check_for_changes
 ///
-/// A file that is no property list is reported on standard error, renamed to
-/// Defaults.plist.damaged-N, and counts as empty. What can't be read or written for other reasons
-/// is reported once and tried again later; it is never overwritten unread.
+/// A file that is no property list is reported on standard error and left alone, as somebody may be
+/// writing it: what was known before goes on, or nothing at the first look. When something is to be
+/// stored that file is kept as Defaults.plist.damaged-N beside a new one. What can't be read or
+/// written for other reasons is reported once and tried again later; it is never overwritten
+/// unread.
 class user_defaults {
  public:
   /// Posted through notification_center::standard(), with this as the object, whenever a look-up
   /// may give another value than before. Registering posts nothing.
   static constexpr char const* did_change = "UserDefaultsDidChange";
+  /// Posted when a damaged file has been kept beside a new one, with its "path", the path under
+  /// which it is "kept", and the "reason", which begins with a line and a column.
+  static constexpr char const* did_set_aside = "UserDefaultsDidSetAside";
 
   /// With an empty path nothing is read or written: settings in memory, for tests.
   explicit user_defaults(std::string path, file_calls& calls = file_calls::system());
@@ -65,7 +70,8 @@ class user_defaults {
   /// second or so, and save() at the end. Without changes it costs one stat.
   void check_for_changes();
   /// Puts what was set or removed since the last time into the file, under a lock and on top of
-  /// what stands there now, so that no other process's keys are lost. True if all is stored.
+  /// what stands there now, so that no other process's keys are lost. True if all is stored. Waits
+  /// two seconds for a file that is damaged because somebody has just begun to write it.
   bool save();
 
  private:
@@ -82,12 +88,12 @@ class user_defaults {
     std::optional<std::string> damage;  // line, column and reason
     int error = 0;                      // an errno
   };
-  class folder_lock;
-
   static signature signature_of(struct stat const& info);
   void load();
   void reload();
-  int store_pending();
+  bool store(bool at_once);
+  int store_pending(bool at_once);
+  static bool is_young(file_state const& state);
   file_state read_current();
   int set_aside(file_state& damaged);
   void store_layer(std::string_view key, std::optional<plist::value> v);

@@ -267,26 +267,73 @@ TEST_F(user_defaults_test, a_failing_call_is_reported_and_tried_again) {
   }
 }
 
-TEST_F(user_defaults_test, damaged_files_are_kept_aside) {
+/// Written long ago, so that nobody is still at it.
+void age(std::string const& path) {
+  fs::last_write_time(path, fs::file_time_type::clock::now() - std::chrono::minutes(1));
+}
+
+TEST_F(user_defaults_test, damaged_files_are_left_alone_until_something_is_stored) {
   std::string const texts[] = {document("<key>a</key>"), "", "<plist><array/></plist>",
                                document("<key>a</key><integer>1</integer>").substr(0, 30)};
   char const* const reasons[] = {"1:26: the key \"a\" has no value", "1:1: no element found",
                                  "1:1: the top level is no dictionary", "1:26: unclosed token"};
   for (int i = 0; i < 4; ++i) {
     write(texts[i]);
+    age(path_);
     user_defaults defaults(path_);
     defaults.register_defaults({{"a", 7}});
     testing::internal::CaptureStderr();
     EXPECT_EQ(defaults.integer("a"), 7);
     EXPECT_EQ(defaults.integer("b", 8), 8);
     std::string const kept = path_ + ".damaged-" + std::to_string(i + 1);
+    std::string const fault = "Quirnote: " + path_ + ":" + reasons[i];
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Quirnote: " + path_ + ":" + reasons[i] + "; the file is kept as " + kept + "\n");
-    EXPECT_EQ(folder_.read(kept), texts[i]);
+              fault + "; the settings known before hold until this is mended\n");
+    EXPECT_EQ(folder_.read(path_), texts[i]);
+    EXPECT_FALSE(fs::exists(kept));
+
+    plist::value told;
+    auto const token = platform::notification_center::standard().observe(
+        user_defaults::did_set_aside, [&](auto const& n) { told = n.info; }, &defaults);
+    testing::internal::CaptureStderr();
     defaults.set("a", 1);
     EXPECT_TRUE(defaults.save());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              fault + "; the file is kept as " + kept + "\n");
+    EXPECT_EQ(told["kept"].string_or(""), kept);
+    EXPECT_EQ(folder_.read(kept), texts[i]);
     EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
   }
+}
+
+/// Somebody writes the file without the lock, and is met at every byte of it.
+TEST_F(user_defaults_test, a_file_in_the_middle_of_a_write_loses_nothing) {
+  write(document("<key>a</key><integer>1</integer>"));
+  user_defaults defaults(path_);
+  EXPECT_EQ(defaults.integer("a"), 1);
+  std::string const whole = document("<key>a</key><integer>2</integer><key>b</key><true/>");
+  testing::internal::CaptureStderr();
+  defaults.set("c", 3);
+  for (std::size_t size = 0; size < whole.rfind("</plist>"); ++size) {
+    write(whole.substr(0, size));
+    defaults.check_for_changes();
+    EXPECT_EQ(folder_.read(path_), whole.substr(0, size));
+    EXPECT_EQ(defaults.integer("a"), 1) << size;
+  }
+  write(whole);
+  defaults.check_for_changes();
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ(files(), std::vector<std::string>{"Defaults.plist"});
+  EXPECT_EQ(stored(), value(plist::dictionary{{"a", 2}, {"b", true}, {"c", 3}}));
+
+  // What is known isn't lost with a file that stays damaged.
+  write("damaged");
+  age(path_);
+  defaults.set("d", 4);
+  testing::internal::CaptureStderr();
+  defaults.check_for_changes();
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ(stored(), value(plist::dictionary{{"a", 2}, {"b", true}, {"c", 3}, {"d", 4}}));
 }
 
 TEST_F(user_defaults_test, damaged_files_are_kept_aside_without_hard_links_too) {
@@ -299,6 +346,7 @@ TEST_F(user_defaults_test, damaged_files_are_kept_aside_without_hard_links_too) 
   testing::internal::CaptureStderr();
   for (std::string const damage : {"one", "two"}) {
     write(damage);
+    age(path_);
     user_defaults defaults(path_, calls);
     defaults.set("a", 1);
     EXPECT_TRUE(defaults.save());
@@ -313,6 +361,7 @@ TEST_F(user_defaults_test, damage_while_running_keeps_unsaved_settings) {
   user_defaults defaults(path_);
   defaults.set("a", 1);
   write("damaged");
+  age(path_);
   testing::internal::CaptureStderr();
   defaults.check_for_changes();
   testing::internal::GetCapturedStderr();
