@@ -2,6 +2,7 @@
 
 #include "path/file_system.h"
 #include "path/path.h"
+#include "platform/folder_lock.h"
 #include "platform/library_folders.h"
 #include "platform/replace_file.h"
 #include "platform/user_defaults.h"
@@ -9,6 +10,9 @@
 #include "plist/xml_writer.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 
 namespace {
 
@@ -29,36 +33,62 @@ std::vector<std::string> recent_files::paths() const {
 }
 
 void recent_files::add(std::string const& path) {
-  std::vector<std::string> list = load();
-  std::erase(list, path);
-  list.insert(list.begin(), path);
-  if (list.size() > limit()) list.resize(limit());
-  store(list);
+  change([&](std::vector<std::string>& list) {
+    std::erase(list, path);
+    list.insert(list.begin(), path);
+    if (list.size() > limit()) list.resize(limit());
+  });
 }
 
 void recent_files::clear() {
-  store({});
+  change([](std::vector<std::string>& list) { list.clear(); });
+}
+
+/// Under a lock, so that what other processes add meanwhile isn't lost.
+void recent_files::change(std::function<void(std::vector<std::string>&)> const& edit) {
+  if (list_path_.empty()) return edit(in_memory_);
+  std::string const folder = path::parent(list_path_);
+  if (!platform::make_folders(folder)) return report("can't be written", errno);
+  platform::folder_lock const lock(folder);
+  if (lock.error()) return report("can't be locked", lock.error());
+  std::vector<std::string> list;
+  if (!read(list)) return;
+  edit(list);
+  write(list);
+}
+
+void recent_files::report(char const* what, int error) const {
+  std::string const message = list_path_ + ": " + what + ": " + std::strerror(error);
+  if (reported_.insert(message).second) std::fprintf(stderr, "Quirnote: %s\n", message.c_str());
 }
 
 std::vector<std::string> recent_files::load() const {
   if (list_path_.empty()) return in_memory_;
-  std::string contents;
-  if (platform::read_file(list_path_, contents, platform::file_calls::system()) != 0) return {};
   std::vector<std::string> list;
-  plist::value const stored = plist::read_xml(contents).value;
-  for (plist::value const& entry : stored.elements())
-    if (auto const* data = entry.as_data()) list.emplace_back(data->begin(), data->end());
+  read(list);
   return list;
 }
 
-void recent_files::store(std::vector<std::string> const& paths) {
-  if (list_path_.empty()) {
-    in_memory_ = paths;
-    return;
+bool recent_files::read(std::vector<std::string>& list) const {
+  std::string contents;
+  int const error = platform::read_file(list_path_, contents, platform::file_calls::system());
+  if (error == ENOENT) return true;
+  if (error != 0) {
+    report("can't be read", error);
+    return false;
   }
+  plist::value const stored = plist::read_xml(contents).value;
+  for (plist::value const& entry : stored.elements())
+    if (auto const* data = entry.as_data()) list.emplace_back(data->begin(), data->end());
+  return true;
+}
+
+void recent_files::write(std::vector<std::string> const& paths) {
   // As data, since a file name may hold any bytes.
   plist::array list;
   for (std::string const& p : paths) list.push_back(plist::data(p.begin(), p.end()));
-  platform::make_folders(path::parent(list_path_));
-  platform::replace_file(list_path_, plist::write_xml(list).text, platform::file_calls::system());
+  auto& calls = platform::file_calls::system();
+  platform::remove_abandoned_temporaries(list_path_, calls);
+  if (int const error = platform::replace_file(list_path_, plist::write_xml(list).text, calls))
+    report("can't be written", error);
 }

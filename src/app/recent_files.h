@@ -1,11 +1,13 @@
 #pragma once
 
+#include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
 /// The files opened last, newest first, kept as a property list in the state folder and shared by
-/// all processes of the user. Main thread only. What can't be read or written is left out silently:
-/// the list is a convenience.
+/// all processes of the user. Main thread only. What can't be read or written is reported once on
+/// standard error, and the program goes on without it: the list is a convenience.
 class recent_files {
  public:
   /// `path` is that of the list itself; empty keeps the list in memory only.
@@ -19,8 +21,12 @@ class recent_files {
 
  private:
   std::vector<std::string> load() const;
-  void store(std::vector<std::string> const& paths);
+  void change(std::function<void(std::vector<std::string>&)> const& edit);
+  bool read(std::vector<std::string>& list) const;
+  void write(std::vector<std::string> const& paths);
+  void report(char const* what, int error) const;
 
   std::string list_path_;
   std::vector<std::string> in_memory_;
+  mutable std::set<std::string> reported_;
 };

@@ -1,4 +1,6 @@
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 
@@ -68,6 +70,30 @@ TEST_F(app_test, recent_files_are_the_newest_that_exist) {
   EXPECT_EQ(recent.paths(), titles({folder / "b"}));  // and the one that is gone
   recent.clear();
   EXPECT_TRUE(recent.paths().empty());
+}
+
+TEST_F(app_test, recent_files_of_several_programs_are_all_kept) {
+  defaults().set("NSRecentDocumentsLimit", 100);
+  for (int n = 0; n < 18; ++n) folder.write(std::to_string(n), "");
+  std::string const list = folder / "list.plist";
+  folder.write("list.plist.quirnote-999999999-1", "of a program that was killed");
+  for (int program = 0; program < 3; ++program) {
+    if (fork() != 0) continue;
+    recent_files own(list);
+    for (int n = 0; n < 6; ++n) own.add(folder / std::to_string(6 * program + n));
+    _exit(0);
+  }
+  for (int program = 0; program < 3; ++program) wait(nullptr);
+  EXPECT_EQ(recent_files(list).paths().size(), 18u);
+  EXPECT_EQ(folder.names().count("list.plist.quirnote-999999999-1"), 0u);
+
+  testing::internal::CaptureStderr();
+  std::filesystem::create_directory(folder / "list");
+  recent_files unreadable(folder / "list");
+  unreadable.add(folder / "1");
+  unreadable.add(folder / "2");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Quirnote: " + (folder / "list") + ": can't be read: Is a directory\n");
 }
 
 TEST_F(app_test, a_damaged_list_of_recent_files_is_an_empty_one) {
