@@ -8,6 +8,7 @@
 #include "bundles/item_kinds.h"
 #include "documents/WynDocument.h"
 #include "documents/file_text.h"
+#include "documents/printable_name.h"
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop.h"
@@ -197,6 +198,9 @@ void AppDelegate::didFinishLaunching() {
   auto& defaults = platform::user_defaults::standard();
   defaultsTimer_ = platform::desktop::current().loop().schedule(
       defaults_period, true, [&defaults] { defaults.check_for_changes(); });
+  damagedDefaults_ = platform::notification_center::standard().observe(
+      platform::user_defaults::did_set_aside,
+      [this](platform::notification const& n) { tellOfDamagedDefaults(n.info); }, &defaults);
   openLaunchArguments();
   bundleWatcher_ = std::make_unique<bundle_watcher>(BundleManager::sharedInstance());
   themeWatcher_ = std::make_unique<theme_watcher>(WynThemeManager::sharedInstance());
@@ -207,6 +211,21 @@ void AppDelegate::didFinishLaunching() {
       platform::desktop::current().alerts().run({"Menus Missing", menuFault_, {"Continue"}});
     offer_safety_copies(*this);
   });
+}
+
+// Later, since settings are also stored where nothing may be asked, such as at the end.
+void AppDelegate::tellOfDamagedDefaults(plist::value const& info) {
+  auto const shown = [&](char const* key) {
+    return documents::printable(path::abbreviate_with_tilde(info[key].string_or("")));
+  };
+  platform::alert const message{"Settings Were Damaged",
+                                "The settings in " + shown("path") + " could not be read (" +
+                                    info["reason"].string_or("") +
+                                    "). New ones have been written, and the damaged file is kept "
+                                    "as " +
+                                    shown("kept") + ".",
+                                {"Continue"}};
+  postWhileAlive([message] { platform::desktop::current().alerts().run(message); });
 }
 
 void AppDelegate::openLaunchArguments() {
@@ -244,7 +263,9 @@ WynDocumentController* AppDelegate::openFile(std::string const& path, std::size_
   std::shared_ptr<WynDocument> const document = WynDocument::documentWithContentsOfFile(standard);
   if (document == nullptr) return nullptr;
   recent_.add(standard);
-  return go(show(document));
+  WynDocumentController* const controller = go(show(document));
+  postWhileAlive([this, standard] { offer_safety_copies_beside(*this, standard); });
+  return controller;
 }
 
 WynDocumentController& AppDelegate::show(std::shared_ptr<WynDocument> document) {
@@ -363,15 +384,19 @@ bool AppDelegate::applicationShouldTerminate() {
   return agreed;
 }
 
-void AppDelegate::applicationMustTerminate() {
+bool AppDelegate::applicationMustTerminate() {
+  bool all_kept = true;
   for (auto const& controller : controllers_) {
     auto const document = controller->textDocument();
     if (document == nullptr) continue;
-    if (auto const error = document->keepUnsavedText())
-      std::fprintf(stderr, "Quirnote: the text of %s is lost: %s: %s\n",
-                   document->displayName().c_str(), error->path.c_str(), error->message.c_str());
+    auto const error = document->keepUnsavedText();
+    if (!error) continue;
+    std::fprintf(stderr, "Quirnote: the text of %s is lost: %s: %s\n",
+                 document->displayName().c_str(), error->path.c_str(), error->message.c_str());
+    all_kept = false;
   }
   platform::user_defaults::standard().save();
+  return all_kept;
 }
 
 bool AppDelegate::confirmQuitting() {

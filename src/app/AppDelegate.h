@@ -3,6 +3,7 @@
 #include "app/recent_files.h"
 #include "bundles/bundle_watcher.h"
 #include "platform/application.h"
+#include "platform/notification_center.h"
 #include "platform/run_loop.h"
 #include "plist/value.h"
 #include "textview/theme_watcher.h"
@@ -57,7 +58,7 @@ class AppDelegate : public platform::application_delegate {
   void didFinishLaunching() override;
   /// Asked anew while its questions are on screen, it gives false.
   bool applicationShouldTerminate() override;
-  void applicationMustTerminate() override;
+  bool applicationMustTerminate() override;
   bool shouldSwallowEvent(platform::key_event const&) override { return false; }
   std::vector<platform::menu_item> mainMenu() const override;
   std::vector<platform::menu_item> statusMenu(std::string_view part) const override;
@@ -67,6 +68,7 @@ class AppDelegate : public platform::application_delegate {
  private:
   void addThemeMethods();
   void openLaunchArguments();
+  void tellOfDamagedDefaults(plist::value const& info);
   bool installIfBundle(std::string const& path);
   WynDocumentController& newWindow(std::shared_ptr<WynDocument> document);
   void openDocument();
@@ -88,6 +90,7 @@ class AppDelegate : public platform::application_delegate {
   std::string currentDirectory_;
   std::vector<std::string> launchArguments_;
   std::unique_ptr<platform::timer> defaultsTimer_;
+  platform::notification_center::token damagedDefaults_;
   std::unique_ptr<bundle_watcher> bundleWatcher_;
   std::unique_ptr<theme_watcher> themeWatcher_;
   std::vector<std::unique_ptr<WynDocumentController>> controllers_, closing_;

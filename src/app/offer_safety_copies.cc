@@ -137,10 +137,8 @@ void offer(AppDelegate& app, safety_copy copy) {
   }
 }
 
-}  // namespace
-
-void offer_safety_copies(AppDelegate& app) {
-  for (safety_copy& copy : safety_copy::left_over()) {
+void offer_all(AppDelegate& app, std::vector<safety_copy> copies) {
+  for (safety_copy& copy : copies) {
     std::string const file = copy.file();
     try {
       if (copy.is_in_place())
@@ -151,4 +149,14 @@ void offer_safety_copies(AppDelegate& app) {
       documents::tell_out_of_memory(file);
     }
   }
+}
+
+}  // namespace
+
+void offer_safety_copies(AppDelegate& app) {
+  offer_all(app, safety_copy::left_over());
+}
+
+void offer_safety_copies_beside(AppDelegate& app, std::string const& path) {
+  offer_all(app, safety_copy::left_over_beside(path));
 }

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cstdlib>
 #include <new>
 
 namespace widgets {
@@ -121,7 +122,10 @@ void QtDesktop::connect_session() {
   QObject::connect(&qt_, &QGuiApplication::commitDataRequest, &qt_,
                    [this](QSessionManager& session) {
                      if (delegate_ == nullptr) return;
-                     if (!session.allowsInteraction()) return delegate_->applicationMustTerminate();
+                     if (!session.allowsInteraction()) {
+                       delegate_->applicationMustTerminate();
+                       return;
+                     }
                      if (!delegate_->applicationShouldTerminate()) session.cancel();
                      session.release();
                    });
@@ -132,8 +136,9 @@ int QtDesktop::run(platform::application_delegate& app) {
   terminated_ = false;
   connect_session();
   // Who sends a signal won't answer questions, and nobody sees them on a lost display.
-  TerminationSignals const termination([this] {
-    delegate_->applicationMustTerminate();
+  bool text_is_lost = false;
+  TerminationSignals const termination([this, &text_is_lost] {
+    text_is_lost = !delegate_->applicationMustTerminate();
     terminate();
   });
   SuddenExit const lost_display([this] { delegate_->applicationMustTerminate(); });
@@ -146,7 +151,7 @@ int QtDesktop::run(platform::application_delegate& app) {
   delegate_ = nullptr;
   menu_.reset();
   items_by_key_.clear();
-  return status;
+  return text_is_lost ? EXIT_FAILURE : status;
 }
 
 void QtDesktop::terminate() {

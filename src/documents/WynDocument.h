@@ -15,6 +15,7 @@
 #include "encoding/line_ending.h"
 #include "encoding/stream_encoder.h"
 #include "path/file_error.h"
+#include "path/file_writer.h"
 #include "platform/file_watcher.h"
 #include "plist/value.h"
 #include "text/storage.h"
@@ -142,7 +143,8 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// there has been none.
   plist::value metaData() const;
   void setMetaData(plist::value const& metadata);
-  /// Keeps caret, bookmarks and folds with the file. It is done at each save and at the end.
+  /// Keeps caret, bookmarks and folds with the file, if it is the one that the text was read from
+  /// or written to. It is done at each save and at the end.
   void saveMetaData(std::string const& path, text::view const& view) const;
   static bool shouldSaveMetaData(std::string const& path);
 
@@ -163,8 +165,9 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   bool reopenWithEncoding(encoding::charset_t charset);
 
   /// Puts unsaved text in a safety copy, which the next start of the program offers unless the text
-  /// is saved before. It takes the place of the document's earlier ones. Asks nothing: where the
-  /// charset can't hold the text the copy is UTF-8. Nothing if all went well or is saved.
+  /// is saved before, or who opens the file next where only its own folder could take the copy. It
+  /// takes the place of the document's earlier ones. Asks nothing: where the charset can't hold the
+  /// text the copy is UTF-8. Nothing if all went well or is saved.
   std::optional<path::file_error> keepUnsavedText();
 
   /// The user doesn't want the unsaved text. The safety copies of it go, but for those that a file
@@ -213,13 +216,30 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   void fileMayHaveChanged();
   bool isToBeKept();
 
-  bool write(std::string const& path, documents::file_attributes const& attributes);
+  bool write(std::string const& given_path, bool as_copy);
+  static void takeLeaveOfOwner(path::write_options& options);
   std::optional<encoding::file_format> formatForSaving() const;
   bool mayOverwrite(std::string const& path) const;
-  void didWrite(std::string const& path, encoding::file_format const& format, unsigned memento);
+  path::write_options optionsForSaving(std::string const& path) const;
+  void lookBeforeSaving();
+  void didWrite(std::string const& path, encoding::file_format const& format, unsigned memento,
+                path::file_version const& written);
+  void revertToDisk();
 
   std::string filename_;
   std::optional<documents::file_stamp> fileStamp_;
+  /// Where the name led when the document was opened or saved. A save goes there and nowhere else,
+  /// also after others have put a link in its place and what that leads to has been taken over.
+  std::optional<path::file_place> filePlace_;
+  /// Whose permissions the file gets if it is gone and made again.
+  std::optional<struct stat> attributesRead_;
+  /// What the text was written to under another name, which the document may get next.
+  struct written_file {
+    std::string path;
+    documents::file_stamp stamp;
+    std::optional<path::file_place> place;
+  };
+  std::optional<written_file> writtenElsewhere_;
   unsigned untitledCount_ = 0;
   unsigned lastSavedMemento_ = 0;
   format lastSavedFormat_;
@@ -235,6 +255,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   bool documentHasBeenSaved_ = false;
   bool hideFromRecentMenu_ = false;
   bool fileModifiedOnDiskAndWaitingForUser_ = false;
+  bool revertIsDecided_ = false;
   bool fileIsGone_ = false;
   std::unique_ptr<platform::file_watcher::token> fileWatch_;
   std::unique_ptr<platform::timer> laterLook_;

@@ -66,6 +66,8 @@ std::shared_ptr<WynDocument> WynDocument::initWithContentsOfFile(std::string con
   auto document = std::make_shared<WynDocument>(std::move(storage));
   document->becomeFile(file);
   document->fileStamp_ = text.stamp;
+  document->filePlace_ = text.place;
+  document->attributesRead_ = text.info;
   document->wasReadAs(text, pairs);
   return document;
 }
@@ -153,6 +155,8 @@ bool WynDocument::reopenWithEncoding(encoding::charset_t charset) {
   if (preserves_format()) fileEncoding_ = charset;
   rememberContent(text, pairs);
   fileStamp_ = text.stamp;
+  filePlace_ = text.place;
+  attributesRead_ = text.info;
   textIsSaved(storage_->current_memento);
   return true;
 }

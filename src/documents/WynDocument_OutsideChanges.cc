@@ -49,8 +49,16 @@ void WynDocument::fileMayHaveChanged() {
   checkForFilesystemChanges();
 }
 
+/// By whoever shows the text, if anybody does.
+void WynDocument::revertToDisk() {
+  revertIsDecided_ = true;
+  platform::notification_center::standard().post(fileDidChange, this);
+  checkForFilesystemChanges();
+  revertIsDecided_ = false;
+}
+
 bool WynDocument::isToBeKept() {
-  if (!isDocumentEdited_) return false;
+  if (!isDocumentEdited_ || revertIsDecided_) return false;
   fileModifiedOnDiskAndWaitingForUser_ = true;
   bool const revert = documents::ask_to_revert(filename_);
   fileModifiedOnDiskAndWaitingForUser_ = false;
@@ -62,7 +70,7 @@ bool WynDocument::checkForFilesystemChanges() {
   auto const stamp = documents::stamp_of(filename_);
   fileIsGone_ = !stamp && fileStamp_;
   updateDocumentEdited(storage_->current_memento);
-  if (!stamp || stamp == fileStamp_) return false;
+  if (!stamp || (stamp == fileStamp_ && !revertIsDecided_)) return false;
   auto const self = weak_from_this().lock();
   bool const pairs = preserves_supplementary_characters();
   file_text text;
@@ -80,6 +88,7 @@ bool WynDocument::checkForFilesystemChanges() {
   useMarkOf(text);
   bool const equal = documents::holds(*storage_, text.units.view());
   bool const replace = !equal && !isToBeKept();
+  revertIsDecided_ = false;
   if (equal) {
     log_update_without_changes(filename_, fileModificationDate().value_or(0), text.stamp->modified);
   } else if (replace) {
@@ -88,6 +97,7 @@ bool WynDocument::checkForFilesystemChanges() {
   }
   if (equal || replace) {
     rememberContent(text, pairs);
+    attributesRead_ = text.info;
     if (replace)
       textIsSaved(storage_->current_memento);
     else

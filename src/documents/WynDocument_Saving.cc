@@ -1,3 +1,6 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <new>
 #include <utility>
@@ -8,18 +11,21 @@
 #include "documents/save_file.h"
 #include "documents/storage_bytes.h"
 #include "path/file_system.h"
+#include "platform/notification_center.h"
 
 namespace {
 
 using documents::can_be_encoded;
 
-enum class outcome { saved, unchanged, damaged };
+enum class outcome { saved, unchanged, damaged, reverting };
 
 /// A save that asks where something stands in its way. Where the file wasn't written the user
 /// knows.
 class asking_save {
  public:
-  explicit asking_save(std::string path) : path_(std::move(path)) {}
+  /// `may_revert`: what another program has written can be taken over instead.
+  asking_save(std::string path, path::write_options options, bool may_revert)
+      : path_(std::move(path)), options_(std::move(options)), may_revert_(may_revert) {}
 
   outcome run(text::storage const& storage, encoding::file_format const& format) {
     if (std::string const lost = documents::lost_by_saving(path_);
@@ -27,40 +33,72 @@ class asking_save {
       return outcome::unchanged;
     std::optional<path::write_error> error;
     try {
-      documents::save_request request{path_, documents::storage_bytes(storage, format), format};
+      documents::save_request request{path_, documents::storage_bytes(storage, format), format,
+                                      options_};
       error = write(request, documents::save_file);
-      if (error && !refused_ && documents::is_read_only(path_)) {
+      if (may_ask(error) && documents::is_read_only(path_)) {
         if (!documents::ask_to_overwrite(path_)) return outcome::unchanged;
-        error = write(request, documents::save_read_only_file);
+        request.options.even_read_only = true;
+        error = write(request, documents::save_file);
       }
-      if (error && !refused_ && documents::lacks_permission(*error))
-        error = write(request, [refusal = *error](auto const& wanted, auto& safe) {
-          return documents::save_with_privileges(wanted, safe, refusal);
+      if (may_ask(error) && documents::lacks_permission(*error))
+        error = write(request, [refusal = *error](auto const& wanted, auto& safe, auto& version) {
+          return documents::save_with_privileges(wanted, safe, version, refusal);
         });
     } catch (std::bad_alloc const&) {
       error = path::write_error{path::make_file_error("write", path_, ENOMEM)};
     }
     if (!error) return outcome::saved;
+    if (reverts_) return outcome::reverting;
+    meddled = error->code == EBUSY;
     if (!refused_) documents::tell_could_not_save(*error, path_);
     return error->target_damaged ? outcome::damaged : outcome::unchanged;
   }
 
   /// What a damaged file should hold.
   std::optional<documents::safety_copy> copy;
+  /// What stands in the file after a save.
+  std::optional<path::file_version> written;
+  /// A save that failed because another program wrote at the same time.
+  bool meddled = false;
 
  private:
   template <typename Write>
   std::optional<path::write_error> write(documents::save_request& request, Write save) {
-    auto const error = save(request, copy);
-    if (!error || !error->unprotected) return error;
-    refused_ = !documents::ask_to_save_without_copy(path_, *error);
-    if (refused_) return error;
-    request.without_copy = true;
-    return save(request, copy);
+    constexpr int most_changes = 100;  // of a file that is written all the time
+    for (int changes = 0;; ++changes) {
+      auto const error = save(request, copy, written);
+      bool const goes_on =
+          error && changes < most_changes &&
+          ((error->unprotected && !request.without_copy && no_copy(request, *error)) ||
+           (error->changed && may_revert_ && overwrites_changes(request, *error)));
+      if (!goes_on) return error;
+    }
+  }
+
+  bool no_copy(documents::save_request& request, path::write_error const& error) {
+    request.without_copy = documents::ask_to_save_without_copy(path_, error);
+    refused_ = !request.without_copy;
+    return request.without_copy;
+  }
+
+  bool overwrites_changes(documents::save_request& request, path::write_error const& error) {
+    auto const answer = documents::ask_to_overwrite_changes(path_);
+    refused_ = answer != documents::overwriting::keep_ours;
+    reverts_ = answer == documents::overwriting::revert;
+    request.options.known->version = error.found;
+    return !refused_;
+  }
+
+  bool may_ask(std::optional<path::write_error> const& error) const {
+    return error && !refused_ && !error->changed;
   }
 
   std::string const path_;
+  path::write_options const options_;
+  bool const may_revert_;
   bool refused_ = false;
+  bool reverts_ = false;
 };
 
 }  // namespace
@@ -94,46 +132,95 @@ bool WynDocument::mayOverwrite(std::string const& path) const {
   return false;
 }
 
+path::write_options WynDocument::optionsForSaving(std::string const& path) const {
+  path::write_options options;
+  if (path == filename_) {
+    std::optional<path::file_version> version;
+    if (fileStamp_) version = fileStamp_->target;
+    options.known = path::known_file{version, filePlace_};
+    options.attributes_if_new = attributesRead_;
+    return options;
+  }
+  auto const there = documents::stamp_of(path);
+  options.known =
+      path::known_file{there ? std::optional(there->target) : std::nullopt, path::place_of(path)};
+  // Only of the file that was read: another one of that name may be open to everybody.
+  struct stat own;
+  if (fileStamp_ && stat(filename_.c_str(), &own) == 0 && own.st_dev == fileStamp_->target.device &&
+      own.st_ino == fileStamp_->target.inode)
+    options.attributes = own;
+  return options;
+}
+
+/// For a file that is made anew by whoever runs the program: no owner, and of the permissions only
+/// what the umask leaves.
+void WynDocument::takeLeaveOfOwner(path::write_options& options) {
+  if (!options.attributes) return;
+  mode_t const mask = umask(0);
+  umask(mask);
+  options.attributes->st_mode &= ~mask & 0777;
+  options.attributes->st_uid = geteuid();
+  options.attributes->st_gid = static_cast<gid_t>(-1);  // stays
+}
+
+/// What others have written to the file of an unedited text is taken over, as it is at other times.
+void WynDocument::lookBeforeSaving() {
+  if (isDocumentEdited_ || fileModifiedOnDiskAndWaitingForUser_ || !fileStamp_) return;
+  auto const stamp = documents::stamp_of(filename_);
+  if (!stamp || stamp == fileStamp_) return;
+  platform::notification_center::standard().post(fileDidChange, this);
+  checkForFilesystemChanges();
+}
+
 bool WynDocument::writeToFile(std::string const& path) {
-  return write(path, documents::file_attributes::of(filename_));
+  return write(path, false);
 }
 
 bool WynDocument::writeCopyToFile(std::string const& path) {
-  auto const attributes = documents::file_attributes::of(filename_);
-  return write(path, path::exists(path) ? attributes : attributes.for_copy());
+  return write(path, true);
 }
 
-bool WynDocument::write(std::string const& given_path,
-                        documents::file_attributes const& attributes) {
+bool WynDocument::write(std::string const& given_path, bool as_copy) {
   if (given_path.empty()) return false;
   auto const self = weak_from_this().lock();  // an alert may let the last window go
   std::string const path = path::standardize(given_path);
+  bool const is_own = path == filename_;
+  if (is_own) lookBeforeSaving();
   auto const format = formatForSaving();
   if (!format || !mayOverwrite(path)) return false;
   auto const memento = storage_->current_memento;
   // While a password is asked for, events are handled; a change that is our own is no news.
   bool const waiting = std::exchange(fileModifiedOnDiskAndWaitingForUser_, true);
-  asking_save saving(path);
+  auto options = optionsForSaving(path);
+  if (as_copy && !path::exists(path)) takeLeaveOfOwner(options);
+  asking_save saving(path, std::move(options), is_own);
   outcome const result = saving.run(*storage_, *format);
   fileModifiedOnDiskAndWaitingForUser_ = waiting;
   if (saving.copy) safetyCopies_.push_back(std::move(*saving.copy));
-  // It was no other application that has changed the file.
-  if (result == outcome::damaged && path == filename_) fileStamp_ = documents::stamp_of(path);
+  // Where no other application has changed the file there will be nothing to ask.
+  if (result == outcome::damaged && is_own && !saving.meddled)
+    fileStamp_ = documents::stamp_of(path);
+  if (result == outcome::reverting) revertToDisk();
   if (result != outcome::saved) return false;
-  attributes.apply_to(path);
-  didWrite(path, *format, memento);
+  didWrite(path, *format, memento, *saving.written);
   return true;
 }
 
 void WynDocument::didWrite(std::string const& path, encoding::file_format const& format,
-                           unsigned memento) {
+                           unsigned memento, path::file_version const& written) {
   documentHasBeenSaved_ = true;
   fileEncoding_ = format.charset;
   byteOrderMark_ = format.byte_order_mark;
   if (path == filename_) fileContent_ = file_content::kept;
   textIsSaved(memento);
   removeSafetyCopies();
-  fileStamp_ = documents::stamp_of(path);
+  written_file const file{path, documents::stamp_of(path, written), path::place_of(path)};
+  if (path == filename_) {
+    fileStamp_ = file.stamp;
+    filePlace_ = file.place;
+  } else {
+    writtenElsewhere_ = file;
+  }
   if (!openViews_.empty()) saveMetaData(path, *openViews_.back());
   notifyFilename(filename_);
 }
@@ -150,9 +237,8 @@ std::optional<path::file_error> WynDocument::keepUnsavedText() {
   std::optional<documents::safety_copy> copy;
   try {
     auto const bytes = documents::storage_bytes(*storage_, format);
-    if (auto error =
-            documents::safety_copy::create({filename_, displayName(), format, false}, bytes, copy))
-      return error;
+    documents::safety_copy_origin const origin{filename_, displayName(), format, false};
+    if (auto error = documents::safety_copy::create_anywhere(origin, bytes, copy)) return error;
   } catch (std::bad_alloc const&) {
     return path::make_file_error("write", filename_, ENOMEM);
   }

@@ -56,7 +56,11 @@ bool WynDocument::shouldSaveMetaData(std::string const& path) {
 }
 
 void WynDocument::saveMetaData(std::string const& path, text::view const& view) const {
-  if (shouldSaveMetaData(path)) documents::save_view_attributes(path, view);
+  auto const* const stamp = path == filename_ ? (fileStamp_ ? &*fileStamp_ : nullptr)
+                            : writtenElsewhere_ && writtenElsewhere_->path == path
+                                ? &writtenElsewhere_->stamp
+                                : nullptr;
+  if (stamp && shouldSaveMetaData(path)) documents::save_view_attributes(path, stamp->target, view);
 }
 
 void WynDocument::setDidCloseObserver(std::function<void()> documentDidClose) {

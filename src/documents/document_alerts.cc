@@ -43,6 +43,15 @@ std::string cause_of(path::file_error const& error, std::string const& path) {
   return error.message + ".";
 }
 
+platform::alert changed_outside(std::string const& path) {
+  return {"Warning",
+          "The file for the document at " + printable(path::abbreviate_with_tilde(path)) +
+              " has been modified by another application. There are also unsaved changes in "
+              "Quirnote. Do you want to keep the Quirnote version or revert to the version on "
+              "disk?",
+          {"Keep Quirnote Version", "Revert"}};
+}
+
 }  // namespace
 
 void tell_out_of_memory(std::string const& path) {
@@ -115,13 +124,14 @@ bool ask_to_save_without_copy(std::string const& path, path::file_error const& e
 }
 
 bool ask_to_revert(std::string const& path) {
-  return ask({"Warning",
-              "The file for the document at " + printable(path::abbreviate_with_tilde(path)) +
-                  " has been modified by another application. There are also unsaved changes in "
-                  "Quirnote. Do you want to keep the Quirnote version or revert to the version on "
-                  "disk?",
-              {"Keep Quirnote Version", "Revert"}},
-             second_button);
+  return ask(changed_outside(path), second_button);
+}
+
+overwriting ask_to_overwrite_changes(std::string const& path) {
+  platform::alert question = changed_outside(path);
+  question.buttons.push_back("Cancel");
+  question.safe_button = static_cast<std::size_t>(overwriting::cancel);
+  return static_cast<overwriting>(platform::desktop::current().alerts().run(question));
 }
 
 }  // namespace documents

@@ -28,5 +28,8 @@ bool ask_to_lose_attributes(std::string const& path, std::string const& lost);
 bool ask_to_save_without_copy(std::string const& path, path::file_error const& error);
 /// Revert to the version on disk, or keep the one in the window.
 bool ask_to_revert(std::string const& path);
+/// The same at a save that would overwrite what another program has written.
+enum class overwriting { keep_ours, revert, cancel };
+overwriting ask_to_overwrite_changes(std::string const& path);
 
 }  // namespace documents

@@ -1,6 +1,8 @@
 #include "documents/file_metadata.h"
 
+#include <fcntl.h>
 #include <mntent.h>
+#include <sys/stat.h>
 #include <sys/xattr.h>
 #include <zlib.h>
 
@@ -30,19 +32,16 @@ std::string compressed(std::string const& text) {
 }
 
 /// Values too short to be compressed are stored as they are, so what can't be uncompressed stays.
+/// Nothing if there is too much of it: the file may come from anywhere.
 std::string uncompressed(std::string const& bytes) {
-  constexpr uLong enough = 0x100000;
-  std::string text;
-  int result = Z_BUF_ERROR;
-  for (uLong size = bytes.size() * 5; result == Z_BUF_ERROR && size < enough;) {
-    size *= 4;
-    text.resize(size);
-    uLongf used = size;
-    result = uncompress(reinterpret_cast<Bytef*>(text.data()), &used,
-                        reinterpret_cast<Bytef const*>(bytes.data()), bytes.size());
-    if (result == Z_OK) text.resize(used);
-  }
-  return result == Z_OK ? text : bytes;
+  std::string text(max_unpacked_size, '\0');
+  uLongf size = text.size();
+  int const result = uncompress(reinterpret_cast<Bytef*>(text.data()), &size,
+                                reinterpret_cast<Bytef const*>(bytes.data()), bytes.size());
+  if (result == Z_BUF_ERROR && size == text.size()) return "";
+  if (result != Z_OK) return bytes;
+  text.resize(size);
+  return text;
 }
 
 /// Of a list as many elements from the front as there is room for.
@@ -103,29 +102,47 @@ bool disable_xattr(std::string const& path) {
   return std::find(types->begin(), types->end(), type) != types->end();
 }
 
-plist::value GetFileAttribute(std::string const& path, std::string const& name) {
-  if (disable_xattr(path)) return {};
+attribute_file::attribute_file(std::string const& path) : file_(path::file_system_calls::system()) {
+  if (disable_xattr(path)) return;
+  // To open what is no regular file may do something already.
+  if (stat(path.c_str(), &info_) != 0 || !S_ISREG(info_.st_mode)) return;
+  if (file_.open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY) != 0) return;
+  if (fstat(file_.get(), &info_) != 0 || !S_ISREG(info_.st_mode)) file_.close();
+}
+
+bool attribute_file::is(path::file_version const& file) const {
+  return file_.get() >= 0 && info_.st_dev == file.device && info_.st_ino == file.inode;
+}
+
+plist::value attribute_file::get(std::string const& name) const {
   std::string const full_name = "user." + name;
-  if (getxattr(path.c_str(), full_name.c_str(), nullptr, 0) < 1) return {};
+  if (fgetxattr(file_.get(), full_name.c_str(), nullptr, 0) < 1) return {};
   std::string bytes(max_value_size, '\0');  // it may have grown since it was asked for
-  ssize_t const size = getxattr(path.c_str(), full_name.c_str(), bytes.data(), bytes.size());
+  ssize_t const size = fgetxattr(file_.get(), full_name.c_str(), bytes.data(), bytes.size());
   if (size < 1) return {};
   bytes.resize(static_cast<std::size_t>(size));
   return attribute_value(bytes);
 }
 
-void savePlistMetadata(std::string const& path, plist::value const& value,
-                       std::string const& name) {
-  auto const present = GetFileAttribute(path, name);
+void attribute_file::set(std::string const& name, plist::value const& value) const {
   auto const wanted = cut_to_fit(value);
-  if (wanted == present) return;
+  if (wanted == get(name)) return;
   std::string const full_name = "user." + name;
   if (!wanted) {
-    removexattr(path.c_str(), full_name.c_str());
+    fremovexattr(file_.get(), full_name.c_str());
     return;
   }
   std::string const bytes = attribute_bytes(wanted);
-  setxattr(path.c_str(), full_name.c_str(), bytes.data(), bytes.size(), 0);
+  fsetxattr(file_.get(), full_name.c_str(), bytes.data(), bytes.size(), 0);
+}
+
+plist::value GetFileAttribute(std::string const& path, std::string const& name) {
+  return attribute_file(path).get(name);
+}
+
+void savePlistMetadata(std::string const& path, plist::value const& value,
+                       std::string const& name) {
+  attribute_file(path).set(name, value);
 }
 
 }  // namespace documents

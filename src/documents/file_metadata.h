@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "path/file_system_calls.h"
+#include "path/file_version.h"
 #include "plist/value.h"
 
 /// What is remembered of a file outside its text: property lists in its extended attributes, under
@@ -14,6 +16,8 @@ namespace documents {
 /// The largest value that is written, in bytes as they are stored: some file systems have no more
 /// than 4 KiB for all attributes of a file.
 constexpr std::size_t max_attribute_size = 1024;
+/// The largest that is read, in bytes as they come when they have been unpacked.
+constexpr std::size_t max_unpacked_size = std::size_t{128} << 10;
 
 /// The value in the text dialect, compressed where that makes it shorter.
 std::string attribute_bytes(plist::value const& value);
@@ -28,11 +32,27 @@ std::string filesystem(std::string const& path);
 /// whether files there are to have no such attributes, and those that they have aren't looked at.
 bool disable_xattr(std::string const& path);
 
-/// Nothing if there is no such attribute, or if it holds no property list.
-plist::value GetFileAttribute(std::string const& path, std::string const& name);
+/// A regular file that is held open for its attributes, so that they are those of one file. Where
+/// it can't be opened for reading, or they are disabled, it seems to have none.
+class attribute_file {
+ public:
+  explicit attribute_file(std::string const& path);
 
-/// Stores the value, or removes the attribute if the value is nothing. A list that would be too
-/// large loses its last elements. A file whose attribute says the same isn't touched.
+  bool is(path::file_version const& file) const;
+
+  /// Nothing if there is no such attribute, or if it holds no property list.
+  plist::value get(std::string const& name) const;
+
+  /// Stores the value, or removes the attribute if the value is nothing. A list that would be too
+  /// large loses its last elements. A file whose attribute says the same isn't touched.
+  void set(std::string const& name, plist::value const& value) const;
+
+ private:
+  path::file_descriptor file_;
+  struct stat info_ {};
+};
+
+plist::value GetFileAttribute(std::string const& path, std::string const& name);
 void savePlistMetadata(std::string const& path, plist::value const& value, std::string const& name);
 
 }  // namespace documents

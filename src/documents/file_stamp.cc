@@ -3,19 +3,17 @@
 #include <ctime>
 
 namespace documents {
-namespace {
 
-file_date date_of(timespec const& time) {
-  return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+file_stamp stamp_of(std::string const& path, path::file_version const& target) {
+  struct stat entry;
+  bool const is_link = lstat(path.c_str(), &entry) == 0 && S_ISLNK(entry.st_mode);
+  return {is_link ? path::nanoseconds(entry.st_mtim) : target.modified, target};
 }
 
-}  // namespace
-
 std::optional<file_stamp> stamp_of(std::string const& path) {
-  struct stat entry, target;
-  if (lstat(path.c_str(), &entry) != 0 || stat(path.c_str(), &target) != 0) return std::nullopt;
-  return file_stamp{date_of(entry.st_mtim), date_of(target.st_mtim),
-                    static_cast<std::uint64_t>(target.st_size)};
+  struct stat target;
+  if (stat(path.c_str(), &target) != 0) return std::nullopt;
+  return stamp_of(path, path::version_of(target));
 }
 
 std::string description(file_date date) {

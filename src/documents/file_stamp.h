@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "path/file_version.h"
+
 namespace documents {
 
 /// Nanoseconds since 1970-01-01 00:00:00 UTC.
@@ -14,16 +16,21 @@ using file_date = std::int64_t;
 /// By what it is seen that a file was changed by somebody else: if the stamps are equal it was not.
 struct file_stamp {
   file_date modified = 0;  ///< of the path itself, which may be a link
-  file_date target_modified = 0;
-  /// Tells two changes within one tick of the file system's clock apart. (The inode would too, but
-  /// some file systems over a network change it without a reason.)
-  std::uint64_t target_size = 0;
+  path::file_version target;
 
-  friend bool operator==(file_stamp const&, file_stamp const&) = default;
+  /// Without a look at the inode, which some file systems over a network change for no reason. The
+  /// size tells two changes within one tick of the file system's clock apart. Who is about to
+  /// overwrite the file compares `target`.
+  friend bool operator==(file_stamp const& a, file_stamp const& b) {
+    return a.modified == b.modified && a.target.modified == b.target.modified &&
+           a.target.size == b.target.size;
+  }
 };
 
 /// Nothing if there is no file (or a link that leads nowhere).
 std::optional<file_stamp> stamp_of(std::string const& path);
+/// That of a file at `path` of which the version is known from its descriptor.
+file_stamp stamp_of(std::string const& path, path::file_version const& target);
 
 /// "2026-11-21 09:30:00 +0000"
 std::string description(file_date date);

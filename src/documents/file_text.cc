@@ -69,10 +69,25 @@ std::optional<path::file_error> append_rest(path::file_reader& reader, std::stri
   return std::nullopt;
 }
 
-std::optional<path::file_error> load(std::string const& path, loaded_bytes& bytes,
+void note_identity(std::string const& path, struct stat const& info, file_text& text) {
+  text.stamp = stamp_of(path, path::version_of(info));
+  text.info = info;
+  path::open_place place;
+  if (place.open(path)) return;
+  auto const there = place.info();
+  if (there && path::is_same_file(*there, info)) text.place = place.place();
+}
+
+std::optional<path::file_error> load(std::string const& path, loaded_bytes& bytes, file_text& text,
                                      std::size_t skip) {
   path::file_reader reader;
-  if (auto error = reader.open(path)) return error;
+  text.stamp.reset();
+  text.place = {};
+  if (auto error = reader.open(path)) {
+    if (error->code == ENOENT) text.place = path::place_of(path).value_or(path::file_place());
+    return error;
+  }
+  note_identity(path, reader.info(), text);
   std::vector<unsigned char> skipped(skip);
   if (auto const head = reader.read(skipped.data(), skip); head.error) return head.error;
   auto const size = static_cast<std::size_t>(reader.info().st_size);
@@ -131,9 +146,8 @@ bool preserves_supplementary_characters() {
 std::optional<path::file_error> read_file_text(std::string const& path,
                                                std::optional<encoding::charset_t> charset,
                                                bool pairs, file_text& text, std::size_t skip) {
-  text.stamp = stamp_of(path);
   loaded_bytes bytes;
-  if (auto error = load(path, bytes, skip)) return error;
+  if (auto error = load(path, bytes, text, skip)) return error;
   decode(bytes, charset, pairs, text);
   return std::nullopt;
 }

@@ -9,6 +9,7 @@
 #include "encoding/charset.h"
 #include "encoding/line_ending.h"
 #include "path/file_error.h"
+#include "path/file_place.h"
 #include "text/text_block.h"
 
 namespace documents {
@@ -25,8 +26,12 @@ struct file_text {
   /// Its line ends are mixed, and control characters tell that it is no text: to make the line ends
   /// equal, as is done to every text, would damage it.
   bool binary = false;
-  /// As of before the reading, so that what is written meanwhile counts as a later change.
+  /// Of the file that was read, as of before the reading, so that what is written meanwhile counts
+  /// as a later change. Nothing if there was no file.
   std::optional<file_stamp> stamp;
+  std::optional<struct stat> info;
+  /// Where the path led then; no place at all if it led elsewhere a moment later.
+  path::file_place place;
 };
 
 /// The most bytes that a file can have to be read as text: none gives more than one unit, and

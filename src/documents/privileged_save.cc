@@ -10,9 +10,11 @@
 #include <cstdlib>
 #include <memory>
 
-#include "documents/file_stamp.h"
+#include "documents/printable_name.h"
 #include "path/file_output.h"
+#include "path/file_place.h"
 #include "path/path.h"
+#include "path/write_target.h"
 #include "platform/desktop.h"
 #include "platform/library_folders.h"
 #include "platform/run_program.h"
@@ -30,10 +32,10 @@ std::string real_path(std::string const& path) {
 }
 
 /// The file as the program that writes it is told of it: where it is, links followed, and which
-/// file that is.
+/// version of it may be overwritten. That program compares both and follows no link.
 struct target {
   std::string path, identity;
-  std::optional<file_stamp> stamp;
+  std::optional<path::file_version> version;
 };
 
 std::optional<target> target_at(std::string const& path) {
@@ -47,8 +49,46 @@ std::optional<target> target_at(std::string const& path) {
   std::string const real = real_path(path);
   if (real.empty() || lstat(real.c_str(), &info) != 0 || !S_ISREG(info.st_mode))
     return std::nullopt;
-  return target{real, std::to_string(info.st_dev) + ":" + std::to_string(info.st_ino),
-                stamp_of(real)};
+  auto const version = path::version_of(info);
+  auto const text = [](auto number) { return std::to_string(number); };
+  return target{real,
+                text(version.device) + ":" + text(version.inode) + ":" + text(version.size) + ":" +
+                    text(version.modified),
+                version};
+}
+
+/// The first part of the path, whose links have been followed, that somebody other than root may
+/// change; "" if none. Whoever changes the program that writes gets the rights that are asked for.
+std::string changeable_by_others(std::string const& program) {
+  for (std::size_t end = 0; end != program.npos;) {
+    end = program.find('/', end + 1);
+    std::string const part = program.substr(0, end);
+    struct stat info;
+    if (lstat(part.c_str(), &info) != 0 || info.st_uid != 0 || (info.st_mode & 022)) return part;
+  }
+  return "";
+}
+
+/// An error, by which nothing was written, if this is not the file that the user knows.
+std::optional<path::write_error> refusal_of(target const& target, save_request const& request) {
+  auto const& known = request.options.known;
+  if (!known) return std::nullopt;
+  if (known->place) {
+    auto const place = path::place_of(request.path);
+    if (!place || !place->is_reached_as(*known->place) || place->target != target.path)
+      return path::write_error{path::leads_elsewhere(request.path)};
+  }
+  if (!target.version || target.version == known->version) return std::nullopt;
+  path::write_error changed{{"open", request.path, EBUSY, "Another program has changed it"}};
+  changed.changed = true;
+  changed.found = target.version;
+  return changed;
+}
+
+std::optional<path::file_version> version_at(std::string const& path) {
+  struct stat info;
+  if (lstat(path.c_str(), &info) != 0) return std::nullopt;
+  return path::version_of(info);
 }
 
 /// The contents in memory, open and not to be changed, or -1. A pipe instead would have to be
@@ -92,7 +132,7 @@ std::optional<path::write_error> write_to(target const& target, std::string cons
   error.operation = "quirnote-write-file";
   if (exited) error.message = reason_in(result.standard_error);
   error.target_damaged =
-      exited ? status == write_file_status::damaged : stamp_of(target.path) != target.stamp;
+      exited ? status == write_file_status::damaged : version_at(target.path) != target.version;
   return error;
 }
 
@@ -105,11 +145,21 @@ bool lacks_permission(path::write_error const& error) {
 
 std::optional<path::write_error> save_with_privileges(save_request const& request,
                                                       std::optional<safety_copy>& copy,
+                                                      std::optional<path::file_version>& written,
                                                       path::write_error const& refused) {
   std::string const program = real_path(platform::module_folder() + "/quirnote-write-file");
   auto const target = target_at(request.path);
   if (!target || program.empty()) return refused;
-  if (target->stamp) {
+  if (std::string const part = changeable_by_others(program); !part.empty()) {
+    path::write_error error = refused;
+    error.message +=
+        ". It isn't written with an administrator's rights either, because others may "
+        "change the program for that: " +
+        printable(part);
+    return error;
+  }
+  if (auto const refusal = refusal_of(*target, request)) return refusal;
+  if (target->version) {
     auto const failure =
         safety_copy::create({request.path, "", request.format}, request.contents, copy);
     if (failure && !request.without_copy) return path::write_error{*failure, false, true};
@@ -122,6 +172,7 @@ std::optional<path::write_error> save_with_privileges(save_request const& reques
     copy->remove();
     copy.reset();
   }
+  if (!error) written = version_at(target->path).value_or(path::file_version());
   return error;
 }
 

@@ -16,6 +16,7 @@ bool lacks_permission(path::write_error const& error);
 /// the disk; the refusal if the rights can't be had.
 std::optional<path::write_error> save_with_privileges(save_request const& request,
                                                       std::optional<safety_copy>& copy,
+                                                      std::optional<path::file_version>& written,
                                                       path::write_error const& refused);
 
 }  // namespace documents

@@ -33,7 +33,8 @@ std::optional<path::file_error> failure(char const* operation, std::string const
   return path::make_file_error(operation, path, errno);
 }
 
-/// The state folder, made if need be. Nobody else can enter it or has made it.
+/// The state folder or one that takes its place, made if need be. Nobody else can enter it or has
+/// made it.
 std::optional<path::file_error> prepare(std::string const& folder, path::file_system_calls& calls) {
   std::vector<std::string> missing;
   for (std::string at = folder; access(at.c_str(), F_OK) != 0 && errno == ENOENT && at != ".";
@@ -114,6 +115,30 @@ bool folder_is_ours(std::string const& folder) {
   return stat(folder.c_str(), &info) == 0 && info.st_uid == geteuid();
 }
 
+std::vector<std::string> private_folders() {
+  std::vector<std::string> result = {platform::state_folder()};
+  if (auto const folder = platform::runtime_folder()) result.push_back(*folder);
+  result.push_back(platform::cache_folder());
+  return result;
+}
+
+/// Others may have put something there before.
+std::string folder_in_tmp() {
+  std::string const folder = "/tmp/Quirnote-" + std::to_string(geteuid());
+  struct stat info;
+  bool const is_link = lstat(folder.c_str(), &info) == 0 && S_ISLNK(info.st_mode);
+  return is_link ? "" : folder;
+}
+
+constexpr int most_beside = 9;
+
+/// The nth name for a copy in the file's own folder.
+std::string name_beside(std::string const& path, int n) {
+  std::string const name = path.substr(path.rfind('/') + 1, 200);
+  return platform::folder_of(path) + "/." + name + ".quirnote-unsaved" +
+         (n == 0 ? "" : "-" + std::to_string(n + 1));
+}
+
 void remove_unfinished(std::string const& path) {
   struct stat info;
   auto const file = take(path, info);
@@ -148,6 +173,39 @@ std::optional<path::file_error> safety_copy::create(safety_copy_origin origin,
                                                     path::file_system_calls& calls) {
   std::string const folder = platform::state_folder();
   if (auto error = prepare(folder, calls)) return error;
+  return create_as(unused_name(folder), std::move(origin), contents, copy, calls);
+}
+
+std::optional<path::file_error> safety_copy::create_anywhere(safety_copy_origin const& origin,
+                                                             path::file_contents const& contents,
+                                                             std::optional<safety_copy>& copy,
+                                                             path::file_system_calls& calls) {
+  std::optional<path::file_error> first;
+  auto const succeeds = [&](std::optional<path::file_error> const& error) {
+    if (error && !first) first = error;
+    return !error;
+  };
+  auto const goes_into = [&](std::string const& folder) {
+    return succeeds(prepare(folder, calls)) &&
+           succeeds(create_as(unused_name(folder), origin, contents, copy, calls));
+  };
+  for (std::string const& folder : private_folders())
+    if (goes_into(folder)) return std::nullopt;
+  if (!origin.path.empty()) {
+    int n = 0;
+    while (n < most_beside && access(name_beside(origin.path, n).c_str(), F_OK) == 0) ++n;
+    if (succeeds(create_as(name_beside(origin.path, n), origin, contents, copy, calls)))
+      return std::nullopt;
+  }
+  std::string const last = folder_in_tmp();
+  return !last.empty() && goes_into(last) ? std::nullopt : first;
+}
+
+std::optional<path::file_error> safety_copy::create_as(std::string const& name,
+                                                       safety_copy_origin origin,
+                                                       path::file_contents const& contents,
+                                                       std::optional<safety_copy>& copy,
+                                                       path::file_system_calls& calls) {
   origin.date = now();
   std::string const header = header_of(origin);
   path::file_contents const all{header.size() + contents.size, [&](path::byte_sink const& sink) {
@@ -156,7 +214,7 @@ std::optional<path::file_error> safety_copy::create(safety_copy_origin origin,
                                   return sink(bytes, header.size()) && contents.produce(sink);
                                 }};
 
-  std::string const name = unused_name(folder), part = name + std::string(unfinished);
+  std::string const part = name + std::string(unfinished);
   path::file_output output(calls);
   if (auto error = output.open(part, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600)) return error;
   auto const finish = [&]() -> std::optional<path::file_error> {
@@ -198,41 +256,54 @@ bool safety_copy::read_header() {
     return false;
   plist::value const values = plist::read_xml(head.substr(begin, size)).value;
   auto const* path = values["path"].as_data();
-  auto const charset = values["charset"].integer_or(-1), ends = values["lineEnding"].integer_or(-1);
-  if (!path || charset < encoding::ASCII || charset > encoding::CP1252 || ends < line_ending::LF ||
-      ends > line_ending::CRLF)
-    return false;
+  auto const charset = encoding::charset_of_number(values["charset"].integer_or(-1));
+  auto const ends = values["lineEnding"].integer_or(-1);
+  if (!path || !charset || ends < line_ending::LF || ends > line_ending::CRLF) return false;
   origin_.path.assign(path->begin(), path->end());
   origin_.title = values["title"].string_or("");
   origin_.overwrites = values["overwrites"].boolean_or(true);
   origin_.date = values["date"].integer_or(0);
-  origin_.format = {static_cast<encoding::charset_t>(charset), static_cast<line_ending::type>(ends),
+  origin_.format = {*charset, static_cast<line_ending::type>(ends),
                     values["byteOrderMark"].boolean_or(false), values["pairs"].boolean_or(true)};
   header_size_ = begin + size;
   return true;
 }
 
+std::optional<safety_copy> safety_copy::found_at(std::string const& path) {
+  struct stat info;
+  auto file = take(path, info);
+  if (!file) return std::nullopt;
+  safety_copy copy(path, std::move(file));
+  if (copy.read_header()) return copy;
+  std::fprintf(stderr, "Quirnote: %s is no safety copy\n", path.c_str());
+  return std::nullopt;
+}
+
 std::vector<safety_copy> safety_copy::left_over() {
   std::vector<safety_copy> result;
-  std::string const folder = platform::state_folder();
-  if (!folder_is_ours(folder)) return result;
-  for (std::string const& name : names_in(folder)) {
-    std::string const path = folder + "/" + name;
-    if (name.ends_with(unfinished)) {
-      remove_unfinished(path);
-      continue;
+  auto folders = private_folders();
+  folders.push_back(folder_in_tmp());
+  for (std::string const& folder : folders) {
+    if (!folder_is_ours(folder)) continue;
+    for (std::string const& name : names_in(folder)) {
+      std::string const path = folder + "/" + name;
+      if (name.ends_with(unfinished))
+        remove_unfinished(path);
+      else if (auto copy = found_at(path))
+        result.push_back(std::move(*copy));
     }
-    struct stat info;
-    auto file = take(path, info);
-    if (!file) continue;
-    safety_copy copy(path, std::move(file));
-    if (copy.read_header())
-      result.push_back(std::move(copy));
-    else
-      std::fprintf(stderr, "Quirnote: %s is no safety copy\n", path.c_str());
   }
   std::sort(result.begin(), result.end(),
             [](auto const& a, auto const& b) { return a.origin_.date < b.origin_.date; });
+  return result;
+}
+
+std::vector<safety_copy> safety_copy::left_over_beside(std::string const& path) {
+  std::vector<safety_copy> result;
+  for (int n = 0; n <= most_beside; ++n) {
+    auto copy = found_at(name_beside(path, n));
+    if (copy && copy->origin_.path == path) result.push_back(std::move(*copy));
+  }
   return result;
 }
 

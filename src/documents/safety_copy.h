@@ -38,9 +38,19 @@ class safety_copy {
       std::optional<safety_copy>& copy,
       path::file_system_calls& calls = path::file_system_calls::system());
 
+  /// The same in the first folder that takes it: the state folder, the runtime folder, that of the
+  /// cache, the file's own folder, and one of this user's in /tmp. The error is that of the first.
+  static std::optional<path::file_error> create_anywhere(
+      safety_copy_origin const& origin, path::file_contents const& contents,
+      std::optional<safety_copy>& copy,
+      path::file_system_calls& calls = path::file_system_calls::system());
+
   /// Those that no running program holds, oldest first; removes what an interrupted `create` left.
-  /// Files of other users, links and whatever wasn't made by `create` are passed over.
+  /// Files of other users, links and whatever wasn't made by `create` are passed over, and so are
+  /// those in the folders of files.
   static std::vector<safety_copy> left_over();
+  /// Those in the file's own folder that belong to it.
+  static std::vector<safety_copy> left_over_beside(std::string const& path);
 
   safety_copy(safety_copy&&) noexcept;
   safety_copy& operator=(safety_copy&&) noexcept;
@@ -60,6 +70,12 @@ class safety_copy {
 
  private:
   safety_copy(std::string file, std::unique_ptr<path::file_descriptor> lock);
+  static std::optional<path::file_error> create_as(std::string const& name,
+                                                   safety_copy_origin origin,
+                                                   path::file_contents const& contents,
+                                                   std::optional<safety_copy>& copy,
+                                                   path::file_system_calls& calls);
+  static std::optional<safety_copy> found_at(std::string const& path);
   bool read_header();
 
   std::string file_;

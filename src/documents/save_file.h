@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/stat.h>
-
 #include <optional>
 #include <string>
 
@@ -16,6 +14,8 @@ struct save_request {
   std::string path;
   path::file_contents contents;
   encoding::file_format format;  ///< in which the contents were made
+  /// What may be overwritten, and what the file gets besides; `protect` is set by save_file.
+  path::write_options options;
   /// The user wants the file overwritten even if no safety copy can be made.
   bool without_copy = false;
 };
@@ -23,13 +23,11 @@ struct save_request {
 /// Writes the contents: atomically if the user default WynSaveAtomically is true or there is no
 /// file yet, unless the file would lose something by that (other links to it, its owner, its
 /// attributes); else in place, when a safety copy holds the new bytes until they are on the disk.
-/// Nothing if all went well. If the file is damaged `copy` holds what it should hold.
+/// Nothing if all went well, and `written` is set. If the file is damaged `copy` holds what it
+/// should hold.
 std::optional<path::write_error> save_file(save_request const& request,
-                                           std::optional<safety_copy>& copy);
-
-/// The same for a file whose permissions forbid it: they are set aside for so long.
-std::optional<path::write_error> save_read_only_file(save_request const& request,
-                                                     std::optional<safety_copy>& copy);
+                                           std::optional<safety_copy>& copy,
+                                           std::optional<path::file_version>& written);
 
 /// Which of the file's attributes writing it would take away that can't be given back, in words
 /// for the user ("its set-user-ID mark"); "" if none.
@@ -37,21 +35,5 @@ std::string lost_by_saving(std::string const& path);
 
 /// Whether there is a file whose permissions let nobody write it.
 bool is_read_only(std::string const& path);
-
-/// What a file keeps when it is saved again or elsewhere: its permissions, owner and group.
-class file_attributes {
- public:
-  /// Those of the file that the path leads to; none if there is no file.
-  static file_attributes of(std::string const& path);
-
-  /// For a file that is made anew by whoever runs the program: no owner, and of the permissions
-  /// only what the umask leaves.
-  file_attributes for_copy() const;
-  /// Sets what differs and may be set.
-  void apply_to(std::string const& path) const;
-
- private:
-  std::optional<struct stat> info_;
-};
 
 }  // namespace documents

@@ -1,9 +1,9 @@
 #include "documents/view_metadata.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <optional>
+#include <span>
 
 #include "documents/file_metadata.h"
 #include "text/bookmark_filter.h"
@@ -42,8 +42,14 @@ text::iterator at_offset(text::storage& storage, std::size_t offset) {
   return nearest(storage, line, offset);
 }
 
+/// The elements of a list that may come from anywhere, as many of them as are looked at.
+std::span<plist::value const> first_elements(plist::value const& list) {
+  constexpr std::size_t most = 10000;
+  return std::span(list.elements()).first(std::min(most, list.elements().size()));
+}
+
 void load_bookmarks(plist::value const& list, text::view& view) {
-  for (plist::value const& element : list.elements())
+  for (plist::value const& element : first_elements(list))
     if (auto const line = number(element); line && *line < view.storage->lines())
       view.set_bookmark(*line, 0, true);
 }
@@ -57,7 +63,7 @@ plist::value bookmarks_of(text::view const& view) {
 
 void load_folds(plist::value const& list, text::view& view) {
   std::vector<folding_t> folds;
-  for (plist::value const& element : list.elements()) {
+  for (plist::value const& element : first_elements(list)) {
     auto const field = [&](char const* key, char const* long_key) {
       return number(element[key] ? element[key] : element[long_key]);
     };
@@ -65,8 +71,6 @@ void load_folds(plist::value const& list, text::view& view) {
     if (!from || !to || !indent) continue;
     if (*from < *to && *to < view.storage->lines())
       folds.push_back({static_cast<uint32_t>(*from), static_cast<uint32_t>(*to)});
-    else
-      std::printf("skip folding: %zu - %zu\n", *from, *to);
   }
   view.folding_filter->restore(folds);
 }
@@ -129,18 +133,21 @@ void set_view_metadata(text::view& view, plist::value const& metadata) {
 }
 
 void load_view_attributes(std::string const& path, text::view& view) {
-  load_bookmarks(GetFileAttribute(path, bookmarks_name), view);
-  load_folds(GetFileAttribute(path, foldings_name), view);
-  load_caret(GetFileAttribute(path, caret_name), view);
+  attribute_file const file(path);
+  load_bookmarks(file.get(bookmarks_name), view);
+  load_folds(file.get(foldings_name), view);
+  load_caret(file.get(caret_name), view);
 }
 
-void save_view_attributes(std::string const& path, text::view const& view) {
-  savePlistMetadata(path, bookmarks_of(view), bookmarks_name);
-  savePlistMetadata(path, folds_of(view), foldings_name);
+void save_view_attributes(std::string const& path, path::file_version const& version,
+                          text::view const& view) {
+  attribute_file const file(path);
+  if (!file.is(version)) return;
+  file.set(bookmarks_name, bookmarks_of(view));
+  file.set(foldings_name, folds_of(view));
   text::iterator const& caret = view.selection.current_mark.base;
-  savePlistMetadata(
-      path, plist::dictionary{{"line", decimal(caret.line)}, {"column", decimal(caret.column)}},
-      caret_name);
+  file.set(caret_name,
+           plist::dictionary{{"line", decimal(caret.line)}, {"column", decimal(caret.column)}});
 }
 
 void go_to_position(text::view& view, plist::data const& record) {

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "path/file_version.h"
 #include "plist/value.h"
 #include "text/view.h"
 
@@ -20,8 +21,9 @@ void set_view_metadata(text::view& view, plist::value const& metadata);
 /// Bookmarks, folds and caret from the attributes of the file that the view's text was read from.
 /// What doesn't fit the text is left out, or moved to where the text ends.
 void load_view_attributes(std::string const& path, text::view& view);
-/// Stores them. The file must exist.
-void save_view_attributes(std::string const& path, text::view const& view);
+/// Stores them, if the path leads to this file, whatever has been written to it.
+void save_view_attributes(std::string const& path, path::file_version const& file,
+                          text::view const& view);
 
 /// Goes to what an external editor's client has asked for: a line or a range of units. `record` is
 /// its block of bytes, in this machine's order: the number of a line, from 0, in 16 bits at byte 2;

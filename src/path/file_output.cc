@@ -28,6 +28,14 @@ std::optional<file_error> file_output::open(std::string const& path, int flags, 
   return std::nullopt;
 }
 
+std::optional<file_error> file_output::openat(int folder, std::string const& name,
+                                              std::string const& path, int flags, mode_t mode) {
+  path_ = path;
+  int const code = file_.openat(folder, name, flags | O_NONBLOCK | O_NOCTTY, mode);
+  if (code) return make_file_error("open", path, code);
+  return std::nullopt;
+}
+
 bool file_output::write_piece(unsigned char const* bytes, std::size_t size) {
   while (size != 0) {
     ssize_t const written = uninterrupted([&] { return calls_.write(file_.get(), bytes, size); });
@@ -52,11 +60,13 @@ void file_output::begin_writeback() {
   handed_over_ = bytes_written_;
 }
 
-std::optional<file_error> file_output::write(file_contents const& contents) {
+std::optional<file_error> file_output::write(
+    file_contents const& contents, std::function<std::optional<file_error>()> const& look) {
   std::optional<file_error> failure;
   try {
     contents.produce([&](unsigned char const* bytes, std::size_t size) {
-      if (!write_piece(bytes, size)) failure = error("write");
+      if (look) failure = look();
+      if (!failure && !write_piece(bytes, size)) failure = error("write");
       return !failure;
     });
   } catch (std::bad_alloc const&) {

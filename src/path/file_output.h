@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -15,8 +16,13 @@ class file_output {
   explicit file_output(file_system_calls& calls) : calls_(calls), file_(calls) {}
 
   std::optional<file_error> open(std::string const& path, int flags, mode_t mode = 0);
-  /// Writes all of the contents, to a file that has just been opened.
-  std::optional<file_error> write(file_contents const& contents);
+  /// The same for a name in an open folder, which is called `path` in errors.
+  std::optional<file_error> openat(int folder, std::string const& name, std::string const& path,
+                                   int flags, mode_t mode = 0);
+  /// Writes all of the contents, to a file that has just been opened, and calls `look` before each
+  /// piece of them unless it is null. What that gives ends the writing.
+  std::optional<file_error> write(file_contents const& contents,
+                                  std::function<std::optional<file_error>()> const& look = nullptr);
   std::optional<file_error> sync();
   std::optional<file_error> close();
 

@@ -6,12 +6,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
-#include <set>
 #include <sstream>
 #include <vector>
 
@@ -35,21 +35,45 @@ std::optional<std::string> target_of_link(std::string const& link) {
   }
 }
 
-std::string resolve_links(std::string const& path, bool resolve_parent,
-                          std::set<std::string>& visited) {
-  if (path == "/" || !path.starts_with('/') || !visited.insert(path).second) return path;
-  std::string folder = parent(path);
-  if (resolve_parent) folder = resolve_links(folder, true, visited);
-  std::string const joined = join(folder, name(path));
+constexpr int most_links = 40;  // the kernel's own limit
+
+/// The target of what stands at `path`, if that is a link. False, after a word on standard error,
+/// for a link that can't be read.
+bool read_link(std::string const& path, std::optional<std::string>& target) {
   struct stat info;
-  if (lstat(joined.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return joined;
-  auto const target = target_of_link(joined);
-  if (!target) {
-    std::fprintf(stderr, "*** error reading link \u2018%s\u2019\n", joined.c_str());
-    return "";
+  if (lstat(path.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return true;
+  target = target_of_link(path);
+  if (!target) std::fprintf(stderr, "*** error reading link \u2018%s\u2019\n", path.c_str());
+  return target.has_value();
+}
+
+/// Follows the links in every component. Past `most_links` of them the rest is joined unresolved.
+std::string resolve_links(std::string const& path) {
+  std::string done = "/";
+  std::string rest = path;
+  for (int links = 0; !rest.empty();) {
+    rest.erase(0, rest.find_first_not_of('/'));
+    std::size_t const end = std::min(rest.find('/'), rest.size());
+    std::string const component = rest.substr(0, end);
+    rest.erase(0, end);
+    if (component.empty()) break;
+    if (component == ".." && done == "/") {
+      done = "/..";  // stays, as in any normalized path
+      continue;
+    }
+    std::string const joined = join(done, component);
+    std::optional<std::string> target;
+    if (component != ".." && !read_link(joined, target)) return "";
+    if (!target) {
+      done = joined;
+      continue;
+    }
+    if (++links > most_links || target->size() + rest.size() >= PATH_MAX)
+      return join(joined, rest.empty() ? "." : rest.substr(1));
+    if (target->starts_with('/')) done = "/";
+    rest = *target + rest;
   }
-  std::string const next = join(folder, *target);
-  return next.size() < PATH_MAX ? resolve_links(next, resolve_parent, visited) : joined;
+  return done;
 }
 
 /// The folder that ".." in the absolute path `folder` is.
@@ -87,14 +111,23 @@ std::string cwd() {
 }
 
 std::string resolve(std::string const& path) {
-  std::set<std::string> visited;
   std::string const normal = normalize(path);
-  return normal.size() < PATH_MAX ? resolve_links(normal, true, visited) : normal;
+  if (!normal.starts_with('/') || normal.size() >= PATH_MAX) return normal;
+  return resolve_links(normal);
 }
 
 std::string resolve_head(std::string const& path) {
-  std::set<std::string> visited;
-  return resolve_links(normalize(path), false, visited);
+  std::string result = normalize(path);
+  if (!result.starts_with('/')) return result;
+  for (int links = 0; links < most_links; ++links) {
+    std::optional<std::string> target;
+    if (!read_link(result, target)) return "";
+    if (!target) break;
+    std::string const next = join(parent(result), *target);
+    if (next.size() >= PATH_MAX) break;
+    result = next;
+  }
+  return result;
 }
 
 std::string standardize(std::string const& path) {
@@ -124,12 +157,15 @@ std::optional<file_error> read_content(std::string const& path, std::string& byt
   file_reader reader;
   if (auto error = reader.open(path)) return error;
   reader.will_be_read_once();
+  bool too_large = static_cast<std::uint64_t>(reader.info().st_size) > largest_content;
   char buffer[8192];
-  for (;;) {
+  while (!too_large) {
     auto const [count, error] = reader.read(buffer, sizeof buffer);
     bytes.append(buffer, count);
     if (error || count < sizeof buffer) return error;
+    too_large = bytes.size() > largest_content;
   }
+  return make_file_error("read", path, EFBIG);
 }
 
 std::string content(std::string const& path) {

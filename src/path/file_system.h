@@ -38,7 +38,11 @@ std::string standardize(std::string const& path);
 /// The path with "~" for the home folder, for messages.
 std::string abbreviate_with_tilde(std::string const& path);
 
-/// Appends what the file holds to `bytes`; also what came before an error.
+/// In bytes; a document can be larger.
+constexpr std::size_t largest_content = std::size_t{512} << 20;
+
+/// Appends what the file holds to `bytes`; also what came before an error. A file that holds more
+/// than `largest_content` is refused: EFBIG.
 std::optional<file_error> read_content(std::string const& path, std::string& bytes);
 
 /// What the file holds; "" if it can't be read or is no regular file.

@@ -1,6 +1,7 @@
 #include "path/file_system_calls.h"
 
 #include <fcntl.h>
+#include <stdio.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -21,6 +22,19 @@ int file_system_calls::futimens(int fd, timespec const times[2]) {
   return ::futimens(fd, times);
 }
 
+int file_system_calls::chmod(char const* path, mode_t mode) {
+  return ::chmod(path, mode);
+}
+int file_system_calls::openat(int folder, char const* name, int flags, mode_t mode) {
+  return ::openat(folder, name, flags, mode);
+}
+int file_system_calls::unlinkat(int folder, char const* name) {
+  return ::unlinkat(folder, name, 0);
+}
+int file_system_calls::renameat2(int folder, char const* from, char const* to, unsigned flags) {
+  return ::renameat2(folder, from, folder, to, flags);
+}
+
 file_system_calls& file_system_calls::system() {
   static file_system_calls instance;
   return instance;
@@ -29,6 +43,13 @@ file_system_calls& file_system_calls::system() {
 int file_descriptor::open(std::string const& path, int flags, mode_t mode) {
   close();
   fd_ = uninterrupted([&] { return calls_->open(path.c_str(), flags | O_CLOEXEC, mode); });
+  return fd_ < 0 ? errno : 0;
+}
+
+int file_descriptor::openat(int folder, std::string const& name, int flags, mode_t mode) {
+  close();
+  fd_ =
+      uninterrupted([&] { return calls_->openat(folder, name.c_str(), flags | O_CLOEXEC, mode); });
   return fd_ < 0 ? errno : 0;
 }
 

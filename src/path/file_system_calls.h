@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cerrno>
+#include <string>
+#include <utility>
+
 #include "platform/replace_file.h"
 
 namespace path {
@@ -12,6 +16,11 @@ class file_system_calls : public platform::file_calls {
   virtual int fallocate(int fd, int mode, off_t offset, off_t length);
   virtual int fchown(int fd, uid_t owner, gid_t group);
   virtual int futimens(int fd, timespec const times[2]);
+  virtual int chmod(char const* path, mode_t mode);
+  // Names in an open folder; links aren't followed.
+  virtual int openat(int folder, char const* name, int flags, mode_t mode);
+  virtual int unlinkat(int folder, char const* name);
+  virtual int renameat2(int folder, char const* from, char const* to, unsigned flags);
 
   /// The real ones.
   static file_system_calls& system();
@@ -21,12 +30,19 @@ class file_system_calls : public platform::file_calls {
 class file_descriptor {
  public:
   explicit file_descriptor(file_system_calls& calls) : calls_(&calls) {}
-  file_descriptor(file_descriptor const&) = delete;
-  file_descriptor& operator=(file_descriptor const&) = delete;
+  file_descriptor(file_descriptor&& other) noexcept
+      : calls_(other.calls_), fd_(std::exchange(other.fd_, -1)) {}
+  file_descriptor& operator=(file_descriptor&& other) noexcept {
+    std::swap(calls_, other.calls_);
+    std::swap(fd_, other.fd_);
+    return *this;
+  }
   ~file_descriptor() { close(); }
 
   /// 0 or an errno. The descriptor isn't inherited by programs that are run.
   int open(std::string const& path, int flags, mode_t mode = 0);
+  /// The same for a name in the open `folder`.
+  int openat(int folder, std::string const& name, int flags, mode_t mode = 0);
   /// 0 or an errno; the file is closed in any case.
   int close();
   int get() const { return fd_; }

@@ -16,22 +16,18 @@ namespace {
 
 constexpr std::time_t age_of_left_over = 60;  // seconds, longer than it takes to hold a new file
 
-std::string folder_with_slash(std::string const& target) {
-  return target.substr(0, target.rfind('/') + 1);
-}
-
 /// Short enough for any file system, with the number behind it.
-std::string prefix_of(std::string const& target) {
-  return "." + target.substr(target.rfind('/') + 1, 200) + ".quirnote-";
+std::string prefix_of(std::string const& name) {
+  return "." + name.substr(0, 200) + ".quirnote-";
 }
 
 bool is_number(std::string_view text) {
   return !text.empty() && text.find_first_not_of("0123456789") == text.npos;
 }
 
-bool is_left_over(std::string const& path, file_system_calls& calls) {
+bool is_left_over(int folder, char const* name, file_system_calls& calls) {
   file_descriptor file(calls);
-  if (file.open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY) != 0) return false;
+  if (file.openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY) != 0) return false;
   struct stat info;
   return fstat(file.get(), &info) == 0 && S_ISREG(info.st_mode) && info.st_nlink == 1 &&
          info.st_uid == geteuid() && info.st_mtime < std::time(nullptr) - age_of_left_over &&
@@ -40,9 +36,9 @@ bool is_left_over(std::string const& path, file_system_calls& calls) {
 
 }  // namespace
 
-std::string neighbour_of(std::string const& target) {
+std::string neighbour_of(std::string const& name) {
   static std::minstd_rand random(std::random_device{}());
-  return folder_with_slash(target) + prefix_of(target) + std::to_string(random());
+  return prefix_of(name) + std::to_string(random());
 }
 
 // Where files can't be locked their age must do.
@@ -50,13 +46,13 @@ void hold_neighbour(int descriptor) {
   flock(descriptor, LOCK_EX | LOCK_NB);
 }
 
-void remove_left_over_neighbours(std::string const& target, file_system_calls& calls) {
-  std::string const folder = folder_with_slash(target), prefix = prefix_of(target);
-  for (dirent const* entry : entries(folder.empty() ? "." : folder)) {
+void remove_left_over_neighbours(open_place const& target, file_system_calls& calls) {
+  std::string const prefix = prefix_of(target.name());
+  for (dirent const* entry : entries(target.folder())) {
     std::string_view const name = entry->d_name;
     if (!name.starts_with(prefix) || !is_number(name.substr(prefix.size()))) continue;
-    std::string const path = folder + std::string(name);
-    if (is_left_over(path, calls)) calls.unlink(path.c_str());
+    if (is_left_over(target.folder(), entry->d_name, calls))
+      calls.unlinkat(target.folder(), entry->d_name);
   }
 }
 

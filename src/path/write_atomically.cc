@@ -1,103 +1,196 @@
 #include <fcntl.h>
-#include <limits.h>
+#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 
 #include "path/extended_attributes.h"
 #include "path/file_output.h"
 #include "path/neighbour.h"
+#include "path/write_target.h"
 
 namespace path {
 namespace {
 
 class atomic_write {
  public:
-  /// `target` is no link.
-  atomic_write(std::string target, file_system_calls& calls)
-      : target_(std::move(target)), calls_(calls), output_(calls) {}
+  atomic_write(std::string const& path, write_options const& options, file_system_calls& calls)
+      : options_(options),
+        calls_(calls),
+        target_(path, options, calls),
+        old_file_(calls),
+        output_(calls) {}
 
   ~atomic_write() {
-    if (temporary_exists_) calls_.unlink(output_.path().c_str());
+    if (!temporary_.empty()) calls_.unlinkat(target_.place().folder(), temporary_.c_str());
   }
 
-  std::optional<file_error> run(file_contents const& contents) {
-    if (auto failure = look_at_target()) return failure;
+  std::optional<write_error> run(file_contents const& contents,
+                                 std::optional<file_version>& written) {
+    if (auto refusal = target_.find()) return refusal;
+    if (auto refusal = hold_old_file()) return refusal;
+    if (auto failure = make(contents)) return write_error{*failure};
+    if (auto failure = put_in_place()) return failure;
+    if (auto failure = finish()) return write_error{*failure};
+    written = version_of(made_);
+    return std::nullopt;
+  }
+
+ private:
+  bool replaces() const { return target_.info().has_value(); }
+  std::string const& path() const { return target_.path(); }
+
+  /// So that what is looked at and taken along is of one file, whatever the name stands for.
+  std::optional<write_error> hold_old_file() {
+    if (!replaces()) return std::nullopt;
+    open_place const& place = target_.place();
+    if (int const code = old_file_.openat(place.folder(), place.name(), O_PATH | O_NOFOLLOW))
+      return write_error{make_file_error("open", path(), code)};
+    if (calls_.fstat(old_file_.get(), &old_) != 0)
+      return write_error{make_file_error("fstat", path(), errno)};
+    if (auto refusal = target_.refusal(old_)) return refusal;
+    if (old_.st_nlink == 1) return std::nullopt;
+    // The other links would keep the old bytes.
+    return write_error{make_file_error("rename", path(), EMLINK)};
+  }
+
+  std::optional<file_error> make(file_contents const& contents) {
     if (auto failure = make_temporary()) return failure;
     if (auto failure = output_.write(contents)) return failure;
     if (auto failure = copy_attributes()) return failure;
     if (auto failure = output_.sync()) return failure;
-    if (auto failure = output_.close()) return failure;
-    if (calls_.rename(output_.path().c_str(), target_.c_str()) != 0) return output_.error("rename");
-    temporary_exists_ = false;
-    remove_left_over_neighbours(target_, calls_);
-    return sync_folder_of(target_, calls_);
-  }
-
- private:
-  std::optional<file_error> look_at_target() {
-    replaces_ = ::stat(target_.c_str(), &old_) == 0;
-    if (replaces_) {
-      if (auto refusal = refusal_to_write(target_, old_.st_mode)) return refusal;
-      if (old_.st_nlink == 1) return std::nullopt;
-      return make_file_error("rename", target_,
-                             EMLINK);  // the other links would keep the old bytes
-    }
-    if (errno == ENOENT) return std::nullopt;
-    return make_file_error("stat", target_, errno);
+    if (calls_.fstat(output_.descriptor(), &made_) != 0) return output_.error("fstat");
+    return output_.close();
   }
 
   std::optional<file_error> make_temporary() {
     std::optional<file_error> failure;
     for (int attempt = 0; attempt < 100; ++attempt) {
-      int const flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
-      failure = output_.open(neighbour_of(target_), flags, replaces_ ? 0600 : 0666);
-      temporary_exists_ = !failure;
+      std::string const name = neighbour_of(target_.place().name());
+      failure = output_.openat(target_.place().folder(), name, path(),
+                               O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW,
+                               replaces() || target_.attributes(false) ? 0600 : 0666);
+      if (!failure) temporary_ = name;
       if (!failure || failure->code != EEXIST) break;
     }
     if (!failure) hold_neighbour(output_.descriptor());
     return failure;
   }
 
-  /// The owner first, since a change of it takes bits out of the mode.
   std::optional<file_error> copy_attributes() {
-    if (!replaces_) return std::nullopt;
     int const fd = output_.descriptor();
     struct stat made;
     if (calls_.fstat(fd, &made) != 0) return output_.error("fstat");
-    bool const same_owner = made.st_uid == old_.st_uid && made.st_gid == old_.st_gid;
-    auto const set_owner = [&] { return calls_.fchown(fd, old_.st_uid, old_.st_gid); };
-    auto const set_mode = [&] { return calls_.fchmod(fd, old_.st_mode & 07777); };
-    if (!same_owner && uninterrupted(set_owner) != 0) return output_.error("fchown");
-    if (uninterrupted(set_mode) != 0) return output_.error("fchmod");
-    int const code = copy_extended_attributes(target_, fd);
-    return code ? std::optional(make_file_error("fsetxattr", target_, code)) : std::nullopt;
+    if (replaces()) {
+      std::string const held = "/proc/self/fd/" + std::to_string(old_file_.get());
+      if (int const code = copy_extended_attributes(held, fd))
+        return make_file_error("fsetxattr", path(), code);
+    }
+    // After the attributes, since a change of the owner takes capabilities away, and of an access
+    // control list the mode of the group is a part.
+    if (auto const wanted = target_.attributes(replaces()))
+      target_.give_attributes(fd, made, *wanted);
+    else if (replaces() && !target_.give_attributes(fd, made, old_))
+      return output_.error("fchown");
+    if (!replaces()) return std::nullopt;
+    if (calls_.fstat(fd, &made) != 0) return output_.error("fstat");
+    mode_t const mode = options_.attributes ? made.st_mode : old_.st_mode;
+    if ((made.st_mode & 07777) != (mode & 07777)) return output_.error("fchmod");
+    return std::nullopt;
   }
 
-  std::string target_;
+  int rename(unsigned flags) {
+    open_place const& place = target_.place();
+    return uninterrupted(
+        [&] { return calls_.renameat2(place.folder(), temporary_.c_str(), place.name(), flags); });
+  }
+
+  static bool is_unsupported(int code) {
+    return code == EINVAL || code == ENOSYS || code == EOPNOTSUPP || code == EPERM;
+  }
+
+  std::optional<write_error> put_in_place() { return replaces() ? replace() : add(); }
+
+  /// Under a name that nobody may have taken meanwhile.
+  std::optional<write_error> add() {
+    open_place const& place = target_.place();
+    int result = rename(RENAME_NOREPLACE);
+    if (result != 0 && is_unsupported(errno)) {
+      // A link fails in the same way if there is such a name.
+      result = ::linkat(place.folder(), temporary_.c_str(), place.folder(), place.name(), 0);
+      if (result == 0) return std::nullopt;  // the other name is removed at the end
+      if (errno != EEXIST) result = place.info() ? (errno = EEXIST, -1) : rename(0);
+    }
+    if (result == 0) {
+      temporary_.clear();
+      return std::nullopt;
+    }
+    if (errno == EEXIST)
+      return options_.known ? target_.changed(place.info()) : write_error{meddling(path(), true)};
+    return write_error{make_file_error("rename", path(), errno)};
+  }
+
+  /// Exchanges both files, so that what has been replaced can be looked at, and put back if it is
+  /// not the file that was held: somebody else has put another one there at the last moment.
+  std::optional<write_error> replace() {
+    if (!is_old_file(target_.place().info())) return somebody_elses();
+    if (rename(RENAME_EXCHANGE) != 0) {
+      if (!is_unsupported(errno)) return write_error{make_file_error("rename", path(), errno)};
+      if (rename(0) != 0) return write_error{make_file_error("rename", path(), errno)};
+      temporary_.clear();
+      return std::nullopt;
+    }
+    struct stat replaced;
+    bool const looked =
+        fstatat(target_.place().folder(), temporary_.c_str(), &replaced, AT_SYMLINK_NOFOLLOW) == 0;
+    if (!looked || is_old_file(replaced)) return std::nullopt;
+    if (rename(RENAME_EXCHANGE) == 0) return somebody_elses();
+    temporary_.clear();  // it is the only copy of what somebody else has written
+    return write_error{meddling(path(), true)};
+  }
+
+  bool is_old_file(std::optional<struct stat> const& info) const {
+    return info && S_ISREG(info->st_mode) && version_of(*info) == version_of(old_);
+  }
+
+  write_error somebody_elses() const {
+    if (options_.known) return target_.changed(target_.place().info());
+    return write_error{meddling(path(), true)};
+  }
+
+  std::optional<file_error> finish() {
+    if (!temporary_.empty() && calls_.unlinkat(target_.place().folder(), temporary_.c_str()) == 0)
+      temporary_.clear();
+    remove_left_over_neighbours(target_.place(), calls_);
+    if (auto failure = target_.place().sync()) return failure;
+    if (target_.is_at_path(made_)) return std::nullopt;
+    return meddling(path(), true);
+  }
+
+  write_options const& options_;
   file_system_calls& calls_;
+  write_target target_;
+  file_descriptor old_file_;
   file_output output_;
+  std::string temporary_;  ///< the name of a file that is to be removed
   struct stat old_ {};
-  bool replaces_ = false;
-  bool temporary_exists_ = false;
+  struct stat made_ {};
 };
 
 }  // namespace
 
 std::optional<write_error> write_atomically(std::string const& path, file_contents const& contents,
+                                            write_options const& options,
+                                            std::optional<file_version>& written,
                                             file_system_calls& calls) {
-  char target[PATH_MAX];
-  struct stat info;
-  bool const is_link = ::lstat(path.c_str(), &info) == 0 && S_ISLNK(info.st_mode);
-  if (is_link && !::realpath(path.c_str(), target)) {
-    if (errno == ENOENT) return write_in_place(path, contents, calls);
-    return write_error{make_file_error("realpath", path, errno), false};
-  }
-  atomic_write write(is_link ? target : path, calls);
-  if (auto failure = write.run(contents)) return write_error{*failure, false};
-  return std::nullopt;
+  return atomic_write(path, options, calls).run(contents, written);
+}
+
+std::optional<write_error> write_atomically(std::string const& path, file_contents const& contents,
+                                            file_system_calls& calls) {
+  std::optional<file_version> written;
+  return write_atomically(path, contents, {}, written, calls);
 }
 
 }  // namespace path

@@ -16,8 +16,8 @@ class application_delegate : public responder {
   /// The user or the session asks to quit; false keeps the program running.
   virtual bool applicationShouldTerminate() = 0;
   /// The program is about to end and nothing can be asked any more: a signal has come, or the
-  /// display is gone. Keeps what isn't saved for the next start.
-  virtual void applicationMustTerminate() = 0;
+  /// display is gone. Keeps what isn't saved for the next start. False if some of it is lost.
+  virtual bool applicationMustTerminate() = 0;
   /// Looked at before any other road of a key press; true swallows the event.
   virtual bool shouldSwallowEvent(key_event const& event) = 0;
 

@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <zlib.h>
 
 #include <cstring>
 #include <numeric>
@@ -126,12 +127,44 @@ TEST_F(metadata, keeps_folds) {
         "indent = 0; }, { f = 2; t = 4; i = 0; }, { from = 0; to = 2; }, 'x' )");
   testing::internal::CaptureStdout();
   visit([](auto&, text::view& view) { EXPECT_EQ(view.lines(), 1u); });
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "skip folding: 1 - 1\nskip folding: 2 - 4\n");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   auto const list = documents::GetFileAttribute(folder / "file", foldings_name);
   auto const fold = [](char const* from, char const* to, char const* indent) {
     return plist::dictionary{{"from", from}, {"to", to}, {"indent", indent}};
   };
   EXPECT_EQ(list, plist::value(plist::array{fold("0", "3", "0"), fold("1", "2", "2")}));
+}
+
+TEST_F(metadata, of_any_size_is_read_in_bounds) {
+  folder.write("file", std::string(30000, '\n'));
+  std::string list = "(";
+  for (int n = 0; n < 200000; ++n) list += " { f = 1; t = 2; i = 0; },";
+  auto const packed = [](std::string const& text) {
+    uLongf size = compressBound(text.size());
+    std::string bytes(size, '\0');
+    compress(reinterpret_cast<Bytef*>(bytes.data()), &size,
+             reinterpret_cast<Bytef const*>(text.data()), text.size());
+    return bytes.substr(0, size);
+  };
+  for (std::size_t const size : {std::size_t{100}, std::size_t{100000}, list.size()}) {
+    std::string const text = list.substr(0, list.rfind('}', size) + 1) + " )";
+    if (packed(text).size() > 4000) continue;  // more than some file systems take
+    store(foldings_name, packed(text));
+    auto const d = WynDocument::initWithContentsOfFile(folder / "file");
+    std::size_t const lines = d->obtainView()->lines();
+    EXPECT_EQ(lines, size <= documents::max_unpacked_size ? 29999u + 1 : 30001u) << size;
+  }
+}
+
+TEST_F(metadata, goes_to_the_file_that_was_read_alone) {
+  folder.write("file", "one\ntwo");
+  folder.write("other", "one\ntwo");
+  visit([&](auto&, text::view& view) {
+    put_caret(view, 1, 1);
+    std::filesystem::remove(folder / "file");
+    ASSERT_EQ(symlink("other", (folder / "file").c_str()), 0);
+  });
+  EXPECT_EQ(stored(caret_name), "");
 }
 
 TEST_F(metadata, is_compressed_and_never_larger_than_allowed) {

@@ -129,6 +129,58 @@ TEST_F(safety_copies, user_is_asked_when_none_can_be_made) {
   EXPECT_EQ(alerts().size(), 0u);
 }
 
+TEST_F(safety_copies, go_where_there_is_a_folder_for_them) {
+  std::string const runtime = getenv("XDG_RUNTIME_DIR") ? getenv("XDG_RUNTIME_DIR") : "";
+  std::string const cache = getenv("XDG_CACHE_HOME") ? getenv("XDG_CACHE_HOME") : "";
+  std::string const nowhere = folder.write("file", "old") + "/x";
+  struct {
+    char const* variables[3];
+    std::string place;
+  } const cases[] = {
+      {{"state", "", ""}, folder / "state/Quirnote/SafetyCopy-"},
+      {{"", "runtime", ""}, folder / "runtime/Quirnote/SafetyCopy-"},
+      {{"", "", "cache"}, folder / "cache/Quirnote"},
+      {{"", "", ""}, folder / ".file.quirnote-unsaved"},
+      {{"", "", ""}, "/tmp/Quirnote-" + std::to_string(geteuid()) + "/SafetyCopy-"},
+  };
+  for (auto const& c : cases) {
+    constexpr char const* names[] = {"XDG_STATE_HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME"};
+    for (int n = 0; n < 3; ++n) {
+      std::string const place = folder / c.variables[n];
+      if (*c.variables[n]) std::filesystem::create_directory(place);
+      setenv(names[n], *c.variables[n] ? place.c_str() : nowhere.c_str(), 1);
+    }
+    bool const in_tmp = c.place.starts_with("/tmp/Quirnote-");
+    auto const d = in_tmp ? WynDocument::document() : open(folder / "file");
+    type(*d, u"new");
+    auto const error = d->keepUnsavedText();
+    EXPECT_FALSE(error) << c.place << ": " << error->message;
+    if (error) continue;
+    std::string const path = d->filename();
+    d->keepUnsavedText();  // takes the place of the first
+    auto found = c.place.ends_with("-unsaved") ? safety_copy::left_over_beside(path)
+                                               : safety_copy::left_over();
+    EXPECT_TRUE(found.empty());  // it is held
+    const_cast<std::shared_ptr<WynDocument>&>(d).reset();
+    found = c.place.ends_with("-unsaved") ? safety_copy::left_over_beside(path)
+                                          : safety_copy::left_over();
+    ASSERT_EQ(found.size(), 1u) << c.place;
+    EXPECT_TRUE(found[0].file().starts_with(c.place)) << found[0].file();
+    found[0].remove();
+  }
+  // None takes it.
+  auto const gone = open(folder / "none/file");
+  type(*gone, u"new");
+  std::string const in_tmp = "/tmp/Quirnote-" + std::to_string(geteuid());
+  std::error_code ignored;
+  if (std::filesystem::remove(in_tmp, ignored) && symlink("/", in_tmp.c_str()) == 0) {
+    EXPECT_TRUE(gone->keepUnsavedText());
+    unlink(in_tmp.c_str());
+  }
+  runtime.empty() ? unsetenv("XDG_RUNTIME_DIR") : setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
+  cache.empty() ? unsetenv("XDG_CACHE_HOME") : setenv("XDG_CACHE_HOME", cache.c_str(), 1);
+}
+
 TEST_F(safety_copies, restored_text_is_unsaved_and_the_copy_goes_when_it_is_saved) {
   make(folder / "file", std::string("\xFF\xFE"
                                     "n\0\n\0",

@@ -1,5 +1,9 @@
+#include <fcntl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
 
 #include "documents/document_alerts.h"
 #include "documents/document_fixture.h"
@@ -206,6 +210,99 @@ TEST_F(document, failed_saves_are_told_and_change_nothing) {
     EXPECT_EQ(text_of(*d), u"old\u00E9");
   }
   EXPECT_FALSE(d->writeToFile(""));
+  EXPECT_EQ(alerts(), strings());
+}
+
+/// Without a window, which would have been told.
+TEST_F(document, asks_before_it_overwrites_what_others_have_written) {
+  struct {
+    char const* name;
+    void (*meddle)(std::string const& path);
+    bool asked;
+  } const cases[] = {
+      {"appended", [](auto& p) { std::ofstream(p, std::ios::app) << "+"; }, true},
+      {"cut", [](auto& p) { std::filesystem::resize_file(p, 1); }, true},
+      {"replaced",
+       [](auto& p) {
+         struct stat old;
+         ASSERT_EQ(stat(p.c_str(), &old), 0);
+         std::filesystem::rename(p, p + ".moved");
+         std::ofstream(p) << "their";
+         timespec const times[2] = {old.st_atim, old.st_mtim};  // nothing but the inode tells
+         ASSERT_EQ(utimensat(AT_FDCWD, p.c_str(), times, 0), 0);
+       },
+       true},
+      {"given other permissions", [](auto& p) { ASSERT_EQ(chmod(p.c_str(), 0600), 0); }, false},
+      {"removed", [](auto& p) { std::filesystem::remove(p); }, false},
+  };
+  for (bool const atomically : {false, true})
+    for (auto const& c : cases) {
+      SCOPED_TRACE(std::string(c.name) + (atomically ? ", atomically" : ""));
+      defaults().set("WynSaveAtomically", atomically);
+      for (char const* button : {"Cancel", "Revert", "Keep Quirnote Version"}) {
+        auto const d = document_of("their");
+        ASSERT_EQ(chmod(d->filename().c_str(), 0640), 0);
+        type(*d, u" and ours");
+        c.meddle(d->filename());
+        std::string const theirs = c.asked ? on_disk() : "";
+        answer("Warning", button);
+        bool const keeps = std::string(button)[0] == 'K' || !c.asked;
+        EXPECT_EQ(save(d), keeps) << button;
+        EXPECT_EQ(alerts().size(), c.asked ? 1u : 0u);
+        EXPECT_EQ(on_disk(), keeps ? "their and ours" : theirs) << button;
+        bool const reverts = c.asked && std::string(button) == "Revert";
+        if (reverts) {
+          EXPECT_EQ(text_of(*d), std::u16string(theirs.begin(), theirs.end()));
+        }
+        EXPECT_EQ(d->isDocumentEdited(), !keeps && !reverts);
+        EXPECT_TRUE(save(d) || !keeps);  // what has been answered isn't asked again
+        EXPECT_EQ(alerts().size(), keeps || reverts ? 0u : 1u);
+        std::filesystem::remove(folder / "file");
+        std::filesystem::remove(folder / "file.moved");
+      }
+    }
+}
+
+TEST_F(document, saves_through_no_link_that_was_not_there) {
+  std::string const other = folder.write("other", "not ours");
+  for (bool const atomically : {false, true})
+    for (bool const of_folder : {false, true})
+      for (bool const edited : {false, true}) {
+        defaults().set("WynSaveAtomically", atomically);
+        std::filesystem::create_directory(folder / "deep");
+        std::filesystem::create_directory(folder / "trap");
+        std::string const path = folder.write("deep/file", "old");
+        folder.write("trap/file", "not ours");
+        auto const d = open(path);
+        if (edited) type(*d, u" and new");
+        std::filesystem::remove_all(of_folder ? folder / "deep" : path);
+        ASSERT_EQ(
+            symlink(of_folder ? "trap" : "../other", (of_folder ? folder / "deep" : path).c_str()),
+            0);
+        answer("Warning", "Keep Quirnote Version");
+        d->checkForFilesystemChanges();
+        if (!edited) type(*d, u" and new");
+        EXPECT_FALSE(save(d));
+        EXPECT_NE(alerts().back().find("by a link that was not there when it was opened"),
+                  std::string::npos);
+        EXPECT_EQ(folder.read(other), "not ours");
+        EXPECT_EQ(folder.read(folder / "trap/file"), "not ours");
+        std::filesystem::remove_all(folder / "deep");
+        std::filesystem::remove_all(folder / "trap");
+      }
+  // One that was there is followed, and a folder that has been made anew is the same place.
+  ASSERT_EQ(symlink("other", (folder / "link").c_str()), 0);
+  auto const linked = open(folder / "link");
+  type(*linked, u"!");
+  EXPECT_TRUE(save(linked));
+  EXPECT_EQ(folder.read(other), "not ours!");
+  std::filesystem::create_directory(folder / "deep");
+  auto const d = open(folder.write("deep/file", "old"));
+  std::filesystem::remove_all(folder / "deep");
+  std::filesystem::create_directory(folder / "deep");
+  type(*d, u" and new");
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(folder.read(folder / "deep/file"), "old and new");
   EXPECT_EQ(alerts(), strings());
 }
 

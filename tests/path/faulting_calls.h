@@ -30,6 +30,18 @@ class watched_calls : public path::file_system_calls {
   int rename(char const* from, char const* to) override {
     return before("rename") ? file_system_calls::rename(from, to) : -1;
   }
+  int openat(int folder, char const* name, int flags, mode_t mode) override {
+    return before("openat") ? file_system_calls::openat(folder, name, flags, mode) : -1;
+  }
+  int unlinkat(int folder, char const* name) override {
+    return before("unlinkat") ? file_system_calls::unlinkat(folder, name) : -1;
+  }
+  int renameat2(int folder, char const* from, char const* to, unsigned flags) override {
+    return before("rename") ? file_system_calls::renameat2(folder, from, to, flags) : -1;
+  }
+  int chmod(char const* path, mode_t mode) override {
+    return before("chmod") ? file_system_calls::chmod(path, mode) : -1;
+  }
   int ftruncate(int fd, off_t length) override {
     return before("ftruncate") ? file_system_calls::ftruncate(fd, length) : -1;
   }

@@ -23,8 +23,10 @@ using write_function = std::optional<path::write_error> (*)(std::string const&,
 struct way {
   char const* name;
   write_function write;
+  bool in_place;
 };
-constexpr way ways[] = {{"in place", path::write_in_place}, {"atomic", path::write_atomically}};
+constexpr way ways[] = {{"in place", path::write_in_place, true},
+                        {"atomic", path::write_atomically, false}};
 
 /// Comes in pieces of 1000 bytes.
 path::file_contents in_pieces(std::string const& bytes) {
@@ -62,7 +64,7 @@ TEST(file_writer, writes_new_shorter_and_longer_files) {
 
 TEST(file_writer, keeps_what_belongs_to_the_file) {
   for (auto const& w : ways) {
-    bool const in_place = w.write == path::write_in_place;
+    bool const in_place = w.in_place;
     temporary_folder folder;
     std::string const file = folder.write("file", "old");
     if (geteuid() == 0) {
@@ -131,6 +133,54 @@ TEST(file_writer, writes_through_a_link_that_leads_nowhere_yet) {
   }
 }
 
+/// Notes what others than its owner may do with a file at each call, and which rights it has if the
+/// program is killed there.
+class rights_at_each_call : public watched_calls {
+ public:
+  explicit rights_at_each_call(std::string const& path) : path_(path) {}
+  unsigned seen = 0;
+
+ protected:
+  bool before(char const*) override {
+    seen |= info_of(path_).st_mode & 07777;
+    return true;
+  }
+
+ private:
+  std::string const path_;
+};
+
+TEST(file_writer, lends_the_right_to_write_to_the_owner_alone) {
+  using write_with_options = std::optional<path::write_error> (*)(
+      std::string const&, path::file_contents const&, path::write_options const&,
+      std::optional<path::file_version>&, path::file_system_calls&);
+  for (write_with_options const write : {static_cast<write_with_options>(path::write_in_place),
+                                         static_cast<write_with_options>(path::write_atomically)})
+    for (bool const as_root : {false, true}) {
+      temporary_folder folder;
+      std::string const file = folder.write("file", "old");
+      ASSERT_EQ(chmod(file.c_str(), 0444), 0);
+      if (geteuid() == 0 && !as_root) {
+        ASSERT_EQ(chown(file.c_str(), other_user::id, other_user::id), 0);
+        ASSERT_EQ(chown(folder.path().c_str(), other_user::id, other_user::id), 0);
+      }
+      rights_at_each_call calls(file);
+      path::write_options options;
+      options.even_read_only = true;
+      std::optional<path::file_version> written;
+      {
+        std::optional<other_user> user;
+        if (!as_root) user.emplace();
+        EXPECT_FALSE(write(file, path::contents_of("new"), options, written, calls));
+      }
+      EXPECT_EQ(folder.read(file), "new");
+      EXPECT_EQ(info_of(file).st_mode & 07777, 0444u);
+      EXPECT_EQ(written, path::version_of(info_of(file)));
+      EXPECT_EQ(calls.seen & ~(geteuid() == 0 && as_root ? 0444u : 0644u), 0u)
+          << std::oct << calls.seen;
+    }
+}
+
 /// Lets each system call fail in turn: what is on the disk afterwards must be what is reported.
 TEST(file_writer, survives_the_failure_of_any_call) {
   std::string const fresh(5000, 'n');
@@ -154,7 +204,7 @@ TEST(file_writer, survives_the_failure_of_any_call) {
               old.empty() ? !std::filesystem::exists(file) : folder.read(file) == old;
           EXPECT_TRUE(error || written);
           EXPECT_TRUE(written || untouched || error->target_damaged);
-          EXPECT_TRUE(!error || !error->target_damaged || w.write == path::write_in_place);
+          EXPECT_TRUE(!error || !error->target_damaged || w.in_place);
           EXPECT_LE(folder.names().size(), 1u);
         }
       }
