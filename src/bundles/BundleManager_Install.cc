@@ -2,11 +2,19 @@
 #include "bundles/bundle_alerts.h"
 #include "bundles/item_file.h"
 #include "bundles/item_kinds.h"
+#include "path/entries.h"
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/trash.h"
 
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <string_view>
 
 using bundles::quoted;
 using bundles::tell;
@@ -31,6 +39,42 @@ bool is_identified(plist::value const& dictionary) {
   auto const* const uuid = dictionary["uuid"].as_string();
   return uuid != nullptr && !uuid->empty() && dictionary["name"].as_string() != nullptr;
 }
+
+/// A bundle that is being copied, under a name by which none is loaded, in the folder of those that
+/// are installed.
+class unfinished_bundle {
+ public:
+  explicit unfinished_bundle(std::string const& folder) {
+    removeLeftOver(folder);
+    path_ = folder + "/" + prefix + bundles::stringWithUUID();
+  }
+  unfinished_bundle(unfinished_bundle const&) = delete;
+  unfinished_bundle& operator=(unfinished_bundle const&) = delete;
+  ~unfinished_bundle() { bundles::remove_tree(path_); }
+
+  bool copy(std::string const& bundle) { return bundles::copy_tree(bundle, path_); }
+  bool finish(std::string const& target) {
+    return ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0 ||
+           (errno == EINVAL && ::rename(path_.c_str(), target.c_str()) == 0);
+  }
+
+ private:
+  static constexpr char const* prefix = ".installing-";
+
+  /// Of a program that was killed; what is younger may still be copied.
+  static void removeLeftOver(std::string const& folder) {
+    constexpr std::time_t old = 3600;  // seconds
+    for (dirent const* entry : path::entries(folder)) {
+      std::string const path = folder + "/" + entry->d_name;
+      struct stat info;
+      if (std::string_view(entry->d_name).starts_with(prefix) &&
+          ::lstat(path.c_str(), &info) == 0 && info.st_ctime < std::time(nullptr) - old)
+        bundles::remove_tree(path);
+    }
+  }
+
+  std::string path_;
+};
 
 }  // namespace
 
@@ -66,9 +110,12 @@ void BundleManager::installBundle(std::string const& directory) {
     return;
 
   std::string const installed = folders_.PristineCopyBundlePath(true);
-  if (loaded != nullptr) {
-    if (!bundles::ask_to_update("Update Bundle", "The bundle " + quoted(name) + customizations))
-      return;
+  if (loaded != nullptr &&
+      !bundles::ask_to_update("Update Bundle", "The bundle " + quoted(name) + customizations))
+    return;
+  unfinished_bundle unfinished(installed);
+  bool const copied = unfinished.copy(directory);
+  if (copied && loaded != nullptr) {
     for (std::string const& path : loaded->bundlePaths())
       if (is_below(path, installed) && platform::move_to_trash(path) != 0)
         return tell("Error Updating Bundle", "Could not delete the existing " + quoted(name) +
@@ -76,10 +123,9 @@ void BundleManager::installBundle(std::string const& directory) {
                                                  path::abbreviate_with_tilde(installed) + ".");
   }
   auto const target = UniqueFileInDirectory(installed, name, bundle_extension);
-  bool const copied = target && bundles::copy_tree(directory, *target);
-  if (target && !copied) bundles::remove_tree(*target);
+  bool const done = copied && target && unfinished.finish(*target);
   reloadBundles();
-  if (!copied)
+  if (!done)
     tell("Error Installing Bundle", "Could not copy the " + quoted(name) + " bundle to " +
                                         path::abbreviate_with_tilde(installed) + ".");
 }

@@ -4,7 +4,6 @@
 #include "bundles/BundleManager.h"
 #include "bundles/item_file.h"
 #include "path/file_system.h"
-#include "path/file_writer.h"
 #include "path/path.h"
 #include "platform/trash.h"
 
@@ -87,9 +86,7 @@ std::shared_ptr<TemplateFile> TemplateFile::createDuplicate(std::string bundleIt
 
 bool TemplateFile::writeToDirectory(std::string const& directory) {
   std::string const target = path::join(directory, name_);
-  auto const error = path::write_in_place(target, path::contents_of(content()));
-  if (error) bundles::complain(target + ": " + error->message);
-  return !error;
+  return bundles::write_file(target, content());
 }
 
 void TemplateFile::removeTemplateFile() {

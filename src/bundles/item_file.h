@@ -17,14 +17,19 @@ void complain(std::string const& message);
 /// about. Any thread.
 plist::value read_dictionary(std::string const& path);
 
-/// Writes over the file. False, after a complaint, on failure.
+/// Puts the new content in the place of the file's, so that whoever reads it, and a kill, finds one
+/// of both whole. False, after a complaint, on failure.
 bool write_dictionary(std::string const& path, plist::dictionary const& content);
+bool write_file(std::string const& path, std::string_view bytes);
 
 /// The values under `key` if they are strings, in an array.
 std::vector<std::string> string_array(plist::value const& dictionary, std::string_view key);
 
-/// Copies a folder, or a file, with all in it; links stay links. With `skip_hidden` what begins
-/// with a dot is left out, at every depth. False on failure; `to` may then hold a part.
+/// Copies a folder, or a file, with all in it, for a place where nothing stands yet. Links stay
+/// links, if they are relative and lead to something in the folder; others are left out with a
+/// complaint. So are marks by which a program gets its owner's rights. With `skip_hidden` what
+/// begins with a dot is left out, at every depth. False on failure, also for a file of more than
+/// 256 MiB; `to` may then hold a part.
 bool copy_tree(std::string const& from, std::string const& to, bool skip_hidden = false);
 /// Removes a folder and all in it, as far as it can.
 void remove_tree(std::string const& folder);

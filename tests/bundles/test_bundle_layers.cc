@@ -2,9 +2,13 @@
 
 #include "bundles/item_file.h"
 
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <iterator>
 
 namespace {
 
@@ -153,7 +157,7 @@ TEST_F(bundle_layers, installing) {
   EXPECT_EQ(text_of("S", "content"), "update");
   EXPECT_EQ(text_of("S", "other"), "mine");
 
-  // No part of what can't be copied whole stays.
+  // No part of what can't be copied whole stays, and the old one does.
   folder.write("download/Demo.qnbundle/large", std::string(100000, 'x'));
   rlimit const all{RLIM_INFINITY, RLIM_INFINITY}, little{50000, RLIM_INFINITY};
   auto const former = std::signal(SIGXFSZ, SIG_IGN);
@@ -163,8 +167,11 @@ TEST_F(bundle_layers, installing) {
   ::setrlimit(RLIMIT_FSIZE, &all);
   std::signal(SIGXFSZ, former);
   EXPECT_EQ(alerts(), (strings{"Update Bundle", "Error Installing Bundle"}));
-  EXPECT_FALSE(exists("data/Quirnote/Pristine Copy/Bundles/De:mo.qnbundle"));
-  EXPECT_EQ(text_of("S", "content"), "shipped");
+  using entries = std::filesystem::directory_iterator;
+  entries const installed(folder / "data/Quirnote/Pristine Copy/Bundles");
+  EXPECT_EQ(std::distance(begin(installed), end(installed)), 1);
+  EXPECT_FALSE(exists("data/Quirnote/Pristine Copy/Bundles/De:mo.qnbundle/large"));
+  EXPECT_EQ(text_of("S", "content"), "update");
   std::filesystem::remove(folder / "download/Demo.qnbundle/large");
   manager().installBundle(folder / "download/Demo.qnbundle");
 
@@ -173,6 +180,58 @@ TEST_F(bundle_layers, installing) {
   EXPECT_EQ(text_of("N", "content"), "new");
   EXPECT_TRUE(
       exists("data/Quirnote/Pristine Copy/Bundles/De:mo.qnbundle/Snippets/a:b_c.qnSnippet"));
+}
+
+TEST_F(bundle_layers, installing_brings_no_more_than_a_bundle) {
+  std::string const from = "download/Odd.qnbundle/";
+  put(from + "info.plist", "{ uuid = O; name = Odd; }");
+  std::filesystem::create_directories(folder / (from + "Support/deep/er"));
+  ASSERT_EQ(::chmod(folder.write(from + "Support/run", "#!/bin/sh").c_str(), 06755), 0);
+  ASSERT_EQ(::mkfifo((folder / (from + "Support/pipe")).c_str(), 0600), 0);
+  folder.write("outside", "not to be read");
+  struct {
+    char const *target, *name;
+    bool kept;
+  } const links[] = {
+      {"run", "same", true},          {"deep/er", "inner", true},
+      {"../info.plist", "up", true},  {"gone", "dangling", false},
+      {"/etc/passwd", "root", false}, {"../../../outside", "out", false},
+      {"../..", "deep/er/top", true}, {"deep/er/top/../..", "high", false},
+      {"../..", "bundles", false},
+  };
+  for (auto const& link : links)
+    ASSERT_EQ(::symlink(link.target, (folder / (from + "Support/" + link.name)).c_str()), 0);
+  testing::internal::CaptureStderr();
+  manager().installBundle(folder / "download/Odd.qnbundle");
+  testing::internal::GetCapturedStderr();
+  std::string const to = "data/Quirnote/Pristine Copy/Bundles/Odd.qnbundle/Support/";
+  for (auto const& link : links)
+    EXPECT_EQ(std::filesystem::is_symlink(folder / (to + link.name)), link.kept) << link.name;
+  EXPECT_FALSE(exists(to + "pipe"));
+  struct stat info;
+  ASSERT_EQ(::stat((folder / (to + "run")).c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 07777, 0755u);
+
+  // What doesn't end is no item, and none of it is read.
+  put(from + "Snippets/endless.plist", "{ uuid = E; name = Endless; }");
+  manager().installBundle(folder / "download/Odd.qnbundle");
+  std::string const item = folder / (from + "Snippets/endless.plist");
+  ASSERT_EQ(::truncate(item.c_str(), off_t{6} << 30), 0);
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(bundles::read_dictionary(item));
+  EXPECT_FALSE(bundles::copy_tree(folder / from, folder / "copy"));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Quirnote: " + item + ": File too large\n");
+}
+
+TEST_F(bundle_layers, a_reader_finds_an_item_whole_while_it_is_written) {
+  std::string const path = put("item.plist", "{ uuid = A; }");
+  int const reader = ::open(path.c_str(), O_RDONLY);
+  EXPECT_TRUE(bundles::write_dictionary(path, {{"uuid", "B"}}));
+  char bytes[1000];
+  std::string const read(bytes, static_cast<std::size_t>(::read(reader, bytes, sizeof bytes)));
+  ::close(reader);
+  EXPECT_EQ(plist::read_xml(read).value["uuid"], plist::value("A"));
+  EXPECT_EQ(get(path)["uuid"], plist::value("B"));
 }
 
 TEST_F(bundle_layers, menu_structure) {
