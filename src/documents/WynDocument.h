@@ -10,7 +10,6 @@
 #include "documents/file_stamp.h"
 #include "documents/file_text.h"
 #include "documents/safety_copy.h"
-#include "documents/save_file.h"
 #include "encoding/charset.h"
 #include "encoding/line_ending.h"
 #include "encoding/stream_encoder.h"

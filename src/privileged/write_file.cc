@@ -4,8 +4,9 @@
 //
 // Whoever asks for it has had the user see the path and agree to it, so the path must lead there
 // and nowhere else: each component is opened in the folder before it, none may be a link, and an
-// existing file must be the very one that the editor has looked at. Nothing is touched until all
-// the bytes have arrived, in the number that was announced. Owner, group and mode stay.
+// existing file must be the very one that the editor has looked at, and hold what it held then.
+// Nothing is touched until all the bytes have arrived, in the number that was announced. Owner,
+// group and mode stay. What other programs write to the file meanwhile is reported.
 
 #include <fcntl.h>
 #include <signal.h>
@@ -19,6 +20,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -29,9 +31,10 @@
 namespace {
 
 constexpr char const* usage =
-    "usage: quirnote-write-file SIZE DEVICE:INODE|new PATH\n"
-    "Writes SIZE bytes from standard input to the regular file at PATH, which has that identity\n"
-    "or is new. PATH is absolute and leads through no symbolic link.\n";
+    "usage: quirnote-write-file SIZE DEVICE:INODE:SIZE:MODIFIED|new PATH\n"
+    "Writes SIZE bytes from standard input to the regular file at PATH, which has that identity,\n"
+    "size and date (in nanoseconds) or is new. PATH is absolute and leads through no symbolic "
+    "link.\n";
 
 struct failure {
   char const* operation;
@@ -67,7 +70,7 @@ class descriptor {
 struct request {
   std::uint64_t size = 0;
   bool is_new = false;
-  std::uint64_t device = 0, inode = 0;
+  std::uint64_t identity[4] = {};  ///< device, inode, size in bytes, date in nanoseconds
   std::string_view path;
 };
 
@@ -76,17 +79,23 @@ bool read_number(std::string_view text, std::uint64_t& number) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
+bool read_identity(std::string_view text, std::uint64_t (&numbers)[4]) {
+  for (std::uint64_t& number : numbers) {
+    bool const is_last = &number == std::end(numbers) - 1;
+    auto const end = is_last ? text.size() : text.find(':');
+    if (end == text.npos || !read_number(text.substr(0, end), number)) return false;
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return true;
+}
+
 bool read_arguments(int count, char** arguments, request& result) {
   if (count != 4) return false;
-  std::string_view const identity = arguments[2];
-  auto const colon = std::min(identity.find(':'), identity.size());
-  result.is_new = identity == "new";
+  result.is_new = std::string_view(arguments[2]) == "new";
   result.path = arguments[3];
   constexpr auto largest = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
   return read_number(arguments[1], result.size) && result.size <= largest &&
-         (result.is_new ||
-          (colon < identity.size() && read_number(identity.substr(0, colon), result.device) &&
-           read_number(identity.substr(colon + 1), result.inode))) &&
+         (result.is_new || read_identity(arguments[2], result.identity)) &&
          result.path.starts_with('/');
 }
 
@@ -102,6 +111,14 @@ descriptor open_folder(std::string_view& path) {
     folder = descriptor(openat(folder.get(), component.c_str(), how), "open");
     path.remove_prefix(component.size() + 1);
   }
+}
+
+/// The size must be this as long as nobody else writes.
+void expect_size(int file, off_t size) {
+  struct stat info;
+  if (fstat(file, &info) != 0) fail("fstat");
+  if (info.st_size != size)
+    throw failure{"write", "Another program has written to it at the same time"};
 }
 
 void write_all(int to, char const* bytes, std::size_t count) {
@@ -131,12 +148,14 @@ descriptor read_input(std::uint64_t size) {
   return memory;
 }
 
-void copy(int from, int to) {
+/// Over a file of `old_size` bytes, or a new one.
+void copy(int from, int to, off_t old_size) {
   char buffer[1 << 16];
   for (off_t offset = 0;;) {
     ssize_t const count = pread(from, buffer, sizeof buffer, offset);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) fail("read");
+    expect_size(to, std::max(old_size, offset));
     if (count == 0) return;
     write_all(to, buffer, static_cast<std::size_t>(count));
     offset += count;
@@ -162,6 +181,7 @@ void reserve(int file, struct stat const& old, std::uint64_t size) {
   if (size == 0 || fallocate(file, FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size)) == 0) return;
   if (errno != ENOSPC && errno != EDQUOT && errno != EFBIG && errno != EIO) return;
   int const code = errno;
+  expect_size(file, old.st_size);  // what others have added stays
   if (ftruncate(file, old.st_size) != 0) fail("ftruncate");
   errno = code;
   fail("fallocate");
@@ -173,8 +193,12 @@ void overwrite(request const& wanted, int folder, char const* name, int bytes, b
   // To open what is no regular file may do something already.
   auto const check = [&] {
     if (!S_ISREG(info.st_mode)) throw failure{"open", "It is no regular file"};
-    if (info.st_dev != wanted.device || info.st_ino != wanted.inode)
+    if (info.st_dev != wanted.identity[0] || info.st_ino != wanted.identity[1])
       throw failure{"open", "It is another file now"};
+    auto const modified = std::int64_t{info.st_mtim.tv_sec} * 1'000'000'000 + info.st_mtim.tv_nsec;
+    if (static_cast<std::uint64_t>(info.st_size) != wanted.identity[2] ||
+        static_cast<std::uint64_t>(modified) != wanted.identity[3])
+      throw failure{"open", "Another program has changed it"};
   };
   check();
   constexpr int how = O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
@@ -184,11 +208,12 @@ void overwrite(request const& wanted, int folder, char const* name, int bytes, b
   hold_signals();
   reserve(file.get(), info, wanted.size);
   touched = true;
-  copy(bytes, file.get());
+  copy(bytes, file.get(), info.st_size);
   if (static_cast<std::uint64_t>(info.st_size) > wanted.size &&
       ftruncate(file.get(), static_cast<off_t>(wanted.size)) != 0)
     fail("ftruncate");
   sync(file.get());
+  expect_size(file.get(), static_cast<off_t>(wanted.size));
   file.close_and_look();
 }
 
@@ -198,7 +223,7 @@ void create(int folder, char const* name, int bytes) {
   constexpr int how = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   descriptor file(openat(folder, name, how, 0644), "open");
   try {
-    copy(bytes, file.get());
+    copy(bytes, file.get(), 0);
     sync(file.get());
     file.close_and_look();
   } catch (failure const&) {

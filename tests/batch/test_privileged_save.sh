@@ -7,7 +7,10 @@ fail() {
   echo "$*" >&2
   exit 1
 }
-identity() { stat -c %d:%i "$1"; }
+identity() {
+  python3 -c 'import os, sys; s = os.stat(sys.argv[1]); print(s.st_dev, s.st_ino, s.st_size,
+    s.st_mtime_ns, sep=":")' "$1"
+}
 here=$PWD
 
 # writes STATUS SIZE IDENTITY PATH: with "new text" on standard input.
@@ -37,7 +40,11 @@ done <<END
 1 7 $this $here/folder/file
 1 9 $this $here/folder/file
 1 0 $this $here/folder/file
+2 8 $(stat -c %d:%i folder/file) $here/folder/file
+2 8 $this: $here/folder/file
 1 8 $(identity other) $here/folder/file
+1 8 ${this%:*:*}:13:${this##*:} $here/folder/file
+1 8 ${this}1 $here/folder/file
 1 8 new $here/folder/file
 1 8 new $here/folder/dangling
 1 8 new $here/none/file
@@ -56,6 +63,7 @@ END
 chmod 4640 folder/file
 ln folder/file folder/second
 writes 0 8 "$this" "$here/folder/file"
+this=$(identity folder/file)
 [[ $(<folder/second) == 'new text' && $(stat -c %a folder/file) == 4640 ]] || fail "not in place"
 writes 0 8 new "$here/folder/a b"$'\n'
 [[ $(<"folder/a b"$'\n') == 'new text' ]]
@@ -97,6 +105,21 @@ chmod 0460 folder/file
 chmod a-w folder
 untouched() { [[ $(sha1sum <folder/file) == "$old" && $(ls folder) == file ]] || fail "$1"; }
 
+# Who can change the program that writes would get the rights that are asked for.
+part=$writer
+part=$(realpath "$part")
+while [[ $part != / && $(stat -c %u "$part") == 0 && $((0$(stat -c %a "$part") & 022)) == 0 ]]; do
+  part=$(dirname "$part")
+done
+if [[ $part != / ]]; then
+  pkexec 'touch called'
+  edit 3 --save folder/file
+  untouched 'a program that others may change'
+  grep -q 'others may change the program' out || fail 'no reason given'
+  [[ ! -e called ]] || fail 'pkexec was called'
+  exit 0
+fi
+
 edit 3 --save folder/file
 untouched 'missing pkexec'
 grep -q 'Permission denied' out
@@ -111,6 +134,12 @@ pkexec 'printf x | "${@:2}"'
 edit 3 --save folder/file
 untouched 'a text that breaks off'
 grep -q 'did not arrive whole' out
+
+pkexec 'chmod u+w "$5"; echo more >>"$5"; chmod u-w "$5"; '"$gives"
+edit 3 --save folder/file
+grep -q 'Another program has changed it' out || fail 'a change while the password is asked for'
+[[ $(tail -n 1 folder/file) == more ]] || fail 'a change while the password is asked for is lost'
+seq 1 200000 >whole && chmod u+w folder/file && cat whole >folder/file && chmod u-w folder/file
 
 pkexec "$gives"
 edit 0 --save via/file
