@@ -222,7 +222,8 @@ echo '<plist><dict>' >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist"
 echo "{ 'a' = " >"$XDG_DATA_HOME/Quirnote/KeyBindings.dict"
 run 0 --print state b
 grep -q '"tabSize":4' out
-grep -rqF "<plist><dict>" "$XDG_CONFIG_HOME/Quirnote"  # kept for its owner to mend
+[[ $(<"$XDG_CONFIG_HOME/Quirnote/Defaults.plist") == '<plist><dict>' ]]  # its owner is to mend it
+rm "$XDG_CONFIG_HOME/Quirnote/Defaults.plist"
 
 # A lone surrogate comes as its three bytes, and a pair as one character.
 printf '\xFE\xFF\xD8\x00\x00a\xD8\x3D\xDE\x00' >half
