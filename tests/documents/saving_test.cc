@@ -7,6 +7,7 @@
 
 #include "documents/document_alerts.h"
 #include "documents/document_fixture.h"
+#include "path/other_user.h"
 
 namespace {
 
@@ -304,6 +305,15 @@ TEST_F(document, saves_through_no_link_that_was_not_there) {
   EXPECT_TRUE(save(d));
   EXPECT_EQ(folder.read(folder / "deep/file"), "old and new");
   EXPECT_EQ(alerts(), strings());
+}
+
+TEST_F(document, asks_root_too_before_capabilities_go) {
+  auto const d = document_of("old");
+  if (geteuid() != 0 || !give_capability(d->filename())) GTEST_SKIP() << "not root";
+  type(*d, u"!");
+  EXPECT_FALSE(save(d));
+  EXPECT_NE(alerts().at(0).find("its capabilities"), std::string::npos);
+  EXPECT_EQ(on_disk(), "old");
 }
 
 TEST_F(document, half_written_file_is_a_critical_alert) {
