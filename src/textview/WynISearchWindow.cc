@@ -1,8 +1,8 @@
 #include "textview/WynISearchWindow.h"
 
 #include "bundles/WynKeyBindingManager.h"
+#include "platform/clusters.h"
 #include "platform/desktop.h"
-#include "platform/unicode.h"
 #include "platform/utf.h"
 #include "textview/WynTextView.h"
 

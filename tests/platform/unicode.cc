@@ -68,57 +68,13 @@ TEST(unicode, case_of_one_unit) {
   EXPECT_EQ(unicode::lowercase("ΟΔΟΣ"), "οδος");
 }
 
-std::vector<std::size_t> breaks_forward(std::u16string_view text) {
-  std::vector<std::size_t> result;
-  for (std::size_t at = 0; at < text.size();)
-    result.push_back(at = unicode::next_grapheme_break(text, at));
-  return result;
-}
-
-std::vector<std::size_t> breaks_backward(std::u16string_view text) {
-  std::vector<std::size_t> result;
-  for (std::size_t at = text.size(); at > 0; at = unicode::previous_grapheme_break(text, at))
-    result.insert(result.begin(), at);
-  return result;
-}
-
-TEST(unicode, grapheme_clusters) {
-  struct {
-    std::u16string text;
-    std::vector<std::size_t> breaks;
-  } const cases[] = {
-      {u"", {}},
-      {u"abc", {1, 2, 3}},
-      {u"a\r\nb", {1, 3, 4}},
-      {u"e\u0301x", {2, 3}},
-      {u"👩‍👩‍👧!", {8, 9}},
-      {u"🇩🇪🇫🇷", {4, 8}},
-      {u"각", {1}},
-      {u"\u1100\u1161\u11A8a", {3, 4}},
-      {u"\xD83D"
-       u"a",
-       {1, 2}},
-      {u"a\u0301\u0302\u0303\u0304", {5}},
-  };
-  for (auto const& c : cases) {
-    EXPECT_EQ(breaks_forward(c.text), c.breaks) << unicode::to_utf8(c.text);
-    EXPECT_EQ(breaks_backward(c.text), c.breaks) << unicode::to_utf8(c.text);
-  }
-}
-
-TEST(unicode, a_cluster_longer_than_the_window_is_found_whole) {
-  std::u16string const text = u"a" + std::u16string(1000, u'\u0301') + u"b";
-  EXPECT_EQ(unicode::next_grapheme_break(text, 0), 1001u);
-  EXPECT_EQ(unicode::next_grapheme_break(text, 1000), 1001u);
-  EXPECT_EQ(unicode::next_grapheme_break(text, 1001), 1002u);
-}
-
 TEST(unicode, width) {
   for (char32_t c : {U'中', U'한', U'Ａ', U'😀', U'　'}) EXPECT_TRUE(unicode::is_wide(c));
   for (char32_t c : {U'a', U'é', U'ｱ', U'α', U'\u0301'}) EXPECT_FALSE(unicode::is_wide(c));
   for (char32_t c : {U'\u0301', U'\u200D', U'\uFE0F', U'\u1160', U'\U000E0100'})
     EXPECT_TRUE(unicode::is_zero_width(c)) << std::hex << std::uint32_t(c);
-  for (char32_t c : {U'a', U' ', U'\u0903', U'\u1100'}) EXPECT_FALSE(unicode::is_zero_width(c));
+  for (char32_t c : {U'a', U' ', U'\u00AD', U'\u0903', U'\u0600', U'\u1100'})
+    EXPECT_FALSE(unicode::is_zero_width(c));
 }
 
 TEST(utf, invalid_bytes_become_replacement_characters) {
