@@ -10,9 +10,9 @@
 using movement_function = text::view_iterator (*)(text::view_iterator const&);
 
 /// @name Characters
-/// In freehanded mode and in column mode the caret walks through tabs and past the line's end
-/// column by column. Otherwise, where spaces stand for tabs, a whole soft tab is one step. The two
-/// ends of the document stop the caret.
+/// Steps are grapheme clusters (text/cluster.h). In freehanded mode and in column mode the caret
+/// walks through tabs and past the line's end column by column. Otherwise, where spaces stand for
+/// tabs, a whole soft tab is one step. The two ends of the document stop the caret.
 /// @{
 text::view_iterator left(text::view_iterator const& it);
 text::view_iterator right(text::view_iterator const& it);

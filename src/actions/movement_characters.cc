@@ -27,9 +27,9 @@ text::view_iterator left_in_virtual_space(text::view_iterator it) {
 
 text::view_iterator left_over_soft_tab(text::view_iterator it) {
   size_t const tab_size = it.view->tab_size, column = column_before_wrap(it);
-  bool const at_stop = column != 0 && column % tab_size == 0 && unit_before(it) == ' ';
+  bool const at_stop = column != 0 && column % tab_size == 0 && character_before(it) == ' ';
   --it;
-  for (size_t n = 1; at_stop && n < tab_size && unit_before(it) == ' '; ++n) --it;
+  for (size_t n = 1; at_stop && n < tab_size && character_before(it) == ' '; ++n) --it;
   return it;
 }
 
@@ -44,7 +44,8 @@ text::view_iterator right_in_virtual_space(text::view_iterator it) {
 bool is_soft_tab(text::view_iterator const& it, size_t width) {
   text::unit_view const line = it.base.storage->line_units(it.base.line);
   text::unit_view const ahead = line.substr(it.base.column, width);
-  return ahead.size() == width && ahead.find_first_not_of(u' ') == ahead.npos;
+  return ahead.size() == width && ahead.find_first_not_of(u' ') == ahead.npos &&
+         text::is_cluster_start(line, it.base.column + width);
 }
 
 }  // namespace

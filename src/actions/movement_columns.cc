@@ -6,7 +6,7 @@ namespace {
 /// The visual column at which the word begins that the position is in or behind.
 size_t word_column(text::view_iterator const& it) {
   text::view_iterator end(it.view, it.base);
-  if (!is_word_char(*it.base)) end = search_backward(end, is_word_char);
+  if (!is_word_char(character_at(end))) end = search_backward(end, is_word_char);
   return column_before_wrap(search_backward(end, is_not_word_char));
 }
 
@@ -35,7 +35,8 @@ class block_walk {
     return is_word_at(line, column_) && (column_ == 0 || !is_word_at(line, column_ - 1));
   }
   bool is_word_at(size_t line, size_t column) const {
-    return is_word_char(*iter_from_hybrid_pos(view_, line, column, text::freehanded_t::on));
+    return is_word_char(
+        character_at(iter_from_hybrid_pos(view_, line, column, text::freehanded_t::on)));
   }
 
   text::view const* view_;

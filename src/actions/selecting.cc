@@ -19,7 +19,8 @@ void select_gap(text::view* view) {
 
 void select_word(text::view* view) {
   auto first = view->selection.first(), last = view->selection.last();
-  bool const before = is_word_char(unit_before(first)), behind = is_word_char(*last);
+  bool const before = is_word_char(character_before(first)),
+             behind = is_word_char(character_at(last));
   if (!view->has_selection() && !before && !behind) return select_gap(view);
   if (before) first = search_backward(first, is_not_word_char);
   if (behind) last = search_forward(last, is_not_word_char);

@@ -6,8 +6,8 @@
 
 namespace text {
 
-/// One UTF-16 code unit. All lengths and columns of the text core count these; surrogate pairs and
-/// combining marks have no meaning here.
+/// One UTF-16 code unit. All lengths and columns of positions count these. What is one character to
+/// a reader is found by text/cluster.h, and how wide it is by text/cell_width.h.
 using char_t = char16_t;
 
 /// A borrowed, contiguous run of units; line ends are `\n`.

@@ -3,23 +3,24 @@
 #include <algorithm>
 #include <utility>
 
+#include "text/cluster.h"
 #include "text/storage_detail.h"
 #include "text/unit_search.h"
 
 namespace text {
 
 size_t column_cache::piece::end_column(size_t start, size_t tab_size) const {
-  if (first_tab == units) return start + units;
-  size_t const tab = start + first_tab;
-  return tab + tab_width(tab, tab_size) + rest;
+  size_t const tab = start + before;
+  return has_tab ? tab + tab_width(tab, tab_size) + rest : tab;
 }
 
 column_cache::piece column_cache::sum_up(unit_view units, size_t tab_size) {
   char_t const* const last = units.data() + units.size();
   char_t const* const tab = find_unit(units.data(), last, u'\t');
-  auto const before = static_cast<size_t>(tab - units.data());
-  size_t const rest = tab == last ? 0 : expanded_width(units.substr(before + 1), 0, tab_size);
-  return {units.size(), before, rest};
+  auto const length = static_cast<size_t>(tab - units.data());
+  size_t const before = expanded_width(units.substr(0, length), 0, tab_size);
+  if (tab == last) return {units.size(), before, 0, false};
+  return {units.size(), before, expanded_width(units.substr(length + 1), 0, tab_size), true};
 }
 
 size_t column_cache::column(size_t line, size_t unit, size_t tab_size) {
@@ -41,12 +42,12 @@ unit_column column_cache::unit_at(size_t line, size_t column, size_t tab_size) {
   for (piece const& summed : find(line, tab_size).pieces) {
     length = summed.units;
     size_t const end = summed.end_column(start, tab_size);
-    if (end > column) break;
+    if (end >= column) break;
     start = end;
     at += std::exchange(length, 0);
   }
   unit_column const found = unit_at_column(units.substr(at, length), start, column, tab_size);
-  return {at + found.unit, found.column};
+  return {at + found.unit, found.column, found.rest};
 }
 
 column_cache::entry const& column_cache::find(size_t line, size_t tab_size) {
@@ -63,24 +64,32 @@ column_cache::entry const& column_cache::find(size_t line, size_t tab_size) {
 }
 
 column_cache::entry column_cache::build(size_t line, size_t tab_size) const {
-  entry made{line, tab_size, {{storage_.size(line), 0, 0}}};
+  entry made{line, tab_size, {{storage_.size(line), 0, 0, false}}};
   sum_up_pieces(made, 0, 1, 0);
   return made;
 }
 
 void column_cache::sum_up_pieces(entry& cached, size_t first, size_t last, size_t start) const {
-  auto const begin = cached.pieces.begin() + static_cast<std::ptrdiff_t>(first);
-  auto const end = cached.pieces.begin() + static_cast<std::ptrdiff_t>(last);
+  unit_view const line = storage_.line_units(cached.line);
+  auto const splits_cluster = [&](size_t at) {
+    return at != 0 && at != line.size() && !unicode::surely_breaks(line, at);
+  };
+  while (first != 0 && splits_cluster(start)) start -= cached.pieces[--first].units;
   size_t length = 0;
-  for (auto it = begin; it != end; ++it) length += it->units;
+  for (size_t i = first; i < last; ++i) length += cached.pieces[i].units;
+  while (last != cached.pieces.size() && splits_cluster(start + length))
+    length += cached.pieces[last++].units;
 
-  unit_view units = storage_.line_units(cached.line).substr(start, length);
+  unit_view units = line.substr(start, length);
   std::vector<piece> made;
   while (!units.empty()) {
-    size_t const taken = units.size() <= 2 * piece_length ? units.size() : piece_length;
+    size_t taken = units.size() <= 2 * piece_length ? units.size() : piece_length;
+    while (taken != units.size() && !unicode::surely_breaks(units, taken)) ++taken;
     made.push_back(sum_up(units.substr(0, taken), cached.tab_size));
     units.remove_prefix(taken);
   }
+  auto const begin = cached.pieces.begin() + static_cast<std::ptrdiff_t>(first);
+  auto const end = cached.pieces.begin() + static_cast<std::ptrdiff_t>(last);
   auto const common = std::min(made.size(), last - first);
   auto const behind = std::copy_n(made.begin(), common, begin);
   auto const rest = made.begin() + static_cast<std::ptrdiff_t>(common);

@@ -12,10 +12,11 @@ class storage_detail;
 /// Converts between unit columns and visual columns of very long lines without measuring them from
 /// the start each time. Results always equal the plain walk (`expanded_width`, `unit_at_column`).
 ///
-/// A line is cut into pieces of some 16,384 units. What a piece adds to a column depends on the
-/// column at its start only up to its first tab, so each piece is summed up once and independently
-/// of what stands before it: an edit sums up the pieces it touches, and a question adds up one
-/// entry a piece and scans within one. Lines below `long_line` are walked; a few long lines are
+/// A line is cut into pieces of some 16,384 units, between units of which each surely belongs to a
+/// cluster of its own. What a piece adds to a column depends on the column at its start only up to
+/// its first tab, so each piece is summed up once and independently of what stands before it: an
+/// edit sums up the pieces it touches, and a question adds up one entry a piece and scans within
+/// one. Lines below `long_line` are walked; a few long lines are
 /// remembered.
 ///
 /// The owner tells it of each change of the storage, before anybody can ask about the changed text:
@@ -40,8 +41,9 @@ class column_cache {
  private:
   struct piece {
     size_t units;
-    size_t first_tab;  ///< offset of the first tab, or `units`
-    size_t rest;       ///< columns behind that tab, which end at a known tab stop
+    size_t before;  ///< columns up to the first tab, or to the end
+    size_t rest;    ///< columns behind that tab, which ends at a known tab stop
+    bool has_tab;
 
     size_t end_column(size_t start, size_t tab_size) const;
   };
@@ -58,6 +60,7 @@ class column_cache {
   entry build(size_t line, size_t tab_size) const;
   void insert_into(entry& cached, size_t column, size_t length) const;
   void erase_from(entry& cached, size_t column, size_t length) const;
+  /// Also those next to them that an edit may have joined to theirs in the middle of a cluster.
   void sum_up_pieces(entry& cached, size_t first, size_t last, size_t start) const;
 
   storage_detail const& storage_;

@@ -1,27 +1,34 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
+#include <vector>
+
+#include "text/tab_width.h"
 
 namespace text {
 
-/// Copies a sequence of units with each tab written as spaces up to the next tab stop. The first
-/// unit, and the first of each further line, stands at visual column `start_column`. Returns the
-/// end of the output.
-template <typename First, typename Out>
-Out convert_tabs_to_spaces(First first, First last, Out out, size_t tab_size, size_t start_column) {
+/// A copy of `units` with each tab written as spaces up to the next tab stop. The first unit, and
+/// the first of each further line, stands at visual column `start_column`.
+inline std::vector<char_t> convert_tabs_to_spaces(unit_view units, size_t tab_size,
+                                                  size_t start_column) {
+  std::vector<char_t> result;
   size_t column = start_column;
-  for (; first != last; ++first) {
-    if (*first == '\t') {
-      size_t const width = tab_size - column % tab_size;
-      out = std::fill_n(out, width, ' ');
-      column += width;
+  while (!units.empty()) {
+    size_t const length = std::min(units.find_first_of(u"\t\n"), units.size());
+    result.insert(result.end(), units.begin(), units.begin() + static_cast<std::ptrdiff_t>(length));
+    column += expanded_width(units.substr(0, length), column, tab_size);
+    units.remove_prefix(length);
+    if (units.empty()) break;
+    if (units.front() == u'\t') {
+      result.insert(result.end(), tab_width(column, tab_size), u' ');
+      column += tab_width(column, tab_size);
     } else {
-      *out++ = *first;
-      column = *first == '\n' ? start_column : column + 1;
+      result.push_back(u'\n');
+      column = start_column;
     }
+    units.remove_prefix(1);
   }
-  return out;
+  return result;
 }
 
 }  // namespace text

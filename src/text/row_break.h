@@ -10,27 +10,32 @@ namespace text {
 /// from there on, so a line can be wrapped again from any row, up to where old rows begin likewise.
 struct row_start {
   size_t unit = 0;
-  bool hard = false;  ///< the row goes on with a word that was cut; its first unit isn't counted
+  bool hard = false;  ///< the row goes on with a word that was cut; its first cell isn't counted
 
   bool operator==(row_start const&) const = default;
 };
 
 /// The end of a row that isn't the last of its line.
 struct row_break {
-  size_t last;  ///< the unit at which the row ends; it belongs to no row
+  size_t last;  ///< where the row ends; the cluster there belongs to no row
   row_start next;
 };
 
 /// Where the row of `line` from `start` is broken, or nothing if it reaches the end of the line.
-/// A row is too long once a unit other than white space stands at column `width` or beyond. It then
+/// A row is too long once a cluster other than white space reaches beyond column `width`. It then
 /// ends before the last white space in it (a soft break); without any it is cut in front of the
-/// unit before (a hard break). White space alone is never too long. A `width` of 0 counts as 1.
-/// Takes time in proportion to the row, a fraction of a nanosecond a unit.
+/// cluster before (a hard break). White space alone is never too long, and a row takes one cluster
+/// at least. A `width` of 0 counts as 1. Takes time in proportion to the row, a fraction of a
+/// nanosecond a unit.
 std::optional<row_break> find_row_break(unit_view line, row_start start, size_t width,
                                         size_t tab_size);
 
 inline bool is_blank(char_t unit) {
   return unit == u' ' || unit == u'\t';
 }
+
+/// Whether the unit at `column` < line.size() is white space of its own, and not a part of a
+/// cluster, as a blank with an accent is.
+bool is_lone_blank(unit_view line, size_t column);
 
 }  // namespace text

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "text/cluster.h"
+
 namespace text {
 
 /// A change, in the coordinates of the filter below: what stood from `first` up to `old_last` has
@@ -68,7 +70,8 @@ row_start view::soft_wrap_filter::start_of(size_t row) const {
   if (range.first == 0) return {};
   line_range const& above = ranges[row - 1];
   // A soft break is at white space with something of the row in front.
-  bool const hard = above.first == above.last || !is_blank(units_of(range.line)[range.first - 1]);
+  bool const hard =
+      above.first == above.last || !is_lone_blank(units_of(range.line), range.first - 1);
   return {range.first, hard};
 }
 
@@ -104,12 +107,13 @@ size_t view::soft_wrap_filter::wrap_up_to_old_rows(edit const& made, row_start s
   while (auto const broken = find_row_break(units, start, view_.screen_width, view_.tab_size)) {
     add_row(line, start, broken->last, out);
     start = broken->next;
-    if (start.unit <= made.new_last.column) continue;
+    // What is typed right before a blank may have taken that in, so that the old break is unknown.
+    if (start.unit <= made.new_last.column + size_t{1}) continue;
     size_t const sought = start.unit - made.units_added();
     while (old < old_end && ranges[old].first < sought) ++old;
     if (old == old_end || ranges[old].first != sought) continue;
     bool const hard =
-        ranges[old - 1].first == ranges[old - 1].last || !is_blank(units[start.unit - 1]);
+        ranges[old - 1].first == ranges[old - 1].last || !is_lone_blank(units, start.unit - 1);
     if (hard == start.hard) return old;
   }
   add_row(line, start, units.size(), out);
@@ -128,12 +132,21 @@ bool view::soft_wrap_filter::fits_the_text(edit const& made) const {
           units_of(made.first.line).size() == made.first.column);
 }
 
+/// From where a change may have joined or parted clusters: that of the unit before it, and of the
+/// one before that where a pair of surrogates was cut.
+size_t view::soft_wrap_filter::first_changed_cluster(text::pos const& first) const {
+  unit_view const units = units_of(first.line);
+  size_t const at = first.column;
+  if (at == 0 || is_plain(units[at - 1])) return at;
+  return unicode::sure_break_before(units, at - std::min<size_t>(at, 2));
+}
+
 view::soft_wrap_filter::wrapped_rows view::soft_wrap_filter::wrap_again(edit const& made,
                                                                         bool whole_lines) const {
   wrapped_rows fresh{};
   fresh.line_end = end_of_line(made.old_last.line);
   // How the row above ends may depend on the changed row's first word; no other row's end does.
-  fresh.begin = row_at(whole_lines ? text::pos(made.first.line, 0) : made.first);
+  fresh.begin = row_at({made.first.line, whole_lines ? 0 : first_changed_cluster(made.first)});
   if (!whole_lines && ranges[fresh.begin].first != 0) --fresh.begin;
   row_start start = start_of(fresh.begin);
   for (size_t line = made.first.line; line < made.new_last.line; ++line, start = {})

@@ -12,8 +12,8 @@ namespace text {
 /// changed row, up to where they fall in with the old ones; the rows behind are only shifted. Lines
 /// of any length are thus typed in at the cost of a pass over the table at most.
 ///
-/// The unit between two rows of a line (the white space of a soft break, the unit before a hard
-/// one) belongs to neither. The position in front of it is the end of the upper row.
+/// The cluster between two rows of a line (the white space of a soft break, the one before a hard
+/// break) belongs to neither. The position in front of it is the end of the upper row.
 class view::soft_wrap_filter : public switchable_filter {
  public:
   using filter::did_insert;
@@ -58,6 +58,7 @@ class view::soft_wrap_filter : public switchable_filter {
   size_t end_of_line(size_t line) const;
   row_start start_of(size_t row) const;
   bool fits_the_text(edit const& made) const;
+  size_t first_changed_cluster(text::pos const& first) const;
 
   static void add_row(size_t line, row_start start, size_t last, line_ranges& out);
   void wrap_line(size_t line, row_start start, line_ranges& out) const;

@@ -2,20 +2,44 @@
 
 #include <algorithm>
 
+#include "text/cell_width.h"
 #include "text/unit_search.h"
 
 namespace text {
 
+namespace {
+
+/// The first tab, or unit that isn't plain, from `at` on; the end if there is none.
+size_t find_tab_or_special(unit_view units, size_t at) {
+  if (at != units.size() && !is_plain(units[at])) return at;
+  char_t const* const last = units.data() + units.size();
+  return static_cast<size_t>(
+      find_unit_or_above(units.data() + at, last, u'\t', unicode::first_special_unit) -
+      units.data());
+}
+
+}  // namespace
+
 size_t expanded_width(unit_view units, size_t start, size_t tab_size) {
-  char_t const* at = units.data();
-  char_t const* const last = at + units.size();
-  size_t column = start;
+  size_t const length = units.size();
+  size_t at = 0, column = start;
   while (true) {
-    char_t const* const tab = find_unit(at, last, u'\t');
-    column += static_cast<size_t>(tab - at);
-    if (tab == last) return column - start;
-    column += tab_width(column, tab_size);
-    at = tab + 1;
+    size_t const stop = find_tab_or_special(units, at);
+    column += stop - at;
+    if (stop == length) return column - start;
+    if (units[stop] == u'\t') {
+      column += tab_width(column, tab_size);
+      at = stop + 1;
+      continue;
+    }
+    // The plain unit before may be the first of the cluster.
+    at = stop == at ? stop : stop - 1;
+    column -= stop - at;
+    do {
+      measured_cluster const measured = measure_cluster(units, at);
+      column += measured.cells;
+      at = measured.end;
+    } while (at != length && !is_plain(units[at]));
   }
 }
 
@@ -25,21 +49,30 @@ size_t indent_width(unit_view line, size_t tab_size) {
 }
 
 unit_column unit_at_column(unit_view units, size_t start, size_t column, size_t tab_size) {
-  char_t const* const first = units.data();
-  char_t const* const last = first + units.size();
-  char_t const* at = first;
-  size_t here = start;
-  while (at != last && here < column) {
-    char_t const* const tab = find_unit(at, last, u'\t');
-    auto const run = static_cast<size_t>(tab - at);
-    if (column < here + run) return {static_cast<size_t>(at - first) + column - here, column};
+  size_t const length = units.size();
+  size_t at = 0, here = start;
+  while (at != length && here < column) {
+    size_t stop = find_tab_or_special(units, at);
+    bool const is_special = stop != length && units[stop] != u'\t';
+    if (is_special && stop != at) --stop;  // it may be the first of a cluster
+    size_t const run = stop - at;
+    if (column < here + run) return {at + column - here, column};
     here += run;
-    at = tab;
-    if (at == last || column < here + tab_width(here, tab_size)) break;
-    here += tab_width(here, tab_size);
-    ++at;
+    at = stop;
+    if (at == length) break;
+    if (!is_special) {
+      size_t const width = tab_width(here, tab_size);
+      if (column < here + width) break;
+      here += width;
+      ++at;
+    } else if (here < column) {
+      measured_cluster const measured = measure_cluster(units, at);
+      if (column < here + measured.cells) return {at, here};
+      here += measured.cells;
+      at = measured.end;
+    }
   }
-  return {static_cast<size_t>(at - first), here};
+  return {at, here, column > here ? column - here : 0};
 }
 
 }  // namespace text

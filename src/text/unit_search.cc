@@ -40,6 +40,25 @@ char_t const* find_unit(char_t const* first, char_t const* last, char_t unit) {
   return std::find(first, last, unit);
 }
 
+char_t const* find_unit_or_above(char_t const* first, char_t const* last, char_t unit,
+                                 char_t bound) {
+  __m128i const sought = _mm_set1_epi16(static_cast<short>(unit));
+  __m128i const below = _mm_set1_epi16(static_cast<short>(bound - 1));
+  __m128i const zero = _mm_setzero_si128();
+  // A lane is all ones unless its unit stops the search; what is not above `below` leaves 0.
+  auto const passed = [&](char_t const* at) {
+    __m128i const units = _mm_loadu_si128(reinterpret_cast<__m128i const*>(at));
+    __m128i const low = _mm_cmpeq_epi16(_mm_subs_epu16(units, below), zero);
+    return _mm_andnot_si128(_mm_cmpeq_epi16(units, sought), low);
+  };
+  for (; last - first >= 16; first += 16) {
+    __m128i const lanes = _mm_packs_epi16(passed(first), passed(first + 8));
+    auto const bits = static_cast<unsigned>(_mm_movemask_epi8(lanes));
+    if (bits != 0xFFFF) return first + std::countr_one(bits);
+  }
+  return std::find_if(first, last, [=](char_t u) { return u == unit || u >= bound; });
+}
+
 // Each lane counts its own units: without counting bits, which costs a call on the plainest x86-64.
 size_t count_unit(unit_view units, char_t unit) {
   constexpr std::ptrdiff_t lane_limit = std::numeric_limits<uint16_t>::max();
@@ -60,6 +79,11 @@ size_t count_unit(unit_view units, char_t unit) {
 
 char_t const* find_unit(char_t const* first, char_t const* last, char_t unit) {
   return std::find(first, last, unit);
+}
+
+char_t const* find_unit_or_above(char_t const* first, char_t const* last, char_t unit,
+                                 char_t bound) {
+  return std::find_if(first, last, [=](char_t u) { return u == unit || u >= bound; });
 }
 
 size_t count_unit(unit_view units, char_t unit) {

@@ -148,6 +148,15 @@ void view::set_tab_size(unsigned columns) {
   if (soft_wrap) soft_wrap_filter->reset();
 }
 
+bool view::follow_cell_widths() {
+  bool const now = counts_units_as_cells();
+  if (std::exchange(units_were_cells_, now) == now) return false;
+  long_lines_.clear();
+  forget_max_columns();
+  if (soft_wrap) soft_wrap_filter->reset();
+  return true;
+}
+
 void view::set_screen_width(unsigned columns) {
   if (columns == screen_width) return;
   screen_width = columns;

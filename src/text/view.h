@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "text/box.h"
+#include "text/cell_width.h"
 #include "text/column_cache.h"
 #include "text/filter.h"
 #include "text/iterator_observer.h"
@@ -79,10 +80,11 @@ class view {
 
   /// @name Widths in columns
   /// @{
-  /// The unit of a row that covers a visual column, counted from the row's start, or the row's end.
+  /// The character of a row that covers a visual column, counted from the row's start, or the row's
+  /// end.
   unit_column unit_at_row_column(size_t row, size_t column) const;
-  /// The columns from `first` up to `last`, the first unit standing at column `start`. Every unit
-  /// counts 1, also a line end and each half of a surrogate pair; a tab counts up to the next stop.
+  /// The columns from `first` up to `last`, the first unit standing at column `start`. Each cluster
+  /// counts as many as it has cells, and a line end 1; a tab counts up to the next stop.
   size_t width_when_expanding_tabs(text::iterator const& first, text::iterator const& last,
                                    size_t start = 0) const;
   template <typename First, typename Last>
@@ -119,6 +121,10 @@ class view {
   void set_snippet_observer(std::unique_ptr<snippet_observer_t> observer);
   void chain_filters();
   /// @}
+
+  /// Measures anew if the way of counting cells (text/cell_width.h) is another one than it was, and
+  /// says whether.
+  bool follow_cell_widths();
 
   /// @name Folded text
   /// @{
@@ -170,9 +176,10 @@ class view {
   void insert_column(First first, Last last, size_t height, size_t width, bool select) {
     insert_column_of(unit_run(first, last), height, width, select);
   }
-  /// Takes text away, or blanks it in overwrite mode, and fills up what a cut tab leaves.
+  /// Takes text away, or blanks its cells in overwrite mode, and fills up what a cut tab leaves.
   view_iterator erase(view_iterator first, view_iterator last);
-  /// Puts the caret where the selection was, and returns it.
+  /// Puts the caret where the selection was, and returns it. Where what stood before it and after
+  /// it is one character now, such as a letter with its accent, the caret goes behind that.
   view_iterator erase_selection();
   /// Drag and drop inside the view.
   void move_selection_to(view_iterator to);
@@ -244,6 +251,7 @@ class view {
   /// Returns what was known until now.
   unsigned forget_max_columns();
 
+  void take_selection();
   void insert_units(unit_view units);
   void replace_selection_with(unit_view units);
   void replace_columns_with(unit_view units);
@@ -255,6 +263,7 @@ class view {
   bool is_in_tab_stop(text::iterator const& it) const;
   void keep_caret_place(freehanded_t::type type);
 
+  bool units_were_cells_ = counts_units_as_cells();
   mutable column_cache long_lines_;
   /// The width that the widest line has grown to while it was typed in. Takes the place of a
   /// `max_columns` that was forgotten for it, so that typing there doesn't measure all lines.

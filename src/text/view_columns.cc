@@ -40,7 +40,7 @@ void view::replace_columns_with(unit_view units) {
 }
 
 void view::insert_column_of(unit_view units, size_t height, size_t width, bool select) {
-  erase_selection();
+  take_selection();
   if (units.empty()) return;
   size_t const first_line = line_before_filters(selection.current_mark);
   size_t const column = column_before_wrap(selection.current_mark);

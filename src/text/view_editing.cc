@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "text/cell_width.h"
 #include "text/convert_tabs.h"
 #include "text/view.h"
 
@@ -8,20 +9,24 @@ namespace text {
 
 namespace {
 
-/// What overwrite mode leaves of a text: blanks, and line ends without blanks before them. A loop,
-/// as searching for " +\n" would cost the square of a long line's length.
+/// What overwrite mode leaves of a text: as many blanks as there were cells, a tab counting as one,
+/// and line ends without blanks before them.
 std::vector<char_t> blanked(text::iterator const& first, text::iterator const& last) {
   std::vector<char_t> units;
   append_units(first, last, units);
+  unit_view rest(units.data(), units.size());
   std::vector<char_t> result;
-  size_t blanks = 0;
-  for (char_t const unit : units) {
-    if (unit != u'\n') {
-      ++blanks;
-      continue;
-    }
-    blanks = 0;
+  while (true) {
+    unit_view const line = rest.substr(0, rest.find(u'\n'));
+    if (line.size() == rest.size()) break;
     result.push_back(u'\n');
+    rest.remove_prefix(line.size() + 1);
+  }
+  size_t blanks = 0;
+  for (size_t at = 0; at < rest.size();) {
+    measured_cluster const measured = measure_cluster(rest, at);
+    blanks += measured.cells;
+    at = measured.end;
   }
   result.insert(result.end(), blanks, u' ');
   return result;
@@ -81,9 +86,9 @@ view_iterator view::erase(view_iterator first, view_iterator last) {
   return {this, from + first.offset};
 }
 
-view_iterator view::erase_selection() {
-  view_iterator result = selection.first();
-  if (selection.empty()) return result;
+void view::take_selection() {
+  if (selection.empty()) return;
+  view_iterator result;
   if (selection.column_mode) {
     // From the bottom up, so that lines keep their numbers.
     text::box const extent(this);
@@ -96,14 +101,22 @@ view_iterator view::erase_selection() {
     result = erase(selection.first(), selection.last());
   }
   selection.set_caret(result);
-  return result;
+}
+
+view_iterator view::erase_selection() {
+  if (selection.empty()) return selection.first();
+  take_selection();
+  text::iterator at = selection.current_mark.base;
+  size_t const column = cluster_start_from(storage->line_units(at.line), at.column);
+  if (column != at.column) selection.set_caret({this, text::iterator(at.line, column, storage)});
+  return selection.current_mark;
 }
 
 void view::insert_units(unit_view units) {
   size_t const count = selection.column_mode ? line_before_filters(selection.last()) -
                                                    line_before_filters(selection.first()) + 1
                                              : 1;
-  erase_selection();
+  take_selection();
   if (units.empty()) return;
   text::iterator const base = make_base_iter(selection.current_mark);
   add_column_mirrors(base, count);
@@ -135,7 +148,7 @@ void view::replace_selection_with(unit_view units) {
   std::ptrdiff_t caret_offset = caret < first ? 0 : caret - first;
   if (selection.current_mark == selection.last()) caret_offset = std::numeric_limits<int>::max();
 
-  erase_selection();
+  take_selection();
   selection.set_caret({this, make_base_iter(selection.current_mark)});
   insert_units(units);
 
@@ -160,10 +173,7 @@ void view::move_selection_to(view_iterator to) {
 
   size_t const column = column_before_wrap(selection.current_mark);
   if (extent.first_column % tab_size != column % tab_size) {
-    std::vector<char_t> expanded;
-    convert_tabs_to_spaces(units.begin(), units.end(), std::back_inserter(expanded), tab_size,
-                           extent.first_column);
-    units.swap(expanded);
+    units = convert_tabs_to_spaces({units.data(), units.size()}, tab_size, extent.first_column);
   }
   insert_column(units.begin(), units.end(), extent.last_line - extent.first_line,
                 extent.last_column - extent.first_column, true);
@@ -174,7 +184,7 @@ text::iterator view::erase_selection_keeping(text::iterator const& it) {
   auto const kept = keeper.add_notify({it, it});
   auto const id = storage->add_observer(&keeper);
   try {
-    erase_selection();
+    take_selection();
   } catch (...) {
     storage->observers.erase(id);
     throw;

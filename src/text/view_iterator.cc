@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "text/cluster.h"
 #include "text/view.h"
 
 namespace text {
@@ -25,6 +26,8 @@ view_iterator& view_iterator::operator++() {
   size_t const row = view->line_in_view(*this);
   if (*this == view->end(row) && row + 1 < view->lines())
     base = view->begin(row + 1).base;
+  else if (unit_view const line = view->storage->line_units(base.line); base.column < line.size())
+    base.column = static_cast<uint32_t>(next_cluster(line, base.column));
   else
     ++base;
   offset = desired_column = 0;
@@ -39,7 +42,8 @@ view_iterator& view_iterator::operator--() {
   }
   size_t const row = view->line_in_view(*this);
   if (*this != view->begin(row))
-    --base;
+    base.column =
+        static_cast<uint32_t>(previous_cluster(view->storage->line_units(base.line), base.column));
   else if (row != 0)
     base = view->end(row - 1).base;
   return *this;
@@ -56,7 +60,7 @@ size_t column_before_wrap(view_iterator const& it) {
 view_iterator iter_from_hybrid_pos(text::view const* view, size_t line, size_t column,
                                    freehanded_t::type type) {
   unit_column const found = view->long_lines().unit_at(line, column, view->tab_size);
-  size_t const offset = keeps_remainder(*view, type) ? column - found.column : 0;
+  size_t const offset = keeps_remainder(*view, type) ? found.rest : 0;
   return {view, text::iterator(line, found.unit, view->storage), offset};
 }
 
@@ -64,7 +68,7 @@ view_iterator iter_from_view_pos(text::view const* view, size_t line, size_t col
                                  freehanded_t::type type) {
   size_t const row = std::min(line, view->lines() - 1);
   unit_column const found = view->unit_at_row_column(row, column);
-  size_t const offset = keeps_remainder(*view, type) ? column - found.column : 0;
+  size_t const offset = keeps_remainder(*view, type) ? found.rest : 0;
   return {view, view->begin(row).base + static_cast<std::ptrdiff_t>(found.unit), offset, column};
 }
 

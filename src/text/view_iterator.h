@@ -41,9 +41,9 @@ struct view_iterator {
 
   /// The unit, and a space for a column inside a tab.
   reference operator*() const;
-  /// Steps through the rows of the view: from the end of one to the beginning of the next. Nothing
-  /// happens at the two ends of the document. Each step walks the filters, so long scans are done
-  /// on `base`.
+  /// Steps by clusters through the rows of the view: from the end of one to the beginning of the
+  /// next. Nothing happens at the two ends of the document. Each step walks the filters, so long
+  /// scans are done on `base`.
   view_iterator& operator++();
   view_iterator& operator--();
   view_iterator operator++(int) {
@@ -71,7 +71,8 @@ struct view_iterator {
 size_t line_before_filters(view_iterator const& it);
 size_t column_before_wrap(view_iterator const& it);
 
-/// The position at hybrid coordinates. `line` must exist.
+/// The position at hybrid coordinates: before the character that covers the column. `line` must
+/// exist.
 view_iterator iter_from_hybrid_pos(text::view const* view, size_t line, size_t column,
                                    freehanded_t::type type);
 /// The position at a row of the view (the last one if there are fewer) and a visual column counted

@@ -2,6 +2,7 @@
 
 #include "actions/action_fixture.h"
 #include "headless/headless_desktop.h"
+#include "text/cluster.h"
 #include "text/marked_text.h"
 #include "text/random_text.h"
 
@@ -9,6 +10,22 @@ namespace {
 
 bool is_in_text(text::view_iterator const& it, text::storage const& storage) {
   return it.base.line < storage.lines() && it.base.column <= storage.size(it.base.line);
+}
+
+/// What is put in may join what stands around, and undo brings back where that was done.
+bool may_stand_in_a_character(std::string_view name) {
+  for (std::string_view start : {"insert", "paste", "yank", "undo", "enterLine"})
+    if (name.starts_with(start)) return true;
+  return false;
+}
+
+bool has_lone_surrogate(text::unit_view units) {
+  for (size_t i = 0; i < units.size(); ++i) {
+    bool const is_pair = unicode::splits_pair(units, i + 1);
+    if (!is_pair && (units[i] & 0xF800) == 0xD800) return true;
+    if (is_pair) ++i;
+  }
+  return false;
 }
 
 bool may_change_text(std::string_view name) {
@@ -21,7 +38,13 @@ bool may_change_text(std::string_view name) {
 class random_walk {
  public:
   explicit random_walk(unsigned seed) : random_(seed), names_(fixture_.actions.names()) {
-    auto const text = random_.text(random_.up_to(60), u"abCD_1  \t\n\n-\u00e9\xd83d\xde00");
+    auto text = random_.text(random_.up_to(60), u"abCD_1  \t\n\n-\u00e9");
+    for (size_t n = seed % 2 == 0 ? random_.up_to(30) : 0; n > 0; --n) {
+      // Not into a pair that was put in before.
+      size_t at = random_.up_to(text.size());
+      if (unicode::splits_pair(text, at)) --at;
+      text.insert(at, random_.characters(1));
+    }
     text::undo_group const group(fixture_.storage.undo_manager);
     fixture_.storage.insert(fixture_.storage.end(-1), text.begin(), text.end());
   }
@@ -47,6 +70,8 @@ class random_walk {
       text::undo_group const group(fixture_.storage.undo_manager);
       fixture_.actions.perform_action(name, &fixture_.view);
     }
+    if (may_stand_in_a_character(name) && !is_at_character(fixture_.view.selection.current_mark))
+      fixture_.view.selection.set_caret(fixture_.view.begin(0));
     check(name + " (" + modes_ + ") on\n" + before);
     if (!may_change_text(name)) {
       EXPECT_EQ(fixture_.storage.current_memento, memento) << name;
@@ -58,6 +83,14 @@ class random_walk {
     for (auto const& mark : {selection.first_mark, selection.last_mark, selection.current_mark})
       ASSERT_TRUE(is_in_text(mark, fixture_.storage))
           << what << "\nleads to " << mark.base.line << ":" << mark.base.column;
+    for (auto const& mark : {selection.first_mark, selection.last_mark, selection.current_mark})
+      ASSERT_TRUE(may_stand_in_a_character(what) || is_at_character(mark))
+          << what << "\nleads into a character at " << mark.base.line << ":" << mark.base.column;
+    ASSERT_FALSE(has_lone_surrogate(marked_text::units_of(fixture_.storage))) << what;
+  }
+
+  bool is_at_character(text::view_iterator const& it) const {
+    return text::is_cluster_start(fixture_.storage.line_units(it.base.line), it.base.column);
   }
 
   static std::string random_modes(random_source& random) {

@@ -5,6 +5,7 @@
 #include "data_rows.h"
 #include "marked_text.h"
 #include "random_text.h"
+#include "text/cell_width.h"
 #include "text/folding_filter.h"
 
 namespace {
@@ -23,32 +24,44 @@ void PrintTo(row const& r, std::ostream* out) {
   *out << r.line << ":" << r.first << "-" << r.last;
 }
 
-/// Wraps a line unit by unit, as one says how it is done.
+/// Wraps a line cluster by cluster, as one says how it is done.
 void wrap_line(text::unit_view units, size_t line, size_t width, size_t tab_size,
                std::vector<row>& out) {
-  size_t column = 0, at = 0, start = 0, blank = 0;
-  auto const count = [&] { column += units[at] == u'\t' ? tab_size - column % tab_size : 1; };
-  while (at < units.size()) {
-    for (; at < units.size() && (units[at] == u' ' || units[at] == u'\t'); ++at) {
-      count();
-      if (at + 1 != units.size()) blank = at;
-    }
-    if (at == units.size()) break;
-    bool const over = column >= width;
-    if (over && blank != start) {
-      out.push_back({line, start, blank});
-      start = ++blank;
-      column = at - blank + 1;
-    } else if (over && at > start) {
-      out.push_back({line, start, at - 1});
-      start = blank = at;
-      column = 0;
-    } else {
-      count();
-    }
-    ++at;
+  struct character {
+    size_t first, cells;
+    bool is_tab, is_blank;
+  };
+  std::vector<character> all;
+  for (size_t at = 0; at < units.size();) {
+    auto const cluster = text::measure_cluster(units, at);
+    bool const alone = cluster.end == at + 1;
+    all.push_back({at, cluster.cells, units[at] == u'\t',
+                   alone && (units[at] == u' ' || units[at] == u'\t')});
+    at = cluster.end;
   }
-  out.push_back({line, start, at});
+  auto const first_of = [&](size_t i) { return i < all.size() ? all[i].first : units.size(); };
+  width = std::max<size_t>(width, 1);
+  size_t start = 0;
+  bool cut = false;
+  while (true) {
+    // Up to the first character that isn't blank and reaches beyond the width.
+    size_t column = 0, at = start, blank = start;
+    for (; at < all.size(); ++at) {
+      character const& c = all[at];
+      size_t const cells = c.is_tab ? tab_size - column % tab_size : c.cells;
+      if (!c.is_blank && column + cells > width && at > start) break;
+      // What was cut off a word counts a cell less.
+      column += cut && at == start ? std::max<size_t>(cells, 1) - 1 : cells;
+      if (c.is_blank && at + 1 < all.size()) blank = at;
+    }
+    if (at == all.size()) break;
+    bool const soft = blank != start;
+    size_t const end = soft ? blank : at - 1;
+    out.push_back({line, first_of(start), first_of(end)});
+    start = soft ? blank + 1 : at;
+    cut = !soft;
+  }
+  out.push_back({line, first_of(start), units.size()});
 }
 
 class SoftWrap : public testing::Test {
@@ -149,10 +162,15 @@ TEST_F(SoftWrap, SettingsWrapAnew) {
 /// Fewer kinds of text meet more of the places where a break can move.
 std::u16string_view const alphabets[] = {u"abc  ", u"aaaaaaa b\t", u"a \n", u"abcdef\t\n   ", u"a"};
 
+/// Every third text is of other characters, which edits may cut.
+std::u16string random_units(random_source& random, unsigned seed, size_t length) {
+  return seed % 3 == 0 ? random.characters(length)
+                       : random.text(length, alphabets[seed % std::size(alphabets)]);
+}
+
 void check_random_edits(unsigned seed, text::view& view) {
   random_source random(seed);
   text::storage& storage = *view.storage;
-  std::u16string_view const alphabet = alphabets[seed % std::size(alphabets)];
   view.set_tab_size(static_cast<unsigned>(1 + random.below(5)));
   view.set_screen_width(static_cast<unsigned>(1 + random.below(12)));
   view.set_soft_wrap(true);
@@ -162,23 +180,31 @@ void check_random_edits(unsigned seed, text::view& view) {
       wrap_line(storage.line_units(line), line, view.screen_width, view.tab_size, expected);
     for (auto const& range : view.soft_wrap_filter->ranges)
       found.push_back({range.line, range.first, range.last});
-    ASSERT_EQ(found, expected) << "step " << step;
+    ASSERT_EQ(found, expected) << "step " << step << " width " << view.screen_width << " tab "
+                               << view.tab_size << " "
+                               << testing::PrintToString(marked_text::units_of(storage));
   };
   for (int step = 0; step < 60; ++step) {
     size_t const line = random.below(storage.lines());
-    text::iterator const first(line, random.up_to(storage.size(line)), &storage);
+    // Between code points, as who edits has it.
+    auto const place = [&](size_t at_line) {
+      size_t const at = random.up_to(storage.size(at_line));
+      bool const splits = unicode::splits_pair(storage.line_units(at_line), at);
+      return text::iterator(at_line, splits ? at - 1 : at, &storage);
+    };
+    text::iterator const first = place(line);
     if (random.one_in(12)) {
       view.set_screen_width(static_cast<unsigned>(1 + random.below(12)));
     } else if (random.one_in(8)) {
       if (view.can_undo()) storage.undo_manager.undo();
     } else if (random.one_in(3)) {
       size_t const other = std::min(line + random.below(3), storage.lines() - 1);
-      text::iterator const last(other, random.up_to(storage.size(other)), &storage);
+      text::iterator const last = place(other);
       text::undo_group const group(storage.undo_manager);
       if (first <= last) storage.erase(first, last);
     } else {
       size_t const length = random.one_in(4) ? random.below(60) : random.below(4);
-      std::u16string const units = random.text(length, alphabet);
+      std::u16string const units = random_units(random, seed, length);
       text::undo_group const group(storage.undo_manager);
       storage.insert(first, units.begin(), units.end());
     }

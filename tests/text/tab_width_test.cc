@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "random_text.h"
+#include "text/cell_width.h"
 #include "text/column_cache.h"
 #include "text/convert_tabs.h"
 #include "text/storage.h"
@@ -11,25 +12,32 @@
 
 namespace {
 
-/// The walk, unit by unit, that everything faster must agree with.
+/// The walk, cluster by cluster, that everything faster must agree with.
 size_t walked_width(text::unit_view units, size_t start, size_t tab_size) {
   size_t column = start;
-  for (char16_t const unit : units) column += unit == u'\t' ? tab_size - column % tab_size : 1;
+  for (size_t at = 0; at < units.size();) {
+    auto const cluster = text::measure_cluster(units, at);
+    column += units[at] == u'\t' ? tab_size - column % tab_size : cluster.cells;
+    at = cluster.end;
+  }
   return column - start;
 }
 
 text::unit_column walked_unit(text::unit_view units, size_t start, size_t column, size_t tab_size) {
   size_t here = start, i = 0;
-  for (; i < units.size(); ++i) {
-    size_t const width = units[i] == u'\t' ? tab_size - here % tab_size : 1;
-    if (column < here + width) break;
+  while (i < units.size() && here < column) {
+    auto const cluster = text::measure_cluster(units, i);
+    size_t const width = units[i] == u'\t' ? tab_size - here % tab_size : cluster.cells;
+    if (column < here + width) return {i, here, units[i] == u'\t' ? column - here : 0};
     here += width;
+    i = cluster.end;
   }
-  return {i, here};
+  return {i, here, column > here ? column - here : 0};
 }
 
 TEST(UnitSearch, EqualsTheLoopAtEveryLengthAndPlace) {
   std::u16string units(40, u'\u0A00');
+  std::u16string const plain(40, u'\u02FF');
   for (size_t first = 0; first < 10; ++first)
     for (size_t last = first; last <= units.size(); ++last)
       for (size_t place = 0; place < units.size(); ++place) {
@@ -40,6 +48,13 @@ TEST(UnitSearch, EqualsTheLoopAtEveryLengthAndPlace) {
                   begin + (within ? place : last));
         ASSERT_EQ(text::count_unit({begin + first, last - first}, u'\n'), within ? 1u : 0u);
         units[place] = u'\u0A00';
+        for (char16_t const stop : {u'\t', u'\u0300', u'\uFFFF'}) {
+          std::u16string other = plain;
+          other[place] = stop;
+          char16_t const* const start = other.data();
+          ASSERT_EQ(text::find_unit_or_above(start + first, start + last, u'\t', u'\u0300'),
+                    start + (within ? place : last));
+        }
       }
   // More than the lanes of a vector count at once.
   EXPECT_EQ(text::count_unit(std::u16string(1'100'003, u'\n'), u'\n'), 1'100'003u);
@@ -60,16 +75,41 @@ TEST(TabWidth, EqualsTheWalkOnShortRuns) {
             auto const expected = walked_unit(units, start, column, tab_size);
             ASSERT_EQ(found.unit, expected.unit);
             ASSERT_EQ(found.column, expected.column);
+            ASSERT_EQ(found.rest, expected.rest);
           }
         }
     }
 }
 
+TEST(TabWidth, EqualsTheWalkOnCharactersOfAnyKind) {
+  for (unsigned seed = 1; seed <= 300; ++seed) {
+    random_source random(seed);
+    std::u16string const units = random.characters(random.up_to(30));
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    text::set_counts_units_as_cells(seed % 4 == 0);
+    for (size_t start = 0; start < 3; ++start) {
+      size_t const width = text::expanded_width(units, start, 4);
+      ASSERT_EQ(width, walked_width(units, start, 4));
+      for (size_t column = 0; column < start + width + 3; ++column) {
+        auto const found = text::unit_at_column(units, start, column, 4);
+        auto const expected = walked_unit(units, start, column, 4);
+        ASSERT_EQ(found.unit, expected.unit);
+        ASSERT_EQ(found.column, expected.column);
+        ASSERT_EQ(found.rest, expected.rest);
+        ASSERT_TRUE(text::is_cluster_start(units, found.unit));
+      }
+    }
+    if (text::counts_units_as_cells() && units.find(u'\t') == units.npos) {
+      ASSERT_EQ(text::expanded_width(units, 0, 4), units.size());
+    }
+  }
+  text::set_counts_units_as_cells(false);
+}
+
 TEST(TabWidth, ConvertedTabsHaveTheWidthOfTheOriginal) {
   std::u16string const units = u"\ta\t\nbc\td";
-  std::u16string spaces;
-  text::convert_tabs_to_spaces(units.begin(), units.end(), std::back_inserter(spaces), 4, 2);
-  EXPECT_EQ(spaces, u"  a   \nbc    d");
+  auto const spaces = text::convert_tabs_to_spaces(units, 4, 2);
+  EXPECT_EQ(std::u16string(spaces.begin(), spaces.end()), u"  a   \nbc    d");
 }
 
 /// A view on a storage holding lines around one that the cache takes care of.
@@ -80,7 +120,7 @@ class ColumnCache : public testing::TestWithParam<char16_t const*> {
       text::unit_view const units = storage_.line_units(line);
       for (int i = 0; i < 3; ++i) {
         size_t const tab_size = 1 + random.below(2) * 3;
-        size_t const unit = random.up_to(units.size());
+        size_t const unit = text::cluster_start_from(units, random.up_to(units.size()));
         size_t const column = walked_width(units.substr(0, unit), 0, tab_size);
         ASSERT_EQ(view_.long_lines().column(line, unit, tab_size), column);
 
@@ -126,7 +166,8 @@ TEST_P(ColumnCache, EqualsTheWalkWhileTheLineIsEdited) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Alphabets, ColumnCache,
-                         testing::Values(u"abc", u"abcdefgh\t", u"\t",
+                         testing::Values(u"abc", u"abcdefgh\t", u"\t", u"中文a", u"a\u0301\t",
+                                         u"\xD83C\xDDE9\xDDEA\u200D",
                                          u"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa\t"));
 
 }  // namespace
