@@ -7,6 +7,7 @@
 
 #include "documents/WynDocument.h"
 #include "documents/document_alerts.h"
+#include "documents/file_text.h"
 #include "documents/privileged_save.h"
 #include "documents/save_file.h"
 #include "documents/storage_bytes.h"
@@ -101,20 +102,36 @@ class asking_save {
   bool reverts_ = false;
 };
 
+/// A file that is like that is given back as it was.
+bool file_has_lone_surrogate(std::string const& path) {
+  documents::file_text text;
+  if (path.empty() || documents::read_file_text(path, encoding::UTF8, true, text)) return false;
+  return documents::has_lone_surrogate(text.units.view());
+}
+
 }  // namespace
 
 std::optional<encoding::file_format> WynDocument::formatForSaving() const {
+  // Without pairs each half is written by itself, and the user has chosen that.
+  auto const confirmed = [this](encoding::file_format const& format) {
+    std::optional<encoding::file_format> result = format;
+    if (format.charset != encoding::UTF8 || !format.pairs) return result;
+    auto const line = documents::line_with_lone_surrogate(*storage_);
+    if (!line || file_has_lone_surrogate(filename_)) return result;
+    if (!documents::ask_to_save_lone_surrogate(displayName(), *line + 1)) result.reset();
+    return result;
+  };
   encoding::file_format format{fileEncoding_, lineEnding_, byteOrderMark_, supplementaryPairs_};
-  if (can_be_encoded(*storage_, format.charset)) return format;
+  if (can_be_encoded(*storage_, format.charset)) return confirmed(format);
   if (format.charset == encoding::ASCII) {
     // A document that has been all ASCII gets its first other character without a question.
     format.charset = defaultFileEncoding();
-    if (can_be_encoded(*storage_, format.charset)) return format;
+    if (can_be_encoded(*storage_, format.charset)) return confirmed(format);
   }
   if (!documents::ask_to_save_as_utf8(displayName(), format.charset)) return std::nullopt;
   format.charset = encoding::UTF8;
   format.byte_order_mark = false;
-  return format;
+  return confirmed(format);
 }
 
 bool WynDocument::mayOverwrite(std::string const& path) const {

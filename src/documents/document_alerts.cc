@@ -79,6 +79,17 @@ bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset) {
              first_button);
 }
 
+bool ask_to_save_lone_surrogate(std::string const& name, std::size_t line) {
+  return ask(
+      {"Encoding Error",
+       "The document " + quoted(name) + " holds half of a character (a lone surrogate) in line " +
+           std::to_string(line) +
+           ", which is not valid in UTF-8. Other programs may refuse to read the file. Would "
+           "you like to save it nevertheless?",
+       {"Don't Save", "Save Anyway"}},
+      second_button);
+}
+
 bool ask_to_lose_bytes(std::string const& path, encoding::charset_t charset) {
   return may_overwrite("Encoding Error", "The file " + name_of(path) +
                                              " holds bytes that are not valid " +

@@ -16,6 +16,8 @@ void tell_could_not_save(path::write_error const& error, std::string const& path
 
 /// Save as UTF-8, or not at all.
 bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset);
+/// Save text with half of a surrogate pair, in this line from 1, as UTF-8, or not.
+bool ask_to_save_lone_surrogate(std::string const& name, std::size_t line);
 /// Overwrite a file that holds something which its document doesn't, or not.
 bool ask_to_lose_bytes(std::string const& path, encoding::charset_t charset);
 bool ask_to_change_binary_file(std::string const& path);

@@ -6,6 +6,8 @@
 
 #include "encoding/encoded_size.h"
 #include "encoding/lost_units.h"
+#include "encoding/supplementary.h"
+#include "text/unit_search.h"
 
 namespace documents {
 namespace {
@@ -88,6 +90,25 @@ bool can_be_encoded(text::storage const& storage, encoding::charset_t charset) {
   return put_pieces(storage, [charset](auto first, auto last) {
     return encoding::first_lost_unit(first, last, charset) == last;
   });
+}
+
+bool has_lone_surrogate(text::unit_view units) {
+  constexpr char16_t first_surrogate = 0xD800;
+  char16_t const* at = units.data();
+  char16_t const* const last = at + units.size();
+  while ((at = text::find_unit_or_above(at, last, first_surrogate, first_surrogate)) != last) {
+    bool const is_high = encoding::is_high_surrogate(*at);
+    bool const is_pair = is_high && last - at > 1 && encoding::is_low_surrogate(at[1]);
+    if (!is_pair && (is_high || encoding::is_low_surrogate(*at))) return true;
+    at += is_pair ? 2 : 1;
+  }
+  return false;
+}
+
+std::optional<std::size_t> line_with_lone_surrogate(text::storage const& storage) {
+  for (std::size_t line = 0; line < storage.lines(); ++line)
+    if (has_lone_surrogate(storage.line_units(line))) return line;
+  return std::nullopt;
 }
 
 bool holds(text::storage const& storage, text::unit_view text) {

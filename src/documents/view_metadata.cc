@@ -7,6 +7,7 @@
 
 #include "documents/file_metadata.h"
 #include "text/bookmark_filter.h"
+#include "text/cluster.h"
 #include "text/folding_filter.h"
 #include "text/tab_width.h"
 
@@ -32,7 +33,8 @@ std::optional<std::size_t> number(plist::value const& value) {
 
 text::iterator nearest(text::storage& storage, std::size_t line, std::size_t column) {
   line = std::min(line, storage.lines() - 1);
-  return {line, std::min(column, storage.size(line)), &storage};
+  column = std::min(column, storage.size(line));
+  return {line, text::cluster_start_from(storage.line_units(line), column), &storage};
 }
 
 text::iterator at_offset(text::storage& storage, std::size_t offset) {

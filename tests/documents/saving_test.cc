@@ -79,6 +79,21 @@ TEST_F(document, asks_when_the_charset_lacks_a_character) {
   }
 }
 
+TEST_F(document, asks_before_half_of_a_character_reaches_a_file) {
+  auto const d = document_of("");
+  char16_t const halves[] = {u'a', u'\n', u'\xDE00', u'\xD83D', u'\n', u'\xD83D', u'\xDE00'};
+  type(*d, std::u16string(halves, 7));
+  EXPECT_FALSE(save(d));
+  EXPECT_EQ(on_disk(), "");
+  EXPECT_TRUE(d->isDocumentEdited());
+  auto const asked = alerts();
+  ASSERT_EQ(asked.size(), 1u);
+  EXPECT_NE(asked.front().find("in line 2"), std::string::npos);
+  answer("Encoding Error", "Save Anyway");
+  EXPECT_TRUE(save(d));
+  EXPECT_EQ(on_disk(), "a\n\xED\xB8\x80\xED\xA0\xBD\n\xF0\x9F\x98\x80");
+}
+
 TEST_F(document, asks_before_it_loses_bytes) {
   std::string const bytes = "\xC0\xAF overlong";
   auto const d = document_of(bytes);
