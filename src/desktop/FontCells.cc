@@ -1,6 +1,8 @@
 #include "desktop/FontCells.h"
 
 #include "desktop/QtText.h"
+#include "platform/clusters.h"
+#include "platform/unicode.h"
 
 #include <QFontDatabase>
 #include <QTextLayout>
@@ -53,6 +55,52 @@ shaped_cluster shape(QFont const& font, std::u16string_view text) {
   return shaped;
 }
 
+bool is_emoji(std::u16string_view text) {
+  constexpr char16_t text_selector = 0xFE0E, emoji_selector = 0xFE0F;
+  if (text.find(text_selector) != text.npos) return false;
+  if (text.find(emoji_selector) != text.npos) return true;
+  char32_t const c = unicode::code_point_at(text, 0);
+  bool const is_flag_letter = c >= 0x1F1E6 && c <= 0x1F1FF;
+  bool const is_among_symbols = (c >= 0x231A && c <= 0x2BFF) || c >= 0x1F000;
+  bool const is_bracket = c == 0x2329 || c == 0x232A;
+  return is_flag_letter || (is_among_symbols && !is_bracket && c < 0x20000 && unicode::is_wide(c));
+}
+
+// A letter with marks, in cells of the font, for which it has no way to place the marks: they come
+// out in cells of their own, and belong upon the letter.
+void stack_marks(shaped_cluster& shaped, double base_advance) {
+  for (QGlyphRun& run : shaped.runs) {
+    QList<QPointF> positions = run.positions();
+    for (QPointF& p : positions)
+      if (p.x() >= base_advance - 0.5)
+        p.rx() -= std::floor((p.x() + 0.5) / base_advance) * base_advance;
+    run.setPositions(positions);
+  }
+  shaped.advance = base_advance;
+  shaped.left = shaped.right = 0;
+  measure_ink(shaped);
+}
+
+/// The units of the first code point, if all that follow are marks upon it; else 0.
+std::size_t base_of_marks(std::u16string_view text) {
+  std::size_t at = unicode::splits_pair(text, 1) ? 2 : 1;
+  std::size_t const base = at;
+  for (; at < text.size(); ++at) {
+    char32_t const c = unicode::code_point_at(text, at);
+    if (!unicode::is_combining(c) || !unicode::is_zero_width(c)) return 0;
+  }
+  return base < text.size() ? base : 0;
+}
+
+shaped_cluster shape_cluster(QFont const& font, std::u16string_view text) {
+  shaped_cluster shaped = shape(font, text);
+  if (std::size_t const base = is_emoji(text) ? 0 : base_of_marks(text)) {
+    double const advance = shape(font, text.substr(0, base)).advance;
+    if (advance > 0 && shaped.advance > advance + 0.5) stack_marks(shaped, advance);
+  }
+  return shaped;
+}
+
 // A text in a script that no font covers is no fault that standard error should hear of, font by
 // font.
 void silence_font_search() {
@@ -85,11 +133,25 @@ quint32 FontFace::other_glyph(char16_t unit) {
   return it->second;
 }
 
+// Text fonts have some emoji, too, each drawn alone and without its colours.
+QFont const& FontFace::font_for(std::u16string_view text) {
+  if (!is_emoji(text)) return font_;
+  if (!emoji_font_) {
+    emoji_font_ = font_;
+    QStringList families = font_.families();
+    families.prepend(QStringLiteral("emoji"));
+    families.prepend(QStringLiteral("Noto Color Emoji"));
+    emoji_font_->setFamilies(families);
+    emoji_font_->setFixedPitch(false);
+  }
+  return *emoji_font_;
+}
+
 shaped_cluster const& FontFace::cluster(std::u16string_view text) {
   auto it = clusters_.find(std::u16string(text));
   if (it != clusters_.end()) return it->second;
   if (clusters_.size() >= max_clusters) clusters_.clear();
-  return clusters_.emplace(text, shape(font_, text)).first->second;
+  return clusters_.emplace(text, shape_cluster(font_for(text), text)).first->second;
 }
 
 FontCells::FontCells(platform::font const& font, double device_pixel_ratio)
@@ -100,6 +162,7 @@ FontCells::FontCells(platform::font const& font, double device_pixel_ratio)
   raw.advancesForGlyphIndexes(&glyph, &advance, 1);
   metrics_.ascender = raw.ascent();
   metrics_.descender = -raw.descent();
+  metrics_.pixel = 1 / ratio_;
   metrics_.char_width = std::max(1.0, std::round(advance.x() * ratio_)) / ratio_;
 }
 

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -42,8 +43,10 @@ class FontFace {
   static constexpr char16_t first_direct = 0x20, last_direct = 0x250;
 
   quint32 other_glyph(char16_t unit);
+  QFont const& font_for(std::u16string_view text);
 
   QFont font_;
+  std::optional<QFont> emoji_font_;  // made when first needed
   QRawFont raw_;
   std::array<quint32, last_direct - first_direct> direct_{};
   std::unordered_map<char16_t, quint32> others_;

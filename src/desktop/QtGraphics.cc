@@ -23,16 +23,25 @@ QRectF QtGraphics::local(platform::rect const& r) const {
   return {r.x - origin_.x, r.y - origin_.y, r.width, r.height};
 }
 
+// Coordinates with the same fraction go the same way, also those with a half, which are not exact.
+double QtGraphics::whole_pixels(double length) const {
+  return std::floor(length * ratio_ + 0.5 + 1e-5) / ratio_;
+}
+
 // Glyphs start at whole device pixels: they are sharper, and cached once instead of by fraction.
 QPointF QtGraphics::local_pixel(platform::point p) const {
-  return {std::round((p.x - origin_.x) * ratio_) / ratio_,
-          std::round((p.y - origin_.y) * ratio_) / ratio_};
+  return {whole_pixels(p.x - origin_.x), whole_pixels(p.y - origin_.y)};
+}
+
+// So do areas, which have to fit the glyphs.
+QRectF QtGraphics::local_pixels(platform::rect const& r) const {
+  return {local_pixel({r.x, r.y}), local_pixel({r.x + r.width, r.y + r.height})};
 }
 
 void QtGraphics::fill_rect(platform::rect const& r, platform::color c, bool composite) {
   // The window itself is opaque: what replaces everything below can't let anything through.
   if (!composite) c.alpha = 255;
-  painter_.fillRect(local(r), qcolor(c));
+  painter_.fillRect(local_pixels(r), qcolor(c));
 }
 
 void QtGraphics::set_pen(platform::text_style const& style) {
@@ -78,16 +87,19 @@ void QtGraphics::draw_cluster(std::u16string_view cluster, platform::point basel
   if (style.underline) underline(face, at, width, style.foreground);
 }
 
-// A cluster narrower than its room stands in the middle of it, a wider one is squeezed, and ink
-// that still reaches over the edges is cut off.
+// A cluster narrower than its room stands in the middle of it, a wider one is made smaller, as far
+// as it can be read then, and ink that still reaches over the edges is cut off. What has no room of
+// its own is drawn upon its neighbours.
 void QtGraphics::draw_fitted(FontFace& face, std::u16string_view text, QPointF at, double width) {
   shaped_cluster const& shaped = face.cluster(text);
   if (shaped.runs.isEmpty()) return;
+  constexpr double least_scale = 0.5;
   double const natural = std::max(shaped.advance, shaped.right);
-  double const scale = natural > width ? width / natural : 1;
-  double const shift = natural < width ? std::floor((width - natural) / 2) : 0;
-  bool const clips =
-      shaped.left * scale + shift < -0.5 || shaped.right * scale + shift > width + 0.5;
+  bool const fits = natural <= width || width == 0;
+  double const scale = fits ? 1 : std::max(width / natural, least_scale);
+  double const shift = fits && width > 0 ? whole_pixels((width - natural) / 2) : 0;
+  bool const clips = width > 0 && (shaped.left * scale + shift < -0.5 ||
+                                   shaped.right * scale + shift > width + 0.5);
   bool const transforms = scale != 1 || clips;
 
   if (transforms) painter_.save();
@@ -96,7 +108,7 @@ void QtGraphics::draw_fitted(FontFace& face, std::u16string_view text, QPointF a
   if (scale != 1) {
     painter_.setRenderHint(QPainter::SmoothPixmapTransform);
     painter_.translate(at);
-    painter_.scale(scale, 1);
+    painter_.scale(scale, scale);
     from = {};
   }
   for (QGlyphRun const& run : shaped.runs) painter_.drawGlyphRun(from, run);
@@ -122,7 +134,7 @@ void QtGraphics::draw_image(std::string_view name, platform::rect const& r) {
 
 void QtGraphics::push_clip(platform::rect const& r) {
   painter_.save();
-  painter_.setClipRect(local(r), Qt::IntersectClip);
+  painter_.setClipRect(local_pixels(r), Qt::IntersectClip);
 }
 
 void QtGraphics::pop_clip() {

@@ -27,7 +27,9 @@ class QtGraphics final : public platform::graphics {
 
  private:
   QRectF local(platform::rect const& r) const;
+  double whole_pixels(double length) const;
   QPointF local_pixel(platform::point p) const;
+  QRectF local_pixels(platform::rect const& r) const;
   void set_pen(platform::text_style const& style);
   void flush_glyphs(FontFace const& face);
   void draw_fitted(FontFace& face, std::u16string_view text, QPointF at, double width);

@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyleHints>
+#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -120,14 +121,19 @@ void TextViewWidget::set_font(platform::font const& f) {
   viewport()->update();
 }
 
-// A window may move to a screen with another resolution.
-void TextViewWidget::update_fonts() {
-  if (cells_->device_pixel_ratio() != devicePixelRatioF()) set_font(cells_->font());
+// A window may move to a screen with another resolution, of which not every platform sends word. A
+// layout is no business of painting, so it follows.
+void TextViewWidget::follow_device_pixels() {
+  if (cells_->device_pixel_ratio() == devicePixelRatioF()) return;
+  set_font(cells_->font());
+  QTimer::singleShot(0, this, [this] {
+    if (client_ != nullptr) client_->font_metrics_changed();
+  });
 }
 
 void TextViewWidget::paintEvent(QPaintEvent* event) {
   QPainter painter(viewport());
-  update_fonts();
+  follow_device_pixels();
   if (client_ == nullptr) {
     painter.fillRect(event->rect(), QWidget::palette().base());
     return;
@@ -178,6 +184,7 @@ bool TextViewWidget::event(QEvent* event) {
     event->accept();
     return true;
   }
+  if (event->type() == QEvent::ScreenChangeInternal) follow_device_pixels();
   return QAbstractScrollArea::event(event);
 }
 

@@ -94,7 +94,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   platform::point to_view(QPointF local) const;
   QPoint to_viewport(platform::point p) const;
   void update_scroll_bars();
-  void update_fonts();
+  void follow_device_pixels();
   void focus_changed();
   void count_click(QMouseEvent const& event);
   platform::mouse_event translate_mouse(QMouseEvent const& event) const;

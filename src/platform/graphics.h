@@ -30,6 +30,7 @@ struct font {
 struct font_metrics {
   double ascender = 0, descender = 0;
   double char_width = 0;  // advance of one cell
+  double pixel = 1;       // the side of a device pixel
 };
 
 /// Where a view paints. Valid during one draw call only.
@@ -45,7 +46,8 @@ class graphics {
                         text_style const& style) = 0;
 
   /// Draws one user-perceived character made of several units, or one that may be wider than its
-  /// cell: made narrower where it would not fit into `width`.
+  /// cell, or joined letters: made smaller where they would not fit into `width`. A width of 0 is
+  /// that of a mark without a character of its own.
   virtual void draw_cluster(std::u16string_view cluster, point baseline, double width,
                             text_style const& style) = 0;
 

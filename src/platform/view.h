@@ -115,6 +115,8 @@ class view_client {
 
   /// The widget was scrolled or resized.
   virtual void visible_rect_changed() = 0;
+  /// metrics_for() gives other values: the widget is on a screen of another resolution.
+  virtual void font_metrics_changed() = 0;
   /// Keyboard focus, key window or palette changed.
   virtual void focus_changed() = 0;
 };

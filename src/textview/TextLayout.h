@@ -6,8 +6,9 @@
 #include <cmath>
 #include <cstddef>
 
-/// The grid on which a text view is drawn: every unit is charWidth() wide and every row
-/// lineHeight() high, and all coordinates follow from that. Logical pixels.
+/// The grid on which a text view is drawn: every cell is charWidth() wide and every row
+/// lineHeight() high, and all coordinates follow from that. Logical pixels; cells, rows and the
+/// gutter are whole device pixels, so that none is wider or higher than another on the screen.
 class TextLayout {
  public:
   /// Takes the metrics of `f` from the host, and the user's line height and base line deltas.
@@ -35,11 +36,7 @@ class TextLayout {
   double imageScale() const { return std::max(1.0, std::round(line_height_ / 20)); }
   /// The right part of the gutter, where the marks of folding are; 0 when they don't show.
   double foldWidth() const { return fold_width_; }
-  void setGutterWidth(double width, double bookmark_width, double fold_width) {
-    gutter_width_ = width;
-    bookmark_width_ = bookmark_width;
-    fold_width_ = fold_width;
-  }
+  void setGutterWidth(double width, double bookmark_width, double fold_width);
 
   double x_of_column(std::size_t column) const;
   double y_of_row(std::size_t row) const {
@@ -55,7 +52,10 @@ class TextLayout {
  private:
   static constexpr double left_margin = 4, top_margin = 2;
 
+  double pixels_up(double length) const;
+
   platform::font font_;
+  double pixel_ = 1;
   double char_width_ = 8, line_height_ = 16, ascend_ = 12;
   double gutter_width_ = 0, bookmark_width_ = 0, fold_width_ = 0;
 };

@@ -268,6 +268,7 @@ class WynTextView : public platform::responder,
   std::u16string selected_text() const override;
   std::u16string line_text(std::size_t& caret_offset) const override;
   void visible_rect_changed() override;
+  void font_metrics_changed() override { frameDidChange(); }
   void focus_changed() override;
 
   /// What an input method is composing at the caret; it is no part of the text yet.

@@ -49,10 +49,10 @@ void WynTextView::updateGutterWidth() {
   bool const folds = view_->foldings_enabled && (filter.has_patterns() || !filter.foldings.empty());
   double const fold = folds ? fold_width * layout_.imageScale() : 0;
   double const width = flag + std::ceil(columns * layout_.charWidth()) + fold;
-  if (width != layout_.gutterWidth() || flag != layout_.bookmarkWidth() ||
-      fold != layout_.foldWidth())
-    setNeedsDisplay();
+  double const old_width = layout_.gutterWidth(), old_flag = layout_.bookmarkWidth(),
+               old_fold = layout_.foldWidth();
   layout_.setGutterWidth(width, flag, fold);
+  if (old_width != layout_.gutterWidth() || old_flag != flag || old_fold != fold) setNeedsDisplay();
 }
 
 // One column stays free for the unit in front of a cut through a long word.
