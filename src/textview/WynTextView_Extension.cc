@@ -1,5 +1,6 @@
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
+#include "text/cell_width.h"
 #include "textview/WynTextView.h"
 #include "textview/view_styles.h"
 #include "textview/view_will_change.h"
@@ -24,10 +25,12 @@ std::size_t number_from_1(plist::value const& v) {
   return static_cast<std::size_t>(std::max<std::int64_t>(v.integer_or(0), 0));
 }
 
-// Line and column from 1; what lies behind the text or the line becomes its end.
+// Line and column from 1; what lies behind the text or the line becomes its end, and what is inside
+// of a character the end of that.
 text::iterator capped_position(text::storage& storage, std::size_t line, std::size_t column) {
   std::size_t const last = std::min(line, storage.lines()) - 1;
-  return {last, std::min(std::max<std::size_t>(column, 1) - 1, storage.size(last)), &storage};
+  std::size_t const unit = std::min(std::max<std::size_t>(column, 1) - 1, storage.size(last));
+  return {last, text::cluster_start_from(storage.line_units(last), unit), &storage};
 }
 
 double bounded_font_size(double points) {
@@ -231,6 +234,8 @@ void WynTextView::userDefaultsDidChange() {
 
 void WynTextView::applyOptionsToView() {
   if (view_ == nullptr) return;
+  text::set_counts_units_as_cells(!defaults().boolean("WynTextViewWideCharactersEnabled"));
+  if (view_->follow_cell_widths()) frameDidChange();
   view_->set_tab_size(tabSize());
   view_->set_treats_spaces_as_tabs(softTabs());
   applySoftWrap();

@@ -206,16 +206,31 @@ class painter {
         style.underline = style.underline || text.is_marked(piece.first);
         g_.draw_cluster(units, at, static_cast<double>(piece.width) * layout_.charWidth(), style);
         break;
+      case text_cells::kind::script:
+        paint_script(text, piece, units, at, style);
+        break;
       case text_cells::kind::tab:
         if (text_view_.showInvisibles()) paint_mark(tab_mark, piece.column, baseline);
         break;
       case text_cells::kind::control:
         if (text_view_.showInvisibles()) paint_mark(control_mark, piece.column, baseline);
         break;
+      case text_cells::kind::unprinted:
+        if (text_view_.showInvisibles())
+          fill({at.x - 1, baseline - layout_.ascend(), 2, layout_.lineHeight()},
+               colors_.invisibles);
+        break;
       case text_cells::kind::surrogate:
         g_.draw_cluster({&replacement, 1}, at, layout_.charWidth(), style);
         break;
     }
+  }
+
+  // Letters that join are drawn as one.
+  void paint_script(row_text const& text, text_cells::piece const& piece, std::u16string_view units,
+                    point at, platform::text_style style) {
+    style.underline = style.underline || text.is_marked(piece.first);
+    g_.draw_cluster(units, at, static_cast<double>(piece.width) * layout_.charWidth(), style);
   }
 
   // Runs are cut where the style changes, where marked text begins or ends, and at invisible

@@ -3,6 +3,7 @@
 #include "grammar/tokenize_filter.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
+#include "text/cell_width.h"
 #include "text/row_break.h"
 #include "text/tab_width.h"
 #include "text/view.h"
@@ -27,12 +28,26 @@ void make_caret_real(text::view& view) {
     view.selection.set_caret({&view, make_base_iter(view.selection.current_mark)});
 }
 
-// Selects as many units ahead of the caret as will be typed over it, within its line.
-void select_units_ahead(text::view& view, std::size_t count) {
+// How many characters `text` is behind the caret: none where it only adds to the one before.
+std::size_t characters_typed(text::view const& view, std::u16string_view text) {
   text::iterator const caret = view.selection.current_mark.base;
-  std::size_t const rest = view.storage->size(caret.line) - caret.column;
-  auto const ahead = static_cast<std::ptrdiff_t>(std::min(count, rest));
-  view.selection.select_to({&view, caret + ahead}, false);
+  text::unit_view const line = view.storage->line_units(caret.line);
+  std::size_t const before = text::previous_cluster(line, caret.column);
+  std::u16string const joined =
+      std::u16string(line.substr(before, caret.column - before)).append(text);
+  std::size_t count = 0;
+  for (std::size_t at = 0; at < joined.size(); at = unicode::cluster_at(joined, at).end)
+    if (at >= caret.column - before) ++count;
+  return count;
+}
+
+// Selects as many characters ahead of the caret as will be typed over it, within its line.
+void select_characters_ahead(text::view& view, std::size_t count) {
+  text::iterator ahead = view.selection.current_mark.base;
+  text::unit_view const line = view.storage->line_units(ahead.line);
+  for (; count > 0 && ahead.column < line.size(); --count)
+    ahead.column = static_cast<std::uint32_t>(text::next_cluster(line, ahead.column));
+  view.selection.select_to({&view, ahead}, false);
 }
 
 // Typing in overwrite mode takes the place of what it covers, where erasing blanks it.
@@ -66,9 +81,10 @@ std::optional<std::size_t> last_blank_within(text::unit_view line, std::size_t w
   std::size_t const first_word = line.find_first_not_of(u" \t");
   std::optional<std::size_t> found;
   std::size_t column = 0;
-  for (std::size_t unit = 0; unit < line.size() && column <= width; ++unit) {
-    if (text::is_blank(line[unit]) && unit > first_word) found = unit;
-    column += line[unit] == u'\t' ? text::tab_width(column, tab_size) : 1;
+  for (std::size_t unit = 0, end; unit < line.size() && column <= width; unit = end) {
+    if (unit > first_word && text::is_lone_blank(line, unit)) found = unit;
+    end = unicode::cluster_at(line, unit).end;
+    column += text::expanded_width(line.substr(unit, end - unit), column, tab_size);
   }
   return found;
 }
@@ -118,7 +134,7 @@ void WynTextView::insertText(std::u16string_view text) {
   if (may_close) indenter_->indent_closing_line(text.size());
 }
 
-// In overwrite mode what is typed takes the place of as many units, or of the one selected.
+// In overwrite mode what is typed takes the place of as many characters, or of what is selected.
 void WynTextView::insertTyped(std::u16string_view text, bool closes) {
   if (!overwriteMode_) {
     view_->insert(text.begin(), text.end());
@@ -128,7 +144,7 @@ void WynTextView::insertTyped(std::u16string_view text, bool closes) {
   if (!closes) {
     view_->erase_selection();
     make_caret_real(*view_);
-    select_units_ahead(*view_, text.size());
+    select_characters_ahead(*view_, characters_typed(*view_, text));
   }
   plain_erasing const plain(*view_);
   view_->insert(text.begin(), text.end());
@@ -248,7 +264,8 @@ void WynTextView::abandonMarkedText() {
 }
 
 double WynTextView::markedTextOffset() const {
-  return static_cast<double>(markedCaret_ * (markedText_.empty() ? 0 : 1)) * layout_.charWidth();
+  std::u16string_view const before = std::u16string_view(markedText_).substr(0, markedCaret_);
+  return static_cast<double>(text::expanded_width(before, 0, tabSize())) * layout_.charWidth();
 }
 
 std::u16string WynTextView::selected_text() const {
@@ -262,10 +279,11 @@ std::u16string WynTextView::line_text(std::size_t& caret_offset) const {
   if (view_ == nullptr) return {};
   constexpr std::size_t context = 500;
   text::iterator const caret = view_->selection.current_mark.base;
-  std::size_t const first = caret.column - std::min<std::size_t>(caret.column, context);
-  std::size_t const last =
-      std::min<std::size_t>(view_->storage->size(caret.line), caret.column + context);
+  text::unit_view const line = view_->storage->line_units(caret.line);
+  std::size_t first = caret.column - std::min<std::size_t>(caret.column, context);
+  std::size_t last = std::min<std::size_t>(line.size(), caret.column + context);
+  if (unicode::splits_pair(line, first)) ++first;
+  if (unicode::splits_pair(line, last)) --last;
   caret_offset = caret.column - first;
-  char16_t const* const units = view_->storage->begin(caret.line);
-  return {units + first, units + last};
+  return std::u16string(line.substr(first, last - first));
 }

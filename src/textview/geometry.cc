@@ -1,5 +1,6 @@
 #include "textview/geometry.h"
 
+#include "text/cell_width.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 
@@ -67,6 +68,27 @@ wyn::region column_region(WynTextView const& text_view, rect const& limits) {
   return result;
 }
 
+text::unit_view line_of(text::view_iterator const& it) {
+  return it.view->storage->line_units(it.base.line);
+}
+
+text::view_iterator after_character(text::view_iterator it) {
+  it.base.column = static_cast<std::uint32_t>(text::next_cluster(line_of(it), it.base.column));
+  return it;
+}
+
+// Whether the position is before a character of several cells, and `x` nearer to its right edge.
+bool right_half_begins_before(WynTextView const& text_view, text::view_iterator const& it,
+                              double x) {
+  text::unit_view const line = line_of(it);
+  std::size_t const unit = it.base.column;
+  if (it.offset != 0 || unit == line.size() || line[unit] == u'\t') return false;
+  if (it == it.view->end(it.view->line_in_view(it))) return false;
+  double const cells = static_cast<double>(text::measure_cluster(line, unit).cells);
+  double const width = cells * text_view.layout().charWidth();
+  return cells > 1 && x >= position_of(text_view, it).x + width / 2;
+}
+
 }  // namespace
 
 point position_of(WynTextView const& text_view, text::view_iterator const& it) {
@@ -96,7 +118,8 @@ text::view_iterator position_at(WynTextView const& text_view, point p,
   TextLayout const& layout = text_view.layout();
   std::size_t const row = layout.row_at(p.y);
   if (row >= view.lines() && type != text::freehanded_t::on) return view.end();
-  return iter_from_view_pos(&view, row, layout.nearest_column(p.x), type);
+  text::view_iterator const at = iter_from_view_pos(&view, row, layout.nearest_column(p.x), type);
+  return right_half_begins_before(text_view, at, p.x) ? after_character(at) : at;
 }
 
 rect visible_rect_of(WynTextView const& text_view) {

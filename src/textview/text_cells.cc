@@ -1,6 +1,8 @@
 #include "textview/text_cells.h"
 
 #include "platform/unicode.h"
+#include "text/cell_width.h"
+#include "text/tab_width.h"
 
 namespace text_cells {
 namespace {
@@ -20,16 +22,19 @@ bool is_plain(char16_t u) {
          (0x2010 <= u && u <= 0x2027) || (0x2500 <= u && u <= 0x257F);
 }
 
-bool may_join(char16_t u) {
-  return u >= 0x300 && !is_plain(u);
-}
-
-kind kind_of(std::u16string_view text, std::size_t at) {
-  char16_t const u = text[at];
+kind kind_of(std::u16string_view cluster, std::size_t cells) {
+  char16_t const u = cluster.front();
   if (u == u'\t') return kind::tab;
   if (is_control(u)) return kind::control;
-  bool const joined = at + 1 < text.size() && may_join(text[at + 1]);
-  return is_plain(u) && !joined ? kind::run : kind::cluster;
+  if (cluster.size() == 1 && is_plain(u)) return kind::run;
+  if (is_surrogate(u) && (cluster.size() == 1 || !is_surrogate(cluster[1]))) return kind::surrogate;
+  char32_t const c = unicode::code_point_at(cluster, 0);
+  if (unicode::runs_right_to_left(c)) return kind::script;
+  return cells == 0 && !unicode::is_combining(c) ? kind::unprinted : kind::cluster;
+}
+
+bool goes_on(piece const& before, kind k, std::size_t cells) {
+  return before.kind == k && ((k == kind::run && cells == 1) || k == kind::script);
 }
 
 }  // namespace
@@ -37,19 +42,13 @@ kind kind_of(std::u16string_view text, std::size_t at) {
 std::vector<piece> pieces_of(std::u16string_view text, std::size_t column, std::size_t tab_size) {
   std::vector<piece> pieces;
   for (std::size_t at = 0; at < text.size();) {
-    kind k = kind_of(text, at);
-    std::size_t end = at + 1;
-    std::size_t width = 1;
-    if (k == kind::tab) {
-      width = tab_size - column % tab_size;
-    } else if (k == kind::cluster) {
-      end = unicode::next_grapheme_break(text, at);
-      width = end - at;
-      if (width == 1 && is_surrogate(text[at])) k = kind::surrogate;
-    }
-    if (k == kind::run && !pieces.empty() && pieces.back().kind == kind::run) {
+    text::measured_cluster const measured = text::measure_cluster(text, at);
+    std::size_t const end = measured.end;
+    kind const k = kind_of(text.substr(at, end - at), measured.cells);
+    std::size_t const width = k == kind::tab ? text::tab_width(column, tab_size) : measured.cells;
+    if (!pieces.empty() && goes_on(pieces.back(), k, width)) {
       pieces.back().last = end;
-      ++pieces.back().width;
+      pieces.back().width += width;
     } else {
       pieces.push_back({k, at, end, column, width});
     }

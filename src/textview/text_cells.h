@@ -4,16 +4,18 @@
 #include <string_view>
 #include <vector>
 
-/// How the units of a row fall into the cells of the fixed-pitch grid. Every unit takes one column,
-/// whatever its glyph looks like, and a tab those up to the next tab stop.
+/// How the characters of a row fall into the cells of the fixed-pitch grid: as wide as
+/// text/cell_width.h says, and a tab up to the next tab stop.
 namespace text_cells {
 
 enum class kind {
-  run,       // units that have a plain glyph of one cell each
-  cluster,   // one user-perceived character, to be fitted into its cells
-  tab,       // one tab
-  control,   // one control character
-  surrogate  // one lone surrogate, which has no glyph
+  run,        // units that have a plain glyph of one cell each
+  cluster,    // one user-perceived character, to be fitted into its cells
+  script,     // letters that run from right to left, and join: shaped and fitted as a whole
+  tab,        // one tab
+  control,    // one control character
+  unprinted,  // one character without cells that nothing carries, such as a zero width space
+  surrogate   // one lone surrogate, which has no glyph
 };
 
 struct piece {

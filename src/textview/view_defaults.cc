@@ -62,6 +62,7 @@ void WynTextView::registerDefaults() {
       {"WynTextViewAntiAliasEnabled", true},
       {"WynTextViewHighlightCurrentLine", false},
       {"WynTextViewShowInvisiblesEnabled", false},
+      {"WynTextViewWideCharactersEnabled", true},
       {"WynTextViewPrettyPrintColorCommand",
        "awk '{printf(\"#%02x%02x%02x\", $1*255, $2*255, $3*255)}'"},
       {"WynTextViewDefaultSmartTypingPairs",

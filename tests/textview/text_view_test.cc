@@ -236,12 +236,53 @@ TEST_F(text_view, shows_marked_text_before_it_is_part_of_the_text) {
   EXPECT_TRUE(std::any_of(all.begin(), all.end(), [](auto const& o) {
     return o.find("\u306b\" #000000 underline") != std::string::npos;
   }));
-  EXPECT_TRUE(has_drawn("text 28,14 \"cd\" #000000"));
+  EXPECT_TRUE(has_drawn("text 36,14 \"cd\" #000000"));
   view.insert_text(u"\u4e8c");
   EXPECT_EQ(get(), "ab\u4e8c|cd");
   view.set_marked_text(u"x", 1, 0);
   view.unmark_text();
   EXPECT_EQ(get(), "ab\u4e8cx|cd");
+}
+
+TEST_F(text_view, a_click_goes_to_the_nearer_edge_of_a_wide_character) {
+  set("|a\u4e2d\u6587b");
+  double const left = view.layout().x_of_column(0), cell = view.layout().charWidth();
+  std::pair<double, std::uint32_t> const clicks[] = {{0.4, 0}, {0.9, 1}, {1.9, 1}, {2.1, 2},
+                                                     {3.9, 2}, {4.1, 3}, {5.4, 3}, {5.6, 4}};
+  for (auto const& [column, unit] : clicks) {
+    auto const at = position_at(view, {left + column * cell, 5}, text::freehanded_t::automatic);
+    EXPECT_EQ(at.base.column, unit) << column;
+  }
+}
+
+// By the metrics of a screen on which a logical pixel is no whole number of device pixels.
+TEST_F(text_view, cells_are_whole_device_pixels_at_any_scale) {
+  struct scaled_host : headless::headless_view_host {
+    using headless_view_host::headless_view_host;
+    platform::font_metrics metrics_for(platform::font const& f) const override {
+      auto metrics = headless_view_host::metrics_for(f);
+      metrics.pixel = 1 / ratio;
+      metrics.char_width = std::round(metrics.char_width * ratio) / ratio;
+      return metrics;
+    }
+    double ratio = 1;
+  };
+  for (double const ratio : {1.0, 1.25, 1.5, 1.75, 2.0}) {
+    WynTextView shown;
+    scaled_host scaled(shown);
+    double const width_before = shown.layout().charWidth();
+    scaled.ratio = ratio;
+    shown.font_metrics_changed();
+    TextLayout const& layout = shown.layout();
+    EXPECT_EQ(layout.charWidth(), std::round(width_before * ratio) / ratio);
+    double const cell = std::round(layout.charWidth() * ratio);
+    for (std::size_t n = 0; n < 200; ++n) {
+      double const pixels = (layout.x_of_column(n) - layout.x_of_column(0)) * ratio;
+      ASSERT_NEAR(pixels, cell * static_cast<double>(n), 1e-6) << ratio;
+      double const rows = (layout.y_of_row(n) - layout.y_of_row(0)) * ratio;
+      ASSERT_NEAR(rows, std::round(rows), 1e-6) << ratio;
+    }
+  }
 }
 
 TEST_F(text_view, shows_what_another_view_does_to_its_document) {
