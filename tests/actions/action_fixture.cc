@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "actions/register_movement_functions.h"
+#include "actions/register_transform_functions.h"
 #include "actions/register_view_actions.h"
 #include "platform/own_defaults.h"
 #include "text/marked_text.h"
@@ -19,11 +20,13 @@ own_defaults const settings;
 action_fixture::action_fixture(std::string_view modes) {
   view.set_tab_size(4);
   register_movement_functions(actions);
+  register_transform_functions(actions, titles);
   register_view_actions(actions, titles);
   auto const has = [&](char mode) { return modes.find(mode) != modes.npos; };
   view.set_freehanded_mode(has('f'));
   view.set_treats_spaces_as_tabs(has('s'));
   view.overwrite_mode = has('o');
+  if (has('n')) view.set_screen_width(12);
   if (!has('w')) return;
   view.set_screen_width(4);
   view.set_soft_wrap(true);

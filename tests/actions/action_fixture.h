@@ -8,7 +8,7 @@
 /// A text, a view of it with tabs of four columns, and the actions by name.
 struct action_fixture {
   /// `modes` are letters of "f" freehanded mode, "s" spaces for tabs, "o" overwrite mode, "w" lines
-  /// wrapped after four units with the next unit on no row.
+  /// wrapped after four units with the next unit on no row, "n" a screen of twelve columns.
   explicit action_fixture(std::string_view modes = "");
 
   /// Performs actions on the drawn text (see text/marked_text.h), whose names are separated by
