@@ -1,6 +1,7 @@
 #include "textview/WynTextView.h"
 
 #include "actions/register_movement_functions.h"
+#include "actions/register_transform_functions.h"
 #include "actions/register_view_actions.h"
 #include "bundles/WynKeyBindingManager.h"
 #include "documents/WynDocument.h"
@@ -55,6 +56,7 @@ plain_action_maps const& plain_actions() {
   static plain_action_maps const maps = [] {
     plain_action_maps made;
     register_movement_functions(made.actions);
+    register_transform_functions(made.actions, made.titles);
     register_view_actions(made.actions, made.titles);
     return made;
   }();
