@@ -1,0 +1,37 @@
+#include "platform/decomposition.h"
+
+#include <unicode/normalizer2.h>
+#include <unicode/unistr.h>
+#include <unicode/utf16.h>
+
+#include "platform/unicode.h"
+
+namespace unicode {
+
+decomposed_text decompose(std::u16string_view text) {
+  // Below this nothing is composed.
+  constexpr char16_t first_composed = 0xc0;
+  static icu::Normalizer2 const* const normalizer = [] {
+    UErrorCode status = U_ZERO_ERROR;
+    return icu::Normalizer2::getNFDInstance(status);
+  }();
+
+  decomposed_text result;
+  result.units.reserve(text.size());
+  result.origins.reserve(text.size());
+  icu::UnicodeString parts;
+  for (std::size_t at = 0; at < text.size();) {
+    char32_t const c = code_point_at(text, at);
+    std::size_t const length = c > 0xffff ? 2 : 1;
+    std::u16string_view added = text.substr(at, length);
+    if (c >= first_composed && normalizer != nullptr &&
+        normalizer->getDecomposition(static_cast<UChar32>(c), parts))
+      added = {parts.getBuffer(), static_cast<std::size_t>(parts.length())};
+    result.units += added;
+    result.origins.insert(result.origins.end(), added.size(), static_cast<std::uint32_t>(at));
+    at += length;
+  }
+  return result;
+}
+
+}  // namespace unicode
