@@ -25,7 +25,7 @@
 namespace snippet {
 
 struct parse_options {
-  std::string indent;  ///< UTF-8, of each further line
+  std::string indent = {};  ///< UTF-8, of each further line
   std::size_t tab_size = 4;
   bool soft_tabs = false;
   std::map<std::string, std::string> variables = {};

@@ -1,0 +1,145 @@
+#include "snippets/session.h"
+
+#include <iterator>
+
+#include "text/convert_tabs.h"
+#include "text/tab_width.h"
+
+namespace snippet {
+
+/// The document's text from the snippet's start on.
+class session::view_storage : public storage_t {
+ public:
+  view_storage(text::view& view, text::pos anchor) : view_(view), anchor_(anchor) {}
+
+  text::iterator at(std::size_t offset) const {
+    return text::iterator(anchor_, view_.storage) + static_cast<std::ptrdiff_t>(offset);
+  }
+
+  std::u16string data(std::size_t from, std::size_t to) const override {
+    std::vector<text::char_t> units;
+    text::append_units(at(from), at(to), units);
+    return {units.begin(), units.end()};
+  }
+
+  std::size_t replace(std::size_t from, std::size_t to, std::u16string_view text) override {
+    text::iterator const first = at(from);
+    view_.storage->erase(first, at(to));
+    std::u16string expanded;
+    if (view_.treats_spaces_as_tabs && text.find(u'\t') != text.npos) {
+      expanded = expanded_tabs(first, text);
+      text = expanded;
+    }
+    view_.storage->insert(first, text.begin(), text.end());
+    return text.size();
+  }
+
+ private:
+  /// As wide as they are where they will stand.
+  std::u16string expanded_tabs(text::iterator const& first, std::u16string_view text) const {
+    std::u16string result;
+    std::size_t column = text::expanded_width(
+        view_.storage->line_units(first.line).substr(0, first.column), 0, view_.tab_size);
+    while (!text.empty()) {
+      std::size_t const length = std::min(text.find(u'\n'), text.size() - 1) + 1;
+      auto const line = text.substr(0, length);
+      text::convert_tabs_to_spaces(line.begin(), line.end(), std::back_inserter(result),
+                                   view_.tab_size, column);
+      text.remove_prefix(length);
+      column = 0;
+    }
+    return result;
+  }
+
+  text::view& view_;
+  text::pos anchor_;
+};
+
+session::session(text::view& view, text::iterator const& first, snippet_t inserted)
+    : view_(view), anchor_(first.pos()), max_memento_(view.storage->current_memento) {
+  keep(std::move(inserted));
+}
+
+snippet_t const* session::state() const {
+  auto const found = states_.find(view_.storage->current_memento);
+  return found == states_.end() ? nullptr : &found->second;
+}
+
+snippet_t* session::state() {
+  return const_cast<snippet_t*>(std::as_const(*this).state());
+}
+
+text::iterator_observer::subset session::active_tab_stop() const {
+  view_storage const text(view_, anchor_);
+  tab_stop_t const& stop = state()->current();
+  return {text.at(stop.first.offset), text.at(stop.last.offset)};
+}
+
+void session::next() {
+  state()->next();
+}
+
+void session::previous() {
+  state()->previous();
+}
+
+void session::end() {
+  states_.clear();
+  kept_stops_ = 0;
+}
+
+void session::keep(snippet_t changed) {
+  kept_stops_ += changed.stops().size();
+  states_.insert_or_assign(view_.storage->current_memento, std::move(changed));
+  while (kept_stops_ > max_kept_stops && states_.size() > 1) {
+    kept_stops_ -= states_.begin()->second.stops().size();
+    states_.erase(states_.begin());
+  }
+}
+
+void session::will_change_memento(unsigned long /*from*/, unsigned long to) {
+  // New numbers exceed all old ones, so one that was seen before is undo or redo.
+  is_undoing_ = max_memento_ >= to;
+  max_memento_ = std::max(max_memento_, static_cast<std::uint32_t>(to));
+  // What begins where none runs leads to states that no undo of the snippet's comes to.
+  if (is_users_edit() && !is_running()) end();
+}
+
+void session::note(text::iterator const& from, std::size_t erased, std::size_t inserted) {
+  snippet_t const* const running = state();
+  if (!is_users_edit() || running == nullptr) return;
+  edit_.reset();
+  if (from.pos() < anchor_) return end();
+  text::iterator const start(anchor_, view_.storage);
+  auto const offset = static_cast<std::size_t>(from - start);
+  if (!running->holds(offset, offset + erased)) return end();
+  edit_ = edit{offset, erased, inserted};
+}
+
+void session::will_insert(text::iterator const& pos, int length) {
+  note(pos, 0, static_cast<std::size_t>(length));
+}
+
+void session::will_erase(text::iterator const& first, text::iterator const& last) {
+  note(first, static_cast<std::size_t>(last - first), 0);
+}
+
+void session::will_replace(text::replacement const&) {
+  if (is_users_edit()) end();
+}
+
+void session::did_change_memento(unsigned long from, unsigned long /*to*/) {
+  is_undoing_ = false;
+  if (is_writing_ || !edit_) return;
+  auto const before = states_.find(static_cast<std::uint32_t>(from));
+  edit const done = *std::exchange(edit_, std::nullopt);
+  if (before == states_.end()) return;
+  snippet_t changed = before->second;
+  view_storage text(view_, anchor_);
+  is_writing_ = true;
+  changed.did_replace(text, done.offset, done.erased, done.inserted);
+  is_writing_ = false;
+  keep(std::move(changed));
+}
+
+}  // namespace snippet

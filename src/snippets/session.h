@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+
+#include "snippets/snippet.h"
+#include "text/view.h"
+
+namespace snippet {
+
+/// A snippet in the text of a view, from its insertion until its last field is reached or something
+/// else is edited. Edits of the current field go to the mirrors, right after the user's and in the
+/// same step of undo.
+///
+/// Which snippet runs is tied to the state of the text: undo and redo bring back the fields as they
+/// were, before the insertion none runs, and an edit from there on, or outside the current field,
+/// ends it for good. The view owns it as its snippet_observer. Main thread only.
+class session : public text::snippet_observer_t {
+ public:
+  /// `first` is where the snippet's text stands, as it was inserted.
+  session(text::view& view, text::iterator const& first, snippet_t inserted);
+
+  bool is_running() const override { return state() != nullptr; }
+  text::iterator_observer::subset active_tab_stop() const override;
+  /// Null while none is running. Good until the text changes.
+  snippet_t const* state() const;
+
+  /// Go to another field; is_running() must hold. The selection stays.
+  void next();
+  void previous();
+
+  void will_change_memento(unsigned long from, unsigned long to) override;
+  void did_change_memento(unsigned long from, unsigned long to) override;
+  void will_insert(text::iterator const& pos, int length) override;
+  void will_erase(text::iterator const& first, text::iterator const& last) override;
+  void will_replace(text::replacement const& what) override;
+
+ private:
+  class view_storage;
+  struct edit {
+    std::size_t offset, erased, inserted;
+  };
+  /// So many stops are kept in all states together; the oldest states go first.
+  static constexpr std::size_t max_kept_stops = 1'000'000;
+
+  snippet_t* state();
+  bool is_users_edit() const { return !is_undoing_ && !is_writing_; }
+  void note(text::iterator const& from, std::size_t erased, std::size_t inserted);
+  void keep(snippet_t changed);
+  void end();
+
+  text::view& view_;
+  text::pos anchor_;
+  std::map<std::uint32_t, snippet_t> states_;  // by the memento of the text
+  std::size_t kept_stops_ = 0;
+  std::uint32_t max_memento_ = 0;
+  std::optional<edit> edit_;
+  bool is_undoing_ = false, is_writing_ = false;
+};
+
+}  // namespace snippet
