@@ -87,7 +87,7 @@ BundleManager::BundleManager(bundle_folders folders)
 void BundleManager::dropTables() {
   static unsigned long last_revision = 0;
   revision_ = ++last_revision;
-  hasItemsOfBundle_ = hasLanguages_ = hasLanguageEntries_ = false;
+  hasItemsOfBundle_ = hasLanguages_ = hasLanguageEntries_ = hasDispatchTables_ = false;
   itemsOfBundle_.clear();
   languages_.clear();
   languageEntries_.clear();

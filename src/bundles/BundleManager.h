@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -10,6 +12,7 @@
 #include "bundles/BundleItem.h"
 #include "bundles/CacheManager.h"
 #include "bundles/bundle_folders.h"
+#include "platform/string_table.h"
 
 /// Owns every loaded bundle and item, and finds them by UUID and kind. Bundles are loaded at once,
 /// the items of a kind when they are first asked for: a start needs few of them. Main thread only.
@@ -90,6 +93,23 @@ class BundleManager {
   void installBundle(std::string const& directory);
   void installBundleItemOfKind(std::string const& path, std::string const& kind);
 
+  // Look-ups (BundleManager_Dispatch.cc). A scope is the names at the caret, outermost first and
+  // separated by blanks. Texts are UTF-8.
+  /// Those of exactly this key, or else of the same key off the keypad. The reference is good until
+  /// the bundles change.
+  item_list const& bundleItemsForKeyString(std::string_view key);
+  item_list bundleItemsForKeyString(std::string_view key, std::string_view scope);
+  /// Those with the longest trigger that `text`, what stands before the caret on its line, ends in.
+  item_list bundleItemsForTabTrigger(std::string_view text, std::string_view scope);
+  item_list bundleItemsForMouseGesture(std::string_view gesture, std::string_view scope);
+  /// Commands for a file with this extension, or else for any file.
+  item_list bundleItemsForFileDrop(std::string_view path, std::string_view scope);
+  /// The items whose selectors fit the scope best; without a scope all of them.
+  static item_list filterItemsInScope(item_list const& items,
+                                      std::optional<std::string_view> scope);
+  /// Those that apply, the best first.
+  static item_list sortItemsAccordingToScope(item_list const& items, std::string_view scope);
+
   // The items that are executing, the innermost last.
   void pushBundleItem(std::shared_ptr<BundleItem> item) { stack_.push_back(std::move(item)); }
   void popBundleItem() { stack_.pop_back(); }
@@ -106,6 +126,7 @@ class BundleManager {
   void loadItems() const;
   item_list loadedItems() const;
   void dropTables();
+  void makeDispatchTables();
   bool isHidden(std::string const& uuid) const;
   void showAgain(std::string const& uuid);
   bool updateInstalledItem(BundleItem& item);
@@ -131,4 +152,7 @@ class BundleManager {
   lists<BundleItem> itemsOfBundle_;
   bool hasItemsOfBundle_ = false, hasLanguages_ = false, hasLanguageEntries_ = false;
   plist::array languages_, languageEntries_;
+  platform::string_table<item_list> itemsForKey_;
+  std::array<item_list, 256> itemsForTrigger_;  // by the last byte of the trigger
+  bool hasDispatchTables_ = false;
 };
