@@ -113,7 +113,7 @@ void session::note(text::iterator const& from, std::size_t erased, std::size_t i
   text::iterator const start(anchor_, view_.storage);
   auto const offset = static_cast<std::size_t>(from - start);
   if (!running->holds(offset, offset + erased)) return end();
-  edit_ = edit{offset, erased, inserted};
+  edit_ = edit{view_.storage->current_memento, offset, erased, inserted};
 }
 
 void session::will_insert(text::iterator const& pos, int length) {
@@ -128,11 +128,14 @@ void session::will_replace(text::replacement const&) {
   if (is_users_edit()) end();
 }
 
-void session::did_change_memento(unsigned long from, unsigned long /*to*/) {
+void session::did_change_memento(unsigned long /*from*/, unsigned long /*to*/) {
   is_undoing_ = false;
+}
+
+void session::repeat_edits() {
   if (is_writing_ || !edit_) return;
-  auto const before = states_.find(static_cast<std::uint32_t>(from));
   edit const done = *std::exchange(edit_, std::nullopt);
+  auto const before = states_.find(done.memento);
   if (before == states_.end()) return;
   snippet_t changed = before->second;
   view_storage text(view_, anchor_);

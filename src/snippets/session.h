@@ -35,10 +35,12 @@ class session : public text::snippet_observer_t {
   void will_insert(text::iterator const& pos, int length) override;
   void will_erase(text::iterator const& first, text::iterator const& last) override;
   void will_replace(text::replacement const& what) override;
+  void repeat_edits() override;
 
  private:
   class view_storage;
   struct edit {
+    std::uint32_t memento;  // of the text before it
     std::size_t offset, erased, inserted;
   };
   /// So many stops are kept in all states together; the oldest states go first.
