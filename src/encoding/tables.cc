@@ -43,20 +43,20 @@ std::array<char16_t, 32> const& cp1252_to_unicode() {
 }
 
 unit_to_byte const& unicode_to_mac_roman() {
-  static unit_to_byte const map = [] {
+  static auto const& map = *new unit_to_byte([] {
     unit_to_byte m;
     for (unsigned i = 0; i < 128; ++i) m[MacRomanToUnicodeTable[i]] = 0x80 + i;
     return m;
-  }();
+  }());
   return map;
 }
 
 unit_to_byte const& unicode_to_cp1252() {
-  static unit_to_byte const map = [] {
+  static auto const& map = *new unit_to_byte([] {
     unit_to_byte m;
     for (auto [byte, unit] : CP1252Map) m[unit] = byte;
     return m;
-  }();
+  }());
   return map;
 }
 

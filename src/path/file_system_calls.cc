@@ -36,7 +36,7 @@ int file_system_calls::renameat2(int folder, char const* from, char const* to, u
 }
 
 file_system_calls& file_system_calls::system() {
-  static file_system_calls instance;
+  static auto& instance = *new file_system_calls;
   return instance;
 }
 

@@ -54,7 +54,7 @@ void notification_center::post(std::string_view name, void const* object,
 }
 
 notification_center& notification_center::standard() {
-  static notification_center instance;
+  static auto& instance = *new notification_center;
   return instance;
 }
 

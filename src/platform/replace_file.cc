@@ -45,7 +45,7 @@ int file_calls::unlink(char const* path) {
 }
 
 file_calls& file_calls::system() {
-  static file_calls instance;
+  static auto& instance = *new file_calls;
   return instance;
 }
 

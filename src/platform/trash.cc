@@ -17,7 +17,7 @@ namespace platform {
 namespace {
 
 std::string const& shared_trash_name() {
-  static std::string const name = ".Trash-" + std::to_string(::getuid());
+  static auto const& name = *new std::string(".Trash-" + std::to_string(::getuid()));
   return name;
 }
 

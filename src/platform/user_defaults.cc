@@ -27,7 +27,7 @@ std::int64_t now_ns() {
 }
 
 std::unique_ptr<user_defaults>& standard_instance() {
-  static std::unique_ptr<user_defaults> instance;
+  static auto& instance = *new std::unique_ptr<user_defaults>;
   return instance;
 }
 

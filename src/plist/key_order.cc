@@ -41,7 +41,7 @@ std::unique_ptr<icu::Collator> make_collator() {
 }
 
 bool sorts_before(std::string const& a, std::string const& b) {
-  static std::unique_ptr<icu::Collator const> const collator = make_collator();
+  static icu::Collator const* const collator = make_collator().release();
   UErrorCode status = U_ZERO_ERROR;
   if (!collator) return a < b;
   return collator->compareUTF8(a, b, status) == UCOL_LESS;

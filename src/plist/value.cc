@@ -179,20 +179,20 @@ std::string value::string_or(std::string_view fallback) const {
 }
 
 value const& value::operator[](std::string_view key) const {
-  static value const nothing;
+  static auto const& nothing = *new value;
   auto const& all = entries();
   auto const found = all.find(key);
   return found == all.end() ? nothing : found->second;
 }
 
 plist::array const& value::elements() const& {
-  static plist::array const none;
+  static auto const& none = *new plist::array;
   auto const* array = as_array();
   return array ? *array : none;
 }
 
 plist::dictionary const& value::entries() const& {
-  static plist::dictionary const none;
+  static auto const& none = *new plist::dictionary;
   auto const* dictionary = as_dictionary();
   return dictionary ? *dictionary : none;
 }
