@@ -17,7 +17,7 @@ plist::value entry(char const* key, plist::value value, plist::date updated) {
 // The languages that have an entry of their own don't speak for others: theirs is the oldest.
 plist::value soft_tabs() {
   plist::date const now = scoped_settings::now();
-  constexpr plist::date distant_past{-63114076800};
+  constexpr plist::date distant_past{-63113904000};  // the first day that can be written
   return plist::dictionary{{"source.catch-all", entry("softTabs", false, now)},
                            {"text.catch-all", entry("softTabs", false, now)},
                            {"source.plist", entry("softTabs", false, distant_past)},
