@@ -120,7 +120,7 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
   add("newDocument:", [this](auto const&) { newDocument(); });
   add("openDocument:", [this](auto const&) { openDocument(); });
   add("openRecentFile:", [this](plist::value const& path) {
-    if (auto const* bytes = path.as_data()) openFile({bytes->begin(), bytes->end()});
+    if (auto const* bytes = path.as_data()) openRecentFile({bytes->begin(), bytes->end()});
   });
   add("reloadBundles:", [](auto const&) {
     // Whoever asks for it has perhaps changed files in a way that the index doesn't see.
@@ -178,9 +178,7 @@ AppDelegate::~AppDelegate() {
 }
 
 void AppDelegate::postWhileAlive(std::function<void()> work) {
-  platform::desktop::current().loop().post([work = std::move(work), lives = std::weak_ptr(lives_)] {
-    if (!lives.expired()) work();
-  });
+  platform::desktop::current().waits().post(lives_, std::move(work));
 }
 
 void AppDelegate::registerDefaults() {
@@ -268,6 +266,19 @@ WynDocumentController* AppDelegate::openFile(std::string const& path, std::size_
   return controller;
 }
 
+void AppDelegate::openRecentFile(std::string const& path) {
+  if (path::exists(path)) {
+    openFile(path);
+    return;
+  }
+  platform::alert const question{
+      "Couldn't Open",
+      "The file " + documents::quoted(documents::printable(path::abbreviate_with_tilde(path))) +
+          " was deleted or moved, or can't be reached now.",
+      {"Continue", "Remove from Menu"}};
+  if (platform::desktop::current().alerts().run(question) == 1) recent_.remove(path);
+}
+
 WynDocumentController& AppDelegate::show(std::shared_ptr<WynDocument> document) {
   // Of several empty windows the hindmost is taken.
   auto const open = orderedControllers();
@@ -352,12 +363,10 @@ void AppDelegate::didCloseWindow(WynDocumentController& controller) {
   releaseClosed();
 }
 
-// Not at once, since a method of a closed window may still be running further up the stack; and not
-// between the questions of a quit, which that window's own key or menu may have begun.
+// When nothing waits, since a method of a closed window may still be running further up the stack:
+// its own key or menu may have begun the questions of a quit.
 void AppDelegate::releaseClosed() {
-  postWhileAlive([this] {
-    if (!isAskingToQuit_) closing_.clear();
-  });
+  postWhileAlive([this] { closing_.clear(); });
 }
 
 std::vector<WynDocumentController*> AppDelegate::orderedControllers() const {
@@ -380,7 +389,6 @@ bool AppDelegate::applicationShouldTerminate() {
   isAskingToQuit_ = true;
   bool const agreed = confirmQuitting();
   isAskingToQuit_ = false;
-  releaseClosed();
   return agreed;
 }
 
@@ -401,6 +409,8 @@ bool AppDelegate::applicationMustTerminate() {
 
 bool AppDelegate::confirmQuitting() {
   auto const open = orderedControllers();
+  for (WynDocumentController* controller : open)
+    if (controller->textDocument() != nullptr) controller->textDocument()->lookForFile();
   auto const edited =
       std::count_if(open.begin(), open.end(), [](auto const* c) { return c->isDocumentEdited(); });
   if (edited == 0) return true;

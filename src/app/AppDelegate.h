@@ -50,8 +50,8 @@ class AppDelegate : public platform::application_delegate {
   std::string currentDirectory() const { return currentDirectory_; }
 
   void adopt(std::unique_ptr<WynDocumentController> controller);
-  /// Lets go of a controller whose window has closed; it is destroyed at the loop's next turn, or
-  /// the first one after the questions of a quit.
+  /// Lets go of a controller whose window has closed; it is destroyed in a later turn of the loop,
+  /// when nothing waits.
   void didCloseWindow(WynDocumentController& controller);
 
   // platform::application_delegate
@@ -72,6 +72,7 @@ class AppDelegate : public platform::application_delegate {
   bool installIfBundle(std::string const& path);
   WynDocumentController& newWindow(std::shared_ptr<WynDocument> document);
   void openDocument();
+  void openRecentFile(std::string const& path);
   /// Null when no window shows a document.
   WynTextView* frontTextView() const;
   void orderFrontGoToLinePanel();
@@ -80,7 +81,8 @@ class AppDelegate : public platform::application_delegate {
   bool reviewUnsavedDocuments();
   bool confirmLargeFile(std::string const& path);
   void releaseClosed();
-  /// Runs `work` in a later turn of the loop, unless the application has ended by then.
+  /// Runs `work` in a later turn of the loop, when nothing waits, unless the application has ended
+  /// by then.
   void postWhileAlive(std::function<void()> work);
   void selectWindow(int step);
 

@@ -115,7 +115,9 @@ void WynDocumentController::setTextDocument(std::shared_ptr<WynDocument> documen
 }
 
 void WynDocumentController::documentDidChange() {
-  window_->set_title(document_->displayName());
+  bool const gone = document_->fileIsGone();
+  window_->set_title(document_->displayName() + (gone ? " (deleted)" : ""));
+  window_->update_value("fileState", gone ? "File Deleted" : "");
   window_->set_represented_filename(document_->filename());
   window_->set_document_edited(document_->isDocumentEdited());
   publishDocument();
@@ -140,13 +142,18 @@ bool WynDocumentController::isDocumentEdited() const {
 }
 
 bool WynDocumentController::askToSave() {
+  if (document_ != nullptr) document_->lookForFile();
   if (!isDocumentEdited()) return true;
   window_->make_key_and_order_front();
-  platform::alert const question{"Do you want to save the changes you made in the document " +
-                                     quoted(document_->displayName()) + "?",
-                                 "Your changes will be lost if you don't save them.",
-                                 {"Save", "Cancel", "Don't Save"},
-                                 1};
+  std::string const name = quoted(document_->displayName());
+  platform::alert question{"Do you want to save the changes you made in the document " + name + "?",
+                           "Your changes will be lost if you don't save them.",
+                           {"Save", "Cancel", "Don't Save"},
+                           1};
+  if (document_->fileIsGone()) {
+    question.title = "The file of the document " + name + " was deleted. Do you want to save it?";
+    question.text = "Its text will be lost if you don't save it.";
+  }
   switch (platform::desktop::current().alerts().run(question)) {
     case 0:
       return saveDocument();
@@ -217,7 +224,9 @@ void WynDocumentController::windowWillClose() {
 }
 
 void WynDocumentController::windowDidBecomeKey() {
-  if (document_ != nullptr) checkForFilesystemChanges();
+  platform::desktop::current().waits().deliver(lives_, [this] {
+    if (document_ != nullptr) checkForFilesystemChanges();
+  });
 }
 
 void WynDocumentController::checkForFilesystemChanges() {

@@ -52,4 +52,5 @@ class WynDocumentController : public platform::window_delegate {
   std::shared_ptr<WynDocument> document_;
   std::unique_ptr<platform::window> window_;
   platform::notification_center::token nameToken_, editedToken_, fileToken_;
+  std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };

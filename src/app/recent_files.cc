@@ -1,6 +1,5 @@
 #include "app/recent_files.h"
 
-#include "path/file_system.h"
 #include "path/path.h"
 #include "platform/folder_lock.h"
 #include "platform/library_folders.h"
@@ -26,18 +25,18 @@ std::size_t limit() {
 
 recent_files::recent_files(std::string path) : list_path_(std::move(path)) {}
 
-std::vector<std::string> recent_files::paths() const {
-  std::vector<std::string> list = load();
-  std::erase_if(list, [](std::string const& p) { return !path::exists(p); });
-  return list;
-}
-
 void recent_files::add(std::string const& path) {
   change([&](std::vector<std::string>& list) {
     std::erase(list, path);
     list.insert(list.begin(), path);
     if (list.size() > limit()) list.resize(limit());
   });
+}
+
+void recent_files::remove(std::string const& path) {
+  std::vector<std::string> list = load();
+  std::erase(list, path);
+  store(list);
 }
 
 void recent_files::clear() {

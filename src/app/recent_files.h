@@ -13,10 +13,12 @@ class recent_files {
   /// `path` is that of the list itself; empty keeps the list in memory only.
   explicit recent_files(std::string path);
 
-  /// Absolute paths. Those that no longer exist are left out.
-  std::vector<std::string> paths() const;
+  /// Absolute paths. Whether they still exist isn't looked at: a menu asks for them, and one file
+  /// on a server that is gone would stop it.
+  std::vector<std::string> paths() const { return load(); }
   /// Puts `path` first.
   void add(std::string const& path);
+  void remove(std::string const& path);
   void clear();
 
  private:

@@ -65,16 +65,20 @@ void bundle_watcher::watch_some() {
 
 void bundle_watcher::note(std::string const& folder) {
   changed_.insert(folder);
-  reloading_ = loop_.schedule(until_quiet, false, [this] { reload(); });
+  wait_until_quiet();
+}
+
+// A question on screen may be about an item.
+void bundle_watcher::wait_until_quiet() {
+  reloading_ = loop_.schedule(until_quiet, false, [this] {
+    reloading_.reset();
+    platform::desktop::current().waits().deliver(lives_, [this] { reload(); });
+  });
 }
 
 void bundle_watcher::reload() {
-  // A question on screen may be about an item, and a command that runs is one.
-  if (platform::desktop::current().is_waiting() || manager_.currentBundleItem() != nullptr) {
-    reloading_ = loop_.schedule(until_quiet, false, [this] { reload(); });
-    return;
-  }
-  reloading_.reset();
+  if (changed_.empty()) return;
+  if (manager_.currentBundleItem() != nullptr) return wait_until_quiet();  // it runs
   // What has changed in a file doesn't show in the folder's time. A template's folder is an entry
   // of the folder above.
   for (std::string const& folder : changed_)

@@ -23,6 +23,7 @@ class bundle_watcher {
   void look_for_folders();
   void watch_some();
   void note(std::string const& folder);
+  void wait_until_quiet();
   void reload();
 
   BundleManager& manager_;
@@ -31,4 +32,5 @@ class bundle_watcher {
   std::map<std::string, std::unique_ptr<platform::file_watcher::token>> watched_;
   std::set<std::string> changed_;
   std::unique_ptr<platform::timer> watching_, reloading_;
+  std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };

@@ -3,13 +3,13 @@
 #include "platform/busy_panel.h"
 
 #include <QDialog>
-#include <QLabel>
+#include <QPointer>
 
 #include <memory>
 
 namespace widgets {
 
-/// Lets events through while something takes long, but no input save for Escape and its own button.
+/// The dialog of what takes long. Keys that come to it are meant for what had the focus before.
 class BusyPanel final : public QObject, public platform::busy_panel {
  public:
   bool is_wanted() const override { return true; }
@@ -17,14 +17,14 @@ class BusyPanel final : public QObject, public platform::busy_panel {
   void show(std::string const& text) override;
   void end() override;
 
- protected:
-  bool eventFilter(QObject* target, QEvent* event) override;
+  /// Null as long as it isn't shown.
+  QWidget* dialog() const { return dialog_.get(); }
+  QWidget* focus_before() const { return focus_before_; }
 
  private:
-  bool is_own(QObject const* target) const;
-
   std::unique_ptr<QDialog> dialog_;
-  bool filtering_ = false, cancelled_ = false;
+  QPointer<QWidget> focus_before_;
+  bool cancelled_ = false;
 };
 
 }  // namespace widgets

@@ -6,6 +6,7 @@
 #include <QCloseEvent>
 #include <QFile>
 #include <QLayout>
+#include <QPointer>
 #include <QScreen>
 #include <QVBoxLayout>
 
@@ -49,8 +50,16 @@ std::vector<platform::menu_item> EditorFrame::dynamic_items(std::string_view nam
 }
 
 void EditorFrame::perform(std::string_view selector, plist::value const& argument) {
-  platform::responder* const first = menu_responder();
-  if (first == nullptr || !first->tryToPerformWith(selector, argument)) desktop_.beep();
+  deliver([this, selector = std::string(selector), argument] {
+    platform::responder* const first = menu_responder();
+    if (first == nullptr || !first->tryToPerformWith(selector, argument)) desktop_.beep();
+  });
+}
+
+void EditorFrame::deliver(std::function<void()> input) {
+  desktop_.waits().deliver([self = QPointer(this), input = std::move(input)] {
+    if (self != nullptr) input();
+  });
 }
 
 bool EditorFrame::should_swallow(platform::key_event const& event) {
@@ -97,8 +106,10 @@ void EditorFrame::open_status_menu(std::string const& part, QPoint global) {
 
 void EditorFrame::closeEvent(QCloseEvent* event) {
   event->ignore();
-  if (window_ != nullptr && window_->delegate()->windowShouldClose() && window_ != nullptr)
-    window_->close();
+  deliver([this] {
+    if (window_ != nullptr && window_->delegate()->windowShouldClose() && window_ != nullptr)
+      window_->close();
+  });
 }
 
 void EditorFrame::changeEvent(QEvent* event) {

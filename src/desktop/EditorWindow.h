@@ -42,6 +42,8 @@ class EditorFrame final : public QMainWindow, public MenuTarget, public TextView
   void changeEvent(QEvent* event) override;
 
  private:
+  /// What the user wants done; it is, when nothing waits.
+  void deliver(std::function<void()> input);
   void open_status_menu(std::string const& part, QPoint global);
 
   QtDesktop& desktop_;

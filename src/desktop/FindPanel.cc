@@ -3,6 +3,7 @@
 #include "desktop/DialogParent.h"
 #include "desktop/KeyTranslation.h"
 #include "desktop/QtText.h"
+#include "platform/desktop.h"
 
 #include <QCloseEvent>
 #include <QInputMethodEvent>
@@ -161,7 +162,9 @@ void FindPanel::add_key(QKeySequence const& key, int tag, bool by_key) {
 }
 
 void FindPanel::act(int tag, Qt::KeyboardModifiers held, bool by_key) {
-  if (delegate_ != nullptr) delegate_->findPanelAction(tag, translate_modifiers(held), by_key);
+  platform::desktop::current().waits().deliver([this, tag, held, by_key] {
+    if (delegate_ != nullptr) delegate_->findPanelAction(tag, translate_modifiers(held), by_key);
+  });
 }
 
 void FindPanel::changed() {
@@ -193,6 +196,10 @@ void FindPanel::place_over(QWidget* window) {
 
 void FindPanel::close() {
   if (dialog_ != nullptr) dialog_->hide();
+}
+
+QWidget* FindPanel::dialog() const {
+  return dialog_.get();
 }
 
 bool FindPanel::is_visible() const {

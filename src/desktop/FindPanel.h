@@ -30,6 +30,9 @@ class FindPanel final : public platform::find_panel {
   void set_status(std::string const& text) override;
   void mark_error(std::size_t offset) override;
 
+  /// Null as long as it hasn't been shown.
+  QWidget* dialog() const;
+
  private:
   class Dialog;
   class Button;

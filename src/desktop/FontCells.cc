@@ -177,7 +177,8 @@ QFont FontCells::qfont(bool bold, bool italic) const {
                                     : QFont(qstring(font_.family));
   font.setStyleHint(QFont::Monospace);
   font.setFixedPitch(true);
-  font.setPointSizeF(std::clamp(font_.point_size, 1.0, 1000.0));
+  bool const is_size = font_.point_size >= 1;  // not so for what is no number
+  font.setPointSizeF(is_size ? std::min(font_.point_size, 1000.0) : 1);
   font.setBold(bold);
   font.setItalic(italic);
   font.setKerning(false);

@@ -72,7 +72,7 @@ std::size_t run_with_details(platform::alert const& question) {
 
 }  // namespace
 
-std::size_t QtAlertPanel::run(platform::alert const& question) {
+std::size_t QtAlertPanel::ask(platform::alert const& question) {
   if (!question.details.empty()) return run_with_details(question);
   QMessageBox box(dialog_parent());
   box.setIcon(question.critical             ? QMessageBox::Critical

@@ -6,8 +6,8 @@ namespace widgets {
 
 /// Alerts as message boxes before the active window; those with details as dialogs that scroll.
 class QtAlertPanel final : public platform::alert_panel {
- public:
-  std::size_t run(platform::alert const& question) override;
+ protected:
+  std::size_t ask(platform::alert const& question) override;
 };
 
 }  // namespace widgets

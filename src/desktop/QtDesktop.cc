@@ -72,6 +72,7 @@ QtDesktop::QtDesktop(int& argc, char** argv)
   QApplication::setDesktopFileName(QStringLiteral("quirnote"));
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setStyle(new LeanStyle);
+  qt_.installEventFilter(&waiting_keys_);
   set_current(this);
 }
 
@@ -101,20 +102,23 @@ void QtDesktop::bring_to_front(EditorWindow& window) {
   if (it != windows_.end()) std::rotate(windows_.begin(), it, it + 1);
 }
 
-bool QtDesktop::is_waiting() const {
-  return loop_.is_waiting() || QApplication::activeModalWidget() != nullptr ||
-         QGuiApplication::modalWindow() != nullptr;
+void QtDesktop::dismiss_dialog() {
+  if (auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget()))
+    dialog->reject();
 }
 
 // At the next turn, since the logic may replace the last window by another one.
 void QtDesktop::window_closed() {
   loop_.post([this] {
-    if (ordered_windows().empty()) ask_to_quit();
+    waits_.deliver([this] {
+      if (ordered_windows().empty()) ask_to_quit();
+    });
   });
 }
 
 void QtDesktop::ask_to_quit() {
-  if (delegate_ == nullptr || !delegate_->tryToPerformWith("terminate:", {})) terminate();
+  if (delegate_ == nullptr) return terminate();
+  request_quit(*delegate_);
 }
 
 void QtDesktop::connect_session() {
@@ -122,7 +126,8 @@ void QtDesktop::connect_session() {
   QObject::connect(&qt_, &QGuiApplication::commitDataRequest, &qt_,
                    [this](QSessionManager& session) {
                      if (delegate_ == nullptr) return;
-                     if (!session.allowsInteraction()) {
+                     // The answer is wanted now, and none can be had while something waits.
+                     if (!session.allowsInteraction() || waits_.is_waiting()) {
                        delegate_->applicationMustTerminate();
                        return;
                      }
@@ -136,11 +141,7 @@ int QtDesktop::run(platform::application_delegate& app) {
   terminated_ = false;
   connect_session();
   // Who sends a signal won't answer questions, and nobody sees them on a lost display.
-  bool text_is_lost = false;
-  TerminationSignals const termination([this, &text_is_lost] {
-    text_is_lost = !delegate_->applicationMustTerminate();
-    terminate();
-  });
+  TerminationSignals const termination([this] { end_at_once(*delegate_); });
   SuddenExit const lost_display([this] { delegate_->applicationMustTerminate(); });
   app.didFinishLaunching();
   // Not needed for the first window to appear.
@@ -151,7 +152,7 @@ int QtDesktop::run(platform::application_delegate& app) {
   delegate_ = nullptr;
   menu_.reset();
   items_by_key_.clear();
-  return text_is_lost ? EXIT_FAILURE : status;
+  return has_lost_text() ? EXIT_FAILURE : status;
 }
 
 void QtDesktop::terminate() {

@@ -10,6 +10,7 @@
 #include "desktop/QtPasteboard.h"
 #include "desktop/QtPromptPanel.h"
 #include "desktop/QtRunLoop.h"
+#include "desktop/WaitingKeys.h"
 #include "headless/headless_desktop.h"
 #include "platform/desktop.h"
 
@@ -57,7 +58,8 @@ class QtDesktop final : public platform::desktop {
   platform::appearance& appearance() override { return appearance_; }
   void beep() override { QApplication::beep(); }
   platform::file_watcher& files() override { return files_; }
-  bool is_waiting() const override;
+  platform::waiting& waits() override { return waits_; }
+  void dismiss_dialog() override;
   std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
                                                 platform::view_client& client,
                                                 platform::responder& first) override;
@@ -72,6 +74,11 @@ class QtDesktop final : public platform::desktop {
   /// The item of the menu bar that has this key; null if none has.
   platform::menu_item const* item_for_key(platform::key_event const& event);
 
+  // Null while they are not on screen.
+  QWidget* busy_dialog() const { return busy_.dialog(); }
+  QWidget* busy_focus() const { return busy_.focus_before(); }
+  QWidget* find_dialog() const { return find_panel_.dialog(); }
+
   // Called by windows.
   void add(EditorWindow& window) { windows_.push_back(&window); }
   void remove(EditorWindow& window) { std::erase(windows_, &window); }
@@ -85,7 +92,8 @@ class QtDesktop final : public platform::desktop {
 
   Application qt_;
   QtRunLoop loop_;
-  platform::file_watcher files_{loop_};
+  platform::waiting waits_{loop_};
+  platform::file_watcher files_{loop_, waits_};
   QtPasteboard general_;
   std::unique_ptr<platform::pasteboard> primary_;
   headless::memory_pasteboard find_;
@@ -96,6 +104,7 @@ class QtDesktop final : public platform::desktop {
   BusyPanel busy_;
   QtFontPanel fonts_;
   QtAppearance appearance_;
+  WaitingKeys waiting_keys_{*this};
   platform::application_delegate* delegate_ = nullptr;
   bool terminated_ = false;
   std::vector<EditorWindow*> windows_;  // the one active last comes first

@@ -66,7 +66,7 @@ std::vector<QString> chosen_folders(QFileDialog const& dialog) {
 
 }  // namespace
 
-std::vector<std::string> QtFilePanels::run_open(platform::open_request const& request) {
+std::vector<std::string> QtFilePanels::ask_open(platform::open_request const& request) {
   FileDialog dialog(request.title, request.directory);
   dialog.setFileMode(request.allows_multiple ? QFileDialog::ExistingFiles
                                              : QFileDialog::ExistingFile);
@@ -92,7 +92,7 @@ std::vector<std::string> QtFilePanels::run_open(platform::open_request const& re
   return paths;
 }
 
-std::optional<platform::save_answer> QtFilePanels::run_save(platform::save_request const& request) {
+std::optional<platform::save_answer> QtFilePanels::ask_save(platform::save_request const& request) {
   FileDialog dialog(request.title, request.directory);
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setFileMode(QFileDialog::AnyFile);

@@ -7,7 +7,7 @@
 
 namespace widgets {
 
-std::optional<platform::font> QtFontPanel::run(platform::font const& initial) {
+std::optional<platform::font> QtFontPanel::ask(platform::font const& initial) {
   QFont shown(qstring(initial.family));
   shown.setPointSizeF(initial.point_size);
   bool accepted = false;

@@ -6,8 +6,8 @@ namespace widgets {
 
 /// The font dialog before the active window.
 class QtFontPanel final : public platform::font_panel {
- public:
-  std::optional<platform::font> run(platform::font const& initial) override;
+ protected:
+  std::optional<platform::font> ask(platform::font const& initial) override;
 };
 
 }  // namespace widgets

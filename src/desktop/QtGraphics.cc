@@ -92,7 +92,7 @@ void QtGraphics::draw_cluster(std::u16string_view cluster, platform::point basel
 // its own is drawn upon its neighbours.
 void QtGraphics::draw_fitted(FontFace& face, std::u16string_view text, QPointF at, double width) {
   shaped_cluster const& shaped = face.cluster(text);
-  if (shaped.runs.isEmpty()) return;
+  if (shaped.runs.isEmpty() || (width > 0 && width * ratio_ < 1)) return;
   constexpr double least_scale = 0.5;
   double const natural = std::max(shaped.advance, shaped.right);
   bool const fits = natural <= width || width == 0;

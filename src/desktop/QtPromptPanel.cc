@@ -7,7 +7,7 @@
 
 namespace widgets {
 
-std::optional<std::string> QtPromptPanel::run(std::string const& title, std::string const& text,
+std::optional<std::string> QtPromptPanel::ask(std::string const& title, std::string const& text,
                                               std::string const& initial) {
   bool accepted = false;
   QString const answer = QInputDialog::getText(dialog_parent(), qstring(title), qstring(text),

@@ -6,8 +6,8 @@ namespace widgets {
 
 /// Prompts as input dialogs before the active window.
 class QtPromptPanel final : public platform::prompt_panel {
- public:
-  std::optional<std::string> run(std::string const& title, std::string const& text,
+ protected:
+  std::optional<std::string> ask(std::string const& title, std::string const& text,
                                  std::string const& initial) override;
 };
 

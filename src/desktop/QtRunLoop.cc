@@ -74,19 +74,13 @@ double QtRunLoop::now() const {
 }
 
 void QtRunLoop::run_for(double seconds) {
-  ++waiting_;
-  wait_for_events(seconds);
-  --waiting_;
-}
-
-void QtRunLoop::wait_for_events(double seconds) {
   QEventLoop loop;
-  if (loop.processEvents(QEventLoop::ExcludeUserInputEvents) || seconds <= 0) return;
+  if (loop.processEvents() || seconds <= 0) return;
   QTimer limit;
   limit.setSingleShot(true);
   limit.setTimerType(Qt::PreciseTimer);
   limit.start(milliseconds(seconds));
-  loop.processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
+  loop.processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
 
 }  // namespace widgets

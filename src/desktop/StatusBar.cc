@@ -25,6 +25,7 @@ struct part_kind {
 // From left to right.
 constexpr part_kind part_kinds[] = {
     {"incrementalSearch", "What is searched for as you type", ""},
+    {"fileState", "The text is nowhere but in this window until it is saved", ""},
     {"lineNumber", "Line and column of the caret", "Line 88888, Column 888"},
     {"currentMode", "Language", ""},
     {"currentSymbol", "Symbol at the caret", ""},

@@ -2,10 +2,12 @@
 
 #include "desktop/QtGraphics.h"
 #include "desktop/QtText.h"
+#include "platform/desktop.h"
 
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QScrollBar>
 #include <QStyleHints>
 #include <QTimer>
@@ -53,6 +55,12 @@ TextViewWidget::TextViewWidget(platform::view_client& client, TextViewOwner& own
   viewport()->setCursor(Qt::IBeamCursor);
   viewport()->setAcceptDrops(true);
   client_->set_host(this);
+}
+
+void TextViewWidget::deliver(std::function<void(platform::view_client&)> input) {
+  platform::desktop::current().waits().deliver([self = QPointer(this), input = std::move(input)] {
+    if (self != nullptr && self->client_ != nullptr) input(*self->client_);
+  });
 }
 
 void TextViewWidget::detach() {
@@ -201,14 +209,14 @@ void TextViewWidget::focus_changed() {
 }
 
 void TextViewWidget::focusInEvent(QFocusEvent*) {
-  if (client_ != nullptr)
-    client_->modifiers_changed(translate_modifiers(QGuiApplication::keyboardModifiers()));
+  tell_modifiers(QGuiApplication::keyboardModifiers());
   focus_changed();
 }
 
 // What is being composed stays as text, unless the input method has seen to it already.
 void TextViewWidget::focusOutEvent(QFocusEvent* event) {
-  if (client_ != nullptr && event->reason() != Qt::PopupFocusReason) client_->unmark_text();
+  if (event->reason() != Qt::PopupFocusReason)
+    deliver([](platform::view_client& client) { client.unmark_text(); });
   focus_changed();
 }
 

@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QHelpEvent>
 
+#include <functional>
 #include <memory>
 
 namespace widgets {
@@ -90,6 +91,9 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   void dropEvent(QDropEvent* event) override;
 
  private:
+  /// Input of the user, which the client gets when nothing waits.
+  void deliver(std::function<void(platform::view_client&)> input);
+  void tell_modifiers(Qt::KeyboardModifiers modifiers);
   platform::point origin() const;
   platform::point to_view(QPointF local) const;
   QPoint to_viewport(platform::point p) const;

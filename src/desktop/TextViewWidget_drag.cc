@@ -1,6 +1,7 @@
 #include "desktop/QtGraphics.h"
 #include "desktop/QtPasteboard.h"
 #include "desktop/TextViewWidget.h"
+#include "platform/desktop.h"
 
 #include <QDrag>
 #include <QDropEvent>
@@ -21,6 +22,24 @@ class DroppedContent final : public platform::pasteboard_content {
 
  private:
   QMimeData const& data_;
+};
+
+/// What a drop held when it came, for a time when its source may be gone.
+class KeptContent final : public platform::pasteboard_content {
+ public:
+  explicit KeptContent(QMimeData const& data) {
+    for (std::string_view const type :
+         {platform::pasteboard_type::text, platform::pasteboard_type::file_list,
+          platform::pasteboard_type::color, platform::pasteboard_type::quirnote})
+      types_.emplace(type, value_of(data, type));
+  }
+  plist::value get(std::string_view type) const override {
+    auto const found = types_.find(type);
+    return found == types_.end() ? plist::value() : found->second;
+  }
+
+ private:
+  plist::dictionary types_;
 };
 
 // Ctrl says copy, as everywhere on the desktop.
@@ -45,6 +64,7 @@ QPixmap TextViewWidget::picture_of(std::vector<platform::rect> const& shape, QPo
   corner = {bounds.x - origin().x, bounds.y - origin().y};
   if (bounds.empty()) return {};
   QPixmap picture((QSizeF(bounds.width, bounds.height) * devicePixelRatioF()).toSize());
+  if (picture.isNull()) return {};  // less than a pixel
   picture.setDevicePixelRatio(devicePixelRatioF());
   picture.fill(Qt::transparent);
   QPainter painter(&picture);
@@ -70,6 +90,7 @@ void TextViewWidget::begin_drag(plist::dictionary content, std::vector<platform:
     drag->setHotSpot(to_viewport(at) - corner.toPoint());
   }
   QPointer<TextViewWidget> const self(this);
+  platform::waiting::scope const scope(platform::desktop::current().waits(), &QDrag::cancel);
   drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::CopyAction);
   if (self != nullptr) reset_cursor();
 }
@@ -105,9 +126,12 @@ void TextViewWidget::dragLeaveEvent(QDragLeaveEvent*) {
 
 void TextViewWidget::dropEvent(QDropEvent* event) {
   if (client_ == nullptr) return event->ignore();
-  DroppedContent const content(*event->mimeData());
-  platform::drag_info const info = translate_drop(*event, content);
-  if (!client_->perform_drag_operation(info)) return event->ignore();
+  auto const content = std::make_shared<KeptContent>(*event->mimeData());
+  platform::drag_info const info = translate_drop(*event, *content);
+  bool const wanted = client_->dragging_updated(info) != operation::none;
+  client_->dragging_exited();
+  if (!wanted) return event->ignore();
+  deliver([content, info](platform::view_client& client) { client.perform_drag_operation(info); });
   bool const moved = info.is_from_this_view && (info.operations & operation::generic);
   event->setDropAction(moved ? Qt::MoveAction : Qt::CopyAction);
   event->accept();

@@ -51,22 +51,22 @@ preedit_selection selection_in_preedit(QInputMethodEvent const& event) {
 }  // namespace
 
 void TextViewWidget::keyPressEvent(QKeyEvent* event) {
-  if (client_ == nullptr) return;
-  if (is_modifier_key(event->key())) {
-    client_->modifiers_changed(translate_modifiers(event->modifiers()));
-    return;
-  }
+  if (is_modifier_key(event->key())) return tell_modifiers(event->modifiers());
   platform::key_event const key = keys_.translate(*event);
-  if (key.characters.empty()) {
-    event->ignore();
-  } else if (!owner_->should_swallow(key)) {
-    client_->key_down(key);
-  }
+  if (key.characters.empty()) return event->ignore();
+  deliver([this, key](platform::view_client& client) {
+    if (!owner_->should_swallow(key)) client.key_down(key);
+  });
 }
 
 void TextViewWidget::keyReleaseEvent(QKeyEvent* event) {
-  if (client_ != nullptr && is_modifier_key(event->key()))
-    client_->modifiers_changed(translate_modifiers(event->modifiers()));
+  if (is_modifier_key(event->key())) tell_modifiers(event->modifiers());
+}
+
+void TextViewWidget::tell_modifiers(Qt::KeyboardModifiers modifiers) {
+  deliver([modifiers = translate_modifiers(modifiers)](platform::view_client& client) {
+    client.modifiers_changed(modifiers);
+  });
 }
 
 void TextViewWidget::interpret_key_event(platform::key_event const& event) {
@@ -80,14 +80,16 @@ void TextViewWidget::interpret_key_event(platform::key_event const& event) {
 }
 
 void TextViewWidget::inputMethodEvent(QInputMethodEvent* event) {
-  if (client_ == nullptr) return;
-  if (!event->commitString().isEmpty()) client_->insert_text(utf16(event->commitString()));
-  if (client_ != nullptr &&
-      (event->commitString().isEmpty() || !event->preeditString().isEmpty())) {
-    auto const [offset, length] = selection_in_preedit(*event);
-    client_->set_marked_text(utf16(event->preeditString()), offset, length);
-  }
   event->accept();
+  if (!event->commitString().isEmpty())
+    deliver([text = utf16(event->commitString())](platform::view_client& client) {
+      client.insert_text(text);
+    });
+  if (!event->commitString().isEmpty() && event->preeditString().isEmpty()) return;
+  deliver([text = utf16(event->preeditString()),
+           at = selection_in_preedit(*event)](platform::view_client& client) {
+    client.set_marked_text(text, at.offset, at.length);
+  });
 }
 
 QVariant TextViewWidget::inputMethodQuery(Qt::InputMethodQuery query) const {

@@ -57,9 +57,11 @@ platform::mouse_event TextViewWidget::translate_mouse(QMouseEvent const& event) 
 }
 
 void TextViewWidget::mousePressEvent(QMouseEvent* event) {
-  if (client_ == nullptr || !is_editing_button(event->button())) return;
+  if (!is_editing_button(event->button())) return;
   count_click(*event);
-  client_->mouse_down(translate_mouse(*event));
+  deliver([mouse = translate_mouse(*event)](platform::view_client& client) {
+    client.mouse_down(mouse);
+  });
 }
 
 void TextViewWidget::mouseMoveEvent(QMouseEvent* event) {
@@ -67,12 +69,16 @@ void TextViewWidget::mouseMoveEvent(QMouseEvent* event) {
   cursor_hidden_ = false;
   show_cursor(
       client_->cursor_at(to_view(event->position()), translate_modifiers(event->modifiers())));
-  if (event->buttons() & press_button_) client_->mouse_dragged(translate_mouse(*event));
+  if (event->buttons() & press_button_)
+    deliver([mouse = translate_mouse(*event)](platform::view_client& client) {
+      client.mouse_dragged(mouse);
+    });
 }
 
 void TextViewWidget::mouseReleaseEvent(QMouseEvent* event) {
-  if (client_ == nullptr || event->button() != press_button_) return;
-  client_->mouse_up(translate_mouse(*event));
+  if (event->button() != press_button_) return;
+  deliver(
+      [mouse = translate_mouse(*event)](platform::view_client& client) { client.mouse_up(mouse); });
 }
 
 bool TextViewWidget::viewportEvent(QEvent* event) {

@@ -112,6 +112,11 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// isn't that of the last save, or the file is gone. An untitled document with nothing in it is
   /// never edited.
   bool isDocumentEdited() const { return isDocumentEdited_; }
+  /// Whether the file has been deleted or moved, so that the text stands nowhere else. Told by
+  /// documentEditedDidChange.
+  bool fileIsGone() const { return fileIsGone_; }
+  /// Looks whether it is, as news of it may be under way.
+  void lookForFile();
   void setDocumentEdited(bool edited);
   unsigned lastSavedMemento() const { return lastSavedMemento_; }
   bool documentHasBeenSaved() const { return documentHasBeenSaved_; }
@@ -214,6 +219,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   void watchFile();
   void fileMayHaveChanged();
   bool isToBeKept();
+  void setFileIsGone(bool gone);
 
   bool write(std::string const& given_path, bool as_copy);
   static void takeLeaveOfOwner(path::write_options& options);
@@ -256,8 +262,8 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   bool fileModifiedOnDiskAndWaitingForUser_ = false;
   bool revertIsDecided_ = false;
   bool fileIsGone_ = false;
+  bool looksLater_ = false;
   std::unique_ptr<platform::file_watcher::token> fileWatch_;
-  std::unique_ptr<platform::timer> laterLook_;
   plist::dictionary auxiliaryFileInfo_;
   std::function<void()> documentDidClose_;
   /// How the text was read, and so how it is written, whatever the user default says meanwhile.

@@ -1,9 +1,8 @@
 #include <cerrno>
-#include <cstdio>
+#include <utility>
 
 #include "documents/WynDocument.h"
 #include "documents/document_alerts.h"
-#include "documents/printable_name.h"
 #include "documents/replace_text.h"
 #include "documents/storage_bytes.h"
 #include "platform/desktop.h"
@@ -13,22 +12,8 @@
 
 using documents::file_text, documents::preserves_supplementary_characters;
 
-namespace {
-
-constexpr double until_later_look = 0.25;  // seconds
-
-void log_update_without_changes(std::string const& path, documents::file_date last,
-                                documents::file_date now) {
-  std::fprintf(stderr, "*** %s updated w/o changes\n*** last date %s, new date %s\n",
-               documents::printable(path).c_str(), documents::description(last).c_str(),
-               documents::description(now).c_str());
-}
-
-}  // namespace
-
 void WynDocument::watchFile() {
   fileWatch_.reset();
-  laterLook_.reset();
   auto* const desktop = platform::desktop::current_or_null();
   if (desktop == nullptr || openCount_ == 0 || filename_.empty()) return;
   fileWatch_ = desktop->files().watch(filename_, [this] { fileMayHaveChanged(); });
@@ -40,9 +25,13 @@ void WynDocument::fileMayHaveChanged() {
   auto const self = weak_from_this().lock();
   auto const stamp = documents::stamp_of(filename_);
   if (stamp == fileStamp_ && !fileIsGone_) return;
-  auto& desktop = platform::desktop::current();
-  if (desktop.is_waiting()) {
-    laterLook_ = desktop.loop().schedule(until_later_look, false, [this] { fileMayHaveChanged(); });
+  auto& waits = platform::desktop::current().waits();
+  if (waits.is_waiting()) {
+    if (std::exchange(looksLater_, true)) return;
+    waits.deliver(self, [this] {
+      looksLater_ = false;
+      if (openCount_ != 0) fileMayHaveChanged();
+    });
     return;
   }
   platform::notification_center::standard().post(fileDidChange, this);
@@ -57,6 +46,19 @@ void WynDocument::revertToDisk() {
   revertIsDecided_ = false;
 }
 
+void WynDocument::lookForFile() {
+  if (filename_.empty() || openCount_ == 0) return;
+  setFileIsGone(fileStamp_ && !documents::stamp_of(filename_));
+}
+
+// What shows the document is told, also when it was edited before.
+void WynDocument::setFileIsGone(bool gone) {
+  if (gone == fileIsGone_) return;
+  fileIsGone_ = gone;
+  updateDocumentEdited(storage_->current_memento);
+  platform::notification_center::standard().post(documentEditedDidChange, this, isDocumentEdited_);
+}
+
 bool WynDocument::isToBeKept() {
   if (!isDocumentEdited_ || revertIsDecided_) return false;
   fileModifiedOnDiskAndWaitingForUser_ = true;
@@ -68,8 +70,7 @@ bool WynDocument::isToBeKept() {
 bool WynDocument::checkForFilesystemChanges() {
   if (fileModifiedOnDiskAndWaitingForUser_ || filename_.empty()) return false;
   auto const stamp = documents::stamp_of(filename_);
-  fileIsGone_ = !stamp && fileStamp_;
-  updateDocumentEdited(storage_->current_memento);
+  setFileIsGone(!stamp && fileStamp_);
   if (!stamp || (stamp == fileStamp_ && !revertIsDecided_)) return false;
   auto const self = weak_from_this().lock();
   bool const pairs = preserves_supplementary_characters();
@@ -89,9 +90,7 @@ bool WynDocument::checkForFilesystemChanges() {
   bool const equal = documents::holds(*storage_, text.units.view());
   bool const replace = !equal && !isToBeKept();
   revertIsDecided_ = false;
-  if (equal) {
-    log_update_without_changes(filename_, fileModificationDate().value_or(0), text.stamp->modified);
-  } else if (replace) {
+  if (replace) {
     documents::replace_text(*storage_, text.units);
     useFormatOf(text);
   }

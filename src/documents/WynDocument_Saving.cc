@@ -248,7 +248,9 @@ void WynDocument::removeSafetyCopies() {
 }
 
 std::optional<path::file_error> WynDocument::keepUnsavedText() {
-  if (!isDocumentEdited_) return std::nullopt;
+  // News of the file's end may be under way.
+  bool const is_gone = fileStamp_ && !filename_.empty() && !documents::stamp_of(filename_);
+  if (!isDocumentEdited_ && !is_gone) return std::nullopt;
   encoding::file_format format{fileEncoding_, lineEnding_, byteOrderMark_, supplementaryPairs_};
   if (!can_be_encoded(*storage_, format.charset)) format.charset = encoding::UTF8;
   std::optional<documents::safety_copy> copy;

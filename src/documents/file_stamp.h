@@ -32,7 +32,4 @@ std::optional<file_stamp> stamp_of(std::string const& path);
 /// That of a file at `path` of which the version is known from its descriptor.
 file_stamp stamp_of(std::string const& path, path::file_version const& target);
 
-/// "2026-11-21 09:30:00 +0000"
-std::string description(file_date date);
-
 }  // namespace documents

@@ -116,11 +116,15 @@ std::string reason_in(std::string message) {
 std::optional<path::write_error> write_to(target const& target, std::string const& program,
                                           int input, std::uint64_t size,
                                           path::write_error const& refused) {
-  platform::run_loop& loop = platform::desktop::current().loop();
-  auto const result =
-      platform::run_program({"pkexec", "--disable-internal-agent", program, std::to_string(size),
-                             target.identity, target.path},
-                            input, seconds_for_the_password, [&loop] { loop.run_for(0); });
+  platform::desktop& desktop = platform::desktop::current();
+  bool cancelled = false;
+  platform::waiting::scope const waits(desktop.waits(), [&] { cancelled = true; });
+  auto const result = platform::run_program({"pkexec", "--disable-internal-agent", program,
+                                             std::to_string(size), target.identity, target.path},
+                                            input, seconds_for_the_password, [&] {
+                                              desktop.loop().run_for(0);
+                                              return !cancelled;
+                                            });
   if (result.error) return refused;
   bool const exited = WIFEXITED(result.status);
   auto const status = static_cast<write_file_status>(WEXITSTATUS(result.status));

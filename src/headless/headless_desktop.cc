@@ -22,7 +22,7 @@ void scripted_alerts::answer(std::string title, std::string button) {
   answers_[std::move(title)] = {std::move(button)};
 }
 
-std::size_t scripted_alerts::run(platform::alert const& question) {
+std::size_t scripted_alerts::ask(platform::alert const& question) {
   std::size_t index = question.safe_button;
   if (auto const it = answers_.find(question.title); it != answers_.end()) {
     auto const& buttons = question.buttons;
@@ -32,9 +32,7 @@ std::size_t scripted_alerts::run(platform::alert const& question) {
   }
   std::string const name = index < question.buttons.size() ? question.buttons[index] : "";
   shown.push_back({question.title, question.text + question.details, name});
-  ++open_;
   if (while_open) while_open();
-  --open_;
   return index;
 }
 
@@ -45,15 +43,17 @@ std::vector<std::pair<std::string, std::string>> scripted_alerts::unused_answers
   return unused;
 }
 
-std::vector<std::string> scripted_panels::run_open(platform::open_request const&) {
+std::vector<std::string> scripted_panels::ask_open(platform::open_request const&) {
+  if (while_open) while_open();
   if (open_answers.empty()) return {};
   std::vector<std::string> const answer = open_answers.front();
   open_answers.pop_front();
   return answer;
 }
 
-std::optional<platform::save_answer> scripted_panels::run_save(
+std::optional<platform::save_answer> scripted_panels::ask_save(
     platform::save_request const& request) {
+  if (while_open) while_open();
   last_save_request = request;
   if (save_answers.empty()) return std::nullopt;
   std::optional<platform::save_answer> const answer = save_answers.front();
@@ -61,8 +61,9 @@ std::optional<platform::save_answer> scripted_panels::run_save(
   return answer;
 }
 
-std::optional<std::string> scripted_prompts::run(std::string const&, std::string const&,
+std::optional<std::string> scripted_prompts::ask(std::string const&, std::string const&,
                                                  std::string const& initial) {
+  if (while_open) while_open();
   last_initial = initial;
   if (answers.empty()) return std::nullopt;
   std::string const answer = answers.front();
@@ -70,7 +71,7 @@ std::optional<std::string> scripted_prompts::run(std::string const&, std::string
   return answer;
 }
 
-std::optional<platform::font> scripted_fonts::run(platform::font const& initial) {
+std::optional<platform::font> scripted_fonts::ask(platform::font const& initial) {
   last_initial = initial;
   if (answers.empty()) return std::nullopt;
   platform::font const answer = answers.front();
@@ -102,6 +103,7 @@ void scripted_find_panel::set_histories(std::vector<std::string> const& find,
 }
 
 bool scripted_busy::handle_events(double seconds) {
+  if (while_busy) while_busy();
   std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
   return ++looks > cancel_after;
 }

@@ -35,8 +35,6 @@ class scripted_alerts : public platform::alert_panel {
   /// From now on alerts of this title get this button. A button that an alert doesn't have gives
   /// its safe one.
   void answer(std::string title, std::string button);
-  std::size_t run(platform::alert const& question) override;
-  bool is_open() const { return open_ != 0; }
   /// Of the answers those that were never given, as title and button: no alert had that title, or
   /// none of these that button.
   std::vector<std::pair<std::string, std::string>> unused_answers() const;
@@ -45,6 +43,9 @@ class scripted_alerts : public platform::alert_panel {
   /// Called while an alert is open, as a real one handles events.
   std::function<void()> while_open;
 
+ protected:
+  std::size_t ask(platform::alert const& question) override;
+
  private:
   struct scripted_answer {
     std::string button;
@@ -52,37 +53,41 @@ class scripted_alerts : public platform::alert_panel {
   };
 
   std::map<std::string, scripted_answer> answers_;
-  int open_ = 0;
 };
 
 /// Gives the answers put in before, in order; an empty list is "cancelled".
 class scripted_panels : public platform::file_panels {
  public:
-  std::vector<std::string> run_open(platform::open_request const& request) override;
-  std::optional<platform::save_answer> run_save(platform::save_request const& request) override;
-
   std::deque<std::vector<std::string>> open_answers;
   std::deque<std::optional<platform::save_answer>> save_answers;
   platform::save_request last_save_request;
+  std::function<void()> while_open;
+
+ protected:
+  std::vector<std::string> ask_open(platform::open_request const& request) override;
+  std::optional<platform::save_answer> ask_save(platform::save_request const& request) override;
 };
 
 /// Gives the answers put in before, in order; without one it is cancelled.
 class scripted_prompts : public platform::prompt_panel {
  public:
-  std::optional<std::string> run(std::string const& title, std::string const& text,
-                                 std::string const& initial) override;
-
   std::deque<std::string> answers;
   std::string last_initial;  // what the last question proposed
+  std::function<void()> while_open;
+
+ protected:
+  std::optional<std::string> ask(std::string const& title, std::string const& text,
+                                 std::string const& initial) override;
 };
 
 /// Gives the answers put in before, in order; without one it is cancelled.
 class scripted_fonts : public platform::font_panel {
  public:
-  std::optional<platform::font> run(platform::font const& initial) override;
-
   std::deque<platform::font> answers;
   platform::font last_initial;
+
+ protected:
+  std::optional<platform::font> ask(platform::font const& initial) override;
 };
 
 /// A find panel that keeps what it is told; a test types into `fields` and tells the delegate.
@@ -118,6 +123,8 @@ class scripted_busy : public platform::busy_panel {
   std::optional<int> cancel_after;
   int looks = 0;
   std::string shown;
+  /// Called at each look at events.
+  std::function<void()> while_busy;
 };
 
 class memory_appearance : public platform::appearance {
@@ -179,7 +186,8 @@ class headless_desktop : public platform::desktop {
   memory_appearance& appearance() override { return appearance_; }
   void beep() override { ++beeps; }
   platform::file_watcher& files() override { return files_; }
-  bool is_waiting() const override { return loop_.is_nested() || alerts_.is_open(); }
+  platform::waiting& waits() override { return waits_; }
+  void dismiss_dialog() override {}  // closes when its while_open returns
   std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
                                                 platform::view_client& client,
                                                 platform::responder& first) override;
@@ -194,7 +202,8 @@ class headless_desktop : public platform::desktop {
  private:
   friend class headless_window;
   headless_run_loop loop_;
-  platform::file_watcher files_{loop_};
+  platform::waiting waits_{loop_};
+  platform::file_watcher files_{loop_, waits_};
   memory_pasteboard general_, primary_, find_;
   scripted_alerts alerts_;
   scripted_panels panels_;

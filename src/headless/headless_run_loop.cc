@@ -96,15 +96,13 @@ void headless_run_loop::run_first_timer() {
 
 void headless_run_loop::run(double seconds, bool look_at_descriptors) {
   double const end = now_ + seconds;
-  ++depth_;
   if (look_at_descriptors) poll_descriptors();
   run_posted();
   while (!timers_.empty() && timers_.begin()->first.first <= end) {
     run_first_timer();
     run_posted();
   }
-  now_ = end;
-  --depth_;
+  now_ = std::max(now_, end);  // a task may have run the loop for longer
 }
 
 }  // namespace headless

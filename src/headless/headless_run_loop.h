@@ -23,9 +23,6 @@ class headless_run_loop : public platform::run_loop {
   /// Moves the clock on by `seconds`, running what falls due on the way.
   void run_for(double seconds) override { run(seconds, true); }
 
-  /// Whether run_for() is being executed inside of something that it has run.
-  bool is_nested() const { return depth_ > 1; }
-
   /// Runs what was posted, without moving the clock.
   void run_posted();
   /// Runs what was posted and the timers that are due; no descriptor is looked at, which takes a
@@ -47,7 +44,6 @@ class headless_run_loop : public platform::run_loop {
   void poll_descriptors();
 
   double now_ = 0;
-  int depth_ = 0;
   std::vector<watched_descriptor*> descriptors_;
   std::uint64_t next_id_ = 0;
   std::map<key, entry> timers_;

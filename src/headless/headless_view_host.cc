@@ -1,5 +1,7 @@
 #include "headless/headless_view_host.h"
 
+#include "platform/desktop.h"
+
 #include <algorithm>
 
 namespace headless {
@@ -62,6 +64,17 @@ void headless_view_host::interpret_key_event(platform::key_event const& event) {
       !event.characters.empty() && event.characters[0] >= 0x20 && event.characters[0] != 0x7F &&
       (event.characters[0] < 0xF700 || event.characters[0] > 0xF8FF);
   if (is_text) client_.insert_text(event.characters);
+}
+
+void headless_view_host::send(std::function<void(platform::view_client&)> input) {
+  platform::desktop::current().waits().deliver(
+      lives_, [this, input = std::move(input)] { input(client_); });
+}
+
+void headless_view_host::send_key(platform::key_event const& event) {
+  bool const is_escape = event.characters == std::u16string(1, platform::function_key::escape);
+  if (is_escape && platform::desktop::current().waits().escape()) return;
+  send([event](platform::view_client& client) { client.key_down(event); });
 }
 
 void headless_view_host::resize(platform::size visible) {

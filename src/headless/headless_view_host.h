@@ -2,6 +2,8 @@
 
 #include "platform/view.h"
 
+#include <functional>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -38,6 +40,11 @@ class headless_view_host : public platform::view_host {
 
   void resize(platform::size visible);
 
+  /// Input of the user: the client gets it when nothing waits.
+  void send(std::function<void(platform::view_client&)> input);
+  /// A key press; Escape cancels what waits.
+  void send_key(platform::key_event const& event);
+
   bool focused = true, seen = true;
   platform::size frame_size;
   std::vector<platform::rect> dirty;  // what set_needs_display got
@@ -51,6 +58,7 @@ class headless_view_host : public platform::view_host {
   std::uint32_t const window_number_;
   platform::view_client& client_;
   platform::rect visible_{0, 0, 640, 384};
+  std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };
 
 }  // namespace headless

@@ -18,11 +18,15 @@ struct alert {
   std::string details = {};
 };
 
-/// Modal and synchronous: the answer is the index of the button.
+/// Modal and synchronous (waiting.h). While the program ends nothing is asked.
 class alert_panel {
  public:
   virtual ~alert_panel() = default;
-  virtual std::size_t run(alert const& question) = 0;
+  /// The index of the button.
+  std::size_t run(alert const& question);
+
+ protected:
+  virtual std::size_t ask(alert const& question) = 0;
 };
 
 }  // namespace platform

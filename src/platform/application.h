@@ -16,7 +16,10 @@ class application_delegate : public responder {
   /// The user or the session asks to quit; false keeps the program running.
   virtual bool applicationShouldTerminate() = 0;
   /// The program is about to end and nothing can be asked any more: a signal has come, or the
-  /// display is gone. Keeps what isn't saved for the next start. False if some of it is lost.
+  /// display is gone. Keeps what isn't saved for the next start; false if some of it is lost. When
+  /// the display is gone this is called from exit(), with what was waited for still on the stack.
+  /// So static objects that are made at their first use and are used here, which means in all
+  /// floors up to documents/, are never destroyed: `static auto& instance = *new type;`.
   virtual bool applicationMustTerminate() = 0;
   /// Looked at before any other road of a key press; true swallows the event.
   virtual bool shouldSwallowEvent(key_event const& event) = 0;

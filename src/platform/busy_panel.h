@@ -4,19 +4,20 @@
 
 namespace platform {
 
-/// Keeps windows alive while something takes long. Main thread only.
+/// Keeps windows alive while something takes long, which is a waiting::scope of who does it. Main
+/// thread only.
 class busy_panel {
  public:
   virtual ~busy_panel() = default;
 
   /// False where nobody waits at a window; the work is then done in one go.
   virtual bool is_wanted() const = 0;
-  /// Handles events for at most `seconds`, and takes no input but what cancels: Escape, and the
-  /// button of what show() has shown. True once the user has cancelled.
+  /// Handles events for at most `seconds`. True once the user has cancelled with the button of what
+  /// show() has shown.
   virtual bool handle_events(double seconds) = 0;
   /// Says what is going on.
   virtual void show(std::string const& text) = 0;
-  /// The work is over: input goes its way again.
+  /// The work is over.
   virtual void end() = 0;
 };
 

@@ -20,4 +20,17 @@ void desktop::set_current(desktop* d) {
   current_desktop = d;
 }
 
+void desktop::request_quit(application_delegate& app) {
+  waits().deliver([this, &app] {
+    if (!app.tryToPerformWith("terminate:", {})) terminate();
+  });
+}
+
+void desktop::end_at_once(application_delegate& app) {
+  waits().finish([this, &app] {
+    has_lost_text_ = !app.applicationMustTerminate();
+    terminate();
+  });
+}
+
 }  // namespace platform

@@ -11,6 +11,7 @@
 #include "platform/pasteboard.h"
 #include "platform/prompt_panel.h"
 #include "platform/run_loop.h"
+#include "platform/waiting.h"
 #include "platform/window.h"
 
 #include <memory>
@@ -44,9 +45,9 @@ class desktop {
   virtual platform::appearance& appearance() = 0;
   virtual void beep() = 0;
   virtual file_watcher& files() = 0;
-  /// Whether something further up the stack waits: for the answer to an alert or panel, or in
-  /// run_loop::run_for. What comes unasked and would change texts has to come later then.
-  virtual bool is_waiting() const = 0;
+  virtual waiting& waits() = 0;
+  /// Ends the alert or panel that was opened last, if any is open, without an answer.
+  virtual void dismiss_dialog() = 0;
 
   /// A window that shows `client` and sends its actions to `first`, not yet on screen.
   virtual std::unique_ptr<window> make_window(window_delegate& delegate, view_client& client,
@@ -59,6 +60,16 @@ class desktop {
   virtual int run(application_delegate& app) = 0;
   /// Ends run(). The loop is left at its next turn.
   virtual void terminate() = 0;
+
+  /// Quits when nothing waits any more, unless the user keeps the program running then.
+  void request_quit(application_delegate& app);
+  /// Cancels what waits, keeps what isn't saved and terminates, without a question.
+  void end_at_once(application_delegate& app);
+  /// Whether something could not be kept then: run() should give a failure.
+  bool has_lost_text() const { return has_lost_text_; }
+
+ private:
+  bool has_lost_text_ = false;
 };
 
 }  // namespace platform

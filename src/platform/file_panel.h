@@ -30,13 +30,17 @@ struct save_answer {
   std::size_t line_ending = 0;
 };
 
-/// Modal and synchronous. Paths are bytes as the file system has them.
+/// Modal and synchronous (waiting.h). Paths are bytes as the file system has them.
 class file_panels {
  public:
   virtual ~file_panels() = default;
   /// The absolute paths chosen; none when cancelled.
-  virtual std::vector<std::string> run_open(open_request const& request) = 0;
-  virtual std::optional<save_answer> run_save(save_request const& request) = 0;
+  std::vector<std::string> run_open(open_request const& request);
+  std::optional<save_answer> run_save(save_request const& request);
+
+ protected:
+  virtual std::vector<std::string> ask_open(open_request const& request) = 0;
+  virtual std::optional<save_answer> ask_save(save_request const& request) = 0;
 };
 
 }  // namespace platform

@@ -120,9 +120,12 @@ class file_watcher::file : public token {
   void tell(double now) {
     std::weak_ptr<char> const alive = alive_;
     auto const changed = changed_;
+    double const waited = owner_->waits_.seconds_waited();
     changed();
-    if (!alive.expired() && owner_ != nullptr)
-      not_before_ = now + (owner_->loop_.now() - now) / share_of_time;
+    if (alive.expired() || owner_ == nullptr) return;
+    double const at_rest = owner_->waits_.seconds_waited() - waited;
+    not_before_ =
+        owner_->loop_.now() + (owner_->loop_.now() - now - at_rest) * (1 / share_of_time - 1);
   }
 
   file_watcher* owner_;

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/run_loop.h"
+#include "platform/waiting.h"
 
 namespace platform {
 
@@ -21,7 +22,7 @@ namespace platform {
 /// of symbolic links on the way too, and where a folder is missing the one it would stand in. Calls
 /// come from the run loop, when a file has been left alone for a moment or has been changed for too
 /// long. A task that takes long makes the next one come later, so that a file that grows all the
-/// time leaves time for the user.
+/// time leaves time for the user; the time in which it waited for the user doesn't count.
 ///
 /// There is no promise: what other machines do to a network's files isn't told, and the kernel may
 /// refuse. So one looks at other occasions too. Main thread only.
@@ -32,7 +33,8 @@ class file_watcher {
   /// In seconds: without a change until it is told; and with changes at most.
   static constexpr double rest = 0.2, patience = 2;
 
-  explicit file_watcher(run_loop& loop) : loop_(loop) {}
+  /// Both must outlive it.
+  file_watcher(run_loop& loop, waiting const& waits) : loop_(loop), waits_(waits) {}
   ~file_watcher();
   file_watcher(file_watcher const&) = delete;
   file_watcher& operator=(file_watcher const&) = delete;
@@ -59,6 +61,7 @@ class file_watcher {
   void handle(int number, char const* name, std::uint32_t what);
 
   run_loop& loop_;
+  waiting const& waits_;
   int descriptor_ = -1;
   bool is_off_ = false;
   std::unique_ptr<descriptor_watch> readable_;

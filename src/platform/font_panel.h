@@ -6,12 +6,15 @@
 
 namespace platform {
 
-/// Lets the user choose a font for text, of fixed pitch. Modal and synchronous.
+/// Lets the user choose a font for text, of fixed pitch. Modal and synchronous (waiting.h).
 class font_panel {
  public:
   virtual ~font_panel() = default;
   /// Family and size chosen in place of those of `initial`; nothing when cancelled.
-  virtual std::optional<font> run(font const& initial) = 0;
+  std::optional<font> run(font const& initial);
+
+ protected:
+  virtual std::optional<font> ask(font const& initial) = 0;
 };
 
 }  // namespace platform

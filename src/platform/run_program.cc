@@ -61,7 +61,7 @@ bool read_some(int pipe, std::string& text) {
 }  // namespace
 
 program_result run_program(std::vector<std::string> const& arguments, int standard_input,
-                           double seconds, std::function<void()> const& meanwhile) {
+                           double seconds, std::function<bool()> const& go_on) {
   using clock = std::chrono::steady_clock;
   program_result result;
   int ends[2];
@@ -82,8 +82,8 @@ program_result run_program(std::vector<std::string> const& arguments, int standa
     pid_t const ended = waitpid(process, &result.status, WNOHANG);
     if (ended < 0 && errno != EINTR) result.error = errno;
     if (ended == process) break;
-    if (!asked && clock::now() > limit) asked = kill(process, SIGTERM) == 0;
-    meanwhile();
+    bool const is_enough = !go_on() || clock::now() > limit;
+    if (!asked && is_enough) asked = kill(process, SIGTERM) == 0;
   }
   pollfd rest{ends[0], POLLIN, 0};  // what it wrote last; a child it left behind may hold the pipe
   while (is_open && !result.error && poll(&rest, 1, 0) > 0)

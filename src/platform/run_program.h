@@ -14,9 +14,10 @@ struct program_result {
 };
 
 /// Runs a program that is found by PATH, with the open file `standard_input` and without standard
-/// output, and waits for it, calling `meanwhile` some fifty times a second. A program that has not
-/// ended after `seconds` is asked to (SIGTERM) and waited for further. Any thread.
+/// output, and waits for it, calling `go_on` some fifty times a second. A program that has not
+/// ended after `seconds`, or when that gives false, is asked to (SIGTERM) and waited for further.
+/// Any thread.
 program_result run_program(std::vector<std::string> const& arguments, int standard_input,
-                           double seconds, std::function<void()> const& meanwhile);
+                           double seconds, std::function<bool()> const& go_on);
 
 }  // namespace platform

@@ -46,8 +46,8 @@ class window {
   virtual window_delegate* delegate() const = 0;
 
   /// A value published for the status bar: "lineNumber", "columnNumber" (both from 0), "tabSize",
-  /// "softTabs", "overwriteMode", and as texts to show "fileEncoding", "lineEnding", "currentMode",
-  /// "currentSymbol".
+  /// "softTabs", "overwriteMode", and as texts to show "fileState", "fileEncoding", "lineEnding",
+  /// "currentMode", "currentSymbol".
   virtual void update_value(std::string_view key, plist::value const& value) = 0;
 
  private:

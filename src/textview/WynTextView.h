@@ -23,6 +23,7 @@
 #include <utility>
 #include <vector>
 
+struct find_answer;
 class WynDocument;
 class WynISearchWindow;
 class drop_target;
@@ -335,6 +336,9 @@ class WynTextView : public platform::responder,
   void publishPosition();
   void showChangesFromOutside();
 
+  find_answer findMatch(bool backward);
+  find_answer replaceSelection();
+  bool replaceAndFind();
   bool findAgain(bool backward);
   void showFindNote(std::string const& note);
   plist::value replaceAllIn(char const* scope);

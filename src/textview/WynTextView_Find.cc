@@ -6,8 +6,8 @@
 #include "textview/view_find.h"
 #include "textview/view_will_change.h"
 
-// Finding and replacing. Searches come before the view_will_change scope where they can, since
-// they may handle events.
+// Finding and replacing. Searches come before the view_will_change scope, since they may handle
+// events.
 
 namespace {
 
@@ -34,9 +34,14 @@ std::string status_for(find_answer const& answer, std::string const& nothing) {
 }  // namespace
 
 void WynTextView::addFindMethods() {
-  actions_.add_action([this](text::view*) { return findAgain(false); }, "findNext:");
-  actions_.add_action([this](text::view*) { return findAgain(true); }, "findPrevious:");
-  actions_.add_action(&view_replace_and_find, "replaceAndFind:");
+  auto const add = [this](char const* selector, std::function<bool()> find) {
+    addMethod(selector, [this, find = std::move(find)](plist::value const&) {
+      return plist::value(view_ != nullptr && find());
+    });
+  };
+  add("findNext:", [this] { return findAgain(false); });
+  add("findPrevious:", [this] { return findAgain(true); });
+  add("replaceAndFind:", [this] { return replaceAndFind(); });
   actions_.add_action(&view_copy_selection_to_findpboard, "copySelectionToFindPboard:");
   auto const has_selection = [](text::view* view) { return view->has_selection(); };
   actions_.add_action(&view_copy_selection_to_replacepboard, "copySelectionToReplacePboard:");
@@ -67,9 +72,32 @@ std::vector<find_highlights::match> const& WynTextView::shownMatches() const {
       {first, last + 1, layout_.column_at(seen.x), layout_.column_at(seen.right()) + 1});
 }
 
-// As view_find_next and its counterpart, and the status bar says why nothing came of it.
+find_answer WynTextView::findMatch(bool backward) {
+  found_match const match = find_in_view(*view_, backward);
+  if (match.end != search_end::found) return match;
+  view_will_change const scope(*this, true);
+  select_match(*view_, match);
+  return match;
+}
+
+find_answer WynTextView::replaceSelection() {
+  found_replacement const replacement = replacement_for_selection(*view_);
+  if (replacement.end != search_end::found) return replacement;
+  view_will_change const scope(*this, true);
+  view_->replace_selection(replacement.text.begin(), replacement.text.end());
+  return replacement;
+}
+
+bool WynTextView::replaceAndFind() {
+  find_answer const replaced = replaceSelection();
+  if (!replaced.error.empty() || replaced.end == search_end::cancelled)
+    return log_and_tell(replaced, "");
+  return log_and_tell(findMatch(false), "bad regexp: ");
+}
+
+// The status bar says why nothing came of it.
 bool WynTextView::findAgain(bool backward) {
-  find_answer const answer = find_in_view(*view_, backward);
+  find_answer const answer = findMatch(backward);
   std::string const sought = WynFindManager::sharedInstance().findPboardString();
   showFindNote(status_for(answer, sought.empty() ? "Nothing to find" : "Not found: " + sought));
   return log_and_tell(answer, "bad regexp: ");
@@ -94,10 +122,12 @@ plist::value WynTextView::replaceAllIn(char const* scope) {
 
 std::size_t WynTextView::internalReplaceAllError(plist::value const& options, std::string& error) {
   abandonMarkedText();
+  all_matches matches(*view_, request_from(options));
+  error = status_for(matches.answer(), "");
+  if (matches.answer().end != search_end::found) return 0;
   view_will_change const scope(*this, true);
-  replace_answer const answer = replace_all(*view_, request_from(options));
-  error = status_for(answer, "");
-  return answer.end == search_end::found ? answer.count : 0;
+  matches.replace();
+  return matches.answer().count;
 }
 
 plist::value WynTextView::findWithOptions(plist::dictionary options) {
@@ -106,11 +136,7 @@ plist::value WynTextView::findWithOptions(plist::dictionary options) {
   manager.setOptions(options);
   std::string const action = plist::value(options)["action"].string_or("findNext");
   bool found = false;
-  std::string status;
-  {
-    view_will_change const scope(*this, true);
-    status = performFind(action, manager.options(), found);
-  }
+  std::string const status = performFind(action, manager.options(), found);
   plist::dictionary answered = manager.options();
   answered.insert_or_assign("statusText", status);
   manager.setOptions(answered);
@@ -127,17 +153,17 @@ std::string WynTextView::performFind(std::string const& action, plist::value con
     return found ? std::to_string(count) + " replaced" : "Nothing replaced";
   }
   if (action == "count") {
-    replace_answer const answer = count_all(*view_, request_from(options));
+    replace_answer const answer = all_matches(*view_, request_from(options), true).answer();
     found = answer.end == search_end::found;
     return found ? std::to_string(answer.count) + " matches" : status_for(answer, "Nothing found");
   }
   if (action == "replace" || action == "replaceAndFind") {
-    find_answer const replaced = replace_selection_in_view(*view_);
+    find_answer const replaced = replaceSelection();
     found = replaced.end == search_end::found;
     if (action == "replace" || !replaced.error.empty() || replaced.end == search_end::cancelled)
       return status_for(replaced, "");
   }
-  find_answer answer = find_in_view(*view_, action == "findPrevious");
+  find_answer answer = findMatch(action == "findPrevious");
   if (!answer.error.empty()) answer.error = "regexp: " + answer.error;
   found = answer.end == search_end::found;
   return status_for(answer, "Not found");

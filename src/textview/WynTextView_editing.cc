@@ -240,7 +240,9 @@ void WynTextView::insert_text(std::u16string_view text) {
 void WynTextView::set_marked_text(std::u16string_view text, std::size_t offset,
                                   std::size_t length) {
   if (view_ == nullptr) return;
-  if (markedText_.empty() && !text.empty() && view_->has_selection()) {
+  // What is composed for an incremental search takes the place of nothing.
+  bool const is_typing = iSearchWindow_ == nullptr;
+  if (is_typing && markedText_.empty() && !text.empty() && view_->has_selection()) {
     view_will_change const scope(*this, true);
     view_->erase_selection();
   }

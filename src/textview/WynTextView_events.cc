@@ -1,3 +1,4 @@
+#include "actions/clipboard.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
 #include "text/view.h"
@@ -52,14 +53,11 @@ void WynTextView::mouse_up(mouse_event const& event) {
 }
 
 void WynTextView::pastePrimarySelectionAt(point p) {
-  plist::value const text =
-      platform::desktop::current().primary_selection().get(platform::pasteboard_type::text);
-  if (text.as_string() == nullptr) return;
-  {
-    view_will_change const scope(*this, true);
-    view_->selection.set_caret(position_at(*this, p, text::freehanded_t::automatic));
-  }
-  insertText(unicode::to_utf16(*text.as_string()));
+  auto const clip = clip_of(platform::desktop::current().primary_selection());
+  if (!clip) return;
+  view_will_change const scope(*this, true);
+  view_->selection.set_caret(position_at(*this, p, text::freehanded_t::automatic));
+  view_->insert(clip->text.begin(), clip->text.end());
 }
 
 // What is selected can be pasted elsewhere with the middle button. Copied a moment after the last

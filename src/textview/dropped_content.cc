@@ -85,7 +85,7 @@ std::u16string text_of_color(plist::value const& color) {
   std::string const command =
       platform::user_defaults::standard().string("WynTextViewPrettyPrintColorCommand");
   auto const result = platform::run_program({"/bin/bash", "-c", "exec 1>&2\n" + command}, input,
-                                            color_command_time, [] {});
+                                            color_command_time, [] { return true; });
   ::close(input);
   return result.error == 0 ? unicode::to_utf16(result.standard_error) : std::u16string();
 }

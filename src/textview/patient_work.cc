@@ -106,19 +106,24 @@ void leave(std::shared_ptr<job> running, std::chrono::milliseconds patience) {
 enum class outcome { done, cancelled, no_thread };
 
 outcome wait_for(job& running) {
-  platform::busy_panel& panel = platform::desktop::current().busy();
+  platform::desktop& desktop = platform::desktop::current();
+  platform::busy_panel& panel = desktop.busy();
+  bool cancelled = false;
+  platform::waiting::scope const scope(desktop.waits(), [&] { cancelled = true; });
   auto const show_at = std::chrono::steady_clock::now() - silent_wait + wait_before_show;
   bool shown = false;
   outcome result = outcome::cancelled;
-  do {
+  while (!cancelled) {
     if (!running.has_started() && is_room_for(running) && !running.start())
       result = outcome::no_thread;
     if (running.is_done_within(0ms)) result = outcome::done;
     if (result != outcome::cancelled) break;
-    if (shown || std::chrono::steady_clock::now() < show_at) continue;
-    shown = true;
-    panel.show("Searching\u2026");
-  } while (!panel.handle_events(events_period));
+    if (!shown && std::chrono::steady_clock::now() >= show_at) {
+      shown = true;
+      panel.show("Searching\u2026");
+    }
+    if (panel.handle_events(events_period)) break;
+  }
   panel.end();
   return result;
 }

@@ -67,6 +67,8 @@ class plain_format {
   std::u16string rest_;
 };
 
+}  // namespace
+
 // A search for all matches, which may outlive its caller.
 struct replace_task {
   replace_task(text_query made, std::optional<oniguruma::format> replacement,
@@ -134,6 +136,8 @@ struct replace_task {
   }
 };
 
+namespace {
+
 std::shared_ptr<replace_task> make_task(replace_request const& request) {
   text_query query(unicode::to_utf16(request.find), request.regular_expression,
                    request.ignore_case);
@@ -173,28 +177,6 @@ text::iterator set_text(replace_task& task, text::view& view, bool in_selection)
     start += storage.size(line) + 1;
   }
   return first;
-}
-
-// The answer of a task that has run, or of a request that is wrong.
-replace_answer run(text::view& view, replace_request const& request, bool only_count,
-                   std::shared_ptr<replace_task>& task, text::iterator& first) {
-  if (request.find.empty()) return {};
-  try {
-    task = make_task(request);
-  } catch (std::invalid_argument const& error) {
-    return {{search_end::not_found, "regexp: " + text_query::message_of(error)}};
-  }
-  if (!only_count && task->format && task->format->has_failed())
-    return {{search_end::not_found, "Bad replacement string"}};
-  task->only_count = only_count;
-  first = set_text(*task, view, request.in_selection);
-  text::storage* const storage = view.storage;
-  auto const memento = storage->current_memento;
-  auto const stops = task->query.pattern() ? stopping::perhaps_late : stopping::soon;
-  bool const done =
-      do_patiently(stops, [task](std::atomic<bool> const& cancelled) { task->run(cancelled); });
-  if (!done || storage->current_memento != memento) return {{search_end::cancelled, {}}};
-  return {{task->end, {}}, task->count};
 }
 
 bool is_sparse(replace_task const& task) {
@@ -268,41 +250,58 @@ struct changed_places {
 
 }  // namespace
 
-replace_answer replace_all(text::view& view, replace_request const& request) {
-  std::shared_ptr<replace_task> task;
-  text::iterator first;
-  replace_answer const answer = run(view, request, false, task, first);
-  if (answer.end != search_end::found) return answer;
-
-  text::storage& storage = *view.storage;
-  bool const columns = request.in_selection && view.selection.column_mode;
-  text::pos const start(first.pos());
-  std::size_t const first_part = task->parts.front().first;
-  changed_places const changed(*task);
-  // What was typed in columns is not typed any more.
-  view.mirror_observer.remove_all_mirrors();
-  kill_buffer_untouched const guard(storage);
-  if (is_sparse(*task))
-    replace_one_by_one(storage, first, *task);
-  else
-    replace_at_once(storage, first, *task);
-
-  auto const at = [&](std::size_t offset) {
-    return view.in_view(text::iterator(start, &storage) + static_cast<std::ptrdiff_t>(offset));
-  };
-  if (request.in_selection) {
-    text::view_iterator const from = at(first_part), to = at(changed.size);
-    view.selection.set_caret(to);
-    view.selection.select(from, to, columns);
-  } else {
-    view.selection.set_caret(at(changed.first_end));
-    view.center_selection_pending = true;
+all_matches::all_matches(text::view& view, replace_request const& request, bool only_count)
+    : view_(view), request_(request) {
+  if (request.find.empty()) return;
+  try {
+    task_ = make_task(request);
+  } catch (std::invalid_argument const& error) {
+    answer_.error = "regexp: " + text_query::message_of(error);
+    return;
   }
-  return answer;
+  if (!only_count && task_->format && task_->format->has_failed())
+    answer_.error = "Bad replacement string";
+  else
+    search(only_count);
 }
 
-replace_answer count_all(text::view& view, replace_request const& request) {
-  std::shared_ptr<replace_task> task;
-  text::iterator first;
-  return run(view, request, true, task, first);
+void all_matches::search(bool only_count) {
+  task_->only_count = only_count;
+  first_ = set_text(*task_, view_, request_.in_selection);
+  text::storage* const storage = view_.storage;
+  auto const memento = storage->current_memento;
+  auto const stops = task_->query.pattern() ? stopping::perhaps_late : stopping::soon;
+  bool const done = do_patiently(
+      stops, [task = task_](std::atomic<bool> const& cancelled) { task->run(cancelled); });
+  bool const is_valid = done && storage->current_memento == memento;
+  answer_.end = is_valid ? task_->end : search_end::cancelled;
+  answer_.count = is_valid ? task_->count : 0;
+}
+
+void all_matches::replace() {
+  if (answer_.end != search_end::found) return;
+  text::storage& storage = *view_.storage;
+  bool const columns = request_.in_selection && view_.selection.column_mode;
+  text::pos const start(first_.pos());
+  std::size_t const first_part = task_->parts.front().first;
+  changed_places const changed(*task_);
+  // What was typed in columns is not typed any more.
+  view_.mirror_observer.remove_all_mirrors();
+  kill_buffer_untouched const guard(storage);
+  if (is_sparse(*task_))
+    replace_one_by_one(storage, first_, *task_);
+  else
+    replace_at_once(storage, first_, *task_);
+
+  auto const at = [&](std::size_t offset) {
+    return view_.in_view(text::iterator(start, &storage) + static_cast<std::ptrdiff_t>(offset));
+  };
+  if (request_.in_selection) {
+    text::view_iterator const from = at(first_part), to = at(changed.size);
+    view_.selection.set_caret(to);
+    view_.selection.select(from, to, columns);
+  } else {
+    view_.selection.set_caret(at(changed.first_end));
+    view_.center_selection_pending = true;
+  }
 }

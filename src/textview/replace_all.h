@@ -4,6 +4,7 @@
 #include "textview/view_find.h"
 
 #include <cstddef>
+#include <memory>
 #include <string>
 
 /// What is to be replaced by what, and where. Strings are UTF-8.
@@ -17,10 +18,27 @@ struct replace_answer : find_answer {
   std::size_t count = 0;
 };
 
-/// Replaces all matches as one change of text, and sets the selection to the changed range or the
-/// caret behind the first replacement. When anything is wrong, or the search was given up or
-/// cancelled, nothing is changed. Waits as the functions of view_find.h do.
-replace_answer replace_all(text::view& view, replace_request const& request);
+struct replace_task;
 
-/// Counts the matches that replace_all would replace.
-replace_answer count_all(text::view& view, replace_request const& request);
+/// All matches of a request. Looks for them as it is made, waiting as the functions of view_find.h
+/// do; only replace() changes the text.
+class all_matches {
+ public:
+  /// If they are `only_count`ed they can't be replaced.
+  all_matches(text::view& view, replace_request const& request, bool only_count = false);
+  replace_answer const& answer() const { return answer_; }
+
+  /// Replaces them as one change of text, and sets the selection to the changed range or the caret
+  /// behind the first replacement. Does nothing unless they were found, as when anything is wrong,
+  /// or the search was given up or cancelled. Once, and before the text changes.
+  void replace();
+
+ private:
+  void search(bool only_count);
+
+  text::view& view_;
+  replace_request const request_;
+  std::shared_ptr<replace_task> task_;
+  text::iterator first_;  // where the text that was searched begins
+  replace_answer answer_;
+};

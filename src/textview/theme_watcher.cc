@@ -18,9 +18,8 @@ theme_watcher::theme_watcher(WynThemeManager& manager) : manager_(manager) {
 void theme_watcher::reload() {
   auto& desktop = platform::desktop::current();
   reloading_ = desktop.loop().schedule(until_quiet, false, [this, &desktop] {
-    // A question on screen may be about the text that is shown.
-    if (desktop.is_waiting()) return reload();
     reloading_.reset();
-    manager_.reloadThemes();
+    // A question on screen may be about the text that is shown.
+    desktop.waits().deliver(lives_, [this] { manager_.reloadThemes(); });
   });
 }

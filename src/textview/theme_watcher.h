@@ -21,4 +21,5 @@ class theme_watcher {
   WynThemeManager& manager_;
   std::vector<std::unique_ptr<platform::file_watcher::token>> watched_;
   std::unique_ptr<platform::timer> reloading_;
+  std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };

@@ -106,7 +106,7 @@ bool log_and_tell(find_answer const& answer, char const* prefix) {
   return answer.end == search_end::found;
 }
 
-find_answer find_in_view(text::view& view, bool backward) {
+found_match find_in_view(text::view& view, bool backward) {
   auto const options = WynFindManager::sharedInstance().findOptions();
   std::u16string const sought =
       unicode::to_utf16(WynFindManager::sharedInstance().findPboardString());
@@ -115,31 +115,28 @@ find_answer find_in_view(text::view& view, bool backward) {
   try {
     task = make_task(view, {sought, options.regular_expression, options.ignore_case});
   } catch (std::invalid_argument const& error) {
-    return {search_end::not_found, text_query::message_of(error)};
+    return {{search_end::not_found, text_query::message_of(error)}};
   }
   selection_offsets const at(view);
   task->legs = legs_for(task->query, at, task->text.units.size(), backward, options.wrap_around);
   if (at.first == at.last) task->stale_empty_match = at.first;
-  search_end const end = run(view, task);
-  if (end != search_end::found) return {end, {}};
+  return {{run(view, task), {}}, task->first, task->last};
+}
 
-  text::iterator const first = position(view, task->first);
+void select_match(text::view& view, found_match const& match) {
+  text::iterator const first = position(view, match.first);
   text::view_iterator const from = view.in_view(first);
   text::view_iterator const to =
-      view.in_view(first + static_cast<std::ptrdiff_t>(task->last - task->first));
+      view.in_view(first + static_cast<std::ptrdiff_t>(match.last - match.first));
   view.selection.set_caret(to);
   view.selection.select(from, to, false);
   view.center_selection_pending = true;
-  return {end, {}};
 }
 
-find_answer replace_selection_in_view(text::view& view) {
+found_replacement replacement_for_selection(text::view& view) {
   auto const options = WynFindManager::sharedInstance().findOptions();
-  if (!options.regular_expression) {
-    std::u16string const text = unicode::to_utf16(options.replace);
-    view.replace_selection(text.begin(), text.end());
-    return {search_end::found, {}};
-  }
+  if (!options.regular_expression)
+    return {{search_end::found, {}}, unicode::to_utf16(options.replace)};
   std::u16string sought = unicode::to_utf16(options.find);
   if (sought.empty()) sought = u"^.*$";
   oniguruma::format expand(options.replace.c_str());
@@ -149,9 +146,9 @@ find_answer replace_selection_in_view(text::view& view) {
     task = std::make_shared<search_task>(text_query(sought, true, options.ignore_case),
                                          text::text_block::copy(selected));
   } catch (std::invalid_argument const& error) {
-    return {search_end::not_found, "regexp: " + text_query::message_of(error)};
+    return {{search_end::not_found, "regexp: " + text_query::message_of(error)}, {}};
   }
-  if (expand.has_failed()) return {search_end::not_found, "Bad replacement string"};
+  if (expand.has_failed()) return {{search_end::not_found, "Bad replacement string"}, {}};
   auto captures = std::make_shared<oniguruma::captures_t>();
   auto const memento = view.storage->current_memento;
   bool const done =
@@ -164,26 +161,9 @@ find_answer replace_selection_in_view(text::view& view) {
         captures->emplace(
             0, std::pair(static_cast<int>(searcher.begin()), static_cast<int>(searcher.end())));
       });
-  if (!done || view.storage->current_memento != memento) return {search_end::cancelled, {}};
-  if (task->end != search_end::found) return {task->end, {}};
-  std::u16string const text = expand.expand(selected, *captures);
-  view.replace_selection(text.begin(), text.end());
-  return {search_end::found, {}};
-}
-
-bool view_find_next(text::view* view) {
-  return log_and_tell(find_in_view(*view, false), "bad regexp: ");
-}
-
-bool view_find_previous(text::view* view) {
-  return log_and_tell(find_in_view(*view, true), "bad regexp: ");
-}
-
-bool view_replace_and_find(text::view* view) {
-  find_answer const replaced = replace_selection_in_view(*view);
-  if (!replaced.error.empty() || replaced.end == search_end::cancelled)
-    return log_and_tell(replaced, "");
-  return view_find_next(view);
+  if (!done || view.storage->current_memento != memento) return {{search_end::cancelled, {}}, {}};
+  if (task->end != search_end::found) return {{task->end, {}}, {}};
+  return {{search_end::found, {}}, expand.expand(selected, *captures)};
 }
 
 bool view_copy_selection_to_findpboard(text::view* view) {

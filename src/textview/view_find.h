@@ -15,18 +15,26 @@ struct find_answer {
   std::string error;
 };
 
-/// Selects what is found, unfolds it and asks for it to be scrolled into sight.
-find_answer find_in_view(text::view& view, bool backward);
-/// Puts the replacement in place of the selection.
-find_answer replace_selection_in_view(text::view& view);
+/// What was found: units of the whole text. Searching changes nothing, so that no undo group and no
+/// other scope need span the wait.
+struct found_match : find_answer {
+  std::size_t first = 0, last = 0;
+};
+
+/// What is to take the selection's place.
+struct found_replacement : find_answer {
+  std::u16string text;
+};
+
+found_match find_in_view(text::view& view, bool backward);
+/// Selects what was found, unfolds it and asks for it to be scrolled into sight.
+void select_match(text::view& view, found_match const& match);
+found_replacement replacement_for_selection(text::view& view);
 
 /// Whether something was found. What is wrong is logged, behind `prefix`.
 bool log_and_tell(find_answer const& answer, char const* prefix);
 
-/// The named actions; false if nothing was found. What is wrong is logged.
-bool view_find_next(text::view* view);
-bool view_find_previous(text::view* view);
-bool view_replace_and_find(text::view* view);
+/// False without a selection.
 bool view_copy_selection_to_findpboard(text::view* view);
 bool view_copy_selection_to_replacepboard(text::view* view);
 

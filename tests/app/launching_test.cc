@@ -53,7 +53,7 @@ TEST(line_place, is_a_line_or_a_line_and_a_column) {
     EXPECT_EQ(parsed(wrong), "none") << wrong;
 }
 
-TEST_F(app_test, recent_files_are_the_newest_that_exist) {
+TEST_F(app_test, recent_files_are_the_newest) {
   recent_files recent(folder / "made/list.plist");
   EXPECT_TRUE(recent.paths().empty());
   std::string const odd = folder.write("odd \xff\n&", "");
@@ -61,13 +61,13 @@ TEST_F(app_test, recent_files_are_the_newest_that_exist) {
   recent.add(odd);
   recent.add(folder / "a");
   recent.add(folder / "gone");
-  titles const expected = {folder / "a", odd, folder / "c", folder / "b"};
+  titles const expected = {folder / "gone", folder / "a", odd, folder / "c", folder / "b"};
   EXPECT_EQ(recent.paths(), expected);
   EXPECT_EQ(recent_files(folder / "made/list.plist").paths(), expected);
 
   defaults().set("NSRecentDocumentsLimit", 2);
   recent.add(folder / "b");
-  EXPECT_EQ(recent.paths(), titles({folder / "b"}));  // and the one that is gone
+  EXPECT_EQ(recent.paths(), titles({folder / "b", folder / "gone"}));
   recent.clear();
   EXPECT_TRUE(recent.paths().empty());
 }
@@ -214,6 +214,19 @@ TEST_F(app_test, the_open_panel_opens_all_that_was_chosen) {
   ASSERT_EQ(recent.size(), 4u);  // two files, a separator, "Clear Menu"
   perform(*app().orderedControllers().front(), "performClose:");
   app().performSelectorWithObject(recent[0].selector, recent[0].argument);
+  EXPECT_EQ(windows(), titles({"b", "a"}));
+  EXPECT_EQ(alerts(), titles());
+
+  // A file that has gone is missed only when it is asked for.
+  std::filesystem::remove(folder / "a");
+  EXPECT_EQ(app().dynamicItems("recentFiles").size(), 4u);
+  for (char const* const button : {"Continue", "Remove from Menu"}) {
+    answer("Couldn't Open", button);
+    app().performSelectorWithObject(recent[1].selector, recent[1].argument);
+    app().performSelectorWithObject(recent[0].selector, recent[0].argument);
+    EXPECT_EQ(alerts(), titles({std::string("Couldn't Open|") + button}));
+  }
+  EXPECT_EQ(app().dynamicItems("recentFiles").size(), 3u);
   EXPECT_EQ(windows(), titles({"b", "a"}));
   app().performSelectorWithObject(recent[3].selector, {});
   EXPECT_TRUE(app().dynamicItems("recentFiles").empty());

@@ -17,6 +17,7 @@ for end in TERM HUP display; do
   type_text "nowhere by $end"
   if [[ $end == display ]]; then
     wait_until shows "nowhere by $end"
+    keys ctrl+plus  # a setting that isn't stored yet
     xdotool windowkill "$window"
     wait_exit 1
   else

@@ -30,7 +30,8 @@ TEST(headless_run_loop, a_timer_may_drop_itself) {
 }
 
 TEST(scripted_alerts, give_the_safe_button_unless_told) {
-  scripted_alerts alerts;
+  headless_desktop desktop;
+  scripted_alerts& alerts = desktop.alerts();
   platform::alert const question{"Warning", "Keep?", {"Keep", "Revert"}, 0};
   EXPECT_EQ(alerts.run(question), 0u);
   alerts.answer("Warning", "Revert");

@@ -178,6 +178,23 @@ TEST_F(find, incremental_search_follows_what_is_typed) {
   EXPECT_EQ(get(), "abc [ABC] abd abc");
 }
 
+TEST_F(find, incremental_search_composes_without_a_change_of_text) {
+  set("|abc \u304b");
+  auto const memento = view.view()->storage->current_memento;
+  perform("ISIM_incrementalSearch:");
+  press(u"ab");
+  for (char16_t const* const composed : {u"k", u"ka", u"\u304b"}) {
+    view.set_marked_text(composed, 1, 0);
+    EXPECT_EQ(get(), "[ab]c \u304b");
+  }
+  view.insert_text(u"c");
+  EXPECT_EQ(get(), "[abc] \u304b");
+  view.set_marked_text(u"x", 1, 0);
+  view.set_marked_text(u"", 0, 0);
+  EXPECT_EQ(get(), "[abc] \u304b");
+  EXPECT_EQ(view.view()->storage->current_memento, memento);
+}
+
 TEST_F(find, a_search_that_takes_long_can_be_cancelled) {
   std::string const text = "|" + std::string(200000, 'a');
   set(text);

@@ -118,6 +118,19 @@ TEST_F(text_view, the_middle_button_pastes_what_was_selected_last) {
   desktop_.loop().run_for(1);
   view.mouse_down({at(0, 13), platform::mouse_button::middle, 1, 0});
   EXPECT_EQ(get(), "one two threetwo|");
+
+  // What typing would do to it isn't done.
+  desktop_.primary_selection().set({{"text", "(\r\n\r"}});
+  perform("toggleOverwriteMode:");
+  for (char const* const pasted : {"(\n\n|ab", "((\n\n|\n\nab"}) {
+    if (pasted[1] == '\n') set("|ab");
+    view.mouse_down({at(0, pasted[1] == '\n' ? 0 : 1), platform::mouse_button::middle, 1, 0});
+    EXPECT_EQ(get(), pasted);
+  }
+  desktop_.primary_selection().set({{"text", "x"}});
+  set("|ab");
+  view.mouse_down({at(0, 1), platform::mouse_button::middle, 1, 0});
+  EXPECT_EQ(get(), "ax|b");
 }
 
 TEST_F(text_view, keeps_no_copy_of_what_was_selected_for_undo) {

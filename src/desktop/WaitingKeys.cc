@@ -1,0 +1,53 @@
+#include "desktop/WaitingKeys.h"
+
+#include "desktop/EditorWindow.h"
+#include "desktop/QtDesktop.h"
+
+#include <QWindow>
+
+namespace widgets {
+namespace {
+
+QWidget* widget_of(QWindow const& window) {
+  for (QWidget* const widget : QApplication::topLevelWidgets())
+    if (widget->windowHandle() == &window) return widget;
+  return nullptr;
+}
+
+}  // namespace
+
+bool WaitingKeys::eventFilter(QObject* target, QEvent* event) {
+  bool const is_key = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
+  if (!is_key || !target->isWindowType() || !desktop_.waits().is_waiting()) return false;
+  return take_key(*static_cast<QWindow*>(target), *static_cast<QKeyEvent*>(event));
+}
+
+bool WaitingKeys::take_key(QWindow& window, QKeyEvent& event) {
+  QWidget* const widget = widget_of(window);
+  bool const is_ours =
+      widget != nullptr && (widget == desktop_.busy_dialog() || widget == desktop_.find_dialog() ||
+                            dynamic_cast<EditorFrame*>(widget) != nullptr);
+  if (!is_ours) return false;
+  if (event.key() == Qt::Key_Escape) {
+    if (event.type() == QEvent::KeyPress) desktop_.waits().escape();
+    return true;
+  }
+  QWidget* const meant = meant_by(*widget);
+  if (meant == widget) return false;
+  if (meant != nullptr) QCoreApplication::sendEvent(meant, &event);
+  return true;
+}
+
+// The window itself if there is no need to do anything. A panel in which one types gets what was
+// typed before it had the focus; a question is not answered by keys that were meant for the text.
+QWidget* WaitingKeys::meant_by(QWidget& window) const {
+  QWidget* const dialog = QApplication::activeModalWidget();
+  if (dialog != nullptr) {
+    QWidget* const field = dialog->focusWidget();
+    bool const takes_text = field != nullptr && field->testAttribute(Qt::WA_InputMethodEnabled);
+    return takes_text ? field : window.focusWidget();
+  }
+  return &window == desktop_.busy_dialog() ? desktop_.busy_focus() : &window;
+}
+
+}  // namespace widgets

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QKeyEvent>
+#include <QObject>
+
+namespace widgets {
+
+class QtDesktop;
+
+/// Sees to it that no key is lost while something waits. Escape cancels it. Keys that come to a
+/// window that isn't for them, such as the busy panel or one that a dialog blocks, are handed to
+/// where they were meant for, which holds them (TextViewWidget::deliver). Filters the events of the
+/// application.
+class WaitingKeys final : public QObject {
+ public:
+  explicit WaitingKeys(QtDesktop& desktop) : desktop_(desktop) {}
+
+  bool eventFilter(QObject* target, QEvent* event) override;
+
+ private:
+  bool take_key(QWindow& window, QKeyEvent& event);
+  QWidget* meant_by(QWidget& window) const;
+
+  QtDesktop& desktop_;
+};
+
+}  // namespace widgets

@@ -1,0 +1,80 @@
+#include "platform/waiting.h"
+
+#include <utility>
+
+namespace platform {
+
+waiting::scope::scope(waiting& owner, task cancel) : owner_(owner), cancel_(std::move(cancel)) {
+  if (!owner_.is_waiting()) owner_.since_ = owner_.loop_.now();
+  owner_.scopes_.push_back(this);
+  if (owner_.is_ending_) cancel_();
+}
+
+// What was held comes in a turn of its own, since who waited has yet to do what it waited for.
+waiting::scope::~scope() {
+  std::erase(owner_.scopes_, this);
+  if (owner_.is_waiting()) return;
+  owner_.former_ += owner_.loop_.now() - owner_.since_;
+  if (!owner_.held_.empty()) owner_.run_later();
+}
+
+void waiting::deliver(task work) {
+  bool const is_its_turn = held_.empty() || is_delivering_;
+  if (is_waiting() || !is_its_turn) return hold(std::move(work));
+  run(work);
+}
+
+void waiting::run(task const& work) {
+  bool const former = std::exchange(is_delivering_, true);
+  work();
+  is_delivering_ = former;
+}
+
+void waiting::deliver(std::weak_ptr<void const> owner, task work) {
+  deliver([owner = std::move(owner), work = std::move(work)] {
+    if (!owner.expired()) work();
+  });
+}
+
+void waiting::post(std::weak_ptr<void const> owner, task work) {
+  hold([owner = std::move(owner), work = std::move(work)] {
+    if (!owner.expired()) work();
+  });
+}
+
+void waiting::hold(task work) {
+  held_.push_back(std::move(work));
+  if (!is_waiting()) run_later();
+}
+
+void waiting::run_later() {
+  loop_.post([this] { run_held(); });
+}
+
+// A task that waits in its turn holds up the rest.
+void waiting::run_held() {
+  while (!is_waiting() && !held_.empty()) {
+    task const next = std::move(held_.front());
+    held_.pop_front();
+    run(next);
+  }
+}
+
+bool waiting::escape() {
+  if (!is_waiting()) return false;
+  scopes_.back()->cancel_();
+  return true;
+}
+
+void waiting::finish(task last) {
+  is_ending_ = true;
+  deliver(std::move(last));
+  auto const scopes = scopes_;
+  for (auto it = scopes.rbegin(); it != scopes.rend(); ++it) (*it)->cancel_();
+}
+
+double waiting::seconds_waited() const {
+  return is_waiting() ? former_ + (loop_.now() - since_) : former_;
+}
+
+}  // namespace platform

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "platform/run_loop.h"
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace platform {
+
+/// What the program waits for while it handles events: the answer to an alert or a panel, the end
+/// of a search or of a drag. Whoever waits goes on afterwards with what it knew before. So all that
+/// would change a text, ask a question or take something away is held until nothing waits, and then
+/// happens in the order in which it came: keys, clicks, drops and what an input method composes;
+/// questions about files that others have changed; new bundles and themes; closed windows; requests
+/// to quit.
+///
+///     waiting::scope const scope(desktop.waits(), [&] { cancelled = true; });   // waits
+///     desktop.waits().deliver(weak_from_this(), [this] { look_at_file(); });    // is held
+///
+/// Escape isn't held, but cancels what waits. Main thread only.
+class waiting {
+ public:
+  using task = std::function<void()>;
+
+  explicit waiting(run_loop& loop) : loop_(loop) {}
+  waiting(waiting const&) = delete;
+  waiting& operator=(waiting const&) = delete;
+
+  /// Something waits as long as this lives. Scopes nest.
+  class scope {
+   public:
+    /// `cancel` makes what waits end soon, as if the user had cancelled it. It is called from an
+    /// event, may be called again, and may not destroy the scope.
+    scope(waiting& owner, task cancel);
+    ~scope();
+    scope(scope const&) = delete;
+    scope& operator=(scope const&) = delete;
+
+   private:
+    friend class waiting;
+    waiting& owner_;
+    task cancel_;
+  };
+
+  bool is_waiting() const { return !scopes_.empty(); }
+
+  /// Runs the task now; or, while something waits or others are held, when it is its turn. What a
+  /// task that runs delivers is part of it, and comes before the next one.
+  void deliver(task work);
+  /// The same, unless `owner` has gone by then.
+  void deliver(std::weak_ptr<void const> owner, task work);
+  /// Runs the task in a later turn of the loop, when nothing waits, unless `owner` has gone by
+  /// then.
+  void post(std::weak_ptr<void const> owner, task work);
+
+  /// The user has pressed Escape: cancels what waits innermost. False if nothing waits.
+  bool escape();
+
+  /// Cancels all that waits, and all that would from now on; then what is held is done, and `last`
+  /// behind it.
+  void finish(task last);
+  bool is_ending() const { return is_ending_; }
+
+  /// For how long anything has been waited for, all in all, by the loop's clock.
+  double seconds_waited() const;
+
+ private:
+  void run(task const& work);
+  void hold(task work);
+  void run_later();
+  void run_held();
+
+  run_loop& loop_;
+  std::vector<scope*> scopes_;  // outermost first
+  std::deque<task> held_;
+  bool is_ending_ = false, is_delivering_ = false;
+  double since_ = 0, former_ = 0;  // seconds: when the outermost began, and the ones before it
+};
+
+}  // namespace platform

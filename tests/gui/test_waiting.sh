@@ -1,0 +1,83 @@
+# What comes while a search waits, is held or ends it.
+is_focused() { [[ $(xdotool getwindowfocus -f getwindowname) == "$1"* ]]; }
+begins_with() { [[ $(head -c ${#2} "$1") == "$2" ]]; }
+question() { find_window '^Quirnote$'; }
+
+# An attempt to match that takes its time for every place in this text.
+head -c 200000 /dev/zero | tr '\0' 'a' >long.txt
+start_editor long.txt
+wait_window 'long.txt'
+editor_window=$window
+keys ctrl+h
+wait_until is_focused 'Find'
+type_text 'x'
+keys alt+f ctrl+a
+type_text 'a+(?=\d)'
+keys alt+x
+leave_panel() {
+  keys Escape
+  has_focus
+}
+wait_until leave_panel
+
+# Keys come after it, in order, also those that the panel in between got. A file that has changed is
+# a question after them.
+keys F3
+type_text 'key'
+wait_until is_focused 'Searching'
+type_text 's and '
+keys Return space
+printf 'theirs' >long.txt
+if wait_until -t 2 question 2>/dev/null; then
+  echo 'a question came while a search was waited for' >&2
+  false
+fi
+keys Escape
+wait_window '^Quirnote$'
+keys Return
+wait_no_window '^Quirnote$'
+wait_window 'long.txt'
+keys ctrl+s
+wait_until begins_with long.txt $'keys and \n aaa'
+
+# A signal doesn't wait for the end of a search.
+type_text 'more'
+keys ctrl+h
+wait_until is_focused 'Find'
+keys alt+a
+wait_until is_focused 'Searching'
+kill -TERM "$editor_pid"
+wait_exit
+start_editor
+wait_window '^Quirnote$'
+keys Return
+wait_no_window '^Quirnote$'
+wait_window 'long.txt.*\*'
+keys ctrl+s
+wait_until begins_with long.txt $'keys and \n more'
+keys ctrl+q
+wait_exit
+
+# A file that is deleted has its text in the window alone.
+printf 'only here\n' >file.txt
+start_editor file.txt
+wait_window 'file.txt'
+rm file.txt
+wait_window 'file.txt \(deleted\)\*'
+printf 'only here\n' >file.txt
+wait_until find_window '^file.txt[^*]*$'
+wait_window 'file.txt'
+rm file.txt
+keys ctrl+w
+wait_window '^Quirnote$'
+keys Return
+expect_file file.txt $'only here\n'
+wait_exit
+
+# The middle button pastes what others have selected: nothing is typed.
+start_editor file.txt
+wait_window 'file.txt'
+printf '("\r\n' | xclip -selection primary
+click 300 300 2
+keys ctrl+s
+expect_file file.txt $'only here\n("\n'
