@@ -22,20 +22,15 @@ void WynDocument::watchFile() {
 // Also called after each of our own saves. No question comes on top of another one, and no text is
 // replaced while something further up the stack works on it.
 void WynDocument::fileMayHaveChanged() {
-  auto const self = weak_from_this().lock();
-  auto const stamp = documents::stamp_of(filename_);
-  if (stamp == fileStamp_ && !fileIsGone_) return;
-  auto& waits = platform::desktop::current().waits();
-  if (waits.is_waiting()) {
-    if (std::exchange(looksLater_, true)) return;
-    waits.deliver(self, [this] {
-      looksLater_ = false;
-      if (openCount_ != 0) fileMayHaveChanged();
-    });
-    return;
-  }
-  platform::notification_center::standard().post(fileDidChange, this);
-  checkForFilesystemChanges();
+  if (std::exchange(looksLater_, true)) return;
+  platform::desktop::current().waits().deliver(weak_from_this(), [this] {
+    auto const self = weak_from_this().lock();
+    looksLater_ = false;
+    bool const is_as_known = documents::stamp_of(filename_) == fileStamp_ && !fileIsGone_;
+    if (openCount_ == 0 || is_as_known) return;
+    platform::notification_center::standard().post(fileDidChange, this);
+    checkForFilesystemChanges();
+  });
 }
 
 /// By whoever shows the text, if anybody does.
