@@ -25,9 +25,12 @@ void waiting::deliver(task work) {
 }
 
 void waiting::run(task const& work) {
-  bool const former = std::exchange(is_delivering_, true);
+  struct restored {
+    bool& flag;
+    bool const former = std::exchange(flag, true);
+    ~restored() { flag = former; }
+  } const delivering{is_delivering_};
   work();
-  is_delivering_ = former;
 }
 
 void waiting::deliver(std::weak_ptr<void const> owner, task work) {
@@ -53,6 +56,12 @@ void waiting::run_later() {
 
 // A task that waits in its turn holds up the rest.
 void waiting::run_held() {
+  struct rest {
+    waiting& owner;
+    ~rest() {
+      if (!owner.is_waiting() && !owner.held_.empty()) owner.run_later();
+    }
+  } const after_lack_of_memory{*this};
   while (!is_waiting() && !held_.empty()) {
     task const next = std::move(held_.front());
     held_.pop_front();
