@@ -21,8 +21,8 @@ enum class stopping { soon, perhaps_late };
 /// Handles events meanwhile, as a waiting::scope: no input comes in between but Escape, which
 /// cancels it. What is still not done after half a second is shown as "Searching…", with a button
 /// for that. Work that may stop late waits to begin while too many threads run on, and can be
-/// cancelled then too. False if it was cancelled, or if other such work is under way. Throws std::bad_alloc if the work
-/// has.
+/// cancelled then too. False if it was cancelled, or if other such work is under way. Throws
+/// std::bad_alloc if the work has.
 bool do_patiently(stopping stops, interruptible_work work);
 
 /// Waits for `limit` and handles no events, for what is about to be drawn. False, with the work
