@@ -1,19 +1,15 @@
 #include "actions/convert_spaces.h"
 
 #include <algorithm>
-#include <iterator>
 
 #include "actions/each_line.h"
 #include "text/convert_tabs.h"
 #include "text/tab_width.h"
 
 std::u16string spaces_to_tabs(text::unit_view text, std::size_t tab_size) {
-  std::u16string expanded;
   return with_each_line(text, [&](text::unit_view line, std::u16string& result) {
-    expanded.clear();
-    text::convert_tabs_to_spaces(line.begin(), line.end(), std::back_inserter(expanded), tab_size,
-                                 0);
-    text::unit_view rest = expanded;
+    auto const expanded = text::convert_tabs_to_spaces(line, tab_size, 0);
+    text::unit_view rest(expanded.data(), expanded.size());
     std::size_t column = 0;
     while (!rest.empty()) {
       text::unit_view const before = rest.substr(0, rest.find(u"  "));

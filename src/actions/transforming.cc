@@ -1,7 +1,6 @@
 #include "actions/transforming.h"
 
 #include <algorithm>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -18,6 +17,7 @@
 #include "platform/utf.h"
 #include "regex/traits.h"
 #include "text/box.h"
+#include "text/cluster.h"
 #include "text/convert_tabs.h"
 
 namespace {
@@ -79,7 +79,7 @@ std::u16string reversed_characters(text::unit_view text) {
   std::u16string result;
   result.reserve(text.size());
   while (!text.empty()) {
-    std::size_t const start = unicode::previous_grapheme_break(text, text.size());
+    std::size_t const start = text::previous_cluster(text, text.size());
     result += text.substr(start);
     text.remove_suffix(text.size() - start);
   }
@@ -103,8 +103,8 @@ bool select_for_transposing(text::view* view) {
     auto const at = [&](std::size_t column) {
       return text::view_iterator(view, text::iterator(caret.base.line, column, &storage));
     };
-    selection.select(at(unicode::previous_grapheme_break(line, caret.base.column)),
-                     at(unicode::next_grapheme_break(line, caret.base.column)), false);
+    selection.select(at(text::previous_cluster(line, caret.base.column)),
+                     at(text::next_cluster(line, caret.base.column)), false);
     return true;
   }
   select_hard_line(view);
@@ -152,10 +152,8 @@ void view_align_justified(text::view* view) {
 void view_change_tabs_to_spaces(text::view* view) {
   std::u16string const text = selected_text(view);
   std::size_t const start = view->selection.column_mode ? text::box(view).first_column : 0;
-  std::u16string result;
-  text::convert_tabs_to_spaces(text.begin(), text.end(), std::back_inserter(result), view->tab_size,
-                               start);
-  replace_selection(view, result);
+  auto const result = text::convert_tabs_to_spaces(text, view->tab_size, start);
+  replace_selection(view, {result.data(), result.size()});
 }
 
 void view_change_spaces_to_tabs(text::view* view) {

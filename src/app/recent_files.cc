@@ -34,9 +34,7 @@ void recent_files::add(std::string const& path) {
 }
 
 void recent_files::remove(std::string const& path) {
-  std::vector<std::string> list = load();
-  std::erase(list, path);
-  store(list);
+  change([&](std::vector<std::string>& list) { std::erase(list, path); });
 }
 
 void recent_files::clear() {

@@ -1,7 +1,5 @@
 #include "snippets/session.h"
 
-#include <iterator>
-
 #include "text/convert_tabs.h"
 #include "text/tab_width.h"
 
@@ -43,8 +41,8 @@ class session::view_storage : public storage_t {
     while (!text.empty()) {
       std::size_t const length = std::min(text.find(u'\n'), text.size() - 1) + 1;
       auto const line = text.substr(0, length);
-      text::convert_tabs_to_spaces(line.begin(), line.end(), std::back_inserter(result),
-                                   view_.tab_size, column);
+      auto const expanded = text::convert_tabs_to_spaces(line, view_.tab_size, column);
+      result.append(expanded.data(), expanded.size());
       text.remove_prefix(length);
       column = 0;
     }
