@@ -5,6 +5,7 @@
 #include "actions/selecting.h"
 #include "actions/transforming.h"
 #include "regex/traits.h"
+#include "text/cluster.h"
 
 #include <functional>
 #include <utility>
@@ -45,15 +46,28 @@ constexpr case_change case_changes[] = {
     {"changeCaseOfWord:", toggle_case, select_word_right},
 };
 
-/// Overwriting is for typing: a text that is rewritten must not leave blanks of its old length.
+/// Text that is put together anew may join characters where a mark stands.
+void put_marks_at_characters(text::view& view) {
+  text::selection& selection = view.selection;
+  for (auto* mark : {&selection.first_mark, &selection.last_mark, &selection.current_mark})
+    mark->base.column = static_cast<uint32_t>(
+        text::cluster_start_from(view.storage->line_units(mark->base.line), mark->base.column));
+  selection.data.clear();
+}
+
+/// A function that works on whole texts: overwriting is for typing, and must not leave blanks of a
+/// text's old length.
 template <typename F>
-auto without_overwriting(F function) {
+auto rewriting(F function) {
   return [function](text::view* view) {
-    struct restored_mode {
+    struct scope {
       text::view& view;
-      bool const was_on = std::exchange(view.overwrite_mode, false);
-      ~restored_mode() { view.overwrite_mode = was_on; }
-    } const scope{*view};
+      bool const overwrites = std::exchange(view.overwrite_mode, false);
+      ~scope() {
+        view.overwrite_mode = overwrites;
+        put_marks_at_characters(view);
+      }
+    } const during{*view};
     return std::invoke(function, view);
   };
 }
@@ -62,7 +76,7 @@ auto without_overwriting(F function) {
 
 void register_transform_functions(action_map& map, title_action_map& titles) {
   auto const add = [&](auto function, char const* name) {
-    map.add_action(without_overwriting(function), name);
+    map.add_action(rewriting(function), name);
   };
   for (auto const& row : transformations)
     add(cond_select_line_helper(row.function, row.select), row.name);

@@ -227,6 +227,7 @@ TEST_F(saving, a_file_changed_outside_is_read_when_its_window_comes_forward) {
   open("b", "");
   folder.write("a", "ONE\nTWO\nTHREE\nFOUR");
   a.showWindow();
+  desktop.loop().run_for(0);
   EXPECT_EQ(a.textDocument()->storage().lines(), 4u);
   EXPECT_EQ(a.textView().view()->selection.current_mark.base.pos(), text::pos(1, 2));
   EXPECT_EQ(alerts(), titles());
