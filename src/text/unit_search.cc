@@ -45,17 +45,35 @@ char_t const* find_unit_or_above(char_t const* first, char_t const* last, char_t
   __m128i const sought = _mm_set1_epi16(static_cast<short>(unit));
   __m128i const below = _mm_set1_epi16(static_cast<short>(bound - 1));
   __m128i const zero = _mm_setzero_si128();
-  // A lane is all ones unless its unit stops the search; what is not above `below` leaves 0.
-  auto const passed = [&](char_t const* at) {
-    __m128i const units = _mm_loadu_si128(reinterpret_cast<__m128i const*>(at));
-    __m128i const low = _mm_cmpeq_epi16(_mm_subs_epu16(units, below), zero);
-    return _mm_andnot_si128(_mm_cmpeq_epi16(units, sought), low);
+  auto const load = [](char_t const* at) {
+    return _mm_loadu_si128(reinterpret_cast<__m128i const*>(at));
   };
-  for (; last - first >= 16; first += 16) {
-    __m128i const lanes = _mm_packs_epi16(passed(first), passed(first + 8));
-    auto const bits = static_cast<unsigned>(_mm_movemask_epi8(lanes));
-    if (bits != 0xFFFF) return first + std::countr_one(bits);
+  auto const first_of_eights = [&](char_t const* at, char_t const* end) {
+    for (; at != end; at += 8) {
+      __m128i const units = load(at);
+      __m128i const stop =
+          _mm_or_si128(_mm_cmpeq_epi16(units, sought), _mm_subs_epu16(units, below));
+      auto const passed = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(stop, zero)));
+      if (passed != 0xFFFF) return at + std::countr_one(passed) / 2;
+    }
+    return at;
+  };
+  // Four vectors at a time: what is above the bound shows in all of them laid over each other,
+  // which may also be above it when none is.
+  for (; last - first >= 32; first += 32) {
+    __m128i const a = load(first), b = load(first + 8), c = load(first + 16), d = load(first + 24);
+    __m128i const all = _mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d));
+    __m128i const found = _mm_or_si128(
+        _mm_or_si128(_mm_cmpeq_epi16(a, sought), _mm_cmpeq_epi16(b, sought)),
+        _mm_or_si128(_mm_cmpeq_epi16(c, sought), _mm_cmpeq_epi16(d, sought)));
+    __m128i const stops = _mm_or_si128(found, _mm_subs_epu16(all, below));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(stops, zero)) == 0xFFFF) continue;
+    char_t const* const stop = first_of_eights(first, first + 32);
+    if (stop != first + 32) return stop;
   }
+  char_t const* const rest = first + (last - first) / 8 * 8;
+  first = first_of_eights(first, rest);
+  if (first != rest) return first;
   return std::find_if(first, last, [=](char_t u) { return u == unit || u >= bound; });
 }
 
