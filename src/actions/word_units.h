@@ -35,7 +35,7 @@ inline char32_t character_at(text::view_iterator const& it) {
   return unicode::code_point_at(line, it.base.column);
 }
 
-/// The character in front of a position: a blank in virtual columns, `\n` at the start of a line.
+/// The character before a position: a blank in virtual columns, `\n` at the start of a line.
 inline char32_t character_before(text::view_iterator const& it) {
   if (it.offset != 0) return U' ';
   if (it.base.column == 0) return U'\n';
@@ -54,7 +54,7 @@ text::view_iterator search_forward(text::view_iterator const& it, Test test) {
   return {it.view, text::iterator(it.base.line, column, it.base.storage)};
 }
 
-/// The position behind the nearest character before `it` for which the test holds, or the start of
+/// The position after the nearest character before `it` for which the test holds, or the start of
 /// the line in the storage.
 template <typename Test>
 text::view_iterator search_backward(text::view_iterator const& it, Test test) {

@@ -43,7 +43,7 @@ std::optional<T> number_from(std::string const& text) {
   return number;
 }
 
-// "true", "false", a number, the text dialect behind "plist:", or else a string.
+// "true", "false", a number, the text dialect after "plist:", or else a string.
 std::optional<plist::value> setting_value(std::string const& text) {
   if (text == "true" || text == "false") return plist::value(text == "true");
   if (auto const integer = number_from<std::int64_t>(text)) return plist::value(*integer);

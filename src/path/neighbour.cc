@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::time_t age_of_left_over = 60;  // seconds, longer than it takes to hold a new file
 
-/// Short enough for any file system, with the number behind it.
+/// Short enough for any file system, with the number after it.
 std::string prefix_of(std::string const& name) {
   return "." + name.substr(0, 200) + ".quirnote-";
 }

@@ -39,7 +39,7 @@ bool surely_breaks(std::u16string_view text, std::size_t at);
 /// there a walk forward finds all others without looking at anything twice.
 std::size_t sure_break_before(std::u16string_view text, std::size_t at);
 
-/// The index behind the grapheme cluster that `from` lies in or begins; text.size() at the end.
+/// The index after the grapheme cluster that `from` lies in or begins; text.size() at the end.
 std::size_t next_grapheme_break(std::u16string_view text, std::size_t from);
 /// The start of the grapheme cluster that ends at or contains `from` - 1; 0 at the start.
 std::size_t previous_grapheme_break(std::u16string_view text, std::size_t from);

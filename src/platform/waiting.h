@@ -59,7 +59,7 @@ class waiting {
   bool escape();
 
   /// Cancels all that waits, and all that would from now on; then what is held is done, and `last`
-  /// behind it.
+  /// after it.
   void finish(task last);
   bool is_ending() const { return is_ending_; }
 

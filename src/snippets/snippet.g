@@ -96,7 +96,7 @@ options {
 
 TAB : '\t' ;
 
-// In front of another line feed it is text: empty lines get no indentation.
+// Before another line feed it is text: empty lines get no indentation.
 LF : '\n' { if (LA(1) == '\n') $setType(TEXT); } ;
 
 CODE : '`'! ( CODE_CHAR )* '`'! ;

@@ -42,7 +42,7 @@ class column_cache {
   struct piece {
     size_t units;
     size_t before;  ///< columns up to the first tab, or to the end
-    size_t rest;    ///< columns behind that tab, which ends at a known tab stop
+    size_t rest;    ///< columns after that tab, which ends at a known tab stop
     bool has_tab;
 
     size_t end_column(size_t start, size_t tab_size) const;

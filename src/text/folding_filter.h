@@ -34,13 +34,13 @@ class view::folding_filter : public switchable_filter {
     size_t indent;   ///< in columns
   };
 
-  /// Hides the lines behind `first` up to `last`, which it includes.
+  /// Hides the lines after `first` up to `last`, which it includes.
   struct folding_t {
     uint32_t first, last;
     auto operator<=>(folding_t const&) const = default;
   };
 
-  /// In one piece of memory: all behind a line move with it.
+  /// In one piece of memory: all after a line move with it.
   using folding_set = boost::container::flat_set<folding_t>;
 
   explicit folding_filter(text::view& view) : view_(view) {}
@@ -69,7 +69,7 @@ class view::folding_filter : public switchable_filter {
   /// These set the caret at the end of the first line of what was folded or unfolded; they return
   /// whether anything was.
   /// @{
-  /// Folds the innermost block that begins at or before `line` and ends at or behind it; with
+  /// Folds the innermost block that begins at or before `line` and ends at or after it; with
   /// `nested` also the blocks inside.
   bool fold_if_possible(size_t line, bool nested);
   /// Unfolds what begins on `line`; with `nested` also the folds inside.

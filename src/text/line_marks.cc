@@ -66,7 +66,7 @@ void line_marks::clear() {
   below_.clear();
 }
 
-// The gap is then right behind it.
+// The gap is then right after it.
 pos* line_marks::on_line(size_t line) {
   if (!contains(line)) return nullptr;
   move_gap({line, no_column});

@@ -16,7 +16,7 @@ class line_marks {
   bool contains(size_t line) const { return find(line).has_value(); }
   /// The one on a line.
   std::optional<pos> find(size_t line) const;
-  /// The first one on a line behind, or the last one on a line before `line`.
+  /// The first one on a line after `line`, or the last one on a line before it.
   std::optional<pos> next(size_t line) const;
   std::optional<pos> previous(size_t line) const;
   /// All, in order.

@@ -9,11 +9,11 @@ namespace text {
 
 /// Cuts each line of the filter below into rows no wider than the screen. All rows are held in a
 /// table, so that questions are look-ups. An edit finds the rows anew from the one before the
-/// changed row, up to where they fall in with the old ones; the rows behind are only shifted. Lines
-/// of any length are thus typed in at the cost of a pass over the table at most.
+/// changed row, up to where they fall in with the old ones; those after are only shifted. Lines of
+/// any length are thus typed in at the cost of a pass over the table at most.
 ///
 /// The cluster between two rows of a line (the white space of a soft break, the one before a hard
-/// break) belongs to neither. The position in front of it is the end of the upper row.
+/// break) belongs to neither. The position before it is the end of the upper row.
 class view::soft_wrap_filter : public switchable_filter {
  public:
   using filter::did_insert;

@@ -51,7 +51,7 @@ class storage_detail {
   void remove_observer(storage_observer* observer);
 
   /// Puts the units of `slice` at `pos` and tells the observers, under the lock. Returns the
-  /// position behind the new text. Throws std::bad_alloc, with all as it was, for a text of more
+  /// position after the new text. Throws std::bad_alloc, with all as it was, for a text of more
   /// than `max_length`.
   text::iterator insert(text::iterator const& pos, text_slice const& slice);
   /// Takes the text from `first` up to `last` away and tells the observers, under the lock.

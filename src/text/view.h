@@ -179,7 +179,7 @@ class view {
   /// Takes text away, or blanks its cells in overwrite mode, and fills up what a cut tab leaves.
   view_iterator erase(view_iterator first, view_iterator last);
   /// Puts the caret where the selection was, and returns it. Where what stood before it and after
-  /// it is one character now, such as a letter with its accent, the caret goes behind that.
+  /// it is one character now, such as a letter with its accent, the caret goes after that.
   view_iterator erase_selection();
   /// Drag and drop inside the view.
   void move_selection_to(view_iterator to);

@@ -25,7 +25,7 @@ std::size_t number_from_1(plist::value const& v) {
   return static_cast<std::size_t>(std::max<std::int64_t>(v.integer_or(0), 0));
 }
 
-// Line and column from 1; what lies behind the text or the line becomes its end, and what is inside
+// Line and column from 1; what lies after the text or the line becomes its end, and what is inside
 // of a character the end of that.
 text::iterator capped_position(text::storage& storage, std::size_t line, std::size_t column) {
   std::size_t const last = std::min(line, storage.lines()) - 1;

@@ -28,7 +28,7 @@ void make_caret_real(text::view& view) {
     view.selection.set_caret({&view, make_base_iter(view.selection.current_mark)});
 }
 
-// How many characters `text` is behind the caret: none where it only adds to the one before.
+// How many characters `text` is after the caret: none where it only adds to the one before.
 std::size_t characters_typed(text::view const& view, std::u16string_view text) {
   text::iterator const caret = view.selection.current_mark.base;
   text::unit_view const line = view.storage->line_units(caret.line);
@@ -114,7 +114,7 @@ void WynTextView::insertText(std::u16string_view text) {
   if (view_ == nullptr) return;
   abandonMarkedText();
   bool const smart = smartTyping_ && text.size() == 1;
-  // The scope that decides is that in front of what is typed, so none is made anew meanwhile. A
+  // The scope that decides is that before what is typed, so none is made anew meanwhile. A
   // macro must do the same each time; who types must not be kept waiting.
   std::unique_lock scopes_stay(view_->storage->mutex, std::defer_lock);
   if (text.size() == 1 && tokenizer_ != nullptr && dependsOnScope(text.front())) {

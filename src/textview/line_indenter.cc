@@ -210,7 +210,7 @@ std::optional<text::iterator> line_indenter::open_bracket_above(std::size_t numb
   return std::nullopt;
 }
 
-// Behind an operator, and in a bracket that has text right behind it or that opens no block.
+// After an operator, and in a bracket that has text right after it or that opens no block.
 bool line_indenter::continues_line_above(std::size_t number) {
   if (number == 0) return false;
   text::storage& storage = *view().storage;
@@ -320,7 +320,7 @@ bool line_indenter::may_close_block() {
 }
 
 // After so many units have been typed. A line that had text before, and that the user has indented
-// in another way than the language would, is left as it is. What stands behind the caret are
+// in another way than the language would, is left as it is. What stands after the caret are
 // closing units that wait to be typed over.
 void line_indenter::indent_closing_line(std::size_t typed) {
   text::storage& storage = *view().storage;
@@ -340,7 +340,7 @@ void line_indenter::indent_closing_line(std::size_t typed) {
 }
 
 // The leading white space of a line. Where tabs are typed, what follows them is alignment and isn't
-// taken over; they may stand behind the mark of a comment.
+// taken over; they may stand after the mark of a comment.
 std::u16string line_indenter::taken_indent(std::size_t number) const {
   text::unit_view line = view().storage->line_units(number);
   bool const tabs_only = !text_view_.treatsSpacesAsTabs() && !begins_with_space(line);
@@ -414,7 +414,7 @@ std::u16string line_indenter::shifted(std::u16string const& clip, std::ptrdiff_t
 }
 
 // Several lines, indented as fits the caret. Blanks that the user has put before it are where they
-// belong, and so is the line behind whose text they go; at a line's start the language tells.
+// belong, and so is the line after whose text they go; at a line's start the language tells.
 std::u16string line_indenter::fitted(text_clip const& clip) {
   text::iterator const caret = make_base_iter(view().selection.current_mark);
   text::unit_view const line = view().storage->line_units(caret.line);

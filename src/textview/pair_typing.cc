@@ -79,7 +79,7 @@ bool ends_with_string_prefix(text::unit_view before, text::char_t quote,
   return bool(oniguruma::find(line.data(), 0, static_cast<std::ptrdiff_t>(line.size()), &*pattern));
 }
 
-// A quote right behind its like opens the text of a longer mark, and one that makes their number on
+// A quote right after its like opens the text of a longer mark, and one that makes their number on
 // the line even, apostrophes in words left out, is a closing one.
 bool opens_quote(text::unit_view line, std::size_t column, text::char_t quote,
                  plist::value const& settings) {

@@ -13,16 +13,16 @@ class WynTextView;
 /// view must show a document, inside of a view_will_change scope.
 
 /// Whether a typed unit closes a live pair; then that pair ends, and its closing unit is selected,
-/// to be typed over. That unit may stand behind blanks and line ends, which are taken away, and a
-/// closing quote behind closing brackets of pairs inside, which were none then.
+/// to be typed over. That unit may stand after blanks and line ends, which are taken away, and a
+/// closing quote after closing brackets of pairs inside, which were none then.
 bool select_live_closing(WynTextView& text_view, text::char_t typed);
 /// Typed with a selection, an opening unit puts the pair round it: in columns round each row. False
 /// if it opens none here.
 bool surround_selection(WynTextView& text_view, text::char_t typed);
 /// The pair that a unit opens if it is typed at the caret, by what stands before it: a quote opens
-/// none behind a word, other than a prefix of strings, and nothing does behind a backslash.
+/// none after a word, other than a prefix of strings, and nothing does after a backslash.
 std::optional<unit_pair> opened_pair(WynTextView& text_view, text::char_t typed);
-/// The opening unit that was typed gets its closing one, but not in front of a word.
+/// The opening unit that was typed gets its closing one, but not before a word.
 void complete_pair(WynTextView& text_view, unit_pair pair);
 /// With the caret in an empty live pair: ends it, and with `both` selects its two units.
 void end_empty_pair(WynTextView& text_view, bool both);

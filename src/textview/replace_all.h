@@ -29,7 +29,7 @@ class all_matches {
   replace_answer const& answer() const { return answer_; }
 
   /// Replaces them as one change of text, and sets the selection to the changed range or the caret
-  /// behind the first replacement. Does nothing unless they were found, as when anything is wrong,
+  /// after the first replacement. Does nothing unless they were found, as when anything is wrong,
   /// or the search was given up or cancelled. Once, and before the text changes.
   void replace();
 

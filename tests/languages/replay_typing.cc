@@ -6,7 +6,7 @@
 // typed: types the file key by key, as somebody would who wants just that text. Every unit is a
 // key. Where a line is indented in another way than in the file, that is corrected as soon as it
 // can be seen, and counted. A line that is left blank loses its blanks. What differs at the end is
-// said: the first line that came out otherwise, or the closing marks that are left behind the
+// said: the first line that came out otherwise, or the closing marks that are left after the
 // caret, with the places of the keys that brought them.
 //
 // pasted: cuts blocks and pastes them back: lines, what begins with a line's text and ends with a
@@ -137,7 +137,7 @@ class typed_file : public edited_view {
   void type_line(text::unit_view line);
   void correct_indent(std::size_t number, text::unit_view wanted);
 
-  std::vector<text::pos> marks_;  ///< the keys that put in what stands behind the caret, by unit
+  std::vector<text::pos> marks_;  ///< the keys that put in what stands after the caret, by unit
 };
 
 void typed_file::type(char16_t unit) {
