@@ -117,6 +117,7 @@ class batch_run {
     WynDocumentController controller(app_);
     controller.setTextDocument(document);
     controller.showWindow();
+    unknown_.clear();
     for (batch_macro const& macro : macros_)
       for (std::uint32_t n = 0; n < macro.times; ++n)
         for (batch_macro::step const& step : macro.steps) perform(controller, step);
@@ -135,7 +136,10 @@ class batch_run {
   void perform(WynDocumentController& controller, batch_macro::step const& step) {
     int const beeps = desktop_.beeps;
     std::string const& command = *step.command.as_string();
-    if (!controller.textView().tryToPerformWith(command, step.argument)) desktop_.beep();
+    if (!controller.textView().tryToPerformWith(command, step.argument)) {
+      unknown_ = command;
+      desktop_.beep();
+    }
     handle_events();
     if (desktop_.beeps != beeps) std::fprintf(stderr, "beep: %s\n", escaped_name(command).c_str());
   }
@@ -151,6 +155,9 @@ class batch_run {
 
   void save(std::string const& name, WynDocumentController& controller) {
     if (!options_.save && options_.save_as.empty()) return;
+    // Without a step that is misspelt the others may have done harm.
+    if (!unknown_.empty())
+      return fail(name, "not saved, as there is no action " + escaped_name(unknown_));
     if (options_.strict && desktop_.beeps > 0) {
       complain(name, "not saved, as an action failed");
       return;
@@ -226,6 +233,7 @@ class batch_run {
   AppDelegate app_;
   batch_output output_;
   std::vector<batch_macro> macros_;
+  std::string unknown_;  // an action that nobody knows, of those performed on the present file
   std::string const folder_ = path::cwd();
   unsigned steps_ = 0;
   int status_ = done;

@@ -18,6 +18,7 @@ namespace {
 
 using documents::can_be_encoded;
 
+/// `damaged`: the file isn't what it was, but not safely what was saved either.
 enum class outcome { saved, unchanged, damaged, reverting };
 
 /// A save that asks where something stands in its way. Where the file wasn't written the user
@@ -53,7 +54,7 @@ class asking_save {
     if (reverts_) return outcome::reverting;
     meddled = error->code == EBUSY;
     if (!refused_) documents::tell_could_not_save(*error, path_);
-    return error->target_damaged ? outcome::damaged : outcome::unchanged;
+    return error->target_damaged || error->is_in_place ? outcome::damaged : outcome::unchanged;
   }
 
   /// What a damaged file should hold.

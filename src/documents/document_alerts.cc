@@ -67,6 +67,8 @@ void tell_could_not_save(path::write_error const& error, std::string const& path
   std::string text = "The file " + name_of(path) + " could not be saved. " + cause_of(error, path);
   if (error.target_damaged)
     text += " What is on disk is incomplete now. The whole text is still here, unsaved.";
+  if (error.is_in_place)
+    text += " It is in the folder, but may not be there after a power cut. Save it once more.";
   tell("Couldn't Save", text, error.target_damaged);
 }
 

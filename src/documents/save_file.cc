@@ -29,7 +29,7 @@ std::optional<path::write_error> save_file(save_request const& request,
   if (is_new || platform::user_defaults::standard().boolean("WynSaveAtomically")) {
     auto const failure =
         path::write_atomically(request.path, request.contents, request.options, written);
-    if (!failure || failure->changed) return failure;
+    if (!failure || failure->changed || failure->is_in_place) return failure;
   }
   path::write_options options = request.options;
   options.protect = [&]() -> std::optional<path::file_error> {

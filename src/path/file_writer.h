@@ -40,6 +40,9 @@ struct known_file {
 struct write_error : file_error {
   /// The file's old bytes are gone, or some of them, and the new ones aren't all there.
   bool target_damaged = false;
+  /// The new bytes are all there; but the folder could not be written to the disk, which may lose
+  /// them if it stops now.
+  bool is_in_place = false;
   /// The file is as it was: its new bytes could not be put in safety before it was overwritten.
   bool unprotected = false;
   /// The file is as it was, and not the known one; `found` says which it is.

@@ -32,7 +32,7 @@ class atomic_write {
     if (auto refusal = hold_old_file()) return refusal;
     if (auto failure = make(contents)) return write_error{*failure};
     if (auto failure = put_in_place()) return failure;
-    if (auto failure = finish()) return write_error{*failure};
+    if (auto failure = finish()) return failure;
     written = version_of(made_);
     return std::nullopt;
   }
@@ -159,13 +159,16 @@ class atomic_write {
     return write_error{meddling(path(), true)};
   }
 
-  std::optional<file_error> finish() {
+  std::optional<write_error> finish() {
     if (!temporary_.empty() && calls_.unlinkat(target_.place().folder(), temporary_.c_str()) == 0)
       temporary_.clear();
     remove_left_over_neighbours(target_.place(), calls_);
-    if (auto failure = target_.place().sync()) return failure;
-    if (target_.is_at_path(made_)) return std::nullopt;
-    return meddling(path(), true);
+    auto const failure = target_.place().sync();
+    if (!target_.is_at_path(made_)) return write_error{meddling(path(), true)};
+    if (!failure) return std::nullopt;
+    write_error error{*failure};
+    error.is_in_place = true;
+    return error;
   }
 
   write_options const& options_;

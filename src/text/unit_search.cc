@@ -63,9 +63,9 @@ char_t const* find_unit_or_above(char_t const* first, char_t const* last, char_t
   for (; last - first >= 32; first += 32) {
     __m128i const a = load(first), b = load(first + 8), c = load(first + 16), d = load(first + 24);
     __m128i const all = _mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d));
-    __m128i const found = _mm_or_si128(
-        _mm_or_si128(_mm_cmpeq_epi16(a, sought), _mm_cmpeq_epi16(b, sought)),
-        _mm_or_si128(_mm_cmpeq_epi16(c, sought), _mm_cmpeq_epi16(d, sought)));
+    __m128i const found =
+        _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(a, sought), _mm_cmpeq_epi16(b, sought)),
+                     _mm_or_si128(_mm_cmpeq_epi16(c, sought), _mm_cmpeq_epi16(d, sought)));
     __m128i const stops = _mm_or_si128(found, _mm_subs_epu16(all, below));
     if (_mm_movemask_epi8(_mm_cmpeq_epi16(stops, zero)) == 0xFFFF) continue;
     char_t const* const stop = first_of_eights(first, first + 32);

@@ -52,6 +52,13 @@ run 1 --strict --macro fails --print text b
 is out 'Rx'
 run 0 --strict --macro type b
 
+# A step that is misspelt never lets the steps around it empty a file.
+macro misspelt selectAll: uppercaseWrod: deleteBackward:
+printf 'kept' >kept
+run 3 --macro misspelt --save kept
+is err "beep: uppercaseWrod:\nquirnote: kept: not saved, as there is no action uppercaseWrod:\n"
+[[ $(cat kept) == kept ]] || fail "a misspelt macro was saved"
+
 # Under --strict a file for which anything failed stays as it is, and the others are saved.
 printf 'y' >keeps
 macro first_line insertText:=Q moveDown: moveDown:
@@ -199,8 +206,8 @@ for words in '--batch --print text long' '--batch --save-as - long' '--batch --p
 done
 
 # With all of them closed no file gets the number of a stream that is written to.
-"$program" --batch --macro fails --print text --save-as closed b <&- >&- 2>&- || true
-is closed 'RQx'
+"$program" --batch --macro type --print text --save-as closed b <&- >&- 2>&- || true
+is closed 'QQx'
 
 # Saved under a new name, a file has the old one's permissions less what the umask takes.
 (

@@ -205,6 +205,7 @@ TEST(file_writer, survives_the_failure_of_any_call) {
           EXPECT_TRUE(error || written);
           EXPECT_TRUE(written || untouched || error->target_damaged);
           EXPECT_TRUE(!error || !error->target_damaged || w.in_place);
+          EXPECT_EQ(error && error->is_in_place, error && written && !w.in_place);
           EXPECT_LE(folder.names().size(), 1u);
         }
       }
