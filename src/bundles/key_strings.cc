@@ -64,6 +64,8 @@ std::optional<std::string> NormalizeKeyString(std::string_view text, std::string
     text.remove_prefix(1);
   }
   if (text.starts_with('\\')) text.remove_prefix(1);
+  // No key sends a line feed, and text editors write one for the carriage return that Return sends.
+  if (text == "\n" || text == "\r\n") text = "\r";
   auto const fail = [&](char const* reason) {
     if (why) *why = reason;
     return std::nullopt;

@@ -51,7 +51,8 @@ TEST(key_strings, normalized) {
     char const* text;
     char const* expected;
   } const good[] = {{"@~x", "~@x"}, {"~@x", "~@x"},       {"\\@", "@"},  {"@\\^", "@^"},
-                    {"a", "a"},     {"$@#^~1", "#^~$@1"}, {"@@é", "@é"}, {"\\\\", "\\"}};
+                    {"a", "a"},     {"$@#^~1", "#^~$@1"}, {"@@é", "@é"}, {"\\\\", "\\"},
+                    {"@\r", "@\r"}, {"~$\n", "~$\r"},     {"\r\n", "\r"}};
   for (auto const& row : good) EXPECT_EQ(NormalizeKeyString(row.text), row.expected);
 
   for (auto const* bad : {"", "@", "@~", "@xy", "\\", "@\\", "a@", "éé"}) {

@@ -3,6 +3,7 @@
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
 #include "platform/own_defaults.h"
+#include "platform/utf.h"
 #include "plist/xml_reader.h"
 #include "source_tree.h"
 #include "textview/WynTextView.h"
@@ -48,6 +49,16 @@ TEST(shipped_keys, have_actions_that_the_text_view_knows) {
     for (auto const& action : actions)
       EXPECT_TRUE(view.tryToPerformWith(action.string_or(""), {})) << action.string_or(key);
   }
+}
+
+// A tool that rewrites line breaks or control characters takes no key away.
+TEST(shipped_keys, bind_what_no_character_is_typed_with) {
+  using namespace platform::function_key;
+  auto const bindings = shipped_bindings();
+  for (char16_t const key : {return_key, enter, tab, escape, backspace, forward_delete, insert, up,
+                             down, left, right, home, end, page_up, page_down})
+    EXPECT_TRUE(bindings.contains(unicode::to_utf8(std::u16string(1, key))))
+        << std::hex << int{key};
 }
 
 // A key's binding comes before the menu that shows the same key.
