@@ -48,7 +48,10 @@ char16_t named_character(QKeyEvent const& event) {
   if (code == Qt::Key_Tab && (event.modifiers() & Qt::ShiftModifier)) return key::back_tab;
   auto const it = std::find_if(std::begin(named_keys), std::end(named_keys),
                                [&](named_key const& k) { return k.qt == code; });
-  return it == std::end(named_keys) ? 0 : it->character;
+  if (it != std::end(named_keys)) return it->character;
+  // Programs that type for the user send the line feed of a text as a key that no keyboard has.
+  bool const has_character = 0x20 <= code && code < Qt::Key_Escape;
+  return event.text() == QLatin1String("\n") && !has_character ? key::return_key : 0;
 }
 
 bool is_function_character(char16_t c) {

@@ -13,6 +13,12 @@ type_text 'A'
 keys ctrl+s
 expect_file file.txt $'Aone\ntwo\n'
 
+# A program that types for the user sends the line feed of a text as a key of its own.
+type_text $'B\nC'
+keys ctrl+s
+expect_file file.txt $'AB\nCone\ntwo\n'
+keys ctrl+z ctrl+z ctrl+z
+
 # The third level of a layout is text; Ctrl means the Latin letter on a key of another script.
 setxkbmap de
 keycode ISO_Level3_Shift $key_q

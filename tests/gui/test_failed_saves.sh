@@ -1,7 +1,7 @@
 # Saves that fail: they are told, and the text stays, unsaved, until it can be saved.
 mkdir folder
 printf 'old\n' >folder/file.txt
-is_edited() { find_window '^file.txt\*'; }
+is_edited() { find_window '^file.txt( \(deleted\))?\*'; }
 shows() {
   keys ctrl+a ctrl+c
   selection_is clipboard "$1"
