@@ -1,5 +1,6 @@
 #include "desktop/QtText.h"
 #include "desktop/TextViewWidget.h"
+#include "platform/desktop.h"
 
 #include <QGuiApplication>
 #include <QInputMethod>
@@ -81,6 +82,8 @@ void TextViewWidget::interpret_key_event(platform::key_event const& event) {
 
 void TextViewWidget::inputMethodEvent(QInputMethodEvent* event) {
   event->accept();
+  auto& waits = platform::desktop::current().waits();
+  if (!waits.is_waiting()) waits.did_type();
   if (!event->commitString().isEmpty())
     deliver([text = utf16(event->commitString())](platform::view_client& client) {
       client.insert_text(text);

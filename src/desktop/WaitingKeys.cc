@@ -18,7 +18,11 @@ QWidget* widget_of(QWindow const& window) {
 
 bool WaitingKeys::eventFilter(QObject* target, QEvent* event) {
   bool const is_key = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
-  if (!is_key || !target->isWindowType() || !desktop_.waits().is_waiting()) return false;
+  if (!is_key || !target->isWindowType()) return false;
+  if (!desktop_.waits().is_waiting()) {
+    if (event->type() == QEvent::KeyPress) desktop_.waits().did_type();
+    return false;
+  }
   return take_key(*static_cast<QWindow*>(target), *static_cast<QKeyEvent*>(event));
 }
 

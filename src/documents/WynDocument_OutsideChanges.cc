@@ -20,17 +20,24 @@ void WynDocument::watchFile() {
 }
 
 // Also called after each of our own saves. No question comes on top of another one, and no text is
-// replaced while something further up the stack works on it.
+// replaced while something further up the stack works on it. A question waits for a pause in
+// typing.
 void WynDocument::fileMayHaveChanged() {
   if (std::exchange(looksLater_, true)) return;
-  platform::desktop::current().waits().deliver(weak_from_this(), [this] {
+  auto const look = [this] {
     auto const self = weak_from_this().lock();
     looksLater_ = false;
     bool const is_as_known = documents::stamp_of(filename_) == fileStamp_ && !fileIsGone_;
     if (openCount_ == 0 || is_as_known) return;
     platform::notification_center::standard().post(fileDidChange, this);
     checkForFilesystemChanges();
-  });
+  };
+  auto& waits = platform::desktop::current().waits();
+  if (isDocumentEdited_ && documents::stamp_of(filename_)) {
+    waits.deliver_in_pause(weak_from_this(), look);
+  } else {
+    waits.deliver(weak_from_this(), look);
+  }
 }
 
 /// By whoever shows the text, if anybody does.

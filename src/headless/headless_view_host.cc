@@ -73,7 +73,9 @@ void headless_view_host::send(std::function<void(platform::view_client&)> input)
 
 void headless_view_host::send_key(platform::key_event const& event) {
   bool const is_escape = event.characters == std::u16string(1, platform::function_key::escape);
-  if (is_escape && platform::desktop::current().waits().escape()) return;
+  auto& waits = platform::desktop::current().waits();
+  if (is_escape && waits.escape()) return;
+  if (!waits.is_waiting()) waits.did_type();
   send([event](platform::view_client& client) { client.key_down(event); });
 }
 

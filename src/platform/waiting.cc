@@ -45,6 +45,22 @@ void waiting::post(std::weak_ptr<void const> owner, task work) {
   });
 }
 
+void waiting::deliver_in_pause(std::weak_ptr<void const> owner, task work) {
+  in_pause_.push_back([owner = std::move(owner), work = std::move(work)] {
+    if (!owner.expired()) work();
+  });
+  wait_for_pause();
+}
+
+void waiting::wait_for_pause() {
+  double const left = typed_ + pause - loop_.now();
+  if (left > 0) {
+    pause_timer_ = loop_.schedule(left, false, [this] { wait_for_pause(); });
+  } else {
+    for (task& work : std::exchange(in_pause_, {})) deliver(std::move(work));
+  }
+}
+
 void waiting::hold(task work) {
   held_.push_back(std::move(work));
   if (!is_waiting()) run_later();

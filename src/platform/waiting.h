@@ -55,6 +55,13 @@ class waiting {
   /// then.
   void post(std::weak_ptr<void const> owner, task work);
 
+  /// The user has typed, while nothing waits.
+  void did_type() { typed_ = loop_.now(); }
+  /// deliver(), once the user hasn't typed for `pause`: for questions that come by themselves,
+  /// which keys meant for a text would answer.
+  void deliver_in_pause(std::weak_ptr<void const> owner, task work);
+  static constexpr double pause = 1;  // seconds
+
   /// The user has pressed Escape: cancels what waits innermost. False if nothing waits.
   bool escape();
 
@@ -71,12 +78,16 @@ class waiting {
   void hold(task work);
   void run_later();
   void run_held();
+  void wait_for_pause();
 
   run_loop& loop_;
   std::vector<scope*> scopes_;  // outermost first
   std::deque<task> held_;
   bool is_ending_ = false, is_delivering_ = false;
   double since_ = 0, former_ = 0;  // seconds: when the outermost began, and the ones before it
+  double typed_ = -pause;
+  std::vector<task> in_pause_;
+  std::unique_ptr<timer> pause_timer_;
 };
 
 }  // namespace platform

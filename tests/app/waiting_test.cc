@@ -181,6 +181,21 @@ TEST_P(ending, cancels_what_waits_and_keeps_what_was_typed_meanwhile) {
 INSTANTIATE_TEST_SUITE_P(all, ending, testing::ValuesIn(waits));
 
 // A window's own key may have begun what waits, so it outlives that.
+// Keys meant for the text would answer a question that comes by itself.
+TEST_F(waiting, asks_about_a_changed_file_in_a_pause_of_typing) {
+  std::string typed;
+  for (int n = 0; n < 20; ++n) {
+    key(u'x');
+    typed += 'x';
+    if (n % 6 == 1) folder.write("file", "theirs " + typed);
+    desktop.loop().run_for(platform::waiting::pause * 0.9);
+    EXPECT_EQ(desktop.alerts().shown.size(), 0U);
+  }
+  desktop.loop().run_for(a_while);
+  EXPECT_EQ(desktop.alerts().shown.size(), 1U);
+  EXPECT_EQ(text(), typed + "one two\n");
+}
+
 TEST_F(waiting, keeps_closed_windows_until_it_is_over) {
   std::weak_ptr<WynDocument> const document = controller->textDocument();
   wait_for("alert", [&] {
