@@ -33,6 +33,21 @@ wait_no_window '^Quirnote$'
 wait_window 'file.txt'
 wait_until shows 'theirs again'
 
+# The question waits until nobody types: no key is lost to it, and none answers it.
+keys ctrl+End
+type_text ' and'
+printf 'theirs at last\n' >file.txt
+xdotool type --delay 40 ' mine, in words that go on and on'
+wait_window '^Quirnote$'
+keys Return
+wait_no_window '^Quirnote$'
+wait_window 'file.txt'
+wait_until shows $'theirs again\n and mine, in words that go on and on'
+keys ctrl+z ctrl+s
+wait_until find_window '^file.txt[^*]*$'
+printf 'theirs again\n' >file.txt
+wait_until shows 'theirs again'
+
 # A file that goes away leaves its text behind, unsaved.
 mv file.txt elsewhere.txt
 wait_window '^\*.*file.txt|file.txt.*\*'
