@@ -109,7 +109,10 @@ void TextViewWidget::set_needs_display(platform::rect const& r) {
   platform::rect const shown = r.intersection(visible_rect());
   if (shown.empty()) return;
   QRectF const local(shown.x - origin().x, shown.y - origin().y, shown.width, shown.height);
-  viewport()->update(local.toAlignedRect());
+  // At 125 % the edge of such a rectangle lies inside of a device pixel, which Qt may leave out.
+  bool const is_scaled_evenly = devicePixelRatioF() == std::floor(devicePixelRatioF());
+  int const margin = is_scaled_evenly ? 0 : 1;
+  viewport()->update(local.toAlignedRect().adjusted(-margin, -margin, margin, margin));
 }
 
 platform::palette TextViewWidget::palette() const {
