@@ -77,3 +77,15 @@ keys ctrl+s
 wait_until eval '[[ $(tail -c 1 large.txt) == Z ]]'
 keys ctrl+q
 wait_exit
+
+# A caret that moves leaves nothing where it was, also between device pixels.
+printf '{\n\n\n' >scaled.txt
+export QT_SCALE_FACTOR=1.25
+start_editor scaled.txt
+wait_window 'scaled.txt'
+keys ctrl+End ctrl+Home
+is_blank_below() {
+  screenshot scaled.png
+  [[ $(convert scaled.png -crop 600x120+18+80 +repage -format %k info:) == 1 ]]
+}
+wait_until -t 5 is_blank_below
