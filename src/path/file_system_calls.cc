@@ -15,9 +15,6 @@ int file_system_calls::ftruncate(int fd, off_t length) {
 int file_system_calls::fallocate(int fd, int mode, off_t offset, off_t length) {
   return ::fallocate(fd, mode, offset, length);
 }
-int file_system_calls::fchown(int fd, uid_t owner, gid_t group) {
-  return ::fchown(fd, owner, group);
-}
 int file_system_calls::futimens(int fd, timespec const times[2]) {
   return ::futimens(fd, times);
 }

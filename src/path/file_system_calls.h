@@ -14,7 +14,6 @@ class file_system_calls : public platform::file_calls {
  public:
   virtual int ftruncate(int fd, off_t length);
   virtual int fallocate(int fd, int mode, off_t offset, off_t length);
-  virtual int fchown(int fd, uid_t owner, gid_t group);
   virtual int futimens(int fd, timespec const times[2]);
   virtual int chmod(char const* path, mode_t mode);
   // Names in an open folder; links aren't followed.

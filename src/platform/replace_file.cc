@@ -28,6 +28,9 @@ int file_calls::fstat(int fd, struct stat* info) {
 int file_calls::fchmod(int fd, mode_t mode) {
   return ::fchmod(fd, mode);
 }
+int file_calls::fchown(int fd, uid_t owner, gid_t group) {
+  return ::fchown(fd, owner, group);
+}
 int file_calls::fsync(int fd) {
   return ::fsync(fd);
 }
@@ -78,11 +81,35 @@ int write_all(int fd, std::string_view contents, file_calls& calls) {
   return 0;
 }
 
-int write_temporary(std::string const& name, std::string_view contents, mode_t mode,
+struct rights {
+  uid_t owner;
+  gid_t group;
+  mode_t mode;
+};
+
+/// Those of the file at `path`; a new one belongs to whom the folder belongs, since root may be
+/// at work in another user's home folder.
+rights rights_to_give(std::string const& path) {
+  struct stat info;
+  if (::stat(path.c_str(), &info) == 0) return {info.st_uid, info.st_gid, info.st_mode & 07777};
+  if (::geteuid() == 0 && ::stat(folder_of(path).c_str(), &info) == 0)
+    return {info.st_uid, info.st_gid, 0600};
+  return {::geteuid(), ::getegid(), 0600};
+}
+
+/// Only root may give a file away; one that can't be stays with whoever writes it.
+void give_to(int fd, rights const& wanted, file_calls& calls) {
+  if (wanted.owner != ::geteuid() || wanted.group != ::getegid())
+    calls.fchown(fd, wanted.owner, wanted.group);
+}
+
+int write_temporary(std::string const& name, std::string_view contents, rights const& wanted,
                     file_calls& calls) {
+  mode_t const mode = wanted.mode;
   int const fd = calls.open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
   if (fd < 0) return errno;
   int error = write_all(fd, contents, calls);
+  if (!error) give_to(fd, wanted, calls);
   if (!error && mode != 0600 && calls.fchmod(fd, mode) != 0) error = errno;
   if (!error && calls.fsync(fd) != 0) error = errno;
   if (calls.close(fd) != 0 && !error) error = errno;
@@ -96,11 +123,6 @@ int sync_folder(std::string const& folder, file_calls& calls) {
   if (error == EINVAL) error = 0;  // file systems that have nothing to sync for folders
   if (calls.close(fd) != 0 && !error) error = errno;
   return error;
-}
-
-mode_t mode_to_keep(std::string const& path) {
-  struct stat info;
-  return ::stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0600;
 }
 
 }  // namespace
@@ -145,7 +167,7 @@ int replace_file(std::string const& path, std::string_view contents, file_calls&
   int error = EEXIST;
   for (int attempt = 0; error == EEXIST && attempt < 100; ++attempt) {
     temporary = temporary_name(target);
-    error = write_temporary(temporary, contents, mode_to_keep(target), calls);
+    error = write_temporary(temporary, contents, rights_to_give(target), calls);
   }
   if (error == EEXIST) return error;  // not ours to remove
   if (!error && calls.rename(temporary.c_str(), target.c_str()) != 0) error = errno;

@@ -19,6 +19,7 @@ class file_calls {
   virtual ssize_t write(int fd, void const* buffer, std::size_t count);
   virtual int fstat(int fd, struct stat* info);
   virtual int fchmod(int fd, mode_t mode);
+  virtual int fchown(int fd, uid_t owner, gid_t group);
   virtual int fsync(int fd);
   virtual int close(int fd);
   virtual int rename(char const* from, char const* to);
@@ -40,9 +41,10 @@ int read_file(std::string const& path, std::string& contents, file_calls& calls,
               struct stat* info = nullptr);
 
 /// Puts a file with these contents in the place of `path`, so that whoever opens it, and whatever
-/// interrupts this, finds either the old or the new contents whole. An existing file's mode is
-/// kept, a new one gets 0600; a symbolic link is followed. Returns 0 or an errno: the old file then
-/// stands as it was, except that after EIO from the last step the new one may stand already.
+/// interrupts this, finds either the old or the new contents whole. An existing file's owner
+/// and mode are kept, a new one gets 0600; a symbolic link is followed. Returns 0 or an errno: the
+/// old file then stands as it was, except that after EIO from the last step the new one may stand
+/// already.
 int replace_file(std::string const& path, std::string_view contents, file_calls& calls);
 
 /// Removes what interrupted replacements of `path` by processes that have ended left behind.

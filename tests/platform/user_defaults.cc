@@ -397,6 +397,26 @@ TEST_F(user_defaults_test, what_the_file_cannot_hold_lasts_for_this_run) {
   EXPECT_EQ(stored(), value(plist::dictionary{{"b", 1}}));
 }
 
+// A user's program may be run by root with the user's home folder.
+TEST_F(user_defaults_test, what_root_writes_stays_the_users) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs to be root";
+  constexpr unsigned user = 1234, group = 4321;
+  fs::path const folder = fs::path(path_).parent_path();
+  fs::create_directories(folder);
+  ASSERT_EQ(chown(folder.c_str(), user, group), 0);
+  for (unsigned const mode : {0600, 0640}) {  // of a new file, and of one that is there
+    user_defaults defaults(path_);
+    defaults.set("a", std::int64_t{mode});
+    EXPECT_TRUE(defaults.save());
+    struct stat info {};
+    ASSERT_EQ(stat(path_.c_str(), &info), 0);
+    EXPECT_EQ(info.st_uid, user);
+    EXPECT_EQ(info.st_gid, group);
+    EXPECT_EQ(info.st_mode & 0777, mode);
+    ASSERT_EQ(chmod(path_.c_str(), 0640), 0);
+  }
+}
+
 TEST_F(user_defaults_test, a_symbolic_link_stays_one) {
   std::string const target = folder_.write("dotfiles.plist", document(""));
   fs::create_directories(fs::path(path_).parent_path());
