@@ -1,9 +1,12 @@
 #include "app/batch_output.h"
 
 #include <unicode/utf8.h>
+#include <unistd.h>
 
-#include <cerrno>
+#include <cstdint>
 #include <cstdio>
+
+#include "platform/standard_streams.h"
 
 namespace {
 
@@ -51,16 +54,26 @@ void batch_output::begin_file(std::string_view name) {
 
 void batch_output::end_file() {
   if (style_ == heading::nulls) put({"", 1});
+  if (isatty(STDOUT_FILENO)) flush();
 }
 
 void batch_output::put(std::string_view text) {
   if (text.empty()) return;
   stands_in_line_ = text.back() != '\n';
-  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() && error_ == 0)
-    error_ = errno;
+  constexpr std::size_t enough = 1 << 16;  // bytes
+  if (waiting_.size() + text.size() > enough) flush();
+  if (text.size() > enough)
+    write(text);
+  else
+    waiting_ += text;
+}
+
+void batch_output::write(std::string_view text) {
+  if (error_ == 0) error_ = platform::write_to_stream(STDOUT_FILENO, text.data(), text.size());
 }
 
 int batch_output::flush() {
-  if (std::fflush(stdout) != 0 && error_ == 0) error_ = errno;
+  write(waiting_);
+  waiting_.clear();
   return error_;
 }

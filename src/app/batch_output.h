@@ -26,7 +26,10 @@ class batch_output {
   int flush();
 
  private:
+  void write(std::string_view text);
+
   heading const style_;
   bool stands_in_line_ = false;
+  std::string waiting_;
   int error_ = 0;
 };

@@ -1,6 +1,7 @@
 #include "platform/standard_streams.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,6 +15,22 @@ void occupy_standard_descriptors() {
     // The lowest free number is given, and those below are taken by now.
     (void)::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
+}
+
+int write_to_stream(int descriptor, char const* bytes, std::size_t size) {
+  while (size != 0) {
+    ssize_t const written = ::write(descriptor, bytes, size);
+    if (written >= 0) {
+      bytes += written;
+      size -= static_cast<std::size_t>(written);
+    } else if (errno == EAGAIN) {
+      pollfd wanted{descriptor, POLLOUT, 0};
+      ::poll(&wanted, 1, -1);
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
 }
 
 }  // namespace platform

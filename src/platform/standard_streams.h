@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 namespace platform {
 
 /// Opens /dev/null on those of the descriptors 0 to 2 that are closed, so that no file, socket or
@@ -7,5 +9,9 @@ namespace platform {
 /// that stream: reading and writing fail as they do on a closed one. To be called before anything
 /// else is opened.
 void occupy_standard_descriptors();
+
+/// Writes all of it, and waits where the descriptor has been set not to wait by whoever shares it.
+/// 0 or an errno.
+int write_to_stream(int descriptor, char const* bytes, std::size_t size);
 
 }  // namespace platform
