@@ -131,6 +131,12 @@ class atomic_write {
     return write_error{make_file_error("rename", path(), errno)};
   }
 
+  /// What the new file can't have taken along: permissions are given and links made at any time.
+  bool has_old_rights(struct stat const& info) const {
+    return info.st_mode == old_.st_mode && info.st_uid == old_.st_uid &&
+           info.st_gid == old_.st_gid && info.st_nlink == old_.st_nlink;
+  }
+
   /// Exchanges both files, so that what has been replaced can be looked at, and put back if it is
   /// not the file that was held: somebody else has put another one there at the last moment.
   std::optional<write_error> replace() {
@@ -144,8 +150,11 @@ class atomic_write {
     struct stat replaced;
     bool const looked =
         fstatat(target_.place().folder(), temporary_.c_str(), &replaced, AT_SYMLINK_NOFOLLOW) == 0;
-    if (!looked || is_old_file(replaced)) return std::nullopt;
-    if (rename(RENAME_EXCHANGE) == 0) return somebody_elses();
+    bool const is_old = !looked || is_old_file(replaced);
+    if (is_old && (!looked || has_old_rights(replaced))) return std::nullopt;
+    if (rename(RENAME_EXCHANGE) == 0)
+      return is_old ? write_error{meddling(path(), false)} : somebody_elses();
+    if (is_old) return std::nullopt;
     temporary_.clear();  // it is the only copy of what somebody else has written
     return write_error{meddling(path(), true)};
   }

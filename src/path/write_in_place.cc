@@ -50,6 +50,7 @@ class in_place_write {
   write_error fail(file_error const& failure, bool unprotected) {
     bool const gone = created_ && !complete_ && remove_created();
     bool const damaged = touched() && !gone && !complete_;
+    if (locked_out_ && !touched()) set_mode(old_.st_mode);
     return write_error{failure, damaged, unprotected};
   }
 
@@ -170,6 +171,7 @@ class in_place_write {
   }
 
   std::optional<file_error> overwrite(file_contents const& contents) {
+    if (auto failure = lock_out_others()) return failure;
     if (auto failure = output_.write(contents, [this] { return look(); })) return failure;
     if (auto failure = look()) return failure;
     if (size_before() > contents.size) {
@@ -179,9 +181,10 @@ class in_place_write {
       });
       if (result != 0) return output_.error("ftruncate");
     }
-    // Writing takes away marks that lend the owner's rights.
-    target_.give_attributes(output_.descriptor(), old_,
-                            target_.attributes(!created_).value_or(old_));
+    if (auto const& wanted = target_.attributes(!created_))
+      target_.give_attributes(output_.descriptor(), old_, *wanted);
+    else
+      restore_marks();
     if (has_hole(contents)) return meddling(target_.path(), false);
     if (auto failure = output_.sync()) return failure;
     if (calls_.fstat(output_.descriptor(), &last_) != 0) return output_.error("fstat");
@@ -192,6 +195,33 @@ class in_place_write {
     complete_ = true;
     if (!is_there) return meddling(target_.path(), true);
     return created_ ? target_.place().sync() : std::nullopt;
+  }
+
+  /// Writing takes away marks that lend the owner's rights. Whatever else has become of the mode
+  /// somebody has done meanwhile, perhaps to lock others out.
+  void restore_marks() {
+    constexpr mode_t marks = S_ISUID | S_ISGID;
+    struct stat now;
+    if (calls_.fstat(output_.descriptor(), &now) != 0 || now.st_mode == old_.st_mode ||
+        now.st_uid != old_.st_uid || now.st_gid != old_.st_gid ||
+        (now.st_mode | (old_.st_mode & marks)) != old_.st_mode)
+      return;
+    set_mode(old_.st_mode);
+  }
+
+  /// Nobody is to read the new bytes who may not do so when the file has the permissions that it is
+  /// to have. Whoever isn't its owner can't see to that.
+  std::optional<file_error> lock_out_others() {
+    auto const& wanted = target_.attributes(true);
+    if (created_ || !wanted) return std::nullopt;
+    mode_t const mode = old_.st_mode & (wanted->st_mode | ~mode_t{0077});
+    locked_out_ = mode != old_.st_mode && set_mode(mode);
+    if (mode == old_.st_mode || locked_out_ || errno == EPERM) return std::nullopt;
+    return output_.error("fchmod");
+  }
+
+  bool set_mode(mode_t mode) {
+    return uninterrupted([&] { return calls_.fchmod(output_.descriptor(), mode & 07777); }) == 0;
   }
 
   /// Whether the file has a hole where something was written: it was cut between two pieces, or
@@ -222,6 +252,7 @@ class in_place_write {
   struct stat last_ {};
   bool created_ = false;
   bool truncating_ = false;
+  bool locked_out_ = false;
   bool complete_ = false;
 };
 

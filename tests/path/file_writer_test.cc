@@ -8,7 +8,9 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <new>
+#include <sstream>
 
 #include "path/faulting_calls.h"
 #include "path/neighbour.h"
@@ -179,6 +181,64 @@ TEST(file_writer, lends_the_right_to_write_to_the_owner_alone) {
       EXPECT_EQ(calls.seen & ~(geteuid() == 0 && as_root ? 0444u : 0644u), 0u)
           << std::oct << calls.seen;
     }
+}
+
+/// Lets the call of one number fail, or the owner lock others out before it.
+class private_bytes : public watched_calls {
+ public:
+  private_bytes(std::string const& path, int at, bool locks)
+      : path_(path), at_(at), locks_(locks) {}
+  bool has_struck() const { return count_ >= at_; }
+  std::string leaked;  // the call before which others could read the new bytes
+
+ protected:
+  bool before(char const* call) override {
+    std::ifstream const file(path_);
+    std::string const bytes = (std::ostringstream() << file.rdbuf()).str();
+    if (bytes.find("new") != bytes.npos && (info_of(path_).st_mode & 0077)) leaked = call;
+    if (++count_ != at_) return true;
+    errno = EIO;
+    return locks_ && chmod(path_.c_str(), 0600) == 0;
+  }
+
+ private:
+  std::string const path_;
+  int const at_;
+  bool const locks_;
+  int count_ = 0;
+};
+
+TEST(file_writer, lets_nobody_read_what_is_to_be_private) {
+  using write_with_options = std::optional<path::write_error> (*)(
+      std::string const&, path::file_contents const&, path::write_options const&,
+      std::optional<path::file_version>&, path::file_system_calls&);
+  for (write_with_options const write : {static_cast<write_with_options>(path::write_in_place),
+                                         static_cast<write_with_options>(path::write_atomically)})
+    for (bool const locks : {false, true})
+      for (int at = 1; at < 100; ++at) {
+        temporary_folder folder;
+        std::string const file = folder.write("file", "the old bytes");
+        ASSERT_EQ(chmod(file.c_str(), 0644), 0);
+        path::write_options options;
+        if (!locks) {
+          options.attributes = info_of(file);
+          options.attributes->st_mode = S_IFREG | 0600;
+        }
+        private_bytes calls(file, at, locks);
+        std::optional<path::file_version> written;
+        auto const error = write(file, path::contents_of("new"), options, written, calls);
+        mode_t const mode = info_of(file).st_mode & 0777;
+        if (!calls.has_struck()) break;
+        if (locks) {
+          EXPECT_EQ(mode, 0600u) << at;
+        } else {
+          EXPECT_EQ(calls.leaked, "") << at;
+          if (folder.read(file) == "the old bytes") {
+            EXPECT_EQ(mode, 0644u) << at;
+          }
+        }
+        EXPECT_TRUE(error || folder.read(file) == "new") << at;
+      }
 }
 
 /// Lets each system call fail in turn: what is on the disk afterwards must be what is reported.
