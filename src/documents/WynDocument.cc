@@ -79,8 +79,8 @@ void WynDocument::becomeFile(std::string const& path) {
     bool const is_written = writtenElsewhere_ && writtenElsewhere_->path == path;
     fileStamp_ = is_written ? std::optional(writtenElsewhere_->stamp) : std::nullopt;
     filePlace_ = is_written ? writtenElsewhere_->place : path::place_of(path);
+    attributesRead_ = is_written ? writtenElsewhere_->attributes : std::nullopt;
     writtenElsewhere_.reset();
-    attributesRead_.reset();
   }
   filename_ = path;
   if (was_untitled && !path.empty()) untitled_numbers::of_documents().give_back();

@@ -243,6 +243,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
     std::string path;
     documents::file_stamp stamp;
     std::optional<path::file_place> place;
+    std::optional<struct stat> attributes;
   };
   std::optional<written_file> writtenElsewhere_;
   unsigned untitledCount_ = 0;

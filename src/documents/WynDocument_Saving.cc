@@ -162,16 +162,22 @@ path::write_options WynDocument::optionsForSaving(std::string const& path) const
   auto const there = documents::stamp_of(path);
   options.known =
       path::known_file{there ? std::optional(there->target) : std::nullopt, path::place_of(path)};
-  // Only of the file that was read: another one of that name may be open to everybody.
-  struct stat own;
-  if (fileStamp_ && stat(filename_.c_str(), &own) == 0 && own.st_dev == fileStamp_->target.device &&
-      own.st_ino == fileStamp_->target.inode)
+  options.attributes = attributesRead_;
+  auto const own =
+      fileStamp_ ? documents::attributes_of(filename_, fileStamp_->target) : std::nullopt;
+  if (!own) return options;
+  // Another file, which may be open to everybody, can have got the number of the one that was read.
+  bool const is_other = path::version_of(*own) != fileStamp_->target;
+  if (is_other && options.attributes)
+    options.attributes->st_mode &= own->st_mode;
+  else
     options.attributes = own;
   return options;
 }
 
 /// For a file that is made anew by whoever runs the program: no owner, and of the permissions only
-/// what the umask leaves.
+/// what the umask leaves. One that is there already keeps its own: whoever owns the text isn't to
+/// get the file.
 void WynDocument::takeLeaveOfOwner(path::write_options& options) {
   if (!options.attributes) return;
   mode_t const mask = umask(0);
@@ -179,6 +185,7 @@ void WynDocument::takeLeaveOfOwner(path::write_options& options) {
   options.attributes->st_mode &= ~mask & 0777;
   options.attributes->st_uid = geteuid();
   options.attributes->st_gid = static_cast<gid_t>(-1);  // stays
+  options.attributes_if_new = std::exchange(options.attributes, std::nullopt);
 }
 
 /// What others have written to the file of an unedited text is taken over, as it is at other times.
@@ -210,7 +217,7 @@ bool WynDocument::write(std::string const& given_path, bool as_copy) {
   // While a password is asked for, events are handled; a change that is our own is no news.
   bool const waiting = std::exchange(fileModifiedOnDiskAndWaitingForUser_, true);
   auto options = optionsForSaving(path);
-  if (as_copy && !path::exists(path)) takeLeaveOfOwner(options);
+  if (as_copy) takeLeaveOfOwner(options);
   asking_save saving(path, std::move(options), is_own);
   outcome const result = saving.run(*storage_, *format);
   fileModifiedOnDiskAndWaitingForUser_ = waiting;
@@ -232,10 +239,12 @@ void WynDocument::didWrite(std::string const& path, encoding::file_format const&
   if (path == filename_) fileContent_ = file_content::kept;
   textIsSaved(memento);
   removeSafetyCopies();
-  written_file const file{path, documents::stamp_of(path, written), path::place_of(path)};
+  written_file const file{path, documents::stamp_of(path, written), path::place_of(path),
+                          documents::attributes_of(path, written)};
   if (path == filename_) {
     fileStamp_ = file.stamp;
     filePlace_ = file.place;
+    if (file.attributes) attributesRead_ = file.attributes;
   } else {
     writtenElsewhere_ = file;
   }

@@ -32,4 +32,8 @@ std::optional<file_stamp> stamp_of(std::string const& path);
 /// That of a file at `path` of which the version is known from its descriptor.
 file_stamp stamp_of(std::string const& path, path::file_version const& target);
 
+/// Owner, group and permissions of the file at `path`, as a file that is made instead of it may
+/// have them. Nothing if it isn't the same file as that of `target`.
+std::optional<struct stat> attributes_of(std::string const& path, path::file_version const& target);
+
 }  // namespace documents

@@ -71,7 +71,7 @@ std::optional<path::file_error> append_rest(path::file_reader& reader, std::stri
 
 void note_identity(std::string const& path, struct stat const& info, file_text& text) {
   text.stamp = stamp_of(path, path::version_of(info));
-  text.info = info;
+  text.info = attributes_of(path, path::version_of(info)).value_or(info);
   path::open_place place;
   if (place.open(path)) return;
   auto const there = place.info();

@@ -67,4 +67,18 @@ int copy_extended_attributes(std::string const& from, int to) {
   return 0;
 }
 
+mode_t mode_without_access_list(std::string const& path, mode_t mode) {
+  auto const list = bytes_of([&](char* buffer, std::size_t size) {
+    return getxattr(path.c_str(), "system.posix_acl_access", buffer, size);
+  });
+  if (!list) return mode;
+  // After the version come the entries: kind, rights, and whose, all with the low byte first.
+  constexpr std::size_t version_size = 4, entry_size = 8;
+  constexpr char group_that_owns = 0x04;
+  for (std::size_t at = version_size; at + entry_size <= list->size(); at += entry_size)
+    if ((*list)[at] == group_that_owns)
+      mode &= ~mode_t{0070} | static_cast<mode_t>(((*list)[at + 2] & 7) << 3);
+  return mode;
+}
+
 }  // namespace path

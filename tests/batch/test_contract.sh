@@ -205,6 +205,20 @@ for words in '--batch --print text long' '--batch --save-as - long' '--batch --p
   done
 done
 
+# A pipe that whoever reads it has set not to wait.
+for words in '--print text' '--save-as -'; do
+  python3 -c '
+import os, subprocess, sys, time
+reader, writer = os.pipe()
+os.set_blocking(writer, False)
+process = subprocess.Popen(sys.argv[1:], stdout=writer)
+os.close(writer)
+time.sleep(0.1)
+sys.stdout.buffer.write(os.fdopen(reader, "rb").read())
+sys.exit(process.wait())' "$program" --batch $words long >out
+  cmp out long
+done
+
 # With all of them closed no file gets the number of a stream that is written to.
 "$program" --batch --macro type --print text --save-as closed b <&- >&- 2>&- || true
 is closed 'QQx'
@@ -214,10 +228,13 @@ is closed 'QQx'
   printf 'x' >private && chmod 600 private
   printf 'x' >shared && chmod 666 shared
   printf 'x' >runs && chmod 4755 runs
+  printf 'x' >other.new && chmod 604 other.new
   umask 027
   for name in private:600 shared:640 runs:750; do
     run 0 --save-as "${name%:*}.new" "${name%:*}"
     [[ $(stat -c %a "${name%:*}.new") == "${name#*:}" ]] || fail "$name: $(stat -c %a *.new)"
+    run 0 --save-as other.new "${name%:*}"
+    [[ $(stat -c %a other.new) == 604 ]] || fail "$name: $(stat -c %a other.new)"
   done
 )
 

@@ -191,6 +191,56 @@ TEST_F(document, saved_elsewhere_takes_its_attributes_along) {
   EXPECT_EQ(d->filename(), folder / "file");
 }
 
+// Whatever has become of the file meanwhile, and wherever its text goes.
+TEST_F(document, private_text_stays_private) {
+  enum class meanwhile { nothing, deleted, replaced };
+  enum class way { elsewhere, copy, back, elsewhere_and_back };
+  for (bool const with_list : {false, true})
+    for (auto const event : {meanwhile::nothing, meanwhile::deleted, meanwhile::replaced})
+      for (auto const how : {way::elsewhere, way::copy, way::back, way::elsewhere_and_back}) {
+        if (event == meanwhile::replaced && how == way::back) continue;  // it's the other's file
+        std::string const path = folder / "private";
+        std::string written = path;
+        folder.write("private", "text");
+        ASSERT_EQ(chmod(path.c_str(), 0600), 0);
+        if (with_list && !give_access_list(path, 0)) continue;
+        auto const d = WynDocument::initWithContentsOfFile(path);
+        ASSERT_TRUE(d);
+        if (event != meanwhile::nothing) std::filesystem::remove(path);
+        if (event == meanwhile::replaced) folder.write("private", "of others");
+        type(*d, u" more");
+        if (how != way::back) written = folder / "new";
+        EXPECT_TRUE(how == way::copy ? d->writeCopyToFile(written) : d->writeToFile(written));
+        if (how == way::elsewhere_and_back) {
+          d->setFilename(written);
+          std::filesystem::remove(written);
+          EXPECT_TRUE(d->writeToFile(written));
+        }
+        struct stat info {};
+        ASSERT_EQ(stat(written.c_str(), &info), 0);
+        bool const is_old = how == way::back && event == meanwhile::nothing;
+        EXPECT_EQ(info.st_mode & 0077, is_old && with_list ? 0060u : 0u)
+            << with_list << static_cast<int>(event) << static_cast<int>(how);
+        alerts();
+        for (char const* name : {"private", "new"}) std::filesystem::remove(folder / name);
+      }
+}
+
+TEST_F(document, copy_leaves_the_file_that_it_overwrites_to_its_owner) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs to be root";
+  auto const d = document_of("text");
+  ASSERT_EQ(chown(d->filename().c_str(), 1234, 4321), 0);
+  std::string const other = folder.write("other", "old");
+  ASSERT_EQ(chmod(other.c_str(), 0640), 0);
+  ASSERT_TRUE(d->writeCopyToFile(other));
+  struct stat info {};
+  ASSERT_EQ(stat(other.c_str(), &info), 0);
+  EXPECT_EQ(info.st_uid, 0u);
+  EXPECT_EQ(info.st_gid, 0u);
+  EXPECT_EQ(info.st_mode & 07777, 0640u);
+  EXPECT_EQ(folder.read(other), "text");
+}
+
 TEST_F(document, failed_saves_are_told_and_change_nothing) {
   std::filesystem::create_directory(folder / "gone");
   std::string const path = folder.write("gone/file", "old");

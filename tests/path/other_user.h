@@ -46,8 +46,8 @@ inline std::string access_list_of(std::string const& path) {
   return size < 0 ? "" : std::string(bytes, static_cast<std::size_t>(size));
 }
 
-/// False where the file system has no such lists.
-inline bool give_access_list(std::string const& path) {
+/// The file's group gets the rights `group`. False where the file system has no such lists.
+inline bool give_access_list(std::string const& path, char group = 4) {
   std::string bytes("\2\0\0\0", 4);  // the version; then entries of kind, rights and user
   auto const add = [&](char kind, char rights, unsigned user) {
     bytes += std::string{kind, 0, rights, 0};
@@ -56,7 +56,7 @@ inline bool give_access_list(std::string const& path) {
   constexpr unsigned nobody = 0xFFFFFFFF;
   add(0x01, 6, nobody);
   add(0x02, 6, other_user::id);
-  add(0x04, 4, nobody);
+  add(0x04, group, nobody);
   add(0x10, 6, nobody);
   add(0x20, 0, nobody);
   return setxattr(path.c_str(), access_list_name, bytes.data(), bytes.size(), 0) == 0;
