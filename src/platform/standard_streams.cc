@@ -18,15 +18,18 @@ void occupy_standard_descriptors() {
 }
 
 int write_to_stream(int descriptor, char const* bytes, std::size_t size) {
+  constexpr int most_interruptions = 1000;  // in a row: then it has failed
+  int interruptions = 0;
   while (size != 0) {
     ssize_t const written = ::write(descriptor, bytes, size);
     if (written >= 0) {
       bytes += written;
       size -= static_cast<std::size_t>(written);
+      interruptions = 0;
     } else if (errno == EAGAIN) {
       pollfd wanted{descriptor, POLLOUT, 0};
       ::poll(&wanted, 1, -1);
-    } else if (errno != EINTR) {
+    } else if (errno != EINTR || ++interruptions == most_interruptions) {
       return errno;
     }
   }
