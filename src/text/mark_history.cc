@@ -75,9 +75,10 @@ void view::mark_history::note_lines(uint32_t first, uint32_t last, uint32_t new_
 void view::mark_history::will_erase(text::iterator const& first, text::iterator const& last) {
   if (replacing_) return;
   auto const marks = bookmarks_of(first.line, last.line);
-  bool const loses = std::any_of(marks.begin(), marks.end(), [&](text::pos at) {
-    return first.pos() < at && at <= last.pos();
-  });
+  // Lines that join keep one of their bookmarks, wherever these stand.
+  bool const loses = marks.size() > 1 || std::any_of(marks.begin(), marks.end(), [&](text::pos at) {
+                       return first.pos() < at && at <= last.pos();
+                     });
   if (loses) note_lines(first.line, last.line, first.line);
 }
 

@@ -105,7 +105,7 @@ class naive_bookmarks {
   std::vector<size_t> marks;  // offsets in the text, in order
 };
 
-TEST_F(Bookmarks, FollowTheirTextUnderRandomEdits) {
+TEST_F(Bookmarks, FollowTheirTextUnderRandomEditsAndComeBack) {
   for (unsigned seed = 1; seed <= 40; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     random_source random(seed);
@@ -125,9 +125,16 @@ TEST_F(Bookmarks, FollowTheirTextUnderRandomEdits) {
       } else {
         size_t const other = std::min(line + random.below(3), storage.lines() - 1);
         text::iterator const last(other, random.up_to(storage.size(other)), &storage);
-        if (last < at) continue;
+        if (!(at < last)) continue;
         model.erase(storage, at, last);
+        auto const& marks = view.bookmark_filter->marks;
+        std::vector<pos> const before = marks.list();
         storage.erase(at, last);
+        std::vector<pos> const after = marks.list();
+        storage.undo();
+        ASSERT_EQ(marks.list(), before) << "step " << step;
+        storage.redo();
+        ASSERT_EQ(marks.list(), after) << "step " << step;
         model.drop_second_ones(storage);
       }
       std::vector<pos> expected;
