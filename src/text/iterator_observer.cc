@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/clusters.h"
 #include "text/moved_positions.h"
 #include "text/storage.h"
 
@@ -315,6 +316,17 @@ void iterator_observer::repeat_edits() {
   arrive();
 }
 
+// Units are counted in another text than that of a mirror, which may have a pair there.
+text::pos iterator_observer::before_pair(text::pos at) const {
+  if (unicode::splits_pair(storage->line_units(at.line), at.column)) --at.column;
+  return at;
+}
+
+text::pos iterator_observer::behind_pair(text::pos at) const {
+  if (unicode::splits_pair(storage->line_units(at.line), at.column)) ++at.column;
+  return at;
+}
+
 std::vector<replacement::edit> iterator_observer::edits_for_erases() const {
   std::vector<replacement::edit> edits;
   for (pending_erase const& pending : pending_erases) {
@@ -325,7 +337,10 @@ std::vector<replacement::edit> iterator_observer::edits_for_erases() const {
         start + static_cast<std::ptrdiff_t>(std::min(pending.offset, size));
     text::iterator const last =
         start + static_cast<std::ptrdiff_t>(std::min(pending.offset + pending.length, size));
-    if (first != last) edits.push_back({first.pos(), last.pos(), first.pos()});
+    if (first != last) {
+      text::pos const at = before_pair(first.pos());
+      edits.push_back({at, behind_pair(last.pos()), at});
+    }
   }
   std::sort(edits.begin(), edits.end(),
             [](auto const& a, auto const& b) { return a.first < b.first; });
@@ -347,7 +362,7 @@ std::vector<replacement::edit> iterator_observer::edits_for_inserts() const {
     text::iterator const start = first_of(target, storage);
     auto const length = static_cast<size_t>(last_of(target, storage) - start);
     text::pos const at =
-        (start + static_cast<std::ptrdiff_t>(std::min(pending.offset, length))).pos();
+        before_pair((start + static_cast<std::ptrdiff_t>(std::min(pending.offset, length))).pos());
     edits.push_back(
         {at, at, {at.line + size.line, size.column + (size.line == 0 ? at.column : 0)}});
   }

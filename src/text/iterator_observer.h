@@ -113,6 +113,8 @@ class iterator_observer : public storage_observer {
   void restore_lists(uint32_t state, bool undoing);
   void forget_pending();
   bool repeats_edits() const;
+  text::pos before_pair(text::pos at) const;
+  text::pos behind_pair(text::pos at) const;
   std::vector<replacement::edit> edits_for_erases() const;
   std::vector<replacement::edit> edits_for_inserts() const;
   void move_mirrors(std::vector<replacement::edit> const& edits);
