@@ -56,7 +56,7 @@ void put_marks_at_characters(text::view& view) {
 }
 
 /// A function that works on whole texts: overwriting is for typing, and must not leave blanks of a
-/// text's old length.
+/// text's old length; nor is what it erases to be erased on other lines that typing reaches.
 template <typename F>
 auto rewriting(F function) {
   return [function](text::view* view) {
@@ -68,6 +68,7 @@ auto rewriting(F function) {
         put_marks_at_characters(view);
       }
     } const during{*view};
+    view->mirror_observer.remove_all_mirrors();
     return std::invoke(function, view);
   };
 }
