@@ -128,7 +128,9 @@ bool has_known_format(QMimeData const& data) {
 QtPasteboard::QtPasteboard(QClipboard::Mode mode) : mode_(mode) {
   QObject::connect(QGuiApplication::clipboard(), &QClipboard::changed, &connection_,
                    [this](QClipboard::Mode changed) {
-                     if (changed == mode_) ++change_count_;
+                     if (changed != mode_) return;
+                     ++change_count_;
+                     silence_.invalidate();
                    });
 }
 
@@ -138,7 +140,20 @@ void QtPasteboard::set(plist::dictionary content) {
 
 plist::value QtPasteboard::get(std::string_view type) const {
   QMimeData const* const data = QGuiApplication::clipboard()->mimeData(mode_);
-  return data == nullptr ? plist::value() : value_of(*data, type);
+  return data == nullptr || !is_answered(*data) ? plist::value() : value_of(*data, type);
+}
+
+// A program that hangs is waited for for seconds, each time that anything is asked. So that a
+// paste, which asks for more than one type, waits once, a silence goes for what is asked next too.
+bool QtPasteboard::is_answered(QMimeData const& data) const {
+  constexpr int patience = 1000;  // in milliseconds
+  if (silence_.isValid() && silence_.elapsed() < patience) return false;
+  QElapsedTimer asked;
+  asked.start();
+  bool const has_formats = !data.formats().isEmpty();
+  silence_.invalidate();
+  if (!has_formats && asked.elapsed() >= patience) silence_.start();
+  return has_formats;
 }
 
 std::unique_ptr<platform::pasteboard> make_primary_selection() {

@@ -3,6 +3,7 @@
 #include "platform/pasteboard.h"
 
 #include <QClipboard>
+#include <QElapsedTimer>
 #include <QMimeData>
 #include <QObject>
 
@@ -21,8 +22,11 @@ class QtPasteboard final : public platform::pasteboard {
   std::uint64_t change_count() const override { return change_count_; }
 
  private:
+  bool is_answered(QMimeData const& data) const;
+
   QClipboard::Mode mode_;
   std::uint64_t change_count_ = 0;
+  mutable QElapsedTimer silence_;  // since an owner was last found not to answer
   QObject connection_;
 };
 

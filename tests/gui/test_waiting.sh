@@ -81,3 +81,14 @@ printf '("\r\n' | xclip -selection primary
 click 300 300 2
 keys ctrl+s
 expect_file file.txt $'only here\n("\n'
+
+# A program that hangs with the clipboard in its hands is waited for once, however much a paste asks.
+printf 'never seen' | xclip -i -selection clipboard -quiet 2>/dev/null &
+owner=$!
+wait_until selection_is clipboard 'never seen'
+kill -STOP "$owner"
+keys ctrl+Home ctrl+v
+type_text 'after '
+keys ctrl+s
+expect_file file.txt $'after only here\n("\n'
+kill -KILL "$owner"
