@@ -66,7 +66,9 @@ void put_line_before(text::view* view, std::size_t line, std::u16string added) {
 bool move_lines(text::view* view, bool up) {
   text::storage& storage = *view->storage;
   auto const [first, last] = selected_lines(*view);
-  if (up ? first == 0 : last + 1 == storage.lines()) return false;
+  // What follows the last line end is no line to change places with.
+  std::size_t const lines = storage.lines() - (storage.size(storage.lines() - 1) == 0 ? 1 : 0);
+  if (last >= lines || (up ? first == 0 : last + 1 == lines)) return false;
   // The neighbour moves, so that what is tied to the lines themselves stays with them.
   kept_marks const marks(*view);
   if (up) {
