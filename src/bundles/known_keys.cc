@@ -107,6 +107,7 @@ key_types const& setting_keys() {
                                  {"indentNextLinePattern", pattern},
                                  {"indentationEndsBlocks", number},
                                  {"alignedLinePatterns", pairs},
+                                 {"continuedLinePattern", pattern},
                                  {"completions", texts},
                                  {"completionCommand", text},
                                  {"disableDefaultCompletion", number}};

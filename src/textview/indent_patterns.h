@@ -19,11 +19,18 @@ std::optional<oniguruma::ptrn_t> pattern_of_setting(std::string const& source, c
 /// whole lines, without their ends. A bad pattern, and any in a very long line, matches nothing.
 class indent_patterns {
  public:
-  enum type : unsigned { unindented = 1, increase = 2, decrease = 4, next_line = 8 };
-  /// The settings in which they stand, in the order of `type`.
-  static constexpr std::array<char const*, 4> keys = {
+  enum type : unsigned {
+    unindented = 1,
+    increase = 2,
+    decrease = 4,
+    next_line = 8,
+    continued = 16
+  };
+  /// The settings in which they stand, in the order of `type`. That of `continued` is tested
+  /// against two lines with a line feed between them.
+  static constexpr std::array<char const*, 5> keys = {
       "unIndentedLinePattern", "increaseIndentPattern", "decreaseIndentPattern",
-      "indentNextLinePattern"};
+      "indentNextLinePattern", "continuedLinePattern"};
 
   indent_patterns() = default;
   explicit indent_patterns(plist::value const& settings);
@@ -33,7 +40,7 @@ class indent_patterns {
   /// Whether the language says where lines are indented more or less.
   bool know_indentation() const { return patterns_[1] || patterns_[2]; }
   bool matches(type which, text::unit_view line) const;
-  /// The bits of `type`; `unindented` stands alone.
+  /// The bits of `type` but `continued`; `unindented` stands alone.
   unsigned typeForLine(text::unit_view line) const;
   /// The columns by which line `number` should be indented, if this were its content. What the
   /// lines above are may be told by the caller, who knows which of them are in another language or
@@ -56,6 +63,6 @@ class indent_patterns {
 
   plist::value aligned_source_;
   std::vector<line_pair> aligned_;
-  std::array<std::string, 4> sources_;
-  std::array<std::optional<oniguruma::ptrn_t>, 4> patterns_;
+  std::array<std::string, keys.size()> sources_;
+  std::array<std::optional<oniguruma::ptrn_t>, keys.size()> patterns_;
 };

@@ -112,8 +112,8 @@ unsigned line_indenter::type_of_line(std::size_t number) {
   return patterns_of(settings_of_line(number))->typeForLine(view().storage->line_units(number));
 }
 
-// Lines of which the last one closes what the first one has opened count as one, which is indented
-// like the first and opens a block if the last does.
+// Lines of which the last one closes what the first one has opened, or continues it, count as one,
+// which is indented like the first and opens a block if the last or both together do.
 std::size_t line_indenter::wanted_indent(indent_patterns const& patterns, text::unit_view content,
                                          std::size_t number) {
   std::size_t first = number;
@@ -124,6 +124,8 @@ std::size_t line_indenter::wanted_indent(indent_patterns const& patterns, text::
     type = type_of_line(line);
     if (type == indent_patterns::unindented) return type;
     first = first_line_of(line);
+    unsigned const joined = first < line ? type_of_lines(first, line) : 0;
+    type |= joined & (indent_patterns::increase | indent_patterns::next_line);
     return line == first ? type : unsigned(indent_patterns::unindented);
   };
   return patterns.indentForContentAtLine(content, number, *view().storage, tab_size(), types);
@@ -162,7 +164,7 @@ text::unit_view line_indenter::code_before(text::iterator const& caret) const {
 }
 
 // The line in which the brackets begin that are closed in a line.
-std::size_t line_indenter::first_line_of(std::size_t number) const {
+std::size_t line_indenter::first_line_of(std::size_t number) {
   text::storage& storage = *view().storage;
   std::size_t closed = 0;
   for (std::size_t line = number + 1; line-- > number - std::min(number, furthest_line / 2);) {
@@ -182,15 +184,23 @@ std::size_t line_indenter::first_line_of(std::size_t number) const {
   return number;
 }
 
-// Whether a line ends with a backslash or an operator.
-bool line_indenter::goes_on_below(std::size_t number) const {
+// Whether a line ends with a backslash or an operator, or the following one begins as the language
+// begins those that continue another one.
+bool line_indenter::goes_on_below(std::size_t number) {
   text::storage& storage = *view().storage;
   text::unit_view line = storage.line_units(number);
   if (line.ends_with(u'\\')) return true;
   while (!line.empty() &&
          (text::is_blank(line.back()) || is_in_prose({number, line.size() - 1, &storage})))
     line.remove_suffix(1);
-  return !line.empty() && text::unit_view(u"=&|?+").find(line.back()) != text::unit_view::npos;
+  bool const is_operand = line.ends_with(u"$?") || line.ends_with(u"++");
+  if (!line.empty() && !is_operand && text::unit_view(u"=&|?+").find(line.back()) != line.npos)
+    return true;
+  if (number + 1 == storage.lines()) return false;
+  std::u16string lines(storage.line_units(number));
+  lines += u'\n';
+  lines += storage.line_units(number + 1);
+  return patterns_of(settings_of_line(number))->matches(indent_patterns::continued, lines);
 }
 
 std::optional<text::iterator> line_indenter::open_bracket_above(std::size_t number) const {

@@ -54,9 +54,9 @@ class line_indenter {
   bool is_bracket(text::iterator const& at) const;
   bool is_in_prose(text::iterator const& at) const;
   text::unit_view code_before(text::iterator const& caret) const;
-  std::size_t first_line_of(std::size_t number) const;
+  std::size_t first_line_of(std::size_t number);
   std::optional<text::iterator> open_bracket_above(std::size_t number) const;
-  bool goes_on_below(std::size_t number) const;
+  bool goes_on_below(std::size_t number);
   bool continues_line_above(std::size_t number);
   bool may_end_blocks(std::size_t number, std::size_t indent);
   unsigned type_of_lines(std::size_t first, std::size_t last);

@@ -67,18 +67,19 @@ std::vector<text::unit_view> lines_of(text::unit_view text) {
   return lines;
 }
 
-// By how many spaces lines are most often indented more than the one above.
+// The widest level of spaces that four of five indented lines have whole ones of.
 unsigned usual_indent(text::unit_view text) {
-  unsigned times[9] = {0};
-  std::size_t above = 0;
+  constexpr std::size_t widest = 8;
+  std::size_t indented = 0, whole[widest + 1] = {0};
   for (text::unit_view const line : lines_of(text)) {
     std::size_t const width = leading_blanks(line);
-    if (width == line.size() || line[width] == u'*') continue;
-    if (width > above && width - above <= 8) ++times[width - above];
-    above = width;
+    if (width < 2 || width == line.size() || line[width] == u'*') continue;
+    ++indented;
+    for (std::size_t level = 2; level <= widest; ++level) whole[level] += width % level == 0;
   }
-  unsigned const* const most = std::max_element(std::begin(times) + 2, std::end(times));
-  return *most == 0 ? 4 : static_cast<unsigned>(most - std::begin(times));
+  for (unsigned const level : {8u, 4u, 3u})
+    if (indented == 0 || whole[level] * 5 >= indented * 4) return indented == 0 ? 4 : level;
+  return 2;
 }
 
 class edited_view {
@@ -267,6 +268,7 @@ class indented_file : public edited_view {
       if (storage().line_units(n) == lines[n]) continue;
       ++changed;
       say(n, lines[n]);
+      if (changed == 1) fault += "\n    came out as " + unicode::to_utf8(storage().line_units(n));
     }
     return changed == 0;
   }
