@@ -163,7 +163,7 @@ text::unit_view line_indenter::code_before(text::iterator const& caret) const {
   return line;
 }
 
-// The line in which the brackets begin that are closed in a line.
+// The line in which the brackets begin that are closed in a line or in those that it continues.
 std::size_t line_indenter::first_line_of(std::size_t number) {
   text::storage& storage = *view().storage;
   std::size_t closed = 0;
@@ -177,9 +177,7 @@ std::size_t line_indenter::first_line_of(std::size_t number) {
       else if (closed > 0)
         --closed;
     }
-    if (closed != 0) continue;
-    while (line > 0 && goes_on_below(line - 1)) --line;
-    return line;
+    if (closed == 0 && (line == 0 || !goes_on_below(line - 1))) return line;
   }
   return number;
 }
