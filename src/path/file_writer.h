@@ -40,14 +40,14 @@ struct known_file {
 struct write_error : file_error {
   /// The file's old bytes are gone, or some of them, and the new ones aren't all there.
   bool target_damaged = false;
-  /// The new bytes are all there; but the folder could not be written to the disk, which may lose
-  /// them if it stops now.
-  bool is_in_place = false;
   /// The file is as it was: its new bytes could not be put in safety before it was overwritten.
   bool unprotected = false;
   /// The file is as it was, and not the known one; `found` says which it is.
   bool changed = false;
   std::optional<file_version> found = std::nullopt;
+  /// The new bytes are all there; but the folder could not be written to the disk, which may lose
+  /// them if it stops now.
+  bool is_in_place = false;
 };
 
 /// Called when all is ready for a file to be overwritten and nothing has been: puts what would be
