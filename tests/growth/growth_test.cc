@@ -178,16 +178,23 @@ class growth : public testing::Test {
   headless::headless_desktop desktop_;
 };
 
+// Rows that become one are as wide as all together, and each row of the rectangle is filled up to
+// that: the text itself grows by the square.
+bool is_known_to_grow(std::string const& selector, std::string const& documents) {
+  return selector == "unwrapText:" && documents == "lines of columns";
+}
+
 // Every method that the text view has under a name, queries of menus included.
 TEST_F(growth, of_every_action) {
   document const any("");
   for (auto const& [name, make] : documents)
     for (std::string const& selector : any.view.selectors())
-      expect_growth(selector + " with many " + name, [&, &make = make](std::size_t n) {
-        made_document const made = make(n);
-        made->draw();
-        return work_of([&] { made->perform(selector); });
-      });
+      if (!is_known_to_grow(selector, name))
+        expect_growth(selector + " with many " + name, [&, &make = make](std::size_t n) {
+          made_document const made = make(n);
+          made->draw();
+          return work_of([&] { made->perform(selector); });
+        });
 }
 
 // What a key press within a line costs is the same in a large text.
