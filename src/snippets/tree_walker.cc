@@ -125,6 +125,16 @@ bool tree_walker::has_child(int outer, int index) const {
   return false;
 }
 
+bool tree_walker::would_reverse_nesting(int index) {
+  for (std::size_t const outer : open_) {
+    if (!has_child(index, stops_[outer].index)) continue;
+    warnings_.push_back("tab stop " + name_of(index) + " can't be child of " +
+                        name_of(stops_[outer].index));
+    return true;
+  }
+  return false;
+}
+
 std::size_t tree_walker::open_stop(int index) {
   tab_stop_t stop;
   stop.index = index;
@@ -141,12 +151,7 @@ void tree_walker::add_stop(antlr::RefAST const& node, bool has_content) {
     warnings_.push_back("tab stop " + name_of(index) + " can't be recursive");
     return;
   }
-  for (std::size_t const outer : open_)
-    if (has_child(index, stops_[outer].index)) {
-      warnings_.push_back("tab stop " + name_of(index) + " can't be child of " +
-                          name_of(stops_[outer].index));
-      return;
-    }
+  if (would_reverse_nesting(index)) return;
   std::size_t const stop = open_stop(index);
   if (has_content) {
     field_.try_emplace(index, stop);
@@ -163,12 +168,7 @@ void tree_walker::add_regexp_mirror(antlr::RefAST const& node) {
     warnings_.push_back("can't nest regexp mirror of " + name_of(index) + " in placeholder");
     return;
   }
-  for (std::size_t const outer : open_)
-    if (has_child(index, stops_[outer].index)) {
-      warnings_.push_back("tab stop " + name_of(index) + " can't be child of " +
-                          name_of(stops_[outer].index));
-      return;
-    }
+  if (would_reverse_nesting(index)) return;
   substitution const parts(node->getFirstChild());
   std::size_t const stop = open_stop(index);
   stops_[stop].transform =

@@ -32,6 +32,8 @@ class tree_walker {
   bool is_open(int index) const;
   /// Whether a stop of `index` stands in one of `outer`, as far as is known.
   bool has_child(int outer, int index) const;
+  /// Whether an index that is open stands in this one elsewhere, which is reported.
+  bool would_reverse_nesting(int index);
   std::size_t open_stop(int index);
 
   parse_options const& options_;
