@@ -9,8 +9,8 @@
 #include <string>
 
 #include "regex/onig_library.h"
+#include "search/text_query.h"
 #include "text/storage.h"
-#include "textview/text_query.h"
 
 namespace {
 

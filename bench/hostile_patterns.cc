@@ -13,10 +13,10 @@
 #include "headless/headless_desktop.h"
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
+#include "search/WynFindManager.h"
+#include "search/find_highlights.h"
+#include "search/replace_all.h"
 #include "text/storage.h"
-#include "textview/WynFindManager.h"
-#include "textview/find_highlights.h"
-#include "textview/replace_all.h"
 
 // hostile_patterns [LENGTH]...: how long a window is kept from handling events by finding with
 // patterns that are made to be slow, in one line of each length given (10 to 10,000,000 units

@@ -1,9 +1,9 @@
 # A floor is one folder under src/: a static library that may link only floors below it.
 # quirnote_floor(NAME BELOW floor... LIBS external-target...)
-# Sources are all *.cc of the folder; *.g are grammars for the ANTLR 2 generator.
+# Sources are all *.cc of the folder and of the rooms in it; *.g are grammars for the ANTLR 2 generator.
 function(quirnote_floor name)
   cmake_parse_arguments(ARG "" "" "BELOW;LIBS" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cc)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cc)
   file(GLOB grammars CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.g)
   list(TRANSFORM ARG_BELOW PREPEND quirnote_)
   if(NOT sources)

@@ -1,21 +1,22 @@
 #include "app/AppDelegate.h"
 
-#include "app/WynDocumentController.h"
 #include "app/file_argument.h"
 #include "app/line_place.h"
 #include "app/offer_safety_copies.h"
 #include "bundles/BundleManager.h"
-#include "bundles/item_kinds.h"
+#include "bundles/index/item_kinds.h"
 #include "documents/WynDocument.h"
 #include "documents/file_text.h"
 #include "documents/printable_name.h"
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop.h"
+#include "platform/log.h"
 #include "platform/user_defaults.h"
-#include "textview/WynFindManager.h"
-#include "textview/WynThemeManager.h"
-#include "textview/wrap_columns.h"
+#include "search/WynFindManager.h"
+#include "styles/WynThemeManager.h"
+#include "styles/wrap_columns.h"
+#include "windows/WynDocumentController.h"
 
 #include <sys/stat.h>
 
@@ -399,8 +400,8 @@ bool AppDelegate::applicationMustTerminate() {
     if (document == nullptr) continue;
     auto const error = document->keepUnsavedText();
     if (!error) continue;
-    std::fprintf(stderr, "Quirnote: the text of %s is lost: %s: %s\n",
-                 document->displayName().c_str(), error->path.c_str(), error->message.c_str());
+    platform::log("the text of " + document->displayName() + " is lost: " + error->path + ": " +
+                  error->message);
     all_kept = false;
   }
   platform::user_defaults::standard().save();

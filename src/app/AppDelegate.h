@@ -6,7 +6,8 @@
 #include "platform/notification_center.h"
 #include "platform/run_loop.h"
 #include "plist/value.h"
-#include "textview/theme_watcher.h"
+#include "styles/theme_watcher.h"
+#include "windows/windows_owner.h"
 
 #include <functional>
 #include <memory>
@@ -19,7 +20,7 @@ class WynTextView;
 
 /// The application: opens files in windows, owns their controllers, and sees to it that quitting
 /// loses no unsaved work. The end of every responder chain. Main thread only.
-class AppDelegate : public platform::application_delegate {
+class AppDelegate : public platform::application_delegate, public windows_owner {
  public:
   /// `menus` is the property list of share/menus.plist. `recent_list` is the path of the list of
   /// recent files, empty for one that isn't kept.
@@ -47,12 +48,15 @@ class AppDelegate : public platform::application_delegate {
   std::vector<WynDocumentController*> orderedControllers() const;
   std::vector<std::shared_ptr<WynDocument>> orderedDocuments() const;
   recent_files& recentFiles() { return recent_; }
-  std::string currentDirectory() const { return currentDirectory_; }
 
   void adopt(std::unique_ptr<WynDocumentController> controller);
-  /// Lets go of a controller whose window has closed; it is destroyed in a later turn of the loop,
-  /// when nothing waits.
-  void didCloseWindow(WynDocumentController& controller);
+
+  // windows_owner
+  platform::responder& lastResponder() override { return *this; }
+  std::string currentDirectory() const override { return currentDirectory_; }
+  std::vector<platform::menu_item> contextMenu() const override;
+  void noteRecentFile(std::string const& path) override { recent_.add(path); }
+  void didCloseWindow(WynDocumentController& controller) override;
 
   // platform::application_delegate
   void didFinishLaunching() override;
@@ -63,7 +67,6 @@ class AppDelegate : public platform::application_delegate {
   std::vector<platform::menu_item> mainMenu() const override;
   std::vector<platform::menu_item> statusMenu(std::string_view part) const override;
   std::vector<platform::menu_item> dynamicItems(std::string_view name) const override;
-  std::vector<platform::menu_item> contextMenu() const;
 
  private:
   void addThemeMethods();

@@ -1,13 +1,12 @@
 #include "app/batch_mode.h"
 
 #include "app/AppDelegate.h"
-#include "app/WynDocumentController.h"
 #include "app/batch_macro.h"
 #include "app/batch_output.h"
 #include "app/batch_scopes.h"
 #include "app/batch_state.h"
 #include "bundles/BundleManager.h"
-#include "bundles/check_bundle.h"
+#include "bundles/check/check_bundle.h"
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
 #include "path/file_system.h"
@@ -15,7 +14,8 @@
 #include "platform/desktop_module.h"
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
-#include "textview/scope_report.h"
+#include "styles/scope_report.h"
+#include "windows/WynDocumentController.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,7 +1,6 @@
 #include "app/offer_safety_copies.h"
 
 #include "app/AppDelegate.h"
-#include "app/WynDocumentController.h"
 #include "documents/WynDocument.h"
 #include "documents/document_alerts.h"
 #include "documents/line_diff.h"
@@ -11,6 +10,7 @@
 #include "path/path.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
+#include "windows/WynDocumentController.h"
 
 #include <ctime>
 #include <memory>

@@ -3,6 +3,7 @@
 #include "path/path.h"
 #include "platform/folder_lock.h"
 #include "platform/library_folders.h"
+#include "platform/log.h"
 #include "platform/replace_file.h"
 #include "platform/user_defaults.h"
 #include "plist/xml_reader.h"
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -56,7 +56,7 @@ void recent_files::change(std::function<void(std::vector<std::string>&)> const& 
 
 void recent_files::report(char const* what, int error) const {
   std::string const message = list_path_ + ": " + what + ": " + std::strerror(error);
-  if (reported_.insert(message).second) std::fprintf(stderr, "Quirnote: %s\n", message.c_str());
+  if (reported_.insert(message).second) platform::log(message);
 }
 
 std::vector<std::string> recent_files::load() const {

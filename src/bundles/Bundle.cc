@@ -3,11 +3,15 @@
 #include "bundles/BundleItem.h"
 #include "bundles/BundleManager.h"
 #include "bundles/bundle_alerts.h"
-#include "bundles/bundle_scan.h"
+#include "bundles/index/bundle_scan.h"
+#include "bundles/index/item_kinds.h"
 #include "bundles/item_file.h"
-#include "bundles/item_kinds.h"
 #include "path/file_system.h"
 #include "path/path.h"
+#include "path/tree.h"
+#include "platform/desktop.h"
+#include "platform/log.h"
+#include "platform/uuid.h"
 #include "plist/delta.h"
 
 #include <sys/stat.h>
@@ -37,7 +41,7 @@ bool contains(std::vector<std::string> const& list, std::string_view text) {
 }  // namespace
 
 std::shared_ptr<Bundle> Bundle::bundleWithName(BundleManager& manager, std::string name) {
-  plist::dictionary content{{"name", std::move(name)}, {"uuid", bundles::stringWithUUID()}};
+  plist::dictionary content{{"name", std::move(name)}, {"uuid", stringWithUUID()}};
   auto bundle = std::make_shared<Bundle>(manager, std::move(content), std::vector<std::string>(),
                                          std::string());
   bundle->setModified(true);
@@ -186,8 +190,8 @@ bool Bundle::makeLocalPath() {
   auto const path =
       UniqueFileInDirectory(manager().folders().LocalBundlePath(true), name(), bundle_extension);
   if (!path || ::mkdir(path->c_str(), 0777) != 0) {
-    bundles::complain("error creating bundle path " + path.value_or(name()));
-    bundles::beep();
+    platform::log_once("error creating bundle path " + path.value_or(name()));
+    platform::beep();
     return false;
   }
   bundlePaths_.insert(bundlePaths_.begin(), *path);
@@ -203,8 +207,8 @@ void Bundle::saveChanges() {
   if (!isModified()) return;
   prepareForSaving();
   if (isLost_) {
-    bundles::complain(name() + ": what was changed can't be saved, the bundle has vanished");
-    return bundles::beep();
+    platform::log_once(name() + ": what was changed can't be saved, the bundle has vanished");
+    return platform::beep();
   }
   bool const is_delta_file = !pristineCopyPlistPath_.empty() && !bundlePaths_.empty() &&
                              path::parent(pristineCopyPlistPath_) != bundlePaths_.front();
@@ -215,7 +219,8 @@ void Bundle::saveChanges() {
     if (pristine) written = plist::DeltaPList(pristine.entries(), written);
   }
   if (!isLocal() && !makeLocalPath()) return;
-  if (!bundles::write_dictionary(bundlePaths_.front() + info_file, written)) return bundles::beep();
+  if (!bundles::write_dictionary(bundlePaths_.front() + info_file, written))
+    return platform::beep();
   setModified(false);
 }
 
@@ -261,7 +266,7 @@ std::string Bundle::writeToDirectory(std::string const& directory) {
         ok;
   std::string const support = supportPath();
   if (!support.empty())
-    ok = bundles::copy_tree(support, *path + "/" + std::string(support_directory), true) && ok;
+    ok = path::copy_tree(support, *path + "/" + std::string(support_directory), true) && ok;
   return ok ? path::name(*path) : "";
 }
 

@@ -2,12 +2,14 @@
 
 #include "bundles/Bundle.h"
 #include "bundles/BundleManager.h"
+#include "bundles/check/type_check.h"
+#include "bundles/index/item_kinds.h"
 #include "bundles/item_file.h"
-#include "bundles/item_kinds.h"
-#include "bundles/type_check.h"
 #include "path/file_system.h"
 #include "path/path.h"
+#include "path/tree.h"
 #include "platform/notification_center.h"
+#include "platform/uuid.h"
 #include "plist/delta.h"
 
 #include <algorithm>
@@ -170,7 +172,7 @@ void BundleItem::setContentValueForKey(plist::value v, std::string const& key) {
 std::shared_ptr<BundleItem> BundleItem::createDuplicate() {
   prepareForSaving();
   plist::dictionary copied = content_.entries();
-  copied.insert_or_assign("uuid", bundles::stringWithUUID());
+  copied.insert_or_assign("uuid", stringWithUUID());
   auto copy = bundleItemWithContent(manager(), std::move(copied), kind());
   copy->bundleUUID_ = bundleUUID_;
   for (auto const& file : templateFiles())
@@ -203,7 +205,7 @@ std::vector<std::shared_ptr<TemplateFile>> const& BundleItem::templateFiles() {
   if (sourcePaths_.empty()) return templateFiles_;
   // The user's own directory holds all files as soon as there is one.
   std::string const directory = path::parent(sourcePaths_.front());
-  for (std::string const& name : bundles::visible_names(directory))
+  for (std::string const& name : path::visible_names(directory))
     if (name != "info.plist")
       templateFiles_.push_back(
           std::make_shared<TemplateFile>(manager(), UUID(), name, path::join(directory, name)));

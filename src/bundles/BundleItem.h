@@ -7,7 +7,7 @@
 
 #include "bundles/BaseItem.h"
 #include "bundles/TemplateFile.h"
-#include "bundles/stubs.h"
+#include "bundles/index/stubs.h"
 #include "plist/value.h"
 
 class Bundle;

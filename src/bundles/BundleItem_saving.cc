@@ -1,10 +1,12 @@
 #include "bundles/Bundle.h"
 #include "bundles/BundleItem.h"
 #include "bundles/BundleManager.h"
+#include "bundles/index/item_kinds.h"
 #include "bundles/item_file.h"
-#include "bundles/item_kinds.h"
 #include "path/path.h"
+#include "platform/desktop.h"
 #include "platform/library_folders.h"
+#include "platform/log.h"
 #include "platform/trash.h"
 #include "plist/delta.h"
 
@@ -38,8 +40,8 @@ void BundleItem::saveChanges() {
   if (!isModified()) return;
   prepareForSaving();
   if (isLost_) {
-    bundles::complain(sourcePath() + ": what was changed can't be saved, the item has vanished");
-    return bundles::beep();
+    platform::log_once(sourcePath() + ": what was changed can't be saved, the item has vanished");
+    return platform::beep();
   }
   bool const was_local = isLocal();
   bool const is_delta_file = !pristineCopyPlistPath_.empty() && !sourcePaths_.empty() &&
@@ -57,7 +59,7 @@ void BundleItem::saveChanges() {
   if (kind() == "template") saved = writeTemplateFiles(!was_local) && saved;
   manager().cache().invalidateCacheForPath(path::parent(
       kind() == "template" ? path::parent(sourcePaths_.front()) : sourcePaths_.front()));
-  if (!saved) return bundles::beep();
+  if (!saved) return platform::beep();
   setModified(false);
 }
 
@@ -70,8 +72,8 @@ bool BundleItem::makeLocalFile(bool is_delta) {
                                            name(), is_delta ? "qnDelta" : KindToExtension(kind()));
   bool const is_template = kind() == "template";
   if (!path || (is_template && ::mkdir(path->c_str(), 0777) != 0)) {
-    bundles::complain("failed to create directory " + path.value_or(home));
-    bundles::beep();
+    platform::log_once("failed to create directory " + path.value_or(home));
+    platform::beep();
     return false;
   }
   sourcePaths_.insert(sourcePaths_.begin(), *path + (is_template ? info_file : ""));
@@ -120,8 +122,8 @@ bool BundleItem::moveLocalFileToTrash() {
   for (auto const& file : templateFiles()) file->content();
   manager().cache().invalidateCacheForPath(path::parent(local));
   if (int const error = platform::move_to_trash(local); error != 0) {
-    bundles::complain("error moving item to trash (" + local + ")");
-    bundles::beep();
+    platform::log_once("error moving item to trash (" + local + ")");
+    platform::beep();
     return false;
   }
   sourcePaths_.erase(sourcePaths_.begin());

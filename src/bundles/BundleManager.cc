@@ -1,8 +1,8 @@
 #include "bundles/BundleManager.h"
 
-#include "bundles/bundle_scan.h"
+#include "bundles/index/bundle_scan.h"
+#include "bundles/index/item_kinds.h"
 #include "bundles/item_file.h"
-#include "bundles/item_kinds.h"
 #include "path/path.h"
 #include "platform/notification_center.h"
 #include "platform/trash.h"

@@ -10,8 +10,8 @@
 
 #include "bundles/Bundle.h"
 #include "bundles/BundleItem.h"
-#include "bundles/CacheManager.h"
 #include "bundles/bundle_folders.h"
+#include "bundles/index/CacheManager.h"
 #include "platform/string_table.h"
 
 /// Owns every loaded bundle and item, and finds them by UUID and kind. Bundles are loaded at once,

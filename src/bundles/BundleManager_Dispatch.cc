@@ -2,7 +2,7 @@
 #include <map>
 
 #include "bundles/BundleManager.h"
-#include "bundles/item_kinds.h"
+#include "bundles/index/item_kinds.h"
 #include "grammar/scope_selector.h"
 #include "platform/unicode.h"
 #include "platform/utf.h"

@@ -1,11 +1,14 @@
 #include "bundles/BundleManager.h"
 #include "bundles/bundle_alerts.h"
+#include "bundles/index/item_kinds.h"
 #include "bundles/item_file.h"
-#include "bundles/item_kinds.h"
 #include "path/entries.h"
 #include "path/file_system.h"
 #include "path/path.h"
+#include "path/tree.h"
+#include "platform/log.h"
 #include "platform/trash.h"
+#include "platform/uuid.h"
 
 #include <fcntl.h>
 #include <stdio.h>
@@ -46,13 +49,13 @@ class unfinished_bundle {
  public:
   explicit unfinished_bundle(std::string const& folder) {
     removeLeftOver(folder);
-    path_ = folder + "/" + prefix + bundles::stringWithUUID();
+    path_ = folder + "/" + prefix + stringWithUUID();
   }
   unfinished_bundle(unfinished_bundle const&) = delete;
   unfinished_bundle& operator=(unfinished_bundle const&) = delete;
-  ~unfinished_bundle() { bundles::remove_tree(path_); }
+  ~unfinished_bundle() { path::remove_tree(path_); }
 
-  bool copy(std::string const& bundle) { return bundles::copy_tree(bundle, path_); }
+  bool copy(std::string const& bundle) { return path::copy_tree(bundle, path_); }
   bool finish(std::string const& target) {
     return ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0 ||
            (errno == EINVAL && ::rename(path_.c_str(), target.c_str()) == 0);
@@ -69,7 +72,7 @@ class unfinished_bundle {
       struct stat info;
       if (std::string_view(entry->d_name).starts_with(prefix) &&
           ::lstat(path.c_str(), &info) == 0 && info.st_ctime < std::time(nullptr) - old)
-        bundles::remove_tree(path);
+        path::remove_tree(path);
     }
   }
 
@@ -183,7 +186,7 @@ void BundleManager::installBundleItemOfKind(std::string const& path, std::string
     }
     reloadBundles();
     if (bundleItemForUUID(uuid) != nullptr) {
-      bundles::complain("did enable " + name);
+      platform::log_once("did enable " + name);
       if (stands) return;
     }
   }

@@ -5,6 +5,8 @@
 #include "bundles/item_file.h"
 #include "path/file_system.h"
 #include "path/path.h"
+#include "platform/desktop.h"
+#include "platform/log.h"
 #include "platform/trash.h"
 
 #include <cstdio>
@@ -46,8 +48,8 @@ bool TemplateFile::isLocal() const {
 }
 
 bool TemplateFile::refuse(std::string const& name, char const* why) {
-  bundles::complain("can't rename template to " + name + " (" + why + ")");
-  bundles::beep();
+  platform::log_once("can't rename template to " + name + " (" + why + ")");
+  platform::beep();
   return false;
 }
 
@@ -93,7 +95,7 @@ void TemplateFile::removeTemplateFile() {
   if (!isLocal()) {
     if (auto const item = manager_.bundleItemForUUID(bundleItemUUID_)) item->setModified(true);
   } else if (platform::move_to_trash(path_) != 0) {
-    bundles::complain("error moving template to trash (" + path_ + ")");
-    bundles::beep();
+    platform::log_once("error moving template to trash (" + path_ + ")");
+    platform::beep();
   }
 }

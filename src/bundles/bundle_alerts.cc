@@ -1,9 +1,9 @@
 #include "bundles/bundle_alerts.h"
 
-#include "bundles/item_file.h"
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop.h"
+#include "platform/log.h"
 
 namespace bundles {
 
@@ -13,7 +13,7 @@ std::string quoted(std::string const& name) {
 
 void tell(std::string const& title, std::string const& text) {
   auto* const desktop = platform::desktop::current_or_null();
-  if (desktop == nullptr) return complain(title + ": " + text);
+  if (desktop == nullptr) return platform::log_once(title + ": " + text);
   desktop->alerts().run({title, text, {"Continue"}});
 }
 

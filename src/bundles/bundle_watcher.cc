@@ -3,9 +3,9 @@
 #include <sys/stat.h>
 
 #include "bundles/BundleManager.h"
-#include "bundles/item_file.h"
-#include "bundles/item_kinds.h"
+#include "bundles/index/item_kinds.h"
 #include "path/path.h"
+#include "path/tree.h"
 #include "platform/desktop.h"
 
 namespace {
@@ -27,7 +27,7 @@ void add_folders_of(std::string const& bundle, std::set<std::string>& folders) {
     if (!is_folder(folder)) continue;
     folders.insert(folder);
     if (kind.kind != "template") continue;
-    for (std::string const& name : bundles::visible_names(folder))
+    for (std::string const& name : path::visible_names(folder))
       if (is_folder(folder + "/" + name)) folders.insert(folder + "/" + name);
   }
 }
@@ -43,7 +43,7 @@ void bundle_watcher::look_for_folders() {
   std::set<std::string> folders;
   for (std::string const& path : manager_.folders().bundlePaths()) {
     folders.insert(path);
-    for (std::string const& name : bundles::visible_names(path))
+    for (std::string const& name : path::visible_names(path))
       if (is_bundle_directory(name)) add_folders_of(path + "/" + name, folders);
   }
   std::erase_if(watched_, [&](auto const& w) { return !folders.contains(w.first); });

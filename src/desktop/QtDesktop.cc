@@ -1,12 +1,12 @@
 #include "desktop/QtDesktop.h"
 
-#include "bundles/WynKeyEvent.h"
 #include "desktop/EditorWindow.h"
 #include "desktop/ImageStore.h"
 #include "desktop/LeanStyle.h"
 #include "desktop/QtText.h"
 #include "desktop/SuddenExit.h"
 #include "desktop/TerminationSignals.h"
+#include "keys/WynKeyEvent.h"
 #include "platform/memory_reserve.h"
 
 #include <QIcon>

@@ -1,6 +1,5 @@
 #include "documents/safety_copy.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -9,15 +8,16 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <cstdio>
 #include <ctime>
 #include <random>
 #include <string_view>
 
 #include "documents/printable_name.h"
+#include "path/entries.h"
 #include "path/file_output.h"
 #include "path/file_reader.h"
 #include "platform/library_folders.h"
+#include "platform/log.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
 
@@ -102,11 +102,8 @@ std::unique_ptr<path::file_descriptor> take(std::string const& path, struct stat
 
 std::vector<std::string> names_in(std::string const& folder) {
   std::vector<std::string> result;
-  DIR* const entries = opendir(folder.c_str());
-  if (!entries) return result;
-  while (dirent const* entry = readdir(entries))
-    if (std::string_view(entry->d_name).starts_with(prefix)) result.push_back(entry->d_name);
-  closedir(entries);
+  for (dirent const* entry : path::entries(folder))
+    if (std::string_view(entry->d_name).starts_with(prefix)) result.emplace_back(entry->d_name);
   return result;
 }
 
@@ -275,7 +272,7 @@ std::optional<safety_copy> safety_copy::found_at(std::string const& path) {
   if (!file) return std::nullopt;
   safety_copy copy(path, std::move(file));
   if (copy.read_header()) return copy;
-  std::fprintf(stderr, "Quirnote: %s is no safety copy\n", path.c_str());
+  platform::log(path + " is no safety copy");
   return std::nullopt;
 }
 

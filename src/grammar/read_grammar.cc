@@ -1,10 +1,10 @@
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <set>
 
 #include "grammar/back_references.h"
 #include "grammar/rule.h"
+#include "platform/log.h"
 
 namespace grammar {
 namespace {
@@ -54,8 +54,7 @@ class reader {
   // Once, although captures may be read twice. `key` may end with the dot for what it holds.
   void tell(std::string key, char const* reason) const {
     if (key.ends_with('.')) key.pop_back();
-    if (told_.insert(key).second)
-      std::fprintf(stderr, "Quirnote: %s: %s: %s\n", item_.c_str(), key.c_str(), reason);
+    if (told_.insert(key).second) platform::log(item_ + ": " + key + ": " + reason);
   }
 
   void wrong_type(std::string const& key, char const* wanted, std::string const& place) const {

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "platform/log.h"
 #include "platform/utf.h"
 
 namespace grammar {
@@ -38,9 +39,7 @@ pattern const* lazy_pattern::get() const {
 }
 
 void lazy_pattern::tell(std::once_flag& told, std::string const& fault) const {
-  std::call_once(told, [&] {
-    std::fprintf(stderr, "Quirnote: %s\n%s\n%s\n", fault.c_str(), owner_.c_str(), key_.c_str());
-  });
+  std::call_once(told, [&] { platform::log(fault + "\n" + owner_ + "\n" + key_); });
 }
 
 void lazy_pattern::tell_given_up() const {
@@ -144,8 +143,7 @@ rule const* catalogue::rule_named(std::string_view name, std::string const& plac
 
 void catalogue::tell(std::string const& place, std::string const& fault) const {
   std::lock_guard lock(mutex_);
-  if (told_.insert(place).second)
-    std::fprintf(stderr, "Quirnote: %s: %s\n", place.c_str(), fault.c_str());
+  if (told_.insert(place).second) platform::log(place + ": " + fault);
 }
 
 }  // namespace grammar

@@ -1,11 +1,11 @@
 #include "grammar/scope_selector.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <set>
 #include <unordered_map>
 
 #include "grammar/selector_score.h"
+#include "platform/log.h"
 #include "plist/UnicharInputBuffer.h"
 #include "scope_lexer.hpp"
 #include "scope_parser.hpp"
@@ -106,8 +106,7 @@ std::shared_ptr<selector_node const> known_selector(std::string const& selector,
   if (parsed) return cache.emplace(selector, std::move(parsed)).first->second;
   static std::set<std::string> told;
   std::string const message = selector + (place ? "\n" + place() : "");
-  if (told.insert(message).second)
-    std::fprintf(stderr, "Quirnote: invalid scope selector %s\n", message.c_str());
+  if (told.insert(message).second) platform::log("invalid scope selector " + message);
   return nullptr;
 }
 

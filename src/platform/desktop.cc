@@ -33,4 +33,8 @@ void desktop::end_at_once(application_delegate& app) {
   });
 }
 
+void beep() {
+  if (auto* const desktop = desktop::current_or_null()) desktop->beep();
+}
+
 }  // namespace platform

@@ -72,4 +72,7 @@ class desktop {
   bool has_lost_text_ = false;
 };
 
+/// The desktop's, if there is one.
+void beep();
+
 }  // namespace platform

@@ -4,12 +4,12 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
 #include <cstring>
 #include <thread>
 
 #include "platform/folder_lock.h"
 #include "platform/library_folders.h"
+#include "platform/log.h"
 #include "platform/notification_center.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
@@ -269,7 +269,7 @@ user_defaults::signature user_defaults::signature_of(struct stat const& info) {
 }
 
 void user_defaults::report(std::string const& message) {
-  if (reported_.insert(message).second) std::fprintf(stderr, "Quirnote: %s\n", message.c_str());
+  if (reported_.insert(message).second) log(message);
 }
 
 void user_defaults::post() const {

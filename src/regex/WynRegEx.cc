@@ -1,9 +1,9 @@
 #include "regex/WynRegEx.h"
 
-#include <cstdio>
 #include <map>
 #include <stdexcept>
 
+#include "platform/log.h"
 #include "platform/utf.h"
 #include "regex/find.h"
 #include "regex/onig_library.h"
@@ -44,8 +44,7 @@ bool isEqualToRegEx(std::string_view string, std::string_view pattern) {
   bool const negate = pattern.front() == '!';
   std::string fault;
   compiled const& ptrn = known(pattern, fault);
-  if (!fault.empty())
-    std::fprintf(stderr, "Quirnote regular expression error: %s\n", fault.c_str());
+  if (!fault.empty()) platform::log_text("Quirnote regular expression error: " + fault + "\n");
   if (!ptrn) return !negate;
   std::u16string const units = unicode::to_utf16(string);
   bool const matched = static_cast<bool>(

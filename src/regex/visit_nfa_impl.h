@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "regex/visit_nfa.h"
-
 namespace regex {
 
 template <class Iterator>

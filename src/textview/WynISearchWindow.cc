@@ -1,6 +1,6 @@
 #include "textview/WynISearchWindow.h"
 
-#include "bundles/WynKeyBindingManager.h"
+#include "keys/WynKeyBindingManager.h"
 #include "platform/clusters.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"

@@ -1,20 +1,23 @@
 #pragma once
 
 #include "actions/action_map.h"
-#include "bundles/key_binding_target.h"
 #include "grammar/scope_path.h"
+#include "keys/key_binding_target.h"
+#include "layout/drawn_text.h"
+#include "layout/laid_out_view.h"
 #include "platform/notification_center.h"
 #include "platform/responder.h"
 #include "platform/run_loop.h"
 #include "platform/view.h"
+#include "search/searched_view.h"
+#include "styles/document_options.h"
+#include "styles/styled_view.h"
+#include "styles/symbol.h"
+#include "styles/typing_pairs.h"
 #include "text/view.h"
-#include "textview/TextLayout.h"
 #include "textview/brief_flash.h"
-#include "textview/document_options.h"
-#include "textview/scope_style.h"
-#include "textview/symbol.h"
-#include "textview/typing_pairs.h"
 #include "textview/view_switches.h"
+#include "typing/typed_view.h"
 
 #include <functional>
 #include <memory>
@@ -32,9 +35,6 @@ class line_indenter;
 class mouse_tracker;
 class symbol_list;
 class view_styles;
-namespace grammar {
-class tokenize_filter;
-}
 
 /// The editing view: it takes events, finds the action that each stands for and runs it on the
 /// text::view of its document. Knows no widget: what it needs of one is a platform::view_host.
@@ -46,7 +46,12 @@ class tokenize_filter;
 class WynTextView : public platform::responder,
                     public platform::view_client,
                     public key_binding_target,
-                    public view_switches {
+                    public view_switches,
+                    public styled_view,
+                    public drawn_text,
+                    public laid_out_view,
+                    public searched_view,
+                    public typed_view {
  public:
   WynTextView();
   ~WynTextView() override;
@@ -62,11 +67,10 @@ class WynTextView : public platform::responder,
   /// Stores in the view what is in sight, so that it comes back there when it is shown again.
   void snapshotMetaData();
   /// Null as long as there is no document. Owned by the document.
-  text::view* view() const { return view_; }
-  TextLayout const& layout() const { return layout_; }
-  platform::view_host* host() const { return host_; }
-  /// False for one that nobody can look at, as in batch mode.
-  bool isSeen() const { return host_ == nullptr || host_->is_seen(); }
+  text::view* view() const final { return view_; }
+  TextLayout const& layout() const final { return layout_; }
+  platform::view_host* host() const final { return host_; }
+  bool isSeen() const final { return host_ == nullptr || host_->is_seen(); }
 
   /// The menu for a click with the right button.
   void setContextMenu(std::vector<platform::menu_item> items) { contextMenu_ = std::move(items); }
@@ -97,10 +101,12 @@ class WynTextView : public platform::responder,
   // Options (WynTextView_Extension.cc), with those of view_switches. Setters do nothing when the
   // value stands.
   /// Whether brackets and quotes are typed in pairs. The setter is for this view alone.
-  bool smartTyping() const { return smartTyping_; }
+  bool smartTyping() const final { return smartTyping_; }
   void setSmartTyping(bool on) { smartTyping_ = on; }
-  bool overwriteMode() const { return overwriteMode_; }
+  bool overwriteMode() const final { return overwriteMode_; }
   void setOverwriteMode(bool on);
+  bool autoIndent() const final { return view_switches::autoIndent(); }
+  bool indentedPaste() const final { return view_switches::indentedPaste(); }
   /// In points.
   double fontSize() const { return fontSize_; }
   void setFontSize(double points);
@@ -111,11 +117,11 @@ class WynTextView : public platform::responder,
 
   // Options of one document (WynTextView_ScopedSettings.cc). A setter changes what views opened
   // later begin with; those that are open keep their own.
-  unsigned tabSize() const { return documentOptions_.tabSize; }  // columns, at least 1
+  unsigned tabSize() const final { return documentOptions_.tabSize; }
   void setTabSize(unsigned columns);
   bool softTabs() const { return documentOptions_.softTabs; }
   void setSoftTabs(bool on);
-  bool treatsSpacesAsTabs() const { return documentOptions_.softTabs; }
+  bool treatsSpacesAsTabs() const final { return documentOptions_.softTabs; }
   /// Whether lines are cut into rows of wrapColumns().
   bool softWrap() const { return documentOptions_.softWrap; }
   void setSoftWrap(bool on);
@@ -158,39 +164,36 @@ class WynTextView : public platform::responder,
   void changeLanguageToAndLearn(std::string const& uuid, bool learn);
   void learnFileAssociation(std::string const& uuid);
   /// Null before the document has had a language. Owned by the view.
-  grammar::tokenize_filter* tokenizer() const { return tokenizer_; }
-  bit_stack::storage graphPathForIterator(text::iterator const& it) const;
+  grammar::tokenize_filter* tokenizer() const final { return tokenizer_; }
+  bit_stack::storage graphPathForIterator(text::iterator const& it) const final;
   /// Of the caret, or what is common to all of the selection; if `wait`, when the worker has got
   /// there or after the tokenizer's patience.
   bit_stack::storage graphPathForCaretWait(bool wait) const;
   /// The names of the scopes, outermost first.
-  std::vector<std::string> scopeForContext(bit_stack::storage const& path) const;
+  std::vector<std::string> scopeForContext(bit_stack::storage const& path) const final;
   std::vector<std::string> currentContext() const {
     return scopeForContext(graphPathForCaretWait(true));
   }
   /// The merged settings of theme and bundles for a path; nothing without a document. A look-up
   /// after the first time.
-  plist::value stylesForContext(bit_stack::storage const& path) const;
-  plist::value stylesForCaretWait(bool wait) const {
+  plist::value stylesForContext(bit_stack::storage const& path) const final;
+  plist::value stylesForCaretWait(bool wait) const final {
     return stylesForContext(graphPathForCaretWait(wait));
   }
   plist::value stylesForCaret() const { return stylesForCaretWait(true); }
-  /// The settings for what is typed between two units, of the tokens known so far.
-  plist::value stylesForTypingAt(text::iterator const& at) const;
+  plist::value stylesForTypingAt(text::iterator const& at) const final;
   /// The rules of a theme, as it is set until another one is selected; nothing for the colours of
   /// the desktop.
   void setCurrentStyleSheet(plist::value rules);
   /// What applies to these scopes, before it is merged.
-  style_candidates styleCandidates(std::vector<std::string> const& scopes) const;
-  /// How text with a path of the tokenizer is drawn; 0 is the empty path, also without a tokenizer.
-  /// Good until something else is drawn.
-  drawn_style const& styleOfPath(grammar::path_tree::id id) const;
+  style_candidates styleCandidates(std::vector<std::string> const& scopes) const final;
+  drawn_style const& styleOfPath(grammar::path_tree::id id) const final;
   /// The merged settings for a path of the tokenizer, which must be there.
-  plist::value stylesOfPath(grammar::path_tree::id id) const;
+  plist::value stylesOfPath(grammar::path_tree::id id) const final;
   /// Whether text with a path of the tokenizer, which must be there, is in the list of symbols.
-  bool isSymbol(grammar::path_tree::id id) const;
+  bool isSymbol(grammar::path_tree::id id) const final;
   /// Whether that has been asked before, and costs no more than a look-up.
-  bool knowsSymbol(grammar::path_tree::id id) const;
+  bool knowsSymbol(grammar::path_tree::id id) const final;
 
   /// Tells the user about scopes and style at the caret.
   void showScope();
@@ -204,10 +207,11 @@ class WynTextView : public platform::responder,
   void buildFunctionPopUp();
   /// The name of the last one that begins above the caret or on its line; there must be a document.
   std::string symbolAtCaret() const;
+  void symbolsDidChange() final;
+  void currentSymbolDidChange(std::string const& name) final;
 
-  // Find and replace (WynTextView_Find.cc). Options are those of WynFindManager; the answer has
-  // `statusText`, and whether anything was `found`.
-  plist::value findWithOptions(plist::dictionary options);
+  // Find and replace (WynTextView_Find.cc)
+  plist::value findWithOptions(plist::dictionary options) final;
   /// The number of replacements; 0 with a message for the user if something is wrong.
   std::size_t internalReplaceAllError(plist::value const& options, std::string& error);
   /// The matches of the find panel's text in sight; of a view that shows a document.
@@ -230,13 +234,8 @@ class WynTextView : public platform::responder,
   /// What the language at the caret says under a key such as "highlightPairs", or else the pairs of
   /// all texts.
   std::vector<unit_pair> pairsAtCaret(char const* key) const;
-  /// The pairs of some settings under a key, likewise.
-  static std::vector<unit_pair> pairsOfSettings(plist::value const& settings, char const* key);
-  /// False if there is no scope in which it opens a pair; where the view is seen the answer is
-  /// true, since there the scope is at hand.
-  bool mayOpenPair(text::char_t typed) const;
-  /// False if no scope of the language says how lines are indented; likewise.
-  bool mayIndentLines() const;
+  bool mayOpenPair(text::char_t typed) const final;
+  bool mayIndentLines() const final;
   /// An opening unit that is shown for a moment, since its partner has just been typed.
   std::optional<platform::rect> const& flashed() const { return flash_.area(); }
 
@@ -272,16 +271,13 @@ class WynTextView : public platform::responder,
   void font_metrics_changed() override { frameDidChange(); }
   void focus_changed() override;
 
-  /// What an input method is composing at the caret; it is no part of the text yet.
-  std::u16string const& markedText() const { return markedText_; }
-  /// From where the caret would stand to where it is drawn inside the marked text, in pixels.
-  double markedTextOffset() const;
+  std::u16string const& markedText() const final { return markedText_; }
+  double markedTextOffset() const final;
 
   /// Where the mark of folded text stands behind a row; empty without one.
   platform::rect foldEllipsis(std::size_t row) const;
 
-  /// The row and column ranges of the visible part without the gutter.
-  platform::rect visibleTextRect() const;
+  platform::rect visibleTextRect() const final;
   /// Scrolls as little as possible to show `r`, which is left of neither gutter nor margin.
   void scrollRectToVisible(platform::rect const& r);
   void centerSelectionInVisibleArea();

@@ -1,8 +1,8 @@
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
+#include "styles/view_styles.h"
 #include "text/cell_width.h"
 #include "textview/WynTextView.h"
-#include "textview/view_styles.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 #include "platform/desktop.h"
-#include "textview/WynFindManager.h"
+#include "search/WynFindManager.h"
+#include "search/find_highlights.h"
+#include "search/replace_all.h"
+#include "search/view_find.h"
 #include "textview/WynTextView.h"
-#include "textview/find_highlights.h"
-#include "textview/replace_all.h"
-#include "textview/view_find.h"
 #include "textview/view_will_change.h"
 
 // Finding and replacing. Searches come before the view_will_change scope, since they may handle

@@ -1,9 +1,9 @@
 #include "actions/selecting.h"
+#include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "text/folding_filter.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
-#include "textview/geometry.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>

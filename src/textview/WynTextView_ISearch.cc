@@ -1,7 +1,7 @@
+#include "search/view_find.h"
 #include "text/view.h"
 #include "textview/WynISearchWindow.h"
 #include "textview/WynTextView.h"
-#include "textview/view_find.h"
 #include "textview/view_will_change.h"
 
 // Incremental search: what is typed is looked for at once.

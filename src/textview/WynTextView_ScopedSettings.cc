@@ -1,9 +1,9 @@
 #include "platform/user_defaults.h"
+#include "styles/scoped_settings.h"
+#include "styles/wrap_columns.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
-#include "textview/scoped_settings.h"
 #include "textview/view_will_change.h"
-#include "textview/wrap_columns.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,8 +1,6 @@
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <mutex>
-#include <set>
 #include <stdexcept>
 
 #include "bundles/BundleItem.h"
@@ -12,18 +10,19 @@
 #include "grammar/tokenize_filter.h"
 #include "path/path.h"
 #include "platform/desktop.h"
+#include "platform/log.h"
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
 #include "regex/onig_library.h"
+#include "styles/WynThemeManager.h"
+#include "styles/color_strings.h"
+#include "styles/language_choice.h"
+#include "styles/scope_report.h"
+#include "styles/symbol_list.h"
+#include "styles/view_colors.h"
+#include "styles/view_styles.h"
 #include "text/folding_filter.h"
 #include "textview/WynTextView.h"
-#include "textview/WynThemeManager.h"
-#include "textview/color_strings.h"
-#include "textview/language_choice.h"
-#include "textview/scope_report.h"
-#include "textview/symbol_list.h"
-#include "textview/view_colors.h"
-#include "textview/view_styles.h"
 
 // The language of the document, the scopes that its grammar gives to the text, and the styles that
 // theme and bundles give to these.
@@ -71,13 +70,10 @@ void set_folding_patterns(text::view& view, plist::value const& language, std::s
       first = std::make_unique<oniguruma::ptrn_t>(compiled(*start));
       last = std::make_unique<oniguruma::ptrn_t>(compiled(*stop));
     } catch (std::invalid_argument const& error) {
-      static std::set<std::string> told;
-      if (told.insert(item).second)
-        std::fprintf(stderr,
-                     "Quirnote regular expression error\nLanguage name \"%s\"\nError: %s\n"
-                     "%s: %s\n",
-                     language["name"].string_or("").c_str(), error.what(), item.c_str(),
-                     first ? "foldingStopMarker" : "foldingStartMarker");
+      platform::log_text_once("Quirnote regular expression error\nLanguage name \"" +
+                              language["name"].string_or("") + "\"\nError: " + error.what() + "\n" +
+                              item + ": " + (first ? "foldingStopMarker" : "foldingStartMarker") +
+                              "\n");
       first.reset();
     }
   view.folding_filter->set_patterns(std::move(first), std::move(last));
@@ -127,7 +123,7 @@ void WynTextView::changeLanguageToAndLearn(std::string const& uuid, bool learn) 
   languageUUID_ = language_with(uuid) ? uuid : languageChoiceForCurrentFile();
   plist::value const language = language_with(languageUUID_);
   if (!language && !uuid.empty()) {
-    std::fprintf(stderr, "Quirnote: didn't find language for UUID %s\n", uuid.c_str());
+    platform::log("didn't find language for UUID " + uuid);
     platform::desktop::current().beep();
   }
   currentMode_ = language["name"].string_or("");
@@ -328,4 +324,12 @@ void WynTextView::buildFunctionPopUp() {
 
 std::string WynTextView::symbolAtCaret() const {
   return symbols_->at_caret();
+}
+
+void WynTextView::symbolsDidChange() {
+  platform::notification_center::standard().post(function_pop_up_did_change, this);
+}
+
+void WynTextView::currentSymbolDidChange(std::string const& name) {
+  updateValueForKey(name, "currentSymbol");
 }

@@ -1,8 +1,8 @@
 #include "actions/clipboard.h"
+#include "layout/geometry.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 #include "textview/drop_target.h"
-#include "textview/geometry.h"
 #include "textview/mouse_tracker.h"
 
 // Dragging the selection away. What is dropped into the text goes to drop_target.

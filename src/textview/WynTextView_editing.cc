@@ -9,9 +9,9 @@
 #include "text/view.h"
 #include "textview/WynISearchWindow.h"
 #include "textview/WynTextView.h"
-#include "textview/line_indenter.h"
-#include "textview/pair_typing.h"
 #include "textview/view_will_change.h"
+#include "typing/line_indenter.h"
+#include "typing/pair_typing.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,9 +1,9 @@
 #include "actions/clipboard.h"
+#include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
-#include "textview/geometry.h"
 #include "textview/mouse_tracker.h"
 #include "textview/view_will_change.h"
 

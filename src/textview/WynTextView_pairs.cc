@@ -1,14 +1,13 @@
 #include "actions/find_start_tag.h"
 #include "actions/skip_pair.h"
 #include "grammar/tokenize_filter.h"
-#include "platform/user_defaults.h"
+#include "layout/geometry.h"
+#include "styles/typing_settings.h"
+#include "styles/view_styles.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
-#include "textview/geometry.h"
-#include "textview/line_indenter.h"
-#include "textview/typing_settings.h"
-#include "textview/view_styles.h"
 #include "textview/view_will_change.h"
+#include "typing/line_indenter.h"
 
 #include <iterator>
 #include <optional>
@@ -36,13 +35,7 @@ void WynTextView::addPairMethods() {
 }
 
 std::vector<unit_pair> WynTextView::pairsAtCaret(char const* key) const {
-  return pairsOfSettings(stylesForCaretWait(false), key);
-}
-
-std::vector<unit_pair> WynTextView::pairsOfSettings(plist::value const& settings, char const* key) {
-  plist::value const own = settings[key];
-  if (own.as_array()) return pairs_of(own);
-  return pairs_of(platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs"));
+  return pairs_of_settings(stylesForCaretWait(false), key);
 }
 
 // A window knows its scopes, and needn't read the settings of all others.

@@ -1,9 +1,9 @@
+#include "layout/geometry.h"
 #include "platform/desktop.h"
+#include "styles/view_styles.h"
 #include "text/bookmark_filter.h"
 #include "text/folding_filter.h"
 #include "textview/WynTextView.h"
-#include "textview/geometry.h"
-#include "textview/view_styles.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>

@@ -1,11 +1,11 @@
 #include "textview/drop_target.h"
 
 #include "actions/clipboard.h"
+#include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 #include "textview/dropped_content.h"
-#include "textview/geometry.h"
 #include "textview/view_will_change.h"
 
 namespace type = platform::pasteboard_type;

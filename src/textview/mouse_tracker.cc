@@ -1,11 +1,11 @@
 #include "textview/mouse_tracker.h"
 
 #include "actions/selecting.h"
+#include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
-#include "textview/geometry.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>

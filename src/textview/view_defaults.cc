@@ -1,6 +1,6 @@
 #include "platform/user_defaults.h"
+#include "styles/scoped_settings.h"
 #include "textview/WynTextView.h"
-#include "textview/scoped_settings.h"
 
 // What the keys of the text view mean as long as the user has set nothing.
 

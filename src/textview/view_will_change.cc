@@ -1,10 +1,10 @@
 #include "textview/view_will_change.h"
 
+#include "layout/geometry.h"
+#include "styles/symbol_list.h"
 #include "text/view.h"
 #include "text/view_filter.h"
 #include "textview/WynTextView.h"
-#include "textview/geometry.h"
-#include "textview/symbol_list.h"
 
 #include <algorithm>
 #include <limits>

@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "app/AppDelegate.h"
-#include "app/WynDocumentController.h"
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
 #include "path/temporary_folder.h"
 #include "platform/own_defaults.h"
 #include "plist/xml_reader.h"
 #include "source_tree.h"
+#include "windows/WynDocumentController.h"
 
 /// The application with its real menus on the desktop without windows, a folder of files, and
 /// settings of its own.

@@ -1,9 +1,9 @@
 #include "app/AppDelegate.h"
-#include "app/WynDocumentController.h"
 #include "app_fixture.h"
-#include "bundles/WynKeyBindingManager.h"
+#include "keys/WynKeyBindingManager.h"
 #include "platform/menu.h"
 #include "source_tree.h"
+#include "windows/WynDocumentController.h"
 
 #include <cctype>
 #include <set>

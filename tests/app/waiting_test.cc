@@ -1,5 +1,5 @@
 #include "app/app_fixture.h"
-#include "textview/WynFindManager.h"
+#include "search/WynFindManager.h"
 
 // What comes while something waits happens afterwards, in the order in which it came, whatever it
 // is that waits.

@@ -1,6 +1,7 @@
 #include "bundle_fixture.h"
 
 #include "bundles/item_file.h"
+#include "path/tree.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -219,7 +220,7 @@ TEST_F(bundle_layers, installing_brings_no_more_than_a_bundle) {
   ASSERT_EQ(::truncate(item.c_str(), off_t{6} << 30), 0);
   testing::internal::CaptureStderr();
   EXPECT_FALSE(bundles::read_dictionary(item));
-  EXPECT_FALSE(bundles::copy_tree(folder / from, folder / "copy"));
+  EXPECT_FALSE(path::copy_tree(folder / from, folder / "copy"));
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "Quirnote: " + item + ": File too large\n");
 }
 

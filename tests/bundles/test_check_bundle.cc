@@ -1,6 +1,6 @@
 #include "bundle_fixture.h"
 
-#include "bundles/check_bundle.h"
+#include "bundles/check/check_bundle.h"
 
 namespace {
 

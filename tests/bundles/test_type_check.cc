@@ -1,7 +1,7 @@
 #include "bundle_fixture.h"
 
-#include "bundles/item_kinds.h"
-#include "bundles/known_keys.h"
+#include "bundles/check/known_keys.h"
+#include "bundles/index/item_kinds.h"
 
 #include <sstream>
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "bundles/index_format.h"
+#include "bundles/index/index_format.h"
 
 // Any bytes as the index of bundles, as a block in it and as the content of one: refused, or read;
 // and what was read packs to what reads again.

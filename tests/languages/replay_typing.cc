@@ -21,9 +21,9 @@
 #include "headless/headless_view_host.h"
 #include "platform/own_defaults.h"
 #include "platform/utf.h"
+#include "styles/indent_patterns.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
-#include "textview/indent_patterns.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>

@@ -23,7 +23,8 @@ SOUND = {
     "plist/a.cc": '#include "plist/a.h"\n#include "a_lexer.hpp"\n#include "aTokenTypes.hpp"\n',
     "plist/a.g": '#include "plist/a.h"\nclass a_lexer extends Lexer;\n'
                  'options { exportVocab = a; }\n',
-    "desktop/a.h": HEADER + '#include <QWidget>\n#include <QtGui/QFont>\n#include "app/a.h"\n',
+    "desktop/a.h": HEADER + '#include <QWidget>\n#include <QtGui/QFont>\n'
+                   '#include "headless/a.h"\n',
 }
 
 # Name, files put over the sound ones, what is reported.
@@ -32,7 +33,12 @@ CASES = [
     ("upwards", {"text/a.cc": '\n#include "app/a.h"\n'},
      ["src/text/a.cc:2: app/ is above text/: app/a.h"]),
     ("to the top", {"app/a.cc": '#include "desktop/a.h"\n'},
-     ["src/app/a.cc:1: desktop/ is above app/: desktop/a.h"]),
+     ["src/app/a.cc:1: desktop/ stands beside the house: desktop/a.h"]),
+    ("a window that knows the text", {"desktop/b.cc": '#include "text/a.h"\n'},
+     ["src/desktop/b.cc:1: desktop/ may not include text/: text/a.h"]),
+    ("a circle", {"text/b.h": HEADER + '#include "text/c.h"\n',
+                  "text/c.h": HEADER + '#include "text/b.h"\n'},
+     ["src/text/b.h:1: includes itself: text/b.h -> text/c.h -> text/b.h"]),
     ("between neighbours", {"regex/a.cc": '#include "headless/a.h"\n',
                             "actions/a.cc": '#include "grammar/a.h"\n'},
      ["src/actions/a.cc:1: grammar/ is on the same floor as actions/: grammar/a.h",

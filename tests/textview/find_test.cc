@@ -1,12 +1,12 @@
 #include "documents/WynDocument.h"
 #include "platform/user_defaults.h"
 #include "platform/without_threads.h"
+#include "search/WynFindManager.h"
+#include "search/patient_work.h"
+#include "search/text_query.h"
 #include "text/random_text.h"
-#include "textview/WynFindManager.h"
 #include "textview/WynISearchWindow.h"
-#include "textview/patient_work.h"
 #include "textview/shown_view.h"
-#include "textview/text_query.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
+#include "search/WynFindManager.h"
 #include "snippets/parse_snippet.h"
 #include "snippets/session.h"
 #include "text/bookmark_filter.h"
 #include "text/folding_filter.h"
 #include "text/random_text.h"
-#include "textview/WynFindManager.h"
 #include "textview/shown_view.h"
 
 #include <gtest/gtest.h>

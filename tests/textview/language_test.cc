@@ -4,9 +4,9 @@
 #include "bundles/BundleManager.h"
 #include "grammar/tokenize_filter.h"
 #include "path/temporary_folder.h"
+#include "styles/WynThemeManager.h"
+#include "styles/scope_report.h"
 #include "text/folding_filter.h"
-#include "textview/WynThemeManager.h"
-#include "textview/scope_report.h"
 #include "textview/shown_view.h"
 
 #include <gtest/gtest.h>

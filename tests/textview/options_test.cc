@@ -1,9 +1,9 @@
 #include "headless/recording_graphics.h"
 #include "path/temporary_folder.h"
-#include "textview/scoped_settings.h"
+#include "styles/scoped_settings.h"
+#include "styles/view_colors.h"
+#include "styles/wrap_columns.h"
 #include "textview/shown_view.h"
-#include "textview/view_colors.h"
-#include "textview/wrap_columns.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "headless/recording_graphics.h"
+#include "layout/geometry.h"
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
 #include "text/view_filter.h"
-#include "textview/geometry.h"
 #include "textview/shown_view.h"
 
 #include <gtest/gtest.h>

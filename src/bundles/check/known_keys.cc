@@ -1,0 +1,143 @@
+#include "bundles/check/known_keys.h"
+
+namespace bundles {
+namespace {
+
+using enum content_type;
+
+key_types const item_keys = {{"uuid", text},       {"name", text},
+                             {"scope", selector},  {"keyEquivalent", key_event},
+                             {"tabTrigger", text}, {"mouseGesture", text},
+                             {"bundleUUID", text}, {"draggedFileExtensions", texts},
+                             {"comment", text}};
+key_types const command_keys = {{"command", text},
+                                {"input", text},
+                                {"fallbackInput", text},
+                                {"inputFormat", text},
+                                {"output", text},
+                                {"beforeRunningCommand", text},
+                                {"disableOutputAutoIndent", number}};
+
+key_types with_item_keys(key_types own) {
+  own.insert(item_keys.begin(), item_keys.end());
+  return own;
+}
+
+key_types with_command_keys(key_types own) {
+  own.insert(command_keys.begin(), command_keys.end());
+  return with_item_keys(std::move(own));
+}
+
+}  // namespace
+
+key_types const& keys_of_kind(std::string_view kind) {
+  static std::map<std::string_view, key_types> const all = {
+      {"bundle",
+       {{"uuid", text},
+        {"name", text},
+        {"mainMenu", menu},
+        {"ordering", texts},
+        {"deleted", texts},
+        {"disabled", texts},
+        {"isDelta", number},
+        {"changed", table},
+        {"comment", text}}},
+      {"command", with_command_keys({})},
+      {"dragCommand", with_command_keys({})},
+      {"template", with_command_keys({{"extension", text}})},
+      {"macro", with_item_keys({{"commands", list}})},
+      {"snippet", with_item_keys({{"content", text}, {"disableAutoIndent", number}})},
+      {"preference", with_item_keys({{"settings", table}})},
+      {"language", with_item_keys({})},
+  };
+  static key_types const none;
+  auto const found = all.find(kind);
+  return found == all.end() ? none : found->second;
+}
+
+key_types const& rule_keys() {
+  static key_types const keys = {{"name", text},
+                                 {"scopeName", text},
+                                 {"match", pattern},
+                                 {"begin", pattern},
+                                 {"end", end_pattern},
+                                 {"swallow", pattern},
+                                 {"contentName", text},
+                                 {"include", text},
+                                 {"comment", text},
+                                 {"patterns", list},
+                                 {"captures", captures},
+                                 {"beginCaptures", captures},
+                                 {"endCaptures", captures},
+                                 {"repository", table},
+                                 {"applyEndPatternFirst", number},
+                                 {"applyEndPatternLast", number},
+                                 {"disabled", number},
+                                 {"fileTypes", texts},
+                                 {"firstLineMatch", pattern},
+                                 {"firstLineMatchLast", pattern},
+                                 {"foldingStartMarker", pattern},
+                                 {"foldingStopMarker", pattern}};
+  return keys;
+}
+
+key_types const& setting_keys() {
+  static key_types const keys = {{"foreground", color},
+                                 {"background", color},
+                                 {"caret", color},
+                                 {"selection", color},
+                                 {"lineHighlight", color},
+                                 {"invisibles", color},
+                                 {"fontStyle", text},
+                                 {"bold", number},
+                                 {"italic", number},
+                                 {"underline", number},
+                                 {"showInSymbolList", number},
+                                 {"symbolTransformation", program},
+                                 {"shellVariables", variables},
+                                 {"continuousSpellChecking", number},
+                                 {"showInvisibles", number},
+                                 {"smartTypingPairs", pairs},
+                                 {"smartTypingPairsEndWithLine", number},
+                                 {"quotePrefixPattern", pattern},
+                                 {"highlightPairs", pairs},
+                                 {"unIndentedLinePattern", pattern},
+                                 {"increaseIndentPattern", pattern},
+                                 {"decreaseIndentPattern", pattern},
+                                 {"indentNextLinePattern", pattern},
+                                 {"indentationEndsBlocks", number},
+                                 {"alignedLinePatterns", pairs},
+                                 {"continuedLinePattern", pattern},
+                                 {"completions", texts},
+                                 {"completionCommand", text},
+                                 {"disableDefaultCompletion", number}};
+  return keys;
+}
+
+key_types const& theme_keys() {
+  static key_types const keys = {
+      {"name", text}, {"uuid", text}, {"comment", text}, {"settings", list}};
+  return keys;
+}
+
+key_types const& theme_rule_keys() {
+  static key_types const keys = {
+      {"name", text}, {"scope", selector}, {"comment", text}, {"settings", table}};
+  return keys;
+}
+
+std::vector<std::string_view> const& choices_for(std::string_view key) {
+  static std::map<std::string_view, std::vector<std::string_view>> const all = {
+      {"input", {"none", "selection", "document"}},
+      {"fallbackInput", {"document", "character", "word", "line", "scope", "none"}},
+      {"inputFormat", {"xml"}},
+      {"output",
+       {"discard", "replaceSelectedText", "replaceDocument", "afterSelectedText", "insertAsSnippet",
+        "showAsHTML", "showAsTooltip", "openAsNewDocument", "replaceSelection", "insertAsText"}},
+      {"beforeRunningCommand", {"nop", "saveActiveFile", "saveModifiedFiles"}}};
+  static std::vector<std::string_view> const none;
+  auto const found = all.find(key);
+  return found == all.end() ? none : found->second;
+}
+
+}  // namespace bundles

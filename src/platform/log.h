@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+/// What is told to whoever started the program, on standard error: faults of files that nobody is
+/// asked about, such as a bad pattern in a bundle. Any thread.
+namespace platform {
+
+/// Writes "Quirnote: ", the message and a line feed.
+void log(std::string const& message);
+/// The same, each message once in a process.
+void log_once(std::string const& message);
+/// Writes the text as it stands.
+void log_text(std::string const& text);
+/// The same, each text once in a process.
+void log_text_once(std::string const& text);
+
+}  // namespace platform

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "platform/find_panel.h"
+#include "plist/value.h"
+#include "search/text_query.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+class searched_view;
+
+/// What to find and to replace, for all windows: the options, the find pasteboard, the histories
+/// and the panel in which they are edited. Main thread only; there is one.
+///
+/// The options are a dictionary: `findString`, `replaceString`, `ignoreCase`, `wrapAround`,
+/// `regularExpression`, `findInProjectRegularExpression`, `replaceAllScope` ("selection" or
+/// "document"), `action` and `statusText`. All but the find string, which is the pasteboard's, and
+/// what is of the moment are kept under the user default WynFindPanelOptions.
+class WynFindManager : public platform::find_panel_delegate {
+ public:
+  /// Posted by the notification center when the matches to be shown may be others.
+  static constexpr char const* matchesDidChange = "WynFindMatchesDidChange";
+
+  /// The buttons of the panel; menus hand them to performFindAction:.
+  enum tag { find_next = 1, find_previous, replace, replace_and_find, replace_all, count };
+
+  static WynFindManager& sharedInstance();
+  static void registerDefaults();
+
+  plist::dictionary const& options();
+  /// Keys that are missing take their default values.
+  void setOptions(plist::dictionary options);
+  /// The options that a search reads.
+  platform::find_panel_values findOptions();
+
+  void writeStringToFindPboard(std::string const& string);
+  std::string findPboardString();
+
+  plist::array findHistory() const;
+  plist::array replaceHistory() const;
+
+  void orderFrontFindPanel(bool replace_field);
+  void closeFindPanel();
+  /// `modifiers` as in platform/event.h. Performed by `view`; beeps if nothing was found.
+  void performFindAction(searched_view& view, int tag, std::uint32_t modifiers);
+  /// Takes what is being typed in the panel over.
+  void commitEditing();
+  /// Whether the panel's fields have been edited since the last commitEditing.
+  void objectDidBeginEditing() { isEditing_ = true; }
+  void objectDidEndEditing() { isEditing_ = false; }
+
+  /// Tells which view the panel's buttons work on.
+  void setMainView(std::function<searched_view*()> find) { mainView_ = std::move(find); }
+  /// What is sought while the panel is on screen; null if nothing can be.
+  std::shared_ptr<text_query const> shownQuery() const { return shown_; }
+
+  // platform::find_panel_delegate
+  void findPanelAction(int tag, std::uint32_t modifiers, bool by_key) override;
+  void findPanelDidChange() override;
+  void findPanelDidClose() override;
+
+ private:
+  WynFindManager();
+
+  void readPasteboard();
+  void remember(char const* history, std::string const& entry);
+  void storeOptions() const;
+  void fillPanel();
+  void updateShownQuery();
+  void showStatus(plist::value const& answer);
+
+  plist::dictionary options_;
+  std::uint64_t pboardCount_ = 0;
+  bool isEditing_ = false, hasPanel_ = false;
+  std::function<searched_view*()> mainView_;
+  std::shared_ptr<text_query const> shown_;
+};

@@ -1,0 +1,219 @@
+#include "search/view_find.h"
+
+#include "platform/log.h"
+#include "platform/unicode.h"
+#include "platform/utf.h"
+#include "regex/onig_library.h"
+#include "regex/oniguruma_format.h"
+#include "search/WynFindManager.h"
+#include "search/patient_work.h"
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+// A stretch to search, in units of the whole text, and in which direction.
+struct leg {
+  std::size_t first, last;
+  bool backward;
+};
+
+// What a search that may outlive its caller owns.
+struct search_task {
+  search_task(text_query made, text::text_slice of) : query(std::move(made)), text(std::move(of)) {}
+
+  // The first leg that finds something ends it.
+  void run(std::atomic<bool> const& cancelled) {
+    text_searcher searcher(query, text.units, cancelled);
+    for (leg const& part : legs) {
+      end = search(searcher, part);
+      if (end == search_end::not_found) continue;
+      first = searcher.begin();
+      last = searcher.end();
+      return;
+    }
+  }
+
+  text_query query;
+  text::text_slice text;
+  std::vector<leg> legs;
+  /// An empty match here is where the caret stands already.
+  std::size_t stale_empty_match = std::u16string::npos;
+  search_end end = search_end::not_found;
+  std::size_t first = 0, last = 0;
+
+ private:
+  search_end search(text_searcher& searcher, leg const& part) const {
+    if (part.backward) return searcher.previous(part.first, part.last);
+    search_end const found = searcher.next(part.first, part.last);
+    bool const is_stale = found == search_end::found && searcher.begin() == searcher.end() &&
+                          searcher.begin() == stale_empty_match;
+    if (!is_stale) return found;
+    return part.first < part.last ? searcher.next(part.first + 1, part.last)
+                                  : search_end::not_found;
+  }
+};
+
+// The places of a text's selection, as offsets in it.
+struct selection_offsets {
+  explicit selection_offsets(text::view& view) {
+    text::iterator const start = view.storage->begin_of_line(0);
+    first = static_cast<std::size_t>(view.selection.first().base - start);
+    last =
+        first + static_cast<std::size_t>(view.selection.last().base - view.selection.first().base);
+  }
+  std::size_t first, last;
+};
+
+std::shared_ptr<search_task> make_task(text::view& view, text_query query) {
+  return std::make_shared<search_task>(
+      std::move(query), view.storage->slice(view.storage->begin_of_line(0), view.storage->end(-1)));
+}
+
+// Runs it; a text that has changed while it was waited for makes what was found worthless.
+search_end run(text::view& view, std::shared_ptr<search_task> const& task) {
+  text::storage* const storage = view.storage;
+  auto const memento = storage->current_memento;
+  auto const stops = task->query.pattern() ? stopping::perhaps_late : stopping::soon;
+  if (!do_patiently(stops, [task](std::atomic<bool> const& cancelled) { task->run(cancelled); }))
+    return search_end::cancelled;
+  return storage->current_memento == memento ? task->end : search_end::cancelled;
+}
+
+text::iterator position(text::view& view, std::size_t offset) {
+  return view.storage->begin_of_line(0) + static_cast<std::ptrdiff_t>(offset);
+}
+
+std::vector<leg> legs_for(text_query const& query, selection_offsets const& at, std::size_t size,
+                          bool backward, bool wrap) {
+  bool const is_pattern = query.pattern() != nullptr;
+  std::vector<leg> legs;
+  if (backward) {
+    legs.push_back({0, at.first, true});
+    if (wrap) legs.push_back({is_pattern ? 0 : at.last, is_pattern ? size + 1 : size, true});
+  } else {
+    legs.push_back({at.last, size, false});
+    if (wrap) legs.push_back({0, is_pattern ? size : at.first, false});
+  }
+  return legs;
+}
+
+}  // namespace
+
+bool log_and_tell(find_answer const& answer, char const* prefix) {
+  if (!answer.error.empty()) platform::log(prefix + answer.error);
+  return answer.end == search_end::found;
+}
+
+found_match find_in_view(text::view& view, bool backward) {
+  auto const options = WynFindManager::sharedInstance().findOptions();
+  std::u16string const sought =
+      unicode::to_utf16(WynFindManager::sharedInstance().findPboardString());
+  if (sought.empty()) return {};
+  std::shared_ptr<search_task> task;
+  try {
+    task = make_task(view, {sought, options.regular_expression, options.ignore_case});
+  } catch (std::invalid_argument const& error) {
+    return {{search_end::not_found, text_query::message_of(error)}};
+  }
+  selection_offsets const at(view);
+  task->legs = legs_for(task->query, at, task->text.units.size(), backward, options.wrap_around);
+  if (at.first == at.last) task->stale_empty_match = at.first;
+  return {{run(view, task), {}}, task->first, task->last};
+}
+
+void select_match(text::view& view, found_match const& match) {
+  text::iterator const first = position(view, match.first);
+  text::view_iterator const from = view.in_view(first);
+  text::view_iterator const to =
+      view.in_view(first + static_cast<std::ptrdiff_t>(match.last - match.first));
+  view.selection.set_caret(to);
+  view.selection.select(from, to, false);
+  view.center_selection_pending = true;
+}
+
+found_replacement replacement_for_selection(text::view& view) {
+  auto const options = WynFindManager::sharedInstance().findOptions();
+  if (!options.regular_expression)
+    return {{search_end::found, {}}, unicode::to_utf16(options.replace)};
+  std::u16string sought = unicode::to_utf16(options.find);
+  if (sought.empty()) sought = u"^.*$";
+  oniguruma::format expand(options.replace.c_str());
+  std::shared_ptr<search_task> task;
+  std::u16string const selected(view.selection.begin(), view.selection.end());
+  try {
+    task = std::make_shared<search_task>(text_query(sought, true, options.ignore_case),
+                                         text::text_block::copy(selected));
+  } catch (std::invalid_argument const& error) {
+    return {{search_end::not_found, "regexp: " + text_query::message_of(error)}, {}};
+  }
+  if (expand.has_failed()) return {{search_end::not_found, "Bad replacement string"}, {}};
+  auto captures = std::make_shared<oniguruma::captures_t>();
+  auto const memento = view.storage->current_memento;
+  bool const done =
+      do_patiently(stopping::perhaps_late, [task, captures](std::atomic<bool> const& cancelled) {
+        text_searcher searcher(task->query, task->text.units, cancelled);
+        task->end = searcher.next(0, task->text.units.size());
+        if (task->end != search_end::found) return;
+        *captures = oniguruma::captures_of(searcher.match());
+        // An empty match at the start has no entry there, and is group 0 all the same.
+        captures->emplace(
+            0, std::pair(static_cast<int>(searcher.begin()), static_cast<int>(searcher.end())));
+      });
+  if (!done || view.storage->current_memento != memento) return {{search_end::cancelled, {}}, {}};
+  if (task->end != search_end::found) return {{task->end, {}}, {}};
+  return {{search_end::found, {}}, expand.expand(selected, *captures)};
+}
+
+bool view_copy_selection_to_findpboard(text::view* view) {
+  if (!view->has_selection()) return false;
+  std::u16string const selected(view->selection.begin(), view->selection.end());
+  WynFindManager::sharedInstance().writeStringToFindPboard(unicode::to_utf8(selected));
+  return true;
+}
+
+bool view_copy_selection_to_replacepboard(text::view* view) {
+  if (!view->has_selection()) return false;
+  std::u16string const selected(view->selection.begin(), view->selection.end());
+  WynFindManager& manager = WynFindManager::sharedInstance();
+  manager.commitEditing();
+  plist::dictionary options = manager.options();
+  options.insert_or_assign("replaceString", unicode::to_utf8(selected));
+  manager.setOptions(std::move(options));
+  return true;
+}
+
+namespace {
+
+text_query incremental_query(std::u16string const& string) {
+  std::string const utf8 = unicode::to_utf8(string);
+  return {string, false, unicode::lowercase(utf8) == utf8};
+}
+
+text::iterator run_incremental(text::view& view, std::u16string const& string,
+                               std::vector<leg> const& legs) {
+  auto const task = make_task(view, incremental_query(string));
+  task->legs = legs;
+  return run(view, task) == search_end::found ? position(view, task->first) : view.storage->end(-1);
+}
+
+}  // namespace
+
+text::iterator find_forward(text::view* view, std::u16string const& string, bool from_end) {
+  selection_offsets const at(*view);
+  auto const size =
+      static_cast<std::size_t>(view->storage->end(-1) - view->storage->begin_of_line(0));
+  return run_incremental(*view, string,
+                         {{from_end ? at.last : at.first, size, false}, {0, at.first, false}});
+}
+
+text::iterator find_backward(text::view* view, std::u16string const& string, bool from_start) {
+  selection_offsets const at(*view);
+  auto const size =
+      static_cast<std::size_t>(view->storage->end(-1) - view->storage->begin_of_line(0));
+  // What has just been found stays found while the string grows.
+  bool const grows = !from_start && at.first != at.last;
+  std::size_t const from = grows ? std::min(size, at.first + string.size()) : at.first;
+  return run_incremental(*view, string, {{0, from, true}});
+}

@@ -1,0 +1,71 @@
+#include "styles/view_colors.h"
+
+#include <cmath>
+
+#include "platform/user_defaults.h"
+#include "styles/color_strings.h"
+
+namespace {
+
+double share_of(platform::color c) {
+  return c.alpha / 255.0;
+}
+
+// Those of the desktop, but for what the user has set in their place.
+platform::palette with_own_colors(platform::palette palette) {
+  auto& defaults = platform::user_defaults::standard();
+  auto const own = [&](char const* key) { return NSColorFromString(defaults.string(key)); };
+  if (auto const background = own("WynTextViewBackgroundColor")) {
+    palette.background = *background;
+    palette.background.alpha = 255;
+  }
+  if (auto const foreground = own("WynTextViewForegroundColor"))
+    palette.foreground = palette.caret = *foreground;
+  palette.selection = own("WynTextViewSelectionColor").value_or(palette.selection);
+  return palette;
+}
+
+}  // namespace
+
+platform::color mixed(platform::color over, platform::color under, double share) {
+  auto const mix = [share](std::uint8_t a, std::uint8_t b) {
+    return static_cast<std::uint8_t>(std::lround(a * share + b * (1 - share)));
+  };
+  return {mix(over.red, under.red), mix(over.green, under.green), mix(over.blue, under.blue), 255};
+}
+
+platform::palette styled_palette(platform::palette desktop, plist::value const& style) {
+  platform::palette palette = with_own_colors(desktop);
+  if (auto const background = NSColorForKey(style, "background"))
+    palette.background = mixed(*background, palette.background, share_of(*background));
+  if (auto const foreground = NSColorForKey(style, "foreground"))
+    palette.foreground = palette.caret = *foreground;
+  if (palette.background != desktop.background) palette.dark = is_dark(palette.background);
+  return palette;
+}
+
+view_colors::view_colors(platform::palette const& desktop, plist::value const& style, bool active) {
+  platform::palette const p = styled_palette(desktop, style);
+  background = p.background;
+  foreground = p.foreground;
+  caret = NSColorForKey(style, "caret").value_or(p.caret);
+  line_highlight = p.foreground;
+  line_highlight.alpha = 18;
+  if (auto const own = NSColorForKey(style, "lineHighlight")) line_highlight = *own;
+  invisibles = NSColorForKey(style, "invisibles").value_or(mixed(p.foreground, p.background, 0.35));
+  // The desktop means its colour to go with text in another one. Text keeps its colours here, so
+  // the selection is a tint that leaves them readable. Themes have colours that go with theirs, and
+  // the user knows what he wants.
+  selection = p.selection;
+  if (selection == desktop.selection) selection.alpha = 90;
+  if (auto const own = NSColorForKey(style, "selection")) selection = *own;
+  flash = selection;
+  if (!active)
+    for (auto* const dimmed : {&selection, &line_highlight}) dimmed->alpha /= 2;
+  wrap_margin = mixed(p.foreground, p.background, 0.2);
+  behind_margin = mixed(p.foreground, p.background, 0.04);
+  match = mixed({0xE8, 0xB0, 0x20, 255}, p.background, p.dark ? 0.40 : 0.45);
+  gutter = mixed(p.foreground, p.background, 0.05);
+  gutter_number = {0x88, 0x88, 0x88};
+  gutter_current_number = p.dark ? gutter_number : platform::color{0, 0, 0};
+}

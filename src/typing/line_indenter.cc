@@ -1,0 +1,482 @@
+#include "typing/line_indenter.h"
+
+#include "actions/indent.h"
+#include "actions/selecting.h"
+#include "grammar/tokenize_filter.h"
+#include "text/row_break.h"
+#include "text/tab_width.h"
+#include "text/view.h"
+#include "typing/pair_typing.h"
+#include "typing/typed_view.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+bool is_blank_line(text::unit_view line) {
+  return line.find_first_not_of(u" \t") == line.npos;
+}
+
+std::size_t leading_blanks(text::unit_view line) {
+  return std::min(line.find_first_not_of(u" \t"), line.size());
+}
+
+constexpr std::size_t furthest_line = 200;    // where the look up ends at the latest
+constexpr std::size_t furthest_block = 2000;  // where that for the beginning of a block does
+constexpr std::size_t patterns_kept = 8;
+
+bool is_opening(text::char_t unit) {
+  return unit == u'(' || unit == u'[' || unit == u'{';
+}
+
+bool is_closing(text::char_t unit) {
+  return unit == u')' || unit == u']' || unit == u'}';
+}
+
+bool begins_with_space(text::unit_view line) {
+  return !line.empty() && line.front() == u' ';
+}
+
+// As the nearest line above, or this one, that is indented; a single space is no indentation.
+bool is_indented_by_spaces(text::storage const& text, std::size_t number) {
+  std::size_t const top = number - std::min(number, furthest_line);
+  for (std::size_t line = number + 1; line-- > top;) {
+    text::unit_view const units = text.line_units(line);
+    if (units.starts_with(u"\t")) return false;
+    if (units.starts_with(u"  ")) return true;
+  }
+  return false;
+}
+
+// Strings and comments have a pattern that no line is indented by; so have some languages.
+bool is_of_text(plist::value const& settings) {
+  return settings[indent_patterns::keys[0]].string_or("") == "^";
+}
+
+// What its first line of text says about where a clip belongs.
+text::unit_view telling_line(text::unit_view clip, indent_patterns const& patterns) {
+  while (!clip.empty()) {
+    std::size_t const length = std::min(clip.find(u'\n'), clip.size());
+    text::unit_view const line = clip.substr(0, length);
+    if (!is_blank_line(line) && patterns.typeForLine(line) != indent_patterns::unindented)
+      return line;
+    clip.remove_prefix(std::min(length + 1, clip.size()));
+  }
+  return {};
+}
+
+}  // namespace
+
+line_indenter::line_indenter(typed_view& text_view) : text_view_(text_view) {}
+
+text::view& line_indenter::view() const {
+  return *text_view_.view();
+}
+
+std::size_t line_indenter::tab_size() const {
+  return text_view_.tabSize();
+}
+
+// Where nobody looks, a macro must do the same each time; who types isn't kept waiting.
+void line_indenter::wait_for_scopes(std::size_t line, std::chrono::seconds in_sight) const {
+  if (text_view_.tokenizer() == nullptr) return;
+  auto const limit = text_view_.isSeen() ? in_sight : std::chrono::hours(1);
+  if (limit.count() > 0) text_view_.tokenizer()->wait_for(line, limit);
+}
+
+// Where a string or a comment begins the line may still be indented, unlike in one.
+plist::value line_indenter::settings_of_line(std::size_t number) const {
+  text::iterator const begin = view().storage->begin_of_line(number);
+  plist::value const settings = text_view_.stylesForContext(text_view_.graphPathForIterator(begin));
+  return is_of_text(settings) ? text_view_.stylesForTypingAt(begin) : settings;
+}
+
+std::shared_ptr<indent_patterns const> line_indenter::patterns_of(plist::value const& settings) {
+  auto found = std::find_if(patterns_.begin(), patterns_.end(),
+                            [&](auto const& kept) { return kept->are_of(settings); });
+  if (found == patterns_.end()) {
+    if (patterns_.size() == patterns_kept) patterns_.pop_back();
+    found = patterns_.insert(patterns_.begin(), std::make_shared<indent_patterns const>(settings));
+  }
+  patterns_.splice(patterns_.begin(), patterns_, found);
+  return patterns_.front();
+}
+
+std::shared_ptr<indent_patterns const> line_indenter::language_patterns() {
+  return patterns_of(text_view_.mayIndentLines() ? text_view_.stylesForCaretWait(false)
+                                                 : plist::value());
+}
+
+unsigned line_indenter::type_of_line(std::size_t number) {
+  return patterns_of(settings_of_line(number))->typeForLine(view().storage->line_units(number));
+}
+
+// Lines of which the last one closes what the first one has opened, or continues it, count as one,
+// which is indented like the first and opens a block if the last or both together do.
+std::size_t line_indenter::wanted_indent(indent_patterns const& patterns, text::unit_view content,
+                                         std::size_t number) {
+  std::size_t first = number;
+  unsigned type = 0;
+  auto const types = [&](std::size_t line) -> unsigned {
+    if (line + 1 == number) first = number;
+    if (line >= first) return line == first ? type : unsigned(indent_patterns::unindented);
+    type = type_of_line(line);
+    if (type == indent_patterns::unindented) return type;
+    first = first_line_of(line);
+    unsigned const joined = first < line ? type_of_lines(first, line) : 0;
+    type |= joined & (indent_patterns::increase | indent_patterns::next_line);
+    return line == first ? type : unsigned(indent_patterns::unindented);
+  };
+  return patterns.indentForContentAtLine(content, number, *view().storage, tab_size(), types);
+}
+
+// Text that is indented by spaces goes on so, also where tabs are what is typed.
+bool line_indenter::indents_by_spaces(std::size_t number) const {
+  return text_view_.treatsSpacesAsTabs() || is_indented_by_spaces(*view().storage, number);
+}
+
+// In comments, strings and running text brackets need not be closed, and some languages have ones
+// that are no pair.
+bool line_indenter::is_bracket(text::iterator const& at) const {
+  text::char_t const unit = *at;
+  if (!is_opening(unit) && !is_closing(unit)) return false;
+  plist::value const settings = text_view_.stylesForContext(text_view_.graphPathForIterator(at));
+  if (settings["smartTypingPairsEndWithLine"].integer_or(0) != 0) return false;
+  auto const pairs = pairs_of_settings(settings, "highlightPairs");
+  return std::any_of(pairs.begin(), pairs.end(),
+                     [&](unit_pair const pair) { return unit == pair.open || unit == pair.close; });
+}
+
+// Comments and strings, as which the settings describe what is prose and isn't indented.
+bool line_indenter::is_in_prose(text::iterator const& at) const {
+  plist::value const settings = text_view_.stylesForContext(text_view_.graphPathForIterator(at));
+  return settings["smartTypingPairsEndWithLine"].integer_or(0) != 0 && is_of_text(settings);
+}
+
+// The line up to the caret, without the comment that it ends with.
+text::unit_view line_indenter::code_before(text::iterator const& caret) const {
+  wait_for_scopes(caret.line);
+  text::unit_view line = view().storage->line_units(caret.line).substr(0, caret.column);
+  while (!line.empty() && is_in_prose({caret.line, line.size() - 1, view().storage}))
+    line.remove_suffix(1);
+  return line;
+}
+
+// The line in which the brackets begin that are closed in a line or in those that it continues.
+std::size_t line_indenter::first_line_of(std::size_t number) {
+  text::storage& storage = *view().storage;
+  std::size_t closed = 0;
+  for (std::size_t line = number + 1; line-- > number - std::min(number, furthest_line / 2);) {
+    text::unit_view const units = storage.line_units(line);
+    for (std::size_t unit = units.size(); unit-- > 0;) {
+      bool const opens = is_opening(units[unit]);
+      if (!is_bracket({line, unit, &storage})) continue;
+      if (!opens)
+        ++closed;
+      else if (closed > 0)
+        --closed;
+    }
+    if (closed == 0 && (line == 0 || !goes_on_below(line - 1))) return line;
+  }
+  return number;
+}
+
+// Whether a line ends with a backslash or an operator, or the following one begins as the language
+// begins those that continue another one.
+bool line_indenter::goes_on_below(std::size_t number) {
+  text::storage& storage = *view().storage;
+  text::unit_view line = storage.line_units(number);
+  if (line.ends_with(u'\\')) return true;
+  while (!line.empty() &&
+         (text::is_blank(line.back()) || is_in_prose({number, line.size() - 1, &storage})))
+    line.remove_suffix(1);
+  bool const is_operand = line.ends_with(u"$?") || line.ends_with(u"++");
+  if (!line.empty() && !is_operand && text::unit_view(u"=&|?+").find(line.back()) != line.npos)
+    return true;
+  if (number + 1 == storage.lines()) return false;
+  std::u16string lines(storage.line_units(number));
+  lines += u'\n';
+  lines += storage.line_units(number + 1);
+  return patterns_of(settings_of_line(number))->matches(indent_patterns::continued, lines);
+}
+
+std::optional<text::iterator> line_indenter::open_bracket_above(std::size_t number) const {
+  text::storage& storage = *view().storage;
+  std::size_t closed = 0;
+  for (std::size_t line = number; line-- > number - std::min(number, furthest_line);) {
+    text::unit_view const units = storage.line_units(line);
+    for (std::size_t unit = units.size(); unit-- > 0;) {
+      bool const opens = is_opening(units[unit]);
+      if (!is_bracket({line, unit, &storage})) continue;
+      if (!opens)
+        ++closed;
+      else if (closed-- == 0)
+        return text::iterator(line, unit, &storage);
+    }
+  }
+  return std::nullopt;
+}
+
+// After an operator, and in a bracket that has text right after it or that opens no block.
+bool line_indenter::continues_line_above(std::size_t number) {
+  if (number == 0) return false;
+  text::storage& storage = *view().storage;
+  if (goes_on_below(number - 1)) return true;
+  auto const open = open_bracket_above(number);
+  if (!open) return false;
+  text::unit_view const line = storage.line_units(open->line);
+  std::size_t const next = line.find_first_not_of(u" \t", open->column + 1);
+  if (next != line.npos && !is_in_prose({open->line, next, &storage})) return true;
+  return (type_of_line(open->line) & indent_patterns::increase) == 0;
+}
+
+// Whether a line may be indented so where nothing but indentation ends a block: more than the line
+// that opens one, or as one of the blocks that are open.
+bool line_indenter::may_end_blocks(std::size_t number, std::size_t indent) {
+  if (open_bracket_above(number)) return true;
+  std::optional<std::size_t> open;
+  for (std::size_t line = number; line-- > number - std::min(number, furthest_block);) {
+    std::size_t const last = line;
+    unsigned type = type_of_line(last);
+    if (type == indent_patterns::unindented) continue;
+    line = first_line_of(last);
+    if (!open && line < last) type |= type_of_lines(line, last);
+    std::size_t const width = text::indent_width(view().storage->line_units(line), tab_size());
+    if (!open && type & indent_patterns::increase) return indent > width;
+    open = std::min(open.value_or(width), width);
+    if (*open <= indent) return *open == indent;
+  }
+  return indent == 0;
+}
+
+std::size_t line_indenter::own_or_wanted_indent(std::size_t number) {
+  text::unit_view const line = view().storage->line_units(number);
+  std::size_t const own = text::indent_width(line, tab_size());
+  plist::value const settings = settings_of_line(number);
+  auto const patterns = patterns_of(settings);
+  if (!patterns->know_indentation()) return own;
+  std::size_t const wanted = wanted_indent(*patterns, line, number);
+  if (own == wanted || continues_line_above(number)) return own;
+  bool const keeps =
+      settings["indentationEndsBlocks"].integer_or(0) != 0 && may_end_blocks(number, own);
+  return keeps ? own : wanted;
+}
+
+// As if the first and the last of them were one line.
+unsigned line_indenter::type_of_lines(std::size_t first, std::size_t last) {
+  std::u16string joined(code_before(view().storage->end(first)));
+  joined += code_before(view().storage->end(last));
+  return patterns_of(settings_of_line(first))->typeForLine(joined);
+}
+
+// A line of blanks alone loses them.
+void line_indenter::set_indent(std::size_t number, std::size_t width) {
+  text::storage& storage = *view().storage;
+  text::unit_view const line = storage.line_units(number);
+  std::size_t const old = leading_blanks(line);
+  std::u16string fresh;
+  if (old < line.size()) {
+    if (text::indent_width(line, tab_size()) == width) return;
+    fresh = indent::blanks(width, tab_size(), indents_by_spaces(number));
+  }
+  if (line.substr(0, old) == fresh) return;
+  text::iterator const at = storage.begin_of_line(number);
+  storage.erase(at, at + static_cast<std::ptrdiff_t>(old));
+  storage.insert(at, fresh.begin(), fresh.end());
+}
+
+// The caret stays before the unit at which it is; several lines stay selected as a whole.
+void line_indenter::indent_selected_lines() {
+  text::storage& storage = *view().storage;
+  auto const [first, last] = selected_lines(view());
+  text::iterator const caret = view().selection.current_mark.base;
+  std::size_t const behind_caret = storage.size(caret.line) - caret.column;
+  bool const had_selection = view().has_selection();
+  for (std::size_t line = first; line <= last; ++line) {
+    wait_for_scopes(line, std::chrono::seconds(5));
+    bool const has_text = !is_blank_line(storage.line_units(line));
+    if (!has_text &&
+        patterns_of(settings_of_line(line))->typeForLine(u"x") == indent_patterns::unindented)
+      continue;
+    set_indent(line, own_or_wanted_indent(line));
+  }
+  if (!had_selection) {
+    std::size_t const size = storage.size(caret.line);
+    text::iterator const at(caret.line, size - std::min(size, behind_caret), &storage);
+    return view().selection.set_caret({&view(), at});
+  }
+  bool const has_next = last + 1 < storage.lines();
+  view().selection.set_caret(view().in_view(storage.begin_of_line(first)));
+  view().selection.select_to(
+      view().in_view(has_next ? storage.begin_of_line(last + 1) : storage.end(last)), false);
+}
+
+bool line_indenter::types_at_line_end() const {
+  if (!text_view_.autoIndent() || view().has_selection() || !view().mirror_observer.mirrors.empty())
+    return false;
+  return is_at_end_of_typed(text_view_);
+}
+
+bool line_indenter::may_close_block() {
+  if (!types_at_line_end()) return false;
+  auto const patterns = language_patterns();
+  if (!patterns->know_indentation()) return false;
+  text::iterator const caret = view().selection.current_mark.base;
+  return !patterns->matches(indent_patterns::decrease,
+                            view().storage->line_units(caret.line).substr(0, caret.column));
+}
+
+// After so many units have been typed. A line that had text before, and that the user has indented
+// in another way than the language would, is left as it is. What stands after the caret are
+// closing units that wait to be typed over.
+void line_indenter::indent_closing_line(std::size_t typed) {
+  text::storage& storage = *view().storage;
+  text::iterator const caret = view().selection.current_mark.base;
+  text::unit_view const line = storage.line_units(caret.line);
+  if (caret.column < typed || !view().mirror_observer.mirrors.empty()) return;
+  if (!language_patterns()->matches(indent_patterns::decrease, line.substr(0, caret.column)))
+    return;
+  text::unit_view const before = line.substr(0, caret.column - typed);
+  if (!is_blank_line(before) && text::indent_width(before, tab_size()) !=
+                                    wanted_indent(*language_patterns(), before, caret.line))
+    return;
+  std::size_t const behind_caret = line.size() - caret.column;
+  set_indent(caret.line, wanted_indent(*language_patterns(), line, caret.line));
+  view().selection.set_caret(
+      {&view(), text::iterator(caret.line, storage.size(caret.line) - behind_caret, &storage)});
+}
+
+// The leading white space of a line. Where tabs are typed, what follows them is alignment and isn't
+// taken over; they may stand after the mark of a comment.
+std::u16string line_indenter::taken_indent(std::size_t number) const {
+  text::unit_view line = view().storage->line_units(number);
+  bool const tabs_only = !text_view_.treatsSpacesAsTabs() && !begins_with_space(line);
+  if (tabs_only) {
+    bool const comment = line.starts_with(u"//\t") || line.starts_with(u"/*\t");
+    if (comment || line.starts_with(u"*/")) line.remove_prefix(2);
+  }
+  auto const text = line.find_first_not_of(tabs_only ? u"\t" : u" \t");
+  return std::u16string(line.substr(0, std::min(text, line.size())));
+}
+
+void line_indenter::insert_newline() {
+  std::u16string before = u"\n", behind;
+  if (text_view_.smartTyping()) end_pairs_of_line(text_view_);
+  if (text_view_.autoIndent()) {
+    text::iterator const at = view().selection.first().base;
+    text::unit_view const line = view().storage->line_units(at.line);
+    before += taken_indent(at.line);
+    bool const in_braces = !view().has_selection() && 0 < at.column && at.column < line.size() &&
+                           line[at.column - 1] == u'{' && line[at.column] == u'}';
+    if (in_braces) behind = before;
+    if (language_patterns()->matches(indent_patterns::increase, code_before(at)))
+      before += indent::blanks(tab_size(), tab_size(), indents_by_spaces(at.line));
+  }
+  view().insert(before.begin(), before.end());
+  if (behind.empty()) return;
+  text::iterator const caret = view().selection.current_mark.base;
+  view().insert(behind.begin(), behind.end());
+  view().selection.set_caret({&view(), caret});
+}
+
+bool line_indenter::copy() {
+  if (!view().has_selection() || view().is_in_column_mode()) return view_copy(&view());
+  text_clip clip{{view().selection.begin(), view().selection.end()}, false, clip_origin()};
+  text::iterator const first = view().selection.first().base;
+  text::unit_view const line = view().storage->line_units(first.line);
+  clip.origin->indent = text::indent_width(line, tab_size());
+  clip.origin->column = text::expanded_width(line.substr(0, first.column), 0, tab_size());
+  wait_for_scopes(first.line);
+  auto const kept = language_patterns();
+  indent_patterns const& patterns = *kept;
+  text::unit_view const content = telling_line(clip.text, patterns);
+  std::size_t const level = indent::level(clip.text, tab_size());
+  if (first.column == 0 && !content.empty() && patterns.know_indentation())
+    clip.origin->excess = static_cast<std::ptrdiff_t>(level) -
+                          static_cast<std::ptrdiff_t>(wanted_indent(patterns, content, first.line));
+  set_current_clip(clip);
+  return true;
+}
+
+bool line_indenter::paste() {
+  auto const clip = current_clip();
+  bool const is_one_line = clip && clip->text.find(u'\n') == clip->text.npos;
+  if (!text_view_.indentedPaste() || !clip || clip->rectangular || is_one_line)
+    return view_paste_without_reindent(&view());
+  view().erase_selection();
+  wait_for_scopes(view().selection.current_mark.base.line);
+  std::u16string const text = fitted(*clip);
+  view().insert(text.begin(), text.end());
+  return true;
+}
+
+// All lines but what the first one is before its text.
+std::u16string line_indenter::shifted(std::u16string const& clip, std::ptrdiff_t by) const {
+  if (by == 0) return clip;
+  std::size_t const amount = static_cast<std::size_t>(by < 0 ? -by : by);
+  std::size_t const line = view().selection.current_mark.base.line;
+  if (by < 0) return indent::cut_from_each_line(clip, amount, tab_size());
+  std::u16string const prefix = indent::blanks(amount, tab_size(), indents_by_spaces(line));
+  return indent::prefix_each_line(clip, prefix);
+}
+
+// Several lines, indented as fits the caret. Blanks that the user has put before it are where they
+// belong, and so is the line after whose text they go; at a line's start the language tells.
+std::u16string line_indenter::fitted(text_clip const& clip) {
+  text::iterator const caret = make_base_iter(view().selection.current_mark);
+  text::unit_view const line = view().storage->line_units(caret.line);
+  text::unit_view const before = line.substr(0, caret.column);
+  bool const behind_text = !is_blank_line(before);
+  std::size_t const have = text::expanded_width(before, 0, tab_size());
+  std::size_t const level = indent::level(clip.text, tab_size());
+  if (level == std::numeric_limits<std::size_t>::max()) return clip.text;  // blank lines alone
+  if (have == 0 && (!clip.origin || clip.origin->column == 0)) return fitted_to_line(clip, level);
+
+  // What began inside a line goes where its first line goes.
+  std::size_t const at = behind_text ? text::indent_width(line, tab_size()) : have;
+  if (clip.origin && clip.origin->column > 0) {
+    clip_origin const& origin = *clip.origin;
+    bool const began_in_blanks = origin.column <= origin.indent;
+    std::size_t const from = began_in_blanks && !behind_text ? origin.column : origin.indent;
+    std::size_t const blanks = began_in_blanks && behind_text ? leading_blanks(clip.text) : 0;
+    std::size_t const first = std::min(clip.text.find(u'\n'), clip.text.size());
+    // The first line stands at the caret already.
+    return clip.text.substr(blanks, first - blanks) +
+           shifted(clip.text.substr(first),
+                   static_cast<std::ptrdiff_t>(at) - static_cast<std::ptrdiff_t>(from));
+  }
+  auto const by = static_cast<std::ptrdiff_t>(at) - static_cast<std::ptrdiff_t>(level);
+  std::u16string result = shifted(clip.text, by);
+  if (by > 0)
+    result.insert(
+        0, indent::blanks(static_cast<std::size_t>(by), tab_size(), indents_by_spaces(caret.line)));
+  result.resize(result.find_last_not_of(u" \t") + 1);
+  return result.substr(behind_text ? leading_blanks(result)
+                                   : indent::skip(result, have, tab_size()));
+}
+
+// Whole lines at a line's start. They are never indented more than they were where indentation
+// alone ends blocks, or on a line without text; and as much more or less than the language expects
+// as they were where they come from.
+std::u16string line_indenter::fitted_to_line(text_clip const& clip, std::size_t level) {
+  auto const kept = language_patterns();
+  indent_patterns const& patterns = *kept;
+  std::size_t const number = view().selection.current_mark.base.line;
+  text::unit_view const line = view().storage->line_units(number);
+  text::unit_view const content = telling_line(clip.text, patterns);
+  if (!patterns.know_indentation() || content.empty()) return clip.text;
+  std::ptrdiff_t const excess = clip.origin ? clip.origin->excess : 0;
+  bool const may_grow =
+      !is_blank_line(line) && settings_of_line(number)["indentationEndsBlocks"].integer_or(0) == 0;
+  std::ptrdiff_t const had = static_cast<std::ptrdiff_t>(level);
+  std::ptrdiff_t want = static_cast<std::ptrdiff_t>(wanted_indent(patterns, content, number)) +
+                        (may_grow ? excess : std::max<std::ptrdiff_t>(excess, 0));
+  want = std::max<std::ptrdiff_t>(0, may_grow ? want : std::min(want, had));
+  if (want == had) return clip.text;
+  std::u16string result = shifted(clip.text, want - had);
+  if (want > had)
+    result.insert(0, indent::blanks(static_cast<std::size_t>(want - had), tab_size(),
+                                    indents_by_spaces(number)));
+  return result;
+}

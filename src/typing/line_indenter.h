@@ -1,0 +1,74 @@
+#pragma once
+
+#include "actions/clipboard.h"
+#include "styles/indent_patterns.h"
+#include "text/view.h"
+
+#include <chrono>
+#include <cstddef>
+#include <list>
+#include <memory>
+#include <optional>
+#include <string>
+
+class typed_view;
+
+/// How far the lines of a text view are indented: new ones, those that what is typed makes the end
+/// of a block, those that are pasted, and those that the user asks for. The view must show a
+/// document, inside of a view_will_change scope. Lines count from 0, widths in columns. Owned by
+/// the view; main thread only.
+class line_indenter {
+ public:
+  explicit line_indenter(typed_view& text_view);
+
+  void insert_newline();
+  /// Puts the selection on the pasteboard, with what is needed to paste it back as it was; false if
+  /// there is none.
+  bool copy();
+  /// Puts in what would be pasted, several lines indented as fits the caret; false if there is
+  /// nothing.
+  bool paste();
+  /// As the language says; but a line that continues another one, or text over several lines, stays
+  /// as it is, and where indentation alone ends a block, so does one that ends some blocks.
+  void indent_selected_lines();
+
+  /// Whether the caret stands at a line's end, where what is typed is looked at.
+  bool types_at_line_end() const;
+  /// Whether what is typed next, at the line's end, may make it one that closes a block.
+  bool may_close_block();
+  /// After so many units have been typed that may.
+  void indent_closing_line(std::size_t typed);
+
+ private:
+  text::view& view() const;
+  std::size_t tab_size() const;
+  void wait_for_scopes(std::size_t line, std::chrono::seconds in_sight = {}) const;
+  plist::value settings_of_line(std::size_t number) const;
+  std::shared_ptr<indent_patterns const> patterns_of(plist::value const& settings);
+  std::shared_ptr<indent_patterns const> language_patterns();
+  unsigned type_of_line(std::size_t number);
+  std::size_t wanted_indent(indent_patterns const& patterns, text::unit_view content,
+                            std::size_t number);
+  bool indents_by_spaces(std::size_t number) const;
+
+  bool is_bracket(text::iterator const& at) const;
+  bool is_in_prose(text::iterator const& at) const;
+  text::unit_view code_before(text::iterator const& caret) const;
+  std::size_t first_line_of(std::size_t number);
+  std::optional<text::iterator> open_bracket_above(std::size_t number) const;
+  bool goes_on_below(std::size_t number);
+  bool continues_line_above(std::size_t number);
+  bool may_end_blocks(std::size_t number, std::size_t indent);
+  unsigned type_of_lines(std::size_t first, std::size_t last);
+  std::size_t own_or_wanted_indent(std::size_t number);
+
+  void set_indent(std::size_t number, std::size_t width);
+  std::u16string taken_indent(std::size_t number) const;
+  std::u16string fitted(text_clip const& clip);
+  std::u16string fitted_to_line(text_clip const& clip, std::size_t level);
+  std::u16string shifted(std::u16string const& clip, std::ptrdiff_t by) const;
+
+  typed_view& text_view_;
+  std::list<std::shared_ptr<indent_patterns const>>
+      patterns_;  ///< of the scopes that were asked for last
+};

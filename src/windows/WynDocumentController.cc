@@ -1,0 +1,233 @@
+#include "windows/WynDocumentController.h"
+
+#include "documents/WynDocument.h"
+#include "encoding/charset.h"
+#include "encoding/line_ending.h"
+#include "path/path.h"
+#include "platform/desktop.h"
+
+#include <array>
+
+namespace {
+
+constexpr char const* left_quote = "\u201c";
+constexpr char const* right_quote = "\u201d";
+
+// The charsets that a user may choose, in the order of the save panel.
+constexpr std::array offered_charsets = {encoding::UTF8,   encoding::UTF16BE,  encoding::UTF16LE,
+                                         encoding::Latin1, encoding::MacRoman, encoding::CP1252,
+                                         encoding::ASCII};
+
+// By line_ending::type, as the status bar shows them.
+constexpr std::array line_ending_labels = {"LF", "CR", "CRLF"};
+
+std::string quoted(std::string const& name) {
+  return left_quote + name + right_quote;
+}
+
+}  // namespace
+
+WynDocumentController::WynDocumentController(windows_owner& owner) : owner_(owner) {
+  setNextResponder(&owner.lastResponder());
+  textView_.setNextResponder(this);
+  textView_.setContextMenu(owner.contextMenu());
+  addFileMethods();
+  addEncodingMethods();
+  window_ = platform::desktop::current().make_window(*this, textView_, textView_);
+  textView_.bind([this](std::string_view key, plist::value const& value) {
+    window_->update_value(key, value);
+  });
+}
+
+WynDocumentController::~WynDocumentController() {
+  textView_.setDocument(nullptr);
+}
+
+void WynDocumentController::addFileMethods() {
+  auto const add = [this](char const* selector, bool (WynDocumentController::*action)()) {
+    addMethod(selector, [this, action](plist::value const&) {
+      // A refusal or failure has been told to the user: no beep on top of it.
+      (this->*action)();
+      return plist::value();
+    });
+  };
+  add("saveDocument:", &WynDocumentController::saveDocument);
+  add("saveDocumentAs:", &WynDocumentController::saveDocumentAs);
+  add("revertDocumentToSaved:", &WynDocumentController::revertDocument);
+  addMethod("canRevertDocumentToSaved", [this](plist::value const&) {
+    return plist::value(!document_->filename().empty() && document_->isDocumentEdited());
+  });
+  addMethod("performClose:", [this](plist::value const&) {
+    if (windowShouldClose()) window_->close();
+    return plist::value();
+  });
+}
+
+void WynDocumentController::addEncodingMethods() {
+  addMethod("takeFileEncodingFrom:", [this](plist::value const& sender) {
+    auto const charset = encoding::charset_of_number(sender.integer_or(encoding::UTF8));
+    if (!charset) return plist::value(false);
+    document_->setFileEncoding(*charset);
+    publishDocument();
+    return plist::value();
+  });
+  addMethod("takeFileEncodingFromIsChecked:", [this](plist::value const& sender) {
+    return plist::value(sender.integer_or(-1) == document_->fileEncoding());
+  });
+  addMethod("takeLineEndingFrom:", [this](plist::value const& sender) {
+    auto const ending = sender.integer_or(line_ending::LF);
+    if (ending < line_ending::LF || ending > line_ending::CRLF) return plist::value(false);
+    document_->setLineEnding(static_cast<line_ending::type>(ending));
+    publishDocument();
+    return plist::value();
+  });
+  addMethod("takeLineEndingFromIsChecked:", [this](plist::value const& sender) {
+    return plist::value(sender.integer_or(-1) == document_->lineEnding());
+  });
+  addMethod("toggleByteOrderMark:", [this](plist::value const&) {
+    document_->setByteOrderMark(!document_->byteOrderMark());
+    return plist::value();
+  });
+  addMethod("canToggleByteOrderMark", [this](plist::value const&) {
+    return plist::value(document_->fileEncoding() == encoding::UTF8);
+  });
+  addMethod("toggleByteOrderMarkIsChecked:",
+            [this](plist::value const&) { return plist::value(document_->byteOrderMark()); });
+  addMethod("reopenWithEncoding:", [this](plist::value const& sender) {
+    return plist::value(reopenWithEncoding(sender.integer_or(-1)));
+  });
+  addMethod("canReopenWithEncoding",
+            [this](plist::value const&) { return plist::value(!document_->filename().empty()); });
+}
+
+void WynDocumentController::setTextDocument(std::shared_ptr<WynDocument> document) {
+  document_ = std::move(document);
+  auto& center = platform::notification_center::standard();
+  auto const refresh = [this](auto const&) { documentDidChange(); };
+  nameToken_ = center.observe(WynDocument::filenameDidChange, refresh, document_.get());
+  editedToken_ = center.observe(WynDocument::documentEditedDidChange, refresh, document_.get());
+  fileToken_ = center.observe(
+      WynDocument::fileDidChange, [this](auto const&) { checkForFilesystemChanges(); },
+      document_.get());
+  textView_.setDocument(document_);
+  documentDidChange();
+}
+
+void WynDocumentController::documentDidChange() {
+  bool const gone = document_->fileIsGone();
+  window_->set_title(document_->displayName() + (gone ? " (deleted)" : ""));
+  window_->update_value("fileState", gone ? "File Deleted" : "");
+  window_->set_represented_filename(document_->filename());
+  window_->set_document_edited(document_->isDocumentEdited());
+  publishDocument();
+}
+
+void WynDocumentController::publishDocument() {
+  window_->update_value("fileEncoding", encoding::charset_name[document_->fileEncoding()]);
+  window_->update_value("lineEnding", line_ending_labels[document_->lineEnding()]);
+}
+
+void WynDocumentController::showWindow() {
+  window_->make_key_and_order_front();
+}
+
+bool WynDocumentController::canBeUsedForNewDocument() const {
+  return document_ != nullptr && document_->filename().empty() && document_->storage().empty() &&
+         !document_->isDocumentEdited();
+}
+
+bool WynDocumentController::isDocumentEdited() const {
+  return document_ != nullptr && document_->isDocumentEdited();
+}
+
+bool WynDocumentController::askToSave() {
+  if (document_ != nullptr) document_->lookForFile();
+  if (!isDocumentEdited()) return true;
+  window_->make_key_and_order_front();
+  std::string const name = quoted(document_->displayName());
+  platform::alert question{"Do you want to save the changes you made in the document " + name + "?",
+                           "Your changes will be lost if you don't save them.",
+                           {"Save", "Cancel", "Don't Save"},
+                           1};
+  if (document_->fileIsGone()) {
+    question.title = "The file of the document " + name + " was deleted. Do you want to save it?";
+    question.text = "Its text will be lost if you don't save it.";
+  }
+  switch (platform::desktop::current().alerts().run(question)) {
+    case 0:
+      return saveDocument();
+    case 2:
+      document_->dropUnsavedText();
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool WynDocumentController::saveDocument() {
+  if (document_->filename().empty()) return saveDocumentAs();
+  return document_->writeToFile(document_->filename());
+}
+
+bool WynDocumentController::saveDocumentAs() {
+  platform::save_request request;
+  request.title = "Save As";
+  std::string const old = document_->filename();
+  request.directory = old.empty() ? owner_.currentDirectory() : path::parent(old);
+  request.name = old.empty() ? document_->displayName() + ".txt" : path::name(old);
+  for (std::size_t n = 0; n < offered_charsets.size(); ++n) {
+    request.encodings.push_back(encoding::charset_name[offered_charsets[n]]);
+    if (offered_charsets[n] == document_->fileEncoding()) request.encoding = n;
+  }
+  for (auto const* name : line_ending_labels) request.line_endings.push_back(name);
+  request.line_ending = static_cast<std::size_t>(document_->lineEnding());
+
+  auto const answer = platform::desktop::current().panels().run_save(request);
+  if (!answer) return false;
+  auto const old_encoding = document_->fileEncoding();
+  auto const old_ending = document_->lineEnding();
+  document_->setFileEncoding(offered_charsets[answer->encoding]);
+  document_->setLineEnding(static_cast<line_ending::type>(answer->line_ending));
+  if (!document_->writeToFile(answer->path)) {
+    document_->setFileEncoding(old_encoding);
+    document_->setLineEnding(old_ending);
+    return false;
+  }
+  document_->setFilename(answer->path);
+  owner_.noteRecentFile(answer->path);
+  return true;
+}
+
+bool WynDocumentController::revertDocument() {
+  platform::alert const question{
+      "Do you want to revert to the saved version of " + quoted(document_->displayName()) + "?",
+      "Your changes since the last save will be taken back. Undo brings them again.",
+      {"Revert", "Cancel"},
+      1};
+  if (document_->isDocumentEdited() && platform::desktop::current().alerts().run(question) != 0)
+    return false;
+  return reopenWithEncoding(document_->fileEncoding());
+}
+
+bool WynDocumentController::reopenWithEncoding(std::int64_t number) {
+  auto const charset = encoding::charset_of_number(number);
+  if (!charset) return false;
+  bool const done =
+      textView_.replacingText([&] { return document_->reopenWithEncoding(*charset); });
+  publishDocument();
+  return done;
+}
+
+void WynDocumentController::windowWillClose() {
+  owner_.didCloseWindow(*this);
+}
+
+void WynDocumentController::windowDidBecomeKey() {
+  platform::desktop::current().waits().deliver(lives_, [this] {
+    if (document_ != nullptr) checkForFilesystemChanges();
+  });
+}
+
+void WynDocumentController::checkForFilesystemChanges() {
+  textView_.replacingText([this] { return document_->checkForFilesystemChanges(); });
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/menu.h"
+#include "platform/responder.h"
+
+#include <string>
+#include <vector>
+
+class WynDocumentController;
+
+/// What windows need of the application: it owns their controllers, and gets what they don't
+/// perform themselves. Main thread only.
+class windows_owner {
+ public:
+  /// The end of the windows' responder chains.
+  virtual platform::responder& lastResponder() = 0;
+  /// Where relative names and file panels begin. Absolute.
+  virtual std::string currentDirectory() const = 0;
+  /// The menu for a click with the right button in a text.
+  virtual std::vector<platform::menu_item> contextMenu() const = 0;
+  /// A file has been opened or got this name.
+  virtual void noteRecentFile(std::string const& path) = 0;
+  /// Lets go of a controller whose window has closed; it is destroyed in a later turn of the loop,
+  /// when nothing waits.
+  virtual void didCloseWindow(WynDocumentController& controller) = 0;
+
+ protected:
+  ~windows_owner() = default;
+};

@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "headless/headless_desktop.h"
+#include "path/temporary_folder.h"
+#include "platform/own_defaults.h"
+#include "plist/text_reader.h"
+#include "plist/xml_writer.h"
+#include "styles/WynThemeManager.h"
+#include "styles/theme_watcher.h"
+
+// What stands in the folders of themes, and what happens there while the program runs.
+TEST(themes_on_disk, are_picked_up) {
+  own_defaults const own;
+  auto& defaults = platform::user_defaults::standard();
+  temporary_folder folder;
+  headless::headless_desktop desktop;
+  std::filesystem::create_directory(folder / "machine");
+  auto const put = [&](char const* file, std::string const& text) {
+    std::filesystem::create_directories(folder / "user");
+    folder.write(file, plist::write_xml(plist::convert(text)).text);
+  };
+  put("machine/a.qnTheme", "{ uuid = A; name = Hidden; }");
+  put("machine/b.plist", "{ uuid = B; name = Blue; settings = ( ); }");
+  put("machine/d.qnTheme", "{ uuid = D; name = Deleted; }");
+  put("machine/n.qnTheme", "{ name = Nameless; settings = x; }");
+  put("machine/readme.txt", "{ name = no; }");
+  put("user/a.qnTheme", "{ uuid = A; name = Own; }");
+  defaults.set("WynThemeManagerDeletedThemes", plist::array{"D"});
+  // The manager of the process would select a theme of its own in place of one that it doesn't
+  // know.
+  defaults.set("WynThemeManagerLightTheme", "B");
+  defaults.set("WynThemeManagerFollowsDesktop", true);
+
+  WynThemeManager manager({folder / "user", folder / "machine"});
+  theme_watcher const watcher(manager);
+  int told = 0;
+  auto const token = platform::notification_center::standard().observe(
+      WynThemeManager::did_change, [&](auto const&) { ++told; });
+  auto const names = [&] {
+    std::string result;
+    for (auto const& theme : manager.allThemes()) result += theme.name() + " ";
+    return result;
+  };
+  std::string const given = manager.allThemes()[1].uuid();
+  struct {
+    char const* what;
+    std::function<void()> change;
+    char const* names;
+    int told;
+  } const steps[] = {
+      {"nothing", [] {}, "Blue Nameless Own ", 0},
+      {"another rule",
+       [&] { put("machine/b.plist", "{ uuid = B; name = Blue; settings = ( x ); }"); },
+       "Blue Nameless Own ", 1},
+      {"broken while it is being edited", [&] { folder.write("machine/b.plist", "<plist>"); },
+       "Blue Nameless Own ", 0},
+      {"another name",
+       [&] { put("machine/b.plist", "{ uuid = B; name = Zinc; settings = ( x ); }"); },
+       "Nameless Own Zinc ", 0},
+      {"a new one", [&] { put("user/c.qnTheme", "{ uuid = C; name = Cyan; }"); },
+       "Cyan Nameless Own Zinc ", 0},
+      {"what a file of the user's hid", [&] { std::filesystem::remove(folder / "user/a.qnTheme"); },
+       "Cyan Hidden Nameless Zinc ", 0},
+  };
+  for (auto const& step : steps) {
+    told = 0;
+    step.change();
+    desktop.loop().run_for(2);
+    EXPECT_EQ(names(), step.names) << step.what;
+    ASSERT_NE(manager.selectedTheme(), nullptr);
+    EXPECT_EQ(manager.selectedTheme()->uuid(), "B") << step.what;
+    EXPECT_EQ(told, step.told) << step.what;
+  }
+  EXPECT_EQ(manager.allThemes()[2].uuid(), given);
+}
