@@ -20,8 +20,8 @@
 ///     `code`                     what a shell command prints when the snippet is inserted
 ///
 /// A backslash takes the meaning off "$", "`", "\", tab and line feed, and within braces off "}".
-/// Tabs become blanks where the document has it so, and line feeds get the line's indentation,
-/// empty lines apart.
+/// Tabs become blanks where the document has it so, in formats too ("\t" does not), and line feeds
+/// get the line's indentation, empty lines apart.
 namespace snippet {
 
 struct parse_options {

@@ -27,10 +27,15 @@ std::string name_of(int index) {
 struct substitution {
   std::string regexp, format, options;
 
-  explicit substitution(antlr::RefAST part)
+  substitution(antlr::RefAST part, parse_options const& how)
       : regexp(part->getText()),
         format(part->getNextSibling()->getText()),
-        options(part->getNextSibling()->getNextSibling()->getText()) {}
+        options(part->getNextSibling()->getNextSibling()->getText()) {
+    // A tab indents as one outside does; "\t" is for texts that need one, as recipes of make do.
+    if (!how.soft_tabs) return;
+    for (std::size_t at = 0; (at = format.find('\t', at)) != std::string::npos;)
+      format.replace(at, 1, how.tab_size, ' ');
+  }
 };
 
 }  // namespace
@@ -97,7 +102,7 @@ void tree_walker::add_variable(antlr::RefAST const& node) {
 void tree_walker::add_replaced_variable(antlr::RefAST const& node) {
   auto const found = options_.variables.find(node->getText());
   std::string const value = found == options_.variables.end() ? std::string() : found->second;
-  substitution const parts(node->getFirstChild());
+  substitution const parts(node->getFirstChild(), options_);
   transform_t const how(parts.regexp, parts.format, parts.options);
   std::string result;
   onig::replace(value.data(), value.data() + value.size(), how.format.data(),
@@ -169,7 +174,7 @@ void tree_walker::add_regexp_mirror(antlr::RefAST const& node) {
     return;
   }
   if (would_reverse_nesting(index)) return;
-  substitution const parts(node->getFirstChild());
+  substitution const parts(node->getFirstChild(), options_);
   std::size_t const stop = open_stop(index);
   stops_[stop].transform =
       std::make_shared<transform_t const>(parts.regexp, parts.format, parts.options);

@@ -199,6 +199,16 @@ TEST(snippet, is_as_if_it_were_expanded_anew_after_each_edit) {
   }
 }
 
+TEST(snippet, tabs_of_formats_indent_as_others_do) {
+  std::string fault;
+  std::vector<std::string> warnings;
+  auto const made = snippet::parse("\t${A/a/\t\\t/}|${1:b}${1/b/\t/}",
+                                   {.tab_size = 2, .soft_tabs = true, .variables = {{"A", "a"}}},
+                                   fault, warnings);
+  ASSERT_NE(made, nullptr) << fault;
+  EXPECT_EQ(unicode::to_utf8(made->text()), "    \t|b  ");
+}
+
 TEST(snippet, of_hostile_size_ends_in_a_fault_or_well) {
   std::string nested, many;
   for (int i = 0; i < 10'000; ++i) nested += "${" + std::to_string(i + 1) + ":";
