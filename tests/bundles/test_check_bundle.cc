@@ -22,7 +22,9 @@ TEST_F(bundle_test, check_bundle_tells_every_fault) {
       "M = { items = ( L, N ); }; }; }; }");
   put("Bad.qnbundle/Commands/c.plist",
       "{ uuid = C; name = x; keyEquivalent = '@ab'; output = nowhere; cmd = x; }");
-  put("Bad.qnbundle/Snippets/s.plist", "{ uuid = L; name = x; scope = '(a'; content = x; }");
+  put("Bad.qnbundle/Snippets/s.plist",
+      "{ uuid = L; name = x; scope = '(a'; content = '${1:a${1:b}}'; }");
+  put("Bad.qnbundle/Snippets/t.plist", "{ uuid = T; name = x; content = 'a $ b'; }");
   put("Bad.qnbundle/Syntaxes/a.plist",
       "{ uuid = L; name = Lang; scopeName = 'source.x'; fileTypes = ( x, ( ) ); foldingStartMarker "
       "= '['; foldingStopMarker = x; patterns = ( { match = '(a'; captures = { a = { }; }; }, "
@@ -40,7 +42,8 @@ TEST_F(bundle_test, check_bundle_tells_every_fault) {
   EXPECT_EQ(told_about(folder / "Bad.qnbundle"),
             "name: is missing\nname: is not a stri\n"
             "cmd: unknown key\nkeyEquivalent: is no key\noutput: cannot be \"no\n"
-            "command: is missing\nscope: invalid scope\nuuid: is that of s.\n"
+            "command: is missing\nscope: invalid scope\ncontent: tab stop #1 c\n"
+            "content: line 1:3: une\nuuid: is that of s.\n"
             "settings.completions: is not an arr\nsettings.foreground: is no colour \n"
             "settings.increaseIndentPattern: invalid regul\nsettings.indent: unknown key\n"
             "settings.shellVariables.0: is no name wi\nsettings.showInSymbolList: is no number\n"

@@ -12,6 +12,7 @@
 #include "plist/xml_reader.h"
 #include "regex/oniguruma.h"
 #include "regex/transformation_program.h"
+#include "snippets/parse_snippet.h"
 
 #include <algorithm>
 #include <cstring>
@@ -73,6 +74,7 @@ class file_check {
                                   {"template", "command"}})
       if (kind == of && !content_[key]) at({key}, "is missing");
     if (kind == "preference") settings(content_["settings"], {"settings"});
+    if (kind == "snippet") snippet_text(content_["content"].string_or(""));
   }
 
   void grammar(std::set<std::string> const& languages) {
@@ -175,6 +177,13 @@ class file_check {
     std::size_t last = text.size();
     while (last > 0 && (text[--last] & 0xC0) == 0x80) continue;
     return text.substr(0, last).find_first_not_of("#^~$@") == text.npos;
+  }
+
+  void snippet_text(std::string const& text) {
+    std::string fault;
+    std::vector<std::string> warnings;
+    if (!snippet::parse(text, {}, fault, warnings)) warnings = {fault};
+    for (std::string const& warning : warnings) at({"content"}, warning);
   }
 
   void rule(plist::value const& r, way const& to, key_types const& keys) {
