@@ -7,13 +7,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 
 #include "documents/printable_name.h"
 #include "path/file_output.h"
-#include "path/file_place.h"
-#include "path/path.h"
 #include "path/write_target.h"
 #include "platform/desktop.h"
 #include "platform/library_folders.h"
@@ -31,30 +31,44 @@ std::string real_path(std::string const& path) {
   return real ? real.get() : "";
 }
 
-/// The file as the program that writes it is told of it: where it is, links followed, and which
-/// version of it may be overwritten. That program compares both and follows no link.
-struct target {
-  std::string path, identity;
-  std::optional<path::file_version> version;
-};
-
-std::optional<target> target_at(std::string const& path) {
-  struct stat info;
-  if (lstat(path.c_str(), &info) != 0) {
-    if (errno != ENOENT) return std::nullopt;
-    std::string const folder = real_path(path::parent(path));
-    if (folder.empty()) return std::nullopt;
-    return target{path::join(folder, path::name(path)), "new", std::nullopt};
-  }
-  std::string const real = real_path(path);
-  if (real.empty() || lstat(real.c_str(), &info) != 0 || !S_ISREG(info.st_mode))
-    return std::nullopt;
-  auto const version = path::version_of(info);
+/// The version in the form in which the program that writes takes and prints it.
+std::string identity_of(path::file_version const& version) {
   auto const text = [](auto number) { return std::to_string(number); };
-  return target{real,
-                text(version.device) + ":" + text(version.inode) + ":" + text(version.size) + ":" +
-                    text(version.modified),
-                version};
+  return text(version.device) + ":" + text(version.inode) + ":" + text(version.size) + ":" +
+         text(version.modified);
+}
+
+std::optional<path::file_version> version_in(std::string const& identity) {
+  path::file_version version;
+  char const* at = identity.data();
+  char const* const last = at + identity.size();
+  auto const takes = [&](auto& number, char end) {
+    auto const [next, error] = std::from_chars(at, last, number);
+    at = next == last ? next : next + 1;
+    return error == std::errc() && next != last && *next == end;
+  };
+  bool const whole = takes(version.device, ':') && takes(version.inode, ':') &&
+                     takes(version.size, ':') && takes(version.modified, '\n') && at == last;
+  return whole ? std::optional(version) : std::nullopt;
+}
+
+/// The permissions that a new file is to have. Where none are known they are those of any file that
+/// this user makes, but nobody besides the administrator may write it.
+mode_t mode_if_new(path::write_target const& target) {
+  constexpr mode_t permissions = 0777;
+  if (auto const& wanted = target.attributes(false)) return wanted->st_mode & permissions;
+  mode_t const mask = umask(0);
+  umask(mask);
+  return 0644 & ~mask;
+}
+
+/// What the program that writes is told of the file: which version may be overwritten. It compares
+/// it, and follows no link.
+std::string described(path::write_target const& target) {
+  if (target.info()) return identity_of(path::version_of(*target.info()));
+  char text[16];
+  std::snprintf(text, sizeof text, "new:%o", mode_if_new(target));
+  return text;
 }
 
 /// The first part of the path, whose links have been followed, that somebody other than root may
@@ -67,28 +81,6 @@ std::string changeable_by_others(std::string const& program) {
     if (lstat(part.c_str(), &info) != 0 || info.st_uid != 0 || (info.st_mode & 022)) return part;
   }
   return "";
-}
-
-/// An error, by which nothing was written, if this is not the file that the user knows.
-std::optional<path::write_error> refusal_of(target const& target, save_request const& request) {
-  auto const& known = request.options.known;
-  if (!known) return std::nullopt;
-  if (known->place) {
-    auto const place = path::place_of(request.path);
-    if (!place || !place->is_reached_as(*known->place) || place->target != target.path)
-      return path::write_error{path::leads_elsewhere(request.path)};
-  }
-  if (!target.version || target.version == known->version) return std::nullopt;
-  path::write_error changed{{"open", request.path, EBUSY, "Another program has changed it"}};
-  changed.changed = true;
-  changed.found = target.version;
-  return changed;
-}
-
-std::optional<path::file_version> version_at(std::string const& path) {
-  struct stat info;
-  if (lstat(path.c_str(), &info) != 0) return std::nullopt;
-  return path::version_of(info);
 }
 
 /// The contents in memory, open and not to be changed, or -1. A pipe instead would have to be
@@ -113,30 +105,35 @@ std::string reason_in(std::string message) {
 }
 
 /// Runs the program, by which the file at the target gets the bytes of the open file `input`.
-std::optional<path::write_error> write_to(target const& target, std::string const& program,
-                                          int input, std::uint64_t size,
-                                          path::write_error const& refused) {
+std::optional<path::write_error> write_to(path::write_target const& target,
+                                          std::string const& program, int input, std::uint64_t size,
+                                          path::write_error const& refused,
+                                          std::optional<path::file_version>& written) {
   platform::desktop& desktop = platform::desktop::current();
   bool cancelled = false;
   platform::waiting::scope const waits(desktop.waits(), [&] { cancelled = true; });
-  auto const result = platform::run_program({"pkexec", "--disable-internal-agent", program,
-                                             std::to_string(size), target.identity, target.path},
-                                            input, seconds_for_the_password, [&] {
-                                              desktop.loop().run_for(0);
-                                              return !cancelled;
-                                            });
+  auto const result =
+      platform::run_program({"pkexec", "--disable-internal-agent", program, std::to_string(size),
+                             described(target), target.place().place().target},
+                            input, seconds_for_the_password, [&] {
+                              desktop.loop().run_for(0);
+                              return !cancelled;
+                            });
   if (result.error) return refused;
   bool const exited = WIFEXITED(result.status);
   auto const status = static_cast<write_file_status>(WEXITSTATUS(result.status));
-  if (exited && status == write_file_status::written) return std::nullopt;
+  if (exited && status == write_file_status::written) {
+    // What can't be understood is no version of any file, so that the next save asks.
+    written = version_in(result.standard_output).value_or(path::file_version());
+    return std::nullopt;
+  }
   // Other statuses are those of pkexec: the user has not been authorized, or wouldn't be.
   if (exited && status != write_file_status::unchanged && status != write_file_status::damaged)
     return refused;
   path::write_error error = refused;
   error.operation = "quirnote-write-file";
   if (exited) error.message = reason_in(result.standard_error);
-  error.target_damaged =
-      exited ? status == write_file_status::damaged : version_at(target.path) != target.version;
+  error.target_damaged = exited ? status == write_file_status::damaged : !target.is_as_found();
   return error;
 }
 
@@ -152,8 +149,7 @@ std::optional<path::write_error> save_with_privileges(save_request const& reques
                                                       std::optional<path::file_version>& written,
                                                       path::write_error const& refused) {
   std::string const program = real_path(platform::module_folder() + "/quirnote-write-file");
-  auto const target = target_at(request.path);
-  if (!target || program.empty()) return refused;
+  if (program.empty()) return refused;
   if (std::string const part = changeable_by_others(program); !part.empty()) {
     path::write_error error = refused;
     error.message +=
@@ -162,21 +158,22 @@ std::optional<path::write_error> save_with_privileges(save_request const& reques
         printable(part);
     return error;
   }
-  if (auto const refusal = refusal_of(*target, request)) return refusal;
-  if (target->version) {
+  path::write_target target(request.path, request.options, path::file_system_calls::system());
+  if (auto const refusal = target.find()) return refusal;
+  if (target.info()) {
     auto const failure =
         safety_copy::create({request.path, "", request.format}, request.contents, copy);
     if (failure && !request.without_copy) return path::write_error{*failure, false, true};
   }
   int const input = open_contents(request.contents);
   auto const error =
-      input < 0 ? refused : write_to(*target, program, input, request.contents.size, refused);
+      input < 0 ? refused
+                : write_to(target, program, input, request.contents.size, refused, written);
   if (input >= 0) close(input);
   if (copy && !(error && error->target_damaged)) {
     copy->remove();
     copy.reset();
   }
-  if (!error) written = version_at(target->path).value_or(path::file_version());
   return error;
 }
 

@@ -52,6 +52,11 @@ bool write_target::is_at_path(struct stat const& file) const {
   return ::stat(path_.c_str(), &now) == 0 && is_same_file(now, file);
 }
 
+bool write_target::is_as_found() const {
+  auto const now = place_.info();
+  return now.has_value() == info_.has_value() && (!now || version_of(*now) == version_of(*info_));
+}
+
 // The owner first, since a change of it takes bits out of the mode. Only root may give files away
 // and only members a group.
 bool write_target::give_attributes(int fd, struct stat const& present,

@@ -20,6 +20,8 @@ class write_target {
   std::optional<write_error> refusal(std::optional<struct stat> const& info) const;
   /// Whether the path leads to this file now.
   bool is_at_path(struct stat const& file) const;
+  /// Whether what was found stands under the name still, as it was.
+  bool is_as_found() const;
   /// An error by which nothing was written, as there is something else than was known.
   write_error changed(std::optional<struct stat> const& info) const;
 

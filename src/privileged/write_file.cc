@@ -6,7 +6,9 @@
 // and nowhere else: each component is opened in the folder before it, none may be a link, and an
 // existing file must be the very one that the editor has looked at, and hold what it held then.
 // Nothing is touched until all the bytes have arrived, in the number that was announced. Owner,
-// group and mode stay. What other programs write to the file meanwhile is reported.
+// group and mode stay; a new file has its mode before it has its first byte. What other programs
+// write to the file meanwhile is reported. At the end the identity of the file that was written is
+// printed: whoever looks at the path afterwards may find another one.
 
 #include <fcntl.h>
 #include <signal.h>
@@ -31,10 +33,11 @@
 namespace {
 
 constexpr char const* usage =
-    "usage: quirnote-write-file SIZE DEVICE:INODE:SIZE:MODIFIED|new PATH\n"
+    "usage: quirnote-write-file SIZE DEVICE:INODE:SIZE:MODIFIED|new:MODE PATH\n"
     "Writes SIZE bytes from standard input to the regular file at PATH, which has that identity,\n"
-    "size and date (in nanoseconds) or is new. PATH is absolute and leads through no symbolic "
-    "link.\n";
+    "size and date (in nanoseconds) or is new and gets that mode (in octal, 777 at most). PATH is\n"
+    "absolute and leads through no symbolic link. Prints what DEVICE:INODE:SIZE:MODIFIED are then."
+    "\n";
 
 struct failure {
   char const* operation;
@@ -70,6 +73,7 @@ class descriptor {
 struct request {
   std::uint64_t size = 0;
   bool is_new = false;
+  mode_t mode = 0;                 ///< of a new file
   std::uint64_t identity[4] = {};  ///< device, inode, size in bytes, date in nanoseconds
   std::string_view path;
 };
@@ -89,9 +93,18 @@ bool read_identity(std::string_view text, std::uint64_t (&numbers)[4]) {
   return true;
 }
 
+/// "new:644"
+bool read_new(std::string_view text, mode_t& mode) {
+  constexpr std::string_view mark = "new:";
+  if (!text.starts_with(mark)) return false;
+  auto const [end, error] =
+      std::from_chars(text.data() + mark.size(), text.data() + text.size(), mode, 8);
+  return error == std::errc() && end == text.data() + text.size() && mode <= 0777;
+}
+
 bool read_arguments(int count, char** arguments, request& result) {
   if (count != 4) return false;
-  result.is_new = std::string_view(arguments[2]) == "new";
+  result.is_new = read_new(arguments[2], result.mode);
   result.path = arguments[3];
   constexpr auto largest = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
   return read_number(arguments[1], result.size) && result.size <= largest &&
@@ -187,7 +200,23 @@ void reserve(int file, struct stat const& old, std::uint64_t size) {
   fail("fallocate");
 }
 
-void overwrite(request const& wanted, int folder, char const* name, int bytes, bool& touched) {
+std::uint64_t date_of(struct stat const& info) {
+  return static_cast<std::uint64_t>(std::int64_t{info.st_mtim.tv_sec} * 1'000'000'000 +
+                                    info.st_mtim.tv_nsec);
+}
+
+/// The file has all its bytes.
+struct stat finish(descriptor& file, std::uint64_t size) {
+  sync(file.get());
+  expect_size(file.get(), static_cast<off_t>(size));
+  struct stat info;
+  if (fstat(file.get(), &info) != 0) fail("fstat");
+  file.close_and_look();
+  return info;
+}
+
+struct stat overwrite(request const& wanted, int folder, char const* name, int bytes,
+                      bool& touched) {
   struct stat info;
   if (fstatat(folder, name, &info, AT_SYMLINK_NOFOLLOW) != 0) fail("stat");
   // To open what is no regular file may do something already.
@@ -195,9 +224,8 @@ void overwrite(request const& wanted, int folder, char const* name, int bytes, b
     if (!S_ISREG(info.st_mode)) throw failure{"open", "It is no regular file"};
     if (info.st_dev != wanted.identity[0] || info.st_ino != wanted.identity[1])
       throw failure{"open", "It is another file now"};
-    auto const modified = std::int64_t{info.st_mtim.tv_sec} * 1'000'000'000 + info.st_mtim.tv_nsec;
     if (static_cast<std::uint64_t>(info.st_size) != wanted.identity[2] ||
-        static_cast<std::uint64_t>(modified) != wanted.identity[3])
+        date_of(info) != wanted.identity[3])
       throw failure{"open", "Another program has changed it"};
   };
   check();
@@ -212,26 +240,30 @@ void overwrite(request const& wanted, int folder, char const* name, int bytes, b
   if (static_cast<std::uint64_t>(info.st_size) > wanted.size &&
       ftruncate(file.get(), static_cast<off_t>(wanted.size)) != 0)
     fail("ftruncate");
-  sync(file.get());
-  expect_size(file.get(), static_cast<off_t>(wanted.size));
-  file.close_and_look();
+  return finish(file, wanted.size);
 }
 
-void create(int folder, char const* name, int bytes) {
-  umask(022);
+struct stat create(request const& wanted, int folder, char const* name, int bytes) {
   hold_signals();
   constexpr int how = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-  descriptor file(openat(folder, name, how, 0644), "open");
+  descriptor file(openat(folder, name, how, 0600), "open");
+  struct stat made;
   try {
+    if (fchmod(file.get(), wanted.mode) != 0) fail("fchmod");
     copy(bytes, file.get(), 0);
-    sync(file.get());
-    file.close_and_look();
+    made = finish(file, wanted.size);
   } catch (failure const&) {
     unlinkat(folder, name, 0);
     throw;
   }
   descriptor entries(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC), "open");
   sync(entries.get());
+  return made;
+}
+
+void print_identity(struct stat const& info) {
+  std::printf("%ju:%ju:%ju:%ju\n", std::uintmax_t{info.st_dev}, std::uintmax_t{info.st_ino},
+              static_cast<std::uintmax_t>(info.st_size), std::uintmax_t{date_of(info)});
 }
 
 }  // namespace
@@ -250,10 +282,9 @@ int main(int argc, char** argv) {
     std::string_view rest = wanted.path;
     descriptor const folder = open_folder(rest);
     std::string const name(rest);
-    if (wanted.is_new)
-      create(folder.get(), name.c_str(), bytes.get());
-    else
-      overwrite(wanted, folder.get(), name.c_str(), bytes.get(), touched);
+    print_identity(wanted.is_new
+                       ? create(wanted, folder.get(), name.c_str(), bytes.get())
+                       : overwrite(wanted, folder.get(), name.c_str(), bytes.get(), touched));
   } catch (failure const& f) {
     std::fprintf(stderr, "quirnote-write-file: %s: %s\n", f.operation, f.reason.c_str());
     return static_cast<int>(touched ? write_file_status::damaged : write_file_status::unchanged);

@@ -16,7 +16,7 @@ here=$PWD
 # writes STATUS SIZE IDENTITY PATH: with "new text" on standard input.
 writes() {
   local status=0
-  printf 'new text' | "$writer" "${@:2}" 2>err || status=$?
+  printf 'new text' | "$writer" "${@:2}" >identity 2>err || status=$?
   [[ $status == "$1" ]] || fail "status $status instead of $1: ${*:2}: $(<err)"
 }
 mkdir folder
@@ -35,7 +35,11 @@ done <<END
 2 -8 $this $here/folder/file
 2 99999999999999999999 $this $here/folder/file
 2 8 ${this%:*} $here/folder/file
-2 8 New $here/folder/file
+2 8 new $here/folder/none
+2 8 new:1644 $here/folder/none
+2 8 new:64x $here/folder/none
+2 8 new:-1 $here/folder/none
+2 8 New:644 $here/folder/none
 2 8 $this folder/file
 1 7 $this $here/folder/file
 1 9 $this $here/folder/file
@@ -45,10 +49,10 @@ done <<END
 1 8 $(identity other) $here/folder/file
 1 8 ${this%:*:*}:13:${this##*:} $here/folder/file
 1 8 ${this}1 $here/folder/file
-1 8 new $here/folder/file
-1 8 new $here/folder/dangling
-1 8 new $here/none/file
-1 8 new $here/folder/
+1 8 new:644 $here/folder/file
+1 8 new:644 $here/folder/dangling
+1 8 new:644 $here/none/file
+1 8 new:644 $here/folder/
 1 8 $this $here/folder/link
 1 8 $this $here/via/file
 1 8 $this $here/folder/../folder/file
@@ -64,12 +68,21 @@ chmod 4640 folder/file
 ln folder/file folder/second
 writes 0 8 "$this" "$here/folder/file"
 this=$(identity folder/file)
+[[ $(<identity) == "$this" ]] || fail "printed $(<identity) for $this"
 [[ $(<folder/second) == 'new text' && $(stat -c %a folder/file) == 4640 ]] || fail "not in place"
-writes 0 8 new "$here/folder/a b"$'\n'
-[[ $(<"folder/a b"$'\n') == 'new text' ]]
+for mode in 600 664; do
+  name="folder/a $mode"$'\n'
+  (umask 077; writes 0 8 "new:$mode" "$here/$name")
+  [[ $(<"$name") == 'new text' && $(stat -c %a "$name") == "$mode" ]] || fail "mode $mode"
+  [[ $(<identity) == "$(identity "$name")" ]] || fail "printed $(<identity) for a new file"
+done
+# No byte before the mode.
+if strace -o calls -e openat,fchmod,write "$writer" 1 new:600 "$here/folder/calls" <<<'' >&2; then
+  perl -0ne 'exit !/O_EXCL[^\n]*, 0600\)[^\n]*\nfchmod\([^\n]*\nwrite/' calls || fail "mode: $(<calls)"
+fi
 # What doesn't fit leaves the old text, and a new file is taken away again.
 (ulimit -f 1 && head -c 9000 /dev/zero | "$writer" 9000 "$this" "$here/folder/file") 2>err && fail fits
-(ulimit -f 1 && head -c 9000 /dev/zero | "$writer" 9000 new "$here/folder/big") 2>err && fail fits
+(ulimit -f 1 && head -c 9000 /dev/zero | "$writer" 9000 new:644 "$here/folder/big") 2>err && fail fits
 [[ $(<folder/second) == 'new text' && ! -e folder/big ]] || fail 'half-written'
 rm -rf folder via
 
@@ -150,6 +163,34 @@ copies && fail 'a safety copy is left'
 edit 0 --save-as "$here/folder/made" other
 [[ $(<folder/made) == 'new other' ]]
 edit 3 --save-as "$here/none/made" other
+# A new file is nobody's to read who might not read the one that the text is of.
+for mode in 600 644; do
+  printf 'secret' >other && chmod $mode other
+  (umask 022; edit 0 --save-as "$here/folder/made $mode" other)
+  [[ $(stat -c %a "folder/made $mode") == "$mode" ]] || fail "made with $(stat -c %a folder/made*)"
+done
+rm -f other && seq 3 >other
+(umask 077; edit 0 --save-as "$here/folder/umask" other)
+[[ $(stat -c %a folder/umask) == 600 ]] || fail "umask: $(stat -c %a folder/umask)"
+
+chmod 0460 folder/made
+# Somebody replaces the file as soon as it is written: the next save doesn't take theirs for ours.
+cp type once
+echo '<plist><array><dict><key>command</key><string>saveDocument:</string></dict>
+<dict><key>command</key><string>insertText:</string><key>argument</key><string>again </string></dict>
+</array></plist>' >twice
+sed -i 's|</array></plist>||' type
+sed 's|<plist><array>||' twice >>type
+pkexec "${gives%exit*}"'if [[ ! -e replaced ]]; then
+  touch replaced; chmod u+w folder; echo theirs >folder/x; chmod 0460 folder/x; mv -f folder/x "$5"; chmod u-w folder
+fi
+exit $status'
+edit 3 --save folder/made
+[[ $(<folder/made) == theirs ]] || fail "replaced meanwhile: $(<folder/made)"
+grep -q 'modified by another application' out || fail "no word of the change: $(<out)"
+mv once type
+pkexec "$gives"
+
 
 # A disk that fails halfway: the text stands in a safety copy.
 pkexec 'chmod u+w "$5"; echo torn >"$5"; chmod u-w "$5"

@@ -22,13 +22,15 @@ TEST(run_program, gives_status_and_messages) {
   auto const result = run_shell("echo said; echo told >&2; exit 3", 10);
   EXPECT_EQ(result.error, 0);
   EXPECT_EQ(WEXITSTATUS(result.status), 3);
+  EXPECT_EQ(result.standard_output, "said\n");
   EXPECT_EQ(result.standard_error, "told\n");
   EXPECT_EQ(platform::run_program({"/no/such"}, 0, 1, [] { return true; }).error, ENOENT);
 }
 
 TEST(run_program, takes_no_more_than_it_can_hold) {
-  auto const result = run_shell("yes | head -c 1000000 >&2", 10);
+  auto const result = run_shell("yes | head -c 1000000 | tee /dev/stderr", 10);
   EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.standard_output.size(), 65536u);
   EXPECT_EQ(result.standard_error.size(), 65536u);
 }
 
