@@ -49,13 +49,18 @@ void recent_files::change(std::function<void(std::vector<std::string>&)> const& 
   platform::folder_lock const lock(folder);
   if (lock.error()) return report("can't be locked", lock.error());
   std::vector<std::string> list;
-  if (!read(list)) return;
+  state const found = read(list);
+  if (found == state::unreadable || (found == state::damaged && !set_aside())) return;
   edit(list);
   write(list);
 }
 
 void recent_files::report(char const* what, int error) const {
-  std::string const message = list_path_ + ": " + what + ": " + std::strerror(error);
+  report(std::string(what) + ": " + std::strerror(error));
+}
+
+void recent_files::report(std::string const& what) const {
+  std::string const message = list_path_ + ": " + what;
   if (reported_.insert(message).second) platform::log(message);
 }
 
@@ -66,18 +71,30 @@ std::vector<std::string> recent_files::load() const {
   return list;
 }
 
-bool recent_files::read(std::vector<std::string>& list) const {
+recent_files::state recent_files::read(std::vector<std::string>& list) const {
   std::string contents;
   int const error = platform::read_file(list_path_, contents, platform::file_calls::system());
-  if (error == ENOENT) return true;
+  if (error == ENOENT) return state::readable;
   if (error != 0) {
     report("can't be read", error);
-    return false;
+    return state::unreadable;
   }
-  plist::value const stored = plist::read_xml(contents).value;
-  for (plist::value const& entry : stored.elements())
+  auto const stored = plist::read_xml(contents, platform::largest_small_file);
+  if (stored.error || !stored.value.as_array()) return state::damaged;
+  for (plist::value const& entry : stored.value.elements())
     if (auto const* data = entry.as_data()) list.emplace_back(data->begin(), data->end());
-  return true;
+  return state::readable;
+}
+
+/// Its names may be all that somebody has to find his files by.
+bool recent_files::set_aside() {
+  std::string kept;
+  int const error = platform::set_aside(list_path_, kept, platform::file_calls::system());
+  if (error == 0)
+    report("is damaged, and is kept as " + kept);
+  else
+    report("is damaged, and can't be kept under another name", error);
+  return error == 0;
 }
 
 void recent_files::write(std::vector<std::string> const& paths) {
@@ -85,7 +102,7 @@ void recent_files::write(std::vector<std::string> const& paths) {
   plist::array list;
   for (std::string const& p : paths) list.push_back(plist::data(p.begin(), p.end()));
   auto& calls = platform::file_calls::system();
-  platform::remove_abandoned_temporaries(list_path_, calls);
+  platform::remove_left_over_temporaries(list_path_, calls);
   if (int const error = platform::replace_file(list_path_, plist::write_xml(list).text, calls))
     report("can't be written", error);
 }

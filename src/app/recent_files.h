@@ -7,7 +7,8 @@
 
 /// The files opened last, newest first, kept as a property list in the state folder and shared by
 /// all processes of the user. Main thread only. What can't be read or written is reported once on
-/// standard error, and the program goes on without it: the list is a convenience.
+/// standard error, and the program goes on without it: the list is a convenience. A damaged one is
+/// kept beside the next one as PATH.damaged-N.
 class recent_files {
  public:
   /// `path` is that of the list itself; empty keeps the list in memory only.
@@ -24,9 +25,12 @@ class recent_files {
  private:
   std::vector<std::string> load() const;
   void change(std::function<void(std::vector<std::string>&)> const& edit);
-  bool read(std::vector<std::string>& list) const;
+  enum class state { readable, damaged, unreadable };
+  state read(std::vector<std::string>& list) const;
+  bool set_aside();
   void write(std::vector<std::string> const& paths);
   void report(char const* what, int error) const;
+  void report(std::string const& what) const;
 
   std::string list_path_;
   std::vector<std::string> in_memory_;

@@ -7,11 +7,11 @@
 #include "path/path.h"
 #include "path/tree.h"
 #include "platform/log.h"
+#include "platform/rename_to_new.h"
 #include "platform/trash.h"
 #include "platform/uuid.h"
 
 #include <fcntl.h>
-#include <stdio.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -57,8 +57,8 @@ class unfinished_bundle {
 
   bool copy(std::string const& bundle) { return path::copy_tree(bundle, path_); }
   bool finish(std::string const& target) {
-    return ::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0 ||
-           (errno == EINVAL && ::rename(path_.c_str(), target.c_str()) == 0);
+    return platform::rename_to_new(AT_FDCWD, path_.c_str(), target.c_str(),
+                                   platform::file_calls::system()) == 0;
   }
 
  private:

@@ -7,9 +7,12 @@
 #include "path/path.h"
 #include "platform/desktop.h"
 #include "platform/log.h"
+#include "platform/rename_to_new.h"
 #include "platform/trash.h"
 
-#include <cstdio>
+#include <fcntl.h>
+
+#include <cerrno>
 
 namespace {
 
@@ -61,8 +64,10 @@ bool TemplateFile::setName(std::string const& name) {
       if (file.get() != this && file->name() == name) return refuse(name, "name already in use");
   if (isLocal()) {
     std::string const target = path::join(path::parent(path_), name);
-    if (path::exists(target)) return refuse(name, "file already exists");
-    if (std::rename(path_.c_str(), target.c_str()) != 0) return refuse(name, "rename failed");
+    int const error = platform::rename_to_new(AT_FDCWD, path_.c_str(), target.c_str(),
+                                              platform::file_calls::system());
+    if (error == EEXIST) return refuse(name, "file already exists");
+    if (error != 0) return refuse(name, "rename failed");
     path_ = target;
   } else {
     content();

@@ -1,7 +1,6 @@
 #include "path/file_system_calls.h"
 
 #include <fcntl.h>
-#include <stdio.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -24,12 +23,6 @@ int file_system_calls::chmod(char const* path, mode_t mode) {
 }
 int file_system_calls::openat(int folder, char const* name, int flags, mode_t mode) {
   return ::openat(folder, name, flags, mode);
-}
-int file_system_calls::unlinkat(int folder, char const* name) {
-  return ::unlinkat(folder, name, 0);
-}
-int file_system_calls::renameat2(int folder, char const* from, char const* to, unsigned flags) {
-  return ::renameat2(folder, from, folder, to, flags);
 }
 
 file_system_calls& file_system_calls::system() {

@@ -18,8 +18,6 @@ class file_system_calls : public platform::file_calls {
   virtual int chmod(char const* path, mode_t mode);
   // Names in an open folder; links aren't followed.
   virtual int openat(int folder, char const* name, int flags, mode_t mode);
-  virtual int unlinkat(int folder, char const* name);
-  virtual int renameat2(int folder, char const* from, char const* to, unsigned flags);
 
   /// The real ones.
   static file_system_calls& system();

@@ -7,8 +7,9 @@
 
 #include "path/extended_attributes.h"
 #include "path/file_output.h"
-#include "path/neighbour.h"
 #include "path/write_target.h"
+#include "platform/rename_to_new.h"
+#include "platform/temporary_files.h"
 
 namespace path {
 namespace {
@@ -67,14 +68,14 @@ class atomic_write {
   std::optional<file_error> make_temporary() {
     std::optional<file_error> failure;
     for (int attempt = 0; attempt < 100; ++attempt) {
-      std::string const name = neighbour_of(target_.place().name());
+      std::string const name = platform::temporary_name(target_.place().name());
       failure = output_.openat(target_.place().folder(), name, path(),
                                O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW,
                                replaces() || target_.attributes(false) ? 0600 : 0666);
       if (!failure) temporary_ = name;
       if (!failure || failure->code != EEXIST) break;
     }
-    if (!failure) hold_neighbour(output_.descriptor());
+    if (!failure) platform::hold_temporary(output_.descriptor());
     return failure;
   }
 
@@ -106,29 +107,20 @@ class atomic_write {
         [&] { return calls_.renameat2(place.folder(), temporary_.c_str(), place.name(), flags); });
   }
 
-  static bool is_unsupported(int code) {
-    return code == EINVAL || code == ENOSYS || code == EOPNOTSUPP || code == EPERM;
-  }
-
   std::optional<write_error> put_in_place() { return replaces() ? replace() : add(); }
 
   /// Under a name that nobody may have taken meanwhile.
   std::optional<write_error> add() {
     open_place const& place = target_.place();
-    int result = rename(RENAME_NOREPLACE);
-    if (result != 0 && is_unsupported(errno)) {
-      // A link fails in the same way if there is such a name.
-      result = ::linkat(place.folder(), temporary_.c_str(), place.folder(), place.name(), 0);
-      if (result == 0) return std::nullopt;  // the other name is removed at the end
-      if (errno != EEXIST) result = place.info() ? (errno = EEXIST, -1) : rename(0);
-    }
-    if (result == 0) {
-      temporary_.clear();
-      return std::nullopt;
-    }
-    if (errno == EEXIST)
-      return options_.known ? target_.changed(place.info()) : write_error{meddling(path(), true)};
-    return write_error{make_file_error("rename", path(), errno)};
+    int code = 0;
+    uninterrupted([&] {
+      code = platform::rename_to_new(place.folder(), temporary_.c_str(), place.name(), calls_);
+      return errno = code, code == 0 ? 0 : -1;
+    });
+    if (code == 0) temporary_.clear();
+    if (code == 0) return std::nullopt;
+    if (code != EEXIST) return write_error{make_file_error("rename", path(), code)};
+    return options_.known ? target_.changed(place.info()) : write_error{meddling(path(), true)};
   }
 
   /// What the new file can't have taken along: permissions are given and links made at any time.
@@ -142,7 +134,8 @@ class atomic_write {
   std::optional<write_error> replace() {
     if (!is_old_file(target_.place().info())) return somebody_elses();
     if (rename(RENAME_EXCHANGE) != 0) {
-      if (!is_unsupported(errno)) return write_error{make_file_error("rename", path(), errno)};
+      if (!platform::is_unsupported_rename(errno))
+        return write_error{make_file_error("rename", path(), errno)};
       if (rename(0) != 0) return write_error{make_file_error("rename", path(), errno)};
       temporary_.clear();
       return std::nullopt;
@@ -171,7 +164,8 @@ class atomic_write {
   std::optional<write_error> finish() {
     if (!temporary_.empty() && calls_.unlinkat(target_.place().folder(), temporary_.c_str()) == 0)
       temporary_.clear();
-    remove_left_over_neighbours(target_.place(), calls_);
+    platform::remove_left_over_temporaries(target_.place().folder(), target_.place().name(),
+                                           calls_);
     auto const failure = target_.place().sync();
     if (!target_.is_at_path(made_)) return write_error{meddling(path(), true)};
     if (!failure) return std::nullopt;

@@ -1,15 +1,17 @@
 #include "platform/replace_file.h"
 
 #include <fcntl.h>
-#include <signal.h>
+#include <stdio.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
+#include <string>
+
+#include "platform/rename_to_new.h"
+#include "platform/temporary_files.h"
 
 namespace platform {
 
@@ -40,11 +42,17 @@ int file_calls::close(int fd) {
 int file_calls::rename(char const* from, char const* to) {
   return ::rename(from, to);
 }
-int file_calls::link(char const* from, char const* to) {
-  return ::link(from, to);
-}
 int file_calls::unlink(char const* path) {
   return ::unlink(path);
+}
+int file_calls::linkat(int folder, char const* from, char const* to) {
+  return ::linkat(folder, from, folder, to, 0);
+}
+int file_calls::renameat2(int folder, char const* from, char const* to, unsigned flags) {
+  return ::renameat2(folder, from, folder, to, flags);
+}
+int file_calls::unlinkat(int folder, char const* name) {
+  return ::unlinkat(folder, name, 0);
 }
 
 file_calls& file_calls::system() {
@@ -54,16 +62,9 @@ file_calls& file_calls::system() {
 
 namespace {
 
-constexpr char const* temporary_mark = ".quirnote-";
-
 std::string target_of_links(std::string const& path) {
   char resolved[PATH_MAX];
   return ::realpath(path.c_str(), resolved) ? resolved : path;
-}
-
-std::string temporary_name(std::string const& path) {
-  static unsigned counter = 0;
-  return path + temporary_mark + std::to_string(::getpid()) + "-" + std::to_string(++counter);
 }
 
 /// A call that is interrupted more often than this in a row has failed.
@@ -108,6 +109,7 @@ int write_temporary(std::string const& name, std::string_view contents, rights c
   mode_t const mode = wanted.mode;
   int const fd = calls.open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
   if (fd < 0) return errno;
+  hold_temporary(fd);
   int error = write_all(fd, contents, calls);
   if (!error) give_to(fd, wanted, calls);
   if (!error && mode != 0600 && calls.fchmod(fd, mode) != 0) error = errno;
@@ -131,6 +133,10 @@ std::string folder_of(std::string const& path) {
   auto const slash = path.rfind('/');
   if (slash == std::string::npos) return ".";
   return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string name_of(std::string const& path) {
+  return path.substr(path.rfind('/') + 1);
 }
 
 int read_file(std::string const& path, std::string& contents, file_calls& calls,
@@ -166,7 +172,7 @@ int replace_file(std::string const& path, std::string_view contents, file_calls&
   std::string temporary;
   int error = EEXIST;
   for (int attempt = 0; error == EEXIST && attempt < 100; ++attempt) {
-    temporary = temporary_name(target);
+    temporary = folder_of(target) + "/" + temporary_name(name_of(target));
     error = write_temporary(temporary, contents, rights_to_give(target), calls);
   }
   if (error == EEXIST) return error;  // not ours to remove
@@ -178,19 +184,21 @@ int replace_file(std::string const& path, std::string_view contents, file_calls&
   return sync_folder(folder_of(target), calls);
 }
 
-void remove_abandoned_temporaries(std::string const& path, file_calls& calls) {
-  std::filesystem::path const target = target_of_links(path);
-  std::string const prefix = target.filename().string() + temporary_mark;
-  std::error_code error;
-  std::filesystem::directory_iterator entry(target.parent_path(), error), last;
-  for (; !error && entry != last; entry.increment(error)) {
-    std::string const name = entry->path().filename().string();
-    if (!name.starts_with(prefix)) continue;
-    pid_t process = 0;
-    std::from_chars(name.data() + prefix.size(), name.data() + name.size(), process);
-    bool const ended = process > 0 && ::kill(process, 0) != 0 && errno == ESRCH;
-    if (ended) calls.unlink(entry->path().c_str());
+int set_aside(std::string const& path, std::string& kept, file_calls& calls) {
+  int error = EEXIST;
+  for (int n = 1; error == EEXIST; ++n) {
+    kept = path + ".damaged-" + std::to_string(n);
+    error = rename_to_new(AT_FDCWD, path.c_str(), kept.c_str(), calls);
   }
+  return error;
+}
+
+void remove_left_over_temporaries(std::string const& path, file_calls& calls) {
+  std::string const target = target_of_links(path);
+  int const folder = ::open(folder_of(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder < 0) return;
+  remove_left_over_temporaries(folder, name_of(target), calls);
+  ::close(folder);
 }
 
 }  // namespace platform

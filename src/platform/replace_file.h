@@ -23,8 +23,11 @@ class file_calls {
   virtual int fsync(int fd);
   virtual int close(int fd);
   virtual int rename(char const* from, char const* to);
-  virtual int link(char const* from, char const* to);
   virtual int unlink(char const* path);
+  // Names in an open folder; links aren't followed.
+  virtual int linkat(int folder, char const* from, char const* to);
+  virtual int unlinkat(int folder, char const* name);
+  virtual int renameat2(int folder, char const* from, char const* to, unsigned flags);
 
   /// The real ones.
   static file_calls& system();
@@ -32,6 +35,8 @@ class file_calls {
 
 /// The folder whose entry `path` is: "." for a bare name.
 std::string folder_of(std::string const& path);
+/// The name of that entry.
+std::string name_of(std::string const& path);
 
 /// In bytes. What is larger is none of our settings, items and lists.
 constexpr std::size_t largest_small_file = std::size_t{64} << 20;
@@ -47,7 +52,11 @@ int read_file(std::string const& path, std::string& contents, file_calls& calls,
 /// already.
 int replace_file(std::string const& path, std::string_view contents, file_calls& calls);
 
-/// Removes what interrupted replacements of `path` by processes that have ended left behind.
-void remove_abandoned_temporaries(std::string const& path, file_calls& calls);
+/// Gives the file at `path` a name under which it is kept: PATH.damaged-N, set in `kept`. Returns 0
+/// or an errno.
+int set_aside(std::string const& path, std::string& kept, file_calls& calls);
+
+/// Removes what interrupted replacements of `path` left behind.
+void remove_left_over_temporaries(std::string const& path, file_calls& calls);
 
 }  // namespace platform

@@ -2,6 +2,7 @@
 
 #include "platform/library_folders.h"
 #include "platform/percent_encoding.h"
+#include "platform/rename_to_new.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -65,10 +66,11 @@ int move_into(std::string const& trash, std::string const& path) {
     if (fd < 0 && errno == EEXIST) continue;
     if (fd < 0) return errno;
     int error = write_all(fd, information_for(path));
-    if (error == 0 && ::rename(path.c_str(), (trash + "/files/" + free).c_str()) != 0)
-      error = errno;
+    if (error == 0)
+      error = rename_to_new(AT_FDCWD, path.c_str(), (trash + "/files/" + free).c_str(),
+                            file_calls::system());
     if (error != 0) ::unlink(info.c_str());
-    if (error != EEXIST && error != ENOTEMPTY) return error;
+    if (error != EEXIST) return error;
   }
   return EEXIST;
 }

@@ -203,7 +203,7 @@ int user_defaults::store_pending(bool at_once) {
   }
   auto const written = plist::write_xml(now.entries);
   if (written.error) return EILSEQ;  // set() lets nothing in that would lead here
-  remove_abandoned_temporaries(path_, calls_);
+  remove_left_over_temporaries(path_, calls_);
   if (int const error = replace_file(path_, written.text, calls_)) return error;
   pending_.clear();
   stored_ = std::move(now.entries);
@@ -237,28 +237,14 @@ user_defaults::file_state user_defaults::read_current() {
   return result;
 }
 
-/// Gives the damaged file a name under which it is kept. The state becomes that of no file.
+/// The state becomes that of no file.
 int user_defaults::set_aside(file_state& damaged) {
   std::string name;
-  bool linked = false;
-  for (int n = 1; !linked; ++n) {
-    name = path_ + ".damaged-" + std::to_string(n);
-    linked = calls_.link(path_.c_str(), name.c_str()) == 0;
-    if (linked || errno == EEXIST) continue;
-    if (errno != EPERM && errno != EOPNOTSUPP) return errno;
-    // A file system without hard links. The lock makes looking first safe enough.
-    if (::access(name.c_str(), F_OK) != 0) break;
-  }
-  bool const gone =
-      linked ? calls_.unlink(path_.c_str()) == 0 : calls_.rename(path_.c_str(), name.c_str()) == 0;
-  int const error = gone ? 0 : errno;
-  if (gone || linked) {
-    report(path_ + ":" + *damaged.damage + "; the file is kept as " + name);
-    notification_center::standard().post(
-        did_set_aside, this,
-        plist::dictionary{{"path", path_}, {"kept", name}, {"reason", *damaged.damage}});
-  }
-  if (error) return error;
+  if (int const error = platform::set_aside(path_, name, calls_)) return error;
+  report(path_ + ":" + *damaged.damage + "; the file is kept as " + name);
+  notification_center::standard().post(
+      did_set_aside, this,
+      plist::dictionary{{"path", path_}, {"kept", name}, {"reason", *damaged.damage}});
   damaged = {};
   return 0;
 }

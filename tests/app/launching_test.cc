@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -76,7 +77,9 @@ TEST_F(app_test, recent_files_of_several_programs_are_all_kept) {
   defaults().set("NSRecentDocumentsLimit", 100);
   for (int n = 0; n < 18; ++n) folder.write(std::to_string(n), "");
   std::string const list = folder / "list.plist";
-  folder.write("list.plist.quirnote-999999999-1", "of a program that was killed");
+  std::string const left = folder.write(".list.plist.quirnote-1", "of a program that was killed");
+  timespec const long_ago[2] = {{1000, 0}, {1000, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, left.c_str(), long_ago, 0), 0);
   for (int program = 0; program < 3; ++program) {
     if (fork() != 0) continue;
     recent_files own(list);
@@ -85,7 +88,7 @@ TEST_F(app_test, recent_files_of_several_programs_are_all_kept) {
   }
   for (int program = 0; program < 3; ++program) wait(nullptr);
   EXPECT_EQ(recent_files(list).paths().size(), 18u);
-  EXPECT_EQ(folder.names().count("list.plist.quirnote-999999999-1"), 0u);
+  EXPECT_FALSE(std::filesystem::exists(left));
 
   testing::internal::CaptureStderr();
   std::filesystem::create_directory(folder / "list");
@@ -96,11 +99,22 @@ TEST_F(app_test, recent_files_of_several_programs_are_all_kept) {
             "Quirnote: " + (folder / "list") + ": can't be read: Is a directory\n");
 }
 
-TEST_F(app_test, a_damaged_list_of_recent_files_is_an_empty_one) {
-  recent_files recent(folder.write("list", "<plist><array><data>no"));
-  EXPECT_TRUE(recent.paths().empty());
-  recent.add(folder.write("a", ""));
-  EXPECT_EQ(recent.paths(), titles({folder / "a"}));
+TEST_F(app_test, a_damaged_list_of_recent_files_is_kept) {
+  int kept = 0;
+  for (std::string const damage : {"", "<plist><array><data>no", "<plist><dict/></plist>"}) {
+    SCOPED_TRACE(damage);
+    testing::internal::CaptureStderr();
+    recent_files recent(folder.write("list", damage));
+    EXPECT_TRUE(recent.paths().empty());
+    EXPECT_EQ(folder.read(folder / "list"), damage);
+    recent.add(folder.write("a", ""));
+    recent.add(folder.write("b", ""));
+    EXPECT_EQ(recent.paths(), titles({folder / "b", folder / "a"}));
+    std::string const name = folder / ("list.damaged-" + std::to_string(++kept));
+    EXPECT_EQ(folder.read(name), damage);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Quirnote: " + (folder / "list") + ": is damaged, and is kept as " + name + "\n");
+  }
 }
 
 TEST_F(app_test, launching_opens_each_file_at_its_place) {

@@ -271,6 +271,11 @@ TEST_F(bundle_layers, templates) {
   std::string const local = folder / (own + std::string("Templates/Page.qnDelta/"));
   EXPECT_EQ(temporary_folder::read(local + "b.txt"), "changed");
   EXPECT_EQ(temporary_folder::read(local + "A.txt"), "a");
+  // What somebody else has put there isn't replaced, whatever it is.
+  std::filesystem::create_symlink("nowhere", local + "taken");
+  EXPECT_FALSE(item->templateFiles()[0]->setName("taken"));
+  EXPECT_EQ(std::filesystem::read_symlink(local + "taken"), "nowhere");
+  std::filesystem::remove(local + "taken");
   EXPECT_EQ(restart().bundleItemForUUID("P")->templateFiles().size(), 4u);
 }
 

@@ -1,4 +1,5 @@
 #include "path/file_writer.h"
+#include "platform/temporary_files.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -13,7 +14,6 @@
 #include <sstream>
 
 #include "path/faulting_calls.h"
-#include "path/neighbour.h"
 #include "path/other_user.h"
 #include "path/temporary_folder.h"
 
@@ -297,7 +297,7 @@ TEST(file_writer, removes_what_killed_writes_have_left) {
   leave(".file.quirnote-1", 3600);
   leave(".file.quirnote-2", 5);  // somebody may be about to hold it
   int const held = open((folder / ".file.quirnote-3").c_str(), O_RDONLY);
-  path::hold_neighbour(held);
+  platform::hold_temporary(held);
   EXPECT_EQ(write(ways[1], file, "new"), "");
   close(held);
   EXPECT_EQ(folder.names(), kept);

@@ -54,8 +54,11 @@ class faulty_calls : public platform::file_calls {
   int rename(char const* from, char const* to) override {
     return strikes() ? -1 : file_calls::rename(from, to);
   }
-  int link(char const* from, char const* to) override {
-    return strikes() ? -1 : file_calls::link(from, to);
+  int linkat(int folder, char const* from, char const* to) override {
+    return strikes() ? -1 : file_calls::linkat(folder, from, to);
+  }
+  int renameat2(int folder, char const* from, char const* to, unsigned flags) override {
+    return strikes() ? -1 : file_calls::renameat2(folder, from, to, flags);
   }
   int unlink(char const* path) override { return strikes() ? -1 : file_calls::unlink(path); }
 
@@ -229,6 +232,11 @@ TEST_F(user_defaults_test, a_process_ended_at_any_call_loses_nothing) {
     (found == after ? saw_after : saw_before) = true;
     EXPECT_TRUE(found == after || !finished);
 
+    for (std::string const& name : files()) {
+      auto const file = fs::path(path_).parent_path() / name;
+      if (name[0] == '.')
+        fs::last_write_time(file, fs::last_write_time(file) - std::chrono::minutes(2));
+    }
     user_defaults next(path_);
     next.set("b", 2);
     EXPECT_TRUE(next.save());
@@ -338,9 +346,13 @@ TEST_F(user_defaults_test, a_file_in_the_middle_of_a_write_loses_nothing) {
 
 TEST_F(user_defaults_test, damaged_files_are_kept_aside_without_hard_links_too) {
   struct : platform::file_calls {
-    int link(char const*, char const*) override {
+    int linkat(int, char const*, char const*) override {
       errno = EPERM;
       return -1;
+    }
+    int renameat2(int folder, char const* from, char const* to, unsigned flags) override {
+      errno = EINVAL;
+      return flags != 0 ? -1 : file_calls::renameat2(folder, from, to, flags);
     }
   } calls;
   testing::internal::CaptureStderr();

@@ -89,7 +89,7 @@ void CacheManager::saveCache() {
   auto const unused = std::erase_if(entries_, [](auto const& e) { return !e.second.is_used; });
   if (unused == 0 && !isModified_) return;
   if (cacheFile_.empty() || !platform::make_folders(path::parent(cacheFile_))) return;
-  platform::remove_abandoned_temporaries(cacheFile_, platform::file_calls::system());
+  platform::remove_left_over_temporaries(cacheFile_, platform::file_calls::system());
   int const error =
       platform::replace_file(cacheFile_, bundles::index::pack_root(cacheFormatVersion, entries_),
                              platform::file_calls::system());
