@@ -1,5 +1,6 @@
 #include "platform/library_folders.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -9,6 +10,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <string_view>
+#include <utility>
 
 namespace platform {
 namespace {
@@ -52,6 +54,46 @@ bool is_private_folder(std::string const& path) {
 bool make_private_folder(std::string const& path) {
   if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) return false;
   return is_private_folder(path);
+}
+
+bool is_empty(int folder) {
+  int const copy = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  DIR* const entries = copy < 0 ? nullptr : ::fdopendir(copy);
+  if (entries == nullptr) {
+    if (copy >= 0) ::close(copy);
+    return false;
+  }
+  int count = 0;
+  while (::readdir(entries) != nullptr) ++count;
+  ::closedir(entries);
+  return count == 2;  // "." and ".."
+}
+
+/// A folder that root has just made in somebody else's folder becomes his, since he is to use it
+/// too. He may have put another one of root's in its place meanwhile: so only an empty one does.
+void give_to_owner_of(int parent, char const* name) {
+  struct stat above, made;
+  if (::fstat(parent, &above) != 0 || above.st_uid == 0) return;
+  int const folder = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (folder < 0) return;
+  if (::fstat(folder, &made) == 0 && made.st_uid == 0 && is_empty(folder)) [[maybe_unused]]
+    int const ignored = ::fchown(folder, above.st_uid, above.st_gid);
+  ::close(folder);
+}
+
+/// The folder, open; -1 with errno.
+int make_folder(int parent, char const* name, unsigned mode) {
+  bool const made = ::mkdirat(parent, name, mode) == 0;
+  if (!made && errno != EEXIST) return -1;
+  if (made && ::geteuid() == 0) give_to_owner_of(parent, name);
+  int const result = ::openat(parent, name, O_PATH | O_DIRECTORY | O_CLOEXEC);
+  if (result < 0 && errno == ENOENT) errno = ENOTDIR;  // a link that leads nowhere
+  return result;
+}
+
+bool belongs_to_us(std::string const& folder) {
+  struct stat info;
+  return ::stat(folder.c_str(), &info) == 0 && info.st_uid == ::geteuid();
 }
 
 std::filesystem::path running_program() {
@@ -125,7 +167,10 @@ std::optional<std::string> runtime_folder(environment const& env) {
     if (make_private_folder(folder)) return folder;
   }
   std::string const folder = cache_folder(env) + "/run";
-  if (make_folders(cache_folder(env)) && make_private_folder(folder)) return folder;
+  // In somebody else's it would be in his way.
+  if (make_folders(cache_folder(env)) && belongs_to_us(cache_folder(env)) &&
+      make_private_folder(folder))
+    return folder;
   return std::nullopt;
 }
 
@@ -148,12 +193,21 @@ std::string module_folder() {
 }
 
 bool make_folders(std::string const& path, unsigned mode) {
-  if (::mkdir(path.c_str(), mode) == 0 || (errno == EEXIST && is_folder(path))) return true;
-  if (errno != ENOENT) return false;
-  auto const slash = path.rfind('/');
-  if (slash == std::string::npos || slash == 0) return false;
-  if (!make_folders(path.substr(0, slash), mode)) return false;
-  return ::mkdir(path.c_str(), mode) == 0 || errno == EEXIST;
+  int at = ::open(path.starts_with('/') ? "/" : ".", O_PATH | O_DIRECTORY | O_CLOEXEC);
+  std::string_view rest = path;
+  while (at >= 0 && !rest.empty()) {
+    std::string const name(rest.substr(0, rest.find('/')));
+    rest.remove_prefix(std::min(name.size() + 1, rest.size()));
+    if (name.empty()) continue;
+    int next = ::openat(at, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (next < 0 && errno == ENOENT) next = make_folder(at, name.c_str(), mode);
+    int const code = errno;
+    ::close(std::exchange(at, next));
+    errno = code;
+  }
+  if (at < 0) return false;
+  ::close(at);
+  return true;
 }
 
 }  // namespace platform

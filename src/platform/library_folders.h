@@ -46,8 +46,8 @@ std::string shared_support_folder();
 /// lib/quirnote beside the bin/ of the running program: what it loads and what it runs.
 std::string module_folder();
 
-/// Makes the folder and those above it that are missing, with `mode` (less the umask).
-/// False with errno set on failure.
+/// Makes the folder and those above it that are missing, with `mode` (less the umask). Those that
+/// root makes belong to whom the nearest existing folder belongs. False with errno on failure.
 bool make_folders(std::string const& path, unsigned mode = 0700);
 
 }  // namespace platform

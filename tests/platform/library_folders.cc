@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -91,6 +93,33 @@ TEST_F(folders_test, making_folders) {
   folder_.write("file", "x");
   EXPECT_FALSE(platform::make_folders(top_ + "/file"));
   EXPECT_FALSE(platform::make_folders(top_ + "/file/a"));
+  fs::create_symlink("nowhere", top_ + "/link");
+  EXPECT_FALSE(platform::make_folders(top_ + "/link/a"));
+  EXPECT_EQ(errno, ENOTDIR);
+}
+
+// Root may be at work with the settings of another user, who is to use the folders too.
+TEST_F(folders_test, folders_belong_to_whom_the_nearest_one_belongs) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root gives files away";
+  std::string const home = top_ + "/home", away = top_ + "/away";
+  fs::create_directories(home + "/old");
+  fs::create_directories(away);
+  ASSERT_EQ(chown(home.c_str(), 1234, 4321), 0);
+  ASSERT_EQ(chown(away.c_str(), 99, 98), 0);
+  fs::create_directory_symlink(away, home + "/link");
+  auto const owner_of = [&](std::string const& path) {
+    struct stat info {};
+    EXPECT_EQ(lstat(path.c_str(), &info), 0) << path;
+    return std::to_string(info.st_uid) + ":" + std::to_string(info.st_gid);
+  };
+  for (char const* name : {"/a/b/c", "/old/d", "/link/e/f"})
+    EXPECT_TRUE(platform::make_folders(home + name)) << name;
+  for (char const* name : {"/a", "/a/b", "/a/b/c"}) EXPECT_EQ(owner_of(home + name), "1234:4321");
+  for (char const* name : {"/old", "/old/d", "/link"}) EXPECT_EQ(owner_of(home + name), "0:0");
+  for (char const* name : {"/e", "/e/f"}) EXPECT_EQ(owner_of(away + name), "99:98");
+  // A private folder can't be made for root there.
+  EXPECT_EQ(platform::runtime_folder({{"XDG_CACHE_HOME", home + "/cache"}}), std::nullopt);
+  EXPECT_FALSE(fs::exists(home + "/cache/Quirnote/run"));
 }
 
 }  // namespace
