@@ -1,17 +1,13 @@
 #include "path/file_place.h"
 
 #include <fcntl.h>
-#include <limits.h>
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "platform/links.h"
+
 namespace path {
-namespace {
-
-constexpr int most_links = 40;  // the kernel's own limit
-
-}  // namespace
 
 file_error open_place::error(char const* operation) const {
   return make_file_error(operation, path_, errno);
@@ -27,21 +23,11 @@ bool open_place::enter(std::string const& folder) {
   return true;
 }
 
-std::optional<std::string> open_place::target_of_link() const {
-  std::string target(PATH_MAX, '\0');
-  ssize_t const size = ::readlinkat(folder(), name(), target.data(), target.size());
-  if (size < 0 || static_cast<std::size_t>(size) == target.size()) return std::nullopt;
-  target.resize(static_cast<std::size_t>(size));
-  return target;
-}
-
 /// Of the name in the folder that is open.
 std::string open_place::real_path() const {
   std::string const held = "/proc/self/fd/" + std::to_string(folder());
-  std::string folder_path(PATH_MAX, '\0');
-  ssize_t const size = ::readlink(held.c_str(), folder_path.data(), folder_path.size());
-  if (size <= 0 || static_cast<std::size_t>(size) == folder_path.size()) return path_;
-  folder_path.resize(static_cast<std::size_t>(size));
+  std::string const folder_path = platform::target_of_link(held).value_or("");
+  if (folder_path.empty()) return path_;
   return (folder_path == "/" ? "" : folder_path) + "/" + name_;
 }
 
@@ -59,12 +45,12 @@ bool open_place::may_follow() const {
 std::optional<file_error> open_place::open(std::string const& path) {
   path_ = path;
   std::string rest = path;
-  for (int links = 0; links <= most_links; ++links) {
+  for (int links = 0; links <= platform::most_links; ++links) {
     if (!enter(platform::folder_of(rest))) return error("open");
-    name_ = rest.substr(rest.rfind('/') + 1);
+    name_ = platform::name_of(rest);
     if (name_.empty()) name_ = ".";
     if (links == 0) place_.entry = real_path();
-    auto const target = target_of_link();
+    auto const target = platform::target_of_link(name_, folder());
     if (!target) {
       place_.target = links == 0 ? place_.entry : real_path();
       return std::nullopt;

@@ -49,7 +49,6 @@ class open_place {
  private:
   file_error error(char const* operation) const;
   bool enter(std::string const& folder);
-  std::optional<std::string> target_of_link() const;
   std::string real_path() const;
   bool may_follow() const;
 

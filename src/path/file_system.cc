@@ -18,36 +18,23 @@
 #include "path/file_reader.h"
 #include "path/path.h"
 #include "platform/library_folders.h"
+#include "platform/links.h"
 
 namespace path {
 namespace {
-
-std::optional<std::string> target_of_link(std::string const& link) {
-  std::string buffer(1024, '\0');
-  for (;;) {
-    ssize_t const length = readlink(link.c_str(), buffer.data(), buffer.size());
-    if (length < 0) return std::nullopt;
-    if (static_cast<std::size_t>(length) < buffer.size()) {
-      buffer.resize(static_cast<std::size_t>(length));
-      return buffer;
-    }
-    buffer.resize(2 * buffer.size());  // it may have been cut off
-  }
-}
-
-constexpr int most_links = 40;  // the kernel's own limit
 
 /// The target of what stands at `path`, if that is a link. False, after a word on standard error,
 /// for a link that can't be read.
 bool read_link(std::string const& path, std::optional<std::string>& target) {
   struct stat info;
   if (lstat(path.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return true;
-  target = target_of_link(path);
+  target = platform::target_of_link(path);
   if (!target) std::fprintf(stderr, "*** error reading link \u2018%s\u2019\n", path.c_str());
   return target.has_value();
 }
 
-/// Follows the links in every component. Past `most_links` of them the rest is joined unresolved.
+/// Follows the links in every component. Past platform::most_links of them the rest is joined
+/// unresolved.
 std::string resolve_links(std::string const& path) {
   std::string done = "/";
   std::string rest = path;
@@ -68,7 +55,7 @@ std::string resolve_links(std::string const& path) {
       done = joined;
       continue;
     }
-    if (++links > most_links || target->size() + rest.size() >= PATH_MAX)
+    if (++links > platform::most_links || target->size() + rest.size() >= PATH_MAX)
       return join(joined, rest.empty() ? "." : rest.substr(1));
     if (target->starts_with('/')) done = "/";
     rest = *target + rest;
@@ -119,7 +106,7 @@ std::string resolve(std::string const& path) {
 std::string resolve_head(std::string const& path) {
   std::string result = normalize(path);
   if (!result.starts_with('/')) return result;
-  for (int links = 0; links < most_links; ++links) {
+  for (int links = 0; links < platform::most_links; ++links) {
     std::optional<std::string> target;
     if (!read_link(result, target)) return "";
     if (!target) break;

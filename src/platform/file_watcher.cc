@@ -5,10 +5,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <climits>
 #include <cstring>
 #include <utility>
 #include <vector>
+
+#include "platform/links.h"
+#include "platform/replace_file.h"
 
 namespace platform {
 namespace {
@@ -18,7 +20,6 @@ constexpr std::uint32_t changes = IN_CLOSE_WRITE | IN_MODIFY | IN_ATTRIB | IN_CR
                                   IN_ONLYDIR;
 constexpr std::uint32_t folder_is_gone = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
 constexpr char const* any_entry = "/";     // which no file is called
-constexpr int max_links = 40;              // as many as the kernel follows
 constexpr double share_of_time = 1. / 20;  // that a task may take, of all the time
 
 struct place {
@@ -26,9 +27,7 @@ struct place {
 };
 
 place place_of(std::string const& path) {
-  std::size_t const slash = path.find_last_of('/');
-  if (slash == std::string::npos) return {".", path};
-  return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
+  return {folder_of(path), name_of(path)};
 }
 
 bool is_folder(std::string const& path) {
@@ -36,22 +35,13 @@ bool is_folder(std::string const& path) {
   return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-std::string link_target(std::string const& path) {
-  char target[PATH_MAX];
-  ssize_t const size = readlink(path.c_str(), target, sizeof target);
-  return {target, static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
-}
-
 /// Where something happens when the file that the path leads to is changed, made or removed.
-std::vector<place> places_of(std::string path) {
+std::vector<place> places_of(std::string const& path) {
   std::vector<place> result;
-  for (int links = 0; links < max_links; ++links) {
-    place at = place_of(path);
-    std::string const target = link_target(path), folder = at.folder;
+  for (std::string const& link : chain_of_links(path)) {
+    place at = place_of(link);
     while (!is_folder(at.folder) && at.folder != "/" && at.folder != ".") at = place_of(at.folder);
     result.push_back(std::move(at));
-    if (target.empty()) break;
-    path = target.front() == '/' ? target : folder + "/" + target;
   }
   return result;
 }
