@@ -126,13 +126,9 @@ void QtDesktop::connect_session() {
   QObject::connect(&qt_, &QGuiApplication::commitDataRequest, &qt_,
                    [this](QSessionManager& session) {
                      if (delegate_ == nullptr) return;
-                     // The answer is wanted now, and none can be had while something waits.
-                     if (!session.allowsInteraction() || waits_.is_waiting()) {
-                       delegate_->applicationMustTerminate();
-                       return;
-                     }
-                     if (!delegate_->applicationShouldTerminate()) session.cancel();
-                     session.release();
+                     bool const may_ask = session.allowsInteraction();
+                     if (!end_session(*delegate_, may_ask)) session.cancel();
+                     if (may_ask) session.release();
                    });
 }
 
@@ -142,7 +138,7 @@ int QtDesktop::run(platform::application_delegate& app) {
   connect_session();
   // Who sends a signal won't answer questions, and nobody sees them on a lost display.
   TerminationSignals const termination([this] { end_at_once(*delegate_); });
-  SuddenExit const lost_display([this] { delegate_->applicationMustTerminate(); });
+  SuddenExit const lost_display([this] { return end_within_exit(*delegate_); });
   app.didFinishLaunching();
   // Not needed for the first window to appear.
   QTimer::singleShot(0, &qt_, [] {

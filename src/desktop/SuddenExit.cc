@@ -1,5 +1,6 @@
 #include "desktop/SuddenExit.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
@@ -10,7 +11,7 @@ SuddenExit* present = nullptr;
 
 }  // namespace
 
-SuddenExit::SuddenExit(std::function<void()> on_exit) : on_exit_(std::move(on_exit)) {
+SuddenExit::SuddenExit(std::function<bool()> on_exit) : on_exit_(std::move(on_exit)) {
   [[maybe_unused]] static int const registered = std::atexit(&SuddenExit::run);
   present = this;
 }
@@ -20,7 +21,9 @@ SuddenExit::~SuddenExit() {
 }
 
 void SuddenExit::run() {
-  if (present != nullptr) std::exchange(present, nullptr)->on_exit_();
+  if (present == nullptr || std::exchange(present, nullptr)->on_exit_()) return;
+  std::fflush(nullptr);
+  std::_Exit(EXIT_FAILURE);
 }
 
 }  // namespace widgets

@@ -10,8 +10,9 @@ namespace widgets {
 class SuddenExit {
  public:
   /// `on_exit` is called with the stack as it stands, so it may rely on nothing but data that is
-  /// whole between two events, and must not use the display.
-  explicit SuddenExit(std::function<void()> on_exit);
+  /// whole between two events, and must not use the display. False makes the program's status that
+  /// of a failure, whatever exit() was given.
+  explicit SuddenExit(std::function<bool()> on_exit);
   ~SuddenExit();
   SuddenExit(SuddenExit const&) = delete;
   SuddenExit& operator=(SuddenExit const&) = delete;
@@ -19,7 +20,7 @@ class SuddenExit {
  private:
   static void run();
 
-  std::function<void()> on_exit_;
+  std::function<bool()> on_exit_;
 };
 
 }  // namespace widgets

@@ -7,7 +7,6 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QPointer>
 #include <QScrollBar>
 #include <QStyleHints>
 #include <QTimer>
@@ -58,8 +57,8 @@ TextViewWidget::TextViewWidget(platform::view_client& client, TextViewOwner& own
 }
 
 void TextViewWidget::deliver(std::function<void(platform::view_client&)> input) {
-  platform::desktop::current().waits().deliver([self = QPointer(this), input = std::move(input)] {
-    if (self != nullptr && self->client_ != nullptr) input(*self->client_);
+  platform::desktop::current().waits().deliver_input(lives_, [this, input = std::move(input)] {
+    if (client_ != nullptr) input(*client_);
   });
 }
 

@@ -125,6 +125,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   int zoom_rest_ = 0;   // parts of a wheel's step not zoomed yet
   bool cursor_hidden_ = false;
   bool shows_tool_tip_ = false;  // or has shown one that went by itself
+  std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };
 
 /// The colours of the desktop's theme for text.

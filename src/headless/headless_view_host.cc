@@ -67,7 +67,7 @@ void headless_view_host::interpret_key_event(platform::key_event const& event) {
 }
 
 void headless_view_host::send(std::function<void(platform::view_client&)> input) {
-  platform::desktop::current().waits().deliver(
+  platform::desktop::current().waits().deliver_input(
       lives_, [this, input = std::move(input)] { input(client_); });
 }
 

@@ -65,10 +65,18 @@ class desktop {
   void request_quit(application_delegate& app);
   /// Cancels what waits, keeps what isn't saved and terminates, without a question.
   void end_at_once(application_delegate& app);
+  /// The session is about to end, and may only be kept waiting if `may_ask`. False if it isn't to,
+  /// since the user has cancelled it or some text could not be kept.
+  bool end_session(application_delegate& app, bool may_ask);
+  /// The program ends now, with the stack as it stands: keeps what isn't saved. False if something
+  /// is lost.
+  bool end_within_exit(application_delegate& app);
   /// Whether something could not be kept then: run() should give a failure.
   bool has_lost_text() const { return has_lost_text_; }
 
  private:
+  bool keep_text(application_delegate& app);
+
   bool has_lost_text_ = false;
 };
 

@@ -3,6 +3,15 @@
 #include <utility>
 
 namespace platform {
+namespace {
+
+waiting::task unless_gone(std::weak_ptr<void const> owner, waiting::task work) {
+  return [owner = std::move(owner), work = std::move(work)] {
+    if (!owner.expired()) work();
+  };
+}
+
+}  // namespace
 
 waiting::scope::scope(waiting& owner, task cancel) : owner_(owner), cancel_(std::move(cancel)) {
   if (!owner_.is_waiting()) owner_.since_ = owner_.loop_.now();
@@ -18,10 +27,14 @@ waiting::scope::~scope() {
   if (!owner_.held_.empty()) owner_.run_later();
 }
 
-void waiting::deliver(task work) {
+void waiting::deliver(held_task next) {
   bool const is_its_turn = held_.empty() || is_delivering_;
-  if (is_waiting() || !is_its_turn) return hold(std::move(work));
-  run(work);
+  if (is_waiting() || !is_its_turn) return hold(std::move(next));
+  run(next.work);
+}
+
+void waiting::deliver(task work) {
+  deliver(held_task{std::move(work)});
 }
 
 void waiting::run(task const& work) {
@@ -34,21 +47,19 @@ void waiting::run(task const& work) {
 }
 
 void waiting::deliver(std::weak_ptr<void const> owner, task work) {
-  deliver([owner = std::move(owner), work = std::move(work)] {
-    if (!owner.expired()) work();
-  });
+  deliver(held_task{unless_gone(std::move(owner), std::move(work))});
+}
+
+void waiting::deliver_input(std::weak_ptr<void const> owner, task work) {
+  deliver(held_task{unless_gone(std::move(owner), std::move(work)), true});
 }
 
 void waiting::post(std::weak_ptr<void const> owner, task work) {
-  hold([owner = std::move(owner), work = std::move(work)] {
-    if (!owner.expired()) work();
-  });
+  hold({unless_gone(std::move(owner), std::move(work))});
 }
 
 void waiting::deliver_in_pause(std::weak_ptr<void const> owner, task work) {
-  in_pause_.push_back([owner = std::move(owner), work = std::move(work)] {
-    if (!owner.expired()) work();
-  });
+  in_pause_.push_back(unless_gone(std::move(owner), std::move(work)));
   wait_for_pause();
 }
 
@@ -61,8 +72,8 @@ void waiting::wait_for_pause() {
   }
 }
 
-void waiting::hold(task work) {
-  held_.push_back(std::move(work));
+void waiting::hold(held_task next) {
+  held_.push_back(std::move(next));
   if (!is_waiting()) run_later();
 }
 
@@ -79,9 +90,9 @@ void waiting::run_held() {
     }
   } const after_lack_of_memory{*this};
   while (!is_waiting() && !held_.empty()) {
-    task const next = std::move(held_.front());
+    held_task const next = std::move(held_.front());
     held_.pop_front();
-    run(next);
+    run(next.work);
   }
 }
 
@@ -96,6 +107,13 @@ void waiting::finish(task last) {
   deliver(std::move(last));
   auto const scopes = scopes_;
   for (auto it = scopes.rbegin(); it != scopes.rend(); ++it) (*it)->cancel_();
+}
+
+void waiting::finish_input() {
+  is_ending_ = true;  // so that nothing is asked
+  scopes_.clear();
+  for (held_task const& next : std::exchange(held_, {}))
+    if (next.is_input) run(next.work);
 }
 
 double waiting::seconds_waited() const {

@@ -51,6 +51,8 @@ class waiting {
   void deliver(task work);
   /// The same, unless `owner` has gone by then.
   void deliver(std::weak_ptr<void const> owner, task work);
+  /// The same for what the user does to a text, which isn't dropped with the display either.
+  void deliver_input(std::weak_ptr<void const> owner, task work);
   /// Runs the task in a later turn of the loop, when nothing waits, unless `owner` has gone by
   /// then.
   void post(std::weak_ptr<void const> owner, task work);
@@ -68,21 +70,28 @@ class waiting {
   /// Cancels all that waits, and all that would from now on; then what is held is done, and `last`
   /// after it.
   void finish(task last);
+  /// The loop won't turn again, and what waits won't go on: does what is held of the user's input.
+  void finish_input();
   bool is_ending() const { return is_ending_; }
 
   /// For how long anything has been waited for, all in all, by the loop's clock.
   double seconds_waited() const;
 
  private:
+  struct held_task {
+    task work;
+    bool is_input = false;
+  };
   void run(task const& work);
-  void hold(task work);
+  void deliver(held_task next);
+  void hold(held_task next);
   void run_later();
   void run_held();
   void wait_for_pause();
 
   run_loop& loop_;
   std::vector<scope*> scopes_;  // outermost first
-  std::deque<task> held_;
+  std::deque<held_task> held_;
   bool is_ending_ = false, is_delivering_ = false;
   double since_ = 0, former_ = 0;  // seconds: when the outermost began, and the ones before it
   double typed_ = -pause;
