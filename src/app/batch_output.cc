@@ -6,16 +6,10 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "platform/shown_characters.h"
 #include "platform/standard_streams.h"
 
 namespace {
-
-bool is_shown_as_it_is(UChar32 c) {
-  bool const turns_direction = c == 0x61C || (0x200E <= c && c <= 0x200F) ||
-                               (0x202A <= c && c <= 0x202E) || (0x2066 <= c && c <= 0x2069);
-  bool const ends_line = c == 0x2028 || c == 0x2029;
-  return c >= 0x20 && !(0x7F <= c && c < 0xA0) && !turns_direction && !ends_line;
-}
 
 std::string escaped_byte(unsigned char byte) {
   if (byte == '\n') return "\\n";
@@ -38,7 +32,7 @@ std::string escaped_name(std::string_view name) {
         name.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(at - start));
     if (c == '\\')
       out += "\\\\";
-    else if (is_shown_as_it_is(c))  // a wrong byte is -1
+    else if (platform::is_shown_as_it_is(c))  // a wrong byte is -1
       out += bytes;
     else
       for (char const byte : bytes) out += escaped_byte(static_cast<unsigned char>(byte));

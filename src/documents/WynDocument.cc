@@ -80,6 +80,7 @@ void WynDocument::becomeFile(std::string const& path) {
     fileStamp_ = is_written ? std::optional(writtenElsewhere_->stamp) : std::nullopt;
     filePlace_ = is_written ? writtenElsewhere_->place : path::place_of(path);
     attributesRead_ = is_written ? writtenElsewhere_->attributes : std::nullopt;
+    if (is_written) loneSurrogates_ = std::move(writtenElsewhere_->loneSurrogates);
     writtenElsewhere_.reset();
   }
   filename_ = path;

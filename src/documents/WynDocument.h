@@ -10,6 +10,7 @@
 #include "documents/file_stamp.h"
 #include "documents/file_text.h"
 #include "documents/safety_copy.h"
+#include "documents/storage_bytes.h"
 #include "encoding/charset.h"
 #include "encoding/line_ending.h"
 #include "encoding/stream_encoder.h"
@@ -219,6 +220,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   void watchFile();
   void fileMayHaveChanged();
   bool isToBeKept();
+  bool hasLostFile() const;
   void setFileIsGone(bool gone);
 
   bool write(std::string const& given_path, bool as_copy);
@@ -244,6 +246,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
     documents::file_stamp stamp;
     std::optional<path::file_place> place;
     std::optional<struct stat> attributes;
+    documents::lone_surrogates loneSurrogates;
   };
   std::optional<written_file> writtenElsewhere_;
   unsigned untitledCount_ = 0;
@@ -271,6 +274,8 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   bool supplementaryPairs_ = true;
   /// What the file of that name holds which the text doesn't, and the charset it was read in.
   file_content fileContent_ = file_content::kept;
+  /// Those that were read from the file of that name or written to it, as UTF-8.
+  documents::lone_surrogates loneSurrogates_;
   encoding::charset_t charsetRead_ = encoding::ASCII;
   /// They hold what may be on the disk nowhere else, and go when the text is saved.
   std::vector<documents::safety_copy> safetyCopies_;

@@ -111,6 +111,9 @@ void WynDocument::rememberContent(file_text const& text, bool pairs) {
   fileContent_ = lost_bytes    ? file_content::has_lost_bytes
                  : text.binary ? file_content::binary
                                : file_content::kept;
+  loneSurrogates_.clear();
+  if (text.charset == encoding::UTF8 && pairs)
+    loneSurrogates_ = documents::lone_surrogates_in(text.units.view());
 }
 
 // How the user wants it written from now on may still be something else.
@@ -177,7 +180,7 @@ bool WynDocument::restore(documents::safety_copy copy) {
     return false;
   }
   auto const& format = copy.origin().format;
-  fileEncoding_ = format.charset;
+  fileEncoding_ = copy.origin().charset_of_file.value_or(format.charset);
   lineEnding_ = format.line_ending;
   byteOrderMark_ = format.byte_order_mark;
   supplementaryPairs_ = format.pairs;

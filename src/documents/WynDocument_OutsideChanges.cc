@@ -48,9 +48,13 @@ void WynDocument::revertToDisk() {
   revertIsDecided_ = false;
 }
 
+/// Whether the text is that of a file which isn't there any more, so that it stands nowhere else.
+bool WynDocument::hasLostFile() const {
+  return !filename_.empty() && fileStamp_ && !documents::stamp_of(filename_);
+}
+
 void WynDocument::lookForFile() {
-  if (filename_.empty() || openCount_ == 0) return;
-  setFileIsGone(fileStamp_ && !documents::stamp_of(filename_));
+  if (openCount_ != 0) setFileIsGone(hasLostFile());
 }
 
 // What shows the document is told, also when it was edited before.
@@ -71,8 +75,8 @@ bool WynDocument::isToBeKept() {
 
 bool WynDocument::checkForFilesystemChanges() {
   if (fileModifiedOnDiskAndWaitingForUser_ || filename_.empty()) return false;
+  setFileIsGone(hasLostFile());
   auto const stamp = documents::stamp_of(filename_);
-  setFileIsGone(!stamp && fileStamp_);
   if (!stamp || (stamp == fileStamp_ && !revertIsDecided_)) return false;
   auto const self = weak_from_this().lock();
   bool const pairs = preserves_supplementary_characters();

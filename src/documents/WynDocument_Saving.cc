@@ -103,23 +103,20 @@ class asking_save {
   bool reverts_ = false;
 };
 
-/// A file that is like that is given back as it was.
-bool file_has_lone_surrogate(std::string const& path) {
-  documents::file_text text;
-  if (path.empty() || documents::read_file_text(path, encoding::UTF8, true, text)) return false;
-  return documents::has_lone_surrogate(text.units.view());
+/// Without pairs each half is written by itself, and the user has chosen that.
+bool must_be_whole(encoding::file_format const& format) {
+  return format.charset == encoding::UTF8 && format.pairs;
 }
 
 }  // namespace
 
 std::optional<encoding::file_format> WynDocument::formatForSaving() const {
-  // Without pairs each half is written by itself, and the user has chosen that.
+  // Those that the file held are given back as they were.
   auto const confirmed = [this](encoding::file_format const& format) {
     std::optional<encoding::file_format> result = format;
-    if (format.charset != encoding::UTF8 || !format.pairs) return result;
-    auto const line = documents::line_with_lone_surrogate(*storage_);
-    if (!line || file_has_lone_surrogate(filename_)) return result;
-    if (!documents::ask_to_save_lone_surrogate(displayName(), *line + 1)) result.reset();
+    if (!must_be_whole(format)) return result;
+    auto const line = documents::line_with_new_lone_surrogate(*storage_, loneSurrogates_);
+    if (line && !documents::ask_to_save_lone_surrogate(displayName(), *line + 1)) result.reset();
     return result;
   };
   encoding::file_format format{fileEncoding_, lineEnding_, byteOrderMark_, supplementaryPairs_};
@@ -239,14 +236,19 @@ void WynDocument::didWrite(std::string const& path, encoding::file_format const&
   if (path == filename_) fileContent_ = file_content::kept;
   textIsSaved(memento);
   removeSafetyCopies();
-  written_file const file{path, documents::stamp_of(path, written), path::place_of(path),
-                          documents::attributes_of(path, written)};
+  written_file file{path,
+                    documents::stamp_of(path, written),
+                    path::place_of(path),
+                    documents::attributes_of(path, written),
+                    {}};
+  if (must_be_whole(format)) file.loneSurrogates = documents::lone_surrogates_in(*storage_);
   if (path == filename_) {
     fileStamp_ = file.stamp;
     filePlace_ = file.place;
     if (file.attributes) attributesRead_ = file.attributes;
+    loneSurrogates_ = std::move(file.loneSurrogates);
   } else {
-    writtenElsewhere_ = file;
+    writtenElsewhere_ = std::move(file);
   }
   if (!openViews_.empty()) saveMetaData(path, *openViews_.back());
   notifyFilename(filename_);
@@ -258,15 +260,20 @@ void WynDocument::removeSafetyCopies() {
 }
 
 std::optional<path::file_error> WynDocument::keepUnsavedText() {
-  // News of the file's end may be under way.
-  bool const is_gone = fileStamp_ && !filename_.empty() && !documents::stamp_of(filename_);
-  if (!isDocumentEdited_ && !is_gone) return std::nullopt;
+  // News of the file's end may be under way; nothing that shows the text is to hear of it now.
+  if (!isDocumentEdited_ && !hasLostFile()) return std::nullopt;
   encoding::file_format format{fileEncoding_, lineEnding_, byteOrderMark_, supplementaryPairs_};
-  if (!can_be_encoded(*storage_, format.charset)) format.charset = encoding::UTF8;
+  std::optional<encoding::charset_t> charset_of_file;
+  if (!can_be_encoded(*storage_, format.charset))
+    charset_of_file = std::exchange(format.charset, encoding::UTF8);
   std::optional<documents::safety_copy> copy;
   try {
     auto const bytes = documents::storage_bytes(*storage_, format);
-    documents::safety_copy_origin const origin{filename_, displayName(), format, false};
+    documents::safety_copy_origin const origin{.path = filename_,
+                                               .title = displayName(),
+                                               .format = format,
+                                               .overwrites = false,
+                                               .charset_of_file = charset_of_file};
     if (auto error = documents::safety_copy::create_anywhere(origin, bytes, copy)) return error;
   } catch (std::bad_alloc const&) {
     return path::make_file_error("write", filename_, ENOMEM);

@@ -7,8 +7,8 @@ namespace documents {
 /// The last component of `path`, fit to be shown: see `printable`.
 std::string printable_name(std::string const& path);
 
-/// A path as valid UTF-8 on one line: bytes that are no UTF-8 become U+FFFD, and control characters
-/// the symbols for them.
+/// A path as valid UTF-8 on one line: control characters become the symbols for them, and bytes
+/// that are no UTF-8 and what else platform::is_shown_as_it_is refuses U+FFFD.
 std::string printable(std::string const& path);
 
 /// `name` between the typographic quotation marks of messages.

@@ -16,8 +16,10 @@
 #include "path/entries.h"
 #include "path/file_output.h"
 #include "path/file_reader.h"
+#include "path/file_system.h"
 #include "platform/library_folders.h"
 #include "platform/log.h"
+#include "platform/temporary_files.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
 
@@ -27,13 +29,12 @@ namespace {
 constexpr std::string_view prefix = "SafetyCopy-", unfinished = ".part";
 constexpr std::string_view first_words = "Quirnote safety copy ";
 constexpr std::size_t header_limit = 65536;  // bytes; the longest path takes a tenth of it
-constexpr std::time_t unfinished_age = 60;   // seconds, longer than it takes to lock a new file
 
 std::optional<path::file_error> failure(char const* operation, std::string const& path) {
   return path::make_file_error(operation, path, errno);
 }
 
-/// The state folder or one that takes its place, made if need be. Nobody else can enter it or has
+/// A folder for safety copies, made if need be. Nobody else can enter it or has
 /// made it.
 std::optional<path::file_error> prepare(std::string const& folder, path::file_system_calls& calls) {
   std::vector<std::string> missing;
@@ -57,7 +58,7 @@ std::optional<path::file_error> prepare(std::string const& folder, path::file_sy
 
 std::string header_of(safety_copy_origin const& origin) {
   encoding::file_format const& format = origin.format;
-  plist::dictionary const values = {
+  plist::dictionary values = {
       {"path", plist::data(origin.path.begin(), origin.path.end())},
       {"title", printable(origin.title)},
       {"date", origin.date},
@@ -67,6 +68,8 @@ std::string header_of(safety_copy_origin const& origin) {
       {"byteOrderMark", format.byte_order_mark},
       {"pairs", format.pairs},
   };
+  if (origin.charset_of_file)
+    values.emplace("charsetOfFile", std::int64_t{*origin.charset_of_file});
   std::string const list = plist::write_xml(values).text;
   return std::string(first_words) + std::to_string(list.size()) + "\n" + list;
 }
@@ -112,8 +115,20 @@ bool folder_is_ours(std::string const& folder) {
   return stat(folder.c_str(), &info) == 0 && info.st_uid == geteuid();
 }
 
+/// Root's own where it works with the settings of another user, who could change what is kept in
+/// his.
+std::string own_state_folder() {
+  std::string const folder = platform::state_folder();
+  if (geteuid() != 0) return folder;
+  struct stat info;
+  std::string nearest = folder;
+  while (stat(nearest.c_str(), &info) != 0 && nearest != "/")
+    nearest = platform::folder_of(nearest);
+  return info.st_uid == 0 ? folder : path::home() + "/.local/state/Quirnote";
+}
+
 std::vector<std::string> private_folders() {
-  std::vector<std::string> result = {platform::state_folder()};
+  std::vector<std::string> result = {own_state_folder()};
   if (auto const folder = platform::runtime_folder()) result.push_back(*folder);
   result.push_back(platform::cache_folder());
   return result;
@@ -136,10 +151,25 @@ std::string name_beside(std::string const& path, int n) {
          (n == 0 ? "" : "-" + std::to_string(n + 1));
 }
 
+/// Of what takes the place `path` when it is whole.
 void remove_unfinished(std::string const& path) {
-  struct stat info;
-  auto const file = take(path, info);
-  if (file && info.st_mtime < std::time(nullptr) - unfinished_age) unlink(path.c_str());
+  path::file_descriptor file(path::file_system_calls::system());
+  if (file.open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY) == 0 &&
+      platform::is_left_over(file.get()))
+    unlink(path.c_str());
+}
+
+/// A name beside the file for a copy; that of the last one, if all are taken.
+std::string unused_name_beside(std::string const& path) {
+  auto const is_taken = [&](int n) {
+    std::string const name = name_beside(path, n), part = name + std::string(unfinished);
+    remove_unfinished(part);
+    struct stat info;
+    return lstat(name.c_str(), &info) == 0 || lstat(part.c_str(), &info) == 0;
+  };
+  int n = 0;
+  while (n < most_beside && is_taken(n)) ++n;
+  return name_beside(path, n);
 }
 
 /// Reads on from where both are, to the end.
@@ -168,7 +198,7 @@ std::optional<path::file_error> safety_copy::create(safety_copy_origin origin,
                                                     path::file_contents const& contents,
                                                     std::optional<safety_copy>& copy,
                                                     path::file_system_calls& calls) {
-  std::string const folder = platform::state_folder();
+  std::string const folder = own_state_folder();
   if (auto error = prepare(folder, calls)) return error;
   return create_as(unused_name(folder), std::move(origin), contents, copy, calls);
 }
@@ -189,10 +219,8 @@ std::optional<path::file_error> safety_copy::create_anywhere(safety_copy_origin 
   for (std::string const& folder : private_folders())
     if (goes_into(folder)) return std::nullopt;
   if (!origin.path.empty()) {
-    int n = 0;
-    while (n < most_beside && access(name_beside(origin.path, n).c_str(), F_OK) == 0) ++n;
-    if (succeeds(create_as(name_beside(origin.path, n), origin, contents, copy, calls)))
-      return std::nullopt;
+    std::string const name = unused_name_beside(origin.path);
+    if (succeeds(create_as(name, origin, contents, copy, calls))) return std::nullopt;
   }
   std::string const last = folder_in_tmp();
   return !last.empty() && goes_into(last) ? std::nullopt : first;
@@ -262,6 +290,7 @@ bool safety_copy::read_header() {
   origin_.date = values["date"].integer_or(0);
   origin_.format = {*charset, static_cast<line_ending::type>(ends),
                     values["byteOrderMark"].boolean_or(false), values["pairs"].boolean_or(true)};
+  origin_.charset_of_file = encoding::charset_of_number(values["charsetOfFile"].integer_or(-1));
   header_size_ = begin + size;
   return true;
 }
@@ -298,6 +327,7 @@ std::vector<safety_copy> safety_copy::left_over() {
 std::vector<safety_copy> safety_copy::left_over_beside(std::string const& path) {
   std::vector<safety_copy> result;
   for (int n = 0; n <= most_beside; ++n) {
+    remove_unfinished(name_beside(path, n) + std::string(unfinished));
     auto copy = found_at(name_beside(path, n));
     if (copy && copy->origin_.path == path) result.push_back(std::move(*copy));
   }

@@ -16,15 +16,19 @@ namespace documents {
 struct safety_copy_origin {
   std::string path;   ///< of the file it is to be saved in; empty for an untitled document
   std::string title;  ///< what an untitled document was called
-  encoding::file_format format;
+  encoding::file_format format;  ///< of the bytes in the copy
   /// Whether the file was being overwritten with these bytes, so that it may hold some of them.
   bool overwrites = true;
   file_date date = 0;  ///< when the copy was made; set by `create`
+  /// The charset that the user has chosen for the file, where the bytes are in another one because
+  /// it can't hold the text.
+  std::optional<encoding::charset_t> charset_of_file = std::nullopt;
 };
 
 /// Bytes that may stand whole nowhere else, in a file of their own: SafetyCopy-... in the state
-/// folder, which nobody else can enter. It begins with a line that gives the length of a property
-/// list, in bytes; that says where the rest, the bytes, belongs.
+/// folder (root's own, if that of the settings is another user's), which nobody else can enter. It
+/// begins with a line that gives the length of a property list, in bytes; that says where the rest,
+/// the bytes, belongs.
 ///
 /// The file is locked as long as its object lives, so that of several running programs none takes
 /// another's copy for a left-over one. The file outlives the object unless `remove` is called, and
@@ -49,7 +53,7 @@ class safety_copy {
   /// Files of other users, links and whatever wasn't made by `create` are passed over, and so are
   /// those in the folders of files.
   static std::vector<safety_copy> left_over();
-  /// Those in the file's own folder that belong to it.
+  /// Those in the file's own folder that belong to it; removes what interrupted ones left there.
   static std::vector<safety_copy> left_over_beside(std::string const& path);
 
   safety_copy(safety_copy&&) noexcept;

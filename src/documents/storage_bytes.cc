@@ -70,6 +70,22 @@ std::optional<std::uint64_t> size_of(text::storage const& storage,
   return size;
 }
 
+/// Gives the lone ones in order as long as `use` answers true; returns whether it always did.
+template <typename Use>
+bool for_each_lone_surrogate(text::unit_view units, Use use) {
+  constexpr char16_t first_surrogate = 0xD800;
+  char16_t const* at = units.data();
+  char16_t const* const last = at + units.size();
+  while ((at = text::find_unit_or_above(at, last, first_surrogate, first_surrogate)) != last) {
+    bool const is_high = encoding::is_high_surrogate(*at);
+    bool const is_pair = is_high && last - at > 1 && encoding::is_low_surrogate(at[1]);
+    bool const is_lone = !is_pair && (is_high || encoding::is_low_surrogate(*at));
+    if (is_lone && !use(*at)) return false;
+    at += is_pair ? 2 : 1;
+  }
+  return true;
+}
+
 }  // namespace
 
 path::file_contents storage_bytes(text::storage const& storage, encoding::file_format format) {
@@ -92,22 +108,30 @@ bool can_be_encoded(text::storage const& storage, encoding::charset_t charset) {
   });
 }
 
-bool has_lone_surrogate(text::unit_view units) {
-  constexpr char16_t first_surrogate = 0xD800;
-  char16_t const* at = units.data();
-  char16_t const* const last = at + units.size();
-  while ((at = text::find_unit_or_above(at, last, first_surrogate, first_surrogate)) != last) {
-    bool const is_high = encoding::is_high_surrogate(*at);
-    bool const is_pair = is_high && last - at > 1 && encoding::is_low_surrogate(at[1]);
-    if (!is_pair && (is_high || encoding::is_low_surrogate(*at))) return true;
-    at += is_pair ? 2 : 1;
-  }
-  return false;
+lone_surrogates lone_surrogates_in(text::unit_view units) {
+  lone_surrogates result;
+  for_each_lone_surrogate(units, [&](char16_t unit) {
+    ++result[unit];
+    return true;
+  });
+  return result;
 }
 
-std::optional<std::size_t> line_with_lone_surrogate(text::storage const& storage) {
+lone_surrogates lone_surrogates_in(text::storage const& storage) {
+  lone_surrogates result;
   for (std::size_t line = 0; line < storage.lines(); ++line)
-    if (has_lone_surrogate(storage.line_units(line))) return line;
+    for (auto const& [unit, count] : lone_surrogates_in(storage.line_units(line)))
+      result[unit] += count;
+  return result;
+}
+
+std::optional<std::size_t> line_with_new_lone_surrogate(text::storage const& storage,
+                                                        lone_surrogates known) {
+  for (std::size_t line = 0; line < storage.lines(); ++line) {
+    bool const all_known = for_each_lone_surrogate(
+        storage.line_units(line), [&](char16_t unit) { return known[unit]-- != 0; });
+    if (!all_known) return line;
+  }
   return std::nullopt;
 }
 

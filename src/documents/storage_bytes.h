@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 
 #include "encoding/stream_encoder.h"
@@ -15,10 +16,14 @@ path::file_contents storage_bytes(text::storage const& storage, encoding::file_f
 /// Whether the whole text comes back when it is written in this charset and read again.
 bool can_be_encoded(text::storage const& storage, encoding::charset_t charset);
 
-/// Whether a line or a text holds half of a surrogate pair.
-bool has_lone_surrogate(text::unit_view units);
-/// The first line that holds half of a surrogate pair, from 0; nothing if none does.
-std::optional<std::size_t> line_with_lone_surrogate(text::storage const& storage);
+/// How often each half of a surrogate pair stands alone in a text.
+using lone_surrogates = std::map<char16_t, std::size_t>;
+lone_surrogates lone_surrogates_in(text::unit_view units);
+lone_surrogates lone_surrogates_in(text::storage const& storage);
+/// The first line, from 0, up to which the text holds more of one than are `known`; nothing if it
+/// never does.
+std::optional<std::size_t> line_with_new_lone_surrogate(text::storage const& storage,
+                                                        lone_surrogates known);
 
 /// Whether the storage holds this text.
 bool holds(text::storage const& storage, text::unit_view text);

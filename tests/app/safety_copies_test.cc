@@ -1,3 +1,10 @@
+#include <sys/resource.h>
+
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <set>
+
 #include "app/app_fixture.h"
 #include "documents/safety_copy.h"
 
@@ -66,11 +73,13 @@ TEST_F(left_over_text, is_kept_by_an_end_that_asks_nothing) {
   EXPECT_EQ(windows(), (titles{"*untitled", "*file"}));
   auto* const restored = app().orderedControllers()[1];
   EXPECT_EQ(restored->textDocument()->storage().line_units(0), u"\u20AC!caf\u00E9 ");
-  EXPECT_NE(restored->textDocument()->fileEncoding(), charset);
-  EXPECT_EQ(window_of(*restored).values["fileEncoding"], plist::value("UTF8"));
+  EXPECT_EQ(restored->textDocument()->fileEncoding(), charset);
+  EXPECT_EQ(window_of(*restored).values["fileEncoding"], plist::value("Latin1"));
   EXPECT_EQ(shown(app().orderedControllers()[0]), "no name");
 
+  answer("Encoding Error", "Save as UTF-8");
   EXPECT_TRUE(perform(*restored, "saveDocument:"));
+  EXPECT_EQ(alerts().size(), 1u);
   app().applicationMustTerminate();
   restart();
   EXPECT_EQ(alerts().size(), 1u);  // of the text that is still unsaved
@@ -105,6 +114,69 @@ TEST_F(left_over_text, of_no_file_is_offered_too_and_can_be_discarded) {
   perform(*app().orderedControllers()[0], "offerSafetyCopies:");
   perform(*app().orderedControllers()[0], "offerSafetyCopies:");
   EXPECT_EQ(alerts().size(), 1u);
+}
+
+/// As long as it lives no file of this process takes a byte.
+class full_disks {
+ public:
+  full_disks() {
+    getrlimit(RLIMIT_FSIZE, &former_);
+    rlimit const none{0, former_.rlim_max};
+    signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &none);
+  }
+  ~full_disks() { setrlimit(RLIMIT_FSIZE, &former_); }
+
+ private:
+  rlimit former_{};
+};
+
+// Whatever ends the program: the text is kept, what is held for it too where nothing will go on, or
+// the end is a failure.
+TEST_F(left_over_text, is_kept_by_every_end_or_its_loss_is_a_failure) {
+  auto* const file = app().openFile(folder.write("file", "old"));
+  auto const waiting = [&](auto const& end) {
+    platform::waiting::scope const scope(desktop.waits(), [] {});
+    platform::key_event event;
+    event.characters = event.characters_ignoring_modifiers = u"k";
+    window_of(*file).host.send_key(event);
+    return end();
+  };
+  struct {
+    char const* name;
+    std::function<bool()> end;  // false if text is lost
+  } const ends[] = {
+      {"log-out that asks nothing", [&] { return desktop.end_session(app(), false); }},
+      {"log-out while something waits",
+       [&] { return waiting([&] { return desktop.end_session(app(), true); }); }},
+      {"lost display", [&] { return desktop.end_within_exit(app()); }},
+      {"lost display while something waits",
+       [&] { return waiting([&] { return desktop.end_within_exit(app()); }); }},
+      {"signal",
+       [&] {
+         desktop.end_at_once(app());
+         return !desktop.has_lost_text();
+       }},
+  };
+  for (auto const& c : ends)
+    for (bool const full : {true, false}) {
+      SCOPED_TRACE(std::string(c.name) + (full ? ", full disks" : ""));
+      type(*file, u"x");
+      {
+        auto const none = full ? std::make_unique<full_disks>() : nullptr;
+        EXPECT_EQ(c.end(), !full);
+      }
+      EXPECT_EQ(desktop.has_lost_text(), full);
+      std::set<std::string> kept;
+      for (auto const& entry : std::filesystem::directory_iterator(folder / "state/Quirnote"))
+        if (entry.path().filename().string().starts_with("SafetyCopy-")) {
+          std::string const bytes = folder.read(entry.path());
+          kept.insert(bytes.substr(bytes.find("</plist>\n") + 9));
+        }
+      std::string const text = shown(file);
+      if (!full) EXPECT_EQ(kept, std::set<std::string>{text});
+      desktop.loop().run_for(0);  // where the program goes on, what was held comes now
+    }
 }
 
 }  // namespace

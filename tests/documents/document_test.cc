@@ -5,6 +5,7 @@
 
 #include "documents/WynDocumentCache.h"
 #include "documents/document_fixture.h"
+#include "documents/printable_name.h"
 #include "platform/notification_center.h"
 
 namespace {
@@ -247,6 +248,19 @@ TEST_F(document, keeps_its_text_when_the_file_becomes_something_else) {
   EXPECT_EQ(text_of(*d), u"text");
   EXPECT_EQ(alerts(), strings());
   EXPECT_FALSE(WynDocument::document()->checkForFilesystemChanges());
+}
+
+TEST(printable, names_cannot_look_like_others) {
+  struct {
+    char const *name, *shown;
+  } const cases[] = {
+      {"plain \u00E9 \U0001F600", "plain \u00E9 \U0001F600"},
+      {"two\nlines\x7F", "two\u240Alines\u2421"},
+      {"no UTF-8 \xFF\xC3", "no UTF-8 \uFFFD\uFFFD"},
+      {"\u202Etxt.exe \u2066 \u200F \u061C", "\uFFFDtxt.exe \uFFFD \uFFFD \uFFFD"},
+      {"\u2028 \u0085", "\uFFFD \uFFFD"},
+  };
+  for (auto const& c : cases) EXPECT_EQ(documents::printable(c.name), c.shown);
 }
 
 }  // namespace

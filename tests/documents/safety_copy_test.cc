@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+
 #include "documents/document_fixture.h"
 #include "path/faulting_calls.h"
 
@@ -179,6 +181,83 @@ TEST_F(safety_copies, go_where_there_is_a_folder_for_them) {
   }
   runtime.empty() ? unsetenv("XDG_RUNTIME_DIR") : setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
   cache.empty() ? unsetenv("XDG_CACHE_HOME") : setenv("XDG_CACHE_HOME", cache.c_str(), 1);
+}
+
+// What an interrupted copy left beside the file neither stays nor keeps a further copy away.
+TEST_F(safety_copies, beside_the_file_are_made_where_others_were_interrupted) {
+  std::string const file = folder.write("file", "old");
+  auto const interrupted = [&](std::string const& name, std::time_t date) {
+    timespec const times[2] = {{date, 0}, {date, 0}};
+    EXPECT_EQ(utimensat(AT_FDCWD, folder.write(name, "half").c_str(), times, 0), 0);
+  };
+  interrupted(".file.quirnote-unsaved.part", 1000);
+  interrupted(".file.quirnote-unsaved-2.part", std::time(nullptr));  // may still be written
+  folder.write(".file.quirnote-unsaved", "something else");
+  for (char const* name : {"XDG_STATE_HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME"})
+    setenv(name, (file + "/x").c_str(), 1);
+  auto d = open(file);
+  type(*d, u"new");
+  EXPECT_FALSE(d->keepUnsavedText());
+  d.reset();
+  for (char const* name : {"XDG_STATE_HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME"}) unsetenv(name);
+  interrupted(".file.quirnote-unsaved-9.part", 1000);
+  auto const found = safety_copy::left_over_beside(file);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].file(), folder / ".file.quirnote-unsaved-3");
+  EXPECT_EQ(folder.names(),
+            (std::set<std::string>{"file", ".file.quirnote-unsaved",
+                                   ".file.quirnote-unsaved-2.part", ".file.quirnote-unsaved-3"}));
+}
+
+TEST_F(safety_copies, of_root_stay_out_of_the_folders_of_others) {
+  if (geteuid() != 0) GTEST_SKIP() << "not root";
+  ASSERT_EQ(chown(state.path().c_str(), 1234, 1234), 0);
+  auto copy = make(folder / "x", "text");
+  ASSERT_TRUE(copy);
+  EXPECT_FALSE(copy->file().starts_with(state.path())) << copy->file();
+  EXPECT_EQ(state.names(), std::set<std::string>());
+  std::string const file = copy->file();
+  copy.reset();
+  auto const found = safety_copy::left_over();
+  EXPECT_TRUE(std::any_of(found.begin(), found.end(), [&](auto& c) { return c.file() == file; }));
+  std::filesystem::remove(file);
+}
+
+// Whatever bytes the copy is in, the document is what it was, and its file is saved as before.
+TEST_F(safety_copies, restored_documents_keep_how_they_are_written) {
+  struct {
+    encoding::charset_t charset;
+    line_ending::type ends;
+    bool mark;
+    std::u16string text;
+    encoding::charset_t in_copy;
+  } const cases[] = {
+      {encoding::Latin1, line_ending::CRLF, false, u"\u00E9\n", encoding::Latin1},
+      {encoding::Latin1, line_ending::CR, false, u"\u20AC\n", encoding::UTF8},
+      {encoding::MacRoman, line_ending::LF, false, u"\u4E00\n", encoding::UTF8},
+      {encoding::ASCII, line_ending::LF, false, u"\u00E9\n", encoding::UTF8},
+      {encoding::UTF8, line_ending::CRLF, true, u"\u00E9\n", encoding::UTF8},
+      {encoding::UTF16BE, line_ending::CR, true, u"\xD83D\n", encoding::UTF16BE},
+  };
+  for (auto const& c : cases) {
+    auto const d = document_of("old\n");
+    d->setFileEncoding(c.charset);
+    d->setLineEnding(c.ends);
+    d->setByteOrderMark(c.mark);
+    type(*d, c.text);
+    ASSERT_FALSE(d->keepUnsavedText());
+    const_cast<std::shared_ptr<WynDocument>&>(d).reset();
+    auto found = safety_copy::left_over();
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].origin().format.charset, c.in_copy);
+    auto const restored = open(folder / "file");
+    EXPECT_TRUE(restored->restore(std::move(found[0])));
+    EXPECT_EQ(text_of(*restored), u"old\n" + c.text);
+    EXPECT_EQ(restored->fileEncoding(), c.charset);
+    EXPECT_EQ(restored->lineEnding(), c.ends);
+    EXPECT_EQ(restored->byteOrderMark(), c.mark);
+    restored->dropUnsavedText();
+  }
 }
 
 TEST_F(safety_copies, restored_text_is_unsaved_and_the_copy_goes_when_it_is_saved) {

@@ -94,6 +94,53 @@ TEST_F(document, asks_before_half_of_a_character_reaches_a_file) {
   EXPECT_EQ(on_disk(), "a\n\xED\xB8\x80\xED\xA0\xBD\n\xF0\x9F\x98\x80");
 }
 
+TEST_F(document, asks_before_more_halves_of_characters_reach_a_file_than_it_held) {
+  std::string const high = "\xED\xA0\xBD", low = "\xED\xB8\x80";
+  struct {
+    char const* name;
+    std::string bytes;
+    std::u16string typed;
+    bool asks;
+  } const cases[] = {
+      {"none of them new", "a" + high + "\n", u"b", false},
+      {"one more", "a" + high + "\n", u"\xD83D", true},
+      {"another one", "a" + high + "\n", u"\xDE00", true},
+      {"joined to a character", "a" + high, u"\xDE00", false},
+      {"the file had no half", "\u00E9\n", u"\xD83D", true},
+      {"the file had all of them", high + "\n" + high + low + low + "\n", u"\xD83D\xDE00", false},
+  };
+  for (auto const& c : cases) {
+    SCOPED_TRACE(c.name);
+    auto d = document_of(c.bytes);
+    d->setFileEncoding(encoding::UTF8);
+    type(*d, c.typed);
+    EXPECT_EQ(save(d), !c.asks);
+    EXPECT_EQ(alerts().size(), c.asks);
+    EXPECT_EQ(on_disk() == c.bytes, c.asks);
+    answer("Encoding Error", "Save Anyway");
+    EXPECT_TRUE(save(d));
+    alerts();
+    // What has been confirmed is known, under this name and another one.
+    type(*d, u"c");
+    EXPECT_TRUE(d->writeToFile(folder / "copy"));
+    d->setFilename(folder / "copy");
+    type(*d, u"d");
+    EXPECT_TRUE(save(d));
+    EXPECT_EQ(alerts(), strings());
+    type(*d, u"\n\xD83D");
+    answer("Encoding Error", "Don't Save");
+    EXPECT_FALSE(save(d));
+    EXPECT_EQ(alerts().size(), 1u);
+    d.reset();
+    std::filesystem::remove(folder / "copy");
+  }
+  // In another charset a half is a half, which says nothing of UTF-8.
+  auto const d = document_of(std::string("\xFF\xFE\x3D\xD8\n\0", 6));
+  ASSERT_EQ(d->fileEncoding(), encoding::UTF16LE);
+  d->setFileEncoding(encoding::UTF8);
+  EXPECT_FALSE(save(d));
+}
+
 TEST_F(document, asks_before_it_loses_bytes) {
   std::string const bytes = "\xC0\xAF overlong";
   auto const d = document_of(bytes);
