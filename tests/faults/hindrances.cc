@@ -3,8 +3,8 @@
 // by another program.
 //
 // With ACTOR another program does that to ACTOR_FILE before the call of number ACTOR_AT, counted
-// from when the file has been read; as the user of number ACTOR_USER if that is set. The calls that
-// were counted are written to ACTOR_LOG, each with its name and the path of its file.
+// from when ACTOR_READ has been read; as the user of number ACTOR_USER if that is set. The calls
+// that were counted are written to ACTOR_LOG, each with its name and the path of its file.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <grp.h>
@@ -47,6 +47,7 @@ void act(std::string const& what, std::string const& file) {
   std::string const folder = file.substr(0, file.rfind('/'));
   struct stat info;
   bool failed = false;
+  if (what == "create") overwrite(file, "from another program\n", O_CREAT | O_EXCL);
   if (what == "append") overwrite(file, "appended by another\n", O_APPEND);
   if (what == "cut") failed = stat(file.c_str(), &info) || truncate(file.c_str(), info.st_size / 2);
   if (what == "replace") {
@@ -115,7 +116,7 @@ extern "C" int open(char const* path, int flags, ...) {
   mode_t const mode = flags & O_CREAT ? __builtin_va_arg(rest, mode_t) : 0;
   __builtin_va_end(rest);
   int const fd = real(path, flags, mode);
-  for (char const* name : {"MEANWHILE", "ACTOR_FILE"})
+  for (char const* name : {"MEANWHILE", "ACTOR_READ"})
     if (path == std::string(setting(name)) && (flags & O_ACCMODE) == O_RDONLY && !has_been_read)
       descriptor_read = fd;
   return fd;
