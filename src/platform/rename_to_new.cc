@@ -16,7 +16,10 @@ int rename_to_new(int folder, char const* from, char const* to, file_calls& call
   if (calls.renameat2(folder, from, to, RENAME_NOREPLACE) == 0) return 0;
   if (!is_unsupported_rename(errno)) return errno;
   // A link fails in the same way if there is such a name.
-  if (calls.linkat(folder, from, to) == 0) return calls.unlinkat(folder, from) == 0 ? 0 : errno;
+  if (calls.linkat(folder, from, to) == 0) {
+    calls.unlinkat(folder, from);  // whatever becomes of that, the file has its new name
+    return 0;
+  }
   if (errno == EEXIST) return EEXIST;
   struct stat info;
   if (fstatat(folder, to, &info, AT_SYMLINK_NOFOLLOW) == 0) return EEXIST;
