@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -193,6 +194,8 @@ std::string module_folder() {
 }
 
 bool make_folders(std::string const& path, unsigned mode) {
+  errno = ENAMETOOLONG;  // nobody could name what would be made
+  if (path.size() >= PATH_MAX) return false;
   int at = ::open(path.starts_with('/') ? "/" : ".", O_PATH | O_DIRECTORY | O_CLOEXEC);
   std::string_view rest = path;
   while (at >= 0 && !rest.empty()) {
