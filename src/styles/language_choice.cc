@@ -44,17 +44,28 @@ std::string by_file_type(std::string_view path, std::vector<plist::value> const&
   return result;
 }
 
+/// The length of the end of a path that is of a file type, 0 if none is.
+std::size_t length_at_end(std::string_view path, std::string_view type) {
+  std::size_t const star = std::min(type.find('*'), type.size());
+  std::string_view const first = type.substr(0, star);
+  std::string_view const last = type.substr(std::min(star + 1, type.size()));
+  if (path.size() < first.size() + last.size() || !path.ends_with(last)) return 0;
+  std::size_t const rest = path.size() - last.size();
+  std::size_t const name = star < type.size() ? path.rfind('/', rest - 1) + 1 : rest;
+  std::size_t at = name > first.size() ? std::min(name, rest) - first.size() : 0;
+  for (; (at = path.find(first, at)) <= rest - first.size(); ++at)
+    if (at == 0 || std::string_view("./_").find(path[at - 1]) != std::string_view::npos)
+      return path.size() - at;
+  return 0;
+}
+
 }  // namespace
 
 std::size_t longest_suffix(std::string_view path, plist::value const& file_types) {
   std::size_t longest = 0;
-  for (plist::value const& type : file_types.elements()) {
-    auto const* const word = type.as_string();
-    if (word == nullptr || word->size() <= longest || !path.ends_with(*word)) continue;
-    std::string_view const before = path.substr(0, path.size() - word->size());
-    if (before.empty() || std::string_view("./_").find(before.back()) != std::string_view::npos)
-      longest = word->size();
-  }
+  for (plist::value const& type : file_types.elements())
+    if (auto const* const word = type.as_string(); word != nullptr && !word->empty())
+      longest = std::max(longest, length_at_end(path, *word));
   return longest;
 }
 
