@@ -6,17 +6,13 @@
 #include "text/tab_width.h"
 
 #include <algorithm>
+#include <bit>
 #include <stdexcept>
 
 namespace {
 
 constexpr std::size_t longest_line = 4096;  // units; nobody indents a longer one by hand
 constexpr std::size_t furthest_line = 200;  // above, where the walk up ends at the latest
-
-// Labels may be indented by less than a level: the lines after them aren't the more so.
-bool is_label(unsigned bits) {
-  return bits & indent_patterns::increase && bits & indent_patterns::decrease;
-}
 
 bool matches_line(oniguruma::ptrn_t const& pattern, text::unit_view line) {
   if (line.size() > longest_line) return false;
@@ -57,9 +53,13 @@ bool indent_patterns::are_of(plist::value const& settings) const {
   return true;
 }
 
+bool indent_patterns::know(type which) const {
+  return patterns_[static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(which)))]
+      .has_value();
+}
+
 bool indent_patterns::matches(type which, text::unit_view line) const {
-  std::size_t i = 0;
-  while ((1u << i) != which) ++i;
+  auto const i = static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(which)));
   return patterns_[i] && matches_line(*patterns_[i], line);
 }
 
@@ -116,6 +116,7 @@ std::size_t indent_patterns::indentForContentAtLine(text::unit_view content, std
     if (bits == unindented) continue;
     if (found == 0) {
       base = text::indent_width(text.line_units(line), tab_size);
+      // Labels may be indented by less than a level: the lines after them aren't the more so.
       if (is_label(bits)) base -= base % tab_size;
     }
     above[found++] = bits;

@@ -24,13 +24,14 @@ class indent_patterns {
     increase = 2,
     decrease = 4,
     next_line = 8,
-    continued = 16
+    continued = 16,
+    complete = 32
   };
   /// The settings in which they stand, in the order of `type`. That of `continued` is tested
   /// against two lines with a line feed between them.
-  static constexpr std::array<char const*, 5> keys = {
+  static constexpr std::array<char const*, 6> keys = {
       "unIndentedLinePattern", "increaseIndentPattern", "decreaseIndentPattern",
-      "indentNextLinePattern", "continuedLinePattern"};
+      "indentNextLinePattern", "continuedLinePattern",  "completeLinePattern"};
 
   indent_patterns() = default;
   explicit indent_patterns(plist::value const& settings);
@@ -39,8 +40,12 @@ class indent_patterns {
 
   /// Whether the language says where lines are indented more or less.
   bool know_indentation() const { return patterns_[1] || patterns_[2]; }
+  /// Whether there is a pattern of a type.
+  bool know(type which) const;
   bool matches(type which, text::unit_view line) const;
-  /// The bits of `type` but `continued`; `unindented` stands alone.
+  /// Whether a line of this type begins and ends a block, as a label does.
+  static constexpr bool is_label(unsigned bits) { return bits & increase && bits & decrease; }
+  /// The first four bits of `type`; `unindented` stands alone.
   unsigned typeForLine(text::unit_view line) const;
   /// The columns by which line `number` should be indented, if this were its content. What the
   /// lines above are may be told by the caller, who knows which of them are in another language or

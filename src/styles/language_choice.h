@@ -11,8 +11,8 @@
 /// Main thread only.
 namespace language_choice {
 
-/// The length of the longest end of `path` that is of one of the file types, 0 for none. What stands
-/// before it must be ".", "/" or "_", or nothing. One "*" in a type is any part of a name.
+/// The length of the longest end of `path` that is of one of the file types, 0 for none. What
+/// stands before it must be ".", "/" or "_", or nothing. One "*" in a type is any part of a name.
 std::size_t longest_suffix(std::string_view path, plist::value const& file_types);
 
 /// The uuid of a language, or "". The user's bindings go before what the grammars say, the first

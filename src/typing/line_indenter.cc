@@ -2,10 +2,11 @@
 
 #include "actions/indent.h"
 #include "actions/selecting.h"
-#include "grammar/tokenize_filter.h"
 #include "text/row_break.h"
 #include "text/tab_width.h"
 #include "text/view.h"
+#include "typing/code_lines.h"
+#include "typing/kept_indents.h"
 #include "typing/pair_typing.h"
 #include "typing/typed_view.h"
 
@@ -24,15 +25,6 @@ std::size_t leading_blanks(text::unit_view line) {
 
 constexpr std::size_t furthest_line = 200;    // where the look up ends at the latest
 constexpr std::size_t furthest_block = 2000;  // where that for the beginning of a block does
-constexpr std::size_t patterns_kept = 8;
-
-bool is_opening(text::char_t unit) {
-  return unit == u'(' || unit == u'[' || unit == u'{';
-}
-
-bool is_closing(text::char_t unit) {
-  return unit == u')' || unit == u']' || unit == u'}';
-}
 
 bool begins_with_space(text::unit_view line) {
   return !line.empty() && line.front() == u' ';
@@ -47,11 +39,6 @@ bool is_indented_by_spaces(text::storage const& text, std::size_t number) {
     if (units.starts_with(u"  ")) return true;
   }
   return false;
-}
-
-// Strings and comments have a pattern that no line is indented by; so have some languages.
-bool is_of_text(plist::value const& settings) {
-  return settings[indent_patterns::keys[0]].string_or("") == "^";
 }
 
 // What its first line of text says about where a clip belongs.
@@ -78,54 +65,27 @@ std::size_t line_indenter::tab_size() const {
   return text_view_.tabSize();
 }
 
-// Where nobody looks, a macro must do the same each time; who types isn't kept waiting.
-void line_indenter::wait_for_scopes(std::size_t line, std::chrono::seconds in_sight) const {
-  if (text_view_.tokenizer() == nullptr) return;
-  auto const limit = text_view_.isSeen() ? in_sight : std::chrono::hours(1);
-  if (limit.count() > 0) text_view_.tokenizer()->wait_for(line, limit);
-}
-
-// Where a string or a comment begins the line may still be indented, unlike in one.
-plist::value line_indenter::settings_of_line(std::size_t number) const {
-  text::iterator const begin = view().storage->begin_of_line(number);
-  plist::value const settings = text_view_.stylesForContext(text_view_.graphPathForIterator(begin));
-  return is_of_text(settings) ? text_view_.stylesForTypingAt(begin) : settings;
-}
-
-std::shared_ptr<indent_patterns const> line_indenter::patterns_of(plist::value const& settings) {
-  auto found = std::find_if(patterns_.begin(), patterns_.end(),
-                            [&](auto const& kept) { return kept->are_of(settings); });
-  if (found == patterns_.end()) {
-    if (patterns_.size() == patterns_kept) patterns_.pop_back();
-    found = patterns_.insert(patterns_.begin(), std::make_shared<indent_patterns const>(settings));
-  }
-  patterns_.splice(patterns_.begin(), patterns_, found);
-  return patterns_.front();
-}
-
 std::shared_ptr<indent_patterns const> line_indenter::language_patterns() {
-  return patterns_of(text_view_.mayIndentLines() ? text_view_.stylesForCaretWait(false)
-                                                 : plist::value());
-}
-
-unsigned line_indenter::type_of_line(std::size_t number) {
-  return patterns_of(settings_of_line(number))->typeForLine(view().storage->line_units(number));
+  return patterns_.of(text_view_.mayIndentLines() ? text_view_.stylesForCaretWait(false)
+                                                  : plist::value());
 }
 
 // Lines of which the last one closes what the first one has opened, or continues it, count as one,
 // which is indented like the first and opens a block if the last or both together do.
-std::size_t line_indenter::wanted_indent(indent_patterns const& patterns, text::unit_view content,
-                                         std::size_t number) {
+std::size_t line_indenter::wanted_indent(code_lines& lines, indent_patterns const& patterns,
+                                         text::unit_view content, std::size_t number) {
   std::size_t first = number;
   unsigned type = 0;
   auto const types = [&](std::size_t line) -> unsigned {
     if (line + 1 == number) first = number;
     if (line >= first) return line == first ? type : unsigned(indent_patterns::unindented);
-    type = type_of_line(line);
+    type = lines.type_of_line(line);
     if (type == indent_patterns::unindented) return type;
-    first = first_line_of(line);
-    unsigned const joined = first < line ? type_of_lines(first, line) : 0;
-    type |= joined & (indent_patterns::increase | indent_patterns::next_line);
+    first = lines.first_line_of(line);
+    if (first == line) return type;
+    if (lines.type_of_line(first) == indent_patterns::unindented)
+      return type = indent_patterns::unindented;
+    type = lines.type_of_statement(first, line);
     return line == first ? type : unsigned(indent_patterns::unindented);
   };
   return patterns.indentForContentAtLine(content, number, *view().storage, tab_size(), types);
@@ -136,113 +96,18 @@ bool line_indenter::indents_by_spaces(std::size_t number) const {
   return text_view_.treatsSpacesAsTabs() || is_indented_by_spaces(*view().storage, number);
 }
 
-// In comments, strings and running text brackets need not be closed, and some languages have ones
-// that are no pair.
-bool line_indenter::is_bracket(text::iterator const& at) const {
-  text::char_t const unit = *at;
-  if (!is_opening(unit) && !is_closing(unit)) return false;
-  plist::value const settings = text_view_.stylesForContext(text_view_.graphPathForIterator(at));
-  if (settings["smartTypingPairsEndWithLine"].integer_or(0) != 0) return false;
-  auto const pairs = pairs_of_settings(settings, "highlightPairs");
-  return std::any_of(pairs.begin(), pairs.end(),
-                     [&](unit_pair const pair) { return unit == pair.open || unit == pair.close; });
-}
-
-// Comments and strings, as which the settings describe what is prose and isn't indented.
-bool line_indenter::is_in_prose(text::iterator const& at) const {
-  plist::value const settings = text_view_.stylesForContext(text_view_.graphPathForIterator(at));
-  return settings["smartTypingPairsEndWithLine"].integer_or(0) != 0 && is_of_text(settings);
-}
-
-// The line up to the caret, without the comment that it ends with.
-text::unit_view line_indenter::code_before(text::iterator const& caret) const {
-  wait_for_scopes(caret.line);
-  text::unit_view line = view().storage->line_units(caret.line).substr(0, caret.column);
-  while (!line.empty() && is_in_prose({caret.line, line.size() - 1, view().storage}))
-    line.remove_suffix(1);
-  return line;
-}
-
-// The line in which the brackets begin that are closed in a line or in those that it continues.
-std::size_t line_indenter::first_line_of(std::size_t number) {
-  text::storage& storage = *view().storage;
-  std::size_t closed = 0;
-  for (std::size_t line = number + 1; line-- > number - std::min(number, furthest_line / 2);) {
-    text::unit_view const units = storage.line_units(line);
-    for (std::size_t unit = units.size(); unit-- > 0;) {
-      bool const opens = is_opening(units[unit]);
-      if (!is_bracket({line, unit, &storage})) continue;
-      if (!opens)
-        ++closed;
-      else if (closed > 0)
-        --closed;
-    }
-    if (closed == 0 && (line == 0 || !goes_on_below(line - 1))) return line;
-  }
-  return number;
-}
-
-// Whether a line ends with a backslash or an operator, or the following one begins as the language
-// begins those that continue another one.
-bool line_indenter::goes_on_below(std::size_t number) {
-  text::storage& storage = *view().storage;
-  text::unit_view line = storage.line_units(number);
-  if (line.ends_with(u'\\')) return true;
-  while (!line.empty() &&
-         (text::is_blank(line.back()) || is_in_prose({number, line.size() - 1, &storage})))
-    line.remove_suffix(1);
-  bool const is_operand = line.ends_with(u"$?") || line.ends_with(u"++");
-  if (!line.empty() && !is_operand && text::unit_view(u"=&|?+").find(line.back()) != line.npos)
-    return true;
-  if (number + 1 == storage.lines()) return false;
-  std::u16string lines(storage.line_units(number));
-  lines += u'\n';
-  lines += storage.line_units(number + 1);
-  return patterns_of(settings_of_line(number))->matches(indent_patterns::continued, lines);
-}
-
-std::optional<text::iterator> line_indenter::open_bracket_above(std::size_t number) const {
-  text::storage& storage = *view().storage;
-  std::size_t closed = 0;
-  for (std::size_t line = number; line-- > number - std::min(number, furthest_line);) {
-    text::unit_view const units = storage.line_units(line);
-    for (std::size_t unit = units.size(); unit-- > 0;) {
-      bool const opens = is_opening(units[unit]);
-      if (!is_bracket({line, unit, &storage})) continue;
-      if (!opens)
-        ++closed;
-      else if (closed-- == 0)
-        return text::iterator(line, unit, &storage);
-    }
-  }
-  return std::nullopt;
-}
-
-// After an operator, and in a bracket that has text right after it or that opens no block.
-bool line_indenter::continues_line_above(std::size_t number) {
-  if (number == 0) return false;
-  text::storage& storage = *view().storage;
-  if (goes_on_below(number - 1)) return true;
-  auto const open = open_bracket_above(number);
-  if (!open) return false;
-  text::unit_view const line = storage.line_units(open->line);
-  std::size_t const next = line.find_first_not_of(u" \t", open->column + 1);
-  if (next != line.npos && !is_in_prose({open->line, next, &storage})) return true;
-  return (type_of_line(open->line) & indent_patterns::increase) == 0;
-}
-
 // Whether a line may be indented so where nothing but indentation ends a block: more than the line
 // that opens one, or as one of the blocks that are open.
-bool line_indenter::may_end_blocks(std::size_t number, std::size_t indent) {
-  if (open_bracket_above(number)) return true;
+bool line_indenter::may_end_blocks(code_lines& lines, std::size_t number, std::size_t indent) {
+  if (lines.open_bracket_above(number)) return true;
   std::optional<std::size_t> open;
   for (std::size_t line = number; line-- > number - std::min(number, furthest_block);) {
     std::size_t const last = line;
-    unsigned type = type_of_line(last);
+    unsigned type = lines.type_of_line(last);
     if (type == indent_patterns::unindented) continue;
-    line = first_line_of(last);
-    if (!open && line < last) type |= type_of_lines(line, last);
-    std::size_t const width = text::indent_width(view().storage->line_units(line), tab_size());
+    line = lines.first_line_of(last);
+    if (!open) type = lines.type_of_statement(line, last);
+    std::size_t const width = lines.width_of(line);
     if (!open && type & indent_patterns::increase) return indent > width;
     open = std::min(open.value_or(width), width);
     if (*open <= indent) return *open == indent;
@@ -250,24 +115,19 @@ bool line_indenter::may_end_blocks(std::size_t number, std::size_t indent) {
   return indent == 0;
 }
 
-std::size_t line_indenter::own_or_wanted_indent(std::size_t number) {
+std::size_t line_indenter::own_or_wanted_indent(code_lines& lines, kept_indents& kept,
+                                                std::size_t number) {
   text::unit_view const line = view().storage->line_units(number);
-  std::size_t const own = text::indent_width(line, tab_size());
-  plist::value const settings = settings_of_line(number);
-  auto const patterns = patterns_of(settings);
-  if (!patterns->know_indentation()) return own;
-  std::size_t const wanted = wanted_indent(*patterns, line, number);
-  if (own == wanted || continues_line_above(number)) return own;
+  std::size_t const own = lines.width_of(number);
+  auto const patterns = lines.patterns_of_line(number);
+  if (!patterns->know_indentation() || lines.type_of_line(number) == indent_patterns::unindented)
+    return own;
+  std::size_t const wanted = wanted_indent(lines, *patterns, line, number);
+  if (lines.settings_of_line(number)["indentationEndsBlocks"].integer_or(0) == 0)
+    return kept.of_line(number, wanted);
   bool const keeps =
-      settings["indentationEndsBlocks"].integer_or(0) != 0 && may_end_blocks(number, own);
+      own == wanted || lines.line_continued_by(number) || may_end_blocks(lines, number, own);
   return keeps ? own : wanted;
-}
-
-// As if the first and the last of them were one line.
-unsigned line_indenter::type_of_lines(std::size_t first, std::size_t last) {
-  std::u16string joined(code_before(view().storage->end(first)));
-  joined += code_before(view().storage->end(last));
-  return patterns_of(settings_of_line(first))->typeForLine(joined);
 }
 
 // A line of blanks alone loses them.
@@ -293,13 +153,18 @@ void line_indenter::indent_selected_lines() {
   text::iterator const caret = view().selection.current_mark.base;
   std::size_t const behind_caret = storage.size(caret.line) - caret.column;
   bool const had_selection = view().has_selection();
+  code_lines lines(text_view_, patterns_, std::chrono::seconds(5));
+  kept_indents kept(lines);
   for (std::size_t line = first; line <= last; ++line) {
-    wait_for_scopes(line, std::chrono::seconds(5));
+    lines.wait_for_scopes(line);
     bool const has_text = !is_blank_line(storage.line_units(line));
-    if (!has_text &&
-        patterns_of(settings_of_line(line))->typeForLine(u"x") == indent_patterns::unindented)
+    if (!has_text && lines.patterns_of_line(line)->typeForLine(u"x") == indent_patterns::unindented)
       continue;
-    set_indent(line, own_or_wanted_indent(line));
+    std::size_t const old = lines.width_of(line);
+    std::size_t const fresh = has_text ? own_or_wanted_indent(lines, kept, line) : 0;
+    set_indent(line, fresh);
+    kept.line_was_moved(line,
+                        static_cast<std::ptrdiff_t>(fresh) - static_cast<std::ptrdiff_t>(old));
   }
   if (!had_selection) {
     std::size_t const size = storage.size(caret.line);
@@ -338,11 +203,12 @@ void line_indenter::indent_closing_line(std::size_t typed) {
   if (!language_patterns()->matches(indent_patterns::decrease, line.substr(0, caret.column)))
     return;
   text::unit_view const before = line.substr(0, caret.column - typed);
+  code_lines lines(text_view_, patterns_, {});
   if (!is_blank_line(before) && text::indent_width(before, tab_size()) !=
-                                    wanted_indent(*language_patterns(), before, caret.line))
+                                    wanted_indent(lines, *language_patterns(), before, caret.line))
     return;
   std::size_t const behind_caret = line.size() - caret.column;
-  set_indent(caret.line, wanted_indent(*language_patterns(), line, caret.line));
+  set_indent(caret.line, wanted_indent(lines, *language_patterns(), line, caret.line));
   view().selection.set_caret(
       {&view(), text::iterator(caret.line, storage.size(caret.line) - behind_caret, &storage)});
 }
@@ -370,7 +236,10 @@ void line_indenter::insert_newline() {
     bool const in_braces = !view().has_selection() && 0 < at.column && at.column < line.size() &&
                            line[at.column - 1] == u'{' && line[at.column] == u'}';
     if (in_braces) behind = before;
-    if (language_patterns()->matches(indent_patterns::increase, code_before(at)))
+    code_lines const lines(text_view_, patterns_, {});
+    lines.wait_for_scopes(at.line);
+    text::unit_view const code = lines.code_before(at);
+    if (language_patterns()->matches(indent_patterns::increase, code))
       before += indent::blanks(tab_size(), tab_size(), indents_by_spaces(at.line));
   }
   view().insert(before.begin(), before.end());
@@ -387,14 +256,16 @@ bool line_indenter::copy() {
   text::unit_view const line = view().storage->line_units(first.line);
   clip.origin->indent = text::indent_width(line, tab_size());
   clip.origin->column = text::expanded_width(line.substr(0, first.column), 0, tab_size());
-  wait_for_scopes(first.line);
+  code_lines lines(text_view_, patterns_, {});
+  lines.wait_for_scopes(first.line);
   auto const kept = language_patterns();
   indent_patterns const& patterns = *kept;
   text::unit_view const content = telling_line(clip.text, patterns);
   std::size_t const level = indent::level(clip.text, tab_size());
   if (first.column == 0 && !content.empty() && patterns.know_indentation())
-    clip.origin->excess = static_cast<std::ptrdiff_t>(level) -
-                          static_cast<std::ptrdiff_t>(wanted_indent(patterns, content, first.line));
+    clip.origin->excess =
+        static_cast<std::ptrdiff_t>(level) -
+        static_cast<std::ptrdiff_t>(wanted_indent(lines, patterns, content, first.line));
   set_current_clip(clip);
   return true;
 }
@@ -405,7 +276,7 @@ bool line_indenter::paste() {
   if (!text_view_.indentedPaste() || !clip || clip->rectangular || is_one_line)
     return view_paste_without_reindent(&view());
   view().erase_selection();
-  wait_for_scopes(view().selection.current_mark.base.line);
+  code_lines(text_view_, patterns_, {}).wait_for_scopes(view().selection.current_mark.base.line);
   std::u16string const text = fitted(*clip);
   view().insert(text.begin(), text.end());
   return true;
@@ -467,11 +338,13 @@ std::u16string line_indenter::fitted_to_line(text_clip const& clip, std::size_t 
   text::unit_view const content = telling_line(clip.text, patterns);
   if (!patterns.know_indentation() || content.empty()) return clip.text;
   std::ptrdiff_t const excess = clip.origin ? clip.origin->excess : 0;
-  bool const may_grow =
-      !is_blank_line(line) && settings_of_line(number)["indentationEndsBlocks"].integer_or(0) == 0;
+  code_lines lines(text_view_, patterns_, {});
+  bool const may_grow = !is_blank_line(line) &&
+                        lines.settings_of_line(number)["indentationEndsBlocks"].integer_or(0) == 0;
   std::ptrdiff_t const had = static_cast<std::ptrdiff_t>(level);
-  std::ptrdiff_t want = static_cast<std::ptrdiff_t>(wanted_indent(patterns, content, number)) +
-                        (may_grow ? excess : std::max<std::ptrdiff_t>(excess, 0));
+  std::ptrdiff_t want =
+      static_cast<std::ptrdiff_t>(wanted_indent(lines, patterns, content, number)) +
+      (may_grow ? excess : std::max<std::ptrdiff_t>(excess, 0));
   want = std::max<std::ptrdiff_t>(0, may_grow ? want : std::min(want, had));
   if (want == had) return clip.text;
   std::u16string result = shifted(clip.text, want - had);

@@ -3,14 +3,14 @@
 #include "actions/clipboard.h"
 #include "styles/indent_patterns.h"
 #include "text/view.h"
+#include "typing/code_lines.h"
 
-#include <chrono>
 #include <cstddef>
-#include <list>
 #include <memory>
 #include <optional>
 #include <string>
 
+class kept_indents;
 class typed_view;
 
 /// How far the lines of a text view are indented: new ones, those that what is typed makes the end
@@ -42,25 +42,12 @@ class line_indenter {
  private:
   text::view& view() const;
   std::size_t tab_size() const;
-  void wait_for_scopes(std::size_t line, std::chrono::seconds in_sight = {}) const;
-  plist::value settings_of_line(std::size_t number) const;
-  std::shared_ptr<indent_patterns const> patterns_of(plist::value const& settings);
   std::shared_ptr<indent_patterns const> language_patterns();
-  unsigned type_of_line(std::size_t number);
-  std::size_t wanted_indent(indent_patterns const& patterns, text::unit_view content,
-                            std::size_t number);
+  std::size_t wanted_indent(code_lines& lines, indent_patterns const& patterns,
+                            text::unit_view content, std::size_t number);
   bool indents_by_spaces(std::size_t number) const;
-
-  bool is_bracket(text::iterator const& at) const;
-  bool is_in_prose(text::iterator const& at) const;
-  text::unit_view code_before(text::iterator const& caret) const;
-  std::size_t first_line_of(std::size_t number);
-  std::optional<text::iterator> open_bracket_above(std::size_t number) const;
-  bool goes_on_below(std::size_t number);
-  bool continues_line_above(std::size_t number);
-  bool may_end_blocks(std::size_t number, std::size_t indent);
-  unsigned type_of_lines(std::size_t first, std::size_t last);
-  std::size_t own_or_wanted_indent(std::size_t number);
+  bool may_end_blocks(code_lines& lines, std::size_t number, std::size_t indent);
+  std::size_t own_or_wanted_indent(code_lines& lines, kept_indents& kept, std::size_t number);
 
   void set_indent(std::size_t number, std::size_t width);
   std::u16string taken_indent(std::size_t number) const;
@@ -69,6 +56,5 @@ class line_indenter {
   std::u16string shifted(std::u16string const& clip, std::ptrdiff_t by) const;
 
   typed_view& text_view_;
-  std::list<std::shared_ptr<indent_patterns const>>
-      patterns_;  ///< of the scopes that were asked for last
+  recent_patterns patterns_;
 };

@@ -1,7 +1,7 @@
 // Does with whole files what must not change them, in a view of the language whose outermost scope
 // is SCOPE, and says which files come out otherwise.
 //
-//     replay_typing typed|pasted|indented SCOPE FILE...
+//     replay_typing typed|pasted|indented|restored SCOPE FILE...
 //
 // typed: types the file key by key, as somebody would who wants just that text. Every unit is a
 // key. Where a line is indented in another way than in the file, that is corrected as soon as it
@@ -14,6 +14,8 @@
 //
 // indented: indents all lines anew. Lines count here, since few files are indented as anybody's
 // rules say throughout.
+//
+// restored: moves blocks of lines by a level, and indents them anew; lines count, too.
 
 #include "bundles/BundleManager.h"
 #include "documents/WynDocument.h"
@@ -90,7 +92,8 @@ class edited_view {
     view_.changeLanguageToAndLearn(language, false);
     bool const by_spaces = wanted.find(u"\n  ") < wanted.find(u"\n\t");
     view_.setSoftTabs(by_spaces);
-    view_.setTabSize(by_spaces ? usual_indent(wanted) : 8);
+    bool const by_both = by_spaces && wanted.find(u"\n\t") != wanted.npos;
+    view_.setTabSize(by_spaces && !by_both ? usual_indent(wanted) : 8);
   }
 
   std::string fault;
@@ -274,6 +277,39 @@ class indented_file : public edited_view {
   }
 };
 
+class restored_file : public edited_view {
+ public:
+  using edited_view::edited_view;
+  bool run() {
+    std::vector<text::unit_view> const lines = lines_of(wanted_);
+    fill();
+    for (int n = 0; n < 40 && lines.size() > 2; ++n) {
+      std::size_t const first = 1 + random_() % (lines.size() - 1);
+      std::size_t const last = std::min(first + random_() % 8, lines.size() - 1);
+      set_caret({first, 0, &storage()});
+      view_.view()->selection.select_to({view_.view(), storage().end(last)}, false);
+      bool const more = random_() % 2 != 0;
+      view_.performSelectorWithObject(more ? "shiftRight:" : "shiftLeft:", {});
+      bool const moved = storage().line_units(first) != lines[first];
+      view_.performSelectorWithObject("indent:", {});
+      for (std::size_t line = first; line <= last; ++line) {
+        if (leading_blanks(lines[line]) == lines[line].size()) continue;
+        parts += moved;
+        if (!moved || storage().line_units(line) == lines[line]) continue;
+        ++changed;
+        say(line, lines[line]);
+        fault += "\n    came out as " + unicode::to_utf8(storage().line_units(line));
+      }
+      storage().erase({0, 0, &storage()}, view_.view()->end().base);
+      fill();
+    }
+    return changed == 0;
+  }
+
+ private:
+  std::mt19937 random_{1};
+};
+
 template <typename File>
 int run_on_files(std::string const& language, int count, char** files) {
   std::size_t done = 0, equal = 0, parts = 0, changed = 0;
@@ -305,6 +341,7 @@ int main(int count, char** arguments) {
   auto* const run = what == "typed"      ? &run_on_files<typed_file>
                     : what == "pasted"   ? &run_on_files<pasted_file>
                     : what == "indented" ? &run_on_files<indented_file>
+                    : what == "restored" ? &run_on_files<restored_file>
                                          : nullptr;
   return run == nullptr ? 2 : run(language, count - 3, arguments + 3);
 }

@@ -108,6 +108,7 @@ key_types const& setting_keys() {
                                  {"indentationEndsBlocks", number},
                                  {"alignedLinePatterns", pairs},
                                  {"continuedLinePattern", pattern},
+                                 {"completeLinePattern", pattern},
                                  {"completions", texts},
                                  {"completionCommand", text},
                                  {"disableDefaultCompletion", number}};
