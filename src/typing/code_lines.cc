@@ -1,6 +1,7 @@
 #include "typing/code_lines.h"
 
 #include "grammar/tokenize_filter.h"
+#include "styles/typing_pairs.h"
 #include "text/row_break.h"
 #include "text/tab_width.h"
 #include "typing/typed_view.h"

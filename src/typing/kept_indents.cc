@@ -36,7 +36,8 @@ std::size_t kept_indents::of_line(std::size_t number, std::size_t wanted) {
   if (wanted == own) return own;
   for (std::size_t const width : {with_those_above, own})
     if (width != wanted && allows(number, width)) return width;
-  return wanted;
+  auto const back = lines_.type_of_line(number) == 0 ? after_single_line(above_) : std::nullopt;
+  return back.value_or(wanted);
 }
 
 bool kept_indents::allows(std::size_t number, std::size_t width) {
@@ -181,6 +182,20 @@ std::vector<std::size_t> kept_indents::heads_of(std::size_t number) {
     heads.push_back(width);
   }
   return heads;
+}
+
+std::optional<std::size_t> kept_indents::after_single_line(std::size_t number) {
+  if (!lines_.patterns_of_line(number)->know(next_line)) return std::nullopt;
+  if (has_bits(lines_.type_of_line(number), indent_patterns::unindented | next_line) ||
+      lines_.is_unfinished(number) || !lines_.brackets_of(number).open.empty())
+    return std::nullopt;
+  std::size_t const first = lines_.first_line_of(number);
+  auto const above = lines_.counting_line_above(first);
+  if (!above ||
+      !has_bits(lines_.type_of_statement(lines_.first_line_of(*above), *above), next_line))
+    return std::nullopt;
+  std::vector<std::size_t> const heads = heads_of(first);
+  return heads.empty() ? std::nullopt : std::optional(heads.back());
 }
 
 // From the pairs of lines of which the first one opens a block: those above and, without any, those

@@ -18,6 +18,8 @@ class kept_indents {
 
   /// What line `number` should be indented by; `wanted` is what the patterns say.
   std::size_t of_line(std::size_t number, std::size_t wanted);
+  /// The indentation after a line that ends statements without braces, the outermost one's.
+  std::optional<std::size_t> after_single_line(std::size_t number);
   /// The line has been indented by this much more or less.
   void line_was_moved(std::size_t number, std::ptrdiff_t by);
 

@@ -236,11 +236,17 @@ void line_indenter::insert_newline() {
     bool const in_braces = !view().has_selection() && 0 < at.column && at.column < line.size() &&
                            line[at.column - 1] == u'{' && line[at.column] == u'}';
     if (in_braces) behind = before;
-    code_lines const lines(text_view_, patterns_, {});
+    code_lines lines(text_view_, patterns_, {});
     lines.wait_for_scopes(at.line);
     text::unit_view const code = lines.code_before(at);
-    if (language_patterns()->matches(indent_patterns::increase, code))
+    auto const patterns = language_patterns();
+    bool const at_end = is_blank_line(line.substr(std::min<std::size_t>(at.column, line.size())));
+    if (patterns->matches(indent_patterns::increase, code) ||
+        (at_end && patterns->matches(indent_patterns::next_line, code)))
       before += indent::blanks(tab_size(), tab_size(), indents_by_spaces(at.line));
+    else if (auto const back =
+                 at_end ? kept_indents(lines).after_single_line(at.line) : std::nullopt)
+      before = u"\n" + indent::blanks(*back, tab_size(), indents_by_spaces(at.line));
   }
   view().insert(before.begin(), before.end());
   if (behind.empty()) return;
