@@ -28,8 +28,8 @@ class line_indenter {
   /// Puts in what would be pasted, several lines indented as fits the caret; false if there is
   /// nothing.
   bool paste();
-  /// As the language says; but a line that continues another one, or text over several lines, stays
-  /// as it is, and where indentation alone ends a block, so does one that ends some blocks.
+  /// As the language says; but a line keeps what the lines before it allow, see kept_indents, and
+  /// where indentation alone ends a block, what ends some blocks. Text over several lines stays.
   void indent_selected_lines();
 
   /// Whether the caret stands at a line's end, where what is typed is looked at.
