@@ -155,7 +155,11 @@ void view::replace_selection_with(unit_view units) {
   auto const length = static_cast<std::ptrdiff_t>(units.size());
   view_iterator const end(this, selection.current_mark.base);
   view_iterator const start(this, end.base - length);
-  selection.set_caret({this, start.base + std::min(length, caret_offset)});
+  // An offset in the old text may be inside a character of the new one.
+  text::iterator kept = start.base + std::min(length, caret_offset);
+  kept.column =
+      static_cast<uint32_t>(cluster_start_from(storage->line_units(kept.line), kept.column));
+  selection.set_caret({this, kept});
   if (backward)
     selection.select(end, start, false);
   else
