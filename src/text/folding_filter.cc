@@ -209,6 +209,10 @@ void view::folding_filter::fold_again(folding_t const& again) {
   if (view_.foldings_enabled && again.last < view_.storage->lines()) fold(again);
 }
 
+void view::folding_filter::open_again(folding_t const& fold) {
+  if (foldings.contains(fold)) unfold({fold});
+}
+
 bool view::folding_filter::fold_lines(size_t first, size_t last) {
   if (!fold({static_cast<uint32_t>(first), static_cast<uint32_t>(last)})) return false;
   put_caret_at_end_of(first);

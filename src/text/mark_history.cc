@@ -36,12 +36,47 @@ void view::mark_history::set_bookmarks(uint32_t first, uint32_t last, bookmarks 
   for (text::pos const at : marks) view_.set_bookmark(at.line, at.column, true);
 }
 
+bool view::mark_history::losses::empty() const {
+  return lines.empty() && touched.empty() && all_before.empty() && opened.empty() &&
+         opened_after.empty() && closed.empty() && closed_after.empty();
+}
+
+void view::mark_history::will_begin_action() {
+  walked_to_.reset();
+  made_.reset();
+  acts_ = true;
+}
+
+void view::mark_history::did_end_action() {
+  if (made_ && !opened_.empty()) {
+    opened_folds& after = steps_[*made_].opened_after;
+    after.insert(after.end(), opened_.begin(), opened_.end());
+  }
+  opened_.clear();
+  acts_ = false;
+}
+
+void view::mark_history::continue_action() {
+  made_ = step_between(view_.storage->previous_memento, view_.storage->current_memento);
+}
+
 void view::mark_history::will_open(folding_filter::folding_t const& fold) {
-  if (walked_to_ == view_.storage->current_memento) shown_.push_back({fold, {}});
+  if (walked_to_ == view_.storage->current_memento)
+    shown_.push_back({fold, {}});
+  else if (acts_)
+    opened_.push_back(fold);
 }
 
 void view::mark_history::close(folds const& opened) {
   for (auto const& fold : opened) view_.folding_filter->fold_again(fold.was);
+}
+
+void view::mark_history::close(opened_folds const& opened) {
+  for (auto const& fold : opened) view_.folding_filter->fold_again(fold);
+}
+
+void view::mark_history::open_again(opened_folds const& closed) {
+  for (auto const& fold : closed) view_.folding_filter->open_again(fold);
 }
 
 void view::mark_history::will_change_memento(unsigned long from, unsigned long to) {
@@ -49,6 +84,11 @@ void view::mark_history::will_change_memento(unsigned long from, unsigned long t
   if (walks_) close(shown_);
   shown_.clear();
   lost_ = {};
+  auto opened = std::exchange(opened_, {});
+  if (walks_)
+    made_.reset();
+  else
+    lost_.opened = std::move(opened);
   returned_ = {};
   view_.folding_filter->touched.clear();
   if (!walks_)
@@ -63,7 +103,13 @@ void view::mark_history::will_change_memento(unsigned long from, unsigned long t
     std::erase_if(returned_.touched, [&](folding_filter::touched_fold const& fold) {
       return fold.now && !view_.folding_filter->foldings.contains(*fold.now);
     });
+    close(returned_.opened_after);
+    open_again(returned_.closed);
     if (returned_.all_after != view_.folding_filter->foldings) returned_.all_before.clear();
+    lost_.closed = returned_.opened;
+    lost_.closed_after = returned_.opened_after;
+    lost_.opened = returned_.closed;
+    lost_.opened_after = returned_.closed_after;
   }
 }
 
@@ -109,11 +155,15 @@ void view::mark_history::did_change_memento(unsigned long from, unsigned long to
     lost_.all_after = filter.foldings;
   close(returned_.touched);
   if (!returned_.all_before.empty()) filter.restore_all(returned_.all_before);
+  close(returned_.opened);
+  open_again(returned_.closed_after);
   for (exchanged_lines& lines : lost_.lines)
     lines.after = bookmarks_of(lines.first, lines.new_last);
-  if (!lost_.lines.empty() || !lost_.touched.empty() || !lost_.all_before.empty())
-    steps_[step_between(from, to)] = std::move(lost_);
-  if (walks_) walked_to_ = static_cast<uint32_t>(to);
+  if (!lost_.empty()) steps_[step_between(from, to)] = std::move(lost_);
+  if (walks_)
+    walked_to_ = static_cast<uint32_t>(to);
+  else
+    made_ = step_between(from, to);
 }
 
 }  // namespace text

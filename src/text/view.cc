@@ -242,6 +242,7 @@ void view::will_begin_action() {
 void view::did_end_action() {
   mirror_observer.did_end_action();
   notify_observer.did_end_action();
+  mark_history->did_end_action();
 }
 
 bool view::is_visible(text::iterator const& it) const {
@@ -253,6 +254,11 @@ void view::make_visible(text::iterator const& it) {
   text::selection const kept = selection.without_text();
   folding_filter->make_visible(it.pos());
   selection = kept;
+}
+
+void view::show_selection() {
+  for (auto const* mark : {&selection.current_mark, &selection.first_mark, &selection.last_mark})
+    make_visible(mark->base);
 }
 
 bool view::make_lines_visible(size_t first, size_t last) {

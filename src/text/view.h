@@ -131,6 +131,8 @@ class view {
   bool is_visible(text::iterator const& it) const;
   /// Unfolds what hides the position; the selection stays.
   void make_visible(text::iterator const& it);
+  /// The same for caret and selection.
+  void show_selection();
   /// The same for the lines from `first` up to, not including, `last`. Whether any was hidden.
   bool make_lines_visible(size_t first, size_t last);
   /// Unfolds what hides the position and gives it as one of this view. The selection stays, so that

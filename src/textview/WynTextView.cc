@@ -170,6 +170,8 @@ void WynTextView::showChangesFromOutside() {
   if (view_ == nullptr) return;
   view_->first_refresh_line = std::numeric_limits<std::uint32_t>::max();
   view_->last_refresh_line = 0;
+  // Undo in another view puts the caret of this one back where this one made the change.
+  view_->show_selection();
   recalcFrameSize();
   setNeedsDisplay();
   publishPosition();

@@ -100,9 +100,7 @@ void view_will_change::end_outermost() {
     view.view_filter->selections.store(
         {view.storage->previous_memento, view.storage->current_memento}, view.selection);
   view.saved_selection_pending = false;
-  for (auto const* mark :
-       {&view.selection.current_mark, &view.selection.first_mark, &view.selection.last_mark})
-    if (!view.is_visible(mark->base)) view.make_visible(mark->base);
+  view.show_selection();
   if (lines != view.lines() || columns != shown_columns()) text_view.recalcFrameSize();
 }
 
