@@ -332,7 +332,8 @@ class WynTextView : public platform::responder,
   void publishPosition();
   void showChangesFromOutside();
 
-  find_answer findMatch(bool backward);
+  /// After a replacement that redo is to bring back together with the match.
+  find_answer findMatch(bool backward, bool is_part_of_change = false);
   find_answer replaceSelection();
   bool replaceAndFind();
   bool findAgain(bool backward);

@@ -3,6 +3,7 @@
 #include "search/find_highlights.h"
 #include "search/replace_all.h"
 #include "search/view_find.h"
+#include "text/mark_history.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 
@@ -72,10 +73,14 @@ std::vector<find_highlights::match> const& WynTextView::shownMatches() const {
       {first, last + 1, layout_.column_at(seen.x), layout_.column_at(seen.right()) + 1});
 }
 
-find_answer WynTextView::findMatch(bool backward) {
+find_answer WynTextView::findMatch(bool backward, bool is_part_of_change) {
   found_match const match = find_in_view(*view_, backward);
   if (match.end != search_end::found) return match;
   view_will_change const scope(*this, true);
+  if (is_part_of_change) {
+    view_->saved_selection_pending = false;  // the end of this scope keeps the selection for redo
+    view_->mark_history->continue_action();
+  }
   select_match(*view_, match);
   return match;
 }
@@ -89,10 +94,12 @@ find_answer WynTextView::replaceSelection() {
 }
 
 bool WynTextView::replaceAndFind() {
+  std::uint32_t const memento = view_->storage->current_memento;
   find_answer const replaced = replaceSelection();
   if (!replaced.error.empty() || replaced.end == search_end::cancelled)
     return log_and_tell(replaced, "");
-  return log_and_tell(findMatch(false), "bad regexp: ");
+  bool const changed = view_->storage->current_memento != memento;
+  return log_and_tell(findMatch(false, changed), "bad regexp: ");
 }
 
 // The status bar says why nothing came of it.
@@ -157,13 +164,15 @@ std::string WynTextView::performFind(std::string const& action, plist::value con
     found = answer.end == search_end::found;
     return found ? std::to_string(answer.count) + " matches" : status_for(answer, "Nothing found");
   }
+  std::uint32_t const memento = view_->storage->current_memento;
   if (action == "replace" || action == "replaceAndFind") {
     find_answer const replaced = replaceSelection();
     found = replaced.end == search_end::found;
     if (action == "replace" || !replaced.error.empty() || replaced.end == search_end::cancelled)
       return status_for(replaced, "");
   }
-  find_answer answer = findMatch(action == "findPrevious");
+  bool const changed = view_->storage->current_memento != memento;
+  find_answer answer = findMatch(action == "findPrevious", changed);
   if (!answer.error.empty()) answer.error = "regexp: " + answer.error;
   found = answer.end == search_end::found;
   return status_for(answer, "Not found");
