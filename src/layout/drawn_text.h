@@ -22,7 +22,8 @@ class drawn_text {
   /// How text with a path of the tokenizer is drawn; 0 is the empty path, also without a tokenizer.
   /// Good until something else is drawn.
   virtual drawn_style const& styleOfPath(grammar::path_tree::id id) const = 0;
-  /// What an input method is composing at the caret; it is no part of the text yet.
+  /// What an input method is composing, shown at marked_text_place(); it is no part of the text
+  /// yet.
   virtual std::u16string const& markedText() const = 0;
 
  protected:

@@ -97,9 +97,20 @@ point position_of(laid_out_view const& text_view, text::view_iterator const& it)
   return {layout.x_of_column(view.column_in_view(it)), layout.y_of_row(view.line_in_view(it))};
 }
 
+text::view_iterator marked_text_place(text::view const& view) {
+  text::selection const& selection = view.selection;
+  if (selection.empty()) return selection.current_mark;
+  if (!selection.column_mode) return selection.last();
+  return iter_from_hybrid_pos(&view, line_before_filters(selection.current_mark),
+                              text::box(selection).last_column, text::freehanded_t::automatic);
+}
+
 rect caret_rectangle(laid_out_view const& text_view) {
   TextLayout const& layout = text_view.layout();
-  point const at = position_of(text_view, text_view.view()->selection.current_mark);
+  bool const composes = !text_view.markedText().empty();
+  text::view const& view = *text_view.view();
+  point const at =
+      position_of(text_view, composes ? marked_text_place(view) : view.selection.current_mark);
   double const x = at.x + text_view.markedTextOffset();
   if (text_view.overwriteMode()) return {x, at.y + layout.lineHeight() - 1, layout.charWidth(), 1};
   return {x, at.y, 1, layout.lineHeight()};

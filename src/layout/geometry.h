@@ -10,6 +10,10 @@ class laid_out_view;
 /// What shows of the view, its gutter included; empty without a host.
 platform::rect visible_rect_of(laid_out_view const& text_view);
 
+/// Where an input method's text is shown: at the caret, or after what is selected, which stays
+/// until the text takes its place.
+text::view_iterator marked_text_place(text::view const& view);
+
 /// A line of one pixel before the caret, or under it in overwrite mode.
 platform::rect caret_rectangle(laid_out_view const& text_view);
 

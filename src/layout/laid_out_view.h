@@ -2,6 +2,8 @@
 
 #include "layout/TextLayout.h"
 
+#include <string>
+
 namespace text {
 class view;
 }
@@ -16,7 +18,9 @@ class laid_out_view {
   virtual platform::view_host* host() const = 0;
   /// The visible part without the gutter.
   virtual platform::rect visibleTextRect() const = 0;
-  /// From where the caret would stand to where it is drawn inside the marked text, in pixels.
+  /// As in drawn_text.
+  virtual std::u16string const& markedText() const = 0;
+  /// From where that begins to where the caret is drawn inside it, in pixels.
   virtual double markedTextOffset() const = 0;
   virtual bool overwriteMode() const = 0;
 

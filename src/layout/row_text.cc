@@ -4,6 +4,7 @@
 
 #include "grammar/tokenize_filter.h"
 #include "layout/drawn_text.h"
+#include "layout/geometry.h"
 #include "platform/unicode.h"
 #include "text/cluster.h"
 #include "text/tab_width.h"
@@ -59,8 +60,9 @@ std::size_t seen_units(text::view const& view, std::size_t row, text::unit_view 
 
 void add_marked_text(drawn_text const& text_view, text::pos begin, row_text& row) {
   std::u16string const& marked = text_view.markedText();
-  text::iterator const caret = text_view.view()->selection.current_mark.base;
-  if (marked.empty() || caret.line != begin.line || caret.column < begin.column ||
+  if (marked.empty()) return;
+  text::iterator const caret = marked_text_place(*text_view.view()).base;
+  if (caret.line != begin.line || caret.column < begin.column ||
       caret.column > begin.column + row.units.size())
     return;
   row.marked_first = caret.column - begin.column;

@@ -1,6 +1,7 @@
 #include "actions/movement.h"
 #include "actions/movement_wrappers.h"
 #include "grammar/tokenize_filter.h"
+#include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
 #include "text/cell_width.h"
@@ -240,16 +241,10 @@ void WynTextView::insert_text(std::u16string_view text) {
 void WynTextView::set_marked_text(std::u16string_view text, std::size_t offset,
                                   std::size_t length) {
   if (view_ == nullptr) return;
-  // What is composed for an incremental search takes the place of nothing.
-  bool const is_typing = iSearchWindow_ == nullptr;
-  if (is_typing && markedText_.empty() && !text.empty() && view_->has_selection()) {
-    view_will_change const scope(*this, true);
-    view_->erase_selection();
-  }
   markedText_ = text;
   markedCaret_ = std::min(offset + length, text.size());
   showCaret();
-  std::size_t const row = view_->line_in_view(view_->selection.current_mark);
+  std::size_t const row = view_->line_in_view(marked_text_place(*view_));
   setNeedsDisplayOfLines(row, row + 1);
 }
 

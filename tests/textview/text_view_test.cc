@@ -257,6 +257,25 @@ TEST_F(text_view, shows_marked_text_before_it_is_part_of_the_text) {
   EXPECT_EQ(get(), "ab\u4e8cx|cd");
 }
 
+TEST_F(text_view, takes_the_place_of_a_selection_when_composing_ends) {
+  set("a]bc[d");
+  view.set_marked_text(u"x", 1, 0);
+  EXPECT_EQ(get(), "a]bc[d");
+  EXPECT_TRUE(has_drawn("text 28,14 \"x\" #000000 underline"));
+  EXPECT_EQ(view.caret_rect().x, 36);
+  view.set_marked_text(u"", 0, 0);
+  EXPECT_EQ(get(), "a]bc[d");
+  view.set_marked_text(u"x", 1, 0);
+  view.unmark_text();
+  EXPECT_EQ(get(), "ax|d");
+  perform("undo:");
+  EXPECT_EQ(get(), "a]bc[d");
+  set("a{b\nc}d");
+  view.set_marked_text(u"x", 1, 0);
+  view.insert_text(u"\u00e9");
+  EXPECT_EQ(get(), "a\u00e9|b\nc\u00e9d");
+}
+
 TEST_F(text_view, a_click_goes_to_the_nearer_edge_of_a_wide_character) {
   set("|a\u4e2d\u6587b");
   double const left = view.layout().x_of_column(0), cell = view.layout().charWidth();
