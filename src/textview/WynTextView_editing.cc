@@ -76,7 +76,8 @@ class kill_buffer_disabled {
   text::storage::kill_buffer_t& buffer_;
 };
 
-// Nothing when only indentation, or no blank at all, stands within `width` columns.
+// The last blank that leaves what precedes it no wider than `width` columns. Nothing when the line
+// is no wider, or has only indentation there, or no blank at all.
 std::optional<std::size_t> last_blank_within(text::unit_view line, std::size_t width,
                                              std::size_t tab_size) {
   std::size_t const first_word = line.find_first_not_of(u" \t");
@@ -87,7 +88,7 @@ std::optional<std::size_t> last_blank_within(text::unit_view line, std::size_t w
     end = unicode::cluster_at(line, unit).end;
     column += text::expanded_width(line.substr(unit, end - unit), column, tab_size);
   }
-  return found;
+  return column > width ? found : std::nullopt;
 }
 
 }  // namespace
@@ -156,20 +157,28 @@ void WynTextView::insertTyped(std::u16string_view text, bool closes) {
 void WynTextView::breakTypedLine() {
   text::storage& storage = *view_->storage;
   if (!view_->mirror_observer.mirrors.empty()) return;
-  while (true) {
-    text::iterator const caret = view_->selection.current_mark.base;
-    text::unit_view const line = storage.line_units(caret.line);
-    if (caret.column == 0 || text::is_blank(line[caret.column - 1])) return;
-    if (column_before_wrap(view_->selection.current_mark) <= wrapColumns()) return;
-    auto const blank = last_blank_within(line.substr(0, caret.column), wrapColumns(), tabSize());
-    if (!blank) return;
-    text::iterator const at(caret.line, *blank, &storage);
-    constexpr std::u16string_view newline = u"\n";
+  text::iterator const caret = view_->selection.current_mark.base;
+  text::unit_view const line = storage.line_units(caret.line).substr(0, caret.column);
+  if (line.empty() || text::is_blank(line.back())) return;
+  text::replacement::range_list breaks;
+  std::size_t row = 0;
+  while (auto const blank = last_blank_within(line.substr(row), wrapColumns(), tabSize())) {
+    breaks.push_back({static_cast<std::uint32_t>(row + *blank), 1, 1});
+    row += *blank + 1;
+  }
+  if (breaks.empty()) return;
+  constexpr std::u16string_view newline = u"\n";
+  if (breaks.size() == 1) {
+    text::iterator const at(caret.line, breaks.front().offset, &storage);
     storage.erase(at, at + 1);
     storage.insert(at, newline.begin(), newline.end());
-    view_->selection.set_caret(
-        {view_, text::iterator(caret.line + 1, caret.column - *blank - 1, &storage)});
+  } else {  // a long line from elsewhere: one by one each break would copy the rest of it
+    text::iterator const begin = storage.begin_of_line(caret.line);
+    storage.replace(
+        text::replacement::make(begin.pos(), storage.slice(begin, caret), breaks, newline, true));
   }
+  view_->selection.set_caret(
+      {view_, text::iterator(caret.line + breaks.size(), caret.column - row, &storage)});
 }
 
 void WynTextView::insertText(plist::value const& text) {

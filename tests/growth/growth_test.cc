@@ -213,6 +213,35 @@ TEST_F(growth, of_a_key_press) {
     }
 }
 
+// What goes and comes back with its marks, and what is repeated on many lines.
+TEST_F(growth, of_histories) {
+  for (auto const& [name, make] : documents)
+    for (char const* const edit : {"delete:", "insertNewline:", "paste:"})
+      expect_growth(std::string(edit) + " and undo with many " + name, [&](std::size_t n) {
+        made_document const made = make(n);
+        made->perform("copy:");
+        if (!made->rows().has_selection()) made->perform("selectAll:");
+        made->draw();
+        return work_of([&] {
+          for (char const* const step : {edit, "undo:", "redo:", "undo:"}) made->perform(step);
+        });
+      });
+}
+
+TEST_F(growth, of_breaking_a_long_line) {
+  expect_growth("hard wrap", [](std::size_t n) {
+    document made(repeated("word ", n));
+    made.view.setHardWrap(true);
+    made.view.setRightMargin(20);
+    made.view.setSoftWrap(true);
+    made.perform("moveToEndOfDocument:");
+    return work_of([&] {
+      made.view.insert_text(u"x");
+      EXPECT_EQ(made.rows().storage->lines(), (n + 1 + 3) / 4);
+    });
+  });
+}
+
 TEST_F(growth, of_replacing_line_ends_in_folds) {
   expect_growth("Replace All", [](std::size_t n) {
     made_document const made = documents.at("folds")(n);

@@ -196,13 +196,15 @@ TEST_F(options, typing_beyond_the_margin_breaks_the_line) {
   shown_view shown;
   shown.view.setRightMargin(10);
   shown.view.setHardWrap(true);
-  for (typed_line const& row : {typed_line{"aaaa bbbb |", "cc", "aaaa bbbb\ncc|"},
-                                typed_line{"aaaa bbbbb|", "b", "aaaa\nbbbbbb|"},
-                                typed_line{"aaaa bbbbb|", " ", "aaaa bbbbb |"},
-                                typed_line{"aaaabbbbcc|", "ddd", "aaaabbbbccddd|"},
-                                typed_line{"  aaaabbbb|", "cc", "  aaaabbbbcc|"},
-                                typed_line{"a\tb ccccc|", "d", "a\tb\ncccccd|"},
-                                typed_line{"a|", "a bb ccc dddd", "aa bb ccc\ndddd|"}}) {
+  for (typed_line const& row :
+       {typed_line{"aaaa bbbb |", "cc", "aaaa bbbb\ncc|"},
+        typed_line{"aaaa bbbbb|", "b", "aaaa\nbbbbbb|"},
+        typed_line{"aaaa bbbbb|", " ", "aaaa bbbbb |"},
+        typed_line{"aaaabbbbcc|", "ddd", "aaaabbbbccddd|"},
+        typed_line{"  aaaabbbb|", "cc", "  aaaabbbbcc|"},
+        typed_line{"a\tb ccccc|", "d", "a\tb\ncccccd|"},
+        typed_line{"aa bb cc dd\tee ffff ggggg|", "h", "aa bb cc\ndd\tee\nffff\ngggggh|"},
+        typed_line{"a|", "a bb ccc dddd", "aa bb ccc\ndddd|"}}) {
     shown.set(row.before);
     for (char const* unit = row.typed; *unit != 0; ++unit)
       shown.view.insertText(plist::value(std::string(1, *unit)));
