@@ -21,7 +21,7 @@
 namespace {
 
 struct step {
-  enum kind { action, go_to, select, select_columns, compose, insert_snippet, next_field };
+  enum kind { action, go_to, select, select_columns, move, compose, insert_snippet, next_field };
 
   std::size_t view = 0;
   kind what = action;
@@ -44,6 +44,7 @@ std::string described(step const& made) {
   } else {
     out << (made.what == step::go_to    ? "go to"
             : made.what == step::select ? "select"
+            : made.what == step::move   ? "move"
                                         : "columns")
         << " " << made.line << "," << made.column << " +" << made.lines << "," << made.columns;
   }
@@ -178,6 +179,7 @@ class world {
     text::storage& storage = document_->storage();
     std::size_t const line = made.line % storage.lines();
     std::size_t const column = made.column % (storage.size(line) + 1);
+    if (made.what == step::move) return move_selection(at, {line, column, &storage});
     at.view.goToLineAndColumn(line + 1, column + 1);
     if (made.what == step::go_to) return;
     std::size_t const last = std::min(line + made.lines, storage.lines() - 1);
@@ -185,6 +187,15 @@ class world {
     std::size_t const to =
         columns ? column + made.columns : made.columns % (storage.size(last) + 1);
     at.view.selectToLineAndColumn(last + 1, to + 1, columns);
+  }
+  /// As by drag and drop, which doesn't drop on the selection.
+  static void move_selection(shown_view& shown, text::iterator const& to) {
+    text::view& view = *shown.view.view();
+    text::selection const& from = view.selection;
+    if (from.empty() || (from.first().base.line <= to.line && to.line <= from.last().base.line))
+      return;
+    view_will_change const scope(shown.view, true);
+    view.move_selection_to({&view, to});
   }
   static void insert_snippet(shown_view& shown, std::string const& source) {
     text::view& view = *shown.view.view();
@@ -293,7 +304,10 @@ class step_maker {
   }
   step place(step& made) {
     std::size_t const what = random_.below(6);
-    made.what = what < 2 ? step::go_to : what < 3 ? step::select : step::select_columns;
+    made.what = what < 2   ? step::go_to
+                : what < 3 ? step::select
+                : what < 5 ? step::select_columns
+                           : step::move;
     made.line = random_.below(10'000);
     made.column = random_.below(random_.one_in(2) ? 4 : 1000);
     made.lines = random_.below(random_.one_in(10) ? 5000 : 5);
