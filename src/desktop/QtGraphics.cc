@@ -17,20 +17,17 @@ QtGraphics::QtGraphics(QPainter& painter, FontCells& cells, platform::point orig
     : painter_(painter),
       cells_(cells),
       origin_(origin),
-      ratio_(painter.device()->devicePixelRatioF()) {}
-
-QRectF QtGraphics::local(platform::rect const& r) const {
-  return {r.x - origin_.x, r.y - origin_.y, r.width, r.height};
-}
+      ratio_(painter.device()->devicePixelRatioF()),
+      corner_(painter.deviceTransform().map(QPointF())) {}
 
 // Coordinates with the same fraction go the same way, also those with a half, which are not exact.
-double QtGraphics::whole_pixels(double length) const {
-  return std::floor(length * ratio_ + 0.5 + 1e-5) / ratio_;
+double QtGraphics::whole_pixels(double length, double corner) const {
+  return (std::floor(length * ratio_ + corner + 0.5 + 1e-5) - corner) / ratio_;
 }
 
 // Glyphs start at whole device pixels: they are sharper, and cached once instead of by fraction.
 QPointF QtGraphics::local_pixel(platform::point p) const {
-  return {whole_pixels(p.x - origin_.x), whole_pixels(p.y - origin_.y)};
+  return {whole_pixels(p.x - origin_.x, corner_.x()), whole_pixels(p.y - origin_.y, corner_.y())};
 }
 
 // So do areas, which have to fit the glyphs.
@@ -122,7 +119,7 @@ void QtGraphics::underline(FontFace const& face, QPointF at, double width, platf
 }
 
 void QtGraphics::draw_image(std::string_view name, platform::rect const& r) {
-  QRectF const target = local(r);
+  QRectF const target(local_pixel({r.x, r.y}), QSizeF(r.width, r.height));
   QSize const pixels = (target.size() * ratio_).toSize();
   QImage const& small = image_named(name, 1);
   QImage const& image = small.width() < pixels.width() ? image_named(name, 2) : small;

@@ -26,8 +26,7 @@ class QtGraphics final : public platform::graphics {
   void pop_clip() override;
 
  private:
-  QRectF local(platform::rect const& r) const;
-  double whole_pixels(double length) const;
+  double whole_pixels(double length, double corner = 0) const;
   QPointF local_pixel(platform::point p) const;
   QRectF local_pixels(platform::rect const& r) const;
   void set_pen(platform::text_style const& style);
@@ -39,6 +38,7 @@ class QtGraphics final : public platform::graphics {
   FontCells& cells_;
   platform::point origin_;
   double ratio_;
+  QPointF corner_;  // in device pixels: at 125 %, where a widget begins may lie inside of one
   QGlyphRun run_;
   std::vector<quint32> glyphs_;
   std::vector<QPointF> positions_;
