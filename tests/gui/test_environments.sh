@@ -78,14 +78,35 @@ wait_until eval '[[ $(tail -c 1 large.txt) == Z ]]'
 keys ctrl+q
 wait_exit
 
-# A caret that moves leaves nothing where it was, also between device pixels.
-printf '{\n\n\n' >scaled.txt
-export QT_SCALE_FACTOR=1.25
-start_editor scaled.txt
-wait_window 'scaled.txt'
-keys ctrl+End ctrl+Home
-is_blank_below() {
-  screenshot scaled.png
-  [[ $(convert scaled.png -crop 600x120+18+80 +repage -format %k info:) == 1 ]]
+# Where logical pixels are no whole device pixels, what is drawn bit by bit looks like what is drawn
+# at once: carets leave nothing where they were, and areas fit together.
+looks_drawn_at_once() {
+  screenshot anew.png
+  [[ $(different_pixels bits.png anew.png) == 0 ]]
 }
-wait_until -t 5 is_blank_below
+select_by_way_of() {
+  xdotool mousemove --window "$window" "$1" 60 mousedown 1
+  for y in "${@:2}"; do xdotool mousemove --window "$window" "$1" "$y" sleep 0.04; done
+  xdotool mouseup 1
+}
+for n in {1..60}; do echo "{ line $n (gjpqy) 漢字 | بب"; done >scaled.txt
+for scale in 1.25 1.5; do
+  QT_SCALE_FACTOR=$scale start_editor scaled.txt
+  wait_window 'scaled.txt'
+  for part in caret selection columns; do
+    case $part in
+      caret) keys ctrl+End ctrl+Home Down Down Right Down Up shift+Down shift+Down Right ;;
+      selection) select_by_way_of 150 77 130 190 300 270 220 420 ;;
+      columns)
+        xdotool keydown alt
+        select_by_way_of 130 200 310 240 170
+        xdotool keyup alt
+        ;;
+    esac
+    wait_until eval 'screenshot bits.png && looks_drawn_at_once'  # all is done
+    xdotool mousemove --window "$window" 200 300 click 5 click 4
+    wait_until -t 10 looks_drawn_at_once  # but for a caret that blinks
+  done
+  keys ctrl+q
+  wait_exit
+done
