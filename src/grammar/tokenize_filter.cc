@@ -165,7 +165,8 @@ void tokenize_filter::did_insert(text::pos const& from, text::pos const& to) {
   for (auto const& token : moved) behind.set(token.column - from.column + to.column, token.path);
   lines_[to.line] = line_tokens(behind);
   if (lines_.size() != storage_.lines())
-    std::printf("*** insert %zu (tokens) != %zu (storage)\n", lines_.size(), storage_.lines());
+    std::fprintf(stderr, "*** insert %zu (tokens) != %zu (storage)\n", lines_.size(),
+                 storage_.lines());
   if (added > 0 && !references_.empty()) insert_references(from, added);
   filter::did_insert(from, to);
   if (first_dirty_ < last_dirty_ && last_dirty_ > from.line) last_dirty_ += added;
@@ -211,7 +212,8 @@ void tokenize_filter::did_erase(text::iterator const& at, int count) {
   filter::did_erase(at, count);
   if (!keeps_tokens()) return;
   if (lines_.size() != storage_.lines())
-    std::printf("*** erase %zu (tokens) != %zu (storage)\n", lines_.size(), storage_.lines());
+    std::fprintf(stderr, "*** erase %zu (tokens) != %zu (storage)\n", lines_.size(),
+                 storage_.lines());
   if (paths_) reparse_from(at.line, at.line + std::size_t{1});
 }
 

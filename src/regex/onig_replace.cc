@@ -71,7 +71,7 @@ std::string detail::replaced(std::string_view text, std::string_view format_text
   if (!ptrn.regex()) return {};
   auto const tree = regex::parse_replacement(format_text);
   if (!tree) {
-    std::printf("error in format string: %s\n", std::string(format_text).c_str());
+    std::fprintf(stderr, "error in format string: %s\n", std::string(format_text).c_str());
     return {};
   }
   regex::valid_utf8 const valid(text);

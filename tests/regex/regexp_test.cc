@@ -34,7 +34,7 @@ std::string with_line_feeds(std::string s) {
 TEST(onig_replace, replacements_as_the_file_says) {
   std::ifstream file(test_data("replacement_formats.txt"));
   int count = 0;
-  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
   for (std::string line; std::getline(file, line);) {
     if (!line.starts_with('"')) continue;
     std::istringstream row(line);
@@ -45,7 +45,7 @@ TEST(onig_replace, replacements_as_the_file_says) {
     EXPECT_TRUE(result == with_line_feeds(field[3]) || result.empty()) << line << "\n" << result;
     count += !result.empty();
   }
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "error in format string: (?0:a:b:c)\nerror in format string: (?1:a\n"
             "error in format string: (?1:a:b\nerror in format string: x\\\n");
   EXPECT_GT(count, 25);
