@@ -41,6 +41,12 @@ expect_file file.txt $'alpha\nbe\ngamma\n'
 click_at 2 2 1 2
 keys ctrl+c
 expect_clipboard gamma
+# Programs look for a format by its name; ours alone knows rectangles by the last one.
+for format in 'text/plain;charset=utf-8' UTF8_STRING text/plain STRING TEXT; do
+  [[ $(xclip -o -selection clipboard -t "$format") == gamma ]]
+done
+formats=$(xclip -o -selection clipboard -t TARGETS | grep -v '^[A-Z]')
+[[ $formats == $'text/plain;charset=utf-8\ntext/plain\napplication/x-quirnote-pboard' ]]
 keys ctrl+Home ctrl+v Return ctrl+s
 expect_file file.txt $'gamma\nalpha\nbe\ngamma\n'
 

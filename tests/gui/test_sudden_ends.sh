@@ -48,3 +48,16 @@ for end in TERM HUP display; do
   wait_exit
   [[ $(copies) == 0 ]]
 done
+
+# Where no folder takes the text, as no file can be opened, the program says so, and with its status.
+printf 'saved\n' >file.txt
+start_editor file.txt
+wait_window 'file.txt'
+type_text 'nowhere '
+wait_window 'file.txt\*'
+prlimit --pid "$editor_pid" --nofile=3:
+kill -TERM "$editor_pid"
+wait_exit 1
+grep -q '^Quirnote: the text of file.txt is lost: ' program.log
+expect_file file.txt $'saved\n'
+[[ $(copies) == 0 ]]

@@ -5,7 +5,9 @@ question() { find_window '^Quirnote$'; }
 
 # An attempt to match that takes its time for every place in this text.
 head -c 200000 /dev/zero | tr '\0' 'a' >long.txt
-start_editor long.txt
+printf 'before\n' >other.txt
+start_editor other.txt long.txt
+wait_window 'other.txt'
 wait_window 'long.txt'
 editor_window=$window
 keys ctrl+h
@@ -41,6 +43,37 @@ wait_window 'long.txt'
 keys ctrl+s
 wait_until begins_with long.txt $'keys and \n aaa'
 
+# So do clicks, a menu's command, and what others write to a file without changes.
+keys ctrl+Home F3
+wait_until is_focused 'Searching'
+window=$editor_window
+type_text 'after '
+click 300 300
+type_text ' end'
+click 20 12
+click 47 35  # File > New
+printf 'theirs\n' >other.txt
+if wait_until -t 2 find_window 'untitled' 2>/dev/null; then
+  echo 'a menu did something while a search was waited for' >&2
+  false
+fi
+keys Escape
+wait_window 'untitled'
+keys ctrl+w
+wait_no_window 'untitled'
+wait_window 'long.txt\*'
+keys ctrl+s
+wait_until begins_with long.txt 'after keys'
+wait_until eval '[[ $(tail -c 4 long.txt) == " end" ]]'
+wait_window 'other.txt'
+keys ctrl+a ctrl+c
+expect_clipboard 'theirs'
+keys ctrl+w
+wait_no_window 'other.txt'
+wait_window 'long.txt'
+keys ctrl+Home
+keys Down Home Right
+
 # A signal doesn't wait for the end of a search.
 type_text 'more'
 keys ctrl+h
@@ -55,7 +88,7 @@ keys Return
 wait_no_window '^Quirnote$'
 wait_window 'long.txt.*\*'
 keys ctrl+s
-wait_until begins_with long.txt $'keys and \n more'
+wait_until begins_with long.txt $'after keys and \n more'
 keys ctrl+q
 wait_exit
 
