@@ -115,6 +115,7 @@ void WynTextView::detachView() {
   if (view_ == nullptr) return;
   closeIncrementalSearchWindow();
   abandonMarkedText();
+  abandoned_.reset();
   flash_.end(host_);
   mouse_->forget_press();
   drop_->exit();
@@ -255,6 +256,7 @@ void WynTextView::addAction(std::string selector, std::function<void()> action) 
 void WynTextView::key_down(platform::key_event const& event) {
   if (view_ == nullptr) return;
   mouse_->key_pressed();
+  abandoned_.reset();
   hasSeenKey_ = true;
   showFindNote("");
   plist::value const key = unicode::to_utf8(event.characters);

@@ -389,6 +389,7 @@ class WynTextView : public platform::responder,
   void selectionDidChange();
   void publishPrimarySelection();
   void abandonMarkedText();
+  void insertElsewhere(text::pos at, std::u16string_view text);
 
   plist::value performAction(action_map::action const& action);
   bool dependsOnScope(text::char_t typed) const;
@@ -434,4 +435,11 @@ class WynTextView : public platform::responder,
 
   std::u16string markedText_;
   std::size_t markedCaret_ = 0;
+  /// Marked text that ended without being inserted, and where it stood in which state of the text.
+  struct abandoned_text {
+    std::u16string text;
+    text::pos at;
+    std::uint32_t memento;
+  };
+  std::optional<abandoned_text> abandoned_;
 };

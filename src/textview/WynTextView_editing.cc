@@ -243,13 +243,30 @@ plist::value WynTextView::undoOrRedo(bool undo) {
 
 void WynTextView::insert_text(std::u16string_view text) {
   markedText_.clear();
+  auto const late = std::exchange(abandoned_, std::nullopt);
   if (iSearchWindow_ != nullptr) return iSearchWindow_->insertText(text);
+  if (late && view_ != nullptr && late->text == text &&
+      late->memento == view_->storage->current_memento)
+    return insertElsewhere(late->at, text);
   insertText(text);
+}
+
+// The selection stays what it is; `text` is within a line.
+void WynTextView::insertElsewhere(text::pos at, std::u16string_view text) {
+  view_will_change const scope(*this, true);
+  text::selection kept = view_->selection.without_text();
+  view_->storage->insert(text::iterator(at.line, at.column, view_->storage), text.begin(),
+                         text.end());
+  for (text::view_iterator* const mark : {&kept.first_mark, &kept.last_mark, &kept.current_mark})
+    if (mark->base.line == at.line && mark->base.column >= at.column)
+      mark->base.column += static_cast<std::uint32_t>(text.size());
+  view_->selection = kept;
 }
 
 void WynTextView::set_marked_text(std::u16string_view text, std::size_t offset,
                                   std::size_t length) {
   if (view_ == nullptr) return;
+  if (!text.empty()) abandoned_.reset();
   markedText_ = text;
   markedCaret_ = std::min(offset + length, text.size());
   showCaret();
@@ -262,8 +279,13 @@ void WynTextView::unmark_text() {
   insert_text(std::u16string(markedText_));
 }
 
+// An input method that is reset may hand over what was composed, some time later.
 void WynTextView::abandonMarkedText() {
   if (markedText_.empty()) return;
+  bool const is_line = markedText_.find(u'\n') == markedText_.npos;
+  if (view_ != nullptr && iSearchWindow_ == nullptr && is_line)
+    abandoned_ = {markedText_, marked_text_place(*view_).base.pos(),
+                  view_->storage->current_memento};
   markedText_.clear();
   setNeedsDisplay();
   if (host_ != nullptr) host_->input_method_changed(true);

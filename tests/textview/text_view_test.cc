@@ -340,6 +340,42 @@ TEST_F(text_view, a_click_abandons_marked_text) {
   EXPECT_EQ(host.compositions_abandoned, 1);
 }
 
+// An input method that is reset may commit what it has composed when the caret has gone elsewhere.
+TEST_F(text_view, marked_text_that_comes_late_goes_where_it_was_composed) {
+  struct row {
+    char const* before;
+    std::function<void()> meanwhile;
+    char const* after;
+  };
+  row const rows[] = {
+      {"ab|cd", [] {}, "|abxcd"},
+      {"ab|cd", [&] { click(0, 4); }, "abxcd|"},
+      {"a|b\ncd", [&] { click(1, 1); }, "axb\nc|d"},
+      {"ab|cd", [&] { view.set_marked_text(u"x", 1, 0); }, "x|abcd"},  // composed anew
+      {"ab|cd", [&] { press(u"y"); }, "yx|abcd"},
+      {"ab|cd", [&] { view.insert_text(u"y"); }, "yx|abcd"},
+      {"ab|cd", [&] { perform("deleteForward:"); }, "x|bcd"},
+  };
+  for (row const& r : rows) {
+    set(r.before);
+    view.set_marked_text(u"x", 1, 0);
+    click(0, 0);
+    r.meanwhile();
+    view.insert_text(u"x");
+    EXPECT_EQ(get(), r.after);
+  }
+}
+
+TEST_F(text_view, what_is_composed_over_a_rectangle_goes_into_all_its_lines) {
+  set("a[b\nccc\nde]f");
+  perform("toggleColumnSelection:");
+  view.set_marked_text(u"x", 1, 0);
+  view.insert_text(u"\u4e8c");
+  view.set_marked_text(u"y", 1, 0);
+  view.unmark_text();
+  EXPECT_EQ(get(), "a\u4e8cy|\nc\u4e8cyc\nd\u4e8cyf");
+}
+
 TEST_F(text_view, an_action_that_fails_beeps_and_leaves_no_step) {
   perform("undo:");
   EXPECT_EQ(desktop_.beeps, 1);
