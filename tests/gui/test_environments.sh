@@ -52,31 +52,34 @@ expect_file file.txt $'BCone\n'
 keys ctrl+q
 wait_exit
 
-# What there is no memory for is refused, and what stands in the window can be saved.
-head -c 120000000 /dev/zero | tr '\0' 'a' >large.txt
-start_editor large.txt
-wait_window '^Quirnote$'
-keys Return
-wait_window 'large.txt'
-vm=
-is_idle() {
-  local before=$vm
-  vm=$(awk '/VmSize/ { print $2 }' "/proc/$editor_pid/status")
-  [[ $vm == "$before" ]]
-}
-wait_until is_idle
-prlimit --pid "$editor_pid" --as=$(((vm + 60000) * 1024)):
-keys ctrl+a ctrl+c
-wait_window '^Quirnote$'
-keys Return
-prlimit --pid "$editor_pid" --as=unlimited:
-wait_window 'large.txt'
-keys ctrl+End
-type_text 'Z'
-keys ctrl+s
-wait_until eval '[[ $(tail -c 1 large.txt) == Z ]]'
-keys ctrl+q
-wait_exit
+# What there is no memory for is refused, and what stands in the window can be saved. The address
+# sanitizer itself ends a program that has no memory left.
+if ! grep -q __asan_init "$editor"; then
+  head -c 120000000 /dev/zero | tr '\0' 'a' >large.txt
+  start_editor large.txt
+  wait_window '^Quirnote$'
+  keys Return
+  wait_window 'large.txt'
+  vm=
+  is_idle() {
+    local before=$vm
+    vm=$(awk '/VmSize/ { print $2 }' "/proc/$editor_pid/status")
+    [[ $vm == "$before" ]]
+  }
+  wait_until is_idle
+  prlimit --pid "$editor_pid" --as=$(((vm + 60000) * 1024)):
+  keys ctrl+a ctrl+c
+  wait_window '^Quirnote$'
+  keys Return
+  prlimit --pid "$editor_pid" --as=unlimited:
+  wait_window 'large.txt'
+  keys ctrl+End
+  type_text 'Z'
+  keys ctrl+s
+  wait_until eval '[[ $(tail -c 1 large.txt) == Z ]]'
+  keys ctrl+q
+  wait_exit
+fi
 
 # Where logical pixels are no whole device pixels, what is drawn bit by bit looks like what is drawn
 # at once: carets leave nothing where they were, and areas fit together.
