@@ -130,7 +130,7 @@ void mouse_tracker::select_at(mouse_event const& event) {
   if (granularity_ == granularity::word) text_view_.performSelectorWithObject("selectWord:", {});
   if (granularity_ == granularity::line)
     text_view_.performSelectorWithObject("selectHardLine:", {});
-  anchor_ = selection;
+  take_anchor();
 }
 
 // The press was held back, since it might have become a drag.
@@ -158,7 +158,7 @@ void mouse_tracker::extend_selection_to(point p) {
     selection.first_mark = selection.current_mark;
   }
   selection.select_to(to, selection.column_mode);
-  anchor_ = selection;
+  take_anchor();
 }
 
 void mouse_tracker::drag(mouse_event const& event) {
@@ -185,6 +185,11 @@ point mouse_tracker::position() const {
   return {in_visible_.x + visible.x, in_visible_.y + visible.y};
 }
 
+void mouse_tracker::take_anchor() {
+  anchor_ = text_view_.view()->selection;
+  anchor_memento_ = text_view_.view()->storage->current_memento;
+}
+
 void mouse_tracker::select_to_mouse() {
   bool const columns = (modifiers_ & modifier::option) != 0;
   view_will_change const scope(text_view_, true);
@@ -194,7 +199,9 @@ void mouse_tracker::select_to_mouse() {
     selection.select_to(position_at(text_view_, position(), freehanded_for(columns)), columns);
     return;
   }
-  // The word or line under the mouse joins what the press selected.
+  // The word or line under the mouse joins what the press selected; what is selected now, if the
+  // text has changed under the mouse, by a key or by another program.
+  if (view.storage->current_memento != anchor_memento_) take_anchor();
   selection.set_caret(position_at(text_view_, position(), text::freehanded_t::off));
   granularity_ == granularity::word ? select_word(&view) : select_hard_line(&view);
   text::view_iterator const first = std::min(selection.first(), anchor_.first());

@@ -47,6 +47,7 @@ class mouse_tracker {
   void select_at(platform::mouse_event const& event);
   void select_at_armed_press(std::uint32_t modifiers);
   void extend_selection_to(platform::point p);
+  void take_anchor();
   void select_to_mouse();
   void set_position(platform::point p);
   platform::point position() const;
@@ -62,7 +63,8 @@ class mouse_tracker {
   platform::point in_visible_;  ///< from the corner of what is visible: the text scrolls under it
   bool has_moved_ = false;
   granularity granularity_ = granularity::unit;
-  text::selection anchor_;  ///< what the press selected, for selecting by words or lines
+  text::selection anchor_;            ///< what the press selected, for selecting by words or lines
+  std::uint32_t anchor_memento_ = 0;  ///< of the text in which it did
   drag_arm arm_ = drag_arm::none;
   std::unique_ptr<platform::timer> autoscroll_timer_, arm_timer_;
 };

@@ -66,6 +66,28 @@ TEST_F(text_view, dragging_selects_by_units_words_and_lines) {
   EXPECT_EQ(get(), "[one two\nthree four]");
 }
 
+TEST_F(text_view, dragging_goes_on_where_the_text_changes_under_a_pressed_mouse) {
+  std::vector<std::string> const emptied = {"selectAll:", "delete:"}, moved = {"moveLinesUp:"};
+  struct {
+    int clicks;
+    std::vector<std::string> const& change;
+    char const* expected;
+  } const cases[] = {
+      {1, emptied, "x|"}, {1, moved, "three fx|ne two"},
+      {2, emptied, "x|"}, {2, moved, "three x| two"},
+      {3, emptied, "x|"}, {3, moved, "x|"},
+  };
+  for (auto const& c : cases) {
+    set("|one two\nthree four");
+    view.mouse_down(event(1, 7, c.clicks));
+    for (std::string const& selector : c.change) perform(selector);
+    view.mouse_dragged(event(1, 1, c.clicks));
+    view.mouse_up(event(1, 1, c.clicks));
+    press(u"x");
+    EXPECT_EQ(get(), c.expected) << c.clicks << " clicks, " << c.change.front();
+  }
+}
+
 TEST_F(text_view, alt_drag_selects_columns_beyond_line_ends) {
   set("|abcd\nx\nefgh");
   drag(0, 1, 2, 3, 1, platform::modifier::option);
