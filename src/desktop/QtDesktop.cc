@@ -9,6 +9,7 @@
 #include "keys/WynKeyEvent.h"
 #include "platform/memory_reserve.h"
 
+#include <QDrag>
 #include <QIcon>
 #include <QSessionManager>
 #include <QTimer>
@@ -102,7 +103,11 @@ void QtDesktop::bring_to_front(EditorWindow& window) {
   if (it != windows_.end()) std::rotate(windows_.begin(), it, it + 1);
 }
 
+// What is open in a dialog, such as the menu of a file in a panel or a question about its name,
+// runs a loop of its own and comes first.
 void QtDesktop::dismiss_dialog() {
+  QDrag::cancel();
+  if (QWidget* const popup = QApplication::activePopupWidget()) popup->close();
   if (auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget()))
     dialog->reject();
 }

@@ -105,8 +105,16 @@ bool waiting::escape() {
 void waiting::finish(task last) {
   is_ending_ = true;
   deliver(std::move(last));
+  cancel_all();
+}
+
+// Until nothing waits: a panel may have opened a question of its own, which is all that cancelling
+// it once ends.
+void waiting::cancel_all() {
+  constexpr double period = 0.05;  // seconds
   auto const scopes = scopes_;
   for (auto it = scopes.rbegin(); it != scopes.rend(); ++it) (*it)->cancel_();
+  if (is_waiting()) cancel_timer_ = loop_.schedule(period, false, [this] { cancel_all(); });
 }
 
 void waiting::finish_input() {

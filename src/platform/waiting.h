@@ -88,6 +88,7 @@ class waiting {
   void run_later();
   void run_held();
   void wait_for_pause();
+  void cancel_all();
 
   run_loop& loop_;
   std::vector<scope*> scopes_;  // outermost first
@@ -96,7 +97,7 @@ class waiting {
   double since_ = 0, former_ = 0;  // seconds: when the outermost began, and the ones before it
   double typed_ = -pause;
   std::vector<task> in_pause_;
-  std::unique_ptr<timer> pause_timer_;
+  std::unique_ptr<timer> pause_timer_, cancel_timer_;
 };
 
 }  // namespace platform

@@ -180,6 +180,19 @@ TEST_P(ending, cancels_what_waits_and_keeps_what_was_typed_meanwhile) {
 
 INSTANTIATE_TEST_SUITE_P(all, ending, testing::ValuesIn(waits));
 
+// What is cancelled may have opened a dialog of its own, which is all that ends.
+TEST_F(waiting, a_signal_cancels_until_nothing_waits) {
+  int opened = 3;
+  {
+    platform::waiting::scope const scope(desktop.waits(), [&] { --opened; });
+    arrive("signal");
+    desktop.loop().run_for(a_while);
+    EXPECT_LE(opened, 0);
+  }
+  desktop.loop().run_for(a_while);
+  EXPECT_TRUE(desktop.terminated);
+}
+
 // A window's own key may have begun what waits, so it outlives that.
 // Keys meant for the text would answer a question that comes by itself.
 TEST_F(waiting, asks_about_a_changed_file_in_a_pause_of_typing) {

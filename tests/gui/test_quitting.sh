@@ -33,12 +33,37 @@ kill -TERM "$editor_pid"
 wait_exit
 grep -A 1 WynTextViewNormalFontSize "$XDG_CONFIG_HOME/Quirnote/Defaults.plist" | grep -q '>14<'
 
-# A question doesn't hold a signal up.
-start_editor b.txt
-wait_window 'b.txt'
-type_text 'unsaved'
-keys ctrl+q
-wait_window '^Quirnote$'
-kill -HUP "$editor_pid"
-wait_exit
-expect_file b.txt $'Bb\n'
+# No dialog holds a signal up, whatever is open within it.
+shown() { xdotool search --onlyvisible --class quirnote | wc -l; }
+shows() { [[ $(shown) == "$1" ]]; }
+for dialog in question replacing menu; do
+  rm -rf "$XDG_STATE_HOME/Quirnote"
+  start_editor b.txt
+  wait_window 'b.txt'
+  before=$(shown)
+  type_text 'unsaved'
+  case $dialog in
+    question)
+      keys ctrl+q
+      wait_window '^Quirnote$'
+      ;;
+    replacing)
+      keys ctrl+shift+s
+      wait_window '^Save As'
+      keys ctrl+a
+      type_text "$PWD/a.txt"
+      keys Return
+      wait_until shows $((before + 2))
+      ;;
+    menu)
+      keys ctrl+o
+      wait_window '^Quirnote: Open'
+      click 200 150 3
+      wait_until shows $((before + 2))
+      ;;
+  esac
+  kill -HUP "$editor_pid"
+  wait_exit
+  expect_file b.txt $'Bb\n'
+  grep -q unsaved "$XDG_STATE_HOME"/Quirnote/SafetyCopy-*
+done
