@@ -43,10 +43,10 @@ std::optional<selection> selection_history::find(undo_key step, view const& view
   return result;
 }
 
-void selection_history::forget(undo_key step) {
-  if (!contains(step)) return;
-  uint32_t const state = std::max(step.from, step.to);
-  pages_[state / page_states][state % page_states][step.from < step.to].is_known = false;
+// A page goes as a whole, so some states beside those two may stay.
+void selection_history::forget_between(uint32_t from, uint32_t to) {
+  uint32_t const first = from / page_states + 1, last = to / page_states;
+  if (first < last) pages_.erase(pages_.lower_bound(first), pages_.lower_bound(last));
 }
 
 }  // namespace text

@@ -2,8 +2,8 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
-#include <unordered_map>
 
 #include "text/selection.h"
 
@@ -28,7 +28,8 @@ class selection_history {
   bool contains(undo_key step) const;
   /// The marks are those of `view`; nothing for a step that isn't known.
   std::optional<selection> find(undo_key step, view const& view) const;
-  void forget(undo_key step);
+  /// A new state `to` was made from `from`: undo and redo lead to none of those between any more.
+  void forget_between(uint32_t from, uint32_t to);
 
  private:
   struct mark {
@@ -44,7 +45,7 @@ class selection_history {
   static mark packed(view_iterator const& it);
   marks const* at(undo_key step) const;
 
-  std::unordered_map<uint32_t, page> pages_;
+  std::map<uint32_t, page> pages_;
 };
 
 }  // namespace text

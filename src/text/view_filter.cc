@@ -43,6 +43,8 @@ void view::view_filter::will_change_memento(unsigned long from, unsigned long to
   if (view_.saved_selection_pending && !selections.contains(back))
     selections.store(back, view_.saved_selection);
   view_.saved_selection_pending = false;
+  bool const is_new = to >= view_.storage->next_memento;
+  if (is_new) selections.forget_between(back.to, back.from);
   filter::will_change_memento(from, to);
 }
 

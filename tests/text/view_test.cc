@@ -143,9 +143,25 @@ TEST_F(View, UndoAndRedoBringBackSelections) {
   EXPECT_EQ(get(), "one 2| three");
 }
 
+TEST_F(View, SelectionsOfStatesThatAreOutOfReachAreForgotten) {
+  auto const known = [&] {
+    uint32_t n = 0;
+    for (uint32_t state = 1; state < storage.next_memento; ++state)
+      n += view.view_filter->selections.contains({state - 1, state});
+    return n;
+  };
+  for (int n = 0; n < 500; ++n) {
+    type("x");
+    if (n >= 100) storage.undo_manager.undo();
+  }
+  EXPECT_GE(known(), 100u);
+  EXPECT_LT(known(), 150u);
+  while (storage.undo_manager.can_undo()) storage.undo_manager.undo();
+  EXPECT_EQ(get(), "|");
+}
+
 TEST_F(View, NewViewKnowsTheSelectionOfTheEmptyDocument) {
   type("abc");
-  view.view_filter->selections.forget({0, 1});
   storage.undo_manager.undo();
   EXPECT_EQ(get(), "|");
 }
