@@ -112,6 +112,14 @@ void EditorFrame::closeEvent(QCloseEvent* event) {
   });
 }
 
+// A menu bar whose menus were opened and closed in quick succession may keep the focus, and has no
+// use for a key; the text has.
+void EditorFrame::keyPressEvent(QKeyEvent* event) {
+  if (focusWidget() == text_) return QMainWindow::keyPressEvent(event);
+  text_->setFocus();
+  if (focusWidget() == text_) QCoreApplication::sendEvent(text_, event);
+}
+
 void EditorFrame::changeEvent(QEvent* event) {
   QMainWindow::changeEvent(event);
   if (event->type() != QEvent::ActivationChange || window_ == nullptr || !isActiveWindow()) return;

@@ -39,6 +39,7 @@ class EditorFrame final : public QMainWindow, public MenuTarget, public TextView
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
   void changeEvent(QEvent* event) override;
 
  private:
