@@ -100,6 +100,11 @@ void user_defaults::register_defaults(plist::dictionary const& defaults) {
   for (auto const& [key, v] : defaults) registered_.insert_or_assign(key, v);
 }
 
+void user_defaults::set_check(check fault_of) {
+  fault_of_ = std::move(fault_of);
+  take(std::move(stored_));
+}
+
 bool user_defaults::set(std::string_view key, plist::value v) {
   if (!v) {
     remove(key);
@@ -123,8 +128,8 @@ void user_defaults::store_layer(std::string_view key, std::optional<plist::value
   plist::value const before = get(key);
   auto const stored = stored_.find(key);
   auto const pending = pending_.find(key);
-  bool const is_stored =
-      v ? stored != stored_.end() && stored->second == *v : stored == stored_.end();
+  bool const is_stored = v ? stored != stored_.end() && stored->second == *v
+                           : stored == stored_.end() && !faulty_.contains(key);
   if (!is_stored || pending != pending_.end())
     pending_.insert_or_assign(std::string(key), std::move(v));
   if (!(get(key) == before)) post();
@@ -141,6 +146,19 @@ void user_defaults::load() {
   if (loaded_) return;
   loaded_ = true;
   if (!path_.empty()) reload();
+}
+
+void user_defaults::take(plist::dictionary entries) {
+  stored_ = std::move(entries);
+  faulty_.clear();
+  if (fault_of_ == nullptr) return;
+  for (auto const& [key, v] : stored_) {
+    std::string const fault = fault_of_(key, v);
+    if (fault.empty()) continue;
+    report(path_ + ": " + fault + "; the default is used instead");
+    faulty_.insert(key);
+  }
+  std::erase_if(stored_, [this](auto const& entry) { return faulty_.contains(entry.first); });
 }
 
 void user_defaults::check_for_changes() {
@@ -177,7 +195,7 @@ void user_defaults::reload() {
     report(path_ + ": " + std::strerror(now.error));
   if (now.error) return;  // the values known before go on
   seen_ = now.seen;
-  if (!now.damage) stored_ = std::move(now.entries);
+  if (!now.damage) take(std::move(now.entries));
 }
 
 /// Waits, if it is to be written `at_once`, or else gives EAGAIN while a damaged file may still be
@@ -206,7 +224,7 @@ int user_defaults::store_pending(bool at_once) {
   remove_left_over_temporaries(path_, calls_);
   if (int const error = replace_file(path_, written.text, calls_)) return error;
   pending_.clear();
-  stored_ = std::move(now.entries);
+  take(std::move(now.entries));
   struct stat info;
   seen_ = ::stat(path_.c_str(), &info) == 0 ? signature_of(info) : signature();
   return 0;

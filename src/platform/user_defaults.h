@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -58,6 +59,12 @@ class user_defaults {
 
   /// Adds to the registered defaults; a later registration of a key replaces an earlier one.
   void register_defaults(plist::dictionary const& defaults);
+  /// Says what is wrong with a value, as a sentence without its full stop; nothing of a good one.
+  /// Faulty values in the file count as not set, and are reported once. They stay there until the
+  /// key is set or removed.
+  using check = std::function<std::string(std::string_view key, plist::value const& v)>;
+  void set_check(check fault_of);
+  bool has_check() const { return fault_of_ != nullptr; }
 
   /// Setting nothing removes. False if the file can't hold the value (see plist::write_xml): it
   /// then holds for this run alone, and that is reported.
@@ -90,6 +97,7 @@ class user_defaults {
   };
   static signature signature_of(struct stat const& info);
   void load();
+  void take(plist::dictionary entries);
   void reload();
   bool store(bool at_once);
   int store_pending(bool at_once);
@@ -104,7 +112,9 @@ class user_defaults {
   file_calls& calls_;
   bool loaded_ = false;
   signature seen_;
-  plist::dictionary stored_;  // the file as last seen
+  check fault_of_;
+  plist::dictionary stored_;                   // the file as last seen, without what is faulty
+  std::set<std::string, std::less<>> faulty_;  // the other keys of the file
   std::map<std::string, std::optional<plist::value>, std::less<>> pending_;  // nullopt: removed
   plist::dictionary volatile_;
   plist::dictionary registered_;

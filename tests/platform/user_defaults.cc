@@ -125,6 +125,27 @@ TEST_F(user_defaults_test, layers) {
   EXPECT_EQ(stored(), value(plist::dictionary{}));
 }
 
+TEST_F(user_defaults_test, a_faulty_value_stays_in_the_file_and_is_not_used) {
+  write(document("<key>a</key><integer>7</integer><key>b</key><integer>7</integer>"));
+  testing::internal::CaptureStderr();
+  user_defaults defaults(path_);
+  EXPECT_EQ(defaults.integer("a"), 7);
+  defaults.register_defaults({{"a", 1}});
+  defaults.set_check([](std::string_view key, value const& v) {
+    return key == "a" && v.integer_or(0) > 5 ? "a is too much" : "";
+  });
+  EXPECT_EQ(defaults.integer("a"), 1);
+  defaults.set("b", 8);
+  EXPECT_TRUE(defaults.save());
+  EXPECT_EQ(stored(), value(plist::dictionary{{"a", 7}, {"b", 8}}));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Quirnote: " + path_ + ": a is too much; the default is used instead\n");
+  defaults.remove("a");
+  EXPECT_TRUE(defaults.save());
+  EXPECT_EQ(stored(), value(plist::dictionary{{"b", 8}}));
+  EXPECT_EQ(defaults.integer("a"), 1);
+}
+
 TEST_F(user_defaults_test, setting_what_is_stored_already_writes_nothing) {
   write(document("<key>a</key><integer>1</integer>"));
   faulty_calls calls;
