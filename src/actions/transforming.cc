@@ -13,9 +13,9 @@
 #include "actions/selecting.h"
 #include "actions/shift_lines.h"
 #include "platform/unicode.h"
-#include "platform/user_defaults.h"
 #include "platform/utf.h"
 #include "regex/traits.h"
+#include "settings/store.h"
 #include "text/box.h"
 #include "text/cluster.h"
 #include "text/convert_tabs.h"
@@ -167,7 +167,7 @@ text::char_t toggle_case(text::char_t unit) {
 
 void view_capitalize_word(text::view* view) {
   std::vector<std::u16string> excluded;
-  auto& defaults = platform::user_defaults::standard();
+  auto& defaults = settings::store();
   for (auto const& word : defaults.array("WynWordsExcludedFromCapitalization"))
     excluded.push_back(unicode::to_utf16(unicode::lowercase(word.string_or(""))));
   replace_selection(view, capitalized(selected_text(view), [&](std::u16string const& word) {

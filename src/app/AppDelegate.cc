@@ -12,8 +12,8 @@
 #include "path/path.h"
 #include "platform/desktop.h"
 #include "platform/log.h"
-#include "platform/user_defaults.h"
 #include "search/WynFindManager.h"
+#include "settings/store.h"
 #include "styles/WynThemeManager.h"
 #include "styles/wrap_columns.h"
 #include "windows/WynDocumentController.h"
@@ -111,7 +111,6 @@ std::vector<platform::menu_item> symbol_items(WynTextView const& view) {
 
 AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
     : menus_(std::move(menus)), recent_(recent_list) {
-  registerDefaults();
   auto const add = [this](char const* selector, std::function<void(plist::value const&)> action) {
     addMethod(selector, [action = std::move(action)](plist::value const& argument) {
       action(argument);
@@ -182,19 +181,13 @@ void AppDelegate::postWhileAlive(std::function<void()> work) {
   platform::desktop::current().waits().post(lives_, std::move(work));
 }
 
-void AppDelegate::registerDefaults() {
-  platform::user_defaults::standard().register_defaults(
-      {{"WynAppDelegateOpenUntitledDocument", "ahig"}});
-  WynDocument::registerDefaults();
-}
-
 void AppDelegate::setLaunchArguments(std::vector<std::string> arguments, std::string directory) {
   launchArguments_ = std::move(arguments);
   currentDirectory_ = std::move(directory);
 }
 
 void AppDelegate::didFinishLaunching() {
-  auto& defaults = platform::user_defaults::standard();
+  auto& defaults = settings::store();
   defaultsTimer_ = platform::desktop::current().loop().schedule(
       defaults_period, true, [&defaults] { defaults.check_for_changes(); });
   damagedDefaults_ = platform::notification_center::standard().observe(
@@ -404,7 +397,7 @@ bool AppDelegate::applicationMustTerminate() {
                   error->message);
     all_kept = false;
   }
-  platform::user_defaults::standard().save();
+  settings::store().save();
   return all_kept;
 }
 

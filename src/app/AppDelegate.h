@@ -27,8 +27,6 @@ class AppDelegate : public platform::application_delegate, public windows_owner 
   AppDelegate(plist::value menus, std::string const& recent_list);
   ~AppDelegate() override;
 
-  static void registerDefaults();
-
   /// What to open at launch: each argument FILE[:LINE[:COLUMN]], taken from `directory`, in a
   /// window of its own.
   void setLaunchArguments(std::vector<std::string> arguments, std::string directory);

@@ -5,9 +5,9 @@
 #include "platform/library_folders.h"
 #include "platform/log.h"
 #include "platform/replace_file.h"
-#include "platform/user_defaults.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
+#include "settings/store.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -15,10 +15,8 @@
 
 namespace {
 
-// The user's limit, or what a menu can show.
 std::size_t limit() {
-  std::int64_t const wanted = platform::user_defaults::standard().integer("NSRecentDocumentsLimit");
-  return wanted > 0 ? static_cast<std::size_t>(wanted) : 25;
+  return static_cast<std::size_t>(settings::store().integer("NSRecentDocumentsLimit"));
 }
 
 }  // namespace

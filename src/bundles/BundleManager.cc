@@ -6,7 +6,7 @@
 #include "path/path.h"
 #include "platform/notification_center.h"
 #include "platform/trash.h"
-#include "platform/user_defaults.h"
+#include "settings/store.h"
 
 #include <pwd.h>
 #include <unistd.h>
@@ -27,7 +27,7 @@ BundleManager*& shared() {
 }
 
 std::vector<std::string> stored_uuids(char const* key) {
-  plist::dictionary const holder{{key, platform::user_defaults::standard().get(key)}};
+  plist::dictionary const holder{{key, settings::store().get(key)}};
   return bundles::string_array(holder, key);
 }
 
@@ -304,7 +304,7 @@ void BundleManager::removeBundle(std::string const& uuid) {
   if (stays) {
     auto list = stored_uuids(deleted_key);
     list.push_back(uuid);
-    platform::user_defaults::standard().set(deleted_key, plist::array(list.begin(), list.end()));
+    settings::store().set(deleted_key, plist::array(list.begin(), list.end()));
   }
   for (auto const& item : item_list(bundleItemsOfBundle(uuid))) {
     itemsByUUID_.erase(item->UUID());
@@ -330,7 +330,7 @@ void BundleManager::removeBundleItem(std::string const& uuid) {
 }
 
 std::shared_ptr<Bundle> BundleManager::defaultBundle() {
-  auto& defaults = platform::user_defaults::standard();
+  auto& defaults = settings::store();
   if (auto bundle = bundleForUUID(defaults.string(default_bundle_key))) return bundle;
   std::string const wanted = full_user_name() + "\u2019s Bundle";
   std::shared_ptr<Bundle> found;
@@ -345,7 +345,7 @@ std::shared_ptr<Bundle> BundleManager::defaultBundle() {
 }
 
 void BundleManager::setDefaultBundle(Bundle const& bundle) {
-  platform::user_defaults::standard().set(default_bundle_key, bundle.UUID());
+  settings::store().set(default_bundle_key, bundle.UUID());
 }
 
 bool BundleManager::isHidden(std::string const& uuid) const {
@@ -360,7 +360,7 @@ void BundleManager::showAgain(std::string const& uuid) {
   for (char const* key : {disabled_key, deleted_key}) {
     auto list = stored_uuids(key);
     if (std::erase(list, uuid) != 0)
-      platform::user_defaults::standard().set(key, plist::array(list.begin(), list.end()));
+      settings::store().set(key, plist::array(list.begin(), list.end()));
   }
   reloadBundles();
 }

@@ -5,7 +5,7 @@
 #include "documents/untitled_numbers.h"
 #include "path/file_system.h"
 #include "platform/notification_center.h"
-#include "platform/user_defaults.h"
+#include "settings/store.h"
 
 using documents::untitled_numbers;
 
@@ -28,21 +28,13 @@ std::shared_ptr<WynDocument> WynDocument::document() {
 }
 
 encoding::charset_t WynDocument::defaultFileEncoding() {
-  auto const key = platform::user_defaults::standard().string("WynDefaultFileEncoding");
+  auto const key = settings::store().string("WynDefaultFileEncoding");
   return encoding::charset_for_key(key).value_or(encoding::UTF8);
 }
 
 line_ending::type WynDocument::defaultLineEnding() {
-  auto const key = platform::user_defaults::standard().string("WynDefaultLineEndings");
+  auto const key = settings::store().string("WynDefaultLineEndings");
   return line_ending::type_for_key(key).value_or(line_ending::LF);
-}
-
-void WynDocument::registerDefaults() {
-  platform::user_defaults::standard().register_defaults(
-      {{"WynDefaultFileEncoding", "utf-8"},
-       {"WynDefaultLineEndings", "lf"},
-       {"WynFileEncodingAndLineEndingsPreserve", true},
-       {"WynPreserveSupplementaryCharacters", true}});
 }
 
 WynDocument::WynDocument() : WynDocument(std::make_unique<text::storage>()) {}

@@ -77,7 +77,6 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// By WynDefaultFileEncoding and WynDefaultLineEndings; UTF-8 and LF if these name none.
   static encoding::charset_t defaultFileEncoding();
   static line_ending::type defaultLineEnding();
-  static void registerDefaults();
 
   WynDocument();
   /// With the text as it stands, which can't be undone.

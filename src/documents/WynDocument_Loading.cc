@@ -7,14 +7,14 @@
 #include "documents/document_alerts.h"
 #include "documents/replace_text.h"
 #include "path/file_system.h"
-#include "platform/user_defaults.h"
+#include "settings/store.h"
 
 using documents::file_text, documents::preserves_supplementary_characters;
 
 namespace {
 
 bool preserves_format() {
-  return platform::user_defaults::standard().boolean("WynFileEncodingAndLineEndingsPreserve", true);
+  return settings::store().boolean("WynFileEncodingAndLineEndingsPreserve");
 }
 
 std::unique_ptr<text::storage> storage_with(text::text_block const& units) {

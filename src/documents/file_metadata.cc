@@ -12,9 +12,9 @@
 #include <optional>
 
 #include "path/file_system.h"
-#include "platform/user_defaults.h"
 #include "plist/text_reader.h"
 #include "plist/text_writer.h"
+#include "settings/store.h"
 
 namespace documents {
 namespace {
@@ -95,7 +95,7 @@ std::string filesystem(std::string const& path) {
 }
 
 bool disable_xattr(std::string const& path) {
-  auto const setting = platform::user_defaults::standard().get("WynDocumentDisableFSMetaData");
+  auto const setting = settings::store().get("WynDocumentDisableFSMetaData");
   auto const* const types = setting.as_array();
   if (types == nullptr) return setting.integer_or(0) != 0;
   plist::value const type = filesystem(path);

@@ -15,7 +15,7 @@
 #include "encoding/estimate_buffer.h"
 #include "encoding/harmonize_units.h"
 #include "path/file_reader.h"
-#include "platform/user_defaults.h"
+#include "settings/store.h"
 
 namespace documents {
 namespace {
@@ -140,7 +140,7 @@ void decode(loaded_bytes& bytes, std::optional<encoding::charset_t> charset, boo
 }  // namespace
 
 bool preserves_supplementary_characters() {
-  return platform::user_defaults::standard().boolean("WynPreserveSupplementaryCharacters", true);
+  return settings::store().boolean("WynPreserveSupplementaryCharacters");
 }
 
 std::optional<path::file_error> read_file_text(std::string const& path,

@@ -1,12 +1,12 @@
 #include "documents/save_file.h"
 
+#include "settings/store.h"
+
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
-
-#include "platform/user_defaults.h"
 
 namespace documents {
 namespace {
@@ -26,7 +26,7 @@ std::optional<path::write_error> save_file(save_request const& request,
                                            std::optional<path::file_version>& written) {
   struct stat entry;
   bool const is_new = lstat(request.path.c_str(), &entry) != 0 && errno == ENOENT;
-  if (is_new || platform::user_defaults::standard().boolean("WynSaveAtomically")) {
+  if (is_new || settings::store().boolean("WynSaveAtomically")) {
     auto const failure =
         path::write_atomically(request.path, request.contents, request.options, written);
     if (!failure || failure->changed || failure->is_in_place) return failure;

@@ -1,12 +1,12 @@
 #include "layout/TextLayout.h"
 
-#include "platform/user_defaults.h"
+#include "settings/store.h"
 
 #include <algorithm>
 #include <cmath>
 
 void TextLayout::setFont(platform::font const& f, platform::view_host& host) {
-  auto& defaults = platform::user_defaults::standard();
+  auto& defaults = settings::store();
   font_ = f;
   host.set_font(f);
   platform::font_metrics const metrics = host.metrics_for(f);

@@ -2,11 +2,10 @@
 
 #include <memory>
 
-#include "platform/user_defaults.h"
 #include "platform/utf.h"
+#include "settings/store.h"
 
 static constexpr char const* key = "WynWordCharacters";
-static constexpr char const* default_characters = "_";
 
 WynWordCharacters& WynWordCharacters::shared() {
   // Never destroyed: objects that are may still ask.
@@ -15,14 +14,13 @@ WynWordCharacters& WynWordCharacters::shared() {
 }
 
 WynWordCharacters::WynWordCharacters() {
-  platform::user_defaults::standard().register_defaults({{key, default_characters}});
   reload();
   token_ = platform::notification_center::standard().observe(platform::user_defaults::did_change,
                                                              [this](auto const&) { reload(); });
 }
 
 void WynWordCharacters::reload() {
-  std::string characters = platform::user_defaults::standard().string(key, default_characters);
+  std::string characters = settings::store().string(key);
   if (characters == characters_) return;
   characters_ = std::move(characters);
   rebuild(unicode::to_utf16(characters_));

@@ -3,9 +3,10 @@
 #include "platform/desktop.h"
 #include "platform/event.h"
 #include "platform/notification_center.h"
-#include "platform/user_defaults.h"
 #include "platform/utf.h"
 #include "search/searched_view.h"
+#include "settings/store.h"
+#include "settings/table.h"
 #include "text/view.h"
 
 #include <algorithm>
@@ -19,18 +20,7 @@ constexpr std::array<char const*, 7> action_for_tag = {
     nullptr, "findNext", "findPrevious", "replace", "replaceAndFind", "replaceAll", "count"};
 
 plist::dictionary const& default_options() {
-  static plist::dictionary const defaults = {{"findString", ""},
-                                             {"replaceString", ""},
-                                             {"ignoreCase", false},
-                                             {"wrapAround", false},
-                                             {"regularExpression", false},
-                                             {"findInProjectRegularExpression", false},
-                                             {"replaceAllScope", "selection"}};
-  return defaults;
-}
-
-platform::user_defaults& defaults() {
-  return platform::user_defaults::standard();
+  return settings::find("WynFindPanelOptions")->standard.entries();
 }
 
 platform::find_panel& panel() {
@@ -56,7 +46,7 @@ WynFindManager& WynFindManager::sharedInstance() {
 }
 
 WynFindManager::WynFindManager() : options_(default_options()) {
-  for (auto const& [key, value] : defaults().dictionary("WynFindPanelOptions"))
+  for (auto const& [key, value] : settings::store().dictionary("WynFindPanelOptions"))
     if (key != "findString") options_.insert_or_assign(key, value);
 }
 
@@ -106,7 +96,7 @@ void WynFindManager::setOptions(plist::dictionary options) {
 void WynFindManager::storeOptions() const {
   plist::dictionary stored = options_;
   for (char const* momentary : {"findString", "action", "statusText"}) stored.erase(momentary);
-  defaults().set("WynFindPanelOptions", stored);
+  settings::store().set("WynFindPanelOptions", stored);
 }
 
 void WynFindManager::writeStringToFindPboard(std::string const& string) {
@@ -128,19 +118,19 @@ std::string WynFindManager::findPboardString() {
 
 void WynFindManager::remember(char const* history, std::string const& entry) {
   if (entry.empty()) return;
-  plist::array list = defaults().array(history);
+  plist::array list = settings::store().array(history);
   std::erase_if(list, [&](plist::value const& old) { return old.string_or("") == entry; });
   list.insert(list.begin(), entry);
   if (list.size() > history_length) list.resize(history_length);
-  defaults().set(history, list);
+  settings::store().set(history, list);
 }
 
 plist::array WynFindManager::findHistory() const {
-  return defaults().array("findHistory");
+  return settings::store().array("findHistory");
 }
 
 plist::array WynFindManager::replaceHistory() const {
-  return defaults().array("replaceHistory");
+  return settings::store().array("replaceHistory");
 }
 
 void WynFindManager::orderFrontFindPanel(bool replace_field) {

@@ -27,7 +27,6 @@ class WynFindManager : public platform::find_panel_delegate {
   enum tag { find_next = 1, find_previous, replace, replace_and_find, replace_all, count };
 
   static WynFindManager& sharedInstance();
-  static void registerDefaults();
 
   plist::dictionary const& options();
   /// Keys that are missing take their default values.

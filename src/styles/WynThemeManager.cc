@@ -11,8 +11,8 @@
 #include "platform/desktop.h"
 #include "platform/library_folders.h"
 #include "platform/log.h"
-#include "platform/user_defaults.h"
 #include "platform/uuid.h"
+#include "settings/store.h"
 #include "styles/color_strings.h"
 
 namespace {
@@ -21,8 +21,6 @@ constexpr char const* selected_key = "WynThemeManagerSelectedTheme";
 constexpr char const* follows_key = "WynThemeManagerFollowsDesktop";
 constexpr char const* light_key = "WynThemeManagerLightTheme";
 constexpr char const* dark_key = "WynThemeManagerDarkTheme";
-constexpr char const* default_light_theme = "7CAF2E89-DB5D-561D-A119-A2A7AF6D929B";
-constexpr char const* default_dark_theme = "64080B94-DF18-5159-9D76-94986E324593";
 constexpr char const* deleted_key = "WynThemeManagerDeletedThemes";
 
 std::vector<std::string> theme_folders() {
@@ -37,10 +35,6 @@ bool has_dark_background(WynThemeManager::theme const& theme) {
     if (auto const c = NSColorForKey(rule["settings"], "background"); c && !rule["scope"])
       return is_dark(*c);
   return false;
-}
-
-platform::user_defaults& defaults() {
-  return platform::user_defaults::standard();
 }
 
 }  // namespace
@@ -73,7 +67,7 @@ std::vector<WynThemeManager::theme> WynThemeManager::themesInFolders() const {
 
 void WynThemeManager::readThemes(std::string const& folder, std::vector<theme>& themes) const {
   if (!path::exists(folder)) return;
-  plist::array const deleted = defaults().array(deleted_key);
+  plist::array const deleted = settings::store().array(deleted_key);
   for (std::string const& name : path::visible_names(folder)) {
     if (!name.ends_with("plist") && !name.ends_with("qnTheme")) continue;
     std::string const file = path::join(folder, name);
@@ -115,13 +109,14 @@ WynThemeManager::theme const* WynThemeManager::themeOfFile(std::string const& fi
 WynThemeManager::theme const* WynThemeManager::selectedTheme() {
   if (followsDesktop()) {
     bool const dark = platform::desktop::current().appearance().is_dark();
-    std::string const uuid = dark ? defaults().string(dark_key, default_dark_theme)
-                                  : defaults().string(light_key, default_light_theme);
+    std::string const uuid =
+        dark ? settings::store().string(dark_key) : settings::store().string(light_key);
     if (theme const* const found = themeWithUUID(uuid)) return found;
   }
-  if (theme const* const found = themeWithUUID(defaults().string(selected_key))) return found;
+  if (theme const* const found = themeWithUUID(settings::store().string(selected_key)))
+    return found;
   if (settingsFiles_.size() <= 2) return nullptr;
-  defaults().set(selected_key, settingsFiles_[2].uuid());
+  settings::store().set(selected_key, settingsFiles_[2].uuid());
   return &settingsFiles_[2];
 }
 
@@ -133,20 +128,20 @@ plist::value WynThemeManager::currentTheme() {
 bool WynThemeManager::selectTheme(std::string const& uuid) {
   theme const* const chosen = themeWithUUID(uuid);
   if (chosen == nullptr) return false;
-  defaults().set(has_dark_background(*chosen) ? dark_key : light_key, uuid);
-  defaults().set(selected_key, uuid);
-  defaults().set(follows_key, false);
+  settings::store().set(has_dark_background(*chosen) ? dark_key : light_key, uuid);
+  settings::store().set(selected_key, uuid);
+  settings::store().set(follows_key, false);
   return true;
 }
 
 bool WynThemeManager::followsDesktop() const {
-  return defaults().boolean(follows_key);
+  return settings::store().boolean(follows_key);
 }
 
 void WynThemeManager::setFollowsDesktop(bool follow) {
   if (theme const* const current = selectedTheme(); current != nullptr && !follow)
-    defaults().set(selected_key, current->uuid());
-  defaults().set(follows_key, follow);
+    settings::store().set(selected_key, current->uuid());
+  settings::store().set(follows_key, follow);
 }
 
 void WynThemeManager::tellIfChanged() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "settings/limits.h"
+
 #include <string_view>
 
 /// The options that each document has for itself: what a tab is, and where lines are wrapped.
@@ -19,5 +21,5 @@ inline constexpr char const* tab_size_domain = "WynTextViewScopedTabSize";
 inline constexpr char const* soft_wrap_domain = "WynTextViewScopedSoftWrap";
 inline constexpr char const* right_margin_key = "WynTextViewRightMarginColumn";
 
-inline constexpr int max_tab_size = 64;   // columns
-inline constexpr int max_margin = 10000;  // columns
+using settings::max_margin;
+using settings::max_tab_size;

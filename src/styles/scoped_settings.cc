@@ -1,6 +1,6 @@
 #include "styles/scoped_settings.h"
 
-#include "platform/user_defaults.h"
+#include "settings/store.h"
 
 #include <chrono>
 #include <limits>
@@ -25,7 +25,7 @@ int common_components(std::string_view a, std::string_view b) {
 namespace scoped_settings {
 
 plist::value value_for(std::string_view root_scope, std::string_view key, std::string_view domain) {
-  plist::dictionary const entries = platform::user_defaults::standard().dictionary(domain);
+  plist::dictionary const entries = settings::store().dictionary(domain);
   int best = -1;
   double best_date = 0;
   plist::value result;
@@ -44,7 +44,7 @@ plist::value value_for(std::string_view root_scope, std::string_view key, std::s
 
 void set_value(std::string_view root_scope, plist::value value, std::string_view key,
                std::string_view domain) {
-  auto& defaults = platform::user_defaults::standard();
+  auto& defaults = settings::store();
   plist::dictionary entries = defaults.dictionary(domain);
   plist::dictionary entry{{"updated", now()}};
   entry.insert_or_assign(std::string(key), std::move(value));

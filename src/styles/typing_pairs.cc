@@ -1,7 +1,7 @@
 #include "styles/typing_pairs.h"
 
-#include "platform/user_defaults.h"
 #include "platform/utf.h"
+#include "settings/store.h"
 
 #include <string>
 
@@ -20,5 +20,5 @@ std::vector<unit_pair> pairs_of(plist::value const& list) {
 std::vector<unit_pair> pairs_of_settings(plist::value const& settings, char const* key) {
   plist::value const own = settings[key];
   if (own.as_array()) return pairs_of(own);
-  return pairs_of(platform::user_defaults::standard().array("WynTextViewDefaultSmartTypingPairs"));
+  return pairs_of(settings::store().array("WynTextViewDefaultSmartTypingPairs"));
 }

@@ -2,7 +2,7 @@
 
 #include "bundles/BundleManager.h"
 #include "grammar/possible_scopes.h"
-#include "platform/user_defaults.h"
+#include "settings/store.h"
 #include "styles/indent_patterns.h"
 #include "styles/typing_pairs.h"
 
@@ -24,7 +24,7 @@ std::shared_ptr<typing_settings> typing_settings::of(plist::value const& theme_r
   static std::shared_ptr<typing_settings> made;
   static sources made_of;
   sources now{BundleManager::sharedInstance().revision(), theme_rules,
-              platform::user_defaults::standard().get("WynTextViewDefaultSmartTypingPairs")};
+              settings::store().get("WynTextViewDefaultSmartTypingPairs")};
   if (made == nullptr || !(now == made_of)) made.reset(new typing_settings(now.theme, now.pairs));
   made_of = std::move(now);
   return made;

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "platform/user_defaults.h"
+#include "settings/store.h"
 #include "styles/color_strings.h"
 
 namespace {
@@ -13,7 +13,7 @@ double share_of(platform::color c) {
 
 // Those of the desktop, but for what the user has set in their place.
 platform::palette with_own_colors(platform::palette palette) {
-  auto& defaults = platform::user_defaults::standard();
+  auto& defaults = settings::store();
   auto const own = [&](char const* key) { return NSColorFromString(defaults.string(key)); };
   if (auto const background = own("WynTextViewBackgroundColor")) {
     palette.background = *background;

@@ -1,7 +1,7 @@
 #include "styles/wrap_columns.h"
 
 #include "platform/desktop.h"
-#include "platform/user_defaults.h"
+#include "settings/store.h"
 #include "styles/document_options.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ namespace {
 constexpr char const* key = "WynWrapColumns";
 
 plist::array stored() {
-  return platform::user_defaults::standard().array(key);
+  return settings::store().array(key);
 }
 
 // 0 unless all of the text is a number of columns.
@@ -40,7 +40,7 @@ void wrap_columns::add(int column) {
     return other.integer_or(0) > column;
   });
   columns.insert(behind, column);
-  platform::user_defaults::standard().set(key, std::move(columns));
+  settings::store().set(key, std::move(columns));
 }
 
 std::vector<platform::menu_item> wrap_columns::menu_items() {

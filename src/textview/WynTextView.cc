@@ -71,7 +71,6 @@ WynTextView::WynTextView()
       indenter_(std::make_unique<line_indenter>(*this)),
       mouse_(std::make_unique<mouse_tracker>(*this)),
       drop_(std::make_unique<drop_target>(*this)) {
-  registerDefaults();
   // In front of the plain one, which doesn't know the language.
   actions_.add_action([this](text::view*) { return indenter_->copy(); }, "copy:");
   actions_.add_action(

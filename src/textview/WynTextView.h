@@ -58,9 +58,6 @@ class WynTextView : public platform::responder,
   WynTextView(WynTextView const&) = delete;
   WynTextView& operator=(WynTextView const&) = delete;
 
-  /// Enters the default values of the options that this class reads.
-  static void registerDefaults();
-
   /// Shows another document, or none. The one shown before gets its view back.
   void setDocument(std::shared_ptr<WynDocument> document);
   std::shared_ptr<WynDocument> const& document() const { return document_; }
@@ -100,9 +97,8 @@ class WynTextView : public platform::responder,
 
   // Options (WynTextView_Extension.cc), with those of view_switches. Setters do nothing when the
   // value stands.
-  /// Whether brackets and quotes are typed in pairs. The setter is for this view alone.
+  /// Whether brackets and quotes are typed in pairs. Its action is for this view alone.
   bool smartTyping() const final { return smartTyping_; }
-  void setSmartTyping(bool on) { smartTyping_ = on; }
   bool overwriteMode() const final { return overwriteMode_; }
   void setOverwriteMode(bool on);
   bool autoIndent() const final { return view_switches::autoIndent(); }
@@ -305,12 +301,12 @@ class WynTextView : public platform::responder,
   void addPairMethods();
   /// Enters an action that runs inside a view_will_change scope.
   void addAction(std::string selector, std::function<void()> action);
-  void addToggle(std::string const& name, std::function<bool()> get, std::function<void(bool)> set);
+  void addToggle(std::string const& selector, std::function<bool()> get,
+                 std::function<void()> flip);
   void frameDidChange();
   void fontDidChange();
-  void switchDidChange(effect what) override;
+  void switchDidChange() override;
   void applyFreehandedMode();
-  void applyFoldingsEnabled();
 
   // Options of one document (WynTextView_ScopedSettings.cc)
   void addScopedSettingMethods();

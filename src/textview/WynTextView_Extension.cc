@@ -1,5 +1,6 @@
 #include "platform/desktop.h"
-#include "platform/user_defaults.h"
+#include "settings/limits.h"
+#include "settings/store.h"
 #include "styles/view_styles.h"
 #include "text/cell_width.h"
 #include "textview/WynTextView.h"
@@ -16,10 +17,6 @@ namespace {
 constexpr std::array<double, 16> font_sizes = {6,  7,  8,  9,  10, 11, 12, 13,
                                                14, 16, 18, 20, 24, 32, 48, 72};
 
-platform::user_defaults& defaults() {
-  return platform::user_defaults::standard();
-}
-
 // 0 for anything that is no number from 1.
 std::size_t number_from_1(plist::value const& v) {
   return static_cast<std::size_t>(std::max<std::int64_t>(v.integer_or(0), 0));
@@ -34,33 +31,15 @@ text::iterator capped_position(text::storage& storage, std::size_t line, std::si
 }
 
 double bounded_font_size(double points) {
-  return std::clamp(std::round(points), 4.0, 200.0);
-}
-
-std::string capitalized(std::string name) {
-  name[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(name[0])));
-  return name;
+  return std::clamp<double>(std::round(points), settings::min_font_size, settings::max_font_size);
 }
 
 }  // namespace
 
-void WynTextView::switchDidChange(effect what) {
-  switch (what) {
-    case effect::none:
-      break;
-    case effect::display:
-      setNeedsDisplay();
-      break;
-    case effect::frame:
-      frameDidChange();
-      break;
-    case effect::freehanded_mode:
-      applyFreehandedMode();
-      break;
-    case effect::foldings:
-      applyFoldingsEnabled();
-      break;
-  }
+void WynTextView::switchDidChange() {
+  applyFreehandedMode();
+  if (view_ != nullptr) view_->set_foldings_enabled(foldingsEnabled());
+  frameDidChange();
 }
 
 void WynTextView::frameDidChange() {
@@ -74,30 +53,31 @@ void WynTextView::applyFreehandedMode() {
   view_->set_freehanded_mode(freehandedEdit());
 }
 
-void WynTextView::addToggle(std::string const& name, std::function<bool()> get,
-                            std::function<void(bool)> set) {
-  std::string const toggle = "toggle" + capitalized(name);
-  addMethod(toggle + ":", [get, set = std::move(set)](plist::value const&) {
-    set(!get());
+void WynTextView::addToggle(std::string const& selector, std::function<bool()> get,
+                            std::function<void()> flip) {
+  addMethod(selector, [flip = std::move(flip)](plist::value const&) {
+    flip();
     return plist::value();
   });
-  addMethod(toggle + "IsChecked:", [get](plist::value const&) { return plist::value(get()); });
+  std::string const query = selector.substr(0, selector.size() - 1) + "IsChecked:";
+  addMethod(query, [get = std::move(get)](plist::value const&) { return plist::value(get()); });
 }
 
 void WynTextView::addExtensionMethods() {
-  for (view_switch const& option : switches())
+  for (std::size_t n = 0; n < switches().size(); ++n)
     addToggle(
-        option.name, [this, &option] { return value_of(option); },
-        [this, &option](bool on) { setSwitch(option, on); });
+        switches()[n].row->changed_by.selector, [this, n] { return switches()[n].on; },
+        [this, n] { flip(n); });
   addToggle(
-      "softTabs", [this] { return softTabs(); }, [this](bool on) { setSoftTabs(on); });
+      "toggleSoftTabs:", [this] { return softTabs(); }, [this] { setSoftTabs(!softTabs()); });
   addToggle(
-      "softWrap", [this] { return softWrap(); }, [this](bool on) { setSoftWrap(on); });
+      "toggleSoftWrap:", [this] { return softWrap(); }, [this] { setSoftWrap(!softWrap()); });
   addToggle(
-      "overwriteMode", [this] { return overwriteMode_; },
-      [this](bool on) { setOverwriteMode(on); });
+      "toggleOverwriteMode:", [this] { return overwriteMode_; },
+      [this] { setOverwriteMode(!overwriteMode_); });
   addToggle(
-      "smartTyping", [this] { return smartTyping_; }, [this](bool on) { setSmartTyping(on); });
+      "toggleSmartTyping:", [this] { return smartTyping_; },
+      [this] { smartTyping_ = !smartTyping_; });
   // A margin shows where there is a column for it.
   for (char const* query : {"canToggleShowWrapMarginIndicator", "canToggleHighlightWrapMargin"})
     addMethod(query, [this](plist::value const&) { return plist::value(rightMargin() > 0); });
@@ -153,7 +133,7 @@ void WynTextView::setOverwriteMode(bool on) {
 void WynTextView::setFontSize(double points) {
   if (points == fontSize_) return;
   fontSize_ = points;
-  defaults().set("WynTextViewNormalFontSize", points);
+  settings::store().set("WynTextViewNormalFontSize", points);
   fontDidChange();
 }
 
@@ -167,7 +147,7 @@ void WynTextView::chooseFont() {
       platform::desktop::current().fonts().run({fontName_, fontSize_, antiAliasEnabled()});
   if (!chosen) return;
   fontName_ = chosen->family;
-  defaults().set("WynTextViewNormalFontName", fontName_);
+  settings::store().set("WynTextViewNormalFontName", fontName_);
   fontDidChange();
   setFontSize(bounded_font_size(chosen->point_size));
 }
@@ -211,9 +191,9 @@ bool WynTextView::replacingText(std::function<bool()> const& replace) {
 
 // Defaults also change by the setters above, where each value stands already.
 void WynTextView::userDefaultsDidChange() {
-  auto& d = defaults();
-  std::string const font_name = d.string("WynTextViewNormalFontName", "monospace");
-  double const font_size = bounded_font_size(d.real("WynTextViewNormalFontSize", 12));
+  auto& d = settings::store();
+  std::string const font_name = d.string("WynTextViewNormalFontName");
+  double const font_size = bounded_font_size(d.real("WynTextViewNormalFontSize"));
   bool const new_font = font_name != fontName_ || font_size != fontSize_;
   fontName_ = font_name;
   fontSize_ = font_size;
@@ -234,7 +214,7 @@ void WynTextView::userDefaultsDidChange() {
 
 void WynTextView::applyOptionsToView() {
   if (view_ == nullptr) return;
-  text::set_counts_units_as_cells(!defaults().boolean("WynTextViewWideCharactersEnabled"));
+  text::set_counts_units_as_cells(!settings::store().boolean("WynTextViewWideCharactersEnabled"));
   if (view_->follow_cell_widths()) frameDidChange();
   view_->set_tab_size(tabSize());
   view_->set_treats_spaces_as_tabs(softTabs());

@@ -92,11 +92,6 @@ void WynTextView::addFoldingMethods() {
   });
 }
 
-void WynTextView::applyFoldingsEnabled() {
-  if (view_ != nullptr) view_->set_foldings_enabled(foldingsEnabled());
-  frameDidChange();
-}
-
 bool WynTextView::isFolded(std::size_t row) const {
   return view_->foldings_enabled && !view_->folding_filter->foldings.empty() &&
          view_->folding_filter->is_folded(view_->begin(row).base.line);

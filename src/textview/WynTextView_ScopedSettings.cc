@@ -1,4 +1,4 @@
-#include "platform/user_defaults.h"
+#include "settings/store.h"
 #include "styles/scoped_settings.h"
 #include "styles/wrap_columns.h"
 #include "text/view.h"
@@ -126,7 +126,7 @@ void WynTextView::setRightMargin(int column) {
   documentOptions_.rightMargin = column;
   wrappingDidChange();
   storing const own;
-  platform::user_defaults::standard().set(right_margin_key, column);
+  settings::store().set(right_margin_key, column);
 }
 
 void WynTextView::wrappingDidChange() {

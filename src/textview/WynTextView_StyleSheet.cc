@@ -11,9 +11,9 @@
 #include "path/path.h"
 #include "platform/desktop.h"
 #include "platform/log.h"
-#include "platform/user_defaults.h"
 #include "platform/utf.h"
 #include "regex/onig_library.h"
+#include "settings/store.h"
 #include "styles/WynThemeManager.h"
 #include "styles/color_strings.h"
 #include "styles/language_choice.h"
@@ -32,10 +32,6 @@ namespace {
 constexpr char const* bindings_key = "WynLanguageFileBindings";
 constexpr char const* default_language_key = "WynDefaultLanguage";
 constexpr std::size_t first_line_units = 4096;  // no more of it is looked at to tell the language
-
-platform::user_defaults& defaults() {
-  return platform::user_defaults::standard();
-}
 
 /// The index among languages; `grammar::catalogue::none` when there is none.
 unsigned index_of_language(std::string const& uuid) {
@@ -109,7 +105,7 @@ std::string WynTextView::languageChoiceForFileWithFirstLine(std::string const& p
                                                             std::string const& first_line) const {
   return language_choice::for_file(
       path, first_line, BundleManager::sharedInstance().languageEntries(),
-      defaults().array(bindings_key), defaults().string(default_language_key));
+      settings::store().array(bindings_key), settings::store().string(default_language_key));
 }
 
 std::string WynTextView::languageChoiceForCurrentFile() const {
@@ -207,11 +203,12 @@ void WynTextView::learnFileAssociation(std::string const& uuid) {
   std::string const word =
       view_ == nullptr ? "" : language_choice::word_to_learn(document_->filename());
   if (word.empty() || uuid.empty()) return;
-  defaults().set(bindings_key, language_choice::without_word(defaults().array(bindings_key), word));
+  settings::store().set(bindings_key,
+                        language_choice::without_word(settings::store().array(bindings_key), word));
   if (languageChoiceForCurrentFile() == uuid) return;
   std::string const name = language_with(uuid)["name"].string_or("untitled");
-  defaults().set(bindings_key,
-                 language_choice::with_word(defaults().array(bindings_key), word, uuid, name));
+  settings::store().set(bindings_key, language_choice::with_word(
+                                          settings::store().array(bindings_key), word, uuid, name));
 }
 
 void WynTextView::languagesDidChange() {

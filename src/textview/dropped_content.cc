@@ -6,8 +6,8 @@
 #include "path/file_system.h"
 #include "platform/desktop.h"
 #include "platform/run_program.h"
-#include "platform/user_defaults.h"
 #include "platform/utf.h"
+#include "settings/store.h"
 
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -82,8 +82,7 @@ std::u16string text_of_color(plist::value const& color) {
   int const input = input_with(numbers);
   if (input < 0) return {};
   // Both of the command's outputs count, as they do for any other command of the user.
-  std::string const command =
-      platform::user_defaults::standard().string("WynTextViewPrettyPrintColorCommand");
+  std::string const command = settings::store().string("WynTextViewPrettyPrintColorCommand");
   auto const result = platform::run_program({"/bin/bash", "-c", "exec 1>&2\n" + command}, input,
                                             color_command_time, [] { return true; });
   ::close(input);

@@ -3,7 +3,7 @@
 #include "actions/selecting.h"
 #include "layout/geometry.h"
 #include "platform/desktop.h"
-#include "platform/user_defaults.h"
+#include "settings/store.h"
 #include "text/view.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
@@ -24,7 +24,6 @@ constexpr std::uint32_t kept_flags =
     modifier::shift | modifier::control | modifier::option | modifier::command;
 constexpr double tap_time = 0.18;           // seconds
 constexpr double autoscroll_period = 0.05;  // seconds
-constexpr std::int64_t drag_delay = 150;    // milliseconds that the mouse is held still before
 
 text::freehanded_t::type freehanded_for(bool columns) {
   return columns ? text::freehanded_t::on : text::freehanded_t::automatic;
@@ -57,8 +56,7 @@ void mouse_tracker::modifiers_changed(std::uint32_t modifiers) {
       text_view_.performSelectorWithObject("toggleColumnSelection:", {});
     return;
   }
-  bool const disabled =
-      platform::user_defaults::standard().boolean("DisableColumnSelectionTogglingOnOption");
+  bool const disabled = settings::store().boolean("DisableColumnSelectionTogglingOnOption");
   if (!disabled) toggle_columns_on_option_tap(old, flags);
 }
 
@@ -96,9 +94,7 @@ bool mouse_tracker::arm_drag(mouse_event const& event) {
   std::uint32_t const held = event.modifiers & kept_flags;
   bool const is_free = held == 0 || (held == modifier::command && !host->is_window_key());
   if (!is_free || !is_in_selection(text_view_, event.position)) return false;
-  auto& defaults = platform::user_defaults::standard();
-  double const delay =
-      static_cast<double>(defaults.integer("NSDragAndDropTextDelay", drag_delay)) / 1000;
+  double const delay = settings::store().real("NSDragAndDropTextDelay") / 1000;
   arm_ = drag_arm::waiting;
   arm_timer_ = platform::desktop::current().loop().schedule(delay, false, [this] {
     arm_ = drag_arm::armed;

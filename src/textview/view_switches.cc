@@ -1,65 +1,44 @@
 #include "textview/view_switches.h"
 
-#include "platform/user_defaults.h"
+#include "settings/store.h"
+#include "settings/table.h"
 
-std::span<view_switches::view_switch const> view_switches::switches() {
-  static constexpr view_switch entries[] = {
-      {"lineNumbers", "WynTextViewLineNumbersEnabled", &view_switches::lineNumbers_, effect::frame},
-      {"showSoftWrapInGutter", "WynTextViewShowSoftWrapInGutterEnabled",
-       &view_switches::showSoftWrapInGutter_, effect::frame},
-      {"showBookmarksInGutter", "WynTextViewShowBookmarksInGutterEnabled",
-       &view_switches::showBookmarksInGutter_, effect::frame},
-      {"antiAliasEnabled", "WynTextViewAntiAliasEnabled", &view_switches::antiAliasEnabled_,
-       effect::frame},
-      {"showInvisibles", "WynTextViewShowInvisiblesEnabled", &view_switches::showInvisibles_,
-       effect::display},
-      {"highlightCurrentLine", "WynTextViewHighlightCurrentLine",
-       &view_switches::highlightCurrentLine_, effect::display},
-      {"showWrapMarginIndicator", "WynTextViewShowWrapMarginIndicator",
-       &view_switches::showWrapMarginIndicator_, effect::display},
-      {"highlightWrapMargin", "WynTextViewHighlightWrapMargin",
-       &view_switches::highlightWrapMargin_, effect::display},
-      {"hardWrap", "WynTextViewHardWrapEnabled", &view_switches::hardWrap_, effect::none},
-      {"foldingsEnabled", "WynTextViewFoldingsEnabled", &view_switches::foldingsEnabled_,
-       effect::foldings},
-      {"openFilesFolded", "WynTextViewOpenFilesFoldedEnabled", &view_switches::openFilesFolded_,
-       effect::none},
-      {"autoIndent", "WynTextViewAutoIndentEnabled", &view_switches::autoIndent_, effect::none},
-      {"indentedPaste", "WynTextViewIndentedPasteEnabled", &view_switches::indentedPaste_,
-       effect::none},
-      {"freehandedEdit", "WynTextViewFreehandedModeEnabled", &view_switches::freehandedEdit_,
-       effect::freehanded_mode},
-  };
-  return entries;
+#include <cassert>
+
+view_switches::view_switches() {
+  for (settings::setting const& row : settings::all())
+    if (row.changed_by.is_switch) switches_.push_back({&row, row.standard.boolean_or(false)});
 }
 
-void view_switches::setSwitch(view_switch const& option, bool on) {
-  if (value_of(option) == on) return;
-  this->*option.value = on;
-  platform::user_defaults::standard().set(option.key, on);
-  switchDidChange(option.on_change);
+bool view_switches::isOn(std::string_view key) const {
+  for (view_switch const& option : switches_)
+    if (option.row->key == key) return option.on;
+  assert(!"a switch has a row in the table of settings");
+  return false;
 }
 
-// A missing row fails the first test that sets the option.
-void view_switches::setSwitch(bool view_switches::*value, bool on) {
-  for (view_switch const& candidate : switches())
-    if (candidate.value == value) setSwitch(candidate, on);
+void view_switches::flip(std::size_t index) {
+  view_switch& option = switches_[index];
+  option.on = !option.on;
+  settings::store().set(option.row->key, option.on);
+  switchDidChange();
 }
 
-// Defaults also change by the setters above, where each value stands already.
+// Defaults also change by flip(), where each value stands already.
 void view_switches::followDefaults() {
-  auto& defaults = platform::user_defaults::standard();
-  for (view_switch const& option : switches()) {
-    bool const on = defaults.boolean(option.key);
-    bool const is_scoped = option.value == &view_switches::showInvisibles_ && scopedShowInvisibles_;
-    if (value_of(option) == on || is_scoped) continue;
-    this->*option.value = on;
-    switchDidChange(option.on_change);
+  auto& defaults = settings::store();
+  for (view_switch& option : switches_) {
+    bool const on = defaults.boolean(option.row->key);
+    bool const is_scoped = option.row->key == show_invisibles && scopedShowInvisibles_;
+    if (option.on == on || is_scoped) continue;
+    option.on = on;
+    switchDidChange();
   }
 }
 
 void view_switches::setScopedShowInvisibles(std::optional<bool> scoped) {
   scopedShowInvisibles_ = scoped;
-  showInvisibles_ = scoped.value_or(
-      platform::user_defaults::standard().boolean("WynTextViewShowInvisiblesEnabled"));
+  bool const on = scoped.value_or(settings::store().boolean(show_invisibles));
+  for (view_switch& option : switches_)
+    if (option.row->key == show_invisibles) option.on = on;
 }

@@ -1,70 +1,51 @@
 #pragma once
 
-#include <optional>
-#include <span>
-#include <string>
+#include "settings/setting.h"
 
-/// The options of a text view that are on or off and that all views share. Each is kept in a user
-/// default, which is also followed while the program runs. A setter stores what it is given, and
-/// does nothing when the value stands. Main thread only.
-///
-/// A new one needs its accessors here, a row of the table in view_switches.cc, its default in
-/// view_defaults.cc and its toggle in share/menus.plist.
+#include <optional>
+#include <string_view>
+#include <vector>
+
+/// The options of a text view that are on or off and that all views share: the switches among the
+/// settings (settings/table.h). Each has an action that turns it on or off and is ticked in menus.
+/// Its user default is followed while the program runs. Main thread only.
 class view_switches {
  public:
-  bool lineNumbers() const { return lineNumbers_; }
-  void setLineNumbers(bool on) { setSwitch(&view_switches::lineNumbers_, on); }
-  bool showSoftWrapInGutter() const { return showSoftWrapInGutter_; }
-  void setShowSoftWrapInGutter(bool on) { setSwitch(&view_switches::showSoftWrapInGutter_, on); }
-  bool showBookmarksInGutter() const { return showBookmarksInGutter_; }
-  void setShowBookmarksInGutter(bool on) { setSwitch(&view_switches::showBookmarksInGutter_, on); }
+  bool lineNumbers() const { return isOn("WynTextViewLineNumbersEnabled"); }
+  bool showSoftWrapInGutter() const { return isOn("WynTextViewShowSoftWrapInGutterEnabled"); }
+  bool showBookmarksInGutter() const { return isOn("WynTextViewShowBookmarksInGutterEnabled"); }
   /// A line at the right margin, if there is one.
-  bool showWrapMarginIndicator() const { return showWrapMarginIndicator_; }
-  void setShowWrapMarginIndicator(bool on) {
-    setSwitch(&view_switches::showWrapMarginIndicator_, on);
-  }
+  bool showWrapMarginIndicator() const { return isOn("WynTextViewShowWrapMarginIndicator"); }
   /// With the line, a shade over what lies beyond.
-  bool highlightWrapMargin() const { return highlightWrapMargin_; }
-  void setHighlightWrapMargin(bool on) { setSwitch(&view_switches::highlightWrapMargin_, on); }
+  bool highlightWrapMargin() const { return isOn("WynTextViewHighlightWrapMargin"); }
   /// Whether typing at the end of a line that gets wider than wrapColumns() breaks it.
-  bool hardWrap() const { return hardWrap_; }
-  void setHardWrap(bool on) { setSwitch(&view_switches::hardWrap_, on); }
+  bool hardWrap() const { return isOn("WynTextViewHardWrapEnabled"); }
   /// Turning it off unfolds everything.
-  bool foldingsEnabled() const { return foldingsEnabled_; }
-  void setFoldingsEnabled(bool on) { setSwitch(&view_switches::foldingsEnabled_, on); }
+  bool foldingsEnabled() const { return isOn("WynTextViewFoldingsEnabled"); }
   /// Whether all blocks of a document are folded when it is first shown.
-  bool openFilesFolded() const { return openFilesFolded_; }
-  void setOpenFilesFolded(bool on) { setSwitch(&view_switches::openFilesFolded_, on); }
+  bool openFilesFolded() const { return isOn("WynTextViewOpenFilesFoldedEnabled"); }
   /// Whether a new line begins with the white space of the one before, or as the language says.
-  bool autoIndent() const { return autoIndent_; }
-  void setAutoIndent(bool on) { setSwitch(&view_switches::autoIndent_, on); }
+  bool autoIndent() const { return isOn("WynTextViewAutoIndentEnabled"); }
   /// Whether lines that are pasted are indented as fits the place.
-  bool indentedPaste() const { return indentedPaste_; }
-  void setIndentedPaste(bool on) { setSwitch(&view_switches::indentedPaste_, on); }
-  bool freehandedEdit() const { return freehandedEdit_; }
-  void setFreehandedEdit(bool on) { setSwitch(&view_switches::freehandedEdit_, on); }
-  bool antiAliasEnabled() const { return antiAliasEnabled_; }
-  void setAntiAliasEnabled(bool on) { setSwitch(&view_switches::antiAliasEnabled_, on); }
-  bool showInvisibles() const { return showInvisibles_; }
-  void setShowInvisibles(bool on) { setSwitch(&view_switches::showInvisibles_, on); }
-  bool highlightCurrentLine() const { return highlightCurrentLine_; }
-  void setHighlightCurrentLine(bool on) { setSwitch(&view_switches::highlightCurrentLine_, on); }
+  bool indentedPaste() const { return isOn("WynTextViewIndentedPasteEnabled"); }
+  bool freehandedEdit() const { return isOn("WynTextViewFreehandedModeEnabled"); }
+  bool antiAliasEnabled() const { return isOn("WynTextViewAntiAliasEnabled"); }
+  bool showInvisibles() const { return isOn(show_invisibles); }
+  bool highlightCurrentLine() const { return isOn("WynTextViewHighlightCurrentLine"); }
 
  protected:
-  /// What of the view follows a switch.
-  enum class effect { none, display, frame, freehanded_mode, foldings };
   struct view_switch {
-    char const* name;
-    char const* key;  ///< of its user default
-    bool view_switches::*value;
-    effect on_change;
+    settings::setting const* row;
+    bool on;
   };
 
+  /// All have their defaults until followDefaults().
+  view_switches();
   ~view_switches() = default;
 
-  static std::span<view_switch const> switches();
-  bool value_of(view_switch const& option) const { return this->*option.value; }
-  void setSwitch(view_switch const& option, bool on);
+  std::vector<view_switch> const& switches() const { return switches_; }
+  /// Turns the switch at this index of switches() on or off, and stores that.
+  void flip(std::size_t index);
   /// Takes over the defaults that have changed.
   void followDefaults();
   /// What the language at hand says about showing invisibles goes before what the user has set;
@@ -72,20 +53,14 @@ class view_switches {
   void setScopedShowInvisibles(std::optional<bool> scoped);
 
   /// A switch has got another value.
-  virtual void switchDidChange(effect what) = 0;
+  virtual void switchDidChange() = 0;
 
  private:
-  void setSwitch(bool view_switches::*value, bool on);
+  static constexpr char const* show_invisibles = "WynTextViewShowInvisiblesEnabled";
 
-  bool lineNumbers_ = false;
-  bool showSoftWrapInGutter_ = true, showBookmarksInGutter_ = true;
-  bool showWrapMarginIndicator_ = false, highlightWrapMargin_ = true;
-  bool hardWrap_ = false;
-  bool foldingsEnabled_ = true, openFilesFolded_ = false;
-  bool autoIndent_ = true, indentedPaste_ = true;
-  bool freehandedEdit_ = false;
-  bool antiAliasEnabled_ = true;
-  bool showInvisibles_ = false;
-  bool highlightCurrentLine_ = false;
+  /// `key` must be that of a switch.
+  bool isOn(std::string_view key) const;
+
+  std::vector<view_switch> switches_;
   std::optional<bool> scopedShowInvisibles_;
 };

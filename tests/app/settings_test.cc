@@ -1,16 +1,14 @@
 #include "app/app_fixture.h"
-#include "platform/user_defaults.h"
+#include "settings/store.h"
+#include "settings/table.h"
+
+#include <map>
 
 namespace {
 
 /// The settings of the program in a file, as the user has them.
-class settings : public app_test {
+class settings_test : public app_test {
  protected:
-  settings() {
-    AppDelegate::registerDefaults();
-    WynTextView::registerDefaults();
-  }
-
   /// What another process reads.
   plist::value stored(std::string const& key) {
     return platform::user_defaults(folder / "Defaults.plist").get(key);
@@ -20,15 +18,31 @@ class settings : public app_test {
   own_defaults const own_{folder / "Defaults.plist"};
 };
 
-TEST_F(settings, whatever_one_begins_with_can_be_stored) {
-  for (auto const& [key, value] : defaults().all()) {
-    EXPECT_TRUE(defaults().set(key, value)) << key;
-    EXPECT_TRUE(defaults().save()) << key;
-    EXPECT_EQ(stored(key), value) << key;
+void add_titles(std::vector<platform::menu_item> const& items,
+                std::map<std::string, std::string>& titles) {
+  for (platform::menu_item const& item : items) {
+    titles.emplace(item.selector, item.title);
+    add_titles(item.items, titles);
   }
 }
 
-TEST_F(settings, whatever_is_chosen_comes_back) {
+TEST_F(settings_test, each_is_changed_by_an_action_that_is_there) {
+  app().newDocument();
+  WynTextView const& view = app().orderedControllers().front()->textView();
+  std::map<std::string, std::string> titles;
+  add_titles(app().mainMenu(), titles);
+  for (settings::setting const& row : settings::all()) {
+    std::string const& selector = row.changed_by.selector;
+    EXPECT_TRUE(selector.empty() || view.respondsToSelector(selector) ||
+                app().respondsToSelector(selector))
+        << row.key;
+    if (row.changed_by.is_switch) {
+      EXPECT_EQ(titles[selector], row.title) << row.key;
+    }
+  }
+}
+
+TEST_F(settings_test, whatever_is_chosen_comes_back) {
   app().newDocument();
   WynTextView& view = app().orderedControllers().front()->textView();
   view.setTabSize(3);
@@ -46,6 +60,7 @@ TEST_F(settings, whatever_is_chosen_comes_back) {
       auto const former = before.find(key);
       if (former != before.end() && former->second == value) continue;
       EXPECT_EQ(stored(key), value) << selector << " " << key;
+      EXPECT_NE(settings::find(key), nullptr) << key;
       ++chosen;
     }
   }

@@ -56,7 +56,7 @@ class drawing : public shown_view_test, public shown_view {
 };
 
 TEST_F(drawing, a_background_spans_the_scopes_inside_and_whole_lines) {
-  view.setHighlightCurrentLine(true);
+  settings::store().set("WynTextViewHighlightCurrentLine", true);
   set("a <b !c d\n\n!e> f !g\n#no|te");
   EXPECT_EQ(drawn(), R"(
 fill 20,2 64x16 #003000
@@ -77,7 +77,7 @@ fill 28,50 1x16 #ff0000
 }
 
 TEST_F(drawing, dims_selection_and_line_while_the_keys_go_elsewhere) {
-  view.setHighlightCurrentLine(true);
+  settings::store().set("WynTextViewHighlightCurrentLine", true);
   set("a[b c]d");
   EXPECT_EQ(drawn(), R"(
 blend 12,2 24x16 #0000ff80
@@ -97,7 +97,7 @@ text 4,14 "abc" #e0e0e0
 }
 
 TEST_F(drawing, invisibles_stand_in_place_of_what_they_mark) {
-  view.setShowInvisibles(true);
+  settings::store().set("WynTextViewShowInvisiblesEnabled", true);
   set("|a\tb\n\u00a0\x01\u007f\u0085\n<");
   EXPECT_EQ(drawn(), R"(
 fill 4,34 80x16 #003000
@@ -116,7 +116,7 @@ fill 4,2 1x16 #ff0000
 }
 
 TEST_F(drawing, wrapped_rows_keep_style_and_background) {
-  view.setLineNumbers(true);
+  settings::store().set("WynTextViewLineNumbersEnabled", true);
   view.setSoftWrap(true);
   host.resize({200, 82});
   set("<abcdefg hijklmn opqrst> uvw\n|x");

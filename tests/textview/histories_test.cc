@@ -67,8 +67,8 @@ class world {
       views_[view].view.setOverwriteMode(false);
       views_[view].view.setRightMargin(wraps ? 9 : -1);
       views_[view].view.setSoftWrap(wraps);
-      views_[view].view.setFreehandedEdit(false);
     }
+    settings::store().set("WynTextViewFreehandedModeEnabled", false);
     std::u16string const units = marked_text::units(text);
     document_->storage().insert(document_->storage().end(-1), units.begin(), units.end());
     document_->storage().forget_history();

@@ -163,7 +163,7 @@ TEST_F(language, folds_outlast_a_change_of_language_and_may_be_there_from_the_st
   EXPECT_EQ(filter.foldings.size(), 1u);
   view.performSelectorWithObject("unfoldAll:", {});
 
-  view.setOpenFilesFolded(true);
+  settings::store().set("WynTextViewOpenFilesFoldedEnabled", true);
   auto const again = view.document();
   again->openDocument();
   view.setDocument(file("b.c", program));

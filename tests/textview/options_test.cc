@@ -1,5 +1,6 @@
 #include "headless/recording_graphics.h"
 #include "path/temporary_folder.h"
+#include "settings/table.h"
 #include "styles/scoped_settings.h"
 #include "styles/view_colors.h"
 #include "styles/wrap_columns.h"
@@ -60,7 +61,7 @@ TEST_F(options, of_a_document_are_stored_for_later_views_only) {
   first.view.setSoftWrap(true);
   first.view.setRightMargin(30);
   // Any other default that changes must not carry them over.
-  first.view.setLineNumbers(true);
+  settings::store().set("WynTextViewLineNumbersEnabled", true);
   EXPECT_TRUE(second.view.lineNumbers());
   EXPECT_EQ(second.view.tabSize(), 4u);
   EXPECT_FALSE(second.view.softTabs());
@@ -93,18 +94,21 @@ TEST_F(options, follow_what_another_program_stores) {
 
 TEST_F(options, each_switch_has_an_action_with_a_tick) {
   shown_view shown;
-  for (char const* name :
-       {"LineNumbers", "ShowSoftWrapInGutter", "ShowBookmarksInGutter", "AntiAliasEnabled",
-        "ShowInvisibles", "HighlightCurrentLine", "ShowWrapMarginIndicator", "HighlightWrapMargin",
-        "HardWrap", "FreehandedEdit", "SoftTabs", "SoftWrap", "OverwriteMode", "OpenFilesFolded",
-        "FoldingsEnabled", "SmartTyping", "AutoIndent", "IndentedPaste"}) {
-    std::string const selector = "toggle" + std::string(name) + ":";
+  std::size_t count = 0;
+  for (settings::setting const& row : settings::all()) {
+    std::string const& selector = row.changed_by.selector;
+    if (!selector.starts_with("toggle") || !shown.view.respondsToSelector(selector)) continue;
+    ++count;
     bool const before = shown.validated(selector.c_str()).checked;
     shown.view.performSelectorWithObject(selector, {});
-    EXPECT_NE(shown.validated(selector.c_str()).checked, before) << name;
+    EXPECT_NE(shown.validated(selector.c_str()).checked, before) << selector;
+    if (row.changed_by.is_switch) {
+      EXPECT_NE(own().boolean(row.key), before) << row.key;
+    }
     shown.view.performSelectorWithObject(selector, {});
-    EXPECT_EQ(shown.validated(selector.c_str()).checked, before) << name;
+    EXPECT_EQ(shown.validated(selector.c_str()).checked, before) << selector;
   }
+  EXPECT_GT(count, 17u);
 }
 
 TEST_F(options, lines_are_wrapped_at_a_column_whatever_the_window) {
@@ -157,11 +161,11 @@ TEST_F(options, the_wrap_column_is_drawn_where_there_is_one) {
     return lines;
   };
   EXPECT_FALSE(shown.validated("toggleShowWrapMarginIndicator:").enabled);
-  shown.view.setShowWrapMarginIndicator(true);
+  settings::store().set("WynTextViewShowWrapMarginIndicator", true);
   EXPECT_EQ(drawn(), "");
   shown.view.setRightMargin(10);
   EXPECT_EQ(drawn(), "fill 84,0 556x384 #f5f5f5\nfill 84,0 1x384 #cccccc\n");
-  shown.view.setHighlightWrapMargin(false);
+  settings::store().set("WynTextViewHighlightWrapMargin", false);
   EXPECT_EQ(drawn(), "fill 84,0 1x384 #cccccc\n");
 }
 
@@ -195,7 +199,7 @@ struct typed_line {
 TEST_F(options, typing_beyond_the_margin_breaks_the_line) {
   shown_view shown;
   shown.view.setRightMargin(10);
-  shown.view.setHardWrap(true);
+  settings::store().set("WynTextViewHardWrapEnabled", true);
   for (typed_line const& row :
        {typed_line{"aaaa bbbb |", "cc", "aaaa bbbb\ncc|"},
         typed_line{"aaaa bbbbb|", "b", "aaaa\nbbbbbb|"},

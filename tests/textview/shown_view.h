@@ -5,6 +5,7 @@
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
 #include "platform/own_defaults.h"
+#include "settings/store.h"
 #include "text/marked_text.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"

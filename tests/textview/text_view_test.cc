@@ -187,7 +187,7 @@ TEST_F(text_view, draws_only_what_the_dirty_rectangle_meets) {
 }
 
 TEST_F(text_view, numbers_lines_in_a_gutter_that_stays_when_scrolled_sideways) {
-  view.setLineNumbers(true);
+  settings::store().set("WynTextViewLineNumbersEnabled", true);
   set("|one\ntwo\n" + std::string(500, 'x'));
   EXPECT_TRUE(has_drawn("text 38,14 \"1\" #000000"));
   EXPECT_TRUE(has_drawn("text 38,30 \"2\" #888888"));
@@ -210,7 +210,7 @@ TEST_F(text_view, wraps_lines_to_what_is_visible) {
   EXPECT_TRUE(has_drawn("text 16,30 \"cccc dddd\" #000000"));
   EXPECT_TRUE(has_drawn("text 16,62 \"yyyyyyyyyy\" #000000"));
   EXPECT_TRUE(has_drawn("text 16,78 \"yyyyyyyyyyy\" #000000"));
-  view.setShowSoftWrapInGutter(false);
+  settings::store().set("WynTextViewShowSoftWrapInGutterEnabled", false);
   EXPECT_EQ(view.layout().gutterWidth(), 0);
   EXPECT_EQ(view.view()->screen_width, 11u);
   view.setSoftWrap(false);
@@ -251,7 +251,7 @@ TEST_F(text_view, shows_bookmarks_that_a_click_in_the_gutter_sets) {
   EXPECT_EQ(get(), "|one\ntwo\nthree");
   shown_view::click(in_flags);
   EXPECT_FALSE(view.view()->has_bookmark(0));
-  view.setShowBookmarksInGutter(false);
+  settings::store().set("WynTextViewShowBookmarksInGutterEnabled", false);
   EXPECT_EQ(view.layout().gutterWidth(), 0);
 }
 
@@ -419,7 +419,7 @@ TEST_F(text_view, answers_for_selectors_as_menus_and_keys_need) {
   EXPECT_FALSE(validated("cut:").enabled);
   set("[ab]");
   EXPECT_TRUE(validated("cut:").enabled);
-  view.setLineNumbers(true);
+  settings::store().set("WynTextViewLineNumbersEnabled", true);
   EXPECT_TRUE(validated("toggleLineNumbers:").checked);
 }
 
