@@ -8,7 +8,8 @@
 #include "platform/library_folders.h"
 #include "platform/memory_reserve.h"
 #include "platform/standard_streams.h"
-#include "platform/user_defaults.h"
+#include "settings/settings_page.h"
+#include "settings/store.h"
 
 #include <cerrno>
 #include <csignal>
@@ -54,7 +55,7 @@ int run_windows(char* program, command_line& line) {
     status = desktop->run(app);
   }
   BundleManager::saveSharedCache();
-  platform::user_defaults::standard().save();
+  settings::store().save();
   return status;
 }
 
@@ -67,6 +68,8 @@ int run(char* program, std::vector<std::string> const& arguments) {
       return print(usage_text);
     case command_line::purpose::version:
       return print("Quirnote " QUIRNOTE_VERSION "\n");
+    case command_line::purpose::list_settings:
+      return print(settings::settings_page().c_str());
     case command_line::purpose::batch:
       return run_batch_mode(line->batch);
     case command_line::purpose::windows:

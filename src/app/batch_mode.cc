@@ -12,8 +12,8 @@
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop_module.h"
-#include "platform/user_defaults.h"
 #include "platform/utf.h"
+#include "settings/store.h"
 #include "styles/scope_report.h"
 #include "windows/WynDocumentController.h"
 
@@ -28,7 +28,7 @@
 
 namespace {
 
-enum exit_status { done = 0, beeped = 1, file_trouble = 3 };
+enum exit_status { done = 0, beeped = 1, wrong_usage = 2, file_trouble = 3 };
 
 void complain(std::string const& name, std::string const& reason) {
   std::fprintf(stderr, "quirnote: %s: %s\n", escaped_name(name).c_str(), reason.c_str());
@@ -259,14 +259,28 @@ int check_bundles(std::vector<std::string> const& directories) {
   return is_clean ? done : beeped;
 }
 
+// False for a fault in a strict run. Else what is faulty is left out.
+bool take_settings(batch_options const& options) {
+  bool is_clean = true;
+  for (auto const& [key, value] : options.settings) {
+    std::string const fault = settings::fault_of(key, value);
+    if (fault.empty()) {
+      settings::store().set_volatile(key, value);
+    } else {
+      complain("--set", fault);
+      is_clean = false;
+    }
+  }
+  return is_clean || !options.strict;
+}
+
 }  // namespace
 
 int run_batch_mode(batch_options const& options) try {
   // What a file was left with by somebody who looked at it must not decide what a macro does, and a
   // file that is only read isn't to be touched.
-  platform::user_defaults::standard().set_volatile("WynDocumentDisableFSMetaData", true);
-  for (auto const& [key, value] : options.settings)
-    platform::user_defaults::standard().set_volatile(key, value);
+  settings::store().set_volatile("WynDocumentDisableFSMetaData", true);
+  if (!take_settings(options)) return wrong_usage;
   int const status = options.check_bundles.empty() ? batch_run(options).run()
                                                    : check_bundles(options.check_bundles);
   BundleManager::saveSharedCache();

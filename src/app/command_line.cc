@@ -19,7 +19,7 @@ char const* const usage_text =
     "                [--explain LINE:COLUMN] [--render PNG [--size COLUMNSxROWS]] [--strict]\n"
     "                [--] [FILE|-]...\n"
     "       quirnote --batch --check-bundle DIR [--check-bundle DIR]...\n"
-    "       quirnote --help | --version\n"
+    "       quirnote --help | --version | --list-settings\n"
     "WHAT is text, selection, state, scopes, styles or symbols.\n";
 
 namespace {
@@ -142,7 +142,8 @@ constexpr batch_option batch_table[] = {
 // What getopt_long gives for each: the table's rows, then those that all modes have.
 constexpr int first_row = 256;
 constexpr int rows = static_cast<int>(std::size(batch_table));
-constexpr int batch_code = first_row + rows, help_code = 'h', version_code = batch_code + 1;
+constexpr int batch_code = first_row + rows, help_code = 'h', version_code = batch_code + 1,
+              list_settings_code = batch_code + 2;
 constexpr int null_code = '0', file_code = 1;
 
 std::vector<option> long_options() {
@@ -154,6 +155,7 @@ std::vector<option> long_options() {
   all.push_back({"batch", no_argument, nullptr, batch_code});
   all.push_back({"help", no_argument, nullptr, help_code});
   all.push_back({"version", no_argument, nullptr, version_code});
+  all.push_back({"list-settings", no_argument, nullptr, list_settings_code});
   all.push_back({});
   return all;
 }
@@ -195,6 +197,12 @@ std::string contradiction(batch_options const& o) {
   return "";
 }
 
+// Whatever else is asked for.
+bool is_answered_at_once(command_line::purpose what) {
+  using purpose = command_line::purpose;
+  return what == purpose::help || what == purpose::version || what == purpose::list_settings;
+}
+
 class parser {
  public:
   explicit parser(arguments_t arguments) : arguments_(std::move(arguments)) {}
@@ -202,8 +210,7 @@ class parser {
   std::optional<command_line> run(std::string& error) {
     line_.session = take_session(arguments_);
     read(error);
-    if (line_.what == command_line::purpose::help || line_.what == command_line::purpose::version)
-      return line_;
+    if (is_answered_at_once(line_.what)) return line_;
     if (error.empty()) error = complaint();
     return error.empty() ? std::optional(line_) : std::nullopt;
   }
@@ -230,8 +237,10 @@ class parser {
       line_.batch.files.emplace_back(optarg);
     } else if (code == batch_code) {
       line_.what = command_line::purpose::batch;
-    } else if (code == help_code || code == version_code) {
-      line_.what = code == help_code ? command_line::purpose::help : command_line::purpose::version;
+    } else if (code == help_code || code == version_code || code == list_settings_code) {
+      line_.what = code == help_code      ? command_line::purpose::help
+                   : code == version_code ? command_line::purpose::version
+                                          : command_line::purpose::list_settings;
       return false;
     } else if (code == ':') {
       error = name_of(optopt) + " needs a value";

@@ -8,7 +8,7 @@
 
 /// What the program was called for.
 struct command_line {
-  enum class purpose { windows, batch, help, version };
+  enum class purpose { windows, batch, help, version, list_settings };
   purpose what = purpose::windows;
   batch_options batch;  ///< its files are those of windows too
   /// "-session ID", which a session manager adds when it starts the program again.

@@ -95,6 +95,8 @@ for words in --help -h '--batch --help' '--batch --print text a --help'; do
   is err ''
 done
 [[ $("$program" --batch --version) == Quirnote\ * ]]
+"$program" --list-settings >out
+grep -q '^| `WynTextViewTabSize` | an integer from 1 to 64 | `4` | ' out
 for words in -x --bogus '--print text' '-- --batch -' '-'; do
   [[ $words != --\ * ]] || continue
   status=0
@@ -241,6 +243,16 @@ is closed 'QQx'
 # Settings hold for the run; a file of settings or key bindings that is torn doesn't stop it.
 run 0 --set WynTextViewTabSize=7 --print state b
 grep -q '"tabSize":7' out
+for wrong in WynTextViewTabSize=0 WynTextViewTabSize=plist:\(7\) WynTextViewTabsize=7; do
+  run 0 --set "$wrong" --print state b
+  grep -q '"tabSize":4' out
+  grep -q "^quirnote: --set: .*${wrong%=*}" err
+  cp a same
+  run 2 --set "$wrong" --strict --macro type --save a
+  cmp a same
+done
+run 0 --set org.example.width=7 --strict b
+is err ''
 mkdir -p "$XDG_CONFIG_HOME/Quirnote" "$XDG_DATA_HOME/Quirnote"
 echo '<plist><dict>' >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist"
 echo "{ 'a' = " >"$XDG_DATA_HOME/Quirnote/KeyBindings.dict"
