@@ -15,6 +15,7 @@
 #include "headless/recording_graphics.h"
 #include "platform/own_defaults.h"
 #include "platform/region.h"
+#include "settings/store.h"
 #include "text/bookmark_filter.h"
 #include "text/folding_filter.h"
 #include "text/marked_text.h"
@@ -231,7 +232,7 @@ TEST_F(growth, of_histories) {
 TEST_F(growth, of_breaking_a_long_line) {
   expect_growth("hard wrap", [](std::size_t n) {
     document made(repeated("word ", n));
-    made.view.setHardWrap(true);
+    settings::store().set("WynTextViewHardWrapEnabled", true);
     made.view.setRightMargin(20);
     made.view.setSoftWrap(true);
     made.perform("moveToEndOfDocument:");
