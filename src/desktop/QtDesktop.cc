@@ -143,7 +143,10 @@ int QtDesktop::run(platform::application_delegate& app) {
   connect_session();
   // Who sends a signal won't answer questions, and nobody sees them on a lost display.
   TerminationSignals const termination([this] { end_at_once(*delegate_); });
-  SuddenExit const lost_display([this] { return end_within_exit(*delegate_); });
+  SuddenExit const lost_display([this] {
+    TerminationSignals::hold();
+    return end_within_exit(*delegate_);
+  });
   app.didFinishLaunching();
   // Not needed for the first window to appear.
   QTimer::singleShot(0, &qt_, [] {

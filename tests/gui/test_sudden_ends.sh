@@ -61,3 +61,19 @@ wait_exit 1
 grep -q '^Quirnote: the text of file.txt is lost: ' program.log
 expect_file file.txt $'saved\n'
 [[ $(copies) == 0 ]]
+
+# A terminal that is closed sends its signal several times over, faster than a large text is kept.
+head -c 3000000 /dev/zero | tr '\0' x | fold >large.txt
+for end in TERM HUP; do
+  start_editor large.txt
+  wait_window 'large.txt'
+  keys b
+  wait_window 'large.txt\*'
+  for ((n = 0; n < 50; ++n)); do
+    kill -"$end" "$editor_pid" 2>/dev/null || break
+    sleep 0.002
+  done
+  wait_exit
+  grep -q bxxx "$XDG_STATE_HOME"/Quirnote/SafetyCopy-*
+  rm "$XDG_STATE_HOME"/Quirnote/SafetyCopy-*
+done
