@@ -12,12 +12,14 @@
 #include <random>
 #include <string_view>
 
+#include "documents/folder_in_tmp.h"
 #include "documents/printable_name.h"
 #include "path/entries.h"
 #include "path/file_output.h"
 #include "path/file_reader.h"
 #include "path/file_system.h"
 #include "platform/library_folders.h"
+#include "platform/rename_to_new.h"
 #include "platform/log.h"
 #include "platform/temporary_files.h"
 #include "plist/xml_reader.h"
@@ -134,14 +136,6 @@ std::vector<std::string> private_folders() {
   return result;
 }
 
-/// Others may have put something there before.
-std::string folder_in_tmp() {
-  std::string const folder = "/tmp/Quirnote-" + std::to_string(geteuid());
-  struct stat info;
-  bool const is_link = lstat(folder.c_str(), &info) == 0 && S_ISLNK(info.st_mode);
-  return is_link ? "" : folder;
-}
-
 constexpr int most_beside = 9;
 
 /// The nth name for a copy in the file's own folder.
@@ -159,17 +153,9 @@ void remove_unfinished(std::string const& path) {
     unlink(path.c_str());
 }
 
-/// A name beside the file for a copy; that of the last one, if all are taken.
-std::string unused_name_beside(std::string const& path) {
-  auto const is_taken = [&](int n) {
-    std::string const name = name_beside(path, n), part = name + std::string(unfinished);
-    remove_unfinished(part);
-    struct stat info;
-    return lstat(name.c_str(), &info) == 0 || lstat(part.c_str(), &info) == 0;
-  };
-  int n = 0;
-  while (n < most_beside && is_taken(n)) ++n;
-  return name_beside(path, n);
+/// Leads to the open file, whatever others have put under its name since.
+std::string path_of(path::file_descriptor const& file) {
+  return "/proc/self/fd/" + std::to_string(file.get());
 }
 
 /// Reads on from where both are, to the end.
@@ -218,11 +204,14 @@ std::optional<path::file_error> safety_copy::create_anywhere(safety_copy_origin 
   };
   for (std::string const& folder : private_folders())
     if (goes_into(folder)) return std::nullopt;
-  if (!origin.path.empty()) {
-    std::string const name = unused_name_beside(origin.path);
-    if (succeeds(create_as(name, origin, contents, copy, calls))) return std::nullopt;
+  for (int n = 0; n <= most_beside && !origin.path.empty(); ++n) {
+    std::string const name = name_beside(origin.path, n);
+    remove_unfinished(name + std::string(unfinished));
+    auto const error = create_as(name, origin, contents, copy, calls);
+    if (succeeds(error)) return std::nullopt;
+    if (error->code != EEXIST) break;
   }
-  std::string const last = folder_in_tmp();
+  std::string const last = make_folder_in_tmp();
   return !last.empty() && goes_into(last) ? std::nullopt : first;
 }
 
@@ -250,7 +239,9 @@ std::optional<path::file_error> safety_copy::create_as(std::string const& name,
     if (auto error = output.write(all)) return error;
     if (auto error = output.sync()) return error;
     if (auto error = output.close()) return error;
-    if (calls.rename(part.c_str(), name.c_str()) != 0) return failure("rename", name);
+    // Another program may have put a copy of its own there since somebody looked.
+    if (int const code = platform::rename_to_new(AT_FDCWD, part.c_str(), name.c_str(), calls))
+      return path::make_file_error("rename", name, code);
     if (auto error = path::sync_folder_of(name, calls)) {
       calls.unlink(name.c_str());
       return error;
@@ -267,7 +258,7 @@ std::optional<path::file_error> safety_copy::create_as(std::string const& name,
 
 bool safety_copy::read_header() {
   path::file_reader reader;
-  if (reader.open(file_)) return false;
+  if (reader.open(path_of(*lock_))) return false;
   std::string head(header_limit, '\0');
   auto const result = reader.read(head.data(), head.size());
   if (result.error) return false;
@@ -308,7 +299,7 @@ std::optional<safety_copy> safety_copy::found_at(std::string const& path) {
 std::vector<safety_copy> safety_copy::left_over() {
   std::vector<safety_copy> result;
   auto folders = private_folders();
-  folders.push_back(folder_in_tmp());
+  for (std::string& folder : folders_in_tmp()) folders.push_back(std::move(folder));
   for (std::string const& folder : folders) {
     if (!folder_is_ours(folder)) continue;
     for (std::string const& name : names_in(folder)) {
@@ -339,14 +330,15 @@ std::string safety_copy::name() const {
 }
 
 std::optional<path::file_error> safety_copy::read(file_text& text) const {
-  return read_file_text(file_, origin_.format.charset, origin_.format.pairs, text, header_size_);
+  return read_file_text(path_of(*lock_), origin_.format.charset, origin_.format.pairs, text,
+                        header_size_);
 }
 
 bool safety_copy::is_in_place() const {
   if (origin_.path.empty()) return false;
   auto& calls = path::file_system_calls::system();
   path::file_reader copy, file;
-  if (copy.open(file_) || file.open(origin_.path)) return false;
+  if (copy.open(path_of(*lock_)) || file.open(origin_.path)) return false;
   std::string header(header_size_, '\0');
   copy.read(header.data(), header.size());
   if (copy.info().st_size - static_cast<off_t>(header_size_) != file.info().st_size) return false;

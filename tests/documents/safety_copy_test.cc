@@ -170,15 +170,46 @@ TEST_F(safety_copies, go_where_there_is_a_folder_for_them) {
     EXPECT_TRUE(found[0].file().starts_with(c.place)) << found[0].file();
     found[0].remove();
   }
-  // None takes it.
-  auto const gone = open(folder / "none/file");
-  type(*gone, u"new");
-  std::string const in_tmp = "/tmp/Quirnote-" + std::to_string(geteuid());
-  std::error_code ignored;
-  if (std::filesystem::remove(in_tmp, ignored) && symlink("/", in_tmp.c_str()) == 0) {
-    EXPECT_TRUE(gone->keepUnsavedText());
-    unlink(in_tmp.c_str());
+  // Copies that are there already, or are being made, stay.
+  constexpr int most_beside = 10;
+  std::vector<std::shared_ptr<WynDocument>> open_ones;
+  for (int n = 0; n <= most_beside; ++n) {
+    auto const d = WynDocument::initWithContentsOfFile(folder / "file");
+    type(*d, u"text " + std::u16string(1, static_cast<char16_t>(u'a' + n)));
+    EXPECT_FALSE(d->keepUnsavedText());
+    open_ones.push_back(d);
   }
+  open_ones.clear();
+  auto beside = safety_copy::left_over_beside(folder / "file"), in_tmp = safety_copy::left_over();
+  EXPECT_EQ(beside.size(), std::size_t{most_beside});
+  EXPECT_EQ(in_tmp.size(), 1u);
+  for (auto* copies : {&beside, &in_tmp})
+    for (auto& copy : *copies) copy.remove();
+  // Others have put something under the name in /tmp.
+  std::string const name = "/tmp/Quirnote-" + std::to_string(geteuid());
+  std::string const ours = folder / "ours";
+  std::filesystem::create_directory(ours);
+  ASSERT_EQ(chmod(ours.c_str(), 0755), 0);
+  std::error_code ignored;
+  std::filesystem::remove(name, ignored);
+  for (char const* target : {"/", ours.c_str(), ""}) {
+    bool const planted =
+        *target ? symlink(target, name.c_str()) == 0 : mkfifo(name.c_str(), 0600) == 0;
+    if (!planted) continue;  // another run of the tests has it
+    auto const gone = open(folder / "none/file");
+    type(*gone, u"new");
+    EXPECT_FALSE(gone->keepUnsavedText());
+    const_cast<std::shared_ptr<WynDocument>&>(gone).reset();
+    auto found = safety_copy::left_over();
+    unlink(name.c_str());
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_TRUE(found[0].file().starts_with(name + "-"));
+    found[0].remove();
+    std::filesystem::remove(std::filesystem::path(found[0].file()).parent_path(), ignored);
+  }
+  struct stat info;
+  ASSERT_EQ(stat(ours.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 07777, 0755u);
   runtime.empty() ? unsetenv("XDG_RUNTIME_DIR") : setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
   cache.empty() ? unsetenv("XDG_CACHE_HOME") : setenv("XDG_CACHE_HOME", cache.c_str(), 1);
 }
