@@ -23,8 +23,12 @@ std::size_t limit() {
 
 recent_files::recent_files(std::string path) : list_path_(std::move(path)) {}
 
+recent_files::~recent_files() {
+  if (!waiting_.empty()) store();
+}
+
 void recent_files::add(std::string const& path) {
-  change([&](std::vector<std::string>& list) {
+  change([path](std::vector<std::string>& list) {
     std::erase(list, path);
     list.insert(list.begin(), path);
     if (list.size() > limit()) list.resize(limit());
@@ -32,16 +36,21 @@ void recent_files::add(std::string const& path) {
 }
 
 void recent_files::remove(std::string const& path) {
-  change([&](std::vector<std::string>& list) { std::erase(list, path); });
+  change([path](std::vector<std::string>& list) { std::erase(list, path); });
 }
 
 void recent_files::clear() {
   change([](std::vector<std::string>& list) { list.clear(); });
 }
 
-/// Under a lock, so that what other processes add meanwhile isn't lost.
-void recent_files::change(std::function<void(std::vector<std::string>&)> const& edit) {
+void recent_files::change(list_edit edit) {
   if (list_path_.empty()) return edit(in_memory_);
+  waiting_.push_back(std::move(edit));
+  store();
+}
+
+/// Under a lock, so that what other processes add meanwhile isn't lost.
+void recent_files::store() {
   std::string const folder = path::parent(list_path_);
   if (!platform::make_folders(folder)) return report("can't be written", errno);
   platform::folder_lock const lock(folder);
@@ -49,8 +58,8 @@ void recent_files::change(std::function<void(std::vector<std::string>&)> const& 
   std::vector<std::string> list;
   state const found = read(list);
   if (found == state::unreadable || (found == state::damaged && !set_aside())) return;
-  edit(list);
-  write(list);
+  for (list_edit const& edit : waiting_) edit(list);
+  if (write(list)) waiting_.clear();
 }
 
 void recent_files::report(char const* what, int error) const {
@@ -66,6 +75,7 @@ std::vector<std::string> recent_files::load() const {
   if (list_path_.empty()) return in_memory_;
   std::vector<std::string> list;
   read(list);
+  for (list_edit const& edit : waiting_) edit(list);
   return list;
 }
 
@@ -95,12 +105,13 @@ bool recent_files::set_aside() {
   return error == 0;
 }
 
-void recent_files::write(std::vector<std::string> const& paths) {
+bool recent_files::write(std::vector<std::string> const& paths) {
   // As data, since a file name may hold any bytes.
   plist::array list;
   for (std::string const& p : paths) list.push_back(plist::data(p.begin(), p.end()));
   auto& calls = platform::file_calls::system();
   platform::remove_left_over_temporaries(list_path_, calls);
-  if (int const error = platform::replace_file(list_path_, plist::write_xml(list).text, calls))
-    report("can't be written", error);
+  int const error = platform::replace_file(list_path_, plist::write_xml(list).text, calls);
+  if (error != 0) report("can't be written", error);
+  return error == 0;
 }

@@ -6,7 +6,8 @@ namespace platform {
 
 /// Keeps other processes of this program from changing a folder's small files at the same time, as
 /// long as it lives. A process that was stopped in the middle of a change must not stop this one
-/// too, so waiting has an end: a second.
+/// too, so waiting has an end: a second in which nothing in the folder has been replaced, or ten in
+/// all while others replace files there one after the other.
 class folder_lock {
  public:
   explicit folder_lock(std::string const& folder);

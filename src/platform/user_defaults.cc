@@ -181,7 +181,7 @@ bool user_defaults::store(bool at_once) {
   if (path_.empty() || pending_.empty()) return true;
   auto const before = all();
   int const error = store_pending(at_once);
-  bool const comes_later = error == EAGAIN;
+  bool const comes_later = error == EAGAIN && !at_once;
   if (error && !comes_later) report(path_ + ": can't be written: " + std::strerror(error));
   if (all() != before) post();
   return error == 0;
