@@ -62,7 +62,13 @@ file_calls& file_calls::system() {
 
 namespace {
 
+/// What the link at `path` leads to, the path itself if there is none; "" for one that isn't
+/// followed. Root may be at work with the settings of a user, who must not say what root
+/// overwrites.
 std::string target_of_links(std::string const& path) {
+  struct stat info;
+  if (::lstat(path.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return path;
+  if (::geteuid() == 0 && info.st_uid != 0) return "";
   char resolved[PATH_MAX];
   return ::realpath(path.c_str(), resolved) ? resolved : path;
 }
@@ -142,10 +148,13 @@ std::string name_of(std::string const& path) {
 int read_file(std::string const& path, std::string& contents, file_calls& calls,
               struct stat* info) {
   contents.clear();
-  int const fd = calls.open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK, 0);
-  if (fd < 0) return errno;
   struct stat own;
   if (!info) info = &own;
+  // To open a pipe wakes the program at its other end, and to open a device may move something.
+  if (::stat(path.c_str(), info) == 0 && !S_ISREG(info->st_mode))
+    return S_ISDIR(info->st_mode) ? EISDIR : EINVAL;
+  int const fd = calls.open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0);
+  if (fd < 0) return errno;
   int error = calls.fstat(fd, info) != 0 ? errno : 0;
   if (!error && !S_ISREG(info->st_mode)) error = S_ISDIR(info->st_mode) ? EISDIR : EINVAL;
   if (!error && static_cast<std::size_t>(info->st_size) > largest_small_file) error = EFBIG;
@@ -169,6 +178,7 @@ int read_file(std::string const& path, std::string& contents, file_calls& calls,
 
 int replace_file(std::string const& path, std::string_view contents, file_calls& calls) {
   std::string const target = target_of_links(path);
+  if (target.empty()) return EPERM;
   std::string temporary;
   int error = EEXIST;
   for (int attempt = 0; error == EEXIST && attempt < 100; ++attempt) {
@@ -195,6 +205,7 @@ int set_aside(std::string const& path, std::string& kept, file_calls& calls) {
 
 void remove_left_over_temporaries(std::string const& path, file_calls& calls) {
   std::string const target = target_of_links(path);
+  if (target.empty()) return;
   int const folder = ::open(folder_of(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (folder < 0) return;
   remove_left_over_temporaries(folder, name_of(target), calls);

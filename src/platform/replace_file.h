@@ -47,9 +47,9 @@ int read_file(std::string const& path, std::string& contents, file_calls& calls,
 
 /// Puts a file with these contents in the place of `path`, so that whoever opens it, and whatever
 /// interrupts this, finds either the old or the new contents whole. An existing file's owner
-/// and mode are kept, a new one gets 0600; a symbolic link is followed. Returns 0 or an errno: the
-/// old file then stands as it was, except that after EIO from the last step the new one may stand
-/// already.
+/// and mode are kept, a new one gets 0600. A link is followed, but not by root somebody else's:
+/// EPERM. Returns 0 or an errno: the old file then stands as it was, except that after EIO from the
+/// last step the new one may stand already.
 int replace_file(std::string const& path, std::string_view contents, file_calls& calls);
 
 /// Gives the file at `path` a name under which it is kept: PATH.damaged-N, set in `kept`. Returns 0

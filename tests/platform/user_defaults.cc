@@ -200,7 +200,7 @@ TEST_F(user_defaults_test, posts_when_a_lookup_changes) {
 }
 
 TEST_F(user_defaults_test, saving_keeps_what_other_processes_wrote) {
-  constexpr int processes = 4, keys = 20;
+  constexpr int processes = 50, keys = 2;
   std::vector<pid_t> children;
   for (int p = 0; p < processes; ++p) {
     pid_t const child = ::fork();
@@ -222,6 +222,22 @@ TEST_F(user_defaults_test, saving_keeps_what_other_processes_wrote) {
   }
   EXPECT_EQ(stored().entries().size(), std::size_t(processes * keys));
   EXPECT_EQ(files(), std::vector<std::string>{"Defaults.plist"});
+}
+
+TEST_F(user_defaults_test, root_follows_no_link_of_another_user) {
+  if (::geteuid() != 0) GTEST_SKIP() << "root only";
+  std::string const target = path_ + ".target";
+  for (uid_t const owner : {1000u, 0u}) {
+    write(document(""));
+    fs::rename(path_, target);
+    fs::create_symlink(target, path_);
+    ASSERT_EQ(::lchown(path_.c_str(), owner, owner), 0);
+    user_defaults defaults(path_);
+    defaults.set("a", 1);
+    EXPECT_EQ(defaults.save(), owner == 0);
+    EXPECT_EQ(user_defaults(target).integer("a"), owner == 0 ? 1 : 0);
+    fs::remove(path_);
+  }
 }
 
 TEST_F(user_defaults_test, a_process_ended_at_any_call_loses_nothing) {
