@@ -10,6 +10,7 @@
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
 #include "path/file_system.h"
+#include "path/file_writer.h"
 #include "path/path.h"
 #include "platform/desktop_module.h"
 #include "platform/utf.h"
@@ -87,11 +88,17 @@ class batch_run {
 
   void run_on_file(std::string const& file) {
     start_counting();
-    std::string const path = path::join(folder_, file);
-    if (file != "-" && !path::exists(path)) return fail(file, "no such file");
+    std::string const path = path_of(file);
+    if (file != "-" && ::access(path.c_str(), F_OK) != 0)
+      return fail(file, errno == ENOENT ? "no such file" : std::strerror(errno));
     auto const document = open(file, path);
     if (document == nullptr) return fail(file, last_alert_text());
     process(file, document);
+  }
+
+  /// In a working folder that has been deleted a name stays relative, and stands for nothing.
+  std::string path_of(std::string const& name) const {
+    return folder_.empty() ? name : path::join(folder_, name);
   }
 
   void start_counting() {
@@ -164,8 +171,7 @@ class batch_run {
     }
     WynDocument& document = *controller.textDocument();
     if (options_.save_as == "-") return write_to_output(document);
-    std::string const path =
-        options_.save ? document.filename() : path::join(folder_, options_.save_as);
+    std::string const path = options_.save ? document.filename() : path_of(options_.save_as);
     if (path.empty()) return fail(name, "--save needs a file");
     if (!(options_.save ? document.writeToFile(path) : document.writeCopyToFile(path)))
       return fail(path, last_alert_text());
@@ -211,11 +217,18 @@ class batch_run {
 
   void render(WynDocumentController& controller) {
     if (options_.render.empty()) return;
-    std::string error;
+    std::string error, png;
     platform::desktop_module* const module = platform::load_desktop_module(error);
-    if (module == nullptr || !module->render(controller.textView(), options_.columns, options_.rows,
-                                             options_.render, error))
-      fail(options_.render, error);
+    if (module == nullptr ||
+        !module->render(controller.textView(), options_.columns, options_.rows, png, error))
+      return fail(options_.render, error);
+    auto const contents = path::contents_of(png);
+    auto failure = path::write_atomically(options_.render, contents);
+    // The file may have other names, or stand in somebody else's folder.
+    bool const is_not_replaceable =
+        failure && (failure->code == EPERM || failure->code == EACCES || failure->code == EMLINK);
+    if (is_not_replaceable) failure = path::write_in_place(options_.render, contents);
+    if (failure) fail(options_.render, failure->message);
   }
 
   std::string last_alert_text() {

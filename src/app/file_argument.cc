@@ -25,7 +25,8 @@ std::optional<std::size_t> take_number(std::string_view& text) {
 
 file_argument parse_file_argument(std::string_view argument, std::string const& directory) {
   auto const absolute = [&](std::string_view name) {
-    return path::join(directory, std::string(name));
+    // The folder may have been deleted.
+    return directory.empty() ? std::string(name) : path::join(directory, std::string(name));
   };
   if (path::exists(absolute(argument))) return {absolute(argument), 0, 0};
 

@@ -5,7 +5,7 @@
 #include "desktop/QtGraphics.h"
 #include "desktop/TextViewWidget.h"
 
-#include <QFile>
+#include <QBuffer>
 #include <QGuiApplication>
 #include <QImageWriter>
 #include <QPainter>
@@ -100,20 +100,25 @@ void ensure_application() {
 
 }  // namespace
 
-bool render_picture(platform::view_client& client, int columns, int rows, std::string const& path,
+bool render_picture(platform::view_client& client, int columns, int rows, std::string& png,
                     std::string& error) {
   ensure_application();
   PictureHost host(client);
   host.resize(columns, rows);
-  QImageWriter writer(QFile::decodeName(path.c_str()), "png");
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  QImageWriter writer(&buffer, "png");
   QImage const picture = host.paint();
   if (picture.isNull()) {
     error = "there is not enough memory for the picture";
     return false;
   }
-  if (writer.write(picture)) return true;
-  error = writer.errorString().toStdString();
-  return false;
+  if (!writer.write(picture)) {
+    error = writer.errorString().toStdString();
+    return false;
+  }
+  png = bytes.toStdString();
+  return true;
 }
 
 }  // namespace widgets

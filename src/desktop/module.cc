@@ -24,9 +24,9 @@ class QtModule final : public platform::desktop_module {
     return std::make_unique<widgets::QtDesktop>(argc, argv);
   }
 
-  bool render(platform::view_client& client, int columns, int rows, std::string const& path,
+  bool render(platform::view_client& client, int columns, int rows, std::string& png,
               std::string& error) override {
-    return widgets::render_picture(client, columns, rows, path, error);
+    return widgets::render_picture(client, columns, rows, png, error);
   }
 };
 

@@ -17,9 +17,9 @@ class desktop_module {
   /// out of `argv`. Null with a reason when there is no display.
   virtual std::unique_ptr<desktop> make_desktop(int& argc, char** argv, std::string& error) = 0;
 
-  /// Paints `client` at `columns` times `rows` cells into a PNG file, without a display. Sets and
-  /// resets the client's host. False with a reason when the file can't be written.
-  virtual bool render(view_client& client, int columns, int rows, std::string const& path,
+  /// Paints `client` at `columns` times `rows` cells, without a display: the bytes of a PNG file.
+  /// Sets and resets the client's host. False with a reason when there is no memory for it.
+  virtual bool render(view_client& client, int columns, int rows, std::string& png,
                       std::string& error) = 0;
 };
 

@@ -164,6 +164,13 @@ run 0 --null --print text b
 is out 'b\0x\0'
 run 3 "$odd"$'\n'
 is err 'quirnote: od\\nd\\\\\\xFF\\xE2\\x80\\xAE\\n: no such file\n'
+ln -s loop loop
+run 3 loop
+is err 'quirnote: loop: Too many levels of symbolic links\n'
+# In a folder that has been deleted a name leads nowhere, and not to the root folder.
+mkdir deleted
+(cd deleted && rmdir ../deleted && ! "$program" --batch --save-as quirnote-test "$OLDPWD/b" 2>/dev/null)
+[[ ! -e /quirnote-test ]]
 
 # Standard input is read for --macro - and else by nobody, closed or not.
 "$program" --batch --macro - --print text b <type >out

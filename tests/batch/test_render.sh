@@ -19,3 +19,11 @@ END
 "$1" --batch --macro end --render end.png --size 80x10 --print selection long
 first_row end.png c.png
 [[ $(pixels_unlike a.png c.png) != 0 ]]
+
+# What can't be written whole leaves the old picture, and is said.
+cp short.png kept.png
+status=0
+(ulimit -f 1 && "$1" --batch --render kept.png long 2>err) || status=$?
+[[ $status == 3 ]]
+grep -q 'kept.png: File too large' err
+cmp short.png kept.png
