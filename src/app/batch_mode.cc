@@ -262,7 +262,7 @@ int check_bundles(std::vector<std::string> const& directories) {
   batch_output output(batch_output::heading::none);
   for (std::string const& directory : directories)
     for (bundles::bundle_fault const& fault : bundles::check_bundle(directory, languages)) {
-      output.put(bundles::description(fault) + "\n");
+      output.put(escaped(bundles::description(fault)) + "\n");
       is_clean = false;
     }
   if (int const error = output.flush()) {

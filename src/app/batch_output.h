@@ -3,10 +3,7 @@
 #include <string>
 #include <string_view>
 
-/// A file name on one line, to be read by people and programs: control characters, those that turn
-/// the direction of writing, bytes that are no UTF-8, and backslashes come as in C ("\n", "\x9B",
-/// "\\").
-std::string escaped_name(std::string_view name);
+#include "platform/escaped.h"
 
 /// Standard output, shared by what is printed for each file of a run.
 class batch_output {

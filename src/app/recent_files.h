@@ -7,8 +7,8 @@
 
 /// The files opened last, newest first, kept as a property list in the state folder and shared by
 /// all processes of the user. Main thread only. What can't be read or written is reported once on
-/// standard error, and tried again with the next change and at the end. A damaged one is kept beside
-/// the next one as PATH.damaged-N.
+/// standard error, and tried again with the next change and at the end. A damaged one is kept
+/// beside the next one as PATH.damaged-N.
 class recent_files {
  public:
   /// `path` is that of the list itself; empty keeps the list in memory only.

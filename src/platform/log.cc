@@ -3,6 +3,9 @@
 #include <cstdio>
 #include <mutex>
 #include <set>
+#include <string_view>
+
+#include "platform/escaped.h"
 
 namespace platform {
 
@@ -11,7 +14,15 @@ void log(std::string const& message) {
 }
 
 void log_text(std::string const& text) {
-  std::fputs(text.c_str(), stderr);
+  std::string shown;
+  for (std::size_t begin = 0; begin < text.size();) {
+    std::size_t const end = text.find('\n', begin);
+    shown += escaped(std::string_view(text).substr(begin, end - begin));
+    if (end == text.npos) break;
+    shown += '\n';
+    begin = end + 1;
+  }
+  std::fputs(shown.c_str(), stderr);
 }
 
 void log_once(std::string const& message) {

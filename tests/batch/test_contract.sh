@@ -167,6 +167,12 @@ is err 'quirnote: od\\nd\\\\\\xFF\\xE2\\x80\\xAE\\n: no such file\n'
 ln -s loop loop
 run 3 loop
 is err 'quirnote: loop: Too many levels of symbolic links\n'
+mkdir "bundle$odd"
+run 1 --check-bundle "bundle$odd"
+is out 'bundleod\\nd\\\\xFF\\xE2\\x80\\xAE/info.plist: No such file or directory\n'
+mkdir -p "data/Quirnote/Bundles/$odd.qnbundle"
+XDG_DATA_HOME=$PWD/data run 0 --print scopes b
+grep -qF '\xFF\xE2\x80\xAE.qnbundle/info.plist: No such file' err
 # In a folder that has been deleted a name leads nowhere, and not to the root folder.
 mkdir deleted
 (cd deleted && rmdir ../deleted && ! "$program" --batch --save-as quirnote-test "$OLDPWD/b" 2>/dev/null)
