@@ -47,8 +47,12 @@ TEST(rename_to_new, replaces_nothing) {
                                           (folder / "to").c_str(), calls),
                   is_free ? 0 : EEXIST);
         EXPECT_EQ(fs::exists(folder / "from"), !is_free);
-        if (!is_free) EXPECT_EQ(fs::symlink_status(folder / "to").type(), before);
-        if (there == "file") EXPECT_EQ(folder.read(folder / "to"), "old");
+        if (!is_free) {
+          EXPECT_EQ(fs::symlink_status(folder / "to").type(), before);
+        }
+        if (there == "file") {
+          EXPECT_EQ(folder.read(folder / "to"), "old");
+        }
       }
 }
 
