@@ -49,7 +49,8 @@ TEST(scope_selector, does_not_apply) {
     EXPECT_EQ(score(row[0], row[1]), -1.0) << row[0];
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "Quirnote: invalid scope selector (a, b)\nQuirnote: invalid scope selector (a\n"
-            "Quirnote: invalid scope selector \1\nQuirnote: invalid scope selector a \2\n");
+            "Quirnote: invalid scope selector \\x01\n"
+            "Quirnote: invalid scope selector a \\x02\n");
 }
 
 TEST(scope_selector, takes_any_length_and_depth) {
