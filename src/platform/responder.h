@@ -42,6 +42,9 @@ class responder {
   /// Performs the selector here or at the first responder behind that knows it; false if none does.
   virtual bool tryToPerformWith(std::string_view selector, plist::value const& object);
 
+  /// What this object itself tells commands of where they run: names such as QN_FILEPATH, strings.
+  virtual plist::dictionary environmentVariables() const { return {}; }
+
   /// Sets title, check mark and enabled state of an item whose selector this object knows. For
   /// "undo:" the names asked for are "canUndo", "undoMenuTitle" and "undoIsChecked:".
   virtual void validateMenuItem(menu_item& item);

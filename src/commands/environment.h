@@ -1,0 +1,13 @@
+#pragma once
+
+#include "commands/shell.h"
+#include "platform/responder.h"
+
+namespace commands {
+
+/// What commands are told of where they run: the user's own variables (WynShellVariables), what
+/// the responders from `first` on contribute, the nearest one winning, and of the program itself
+/// QN_FULLNAME and QN_APP_PATH.
+variables environment_for(platform::responder* first);
+
+}  // namespace commands
