@@ -8,6 +8,8 @@
 
 namespace {
 
+private_clipboard* innermost = nullptr;
+
 namespace type = platform::pasteboard_type;
 
 platform::pasteboard& pasteboard() {
@@ -53,11 +55,24 @@ plist::dictionary pasteboard_types_of(text_clip const& clip) {
   return {{std::string(type::text), text}, {std::string(type::quirnote), own}};
 }
 
+private_clipboard::private_clipboard() : outer_(std::exchange(innermost, this)) {
+  if (outer_ != nullptr) copied = outer_->copied;
+}
+
+private_clipboard::~private_clipboard() {
+  innermost = outer_;
+}
+
 std::optional<text_clip> current_clip() {
+  if (innermost != nullptr && innermost->copied) return innermost->copied;
   return clip_of(pasteboard());
 }
 
 void set_current_clip(text_clip const& clip) {
+  if (innermost != nullptr) {
+    innermost->copied = clip;
+    return;
+  }
   pasteboard().set(pasteboard_types_of(clip));
 }
 

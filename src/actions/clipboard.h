@@ -26,6 +26,21 @@ std::optional<text_clip> clip_of(platform::pasteboard_content const& content);
 /// A clip for a pasteboard: as text, and as what this program puts back in the same shape.
 plist::dictionary pasteboard_types_of(text_clip const& clip);
 
+/// As long as one lives, what is copied stays with this program's own actions, which go on from
+/// what the general pasteboard holds: a macro leaves that as it is. They nest.
+class private_clipboard {
+ public:
+  private_clipboard();
+  ~private_clipboard();
+  private_clipboard(private_clipboard const&) = delete;
+  private_clipboard& operator=(private_clipboard const&) = delete;
+
+  std::optional<text_clip> copied;  ///< nothing as long as nothing has been
+
+ private:
+  private_clipboard* const outer_;
+};
+
 /// What the general pasteboard holds.
 std::optional<text_clip> current_clip();
 /// Puts a clip on it, for other programs and for this one.
