@@ -5,6 +5,8 @@
 #include "app/offer_safety_copies.h"
 #include "bundles/BundleManager.h"
 #include "bundles/index/item_kinds.h"
+#include "bundles/item_menu.h"
+#include "commands/environment.h"
 #include "documents/WynDocument.h"
 #include "documents/file_text.h"
 #include "documents/printable_name.h"
@@ -12,11 +14,13 @@
 #include "path/path.h"
 #include "platform/desktop.h"
 #include "platform/log.h"
+#include "platform/utf.h"
 #include "search/WynFindManager.h"
 #include "settings/store.h"
 #include "styles/WynThemeManager.h"
 #include "styles/wrap_columns.h"
 #include "windows/WynDocumentController.h"
+#include "windows/template_files.h"
 
 #include <sys/stat.h>
 
@@ -118,6 +122,15 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
     });
   };
   add("newDocument:", [this](auto const&) { newDocument(); });
+  addMethod("newDocumentFromTemplate:", [this](plist::value const& uuid) {
+    return plist::value(newDocumentFromTemplate(uuid.string_or("")));
+  });
+  // Views perform it themselves; without a window there are templates still.
+  addMethod("executeBundleItem:", [this](plist::value const& uuid) {
+    auto& manager = BundleManager::sharedInstance();
+    auto const item = manager.bundleItemForUUID(uuid.string_or(""));
+    return plist::value(item != nullptr && manager.executeItem(item, *this));
+  });
   add("openDocument:", [this](auto const&) { openDocument(); });
   add("openRecentFile:", [this](plist::value const& path) {
     if (auto const* bytes = path.as_data()) openRecentFile({bytes->begin(), bytes->end()});
@@ -301,6 +314,65 @@ bool AppDelegate::confirmLargeFile(std::string const& path) {
   return platform::desktop::current().alerts().run(question) == 0;
 }
 
+bool AppDelegate::shouldSwallowEvent(platform::key_event const& event) {
+  WynTextView* const view = frontTextView();
+  return view != nullptr && BundleManager::sharedInstance().shouldSwallowEvent(event, *view);
+}
+
+plist::dictionary AppDelegate::environmentVariables() const {
+  plist::dictionary result;
+  std::string const support = BundleManager::sharedInstance().folders().supportPath();
+  if (!support.empty()) {
+    result.insert_or_assign("QN_SUPPORT_PATH", support);
+    std::string const bash_init = path::join(support, "lib/bash_init.sh");
+    if (path::exists(bash_init)) result.insert_or_assign("BASH_ENV", bash_init);
+  }
+  if (BundleItem const* const item = BundleManager::sharedInstance().currentBundleItem()) {
+    result.insert_or_assign("QN_BUNDLE_PATH", item->bundlePath());
+    if (std::string const own = item->supportPath(); !own.empty())
+      result.insert_or_assign("QN_BUNDLE_SUPPORT", own);
+  }
+  return result;
+}
+
+bool AppDelegate::newDocumentFromTemplate(std::string const& uuid) {
+  auto const item = BundleManager::sharedInstance().bundleItemForUUID(uuid);
+  if (item == nullptr || item->kind() != "template") return false;
+  temporary_document const place(item->content()["extension"].string_or(""));
+  if (place.path().empty()) return false;
+  WynTextView* const view = frontTextView();
+  auto const files = files_for_template(
+      *item, place.path(),
+      commands::environment_for(view != nullptr ? static_cast<platform::responder*>(view) : this));
+  if (files.paths.empty()) {
+    platform::desktop::current().alerts().run(
+        {"The Template Made No File", item->name() + ": " + files.error, {"Continue"}});
+    return true;
+  }
+  if (files.paths.size() > 1) {
+    for (std::string const& path : files.paths) openFile(path);
+    return true;
+  }
+  return showAsNewDocument(files.paths.front());
+}
+
+// Its name and first line tell the language, but the document has no file.
+bool AppDelegate::showAsNewDocument(std::string const& path) {
+  documents::file_text read;
+  if (documents::read_file_text(path, encoding::UTF8, true, read)) return false;
+  auto storage = std::make_unique<text::storage>();
+  text::unit_view const units = read.units.view();
+  std::string const first_line =
+      unicode::to_utf8(units.substr(0, std::min(units.find(u'\n'), units.size())));
+  storage->insert(storage->end(-1), units.begin(), units.end());
+  storage->forget_history();
+  WynDocumentController& controller = show(std::make_shared<WynDocument>(std::move(storage)));
+  WynTextView& view = controller.textView();
+  view.changeLanguageToAndLearn(view.languageChoiceForFileWithFirstLine(path, first_line), false);
+  controller.showWindow();
+  return true;
+}
+
 void AppDelegate::newDocument() {
   newWindow(WynDocument::document()).showWindow();
 }
@@ -467,6 +539,10 @@ std::vector<platform::menu_item> AppDelegate::dynamicItems(std::string_view name
   if (name == "languages") items = language_items();
   if (name == "symbols" && frontTextView() != nullptr) items = symbol_items(*frontTextView());
   if (name == "themes") items = theme_items();
+  if (name == "bundles")
+    items = bundles_menu(BundleManager::sharedInstance(),
+                         frontTextView() != nullptr && frontTextView()->hasSelection());
+  if (name == "templates") items = templates_menu(BundleManager::sharedInstance());
   if (name == "wrapColumns") items = wrap_columns::menu_items();
   return items;
 }

@@ -61,13 +61,16 @@ class AppDelegate : public platform::application_delegate, public windows_owner 
   /// Asked anew while its questions are on screen, it gives false.
   bool applicationShouldTerminate() override;
   bool applicationMustTerminate() override;
-  bool shouldSwallowEvent(platform::key_event const&) override { return false; }
+  bool shouldSwallowEvent(platform::key_event const& event) override;
+  plist::dictionary environmentVariables() const override;
   std::vector<platform::menu_item> mainMenu() const override;
   std::vector<platform::menu_item> statusMenu(std::string_view part) const override;
   std::vector<platform::menu_item> dynamicItems(std::string_view name) const override;
 
  private:
   void addThemeMethods();
+  bool newDocumentFromTemplate(std::string const& uuid);
+  bool showAsNewDocument(std::string const& path);
   void openLaunchArguments();
   void tellOfDamagedDefaults(plist::value const& info);
   bool installIfBundle(std::string const& path);

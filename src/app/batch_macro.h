@@ -14,6 +14,7 @@ struct batch_macro {
     plist::value argument;
   };
   std::vector<step> steps;
+  std::string item = {};    // a bundle item in the place of steps: its UUID or its name
   std::uint32_t times = 1;  // how often all of them are performed
 };
 

@@ -1,18 +1,23 @@
 #include "app/batch_mode.h"
 
 #include "app/AppDelegate.h"
+#include "app/batch_item.h"
 #include "app/batch_macro.h"
 #include "app/batch_output.h"
 #include "app/batch_scopes.h"
 #include "app/batch_state.h"
+#include "app/key_report.h"
+#include "app/menu_file.h"
 #include "bundles/BundleManager.h"
 #include "bundles/check/check_bundle.h"
 #include "documents/WynDocument.h"
+#include "documents/line_diff.h"
 #include "headless/headless_desktop.h"
 #include "path/file_system.h"
 #include "path/file_writer.h"
 #include "path/path.h"
 #include "platform/desktop_module.h"
+#include "platform/library_folders.h"
 #include "platform/utf.h"
 #include "settings/store.h"
 #include "styles/scope_report.h"
@@ -52,6 +57,7 @@ class batch_run {
     if (options_.files.empty()) run_on_untitled();
     for (std::string const& file : options_.files) run_on_file(file);
     if (int const error = output_.flush()) fail("standard output", std::strerror(error));
+    if (status_ == done && options_.check && has_changed_) return beeped;
     if (status_ != done || !options_.strict) return status_;
     return was_all_answered() && !has_beeped_ ? done : beeped;
   }
@@ -67,6 +73,10 @@ class batch_run {
   bool read_macros() {
     bool are_whole = true;
     for (batch_macro_option const& option : options_.macros) {
+      if (option.is_item) {
+        macros_.push_back({.steps = {}, .item = option.path, .times = option.times});
+        continue;
+      }
       auto macro = read_batch_macro(option.path);
       are_whole = are_whole && macro;
       if (!macro) continue;
@@ -121,17 +131,22 @@ class batch_run {
 
   // A file for which memory runs out costs only itself.
   void process(std::string const& name, std::shared_ptr<WynDocument> const& document) try {
+    std::u16string const before = options_.diff ? text_of(document->storage()) : u"";
     WynDocumentController controller(app_);
     controller.setTextDocument(document);
     controller.showWindow();
     unknown_.clear();
     for (batch_macro const& macro : macros_)
-      for (std::uint32_t n = 0; n < macro.times; ++n)
+      for (std::uint32_t n = 0; n < macro.times; ++n) {
         for (batch_macro::step const& step : macro.steps) perform(controller, step);
-    save(name, controller);
+        if (!macro.item.empty()) execute(controller, macro.item);
+      }
+    has_changed_ = has_changed_ || controller.textDocument()->isDocumentEdited();
+    if (!options_.diff && !options_.check) save(name, controller);
     output_.begin_file(options_.files.empty() ? "" : name);
     for (std::string const& what : options_.prints) print_part(controller, what);
     explain(name, controller.textView());
+    if (options_.diff) print_diff(name, before, *controller.textView().view()->storage);
     output_.end_file();
     render(controller);
     has_beeped_ = has_beeped_ || desktop_.beeps > 0;
@@ -149,6 +164,41 @@ class batch_run {
     }
     handle_events();
     if (desktop_.beeps != beeps) std::fprintf(stderr, "beep: %s\n", escaped_name(command).c_str());
+  }
+
+  void execute(WynDocumentController& controller, std::string const& name) {
+    int const beeps = desktop_.beeps;
+    std::string error;
+    auto const item = item_for_batch(name, controller.textView(), error);
+    if (item == nullptr) {
+      complain(name, error);
+      unknown_ = name;
+      desktop_.beep();
+    } else if (!BundleManager::sharedInstance().executeItem(item, controller.textView())) {
+      desktop_.beep();
+    }
+    handle_events();
+    if (desktop_.beeps != beeps) std::fprintf(stderr, "beep: %s\n", escaped_name(name).c_str());
+  }
+
+  static std::u16string text_of(text::storage const& storage) {
+    std::u16string result;
+    for (std::size_t line = 0; line < storage.lines(); ++line) {
+      if (line != 0) result += u'\n';
+      result += storage.line_units(line);
+    }
+    return result;
+  }
+
+  void print_diff(std::string const& name, std::u16string const& before,
+                  text::storage const& storage) {
+    std::u16string const after = text_of(storage);
+    auto const old_lines = documents::lines_of(before), new_lines = documents::lines_of(after);
+    auto const changes = documents::differing_lines(old_lines, new_lines);
+    if (changes.empty()) return;
+    std::u16string const shown = unicode::to_utf16(escaped_name(name));
+    output_.put(unicode::to_utf8(
+        documents::unified_diff(old_lines, new_lines, changes, u"a/" + shown, u"b/" + shown)));
   }
 
   // News of files come some steps late rather than by a system call at each.
@@ -203,13 +253,23 @@ class batch_run {
     if (what == "symbols") output_.put(batch_symbols(controller.textView()));
   }
 
-  void explain(std::string const& name, WynTextView const& view) {
+  void explain_key(WynTextView& view, std::uint32_t line, std::uint32_t column) {
+    view.goToLineAndColumn(line + std::size_t{1}, column + std::size_t{1});
+    auto const file = read_menu_file(path::join(platform::shared_support_folder(), "menus.plist"));
+    output_.put(
+        key_report(options_.explain_key, view, platform::menu_from_value(file.menus["main"])));
+  }
+
+  void explain(std::string const& name, WynTextView& view) {
     if (!options_.explain) return;
     auto const [line, column] = *options_.explain;
     text::storage const& storage = *view.view()->storage;
     if (line < storage.lines() && column <= storage.size(line)) {
       wait_for_scopes(view, line);
-      output_.put(scope_report(view, {line, column}));
+      if (options_.explain_key.empty())
+        output_.put(scope_report(view, {line, column}));
+      else
+        explain_key(view, line, column);
     } else {
       fail(name, "there is no place " + std::to_string(line) + ":" + std::to_string(column));
     }
@@ -250,7 +310,7 @@ class batch_run {
   std::string const folder_ = path::cwd();
   unsigned steps_ = 0;
   int status_ = done;
-  bool has_beeped_ = false;
+  bool has_beeped_ = false, has_changed_ = false;
 };
 
 // What is wrong with bundles, a line a fault; grammars may include those that are loaded.

@@ -8,23 +8,27 @@
 #include <utility>
 #include <vector>
 
-/// A macro to perform, and how often.
+/// A macro or a bundle item to perform, and how often.
 struct batch_macro_option {
-  std::string path;  // "-" is standard input
+  std::string path;  // "-" is standard input; of an item its UUID or its name
   std::uint32_t times = 1;
+  bool is_item = false;
   friend bool operator==(batch_macro_option const&, batch_macro_option const&) = default;
 };
 
 /// What a run of batch mode is asked to do, in the order of the command line where that matters.
 struct batch_options {
   std::vector<std::pair<std::string, plist::value>> settings;  // --set
-  std::vector<batch_macro_option> macros;                      // --macro, --repeat
+  std::vector<batch_macro_option> macros;                      // --macro, --item, --repeat
   std::vector<std::pair<std::string, std::string>> answers;    // --answer: title and button
   bool save = false;
   std::string save_as;              // "-" is standard output
   std::vector<std::string> prints;  // "text", "selection", "state", "scopes", "styles", "symbols"
   std::optional<std::pair<std::uint32_t, std::uint32_t>> explain;  // line and column, from 0
-  std::string render;                                              // path of a PNG
+  std::string explain_key;  // --explain-key KEY LINE:COLUMN, a key string
+  bool diff = false;        // prints what would be saved, and saves nothing
+  bool check = false;       // beeps if anything would be
+  std::string render;       // path of a PNG
   int columns = 80, rows = 24;
   bool strict = false;
   bool null_separated = false;             // -0: names as they are, ended by zero bytes

@@ -13,10 +13,12 @@
 
 char const* const usage_text =
     "usage: quirnote [FILE[:LINE[:COLUMN]]]...\n"
-    "       quirnote --batch [--set KEY=VALUE]... [--macro FILE|- [--repeat N]]...\n"
+    "       quirnote --batch [--set KEY=VALUE]... [--macro FILE|- | --item NAME|UUID [--repeat "
+    "N]]...\n"
     "                [--answer TITLE=BUTTON]... [--save | --save-as PATH|-] [--print WHAT]... "
     "[-0]\n"
-    "                [--explain LINE:COLUMN] [--render PNG [--size COLUMNSxROWS]] [--strict]\n"
+    "                [--diff] [--check] [--explain LINE:COLUMN] [--explain-key KEY LINE:COLUMN]\n"
+    "                [--render PNG [--size COLUMNSxROWS]] [--strict]\n"
     "                [--] [FILE|-]...\n"
     "       quirnote --batch --check-bundle DIR [--check-bundle DIR]...\n"
     "       quirnote --help | --version | --list-settings\n"
@@ -104,6 +106,18 @@ constexpr batch_option batch_table[] = {
        o.macros.push_back({path});
        return !path.empty();
      }},
+    {"item", true,
+     [](batch_options& o, std::string const& name) {
+       o.macros.push_back({.path = name, .is_item = true});
+       return !name.empty();
+     }},
+    {"diff", false, [](batch_options& o, std::string const&) { return o.diff = true; }},
+    {"check", false, [](batch_options& o, std::string const&) { return o.check = true; }},
+    {"explain-key", true,
+     [](batch_options& o, std::string const& key) {
+       o.explain_key = key;
+       return !key.empty();
+     }},
     {"repeat", true,
      [](batch_options& o, std::string const& text) {
        auto const times = number_from<std::uint32_t>(text);
@@ -185,8 +199,12 @@ std::string contradiction(batch_options const& o) {
   bool const has_many = o.files.size() > 1;
   bool const prints = !o.prints.empty() || o.explain || o.null_separated;
   auto const from_input = std::count(o.files.begin(), o.files.end(), "-");
-  auto const macros_from_input = std::count_if(o.macros.begin(), o.macros.end(),
-                                               [](auto const& macro) { return macro.path == "-"; });
+  auto const macros_from_input =
+      std::count_if(o.macros.begin(), o.macros.end(),
+                    [](auto const& macro) { return macro.path == "-" && !macro.is_item; });
+  if ((o.diff || o.check) && (o.save || !o.save_as.empty()))
+    return "--diff and --check write nothing: no --save with them";
+  if (!o.explain_key.empty() && !o.explain) return "--explain-key needs KEY and LINE:COLUMN";
   if (!o.save_as.empty() && o.save) return "--save and --save-as exclude each other";
   if (!o.save_as.empty() && has_many) return "--save-as takes one file";
   if (!o.render.empty() && has_many) return "--render takes one file";
@@ -233,7 +251,10 @@ class parser {
 
   // False at the end of what is to be read.
   bool take(int code, std::vector<char*> const& argv, std::string& error) {
-    if (code == file_code) {
+    if (code == file_code && !line_.batch.explain_key.empty() && !line_.batch.explain) {
+      if (!take_place(line_.batch, optarg))
+        error = std::string("bad place for --explain-key: ") + optarg;
+    } else if (code == file_code) {
       line_.batch.files.emplace_back(optarg);
     } else if (code == batch_code) {
       line_.what = command_line::purpose::batch;
@@ -259,7 +280,7 @@ class parser {
     std::string const name = name_of(code);
     if (first_batch_option_.empty()) first_batch_option_ = name;
     if (name == "--repeat" && line_.batch.macros.empty())
-      return "--repeat needs a --macro before it";
+      return "--repeat needs a --macro or --item before it";
     if (row.take(line_.batch, value)) return "";
     return "bad value for " + name + ": " + value;
   }

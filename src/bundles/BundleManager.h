@@ -12,7 +12,11 @@
 #include "bundles/BundleItem.h"
 #include "bundles/bundle_folders.h"
 #include "bundles/index/CacheManager.h"
+#include "platform/event.h"
+#include "platform/responder.h"
 #include "platform/string_table.h"
+
+class item_view;
 
 /// Owns every loaded bundle and item, and finds them by UUID and kind. Bundles are loaded at once,
 /// the items of a kind when they are first asked for: a start needs few of them. Main thread only.
@@ -100,7 +104,8 @@ class BundleManager {
   item_list const& bundleItemsForKeyString(std::string_view key);
   item_list bundleItemsForKeyString(std::string_view key, std::string_view scope);
   /// Those with the longest trigger that `text`, what stands before the caret on its line, ends in.
-  item_list bundleItemsForTabTrigger(std::string_view text, std::string_view scope);
+  item_list bundleItemsForTabTrigger(std::string_view text,
+                                     std::optional<std::string_view> scope = std::nullopt);
   item_list bundleItemsForMouseGesture(std::string_view gesture, std::string_view scope);
   /// Commands for a file with this extension, or else for any file.
   item_list bundleItemsForFileDrop(std::string_view path, std::string_view scope);
@@ -109,6 +114,18 @@ class BundleManager {
                                       std::optional<std::string_view> scope);
   /// Those that apply, the best first.
   static item_list sortItemsAccordingToScope(item_list const& items, std::string_view scope);
+
+  // Executing (BundleManager_Executing.cc)
+  /// Whether somebody from `first` on takes what the item stands for.
+  static bool canExecuteItem(BundleItem const& item, platform::responder* first);
+  /// Sends the item's action to `first` and those behind it; false if nobody takes it. It is
+  /// currentBundleItem() meanwhile.
+  bool executeItem(std::shared_ptr<BundleItem> const& item, platform::responder& first);
+  /// The one there is, or which the user chooses from a menu; null for none.
+  std::shared_ptr<BundleItem> chooseItem(item_list const& items, item_view& view, bool at_mouse);
+  /// Executes what a key stands for at the caret. True when there was anything, also if the user
+  /// chose nothing of it.
+  bool shouldSwallowEvent(platform::key_event const& event, item_view& view);
 
   // The items that are executing, the innermost last.
   void pushBundleItem(std::shared_ptr<BundleItem> item) { stack_.push_back(std::move(item)); }

@@ -74,7 +74,8 @@ item_list BundleManager::bundleItemsForKeyString(std::string_view key, std::stri
   return filterItemsInScope(bundleItemsForKeyString(key), scope);
 }
 
-item_list BundleManager::bundleItemsForTabTrigger(std::string_view text, std::string_view scope) {
+item_list BundleManager::bundleItemsForTabTrigger(std::string_view text,
+                                                  std::optional<std::string_view> scope) {
   if (text.empty()) return {};
   makeDispatchTables();
   item_list found;

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+#include <fstream>
+
 namespace {
 
 constexpr char const* bundles_folder = "/Bundles";
@@ -50,6 +52,25 @@ std::string bundle_folders::LocalBundlePath(bool create) const {
 
 std::string bundle_folders::PristineCopyBundlePath(bool create) const {
   return made(domains.front() + pristine_folder, create);
+}
+
+std::string bundle_folders::supportPath() const {
+  std::vector<std::string> candidates;
+  for (std::string const& domain : domains) {
+    candidates.push_back(path::join(domain, "Support"));
+    candidates.push_back(path::join(domain, "Pristine Copy/Support"));
+  }
+  candidates.push_back(path::join(shared_support, "Support"));
+  std::string best;
+  int highest = -1;
+  for (std::string const& folder : candidates) {
+    int version = 0;
+    if (std::ifstream(path::join(folder, "version")) >> version && version > highest) {
+      highest = version;
+      best = folder;
+    }
+  }
+  return best;
 }
 
 std::vector<std::string> bundle_folders::bundlePaths() const {

@@ -18,6 +18,9 @@ struct bundle_folders {
   std::string LocalBundlePath(bool create = false) const;
   /// What the user has installed, as it came.
   std::string PristineCopyBundlePath(bool create = false) const;
+  /// The folder with what commands share: of the user's, the installed and the program's own the
+  /// one whose file "version" holds the highest number, the first of equals. "" if there is none.
+  std::string supportPath() const;
   /// All search paths; what stands in an earlier one goes over what stands in a later one.
   std::vector<std::string> bundlePaths() const;
 };

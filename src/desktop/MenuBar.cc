@@ -1,6 +1,7 @@
 #include "desktop/MenuBar.h"
 
 #include "desktop/KeyTranslation.h"
+#include "desktop/LeanStyle.h"
 #include "desktop/QtText.h"
 
 #include <QAction>
@@ -16,7 +17,9 @@ QString escaped(std::string const& title) {
 // Menus draw what follows a tab as the shortcut; it isn't taken as one.
 QString text_with_key(platform::menu_item const& item) {
   QString const key = key_string_for_display(item.key);
-  return key.isEmpty() ? escaped(item.title) : escaped(item.title) + QLatin1Char('\t') + key;
+  QString const trigger = item.trigger.empty() ? QString() : qstring(item.trigger) + tab_sign;
+  QString const right = key.isEmpty() ? trigger : key;
+  return right.isEmpty() ? escaped(item.title) : escaped(item.title) + QLatin1Char('\t') + right;
 }
 
 void fill(QMenu& menu, std::vector<platform::menu_item> const& items, MenuTarget& target);

@@ -25,6 +25,9 @@ struct part_kind {
 // From left to right.
 constexpr part_kind part_kinds[] = {
     {"incrementalSearch", "What is searched for as you type", ""},
+    {"isRecordingMacro", "What you do is recorded as a macro", ""},
+    {"pendingKeys", "More keys are waited for; Escape ends that", ""},
+    {"snippetField", "Tab goes to the next field of the snippet", ""},
     {"fileState", "The text is nowhere but in this window until it is saved", ""},
     {"lineNumber", "Line and column of the caret", "Line 88888, Column 888"},
     {"currentMode", "Language", ""},
@@ -80,6 +83,8 @@ QString StatusBar::text_of(std::string_view key) const {
   if (key == "tabSize") return QStringLiteral("Tab Size: %1").arg(v.integer_or(0));
   if (key == "softTabs")
     return v.boolean_or(false) ? QStringLiteral("Soft Tabs") : QStringLiteral("Hard Tabs");
+  if (key == "isRecordingMacro")
+    return v.boolean_or(false) ? QStringLiteral("\u25CF Recording") : QString();
   if (key == "overwriteMode")
     return v.boolean_or(false) ? QStringLiteral("OVR") : QStringLiteral("INS");
   return qstring(v.string_or(""));

@@ -1,5 +1,6 @@
 #include "desktop/TextViewWidget.h"
 
+#include "desktop/ChoiceMenu.h"
 #include "desktop/QtGraphics.h"
 #include "desktop/QtText.h"
 #include "platform/desktop.h"
@@ -225,6 +226,19 @@ void TextViewWidget::focusOutEvent(QFocusEvent* event) {
 void TextViewWidget::show_context_menu(std::vector<platform::menu_item> const& items,
                                        platform::point where) {
   if (owner_ != nullptr) owner_->pop_up_menu(items, viewport()->mapToGlobal(to_viewport(where)));
+}
+
+// At the pointer, unless that is elsewhere: then who chooses looks at the caret.
+std::optional<std::size_t> TextViewWidget::choose_from_menu(
+    std::vector<platform::menu_item> const& items, std::optional<platform::point> where) {
+  if (client_ == nullptr) return std::nullopt;
+  QPoint const mouse = viewport()->mapFromGlobal(QCursor::pos());
+  QPoint place = mouse + QPoint(-10, 6);
+  if (where || !viewport()->rect().contains(mouse)) {
+    platform::rect const caret = client_->caret_rect();
+    place = to_viewport(where.value_or(platform::point{caret.x, caret.y + caret.height}));
+  }
+  return run_choice_menu(items, viewport()->mapToGlobal(place), this);
 }
 
 void TextViewWidget::show_cursor(platform::cursor cursor) {

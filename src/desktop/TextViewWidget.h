@@ -58,6 +58,8 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   void input_method_changed(bool abandon) override;
   void show_context_menu(std::vector<platform::menu_item> const& items,
                          platform::point where) override;
+  std::optional<std::size_t> choose_from_menu(std::vector<platform::menu_item> const& items,
+                                              std::optional<platform::point> where) override;
   void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
                   platform::point at) override;
   bool hide_tool_tip() override;

@@ -51,6 +51,15 @@ void headless_view_host::show_context_menu(std::vector<platform::menu_item> cons
   context_menu = items;
 }
 
+std::optional<std::size_t> headless_view_host::choose_from_menu(
+    std::vector<platform::menu_item> const& items, std::optional<platform::point>) {
+  choice_menu = items;
+  std::string const wanted = std::exchange(choice, "");
+  for (std::size_t number = 0; number < items.size(); ++number)
+    if (!wanted.empty() && items[number].key == wanted) return number;
+  return std::nullopt;
+}
+
 // Where it goes is for the test to say, by the client's dragging_updated() and the calls after it.
 void headless_view_host::begin_drag(plist::dictionary content,
                                     std::vector<platform::rect> const& shape, platform::point) {

@@ -33,6 +33,8 @@ class headless_view_host : public platform::view_host {
   void input_method_changed(bool abandon) override;
   void show_context_menu(std::vector<platform::menu_item> const& items,
                          platform::point where) override;
+  std::optional<std::size_t> choose_from_menu(std::vector<platform::menu_item> const& items,
+                                              std::optional<platform::point> where) override;
   void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
                   platform::point at) override;
   bool hide_tool_tip() override { return std::exchange(shows_tool_tip, false); }
@@ -50,6 +52,8 @@ class headless_view_host : public platform::view_host {
   std::vector<platform::rect> dirty;  // what set_needs_display got
   int compositions_abandoned = 0;
   std::vector<platform::menu_item> context_menu;  // the last one shown
+  std::vector<platform::menu_item> choice_menu;   // the last one shown
+  std::string choice;                             // the key of the item that is chosen next, or ""
   plist::dictionary dragged;                      // the content of the last drag
   std::vector<platform::rect> dragged_shape;
   bool shows_tool_tip = false;

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr char const* escape = "\x1B";
+
 bool perform(plist::value const& action, key_binding_target& view) {
   auto const selector = action.string_or("");
   return selector == "noop:" || view.tryToPerformWith(selector, {});
@@ -54,20 +56,27 @@ std::optional<std::string> WynKeyBindingManager::selectorForEvent(
 
 bool WynKeyBindingManager::interpretKeyEventForTextView(platform::key_event const& event,
                                                         key_binding_target& view) {
-  auto const key = WynKeyEvent::keyEventWithEvent(event).stringRepresentation();
+  WynKeyEvent const pressed = WynKeyEvent::keyEventWithEvent(event);
+  auto const key = pressed.stringRepresentation();
   auto const pending = pending_.extract(&view);
-  auto const& table = pending.empty() ? keyBindings_ : pending.mapped().entries();
+  if (!pending.empty()) view.showPendingKeys("");
+  auto const& table = pending.empty() ? keyBindings_ : pending.mapped().table.entries();
   auto const found = table.find(key);
   if (found == table.end()) {
+    if (!pending.empty() && key == escape) return true;
     view.interpretKeyEvents(event);
     return true;
   }
   auto const binding = found->second;
   if (binding.as_string()) return perform(binding, view);
-  if (binding.as_dictionary())
-    pending_[&view] = binding;
-  else
+  if (binding.as_dictionary()) {
+    std::string const before = pending.empty() ? "" : pending.mapped().keys + " ";
+    auto const& [table_of_next, keys] =
+        pending_[&view] = {binding, before + pressed.glyphRepresentation()};
+    view.showPendingKeys(keys);
+  } else {
     performAll(binding.elements(), view);
+  }
   return true;
 }
 

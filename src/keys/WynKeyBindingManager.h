@@ -42,5 +42,9 @@ class WynKeyBindingManager {
   void performAll(plist::array const& actions, key_binding_target& view);
 
   plist::dictionary keyBindings_;
-  std::map<key_binding_target const*, plist::value> pending_;  // where the next key is looked up
+  struct begun {
+    plist::value table;  // where the next key is looked up
+    std::string keys;    // as they are shown
+  };
+  std::map<key_binding_target const*, begun> pending_;
 };

@@ -17,6 +17,7 @@ struct menu_item {
   std::string title;
   std::string selector;   // empty for a submenu
   std::string key;        // key string such as "@z"; empty for none
+  std::string trigger;    // what typed before Tab does the same; shown at the right
   plist::value argument;  // handed to the method
   bool separator = false;
   bool enabled = true;

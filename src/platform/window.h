@@ -47,7 +47,8 @@ class window {
 
   /// A value published for the status bar: "lineNumber", "columnNumber" (both from 0), "tabSize",
   /// "softTabs", "overwriteMode", and as texts to show "fileState", "fileEncoding", "lineEnding",
-  /// "currentMode", "currentSymbol".
+  /// "currentMode", "currentSymbol",
+  /// "snippetField" and "pendingKeys".
   virtual void update_value(std::string_view key, plist::value const& value) = 0;
 
  private:

@@ -9,6 +9,7 @@ struct view_colors {
   platform::color background, foreground, caret, selection, line_highlight, invisibles;
   platform::color wrap_margin, behind_margin;
   platform::color flash;  ///< behind the partner of a bracket just typed
+  platform::color field;  ///< behind the field of a snippet that is being filled in
   platform::color match;  ///< behind what the find panel has found
   platform::color gutter, gutter_number, gutter_current_number;
 

@@ -93,6 +93,8 @@ WynTextView::WynTextView()
   addISearchMethods();
   addStyleSheetMethods();
   addPairMethods();
+  addSnippetMethods();
+  addMacroMethods();
   defaultsToken_ = platform::notification_center::standard().observe(
       platform::user_defaults::did_change, [this](auto const&) { userDefaultsDidChange(); });
   initializeSettings();
@@ -112,6 +114,8 @@ void WynTextView::setDocument(std::shared_ptr<WynDocument> document) {
 
 void WynTextView::detachView() {
   if (view_ == nullptr) return;
+  abortMacroRecording();
+  leaveCodeSnippetEditing();
   closeIncrementalSearchWindow();
   abandonMarkedText();
   abandoned_.reset();
@@ -190,6 +194,8 @@ void WynTextView::publishAll() {
   updateValueForKey(softTabs(), "softTabs");
   updateValueForKey(overwriteMode_, "overwriteMode");
   publishLanguage();
+  shownSnippetField_.clear();
+  publishSnippetField();
   updateValueForKey(symbols_->current(), "currentSymbol");
 }
 
@@ -208,7 +214,21 @@ std::vector<std::string> WynTextView::selectors() const {
 
 plist::value WynTextView::performSelectorWithObject(std::string_view selector,
                                                     plist::value const& object) {
-  if (auto const* const action = actions_.find(selector)) return performAction(*action);
+  bool known = false;
+  return performNamed(selector, object, known);
+}
+
+// The result of an action, or of a method of this object.
+plist::value WynTextView::performNamed(std::string_view selector, plist::value const& object,
+                                       bool& known) {
+  auto const* const action = actions_.find(selector);
+  known = action != nullptr || responder::respondsToSelector(selector);
+  std::optional<recording_suspended> unrecorded;
+  if (known && isRecordingMacro() && isStepOfMacro(selector)) {
+    recordMacroCommand(selector, object);
+    unrecorded.emplace(*this);
+  }
+  if (action != nullptr) return performAction(*action);
   return responder::performSelectorWithObject(selector, object);
 }
 
@@ -224,11 +244,9 @@ plist::value WynTextView::performAction(action_map::action const& action) {
 }
 
 bool WynTextView::tryToPerformWith(std::string_view selector, plist::value const& object) {
-  if (auto const* const action = actions_.find(selector)) {
-    performAction(*action);
-    return true;
-  }
-  if (performOwn(selector, object)) return true;
+  bool known = false;
+  performNamed(selector, object, known);
+  if (known) return true;
   return nextResponder() != nullptr && nextResponder()->tryToPerformWith(selector, object);
 }
 
@@ -264,6 +282,10 @@ void WynTextView::key_down(platform::key_event const& event) {
   if (host_ != nullptr) host_->hide_cursor_until_mouse_moves();
   if (!WynKeyBindingManager::sharedInstance().interpretKeyEventForTextView(event, *this))
     platform::desktop::current().beep();
+}
+
+void WynTextView::showPendingKeys(std::string const& keys) {
+  updateValueForKey(keys, "pendingKeys");
 }
 
 void WynTextView::interpretKeyEvents(platform::key_event const& event) {

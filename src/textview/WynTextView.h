@@ -1,6 +1,8 @@
 #pragma once
 
 #include "actions/action_map.h"
+#include "actions/comments.h"
+#include "bundles/item_view.h"
 #include "grammar/scope_path.h"
 #include "keys/key_binding_target.h"
 #include "layout/drawn_text.h"
@@ -29,6 +31,10 @@
 struct find_answer;
 class WynDocument;
 class WynISearchWindow;
+namespace snippet {
+class session;
+class snippet_t;
+}  // namespace snippet
 class drop_target;
 class find_highlights;
 class line_indenter;
@@ -51,7 +57,8 @@ class WynTextView : public platform::responder,
                     public drawn_text,
                     public laid_out_view,
                     public searched_view,
-                    public typed_view {
+                    public typed_view,
+                    public item_view {
  public:
   WynTextView();
   ~WynTextView() override;
@@ -85,6 +92,7 @@ class WynTextView : public platform::responder,
   bool tryToPerformWith(std::string_view selector, plist::value const& object) override;
   void doCommandBySelector(std::string_view selector);
   void interpretKeyEvents(platform::key_event const& event) override;
+  void showPendingKeys(std::string const& keys) override;
 
   // Editing (WynTextView_editing.cc)
   void insertText(std::u16string_view text);
@@ -93,7 +101,10 @@ class WynTextView : public platform::responder,
   void deleteForward();
   void deleteToEndOfParagraph();
   void insertNewline();
+  /// What the Tab key does: the next field of a snippet, what the letters before the caret stand
+  /// for, the selected lines one level further right, or else a tab.
   void insertTab();
+  void insertBacktab();
 
   // Options (WynTextView_Extension.cc), with those of view_switches. Setters do nothing when the
   // value stands.
@@ -235,6 +246,25 @@ class WynTextView : public platform::responder,
   /// An opening unit that is shown for a moment, since its partner has just been typed.
   std::optional<platform::rect> const& flashed() const { return flash_.area(); }
 
+  // Bundle items and snippets (WynTextView_Snippets.cc)
+  std::string scopeAtCaret() const final;
+  bool hasSelection() const final;
+  platform::responder& itemResponder() final { return *this; }
+  std::optional<std::size_t> chooseFromMenu(std::vector<platform::menu_item> const& items,
+                                            bool at_mouse) final;
+  /// The range of the field that is being filled in, if a snippet runs.
+  std::vector<std::pair<text::iterator, text::iterator>> snippetFields() const;
+
+  // What commands are told (WynTextView_Environment.cc)
+  plist::dictionary environmentVariables() const override;
+  /// The word that the caret stands in or at; empty if there is none.
+  std::u16string wordAtCaret() const;
+
+  // Macros (WynTextView_Macros.cc)
+  bool isRecordingMacro() const { return macroRecordingBuffer_.has_value(); }
+  /// Notes a step of the macro that is being recorded, if there is one.
+  void recordMacroCommand(std::string_view command, plist::value const& argument);
+
   // Drag and drop (WynTextView_dragging.cc)
   void startDragForEvent(platform::mouse_event const& event);
   /// See drop_target::operation_for.
@@ -299,6 +329,8 @@ class WynTextView : public platform::responder,
   void addISearchMethods();
   void addStyleSheetMethods();
   void addPairMethods();
+  void addSnippetMethods();
+  void addMacroMethods();
   /// Enters an action that runs inside a view_will_change scope.
   void addAction(std::string selector, std::function<void()> action);
   void addToggle(std::string const& selector, std::function<bool()> get,
@@ -316,8 +348,10 @@ class WynTextView : public platform::responder,
   void wrappingDidChange();
   bool askForRightMargin();
 
+  std::vector<comment_marker> commentMarkers() const;
   void insertTyped(std::u16string_view text, bool closes);
   void breakTypedLine();
+  void insertPlainTab();
   plist::value undoOrRedo(bool undo);
   void userDefaultsDidChange();
   void applyOptionsToView();
@@ -350,6 +384,40 @@ class WynTextView : public platform::responder,
   void languagesDidChange();
   void preferencesDidChange();
   void resetDisplay();
+
+  // Macros (WynTextView_Macros.cc)
+  /// What an action does itself is no further step of a macro.
+  class recording_suspended {
+   public:
+    explicit recording_suspended(WynTextView& view)
+        : view_(view), former_(std::exchange(view.isRecordingSuspended_, true)) {}
+    ~recording_suspended() { view_.isRecordingSuspended_ = former_; }
+    recording_suspended(recording_suspended const&) = delete;
+    recording_suspended& operator=(recording_suspended const&) = delete;
+
+   private:
+    WynTextView& view_;
+    bool const former_;
+  };
+  bool isStepOfMacro(std::string_view selector) const;
+  void toggleMacroRecording();
+  void abortMacroRecording();
+  bool playMacro(plist::value const& macro);
+  static bool saveScratchMacro();
+  plist::value performNamed(std::string_view selector, plist::value const& object, bool& known);
+  void recordFind(char const* action, char const* scope = nullptr);
+
+  // Snippets (WynTextView_Snippets.cc)
+  snippet::session* runningSnippet() const;
+  bool expandCodeSnippet();
+  void deleteTabTrigger(std::string const& trigger);
+  bool insertSnippet(plist::value const& options);
+  void insertParsedSnippet(snippet::snippet_t inserted);
+  void selectSnippetField(text::iterator_observer::subset const& field);
+  bool goToSnippetField(bool forward);
+  void leaveCodeSnippetEditing();
+  void leaveSnippetIfLeft();
+  void publishSnippetField();
 
   // Layout and scrolling (WynTextView_scrolling.cc)
   void setupTextFrame();
@@ -428,6 +496,11 @@ class WynTextView : public platform::responder,
   std::unique_ptr<find_highlights> highlights_;
   bool hasFindNote_ = false;
   std::unique_ptr<WynISearchWindow> iSearchWindow_;
+
+  std::string shownSnippetField_;
+  std::optional<plist::array> macroRecordingBuffer_;
+  bool isRecordingSuspended_ = false;
+  int macroDepth_ = 0;
 
   std::u16string markedText_;
   std::size_t markedCaret_ = 0;

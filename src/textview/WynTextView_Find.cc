@@ -93,7 +93,17 @@ find_answer WynTextView::replaceSelection() {
   return replacement;
 }
 
+// With what is sought now, since it may be something else when the macro is played.
+void WynTextView::recordFind(char const* action, char const* scope) {
+  if (!isRecordingMacro()) return;
+  plist::dictionary options = WynFindManager::sharedInstance().options();
+  options.insert_or_assign("action", action);
+  if (scope != nullptr) options.insert_or_assign("replaceAllScope", scope);
+  recordMacroCommand("findWithOptions:", std::move(options));
+}
+
 bool WynTextView::replaceAndFind() {
+  recordFind("replaceAndFind");
   std::uint32_t const memento = view_->storage->current_memento;
   find_answer const replaced = replaceSelection();
   if (!replaced.error.empty() || replaced.end == search_end::cancelled)
@@ -104,6 +114,7 @@ bool WynTextView::replaceAndFind() {
 
 // The status bar says why nothing came of it.
 bool WynTextView::findAgain(bool backward) {
+  recordFind(backward ? "findPrevious" : "findNext");
   find_answer const answer = findMatch(backward);
   std::string const sought = WynFindManager::sharedInstance().findPboardString();
   showFindNote(status_for(answer, sought.empty() ? "Nothing to find" : "Not found: " + sought));
@@ -121,6 +132,7 @@ plist::value WynTextView::replaceAllIn(char const* scope) {
   if (view_ == nullptr) return false;
   WynFindManager& manager = WynFindManager::sharedInstance();
   manager.commitEditing();
+  recordFind("replaceAll", scope);
   plist::dictionary options = manager.options();
   options.insert_or_assign("replaceAllScope", scope);
   std::string error;
@@ -139,6 +151,7 @@ std::size_t WynTextView::internalReplaceAllError(plist::value const& options, st
 
 plist::value WynTextView::findWithOptions(plist::dictionary options) {
   WynFindManager& manager = WynFindManager::sharedInstance();
+  recordMacroCommand("findWithOptions:", options);
   abandonMarkedText();
   manager.setOptions(options);
   std::string const action = plist::value(options)["action"].string_or("findNext");

@@ -44,6 +44,7 @@ class painter {
       rows.paint_backgrounds(rows_[i], first_row() + i);
     paint_current_line();
     paint_matches();
+    paint_fields();
     paint_selection();
     if (auto const& flashed = text_view_.flashed()) fill(*flashed, colors_.flash);
     for (std::size_t i = 0; i < rows_.size(); ++i)
@@ -94,14 +95,29 @@ class painter {
   }
 
   void paint_matches() {
-    for (auto const& [first, last] : text_view_.shownMatches()) {
+    for (auto const& [first, last] : text_view_.shownMatches())
+      paint_range(first, last, colors_.match);
+  }
+
+  // An empty field is a mark beside the caret.
+  void paint_fields() {
+    for (auto const& [first, last] : text_view_.snippetFields()) {
+      paint_range(first, last, colors_.field);
+      if (!(first == last)) continue;
+      auto const at = position_of(text_view_, text::view_iterator(&view_, first));
+      fill({at.x - 1, at.y, 3, layout_.lineHeight()}, colors_.field);
+    }
+  }
+
+  void paint_range(text::iterator const& first, text::iterator const& last, color c) {
+    {
       text::view_iterator const from(&view_, first), to(&view_, last);
       std::size_t const begin = view_.line_in_view(from), end = view_.line_in_view(to);
       for (std::size_t row = std::max(begin, first_row()); row <= std::min(end, last_row());
            ++row) {
         double const left = row == begin ? position_of(text_view_, from).x : layout_.left();
         double const right = position_of(text_view_, row == end ? to : view_.end(row)).x;
-        fill({left, layout_.y_of_row(row), right - left, layout_.lineHeight()}, colors_.match);
+        fill({left, layout_.y_of_row(row), right - left, layout_.lineHeight()}, c);
       }
     }
   }

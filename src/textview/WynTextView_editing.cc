@@ -4,6 +4,7 @@
 #include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
+#include "settings/store.h"
 #include "text/cell_width.h"
 #include "text/row_break.h"
 #include "text/tab_width.h"
@@ -16,12 +17,15 @@
 
 #include <algorithm>
 #include <chrono>
+#include <map>
 #include <mutex>
 #include <optional>
 
 // Typing, deleting, undo, and the text of input methods.
 
 namespace {
+
+constexpr char const* tab_shifts_key = "WynTextViewTabShiftsLines";
 
 // Turns a caret in virtual columns into one between two units.
 void make_caret_real(text::view& view) {
@@ -103,7 +107,21 @@ void WynTextView::addEditingMethods() {
   addAction("deleteForward:", [this] { deleteForward(); });
   addAction("deleteToEndOfParagraph:", [this] { deleteToEndOfParagraph(); });
   addAction("insertNewline:", [this] { insertNewline(); });
-  addAction("insertTab:", [this] { insertTab(); });
+  addMethod("insertTab:", [this](plist::value const&) {
+    if (view_ == nullptr) return plist::value(false);
+    insertTab();
+    return plist::value();
+  });
+  addMethod("insertBacktab:", [this](plist::value const&) {
+    if (view_ == nullptr) return plist::value(false);
+    insertBacktab();
+    return plist::value();
+  });
+  addMethod("toggleComment:", [this](plist::value const&) {
+    if (view_ == nullptr) return plist::value(false);
+    view_will_change const scope(*this, true);
+    return plist::value(toggle_comments(*view_, commentMarkers()));
+  });
   addAction("indent:", [this] { indenter_->indent_selected_lines(); });
   addMethod("undo:", [this](plist::value const&) { return undoOrRedo(true); });
   addMethod("redo:", [this](plist::value const&) { return undoOrRedo(false); });
@@ -114,6 +132,8 @@ void WynTextView::addEditingMethods() {
 
 void WynTextView::insertText(std::u16string_view text) {
   if (view_ == nullptr) return;
+  if (isRecordingMacro()) recordMacroCommand("insertText:", unicode::to_utf8(text));
+  recording_suspended const unrecorded(*this);
   abandonMarkedText();
   bool const smart = smartTyping_ && text.size() == 1;
   // The scope that decides is that before what is typed, so none is made anew meanwhile. A
@@ -181,6 +201,27 @@ void WynTextView::breakTypedLine() {
       {view_, text::iterator(caret.line + breaks.size(), caret.column - row, &storage)});
 }
 
+// As the scope at the first selected character says; of each pair the start has to be there.
+std::vector<comment_marker> WynTextView::commentMarkers() const {
+  text::iterator at = view_->selection.first().base;
+  text::unit_view const line = view_->storage->line_units(at.line);
+  std::size_t const content = std::min(line.find_first_not_of(u" \t"), line.size());
+  at.column = std::max(at.column, static_cast<std::uint32_t>(content));
+  if (tokenizer_ != nullptr) tokenizer_->wait_for(at.line, std::chrono::hours(1));
+  std::map<std::string, std::string> values;
+  for (plist::value const& variable :
+       stylesForContext(graphPathForIterator(at))["shellVariables"].elements())
+    values.emplace(variable["name"].string_or(""), variable["value"].string_or(""));
+  std::vector<comment_marker> result;
+  for (char const* suffix : {"", "_2", "_3"}) {
+    std::string const start = values[std::string("QN_COMMENT_START") + suffix];
+    if (!start.empty())
+      result.push_back({unicode::to_utf16(start),
+                        unicode::to_utf16(values[std::string("QN_COMMENT_END") + suffix])});
+  }
+  return result;
+}
+
 void WynTextView::insertText(plist::value const& text) {
   insertText(unicode::to_utf16(text.string_or("")));
 }
@@ -218,8 +259,32 @@ void WynTextView::insertNewline() {
   indenter_->insert_newline();
 }
 
-// A soft tab is as many spaces as reach the next tab stop.
 void WynTextView::insertTab() {
+  // What a macro was recorded with has its own steps.
+  if (macroDepth_ == 0 && expandCodeSnippet()) return;
+  text::selection const& selection = view_->selection;
+  bool const has_lines = view_->has_selection() && !selection.column_mode &&
+                         selection.first().base.line != selection.last().base.line;
+  if (has_lines && settings::store().boolean(tab_shifts_key)) {
+    performSelectorWithObject("shiftRight:", {});
+    return;
+  }
+  recordMacroCommand("insertTab:", {});
+  view_will_change const scope(*this, true);
+  insertPlainTab();
+}
+
+void WynTextView::insertBacktab() {
+  if (runningSnippet() == nullptr) {
+    performSelectorWithObject("shiftLeft:", {});
+    return;
+  }
+  recordMacroCommand("previousSnippetField:", {});
+  goToSnippetField(false);
+}
+
+// A soft tab is as many spaces as reach the next tab stop.
+void WynTextView::insertPlainTab() {
   std::u16string text = u"\t";
   if (softTabs()) {
     std::size_t const column = column_before_wrap(view_->selection.first());

@@ -36,6 +36,10 @@ void WynTextView::mouse_down(mouse_event const& event) {
   closeIncrementalSearchWindow();
   showFindNote("");
   if (view_ == nullptr) return;
+  if (isRecordingMacro()) {
+    platform::desktop::current().alerts().run({"You are recording a macro", "", {"Continue"}});
+    return;
+  }
   abandonMarkedText();
   mouse_->take_modifiers(event.modifiers);
   if (event.button == mouse_button::middle) return pastePrimarySelectionAt(event.position);

@@ -65,6 +65,8 @@ view_will_change::~view_will_change() {
   if (is_seen) show_outcome(center, outermost);
   drop_left_ranges();
   if (!outermost) return;
+  text_view.leaveSnippetIfLeft();
+  text_view.publishSnippetField();
   view.did_end_action();
   view.first_refresh_line = no_line;
   view.last_refresh_line = 0;

@@ -110,7 +110,7 @@ TEST(command_line, wrong_ones_are_refused_with_a_reason) {
                              {"--size", "2147483647x2147483647"},
                              {"--size", "80x24x"}})
     EXPECT_EQ(error_of(batch(wrong)), "bad value for " + *(wrong.end() - 2) + ": " + wrong.back());
-  EXPECT_EQ(error_of(batch({"--repeat", "2"})), "--repeat needs a --macro before it");
+  EXPECT_EQ(error_of(batch({"--repeat", "2"})), "--repeat needs a --macro or --item before it");
   EXPECT_EQ(error_of(batch({"--save=x"})), "--save takes no value");
   EXPECT_EQ(error_of({"--print", "text"}), "--print needs --batch");
   for (words const& wrong : {words{"--save", "--save-as", "x", "f"},

@@ -28,10 +28,11 @@ struct recorder : key_binding_target {
     return !selector.starts_with("unknown");
   }
   void insertText(plist::value const& text) override { log += "'" + text.string_or("?") + "'"; }
+  void showPendingKeys(std::string const& keys) override { shown += keys + ";"; }
   void interpretKeyEvents(platform::key_event const& event) override {
     log += "key(" + unicode::to_utf8(event.characters) + ")";
   }
-  std::string log;
+  std::string log, shown;
 };
 
 class key_bindings : public testing::Test {
@@ -118,6 +119,13 @@ TEST_F(key_bindings, performing) {
   for (auto const* stroke : {"^k", "a", "a", "^k", "^k", "b", "^k", "z", "a"})
     EXPECT_TRUE(manager.interpretKeyEventForTextView(key(stroke), view));
   EXPECT_EQ(view.log, "[nested:][act:][deep:]key(z)[act:]");
+
+  view.log.clear();
+  view.shown.clear();
+  for (auto const* stroke : {"^k", "^k", "\x1B", "a"})
+    manager.interpretKeyEventForTextView(key(stroke), view);
+  EXPECT_EQ(view.log, "[act:]");
+  EXPECT_EQ(view.shown, "\u2303K;;\u2303K \u2303K;;");
 
   view.log.clear();
   manager.interpretKeyEventForTextView(key("^k"), view);

@@ -1,0 +1,22 @@
+#include "app/batch_item.h"
+
+#include "bundles/BundleManager.h"
+#include "textview/WynTextView.h"
+
+std::shared_ptr<BundleItem> item_for_batch(std::string const& name, WynTextView const& view,
+                                           std::string& error) {
+  auto& manager = BundleManager::sharedInstance();
+  if (auto const item = manager.bundleItemForUUID(name)) return item;
+  BundleManager::item_list named;
+  for (auto const& item : manager.bundleItemsOfKinds({"command", "macro", "snippet", "language"}))
+    if (item->name() == name) named.push_back(item);
+  if (named.empty()) {
+    error = "no item has this name";
+    return nullptr;
+  }
+  auto const fitting = manager.filterItemsInScope(named, view.scopeAtCaret());
+  if (fitting.size() == 1) return fitting.front();
+  error = fitting.empty() ? "it is not for the text at the caret"
+                          : "several items have this name; a UUID tells which one";
+  return nullptr;
+}

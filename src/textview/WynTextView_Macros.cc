@@ -1,0 +1,199 @@
+#include "actions/clipboard.h"
+#include "bundles/BundleItem.h"
+#include "bundles/BundleManager.h"
+#include "platform/desktop.h"
+#include "platform/log.h"
+#include "search/WynFindManager.h"
+#include "settings/store.h"
+#include "text/view.h"
+#include "textview/WynTextView.h"
+#include "textview/view_will_change.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+
+// Macros: what the user does is noted by the names of actions, and done again.
+
+namespace {
+
+using clock = std::chrono::steady_clock;
+
+constexpr char const* scratch_macro_key = "WynMacroManagerScratchMacro";
+constexpr int deepest_macro = 32;  // macros in macros; more are one that plays itself
+constexpr auto silent_wait = std::chrono::milliseconds(500);
+constexpr std::size_t steps_between_looks = 64;
+
+/// Those that note what they have done themselves, and those that are no step of a macro.
+constexpr std::array<std::string_view, 22> not_recorded = {"toggleMacroRecording:",
+                                                           "abortMacroRecording:",
+                                                           "playScratchMacro:",
+                                                           "saveScratchMacro:",
+                                                           "playMacroWithOptions:",
+                                                           "insertTab:",
+                                                           "insertBacktab:",
+                                                           "expandCodeSnippet:",
+                                                           "executeBundleItem:",
+                                                           "deleteTabTrigger:",
+                                                           "findNext:",
+                                                           "findPrevious:",
+                                                           "replaceAndFind:",
+                                                           "replaceAll:",
+                                                           "replaceAllInSelection:",
+                                                           "findWithOptions:",
+                                                           "abortShowingFoldedText:",
+                                                           "showScope:",
+                                                           "orderFrontFontPanel:",
+                                                           "orderFrontRightMarginPanel:",
+                                                           "ISIM_incrementalSearch:",
+                                                           "ISIM_reverseIncrementalSearch:"};
+
+/// Puts the find options and, unless the macro is for it, the clipboard back as they were.
+class kept_surroundings {
+ public:
+  explicit kept_surroundings(bool clipboard)
+      : options_(WynFindManager::sharedInstance().options()) {
+    if (clipboard) clipboard_.emplace();
+  }
+  ~kept_surroundings() { WynFindManager::sharedInstance().setOptions(options_); }
+  kept_surroundings(kept_surroundings const&) = delete;
+  kept_surroundings& operator=(kept_surroundings const&) = delete;
+
+ private:
+  plist::dictionary const options_;
+  std::optional<private_clipboard> clipboard_;
+};
+
+/// Lets the user end what takes long.
+class interruption {
+ public:
+  /// Whether the user wants no more. To be asked often.
+  bool is_wanted() {
+    platform::busy_panel& panel = platform::desktop::current().busy();
+    if (++looks_ % steps_between_looks != 0 || !panel.is_wanted() ||
+        clock::now() < begun_ + silent_wait)
+      return is_wanted_;
+    if (!scope_) {
+      scope_.emplace(platform::desktop::current().waits(), [this] { is_wanted_ = true; });
+      panel.show("Playing a macro\u2026");
+    }
+    if (panel.handle_events(0)) is_wanted_ = true;
+    return is_wanted_;
+  }
+  ~interruption() {
+    if (scope_) platform::desktop::current().busy().end();
+  }
+
+ private:
+  clock::time_point const begun_ = clock::now();
+  std::size_t looks_ = 0;
+  bool is_wanted_ = false;
+  std::optional<platform::waiting::scope> scope_;
+};
+
+}  // namespace
+
+void WynTextView::addMacroMethods() {
+  addMethod("toggleMacroRecording:", [this](plist::value const&) {
+    if (view_ == nullptr) return plist::value(false);
+    toggleMacroRecording();
+    return plist::value();
+  });
+  addMethod("toggleMacroRecordingMenuTitle", [this](plist::value const&) {
+    return plist::value(isRecordingMacro() ? "Stop Recording" : "Start Recording");
+  });
+  addMethod("abortMacroRecording:", [this](plist::value const&) {
+    abortMacroRecording();
+    return plist::value();
+  });
+  addMethod("canAbortMacroRecording",
+            [this](plist::value const&) { return plist::value(isRecordingMacro()); });
+  addMethod("playMacroWithOptions:", [this](plist::value const& macro) {
+    return plist::value(view_ != nullptr && playMacro(macro));
+  });
+  addMethod("playScratchMacro:", [this](plist::value const&) {
+    plist::array const steps = settings::store().array(scratch_macro_key);
+    return plist::value(view_ != nullptr && !steps.empty() && playMacro(steps));
+  });
+  addMethod("saveScratchMacro:",
+            [](plist::value const&) { return plist::value(saveScratchMacro()); });
+  for (char const* name : {"canPlayScratchMacro", "canSaveScratchMacro"})
+    addMethod(name, [this](plist::value const&) {
+      return plist::value(!isRecordingMacro() &&
+                          !settings::store().array(scratch_macro_key).empty());
+    });
+}
+
+// All that is done meanwhile is one step of undo.
+void WynTextView::toggleMacroRecording() {
+  if (isRecordingMacro()) {
+    plist::array steps = std::move(*macroRecordingBuffer_);
+    abortMacroRecording();
+    settings::store().set(scratch_macro_key, std::move(steps));
+    return;
+  }
+  view_->storage->undo_manager.begin_group();
+  macroRecordingBuffer_.emplace();
+  updateValueForKey(true, "isRecordingMacro");
+}
+
+void WynTextView::abortMacroRecording() {
+  if (!isRecordingMacro()) return;
+  macroRecordingBuffer_.reset();
+  view_->storage->undo_manager.end_group();
+  updateValueForKey(false, "isRecordingMacro");
+}
+
+void WynTextView::recordMacroCommand(std::string_view command, plist::value const& argument) {
+  if (!isRecordingMacro() || isRecordingSuspended_) return;
+  plist::dictionary step{{"command", std::string(command)}};
+  if (argument) step.insert_or_assign("argument", argument);
+  macroRecordingBuffer_->push_back(std::move(step));
+}
+
+bool WynTextView::isStepOfMacro(std::string_view selector) const {
+  bool const is_action = std::count(selector.begin(), selector.end(), ':') == 1 &&
+                         selector.ends_with(':') && !selector.ends_with("IsChecked:");
+  return is_action &&
+         std::find(not_recorded.begin(), not_recorded.end(), selector) == not_recorded.end();
+}
+
+bool WynTextView::playMacro(plist::value const& macro) {
+  plist::array const steps = macro.as_array() ? *macro.as_array() : macro["commands"].elements();
+  if (macroDepth_ == deepest_macro) {
+    platform::log_once("a macro plays itself, and was ended");
+    return false;
+  }
+  recordMacroCommand("playMacroWithOptions:", plist::dictionary{{"commands", steps}});
+  recording_suspended const unrecorded(*this);
+  kept_surroundings const kept(!macro["useGlobalClipboard"].boolean_or(false));
+  ++macroDepth_;
+  interruption stop;
+  text::view const* const played_in = view_;
+  {
+    view_will_change const scope(*this, true);
+    for (plist::value const& step : steps) {
+      std::string const command = step["command"].string_or("");
+      if (!tryToPerformWith(command, step["argument"]))
+        platform::log_once("a macro has a step that nobody knows: " + command);
+      if (stop.is_wanted() || view_ != played_in) break;
+    }
+  }
+  --macroDepth_;
+  return true;
+}
+
+bool WynTextView::saveScratchMacro() {
+  plist::array const steps = settings::store().array(scratch_macro_key);
+  if (steps.empty()) return false;
+  auto const name = platform::desktop::current().prompts().run(
+      "Save Macro", "Name under which the Bundles menu shows it", "My Macro");
+  if (!name || name->empty()) return name.has_value();
+  auto& manager = BundleManager::sharedInstance();
+  auto const item =
+      BundleItem::bundleItemWithContent(manager, {{"name", *name}, {"commands", steps}}, "macro");
+  item->setBundle(*manager.defaultBundle());
+  manager.addBundleItem(item);
+  item->saveChanges();
+  return true;
+}

@@ -1,0 +1,246 @@
+#include "bundles/BundleItem.h"
+#include "bundles/BundleManager.h"
+#include "commands/environment.h"
+#include "layout/geometry.h"
+#include "platform/desktop.h"
+#include "platform/log.h"
+#include "platform/utf.h"
+#include "settings/store.h"
+#include "snippets/parse_snippet.h"
+#include "snippets/session.h"
+#include "text/view.h"
+#include "textview/WynTextView.h"
+#include "textview/view_will_change.h"
+
+#include <algorithm>
+
+// Bundle items at the caret: tab triggers, snippets, and the fields of the one that is being filled
+// in.
+
+namespace {
+
+constexpr char const* expand_on_tab_key = "WynTextViewExpandSnippetsOnTab";
+constexpr std::size_t longest_trigger_text = 200;  // units looked at before the caret
+
+std::u16string indentation_of(text::unit_view line) {
+  std::size_t const end = line.find_first_not_of(u" \t");
+  return std::u16string(line.substr(0, end));
+}
+
+std::string name_for_messages() {
+  BundleItem const* const item = BundleManager::sharedInstance().currentBundleItem();
+  if (item == nullptr) return "snippet";
+  Bundle const* const bundle = item->bundle();
+  return (bundle == nullptr ? "" : bundle->name() + ": ") + item->name();
+}
+
+std::string output_of(std::string const& code, commands::variables const& variables) {
+  commands::shell_request request{.script = code, .environment = variables};
+  if (auto const folder = variables.find("QN_DIRECTORY"); folder != variables.end())
+    request.directory = folder->second;
+  commands::shell_result const result = commands::run_shell(request);
+  if (!result.error.empty()) platform::log_once(name_for_messages() + ": " + result.error);
+  bool const is_text = unicode::to_utf8(unicode::to_utf16(result.output)) == result.output;
+  return is_text ? result.output : std::string();
+}
+
+}  // namespace
+
+void WynTextView::addSnippetMethods() {
+  addMethod("insertSnippetWithOptions:", [this](plist::value const& options) {
+    return plist::value(view_ != nullptr && insertSnippet(options));
+  });
+  addMethod("insertSnippet:", [this](plist::value const& options) {
+    return plist::value(view_ != nullptr && insertSnippet(options));
+  });
+  addMethod("nextSnippetField:",
+            [this](plist::value const&) { return plist::value(goToSnippetField(true)); });
+  addMethod("previousSnippetField:",
+            [this](plist::value const&) { return plist::value(goToSnippetField(false)); });
+  addMethod("expandCodeSnippet:", [this](plist::value const&) {
+    return plist::value(view_ != nullptr && expandCodeSnippet());
+  });
+  addMethod("deleteTabTrigger:", [this](plist::value const& trigger) {
+    if (view_ == nullptr) return plist::value(false);
+    deleteTabTrigger(trigger.string_or(""));
+    return plist::value();
+  });
+  addMethod("executeBundleItem:", [this](plist::value const& uuid) {
+    auto& manager = BundleManager::sharedInstance();
+    auto const item = manager.bundleItemForUUID(uuid.string_or(""));
+    return plist::value(item != nullptr && manager.executeItem(item, *this));
+  });
+}
+
+std::string WynTextView::scopeAtCaret() const {
+  std::string result;
+  for (std::string const& name : currentContext()) result += (result.empty() ? "" : " ") + name;
+  return result;
+}
+
+bool WynTextView::hasSelection() const {
+  return view_ != nullptr && view_->has_selection();
+}
+
+std::optional<std::size_t> WynTextView::chooseFromMenu(
+    std::vector<platform::menu_item> const& items, bool at_mouse) {
+  if (host_ == nullptr || view_ == nullptr) return std::nullopt;
+  platform::rect const caret = caret_rectangle(*this);
+  std::optional<platform::point> place;
+  if (!at_mouse) place = platform::point{caret.x, caret.y + layout_.lineHeight()};
+  return host_->choose_from_menu(items, place);
+}
+
+snippet::session* WynTextView::runningSnippet() const {
+  if (view_ == nullptr || !view_->snippet_observer || !view_->snippet_observer->is_running())
+    return nullptr;
+  return static_cast<snippet::session*>(view_->snippet_observer.get());
+}
+
+// Tab: to the next field, or what the letters before the caret stand for. False if they stand for
+// nothing.
+bool WynTextView::expandCodeSnippet() {
+  if (runningSnippet() != nullptr) {
+    recordMacroCommand("nextSnippetField:", {});
+    return goToSnippetField(true);
+  }
+  if (view_->has_selection() || view_->is_in_column_mode() ||
+      !settings::store().boolean(expand_on_tab_key))
+    return false;
+  text::iterator const caret = view_->selection.current_mark.base;
+  text::unit_view const line = view_->storage->line_units(caret.line).substr(0, caret.column);
+  std::size_t const shown = std::min(line.size(), longest_trigger_text);
+  std::string const before = unicode::to_utf8(line.substr(line.size() - shown));
+  auto& manager = BundleManager::sharedInstance();
+  if (manager.bundleItemsForTabTrigger(before).empty()) return false;
+  auto const items = manager.bundleItemsForTabTrigger(before, scopeAtCaret());
+  if (items.empty()) return false;
+  auto const item = manager.chooseItem(items, *this, false);
+  if (item == nullptr) return true;
+  view_will_change const scope(*this, true);
+  recordMacroCommand("deleteTabTrigger:", item->tabTrigger());
+  deleteTabTrigger(item->tabTrigger());
+  manager.executeItem(item, *this);
+  return true;
+}
+
+void WynTextView::deleteTabTrigger(std::string const& trigger) {
+  std::u16string const units = unicode::to_utf16(trigger);
+  text::iterator const caret = view_->selection.current_mark.base;
+  text::unit_view const line = view_->storage->line_units(caret.line).substr(0, caret.column);
+  if (!line.ends_with(units)) return;
+  view_will_change const scope(*this, true);
+  text::iterator const first = caret - static_cast<std::ptrdiff_t>(units.size());
+  view_->storage->erase(first, caret);
+  view_->selection.set_caret({view_, first});
+}
+
+bool WynTextView::insertSnippet(plist::value const& options) {
+  auto const* const content = options["content"].as_string();
+  if (content == nullptr) return false;
+  text::view& view = *view_;
+  snippet::parse_options parsing;
+  parsing.variables = commands::environment_for(this);
+  text::iterator const first = view.selection.first().base;
+  if (options["disableAutoIndent"].integer_or(0) == 0)
+    parsing.indent = unicode::to_utf8(indentation_of(view.storage->line_units(first.line)));
+  parsing.tab_size = tabSize();
+  parsing.soft_tabs = treatsSpacesAsTabs();
+  parsing.run_command = output_of;
+  std::uint32_t const memento = view.storage->current_memento;
+  std::string fault;
+  std::vector<std::string> warnings;
+  auto snippet = snippet::parse(*content, parsing, fault, warnings);
+  for (std::string const& warning : warnings)
+    platform::log_once(name_for_messages() + ": " + warning);
+  if (snippet == nullptr) {
+    platform::log_once(name_for_messages() + ": " + fault);
+    return false;
+  }
+  // Code was waited for, and the text may be another one by now.
+  if (view_ != &view || view.storage->current_memento != memento) return false;
+  insertParsedSnippet(std::move(*snippet));
+  return true;
+}
+
+void WynTextView::insertParsedSnippet(snippet::snippet_t inserted) {
+  text::view& view = *view_;
+  abandonMarkedText();
+  view_will_change const scope(*this, true);
+  leaveCodeSnippetEditing();
+  std::u16string const text = inserted.text();
+  // Each line of a column selection gets it, and what is typed then into one of them.
+  text::iterator first = view.selection.first().base;
+  if (view.is_in_column_mode()) {
+    view.insert(text.begin(), text.end());
+    first = view.selection.current_mark.base - static_cast<std::ptrdiff_t>(text.size());
+  } else {
+    if (view.has_selection()) first = view.erase_selection().base;
+    view.selection.set_caret({&view, first});
+    view.storage->insert(std::as_const(first), text.begin(), text.end());
+  }
+  inserted.begin();
+  bool const is_whole = inserted.is_at_end();
+  auto session = std::make_unique<snippet::session>(view, first, std::move(inserted));
+  auto const field = session->active_tab_stop();
+  if (!is_whole) view.set_snippet_observer(std::move(session));
+  selectSnippetField(field);
+}
+
+void WynTextView::selectSnippetField(text::iterator_observer::subset const& field) {
+  text::iterator const first(field.first(), view_->storage), last(field.last(), view_->storage);
+  view_->selection.set_caret(view_->in_view(first));
+  view_->selection.select_to(view_->in_view(last), false);
+  view_->scroll_caret_pending = true;
+}
+
+bool WynTextView::goToSnippetField(bool forward) {
+  snippet::session* const session = runningSnippet();
+  if (session == nullptr) return false;
+  abandonMarkedText();
+  view_will_change const scope(*this, true);
+  forward ? session->next() : session->previous();
+  auto const field = session->active_tab_stop();
+  selectSnippetField(field);
+  if (forward && std::as_const(*session).state()->is_at_end()) leaveCodeSnippetEditing();
+  setNeedsDisplay();
+  return true;
+}
+
+void WynTextView::leaveCodeSnippetEditing() {
+  if (runningSnippet() == nullptr) return;
+  view_->set_snippet_observer(nullptr);
+  setNeedsDisplay();
+}
+
+// The caret has gone elsewhere, and what is typed there isn't for the field.
+void WynTextView::leaveSnippetIfLeft() {
+  if (runningSnippet() == nullptr) return;
+  auto const field = view_->snippet_observer->active_tab_stop();
+  text::selection const& selection = view_->selection;
+  bool const is_inside = inside(selection.current_mark.base, field) &&
+                         inside(selection.first_mark.base, field) &&
+                         inside(selection.last_mark.base, field);
+  if (!is_inside) leaveCodeSnippetEditing();
+}
+
+void WynTextView::publishSnippetField() {
+  snippet::session const* const session = runningSnippet();
+  std::string text;
+  if (session != nullptr) {
+    auto const [field, count] = session->state()->progress();
+    text = "Field " + std::to_string(field) + " of " + std::to_string(count);
+  }
+  if (text == shownSnippetField_) return;
+  shownSnippetField_ = text;
+  updateValueForKey(text, "snippetField");
+}
+
+std::vector<std::pair<text::iterator, text::iterator>> WynTextView::snippetFields() const {
+  std::vector<std::pair<text::iterator, text::iterator>> result;
+  if (runningSnippet() == nullptr) return result;
+  auto const field = view_->snippet_observer->active_tab_stop();
+  result.emplace_back(text::iterator(field.first(), view_->storage),
+                      text::iterator(field.last(), view_->storage));
+  return result;
+}

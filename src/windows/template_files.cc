@@ -1,0 +1,58 @@
+#include "windows/template_files.h"
+
+#include "bundles/BundleItem.h"
+#include "path/file_system.h"
+#include "path/path.h"
+#include "path/tree.h"
+
+#include <cstdlib>
+
+namespace {
+
+std::vector<std::string> lines_of(std::string const& text) {
+  std::vector<std::string> lines;
+  for (std::size_t at = 0; at < text.size();) {
+    std::size_t const end = std::min(text.find('\n', at), text.size());
+    if (end > at) lines.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
+  return lines;
+}
+
+std::string without_extension(std::string const& name) {
+  auto const dot = name.rfind('.');
+  return dot == std::string::npos || dot == 0 ? name : name.substr(0, dot);
+}
+
+}  // namespace
+
+template_files files_for_template(BundleItem& item, std::string const& path,
+                                  commands::variables variables) {
+  variables.insert_or_assign("QN_NEW_FILE", path);
+  variables.insert_or_assign("QN_NEW_FILE_DIRECTORY", path::parent(path));
+  variables.insert_or_assign("QN_NEW_FILE_BASENAME", without_extension(path::name(path)));
+  commands::shell_request request;
+  request.script = item.content()["command"].string_or("");
+  request.directory = path::parent(item.sourcePath());
+  request.environment = std::move(variables);
+  commands::shell_result const run = commands::run_shell(request);
+  template_files result;
+  if (path::exists(path)) result.paths.push_back(path);
+  for (std::string const& line : lines_of(run.output))
+    if (line.front() == '/' && line != path && path::exists(line)) result.paths.push_back(line);
+  if (result.paths.empty())
+    result.error = !run.error.empty() ? run.error : run.cancelled ? "stopped" : run.output;
+  return result;
+}
+
+temporary_document::temporary_document(std::string const& extension) {
+  char const* const base = std::getenv("TMPDIR");
+  std::string folder = path::join(base == nullptr ? "/tmp" : base, "Quirnote-template.XXXXXX");
+  if (mkdtemp(folder.data()) == nullptr) return;
+  folder_ = folder;
+  path_ = path::join(folder, extension.empty() ? "untitled" : "untitled." + extension);
+}
+
+temporary_document::~temporary_document() {
+  if (!folder_.empty()) path::remove_tree(folder_);
+}

@@ -1,0 +1,160 @@
+#include "bundles/BundleManager.h"
+#include "path/temporary_folder.h"
+#include "platform/user_defaults.h"
+#include "textview/shown_view.h"
+
+#include <gtest/gtest.h>
+
+// What bundle items do in a view: snippets with their fields, tab triggers, macros.
+
+namespace {
+
+class items : public shown_view_test {
+ protected:
+  static plist::value snippet(std::string const& content) {
+    return plist::dictionary{{"content", content}};
+  }
+  static void type(shown_view& shown, std::u16string_view keys) {
+    for (char16_t const key : keys)
+      key == u'\t' ? shown.perform("insertTab:") : shown.view.insertText(std::u16string(1, key));
+  }
+};
+
+struct filled_snippet {
+  char const* before;   // the view
+  char const* content;  // inserted
+  char16_t const* typed;
+  char const* after;
+};
+
+filled_snippet const filled[] = {
+    {"|", "for (${1:i} = 0; $1 < ${2:n}; $1++) $0;", u"k\tx.size()\t",
+     "for (k = 0; k < x.size(); k++) |;"},
+    {"a[b]c", "<${1:$QN_SELECTED_TEXT}>$0", u"", "a<[b]>c"},
+    {"  |", "if\n\t$1\nend", u"x", "  if\n  \tx|\n  end"},
+    {"|", "${1:foo ${2:bar}} $2!$0", u"x\t", "x !|"},
+    {"|", "${1/(.*)/\\U$1/} ${1:name}$0", u"ab", "AB ab|"},
+    {"x|y", "$0", u"z", "xz|y"},
+    {"|", "no fields", u"", "no fields|"},
+    {"{a\nb\n}c", "($1)", u"z", "(z|a\n(zb\nc"},
+};
+
+TEST_F(items, snippets_are_filled_in_and_taken_back) {
+  for (filled_snippet const& each : filled) {
+    shown_view shown(each.before);
+    if (std::string_view(each.before).starts_with("{")) continue;
+    std::string const before = shown.text();
+    shown.perform("insertSnippetWithOptions:", snippet(each.content));
+    type(shown, each.typed);
+    EXPECT_EQ(shown.get(), each.after) << each.content;
+    std::string const after = shown.text();
+    int steps = 0;
+    while (shown.text() != before && steps < 100) shown.perform("undo:"), ++steps;
+    EXPECT_EQ(shown.text(), before) << each.content;
+    while (steps-- > 0) shown.perform("redo:");
+    EXPECT_EQ(shown.text(), after) << each.content;
+  }
+}
+
+TEST_F(items, a_snippet_ends_where_the_caret_leaves_its_field) {
+  shown_view shown("|");
+  std::string field;
+  shown.view.bind([&](std::string_view key, plist::value const& value) {
+    if (key == "snippetField") field = value.string_or("?");
+  });
+  shown.perform("insertSnippet:", snippet("f(${1:a}, ${2:b})$0"));
+  EXPECT_EQ(field, "Field 1 of 2");
+  EXPECT_EQ(shown.view.snippetFields().size(), 1u);
+  shown.perform("insertTab:");
+  EXPECT_EQ(field, "Field 2 of 2");
+  shown.perform("insertBacktab:");
+  EXPECT_EQ(shown.get(), "f([a], b)");
+  shown.perform("moveToEndOfDocument:");
+  EXPECT_EQ(field, "");
+  shown.perform("insertTab:");
+  EXPECT_EQ(shown.text(), "f(a, b)\t");
+}
+
+TEST_F(items, code_runs_when_the_snippet_is_inserted) {
+  shown_view shown("  [x]");
+  shown.perform("insertSnippet:", snippet("`printf %s \"$QN_SELECTED_TEXT-$QN_LINE_NUMBER\"`$1"));
+  EXPECT_EQ(shown.text(), "  x-1");
+}
+
+TEST_F(items, faults_change_nothing) {
+  shown_view shown("a[b]c");
+  for (char const* content : {"${1:", "`unfinished"}) {
+    testing::internal::CaptureStderr();
+    shown.perform("insertSnippet:", snippet(content));
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(shown.text(), "abc") << content;
+  }
+  shown.perform("insertSnippet:", plist::dictionary{});
+  EXPECT_EQ(shown.text(), "abc");
+}
+
+TEST_F(items, tab_shifts_selected_lines_unless_told_otherwise) {
+  shown_view shown("[a\nb\n]c");
+  shown.perform("insertTab:");
+  EXPECT_EQ(shown.text(), "\ta\n\tb\nc");
+  shown.perform("insertBacktab:");
+  EXPECT_EQ(shown.text(), "a\nb\nc");
+  platform::user_defaults::standard().set("WynTextViewTabShiftsLines", false);
+  shown.perform("insertTab:");
+  EXPECT_EQ(shown.text(), "\tc");
+}
+
+// What is typed before Tab, in a C file, becomes the shipped snippet; macros hold its text.
+TEST_F(items, triggers_are_expanded_and_recorded) {
+  temporary_folder const folder;
+  shown_view shown("|", WynDocument::documentWithContentsOfFile(folder.write("a.c", "")));
+  shown.perform("toggleMacroRecording:");
+  EXPECT_TRUE(shown.view.isRecordingMacro());
+  type(shown, u"main\t");
+  std::string const expanded = shown.text();
+  EXPECT_NE(expanded.find("int main("), std::string::npos) << expanded;
+  shown.perform("toggleMacroRecording:");
+  shown.perform("undo:");
+  EXPECT_EQ(shown.text(), "");
+  shown.perform("playScratchMacro:");
+  EXPECT_EQ(shown.text(), expanded);
+  shown.perform("undo:");
+  EXPECT_EQ(shown.text(), "");
+}
+
+TEST_F(items, macros_leave_clipboard_and_find_options_as_they_were) {
+  shown_view shown("[a]b");
+  shown.perform("copy:");
+  plist::array const steps = {
+      plist::dictionary{{"command", "selectAll:"}},
+      plist::dictionary{{"command", "copy:"}},
+      plist::dictionary{{"command", "moveToEndOfDocument:"}},
+      plist::dictionary{{"command", "paste:"}},
+      plist::dictionary{{"command", "insertText:"}, {"argument", "!"}},
+  };
+  shown.perform("playMacroWithOptions:", plist::dictionary{{"commands", steps}});
+  EXPECT_EQ(shown.get(), "abab!|");
+  shown.perform("paste:");
+  EXPECT_EQ(shown.get(), "abab!a|");
+  shown.perform("playMacroWithOptions:",
+                plist::dictionary{{"commands", steps}, {"useGlobalClipboard", true}});
+  shown.perform("undo:");
+  shown.perform("moveToEndOfDocument:");
+  shown.perform("paste:");
+  EXPECT_EQ(shown.get(), "abab!aabab!a|");
+}
+
+TEST_F(items, a_macro_that_plays_itself_ends) {
+  shown_view shown("|");
+  plist::value macro =
+      plist::array{plist::dictionary{{"command", "insertText:"}, {"argument", "x"}}};
+  for (int depth = 0; depth < 100; ++depth)
+    macro =
+        plist::array{plist::dictionary{{"command", "playMacroWithOptions:"}, {"argument", macro}}};
+  testing::internal::CaptureStderr();
+  shown.perform("playMacroWithOptions:", macro);
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("plays itself"), std::string::npos);
+  EXPECT_EQ(shown.text(), "");
+}
+
+}  // namespace
