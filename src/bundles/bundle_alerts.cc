@@ -7,10 +7,6 @@
 
 namespace bundles {
 
-std::string quoted(std::string const& name) {
-  return "\u201c" + name + "\u201d";
-}
-
 void tell(std::string const& title, std::string const& text) {
   auto* const desktop = platform::desktop::current_or_null();
   if (desktop == nullptr) return platform::log_once(title + ": " + text);

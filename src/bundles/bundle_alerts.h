@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "platform/shown_characters.h"
+
 /// What the manager of bundles tells and asks the user. Without a desktop, on standard error, and
 /// questions get the answer that changes nothing. Main thread only.
 namespace bundles {
@@ -12,7 +14,6 @@ bool ask_to_update(std::string const& title, std::string const& text);
 /// A bundle in this directory is skipped. With a desktop that is told in a later turn of its loop.
 void tell_could_not_load(std::string const& directory);
 
-/// Between the typographic quotation marks of messages.
-std::string quoted(std::string const& name);
+using platform::quoted;
 
 }  // namespace bundles

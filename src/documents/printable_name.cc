@@ -27,8 +27,4 @@ std::string printable_name(std::string const& path) {
   return printable(path::name(path));
 }
 
-std::string quoted(std::string const& name) {
-  return "\u201C" + name + "\u201D";
-}
-
 }  // namespace documents

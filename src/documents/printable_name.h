@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "platform/shown_characters.h"
+
 namespace documents {
 
 /// The last component of `path`, fit to be shown: see `printable`.
@@ -11,7 +13,6 @@ std::string printable_name(std::string const& path);
 /// that are no UTF-8 and what else platform::is_shown_as_it_is refuses U+FFFD.
 std::string printable(std::string const& path);
 
-/// `name` between the typographic quotation marks of messages.
-std::string quoted(std::string const& name);
+using platform::quoted;
 
 }  // namespace documents

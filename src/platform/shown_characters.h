@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace platform {
 
 /// Whether a character of a file name can be shown as it is: it is no control character, ends no
@@ -11,6 +13,11 @@ constexpr bool is_shown_as_it_is(int c) {
   bool const ends_line = c == 0x2028 || c == 0x2029;
   bool const is_surrogate = 0xD800 <= c && c < 0xE000;
   return c >= 0x20 && !(0x7F <= c && c < 0xA0) && !turns_direction && !ends_line && !is_surrogate;
+}
+
+/// A name between the quotation marks of messages.
+inline std::string quoted(std::string const& name) {
+  return "\u201C" + name + "\u201D";
 }
 
 }  // namespace platform

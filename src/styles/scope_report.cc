@@ -5,6 +5,7 @@
 #include "bundles/Bundle.h"
 #include "bundles/BundleItem.h"
 #include "grammar/tokenize_filter.h"
+#include "platform/shown_characters.h"
 #include "plist/description.h"
 #include "styles/WynThemeManager.h"
 #include "styles/styled_view.h"
@@ -12,9 +13,7 @@
 
 namespace {
 
-std::string quoted(std::string const& text) {
-  return "\u201c" + text + "\u201d";
-}
+using platform::quoted;
 
 std::string origin_of(style_rule const& rule) {
   if (rule.item == nullptr) {

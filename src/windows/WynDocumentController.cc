@@ -5,13 +5,11 @@
 #include "encoding/line_ending.h"
 #include "path/path.h"
 #include "platform/desktop.h"
+#include "platform/shown_characters.h"
 
 #include <array>
 
 namespace {
-
-constexpr char const* left_quote = "\u201c";
-constexpr char const* right_quote = "\u201d";
 
 // The charsets that a user may choose, in the order of the save panel.
 constexpr std::array offered_charsets = {encoding::UTF8,   encoding::UTF16BE,  encoding::UTF16LE,
@@ -21,9 +19,7 @@ constexpr std::array offered_charsets = {encoding::UTF8,   encoding::UTF16BE,  e
 // By line_ending::type, as the status bar shows them.
 constexpr std::array line_ending_labels = {"LF", "CR", "CRLF"};
 
-std::string quoted(std::string const& name) {
-  return left_quote + name + right_quote;
-}
+using platform::quoted;
 
 }  // namespace
 
