@@ -36,13 +36,12 @@ filled_snippet const filled[] = {
     {"|", "${1/(.*)/\\U$1/} ${1:name}$0", u"ab", "AB ab|"},
     {"x|y", "$0", u"z", "xz|y"},
     {"|", "no fields", u"", "no fields|"},
-    {"{a\nb\n}c", "($1)", u"z", "(z|a\n(zb\nc"},
+    {"{\n}c", "(${1:k})$0", u"z", "(z|)\n(z)c"},
 };
 
 TEST_F(items, snippets_are_filled_in_and_taken_back) {
   for (filled_snippet const& each : filled) {
     shown_view shown(each.before);
-    if (std::string_view(each.before).starts_with("{")) continue;
     std::string const before = shown.text();
     shown.perform("insertSnippetWithOptions:", snippet(each.content));
     type(shown, each.typed);
