@@ -25,13 +25,15 @@ class indent_patterns {
     decrease = 4,
     next_line = 8,
     continued = 16,
-    complete = 32
+    complete = 32,
+    flat_block = 64
   };
   /// The settings in which they stand, in the order of `type`. That of `continued` is tested
   /// against two lines with a line feed between them.
-  static constexpr std::array<char const*, 6> keys = {
+  static constexpr std::array<char const*, 7> keys = {
       "unIndentedLinePattern", "increaseIndentPattern", "decreaseIndentPattern",
-      "indentNextLinePattern", "continuedLinePattern",  "completeLinePattern"};
+      "indentNextLinePattern", "continuedLinePattern",  "completeLinePattern",
+      "flatBlockPattern"};
 
   indent_patterns() = default;
   explicit indent_patterns(plist::value const& settings);

@@ -102,7 +102,10 @@ bool kept_indents::is_part_of_expression(std::size_t number) {
 
 bool kept_indents::allows_first_of_block(std::size_t number, std::size_t width) {
   std::size_t const outside = lines_.width_of(first_), nearest = lines_.width_of(above_);
-  if (width == outside) return !has_bits(lines_.type_of_statement(first_, above_), increase);
+  if (width == outside)
+    return !has_bits(lines_.type_of_statement(first_, above_), increase) ||
+           lines_.patterns_of_line(above_)->matches(indent_patterns::flat_block,
+                                                    lines_.storage().line_units(above_));
   bool const in_expression = width > outside && is_part_of_expression(number);
   return (in_expression || allows_inside(width, outside) || allows_inside(width, nearest)) &&
          !is_shallower_below(number, width);
@@ -161,7 +164,9 @@ bool kept_indents::is_shallower_below(std::size_t number, std::size_t width) {
     bool const counts =
         line > number && inner == 0 && lines_.type_of_line(line) != indent_patterns::unindented &&
         !indent_patterns::is_label(lines_.type_of_line(line)) && !lines_.line_continued_by(line);
-    if (counts && !in_bracket && lines_.width_of(line) <= lines_.width_of(first_)) return false;
+    bool const closes = has_bits(lines_.type_of_line(line), decrease);
+    std::size_t const outside = lines_.width_of(closes ? above_ : first_);
+    if (counts && !in_bracket && lines_.width_of(line) <= outside) return false;
     if (counts && lines_.width_of(line) < width) return true;
     inner += here.open.size() - here.closed;
   }

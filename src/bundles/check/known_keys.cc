@@ -109,6 +109,7 @@ key_types const& setting_keys() {
                                  {"alignedLinePatterns", pairs},
                                  {"continuedLinePattern", pattern},
                                  {"completeLinePattern", pattern},
+                                 {"flatBlockPattern", pattern},
                                  {"completions", texts},
                                  {"completionCommand", text},
                                  {"disableDefaultCompletion", number}};
