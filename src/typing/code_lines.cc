@@ -295,6 +295,7 @@ std::optional<std::size_t> code_lines::line_continued_by(std::size_t number) {
   if (auto const above = line_going_on_to(number)) return first_line_of(*above);
   auto const open = open_bracket_above(number);
   if (!open) return std::nullopt;
+  if (is_of_text(settings_of_line(open->line))) return open->line;
   bool const is_last =
       brackets_of(open->line).open.back().offset == open->offset && ends_with_bracket(open->line);
   if (is_last && (opens_blocks(*open) || type_of_line(open->line) & indent_patterns::increase))

@@ -241,8 +241,10 @@ void line_indenter::insert_newline() {
     text::unit_view const code = lines.code_before(at);
     auto const patterns = language_patterns();
     bool const at_end = is_blank_line(line.substr(std::min<std::size_t>(at.column, line.size())));
+    bool const at_end_of_typed =
+        at_end || (!view().has_selection() && is_at_end_of_typed(text_view_));
     if (patterns->matches(indent_patterns::increase, code) ||
-        (at_end && patterns->matches(indent_patterns::next_line, code)))
+        (at_end_of_typed && patterns->matches(indent_patterns::next_line, code)))
       before += indent::blanks(tab_size(), tab_size(), indents_by_spaces(at.line));
     else if (auto const back =
                  at_end ? kept_indents(lines).after_single_line(at.line) : std::nullopt)
