@@ -3,18 +3,12 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "platform/desktop.h"
+#include "actions/WynPasteboardManager.h"
 #include "platform/utf.h"
 
 namespace {
 
-private_clipboard* innermost = nullptr;
-
 namespace type = platform::pasteboard_type;
-
-platform::pasteboard& pasteboard() {
-  return platform::desktop::current().general_pasteboard();
-}
 
 /// The units of `text` with all line ends as `\n`.
 std::u16string with_line_feeds(std::u16string_view text) {
@@ -55,25 +49,25 @@ plist::dictionary pasteboard_types_of(text_clip const& clip) {
   return {{std::string(type::text), text}, {std::string(type::quirnote), own}};
 }
 
-private_clipboard::private_clipboard() : outer_(std::exchange(innermost, this)) {
-  if (outer_ != nullptr) copied = outer_->copied;
+struct private_clipboard::former_state {
+  WynPasteboardManager::memento memento;
+};
+
+private_clipboard::private_clipboard()
+    : former_(new former_state{WynPasteboardManager::sharedInstance().currentMemento()}) {
+  WynPasteboardManager::sharedInstance().beginPrivateUse();
 }
 
 private_clipboard::~private_clipboard() {
-  innermost = outer_;
+  WynPasteboardManager::sharedInstance().setMemento(std::move(former_->memento));
 }
 
 std::optional<text_clip> current_clip() {
-  if (innermost != nullptr && innermost->copied) return innermost->copied;
-  return clip_of(pasteboard());
+  return WynPasteboardManager::sharedInstance().currentClip();
 }
 
-void set_current_clip(text_clip const& clip) {
-  if (innermost != nullptr) {
-    innermost->copied = clip;
-    return;
-  }
-  pasteboard().set(pasteboard_types_of(clip));
+void set_current_clip(text_clip clip) {
+  WynPasteboardManager::sharedInstance().storeClip(std::move(clip));
 }
 
 bool view_copy(text::view* view) {
@@ -87,8 +81,19 @@ bool view_paste(text::view* view) {
   return view_paste_without_reindent(view);
 }
 
+bool view_paste_next(text::view* view) {
+  return view_paste_clip(view, WynPasteboardManager::sharedInstance().nextClip());
+}
+
+bool view_paste_previous(text::view* view) {
+  return view_paste_clip(view, WynPasteboardManager::sharedInstance().previousClip());
+}
+
 bool view_paste_without_reindent(text::view* view) {
-  auto const clip = current_clip();
+  return view_paste_clip(view, current_clip());
+}
+
+bool view_paste_clip(text::view* view, std::optional<text_clip> const& clip) {
   if (!clip) return false;
   if (clip->rectangular)
     view->insert_column(clip->text.begin(), clip->text.end(), 0, 0, false);

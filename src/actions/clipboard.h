@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -27,7 +28,8 @@ std::optional<text_clip> clip_of(platform::pasteboard_content const& content);
 plist::dictionary pasteboard_types_of(text_clip const& clip);
 
 /// As long as one lives, what is copied stays with this program's own actions, which go on from
-/// what the general pasteboard holds: a macro leaves that as it is. They nest.
+/// what the general pasteboard holds: a macro leaves that as it is, and its clips vanish from the
+/// history. They nest.
 class private_clipboard {
  public:
   private_clipboard();
@@ -35,21 +37,25 @@ class private_clipboard {
   private_clipboard(private_clipboard const&) = delete;
   private_clipboard& operator=(private_clipboard const&) = delete;
 
-  std::optional<text_clip> copied;  ///< nothing as long as nothing has been
-
  private:
-  private_clipboard* const outer_;
+  struct former_state;
+  std::unique_ptr<former_state> const former_;
 };
 
 /// What the general pasteboard holds.
 std::optional<text_clip> current_clip();
-/// Puts a clip on it, for other programs and for this one.
-void set_current_clip(text_clip const& clip);
+/// Puts a clip on it, for other programs and for this one, and on the history's stack (see
+/// WynPasteboardManager).
+void set_current_clip(text_clip clip);
 
 /// The selection. False, and the pasteboard stays, when nothing is selected.
 bool view_copy(text::view* view);
 /// Put the clip in place of the selection, with no change of indentation. False without a clip.
 bool view_paste(text::view* view);
+bool view_paste_next(text::view* view);
+bool view_paste_previous(text::view* view);
+/// The same for a given clip.
+bool view_paste_clip(text::view* view, std::optional<text_clip> const& clip);
 bool view_paste_without_reindent(text::view* view);
 /// Inserts what was deleted last.
 void view_yank(text::view* view);

@@ -26,6 +26,8 @@ void register_view_actions(action_map& actions, title_action_map& titles) {
   actions.add_action(view_copy, "copy:");
   actions.add_action(view_paste_without_reindent, "pasteWithoutReindent:");
   actions.add_action(view_paste, "paste:");
+  actions.add_action(view_paste_next, "pasteNext:");
+  actions.add_action(view_paste_previous, "pastePrevious:");
   actions.add_action(&view::erase_selection, "delete:");
   actions.add_action(view_yank, "yank:");
   for (char const* name : {"canCut", "canCopy", "canDelete", "canToggleColumnSelection"})

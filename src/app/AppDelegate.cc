@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "actions/WynPasteboardManager.h"
 #include "app/file_argument.h"
 #include "app/line_place.h"
 #include "app/offer_safety_copies.h"
@@ -29,7 +30,8 @@
 
 namespace {
 
-constexpr double defaults_period = 1;  // seconds between looks at the defaults file
+constexpr double defaults_period = 1;     // seconds between looks at the defaults file
+constexpr double clipboard_delay = 0.05;  // seconds
 constexpr std::size_t most_symbols_in_menu = 1000;
 constexpr std::int64_t large_file = 0xA00000;  // bytes; one more and the user is asked
 
@@ -114,7 +116,9 @@ std::vector<platform::menu_item> symbol_items(WynTextView const& view) {
 }  // namespace
 
 AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
-    : menus_(std::move(menus)), recent_(recent_list) {
+    : menus_(std::move(menus)),
+      recent_(recent_list),
+      clips_(recent_list.empty() ? "" : path::parent(recent_list) + "/ClipboardHistory.plist") {
   auto const add = [this](char const* selector, std::function<void(plist::value const&)> action) {
     addMethod(selector, [action = std::move(action)](plist::value const& argument) {
       action(argument);
@@ -158,6 +162,7 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
     return plist::value();
   });
   addThemeMethods();
+  addClipboardMethods();
   WynFindManager::sharedInstance().setMainView([this] { return frontTextView(); });
   add("selectNextWindow:", [this](auto const&) { selectWindow(1); });
   add("selectPreviousWindow:", [this](auto const&) { selectWindow(-1); });
@@ -186,7 +191,30 @@ void AppDelegate::addThemeMethods() {
   });
 }
 
+void AppDelegate::addClipboardMethods() {
+  addMethod("clearPasteboardHistory:", [this](plist::value const&) {
+    WynPasteboardManager::sharedInstance().clear();
+    clips_.save();
+    return plist::value();
+  });
+  addMethod("canClearPasteboardHistory", [](plist::value const&) {
+    return plist::value(!WynPasteboardManager::sharedInstance().stack().empty());
+  });
+}
+
+// A moment later: the program that has the clipboard may be slow to answer, and the window is to be
+// seen at once.
+void AppDelegate::applicationDidBecomeActive() {
+  clipboardTimer_ = platform::desktop::current().loop().schedule(
+      clipboard_delay, false, [] { WynPasteboardManager::sharedInstance().checkClipboard(); });
+}
+
+void AppDelegate::applicationWillResignActive() {
+  clips_.save();
+}
+
 AppDelegate::~AppDelegate() {
+  clips_.save();
   WynFindManager::sharedInstance().setMainView({});
 }
 
@@ -206,6 +234,8 @@ void AppDelegate::didFinishLaunching() {
   damagedDefaults_ = platform::notification_center::standard().observe(
       platform::user_defaults::did_set_aside,
       [this](platform::notification const& n) { tellOfDamagedDefaults(n.info); }, &defaults);
+  clips_.load();
+  applicationDidBecomeActive();
   openLaunchArguments();
   bundleWatcher_ = std::make_unique<bundle_watcher>(BundleManager::sharedInstance());
   themeWatcher_ = std::make_unique<theme_watcher>(WynThemeManager::sharedInstance());
@@ -470,6 +500,7 @@ bool AppDelegate::applicationMustTerminate() {
     all_kept = false;
   }
   settings::store().save();
+  clips_.save();
   return all_kept;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/clip_history_file.h"
 #include "app/recent_files.h"
 #include "bundles/bundle_watcher.h"
 #include "platform/application.h"
@@ -61,6 +62,8 @@ class AppDelegate : public platform::application_delegate, public windows_owner 
   /// Asked anew while its questions are on screen, it gives false.
   bool applicationShouldTerminate() override;
   bool applicationMustTerminate() override;
+  void applicationDidBecomeActive() override;
+  void applicationWillResignActive() override;
   bool shouldSwallowEvent(platform::key_event const& event) override;
   plist::dictionary environmentVariables() const override;
   std::vector<platform::menu_item> mainMenu() const override;
@@ -71,6 +74,7 @@ class AppDelegate : public platform::application_delegate, public windows_owner 
   void addThemeMethods();
   bool newDocumentFromTemplate(std::string const& uuid);
   bool showAsNewDocument(std::string const& path);
+  void addClipboardMethods();
   void openLaunchArguments();
   void tellOfDamagedDefaults(plist::value const& info);
   bool installIfBundle(std::string const& path);
@@ -93,6 +97,8 @@ class AppDelegate : public platform::application_delegate, public windows_owner 
   plist::value menus_;
   std::string menuFault_;
   recent_files recent_;
+  clip_history_file clips_;
+  std::unique_ptr<platform::timer> clipboardTimer_;
   std::string currentDirectory_;
   std::vector<std::string> launchArguments_;
   std::unique_ptr<platform::timer> defaultsTimer_;

@@ -147,6 +147,14 @@ int QtDesktop::run(platform::application_delegate& app) {
     TerminationSignals::hold();
     return end_within_exit(*delegate_);
   });
+  QObject::connect(&qt_, &QGuiApplication::applicationStateChanged, &qt_,
+                   [this](Qt::ApplicationState state) {
+                     if (delegate_ == nullptr) return;
+                     if (state == Qt::ApplicationActive)
+                       delegate_->applicationDidBecomeActive();
+                     else
+                       delegate_->applicationWillResignActive();
+                   });
   app.didFinishLaunching();
   // Not needed for the first window to appear.
   QTimer::singleShot(0, &qt_, [] {

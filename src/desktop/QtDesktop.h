@@ -5,6 +5,7 @@
 #include "desktop/MenuBar.h"
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtAppearance.h"
+#include "desktop/QtClipPanel.h"
 #include "desktop/QtFilePanels.h"
 #include "desktop/QtFontPanel.h"
 #include "desktop/QtPasteboard.h"
@@ -55,6 +56,7 @@ class QtDesktop final : public platform::desktop {
   platform::find_panel& find() override { return find_panel_; }
   platform::busy_panel& busy() override { return busy_; }
   platform::font_panel& fonts() override { return fonts_; }
+  platform::clip_panel& clips() override { return clips_; }
   platform::appearance& appearance() override { return appearance_; }
   void beep() override { QApplication::beep(); }
   platform::file_watcher& files() override { return files_; }
@@ -103,6 +105,7 @@ class QtDesktop final : public platform::desktop {
   FindPanel find_panel_;
   BusyPanel busy_;
   QtFontPanel fonts_;
+  QtClipPanel clips_;
   QtAppearance appearance_;
   WaitingKeys waiting_keys_{*this};
   platform::application_delegate* delegate_ = nullptr;

@@ -30,7 +30,8 @@ bool is_utf8_text(QString const& format) {
 }
 
 bool is_private(std::string_view type) {
-  return type != types::text && type != types::file_list && type != types::color;
+  return type != types::text && type != types::file_list && type != types::color &&
+         type != types::secret;
 }
 
 // Converts only what another program asks for: a primary selection changes often, and may be large.
@@ -98,10 +99,23 @@ plist::value color_of(QMimeData const& data) {
   return plist::array{color.redF(), color.greenF(), color.blueF()};
 }
 
+// How password managers ask that a clip isn't kept, here and on other systems, whose names come
+// along from what runs in their emulators.
+bool is_secret(QMimeData const& data) {
+  QString const hint = QStringLiteral("x-kde-passwordManagerHint");
+  if (data.hasFormat(hint) && data.data(hint).trimmed() == "secret") return true;
+  char const* const marks[] = {
+      "application/x-nspasteboard-concealed-type", "org.nspasteboard.ConcealedType",
+      "ExcludeClipboardContentFromMonitorProcessing", "Clipboard Viewer Ignore"};
+  return std::any_of(std::begin(marks), std::end(marks),
+                     [&](char const* mark) { return data.hasFormat(QLatin1String(mark)); });
+}
+
 plist::value read_foreign(QMimeData const& data, std::string_view type) {
   if (type == types::text) return data.hasText() ? plist::value(utf8(data.text())) : plist::value();
   if (type == types::file_list) return local_files(data);
   if (type == types::color) return color_of(data);
+  if (type == types::secret) return is_secret(data);
   QByteArray const xml = data.data(QLatin1String(private_format));
   if (xml.isEmpty()) return {};
   return plist::read_xml({xml.constData(), static_cast<std::size_t>(xml.size())}).value[type];

@@ -10,7 +10,7 @@ namespace headless {
 
 void memory_pasteboard::set(plist::dictionary types) {
   content_ = std::move(types);
-  ++changes_;
+  changes_ = ++all_changes_;
 }
 
 plist::value memory_pasteboard::get(std::string_view type) const {
@@ -75,6 +75,17 @@ std::optional<platform::font> scripted_fonts::ask(platform::font const& initial)
   last_initial = initial;
   if (answers.empty()) return std::nullopt;
   platform::font const answer = answers.front();
+  answers.pop_front();
+  return answer;
+}
+
+std::optional<std::size_t> scripted_clips::ask(std::vector<platform::clip_entry> const& clips,
+                                               std::size_t selected) {
+  last_clips = clips;
+  last_selected = selected;
+  if (while_open) while_open();
+  if (answers.empty()) return std::nullopt;
+  std::size_t const answer = answers.front();
   answers.pop_front();
   return answer;
 }

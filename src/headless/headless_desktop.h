@@ -21,8 +21,11 @@ class memory_pasteboard : public platform::pasteboard {
   std::uint64_t change_count() const override { return changes_; }
 
  private:
+  // Of no two pasteboards the same, as the desktops of two tests are one to whoever outlives them.
+  static inline std::uint64_t all_changes_ = 0;
+
   plist::dictionary content_;
-  std::uint64_t changes_ = 0;
+  std::uint64_t changes_ = ++all_changes_;
 };
 
 /// Answers alerts from a list of titles and buttons, and with the safe button otherwise.
@@ -88,6 +91,19 @@ class scripted_fonts : public platform::font_panel {
 
  protected:
   std::optional<platform::font> ask(platform::font const& initial) override;
+};
+
+/// Gives the answers put in before, in order; without one it is cancelled.
+class scripted_clips : public platform::clip_panel {
+ public:
+  std::deque<std::size_t> answers;
+  std::vector<platform::clip_entry> last_clips;
+  std::size_t last_selected = 0;
+  std::function<void()> while_open;
+
+ protected:
+  std::optional<std::size_t> ask(std::vector<platform::clip_entry> const& clips,
+                                 std::size_t selected) override;
 };
 
 /// A find panel that keeps what it is told; a test types into `fields` and tells the delegate.
@@ -183,6 +199,7 @@ class headless_desktop : public platform::desktop {
   scripted_find_panel& find() override { return find_panel_; }
   scripted_busy& busy() override { return busy_; }
   scripted_fonts& fonts() override { return fonts_; }
+  scripted_clips& clips() override { return clips_; }
   memory_appearance& appearance() override { return appearance_; }
   void beep() override { ++beeps; }
   platform::file_watcher& files() override { return files_; }
@@ -211,6 +228,7 @@ class headless_desktop : public platform::desktop {
   scripted_find_panel find_panel_;
   scripted_busy busy_;
   scripted_fonts fonts_;
+  scripted_clips clips_;
   memory_appearance appearance_;
   std::vector<headless_window*> front_to_back_;
   platform::desktop* former_;

@@ -21,6 +21,9 @@ class application_delegate : public responder {
   /// So static objects that are made at their first use and are used here, which means in all
   /// floors up to documents/, are never destroyed: `static auto& instance = *new type;`.
   virtual bool applicationMustTerminate() = 0;
+  /// The user turns to this program, or to another one.
+  virtual void applicationDidBecomeActive() {}
+  virtual void applicationWillResignActive() {}
   /// Looked at before any other road of a key press; true swallows the event.
   virtual bool shouldSwallowEvent(key_event const& event) = 0;
 

@@ -4,6 +4,8 @@
 #include <unicode/unistr.h>
 #include <unicode/utf16.h>
 
+#include <limits>
+
 #include "platform/unicode.h"
 
 namespace unicode {
@@ -32,6 +34,17 @@ decomposed_text decompose(std::u16string_view text) {
     at += length;
   }
   return result;
+}
+
+std::u16string compose(std::u16string text) {
+  UErrorCode status = U_ZERO_ERROR;
+  icu::Normalizer2 const* const normalizer = icu::Normalizer2::getNFCInstance(status);
+  if (U_FAILURE(status) || text.size() > std::numeric_limits<std::int32_t>::max()) return text;
+  icu::UnicodeString const whole(false, text.data(), static_cast<std::int32_t>(text.size()));
+  if (normalizer->spanQuickCheckYes(whole, status) == whole.length()) return text;
+  icu::UnicodeString const composed = normalizer->normalize(whole, status);
+  if (U_FAILURE(status)) return text;
+  return {composed.getBuffer(), static_cast<std::size_t>(composed.length())};
 }
 
 }  // namespace unicode

@@ -17,4 +17,7 @@ struct decomposed_text {
 /// Any thread. A lone surrogate stays as it is.
 decomposed_text decompose(std::u16string_view text);
 
+/// The canonical composed form (form C). Any thread; a lone surrogate stays as it is.
+std::u16string compose(std::u16string text);
+
 }  // namespace unicode

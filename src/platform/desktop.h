@@ -4,6 +4,7 @@
 #include "platform/appearance.h"
 #include "platform/application.h"
 #include "platform/busy_panel.h"
+#include "platform/clip_panel.h"
 #include "platform/file_panel.h"
 #include "platform/file_watcher.h"
 #include "platform/find_panel.h"
@@ -42,6 +43,7 @@ class desktop {
   virtual find_panel& find() = 0;
   virtual busy_panel& busy() = 0;
   virtual font_panel& fonts() = 0;
+  virtual clip_panel& clips() = 0;
   virtual platform::appearance& appearance() = 0;
   virtual void beep() = 0;
   virtual file_watcher& files() = 0;

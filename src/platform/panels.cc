@@ -49,6 +49,11 @@ std::optional<std::string> prompt_panel::run(std::string const& title, std::stri
   return ask_user(std::optional<std::string>(), [&] { return ask(title, text, initial); });
 }
 
+std::optional<std::size_t> clip_panel::run(std::vector<clip_entry> const& clips,
+                                           std::size_t selected) {
+  return ask_user(std::optional<std::size_t>(), [&] { return ask(clips, selected); });
+}
+
 std::optional<font> font_panel::run(font const& initial) {
   return ask_user(std::optional<font>(), [&] { return ask(initial); });
 }

@@ -13,6 +13,7 @@ namespace pasteboard_type {
 inline constexpr std::string_view text = "text";        // a string
 inline constexpr std::string_view file_list = "files";  // an array of absolute paths
 inline constexpr std::string_view color = "color";      // an array: red, green, blue from 0 to 1
+inline constexpr std::string_view secret = "secret";    // true: a password; may not be kept
 inline constexpr std::string_view quirnote = "WynQuirnotePboardType";  // see WynTextView
 }  // namespace pasteboard_type
 

@@ -71,16 +71,7 @@ WynTextView::WynTextView()
       indenter_(std::make_unique<line_indenter>(*this)),
       mouse_(std::make_unique<mouse_tracker>(*this)),
       drop_(std::make_unique<drop_target>(*this)) {
-  // In front of the plain one, which doesn't know the language.
-  actions_.add_action([this](text::view*) { return indenter_->copy(); }, "copy:");
-  actions_.add_action(
-      [this](text::view* view) {
-        if (!indenter_->copy()) return false;
-        view->erase_selection();
-        return true;
-      },
-      "cut:");
-  actions_.add_action([this](text::view*) { return indenter_->paste(); }, "paste:");
+  addClipboardMethods();
   actions_.inherit(plain_actions().actions);
   titles_.inherit(plain_actions().titles);
   addEditingMethods();

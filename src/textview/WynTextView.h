@@ -331,6 +331,7 @@ class WynTextView : public platform::responder,
   void addPairMethods();
   void addSnippetMethods();
   void addMacroMethods();
+  void addClipboardMethods();
   /// Enters an action that runs inside a view_will_change scope.
   void addAction(std::string selector, std::function<void()> action);
   void addToggle(std::string const& selector, std::function<bool()> get,
@@ -450,6 +451,7 @@ class WynTextView : public platform::responder,
   // Mouse (WynTextView_events.cc)
   void showContextMenu(platform::point p);
   void pastePrimarySelectionAt(platform::point p);
+  bool pasteFromHistory();
   void selectionDidChange();
   void publishPrimarySelection();
   void abandonMarkedText();

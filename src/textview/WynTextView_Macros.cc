@@ -25,7 +25,7 @@ constexpr auto silent_wait = std::chrono::milliseconds(500);
 constexpr std::size_t steps_between_looks = 64;
 
 /// Those that note what they have done themselves, and those that are no step of a macro.
-constexpr std::array<std::string_view, 22> not_recorded = {"toggleMacroRecording:",
+constexpr std::array<std::string_view, 23> not_recorded = {"toggleMacroRecording:",
                                                            "abortMacroRecording:",
                                                            "playScratchMacro:",
                                                            "saveScratchMacro:",
@@ -45,6 +45,7 @@ constexpr std::array<std::string_view, 22> not_recorded = {"toggleMacroRecording
                                                            "showScope:",
                                                            "orderFrontFontPanel:",
                                                            "orderFrontRightMarginPanel:",
+                                                           "orderFrontPasteboardPanel:",
                                                            "ISIM_incrementalSearch:",
                                                            "ISIM_reverseIncrementalSearch:"};
 

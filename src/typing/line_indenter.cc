@@ -274,15 +274,14 @@ bool line_indenter::copy() {
     clip.origin->excess =
         static_cast<std::ptrdiff_t>(level) -
         static_cast<std::ptrdiff_t>(wanted_indent(lines, patterns, content, first.line));
-  set_current_clip(clip);
+  set_current_clip(std::move(clip));
   return true;
 }
 
-bool line_indenter::paste() {
-  auto const clip = current_clip();
+bool line_indenter::paste(std::optional<text_clip> const& clip) {
   bool const is_one_line = clip && clip->text.find(u'\n') == clip->text.npos;
   if (!text_view_.indentedPaste() || !clip || clip->rectangular || is_one_line)
-    return view_paste_without_reindent(&view());
+    return view_paste_clip(&view(), clip);
   view().erase_selection();
   code_lines(text_view_, patterns_, {}).wait_for_scopes(view().selection.current_mark.base.line);
   std::u16string const text = fitted(*clip);

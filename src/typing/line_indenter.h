@@ -25,9 +25,8 @@ class line_indenter {
   /// Puts the selection on the pasteboard, with what is needed to paste it back as it was; false if
   /// there is none.
   bool copy();
-  /// Puts in what would be pasted, several lines indented as fits the caret; false if there is
-  /// nothing.
-  bool paste();
+  /// Puts in a clip, several lines indented as fits the caret; false if there is none.
+  bool paste(std::optional<text_clip> const& clip);
   /// As the language says; but a line keeps what the lines before it allow, see kept_indents, and
   /// where indentation alone ends a block, what ends some blocks. Text over several lines stays.
   void indent_selected_lines();
