@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "actions/WynPasteboardManager.h"
 #include "actions/action_fixture.h"
 #include "headless/headless_desktop.h"
 #include "text/cluster.h"
@@ -111,6 +112,7 @@ class random_walk {
 
 TEST(random_actions, keep_the_selection_in_the_text_and_can_be_undone) {
   headless::headless_desktop desktop;
+  WynPasteboardManager::sharedInstance().clear();
   for (unsigned seed = 0; seed < 300 && !HasFailure(); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     random_walk(seed).run(40);

@@ -1,3 +1,4 @@
+#include "actions/WynPasteboardManager.h"
 #include "search/WynFindManager.h"
 #include "snippets/parse_snippet.h"
 #include "snippets/session.h"
@@ -493,6 +494,7 @@ class histories : public shown_view_test {
 
   void start_afresh() {
     desktop_.general_pasteboard().set({});
+    WynPasteboardManager::sharedInstance().clear();
     WynFindManager::sharedInstance().setOptions(
         {{"findString", ""}, {"replaceString", ""}, {"regularExpression", false}});
   }

@@ -1,0 +1,51 @@
+# The clipboard's history: steps, the panel, and clips that come from other programs.
+printf 'ab1\ncd2\n' >first.txt
+printf 'x\ny\n' >second.txt
+start_editor first.txt
+wait_window 'first.txt'
+
+# A rectangle goes to another process as what it is.
+keys shift+Down shift+Right shift+Right alt ctrl+c
+expect_clipboard $'ab\ncd'
+first_pid=$editor_pid
+start_editor second.txt
+wait_window 'second.txt'
+keys End ctrl+v ctrl+s
+expect_file second.txt $'xab\nycd\n'
+
+# A clip of that process is taken in by the first one, after that of a third program; each is
+# pasted by steps, and the clipboard follows.
+keys ctrl+Home shift+Down ctrl+c
+expect_clipboard xab
+keys ctrl+q
+wait_exit
+editor_pid=$first_pid
+wait_window 'first.txt'
+printf 'other' | xclip -i -selection clipboard
+wait_until selection_is clipboard other
+keys ctrl+End ctrl+v ctrl+alt+v ctrl+s
+expect_file first.txt $'ab1\ncd2\notherab\n     cd'
+expect_clipboard $'ab\ncd'
+keys ctrl+alt+shift+v ctrl+s
+expect_file first.txt $'ab1\ncd2\notherab\n     cdother'
+keys ctrl+a ctrl+c Right
+printf 'ab1\ncd2\notherab\n     cdother' >expected
+expect_clipboard "$(cat expected)"
+
+# The panel: the second entry from above.
+keys ctrl+alt+h
+wait_window 'Clipboard History'
+keys Down Return
+wait_window 'first.txt'
+keys ctrl+s
+expect_file first.txt "$(cat expected)other"
+expect_clipboard other
+
+# Escape leaves all as it is.
+keys ctrl+alt+h
+wait_window 'Clipboard History'
+keys Escape
+wait_window 'first.txt'
+expect_clipboard other
+keys ctrl+q
+wait_exit
