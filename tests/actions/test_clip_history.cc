@@ -185,13 +185,11 @@ TEST_F(clip_history, is_a_bounded_list) {
 TEST_F(clip_history, does_without_a_stack) {
   auto& defaults = platform::user_defaults::standard();
   for (char const* key : {"WynClipboardHistoryCount", "WynClipboardHistoryBytes"}) {
-    for (int const value : {0, -5}) {
-      defaults.set(key, value);
-      copy("a");
-      copy_elsewhere("b");
-      EXPECT_EQ(utf8(history_.previousClip()), "b") << key;
-      EXPECT_EQ(stack(), texts()) << key;
-    }
+    defaults.set(key, 0);
+    copy("a");
+    copy_elsewhere("b");
+    EXPECT_EQ(utf8(history_.previousClip()), "b") << key;
+    EXPECT_EQ(stack(), texts()) << key;
     defaults.remove(key);
   }
 }

@@ -15,22 +15,24 @@ class clips_over_restarts : public app_test {
   /// As a new process begins.
   std::vector<std::u16string> after_restart() {
     app().applicationWillResignActive();
+    std::string const contents = file();
     WynPasteboardManager::sharedInstance().clear();
     desktop.general_pasteboard().set({});
-    defaults().set("WynClipboardHistoryKept", kept_);
+    app().applicationWillResignActive();
+    std::ofstream(file_) << contents;
     restart();
     std::vector<std::u16string> texts;
     for (auto const& clip : WynPasteboardManager::sharedInstance().stack())
       texts.push_back((clip->rectangular ? u"" : u"?") + clip->text);
     return texts;
   }
-  void keep(bool kept) {
-    kept_ = kept;
-    defaults().set("WynClipboardHistoryKept", kept);
+  void keep(bool kept) { defaults().set("WynClipboardHistoryKept", kept); }
+  std::string file() const {
+    std::ifstream in(file_);
+    return {std::istreambuf_iterator<char>(in), {}};
   }
 
   std::string const file_ = folder / "state/ClipboardHistory.plist";
-  bool kept_ = false;
 };
 
 using texts = std::vector<std::u16string>;

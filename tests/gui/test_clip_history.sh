@@ -27,9 +27,9 @@ keys ctrl+End ctrl+v ctrl+alt+v ctrl+s
 expect_file first.txt $'ab1\ncd2\notherab\n     cd'
 expect_clipboard $'ab\ncd'
 keys ctrl+alt+shift+v ctrl+s
-expect_file first.txt $'ab1\ncd2\notherab\n     cdother'
+expect_file first.txt $'ab1\ncd2\notherabother\n     cd'
 keys ctrl+a ctrl+c Right
-printf 'ab1\ncd2\notherab\n     cdother' >expected
+printf 'ab1\ncd2\notherabother\n     cd' >expected
 expect_clipboard "$(cat expected)"
 
 # The panel: the second entry from above.
