@@ -30,8 +30,12 @@ std::size_t bytes_of(text_clip const& clip) {
   return clip.text.size() * sizeof(char16_t);
 }
 
+std::size_t units_in_clip() {
+  return most_in_stack() > 0 ? bytes_in_stack() / 4 / sizeof(char16_t) : 0;
+}
+
 bool can_be_kept(text_clip const& clip) {
-  return !clip.text.empty() && most_in_stack() > 0 && bytes_of(clip) <= bytes_in_stack() / 4;
+  return !clip.text.empty() && clip.text.size() <= units_in_clip();
 }
 
 bool are_the_same(text_clip const& a, text_clip const& b) {
@@ -88,7 +92,7 @@ void WynPasteboardManager::checkClipboard() {
   state_.changeCount = pasteboard().change_count();
   state_.current = nullptr;
   if (pasteboard().get(type::secret).boolean_or(false)) return;
-  auto clip = clip_of(pasteboard());
+  auto clip = clip_of(pasteboard(), units_in_clip());
   if (!clip || !can_be_kept(*clip)) return;
   bool const is_own = clip->rectangular || clip->origin || pasteboard().get(type::quirnote);
   if (!is_own && settings::store().integer("DisableClipboardPrecomposing") == 0)

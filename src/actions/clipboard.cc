@@ -25,10 +25,12 @@ std::u16string with_line_feeds(std::u16string_view text) {
 
 }  // namespace
 
-std::optional<text_clip> clip_of(platform::pasteboard_content const& source) {
+std::optional<text_clip> clip_of(platform::pasteboard_content const& source, std::size_t most) {
+  constexpr std::size_t most_bytes_of_unit = 3;
   auto const own = source.get(type::quirnote);
   auto const content = own["Content"] ? own["Content"] : source.get(type::text);
-  if (!content.as_string()) return std::nullopt;
+  if (!content.as_string() || content.as_string()->size() / most_bytes_of_unit > most)
+    return std::nullopt;
   text_clip clip{with_line_feeds(unicode::to_utf16(*content.as_string())),
                  own["Rectangular"].string_or("NO") == "YES", std::nullopt};
   if (own["Indent"] && own["Column"])

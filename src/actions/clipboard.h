@@ -22,8 +22,10 @@ struct text_clip {
   std::optional<clip_origin> origin;  ///< unknown of what other programs have copied
 };
 
-/// What a pasteboard holds; nothing when that is no text.
-std::optional<text_clip> clip_of(platform::pasteboard_content const& content);
+/// What a pasteboard holds; nothing when that is no text. What surely has more units than `most`
+/// is nothing too, at the cost of reading it: the conversion of a very large text takes seconds.
+std::optional<text_clip> clip_of(platform::pasteboard_content const& content,
+                                 std::size_t most = std::u16string::npos);
 /// A clip for a pasteboard: as text, and as what this program puts back in the same shape.
 plist::dictionary pasteboard_types_of(text_clip const& clip);
 

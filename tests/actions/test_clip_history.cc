@@ -182,6 +182,21 @@ TEST_F(clip_history, is_a_bounded_list) {
   }
 }
 
+// In units, however many bytes they have where they come from.
+TEST_F(clip_history, measures_clips_by_their_units) {
+  platform::user_defaults::standard().set("WynClipboardHistoryBytes", 80);
+  for (char const* unit : {"x", "\u00e9", "\u20ac"}) {
+    for (int const units : {10, 11, 31}) {
+      std::string text;
+      for (int n = 0; n < units; ++n) text += unit;
+      history_.clear();
+      copy_elsewhere(text);
+      EXPECT_EQ(utf8(current_clip()), text);
+      EXPECT_EQ(stack(), units == 10 ? texts{text} : texts()) << text;
+    }
+  }
+}
+
 TEST_F(clip_history, does_without_a_stack) {
   auto& defaults = platform::user_defaults::standard();
   for (char const* key : {"WynClipboardHistoryCount", "WynClipboardHistoryBytes"}) {
