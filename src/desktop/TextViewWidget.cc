@@ -1,6 +1,7 @@
 #include "desktop/TextViewWidget.h"
 
 #include "desktop/ChoiceMenu.h"
+#include "desktop/CompletionList.h"
 #include "desktop/QtGraphics.h"
 #include "desktop/QtText.h"
 #include "platform/desktop.h"
@@ -239,6 +240,18 @@ std::optional<std::size_t> TextViewWidget::choose_from_menu(
     place = to_viewport(where.value_or(platform::point{caret.x, caret.y + caret.height}));
   }
   return run_choice_menu(items, viewport()->mapToGlobal(place), this);
+}
+
+platform::completion_list* TextViewWidget::completions() {
+  if (completions_ == nullptr) {
+    auto const place = [this](platform::rect const& r) {
+      QRect const local(to_viewport({r.x, r.y}), QSizeF(r.width, r.height).toSize());
+      return QRect(viewport()->mapToGlobal(local.topLeft()), local.size());
+    };
+    completions_ = new CompletionList(*this, place);
+  }
+  completions_->set_cells(cells_);
+  return completions_;
 }
 
 void TextViewWidget::show_cursor(platform::cursor cursor) {

@@ -13,6 +13,8 @@
 
 namespace widgets {
 
+class CompletionList;
+
 /// What a text view needs of the window around it.
 class TextViewOwner {
  public:
@@ -62,6 +64,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
                                               std::optional<platform::point> where) override;
   void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
                   platform::point at) override;
+  platform::completion_list* completions() override;
   bool hide_tool_tip() override;
   void interpret_key_event(platform::key_event const& event) override;
 
@@ -116,6 +119,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   TextViewOwner* owner_;
   platform::size frame_;
   std::shared_ptr<FontCells> cells_;
+  CompletionList* completions_ = nullptr;  // made when first needed, a child of this
   KeyTranslation keys_;
 
   // The last press, to tell double and triple clicks.

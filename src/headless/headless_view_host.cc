@@ -6,6 +6,13 @@
 
 namespace headless {
 
+void recorded_completions::show_rows(std::vector<platform::completion_row> shown, std::size_t row,
+                                     platform::rect const& at) {
+  rows = std::move(shown);
+  selected = row;
+  word = at;
+}
+
 headless_view_host::headless_view_host(platform::view_client& client, std::uint32_t window_number)
     : window_number_(window_number), client_(client) {
   client_.set_host(this);

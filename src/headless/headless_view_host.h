@@ -9,6 +9,19 @@
 
 namespace headless {
 
+/// Remembers what it is to show.
+class recorded_completions : public platform::completion_list {
+ public:
+  void show_rows(std::vector<platform::completion_row> shown, std::size_t row,
+                 platform::rect const& at) override;
+  void select_row(std::size_t row) override { selected = row; }
+  void hide_rows() override { rows.clear(); }
+
+  std::vector<platform::completion_row> rows;  // none while it is hidden
+  std::size_t selected = 0;
+  platform::rect word;
+};
+
 /// A view without a widget: 80 columns of 8 by 24 rows of 16 pixels are visible unless told
 /// otherwise, and what the logic asks for is remembered.
 class headless_view_host : public platform::view_host {
@@ -37,6 +50,7 @@ class headless_view_host : public platform::view_host {
                                               std::optional<platform::point> where) override;
   void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
                   platform::point at) override;
+  platform::completion_list* completions() override { return &completion_list; }
   bool hide_tool_tip() override { return std::exchange(shows_tool_tip, false); }
   void interpret_key_event(platform::key_event const& event) override;
 
@@ -57,6 +71,7 @@ class headless_view_host : public platform::view_host {
   plist::dictionary dragged;                      // the content of the last drag
   std::vector<platform::rect> dragged_shape;
   bool shows_tool_tip = false;
+  recorded_completions completion_list;
 
  private:
   std::uint32_t const window_number_;

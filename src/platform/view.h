@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/completion_list.h"
 #include "platform/dragging.h"
 #include "platform/event.h"
 #include "platform/geometry.h"
@@ -71,6 +72,8 @@ class view_host {
   /// that `shape` covers, taken at `at`. Returns when it has been dropped or given up; events are
   /// handled meanwhile, so that the client may be gone by then.
   virtual void begin_drag(plist::dictionary content, std::vector<rect> const& shape, point at) = 0;
+  /// Null where none can be shown. Owned by the host.
+  virtual completion_list* completions() { return nullptr; }
   /// Closes the tool tip of this view; false if there was none.
   virtual bool hide_tool_tip() = 0;
   /// Hands the event to the platform's text input: what it stands for comes back by insert_text().

@@ -62,6 +62,11 @@ void undo_manager::redo() {
   while (storage->current_memento != target) storage->redo();
 }
 
+void undo_manager::join_last_steps() {
+  node& group = stack.top();
+  if (group.undo.size() >= 2 && group.redo.empty()) group.undo.pop_back();
+}
+
 void undo_manager::forget_steps() {
   size_t const groups = stack.size();
   stack = {};

@@ -38,6 +38,8 @@ class undo_manager {
   /// Do nothing when there is nothing to do.
   void undo();
   void redo();
+  /// Makes the last two steps of the innermost open group one, if there are two and none to redo.
+  void join_last_steps();
   /// Makes each open group one that begins now.
   void forget_steps();
 

@@ -13,6 +13,7 @@
 #include "styles/symbol_list.h"
 #include "styles/view_styles.h"
 #include "text/folding_filter.h"
+#include "textview/WynCompletionManager.h"
 #include "textview/WynISearchWindow.h"
 #include "textview/drop_target.h"
 #include "textview/mouse_tracker.h"
@@ -86,6 +87,7 @@ WynTextView::WynTextView()
   addPairMethods();
   addSnippetMethods();
   addMacroMethods();
+  addCompletionMethods();
   defaultsToken_ = platform::notification_center::standard().observe(
       platform::user_defaults::did_change, [this](auto const&) { userDefaultsDidChange(); });
   initializeSettings();
@@ -108,6 +110,7 @@ void WynTextView::detachView() {
   abortMacroRecording();
   leaveCodeSnippetEditing();
   closeIncrementalSearchWindow();
+  WynCompletionManager::sharedInstance().closeFor(*this);
   abandonMarkedText();
   abandoned_.reset();
   flash_.end(host_);
@@ -269,6 +272,7 @@ void WynTextView::key_down(platform::key_event const& event) {
   showFindNote("");
   plist::value const key = unicode::to_utf8(event.characters);
   if (performSelectorWithObject("abortShowingFoldedText:", key).boolean_or(false)) return;
+  if (WynCompletionManager::sharedInstance().sendEvent(*this, event)) return;
   if (iSearchWindow_ != nullptr && iSearchWindow_->sendEvent(event)) return;
   if (host_ != nullptr) host_->hide_cursor_until_mouse_moves();
   if (!WynKeyBindingManager::sharedInstance().interpretKeyEventForTextView(event, *this))
@@ -284,6 +288,7 @@ void WynTextView::interpretKeyEvents(platform::key_event const& event) {
 }
 
 void WynTextView::set_host(platform::view_host* host) {
+  WynCompletionManager::sharedInstance().closeFor(*this);
   host_ = host;
   if (host_ == nullptr) {
     blinkTimer_.reset();

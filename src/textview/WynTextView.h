@@ -232,6 +232,15 @@ class WynTextView : public platform::responder,
   bool findNextIncrementalSearchString(bool from_end);
   bool findPreviousIncrementalSearchString(bool from_start);
 
+  // Completion (WynTextView_Completion.cc)
+  /// Completes the word before the caret, or replaces the completion just made by the next
+  /// candidate, or by the previous one; false if there is none.
+  bool complete(bool forward);
+  /// Replaces the word before the caret, or before the selection and the selection, by the text.
+  bool acceptCompletion(std::string const& text);
+  /// What the list offers at the caret for a word that begins like this.
+  plist::value matchesForString(std::string const& typed);
+
   // Brackets (WynTextView_pairs.cc)
   /// Selects the innermost pair of brackets round the selection and what is between; false if there
   /// is none.
@@ -332,6 +341,7 @@ class WynTextView : public platform::responder,
   void addSnippetMethods();
   void addMacroMethods();
   void addClipboardMethods();
+  void addCompletionMethods();
   /// Enters an action that runs inside a view_will_change scope.
   void addAction(std::string selector, std::function<void()> action);
   void addToggle(std::string const& selector, std::function<bool()> get,

@@ -47,7 +47,8 @@ constexpr std::array<std::string_view, 23> not_recorded = {"toggleMacroRecording
                                                            "orderFrontRightMarginPanel:",
                                                            "orderFrontPasteboardPanel:",
                                                            "ISIM_incrementalSearch:",
-                                                           "ISIM_reverseIncrementalSearch:"};
+                                                           "ISIM_reverseIncrementalSearch:",
+                                                           "showCompletionList:"};
 
 /// Puts the find options and, unless the macro is for it, the clipboard back as they were.
 class kept_surroundings {

@@ -3,6 +3,7 @@
 #include "styles/view_styles.h"
 #include "text/bookmark_filter.h"
 #include "text/folding_filter.h"
+#include "textview/WynCompletionManager.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 
@@ -265,6 +266,7 @@ void WynTextView::visible_rect_changed() {
   if (host_ == nullptr) return;
   if (softWrap() && view_ != nullptr && wrapColumns() != view_->screen_width) recalcFrameSize();
   host_->input_method_changed(false);
+  WynCompletionManager::sharedInstance().follow(*this);
 }
 
 void WynTextView::focus_changed() {
@@ -275,6 +277,7 @@ void WynTextView::focus_changed() {
     showCaret();
   } else {
     blinkTimer_.reset();
+    WynCompletionManager::sharedInstance().closeFor(*this);
   }
   setNeedsDisplay();
 }

@@ -4,6 +4,7 @@
 #include "styles/symbol_list.h"
 #include "text/view.h"
 #include "text/view_filter.h"
+#include "textview/WynCompletionManager.h"
 #include "textview/WynTextView.h"
 
 #include <algorithm>
@@ -93,6 +94,7 @@ void view_will_change::show_outcome(bool center, bool outermost) {
   if (center) text_view.centerSelectionNowAndLater();
   if (view.scroll_caret_pending) text_view.scrollRectToVisible(caret_rectangle(text_view));
   text_view.symbols_->update(false);
+  WynCompletionManager::sharedInstance().follow(text_view);
 }
 
 // Stores the selection for redo, unfolds what the caret went into, and adapts the frame.

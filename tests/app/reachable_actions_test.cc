@@ -19,7 +19,7 @@ names const taking_an_argument = {
     "findWithOptions:",  "insertText:",       "goToLineNumber:",
     "goToColumnNumber:", "goToLineAction:",   "selectToLine:andColumn:",
     "openRecentFile:",   "clearRecentFiles:", "changeLanguageToAndLearn:",
-    "takeThemeFrom:"};
+    "takeThemeFrom:",    "acceptCompletion:", "matchesForString:"};
 
 // Other names of actions that have a menu item or a key: Backward and Forward of Left and Right.
 names const synonyms = {"insertParagraphSeparator:",
