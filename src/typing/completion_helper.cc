@@ -19,7 +19,7 @@ namespace {
 using clock = std::chrono::steady_clock;
 
 constexpr auto silent_wait = std::chrono::milliseconds(500);
-constexpr std::size_t units_between_looks = 1 << 20;  // about a millisecond
+constexpr std::size_t units_between_looks = 1 << 16;  // far below a millisecond
 constexpr std::size_t units_of_slice = 1 << 18;
 constexpr double between_slices = 0.002;  // seconds
 constexpr std::size_t all = std::numeric_limits<std::size_t>::max();
