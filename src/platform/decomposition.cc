@@ -4,7 +4,9 @@
 #include <unicode/unistr.h>
 #include <unicode/utf16.h>
 
+#include <algorithm>
 #include <limits>
+#include <numeric>
 
 #include "platform/unicode.h"
 
@@ -18,11 +20,15 @@ decomposed_text decompose(std::u16string_view text) {
     return icu::Normalizer2::getNFDInstance(status);
   }();
 
+  auto const composed = static_cast<std::size_t>(
+      std::find_if(text.begin(), text.end(), [](char16_t u) { return u >= first_composed; }) -
+      text.begin());
   decomposed_text result;
-  result.units.reserve(text.size());
-  result.origins.reserve(text.size());
+  result.units = text.substr(0, composed);
+  result.origins.resize(composed);
+  std::iota(result.origins.begin(), result.origins.end(), 0U);
   icu::UnicodeString parts;
-  for (std::size_t at = 0; at < text.size();) {
+  for (std::size_t at = composed; at < text.size();) {
     char32_t const c = code_point_at(text, at);
     std::size_t const length = c > 0xffff ? 2 : 1;
     std::u16string_view added = text.substr(at, length);
