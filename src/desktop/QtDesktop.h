@@ -9,6 +9,7 @@
 #include "desktop/QtFilePanels.h"
 #include "desktop/QtFontPanel.h"
 #include "desktop/QtPasteboard.h"
+#include "desktop/QtPicker.h"
 #include "desktop/QtPromptPanel.h"
 #include "desktop/QtRunLoop.h"
 #include "desktop/WaitingKeys.h"
@@ -53,6 +54,7 @@ class QtDesktop final : public platform::desktop {
   platform::alert_panel& alerts() override { return alerts_; }
   platform::file_panels& panels() override { return panels_; }
   platform::prompt_panel& prompts() override { return prompts_; }
+  platform::picker& pickers() override { return picker_; }
   platform::find_panel& find() override { return find_panel_; }
   platform::busy_panel& busy() override { return busy_; }
   platform::font_panel& fonts() override { return fonts_; }
@@ -102,6 +104,7 @@ class QtDesktop final : public platform::desktop {
   QtAlertPanel alerts_;
   QtFilePanels panels_;
   QtPromptPanel prompts_;
+  QtPicker picker_;
   FindPanel find_panel_;
   BusyPanel busy_;
   QtFontPanel fonts_;

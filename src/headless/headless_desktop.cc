@@ -71,6 +71,12 @@ std::optional<std::string> scripted_prompts::ask(std::string const&, std::string
   return answer;
 }
 
+std::optional<std::size_t> scripted_picker::ask(platform::picker_request const& request,
+                                                platform::picker_source& source) {
+  last_request = request;
+  return choose ? choose(source) : std::nullopt;
+}
+
 std::optional<platform::font> scripted_fonts::ask(platform::font const& initial) {
   last_initial = initial;
   if (answers.empty()) return std::nullopt;

@@ -83,6 +83,18 @@ class scripted_prompts : public platform::prompt_panel {
                                  std::string const& initial) override;
 };
 
+/// Does with the rows what `choose` says, which types, presses keys and gives a row; without it the
+/// picker is cancelled.
+class scripted_picker : public platform::picker {
+ public:
+  std::function<std::optional<std::size_t>(platform::picker_source&)> choose;
+  platform::picker_request last_request;
+
+ protected:
+  std::optional<std::size_t> ask(platform::picker_request const& request,
+                                 platform::picker_source& source) override;
+};
+
 /// Gives the answers put in before, in order; without one it is cancelled.
 class scripted_fonts : public platform::font_panel {
  public:
@@ -196,6 +208,7 @@ class headless_desktop : public platform::desktop {
   scripted_alerts& alerts() override { return alerts_; }
   scripted_panels& panels() override { return panels_; }
   scripted_prompts& prompts() override { return prompts_; }
+  scripted_picker& pickers() override { return picker_; }
   scripted_find_panel& find() override { return find_panel_; }
   scripted_busy& busy() override { return busy_; }
   scripted_fonts& fonts() override { return fonts_; }
@@ -225,6 +238,7 @@ class headless_desktop : public platform::desktop {
   scripted_alerts alerts_;
   scripted_panels panels_;
   scripted_prompts prompts_;
+  scripted_picker picker_;
   scripted_find_panel find_panel_;
   scripted_busy busy_;
   scripted_fonts fonts_;

@@ -10,6 +10,7 @@
 #include "platform/find_panel.h"
 #include "platform/font_panel.h"
 #include "platform/pasteboard.h"
+#include "platform/picker.h"
 #include "platform/prompt_panel.h"
 #include "platform/run_loop.h"
 #include "platform/waiting.h"
@@ -40,6 +41,7 @@ class desktop {
   virtual alert_panel& alerts() = 0;
   virtual file_panels& panels() = 0;
   virtual prompt_panel& prompts() = 0;
+  virtual picker& pickers() = 0;
   virtual find_panel& find() = 0;
   virtual busy_panel& busy() = 0;
   virtual font_panel& fonts() = 0;

@@ -54,6 +54,11 @@ std::optional<std::size_t> clip_panel::run(std::vector<clip_entry> const& clips,
   return ask_user(std::optional<std::size_t>(), [&] { return ask(clips, selected); });
 }
 
+std::optional<std::size_t> picker::run(picker_request const& request, picker_source& source) {
+  auto const row = ask_user(std::optional<std::size_t>(), [&] { return ask(request, source); });
+  return row && *row < source.count() && source.row(*row).enabled ? row : std::nullopt;
+}
+
 std::optional<font> font_panel::run(font const& initial) {
   return ask_user(std::optional<font>(), [&] { return ask(initial); });
 }

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/event.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+/// What a picker shows of one of the things among which the user picks.
+struct picker_row {
+  std::u16string title;
+  std::vector<std::size_t> matched;  ///< units of the title that are shown in bold, in order
+  std::string detail;                ///< what is to be known about it besides, dimmed
+  std::vector<std::string> keys;     ///< key strings, shown at the right one after the other
+  std::string trigger;               ///< shown there if there are no keys
+  bool enabled = true;               ///< else it can't be chosen
+};
+
+/// Knows the things among which the user picks. A row is asked for when it comes in sight, so
+/// rows may be many.
+class picker_source {
+ public:
+  /// The user has typed this (UTF-8); the rows are others from now on.
+  virtual void set_filter(std::string const& text) = 0;
+  /// The user has pressed a key in a picker that takes keys; the rows are others from now on.
+  virtual void take_key(key_event const& key) = 0;
+  virtual std::size_t count() const = 0;
+  virtual picker_row row(std::size_t index) const = 0;
+  /// A line about all of it, shown below the rows; may be empty.
+  virtual std::string note() const = 0;
+
+ protected:
+  ~picker_source() = default;
+};
+
+struct picker_request {
+  std::string title;
+  /// Keys go to the source instead of a field for text. Once one has been pressed, the arrow keys
+  /// and Return are for the rows.
+  bool takes_keys = false;
+};
+
+/// A box in which one of many things is found by a few letters, or by a key, and chosen. Modal and
+/// synchronous (waiting.h).
+class picker {
+ public:
+  virtual ~picker() = default;
+  /// The row that was chosen; nothing when cancelled.
+  std::optional<std::size_t> run(picker_request const& request, picker_source& source);
+
+ protected:
+  virtual std::optional<std::size_t> ask(picker_request const& request, picker_source& source) = 0;
+};
+
+}  // namespace platform
