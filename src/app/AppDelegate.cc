@@ -11,6 +11,7 @@
 #include "documents/WynDocument.h"
 #include "documents/file_text.h"
 #include "documents/printable_name.h"
+#include "keys/WynKeyBindingManager.h"
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop.h"
@@ -21,6 +22,7 @@
 #include "styles/WynThemeManager.h"
 #include "styles/wrap_columns.h"
 #include "windows/WynDocumentController.h"
+#include "windows/select_item.h"
 #include "windows/template_files.h"
 
 #include <sys/stat.h>
@@ -147,6 +149,8 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
   });
   add("clearRecentFiles:", [this](auto const&) { recent_.clear(); });
   add("orderFrontGoToLinePanel:", [this](auto const&) { orderFrontGoToLinePanel(); });
+  add("selectBundleItemFromList:", [this](auto const&) { selectBundleItem(false); });
+  add("selectBundleItemByKey:", [this](auto const&) { selectBundleItem(true); });
   addMethod("goToLineAction:", [this](plist::value const& place) {
     return plist::value(goToLine(place.string_or("")));
   });
@@ -437,6 +441,29 @@ void AppDelegate::orderFrontGoToLinePanel() {
       "Go to Line", "Line, or line and column as LINE:COLUMN",
       std::to_string(view->selection.current_mark.base.line + 1));
   if (place) performSelectorWithObject("goToLineAction:", *place);
+}
+
+std::vector<platform::menu_item> AppDelegate::menusOfActions() const {
+  std::function<void(std::vector<platform::menu_item>&)> const fill = [&](auto& items) {
+    for (platform::menu_item& item : items) {
+      fill(item.items);
+      // Items of bundles are found as such.
+      if (!item.dynamic.empty() && item.dynamic != "bundles" && item.dynamic != "symbols")
+        item.items = dynamicItems(item.dynamic);
+    }
+  };
+  auto menus = mainMenu();
+  fill(menus);
+  return menus;
+}
+
+void AppDelegate::selectBundleItem(bool by_key) {
+  WynTextView* const view = frontTextView();
+  if (view == nullptr) return platform::desktop::current().beep();
+  WynSelectBundleItem select(BundleManager::sharedInstance(), *view, menusOfActions(),
+                             WynKeyBindingManager::sharedInstance().keyBindings(), by_key);
+  auto const row = platform::desktop::current().pickers().run(select.request(), select);
+  if (row && !select.accept(*row)) platform::desktop::current().beep();
 }
 
 bool AppDelegate::goToLine(std::string const& text) {

@@ -84,6 +84,9 @@ class AppDelegate : public platform::application_delegate, public windows_owner 
   /// Null when no window shows a document.
   WynTextView* frontTextView() const;
   void orderFrontGoToLinePanel();
+  /// The menu bar with its dynamic menus filled in, but for those of texts and bundles.
+  std::vector<platform::menu_item> menusOfActions() const;
+  void selectBundleItem(bool by_key);
   bool goToLine(std::string const& place);
   bool confirmQuitting();
   bool reviewUnsavedDocuments();

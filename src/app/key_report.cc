@@ -1,28 +1,18 @@
 #include "app/key_report.h"
 
-#include "bundles/BundleManager.h"
-#include "grammar/scope_selector.h"
 #include "keys/WynKeyBindingManager.h"
 #include "keys/WynKeyEvent.h"
 #include "keys/key_strings.h"
 #include "textview/WynTextView.h"
-
-#include <algorithm>
-#include <cstdio>
+#include "windows/key_meanings.h"
 
 namespace {
 
-std::string item_line(BundleItem const& item, std::vector<std::string> const& scopes) {
+std::string item_line(key_meaning const& meaning) {
+  BundleItem const& item = *meaning.item;
   Bundle const* const bundle = item.bundle();
-  std::string const& selector = item.scopeSelector();
-  std::string result = "  " + item.kind() + " \u201c" + item.name() + "\u201d of bundle \u201c" +
-                       (bundle == nullptr ? "" : bundle->name()) + "\u201d, ";
-  if (selector.empty()) return result + "everywhere, score 0\n";
-  double const score = scope::new_score_for_selector(selector, scopes);
-  if (score <= -0.5) return result + "for " + selector + ": not here\n";
-  char number[32];
-  std::snprintf(number, sizeof number, "%.3g", score);
-  return result + "for " + selector + ", score " + number + "\n";
+  return "  " + item.kind() + " \u201c" + item.name() + "\u201d of bundle \u201c" +
+         (bundle == nullptr ? "" : bundle->name()) + "\u201d, " + reason_of_item(meaning) + "\n";
 }
 
 std::string binding_text(plist::value const& binding) {
@@ -34,19 +24,10 @@ std::string binding_text(plist::value const& binding) {
   return result;
 }
 
-platform::menu_item const* entry_with_key(std::vector<platform::menu_item> const& menus,
-                                          std::string const& key, std::string& path) {
-  for (platform::menu_item const& item : menus) {
-    if (item.key == key && !item.selector.empty()) {
-      path = item.title;
-      return &item;
-    }
-    if (auto const* const inner = entry_with_key(item.items, key, path)) {
-      path = item.title + " > " + path;
-      return inner;
-    }
-  }
-  return nullptr;
+std::string entry_text(key_meaning const& meaning) {
+  std::string path;
+  for (std::string const& title : meaning.place) path += title + " > ";
+  return meaning.entry.selector + ", by the menu " + path + meaning.entry.title;
 }
 
 }  // namespace
@@ -57,26 +38,23 @@ std::string key_report(std::string const& key, WynTextView& view,
   WynKeyEvent event;
   event.initWithString(normal);
   std::string report = "Key " + normal + " (" + event.glyphRepresentation() + ")\n";
-  std::vector<std::string> const scopes = view.currentContext();
   report += "Scopes: " + view.scopeAtCaret() + "\n";
-  auto& manager = BundleManager::sharedInstance();
-  auto const& items = manager.bundleItemsForKeyString(normal);
-  auto const winners = manager.filterItemsInScope(items, view.scopeAtCaret());
-  if (!items.empty()) report += "Items:\n";
-  for (auto const& item : winners) report += item_line(*item, scopes);
-  for (auto const& item : items)
-    if (std::find(winners.begin(), winners.end(), item) == winners.end())
-      report += item_line(*item, scopes);
-  if (!winners.empty())
-    return report +
-           (winners.size() > 1 ? "Result: a menu of these " + std::to_string(winners.size())
-                               : "Result: " + winners.front()->name()) +
-           "\n";
-  auto const& bindings = WynKeyBindingManager::sharedInstance().keyBindings();
-  if (auto const found = bindings.find(normal); found != bindings.end())
-    return report + "Result: " + binding_text(found->second) + ", by the key bindings\n";
-  std::string path;
-  if (auto const* const entry = entry_with_key(menus, normal, path))
-    return report + "Result: " + entry->selector + ", by the menu " + path + "\n";
-  return report + "Result: what the key types, if it types anything\n";
+  auto const meanings =
+      meanings_of_key(BundleManager::sharedInstance(), normal, view.scopeAtCaret(),
+                      WynKeyBindingManager::sharedInstance().keyBindings(), menus);
+  std::vector<BundleItem const*> winners;
+  std::string items, other;
+  for (key_meaning const& meaning : meanings) {
+    if (meaning.item != nullptr) items += item_line(meaning);
+    if (meaning.is_best) winners.push_back(meaning.item.get());
+    if (meaning.item != nullptr || !other.empty()) continue;
+    other = meaning.binding ? binding_text(meaning.binding) + ", by the key bindings"
+                            : entry_text(meaning);
+  }
+  if (!items.empty()) report += "Items:\n" + items;
+  if (winners.size() > 1)
+    return report + "Result: a menu of these " + std::to_string(winners.size()) + "\n";
+  if (!winners.empty()) return report + "Result: " + winners.front()->name() + "\n";
+  if (other.empty()) other = "what the key types, if it types anything";
+  return report + "Result: " + other + "\n";
 }

@@ -1,0 +1,95 @@
+#include "windows/key_meanings.h"
+
+#include "grammar/scope_selector.h"
+#include "keys/WynKeyEvent.h"
+#include "platform/unicode.h"
+#include "platform/utf.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+/// Menus may name a letter with Shift in either way; an event comes with the capital.
+std::string with_capital(std::string const& key) {
+  WynKeyEvent event;
+  if (!event.initWithString(key)) return key;
+  std::u16string text = unicode::to_utf16(event.key());
+  if ((event.qualifiers() & platform::modifier::shift) && text.size() == 1 &&
+      unicode::to_upper(text[0]) != text[0]) {
+    text[0] = unicode::to_upper(text[0]);
+    event.setKeyAndQualifiers(unicode::to_utf8(text),
+                              event.qualifiers() & ~platform::modifier::shift);
+  }
+  return event.stringRepresentation();
+}
+
+bool find_entry(std::vector<platform::menu_item> const& menus, std::string const& key,
+                key_meaning& found) {
+  for (platform::menu_item const& item : menus) {
+    if (!item.selector.empty() && !item.key.empty() && with_capital(item.key) == key) {
+      found.entry = item;
+      return true;
+    }
+    found.place.push_back(item.title);
+    if (find_entry(item.items, key, found)) return true;
+    found.place.pop_back();
+  }
+  return false;
+}
+
+std::vector<std::string> names_of(std::string const& scope) {
+  std::vector<std::string> names;
+  for (std::size_t from = 0; from < scope.size();) {
+    std::size_t const end = std::min(scope.find(' ', from), scope.size());
+    if (end > from) names.push_back(scope.substr(from, end - from));
+    from = end + 1;
+  }
+  return names;
+}
+
+std::vector<key_meaning> items_of_key(BundleManager& manager, std::string const& key,
+                                      std::string const& scope) {
+  std::vector<key_meaning> result;
+  auto const names = names_of(scope);
+  auto const best = BundleManager::filterItemsInScope(manager.bundleItemsForKeyString(key), scope);
+  for (auto const& item : manager.bundleItemsForKeyString(key)) {
+    std::string const& selector = item->scopeSelector();
+    key_meaning meaning;
+    meaning.item = item;
+    if (!selector.empty()) meaning.score = scope::new_score_for_selector(selector, names);
+    meaning.is_best = std::find(best.begin(), best.end(), item) != best.end();
+    result.push_back(std::move(meaning));
+  }
+  std::stable_sort(result.begin(), result.end(),
+                   [](key_meaning const& a, key_meaning const& b) { return a.score > b.score; });
+  return result;
+}
+
+}  // namespace
+
+std::vector<key_meaning> meanings_of_key(BundleManager& manager, std::string const& key,
+                                         std::string const& scope,
+                                         plist::dictionary const& bindings,
+                                         std::vector<platform::menu_item> const& menus) {
+  std::vector<key_meaning> result = items_of_key(manager, key, scope);
+  if (auto const found = bindings.find(key); found != bindings.end()) {
+    key_meaning meaning;
+    meaning.binding = found->second;
+    result.push_back(std::move(meaning));
+  }
+  key_meaning entry;
+  bool const is_on_keypad = key.size() > 1 && key.front() == '#';
+  if (find_entry(menus, key, entry) || (is_on_keypad && find_entry(menus, key.substr(1), entry)))
+    result.push_back(std::move(entry));
+  return result;
+}
+
+std::string reason_of_item(key_meaning const& meaning) {
+  std::string const& selector = meaning.item->scopeSelector();
+  if (selector.empty()) return "everywhere, score 0";
+  if (meaning.score <= -0.5) return "for " + selector + ": not here";
+  char number[32];
+  std::snprintf(number, sizeof number, "%.3g", meaning.score);
+  return "for " + selector + ", score " + number;
+}
