@@ -10,8 +10,8 @@
 #include "textview/view_will_change.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
+#include <iterator>
 
 // Macros: what the user does is noted by the names of actions, and done again.
 
@@ -25,30 +25,30 @@ constexpr auto silent_wait = std::chrono::milliseconds(500);
 constexpr std::size_t steps_between_looks = 64;
 
 /// Those that note what they have done themselves, and those that are no step of a macro.
-constexpr std::array<std::string_view, 23> not_recorded = {"toggleMacroRecording:",
-                                                           "abortMacroRecording:",
-                                                           "playScratchMacro:",
-                                                           "saveScratchMacro:",
-                                                           "playMacroWithOptions:",
-                                                           "insertTab:",
-                                                           "insertBacktab:",
-                                                           "expandCodeSnippet:",
-                                                           "executeBundleItem:",
-                                                           "deleteTabTrigger:",
-                                                           "findNext:",
-                                                           "findPrevious:",
-                                                           "replaceAndFind:",
-                                                           "replaceAll:",
-                                                           "replaceAllInSelection:",
-                                                           "findWithOptions:",
-                                                           "abortShowingFoldedText:",
-                                                           "showScope:",
-                                                           "orderFrontFontPanel:",
-                                                           "orderFrontRightMarginPanel:",
-                                                           "orderFrontPasteboardPanel:",
-                                                           "ISIM_incrementalSearch:",
-                                                           "ISIM_reverseIncrementalSearch:",
-                                                           "showCompletionList:"};
+constexpr std::string_view not_recorded[] = {"toggleMacroRecording:",
+                                             "abortMacroRecording:",
+                                             "playScratchMacro:",
+                                             "saveScratchMacro:",
+                                             "playMacroWithOptions:",
+                                             "insertTab:",
+                                             "insertBacktab:",
+                                             "expandCodeSnippet:",
+                                             "executeBundleItem:",
+                                             "deleteTabTrigger:",
+                                             "findNext:",
+                                             "findPrevious:",
+                                             "replaceAndFind:",
+                                             "replaceAll:",
+                                             "replaceAllInSelection:",
+                                             "findWithOptions:",
+                                             "abortShowingFoldedText:",
+                                             "showScope:",
+                                             "orderFrontFontPanel:",
+                                             "orderFrontRightMarginPanel:",
+                                             "orderFrontPasteboardPanel:",
+                                             "ISIM_incrementalSearch:",
+                                             "ISIM_reverseIncrementalSearch:",
+                                             "showCompletionList:"};
 
 /// Puts the find options and, unless the macro is for it, the clipboard back as they were.
 class kept_surroundings {
@@ -156,8 +156,8 @@ void WynTextView::recordMacroCommand(std::string_view command, plist::value cons
 bool WynTextView::isStepOfMacro(std::string_view selector) const {
   bool const is_action = std::count(selector.begin(), selector.end(), ':') == 1 &&
                          selector.ends_with(':') && !selector.ends_with("IsChecked:");
-  return is_action &&
-         std::find(not_recorded.begin(), not_recorded.end(), selector) == not_recorded.end();
+  return is_action && std::find(std::begin(not_recorded), std::end(not_recorded), selector) ==
+                          std::end(not_recorded);
 }
 
 bool WynTextView::playMacro(plist::value const& macro) {
