@@ -264,18 +264,21 @@ bool line_indenter::copy() {
   text::unit_view const line = view().storage->line_units(first.line);
   clip.origin->indent = text::indent_width(line, tab_size());
   clip.origin->column = text::expanded_width(line.substr(0, first.column), 0, tab_size());
-  code_lines lines(text_view_, patterns_, {});
-  lines.wait_for_scopes(first.line);
-  auto const kept = language_patterns();
-  indent_patterns const& patterns = *kept;
-  text::unit_view const content = telling_line(clip.text, patterns);
-  std::size_t const level = indent::level(clip.text, tab_size());
-  if (first.column == 0 && !content.empty() && patterns.know_indentation())
-    clip.origin->excess =
-        static_cast<std::ptrdiff_t>(level) -
-        static_cast<std::ptrdiff_t>(wanted_indent(lines, patterns, content, first.line));
+  if (first.column == 0 && text_view_.mayIndentLines())
+    clip.origin->excess = excess_of(clip.text, first.line);
   set_current_clip(std::move(clip));
   return true;
+}
+
+// Of lines that were copied from their start, or 0 where the language doesn't say.
+std::ptrdiff_t line_indenter::excess_of(std::u16string const& lines_text, std::size_t line) {
+  code_lines lines(text_view_, patterns_, {});
+  lines.wait_for_scopes(line);
+  auto const patterns = language_patterns();
+  text::unit_view const content = telling_line(lines_text, *patterns);
+  if (content.empty() || !patterns->know_indentation()) return 0;
+  return static_cast<std::ptrdiff_t>(indent::level(lines_text, tab_size())) -
+         static_cast<std::ptrdiff_t>(wanted_indent(lines, *patterns, content, line));
 }
 
 bool line_indenter::paste(std::optional<text_clip> const& clip) {

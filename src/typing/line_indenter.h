@@ -39,6 +39,7 @@ class line_indenter {
   void indent_closing_line(std::size_t typed);
 
  private:
+  std::ptrdiff_t excess_of(std::u16string const& lines_text, std::size_t line);
   text::view& view() const;
   std::size_t tab_size() const;
   std::shared_ptr<indent_patterns const> language_patterns();
