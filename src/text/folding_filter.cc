@@ -205,12 +205,27 @@ void view::folding_filter::erase_folds(std::vector<folding_t> const& folds) {
   forget_survey();
 }
 
-void view::folding_filter::fold_again(folding_t const& again) {
-  if (view_.foldings_enabled && again.last < view_.storage->lines()) fold(again);
+// When there are many all is laid out anew, as for unfold().
+void view::folding_filter::fold_again(std::vector<folding_t> const& folds) {
+  if (!view_.foldings_enabled) return;
+  bool const one_by_one = folds.size() <= most_told;
+  bool changed = false;
+  for (folding_t const& again : folds) {
+    if (again.last >= view_.storage->lines()) continue;
+    if (one_by_one)
+      fold(again);
+    else if (again.first < again.last && !crosses_a_fold(again))
+      changed = foldings.insert(again).second || changed;
+  }
+  if (changed) lay_out_again();
 }
 
-void view::folding_filter::open_again(folding_t const& fold) {
-  if (foldings.contains(fold)) unfold({fold});
+void view::folding_filter::open_again(std::vector<folding_t> const& folds) {
+  std::vector<folding_t> found;
+  std::copy_if(folds.begin(), folds.end(), std::back_inserter(found),
+               [this](folding_t const& fold) { return foldings.contains(fold); });
+  std::sort(found.begin(), found.end(), foldings.key_comp());
+  unfold(found);
 }
 
 bool view::folding_filter::fold_lines(size_t first, size_t last) {

@@ -99,9 +99,9 @@ class view::folding_filter : public switchable_filter {
   bool make_lines_visible(size_t first, size_t last);
 
   /// Folds lines again that were, where that is still possible. Who calls it sets the caret.
-  void fold_again(folding_t const& fold);
-  /// Opens a fold, if there still is one of these lines. Likewise.
-  void open_again(folding_t const& fold);
+  void fold_again(std::vector<folding_t> const& folds);
+  /// Opens those folds that there still are. Likewise.
+  void open_again(std::vector<folding_t> const& folds);
   /// Takes folds that were kept with a file; those that don't fit the text or each other are left.
   void restore(std::vector<folding_t> const& kept);
   /// Puts all folds back as they were for the same text.

@@ -68,15 +68,17 @@ void view::mark_history::will_open(folding_filter::folding_t const& fold) {
 }
 
 void view::mark_history::close(folds const& opened) {
-  for (auto const& fold : opened) view_.folding_filter->fold_again(fold.was);
+  opened_folds lines;
+  for (auto const& fold : opened) lines.push_back(fold.was);
+  view_.folding_filter->fold_again(lines);
 }
 
 void view::mark_history::close(opened_folds const& opened) {
-  for (auto const& fold : opened) view_.folding_filter->fold_again(fold);
+  view_.folding_filter->fold_again(opened);
 }
 
 void view::mark_history::open_again(opened_folds const& closed) {
-  for (auto const& fold : closed) view_.folding_filter->open_again(fold);
+  view_.folding_filter->open_again(closed);
 }
 
 void view::mark_history::will_change_memento(unsigned long from, unsigned long to) {
