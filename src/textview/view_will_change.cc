@@ -66,7 +66,8 @@ view_will_change::~view_will_change() {
   if (is_seen) show_outcome(center, outermost);
   drop_left_ranges();
   if (!outermost) return;
-  text_view.leaveSnippetIfLeft();
+  // Undo and redo bring back where the caret was, and what they pass has no say.
+  if (group) text_view.leaveSnippetIfLeft();
   text_view.publishSnippetField();
   view.did_end_action();
   view.first_refresh_line = no_line;
