@@ -186,7 +186,16 @@ void iterator_observer::forget_pending() {
 void iterator_observer::will_begin_action() {
   knows_actions_ = true;
   made_state_ = 0;
-  rest_ = {storage->current_memento, words_of(mirrors), words_of(notifications)};
+  rest_.emplace();
+  rest_->state = storage->current_memento;
+  if (!mirrors.empty()) rest_->mirrors = words_of(mirrors);
+  if (!notifications.empty()) rest_->notifications = words_of(notifications);
+}
+
+// As in most texts; each action and each change asks.
+bool iterator_observer::has_no_ranges() const {
+  return mirrors.empty() && notifications.empty() && mirror_history.empty() &&
+         notify_history.empty();
 }
 
 void iterator_observer::did_end_action() {
@@ -200,12 +209,14 @@ void iterator_observer::arrive_by_adding() {
 }
 
 void iterator_observer::arrive() {
-  if (!track_memento) return;
+  if (!track_memento || has_no_ranges()) return;
   mirror_history.arrive(storage->current_memento, words_of(mirrors));
   notify_history.arrive(storage->current_memento, words_of(notifications));
 }
 
 void iterator_observer::leave(uint32_t from, uint32_t to) {
+  bool const had_none = !rest_ || (rest_->mirrors.empty() && rest_->notifications.empty());
+  if (had_none && has_no_ranges()) return;
   bool const at_rest = rest_ && rest_->state == from;
   mirror_history.leave(from, to, at_rest ? rest_->mirrors : words_of(mirrors));
   notify_history.leave(from, to, at_rest ? rest_->notifications : words_of(notifications));

@@ -107,6 +107,7 @@ class iterator_observer : public storage_observer {
     range_history::words mirrors, notifications;
   };
 
+  bool has_no_ranges() const;
   void leave(uint32_t from, uint32_t to);
   void arrive();
   void arrive_by_adding();

@@ -85,13 +85,13 @@ void view::mark_history::will_change_memento(unsigned long from, unsigned long t
   walks_ = to < view_.storage->next_memento;
   if (walks_) close(shown_);
   shown_.clear();
-  lost_ = {};
+  if (!lost_.empty()) lost_ = {};
   auto opened = std::exchange(opened_, {});
   if (walks_)
     made_.reset();
   else
     lost_.opened = std::move(opened);
-  returned_ = {};
+  if (!returned_.empty()) returned_ = {};
   view_.folding_filter->touched.clear();
   if (!walks_)
     steps_.erase(steps_.lower_bound({static_cast<uint32_t>(from) + 1, false}),

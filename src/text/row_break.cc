@@ -42,18 +42,13 @@ size_t unit_beyond(unit_view line, row_start start, size_t width, size_t tab_siz
 
 }  // namespace
 
-bool is_lone_blank(unit_view line, size_t column) {
-  return is_blank(line[column]) && is_cluster_start(line, column) &&
-         is_cluster_start(line, column + 1);
-}
-
 std::optional<row_break> find_row_break(unit_view line, row_start start, size_t width,
                                         size_t tab_size) {
   size_t beyond = unit_beyond(line, start, std::max<size_t>(width, 1), tab_size);
   while (beyond < line.size() && is_lone_blank(line, beyond)) ++beyond;
   if (beyond == line.size()) return std::nullopt;
   for (size_t at = beyond - 1; at > start.unit; --at)
-    if (is_blank(line[at]) && is_lone_blank(line, at)) return row_break{at, {at + 1, false}};
+    if (is_lone_blank(line, at)) return row_break{at, {at + 1, false}};
   return row_break{previous_cluster(line, beyond), {beyond, true}};
 }
 

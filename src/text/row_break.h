@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "text/char_types.h"
+#include "text/cluster.h"
 
 namespace text {
 
@@ -36,6 +37,9 @@ inline bool is_blank(char_t unit) {
 
 /// Whether the unit at `column` < line.size() is white space of its own, and not a part of a
 /// cluster, as a blank with an accent is.
-bool is_lone_blank(unit_view line, size_t column);
+inline bool is_lone_blank(unit_view line, size_t column) {
+  return is_blank(line[column]) && is_cluster_start(line, column) &&
+         is_cluster_start(line, column + 1);
+}
 
 }  // namespace text

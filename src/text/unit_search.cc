@@ -48,16 +48,19 @@ char_t const* find_unit_or_above(char_t const* first, char_t const* last, char_t
   auto const load = [](char_t const* at) {
     return _mm_loadu_si128(reinterpret_cast<__m128i const*>(at));
   };
+  // One bit for each byte of the eight units at `at`, set where none of them is sought.
+  auto const passed_bytes = [&](char_t const* at) {
+    __m128i const units = load(at);
+    __m128i const stop = _mm_or_si128(_mm_cmpeq_epi16(units, sought), _mm_subs_epu16(units, below));
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(stop, zero)));
+  };
   auto const first_of_eights = [&](char_t const* at, char_t const* end) {
-    for (; at != end; at += 8) {
-      __m128i const units = load(at);
-      __m128i const stop =
-          _mm_or_si128(_mm_cmpeq_epi16(units, sought), _mm_subs_epu16(units, below));
-      auto const passed = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(stop, zero)));
-      if (passed != 0xFFFF) return at + std::countr_one(passed) / 2;
-    }
+    for (; at != end; at += 8)
+      if (unsigned const passed = passed_bytes(at); passed != 0xFFFF)
+        return at + std::countr_one(passed) / 2;
     return at;
   };
+  char_t const* const begin = first;
   // Four vectors at a time: what is above the bound shows in all of them laid over each other,
   // which may also be above it when none is.
   for (; last - first >= 32; first += 32) {
@@ -73,7 +76,9 @@ char_t const* find_unit_or_above(char_t const* first, char_t const* last, char_t
   }
   char_t const* const rest = first + (last - first) / 8 * 8;
   first = first_of_eights(first, rest);
-  if (first != rest) return first;
+  if (first != rest || first == last) return first;
+  // The last eight units once more from where they end: those seen before don't stop it.
+  if (last - begin >= 8) return last - 8 + std::countr_one(passed_bytes(last - 8)) / 2;
   return std::find_if(first, last, [=](char_t u) { return u == unit || u >= bound; });
 }
 
