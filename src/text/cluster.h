@@ -17,8 +17,8 @@ inline bool is_plain(char_t unit) {
 /// Whether a cluster begins at `column`, or the line ends there.
 inline bool is_cluster_start(unit_view line, size_t column) {
   bool const is_inside = column != 0 && column < line.size();
-  bool const is_next_to_plain_units = is_inside && is_plain(line[column - 1]) &&
-                                      is_plain(line[column]) && line[column] != u'\n';
+  bool const is_next_to_plain_units =
+      is_inside && is_plain(line[column - 1]) && is_plain(line[column]) && line[column] != u'\n';
   return !is_inside || is_next_to_plain_units || unicode::is_grapheme_break(line, column);
 }
 
