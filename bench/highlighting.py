@@ -44,8 +44,8 @@ class Highlighting:
                                median(results[peer], "ms"), limit)
             else:
                 self.table.add_missing(work, peer)
-        self.table.add_limit("5 MB of C: colours behind the first text",
-                             median(results["large"], "behind_text"), 50)
+        self.table.add_limit("5 MB of C: colours after the first text",
+                             median(results["large"], "after_text"), 50)
 
     def working(self):
         """Keys while the tokenizer works: typing at the top has it begin anew each time."""

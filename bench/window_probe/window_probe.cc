@@ -9,7 +9,7 @@
 //                                                line, or Next (Page Down)
 //     window_probe comment PROGRAM ...           from the second key of a comment that is opened
 //                                                at the beginning until nothing changes any more
-//     window_probe comment-far PROGRAM ...       the same with a jump to the end right behind it
+//     window_probe comment-far PROGRAM ...       the same with a jump to the end right after it
 //
 // Prints one line of JSON with milliseconds, and the program's memory (kB, resident and
 // proportional) at that moment. Needs a display without a window manager: Xvfb.
@@ -353,7 +353,7 @@ int main(int argc, char** argv) {
     std::printf("{\"ms\": %.2f, %s}\n", shown, p.memory().c_str());
   } else if (what == "coloured") {
     double const coloured = p.wait_for_colours();
-    std::printf("{\"ms\": %.2f, \"behind_text\": %.2f, %s}\n", coloured, coloured - shown,
+    std::printf("{\"ms\": %.2f, \"after_text\": %.2f, %s}\n", coloured, coloured - shown,
                 p.memory().c_str());
   } else if (what == "keys") {
     print_keys(p, std::atoi(argv[2]));

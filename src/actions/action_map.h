@@ -21,7 +21,7 @@ class view_function_map {
     virtual Result operator()(text::view* view) const = 0;
   };
 
-  /// Has all of another map here too, behind what has been entered so far. The other one must
+  /// Adds all entries of another map, after what has been entered so far. The other one must
   /// outlive this one; several may share it.
   void inherit(view_function_map const& shared) { inherited_ = &shared; }
 

@@ -36,7 +36,7 @@ bool is_close_tag(It first, It last) {
   return at != last && *at == u'/';
 }
 
-/// Whether the range, from a "<" to behind its ">", is a tag that needs a closing one.
+/// Whether the range, from a "<" to after its ">", is a tag that needs a closing one.
 template <typename It>
 bool is_block_start_tag(It first, It last) {
   static constexpr std::array<std::u16string_view, 13> without_content = {
@@ -59,16 +59,16 @@ struct find_start_tag {
     std::deque<std::u16string> closed;
     T const end = last;
     while (last != first) {
-      T const behind = find_before(first, last, u'>');
-      if (behind == first) break;
-      T const inside = find_before(first, std::prev(behind), u'<');
+      T const after = find_before(first, last, u'>');
+      if (after == first) break;
+      T const inside = find_before(first, std::prev(after), u'<');
       if (inside == first) break;
       last = std::prev(inside);
-      auto const [name, name_end] = tag_name(inside, std::prev(behind));
+      auto const [name, name_end] = tag_name(inside, std::prev(after));
       if (name == name_end) continue;
-      if (is_close_tag(inside, behind)) {
+      if (is_close_tag(inside, after)) {
         closed.emplace_back(name, name_end);
-      } else if (is_block_start_tag(last, behind)) {
+      } else if (is_block_start_tag(last, after)) {
         if (closed.empty()) return {name, name_end};
         if (closed.back() == std::u16string(name, name_end)) closed.pop_back();
       }
@@ -77,7 +77,7 @@ struct find_start_tag {
   }
 
  private:
-  /// The position behind the last `unit` before `last`; `first` if there is none.
+  /// The position after the last `unit` before `last`; `first` if there is none.
   static T find_before(T first, T last, text::char_t unit) {
     return std::find(std::make_reverse_iterator(last), std::make_reverse_iterator(first), unit)
         .base();

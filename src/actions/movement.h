@@ -49,14 +49,14 @@ text::view_iterator to_end_of_column(text::view_iterator const& it);
 /// @name Paragraphs
 /// A hard paragraph is a line of the storage; a plain one is a run of lines without an empty line;
 /// a soft one is the former where lines are wrapped, and the latter otherwise. Only soft ones are
-/// left, for the paragraph before or behind, from the edge.
+/// left, for the paragraph before or after, from the edge.
 /// @{
 text::view_iterator to_beginning_of_hard_paragraph(text::view_iterator const& it);
 text::view_iterator to_end_of_hard_paragraph(text::view_iterator const& it);
 text::view_iterator to_beginning_of_paragraph(text::view_iterator const& it);
-/// On the empty line behind the paragraph, or the document's end.
+/// On the empty line after the paragraph, or the document's end.
 text::view_iterator to_end_of_paragraph(text::view_iterator const& it);
 text::view_iterator to_beginning_of_soft_paragraph(text::view_iterator const& it);
-/// Without wrapping, behind that empty line.
+/// Without wrapping, after that empty line.
 text::view_iterator to_end_of_soft_paragraph(text::view_iterator const& it);
 /// @}

@@ -3,7 +3,7 @@
 
 namespace {
 
-/// The visual column at which the word begins that the position is in or behind.
+/// The visual column at which the word begins that the position is in or after.
 size_t word_column(text::view_iterator const& it) {
   text::view_iterator end(it.view, it.base);
   if (!is_word_char(character_at(end))) end = search_backward(end, is_word_char);

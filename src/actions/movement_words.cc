@@ -19,7 +19,7 @@ text::view_iterator stepped_left(text::view_iterator it) {
   return --it;
 }
 
-/// Before the character in front, which is on the same line.
+/// Before the previous character, which is on the same line.
 text::view_iterator before_one(text::view_iterator it) {
   text::unit_view const line = it.base.storage->line_units(it.base.line);
   it.base.column = static_cast<std::uint32_t>(text::previous_cluster(line, it.base.column));
@@ -52,8 +52,8 @@ text::view_iterator word_right(text::view_iterator const& it, IsWord is_word, Is
   return is_word(character_at(next)) ? search_forward(next, is_not) : search_forward(next, is_word);
 }
 
-/// Behind the capitals from `it` on, less the last one if it begins a word of its own.
-text::view_iterator behind_capitals(text::view_iterator const& it) {
+/// After the capitals from `it` on, less the last one if it begins a word of its own.
+text::view_iterator after_capitals(text::view_iterator const& it) {
   auto result = search_forward(it, is_not_u_char);
   if (is_lower(character_at(result))) result = before_one(result);
   return result;
@@ -97,8 +97,8 @@ text::view_iterator sub_word_right(text::view_iterator const& it) {
   if (steps && !is_alternate_word_char(character_at(from)))
     return search_forward(from, is_alternate_word_char);
   if (is_lower(character_at(from))) return search_forward(from, is_not_l_char);
-  auto const behind = steps ? stepped_right(from) : next;
-  if (is_lower(character_at(behind))) return search_forward(behind, is_not_l_char);
-  if (is_upper(character_at(from)) && is_upper(character_at(behind))) return behind_capitals(from);
-  return next;  // behind a single capital, or at a digit
+  auto const after = steps ? stepped_right(from) : next;
+  if (is_lower(character_at(after))) return search_forward(after, is_not_l_char);
+  if (is_upper(character_at(from)) && is_upper(character_at(after))) return after_capitals(from);
+  return next;  // after a single capital, or at a digit
 }

@@ -20,10 +20,10 @@ void select_gap(text::view* view) {
 void select_word(text::view* view) {
   auto first = view->selection.first(), last = view->selection.last();
   bool const before = is_word_char(character_before(first)),
-             behind = is_word_char(character_at(last));
-  if (!view->has_selection() && !before && !behind) return select_gap(view);
+             after = is_word_char(character_at(last));
+  if (!view->has_selection() && !before && !after) return select_gap(view);
   if (before) first = search_backward(first, is_not_word_char);
-  if (behind) last = search_forward(last, is_not_word_char);
+  if (after) last = search_forward(last, is_not_word_char);
   view->selection.select(first, last, false);
 }
 

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-/// Walks from `first`, which is behind an `open`, and stops behind the `close` that belongs to it,
+/// Walks from `first`, which is after an `open`, and stops after the `close` that belongs to it,
 /// or at `last`. Over reverse iterators, with the units given the other way round, it walks back
 /// to the opening one. `found` tells whether there was one.
 template <typename It>

@@ -73,7 +73,7 @@ class Bundle : public BaseItem, public std::enable_shared_from_this<Bundle> {
   void registerBundleItem(BundleItem& item);
   void enableUUID(std::string_view uuid) { takeOffList("disabled", uuid); }
   void undeleteUUID(std::string_view uuid) { takeOffList("deleted", uuid); }
-  /// Moves the item into this bundle, behind the anchor or to the end.
+  /// Moves the item into this bundle, after the anchor or to the end.
   void placeAfter(BundleItem& item, BundleItem const* anchor);
 
  private:

@@ -188,12 +188,12 @@ std::string BundleItem::titleWithSelection(bool hasSelection, bool showTabTrigge
   std::string title = name();
   if (auto const at = title.find(mark); at != std::string::npos) {
     std::string before = title.substr(0, at);
-    std::string const behind = title.substr(at + mark.size());
+    std::string const after = title.substr(at + mark.size());
     if (hasSelection) {
       auto const blank = before.rfind(' ');
       before = (blank == std::string::npos ? "" : before.substr(0, blank + 1)) + "Selection";
     }
-    title = before + behind;
+    title = before + after;
   }
   if (showTabTrigger && !keys_.tabTrigger.empty()) title += " (" + keys_.tabTrigger + "\u21e5)";
   return title;

@@ -80,7 +80,7 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
   bool moveLocalFileToTrash();
 
   /// How menus name it: " / Selection" in the name is for a view with a selection. A tab trigger is
-  /// shown behind an arrow.
+  /// shown after an arrow.
   std::string titleWithSelection(bool hasSelection, bool showTabTrigger = true) const;
 
   /// The files of a template, by name.

@@ -118,7 +118,7 @@ class BundleManager {
   // Executing (BundleManager_Executing.cc)
   /// Whether somebody from `first` on takes what the item stands for.
   static bool canExecuteItem(BundleItem const& item, platform::responder* first);
-  /// Sends the item's action to `first` and those behind it; false if nobody takes it. It is
+  /// Sends the item's action to `first` and those after it; false if nobody takes it. It is
   /// currentBundleItem() meanwhile.
   bool executeItem(std::shared_ptr<BundleItem> const& item, platform::responder& first);
   /// The one there is, or which the user chooses from a menu; null for none.

@@ -19,7 +19,7 @@ constexpr int widest_text = 40;    // average characters; a heading may be as lo
 struct part_kind {
   std::string_view key;
   char const* tool_tip;
-  char const* widest;  // keeps the parts behind from moving while the caret does
+  char const* widest;  // keeps the parts after it from moving while the caret does
 };
 
 // From left to right.

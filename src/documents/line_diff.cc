@@ -151,9 +151,9 @@ std::u16string unified_diff(text_lines const& a, text_lines const& b,
       ++next;
     changed_lines const &head = changes[first], &tail = changes[next - 1];
     std::size_t const before = std::min(context, head.old_begin);
-    std::size_t const behind = std::min(context, a.size() - tail.old_end);
-    out += u"@@ -" + range(head.old_begin - before, tail.old_end + behind) + u" +" +
-           range(head.new_begin - before, tail.new_end + behind) + u" @@\n";
+    std::size_t const after = std::min(context, a.size() - tail.old_end);
+    out += u"@@ -" + range(head.old_begin - before, tail.old_end + after) + u" +" +
+           range(head.new_begin - before, tail.new_end + after) + u" @@\n";
     std::size_t at = head.old_begin - before;
     for (std::size_t i = first; i < next; ++i) {
       put(u' ', a, at, changes[i].old_begin);
@@ -161,7 +161,7 @@ std::u16string unified_diff(text_lines const& a, text_lines const& b,
       put(u'+', b, changes[i].new_begin, changes[i].new_end);
       at = changes[i].old_end;
     }
-    put(u' ', a, at, at + behind);
+    put(u' ', a, at, at + after);
   }
   return out;
 }

@@ -14,7 +14,7 @@ namespace {
 
 /// Gives the text with its line feeds to `use`, in order and in long pieces, as long as it answers
 /// true; returns whether it always did. Each call costs as much as some hundred units: lines that
-/// stand one behind the other in memory, as they were loaded, are one piece, and short ones that
+/// stand one after the other in memory, as they were loaded, are one piece, and short ones that
 /// have been edited are gathered.
 template <typename Use>
 bool put_pieces(text::storage const& storage, Use use) {

@@ -9,7 +9,7 @@ inline constexpr std::array<unsigned char, 3> UTF8ByteOrderMark = {0xEF, 0xBB, 0
 inline constexpr std::array<unsigned char, 2> UTF16BEByteOrderMark = {0xFE, 0xFF};
 inline constexpr std::array<unsigned char, 2> UTF16LEByteOrderMark = {0xFF, 0xFE};
 
-/// Where the text begins: behind the mark if the range begins with it, else at `first`.
+/// Where the text begins: after the mark if the range begins with it, else at `first`.
 template <typename It, std::size_t size>
 It skip_mark(It first, It last, std::array<unsigned char, size> const& mark) {
   It it = first;

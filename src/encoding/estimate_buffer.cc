@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::size_t block = 64;
 
-/// Where continuation bytes must stand is known from the lead bytes before: one behind each byte
-/// from C0 on, another behind each from E0 on, and so on. UTF-8 is right exactly if
+/// Where continuation bytes must stand is known from the lead bytes before: one after each byte
+/// from C0 on, another after each from E0 on, and so on. UTF-8 is right exactly if
 /// they stand there and nowhere else.
 class utf8_validator {
  public:

@@ -17,7 +17,7 @@ using byte_sink = std::function<bool(unsigned char const* bytes, std::size_t siz
 struct file_format {
   charset_t charset = UTF8;
   line_ending::type line_ending = line_ending::LF;
-  bool byte_order_mark = false;  ///< a mark in front of UTF-8; UTF-16 always has one
+  bool byte_order_mark = false;  ///< a mark before UTF-8; UTF-16 always has one
   bool pairs = false;            ///< UTF-8 as by encode_utf8_with_pairs
 };
 

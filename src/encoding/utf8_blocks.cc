@@ -98,7 +98,7 @@ struct tables {
 constexpr tables table;
 
 /// Whether the 64 bytes, which begin with a sequence, hold only well-formed sequences of up to
-/// three bytes. The last one may go on behind them.
+/// three bytes. The last one may go on after them.
 bool is_plain(unsigned char const* in, std::uint64_t high, std::uint64_t continuations) {
   std::uint64_t const two_or_more = high & ~continuations;
   std::uint64_t const three_or_more = high & ~below_in_64(in, 0xE0);

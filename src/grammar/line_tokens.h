@@ -27,7 +27,7 @@ class token_list {
   void clear() { tokens_.clear(); }
   /// Replaces the token of that column or adds one.
   void set(std::uint32_t column, path_tree::id path);
-  /// The tokens at `column` and behind it.
+  /// The tokens at `column` and after it.
   std::vector<token> from(std::uint32_t column) const;
   /// Takes the tokens from `column` on away, but for the one at column 0.
   void erase_from(std::uint32_t column);

@@ -62,7 +62,7 @@ class pattern {
   static std::unique_ptr<pattern const> compile(std::u16string source, std::string& reason);
   ~pattern();
 
-  /// The first match that begins at `from` or behind. Gives up after a second or so, or soon after
+  /// The first match that begins at `from` or after. Gives up after a second or so, or soon after
   /// `stop`, if given, becomes true.
   result search(line_text const& text, std::uint32_t from, match_groups& found,
                 std::atomic<bool> const* stop = nullptr) const;

@@ -22,7 +22,7 @@ void add_range(char16_t low, char16_t high, bracket_class& made) {
   if (high >= 128) made.beyond_letters = true;
 }
 
-// Behind a class or a range a hyphen may mean itself or not.
+// After a class or a range a hyphen may mean itself or not.
 void after_complete(pattern_cursor& in, bracket_class& made) {
   if (!in.next_is(u"-") || in.next_is(u"-]")) return;
   make_unknown(made);
@@ -39,11 +39,11 @@ bracket_class named_class(pattern_cursor& in) {
   return made;
 }
 
-/// Reads what stands behind a backslash: true for a unit, false for a class, which is added.
+/// Reads what stands after a backslash: true for a unit, false for a class, which is added.
 bool escaped_member(pattern_cursor& in, char16_t& unit, bracket_class& made) {
   char16_t const c = in.take();
   symbol_set set;
-  if (class_behind_backslash(c, set)) {
+  if (class_after_backslash(c, set)) {
     made.set.add(set);
     made.beyond_letters = true;
     after_complete(in, made);
@@ -58,7 +58,7 @@ bool escaped_member(pattern_cursor& in, char16_t& unit, bracket_class& made) {
     make_unknown(made);
     return false;
   }
-  if (!in.unit_behind_backslash(c, unit)) in.give_up();
+  if (!in.unit_after_backslash(c, unit)) in.give_up();
   return true;
 }
 

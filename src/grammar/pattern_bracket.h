@@ -11,8 +11,8 @@ struct bracket_class {
   bool beyond_letters = false;  ///< has what may match several units when case is ignored
 };
 
-/// Reads a class from behind its opening bracket to behind the closing one. The set is at least
-/// what the class takes.
+/// Reads the rest of a class, whose opening bracket has been taken, with its closing one. The set
+/// is at least what the class takes.
 bracket_class read_bracket(pattern_cursor& in, int depth = 0);
 
 }  // namespace grammar

@@ -6,7 +6,7 @@ bool is_ascii_letter(char16_t c) {
   return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z');
 }
 
-bool class_behind_backslash(char16_t c, symbol_set& set) {
+bool class_after_backslash(char16_t c, symbol_set& set) {
   switch (c) {
     case u'w':
     case u'W':
@@ -50,7 +50,7 @@ void pattern_cursor::give_up() {
   at = source.size();
 }
 
-bool pattern_cursor::unit_behind_backslash(char16_t c, char16_t& unit) {
+bool pattern_cursor::unit_after_backslash(char16_t c, char16_t& unit) {
   constexpr std::u16string_view letters = u"tnvfrae", controls = u"\t\n\v\f\r\a\x1b";
   if (auto const i = letters.find(c); i != letters.npos) {
     unit = controls[i];

@@ -11,8 +11,8 @@ namespace grammar {
 inline constexpr int max_pattern_depth = 100;
 
 bool is_ascii_letter(char16_t c);
-/// The class that `c` stands for behind a backslash; false if it is none.
-bool class_behind_backslash(char16_t c, symbol_set& set);
+/// The class that `c` stands for after a backslash; false if it is none.
+bool class_after_backslash(char16_t c, symbol_set& set);
 
 /// A place in the source of a pattern, and the small things that are read there. What the syntax
 /// doesn't allow makes `failed` true for good.
@@ -28,10 +28,10 @@ struct pattern_cursor {
   char16_t take();
   void give_up();
 
-  /// The unit for which `c`, behind a backslash, and what follows it stand: by a letter, a number
+  /// The unit for which `c`, after a backslash, and what follows it stand: by a letter, a number
   /// or itself. False for what is none, or is none for certain.
-  bool unit_behind_backslash(char16_t c, char16_t& unit);
-  /// Of a property, what stands behind `\p`. False if nothing does.
+  bool unit_after_backslash(char16_t c, char16_t& unit);
+  /// Of a property, what stands after `\p`. False if nothing does.
   bool skip_property();
 
   std::u16string_view source;

@@ -45,7 +45,7 @@ namespace {
 
 using type = pattern_tree::type;
 
-constexpr int max_quantifiers = 10;  // behind one another
+constexpr int max_quantifiers = 10;  // in a row
 
 pattern_tree node(type kind) {
   pattern_tree made;
@@ -120,7 +120,7 @@ class reader : private pattern_cursor {
     return made.parts.size() == 1 ? std::move(made.parts[0]) : made;
   }
 
-  /// Goes on to what has a meaning. A quantifier belongs to what stands in front of a remark.
+  /// Goes on to what has a meaning. A quantifier belongs to what stands before a remark.
   void skip_remarks(options how) {
     do {
       if (how.extended) skip_blank();
@@ -155,7 +155,7 @@ class reader : private pattern_cursor {
     } else if (next_is(u"{")) {
       if (!interval(least, most)) return false;
       bool const greedy = !take(u"?");
-      // Behind a fixed number it is a quantifier of its own.
+      // After a fixed number it is a quantifier of its own.
       if (!greedy) least = 0;
       return wrap(part, least, most, greedy);
     } else {
@@ -275,8 +275,8 @@ class reader : private pattern_cursor {
       return close(std::move(made));
     }
     if (take(u"!")) return not_ahead(close(alternatives(how, depth + 1)));
-    if (take(u"<=")) return behind(close(alternatives(how, depth + 1)));
-    if (take(u"<!")) return not_behind(close(alternatives(how, depth + 1)));
+    if (take(u"<=")) return look_behind(close(alternatives(how, depth + 1)));
+    if (take(u"<!")) return not_look_behind(close(alternatives(how, depth + 1)));
     if (take(u"<")) return named(u'>', how, depth);
     if (take(u"'")) return named(u'\'', how, depth);
     return option_group(how, depth);
@@ -324,12 +324,12 @@ class reader : private pattern_cursor {
     return before(set);
   }
 
-  static pattern_tree behind(pattern_tree const& part) {
+  static pattern_tree look_behind(pattern_tree const& part) {
     if (part.kind != type::units) return node(type::assertion);
     return after(part.set);
   }
 
-  static pattern_tree not_behind(pattern_tree const& part) {
+  static pattern_tree not_look_behind(pattern_tree const& part) {
     if (part.kind != type::units || !part.exact) return node(type::assertion);
     symbol_set set = part.set.complement();
     set.has_other = set.has_end = true;
@@ -347,7 +347,7 @@ class reader : private pattern_cursor {
   pattern_tree escape(options how) {
     char16_t const c = take();
     symbol_set set;
-    if (class_behind_backslash(c, set)) return units(set, true);
+    if (class_after_backslash(c, set)) return units(set, true);
     switch (c) {
       case u'b':
         return node(type::word_boundary);
@@ -384,7 +384,7 @@ class reader : private pattern_cursor {
       return node(type::any_text);
     }
     char16_t unit;
-    return unit_behind_backslash(c, unit) ? literal(unit, how) : fail();
+    return unit_after_backslash(c, unit) ? literal(unit, how) : fail();
   }
 
   pattern_tree bracket(options how) {

@@ -81,7 +81,7 @@ struct rule {
 unsigned modulo_for_rule(rule const& rule);
 /// Whether `index` is that of the rule's content name.
 bool is_content_name(rule const& rule, unsigned index);
-/// The capture that child `index` is: behind the patterns, and not the content name.
+/// The capture that child `index` is: after the patterns, and not the content name.
 capture const& capture_at_index(rule const& rule, unsigned index);
 /// The pattern that child `index` is, with what it includes found; null when it is none or refers
 /// to nothing. `root` is the view's grammar, `base` the one that the rule belongs to. `new_base` is

@@ -165,37 +165,37 @@ rule_filter::rule_filter(std::vector<std::optional<std::u16string_view>> const& 
   for (unsigned symbol = 0; symbol < symbol_set::count; ++symbol) {
     beginning& made = beginnings_[beginning_of_[symbol]];
     if (made.state != dead) continue;
-    start.behind = static_cast<std::uint8_t>(symbol);
+    start.previous = static_cast<std::uint8_t>(symbol);
     made.state = add_state(start);
   }
 }
 
 void rule_filter::make_classes() {
-  partition symbols, behind;
+  partition symbols, previous;
   symbols.split_basically();
-  behind.split_basically();
+  previous.split_basically();
   for (node const& n : nodes_) {
     if (n.kind == type::units || n.kind == type::before) symbols.split(n.set);
-    if (n.kind == type::after) behind.split(n.set);
+    if (n.kind == type::after) previous.split(n.set);
   }
-  // What comes to stand behind has to be known of each class.
-  for (unsigned i = 0; i < behind.count(); ++i) {
+  // A class says what the previous symbol of the next place is, as far as it matters.
+  for (unsigned i = 0; i < previous.count(); ++i) {
     symbol_set set;
     for (unsigned symbol = 0; symbol < 128; ++symbol)
-      if (behind[symbol] == i) set.add(symbol);
+      if (previous[symbol] == i) set.add(symbol);
     symbols.split(set);
   }
   for (unsigned symbol = 0; symbol < symbol_set::count; ++symbol) {
     classes_[symbol] = static_cast<std::uint8_t>(symbols[symbol]);
-    beginning_of_[symbol] = static_cast<std::uint8_t>(behind[symbol]);
+    beginning_of_[symbol] = static_cast<std::uint8_t>(previous[symbol]);
   }
   class_count_ = symbols.count();
-  beginnings_.resize(behind.count());
+  beginnings_.resize(previous.count());
 }
 
 std::uint32_t rule_filter::add_state(state made) {
   std::u16string key;
-  if (!made.nodes.empty()) key += static_cast<char16_t>(beginning_of_[made.behind]);
+  if (!made.nodes.empty()) key += static_cast<char16_t>(beginning_of_[made.previous]);
   for (std::uint32_t const node : made.nodes) {
     key += static_cast<char16_t>(node);
     key += static_cast<char16_t>(node >> 16);
@@ -214,22 +214,22 @@ std::uint32_t rule_filter::add_state(state made) {
   return it->second;
 }
 
-// The class of what stands behind a place.
-unsigned rule_filter::behind_at(std::u16string_view line, std::size_t at) const {
+// The class of the symbol before a place.
+unsigned rule_filter::class_before(std::u16string_view line, std::size_t at) const {
   return beginning_of_[at == 0 ? symbol_set::end : symbol_set::symbol(line[at - 1])];
 }
 
-bool rule_filter::holds(node const& test, unsigned behind, unsigned symbol) {
-  bool const unclear = behind == symbol_set::other || symbol == symbol_set::other;
+bool rule_filter::holds(node const& test, unsigned previous, unsigned symbol) {
+  bool const unclear = previous == symbol_set::other || symbol == symbol_set::other;
   switch (test.kind) {
     case type::line_begin:
-      return behind == symbol_set::end || behind == '\n';
+      return previous == symbol_set::end || previous == '\n';
     case type::word_boundary:
-      return unclear || is_word[behind] != is_word[symbol];
+      return unclear || is_word[previous] != is_word[symbol];
     case type::not_word_boundary:
-      return unclear || is_word[behind] == is_word[symbol];
+      return unclear || is_word[previous] == is_word[symbol];
     case type::after:
-      return behind == symbol_set::other || test.set.has(behind);
+      return previous == symbol_set::other || test.set.has(previous);
     case type::before:
       return test.set.has(symbol);
     default:
@@ -237,7 +237,7 @@ bool rule_filter::holds(node const& test, unsigned behind, unsigned symbol) {
   }
 }
 
-void rule_filter::follow(std::uint32_t entry, unsigned behind, unsigned symbol, state& made) {
+void rule_filter::follow(std::uint32_t entry, unsigned previous, unsigned symbol, state& made) {
   stack_.assign(1, entry);
   while (!stack_.empty()) {
     std::uint32_t const at = stack_.back();
@@ -255,7 +255,7 @@ void rule_filter::follow(std::uint32_t entry, unsigned behind, unsigned symbol, 
         is_decided_[n.rule] = true;
       else
         made.nodes.push_back(n.out);
-    } else if (holds(n, behind, symbol)) {
+    } else if (holds(n, previous, symbol)) {
       stack_.push_back(n.out);
       if (n.kind == type::alternatives) stack_.push_back(n.out2);
     }
@@ -265,12 +265,12 @@ void rule_filter::follow(std::uint32_t entry, unsigned behind, unsigned symbol, 
 std::uint32_t rule_filter::make_next(std::uint32_t from, unsigned symbol) {
   if (states_.size() >= max_states) return undecided;
   state made;
-  made.behind = static_cast<std::uint8_t>(symbol);
+  made.previous = static_cast<std::uint8_t>(symbol);
   std::fill(is_decided_.begin(), is_decided_.end(), false);
   for (std::uint16_t const rule : states_[from].decided) is_decided_[rule] = true;
   ++visit_;
   for (std::uint32_t const entry : states_[from].nodes)
-    follow(entry, states_[from].behind, symbol, made);
+    follow(entry, states_[from].previous, symbol, made);
   std::erase_if(made.nodes, [&](std::uint32_t n) { return is_decided_[nodes_[n].rule]; });
   std::sort(made.nodes.begin(), made.nodes.end());
   made.nodes.erase(std::unique(made.nodes.begin(), made.nodes.end()), made.nodes.end());
@@ -285,22 +285,22 @@ std::uint32_t rule_filter::next(std::uint32_t from, unsigned symbol) {
 }
 
 std::size_t rule_filter::skip(std::u16string_view line, std::size_t at, std::size_t limit) {
-  unsigned behind = behind_at(line, at);
+  unsigned previous = class_before(line, at);
   for (; at < limit; ++at) {
     unsigned const symbol = symbol_set::symbol(line[at]);
-    beginning& from = beginnings_[behind];
+    beginning& from = beginnings_[previous];
     if (!from.skipped[symbol]) {
       if (next(from.state, symbol) != dead) return at;
       from.skipped[symbol] = 1;
     }
-    behind = beginning_of_[symbol];
+    previous = beginning_of_[symbol];
   }
   return at;
 }
 
 rule_filter::state const& rule_filter::run(std::u16string_view line, std::size_t at,
                                            bool is_line_feed_next) {
-  std::uint32_t current = beginnings_[behind_at(line, at)].state;
+  std::uint32_t current = beginnings_[class_before(line, at)].state;
   for (std::size_t const stop = at + max_run; at < stop; ++at) {
     unsigned const symbol = at < line.size()                         ? symbol_set::symbol(line[at])
                             : is_line_feed_next && at == line.size() ? '\n'

@@ -45,30 +45,30 @@ class rule_filter {
  private:
   using type = pattern_tree::type;
   struct node {
-    type kind;  ///< `units` goes on at `out` behind one; `alternatives` at both; the others test
+    type kind;  ///< `units` goes on at `out` after one; `alternatives` at both; the others test
     std::uint16_t rule;
     bool accepts = false;
     std::uint32_t out = 0, out2 = 0;
     symbol_set set = {};
   };
   struct state {
-    std::uint8_t behind = symbol_set::other;  ///< a symbol like the one behind
-    std::vector<std::uint32_t> nodes;         ///< where it goes on, sorted
-    std::vector<std::uint16_t> decided;       ///< those that may match whatever follows
-    std::vector<std::uint16_t> candidates;    ///< and those that `nodes` belong to
+    std::uint8_t previous = symbol_set::other;  ///< a symbol like the one before
+    std::vector<std::uint32_t> nodes;           ///< where it goes on, sorted
+    std::vector<std::uint16_t> decided;         ///< those that may match whatever follows
+    std::vector<std::uint16_t> candidates;      ///< and those that `nodes` belong to
   };
   class builder;
 
-  static bool holds(node const& test, unsigned behind, unsigned symbol);
+  static bool holds(node const& test, unsigned previous, unsigned symbol);
   void make_classes();
-  unsigned behind_at(std::u16string_view line, std::size_t at) const;
+  unsigned class_before(std::u16string_view line, std::size_t at) const;
   std::uint32_t add_state(state made);
-  /// The state behind `from` when `symbol` is next, or `undecided`.
+  /// The state after `from` when `symbol` is next, or `undecided`.
   std::uint32_t next(std::uint32_t from, unsigned symbol);
   std::uint32_t make_next(std::uint32_t from, unsigned symbol);
   state const& run(std::u16string_view line, std::size_t at, bool is_line_feed_next);
   void find_lone_start();
-  void follow(std::uint32_t entry, unsigned behind, unsigned symbol, state& made);
+  void follow(std::uint32_t entry, unsigned previous, unsigned symbol, state& made);
 
   static constexpr std::uint32_t undecided = ~0u, dead = 0;
 
@@ -79,17 +79,17 @@ class rule_filter {
   std::vector<state> states_;
   std::unordered_map<std::u16string, std::uint32_t> known_;
   std::vector<std::uint32_t> next_;  ///< by state and class
-  /// What may stand behind a place. Symbols that all patterns take alike there are one.
+  /// What may stand before a place. Symbols that all patterns take alike there are one.
   struct beginning {
     std::uint32_t state = 0;
     std::array<std::uint8_t, symbol_set::count> skipped = {};  ///< nothing can match there
   };
   std::vector<beginning> beginnings_;
-  std::uint8_t beginning_of_[symbol_set::count];  ///< by the symbol behind; the end for none
+  std::uint8_t beginning_of_[symbol_set::count];  ///< by the symbol before; the end for none
   std::size_t pattern_count_ = 0;
   bool knows_lone_start_ = false;
   std::optional<char16_t> lone_start_;  ///< with which all matches begin
-  bool matches_at_end_ = false;         ///< behind a line feed
+  bool matches_at_end_ = false;         ///< after a line feed
   std::vector<std::uint32_t> visited_, stack_;
   std::uint32_t visit_ = 0;
   std::vector<bool> is_decided_;

@@ -161,9 +161,9 @@ void tokenize_filter::did_insert(text::pos const& from, text::pos const& to) {
   before.erase_from(from.column);
   lines_[from.line] = line_tokens(before);
   lines_.insert(lines_.begin() + at(from.line + std::size_t{1}), added, line_tokens(path));
-  token_list behind = lines_[to.line].list();
-  for (auto const& token : moved) behind.set(token.column - from.column + to.column, token.path);
-  lines_[to.line] = line_tokens(behind);
+  token_list after = lines_[to.line].list();
+  for (auto const& token : moved) after.set(token.column - from.column + to.column, token.path);
+  lines_[to.line] = line_tokens(after);
   if (lines_.size() != storage_.lines())
     std::fprintf(stderr, "*** insert %zu (tokens) != %zu (storage)\n", lines_.size(),
                  storage_.lines());

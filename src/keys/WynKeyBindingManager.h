@@ -13,7 +13,7 @@
 ///
 /// A binding file is a property list from key string to an action, to an array of actions that are
 /// performed one after the other, or to a dictionary in which the next key is looked up. In an
-/// array, "insertText:" has the element behind it inserted. The action "noop:" does nothing, which
+/// array, "insertText:" has the element after it inserted. The action "noop:" does nothing, which
 /// takes a key's binding away.
 class WynKeyBindingManager {
  public:

@@ -11,7 +11,8 @@ class key_binding_target {
  public:
   virtual ~key_binding_target() = default;
 
-  /// Performs the action on the view or whoever stands behind it; false if nobody knows it.
+  /// Performs the action on the view or the first responder after it that knows it; false if nobody
+  /// knows it.
   virtual bool tryToPerformWith(std::string_view selector, plist::value const& object) = 0;
   virtual void insertText(plist::value const& text) = 0;
   /// Keys have been pressed that begin a binding of several; empty when none are pending any more.

@@ -70,7 +70,7 @@ std::optional<std::string> NormalizeKeyString(std::string_view text, std::string
     if (why) *why = reason;
     return std::nullopt;
   };
-  if (text.empty()) return fail("there is no key behind the modifiers");
+  if (text.empty()) return fail("there is no key after the modifiers");
   if (character_length(text) != text.size()) return fail("there is more than one key");
   return WynKeyEvent(std::string(text), qualifiers).stringRepresentation();
 }

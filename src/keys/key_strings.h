@@ -11,7 +11,7 @@
 
 /// The canonical form of a key string: modifier letters in any order, then one key, before which a
 /// backslash takes away any meaning ("@\\@" is Ctrl+@). Any line break is Return. Nothing, and then
-/// `why`, for a text without a key or with more behind it.
+/// `why`, for a text without a key or with more after it.
 std::optional<std::string> NormalizeKeyString(std::string_view text, std::string* why = nullptr);
 
 /// Hears of an entry that is left out: its key (with those of the dictionaries round it) and why.

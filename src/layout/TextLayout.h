@@ -37,7 +37,7 @@ class TextLayout {
   double y_of_row(std::size_t row) const {
     return top_margin + static_cast<double>(row) * line_height_;
   }
-  /// The row at `y`, which may lie behind the last one; 0 above the first.
+  /// The row at `y`, which may lie below the last one; 0 above the first.
   std::size_t row_at(double y) const;
   /// The column whose left edge is nearest to `x`.
   std::size_t nearest_column(double x) const;

@@ -25,7 +25,7 @@ rect row_part(TextLayout const& layout, std::size_t row, double left, double rig
   return {left, layout.y_of_row(row), right - left, layout.lineHeight()};
 }
 
-// Full rows between the ends; the part behind the text of a row is selected with its line end.
+// Full rows between the ends; the part after the text of a row is selected with its line end.
 wyn::region stream_region(laid_out_view const& text_view, rect const& limits) {
   text::view const& view = *text_view.view();
   TextLayout const& layout = text_view.layout();

@@ -31,7 +31,7 @@ void row_painter::paint_backgrounds(row_text const& text, std::size_t row) {
   for (row_text::span const& span : text.spans)
     if (span.first < text.units.size())
       change(span.style.background, layout_.x_of_column(text.column_of(span.first)));
-  change(text.background_behind, layout_.x_of_column(text.column_of(text.units.size())));
+  change(text.background_after, layout_.x_of_column(text.column_of(text.units.size())));
   change(std::nullopt, clip_.right());
 }
 

@@ -71,15 +71,15 @@ void add_marked_text(drawn_text const& text_view, text::pos begin, row_text& row
 }
 
 // Cuts the units, which begin at a column of the line, where the grammar says that their style
-// changes. Marked text has the style of what is in front of it.
+// changes. Marked text has the style of what is before it.
 void add_spans(drawn_text const& text_view, grammar::line_tokens const& tokens, text::pos begin,
                row_text& row) {
   row.spans.push_back({0, text_view.styleOfPath(tokens.at(begin.column).path)});
   std::size_t const marked = row.marked_last - row.marked_first;
-  auto const behind =
+  auto const after =
       std::upper_bound(tokens.begin(), tokens.end(), begin.column,
                        [](std::size_t column, auto const& token) { return column < token.column; });
-  for (auto it = behind; it != tokens.end(); ++it) {
+  for (auto it = after; it != tokens.end(); ++it) {
     auto const token = *it;
     std::size_t at = token.column - begin.column;
     if (at >= row.marked_first) at += marked;
@@ -92,18 +92,18 @@ void add_spans(drawn_text const& text_view, grammar::line_tokens const& tokens, 
 }  // namespace
 
 std::vector<row_text::span>::const_iterator row_text::span_at(std::size_t index) const {
-  auto const behind =
+  auto const after =
       std::upper_bound(spans.begin(), spans.end(), index,
                        [](std::size_t at, span const& other) { return at < other.first; });
-  return behind - 1;
+  return after - 1;
 }
 
 std::size_t row_text::column_of(std::size_t index) const {
-  auto const behind =
+  auto const after =
       std::upper_bound(pieces.begin(), pieces.end(), index,
                        [](std::size_t at, auto const& other) { return at < other.first; });
-  if (behind == pieces.begin()) return column;
-  text_cells::piece const& piece = *(behind - 1);
+  if (after == pieces.begin()) return column;
+  text_cells::piece const& piece = *(after - 1);
   if (index >= piece.last) return piece.column + piece.width;
   if (piece.kind == text_cells::kind::run) return piece.column + (index - piece.first);
   std::u16string_view const before(units.data() + piece.first, index - piece.first);
@@ -135,8 +135,8 @@ row_text visible_text(drawn_text const& text_view, std::size_t row, std::size_t 
   grammar::line_tokens const& tokens = tokenizer->tokens(begin.line);
   add_spans(text_view, tokens, begin, result);
   if (count == available) {
-    auto const behind = static_cast<std::uint32_t>(begin.column + count);
-    result.background_behind = text_view.styleOfPath(tokens.at(behind).path).background;
+    auto const after = static_cast<std::uint32_t>(begin.column + count);
+    result.background_after = text_view.styleOfPath(tokens.at(after).path).background;
   }
   return result;
 }

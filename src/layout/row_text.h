@@ -26,7 +26,7 @@ struct row_text {
   bool ends_here = false;                         ///< the line's end comes right after the units
   /// What the line's end, or the unit with which the next row begins, lies on. Nothing when it
   /// isn't looked at.
-  std::optional<platform::color> background_behind;
+  std::optional<platform::color> background_after;
 
   drawn_style const& style_at(std::size_t index) const { return span_at(index)->style; }
   std::size_t end_of_style(std::size_t index) const {

@@ -12,7 +12,7 @@ namespace path {
 ///     path::expand_braces("a{b,c}d{e,f}")  // abde, abdf, acde, acdf
 ///
 /// Groups nest, and an alternative may be empty. A brace that belongs to no group of at least two
-/// alternatives is plain text, and so is one of "{,}\" behind a backslash. A text whose
+/// alternatives is plain text, and so is one of "{,}\" after a backslash. A text whose
 /// alternatives come to more than `max_bytes` is not expanded: the result is that text alone. Any
 /// thread.
 std::vector<std::string> expand_braces(std::string_view text,

@@ -42,9 +42,9 @@ std::string temp(std::string const& name) {
   std::string const folder = set && *set ? set : "/tmp";
   if (name.empty()) return folder;
   std::size_t const found = name.rfind(unique_part);
-  std::size_t const behind = found == name.npos ? 0 : name.size() - found - unique_part.size();
+  std::size_t const suffix = found == name.npos ? 0 : name.size() - found - unique_part.size();
   std::string path = join(folder, found == name.npos ? name + std::string(unique_part) : name);
-  int const fd = mkostemps(path.data(), static_cast<int>(behind), O_CLOEXEC);
+  int const fd = mkostemps(path.data(), static_cast<int>(suffix), O_CLOEXEC);
   if (fd < 0) return "";
   close(fd);
   return path;
@@ -63,7 +63,7 @@ bool remove(std::string const& path) {
 }
 
 bool remove_dir(std::string const& path) {
-  std::string const folder = normalize(path);  // a link with a "/" behind it would be followed
+  std::string const folder = normalize(path);  // a link with a "/" after it would be followed
   return !folder.empty() && folder != "/" && remove_folder(AT_FDCWD, folder.c_str());
 }
 

@@ -7,7 +7,7 @@ namespace path {
 
 /// Makes an empty file of mode 0600 that no other process has or gets, in the folder that the
 /// environment variable TMPDIR names, else in /tmp, and gives its path; "" on failure. ".XXXXXX" in
-/// the name, or behind it where it has none, becomes a part that no other file has. An empty name
+/// the name, or after it where it has none, becomes a part that no other file has. An empty name
 /// gives the folder.
 std::string temp(std::string const& name);
 

@@ -31,7 +31,7 @@ std::string resolve(std::string const& path);
 std::string resolve_head(std::string const& path);
 
 /// The one form in which the program names a file: absolute, "~" at the front replaced by the home
-/// folder, without ".", ".." and idle "/". Links stay, but ".." behind one leads where the system
+/// folder, without ".", ".." and idle "/". Links stay, but ".." after one leads where the system
 /// would go. A path in a working directory that has been deleted stays relative: it names nothing.
 std::string standardize(std::string const& path);
 

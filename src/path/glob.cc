@@ -32,7 +32,7 @@ void glob_t::setup(std::string glob) {
   negated_ = glob.starts_with('!');
   if (negated_) glob.erase(0, 1);
   of_names_ = true;
-  std::string starred, others;  // a "*" in front of many alternatives is tried once for all
+  std::string starred, others;  // a "*" before many alternatives is tried once for all
   for (auto const& text : expand_braces(glob, max_bytes)) {
     of_names_ &= is_of_one_component(text);
     std::string const expression = regular_expression(text);

@@ -11,10 +11,10 @@ namespace path {
 ///     *      any part of a component that doesn't begin with ".", or nothing
 ///     **     the same, going on over several components
 ///     ?      any character
-///     [a-z]  one of these characters, or of the others behind "^"
+///     [a-z]  one of these characters, or of the others after "^"
 ///     {a,b}  either, see path/expand_braces.h
 ///     \      makes the next character a plain one
-///     !      in front: whatever the rest does not match
+///     !      as the first character: whatever the rest does not match
 ///
 ///     path::glob_t const sources("*.{c,h}");
 ///     sources.does_match("/home/me/a.c");   // true

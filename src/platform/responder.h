@@ -16,7 +16,7 @@ struct menu_item;
 
 /// Something that can be told to do things by name. Menus, key bindings, macros and scripts all
 /// come in here: a selector such as "undo:" is looked up in the object's own table, and then in
-/// those of the objects behind it (view, window controller, application).
+/// those of the objects after it (view, window controller, application).
 class responder {
  public:
   /// Gets the argument, gives the result. An action that could not be done gives false; any other
@@ -39,7 +39,7 @@ class responder {
   virtual plist::value performSelectorWithObject(std::string_view selector,
                                                  plist::value const& object);
 
-  /// Performs the selector here or at the first responder behind that knows it; false if none does.
+  /// Performs the selector here or at the next responder that knows it; false if none does.
   virtual bool tryToPerformWith(std::string_view selector, plist::value const& object);
 
   /// What this object itself tells commands of where they run: names such as QN_FILEPATH, strings.

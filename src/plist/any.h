@@ -43,7 +43,7 @@ dictionary_t convert(V const& v) {
   return convert_dictionary(v);
 }
 
-/// Decimal, or hexadecimal behind 0x, or octal behind 0. False if the text does not begin so.
+/// Decimal, or hexadecimal after 0x, or octal after 0. False if the text does not begin so.
 bool convert_to(std::string const& from, int& to);
 bool convert_to(int from, std::string& to);
 bool convert_to(unsigned long long from, std::string& to);

@@ -18,7 +18,7 @@ dictionary DeltaPList(dictionary const& oldDictionary, dictionary const& newDict
 void DeltaPListHelper(dictionary const& oldDictionary, dictionary const& newDictionary,
                       dictionary& changed, array& deleted, std::vector<std::string> const& path);
 
-/// Applies layers on top of each other, the most local first, the base last. What stands behind
+/// Applies layers on top of each other, the most local first, the base last. What stands after
 /// the first layer that is no delta counts for nothing. A change below a key that is missing is
 /// dropped. Nothing if no layer is a base; layers that are no dictionaries are passed over.
 value MergePLists(array const& layers);

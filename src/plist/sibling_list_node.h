@@ -4,7 +4,7 @@
 
 namespace plist {
 
-/// A node of ANTLR trees with long lists in them. The runtime's own nodes own the sibling behind
+/// A node of ANTLR trees with long lists in them. The runtime's own nodes own the sibling after
 /// them, so that freeing a list would recurse once for each element. This one lets go of its
 /// siblings one by one.
 class sibling_list_node : public antlr::CommonAST {
@@ -14,9 +14,9 @@ class sibling_list_node : public antlr::CommonAST {
   ~sibling_list_node() override {
     antlr::RefAST sibling = getNextSibling();
     while (sibling) {
-      antlr::RefAST const behind = sibling->getNextSibling();
+      antlr::RefAST const next = sibling->getNextSibling();
       sibling->setNextSibling(antlr::nullAST);
-      sibling = behind;
+      sibling = next;
     }
   }
   antlr::RefAST clone() const override { return antlr::RefAST(new sibling_list_node(*this)); }

@@ -14,7 +14,7 @@ namespace plist {
 std::string PrettyPrintPList(value const& v);
 
 /// PrettyPrintPList from the inside: `indent` tabs stand before the line on which the value
-/// begins. `isKey`: the value stands behind a key. `isSingleLine`: no line feeds are to come.
+/// begins. `isKey`: the value stands after a key. `isSingleLine`: no line feeds are to come.
 std::string stringWithIndentIsKeyIsSingleLine(value const& v, unsigned indent, bool isKey,
                                               bool isSingleLine);
 

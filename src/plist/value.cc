@@ -11,7 +11,7 @@ namespace plist {
 namespace {
 
 // Containers are freed through this node, so that a value nested a hundred thousand deep does not
-// take the stack down with it: behind a certain depth nodes are queued, and the outermost frees
+// take the stack down with it: below a certain depth nodes are queued, and the outermost frees
 // them one after the other. The thread-local state is trivial, which makes it usable while
 // statics are being destroyed.
 struct container_node {

@@ -11,13 +11,13 @@
 /// unless stated, and give nothing when it is not of their form.
 namespace plist::xml {
 
-/// Decimal with an optional sign, or hexadecimal behind 0x; must fit 64 bits with a sign.
+/// Decimal with an optional sign, or hexadecimal after 0x; must fit 64 bits with a sign.
 std::optional<std::int64_t> parse_integer(std::string_view text);
 /// Decimal digits with point and exponent; nan, inf and infinity in any case.
 std::optional<double> parse_real(std::string_view text);
 /// Base64 with its padding; blanks may stand anywhere.
 std::optional<data> parse_base64(std::string_view text);
-/// 2001-01-01T00:00:00Z. Digits behind a point after the seconds are taken, see format_date.
+/// 2001-01-01T00:00:00Z. Digits of a fraction of a second are taken, see format_date.
 std::optional<date> parse_date(std::string_view text);
 
 std::string format_real(double d);

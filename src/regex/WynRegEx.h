@@ -7,7 +7,7 @@
 
 /// Two conveniences on UTF-8 strings. Main thread only.
 
-/// Whether the pattern (Oniguruma's) matches anywhere in the string; a "!" in front of it negates.
+/// Whether the pattern (Oniguruma's) matches anywhere in the string; a "!" before it negates.
 /// An empty pattern answers false. One that does not compile, which is told once on standard error,
 /// matches everything. Patterns are compiled once a process.
 bool isEqualToRegEx(std::string_view string, std::string_view pattern);

@@ -189,10 +189,10 @@ void build_nfa_visitor::build_capture(parse_tree::group_data const& d) {
 }
 
 void build_nfa_visitor::build_look_around(parse_tree::group_data const& d) {
-  bool const behind =
+  bool const is_look_behind =
       d.type == group_type::look_behind || d.type == group_type::negative_look_behind;
   auto* const look = make<look_around_node>(look_around_data{d.type, nullptr}, current_);
-  look->content = build_content(d.content, look, behind);
+  look->content = build_content(d.content, look, is_look_behind);
   current_ = look;
 }
 

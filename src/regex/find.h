@@ -48,8 +48,8 @@ Iterator skip_to_candidate(visit_nfa<Iterator> const& machine, Iterator it, bool
   return it;
 }
 
-/// The first match that begins at `start` or later. The text before `start` counts for what looks
-/// behind, so that "^" doesn't hold where a search is only taken up again.
+/// The first match that begins at `start` or later. The text before `start` counts for look-behinds
+/// and assertions: "^" does not hold where a search is only resumed.
 template <class Iterator>
 match<Iterator> search(visit_nfa<Iterator>& machine, Iterator start) {
   for (Iterator it = start;; ++it) {

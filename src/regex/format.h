@@ -58,7 +58,7 @@ class fmt_t {
     return detail::parse_format(first, last, std::string_view(&stop, stop == 0 ? 0 : 1), nodes_, 0);
   }
 
-  /// Writes what the text gives for the match; the position behind.
+  /// Writes what the text gives for the match. Returns the position after it.
   template <class Iterator>
   Out operator()(match<Iterator> const& m, Out out) const {
     write(nodes_, m, out, letter_case::as_is);
@@ -115,7 +115,7 @@ class fmt_t {
 };
 
 /// A functor for `find_all` that copies what lies between the matches and writes the format for
-/// each. `finish` copies what is left behind the last one.
+/// each. `finish` copies what is left after the last one.
 template <class Iterator, class T, class Out>
 class passthru_t {
  public:

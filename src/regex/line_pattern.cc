@@ -16,7 +16,7 @@ bool is_letter_or_digit(char16_t unit) {
          (u'A' <= unit && unit <= u'Z');
 }
 
-// What stands behind a backslash. A letter in front of "-" might begin a range of a class.
+// What stands after a backslash. A letter before "-" might begin a range of a class.
 bool is_safe_escape(std::u16string_view rest) {
   if (rest.empty()) return false;
   char16_t const next = rest.size() > 1 ? rest[1] : u'\0';
@@ -25,7 +25,7 @@ bool is_safe_escape(std::u16string_view rest) {
   return !is_letter_or_digit(rest[0]) && rest[0] >= u' ';
 }
 
-// What stands behind "(?": groups, look-around, names; of options those that change no line.
+// What stands after "(?": groups, look-around, names; of options those that change no line.
 bool is_safe_group(std::u16string_view rest) {
   std::size_t const options = rest.find_first_not_of(u"ix-");
   if (options == rest.npos) return false;

@@ -73,7 +73,7 @@ struct backreference_data {
   bool reverse;
 };
 
-/// The content leads back to this node, `next` on behind the loop. When the content is `single`,
+/// The content leads back to this node, `next` on after the loop. When the content is `single`,
 /// one node that reads one unit, no counter is needed, and content.next isn't followed.
 struct repeat_data {
   static constexpr std::uint32_t no_limit = std::numeric_limits<std::uint32_t>::max();
@@ -121,7 +121,7 @@ struct recursion_begin_data {
   bool reverse;
 };
 
-/// The flags are those that hold behind the recursion.
+/// The flags are those that hold after the recursion.
 struct recursion_end_data {
   bool ignore_case, dot_matches_newline;
 };

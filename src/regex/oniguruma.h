@@ -92,7 +92,7 @@ class match_t {
 
 /// The first match in [from, to). What the matcher may look at is [0, text_end), or [0, to) when
 /// `text_end` is negative; a match lies within [0, to) all the same. With `from` beyond `to` the
-/// search goes backwards, and a match ends no further than one character behind `from`. A null
+/// search goes backwards, and a match ends no further than one character after `from`. A null
 /// pattern matches nothing.
 match_t find(char16_t const* buffer, std::ptrdiff_t from, std::ptrdiff_t to, ptrn_t const* ptrn,
              unsigned options = 0, std::ptrdiff_t text_end = -1);

@@ -21,7 +21,7 @@ void report_end_of_pattern(std::string_view expected);
 /// `inside` is the whole of what was expected, or empty when that is one unit.
 void report_unexpected(unit_t expected, std::string_view inside, unit_t got);
 
-/// Consumes `wanted` if it stands at `first`. The position behind it, or `first` after a message.
+/// Consumes `wanted` if it stands at `first`. The position after it, or `first` after a message.
 template <class It>
 It parse_char(It first, It last, char wanted) {
   if (first == last) {
@@ -89,8 +89,8 @@ It parse_digits(It first, It last, unsigned base, unsigned max_count, unit_t& re
   return first;
 }
 
-/// `first` is behind the backslash. Puts the unit that the escape stands for in `result`, and gives
-/// the position behind it. A backslash at the end stands for itself.
+/// `first` is after the backslash. Puts the unit that the escape stands for in `result`, and gives
+/// the position after it. A backslash at the end stands for itself.
 template <class It>
 It parse_escape(It first, It last, unit_t& result) {
   static constexpr std::string_view letters = "afnrtve", codes = "\a\f\n\r\t\v\x1b";

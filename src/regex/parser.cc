@@ -34,7 +34,7 @@ bool is_unit(T c, char wanted) {
   return to_unit(c) == to_unit(wanted);
 }
 
-/// The class that a letter behind a backslash names; a capital is the same class, negated.
+/// The class that a letter after a backslash names; a capital is the same class, negated.
 std::optional<class_data> class_of_letter(unit_t u) {
   switch (u | 0x20) {
     case u'w':
@@ -80,7 +80,7 @@ std::optional<unit_class> class_of_name(std::string_view name) {
   return std::nullopt;
 }
 
-/// What stands behind the "(" of a group that doesn't capture; the longer heads come first.
+/// What stands after the "(" of a group that doesn't capture; the longer heads come first.
 constexpr std::pair<std::string_view, group_type> heads[] = {
     {"?=", group_type::look_ahead},          {"?<=", group_type::look_behind},
     {"?!", group_type::negative_look_ahead}, {"?<!", group_type::negative_look_behind},

@@ -26,7 +26,7 @@ class parser {
   std::size_t capture_count() const { return capture_count_; }
 
  private:
-  // Each is called at the character that chose it, and gives the position behind the construct.
+  // Each is called at the character that chose it, and gives the position after the construct.
   using method = iterator (parser::*)(iterator, iterator);
   static method method_for(T c);
   iterator parse_repeat(iterator first, iterator last);

@@ -60,7 +60,7 @@ replacement_node convert_one(antlr::RefAST const& node) {
   }
 }
 
-/// The node and its siblings behind it. Characters are joined to runs.
+/// The node and its siblings after it. Characters are joined to runs.
 replacement convert(antlr::RefAST node) {
   replacement result;
   for (; node; node = node->getNextSibling()) {

@@ -31,10 +31,10 @@ enum class direction { forward, backward };
 /// caller's, and the way to the next place where a match can begin (some ms a million units; the
 /// slice is longer then, so that most of the time is not spent on the way).
 ///
-/// How: the pattern is compiled a second time, with a call of ours in front, which Oniguruma makes
-/// before each attempt and which can end the search. That can cost as much as the attempt itself.
-/// A pattern that stays in its line needs no call: some short lines at a time are searched as if
-/// the text ended there.
+/// How: the pattern is compiled a second time, with a callout of ours at its start, which Oniguruma
+/// calls before each attempt and which can end the search. That can cost as much as the attempt
+/// itself. A pattern that stays in its line needs no call: some short lines at a time are searched
+/// as if the text ended there.
 ///
 /// Text and pattern are borrowed. Any thread; one at a time.
 class sliced_search {

@@ -13,7 +13,7 @@
 ///     s/\s*\{.*//;       # neither the body
 ///     s/\s+/ /g;         # nor the line breaks
 ///
-/// Behind an "s" comes the delimiter. A backslash protects the unit behind it. Main thread only.
+/// After an "s" comes the delimiter. A backslash protects the unit after it. Main thread only.
 class transformation_program {
  public:
   struct substitution {

@@ -58,7 +58,7 @@ struct BTRecord {
   enum kind : std::uint8_t {
     fail,          // there is no way left
     resume,        // at `node`
-    leave_loop,    // go on behind `node`
+    leave_loop,    // go on after `node`
     enter_loop,    // run the content of `node` once more
     give_back,     // a greedy loop over single units goes back by one, `count` times at most
     take_more,     // a lazy one reads one more unit, `count` times at most
@@ -156,7 +156,7 @@ class visit_nfa {
   bool at_end(bool reverse) const { return position_ == (reverse ? first_ : last_); }
 
   void repeat_single(graph::repeat_node const&);
-  bool must_fail_behind(graph::repeat_node const&);
+  bool must_fail_after(graph::repeat_node const&);
   void give_back();
   bool take_more();
   void enter_loop(graph::repeat_node const&);
@@ -203,7 +203,7 @@ class visit_nfa {
   static constexpr std::int64_t slice = 16384;
   limits const allowed_;
   std::int64_t steps_left_ = slice;  // of the slice
-  std::int64_t steps_in_reserve_;    // behind it
+  std::int64_t steps_in_reserve_;    // after that slice
   bool counted_text_ = false;
   bool gave_up_ = false;
   bool told_of_recursion_ = false;

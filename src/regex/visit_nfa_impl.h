@@ -351,7 +351,7 @@ void visit_nfa<Iterator>::repeat_single(graph::repeat_node const& n) {
 }
 
 template <class Iterator>
-bool visit_nfa<Iterator>::must_fail_behind(graph::repeat_node const& n) {
+bool visit_nfa<Iterator>::must_fail_after(graph::repeat_node const& n) {
   if (!n.follow) return false;
   return position_ == last_ ||
          !with_unit_test(*n.follow, [&](auto test) { return test(*position_); });
@@ -365,7 +365,7 @@ void visit_nfa<Iterator>::give_back() {
     step(!n.reverse);
     --r.count;
     --steps_left_;
-  } while (r.count > 0 && must_fail_behind(n));
+  } while (r.count > 0 && must_fail_after(n));
   r.position = position_;
   if (r.count == 0) stack_.pop();
   current_ = n.next;
@@ -379,7 +379,7 @@ bool visit_nfa<Iterator>::take_more() {
   do {
     more =
         with_unit_test(*n.content, [&](auto test) { return read_units(n.reverse, 1, test) == 1; });
-  } while (more && --r.count > 0 && must_fail_behind(n));
+  } while (more && --r.count > 0 && must_fail_after(n));
   r.position = position_;
   if (!more || r.count == 0) stack_.pop();
   if (more) current_ = n.next;

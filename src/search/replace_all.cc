@@ -202,11 +202,11 @@ void replace_one_by_one(text::storage& storage, text::iterator at, replace_task 
     at = end;
     seen = std::size_t{r.offset} + r.erased;
   }
-  std::size_t behind = task.inserted.size();
+  std::size_t inserted_at = task.inserted.size();
   for (std::size_t n = places.size(); n-- > 0;) {
     replacement::range const& r = task.ranges[n];
-    if (task.format) behind -= r.inserted;
-    char16_t const* const text = task.inserted.data() + (task.format ? behind : 0);
+    if (task.format) inserted_at -= r.inserted;
+    char16_t const* const text = task.inserted.data() + (task.format ? inserted_at : 0);
     storage.erase(places[n].first, places[n].second);
     storage.insert(std::as_const(places[n].first), text, text + r.inserted);
   }

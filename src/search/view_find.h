@@ -31,7 +31,7 @@ found_match find_in_view(text::view& view, bool backward);
 void select_match(text::view& view, found_match const& match);
 found_replacement replacement_for_selection(text::view& view);
 
-/// Whether something was found. What is wrong is logged, behind `prefix`.
+/// Whether something was found. What is wrong is logged, with `prefix` before it.
 bool log_and_tell(find_answer const& answer, char const* prefix);
 
 /// False without a selection.

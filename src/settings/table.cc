@@ -110,7 +110,7 @@ rows text_editing() {
       {"WynTextViewShowWrapMarginIndicator", boolean(), false, scope::program, "Show Wrap Column",
        "Draw a line at the wrap column.", view_switch("toggleShowWrapMarginIndicator:")},
       {"WynTextViewHighlightWrapMargin", boolean(), true, scope::program,
-       "Shade Behind Wrap Column", "Shade what lies beyond the line at the wrap column.",
+       "Shade Beyond Wrap Column", "Shade what lies beyond the line at the wrap column.",
        view_switch("toggleHighlightWrapMargin:")},
       {"WynTextViewAutoIndentEnabled", boolean(), true, scope::program, "Auto Indent",
        "Indent a new line like the previous one, or as its language says.",

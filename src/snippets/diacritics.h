@@ -5,7 +5,7 @@
 
 namespace diacritics {
 
-/// Goes over UTF-8 text by base characters with the marks behind them. Code points below 256 always
+/// Goes over UTF-8 text by base characters with the marks after them. Code points below 256 always
 /// begin a unit, wrong bytes are units of their own. The text is borrowed.
 class iterator_t {
  public:

@@ -87,10 +87,10 @@ void symbol_list::clear() {
 
 std::string symbol_list::at_caret() const {
   std::size_t const line = text_view_.view()->selection.current_mark.base.line + std::size_t{1};
-  auto const behind = std::partition_point(items_.begin(), items_.end(),
-                                           [&](symbol const& each) { return each.line <= line; });
-  if (behind == items_.begin()) return items_.empty() ? "" : "No Symbol";
-  return std::prev(behind)->name;
+  auto const after = std::partition_point(items_.begin(), items_.end(),
+                                          [&](symbol const& each) { return each.line <= line; });
+  if (after == items_.begin()) return items_.empty() ? "" : "No Symbol";
+  return std::prev(after)->name;
 }
 
 void symbol_list::set_current(std::string const& name) {

@@ -63,7 +63,7 @@ view_colors::view_colors(platform::palette const& desktop, plist::value const& s
   if (!active)
     for (auto* const dimmed : {&selection, &line_highlight}) dimmed->alpha /= 2;
   wrap_margin = mixed(p.foreground, p.background, 0.2);
-  behind_margin = mixed(p.foreground, p.background, 0.04);
+  beyond_margin = mixed(p.foreground, p.background, 0.04);
   match = mixed({0xE8, 0xB0, 0x20, 255}, p.background, p.dark ? 0.40 : 0.45);
   field = mixed({0x40, 0x90, 0xE0, 255}, p.background, p.dark ? 0.30 : 0.22);
   gutter = mixed(p.foreground, p.background, 0.05);

@@ -7,7 +7,7 @@
 /// has none what goes with the desktop's palette.
 struct view_colors {
   platform::color background, foreground, caret, selection, line_highlight, invisibles;
-  platform::color wrap_margin, behind_margin;
+  platform::color wrap_margin, beyond_margin;
   platform::color flash;  ///< behind the partner of a bracket just typed
   platform::color field;  ///< behind the field of a snippet that is being filled in
   platform::color match;  ///< behind what the find panel has found

@@ -19,9 +19,9 @@ plist::array stored() {
 int column_of(std::string_view text) {
   int column = 0;
   char const* const end = text.data() + text.size();
-  auto const [behind, error] = std::from_chars(text.data(), end, column);
+  auto const [after, error] = std::from_chars(text.data(), end, column);
   bool const is_column =
-      error == std::errc() && behind == end && 1 <= column && column <= max_margin;
+      error == std::errc() && after == end && 1 <= column && column <= max_margin;
   return is_column ? column : 0;
 }
 
@@ -33,13 +33,13 @@ bool wrap_columns::contains(int column) {
                      [&](plist::value const& other) { return other.integer_or(0) == column; });
 }
 
-// In front of the first that is greater.
+// Before the first that is greater.
 void wrap_columns::add(int column) {
   plist::array columns = stored();
-  auto const behind = std::find_if(columns.begin(), columns.end(), [&](plist::value const& other) {
+  auto const after = std::find_if(columns.begin(), columns.end(), [&](plist::value const& other) {
     return other.integer_or(0) > column;
   });
-  columns.insert(behind, column);
+  columns.insert(after, column);
   settings::store().set(key, std::move(columns));
 }
 

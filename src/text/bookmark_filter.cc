@@ -13,7 +13,7 @@ void view::bookmark_filter::set_bookmark(size_t line, size_t column, bool set) {
 
 text::pos view::bookmark_filter::next_bookmark(size_t line) const {
   if (marks.empty()) return {line, 0};
-  if (auto const behind = marks.next(line)) return *behind;
+  if (auto const after = marks.next(line)) return *after;
   return marks.find(0).value_or(marks.next(0).value_or(text::pos()));
 }
 

@@ -15,7 +15,7 @@ class view::bookmark_filter : public filter {
   /// A bookmark that the line has already stays where it is.
   void set_bookmark(size_t line, size_t column, bool set);
   bool has_bookmark(size_t line) const { return marks.contains(line); }
-  /// The first one behind `line`, else the first of all, else column 0 of `line`.
+  /// The first one after `line`, else the first of all, else column 0 of `line`.
   text::pos next_bookmark(size_t line) const;
   /// The last one before `line`, else the last of all, else column 0 of `line`.
   text::pos previous_bookmark(size_t line) const;

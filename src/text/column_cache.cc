@@ -91,9 +91,9 @@ void column_cache::sum_up_pieces(entry& cached, size_t first, size_t last, size_
   auto const begin = cached.pieces.begin() + static_cast<std::ptrdiff_t>(first);
   auto const end = cached.pieces.begin() + static_cast<std::ptrdiff_t>(last);
   auto const common = std::min(made.size(), last - first);
-  auto const behind = std::copy_n(made.begin(), common, begin);
+  auto const after = std::copy_n(made.begin(), common, begin);
   auto const rest = made.begin() + static_cast<std::ptrdiff_t>(common);
-  cached.pieces.insert(cached.pieces.erase(behind, end), rest, made.end());
+  cached.pieces.insert(cached.pieces.erase(after, end), rest, made.end());
 }
 
 void column_cache::did_insert(text::pos first, text::pos last) {

@@ -67,8 +67,8 @@ void view::folding_filter::forget_marks(size_t line, size_t lines_after, size_t 
   keeps_pairs = keeps_pairs && marks_[line] == former;
   for (size_t n = 1; keeps_pairs && n <= added; ++n) keeps_pairs = !marker(line + n);
   if (!keeps_pairs) return forget_pairs();
-  auto const behind = has_start_.begin() + offset(line + 1);
-  if (lines_after != 0) has_start_.erase(behind, behind + offset(lines_after));
+  auto const after = has_start_.begin() + offset(line + 1);
+  if (lines_after != 0) has_start_.erase(after, after + offset(lines_after));
   if (added != 0) has_start_.insert(has_start_.begin() + offset(line + 1), added, false);
   paired_ += added - lines_after;
 }
@@ -103,7 +103,7 @@ view::folding_filter::line_type view::folding_filter::folding_type(size_t line) 
   return found->type;
 }
 
-/// Not looked for farther than drawing has time for: what is behind may have one.
+/// Not looked for farther than drawing has time for: there may be one further down.
 bool view::folding_filter::may_have_stop(marker_t const& start) const {
   size_t open = 1;
   size_t const lines = view_.storage->lines();
@@ -127,7 +127,7 @@ view::folding_filter::line_type view::folding_filter::mark_of(size_t line) {
 std::optional<view::folding_filter::folding_t> view::folding_filter::block_around(
     size_t line) const {
   std::vector<marker_t> open;
-  size_t deeper = 0;  // blocks behind `line` with the indent of the innermost open one
+  size_t deeper = 0;  // blocks after `line` with the indent of the innermost open one
   for (size_t at = 0; at < view_.storage->lines(); ++at) {
     if (at > line && open.empty()) break;
     auto const found = marker(at);
@@ -165,7 +165,7 @@ std::vector<view::folding_filter::block> view::folding_filter::blocks(size_t fir
       open.pop_back();
     }
   }
-  // A start without a stop is no block, so that the levels behind it don't depend on it.
+  // A start without a stop is no block, so that the levels after it don't depend on it.
   std::vector<uint32_t> around;  // the first lines of the blocks that `block` is in, or may be
   for (auto block = result.rbegin(); block != result.rend(); ++block) {
     while (!around.empty() && block->lines.last < around.back()) around.pop_back();

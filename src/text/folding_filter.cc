@@ -40,24 +40,24 @@ std::vector<view::folding_filter::outer_fold> const& view::folding_filter::outer
 }
 
 std::vector<view::folding_filter::outer_fold>::const_iterator
-view::folding_filter::fold_at_or_behind(size_t line) const {
+view::folding_filter::fold_at_or_after(size_t line) const {
   auto const& folds = outer_folds();
   return std::partition_point(folds.begin(), folds.end(),
                               [&](outer_fold const& fold) { return fold.first < line; });
 }
 
 bool view::folding_filter::is_folded(size_t line) const {
-  auto const found = border_at_or_behind(line);
+  auto const found = border_at_or_after(line);
   return found != borders_.end() && found->line == line && !found->is_last;
 }
 
 /// The lines of a fold's border are not free for another one.
 bool view::folding_filter::is_end_of_fold(size_t line) const {
-  auto const found = border_at_or_behind(line);
+  auto const found = border_at_or_after(line);
   return found != borders_.end() && found->line == line;
 }
 
-std::vector<view::folding_filter::border>::const_iterator view::folding_filter::border_at_or_behind(
+std::vector<view::folding_filter::border>::const_iterator view::folding_filter::border_at_or_after(
     size_t line) const {
   if (!surveyed_) survey_folds();
   return std::partition_point(borders_.begin(), borders_.end(),
@@ -82,7 +82,7 @@ void view::folding_filter::survey_folds() const {
   surveyed_ = true;
 }
 
-/// The last of the folds for which something holds that holds for all in front of them too; null
+/// The last of the folds for which something holds that holds for all before them too; null
 /// without one. `near`, where the last one was found, is tried first with its neighbour: rows and
 /// lines are mostly asked for one after the other.
 template <typename IsAbove>
@@ -147,7 +147,7 @@ void view::folding_filter::put_caret_at_end_of(size_t line) {
 bool view::folding_filter::crosses_a_fold(folding_t const& fold) const {
   if (is_end_of_fold(fold.first) || is_end_of_fold(fold.last)) return true;
   size_t open = 0;
-  for (auto at = border_at_or_behind(fold.first); at != borders_.end() && at->line < fold.last;
+  for (auto at = border_at_or_after(fold.first); at != borders_.end() && at->line < fold.last;
        ++at) {
     if (at->is_last && open == 0) return true;
     at->is_last ? --open : ++open;
@@ -323,7 +323,7 @@ void view::folding_filter::unfold_where(Crossed crossed) {
   unfold(found);
 }
 
-/// What line `from` and those behind it say of folds is said of lines further down, or further up
+/// What line `from` and those after it say of folds is said of lines further down, or further up
 /// if `by` is negative, as a number that wraps round. The survey goes with them.
 void view::folding_filter::move_folds(uint32_t from, uint32_t by) {
   auto const move = [=](uint32_t& line) { line += line < from ? 0 : by; };

@@ -107,11 +107,11 @@ class view::folding_filter : public switchable_filter {
   /// Puts all folds back as they were for the same text.
   void restore_all(folding_set folds);
 
-  /// The lines that rows show, from `first` up to `last`, as stretches: `visit(line, line_behind)`.
+  /// The lines that rows show, from `first` up to `last`, as stretches: `visit(line, line_after)`.
   template <typename Visit>
   void visit_lines_of_rows(size_t first, size_t last, Visit visit) const {
     size_t line = in_storage({first, 0}).line;
-    for (auto fold = fold_at_or_behind(line); first < last; ++fold) {
+    for (auto fold = fold_at_or_after(line); first < last; ++fold) {
       bool const is_last = fold == outer_.end();
       size_t const stop =
           is_last ? line + last - first : std::min(line + last - first, fold->first + size_t{1});
@@ -167,7 +167,7 @@ class view::folding_filter : public switchable_filter {
   unit_view units_of(size_t line) const { return view_.storage->line_units(line); }
   text::pos end_of(size_t line) const { return {line, units_of(line).size()}; }
   std::optional<marker_t> marker(size_t line) const;
-  std::vector<border>::const_iterator border_at_or_behind(size_t line) const;
+  std::vector<border>::const_iterator border_at_or_after(size_t line) const;
   bool is_end_of_fold(size_t line) const;
   /// Finds the stops up to `line` that have a start.
   void pair_marks(size_t line) const;
@@ -192,7 +192,7 @@ class view::folding_filter : public switchable_filter {
   void lay_out_again();
   void survey_folds() const;
   std::vector<outer_fold> const& outer_folds() const;
-  std::vector<outer_fold>::const_iterator fold_at_or_behind(size_t line) const;
+  std::vector<outer_fold>::const_iterator fold_at_or_after(size_t line) const;
   template <typename IsAbove>
   outer_fold const* last_fold(size_t& near, IsAbove is_above) const;
   outer_fold const* last_fold_above(size_t line) const;

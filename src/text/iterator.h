@@ -51,7 +51,7 @@ struct iterator {
   iterator& operator+=(std::ptrdiff_t n) { return *this = *this + n; }
   iterator& operator-=(std::ptrdiff_t n) { return *this = *this + -n; }
 
-  /// The number of units from `other` up to this position, behind which `other` must not lie. Added
+  /// The number of units from `other` up to this position, after which `other` must not lie. Added
   /// up by line sizes, so it costs time in proportion to the lines between.
   std::ptrdiff_t operator-(iterator const& other) const;
 

@@ -333,7 +333,7 @@ text::pos iterator_observer::before_pair(text::pos at) const {
   return at;
 }
 
-text::pos iterator_observer::behind_pair(text::pos at) const {
+text::pos iterator_observer::after_pair(text::pos at) const {
   if (unicode::splits_pair(storage->line_units(at.line), at.column)) ++at.column;
   return at;
 }
@@ -350,16 +350,16 @@ std::vector<replacement::edit> iterator_observer::edits_for_erases() const {
         start + static_cast<std::ptrdiff_t>(std::min(pending.offset + pending.length, size));
     if (first != last) {
       text::pos const at = before_pair(first.pos());
-      edits.push_back({at, behind_pair(last.pos()), at});
+      edits.push_back({at, after_pair(last.pos()), at});
     }
   }
   std::sort(edits.begin(), edits.end(),
             [](auto const& a, auto const& b) { return a.first < b.first; });
   // What several mirrors share is erased once.
-  text::pos behind;
+  text::pos after;
   std::erase_if(edits, [&](replacement::edit& edit) {
-    edit.first = edit.new_last = std::max(edit.first, behind);
-    behind = std::max(behind, edit.last);
+    edit.first = edit.new_last = std::max(edit.first, after);
+    after = std::max(after, edit.last);
     return edit.first >= edit.last;
   });
   return edits;

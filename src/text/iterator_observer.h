@@ -115,7 +115,7 @@ class iterator_observer : public storage_observer {
   void forget_pending();
   bool repeats_edits() const;
   text::pos before_pair(text::pos at) const;
-  text::pos behind_pair(text::pos at) const;
+  text::pos after_pair(text::pos at) const;
   std::vector<replacement::edit> edits_for_erases() const;
   std::vector<replacement::edit> edits_for_inserts() const;
   void move_mirrors(std::vector<replacement::edit> const& edits);

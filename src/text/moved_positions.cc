@@ -34,10 +34,10 @@ text::pos moved_positions::staying(text::pos at) const {
 }
 
 text::pos moved_positions::pushed(text::pos at) const {
-  auto const behind = std::partition_point(
-      edits_.begin(), edits_.end(), [&](moved_edit const& edit) { return edit.first <= at; });
-  if (behind == edits_.begin()) return at;
-  moved_edit const& edit = *std::prev(behind);
+  auto const after = std::partition_point(edits_.begin(), edits_.end(),
+                                          [&](moved_edit const& edit) { return edit.first <= at; });
+  if (after == edits_.begin()) return at;
+  moved_edit const& edit = *std::prev(after);
   return at <= edit.last ? edit.new_last : shifted(at, edit);
 }
 

@@ -73,11 +73,11 @@ void paged_array<T>::make_room(size_t size) {
 
 template <typename T>
 void paged_array<T>::replace(size_t index, size_t erased, T const* added, size_t count) {
-  size_t const behind = size_ - index - erased;
-  size_t const size = index + count + behind;
+  size_t const after = size_ - index - erased;
+  size_t const size = index + count + after;
   make_room(size);
   T* const at = elements_ + index;
-  if (behind != 0 && erased != count) std::memmove(at + count, at + erased, behind * sizeof(T));
+  if (after != 0 && erased != count) std::memmove(at + count, at + erased, after * sizeof(T));
   if (count != 0) std::memcpy(at, added, count * sizeof(T));
   bool const shrinks_by_pages = size < size_ && (size_ - size) * sizeof(T) >= paged_allocation;
   size_ = size;

@@ -14,7 +14,7 @@ void* allocate_pages(size_t bytes);
 void* allocate_from_heap(size_t bytes);
 /// `bytes` is what was asked for.
 void free_pages(void* memory, size_t bytes) noexcept;
-/// Gives back the whole pages behind the first `used` bytes; the address range stays reserved.
+/// Gives back the whole pages after the first `used` bytes; the address range stays reserved.
 void discard_pages(void* memory, size_t used, size_t bytes) noexcept;
 
 /// Memory that is pages from `paged_allocation` bytes on and comes from malloc below that. Resizes

@@ -10,7 +10,7 @@ namespace text {
 namespace {
 
 /// Where the text ends that begins at `at`.
-text::pos behind(text::pos at, unit_view units) {
+text::pos after(text::pos at, unit_view units) {
   size_t const newlines = count_unit(units, u'\n');
   if (newlines == 0) return {at.line, at.column + units.size()};
   return {at.line + newlines, units.size() - units.rfind(u'\n') - 1};
@@ -56,10 +56,10 @@ std::vector<replacement::edit> replacement::edits() const {
   for (range const& r : ranges) {
     size_t const gap = r.offset - seen;
     edit made;
-    made.first = behind(at, old_text.units.substr(seen, gap));
-    made.last = behind(made.first, old_text.units.substr(r.offset, r.erased));
+    made.first = after(at, old_text.units.substr(seen, gap));
+    made.last = after(made.first, old_text.units.substr(r.offset, r.erased));
     seen_new += gap;
-    made.new_last = behind(made.first, new_text.units.substr(seen_new, r.inserted));
+    made.new_last = after(made.first, new_text.units.substr(seen_new, r.inserted));
     result.push_back(made);
     at = made.last;
     seen = size_t{r.offset} + r.erased;

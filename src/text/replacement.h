@@ -16,7 +16,7 @@ struct replacement {
   };
   using range_list = std::vector<range>;
 
-  /// A range in the coordinates of the storage, as it stands when all ranges behind it have been
+  /// A range in the coordinates of the storage, as it stands when all ranges after it have been
   /// replaced and none before it. The new text will end at `new_last`.
   struct edit {
     text::pos first, last, new_last;

@@ -7,7 +7,7 @@
 
 namespace text {
 
-/// Where a row of a wrapped line begins. What stands in front of a unit doesn't matter to the rows
+/// Where a row of a wrapped line begins. What stands before a unit doesn't matter to the rows
 /// from there on, so a line can be wrapped again from any row, up to where old rows begin likewise.
 struct row_start {
   size_t unit = 0;
@@ -24,7 +24,7 @@ struct row_break {
 
 /// Where the row of `line` from `start` is broken, or nothing if it reaches the end of the line.
 /// A row is too long once a cluster other than white space reaches beyond column `width`. It then
-/// ends before the last white space in it (a soft break); without any it is cut in front of the
+/// ends before the last white space in it (a soft break); without any it is cut before the
 /// cluster before (a hard break). White space alone is never too long, and a row takes one cluster
 /// at least. A `width` of 0 counts as 1. Takes time in proportion to the row, a fraction of a
 /// nanosecond a unit.

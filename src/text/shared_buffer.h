@@ -126,9 +126,9 @@ void shared_buffer<T>::replace(size_t column, size_t erased, T const* inserted, 
     return;
   }
   T const* const first = data();
-  size_t const behind = column + erased;
+  size_t const after = column + erased;
   size_t const length = size() - erased + count;
-  if (count == 0 && (column == 0 || behind == size())) {
+  if (count == 0 && (column == 0 || after == size())) {
     *this = borrow(column == 0 ? first + erased : first, length);
     return;
   }
@@ -137,7 +137,7 @@ void shared_buffer<T>::replace(size_t column, size_t erased, T const* inserted, 
   made.reserve(length + length / 8 + 16);
   made.append(first, column);
   made.append(inserted, count);
-  made.append(first + behind, size() - behind);
+  made.append(first + after, size() - after);
   *this = own(std::move(made));
 }
 

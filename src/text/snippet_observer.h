@@ -5,7 +5,7 @@
 namespace text {
 
 /// What the view needs to know of a running snippet. The floor of the snippets implements it and
-/// hands it to the view, which registers it with the storage behind its own observers.
+/// hands it to the view, which registers it with the storage after its own observers.
 class snippet_observer_t : public storage_observer {
  public:
   virtual bool is_running() const = 0;

@@ -42,21 +42,21 @@ text::iterator view::soft_wrap_filter::end(unsigned long row) const {
   return toward_storage->begin(ranges[row].line) + ranges[row].last;
 }
 
-/// The row that holds a position; the last one of its line for what is behind that.
+/// The row that holds a position; the last one of its line for what is after that.
 size_t view::soft_wrap_filter::row_at(text::pos const& at) const {
   auto const found = std::lower_bound(ranges.begin(), ranges.end(), at,
                                       [](line_range const& row, text::pos const& sought) {
                                         return text::pos(row.line, row.last) < sought;
                                       });
-  bool const behind = found == ranges.end() || found->line != at.line;
-  return static_cast<size_t>(found - ranges.begin()) - (behind && found != ranges.begin() ? 1 : 0);
+  bool const after = found == ranges.end() || found->line != at.line;
+  return static_cast<size_t>(found - ranges.begin()) - (after && found != ranges.begin() ? 1 : 0);
 }
 
 size_t view::soft_wrap_filter::end_of_line(size_t line) const {
-  auto const behind =
+  auto const after =
       std::upper_bound(ranges.begin(), ranges.end(), line,
                        [](size_t sought, line_range const& row) { return sought < row.line; });
-  return static_cast<size_t>(behind - ranges.begin());
+  return static_cast<size_t>(after - ranges.begin());
 }
 
 unit_view view::soft_wrap_filter::units_of(size_t line) const {
@@ -64,12 +64,12 @@ unit_view view::soft_wrap_filter::units_of(size_t line) const {
   return view_.storage->line_units(at.line).substr(at.column);
 }
 
-/// The start of a row whose text in front has not changed.
+/// The start of a row with unchanged text before it.
 row_start view::soft_wrap_filter::start_of(size_t row) const {
   line_range const& range = ranges[row];
   if (range.first == 0) return {};
   line_range const& above = ranges[row - 1];
-  // A soft break is at white space with something of the row in front.
+  // A soft break is at white space with something of the row before it.
   bool const hard =
       above.first == above.last || !is_lone_blank(units_of(range.line), range.first - 1);
   return {range.first, hard};
@@ -96,7 +96,7 @@ void view::soft_wrap_filter::wrap_line(size_t line, row_start start, line_ranges
   add_row(line, start, units.size(), out);
 }
 
-/// Wraps the last line of a change until a row begins where an old one did, behind the change and
+/// Wraps the last line of a change until a row begins where an old one did, after the change and
 /// by the same kind of break. Returns the index of that old row, or of the end of its line.
 size_t view::soft_wrap_filter::wrap_up_to_old_rows(edit const& made, row_start start,
                                                    line_ranges& out) const {
@@ -172,11 +172,11 @@ void view::soft_wrap_filter::replace_rows(edit const& made, wrapped_rows const& 
 
   size_t const common = std::min(fresh.rows.size(), fresh.end - fresh.begin);
   auto const rest = fresh.rows.begin() + static_cast<std::ptrdiff_t>(common);
-  auto const behind = std::copy(fresh.rows.begin(), rest, begin);
-  if (behind != end)
-    ranges.erase(behind, end);
+  auto const after = std::copy(fresh.rows.begin(), rest, begin);
+  if (after != end)
+    ranges.erase(after, end);
   else
-    ranges.insert(behind, rest, fresh.rows.end());
+    ranges.insert(after, rest, fresh.rows.end());
 }
 
 /// Whether each row is an old one, at most moved by what the change of row `changed` added.

@@ -26,12 +26,12 @@ text::iterator storage::insert(text::iterator const& pos, text_block const& bloc
   // Held here as well: an observer may drop the record.
   text_block const held = block;
   text::iterator const at(pos.pos(), this);
-  text::iterator behind;
+  text::iterator after;
   will_change_memento(next_memento);
   record(undo_type::insertion, at, held);
-  make([&] { behind = detail::insert(at, held); });
+  make([&] { after = detail::insert(at, held); });
   let_repeat();
-  return behind;
+  return after;
 }
 
 void storage::erase(text::iterator const& first, text::iterator const& last) {

@@ -25,14 +25,14 @@ enum class undo_type : uint8_t { insertion = 0, erasure = 1, many_edits = 2 };
 ///
 ///     text::storage storage;
 ///     text::iterator pos = storage.end(-1);
-///     storage.insert(pos, units.begin(), units.end());   // pos now stands behind the new text
+///     storage.insert(pos, units.begin(), units.end());   // pos now stands after the new text
 ///     storage.erase(storage.begin_of_line(0), pos);
 ///
 /// A memento is the number of a state of the text. Every change draws a new number, undo and redo
 /// bring the old ones back, so equal numbers mean equal text.
 ///
 /// Changes are made on the main thread only. Nothing is reported and nothing is checked: `first`
-/// must not lie behind `last`, and columns must not exceed the size of their line. Allocation may
+/// must not lie after `last`, and columns must not exceed the size of their line. Allocation may
 /// throw; an insertion for which there is no room, or that makes the text longer than `max_length`,
 /// changes nothing.
 struct storage : storage_detail {
@@ -74,7 +74,7 @@ struct storage : storage_detail {
   size_t lines() const { return data.size(); }
 
   /// Inserts a sequence: pointers, iterators over units or wider characters (narrowed to a unit
-  /// each), or text iterators of this or another storage. Returns the position behind the new text,
+  /// each), or text iterators of this or another storage. Returns the position after the new text,
   /// and moves `pos` there if it is a variable. An empty sequence changes nothing.
   template <typename First, typename Last>
   requires(!std::integral<First>) text::iterator

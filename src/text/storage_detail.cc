@@ -103,15 +103,15 @@ text::iterator storage_detail::insert(text::iterator const& pos, text_slice cons
 
 void storage_detail::insert_lines(size_t line, size_t column, unit_view units, size_t newlines) {
   unit_view const first = next_piece(units);
-  std::vector<line_buffer> behind(newlines);
-  for (size_t i = 0; i + 1 < newlines; ++i) behind[i] = copied(next_piece(units));
-  behind.back() = units.empty() ? rest_of_line(data[line], column)
-                                : joined(units, line_units(line).substr(column));
+  std::vector<line_buffer> after(newlines);
+  for (size_t i = 0; i + 1 < newlines; ++i) after[i] = copied(next_piece(units));
+  after.back() = units.empty() ? rest_of_line(data[line], column)
+                               : joined(units, line_units(line).substr(column));
 
   // Only the first of these can fail, and it leaves the text as it was.
   data[line].replace(column, size(line) - column, first.data(), first.size());
-  data.insert(data.begin() + at(line + 1), std::move_iterator(behind.begin()),
-              std::move_iterator(behind.end()));
+  data.insert(data.begin() + at(line + 1), std::move_iterator(after.begin()),
+              std::move_iterator(after.end()));
 }
 
 void storage_detail::borrow_lines(size_t line, size_t column, text_slice const& slice,
@@ -120,14 +120,14 @@ void storage_detail::borrow_lines(size_t line, size_t column, text_slice const& 
   keep_block(slice.block);
   unit_view units = slice.units;
   unit_view const first = next_piece(units);
-  unit_view const behind = line_units(line).substr(column);
+  unit_view const after = line_units(line).substr(column);
   size_t const last_newline = units.rfind(u'\n');
   unit_view const last = newlines < 2 ? units : units.substr(last_newline + 1);
   if (newlines > 0) units.remove_suffix(last.size());
 
-  line_buffer tail = last.empty()     ? rest_of_line(data[line], column)
-                     : behind.empty() ? line_buffer::borrow(last.data(), last.size())
-                                      : joined(last, behind);
+  line_buffer tail = last.empty()    ? rest_of_line(data[line], column)
+                     : after.empty() ? line_buffer::borrow(last.data(), last.size())
+                                     : joined(last, after);
   if (column == 0)
     data[line] = line_buffer::borrow(first.data(), first.size());
   else
@@ -164,14 +164,14 @@ void storage_detail::join_lines(text::iterator const& first, text::iterator cons
     data[first.line] = std::move(data[last.line]);
   } else {
     unit_view const before = line_units(first.line).substr(0, first.column);
-    unit_view const behind = line_units(last.line).substr(last.column);
-    unit_view const both(before.data(), before.size() + behind.size());
+    unit_view const after = line_units(last.line).substr(last.column);
+    unit_view const both(before.data(), before.size() + after.size());
     // The halves of a borrowed line that was split become what they were.
-    if (before.data() + before.size() == behind.data() && block_holding(both) != blocks_.end())
+    if (before.data() + before.size() == after.data() && block_holding(both) != blocks_.end())
       data[first.line] = line_buffer::borrow(both.data(), both.size());
     else
-      data[first.line].replace(first.column, size(first.line) - first.column, behind.data(),
-                               behind.size());
+      data[first.line].replace(first.column, size(first.line) - first.column, after.data(),
+                               after.size());
   }
   data.erase(data.begin() + at(first.line + size_t{1}), data.begin() + at(last.line + size_t{1}));
 }
@@ -256,10 +256,10 @@ void storage_detail::drop_unused_blocks() {
   std::vector<bool> used(blocks_.size());
   for (line_buffer const& line : data) {
     if (!line.is_borrowed()) continue;
-    auto const behind = std::upper_bound(
+    auto const after = std::upper_bound(
         blocks_.begin(), blocks_.end(), line.data(),
         [&](char_t const* units, text_block const& block) { return before(units, block.begin()); });
-    used[static_cast<size_t>(behind - blocks_.begin()) - 1] = true;
+    used[static_cast<size_t>(after - blocks_.begin()) - 1] = true;
   }
   size_t index = 0;
   std::erase_if(blocks_, [&](text_block const&) { return !used[index++]; });

@@ -107,8 +107,8 @@ size_t view::max_columns_for_range(size_t first, size_t last) const {
     return widest;
   }
   // Where each row is a line there is no need to ask the filters for a million of them.
-  folding_filter->visit_lines_of_rows(first, end_row, [&](size_t line, size_t behind) {
-    for (; line < behind; ++line)
+  folding_filter->visit_lines_of_rows(first, end_row, [&](size_t line, size_t after) {
+    for (; line < after; ++line)
       widest = std::max(
           widest, width_when_expanding_tabs(storage->begin_of_line(line), storage->end(line)));
   });

@@ -7,7 +7,7 @@ namespace text {
 
 namespace {
 
-/// The lines of a sequence; one that ends in a line end has none behind it.
+/// The lines of a sequence; one that ends in a line end has none after it.
 size_t count_pieces(unit_view units) {
   return count_unit(units, u'\n') + (units.empty() || units.back() != u'\n' ? 1 : 0);
 }

@@ -122,11 +122,11 @@ void view::insert_units(unit_view units) {
   add_column_mirrors(base, count);
 
   tab_stop_anchor const anchor(*this, base, is_in_tab_stop(base));
-  text::iterator const behind = storage->insert(base, units.begin(), units.end());
-  // Text typed outside the active tab stop is no part of it: the caret goes just behind.
+  text::iterator const after = storage->insert(base, units.begin(), units.end());
+  // Text typed outside the active tab stop is no part of it: the caret goes just after it.
   selection.set_caret({this, anchor.has_position()
                                  ? anchor.position() + static_cast<std::ptrdiff_t>(units.size())
-                                 : behind});
+                                 : after});
 }
 
 void view::add_column_mirrors(text::iterator const& base, size_t count) {

@@ -99,9 +99,9 @@ void view::view_filter::will_replace(text::replacement const& what) {
 }
 
 void view::view_filter::refresh(text::pos const& first, text::pos const& last) {
-  size_t const behind =
+  size_t const after =
       first.line == last.line ? first.line + size_t{1} : std::numeric_limits<uint32_t>::max();
-  view_.refresh_lines(first.line, behind);
+  view_.refresh_lines(first.line, after);
 }
 
 void view::view_filter::park_caret() {

@@ -8,7 +8,7 @@ namespace text {
 
 class view;
 
-/// What a conversion does with a position that falls inside a tab or behind a line's end.
+/// What a conversion does with a position that falls inside a tab or after a line's end.
 struct freehanded_t {
   enum type {
     on = 0,        ///< keep the remaining columns in `offset`
@@ -17,7 +17,7 @@ struct freehanded_t {
   };
 };
 
-/// A position in a view: one of the storage, and a number of virtual columns behind it, inside the
+/// A position in a view: one of the storage, and a number of virtual columns after it, inside the
 /// tab at `base` or past the end of the line. Order and equality leave `desired_column` out.
 struct view_iterator {
   using iterator_category = std::bidirectional_iterator_tag;

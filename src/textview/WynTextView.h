@@ -145,7 +145,7 @@ class WynTextView : public platform::responder,
                                     std::string_view domain);
 
   /// Lines and columns from 1; a column counts units. False when there is no such line or no
-  /// document; a column behind the line's end stands for that end.
+  /// document; a column after the line's end stands for that end.
   bool goToLineAndColumn(std::size_t line, std::size_t column);
   /// Extends the selection from its first mark; `columns` makes it a rectangle.
   bool selectToLineAndColumn(std::size_t line, std::size_t column, bool columns);
@@ -309,7 +309,7 @@ class WynTextView : public platform::responder,
   std::u16string const& markedText() const final { return markedText_; }
   double markedTextOffset() const final;
 
-  /// Where the mark of folded text stands behind a row; empty without one.
+  /// Where the mark of folded text stands after a row; empty without one.
   platform::rect foldEllipsis(std::size_t row) const;
 
   platform::rect visibleTextRect() const final;

@@ -78,7 +78,7 @@ class painter {
     if (!text_view_.showWrapMarginIndicator() || text_view_.rightMargin() < 1) return;
     double const x = layout_.x_of_column(static_cast<std::size_t>(text_view_.rightMargin()));
     if (text_view_.highlightWrapMargin())
-      fill({x, dirty_.y, dirty_.right() - x, dirty_.height}, colors_.behind_margin);
+      fill({x, dirty_.y, dirty_.right() - x, dirty_.height}, colors_.beyond_margin);
     fill({x, dirty_.y, 1, dirty_.height}, colors_.wrap_margin);
   }
 

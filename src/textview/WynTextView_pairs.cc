@@ -17,7 +17,7 @@
 
 namespace {
 
-// The opening unit of the pair in which `from` stands; nothing if it isn't behind `limit`.
+// The opening unit of the pair in which `from` stands; nothing if it isn't after `limit`.
 std::optional<text::iterator> opening_before(text::iterator const& from,
                                              text::iterator const& limit, unit_pair pair) {
   bool found = false;
@@ -59,7 +59,7 @@ bool WynTextView::selectBlock() {
   text::iterator const first = view_->selection.first().base, last = view_->selection.last().base;
   text::iterator const begin(0, 0, view_->storage), end = view_->end().base;
   std::optional<text::iterator> opening;
-  text::iterator behind = last;
+  text::iterator after = last;
   for (unit_pair const pair : pairsAtCaret("highlightPairs")) {
     if (pair.open == pair.close) continue;
     auto const candidate = opening_before(first, opening.value_or(begin), pair);
@@ -68,12 +68,12 @@ bool WynTextView::selectBlock() {
     text::iterator const to = skip_pair(last, end, pair.open, pair.close, found);
     if (!found) continue;
     opening = candidate;
-    behind = to;
+    after = to;
   }
   if (!opening) return false;
   view_will_change const scope(*this, true);
   view_->selection.set_caret({view_, *opening});
-  view_->selection.select_to(view_->in_view(behind), false);
+  view_->selection.select_to(view_->in_view(after), false);
   return true;
 }
 

@@ -21,7 +21,7 @@ namespace {
 constexpr double blink_period = 0.5;  // seconds
 constexpr double frame_margin = 4;    // right of and below the text
 constexpr double bookmark_width = 14, fold_width = 13;
-constexpr std::size_t ellipsis_columns = 4;  // behind a folded line
+constexpr std::size_t ellipsis_columns = 4;  // after a folded line
 constexpr double min_wrap_columns = 10;
 
 unsigned digits_of(std::size_t n) {
@@ -56,7 +56,7 @@ void WynTextView::updateGutterWidth() {
   if (old_width != layout_.gutterWidth() || old_flag != flag || old_fold != fold) setNeedsDisplay();
 }
 
-// One column stays free for the unit in front of a cut through a long word.
+// One column stays free for the unit before a cut through a long word.
 unsigned WynTextView::fittingColumns() const {
   double const left = layout_.left() - layout_.gutterWidth();
   double const columns = (visibleTextRect().width - left - frame_margin) / layout_.charWidth();
@@ -71,8 +71,8 @@ unsigned WynTextView::wrapColumns() const {
 
 // The width of the whole view: rows that reach the right margin are not cut off.
 double WynTextView::frameWidth() const {
-  std::size_t const behind = view_->folding_filter->foldings.empty() ? 1 : ellipsis_columns;
-  if (!softWrap()) return layout_.x_of_column(view_->columns() + behind) + frame_margin;
+  std::size_t const after = view_->folding_filter->foldings.empty() ? 1 : ellipsis_columns;
+  if (!softWrap()) return layout_.x_of_column(view_->columns() + after) + frame_margin;
   double const visible = host_->visible_rect().width;
   if (rightMargin() < 1) return visible;
   return std::max(visible, layout_.x_of_column(wrapColumns() + 1) + frame_margin);
@@ -88,7 +88,7 @@ bool WynTextView::updateScreenWidth() {
   return true;
 }
 
-// The width goes first, and in front of it that of the gutter, which has marks for wrapped rows: so
+// The width goes first, and before it that of the gutter, which has marks for wrapped rows: so
 // a large text is wrapped once.
 void WynTextView::applySoftWrap() {
   if (view_ == nullptr) return;

@@ -151,7 +151,7 @@ void line_indenter::indent_selected_lines() {
   text::storage& storage = *view().storage;
   auto const [first, last] = selected_lines(view());
   text::iterator const caret = view().selection.current_mark.base;
-  std::size_t const behind_caret = storage.size(caret.line) - caret.column;
+  std::size_t const after_caret = storage.size(caret.line) - caret.column;
   bool const had_selection = view().has_selection();
   code_lines lines(text_view_, patterns_, std::chrono::seconds(5));
   kept_indents kept(lines);
@@ -168,7 +168,7 @@ void line_indenter::indent_selected_lines() {
   }
   if (!had_selection) {
     std::size_t const size = storage.size(caret.line);
-    text::iterator const at(caret.line, size - std::min(size, behind_caret), &storage);
+    text::iterator const at(caret.line, size - std::min(size, after_caret), &storage);
     return view().selection.set_caret({&view(), at});
   }
   bool const has_next = last + 1 < storage.lines();
@@ -207,10 +207,10 @@ void line_indenter::indent_closing_line(std::size_t typed) {
   if (!is_blank_line(before) && text::indent_width(before, tab_size()) !=
                                     wanted_indent(lines, *language_patterns(), before, caret.line))
     return;
-  std::size_t const behind_caret = line.size() - caret.column;
+  std::size_t const after_caret = line.size() - caret.column;
   set_indent(caret.line, wanted_indent(lines, *language_patterns(), line, caret.line));
   view().selection.set_caret(
-      {&view(), text::iterator(caret.line, storage.size(caret.line) - behind_caret, &storage)});
+      {&view(), text::iterator(caret.line, storage.size(caret.line) - after_caret, &storage)});
 }
 
 // The leading white space of a line. Where tabs are typed, what follows them is alignment and isn't
@@ -227,7 +227,7 @@ std::u16string line_indenter::taken_indent(std::size_t number) const {
 }
 
 void line_indenter::insert_newline() {
-  std::u16string before = u"\n", behind;
+  std::u16string before = u"\n", after;
   if (text_view_.smartTyping()) end_pairs_of_line(text_view_);
   if (text_view_.autoIndent()) {
     text::iterator const at = view().selection.first().base;
@@ -235,7 +235,7 @@ void line_indenter::insert_newline() {
     before += taken_indent(at.line);
     bool const in_braces = !view().has_selection() && 0 < at.column && at.column < line.size() &&
                            line[at.column - 1] == u'{' && line[at.column] == u'}';
-    if (in_braces) behind = before;
+    if (in_braces) after = before;
     code_lines lines(text_view_, patterns_, {});
     lines.wait_for_scopes(at.line);
     text::unit_view const code = lines.code_before(at);
@@ -251,9 +251,9 @@ void line_indenter::insert_newline() {
       before = u"\n" + indent::blanks(*back, tab_size(), indents_by_spaces(at.line));
   }
   view().insert(before.begin(), before.end());
-  if (behind.empty()) return;
+  if (after.empty()) return;
   text::iterator const caret = view().selection.current_mark.base;
-  view().insert(behind.begin(), behind.end());
+  view().insert(after.begin(), after.end());
   view().selection.set_caret({&view(), caret});
 }
 
@@ -308,19 +308,19 @@ std::u16string line_indenter::fitted(text_clip const& clip) {
   text::iterator const caret = make_base_iter(view().selection.current_mark);
   text::unit_view const line = view().storage->line_units(caret.line);
   text::unit_view const before = line.substr(0, caret.column);
-  bool const behind_text = !is_blank_line(before);
+  bool const after_text = !is_blank_line(before);
   std::size_t const have = text::expanded_width(before, 0, tab_size());
   std::size_t const level = indent::level(clip.text, tab_size());
   if (level == std::numeric_limits<std::size_t>::max()) return clip.text;  // blank lines alone
   if (have == 0 && (!clip.origin || clip.origin->column == 0)) return fitted_to_line(clip, level);
 
   // What began inside a line goes where its first line goes.
-  std::size_t const at = behind_text ? text::indent_width(line, tab_size()) : have;
+  std::size_t const at = after_text ? text::indent_width(line, tab_size()) : have;
   if (clip.origin && clip.origin->column > 0) {
     clip_origin const& origin = *clip.origin;
     bool const began_in_blanks = origin.column <= origin.indent;
-    std::size_t const from = began_in_blanks && !behind_text ? origin.column : origin.indent;
-    std::size_t const blanks = began_in_blanks && behind_text ? leading_blanks(clip.text) : 0;
+    std::size_t const from = began_in_blanks && !after_text ? origin.column : origin.indent;
+    std::size_t const blanks = began_in_blanks && after_text ? leading_blanks(clip.text) : 0;
     std::size_t const first = std::min(clip.text.find(u'\n'), clip.text.size());
     // The first line stands at the caret already.
     return clip.text.substr(blanks, first - blanks) +
@@ -333,8 +333,8 @@ std::u16string line_indenter::fitted(text_clip const& clip) {
     result.insert(
         0, indent::blanks(static_cast<std::size_t>(by), tab_size(), indents_by_spaces(caret.line)));
   result.resize(result.find_last_not_of(u" \t") + 1);
-  return result.substr(behind_text ? leading_blanks(result)
-                                   : indent::skip(result, have, tab_size()));
+  return result.substr(after_text ? leading_blanks(result)
+                                  : indent::skip(result, have, tab_size()));
 }
 
 // Whole lines at a line's start. They are never indented more than they were where indentation

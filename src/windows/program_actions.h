@@ -22,11 +22,11 @@ struct program_action {
   bool enabled = true;
   bool checked = false;
 
-  /// Performs the steps at `first` or those behind it; false if nobody knows one of them.
+  /// Performs the steps at `first` or those after it; false if nobody knows one of them.
   bool perform(platform::responder& first) const;
 };
 
-/// All entries of the menus, in their order and in the state that `first` and those behind it say,
+/// All entries of the menus, in their order and in the state that `first` and those after it say,
 /// then what only keys do, each once. Dynamic menus must have been filled in. The key of an entry
 /// without one is that of a binding to the same action.
 std::vector<program_action> program_actions(std::vector<platform::menu_item> const& menus,

@@ -12,7 +12,7 @@ struct action_fixture {
   explicit action_fixture(std::string_view modes = "");
 
   /// Performs actions on the drawn text (see text/marked_text.h), whose names are separated by
-  /// blanks and may lack their colon. Gives the drawing of the outcome, with a `!` in front for
+  /// blanks and may lack their colon. Gives the drawing of the outcome, with a `!` before it for
   /// each action that reported failure.
   std::string run(std::string_view before, std::string_view actions);
 

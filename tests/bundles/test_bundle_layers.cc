@@ -305,7 +305,7 @@ TEST_F(bundle_layers, default_bundle_and_moving) {
   EXPECT_EQ(text_of(copy->UUID(), "content"), "y");
   auto const items = manager().bundleForUUID("B")->bundleItems();
   ASSERT_EQ(items.size(), 2u);
-  EXPECT_EQ(items[1]->UUID(), copy->UUID());  // behind its original
+  EXPECT_EQ(items[1]->UUID(), copy->UUID());  // after its original
 
   std::string const name = items[0]->writeToDirectory(folder / "out");
   EXPECT_TRUE(get(folder / ("out/" + name))["bundleUUID"]);

@@ -22,7 +22,7 @@ TEST(Estimate, Rules) {
   for (auto const& c : data_rows("encodings.txt", "estimates")) {
     charset_t const charset = charset_named(c[1]);
     EXPECT_EQ(estimate_both(c[0]), charset) << testing::PrintToString(c[0]);
-    // With much ASCII before or behind it the answer is the same, unless it hangs on a mark.
+    // With much ASCII before or after it the answer is the same, unless it hangs on a mark.
     if (c[0].starts_with('\xFE') || c[0].starts_with('\xFF')) continue;
     for (std::size_t size = 50; size < 140; ++size) {
       EXPECT_EQ(estimate_both(std::string(size, 'x') + c[0]), charset) << c[0];

@@ -75,8 +75,8 @@ TEST(WholeFiles, DecodingAgreesOnShortInputAtEveryDistanceFromTheEnd) {
             in.push_back(byte);
           }
           ASSERT_EQ(agreement::in_decoding(in), "");
-          for (std::size_t behind : {40, 100}) {
-            in.resize(in.size() + behind, 'y');
+          for (std::size_t after : {40, 100}) {
+            in.resize(in.size() + after, 'y');
             ASSERT_EQ(agreement::in_decoding(in), "");
           }
         }

@@ -15,7 +15,7 @@ looks_alike() {
 }
 differ() { ! looks_alike "$@"; }
 
-# Behind the first row there is text and a mark in the gutter; at the third no mark.
+# After the first row there is text and a mark in the gutter; at the third no mark.
 keys alt+z ctrl+End
 wait_until differ 1 2 0 44
 wait_until looks_alike 0 2 0 44

@@ -26,7 +26,7 @@ def runs_of(printed, lines):
             raise ValueError(f"expected the line {line!r}, not {following!r}")
         runs = []
         while (following := next(rest, None)) is not None and (run := RUN.fullmatch(following)):
-            # A line of the text that looks like a run comes behind that of column 0.
+            # A line of the text that looks like a run comes after that of column 0.
             if runs and int(run[1]) <= runs[-1][0]:
                 break
             runs.append((int(run[1]), run[2].split()))

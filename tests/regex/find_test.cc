@@ -101,7 +101,7 @@ std::string matches(char const* pattern, std::u16string const& text) {
   return result;
 }
 
-TEST(find_all, steps_on_behind_empty_matches_and_sees_the_text_before) {
+TEST(find_all, steps_on_after_empty_matches_and_sees_the_text_before) {
   EXPECT_EQ(matches("a", u"aba"), "0-1 2-3");
   EXPECT_EQ(matches("a*", u"aab"), "0-2 2-2");
   EXPECT_EQ(matches("a*", u""), "0-0");

@@ -37,7 +37,7 @@ outcome run(regex::valid_text const& text, ptrn_t const& ptrn, std::size_t first
   return {state, static_cast<int>(m.begin(0)), static_cast<int>(m.end(0))};
 }
 
-/// Tries each place to begin at by itself; `anchored` is the pattern behind "\\G".
+/// Tries each place to begin at by itself; `anchored` is the pattern after "\\G".
 outcome simple(regex::valid_text const& text, ptrn_t const& anchored, std::size_t first,
                std::size_t last, direction where) {
   auto const size = static_cast<std::ptrdiff_t>(text.size());

@@ -11,7 +11,7 @@ using text::pos;
 
 class Bookmarks : public testing::Test {
  protected:
-  /// A star in `text` is a bookmark behind it.
+  /// A star in `text` is a bookmark after it.
   void set(std::string const& text) {
     storage.clear();
     view.bookmark_filter->marks.clear();

@@ -77,7 +77,7 @@ void overwrite(view& v) {
   v.erase_selection();
 }
 
-// The edit that a row names behind the drawings before and after it, with its arguments.
+// The edit that a row names after the drawings before and after it, with its arguments.
 void edit(view& v, data_row const& row) {
   auto const number = [&](size_t field) { return std::stoul(row.at(field)); };
   std::string const& name = row.at(2);

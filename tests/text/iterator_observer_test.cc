@@ -58,7 +58,7 @@ TEST(AdjustRange, InsertionNextToAMirror) {
          {"at the start", one_line(0, 2, 5), {0, 2}, {0, 3}, one_line(0, 3, 6)},
          {"inside", one_line(0, 2, 5), {0, 3}, {0, 4}, one_line(0, 2, 6)},
          {"an empty one is pushed", one_line(0, 2, 2), {0, 2}, {0, 3}, one_line(0, 3, 3)},
-         {"behind an empty one", one_line(0, 2, 2), {0, 4}, {1, 1}, one_line(0, 2, 2)},
+         {"after an empty one", one_line(0, 2, 2), {0, 4}, {1, 1}, one_line(0, 2, 2)},
          {"below an empty one", one_line(0, 2, 2), {1, 0}, {2, 0}, one_line(0, 2, 2)}});
 }
 

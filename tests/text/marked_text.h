@@ -13,7 +13,7 @@
 ///           runs backward is drawn as ]text[
 ///     { }   the same for a selection in column mode
 ///     ·     (U+00B7) one virtual column: counts for the next mark, as in "ab··|" for a caret two
-///           columns behind the line's end, and "a·|\tb" for one a column inside the tab
+///           columns after the line's end, and "a·|\tb" for one a column inside the tab
 ///
 /// Without `|` the caret is where the selection ends, and it isn't drawn when it is there.
 namespace marked_text {

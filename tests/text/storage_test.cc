@@ -143,7 +143,7 @@ TEST(Storage, KillBufferCollectsRunsInTheOrderOfErasure) {
   EXPECT_EQ(killed(storage), "d");
 }
 
-/// A block in pages of its own, as a decoder makes it, with room behind the text.
+/// A block in pages of its own, as a decoder makes it, with room after the text.
 text::text_block paged_block(std::u16string const& text, char16_t const** memory = nullptr) {
   text::text_block_builder builder(text::paged_allocation + text.size());
   std::copy(text.begin(), text.end(), builder.data());
@@ -199,8 +199,8 @@ TEST_P(StorageModel, RandomEditsEqualThoseOfAString) {
       } else {
         std::u16string const text =
             random.text(random.one_in(50) ? 40000 : random.below(12), u"xyz\n\nw");
-        text::iterator const behind = insert(storage, first, text);
-        ASSERT_EQ(behind, first + static_cast<std::ptrdiff_t>(text.size()));
+        text::iterator const after = insert(storage, first, text);
+        ASSERT_EQ(after, first + static_cast<std::ptrdiff_t>(text.size()));
         model.insert(at, text);
       }
       ASSERT_EQ(units_of(storage), model);
@@ -280,9 +280,9 @@ TEST(Storage, AdoptedTextExistsOnce) {
 TEST(Storage, FirstEditOfALineThatIsItsBlockTakesTheBlockOver) {
   std::u16string const line(100'000, u'a');
   for (std::u16string const before : {u"", u"x\n\nyz\n"})
-    for (std::u16string const behind : {u"", u"\n", u"\nb\n\nc"}) {
+    for (std::u16string const after : {u"", u"\n", u"\nb\n\nc"}) {
       size_t const number = before.empty() ? 0 : 3;
-      std::u16string model = before + line + behind;
+      std::u16string model = before + line + after;
       text::storage storage;
       char16_t const* memory = nullptr;
       storage.insert(storage.end(-1), paged_block(model, &memory));
@@ -294,10 +294,10 @@ TEST(Storage, FirstEditOfALineThatIsItsBlockTakesTheBlockOver) {
       EXPECT_EQ(storage.begin(number), memory);
       EXPECT_EQ(units_of(storage), model);
       storage.undo();
-      EXPECT_EQ(units_of(storage), before + line + behind);
+      EXPECT_EQ(units_of(storage), before + line + after);
       storage.clear();
       storage.undo();
-      EXPECT_EQ(units_of(storage), before + line + behind);
+      EXPECT_EQ(units_of(storage), before + line + after);
     }
 }
 

@@ -243,7 +243,7 @@ class noting_snippet_observer : public text::snippet_observer_t {
   void will_erase(text::iterator const& first, text::iterator const& last) override {
     observer_.will_erase(first, last);
   }
-  /// A mirror in front of the stop: what changes the stop's text writes there too.
+  /// A mirror before the stop: what changes the stop's text writes there too.
   void did_change_memento(unsigned long, unsigned long) override {
     if (std::exchange(writing_, true)) return;
     storage_.insert(storage_.begin_of_line(0), 2, u'-');

@@ -172,7 +172,7 @@ class file_check {
       at(to, parsed.fault());
   }
 
-  // One character behind the letters for modifiers.
+  // One character after the letters for modifiers.
   static bool is_key(std::string const& text) {
     std::size_t last = text.size();
     while (last > 0 && (text[--last] & 0xC0) == 0x80) continue;
