@@ -26,7 +26,7 @@ std::size_t bytes_in_stack() {
   return limit("WynClipboardHistoryBytes");
 }
 
-std::size_t bytes_of(text_clip const& clip) {
+std::size_t bytes_of(actions::text_clip const& clip) {
   return clip.text.size() * sizeof(char16_t);
 }
 
@@ -34,11 +34,11 @@ std::size_t units_in_clip() {
   return most_in_stack() > 0 ? bytes_in_stack() / 4 / sizeof(char16_t) : 0;
 }
 
-bool can_be_kept(text_clip const& clip) {
+bool can_be_kept(actions::text_clip const& clip) {
   return !clip.text.empty() && clip.text.size() <= units_in_clip();
 }
 
-bool are_the_same(text_clip const& a, text_clip const& b) {
+bool are_the_same(actions::text_clip const& a, actions::text_clip const& b) {
   return a.rectangular == b.rectangular && a.text == b.text;
 }
 
@@ -70,18 +70,18 @@ bool WynPasteboardManager::push(clip_pointer clip) {
   return true;
 }
 
-void WynPasteboardManager::declare(text_clip const& clip) {
+void WynPasteboardManager::declare(actions::text_clip const& clip) {
   if (state_.isPrivate) {
     state_.hasPrivateClip = true;
     return;
   }
-  pasteboard().set(pasteboard_types_of(clip));
+  pasteboard().set(actions::pasteboard_types_of(clip));
   state_.changeCount = pasteboard().change_count();
 }
 
-void WynPasteboardManager::storeClip(text_clip clip) {
+void WynPasteboardManager::storeClip(actions::text_clip clip) {
   checkClipboard();
-  auto const shared = std::make_shared<text_clip const>(std::move(clip));
+  auto const shared = std::make_shared<actions::text_clip const>(std::move(clip));
   // What is too large for the stack isn't held twice: the clipboard has it.
   if (!push(shared)) state_.current = state_.isPrivate ? shared : nullptr;
   declare(*shared);
@@ -92,7 +92,7 @@ void WynPasteboardManager::checkClipboard() {
   state_.changeCount = pasteboard().change_count();
   state_.current = nullptr;
   if (pasteboard().get(type::secret).boolean_or(false)) return;
-  auto clip = clip_of(pasteboard(), units_in_clip());
+  auto clip = actions::clip_of(pasteboard(), units_in_clip());
   if (!clip || !can_be_kept(*clip)) return;
   bool const is_own = clip->rectangular || clip->origin || pasteboard().get(type::quirnote);
   if (!is_own && settings::store().integer("DisableClipboardPrecomposing") == 0)
@@ -102,17 +102,17 @@ void WynPasteboardManager::checkClipboard() {
   if (state_.pasteIndex < stack.size() && are_the_same(*clip, *stack[state_.pasteIndex]))
     state_.current = stack[state_.pasteIndex];
   else
-    push(std::make_shared<text_clip const>(std::move(*clip)));
+    push(std::make_shared<actions::text_clip const>(std::move(*clip)));
 }
 
-std::optional<text_clip> WynPasteboardManager::currentClip() {
+std::optional<actions::text_clip> WynPasteboardManager::currentClip() {
   checkClipboard();
   if (state_.current != nullptr) return *state_.current;
-  return clip_of(pasteboard());
+  return actions::clip_of(pasteboard());
 }
 
 // What is on the clipboard but not in the stack counts as newer than all that is.
-std::optional<text_clip> WynPasteboardManager::step(bool towards_older) {
+std::optional<actions::text_clip> WynPasteboardManager::step(bool towards_older) {
   checkClipboard();
   if (isInStack()) {
     std::size_t const at = state_.pasteIndex;
@@ -144,14 +144,14 @@ void WynPasteboardManager::clear() {
   ++version_;
 }
 
-void WynPasteboardManager::addEarlierClips(std::vector<text_clip> clips) {
+void WynPasteboardManager::addEarlierClips(std::vector<actions::text_clip> clips) {
   std::size_t bytes = 0;
   for (auto const& clip : state_.stack) bytes += bytes_of(*clip);
-  for (text_clip& clip : clips) {
+  for (actions::text_clip& clip : clips) {
     bytes += bytes_of(clip);
     if (state_.stack.size() >= most_in_stack() || bytes > bytes_in_stack()) break;
     if (can_be_kept(clip))
-      state_.stack.push_back(std::make_shared<text_clip const>(std::move(clip)));
+      state_.stack.push_back(std::make_shared<actions::text_clip const>(std::move(clip)));
   }
   ++version_;
 }

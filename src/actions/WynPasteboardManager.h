@@ -18,17 +18,17 @@
 /// UTF-16) together. Main thread only.
 class WynPasteboardManager {
  public:
-  using clip_pointer = std::shared_ptr<text_clip const>;
+  using clip_pointer = std::shared_ptr<actions::text_clip const>;
 
   static WynPasteboardManager& sharedInstance();
 
   /// The newest clip from now on, on the clipboard too.
-  void storeClip(text_clip clip);
+  void storeClip(actions::text_clip clip);
   /// What the clipboard holds; nothing when that is no text.
-  std::optional<text_clip> currentClip();
+  std::optional<actions::text_clip> currentClip();
   /// A step towards newer, or older, clips. At the end of the stack that is where it was.
-  std::optional<text_clip> nextClip() { return step(false); }
-  std::optional<text_clip> previousClip() { return step(true); }
+  std::optional<actions::text_clip> nextClip() { return step(false); }
+  std::optional<actions::text_clip> previousClip() { return step(true); }
   /// Puts the clip with that place in the stack on the clipboard. False if there is none.
   bool selectClip(std::size_t index);
   bool hasClip();
@@ -44,7 +44,7 @@ class WynPasteboardManager {
   /// Forgets all clips. The clipboard itself stays as it is.
   void clear();
   /// Adds clips of an earlier run, newest first, as the oldest ones.
-  void addEarlierClips(std::vector<text_clip> clips);
+  void addEarlierClips(std::vector<actions::text_clip> clips);
   /// Another number for each change of the stack.
   std::uint64_t version() const { return version_; }
 
@@ -64,10 +64,10 @@ class WynPasteboardManager {
   void beginPrivateUse() { state_.isPrivate = true; }
 
  private:
-  std::optional<text_clip> step(bool towards_older);
+  std::optional<actions::text_clip> step(bool towards_older);
   bool isInStack() const;
   bool push(clip_pointer clip);
-  void declare(text_clip const& clip);
+  void declare(actions::text_clip const& clip);
 
   memento state_;
   std::uint64_t version_ = 0;

@@ -7,6 +7,8 @@
 
 #include "text/view.h"
 
+namespace actions {
+
 /// Function objects from which actions are built. All are called with a `text::view*`.
 
 /// `F` and then `G`, whose result counts.
@@ -97,3 +99,5 @@ class option_title_helper {
   std::string when_true_;
   std::string when_false_;
 };
+
+}  // namespace actions

@@ -11,6 +11,8 @@
 #include "platform/string_table.h"
 #include "text/view.h"
 
+namespace actions {
+
 /// Functions of a view under names; `Result` is what a call gives.
 template <typename Result>
 class view_function_map {
@@ -120,3 +122,5 @@ class title_action_map : public view_function_map<std::string> {
     return found ? (*found)(view) : std::string();
   }
 };
+
+}  // namespace actions

@@ -7,6 +7,7 @@
 #include "text/row_break.h"
 #include "text/tab_width.h"
 
+namespace actions {
 namespace {
 
 using text::unit_view;
@@ -66,3 +67,5 @@ std::u16string aligned(unit_view text, alignment how, std::size_t width, std::si
       result += line;
   });
 }
+
+}  // namespace actions

@@ -4,6 +4,7 @@
 
 #include "platform/unicode.h"
 
+namespace actions {
 namespace {
 
 bool is_in_word(text::char_t unit) {
@@ -31,3 +32,5 @@ std::u16string capitalized(text::unit_view text,
   }
   return result;
 }
+
+}  // namespace actions

@@ -6,6 +6,7 @@
 #include "actions/WynPasteboardManager.h"
 #include "platform/utf.h"
 
+namespace actions {
 namespace {
 
 namespace type = platform::pasteboard_type;
@@ -112,3 +113,5 @@ void view_yank(text::view* view) {
 void view_insert(text::view* view, text::char_t unit) {
   view->insert(&unit, &unit + 1);
 }
+
+}  // namespace actions

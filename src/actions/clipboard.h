@@ -8,6 +8,8 @@
 #include "platform/pasteboard.h"
 #include "text/view.h"
 
+namespace actions {
+
 /// Where a copied text began, in columns.
 struct clip_origin {
   std::size_t indent = 0;     ///< of the line in which it began
@@ -63,3 +65,5 @@ bool view_paste_without_reindent(text::view* view);
 void view_yank(text::view* view);
 /// Types one unit.
 void view_insert(text::view* view, text::char_t unit);
+
+}  // namespace actions

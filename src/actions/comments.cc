@@ -5,6 +5,7 @@
 
 #include "actions/selecting.h"
 
+namespace actions {
 namespace {
 
 using text::unit_view;
@@ -244,3 +245,5 @@ bool toggle_comments(text::view& view, std::vector<comment_marker> const& marker
       .make(block_comment(view, *for_blocks, range->first, range->second).edits());
   return true;
 }
+
+}  // namespace actions

@@ -5,6 +5,8 @@
 
 #include "text/view.h"
 
+namespace actions {
+
 /// What a comment begins and ends with; one without an end goes to the end of its line.
 struct comment_marker {
   std::u16string start, end;
@@ -17,3 +19,5 @@ struct comment_marker {
 /// inside of it gets a blank, which goes with the markers. The selection stays on its text. False,
 /// without a change, if there is no marker.
 bool toggle_comments(text::view& view, std::vector<comment_marker> const& markers);
+
+}  // namespace actions

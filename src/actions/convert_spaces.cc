@@ -6,6 +6,8 @@
 #include "text/convert_tabs.h"
 #include "text/tab_width.h"
 
+namespace actions {
+
 std::u16string spaces_to_tabs(text::unit_view text, std::size_t tab_size) {
   return with_each_line(text, [&](text::unit_view line, std::u16string& result) {
     auto const expanded = text::convert_tabs_to_spaces(line, tab_size, 0);
@@ -25,3 +27,5 @@ std::u16string spaces_to_tabs(text::unit_view text, std::size_t tab_size) {
     }
   });
 }
+
+}  // namespace actions

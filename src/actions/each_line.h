@@ -5,6 +5,8 @@
 
 #include "text/char_types.h"
 
+namespace actions {
+
 /// Calls `use(line, has_end)` for each line of a text, without its line end. Text that ends with
 /// `\n` has no further line after that; an empty text has none at all.
 template <typename Use>
@@ -28,3 +30,5 @@ std::u16string with_each_line(text::unit_view text, Change change) {
   });
   return result;
 }
+
+}  // namespace actions

@@ -12,6 +12,8 @@
 #include "platform/utf.h"
 #include "text/char_types.h"
 
+namespace actions {
+
 /// The tags of HTML and XML, as far as a text tells by itself: what stands in comments and strings
 /// counts too. Ranges are of UTF-16 units.
 
@@ -83,3 +85,5 @@ struct find_start_tag {
         .base();
   }
 };
+
+}  // namespace actions

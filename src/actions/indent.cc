@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace indent {
+namespace actions::indent {
 namespace {
 
 // Calls `use` with each line, its line end included.
@@ -61,4 +61,4 @@ std::u16string blanks(std::size_t width, std::size_t tab_size, bool spaces) {
   return std::u16string(tabs, u'\t') + std::u16string(width - tabs * tab_size, u' ');
 }
 
-}  // namespace indent
+}  // namespace actions::indent

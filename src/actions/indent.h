@@ -7,7 +7,7 @@
 
 /// The indentation of a piece of text: widths are columns, with tabs up to the next tab stop. Lines
 /// end with `\n`; a tab size is not 0.
-namespace indent {
+namespace actions::indent {
 
 /// The least indentation of the lines that hold more than blanks; the largest value without any.
 std::size_t level(text::unit_view text, std::size_t tab_size);
@@ -21,4 +21,4 @@ std::u16string prefix_each_line(text::unit_view text, text::unit_view prefix);
 /// Blanks of `width` columns from a line's start: tabs with the rest in spaces, or spaces alone.
 std::u16string blanks(std::size_t width, std::size_t tab_size, bool spaces);
 
-}  // namespace indent
+}  // namespace actions::indent

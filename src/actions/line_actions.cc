@@ -8,6 +8,7 @@
 #include "actions/selecting.h"
 #include "text/box.h"
 
+namespace actions {
 namespace {
 
 using text::view_iterator;
@@ -254,3 +255,5 @@ void view_unique_lines(text::view* view) {
 void view_reverse_lines(text::view* view) {
   rewrite_lines(view, reversed_lines);
 }
+
+}  // namespace actions

@@ -2,6 +2,8 @@
 
 #include "text/view.h"
 
+namespace actions {
+
 /// Actions on the whole lines that the caret or the selection touches; see selected_lines(). They
 /// report false, and change nothing, where they can't be done.
 
@@ -29,3 +31,5 @@ bool view_join_lines(text::view* view);
 void view_sort_lines(text::view* view);
 void view_unique_lines(text::view* view);
 void view_reverse_lines(text::view* view);
+
+}  // namespace actions

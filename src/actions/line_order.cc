@@ -7,6 +7,7 @@
 
 #include "actions/each_line.h"
 
+namespace actions {
 namespace {
 
 using text::unit_view;
@@ -95,3 +96,5 @@ std::u16string joined_lines(unit_view text) {
     text.remove_prefix(1);
   }
 }
+
+}  // namespace actions

@@ -2,6 +2,8 @@
 
 #include "text/view.h"
 
+namespace actions {
+
 /// Where the caret goes: functions from a position of a view to another one. They know nothing of
 /// selections and change nothing. Steps go through the rows of the view, so text that is folded
 /// away is passed over; searches scan the line in the storage and don't look beyond it. Unless
@@ -60,3 +62,5 @@ text::view_iterator to_beginning_of_soft_paragraph(text::view_iterator const& it
 /// Without wrapping, after that empty line.
 text::view_iterator to_end_of_soft_paragraph(text::view_iterator const& it);
 /// @}
+
+}  // namespace actions

@@ -1,6 +1,7 @@
 #include "actions/movement.h"
 #include "actions/word_units.h"
 
+namespace actions {
 namespace {
 
 bool in_virtual_space(text::view const& view) {
@@ -73,3 +74,5 @@ text::view_iterator right(text::view_iterator const& it) {
   if (it < view.end()) ++result;
   return aiming_nowhere(result);
 }
+
+}  // namespace actions

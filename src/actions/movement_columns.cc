@@ -1,6 +1,7 @@
 #include "actions/movement.h"
 #include "actions/word_units.h"
 
+namespace actions {
 namespace {
 
 /// The visual column at which the word begins that the position is in or after.
@@ -61,3 +62,5 @@ text::view_iterator to_beginning_of_column(text::view_iterator const& it) {
 text::view_iterator to_end_of_column(text::view_iterator const& it) {
   return to_edge_of_column(it, it.base.storage->lines() - 1, true);
 }
+
+}  // namespace actions

@@ -1,5 +1,6 @@
 #include "actions/movement.h"
 
+namespace actions {
 namespace {
 
 text::view_iterator line_start(text::view_iterator const& it, size_t line) {
@@ -56,3 +57,5 @@ text::view_iterator to_end_of_soft_paragraph(text::view_iterator const& it) {
   size_t const line = separator_after(storage, it.base.line);
   return line < storage.lines() ? line_start(it, line + 1) : line_end(it, line);
 }
+
+}  // namespace actions

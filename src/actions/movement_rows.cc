@@ -1,5 +1,6 @@
 #include "actions/movement.h"
 
+namespace actions {
 namespace {
 
 size_t aimed_column(text::view_iterator const& it) {
@@ -44,3 +45,5 @@ text::view_iterator to_beginning_of_document(text::view_iterator const& it) {
 text::view_iterator to_end_of_document(text::view_iterator const& it) {
   return it.view->end();
 }
+
+}  // namespace actions

@@ -1,6 +1,7 @@
 #include "actions/movement.h"
 #include "actions/word_units.h"
 
+namespace actions {
 namespace {
 
 bool is_upper(char32_t c) {
@@ -102,3 +103,5 @@ text::view_iterator sub_word_right(text::view_iterator const& it) {
   if (is_upper(character_at(from)) && is_upper(character_at(after))) return after_capitals(from);
   return next;  // after a single capital, or at a digit
 }
+
+}  // namespace actions

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+namespace actions {
 namespace {
 
 /// Whether the selection changed.
@@ -109,3 +110,5 @@ bool move_down(text::view* view) {
   bool const is_line_start = last.base.column == 0 && last.offset == 0;
   return place_caret(view, is_line_start ? last : down(last));
 }
+
+}  // namespace actions

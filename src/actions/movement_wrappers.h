@@ -3,6 +3,8 @@
 #include "actions/movement.h"
 #include "text/view.h"
 
+namespace actions {
+
 /// What moves, extends or erases the selection by a movement function. All ask for the caret to be
 /// kept in sight. The result is false when nothing came of it.
 
@@ -32,3 +34,5 @@ bool move_right(text::view* view);
 bool move_up(text::view* view);
 bool move_down(text::view* view);
 /// @}
+
+}  // namespace actions

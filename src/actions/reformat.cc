@@ -7,6 +7,7 @@
 #include "text/row_break.h"
 #include "text/tab_width.h"
 
+namespace actions {
 namespace {
 
 using text::unit_view;
@@ -126,3 +127,5 @@ std::u16string reformatted(unit_view text, reformat_options const& options) {
   }
   return std::move(rows).result();
 }
+
+}  // namespace actions

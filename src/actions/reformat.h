@@ -5,6 +5,8 @@
 
 #include "text/char_types.h"
 
+namespace actions {
+
 /// The paragraphs of `text` as a line each: blanks at line ends go, a single line end becomes a
 /// blank, and two or more become an empty line. Runs of blanks become one, but for those that the
 /// text begins with. Line ends at the very start go; at the very end one stays.
@@ -21,3 +23,5 @@ struct reformat_options {
 
 /// The paragraphs of `text` wrapped anew.
 std::u16string reformatted(text::unit_view text, reformat_options const& options);
+
+}  // namespace actions

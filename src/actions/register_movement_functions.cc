@@ -4,6 +4,7 @@
 #include "actions/movement_wrappers.h"
 #include "actions/selecting.h"
 
+namespace actions {
 namespace {
 
 struct movement_row {
@@ -76,3 +77,5 @@ void register_movement_functions(action_map& map) {
   map.add_action(select_soft_paragraph, "selectParagraph:");
   map.add_action(select_all, "selectAll:");
 }
+
+}  // namespace actions

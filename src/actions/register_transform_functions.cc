@@ -10,6 +10,7 @@
 #include <functional>
 #include <utility>
 
+namespace actions {
 namespace {
 
 struct transformation {
@@ -110,3 +111,5 @@ void register_transform_functions(action_map& map, title_action_map& titles) {
       option_title_helper(&text::view::has_selection, "Unwrap Selection", "Unwrap Paragraph"),
       "unwrapTextMenuTitle");
 }
+
+}  // namespace actions

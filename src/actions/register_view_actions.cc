@@ -3,6 +3,7 @@
 #include "actions/action_helpers.h"
 #include "actions/clipboard.h"
 
+namespace actions {
 namespace {
 
 auto inserting(text::char_t unit) {
@@ -39,3 +40,5 @@ void register_view_actions(action_map& actions, title_action_map& titles) {
                                         "Change to Column Selection"),
                     "toggleColumnSelectionMenuTitle");
 }
+
+}  // namespace actions

@@ -3,6 +3,7 @@
 #include "actions/movement.h"
 #include "actions/word_units.h"
 
+namespace actions {
 namespace {
 
 text::view_iterator line_start(text::view* view, size_t line) {
@@ -71,3 +72,5 @@ std::pair<std::size_t, std::size_t> selected_lines(text::view const& view) {
   bool const ends_before = last.column == 0 && first.line < last.line;
   return {first.line, last.line - (ends_before ? 1 : 0)};
 }
+
+}  // namespace actions

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <utility>
 
+namespace actions {
+
 /// Actions that set the selection: it runs forward and is no rectangle. The caret stays where it
 /// is. A selection that there was is widened to whole things of the kind.
 
@@ -23,3 +25,5 @@ void select_all(text::view* view);
 /// The first and the last line of the storage in which something is selected: a selection that ends
 /// where a line begins doesn't reach into that line.
 std::pair<std::size_t, std::size_t> selected_lines(text::view const& view);
+
+}  // namespace actions

@@ -6,6 +6,7 @@
 #include "actions/indent.h"
 #include "regex/traits.h"
 
+namespace actions {
 namespace {
 
 using text::unit_view;
@@ -50,3 +51,5 @@ std::u16string shifted_right(unit_view text, std::size_t tab_size, bool soft_tab
     result += line;
   });
 }
+
+}  // namespace actions

@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+namespace actions {
+
 /// Walks from `first`, which is after an `open`, and stops after the `close` that belongs to it,
 /// or at `last`. Over reverse iterators, with the units given the other way round, it walks back
 /// to the opening one. `found` tells whether there was one.
@@ -21,3 +23,5 @@ It skip_pair(It first, It last, text::char_t open, text::char_t close, bool& fou
   }
   return first;
 }
+
+}  // namespace actions

@@ -20,6 +20,7 @@
 #include "text/cluster.h"
 #include "text/convert_tabs.h"
 
+namespace actions {
 namespace {
 
 using unit_traits = regex::traits<text::char_t>;
@@ -198,3 +199,5 @@ void select_char(text::view* view) {
 void select_word_right(text::view* view) {
   view->selection.select_to(word_right(view->selection.current_mark), false);
 }
+
+}  // namespace actions

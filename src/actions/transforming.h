@@ -2,6 +2,8 @@
 
 #include "text/view.h"
 
+namespace actions {
+
 /// Actions that rewrite the selected text as a whole, as one change, and leave the result selected.
 /// With nothing selected they get what action_helpers.h has selected for them. What report a bool
 /// give false, and change nothing, where they can't be done.
@@ -43,3 +45,5 @@ bool view_transpose(text::view* view);
 /// Extend the selection from its first mark by a character, or to the end of the word.
 void select_char(text::view* view);
 void select_word_right(text::view* view);
+
+}  // namespace actions

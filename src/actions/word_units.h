@@ -5,6 +5,8 @@
 #include "text/cluster.h"
 #include "text/view.h"
 
+namespace actions {
+
 /// What a character is to the movements by words, and the searches in one line that they share. A
 /// cluster counts as its first code point; a lone surrogate belongs to no class.
 
@@ -71,3 +73,5 @@ text::view_iterator search_backward(text::view_iterator const& it, Test test) {
   }
   return {it.view, text::iterator(it.base.line, column, it.base.storage)};
 }
+
+}  // namespace actions

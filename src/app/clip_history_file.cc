@@ -26,7 +26,7 @@ bool is_wanted() {
 }
 
 // The text as data, as it may hold characters that XML can't.
-plist::dictionary entry_of(text_clip const& clip, std::string const& text) {
+plist::dictionary entry_of(actions::text_clip const& clip, std::string const& text) {
   plist::dictionary entry{{"Content", plist::data(text.begin(), text.end())},
                           {"Rectangular", clip.rectangular}};
   if (clip.origin) {
@@ -41,11 +41,11 @@ std::size_t column_of(plist::value const& value) {
   return static_cast<std::size_t>(std::max<std::int64_t>(0, value.integer_or(0)));
 }
 
-std::optional<text_clip> clip_from(plist::value const& entry) {
+std::optional<actions::text_clip> clip_from(plist::value const& entry) {
   auto const* const bytes = entry["Content"].as_data();
   if (bytes == nullptr) return std::nullopt;
-  text_clip clip{unicode::to_utf16(std::string(bytes->begin(), bytes->end())),
-                 entry["Rectangular"].boolean_or(false), std::nullopt};
+  actions::text_clip clip{unicode::to_utf16(std::string(bytes->begin(), bytes->end())),
+                          entry["Rectangular"].boolean_or(false), std::nullopt};
   if (entry["Indent"] && entry["Column"])
     clip.origin = {column_of(entry["Indent"]), column_of(entry["Column"]),
                    static_cast<std::ptrdiff_t>(entry["Excess"].integer_or(0))};
@@ -74,7 +74,7 @@ void clip_history_file::load() {
     report(error == 0 ? "is damaged, and is kept as " + kept : "is damaged, and will be replaced");
     return;
   }
-  std::vector<text_clip> clips;
+  std::vector<actions::text_clip> clips;
   for (plist::value const& entry : stored.value.elements())
     if (auto clip = clip_from(entry)) clips.push_back(std::move(*clip));
   auto& history = WynPasteboardManager::sharedInstance();

@@ -40,7 +40,7 @@ bool WynCompletionManager::open(WynTextView& view) {
   text::view const& text = *view.view();
   text::view_iterator const caret = text.selection.current_mark;
   if (text.has_selection() || text.is_in_column_mode() || caret.offset != 0) return false;
-  text::iterator const start = search_backward(caret, is_not_word_char).base;
+  text::iterator const start = actions::search_backward(caret, actions::is_not_word_char).base;
   if (start == caret.base) return false;
   std::u16string const typed(start, caret.base);
   plist::value const settings = view.stylesForCaret();
@@ -111,7 +111,7 @@ bool WynCompletionManager::followsWord(std::u16string& typed) const {
   if (text.has_selection() || text.is_in_column_mode() || caret.offset != 0 ||
       text.storage->lines() != lines_ || caret.base.line != start_.line)
     return false;
-  text::iterator const start = search_backward(caret, is_not_word_char).base;
+  text::iterator const start = actions::search_backward(caret, actions::is_not_word_char).base;
   typed = std::u16string(start, caret.base);
   return start.pos() == start_ && !typed.empty() && typed.front() == typed_.front();
 }

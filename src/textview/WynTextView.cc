@@ -49,16 +49,16 @@ namespace {
 
 /// What needs nothing of a text view but its text::view, and so is the same for all.
 struct plain_action_maps {
-  action_map actions;
-  title_action_map titles;
+  actions::action_map actions;
+  actions::title_action_map titles;
 };
 
 plain_action_maps const& plain_actions() {
   static plain_action_maps const maps = [] {
     plain_action_maps made;
-    register_movement_functions(made.actions);
-    register_transform_functions(made.actions, made.titles);
-    register_view_actions(made.actions, made.titles);
+    actions::register_movement_functions(made.actions);
+    actions::register_transform_functions(made.actions, made.titles);
+    actions::register_view_actions(made.actions, made.titles);
     return made;
   }();
   return maps;
@@ -226,7 +226,7 @@ plist::value WynTextView::performNamed(std::string_view selector, plist::value c
   return responder::performSelectorWithObject(selector, object);
 }
 
-plist::value WynTextView::performAction(action_map::action const& action) {
+plist::value WynTextView::performAction(actions::action_map::action const& action) {
   if (view_ == nullptr) return {};
   bool done = false;
   {

@@ -359,7 +359,7 @@ class WynTextView : public platform::responder,
   void wrappingDidChange();
   bool askForRightMargin();
 
-  std::vector<comment_marker> commentMarkers() const;
+  std::vector<actions::comment_marker> commentMarkers() const;
   void insertTyped(std::u16string_view text, bool closes);
   void breakTypedLine();
   void insertPlainTab();
@@ -467,7 +467,7 @@ class WynTextView : public platform::responder,
   void abandonMarkedText();
   void insertElsewhere(text::pos at, std::u16string_view text);
 
-  plist::value performAction(action_map::action const& action);
+  plist::value performAction(actions::action_map::action const& action);
   bool dependsOnScope(text::char_t typed) const;
   void flashPartner();
 
@@ -475,8 +475,8 @@ class WynTextView : public platform::responder,
   text::view* view_ = nullptr;
   platform::view_host* host_ = nullptr;
   value_observer observer_;
-  action_map actions_;
-  title_action_map titles_;
+  actions::action_map actions_;
+  actions::title_action_map titles_;
   TextLayout layout_;
   int viewChangeNesting_ = 0;
   std::unique_ptr<change_observer> changeObserver_;

@@ -29,7 +29,7 @@ std::u16string title_of(std::u16string_view text) {
   return title;
 }
 
-platform::clip_entry entry_of(text_clip const& clip) {
+platform::clip_entry entry_of(actions::text_clip const& clip) {
   platform::clip_entry entry;
   entry.title = unicode::to_utf8(title_of(clip.text));
   entry.preview = unicode::to_utf8(beginning(clip.text, preview_units));

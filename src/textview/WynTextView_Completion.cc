@@ -58,7 +58,7 @@ bool WynTextView::acceptCompletion(std::string const& text) {
   view_will_change const scope(*this, true);
   text::view_iterator const caret = view_->selection.first();
   if (caret.offset == 0) {
-    text::iterator const start = search_backward(caret, is_not_word_char).base;
+    text::iterator const start = actions::search_backward(caret, actions::is_not_word_char).base;
     view_->selection.select({view_, start}, view_->selection.last(), false);
   }
   std::u16string const units = unicode::to_utf16(text);
@@ -75,7 +75,7 @@ plist::value WynTextView::matchesForString(std::string const& typed) {
   auto offered = scoped_completions(settings, units, *this);
   if (!offered || view_ == nullptr) return plist::array{};
   text::view_iterator const caret = view_->selection.first();
-  text::iterator const start = search_backward(caret, is_not_word_char).base;
+  text::iterator const start = actions::search_backward(caret, actions::is_not_word_char).base;
   completion_candidates candidates(*view_->storage, start.pos(), units, std::move(*offered),
                                    !disables_words(settings));
   candidates.look_further(std::numeric_limits<std::size_t>::max());

@@ -30,7 +30,7 @@ std::u16string WynTextView::wordAtCaret() const {
   std::size_t first = caret.column, last = caret.column;
   while (first > 0) {
     std::size_t const before = text::previous_cluster(line, first);
-    if (!is_word_char(unicode::code_point_at(line, before))) break;
+    if (!actions::is_word_char(unicode::code_point_at(line, before))) break;
     first = before;
   }
   while (last < line.size() && is_word_char(unicode::code_point_at(line, last)))

@@ -55,7 +55,7 @@ void WynTextView::addFoldingMethods() {
   add_folding("toggleFolding:",
               [=](auto const&) { return filter().toggle_folding(caret_line(), false); });
   add_folding("foldSelection:", [=, this](auto const&) {
-    auto const [first, last] = selected_lines(*view_);
+    auto const [first, last] = actions::selected_lines(*view_);
     return filter().fold_lines(first, last);
   });
   add_folding("foldAllAtLevel:", [=](plist::value const& sender) {
@@ -76,7 +76,7 @@ void WynTextView::addFoldingMethods() {
   add_query("canToggleFolding",
             [=] { return caret_is_at_fold() || filter().can_fold(caret_line()); });
   add_query("canFoldSelection", [this] {
-    auto const [first, last] = selected_lines(*view_);
+    auto const [first, last] = actions::selected_lines(*view_);
     return first < last;
   });
   add_query("canFoldAllAtLevel", [=] { return filter().has_patterns() || has_folds(); });

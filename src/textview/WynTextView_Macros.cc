@@ -63,7 +63,7 @@ class kept_surroundings {
 
  private:
   plist::dictionary const options_;
-  std::optional<private_clipboard> clipboard_;
+  std::optional<actions::private_clipboard> clipboard_;
 };
 
 /// Lets the user end what takes long.

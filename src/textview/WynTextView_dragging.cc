@@ -19,8 +19,8 @@ void WynTextView::startDragForEvent(platform::mouse_event const& event) {
     rect const shown = r.intersection(visibleTextRect());
     if (!shown.empty()) shape.push_back(shown);
   }
-  text_clip const clip{selected_text(), view_->is_in_column_mode(), std::nullopt};
-  host_->begin_drag(pasteboard_types_of(clip), shape, event.position);
+  actions::text_clip const clip{selected_text(), view_->is_in_column_mode(), std::nullopt};
+  host_->begin_drag(actions::pasteboard_types_of(clip), shape, event.position);
 }
 
 std::uint32_t WynTextView::dragOperationForInfo(drag_info const& info) const {

@@ -120,7 +120,7 @@ void WynTextView::addEditingMethods() {
   addMethod("toggleComment:", [this](plist::value const&) {
     if (view_ == nullptr) return plist::value(false);
     view_will_change const scope(*this, true);
-    return plist::value(toggle_comments(*view_, commentMarkers()));
+    return plist::value(actions::toggle_comments(*view_, commentMarkers()));
   });
   addAction("indent:", [this] { indenter_->indent_selected_lines(); });
   addMethod("undo:", [this](plist::value const&) { return undoOrRedo(true); });
@@ -202,7 +202,7 @@ void WynTextView::breakTypedLine() {
 }
 
 // As the scope at the first selected character says; of each pair the start has to be there.
-std::vector<comment_marker> WynTextView::commentMarkers() const {
+std::vector<actions::comment_marker> WynTextView::commentMarkers() const {
   text::iterator at = view_->selection.first().base;
   text::unit_view const line = view_->storage->line_units(at.line);
   std::size_t const content = std::min(line.find_first_not_of(u" \t"), line.size());
@@ -212,7 +212,7 @@ std::vector<comment_marker> WynTextView::commentMarkers() const {
   for (plist::value const& variable :
        stylesForContext(graphPathForIterator(at))["shellVariables"].elements())
     values.emplace(variable["name"].string_or(""), variable["value"].string_or(""));
-  std::vector<comment_marker> result;
+  std::vector<actions::comment_marker> result;
   for (char const* suffix : {"", "_2", "_3"}) {
     std::string const start = values[std::string("QN_COMMENT_START") + suffix];
     if (!start.empty())
@@ -230,7 +230,7 @@ void WynTextView::deleteBackward() {
   bool const had_selection = view_->has_selection();
   kill_buffer_disabled const guard(*view_, !had_selection);
   if (smartTyping_) end_empty_pair(*this, true);
-  if (!view_->has_selection()) select_for_deletion(view_, left);
+  if (!view_->has_selection()) actions::select_for_deletion(view_, actions::left);
   view_->erase_selection();
 }
 
@@ -238,7 +238,7 @@ void WynTextView::deleteForward() {
   bool const had_selection = view_->has_selection();
   kill_buffer_disabled const guard(*view_, !had_selection);
   end_empty_pair(*this, false);
-  if (!had_selection) select_for_deletion(view_, right);
+  if (!had_selection) actions::select_for_deletion(view_, actions::right);
   view_->erase_selection();
 }
 

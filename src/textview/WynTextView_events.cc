@@ -57,7 +57,7 @@ void WynTextView::mouse_up(mouse_event const& event) {
 }
 
 void WynTextView::pastePrimarySelectionAt(point p) {
-  auto const clip = clip_of(platform::desktop::current().primary_selection());
+  auto const clip = actions::clip_of(platform::desktop::current().primary_selection());
   if (!clip) return;
   view_will_change const scope(*this, true);
   view_->selection.set_caret(position_at(*this, p, text::freehanded_t::automatic));

@@ -21,8 +21,9 @@ namespace {
 std::optional<text::iterator> opening_before(text::iterator const& from,
                                              text::iterator const& limit, unit_pair pair) {
   bool found = false;
-  auto const at = skip_pair(std::make_reverse_iterator(from), std::make_reverse_iterator(limit),
-                            pair.close, pair.open, found);
+  auto const at =
+      actions::skip_pair(std::make_reverse_iterator(from), std::make_reverse_iterator(limit),
+                         pair.close, pair.open, found);
   return found ? std::optional(at.base()) : std::nullopt;
 }
 
@@ -65,7 +66,7 @@ bool WynTextView::selectBlock() {
     auto const candidate = opening_before(first, opening.value_or(begin), pair);
     if (!candidate) continue;
     bool found = false;
-    text::iterator const to = skip_pair(last, end, pair.open, pair.close, found);
+    text::iterator const to = actions::skip_pair(last, end, pair.open, pair.close, found);
     if (!found) continue;
     opening = candidate;
     after = to;
@@ -82,7 +83,7 @@ bool WynTextView::insertClosingTag() {
   if (view_ == nullptr) return false;
   text::iterator const caret = view_->selection.current_mark.base;
   auto const [first, last] =
-      find_start_tag<text::iterator>()(text::iterator(0, 0, view_->storage), caret);
+      actions::find_start_tag<text::iterator>()(text::iterator(0, 0, view_->storage), caret);
   if (first == last) return false;
   insertText(u"</" + std::u16string(first, last) + u">");
   return true;

@@ -112,7 +112,7 @@ bool drop_target::perform(drag_info const& info) {
 }
 
 bool drop_target::drop_text(drag_info const& info, text::view_iterator const& to, bool move) {
-  auto const clip = clip_of(info.content);
+  auto const clip = actions::clip_of(info.content);
   if (!clip) return false;
   text::view& view = *text_view_.view();
   view_will_change const scope(text_view_, true);

@@ -199,7 +199,8 @@ void mouse_tracker::select_to_mouse() {
   // text has changed under the mouse, by a key or by another program.
   if (view.storage->current_memento != anchor_memento_) take_anchor();
   selection.set_caret(position_at(text_view_, position(), text::freehanded_t::off));
-  granularity_ == granularity::word ? select_word(&view) : select_hard_line(&view);
+  granularity_ == granularity::word ? actions::select_word(&view)
+                                    : actions::select_hard_line(&view);
   text::view_iterator const first = std::min(selection.first(), anchor_.first());
   text::view_iterator const last = std::max(selection.last(), anchor_.last());
   bool const backward = selection.first() < anchor_.first();

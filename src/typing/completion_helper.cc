@@ -45,7 +45,7 @@ bool completion_helper::setup(typed_view& text_view, platform::responder& first)
   if (view_.is_in_column_mode()) return false;
   view_iterator const caret = view_.selection.first();
   if (caret.offset != 0) return false;
-  iterator const start = search_backward(caret, is_not_word_char).base;
+  iterator const start = actions::search_backward(caret, actions::is_not_word_char).base;
   if (start == caret.base) return false;
   unit_view const line = view_.storage->line_units(start.line);
   prefix_length_ = caret.base.column - start.column;

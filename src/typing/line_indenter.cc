@@ -138,7 +138,7 @@ void line_indenter::set_indent(std::size_t number, std::size_t width) {
   std::u16string fresh;
   if (old < line.size()) {
     if (text::indent_width(line, tab_size()) == width) return;
-    fresh = indent::blanks(width, tab_size(), indents_by_spaces(number));
+    fresh = actions::indent::blanks(width, tab_size(), indents_by_spaces(number));
   }
   if (line.substr(0, old) == fresh) return;
   text::iterator const at = storage.begin_of_line(number);
@@ -149,7 +149,7 @@ void line_indenter::set_indent(std::size_t number, std::size_t width) {
 // The caret stays before the unit at which it is; several lines stay selected as a whole.
 void line_indenter::indent_selected_lines() {
   text::storage& storage = *view().storage;
-  auto const [first, last] = selected_lines(view());
+  auto const [first, last] = actions::selected_lines(view());
   text::iterator const caret = view().selection.current_mark.base;
   std::size_t const after_caret = storage.size(caret.line) - caret.column;
   bool const had_selection = view().has_selection();
@@ -245,10 +245,10 @@ void line_indenter::insert_newline() {
         at_end || (!view().has_selection() && is_at_end_of_typed(text_view_));
     if (patterns->matches(indent_patterns::increase, code) ||
         (at_end_of_typed && patterns->matches(indent_patterns::next_line, code)))
-      before += indent::blanks(tab_size(), tab_size(), indents_by_spaces(at.line));
+      before += actions::indent::blanks(tab_size(), tab_size(), indents_by_spaces(at.line));
     else if (auto const back =
                  at_end ? kept_indents(lines).after_single_line(at.line) : std::nullopt)
-      before = u"\n" + indent::blanks(*back, tab_size(), indents_by_spaces(at.line));
+      before = u"\n" + actions::indent::blanks(*back, tab_size(), indents_by_spaces(at.line));
   }
   view().insert(before.begin(), before.end());
   if (after.empty()) return;
@@ -258,15 +258,16 @@ void line_indenter::insert_newline() {
 }
 
 bool line_indenter::copy() {
-  if (!view().has_selection() || view().is_in_column_mode()) return view_copy(&view());
-  text_clip clip{{view().selection.begin(), view().selection.end()}, false, clip_origin()};
+  if (!view().has_selection() || view().is_in_column_mode()) return actions::view_copy(&view());
+  actions::text_clip clip{
+      {view().selection.begin(), view().selection.end()}, false, actions::clip_origin()};
   text::iterator const first = view().selection.first().base;
   text::unit_view const line = view().storage->line_units(first.line);
   clip.origin->indent = text::indent_width(line, tab_size());
   clip.origin->column = text::expanded_width(line.substr(0, first.column), 0, tab_size());
   if (first.column == 0 && text_view_.mayIndentLines())
     clip.origin->excess = excess_of(clip.text, first.line);
-  set_current_clip(std::move(clip));
+  actions::set_current_clip(std::move(clip));
   return true;
 }
 
@@ -277,14 +278,14 @@ std::ptrdiff_t line_indenter::excess_of(std::u16string const& lines_text, std::s
   auto const patterns = language_patterns();
   text::unit_view const content = telling_line(lines_text, *patterns);
   if (content.empty() || !patterns->know_indentation()) return 0;
-  return static_cast<std::ptrdiff_t>(indent::level(lines_text, tab_size())) -
+  return static_cast<std::ptrdiff_t>(actions::indent::level(lines_text, tab_size())) -
          static_cast<std::ptrdiff_t>(wanted_indent(lines, *patterns, content, line));
 }
 
-bool line_indenter::paste(std::optional<text_clip> const& clip) {
+bool line_indenter::paste(std::optional<actions::text_clip> const& clip) {
   bool const is_one_line = clip && clip->text.find(u'\n') == clip->text.npos;
   if (!text_view_.indentedPaste() || !clip || clip->rectangular || is_one_line)
-    return view_paste_clip(&view(), clip);
+    return actions::view_paste_clip(&view(), clip);
   view().erase_selection();
   code_lines(text_view_, patterns_, {}).wait_for_scopes(view().selection.current_mark.base.line);
   std::u16string const text = fitted(*clip);
@@ -297,27 +298,28 @@ std::u16string line_indenter::shifted(std::u16string const& clip, std::ptrdiff_t
   if (by == 0) return clip;
   std::size_t const amount = static_cast<std::size_t>(by < 0 ? -by : by);
   std::size_t const line = view().selection.current_mark.base.line;
-  if (by < 0) return indent::cut_from_each_line(clip, amount, tab_size());
-  std::u16string const prefix = indent::blanks(amount, tab_size(), indents_by_spaces(line));
-  return indent::prefix_each_line(clip, prefix);
+  if (by < 0) return actions::indent::cut_from_each_line(clip, amount, tab_size());
+  std::u16string const prefix =
+      actions::indent::blanks(amount, tab_size(), indents_by_spaces(line));
+  return actions::indent::prefix_each_line(clip, prefix);
 }
 
 // Several lines, indented as fits the caret. Blanks that the user has put before it are where they
 // belong, and so is the line after whose text they go; at a line's start the language tells.
-std::u16string line_indenter::fitted(text_clip const& clip) {
+std::u16string line_indenter::fitted(actions::text_clip const& clip) {
   text::iterator const caret = make_base_iter(view().selection.current_mark);
   text::unit_view const line = view().storage->line_units(caret.line);
   text::unit_view const before = line.substr(0, caret.column);
   bool const after_text = !is_blank_line(before);
   std::size_t const have = text::expanded_width(before, 0, tab_size());
-  std::size_t const level = indent::level(clip.text, tab_size());
+  std::size_t const level = actions::indent::level(clip.text, tab_size());
   if (level == std::numeric_limits<std::size_t>::max()) return clip.text;  // blank lines alone
   if (have == 0 && (!clip.origin || clip.origin->column == 0)) return fitted_to_line(clip, level);
 
   // What began inside a line goes where its first line goes.
   std::size_t const at = after_text ? text::indent_width(line, tab_size()) : have;
   if (clip.origin && clip.origin->column > 0) {
-    clip_origin const& origin = *clip.origin;
+    actions::clip_origin const& origin = *clip.origin;
     bool const began_in_blanks = origin.column <= origin.indent;
     std::size_t const from = began_in_blanks && !after_text ? origin.column : origin.indent;
     std::size_t const blanks = began_in_blanks && after_text ? leading_blanks(clip.text) : 0;
@@ -330,17 +332,17 @@ std::u16string line_indenter::fitted(text_clip const& clip) {
   auto const by = static_cast<std::ptrdiff_t>(at) - static_cast<std::ptrdiff_t>(level);
   std::u16string result = shifted(clip.text, by);
   if (by > 0)
-    result.insert(
-        0, indent::blanks(static_cast<std::size_t>(by), tab_size(), indents_by_spaces(caret.line)));
+    result.insert(0, actions::indent::blanks(static_cast<std::size_t>(by), tab_size(),
+                                             indents_by_spaces(caret.line)));
   result.resize(result.find_last_not_of(u" \t") + 1);
   return result.substr(after_text ? leading_blanks(result)
-                                  : indent::skip(result, have, tab_size()));
+                                  : actions::indent::skip(result, have, tab_size()));
 }
 
 // Whole lines at a line's start. They are never indented more than they were where indentation
 // alone ends blocks, or on a line without text; and as much more or less than the language expects
 // as they were where they come from.
-std::u16string line_indenter::fitted_to_line(text_clip const& clip, std::size_t level) {
+std::u16string line_indenter::fitted_to_line(actions::text_clip const& clip, std::size_t level) {
   auto const kept = language_patterns();
   indent_patterns const& patterns = *kept;
   std::size_t const number = view().selection.current_mark.base.line;
@@ -359,7 +361,7 @@ std::u16string line_indenter::fitted_to_line(text_clip const& clip, std::size_t 
   if (want == had) return clip.text;
   std::u16string result = shifted(clip.text, want - had);
   if (want > had)
-    result.insert(0, indent::blanks(static_cast<std::size_t>(want - had), tab_size(),
-                                    indents_by_spaces(number)));
+    result.insert(0, actions::indent::blanks(static_cast<std::size_t>(want - had), tab_size(),
+                                             indents_by_spaces(number)));
   return result;
 }

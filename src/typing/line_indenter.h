@@ -26,7 +26,7 @@ class line_indenter {
   /// there is none.
   bool copy();
   /// Puts in a clip, several lines indented as fits the caret; false if there is none.
-  bool paste(std::optional<text_clip> const& clip);
+  bool paste(std::optional<actions::text_clip> const& clip);
   /// As the language says; but a line keeps what the lines before it allow, see kept_indents, and
   /// where indentation alone ends a block, what ends some blocks. Text over several lines stays.
   void indent_selected_lines();
@@ -51,8 +51,8 @@ class line_indenter {
 
   void set_indent(std::size_t number, std::size_t width);
   std::u16string taken_indent(std::size_t number) const;
-  std::u16string fitted(text_clip const& clip);
-  std::u16string fitted_to_line(text_clip const& clip, std::size_t level);
+  std::u16string fitted(actions::text_clip const& clip);
+  std::u16string fitted_to_line(actions::text_clip const& clip, std::size_t level);
   std::u16string shifted(std::u16string const& clip, std::ptrdiff_t by) const;
 
   typed_view& text_view_;

@@ -14,9 +14,10 @@ constexpr std::size_t units_of_line_change = 8;  // what going to another line c
 
 bool begins_word(text::unit_view line, std::size_t at) {
   if (at == 0) return true;
-  if (text::is_plain(line[at - 1]) && text::is_plain(line[at])) return !is_word_char(line[at - 1]);
+  if (text::is_plain(line[at - 1]) && text::is_plain(line[at]))
+    return !actions::is_word_char(line[at - 1]);
   return text::is_cluster_start(line, at) &&
-         !is_word_char(unicode::code_point_at(line, text::previous_cluster(line, at)));
+         !actions::is_word_char(unicode::code_point_at(line, text::previous_cluster(line, at)));
 }
 
 }  // namespace
@@ -26,7 +27,7 @@ std::size_t end_of_word(text::unit_view line, std::size_t from) {
   while (at < line.size()) {
     bool const is_plain =
         text::is_plain(line[at]) && (at + 1 == line.size() || text::is_plain(line[at + 1]));
-    if (!is_word_char(is_plain ? line[at] : unicode::code_point_at(line, at))) return at;
+    if (!actions::is_word_char(is_plain ? line[at] : unicode::code_point_at(line, at))) return at;
     at = is_plain ? at + 1 : unicode::cluster_at(line, at).end;
   }
   return at;

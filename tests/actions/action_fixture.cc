@@ -10,6 +10,8 @@
 #include "platform/own_defaults.h"
 #include "text/marked_text.h"
 
+using namespace actions;
+
 namespace {
 
 /// What counts as a word must not depend on the settings of whoever runs the tests.

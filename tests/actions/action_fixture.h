@@ -18,6 +18,6 @@ struct action_fixture {
 
   text::storage storage;
   text::view view{storage};
-  action_map actions;
-  title_action_map titles;
+  actions::action_map actions;
+  actions::title_action_map titles;
 };

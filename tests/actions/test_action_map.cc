@@ -10,6 +10,8 @@
 #include "regex/traits.h"
 #include "text/marked_text.h"
 
+using namespace actions;
+
 namespace {
 
 text::char_t upper(text::char_t u) {

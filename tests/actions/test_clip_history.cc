@@ -7,6 +7,8 @@
 #include "platform/own_defaults.h"
 #include "platform/utf.h"
 
+using namespace actions;
+
 namespace {
 
 class clip_history : public testing::Test {

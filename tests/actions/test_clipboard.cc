@@ -6,6 +6,8 @@
 #include "headless/headless_desktop.h"
 #include "text/marked_text.h"
 
+using namespace actions;
+
 namespace {
 
 class clipboard : public testing::Test {

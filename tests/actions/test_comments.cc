@@ -4,6 +4,8 @@
 #include "text/marked_text.h"
 #include "text/random_text.h"
 
+using namespace actions;
+
 // Each drawing with its markers, what toggling makes of it, and that toggling again takes it back.
 
 namespace {

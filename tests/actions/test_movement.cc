@@ -8,6 +8,8 @@
 #include "platform/user_defaults.h"
 #include "text/marked_text.h"
 
+using namespace actions;
+
 // What actions do is in data/actions.txt; here is what no action shows.
 
 TEST(movement, paragraphs) {

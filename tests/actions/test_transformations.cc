@@ -14,6 +14,8 @@
 #include "text/random_text.h"
 #include "text/tab_width.h"
 
+using namespace actions;
+
 // The transformations are loops where patterns would say the same more slowly; here they are
 // compared with these patterns, and with what the shell's tools make of a text.
 

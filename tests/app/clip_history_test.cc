@@ -11,7 +11,9 @@ class clips_over_restarts : public app_test {
  protected:
   clips_over_restarts() { WynPasteboardManager::sharedInstance().clear(); }
 
-  static void copy(std::u16string text) { set_current_clip({std::move(text), true, std::nullopt}); }
+  static void copy(std::u16string text) {
+    actions::set_current_clip({std::move(text), true, std::nullopt});
+  }
   /// As a new process begins.
   std::vector<std::u16string> after_restart() {
     app().applicationWillResignActive();

@@ -34,11 +34,11 @@ TEST(indent_patterns, a_bad_pattern_costs_only_itself) {
 }
 
 TEST(indent, is_cut_and_added_by_columns) {
-  EXPECT_EQ(indent::level(u"        a\n\n\tb", 4), 4u);
-  EXPECT_EQ(indent::cut_from_each_line(u"      a\n \t b\n\n c", 4, 4), u"  a\n b\n\nc");
-  EXPECT_EQ(indent::skip(u"  \tx", 3, 4), 2u);
-  EXPECT_EQ(indent::prefix_each_line(u"a\n\nb\n", u"  "), u"a\n\n  b\n");
-  EXPECT_EQ(indent::blanks(10, 4, false), u"\t\t  ");
+  EXPECT_EQ(actions::indent::level(u"        a\n\n\tb", 4), 4u);
+  EXPECT_EQ(actions::indent::cut_from_each_line(u"      a\n \t b\n\n c", 4, 4), u"  a\n b\n\nc");
+  EXPECT_EQ(actions::indent::skip(u"  \tx", 3, 4), 2u);
+  EXPECT_EQ(actions::indent::prefix_each_line(u"a\n\nb\n", u"  "), u"a\n\n  b\n");
+  EXPECT_EQ(actions::indent::blanks(10, 4, false), u"\t\t  ");
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ std::vector<std::u16string> words_by_distance(text::storage const& text, text::p
   for (std::size_t line = 0; line < text.lines(); ++line) {
     std::u16string const units(text.line_units(line));
     for (std::size_t at = 0; at < units.size(); ++at) {
-      if (!is_word_char(units[at])) continue;
+      if (!actions::is_word_char(units[at])) continue;
       std::size_t const first = at;
       while (at < units.size() && is_word_char(units[at])) ++at;
       std::u16string const word = units.substr(first, at - first);
@@ -118,7 +118,7 @@ TEST_F(completion, finds_words_in_the_order_of_their_distance) {
       text.insert(text.end(-1), units.begin(), units.end());
       std::vector<text::pos> starts;
       for (text::iterator it = text.begin_of_line(0), end = text.end(-1); it != end; ++it)
-        if (is_word_char(*it) && (it.column == 0 || !is_word_char(*(it - 1))))
+        if (actions::is_word_char(*it) && (it.column == 0 || !actions::is_word_char(*(it - 1))))
           starts.push_back(it.pos());
       for (int round = 0; round < 30; ++round) {
         text::pos const start = starts[random() % starts.size()];
