@@ -44,14 +44,14 @@ bool WynCompletionManager::open(WynTextView& view) {
   if (start == caret.base) return false;
   std::u16string const typed(start, caret.base);
   plist::value const settings = view.stylesForCaret();
-  auto offered = scoped_completions(settings, typed, view);
+  auto offered = typing::scoped_completions(settings, typed, view);
   if (!offered || view.view() != &text) return false;
   view_ = &view;
   start_ = start.pos();
   lines_ = text.storage->lines();
   typed_ = typed;
-  candidates_ = std::make_unique<completion_candidates>(
-      *text.storage, start_, typed, std::move(*offered), !disables_words(settings));
+  candidates_ = std::make_unique<typing::completion_candidates>(
+      *text.storage, start_, typed, std::move(*offered), !typing::disables_words(settings));
   candidates_->look_further(units_at_once);
   if (!candidates_->is_complete())
     timer_ = platform::desktop::current().loop().schedule(between_slices, true, [this] { find(); });

@@ -12,7 +12,9 @@
 #include <vector>
 
 class WynTextView;
+namespace typing {
 class completion_candidates;
+}
 
 /// The pop-up list of completions, of which there is one: it follows what is typed of the word that
 /// it was opened for, and sees the keys of that view first. Main thread only.
@@ -42,7 +44,7 @@ class WynCompletionManager {
   void accept(std::size_t row);
 
   WynTextView* view_ = nullptr;
-  std::unique_ptr<completion_candidates> candidates_;
+  std::unique_ptr<typing::completion_candidates> candidates_;
   std::unique_ptr<platform::timer> timer_;
   text::pos start_;
   std::size_t lines_ = 0;

@@ -69,7 +69,7 @@ plain_action_maps const& plain_actions() {
 WynTextView::WynTextView()
     : styles_(std::make_unique<view_styles>()),
       symbols_(std::make_unique<symbol_list>(*this)),
-      indenter_(std::make_unique<line_indenter>(*this)),
+      indenter_(std::make_unique<typing::line_indenter>(*this)),
       mouse_(std::make_unique<mouse_tracker>(*this)),
       drop_(std::make_unique<drop_target>(*this)) {
   addClipboardMethods();

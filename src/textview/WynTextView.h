@@ -37,7 +37,9 @@ class snippet_t;
 }  // namespace snippet
 class drop_target;
 class find_highlights;
+namespace typing {
 class line_indenter;
+}
 class mouse_tracker;
 class symbol_list;
 class view_styles;
@@ -57,7 +59,7 @@ class WynTextView : public platform::responder,
                     public drawn_text,
                     public laid_out_view,
                     public searched_view,
-                    public typed_view,
+                    public typing::typed_view,
                     public item_view {
  public:
   WynTextView();
@@ -495,7 +497,7 @@ class WynTextView : public platform::responder,
   std::string fontName_;
   double fontSize_ = 12;
 
-  std::unique_ptr<line_indenter> indenter_;
+  std::unique_ptr<typing::line_indenter> indenter_;
   std::unique_ptr<mouse_tracker> mouse_;
   std::unique_ptr<drop_target> drop_;
   brief_flash flash_;

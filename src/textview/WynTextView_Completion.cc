@@ -72,12 +72,12 @@ plist::value WynTextView::matchesForString(std::string const& typed) {
   std::u16string const units = unicode::to_utf16(typed);
   if (view_ == nullptr || units.empty()) return plist::array{};
   plist::value const settings = stylesForCaret();
-  auto offered = scoped_completions(settings, units, *this);
+  auto offered = typing::scoped_completions(settings, units, *this);
   if (!offered || view_ == nullptr) return plist::array{};
   text::view_iterator const caret = view_->selection.first();
   text::iterator const start = actions::search_backward(caret, actions::is_not_word_char).base;
-  completion_candidates candidates(*view_->storage, start.pos(), units, std::move(*offered),
-                                   !disables_words(settings));
+  typing::completion_candidates candidates(*view_->storage, start.pos(), units, std::move(*offered),
+                                           !typing::disables_words(settings));
   candidates.look_further(std::numeric_limits<std::size_t>::max());
   plist::array result;
   for (platform::completion_row const& row : candidates.rows_for(units))

@@ -150,9 +150,9 @@ void WynTextView::insertText(std::u16string_view text) {
       (text.size() == 1 || text.starts_with(u"</")) && indenter_->may_close_block();
   bool const closes = smart && select_live_closing(*this, text.front());
   if (smart && !closes && surround_selection(*this, text.front())) return;
-  auto const opened = smart && !closes ? opened_pair(*this, text.front()) : std::nullopt;
+  auto const opened = smart && !closes ? typing::opened_pair(*this, text.front()) : std::nullopt;
   insertTyped(text, closes);
-  if (opened) complete_pair(*this, *opened);
+  if (opened) typing::complete_pair(*this, *opened);
   if (may_close) indenter_->indent_closing_line(text.size());
 }
 
@@ -229,7 +229,7 @@ void WynTextView::insertText(plist::value const& text) {
 void WynTextView::deleteBackward() {
   bool const had_selection = view_->has_selection();
   kill_buffer_disabled const guard(*view_, !had_selection);
-  if (smartTyping_) end_empty_pair(*this, true);
+  if (smartTyping_) typing::end_empty_pair(*this, true);
   if (!view_->has_selection()) actions::select_for_deletion(view_, actions::left);
   view_->erase_selection();
 }
@@ -237,7 +237,7 @@ void WynTextView::deleteBackward() {
 void WynTextView::deleteForward() {
   bool const had_selection = view_->has_selection();
   kill_buffer_disabled const guard(*view_, !had_selection);
-  end_empty_pair(*this, false);
+  typing::end_empty_pair(*this, false);
   if (!had_selection) actions::select_for_deletion(view_, actions::right);
   view_->erase_selection();
 }

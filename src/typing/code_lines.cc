@@ -8,6 +8,7 @@
 
 #include <algorithm>
 
+namespace typing {
 namespace {
 
 constexpr std::size_t furthest_line = 200;      // where a walk up ends at the latest
@@ -313,3 +314,5 @@ std::vector<std::size_t> code_lines::beginnings_of(std::size_t number) {
   } while (last && number - *last < furthest_line && may_continue(*last, lines.back()));
   return lines;
 }
+
+}  // namespace typing

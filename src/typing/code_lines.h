@@ -11,6 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
+namespace typing {
 class typed_view;
 
 /// The patterns of the settings that were asked for last.
@@ -100,3 +101,5 @@ class code_lines {
   std::chrono::seconds patience_;
   std::unordered_map<std::size_t, facts> facts_;
 };
+
+}  // namespace typing

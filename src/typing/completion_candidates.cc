@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <numeric>
 
+namespace typing {
 namespace {
 
 // The first letter, as it is and in the other case.
@@ -91,3 +92,5 @@ std::vector<platform::completion_row> completion_candidates::rows_for(std::u16st
         {std::u16string(each.item->text), each.item->ranker.maskForAbbreviation(letters)});
   return rows;
 }
+
+}  // namespace typing

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+namespace typing {
+
 /// What a list offers while a word is typed: words of the text and of the scope with the same first
 /// letter, in either case. Kept while letters are typed; only that word may change meanwhile (see
 /// nearest_words).
@@ -48,3 +50,5 @@ class completion_candidates {
   bool offered_taken_ = false;
   std::deque<candidate> candidates_;
 };
+
+}  // namespace typing

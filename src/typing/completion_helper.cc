@@ -35,7 +35,7 @@ bool is_repeated(view const& view) {
 completion_helper::completion_helper(text::view& view) : view_(view) {}
 completion_helper::~completion_helper() = default;
 
-bool completion_helper::setup(typed_view& text_view, platform::responder& first) {
+bool completion_helper::setup(typing::typed_view& text_view, platform::responder& first) {
   timer_.reset();
   words_.reset();
   offered_.clear();
@@ -51,11 +51,11 @@ bool completion_helper::setup(typed_view& text_view, platform::responder& first)
   prefix_length_ = caret.base.column - start.column;
   std::u16string const prefix(line.substr(start.column, prefix_length_));
   plist::value const settings = text_view.stylesForCaretWait(true);
-  if (!disables_words(settings))
-    words_ = std::make_unique<nearest_words>(*view_.storage, start.line, start.column,
-                                             end_of_word(line, start.column),
-                                             std::vector<std::u16string>{prefix});
-  auto offered = scoped_completions(settings, prefix, first);
+  if (!typing::disables_words(settings))
+    words_ = std::make_unique<typing::nearest_words>(*view_.storage, start.line, start.column,
+                                                     typing::end_of_word(line, start.column),
+                                                     std::vector<std::u16string>{prefix});
+  auto offered = typing::scoped_completions(settings, prefix, first);
   if (!offered) return false;
   for (std::u16string& word : *offered)
     if (word.size() > prefix.size() && word.starts_with(prefix) &&

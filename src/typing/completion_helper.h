@@ -9,8 +9,10 @@
 #include <string>
 #include <vector>
 
+namespace typing {
 class nearest_words;
 class typed_view;
+}  // namespace typing
 namespace platform {
 class responder;
 }
@@ -37,7 +39,7 @@ class completion_helper {
   /// caret isn't after a word, in column mode, without candidates, and if the user has given up.
   /// The text stays. `text_view` is that of the view, and `first` what a command's environment
   /// begins with.
-  bool setup(typed_view& text_view, platform::responder& first);
+  bool setup(typing::typed_view& text_view, platform::responder& first);
   /// Whether nothing has happened since the last insertion and there is another candidate.
   bool can_advance();
   /// Go to another candidate, round at the ends. False if the user has given up.
@@ -61,7 +63,7 @@ class completion_helper {
   size_t current_ = 0;
   size_t inserted_ = 0;  ///< units before `end_`; 0 before the first insertion
   view_iterator end_;    ///< the caret after the last insertion
-  std::unique_ptr<nearest_words> words_;
+  std::unique_ptr<typing::nearest_words> words_;
   std::vector<std::u16string> offered_;  ///< by the scope; what is in `words_` leaves at the end
   std::unique_ptr<platform::timer> timer_;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+namespace typing {
 namespace {
 
 constexpr std::size_t furthest_line = 200;  // where walks end at the latest
@@ -229,3 +230,5 @@ void kept_indents::learn_steps(std::size_t first, std::size_t last) {
     above = line;
   }
 }
+
+}  // namespace typing

@@ -8,6 +8,8 @@
 #include <set>
 #include <vector>
 
+namespace typing {
+
 /// Which indentation lines keep when they are indented anew, from above to below, where brackets or
 /// words end blocks. There are more ways to indent than patterns say: a line keeps what the lines
 /// before it allow, by brackets, statements without braces and the labels and blocks above, and
@@ -50,3 +52,5 @@ class kept_indents {
   bool looked_below_ = false;
   std::size_t above_ = 0, first_ = 0;  ///< the counting line above, and the first of its statement
 };
+
+}  // namespace typing

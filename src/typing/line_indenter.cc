@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <limits>
 
+namespace typing {
 namespace {
 
 bool is_blank_line(text::unit_view line) {
@@ -365,3 +366,5 @@ std::u16string line_indenter::fitted_to_line(actions::text_clip const& clip, std
                                              indents_by_spaces(number)));
   return result;
 }
+
+}  // namespace typing

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 
+namespace typing {
 class kept_indents;
 class typed_view;
 
@@ -58,3 +59,5 @@ class line_indenter {
   typed_view& text_view_;
   recent_patterns patterns_;
 };
+
+}  // namespace typing

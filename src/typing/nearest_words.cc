@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+namespace typing {
 namespace {
 
 constexpr std::size_t chunk_units = 1 << 14;
@@ -114,3 +115,5 @@ void nearest_words::add(std::u16string_view word) {
   words_.emplace_back(word);
   known_.insert(words_.back());
 }
+
+}  // namespace typing

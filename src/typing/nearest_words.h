@@ -13,6 +13,8 @@ namespace text {
 struct storage;
 }
 
+namespace typing {
+
 /// Where the word that begins or goes on at `from` <= line.size() ends: `from` if none does. A word
 /// is a run of clusters that begin with a word character.
 std::size_t end_of_word(text::unit_view line, std::size_t from);
@@ -69,3 +71,5 @@ class nearest_words {
   std::deque<std::u16string> words_;  // stay where they are
   std::unordered_set<std::u16string_view> known_;
 };
+
+}  // namespace typing

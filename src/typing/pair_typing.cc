@@ -11,6 +11,7 @@
 #include <chrono>
 #include <string>
 
+namespace typing {
 namespace {
 
 using live_pair = text::iterator_observer::notification_list::iterator;
@@ -208,3 +209,5 @@ bool is_at_end_of_typed(typed_view& text_view) {
     if (!live_closing_at(view, at.pos())) return false;
   return true;
 }
+
+}  // namespace typing

@@ -5,6 +5,7 @@
 #include "styles/typing_pairs.h"
 #include "text/char_types.h"
 
+namespace typing {
 class typed_view;
 
 /// Typing brackets and quotes in pairs. What was inserted with an opening unit stays a live pair as
@@ -31,3 +32,5 @@ void end_empty_pair(typed_view& text_view, bool both);
 void end_pairs_of_line(typed_view& text_view);
 /// Whether the caret stands at its line's end, but for closing units of live pairs.
 bool is_at_end_of_typed(typed_view& text_view);
+
+}  // namespace typing

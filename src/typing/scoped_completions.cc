@@ -7,6 +7,7 @@
 
 #include <unordered_set>
 
+namespace typing {
 namespace {
 
 class word_list {
@@ -56,3 +57,5 @@ std::optional<std::vector<std::u16string>> scoped_completions(plist::value const
   }
   return words.take();
 }
+
+}  // namespace typing

@@ -11,6 +11,8 @@ namespace platform {
 class responder;
 }
 
+namespace typing {
+
 /// What the settings of a scope say of the completion of words.
 
 /// Whether the words of the text are not to be offered ("disableDefaultCompletion").
@@ -24,3 +26,5 @@ bool disables_words(plist::value const& settings);
 std::optional<std::vector<std::u16string>> scoped_completions(plist::value const& settings,
                                                               std::u16string_view typed,
                                                               platform::responder& first);
+
+}  // namespace typing

@@ -12,6 +12,8 @@ class view;
 struct iterator;
 }  // namespace text
 
+namespace typing {
+
 /// The view that somebody types in, with the options and settings that say what a key does beyond
 /// its character. Names and meaning are WynTextView's, which implements it. Main thread only.
 class typed_view {
@@ -43,3 +45,5 @@ class typed_view {
  protected:
   ~typed_view() = default;
 };
+
+}  // namespace typing
