@@ -52,10 +52,11 @@ BENCHMARK(in_memory)->Unit(benchmark::kMillisecond);
 void find(benchmark::State& state, std::u16string const& sought, bool pattern, bool ignore_case) {
   std::atomic<bool> const never = false;
   for (auto _ : state) {
-    text_query const query(sought, pattern, ignore_case);
+    search::text_query const query(sought, pattern, ignore_case);
     auto const text = large().slice(large().begin_of_line(0), large().end(-1));
-    text_searcher searcher(query, text.units, never);
-    if (searcher.next(0, text.units.size()) != search_end::found) state.SkipWithError("not found");
+    search::text_searcher searcher(query, text.units, never);
+    if (searcher.next(0, text.units.size()) != search::search_end::found)
+      state.SkipWithError("not found");
   }
 }
 BENCHMARK_CAPTURE(find, literal, u"Needle42x", false, false)->Unit(benchmark::kMillisecond);
@@ -85,11 +86,11 @@ void all(benchmark::State& state, std::u16string const& sought, bool pattern) {
   text::storage& storage = storage_with(50'000'000, 1);
   auto const text = storage.slice(storage.begin_of_line(0), storage.end(-1));
   std::atomic<bool> const never = false;
-  text_query const query(sought, pattern, false);
+  search::text_query const query(sought, pattern, false);
   for (auto _ : state) {
-    text_searcher searcher(query, text.units, never);
+    search::text_searcher searcher(query, text.units, never);
     std::size_t count = 0;
-    for (std::size_t at = 0; searcher.next(at, text.units.size()) == search_end::found;
+    for (std::size_t at = 0; searcher.next(at, text.units.size()) == search::search_end::found;
          at = searcher.end())
       ++count;
     state.counters["matches"] = static_cast<double>(count);

@@ -116,10 +116,10 @@ class stopwatch : public headless::headless_desktop {
 
 struct tally {
   int searches = 0, gave_up = 0, cancelled = 0;
-  void add(search_end end) {
+  void add(search::search_end end) {
     ++searches;
-    gave_up += end == search_end::gave_up;
-    cancelled += end == search_end::cancelled;
+    gave_up += end == search::search_end::gave_up;
+    cancelled += end == search::search_end::cancelled;
   }
 };
 
@@ -145,9 +145,10 @@ outcome measure(stopwatch& desktop, text::view& view, std::string const& pattern
     meter.away_ended();
   };
   try {
-    auto query = std::make_shared<text_query const>(unicode::to_utf16(pattern), true, false);
+    auto query =
+        std::make_shared<search::text_query const>(unicode::to_utf16(pattern), true, false);
     result.is_pattern = true;
-    find_highlights highlights;
+    search::find_highlights highlights;
     measured([&] { highlights.in_window(view, std::move(query), {0, 1, 0, 200}); });
   } catch (std::invalid_argument const&) {
     return result;
@@ -155,9 +156,11 @@ outcome measure(stopwatch& desktop, text::view& view, std::string const& pattern
   measured([&] {
     WynFindManager::sharedInstance().setOptions(
         {{"findString", pattern}, {"regularExpression", true}});
-    result.ends.add(find_in_view(view, false).end);
+    result.ends.add(search::find_in_view(view, false).end);
   });
-  measured([&] { result.ends.add(all_matches(view, {pattern, "", true}, true).answer().end); });
+  measured([&] {
+    result.ends.add(search::all_matches(view, {pattern, "", true}, true).answer().end);
+  });
   result.waits = meter.longest;
   std::this_thread::sleep_for(milliseconds(other_threads() > 0 ? 50 : 0));
   result.running_on = other_threads();

@@ -166,7 +166,8 @@ void WynFindManager::commitEditing() {
   setOptions(std::move(changed));
 }
 
-void WynFindManager::performFindAction(searched_view& view, int tag, std::uint32_t modifiers) {
+void WynFindManager::performFindAction(search::searched_view& view, int tag,
+                                       std::uint32_t modifiers) {
   if (tag <= 0 || static_cast<std::size_t>(tag) >= action_for_tag.size())
     return platform::desktop::current().beep();
   commitEditing();
@@ -187,7 +188,7 @@ void WynFindManager::showStatus(plist::value const& answer) {
 }
 
 void WynFindManager::findPanelAction(int tag, std::uint32_t modifiers, bool by_key) {
-  searched_view* const view = mainView_ ? mainView_() : nullptr;
+  search::searched_view* const view = mainView_ ? mainView_() : nullptr;
   if (view == nullptr || view->view() == nullptr) return platform::desktop::current().beep();
   objectDidBeginEditing();
   performFindAction(*view, tag, modifiers);
@@ -220,11 +221,11 @@ void WynFindManager::updateShownQuery() {
     std::string status;
     try {
       if (!sought.empty())
-        shown_ = std::make_shared<text_query const>(sought, values.regular_expression,
-                                                    values.ignore_case);
+        shown_ = std::make_shared<search::text_query const>(sought, values.regular_expression,
+                                                            values.ignore_case);
     } catch (std::invalid_argument const& error) {
-      wrong = text_query::error_offset(sought);
-      status = "regexp: " + text_query::message_of(error);
+      wrong = search::text_query::error_offset(sought);
+      status = "regexp: " + search::text_query::message_of(error);
     }
     panel().mark_error(wrong);
     panel().set_status(status);

@@ -9,7 +9,9 @@
 #include <memory>
 #include <string>
 
+namespace search {
 class searched_view;
+}
 
 /// What to find and to replace, for all windows: the options, the find pasteboard, the histories
 /// and the panel in which they are edited. Main thread only; there is one.
@@ -43,7 +45,7 @@ class WynFindManager : public platform::find_panel_delegate {
   void orderFrontFindPanel(bool replace_field);
   void closeFindPanel();
   /// `modifiers` as in platform/event.h. Performed by `view`; beeps if nothing was found.
-  void performFindAction(searched_view& view, int tag, std::uint32_t modifiers);
+  void performFindAction(search::searched_view& view, int tag, std::uint32_t modifiers);
   /// Takes what is being typed in the panel over.
   void commitEditing();
   /// Whether the panel's fields have been edited since the last commitEditing.
@@ -51,9 +53,9 @@ class WynFindManager : public platform::find_panel_delegate {
   void objectDidEndEditing() { isEditing_ = false; }
 
   /// Tells which view the panel's buttons work on.
-  void setMainView(std::function<searched_view*()> find) { mainView_ = std::move(find); }
+  void setMainView(std::function<search::searched_view*()> find) { mainView_ = std::move(find); }
   /// What is sought while the panel is on screen; null if nothing can be.
-  std::shared_ptr<text_query const> shownQuery() const { return shown_; }
+  std::shared_ptr<search::text_query const> shownQuery() const { return shown_; }
 
   // platform::find_panel_delegate
   void findPanelAction(int tag, std::uint32_t modifiers, bool by_key) override;
@@ -73,6 +75,6 @@ class WynFindManager : public platform::find_panel_delegate {
   plist::dictionary options_;
   std::uint64_t pboardCount_ = 0;
   bool isEditing_ = false, hasPanel_ = false;
-  std::function<searched_view*()> mainView_;
-  std::shared_ptr<text_query const> shown_;
+  std::function<search::searched_view*()> mainView_;
+  std::shared_ptr<search::text_query const> shown_;
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 
+namespace search {
 namespace {
 
 constexpr auto allowed_time = std::chrono::milliseconds(8);
@@ -98,3 +99,5 @@ void find_highlights::take(text::iterator at, part const& searched) {
     seen = last;
   }
 }
+
+}  // namespace search

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+namespace search {
+
 /// The matches that stand in what can be seen, while the find panel is in use. Looks for them there
 /// alone and for some milliseconds at most, so a slow pattern may leave some out; one that is stuck
 /// in an attempt to match leaves out all.
@@ -35,3 +37,5 @@ class find_highlights {
   std::size_t rows_ = 0;
   std::vector<match> matches_;
 };
+
+}  // namespace search

@@ -13,6 +13,7 @@
 #include <new>
 #include <thread>
 
+namespace search {
 namespace {
 
 using namespace std::chrono_literals;
@@ -161,3 +162,5 @@ bool do_briefly(std::chrono::milliseconds limit, interruptible_work work) {
   leave(std::move(running), 0ms);
   return done;
 }
+
+}  // namespace search

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <functional>
 
+namespace search {
+
 /// Work that may take long, such as a search with somebody's pattern, on another thread, so that
 /// windows don't freeze. Where nobody waits at a window (batch mode), and where the system gives no
 /// thread, `do_patiently` does it at once. Main thread only.
@@ -28,3 +30,5 @@ bool do_patiently(stopping stops, interruptible_work work);
 /// Waits for `limit` and handles no events, for what is about to be drawn. False, with the work
 /// cancelled, if it isn't done by then; also when there is no thread for it.
 bool do_briefly(std::chrono::milliseconds limit, interruptible_work work);
+
+}  // namespace search

@@ -11,6 +11,7 @@
 #include <optional>
 #include <vector>
 
+namespace search {
 namespace {
 
 using text::replacement;
@@ -305,3 +306,5 @@ void all_matches::replace() {
     view_.center_selection_pending = true;
   }
 }
+
+}  // namespace search

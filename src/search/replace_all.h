@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 
+namespace search {
+
 /// What is to be replaced by what, and where. Strings are UTF-8.
 struct replace_request {
   std::string find, replace;
@@ -42,3 +44,5 @@ class all_matches {
   text::iterator first_;  // where the text that was searched begins
   replace_answer answer_;
 };
+
+}  // namespace search

@@ -6,6 +6,8 @@ namespace text {
 class view;
 }
 
+namespace search {
+
 /// A view in which the find panel's buttons work. WynTextView implements it. Main thread only.
 class searched_view {
  public:
@@ -18,3 +20,5 @@ class searched_view {
  protected:
   ~searched_view() = default;
 };
+
+}  // namespace search

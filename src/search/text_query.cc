@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+namespace search {
 namespace {
 
 constexpr std::size_t literal_slice = 1 << 21;  // units; a millisecond's work or less
@@ -136,3 +137,5 @@ search_end text_searcher::previous_literal(std::size_t first, std::size_t last) 
   }
   return search_end::not_found;
 }
+
+}  // namespace search

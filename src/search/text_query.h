@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+namespace search {
+
 /// What a person looks for: a text as it stands, or a pattern. Unchanging; any thread.
 class text_query {
  public:
@@ -78,3 +80,5 @@ class text_searcher {
   std::optional<std::chrono::steady_clock::time_point> deadline_;
   unsigned long retries_ = 0;
 };
+
+}  // namespace search

@@ -11,6 +11,7 @@
 #include <memory>
 #include <vector>
 
+namespace search {
 namespace {
 
 // A stretch to search, in units of the whole text, and in which direction.
@@ -217,3 +218,5 @@ text::iterator find_backward(text::view* view, std::u16string const& string, boo
   std::size_t const from = grows ? std::min(size, at.first + string.size()) : at.first;
   return run_incremental(*view, string, {{0, from, true}});
 }
+
+}  // namespace search

@@ -5,6 +5,8 @@
 
 #include <string>
 
+namespace search {
+
 /// Finding in the text of a view, as WynFindManager's options say and with the find pasteboard's
 /// text. All of these may handle events while a search takes long (patient_work.h); if the text
 /// changes meanwhile that counts as cancelled. The view must not be null.
@@ -45,3 +47,5 @@ text::iterator find_forward(text::view* view, std::u16string const& string, bool
 /// Backward from the selection's start; with `from_start` false a string that has grown since the
 /// selection was found by it may stay where it is.
 text::iterator find_backward(text::view* view, std::u16string const& string, bool from_start);
+
+}  // namespace search

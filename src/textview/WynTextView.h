@@ -28,7 +28,9 @@
 #include <utility>
 #include <vector>
 
+namespace search {
 struct find_answer;
+}
 class WynDocument;
 class WynISearchWindow;
 namespace snippet {
@@ -36,7 +38,9 @@ class session;
 class snippet_t;
 }  // namespace snippet
 class drop_target;
+namespace search {
 class find_highlights;
+}
 namespace typing {
 class line_indenter;
 }
@@ -58,7 +62,7 @@ class WynTextView : public platform::responder,
                     public styled_view,
                     public drawn_text,
                     public laid_out_view,
-                    public searched_view,
+                    public search::searched_view,
                     public typing::typed_view,
                     public item_view {
  public:
@@ -376,8 +380,8 @@ class WynTextView : public platform::responder,
   void showChangesFromOutside();
 
   /// After a replacement that redo is to bring back together with the match.
-  find_answer findMatch(bool backward, bool is_part_of_change = false);
-  find_answer replaceSelection();
+  search::find_answer findMatch(bool backward, bool is_part_of_change = false);
+  search::find_answer replaceSelection();
   bool replaceAndFind();
   bool findAgain(bool backward);
   void showFindNote(std::string const& note);
@@ -507,7 +511,7 @@ class WynTextView : public platform::responder,
   std::vector<platform::menu_item> contextMenu_;
 
   platform::notification_center::token matchesToken_;
-  std::unique_ptr<find_highlights> highlights_;
+  std::unique_ptr<search::find_highlights> highlights_;
   bool hasFindNote_ = false;
   std::unique_ptr<WynISearchWindow> iSearchWindow_;
 

@@ -12,20 +12,20 @@
 
 namespace {
 
-replace_request request_from(plist::value const& options) {
+search::replace_request request_from(plist::value const& options) {
   return {options["findString"].string_or(""), options["replaceString"].string_or(""),
           options["regularExpression"].boolean_or(false), options["ignoreCase"].boolean_or(false),
           options["replaceAllScope"].string_or("selection") != "document"};
 }
 
-std::string status_for(find_answer const& answer, std::string const& nothing) {
+std::string status_for(search::find_answer const& answer, std::string const& nothing) {
   if (!answer.error.empty()) return answer.error;
   switch (answer.end) {
-    case search_end::found:
+    case search::search_end::found:
       return "";
-    case search_end::gave_up:
+    case search::search_end::gave_up:
       return "Gave up: the pattern takes too long";
-    case search_end::cancelled:
+    case search::search_end::cancelled:
       return "Cancelled";
     default:
       return nothing;
@@ -43,9 +43,10 @@ void WynTextView::addFindMethods() {
   add("findNext:", [this] { return findAgain(false); });
   add("findPrevious:", [this] { return findAgain(true); });
   add("replaceAndFind:", [this] { return replaceAndFind(); });
-  actions_.add_action(&view_copy_selection_to_findpboard, "copySelectionToFindPboard:");
+  actions_.add_action(&search::view_copy_selection_to_findpboard, "copySelectionToFindPboard:");
   auto const has_selection = [](text::view* view) { return view->has_selection(); };
-  actions_.add_action(&view_copy_selection_to_replacepboard, "copySelectionToReplacePboard:");
+  actions_.add_action(&search::view_copy_selection_to_replacepboard,
+                      "copySelectionToReplacePboard:");
   actions_.add_action(has_selection, "canCopySelectionToFindPboard");
   actions_.add_action(has_selection, "canCopySelectionToReplacePboard");
   actions_.add_action(has_selection, "canReplaceAllInSelection");
@@ -55,13 +56,13 @@ void WynTextView::addFindMethods() {
   addMethod("replaceAll:", [this](plist::value const&) { return replaceAllIn("document"); });
   addMethod("replaceAllInSelection:",
             [this](plist::value const&) { return replaceAllIn("selection"); });
-  highlights_ = std::make_unique<find_highlights>();
+  highlights_ = std::make_unique<search::find_highlights>();
   matchesToken_ = platform::notification_center::standard().observe(
       WynFindManager::matchesDidChange, [this](auto const&) { setNeedsDisplay(); });
 }
 
-std::vector<find_highlights::match> const& WynTextView::shownMatches() const {
-  static std::vector<find_highlights::match> const none;
+std::vector<search::find_highlights::match> const& WynTextView::shownMatches() const {
+  static std::vector<search::find_highlights::match> const none;
   auto const query = WynFindManager::sharedInstance().shownQuery();
   if (query == nullptr || host_ == nullptr) return none;
   platform::rect const seen = visibleTextRect();
@@ -73,21 +74,21 @@ std::vector<find_highlights::match> const& WynTextView::shownMatches() const {
       {first, last + 1, layout_.column_at(seen.x), layout_.column_at(seen.right()) + 1});
 }
 
-find_answer WynTextView::findMatch(bool backward, bool is_part_of_change) {
-  found_match const match = find_in_view(*view_, backward);
-  if (match.end != search_end::found) return match;
+search::find_answer WynTextView::findMatch(bool backward, bool is_part_of_change) {
+  search::found_match const match = search::find_in_view(*view_, backward);
+  if (match.end != search::search_end::found) return match;
   view_will_change const scope(*this, true);
   if (is_part_of_change) {
     view_->saved_selection_pending = false;  // the end of this scope keeps the selection for redo
     view_->mark_history->continue_action();
   }
-  select_match(*view_, match);
+  search::select_match(*view_, match);
   return match;
 }
 
-find_answer WynTextView::replaceSelection() {
-  found_replacement const replacement = replacement_for_selection(*view_);
-  if (replacement.end != search_end::found) return replacement;
+search::find_answer WynTextView::replaceSelection() {
+  search::found_replacement const replacement = search::replacement_for_selection(*view_);
+  if (replacement.end != search::search_end::found) return replacement;
   view_will_change const scope(*this, true);
   view_->replace_selection(replacement.text.begin(), replacement.text.end());
   return replacement;
@@ -105,20 +106,20 @@ void WynTextView::recordFind(char const* action, char const* scope) {
 bool WynTextView::replaceAndFind() {
   recordFind("replaceAndFind");
   std::uint32_t const memento = view_->storage->current_memento;
-  find_answer const replaced = replaceSelection();
-  if (!replaced.error.empty() || replaced.end == search_end::cancelled)
-    return log_and_tell(replaced, "");
+  search::find_answer const replaced = replaceSelection();
+  if (!replaced.error.empty() || replaced.end == search::search_end::cancelled)
+    return search::log_and_tell(replaced, "");
   bool const changed = view_->storage->current_memento != memento;
-  return log_and_tell(findMatch(false, changed), "bad regexp: ");
+  return search::log_and_tell(findMatch(false, changed), "bad regexp: ");
 }
 
 // The status bar says why nothing came of it.
 bool WynTextView::findAgain(bool backward) {
   recordFind(backward ? "findPrevious" : "findNext");
-  find_answer const answer = findMatch(backward);
+  search::find_answer const answer = findMatch(backward);
   std::string const sought = WynFindManager::sharedInstance().findPboardString();
   showFindNote(status_for(answer, sought.empty() ? "Nothing to find" : "Not found: " + sought));
-  return log_and_tell(answer, "bad regexp: ");
+  return search::log_and_tell(answer, "bad regexp: ");
 }
 
 // It stays until the next key press or click.
@@ -141,9 +142,9 @@ plist::value WynTextView::replaceAllIn(char const* scope) {
 
 std::size_t WynTextView::internalReplaceAllError(plist::value const& options, std::string& error) {
   abandonMarkedText();
-  all_matches matches(*view_, request_from(options));
+  search::all_matches matches(*view_, request_from(options));
   error = status_for(matches.answer(), "");
-  if (matches.answer().end != search_end::found) return 0;
+  if (matches.answer().end != search::search_end::found) return 0;
   view_will_change const scope(*this, true);
   matches.replace();
   return matches.answer().count;
@@ -173,20 +174,22 @@ std::string WynTextView::performFind(std::string const& action, plist::value con
     return found ? std::to_string(count) + " replaced" : "Nothing replaced";
   }
   if (action == "count") {
-    replace_answer const answer = all_matches(*view_, request_from(options), true).answer();
-    found = answer.end == search_end::found;
+    search::replace_answer const answer =
+        search::all_matches(*view_, request_from(options), true).answer();
+    found = answer.end == search::search_end::found;
     return found ? std::to_string(answer.count) + " matches" : status_for(answer, "Nothing found");
   }
   std::uint32_t const memento = view_->storage->current_memento;
   if (action == "replace" || action == "replaceAndFind") {
-    find_answer const replaced = replaceSelection();
-    found = replaced.end == search_end::found;
-    if (action == "replace" || !replaced.error.empty() || replaced.end == search_end::cancelled)
+    search::find_answer const replaced = replaceSelection();
+    found = replaced.end == search::search_end::found;
+    if (action == "replace" || !replaced.error.empty() ||
+        replaced.end == search::search_end::cancelled)
       return status_for(replaced, "");
   }
   bool const changed = view_->storage->current_memento != memento;
-  find_answer answer = findMatch(action == "findPrevious", changed);
+  search::find_answer answer = findMatch(action == "findPrevious", changed);
   if (!answer.error.empty()) answer.error = "regexp: " + answer.error;
-  found = answer.end == search_end::found;
+  found = answer.end == search::search_end::found;
   return status_for(answer, "Not found");
 }

@@ -32,11 +32,11 @@ void WynTextView::closeIncrementalSearchWindow() {
 }
 
 bool WynTextView::findNextIncrementalSearchString(bool from_end) {
-  return selectIncrementalMatch(&find_forward, from_end);
+  return selectIncrementalMatch(&search::find_forward, from_end);
 }
 
 bool WynTextView::findPreviousIncrementalSearchString(bool from_start) {
-  return selectIncrementalMatch(&find_backward, from_start);
+  return selectIncrementalMatch(&search::find_backward, from_start);
 }
 
 bool WynTextView::selectIncrementalMatch(text::iterator (*find)(text::view*, std::u16string const&,

@@ -260,14 +260,14 @@ TEST_F(find, what_is_found_is_what_a_plain_search_finds) {
     std::u16string const sought = random.text(1 + random.up_to(3), u"ab\n");
     std::size_t const from = random.up_to(text.size());
     for (bool const pattern : {false, true}) {
-      text_query const query(sought, pattern, false);
-      text_searcher searcher(query, text, never);
-      bool const next = searcher.next(from, text.size()) == search_end::found;
+      search::text_query const query(sought, pattern, false);
+      search::text_searcher searcher(query, text, never);
+      bool const next = searcher.next(from, text.size()) == search::search_end::found;
       EXPECT_EQ(next ? searcher.begin() : text.npos, text.find(sought, from)) << seed;
       std::size_t const before =
           pattern ? (from == 0 ? text.npos : text.rfind(sought, from - 1))
                   : (from < sought.size() ? text.npos : text.rfind(sought, from - sought.size()));
-      bool const previous = searcher.previous(0, from) == search_end::found;
+      bool const previous = searcher.previous(0, from) == search::search_end::found;
       EXPECT_EQ(previous ? searcher.begin() : text.npos, before) << seed;
     }
   }
