@@ -12,6 +12,8 @@ namespace text {
 class view;
 }
 
+namespace layout {
+
 /// A text with styles, as rows of it are drawn: in a text view or on a page. Main thread only.
 class drawn_text {
  public:
@@ -29,3 +31,5 @@ class drawn_text {
  protected:
   ~drawn_text() = default;
 };
+
+}  // namespace layout

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace layout {
+
 using platform::point;
 using platform::rect;
 
@@ -148,3 +150,5 @@ point distance_beyond(rect const& r, point p) {
   };
   return {beyond(p.x, r.x, r.right()), beyond(p.y, r.y, r.bottom())};
 }
+
+}  // namespace layout

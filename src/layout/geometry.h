@@ -3,6 +3,7 @@
 #include "platform/region.h"
 #include "text/view_iterator.h"
 
+namespace layout {
 class laid_out_view;
 
 /// Where things of the text stand in a view, in its coordinates. The view must show a document.
@@ -33,3 +34,5 @@ bool is_in_selection(laid_out_view const& text_view, platform::point p);
 
 /// How far a point lies outside of a rectangle, to the right and down; 0 where it doesn't.
 platform::point distance_beyond(platform::rect const& r, platform::point p);
+
+}  // namespace layout

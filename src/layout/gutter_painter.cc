@@ -6,6 +6,8 @@
 #include <cmath>
 #include <string>
 
+namespace layout {
+
 using platform::color;
 using platform::rect;
 using line_type = text::view::folding_filter::line_type;
@@ -69,3 +71,5 @@ void gutter_painter::paint_line_number(rect const& gutter, std::size_t row, std:
   g_.draw_run(std::u16string(digits.begin(), digits.end()),
               {x, layout_.y_of_row(row) + layout_.ascend()}, layout_.charWidth(), {c});
 }
+
+}  // namespace layout

@@ -7,6 +7,8 @@ namespace text {
 class view;
 }
 
+namespace layout {
+
 /// Paints the gutter: line numbers, bookmarks, marks of folds and of wrapped rows. Used for as long
 /// as something is drawn.
 class gutter_painter {
@@ -37,3 +39,5 @@ class gutter_painter {
   platform::rect clip_;
   parts shown_;
 };
+
+}  // namespace layout

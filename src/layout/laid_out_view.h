@@ -8,6 +8,8 @@ namespace text {
 class view;
 }
 
+namespace layout {
+
 /// A view on the grid of a TextLayout, as geometry needs it. Main thread only.
 class laid_out_view {
  public:
@@ -27,3 +29,5 @@ class laid_out_view {
  protected:
   ~laid_out_view() = default;
 };
+
+}  // namespace layout

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <optional>
 
+namespace layout {
+
 using platform::color;
 using platform::point;
 using platform::rect;
@@ -113,3 +115,5 @@ void row_painter::paint_mark(char16_t mark, std::size_t column, double baseline)
   g_.draw_cluster({&mark, 1}, {layout_.x_of_column(column), baseline}, layout_.charWidth(),
                   {colors_.invisibles});
 }
+
+}  // namespace layout

@@ -4,6 +4,8 @@
 #include "layout/row_text.h"
 #include "styles/view_colors.h"
 
+namespace layout {
+
 /// Paints rows of text on the grid of a layout, in a text view or on a page: the backgrounds of
 /// scopes, then, over what the caller paints between, the letters. Rows count from the top of the
 /// layout. Used for as long as something is drawn.
@@ -36,3 +38,5 @@ class row_painter {
   platform::rect clip_;
   bool show_invisibles_;
 };
+
+}  // namespace layout

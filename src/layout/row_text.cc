@@ -10,6 +10,7 @@
 #include "text/tab_width.h"
 #include "text/view.h"
 
+namespace layout {
 namespace {
 
 // The unit at which a row is broken belongs to none, and yet that of a long word has to be seen.
@@ -140,3 +141,5 @@ row_text visible_text(drawn_text const& text_view, std::size_t row, std::size_t 
   }
   return result;
 }
+
+}  // namespace layout

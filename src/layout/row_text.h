@@ -8,6 +8,7 @@
 #include "layout/text_cells.h"
 #include "styles/scope_style.h"
 
+namespace layout {
 class drawn_text;
 
 /// One row of text as it is drawn: the units of the columns that are looked at, with what an input
@@ -45,3 +46,5 @@ struct row_text {
 /// whose storage the mutex is held.
 row_text visible_text(drawn_text const& text, std::size_t row, std::size_t first_column,
                       std::size_t last_column);
+
+}  // namespace layout

@@ -98,8 +98,8 @@ void WynCompletionManager::show() {
   rows_ = std::move(rows);
   if (rows_.empty()) return list()->hide_rows();
   text::iterator const start(start_, view_->view()->storage);
-  platform::point const at = position_of(*view_, {view_->view(), start});
-  platform::rect const caret = caret_rectangle(*view_);
+  platform::point const at = layout::position_of(*view_, {view_->view(), start});
+  platform::rect const caret = layout::caret_rectangle(*view_);
   list()->show_rows(rows_, selected_,
                     {at.x, at.y, std::max(caret.x - at.x, 1.0), view_->layout().lineHeight()});
 }

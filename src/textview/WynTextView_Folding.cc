@@ -104,7 +104,8 @@ rect WynTextView::foldEllipsis(std::size_t row) const {
   double const width = ellipsis_size.width * layout_.imageScale();
   double const height = ellipsis_size.height * layout_.imageScale();
   double const y = layout_.y_of_row(row) + std::round((layout_.lineHeight() - height) / 2);
-  return {position_of(*this, end).x + std::round(layout_.charWidth() / 2), y, width, height};
+  return {layout::position_of(*this, end).x + std::round(layout_.charWidth() / 2), y, width,
+          height};
 }
 
 std::optional<std::size_t> WynTextView::rowOfEllipsisAt(point p) const {

@@ -85,7 +85,7 @@ bool WynTextView::hasSelection() const {
 std::optional<std::size_t> WynTextView::chooseFromMenu(
     std::vector<platform::menu_item> const& items, bool at_mouse) {
   if (host_ == nullptr || view_ == nullptr) return std::nullopt;
-  platform::rect const caret = caret_rectangle(*this);
+  platform::rect const caret = layout::caret_rectangle(*this);
   std::optional<platform::point> place;
   if (!at_mouse) place = platform::point{caret.x, caret.y + layout_.lineHeight()};
   return host_->choose_from_menu(items, place);

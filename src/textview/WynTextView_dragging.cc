@@ -15,7 +15,7 @@ void WynTextView::startDragForEvent(platform::mouse_event const& event) {
   mouse_->forget_press();
   if (host_ == nullptr || !view_->has_selection()) return;
   std::vector<rect> shape;
-  for (rect const& r : selection_region(*this, host_->visible_rect()).rects()) {
+  for (rect const& r : layout::selection_region(*this, host_->visible_rect()).rects()) {
     rect const shown = r.intersection(visibleTextRect());
     if (!shown.empty()) shape.push_back(shown);
   }

@@ -39,7 +39,7 @@ class painter {
     dirty_ = text_area;
     read_rows();
     paint_wrap_margin();
-    row_painter rows(g_, layout_, colors_, dirty_, text_view_.showInvisibles());
+    layout::row_painter rows(g_, layout_, colors_, dirty_, text_view_.showInvisibles());
     for (std::size_t i = 0; i < rows_.size(); ++i)
       rows.paint_backgrounds(rows_[i], first_row() + i);
     paint_current_line();
@@ -63,13 +63,13 @@ class painter {
   void read_rows() {
     std::size_t const first = layout_.column_at(dirty_.x);
     for (std::size_t row = first_row(); row <= last_row(); ++row)
-      rows_.push_back(visible_text(text_view_, row, first == 0 ? 0 : first - 1,
-                                   layout_.column_at(dirty_.right()) + 1));
+      rows_.push_back(layout::visible_text(text_view_, row, first == 0 ? 0 : first - 1,
+                                           layout_.column_at(dirty_.right()) + 1));
   }
 
   void paint_gutter(rect const& gutter) {
-    gutter_painter(g_, view_, layout_, colors_, dirty_,
-                   {text_view_.lineNumbers(), text_view_.showSoftWrapInGutter()})
+    layout::gutter_painter(g_, view_, layout_, colors_, dirty_,
+                           {text_view_.lineNumbers(), text_view_.showSoftWrapInGutter()})
         .paint(gutter, first_row(), last_row());
   }
 
@@ -104,7 +104,7 @@ class painter {
     for (auto const& [first, last] : text_view_.snippetFields()) {
       paint_range(first, last, colors_.field);
       if (!(first == last)) continue;
-      auto const at = position_of(text_view_, text::view_iterator(&view_, first));
+      auto const at = layout::position_of(text_view_, text::view_iterator(&view_, first));
       fill({at.x - 1, at.y, 3, layout_.lineHeight()}, colors_.field);
     }
   }
@@ -115,19 +115,19 @@ class painter {
       std::size_t const begin = view_.line_in_view(from), end = view_.line_in_view(to);
       for (std::size_t row = std::max(begin, first_row()); row <= std::min(end, last_row());
            ++row) {
-        double const left = row == begin ? position_of(text_view_, from).x : layout_.left();
-        double const right = position_of(text_view_, row == end ? to : view_.end(row)).x;
+        double const left = row == begin ? layout::position_of(text_view_, from).x : layout_.left();
+        double const right = layout::position_of(text_view_, row == end ? to : view_.end(row)).x;
         fill({left, layout_.y_of_row(row), right - left, layout_.lineHeight()}, c);
       }
     }
   }
 
   void paint_selection() {
-    wyn::region const selected = selection_region(text_view_, dirty_);
+    wyn::region const selected = layout::selection_region(text_view_, dirty_);
     for (rect const& r : selected.rects()) fill(r, colors_.selection);
   }
 
-  bool ends_line(row_text const& text, std::size_t row) const {
+  bool ends_line(layout::row_text const& text, std::size_t row) const {
     return text.ends_here && view_.begin(row).base.line + std::size_t{1} < view_.storage->lines();
   }
 
@@ -142,7 +142,7 @@ class painter {
     auto const drop = text_view_.dropCaret();
     if (drop && drop->intersects(dirty_)) g_.fill_rect(*drop, colors_.caret);
     if (!text_view_.caretIsVisible() || !text_view_.host()->is_first_responder()) return;
-    rect const caret = caret_rectangle(text_view_);
+    rect const caret = layout::caret_rectangle(text_view_);
     if (caret.intersects(dirty_)) g_.fill_rect(caret, colors_.caret);
   }
 
@@ -152,7 +152,7 @@ class painter {
   platform::graphics& g_;
   rect dirty_;
   view_colors colors_;
-  std::vector<row_text> rows_;  // from first_row() on
+  std::vector<layout::row_text> rows_;  // from first_row() on
 };
 
 }  // namespace

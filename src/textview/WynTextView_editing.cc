@@ -335,7 +335,7 @@ void WynTextView::set_marked_text(std::u16string_view text, std::size_t offset,
   markedText_ = text;
   markedCaret_ = std::min(offset + length, text.size());
   showCaret();
-  std::size_t const row = view_->line_in_view(marked_text_place(*view_));
+  std::size_t const row = view_->line_in_view(layout::marked_text_place(*view_));
   setNeedsDisplayOfLines(row, row + 1);
 }
 
@@ -349,7 +349,7 @@ void WynTextView::abandonMarkedText() {
   if (markedText_.empty()) return;
   bool const is_line = markedText_.find(u'\n') == markedText_.npos;
   if (view_ != nullptr && iSearchWindow_ == nullptr && is_line)
-    abandoned_ = {markedText_, marked_text_place(*view_).base.pos(),
+    abandoned_ = {markedText_, layout::marked_text_place(*view_).base.pos(),
                   view_->storage->current_memento};
   markedText_.clear();
   setNeedsDisplay();

@@ -60,7 +60,7 @@ void WynTextView::pastePrimarySelectionAt(point p) {
   auto const clip = actions::clip_of(platform::desktop::current().primary_selection());
   if (!clip) return;
   view_will_change const scope(*this, true);
-  view_->selection.set_caret(position_at(*this, p, text::freehanded_t::automatic));
+  view_->selection.set_caret(layout::position_at(*this, p, text::freehanded_t::automatic));
   view_->insert(clip->text.begin(), clip->text.end());
 }
 
@@ -81,9 +81,9 @@ void WynTextView::publishPrimarySelection() {
 void WynTextView::showContextMenu(point p) {
   if (host_ == nullptr) return;
   text::selection const& selection = view_->selection;
-  if (selection.empty() || !selection_region(*this, host_->visible_rect()).contains(p)) {
+  if (selection.empty() || !layout::selection_region(*this, host_->visible_rect()).contains(p)) {
     view_will_change const scope(*this, true);
-    view_->selection.set_caret(position_at(*this, p, text::freehanded_t::automatic));
+    view_->selection.set_caret(layout::position_at(*this, p, text::freehanded_t::automatic));
   }
   host_->show_context_menu(contextMenu_, p);
 }

@@ -102,7 +102,7 @@ void WynTextView::flashPartner() {
     if (pair.close != *typed || typed < top) continue;
     auto const partner = opening_before(typed, top, pair);
     if (!partner || !view_->is_visible(*partner)) continue;
-    platform::point const at = position_of(*this, {view_, *partner});
+    platform::point const at = layout::position_of(*this, {view_, *partner});
     platform::rect const r{at.x, at.y, layout_.charWidth(), layout_.lineHeight()};
     if (r.intersects(visible)) flash_.show(r, *host_);
     return;

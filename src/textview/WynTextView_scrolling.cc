@@ -169,7 +169,7 @@ void WynTextView::scrollRectToVisible(rect const& r) {
 void WynTextView::centerSelectionInVisibleArea() {
   if (host_ == nullptr || view_ == nullptr) return;
   rect const visible = visibleTextRect();
-  rect const caret = caret_rectangle(*this);
+  rect const caret = layout::caret_rectangle(*this);
   rect target = caret;
   if (!visible.contains(caret)) {
     target.y = std::max(0.0, std::round(caret.y - (visible.height - caret.height) / 2));
@@ -293,9 +293,9 @@ void WynTextView::showCaret() {
 void WynTextView::blinkCaret() {
   if (host_ == nullptr || view_ == nullptr) return;
   caretVisible_ = !caretVisible_;
-  host_->set_needs_display(caret_rectangle(*this).intersection(host_->visible_rect()));
+  host_->set_needs_display(layout::caret_rectangle(*this).intersection(host_->visible_rect()));
 }
 
 rect WynTextView::caret_rect() const {
-  return view_ != nullptr ? caret_rectangle(*this) : rect{};
+  return view_ != nullptr ? layout::caret_rectangle(*this) : rect{};
 }

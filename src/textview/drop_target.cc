@@ -33,7 +33,7 @@ std::uint32_t drop_target::operation_for(drag_info const& info) const {
   bool const can_copy = info.operations & operation::copy;
   std::uint32_t const generic = info.operations & operation::generic;
   if (!info.is_from_this_view) return can_copy ? operation::copy : generic;
-  if (is_in_selection(text_view_, info.position)) return operation::none;
+  if (layout::is_in_selection(text_view_, info.position)) return operation::none;
   if (generic != 0) return generic;
   return can_copy ? operation::copy : operation::none;
 }
@@ -59,7 +59,7 @@ void drop_target::exit() {
 // Kept from the corner of what is visible, since the text scrolls under it.
 void drop_target::set_position(point p) {
   redraw_caret();
-  rect const visible = visible_rect_of(text_view_);
+  rect const visible = layout::visible_rect_of(text_view_);
   in_visible_ = point{p.x - visible.x, p.y - visible.y};
   redraw_caret();
 }
@@ -74,8 +74,8 @@ std::optional<rect> drop_target::caret() const {
     return std::nullopt;
   rect const visible = text_view_.host()->visible_rect();
   point const p{in_visible_->x + visible.x, in_visible_->y + visible.y};
-  point const at =
-      position_of(text_view_, position_at(text_view_, p, text::freehanded_t::automatic));
+  point const at = layout::position_of(
+      text_view_, layout::position_at(text_view_, p, text::freehanded_t::automatic));
   return rect{at.x, at.y, 1, text_view_.layout().lineHeight()};
 }
 
@@ -84,8 +84,8 @@ void drop_target::scroll_towards_edge() {
   if (text_view_.host() == nullptr || text_view_.view() == nullptr || !in_visible_) return;
   rect const whole = text_view_.host()->visible_rect();
   double const edge = text_view_.layout().lineHeight();
-  point const by = distance_beyond(text_view_.visibleTextRect().inset(edge, edge),
-                                   {in_visible_->x + whole.x, in_visible_->y + whole.y});
+  point const by = layout::distance_beyond(text_view_.visibleTextRect().inset(edge, edge),
+                                           {in_visible_->x + whole.x, in_visible_->y + whole.y});
   if (by == point{}) return;
   redraw_caret();
   text_view_.host()->scroll_to({whole.x + by.x, whole.y + by.y});
@@ -99,7 +99,7 @@ bool drop_target::perform(drag_info const& info) {
   exit();
   if (wanted == operation::none) return false;
   text::view_iterator const to =
-      position_at(text_view_, info.position, text::freehanded_t::automatic);
+      layout::position_at(text_view_, info.position, text::freehanded_t::automatic);
   if (info.content.get(type::quirnote)["Content"].as_string())
     return drop_text(info, to, wanted == operation::generic);
   if (plist::value const files = info.content.get(type::file_list); !files.elements().empty()) {

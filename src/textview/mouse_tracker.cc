@@ -93,7 +93,7 @@ bool mouse_tracker::arm_drag(mouse_event const& event) {
     return false;
   std::uint32_t const held = event.modifiers & kept_flags;
   bool const is_free = held == 0 || (held == modifier::command && !host->is_window_key());
-  if (!is_free || !is_in_selection(text_view_, event.position)) return false;
+  if (!is_free || !layout::is_in_selection(text_view_, event.position)) return false;
   double const delay = settings::store().real("NSDragAndDropTextDelay") / 1000;
   arm_ = drag_arm::waiting;
   arm_timer_ = platform::desktop::current().loop().schedule(delay, false, [this] {
@@ -122,7 +122,7 @@ void mouse_tracker::select_at(mouse_event const& event) {
                                                       : granularity::unit;
   view_will_change const scope(text_view_, true);
   text::selection& selection = text_view_.view()->selection;
-  selection.set_caret(position_at(text_view_, event.position, freehanded_for(columns)));
+  selection.set_caret(layout::position_at(text_view_, event.position, freehanded_for(columns)));
   if (granularity_ == granularity::word) text_view_.performSelectorWithObject("selectWord:", {});
   if (granularity_ == granularity::line)
     text_view_.performSelectorWithObject("selectHardLine:", {});
@@ -139,7 +139,8 @@ void mouse_tracker::select_at_armed_press(std::uint32_t modifiers) {
 // The end that is nearer to the click moves, by lines and then by columns.
 void mouse_tracker::extend_selection_to(point p) {
   text::selection& selection = text_view_.view()->selection;
-  text::view_iterator const to = position_at(text_view_, p, freehanded_for(selection.column_mode));
+  text::view_iterator const to =
+      layout::position_at(text_view_, p, freehanded_for(selection.column_mode));
   if (!selection.empty()) {
     text::view_iterator const first = selection.first(), last = selection.last();
     auto const distance = [&](text::view_iterator const& end) {
@@ -172,12 +173,12 @@ void mouse_tracker::drag(mouse_event const& event) {
 }
 
 void mouse_tracker::set_position(point p) {
-  rect const visible = visible_rect_of(text_view_);
+  rect const visible = layout::visible_rect_of(text_view_);
   in_visible_ = {p.x - visible.x, p.y - visible.y};
 }
 
 point mouse_tracker::position() const {
-  rect const visible = visible_rect_of(text_view_);
+  rect const visible = layout::visible_rect_of(text_view_);
   return {in_visible_.x + visible.x, in_visible_.y + visible.y};
 }
 
@@ -192,13 +193,14 @@ void mouse_tracker::select_to_mouse() {
   text::view& view = *text_view_.view();
   text::selection& selection = view.selection;
   if (granularity_ == granularity::unit) {
-    selection.select_to(position_at(text_view_, position(), freehanded_for(columns)), columns);
+    selection.select_to(layout::position_at(text_view_, position(), freehanded_for(columns)),
+                        columns);
     return;
   }
   // The word or line under the mouse joins what the press selected; what is selected now, if the
   // text has changed under the mouse, by a key or by another program.
   if (view.storage->current_memento != anchor_memento_) take_anchor();
-  selection.set_caret(position_at(text_view_, position(), text::freehanded_t::off));
+  selection.set_caret(layout::position_at(text_view_, position(), text::freehanded_t::off));
   granularity_ == granularity::word ? actions::select_word(&view)
                                     : actions::select_hard_line(&view);
   text::view_iterator const first = std::min(selection.first(), anchor_.first());
@@ -222,7 +224,7 @@ void mouse_tracker::start_autoscroll() {
 
 // While the mouse is held outside, the view follows it, faster the farther away it is.
 void mouse_tracker::autoscroll() {
-  point const by = distance_beyond(text_view_.visibleTextRect(), position());
+  point const by = layout::distance_beyond(text_view_.visibleTextRect(), position());
   if (by == point{}) return;
   rect const whole = text_view_.host()->visible_rect();
   text_view_.host()->scroll_to({whole.x + by.x, whole.y + by.y});

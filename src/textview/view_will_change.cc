@@ -23,7 +23,7 @@ rect corner_of_columns(WynTextView const& text_view) {
   std::size_t const line = box.reversed_lines ? box.first_line : box.last_line - 1;
   std::size_t const column = box.reversed_columns ? box.first_column : box.last_column;
   auto const corner = iter_from_hybrid_pos(&view, line, column, text::freehanded_t::on);
-  platform::point const at = position_of(text_view, corner);
+  platform::point const at = layout::position_of(text_view, corner);
   return {at.x, at.y, 1, text_view.layout().lineHeight()};
 }
 
@@ -36,8 +36,8 @@ view_will_change::view_will_change(WynTextView& tv, bool grouped)
       group(grouped) {
   text::view& view = *text_view.view();
   if (is_seen) {
-    old_region = selection_region(tv, visible_rect_of(tv));
-    old_caret = caret_rectangle(tv);
+    old_region = layout::selection_region(tv, layout::visible_rect_of(tv));
+    old_caret = layout::caret_rectangle(tv);
   }
   if (group) view.storage->undo_manager.begin_group();
   if (++text_view.viewChangeNesting_ == 1) {
@@ -81,7 +81,7 @@ void view_will_change::show_outcome(bool center, bool outermost) {
   mark_refreshed_lines();
   bool const moved = !(view.selection == view.saved_selection);
   bool const changed = outermost && view.storage->current_memento != memento;
-  if (moved || !(caret_rectangle(text_view) == old_caret)) {
+  if (moved || !(layout::caret_rectangle(text_view) == old_caret)) {
     mark_moved_selection();
     if (!center) scroll_to_selection();
   }
@@ -93,7 +93,7 @@ void view_will_change::show_outcome(bool center, bool outermost) {
     text_view.selectionDidChange();
   }
   if (center) text_view.centerSelectionNowAndLater();
-  if (view.scroll_caret_pending) text_view.scrollRectToVisible(caret_rectangle(text_view));
+  if (view.scroll_caret_pending) text_view.scrollRectToVisible(layout::caret_rectangle(text_view));
   text_view.symbols_->update(false);
   WynCompletionManager::sharedInstance().follow(text_view);
 }
@@ -111,13 +111,13 @@ void view_will_change::end_outermost() {
 
 bool view_will_change::selection_is_out_of_sight() const {
   rect const visible = text_view.visibleTextRect();
-  rect const caret = caret_rectangle(text_view);
+  rect const caret = layout::caret_rectangle(text_view);
   if (!visible.contains(caret)) return true;
   // A region cut to the visible part cannot tell that more lies outside: look at both ends.
   text::selection const& selection = text_view.view()->selection;
   double const height = text_view.layout().lineHeight();
   for (auto const& end : {selection.first(), selection.last()}) {
-    platform::point const at = position_of(text_view, end);
+    platform::point const at = layout::position_of(text_view, end);
     if (!visible.contains(rect{at.x, at.y, 1, height})) return true;
   }
   return false;
@@ -138,7 +138,7 @@ void view_will_change::mark_refreshed_lines() {
   text_view.setNeedsDisplayOfLines(view.first_refresh_line, view.last_refresh_line);
   // A block that begins or ends no more changes the marks of other lines.
   TextLayout const& layout = text_view.layout();
-  rect const visible = visible_rect_of(text_view);
+  rect const visible = layout::visible_rect_of(text_view);
   double const x = visible.x + layout.gutterWidth() - layout.foldWidth();
   if (layout.foldWidth() > 0 && text_view.host() != nullptr)
     text_view.host()->set_needs_display({x, visible.y, layout.foldWidth(), visible.height});
@@ -148,10 +148,10 @@ void view_will_change::mark_moved_selection() {
   platform::view_host* const host = text_view.host();
   if (host == nullptr) return;
   rect const visible = host->visible_rect();
-  wyn::region const fresh = selection_region(text_view, visible);
+  wyn::region const fresh = layout::selection_region(text_view, visible);
   for (rect const& r : fresh.exclusive_or(old_region).rects())
     host->set_needs_display(r.intersection(visible));
-  for (rect const& caret : {old_caret, caret_rectangle(text_view)}) {
+  for (rect const& caret : {old_caret, layout::caret_rectangle(text_view)}) {
     rect const around = {caret.x - 4, caret.y, caret.width + 8, caret.height};
     host->set_needs_display(around.intersection(visible));
   }
@@ -161,7 +161,7 @@ void view_will_change::mark_moved_selection() {
 void view_will_change::scroll_to_selection() {
   text::view const& view = *text_view.view();
   rect r = view.has_selection() && view.selection.column_mode ? corner_of_columns(text_view)
-                                                              : caret_rectangle(text_view);
+                                                              : layout::caret_rectangle(text_view);
   r.x -= 40;
   r.width += 80;
   text_view.scrollRectToVisible(r);

@@ -258,7 +258,7 @@ TEST_F(text_view, shows_bookmarks_that_a_click_in_the_gutter_sets) {
 TEST_F(text_view, keeps_the_caret_in_sight) {
   set("|" + std::string(300, 'x'));
   perform("moveToEndOfLine:");
-  EXPECT_TRUE(view.visibleTextRect().contains(caret_rectangle(view)));
+  EXPECT_TRUE(view.visibleTextRect().contains(layout::caret_rectangle(view)));
   perform("moveToBeginningOfLine:");
   EXPECT_EQ(host.visible_rect().x, 0);
 }
@@ -304,7 +304,8 @@ TEST_F(text_view, a_click_goes_to_the_nearer_edge_of_a_wide_character) {
   std::pair<double, std::uint32_t> const clicks[] = {{0.4, 0}, {0.9, 1}, {1.9, 1}, {2.1, 2},
                                                      {3.9, 2}, {4.1, 3}, {5.4, 3}, {5.6, 4}};
   for (auto const& [column, unit] : clicks) {
-    auto const at = position_at(view, {left + column * cell, 5}, text::freehanded_t::automatic);
+    auto const at =
+        layout::position_at(view, {left + column * cell, 5}, text::freehanded_t::automatic);
     EXPECT_EQ(at.base.column, unit) << column;
   }
 }
@@ -483,19 +484,20 @@ TEST_F(text_view, blinks_while_it_has_the_keys) {
 
 TEST_F(text_view, a_line_height_delta_takes_the_leading_away) {
   set("|a");
-  EXPECT_EQ(caret_rectangle(view).height, 16);
+  EXPECT_EQ(layout::caret_rectangle(view).height, 16);
   platform::user_defaults::standard().set("WynLineHeightDelta", -2);
   view.setFontSize(24);
   view.setFontSize(12);
-  EXPECT_EQ(caret_rectangle(view).height, 14);
+  EXPECT_EQ(layout::caret_rectangle(view).height, 14);
 }
 
 TEST_F(text_view, an_overwriting_caret_is_a_cell_wide_also_at_the_line_end) {
   set("a|b");
   view.setOverwriteMode(true);
-  EXPECT_EQ(caret_rectangle(view), (platform::rect{left + cell, top + row - 1, cell, 1}));
+  EXPECT_EQ(layout::caret_rectangle(view), (platform::rect{left + cell, top + row - 1, cell, 1}));
   set("ab|\nc");
-  EXPECT_EQ(caret_rectangle(view), (platform::rect{left + 2 * cell, top + row - 1, cell, 1}));
+  EXPECT_EQ(layout::caret_rectangle(view),
+            (platform::rect{left + 2 * cell, top + row - 1, cell, 1}));
   view.insert_text(u"x");
   EXPECT_EQ(get(), "abx|\nc");
   set("|ab\nc");
