@@ -91,12 +91,13 @@ std::vector<platform::menu_item> theme_items() {
 // A menu of a hundred thousand items takes the desktop half a minute, and nobody reads it: those
 // around the caret are shown, with how many others there are.
 std::vector<platform::menu_item> symbol_items(WynTextView const& view) {
-  std::vector<symbol> const& symbols = view.functionPopUp();
+  std::vector<styles::symbol> const& symbols = view.functionPopUp();
   std::size_t first = 0, last = symbols.size();
   if (symbols.size() > most_symbols_in_menu) {
     std::size_t const line = view.view()->selection.current_mark.base.line + std::size_t{1};
-    auto const at = std::partition_point(symbols.begin(), symbols.end(),
-                                         [&](symbol const& each) { return each.line <= line; });
+    auto const at =
+        std::partition_point(symbols.begin(), symbols.end(),
+                             [&](styles::symbol const& each) { return each.line <= line; });
     auto const above = static_cast<std::size_t>(at - symbols.begin());
     first = std::min(above - std::min(above, most_symbols_in_menu / 2),
                      symbols.size() - most_symbols_in_menu);
@@ -242,7 +243,7 @@ void AppDelegate::didFinishLaunching() {
   applicationDidBecomeActive();
   openLaunchArguments();
   bundleWatcher_ = std::make_unique<bundle_watcher>(BundleManager::sharedInstance());
-  themeWatcher_ = std::make_unique<theme_watcher>(WynThemeManager::sharedInstance());
+  themeWatcher_ = std::make_unique<styles::theme_watcher>(WynThemeManager::sharedInstance());
   bool const wanted = defaults.string("WynAppDelegateOpenUntitledDocument") != "never";
   if (controllers_.empty() && wanted) newDocument();
   postWhileAlive([this] {

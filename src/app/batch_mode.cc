@@ -267,7 +267,7 @@ class batch_run {
     if (line < storage.lines() && column <= storage.size(line)) {
       wait_for_scopes(view, line);
       if (options_.explain_key.empty())
-        output_.put(scope_report(view, {line, column}));
+        output_.put(styles::scope_report(view, {line, column}));
       else
         explain_key(view, line, column);
     } else {

@@ -63,7 +63,7 @@ std::string batch_scopes(WynTextView const& text_view) {
 std::string batch_styles(WynTextView const& text_view) {
   auto const background = text_view.styleOfPath(0).background;
   return lines_with_runs(text_view, [&](path_id path) {
-    drawn_style const& style = text_view.styleOfPath(path);
+    styles::drawn_style const& style = text_view.styleOfPath(path);
     std::string text = hexadecimal(style.text.foreground);
     if (style.background && style.background != background)
       text += " on " + hexadecimal(*style.background);
@@ -78,7 +78,7 @@ std::string batch_symbols(WynTextView& text_view) {
   wait_for_scopes(text_view);
   text_view.buildFunctionPopUp();
   std::string out;
-  for (symbol const& each : text_view.functionPopUp())
+  for (styles::symbol const& each : text_view.functionPopUp())
     out += std::to_string(each.line - 1) + "\t" + each.name + "\n";
   return out;
 }

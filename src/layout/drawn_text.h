@@ -23,7 +23,7 @@ class drawn_text {
   virtual grammar::tokenize_filter* tokenizer() const = 0;
   /// How text with a path of the tokenizer is drawn; 0 is the empty path, also without a tokenizer.
   /// Good until something else is drawn.
-  virtual drawn_style const& styleOfPath(grammar::path_tree::id id) const = 0;
+  virtual styles::drawn_style const& styleOfPath(grammar::path_tree::id id) const = 0;
   /// What an input method is composing, shown at marked_text_place(); it is no part of the text
   /// yet.
   virtual std::u16string const& markedText() const = 0;

@@ -19,7 +19,7 @@ class gutter_painter {
 
   /// Nothing outside of `clip` is filled. The references must outlive the painter.
   gutter_painter(platform::graphics& g, text::view const& view, TextLayout const& layout,
-                 view_colors const& colors, platform::rect const& clip, parts shown)
+                 styles::view_colors const& colors, platform::rect const& clip, parts shown)
       : g_(g), view_(view), layout_(layout), colors_(colors), clip_(clip), shown_(shown) {}
 
   /// The rows of a closed range, in the gutter's rectangle.
@@ -35,7 +35,7 @@ class gutter_painter {
   platform::graphics& g_;
   text::view const& view_;
   TextLayout const& layout_;
-  view_colors const& colors_;
+  styles::view_colors const& colors_;
   platform::rect clip_;
   parts shown_;
 };

@@ -12,7 +12,7 @@ namespace layout {
 class row_painter {
  public:
   /// Nothing outside of `clip` is filled. The references must outlive the painter.
-  row_painter(platform::graphics& g, TextLayout const& layout, view_colors const& colors,
+  row_painter(platform::graphics& g, TextLayout const& layout, styles::view_colors const& colors,
               platform::rect const& clip, bool show_invisibles)
       : g_(g), layout_(layout), colors_(colors), clip_(clip), show_invisibles_(show_invisibles) {}
 
@@ -34,7 +34,7 @@ class row_painter {
 
   platform::graphics& g_;
   TextLayout const& layout_;
-  view_colors const& colors_;
+  styles::view_colors const& colors_;
   platform::rect clip_;
   bool show_invisibles_;
 };

@@ -85,7 +85,7 @@ void add_spans(drawn_text const& text_view, grammar::line_tokens const& tokens, 
     std::size_t at = token.column - begin.column;
     if (at >= row.marked_first) at += marked;
     if (at >= row.units.size()) break;
-    drawn_style const& style = text_view.styleOfPath(token.path);
+    styles::drawn_style const& style = text_view.styleOfPath(token.path);
     if (style != row.spans.back().style) row.spans.push_back({at, style});
   }
 }

@@ -16,7 +16,7 @@ class drawn_text;
 struct row_text {
   struct span {
     std::size_t first;  ///< up to the next one or the end
-    drawn_style style;
+    styles::drawn_style style;
   };
 
   std::u16string units;
@@ -29,7 +29,7 @@ struct row_text {
   /// isn't looked at.
   std::optional<platform::color> background_after;
 
-  drawn_style const& style_at(std::size_t index) const { return span_at(index)->style; }
+  styles::drawn_style const& style_at(std::size_t index) const { return span_at(index)->style; }
   std::size_t end_of_style(std::size_t index) const {
     auto const next = span_at(index) + 1;
     return next == spans.end() ? units.size() : next->first;

@@ -32,8 +32,8 @@ std::vector<std::string> theme_folders() {
 
 bool has_dark_background(WynThemeManager::theme const& theme) {
   for (plist::value const& rule : theme.data["settings"].elements())
-    if (auto const c = NSColorForKey(rule["settings"], "background"); c && !rule["scope"])
-      return is_dark(*c);
+    if (auto const c = styles::NSColorForKey(rule["settings"], "background"); c && !rule["scope"])
+      return styles::is_dark(*c);
   return false;
 }
 

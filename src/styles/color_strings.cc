@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+namespace styles {
 namespace {
 
 std::optional<std::array<unsigned, 4>> bytes_of(std::string const& string) {
@@ -47,3 +48,5 @@ std::optional<platform::color> NSColorForKey(plist::value const& dictionary, std
 bool is_dark(platform::color c) {
   return c.red * 299 + c.green * 587 + c.blue * 114 < 128 * 1000;
 }
+
+}  // namespace styles

@@ -8,6 +8,8 @@
 #include "platform/graphics.h"
 #include "plist/value.h"
 
+namespace styles {
+
 /// Colours as themes write them: "#RRGGBB" or "#RRGGBBAA" in hexadecimal.
 
 /// Red, green, blue and alpha, each from 0 to 1; opaque black for what is no colour.
@@ -22,3 +24,5 @@ bool is_dark(platform::color c);
 std::optional<platform::color> NSColorFromString(std::string const& string);
 /// That of the dictionary's value.
 std::optional<platform::color> NSColorForKey(plist::value const& dictionary, std::string_view key);
+
+}  // namespace styles

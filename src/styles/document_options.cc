@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace styles {
+
 document_options document_options::stored(std::string_view root_scope) {
   auto& defaults = settings::store();
   using scoped_settings::value_for;
@@ -18,3 +20,5 @@ document_options document_options::stored(std::string_view root_scope) {
           soft_wrap.boolean_or(defaults.boolean("WynTextViewSoftWrap")),
           margin < 1 ? -1 : static_cast<int>(std::min<std::int64_t>(margin, max_margin))};
 }
+
+}  // namespace styles

@@ -4,6 +4,8 @@
 
 #include <string_view>
 
+namespace styles {
+
 /// The options that each document has for itself: what a tab is, and where lines are wrapped.
 struct document_options {
   unsigned tabSize = 4;  ///< in columns, from 1
@@ -23,3 +25,5 @@ inline constexpr char const* right_margin_key = "WynTextViewRightMarginColumn";
 
 using settings::max_margin;
 using settings::max_tab_size;
+
+}  // namespace styles

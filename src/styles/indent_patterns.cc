@@ -9,6 +9,7 @@
 #include <bit>
 #include <stdexcept>
 
+namespace styles {
 namespace {
 
 constexpr std::size_t longest_line = 4096;  // units; nobody indents a longer one by hand
@@ -140,3 +141,5 @@ std::size_t indent_patterns::indentForContentAtLine(text::unit_view content, std
   std::size_t const given = text::indent_width(content, tab_size);
   return is_label(own) && given - given % tab_size == wanted ? given : wanted;
 }
+
+}  // namespace styles

@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+namespace styles {
+
 /// The pattern that stands in the settings under a key; nothing, with a word on standard error, for
 /// a bad one.
 std::optional<oniguruma::ptrn_t> pattern_of_setting(std::string const& source, char const* key);
@@ -73,3 +75,5 @@ class indent_patterns {
   std::array<std::string, keys.size()> sources_;
   std::array<std::optional<oniguruma::ptrn_t>, keys.size()> patterns_;
 };
+
+}  // namespace styles

@@ -11,6 +11,7 @@
 #include "styles/styled_view.h"
 #include "text/view.h"
 
+namespace styles {
 namespace {
 
 using platform::quoted;
@@ -71,3 +72,5 @@ std::string scope_report(styled_view const& text_view, text::pos at) {
   }
   return report;
 }
+
+}  // namespace styles

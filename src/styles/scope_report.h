@@ -4,6 +4,7 @@
 
 #include "text/pos.h"
 
+namespace styles {
 class styled_view;
 
 /// Why text looks and behaves as it does, for people who write themes and bundles: the scopes at a
@@ -11,3 +12,5 @@ class styled_view;
 /// which theme or bundle, and that rule's score. Lines of UTF-8, the last one ended too. The place
 /// must exist; there must be a document. Waits for the tokenizer as long as that has patience.
 std::string scope_report(styled_view const& text_view, text::pos at);
+
+}  // namespace styles

@@ -9,6 +9,7 @@
 #include "styles/WynThemeManager.h"
 #include "styles/color_strings.h"
 
+namespace styles {
 namespace {
 
 // The lists of variables that were noted, in ascending order of score.
@@ -138,3 +139,5 @@ platform::text_style style_from_dictionary(plist::value const& style, platform::
   return {NSColorForKey(style, "foreground").value_or(foreground), is_set("bold"), is_set("italic"),
           is_set("underline")};
 }
+
+}  // namespace styles

@@ -11,6 +11,8 @@
 
 class BundleItem;
 
+namespace styles {
+
 /// How a place in the text looks and behaves: all rules of the theme and all preferences of bundles
 /// whose selectors apply to the place's scopes, merged into one dictionary of settings. Scopes are
 /// lists of names, outermost first. Main thread only.
@@ -60,3 +62,5 @@ struct drawn_style {
 
 /// How text of that style is drawn; in `foreground` where the style has no colour.
 platform::text_style style_from_dictionary(plist::value const& style, platform::color foreground);
+
+}  // namespace styles

@@ -5,6 +5,7 @@
 
 #include "bundles/BundleManager.h"
 
+namespace styles {
 namespace {
 
 constexpr std::size_t most_merged = 5000;
@@ -76,3 +77,5 @@ bool style_rules::is_symbol(state const& at) {
   });
   return result;
 }
+
+}  // namespace styles

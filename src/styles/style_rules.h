@@ -11,6 +11,8 @@
 #include "plist/value.h"
 #include "styles/scope_style.h"
 
+namespace styles {
+
 /// All that says how text looks and behaves: the preferences of all bundles and the rules of a
 /// theme, prepared for many scope paths. A path is a state, which follows from that of its parent.
 ///
@@ -49,3 +51,5 @@ class style_rules {
   std::vector<std::size_t> symbol_rules_;  ///< those that may have a word on symbols
   std::map<std::vector<std::size_t>, plist::value> merged_;
 };
+
+}  // namespace styles

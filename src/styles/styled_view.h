@@ -16,6 +16,8 @@ class view;
 struct iterator;
 }  // namespace text
 
+namespace styles {
+
 /// What reports and lists about scopes need of the view whose text they look at. Names and meaning
 /// are WynTextView's, which implements it. Main thread only.
 class styled_view {
@@ -41,3 +43,5 @@ class styled_view {
  protected:
   ~styled_view() = default;
 };
+
+}  // namespace styles

@@ -6,6 +6,7 @@
 #include "styles/styled_view.h"
 #include "text/view.h"
 
+namespace styles {
 namespace {
 
 constexpr double rest = 0.5;        // seconds without a change before the list is made anew
@@ -98,3 +99,5 @@ void symbol_list::set_current(std::string const& name) {
   current_ = name;
   text_view_.currentSymbolDidChange(name);
 }
+
+}  // namespace styles

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+namespace styles {
 class styled_view;
 
 /// The functions, headings and so on of a document: the runs of text whose style has
@@ -51,3 +52,5 @@ class symbol_list {
   std::string current_;
   std::unique_ptr<platform::timer> timer_;  ///< before a walk, and between its slices
 };
+
+}  // namespace styles

@@ -13,6 +13,7 @@
 #include "styles/styled_view.h"
 #include "text/view.h"
 
+namespace styles {
 namespace {
 
 // Beside one for each line and each token.
@@ -102,3 +103,5 @@ bool symbol_walk::go_on(std::size_t steps) {
   inside_ = false;
   return true;
 }
+
+}  // namespace styles

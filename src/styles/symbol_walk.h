@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+namespace styles {
 class styled_view;
 
 /// A walk over the tokens of a text, from its start, that collects the symbols: the runs of text
@@ -37,3 +38,5 @@ class symbol_walk {
   text::pos begin_;
   plist::value program_;
 };
+
+}  // namespace styles

@@ -3,6 +3,7 @@
 #include "platform/desktop.h"
 #include "styles/WynThemeManager.h"
 
+namespace styles {
 namespace {
 
 constexpr double until_quiet = 0.1;  // seconds; folders are told one by one
@@ -23,3 +24,5 @@ void theme_watcher::reload() {
     desktop.waits().deliver(lives_, [this] { manager_.reloadThemes(); });
   });
 }
+
+}  // namespace styles

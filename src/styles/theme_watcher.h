@@ -8,6 +8,8 @@
 
 class WynThemeManager;
 
+namespace styles {
+
 /// Watches the folders of themes, and has the manager read what has been added, changed or deleted
 /// there. Main thread only.
 class theme_watcher {
@@ -23,3 +25,5 @@ class theme_watcher {
   std::unique_ptr<platform::timer> reloading_;
   std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };
+
+}  // namespace styles

@@ -5,6 +5,8 @@
 
 #include <string>
 
+namespace styles {
+
 std::vector<unit_pair> pairs_of(plist::value const& list) {
   std::vector<unit_pair> result;
   for (plist::value const& entry : list.elements()) {
@@ -22,3 +24,5 @@ std::vector<unit_pair> pairs_of_settings(plist::value const& settings, char cons
   if (own.as_array()) return pairs_of(own);
   return pairs_of(settings::store().array("WynTextViewDefaultSmartTypingPairs"));
 }
+
+}  // namespace styles

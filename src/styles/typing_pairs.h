@@ -5,6 +5,8 @@
 
 #include <vector>
 
+namespace styles {
+
 /// Units that belong together, such as two brackets.
 struct unit_pair {
   text::char_t open, close;
@@ -15,3 +17,5 @@ std::vector<unit_pair> pairs_of(plist::value const& list);
 /// What settings of a scope say under a key such as "highlightPairs", or else the pairs of all
 /// texts.
 std::vector<unit_pair> pairs_of_settings(plist::value const& settings, char const* key);
+
+}  // namespace styles

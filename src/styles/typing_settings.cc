@@ -10,6 +10,7 @@
 #include <set>
 #include <utility>
 
+namespace styles {
 namespace {
 
 struct sources {
@@ -64,3 +65,5 @@ bool typing_settings::indents(grammar::catalogue const& all_rules, unsigned star
   return known->second = may_apply_in({root_scope}) ||
                          may_apply_in(grammar::possible_scopes(all_rules, start_rule));
 }
+
+}  // namespace styles

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace styles {
+
 /// What the settings of all the scopes that there are say of typing. Where nobody looks at a text,
 /// that spares most of what is typed the question which scope it is in, for which the text would
 /// have to be parsed. Main thread only.
@@ -34,3 +36,5 @@ class typing_settings {
   std::vector<std::string> indenting_selectors_;
   std::map<std::string, bool> indents_;  // by root scope, as far as asked
 };
+
+}  // namespace styles

@@ -5,6 +5,7 @@
 #include "settings/store.h"
 #include "styles/color_strings.h"
 
+namespace styles {
 namespace {
 
 double share_of(platform::color c) {
@@ -70,3 +71,5 @@ view_colors::view_colors(platform::palette const& desktop, plist::value const& s
   gutter_number = {0x88, 0x88, 0x88};
   gutter_current_number = p.dark ? gutter_number : platform::color{0, 0, 0};
 }
+
+}  // namespace styles

@@ -3,6 +3,8 @@
 #include "platform/view.h"
 #include "plist/value.h"
 
+namespace styles {
+
 /// The colours in which a view is drawn: those of the style of the empty scope path, and where it
 /// has none what goes with the desktop's palette.
 struct view_colors {
@@ -22,3 +24,5 @@ platform::palette styled_palette(platform::palette desktop, plist::value const& 
 
 /// `share` of `over` and the rest of `under`, alpha left at full.
 platform::color mixed(platform::color over, platform::color under, double share);
+
+}  // namespace styles

@@ -4,6 +4,7 @@
 #include "styles/WynThemeManager.h"
 #include "styles/typing_settings.h"
 
+namespace styles {
 namespace {
 
 // Of the paths on the way to one asked for there may be some thousands more.
@@ -101,3 +102,5 @@ void view_styles::drop() {
   drawn_.clear();
   typing_.reset();
 }
+
+}  // namespace styles

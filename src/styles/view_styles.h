@@ -14,6 +14,7 @@
 #include <unordered_map>
 #include <vector>
 
+namespace styles {
 class typing_settings;
 
 /// What the theme and the bundles' preferences give to the scopes of one view, looked up once for
@@ -66,3 +67,5 @@ class view_styles {
   std::vector<std::optional<drawn_style>> drawn_;  ///< by the tokenizer's paths
   std::shared_ptr<typing_settings> typing_;
 };
+
+}  // namespace styles

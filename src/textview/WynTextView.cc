@@ -67,8 +67,8 @@ plain_action_maps const& plain_actions() {
 }  // namespace
 
 WynTextView::WynTextView()
-    : styles_(std::make_unique<view_styles>()),
-      symbols_(std::make_unique<symbol_list>(*this)),
+    : styles_(std::make_unique<styles::view_styles>()),
+      symbols_(std::make_unique<styles::symbol_list>(*this)),
       indenter_(std::make_unique<typing::line_indenter>(*this)),
       mouse_(std::make_unique<mouse_tracker>(*this)),
       drop_(std::make_unique<drop_target>(*this)) {

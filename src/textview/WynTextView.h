@@ -45,8 +45,10 @@ namespace typing {
 class line_indenter;
 }
 class mouse_tracker;
+namespace styles {
 class symbol_list;
 class view_styles;
+}  // namespace styles
 
 /// The editing view: it takes events, finds the action that each stands for and runs it on the
 /// text::view of its document. Knows no widget: what it needs of one is a platform::view_host.
@@ -59,7 +61,7 @@ class WynTextView : public platform::responder,
                     public platform::view_client,
                     public key_binding_target,
                     public view_switches,
-                    public styled_view,
+                    public styles::styled_view,
                     public layout::drawn_text,
                     public layout::laid_out_view,
                     public search::searched_view,
@@ -199,8 +201,8 @@ class WynTextView : public platform::responder,
   /// the desktop.
   void setCurrentStyleSheet(plist::value rules);
   /// What applies to these scopes, before it is merged.
-  style_candidates styleCandidates(std::vector<std::string> const& scopes) const final;
-  drawn_style const& styleOfPath(grammar::path_tree::id id) const final;
+  styles::style_candidates styleCandidates(std::vector<std::string> const& scopes) const final;
+  styles::drawn_style const& styleOfPath(grammar::path_tree::id id) const final;
   /// The merged settings for a path of the tokenizer, which must be there.
   plist::value stylesOfPath(grammar::path_tree::id id) const final;
   /// Whether text with a path of the tokenizer, which must be there, is in the list of symbols.
@@ -215,7 +217,7 @@ class WynTextView : public platform::responder,
   static constexpr char const* function_pop_up_did_change = "WynFunctionPopUpDidChange";
   /// In the order of the text. Made anew when an action has changed a text that isn't large, and
   /// half a second after what changes its tokens.
-  std::vector<symbol> const& functionPopUp() const;
+  std::vector<styles::symbol> const& functionPopUp() const;
   /// Makes it now, of the tokens known so far. There must be a document.
   void buildFunctionPopUp();
   /// The name of the last one that begins above the caret or on its line; there must be a document.
@@ -255,7 +257,7 @@ class WynTextView : public platform::responder,
   bool insertClosingTag();
   /// What the language at the caret says under a key such as "highlightPairs", or else the pairs of
   /// all texts.
-  std::vector<unit_pair> pairsAtCaret(char const* key) const;
+  std::vector<styles::unit_pair> pairsAtCaret(char const* key) const;
   bool mayOpenPair(text::char_t typed) const final;
   bool mayIndentLines() const final;
   /// An opening unit that is shown for a moment, since its partner has just been typed.
@@ -492,10 +494,11 @@ class WynTextView : public platform::responder,
 
   std::string languageUUID_, currentMode_, rootScope_;
   grammar::tokenize_filter* tokenizer_ = nullptr;
-  std::unique_ptr<view_styles> styles_;
-  std::unique_ptr<symbol_list> symbols_;
+  std::unique_ptr<styles::view_styles> styles_;
+  std::unique_ptr<styles::symbol_list> symbols_;
 
-  document_options documentOptions_, seenOptions_;  // those of this view, and as last stored
+  styles::document_options documentOptions_,
+      seenOptions_;  // those of this view, and as last stored
   bool overwriteMode_ = false, overwriteDefault_ = false;
   bool smartTyping_ = true, smartTypingDefault_ = true;
   std::string fontName_;

@@ -71,8 +71,8 @@ void WynTextView::setScopedValueForKeyInDomain(plist::value value, std::string_v
 }
 
 void WynTextView::initializeSettings() {
-  document_options const former = documentOptions_;
-  documentOptions_ = seenOptions_ = document_options::stored(rootScope());
+  styles::document_options const former = documentOptions_;
+  documentOptions_ = seenOptions_ = styles::document_options::stored(rootScope());
   if (view_ == nullptr) return;
   plist::value const invisibles = stylesForContext({})["showInvisibles"];
   setScopedShowInvisibles(invisibles ? std::optional(invisibles.integer_or(0) != 0) : std::nullopt);
@@ -83,15 +83,16 @@ void WynTextView::initializeSettings() {
 }
 
 void WynTextView::documentDefaultsDidChange() {
-  document_options const seen = std::exchange(seenOptions_, document_options::stored(rootScope()));
+  styles::document_options const seen =
+      std::exchange(seenOptions_, styles::document_options::stored(rootScope()));
   if (stores > 0) return;
   auto const follow = [&](auto option) {
     if (seenOptions_.*option != seen.*option) documentOptions_.*option = seenOptions_.*option;
   };
-  follow(&document_options::tabSize);
-  follow(&document_options::softTabs);
-  follow(&document_options::softWrap);
-  follow(&document_options::rightMargin);
+  follow(&styles::document_options::tabSize);
+  follow(&styles::document_options::softTabs);
+  follow(&styles::document_options::softWrap);
+  follow(&styles::document_options::rightMargin);
 }
 
 void WynTextView::setTabSize(unsigned columns) {
@@ -101,7 +102,7 @@ void WynTextView::setTabSize(unsigned columns) {
     view_will_change const scope(*this, true);
     view_->set_tab_size(columns);
   }
-  setScopedValueForKeyInDomain(columns, "tabSize", tab_size_domain);
+  setScopedValueForKeyInDomain(columns, "tabSize", styles::tab_size_domain);
   updateValueForKey(columns, "tabSize");
   setNeedsDisplay();
 }
@@ -110,7 +111,7 @@ void WynTextView::setSoftTabs(bool on) {
   if (on == softTabs()) return;
   documentOptions_.softTabs = on;
   if (view_ != nullptr) view_->set_treats_spaces_as_tabs(on);
-  setScopedValueForKeyInDomain(on, "softTabs", soft_tabs_domain);
+  setScopedValueForKeyInDomain(on, "softTabs", styles::soft_tabs_domain);
   updateValueForKey(on, "softTabs");
 }
 
@@ -118,7 +119,7 @@ void WynTextView::setSoftWrap(bool on) {
   if (on == softWrap()) return;
   documentOptions_.softWrap = on;
   wrappingDidChange();
-  setScopedValueForKeyInDomain(on, "softWrap", soft_wrap_domain);
+  setScopedValueForKeyInDomain(on, "softWrap", styles::soft_wrap_domain);
 }
 
 void WynTextView::setRightMargin(int column) {
@@ -126,7 +127,7 @@ void WynTextView::setRightMargin(int column) {
   documentOptions_.rightMargin = column;
   wrappingDidChange();
   storing const own;
-  settings::store().set(right_margin_key, column);
+  settings::store().set(styles::right_margin_key, column);
 }
 
 void WynTextView::wrappingDidChange() {

@@ -217,7 +217,7 @@ void WynTextView::languagesDidChange() {
 }
 
 void WynTextView::showScope() {
-  std::string const report = scope_report(*this, view_->selection.current_mark.base.pos());
+  std::string const report = styles::scope_report(*this, view_->selection.current_mark.base.pos());
   platform::alert const shown{"Scope", "", {"OK", "Copy"}, 0, false, report};
   auto& desktop = platform::desktop::current();
   if (desktop.alerts().run(shown) == 1)
@@ -275,20 +275,21 @@ plist::value WynTextView::stylesForTypingAt(text::iterator const& at) const {
   return stylesForContext(path);
 }
 
-style_candidates WynTextView::styleCandidates(std::vector<std::string> const& scopes) const {
+styles::style_candidates WynTextView::styleCandidates(
+    std::vector<std::string> const& scopes) const {
   return styles_->candidates(scopes);
 }
 
-drawn_style const& WynTextView::styleOfPath(grammar::path_tree::id id) const {
-  if (drawn_style const* const known = styles_->find_drawn(id)) return *known;
+styles::drawn_style const& WynTextView::styleOfPath(grammar::path_tree::id id) const {
+  if (styles::drawn_style const* const known = styles_->find_drawn(id)) return *known;
   plist::value style;
   if (view_ != nullptr)
     style = styles_->merged(tokenizer_ == nullptr ? nullptr : tokenizer_->paths(), id);
   platform::color foreground;
   if (host_ != nullptr)
-    foreground = styled_palette(host_->palette(), stylesForContext({})).foreground;
-  return styles_->add_drawn(
-      id, {style_from_dictionary(style, foreground), NSColorForKey(style, "background")});
+    foreground = styles::styled_palette(host_->palette(), stylesForContext({})).foreground;
+  return styles_->add_drawn(id, {styles::style_from_dictionary(style, foreground),
+                                 styles::NSColorForKey(style, "background")});
 }
 
 plist::value WynTextView::stylesOfPath(grammar::path_tree::id id) const {
@@ -311,7 +312,7 @@ void WynTextView::setCurrentStyleSheet(plist::value rules) {
 
 // Symbols
 
-std::vector<symbol> const& WynTextView::functionPopUp() const {
+std::vector<styles::symbol> const& WynTextView::functionPopUp() const {
   return symbols_->items();
 }
 

@@ -151,7 +151,7 @@ class painter {
   TextLayout const& layout_;
   platform::graphics& g_;
   rect dirty_;
-  view_colors colors_;
+  styles::view_colors colors_;
   std::vector<layout::row_text> rows_;  // from first_row() on
 };
 

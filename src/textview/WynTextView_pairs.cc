@@ -19,7 +19,7 @@ namespace {
 
 // The opening unit of the pair in which `from` stands; nothing if it isn't after `limit`.
 std::optional<text::iterator> opening_before(text::iterator const& from,
-                                             text::iterator const& limit, unit_pair pair) {
+                                             text::iterator const& limit, styles::unit_pair pair) {
   bool found = false;
   auto const at =
       actions::skip_pair(std::make_reverse_iterator(from), std::make_reverse_iterator(limit),
@@ -35,8 +35,8 @@ void WynTextView::addPairMethods() {
             [this](plist::value const&) { return plist::value(insertClosingTag()); });
 }
 
-std::vector<unit_pair> WynTextView::pairsAtCaret(char const* key) const {
-  return pairs_of_settings(stylesForCaretWait(false), key);
+std::vector<styles::unit_pair> WynTextView::pairsAtCaret(char const* key) const {
+  return styles::pairs_of_settings(stylesForCaretWait(false), key);
 }
 
 // A window knows its scopes, and needn't read the settings of all others.
@@ -61,7 +61,7 @@ bool WynTextView::selectBlock() {
   text::iterator const begin(0, 0, view_->storage), end = view_->end().base;
   std::optional<text::iterator> opening;
   text::iterator after = last;
-  for (unit_pair const pair : pairsAtCaret("highlightPairs")) {
+  for (styles::unit_pair const pair : pairsAtCaret("highlightPairs")) {
     if (pair.open == pair.close) continue;
     auto const candidate = opening_before(first, opening.value_or(begin), pair);
     if (!candidate) continue;
@@ -98,7 +98,7 @@ void WynTextView::flashPartner() {
   platform::rect const visible = visibleTextRect();
   std::size_t const top_row = std::min(layout_.row_at(visible.y), view_->lines() - 1);
   text::iterator const top = view_->begin(top_row).base;
-  for (unit_pair const pair : pairsAtCaret("highlightPairs")) {
+  for (styles::unit_pair const pair : pairsAtCaret("highlightPairs")) {
     if (pair.close != *typed || typed < top) continue;
     auto const partner = opening_before(typed, top, pair);
     if (!partner || !view_->is_visible(*partner)) continue;

@@ -29,17 +29,17 @@ std::size_t leading_blanks(text::unit_view line) {
 
 // Strings and comments have a pattern that no line is indented by; so have some languages.
 bool is_of_text(plist::value const& settings) {
-  return settings[indent_patterns::keys[0]].string_or("") == "^";
+  return settings[styles::indent_patterns::keys[0]].string_or("") == "^";
 }
 
 }  // namespace
 
-std::shared_ptr<indent_patterns const> recent_patterns::of(plist::value const& settings) {
+std::shared_ptr<styles::indent_patterns const> recent_patterns::of(plist::value const& settings) {
   auto found = std::find_if(kept_.begin(), kept_.end(),
                             [&](auto const& kept) { return kept->are_of(settings); });
   if (found == kept_.end()) {
     if (kept_.size() == patterns_kept) kept_.pop_back();
-    found = kept_.insert(kept_.begin(), std::make_shared<indent_patterns const>(settings));
+    found = kept_.insert(kept_.begin(), std::make_shared<styles::indent_patterns const>(settings));
   }
   kept_.splice(kept_.begin(), kept_, found);
   return kept_.front();
@@ -76,7 +76,7 @@ plist::value code_lines::settings_of_line(std::size_t number) const {
   return is_of_text(settings) ? text_view_.stylesForTypingAt(begin) : settings;
 }
 
-std::shared_ptr<indent_patterns const> code_lines::patterns_of_line(std::size_t number) {
+std::shared_ptr<styles::indent_patterns const> code_lines::patterns_of_line(std::size_t number) {
   return patterns_.of(settings_of_line(number));
 }
 
@@ -87,8 +87,10 @@ unsigned code_lines::type_of_line(std::size_t number) {
     auto const patterns = patterns_of_line(number);
     type = patterns->typeForLine(line);
     text::unit_view const code = code_before(storage().end(number));
-    if (*type != indent_patterns::unindented && !code.empty() && code.size() < line.size()) {
-      constexpr unsigned by_end = indent_patterns::increase | indent_patterns::next_line;
+    if (*type != styles::indent_patterns::unindented && !code.empty() &&
+        code.size() < line.size()) {
+      constexpr unsigned by_end =
+          styles::indent_patterns::increase | styles::indent_patterns::next_line;
       type = (*type & ~by_end) | (patterns->typeForLine(code) & by_end);
     }
   }
@@ -102,17 +104,18 @@ unsigned code_lines::type_of_statement(std::size_t first, std::size_t last) {
   if (first == last) return type;
   std::u16string joined(code_before(storage().end(first)));
   joined += code_before(storage().end(last));
-  constexpr unsigned by_end = indent_patterns::increase | indent_patterns::next_line;
+  constexpr unsigned by_end =
+      styles::indent_patterns::increase | styles::indent_patterns::next_line;
   return (begins_with_bracket(last) ? type & ~by_end : type) |
          (patterns_of_line(first)->typeForLine(joined) & by_end);
 }
 
 std::optional<std::size_t> code_lines::counting_line_above(std::size_t number) {
   for (std::size_t line = number; line-- > number - std::min(number, furthest_line);) {
-    if (type_of_line(line) == indent_patterns::unindented) continue;
+    if (type_of_line(line) == styles::indent_patterns::unindented) continue;
     std::size_t const last = line;
     while (line > 0 && goes_on_below(line - 1)) --line;
-    if (line == last || type_of_line(line) != indent_patterns::unindented) return last;
+    if (line == last || type_of_line(line) != styles::indent_patterns::unindented) return last;
   }
   return std::nullopt;
 }
@@ -137,9 +140,10 @@ bool code_lines::is_bracket(text::iterator const& at) const {
   plist::value const settings = text_view_.stylesForContext(text_view_.graphPathForIterator(at));
   if (is_of_text(settings) || settings["smartTypingPairsEndWithLine"].integer_or(0) != 0)
     return false;
-  auto const pairs = pairs_of_settings(settings, "highlightPairs");
-  return std::any_of(pairs.begin(), pairs.end(),
-                     [&](unit_pair const pair) { return unit == pair.open || unit == pair.close; });
+  auto const pairs = styles::pairs_of_settings(settings, "highlightPairs");
+  return std::any_of(pairs.begin(), pairs.end(), [&](styles::unit_pair const pair) {
+    return unit == pair.open || unit == pair.close;
+  });
 }
 
 code_lines::brackets const& code_lines::brackets_of(std::size_t number) {
@@ -178,7 +182,7 @@ std::optional<code_lines::bracket> code_lines::open_bracket_above(std::size_t nu
 // Also where the lines inside aren't indented more, as in namespaces.
 bool code_lines::opens_blocks(bracket const& open) {
   text::unit_view const line = storage().line_units(open.line);
-  return patterns_of_line(open.line)->matches(indent_patterns::increase,
+  return patterns_of_line(open.line)->matches(styles::indent_patterns::increase,
                                               line.substr(leading_blanks(line) + open.offset, 1));
 }
 
@@ -224,7 +228,7 @@ std::size_t code_lines::first_line_of(std::size_t number) {
 std::optional<std::size_t> code_lines::line_going_on_to(std::size_t number) {
   if (number == 0) return std::nullopt;
   if (goes_on_below(number - 1)) return number - 1;
-  if (type_of_line(number - 1) != indent_patterns::unindented) return std::nullopt;
+  if (type_of_line(number - 1) != styles::indent_patterns::unindented) return std::nullopt;
   auto const above = counting_line_above(number);
   bool const goes_on = above && !is_blank_between(*above, number) && goes_on_below(*above);
   return goes_on ? above : std::nullopt;
@@ -251,15 +255,16 @@ bool code_lines::find_going_on(std::size_t number) {
   while (!line.empty() &&
          (text::is_blank(line.back()) || is_in_prose({number, line.size() - 1, &text})))
     line.remove_suffix(1);
-  bool const is_operand = line.ends_with(u"$?") || line.ends_with(u"++") ||
-                          patterns_of_line(number)->matches(indent_patterns::complete, line);
+  bool const is_operand =
+      line.ends_with(u"$?") || line.ends_with(u"++") ||
+      patterns_of_line(number)->matches(styles::indent_patterns::complete, line);
   if (!line.empty() && !is_operand && text::unit_view(u"=&|?+").find(line.back()) != line.npos)
     return true;
   if (number + 1 == text.lines()) return false;
   std::u16string lines(text.line_units(number));
   lines += u'\n';
   lines += text.line_units(number + 1);
-  return patterns_of_line(number)->matches(indent_patterns::continued, lines);
+  return patterns_of_line(number)->matches(styles::indent_patterns::continued, lines);
 }
 
 bool code_lines::may_continue(std::size_t above, std::size_t number) {
@@ -272,8 +277,9 @@ bool code_lines::is_unfinished(std::size_t number) {
   std::optional<bool>& known = facts_[number].unfinished;
   if (!known) {
     auto const patterns = patterns_of_line(number);
-    known = patterns->know(indent_patterns::complete) &&
-            !patterns->matches(indent_patterns::complete, code_before(storage().end(number)));
+    known =
+        patterns->know(styles::indent_patterns::complete) &&
+        !patterns->matches(styles::indent_patterns::complete, code_before(storage().end(number)));
   }
   return *known;
 }
@@ -300,7 +306,8 @@ std::optional<std::size_t> code_lines::line_continued_by(std::size_t number) {
   if (is_of_text(settings_of_line(open->line))) return open->line;
   bool const is_last =
       brackets_of(open->line).open.back().offset == open->offset && ends_with_bracket(open->line);
-  if (is_last && (opens_blocks(*open) || type_of_line(open->line) & indent_patterns::increase))
+  if (is_last &&
+      (opens_blocks(*open) || type_of_line(open->line) & styles::indent_patterns::increase))
     return std::nullopt;
   return first_line_of(open->line);
 }

@@ -17,10 +17,10 @@ class typed_view;
 /// The patterns of the settings that were asked for last.
 class recent_patterns {
  public:
-  std::shared_ptr<indent_patterns const> of(plist::value const& settings);
+  std::shared_ptr<styles::indent_patterns const> of(plist::value const& settings);
 
  private:
-  std::list<std::shared_ptr<indent_patterns const>> kept_;
+  std::list<std::shared_ptr<styles::indent_patterns const>> kept_;
 };
 
 /// What the lines of a text view's document say about each other: which of them open and close
@@ -41,7 +41,7 @@ class code_lines {
   /// Of the blanks that a line begins with, as they are now.
   std::size_t width_of(std::size_t number) const;
   plist::value settings_of_line(std::size_t number) const;
-  std::shared_ptr<indent_patterns const> patterns_of_line(std::size_t number);
+  std::shared_ptr<styles::indent_patterns const> patterns_of_line(std::size_t number);
   /// The bits of indent_patterns::type.
   unsigned type_of_line(std::size_t number);
   /// That of the last line of a statement; it also opens a block if it does so with the first one.

@@ -11,9 +11,9 @@ bool has_bits(unsigned type, unsigned bits) {
   return (type & bits) != 0;
 }
 
-constexpr auto increase = indent_patterns::increase;
-constexpr auto decrease = indent_patterns::decrease;
-constexpr auto next_line = indent_patterns::next_line;
+constexpr auto increase = styles::indent_patterns::increase;
+constexpr auto decrease = styles::indent_patterns::decrease;
+constexpr auto next_line = styles::indent_patterns::next_line;
 
 }  // namespace
 
@@ -45,13 +45,13 @@ bool kept_indents::allows(std::size_t number, std::size_t width) {
   unsigned const own = lines_.type_of_line(number);
   unsigned const above = lines_.type_of_statement(first_, above_);
   if (lines_.brackets_of(number).leading > 0) return allows_closing(number, width);
-  if (indent_patterns::is_label(own)) return allows_label(number, width);
+  if (styles::indent_patterns::is_label(own)) return allows_label(number, width);
   if (has_bits(own, decrease)) {
     auto const match = matching_line(number);
     return match && width == width_of_first(*match);
   }
   if (opens_block(above_)) return allows_first_of_block(number, width);
-  if (indent_patterns::is_label(above)) return allows_after_label(number, width);
+  if (styles::indent_patterns::is_label(above)) return allows_after_label(number, width);
   std::size_t const outside = lines_.width_of(first_);
   if (has_bits(above, next_line)) return allows_inside(width, outside);
   bool const unfinished = lines_.is_unfinished(above_);
@@ -82,9 +82,10 @@ bool kept_indents::allows_label(std::size_t number, std::size_t width) {
   auto const match = matching_line(number);
   if (!match) return false;
   std::size_t const like = width_of_first(*match);
-  bool const opens = opens_block(above_) || indent_patterns::is_label(lines_.type_of_line(above_));
+  bool const opens =
+      opens_block(above_) || styles::indent_patterns::is_label(lines_.type_of_line(above_));
   if (!opens && *match != above_ && width == lines_.width_of(above_)) return true;
-  if (indent_patterns::is_label(lines_.type_of_line(*match))) return width == like;
+  if (styles::indent_patterns::is_label(lines_.type_of_line(*match))) return width == like;
   bool const in_brackets = lines_.ends_with_bracket(*match);
   return in_brackets ? like <= width && width <= like + lines_.tab_size() : width == like;
 }
@@ -105,7 +106,7 @@ bool kept_indents::allows_first_of_block(std::size_t number, std::size_t width) 
   std::size_t const outside = lines_.width_of(first_), nearest = lines_.width_of(above_);
   if (width == outside)
     return !has_bits(lines_.type_of_statement(first_, above_), increase) ||
-           lines_.patterns_of_line(above_)->matches(indent_patterns::flat_block,
+           lines_.patterns_of_line(above_)->matches(styles::indent_patterns::flat_block,
                                                     lines_.storage().line_units(above_));
   bool const in_expression = width > outside && is_part_of_expression(number);
   return (in_expression || allows_inside(width, outside) || allows_inside(width, nearest)) &&
@@ -129,12 +130,12 @@ bool kept_indents::allows_inside(std::size_t width, std::size_t outside) {
 // The line that begins what a line ends: the one that opens its block or, for a label, the label
 // before.
 std::optional<std::size_t> kept_indents::matching_line(std::size_t number) {
-  bool const label = indent_patterns::is_label(lines_.type_of_line(number));
+  bool const label = styles::indent_patterns::is_label(lines_.type_of_line(number));
   std::size_t inner = 0;
   for (std::size_t line = number; line-- > number - std::min(number, furthest_line);) {
     unsigned const type = lines_.type_of_line(line);
-    if (type == indent_patterns::unindented) continue;
-    if (indent_patterns::is_label(type)) {
+    if (type == styles::indent_patterns::unindented) continue;
+    if (styles::indent_patterns::is_label(type)) {
       if (inner == 0 && label) return line;
       auto const& here = lines_.brackets_of(line);
       if (here.open.size() > here.closed) --inner;
@@ -150,7 +151,7 @@ std::optional<std::size_t> kept_indents::matching_line(std::size_t number) {
 bool kept_indents::opens_block(std::size_t number) {
   if (lines_.ends_with_bracket(number)) return true;
   unsigned const type = lines_.type_of_line(number);
-  return has_bits(type, increase) && !indent_patterns::is_label(type);
+  return has_bits(type, increase) && !styles::indent_patterns::is_label(type);
 }
 
 // Whether another line of the block that a line begins has less than its indentation.
@@ -162,9 +163,10 @@ bool kept_indents::is_shallower_below(std::size_t number, std::size_t width) {
     lines_.wait_for_scopes(line);
     auto const& here = lines_.brackets_of(line);
     if (here.closed > inner) return false;
-    bool const counts =
-        line > number && inner == 0 && lines_.type_of_line(line) != indent_patterns::unindented &&
-        !indent_patterns::is_label(lines_.type_of_line(line)) && !lines_.line_continued_by(line);
+    bool const counts = line > number && inner == 0 &&
+                        lines_.type_of_line(line) != styles::indent_patterns::unindented &&
+                        !styles::indent_patterns::is_label(lines_.type_of_line(line)) &&
+                        !lines_.line_continued_by(line);
     bool const closes = has_bits(lines_.type_of_line(line), decrease);
     std::size_t const outside = lines_.width_of(closes ? above_ : first_);
     if (counts && !in_bracket && lines_.width_of(line) <= outside) return false;
@@ -192,7 +194,7 @@ std::vector<std::size_t> kept_indents::heads_of(std::size_t number) {
 
 std::optional<std::size_t> kept_indents::after_single_line(std::size_t number) {
   if (!lines_.patterns_of_line(number)->know(next_line)) return std::nullopt;
-  if (has_bits(lines_.type_of_line(number), indent_patterns::unindented | next_line) ||
+  if (has_bits(lines_.type_of_line(number), styles::indent_patterns::unindented | next_line) ||
       lines_.is_unfinished(number) || !lines_.brackets_of(number).open.empty())
     return std::nullopt;
   std::size_t const first = lines_.first_line_of(number);
@@ -221,8 +223,8 @@ void kept_indents::learn_steps(std::size_t first, std::size_t last) {
   for (std::size_t line = first; line < last; ++line) {
     lines_.wait_for_scopes(line);
     unsigned const type = lines_.type_of_line(line);
-    if (type == indent_patterns::unindented) continue;
-    if (above && !indent_patterns::is_label(lines_.type_of_line(*above)) &&
+    if (type == styles::indent_patterns::unindented) continue;
+    if (above && !styles::indent_patterns::is_label(lines_.type_of_line(*above)) &&
         has_bits(lines_.type_of_line(*above), increase | next_line)) {
       std::size_t const outside = width_of_first(*above), width = lines_.width_of(line);
       if (width > outside && !is_part_of_expression(line)) steps_.insert(width - outside);

@@ -43,11 +43,11 @@ bool is_indented_by_spaces(text::storage const& text, std::size_t number) {
 }
 
 // What its first line of text says about where a clip belongs.
-text::unit_view telling_line(text::unit_view clip, indent_patterns const& patterns) {
+text::unit_view telling_line(text::unit_view clip, styles::indent_patterns const& patterns) {
   while (!clip.empty()) {
     std::size_t const length = std::min(clip.find(u'\n'), clip.size());
     text::unit_view const line = clip.substr(0, length);
-    if (!is_blank_line(line) && patterns.typeForLine(line) != indent_patterns::unindented)
+    if (!is_blank_line(line) && patterns.typeForLine(line) != styles::indent_patterns::unindented)
       return line;
     clip.remove_prefix(std::min(length + 1, clip.size()));
   }
@@ -66,28 +66,28 @@ std::size_t line_indenter::tab_size() const {
   return text_view_.tabSize();
 }
 
-std::shared_ptr<indent_patterns const> line_indenter::language_patterns() {
+std::shared_ptr<styles::indent_patterns const> line_indenter::language_patterns() {
   return patterns_.of(text_view_.mayIndentLines() ? text_view_.stylesForCaretWait(false)
                                                   : plist::value());
 }
 
 // Lines of which the last one closes what the first one has opened, or continues it, count as one,
 // which is indented like the first and opens a block if the last or both together do.
-std::size_t line_indenter::wanted_indent(code_lines& lines, indent_patterns const& patterns,
+std::size_t line_indenter::wanted_indent(code_lines& lines, styles::indent_patterns const& patterns,
                                          text::unit_view content, std::size_t number) {
   std::size_t first = number;
   unsigned type = 0;
   auto const types = [&](std::size_t line) -> unsigned {
     if (line + 1 == number) first = number;
-    if (line >= first) return line == first ? type : unsigned(indent_patterns::unindented);
+    if (line >= first) return line == first ? type : unsigned(styles::indent_patterns::unindented);
     type = lines.type_of_line(line);
-    if (type == indent_patterns::unindented) return type;
+    if (type == styles::indent_patterns::unindented) return type;
     first = lines.first_line_of(line);
     if (first == line) return type;
-    if (lines.type_of_line(first) == indent_patterns::unindented)
-      return type = indent_patterns::unindented;
+    if (lines.type_of_line(first) == styles::indent_patterns::unindented)
+      return type = styles::indent_patterns::unindented;
     type = lines.type_of_statement(first, line);
-    return line == first ? type : unsigned(indent_patterns::unindented);
+    return line == first ? type : unsigned(styles::indent_patterns::unindented);
   };
   return patterns.indentForContentAtLine(content, number, *view().storage, tab_size(), types);
 }
@@ -105,11 +105,11 @@ bool line_indenter::may_end_blocks(code_lines& lines, std::size_t number, std::s
   for (std::size_t line = number; line-- > number - std::min(number, furthest_block);) {
     std::size_t const last = line;
     unsigned type = lines.type_of_line(last);
-    if (type == indent_patterns::unindented) continue;
+    if (type == styles::indent_patterns::unindented) continue;
     line = lines.first_line_of(last);
     if (!open) type = lines.type_of_statement(line, last);
     std::size_t const width = lines.width_of(line);
-    if (!open && type & indent_patterns::increase) return indent > width;
+    if (!open && type & styles::indent_patterns::increase) return indent > width;
     open = std::min(open.value_or(width), width);
     if (*open <= indent) return *open == indent;
   }
@@ -121,7 +121,8 @@ std::size_t line_indenter::own_or_wanted_indent(code_lines& lines, kept_indents&
   text::unit_view const line = view().storage->line_units(number);
   std::size_t const own = lines.width_of(number);
   auto const patterns = lines.patterns_of_line(number);
-  if (!patterns->know_indentation() || lines.type_of_line(number) == indent_patterns::unindented)
+  if (!patterns->know_indentation() ||
+      lines.type_of_line(number) == styles::indent_patterns::unindented)
     return own;
   std::size_t const wanted = wanted_indent(lines, *patterns, line, number);
   if (lines.settings_of_line(number)["indentationEndsBlocks"].integer_or(0) == 0)
@@ -159,7 +160,8 @@ void line_indenter::indent_selected_lines() {
   for (std::size_t line = first; line <= last; ++line) {
     lines.wait_for_scopes(line);
     bool const has_text = !is_blank_line(storage.line_units(line));
-    if (!has_text && lines.patterns_of_line(line)->typeForLine(u"x") == indent_patterns::unindented)
+    if (!has_text &&
+        lines.patterns_of_line(line)->typeForLine(u"x") == styles::indent_patterns::unindented)
       continue;
     std::size_t const old = lines.width_of(line);
     std::size_t const fresh = has_text ? own_or_wanted_indent(lines, kept, line) : 0;
@@ -189,7 +191,7 @@ bool line_indenter::may_close_block() {
   auto const patterns = language_patterns();
   if (!patterns->know_indentation()) return false;
   text::iterator const caret = view().selection.current_mark.base;
-  return !patterns->matches(indent_patterns::decrease,
+  return !patterns->matches(styles::indent_patterns::decrease,
                             view().storage->line_units(caret.line).substr(0, caret.column));
 }
 
@@ -201,7 +203,8 @@ void line_indenter::indent_closing_line(std::size_t typed) {
   text::iterator const caret = view().selection.current_mark.base;
   text::unit_view const line = storage.line_units(caret.line);
   if (caret.column < typed || !view().mirror_observer.mirrors.empty()) return;
-  if (!language_patterns()->matches(indent_patterns::decrease, line.substr(0, caret.column)))
+  if (!language_patterns()->matches(styles::indent_patterns::decrease,
+                                    line.substr(0, caret.column)))
     return;
   text::unit_view const before = line.substr(0, caret.column - typed);
   code_lines lines(text_view_, patterns_, {});
@@ -244,8 +247,8 @@ void line_indenter::insert_newline() {
     bool const at_end = is_blank_line(line.substr(std::min<std::size_t>(at.column, line.size())));
     bool const at_end_of_typed =
         at_end || (!view().has_selection() && is_at_end_of_typed(text_view_));
-    if (patterns->matches(indent_patterns::increase, code) ||
-        (at_end_of_typed && patterns->matches(indent_patterns::next_line, code)))
+    if (patterns->matches(styles::indent_patterns::increase, code) ||
+        (at_end_of_typed && patterns->matches(styles::indent_patterns::next_line, code)))
       before += actions::indent::blanks(tab_size(), tab_size(), indents_by_spaces(at.line));
     else if (auto const back =
                  at_end ? kept_indents(lines).after_single_line(at.line) : std::nullopt)
@@ -345,7 +348,7 @@ std::u16string line_indenter::fitted(actions::text_clip const& clip) {
 // as they were where they come from.
 std::u16string line_indenter::fitted_to_line(actions::text_clip const& clip, std::size_t level) {
   auto const kept = language_patterns();
-  indent_patterns const& patterns = *kept;
+  styles::indent_patterns const& patterns = *kept;
   std::size_t const number = view().selection.current_mark.base.line;
   text::unit_view const line = view().storage->line_units(number);
   text::unit_view const content = telling_line(clip.text, patterns);

@@ -43,8 +43,8 @@ class line_indenter {
   std::ptrdiff_t excess_of(std::u16string const& lines_text, std::size_t line);
   text::view& view() const;
   std::size_t tab_size() const;
-  std::shared_ptr<indent_patterns const> language_patterns();
-  std::size_t wanted_indent(code_lines& lines, indent_patterns const& patterns,
+  std::shared_ptr<styles::indent_patterns const> language_patterns();
+  std::size_t wanted_indent(code_lines& lines, styles::indent_patterns const& patterns,
                             text::unit_view content, std::size_t number);
   bool indents_by_spaces(std::size_t number) const;
   bool may_end_blocks(code_lines& lines, std::size_t number, std::size_t indent);

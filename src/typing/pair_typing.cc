@@ -20,13 +20,13 @@ bool is_blank_or_end(text::char_t unit) {
   return unit == u' ' || unit == u'\t' || unit == u'\n';
 }
 
-bool is_quote(unit_pair pair) {
+bool is_quote(styles::unit_pair pair) {
   constexpr text::unit_view directed = u"\u00ab\u00bb\u2018\u2019\u201c\u201d\u2039\u203a";
   return pair.open == pair.close || directed.find(pair.open) != directed.npos;
 }
 
 // The units of a live pair; the same twice where its edges have been changed.
-unit_pair units_of(text::view const& view, live_pair pair) {
+styles::unit_pair units_of(text::view const& view, live_pair pair) {
   text::pos const first = pair->first(), last = pair->last();
   text::storage const& text = *view.storage;
   if (first.column == 0 || last.column >= text.size(last.line)) return {u'\n', u'\n'};
@@ -53,7 +53,7 @@ std::optional<live_pair> closed_pair(text::view& view, text::char_t typed) {
     }
     auto const pair = live_closing_at(view, at.pos());
     if (!pair) return std::nullopt;
-    unit_pair const units = units_of(view, *pair);
+    styles::unit_pair const units = units_of(view, *pair);
     bool const quotes = units.open == units.close;
     if (units.close == typed && !(quotes && passed_blanks) && !(passed_brackets && !quotes))
       return pair;
@@ -73,7 +73,7 @@ bool ends_with_string_prefix(text::unit_view before, text::char_t quote,
                              plist::value const& settings) {
   constexpr std::size_t longest_prefix = 100;
   constexpr char const* key = "quotePrefixPattern";
-  auto const pattern = pattern_of_setting(settings[key].string_or(""), key);
+  auto const pattern = styles::pattern_of_setting(settings[key].string_or(""), key);
   if (!pattern) return false;
   std::u16string line(before.substr(before.size() - std::min(before.size(), longest_prefix)));
   line += quote;
@@ -125,8 +125,8 @@ bool surround_selection(typed_view& text_view, text::char_t typed) {
   text::selection const& selection = view.selection;
   if (!view.has_selection() || !text_view.mayOpenPair(typed)) return false;
   if (selection.column_mode && selection.width() == 0) return false;
-  for (unit_pair const pair :
-       pairs_of_settings(text_view.stylesForCaretWait(false), "smartTypingPairs")) {
+  for (styles::unit_pair const pair :
+       styles::pairs_of_settings(text_view.stylesForCaretWait(false), "smartTypingPairs")) {
     if (pair.open != typed) continue;
     std::u16string text(1, pair.open);
     text::unit_view const units = selection.units();
@@ -143,7 +143,7 @@ bool surround_selection(typed_view& text_view, text::char_t typed) {
   return false;
 }
 
-std::optional<unit_pair> opened_pair(typed_view& text_view, text::char_t typed) {
+std::optional<styles::unit_pair> opened_pair(typed_view& text_view, text::char_t typed) {
   text::view& view = *text_view.view();
   if (view.has_selection() || !view.mirror_observer.mirrors.empty()) return std::nullopt;
   if (!text_view.mayOpenPair(typed)) return std::nullopt;
@@ -151,7 +151,7 @@ std::optional<unit_pair> opened_pair(typed_view& text_view, text::char_t typed) 
   text::unit_view const line = view.storage->line_units(caret.line);
   if (is_escaped(line.substr(0, caret.column))) return std::nullopt;
   plist::value const settings = text_view.stylesForTypingAt(caret);
-  for (unit_pair const pair : pairs_of_settings(settings, "smartTypingPairs")) {
+  for (styles::unit_pair const pair : styles::pairs_of_settings(settings, "smartTypingPairs")) {
     if (pair.open != typed) continue;
     if (is_quote(pair) && !opens_quote(line, caret.column, typed, settings)) return std::nullopt;
     return pair;
@@ -159,7 +159,7 @@ std::optional<unit_pair> opened_pair(typed_view& text_view, text::char_t typed) 
   return std::nullopt;
 }
 
-void complete_pair(typed_view& text_view, unit_pair pair) {
+void complete_pair(typed_view& text_view, styles::unit_pair pair) {
   text::view& view = *text_view.view();
   text::iterator const caret = view.selection.current_mark.base;
   text::unit_view const line = view.storage->line_units(caret.line);

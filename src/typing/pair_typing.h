@@ -22,9 +22,9 @@ bool select_live_closing(typed_view& text_view, text::char_t typed);
 bool surround_selection(typed_view& text_view, text::char_t typed);
 /// The pair that a unit opens if it is typed at the caret, by what stands before it: a quote opens
 /// none after a word, other than a prefix of strings, and nothing does after a backslash.
-std::optional<unit_pair> opened_pair(typed_view& text_view, text::char_t typed);
+std::optional<styles::unit_pair> opened_pair(typed_view& text_view, text::char_t typed);
 /// The opening unit that was typed gets its closing one, but not before a word.
-void complete_pair(typed_view& text_view, unit_pair pair);
+void complete_pair(typed_view& text_view, styles::unit_pair pair);
 /// With the caret in an empty live pair: ends it, and with `both` selects its two units.
 void end_empty_pair(typed_view& text_view, bool both);
 /// Ends the live pairs, right at the caret, of which the language says that their line is all they

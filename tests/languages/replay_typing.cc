@@ -134,7 +134,8 @@ class typed_file : public edited_view {
     return count;
   }
   bool closes_block(text::unit_view line) const {
-    return indent_patterns(view_.stylesForCaretWait(true)).matches(indent_patterns::decrease, line);
+    return styles::indent_patterns(view_.stylesForCaretWait(true))
+        .matches(styles::indent_patterns::decrease, line);
   }
 
   void type(char16_t unit);

@@ -6,6 +6,8 @@
 #include "data_rows.h"
 #include "platform/utf.h"
 
+using namespace styles;
+
 namespace {
 
 // Lines that end with ":" or "(" open a block, "end" and ")" close one, "if" holds for one line.

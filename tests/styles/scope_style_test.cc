@@ -7,6 +7,8 @@
 #include "regex/transformation_program.h"
 #include "styles/color_strings.h"
 
+using namespace styles;
+
 namespace {
 
 plist::value dialect(std::string const& text) {

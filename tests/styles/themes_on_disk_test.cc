@@ -10,6 +10,8 @@
 #include "styles/WynThemeManager.h"
 #include "styles/theme_watcher.h"
 
+using namespace styles;
+
 // What stands in the folders of themes, and what happens there while the program runs.
 TEST(themes_on_disk, are_picked_up) {
   own_defaults const own;

@@ -69,7 +69,7 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
   wait(view);
   desktop_.loop().run_for(1);
   ASSERT_EQ(view.functionPopUp().size(), 2u);
-  EXPECT_EQ(view.functionPopUp()[1], (symbol{"second", 5}));
+  EXPECT_EQ(view.functionPopUp()[1], (styles::symbol{"second", 5}));
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "No Symbol");
   view.goToLineAndColumn(6, 1);
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
@@ -80,7 +80,7 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
   view.goToLineAndColumn(6, 1);
   desktop_.loop().run_for(1);
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
-  EXPECT_NE(scope_report(view, {1, 4}).find("source.c\n"), std::string::npos);
+  EXPECT_NE(styles::scope_report(view, {1, 4}).find("source.c\n"), std::string::npos);
 
   // An action has them made at once, and scopes that change half a second later; meanwhile those
   // that there are tell where the caret is.
@@ -138,8 +138,8 @@ TEST_F(language, shows_symbols_of_long_texts_when_the_user_rests) {
   wait(view);
   desktop_.loop().run_for(2);
   ASSERT_EQ(view.functionPopUp().size(), count);
-  EXPECT_EQ(view.functionPopUp()[1], (symbol{"a", 4}));
-  EXPECT_EQ(view.functionPopUp().back(), (symbol{"a", count + 2}));
+  EXPECT_EQ(view.functionPopUp()[1], (styles::symbol{"a", 4}));
+  EXPECT_EQ(view.functionPopUp().back(), (styles::symbol{"a", count + 2}));
   EXPECT_EQ(view.symbolAtCaret(), "a");
 }
 

@@ -174,22 +174,22 @@ TEST_F(options, own_colours_stand_where_no_theme_has_its_own) {
   own().set("WynTextViewForegroundColor", "#405060");
   own().set("WynTextViewSelectionColor", "#708090");
   platform::palette const desktop;
-  platform::palette const plain = styled_palette(desktop, {});
+  platform::palette const plain = styles::styled_palette(desktop, {});
   EXPECT_EQ(plain.background, (platform::color{0x10, 0x20, 0x30, 255}));
   EXPECT_EQ(plain.foreground, (platform::color{0x40, 0x50, 0x60, 255}));
   EXPECT_EQ(plain.selection, (platform::color{0x70, 0x80, 0x90, 255}));
   EXPECT_TRUE(plain.dark);
-  EXPECT_EQ(view_colors(desktop, {}, true).selection, plain.selection);
+  EXPECT_EQ(styles::view_colors(desktop, {}, true).selection, plain.selection);
   shown_view shown;
   shown.set("|text");
   headless::recording_graphics g;
   shown.view.draw(g, shown.host.visible_rect());
   EXPECT_EQ(std::count(g.operations().begin(), g.operations().end(), "text 4,14 \"text\" #405060"),
             1);
-  auto const themed = styled_palette(desktop, plist::dictionary{{"background", "#FFFFFF"}});
+  auto const themed = styles::styled_palette(desktop, plist::dictionary{{"background", "#FFFFFF"}});
   EXPECT_EQ(themed.background, (platform::color{255, 255, 255, 255}));
   own().set("WynTextViewBackgroundColor", "no colour");
-  EXPECT_EQ(styled_palette(desktop, {}).background, desktop.background);
+  EXPECT_EQ(styles::styled_palette(desktop, {}).background, desktop.background);
 }
 
 struct typed_line {
