@@ -70,8 +70,8 @@ WynTextView::WynTextView()
     : styles_(std::make_unique<styles::view_styles>()),
       symbols_(std::make_unique<styles::symbol_list>(*this)),
       indenter_(std::make_unique<typing::line_indenter>(*this)),
-      mouse_(std::make_unique<mouse_tracker>(*this)),
-      drop_(std::make_unique<drop_target>(*this)) {
+      mouse_(std::make_unique<textview::mouse_tracker>(*this)),
+      drop_(std::make_unique<textview::drop_target>(*this)) {
   addClipboardMethods();
   actions_.inherit(plain_actions().actions);
   titles_.inherit(plain_actions().titles);
@@ -230,7 +230,7 @@ plist::value WynTextView::performAction(actions::action_map::action const& actio
   if (view_ == nullptr) return {};
   bool done = false;
   {
-    view_will_change const scope(*this, true);
+    textview::view_will_change const scope(*this, true);
     done = action(view_);
   }
   if (!done) platform::desktop::current().beep();
@@ -258,7 +258,7 @@ plist::value WynTextView::query(std::string_view name, plist::value const& argum
 void WynTextView::addAction(std::string selector, std::function<void()> action) {
   addMethod(std::move(selector), [this, action = std::move(action)](plist::value const&) {
     if (view_ == nullptr) return plist::value(false);
-    view_will_change const scope(*this, true);
+    textview::view_will_change const scope(*this, true);
     action();
     return plist::value();
   });

@@ -28,27 +28,27 @@
 #include <utility>
 #include <vector>
 
-namespace search {
-struct find_answer;
-}
 class WynDocument;
 class WynISearchWindow;
+namespace search {
+class find_highlights;
+struct find_answer;
+}  // namespace search
 namespace snippet {
 class session;
 class snippet_t;
 }  // namespace snippet
-class drop_target;
-namespace search {
-class find_highlights;
-}
-namespace typing {
-class line_indenter;
-}
-class mouse_tracker;
 namespace styles {
 class symbol_list;
 class view_styles;
 }  // namespace styles
+namespace textview {
+class drop_target;
+class mouse_tracker;
+}  // namespace textview
+namespace typing {
+class line_indenter;
+}
 
 /// The editing view: it takes events, finds the action that each stands for and runs it on the
 /// text::view of its document. Knows no widget: what it needs of one is a platform::view_host.
@@ -60,7 +60,7 @@ class view_styles;
 class WynTextView : public platform::responder,
                     public platform::view_client,
                     public key_binding_target,
-                    public view_switches,
+                    public textview::view_switches,
                     public styles::styled_view,
                     public layout::drawn_text,
                     public layout::laid_out_view,
@@ -120,8 +120,8 @@ class WynTextView : public platform::responder,
   bool smartTyping() const final { return smartTyping_; }
   bool overwriteMode() const final { return overwriteMode_; }
   void setOverwriteMode(bool on);
-  bool autoIndent() const final { return view_switches::autoIndent(); }
-  bool indentedPaste() const final { return view_switches::indentedPaste(); }
+  bool autoIndent() const final { return textview::view_switches::autoIndent(); }
+  bool indentedPaste() const final { return textview::view_switches::indentedPaste(); }
   /// In points.
   double fontSize() const { return fontSize_; }
   void setFontSize(double points);
@@ -334,7 +334,7 @@ class WynTextView : public platform::responder,
   plist::value query(std::string_view name, plist::value const& argument) override;
 
  private:
-  friend class view_will_change;
+  friend class textview::view_will_change;
   class change_observer;
 
   void addEditingMethods();
@@ -505,9 +505,9 @@ class WynTextView : public platform::responder,
   double fontSize_ = 12;
 
   std::unique_ptr<typing::line_indenter> indenter_;
-  std::unique_ptr<mouse_tracker> mouse_;
-  std::unique_ptr<drop_target> drop_;
-  brief_flash flash_;
+  std::unique_ptr<textview::mouse_tracker> mouse_;
+  std::unique_ptr<textview::drop_target> drop_;
+  textview::brief_flash flash_;
   bool hasSeenKey_ = false;
   bool caretVisible_ = true;
   std::unique_ptr<platform::timer> blinkTimer_, centerTimer_, primaryTimer_;

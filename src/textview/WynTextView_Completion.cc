@@ -45,7 +45,7 @@ bool WynTextView::complete(bool forward) {
                                : helper->previous();
   if (!found || view_ != view || view->storage->current_memento != memento) return false;
   {
-    view_will_change const scope(*this, true);
+    textview::view_will_change const scope(*this, true);
     helper->insert();
   }
   if (goes_on) view->storage->undo_manager.join_last_steps();
@@ -55,7 +55,7 @@ bool WynTextView::complete(bool forward) {
 // In overwrite mode the text leaves no blanks.
 bool WynTextView::acceptCompletion(std::string const& text) {
   if (text.empty() || view_->is_in_column_mode()) return false;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   text::view_iterator const caret = view_->selection.first();
   if (caret.offset == 0) {
     text::iterator const start = actions::search_backward(caret, actions::is_not_word_char).base;

@@ -49,7 +49,7 @@ void WynTextView::frameDidChange() {
 
 void WynTextView::applyFreehandedMode() {
   if (view_ == nullptr || view_->freehanded_mode == freehandedEdit()) return;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   view_->set_freehanded_mode(freehandedEdit());
 }
 
@@ -162,7 +162,7 @@ bool WynTextView::canMakeFontSmaller() const {
 
 bool WynTextView::goToLineAndColumn(std::size_t line, std::size_t column) {
   if (view_ == nullptr || line < 1) return false;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   view_->selection.set_caret(view_->in_view(capped_position(*view_->storage, line, column)));
   view_->center_selection_pending = true;
   return true;
@@ -170,7 +170,7 @@ bool WynTextView::goToLineAndColumn(std::size_t line, std::size_t column) {
 
 bool WynTextView::selectToLineAndColumn(std::size_t line, std::size_t column, bool columns) {
   if (view_ == nullptr || line < 1) return false;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   view_->selection.select_to(view_->in_view(capped_position(*view_->storage, line, column)),
                              columns);
   return true;
@@ -179,7 +179,7 @@ bool WynTextView::selectToLineAndColumn(std::size_t line, std::size_t column, bo
 // The caret's line and column survive if the new text has them; the selection does not.
 bool WynTextView::replacingText(std::function<bool()> const& replace) {
   if (view_ == nullptr) return replace();
-  view_will_change const scope(*this, false);
+  textview::view_will_change const scope(*this, false);
   std::uint32_t const memento = view_->storage->current_memento;
   text::iterator const caret = view_->selection.current_mark.base;
   bool const result = replace();

@@ -77,7 +77,7 @@ std::vector<search::find_highlights::match> const& WynTextView::shownMatches() c
 search::find_answer WynTextView::findMatch(bool backward, bool is_part_of_change) {
   search::found_match const match = search::find_in_view(*view_, backward);
   if (match.end != search::search_end::found) return match;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   if (is_part_of_change) {
     view_->saved_selection_pending = false;  // the end of this scope keeps the selection for redo
     view_->mark_history->continue_action();
@@ -89,7 +89,7 @@ search::find_answer WynTextView::findMatch(bool backward, bool is_part_of_change
 search::find_answer WynTextView::replaceSelection() {
   search::found_replacement const replacement = search::replacement_for_selection(*view_);
   if (replacement.end != search::search_end::found) return replacement;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   view_->replace_selection(replacement.text.begin(), replacement.text.end());
   return replacement;
 }
@@ -145,7 +145,7 @@ std::size_t WynTextView::internalReplaceAllError(plist::value const& options, st
   search::all_matches matches(*view_, request_from(options));
   error = status_for(matches.answer(), "");
   if (matches.answer().end != search::search_end::found) return 0;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   matches.replace();
   return matches.answer().count;
 }

@@ -43,7 +43,7 @@ void WynTextView::addFoldingMethods() {
   auto const add_folding = [this](char const* selector, auto fold) {
     addMethod(selector, [this, fold](plist::value const& argument) {
       if (view_ == nullptr || !view_->foldings_enabled) return plist::value(false);
-      view_will_change const scope(*this, true);
+      textview::view_will_change const scope(*this, true);
       return fold(argument) ? plist::value() : plist::value(false);
     });
   };
@@ -119,7 +119,7 @@ bool WynTextView::toggleFoldingAtClick(platform::mouse_event const& event) {
   point const p = event.position;
   auto& filter = *view_->folding_filter;
   if (auto const row = rowOfEllipsisAt(p)) {
-    view_will_change const scope(*this, true);
+    textview::view_will_change const scope(*this, true);
     return filter.unfold_if_possible(view_->begin(*row).base.line, false);
   }
   double const gutter_end = visibleTextRect().x;
@@ -129,7 +129,7 @@ bool WynTextView::toggleFoldingAtClick(platform::mouse_event const& event) {
   text::iterator const begin = view_->begin(row).base;
   line_type const type = filter.mark_of(begin.line);
   if (begin.column != 0 || type == line_type::none) return false;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   bool done = false;
   if (event.modifiers & platform::modifier::option) {
     std::size_t const level = filter.level_of(begin.line);

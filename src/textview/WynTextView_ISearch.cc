@@ -47,7 +47,7 @@ bool WynTextView::selectIncrementalMatch(text::iterator (*find)(text::view*, std
   if (string.empty()) return false;
   text::iterator const at = find(view_, string, further);
   if (at == view_->storage->end(-1)) return false;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   view_->selection.set_caret(view_->in_view(at));
   view_->selection.select_to(view_->in_view(at + static_cast<std::ptrdiff_t>(string.size())),
                              false);

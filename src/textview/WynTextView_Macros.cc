@@ -173,7 +173,7 @@ bool WynTextView::playMacro(plist::value const& macro) {
   interruption stop;
   text::view const* const played_in = view_;
   {
-    view_will_change const scope(*this, true);
+    textview::view_will_change const scope(*this, true);
     for (plist::value const& step : steps) {
       std::string const command = step["command"].string_or("");
       if (!tryToPerformWith(command, step["argument"]))

@@ -99,7 +99,7 @@ void WynTextView::setTabSize(unsigned columns) {
   if (columns == tabSize() || columns == 0) return;
   documentOptions_.tabSize = columns;
   if (view_ != nullptr) {
-    view_will_change const scope(*this, true);
+    textview::view_will_change const scope(*this, true);
     view_->set_tab_size(columns);
   }
   setScopedValueForKeyInDomain(columns, "tabSize", styles::tab_size_domain);

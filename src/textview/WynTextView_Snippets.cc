@@ -117,7 +117,7 @@ bool WynTextView::expandCodeSnippet() {
   if (items.empty()) return false;
   auto const item = manager.chooseItem(items, *this, false);
   if (item == nullptr) return true;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   recordMacroCommand("deleteTabTrigger:", item->tabTrigger());
   deleteTabTrigger(item->tabTrigger());
   manager.executeItem(item, *this);
@@ -129,7 +129,7 @@ void WynTextView::deleteTabTrigger(std::string const& trigger) {
   text::iterator const caret = view_->selection.current_mark.base;
   text::unit_view const line = view_->storage->line_units(caret.line).substr(0, caret.column);
   if (!line.ends_with(units)) return;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   text::iterator const first = caret - static_cast<std::ptrdiff_t>(units.size());
   view_->storage->erase(first, caret);
   view_->selection.set_caret({view_, first});
@@ -166,7 +166,7 @@ bool WynTextView::insertSnippet(plist::value const& options) {
 void WynTextView::insertParsedSnippet(snippet::snippet_t inserted) {
   text::view& view = *view_;
   abandonMarkedText();
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   leaveCodeSnippetEditing();
   std::u16string const text = inserted.text();
   // Each line of a column selection gets it, and what is typed then into one of them.
@@ -198,7 +198,7 @@ bool WynTextView::goToSnippetField(bool forward) {
   snippet::session* const session = runningSnippet();
   if (session == nullptr) return false;
   abandonMarkedText();
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   forward ? session->next() : session->previous();
   auto const field = session->active_tab_stop();
   selectSnippetField(field);

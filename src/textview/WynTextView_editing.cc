@@ -119,7 +119,7 @@ void WynTextView::addEditingMethods() {
   });
   addMethod("toggleComment:", [this](plist::value const&) {
     if (view_ == nullptr) return plist::value(false);
-    view_will_change const scope(*this, true);
+    textview::view_will_change const scope(*this, true);
     return plist::value(actions::toggle_comments(*view_, commentMarkers()));
   });
   addAction("indent:", [this] { indenter_->indent_selected_lines(); });
@@ -144,7 +144,7 @@ void WynTextView::insertText(std::u16string_view text) {
       tokenizer_->wait_for(view_->selection.current_mark.base.line, std::chrono::hours(1));
     scopes_stay.lock();
   }
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   make_caret_real(*view_);
   bool const may_close =
       (text.size() == 1 || text.starts_with(u"</")) && indenter_->may_close_block();
@@ -270,7 +270,7 @@ void WynTextView::insertTab() {
     return;
   }
   recordMacroCommand("insertTab:", {});
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   insertPlainTab();
 }
 
@@ -297,7 +297,7 @@ plist::value WynTextView::undoOrRedo(bool undo) {
   if (view_ == nullptr) return false;
   if (!(undo ? view_->can_undo() : view_->can_redo())) return false;
   abandonMarkedText();
-  view_will_change const scope(*this, false);
+  textview::view_will_change const scope(*this, false);
   view_->center_selection_pending = true;
   auto& manager = view_->storage->undo_manager;
   undo ? manager.undo() : manager.redo();
@@ -318,7 +318,7 @@ void WynTextView::insert_text(std::u16string_view text) {
 
 // The selection stays what it is; `text` is within a line.
 void WynTextView::insertElsewhere(text::pos at, std::u16string_view text) {
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   text::selection kept = view_->selection.without_text();
   view_->storage->insert(text::iterator(at.line, at.column, view_->storage), text.begin(),
                          text.end());

@@ -29,7 +29,7 @@ platform::cursor WynTextView::cursor_at(point p, std::uint32_t modifiers) const 
     return platform::cursor::arrow;
   if (mouse_->is_drag_armed()) return platform::cursor::arrow;
   if (view_ != nullptr && rowOfEllipsisAt(p)) return platform::cursor::arrow;
-  return is_option_alone(modifiers) ? platform::cursor::cross : platform::cursor::text;
+  return textview::is_option_alone(modifiers) ? platform::cursor::cross : platform::cursor::text;
 }
 
 void WynTextView::mouse_down(mouse_event const& event) {
@@ -59,7 +59,7 @@ void WynTextView::mouse_up(mouse_event const& event) {
 void WynTextView::pastePrimarySelectionAt(point p) {
   auto const clip = actions::clip_of(platform::desktop::current().primary_selection());
   if (!clip) return;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   view_->selection.set_caret(layout::position_at(*this, p, text::freehanded_t::automatic));
   view_->insert(clip->text.begin(), clip->text.end());
 }
@@ -82,7 +82,7 @@ void WynTextView::showContextMenu(point p) {
   if (host_ == nullptr) return;
   text::selection const& selection = view_->selection;
   if (selection.empty() || !layout::selection_region(*this, host_->visible_rect()).contains(p)) {
-    view_will_change const scope(*this, true);
+    textview::view_will_change const scope(*this, true);
     view_->selection.set_caret(layout::position_at(*this, p, text::freehanded_t::automatic));
   }
   host_->show_context_menu(contextMenu_, p);

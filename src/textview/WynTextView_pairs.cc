@@ -72,7 +72,7 @@ bool WynTextView::selectBlock() {
     after = to;
   }
   if (!opening) return false;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   view_->selection.set_caret({view_, *opening});
   view_->selection.select_to(view_->in_view(after), false);
   return true;

@@ -3,6 +3,7 @@
 #include "platform/desktop.h"
 #include "platform/view.h"
 
+namespace textview {
 namespace {
 
 constexpr double flash_time = 0.075;  // seconds
@@ -22,3 +23,5 @@ void brief_flash::end(platform::view_host* host) {
   area_.reset();
   timer_.reset();
 }
+
+}  // namespace textview

@@ -10,6 +10,8 @@ namespace platform {
 class view_host;
 }
 
+namespace textview {
+
 /// A rectangle of a view that is shown for a moment. Main thread only.
 class brief_flash {
  public:
@@ -23,3 +25,5 @@ class brief_flash {
   std::optional<platform::rect> area_;
   std::unique_ptr<platform::timer> timer_;
 };
+
+}  // namespace textview

@@ -8,6 +8,8 @@
 #include "textview/dropped_content.h"
 #include "textview/view_will_change.h"
 
+namespace textview {
+
 namespace type = platform::pasteboard_type;
 namespace modifier = platform::modifier;
 namespace operation = platform::drag_operation;
@@ -154,3 +156,5 @@ void drop_target::drop_files(plist::value const& files, text::view_iterator cons
       insert(units_of(text), text_view_.view()->selection.current_mark);
   });
 }
+
+}  // namespace textview

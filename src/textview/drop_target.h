@@ -13,6 +13,8 @@
 
 class WynTextView;
 
+namespace textview {
+
 /// What is dragged over a text view: where it would be dropped, and what comes of dropping it. A
 /// view without a document or host takes nothing. Owned by the view; main thread only.
 class drop_target {
@@ -48,3 +50,5 @@ class drop_target {
   bool shows_caret_ = false;
   std::unique_ptr<platform::timer> scroll_timer_, files_timer_;
 };
+
+}  // namespace textview

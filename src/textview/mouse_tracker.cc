@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace textview {
+
 using platform::mouse_button;
 using platform::mouse_event;
 using platform::point;
@@ -230,3 +232,5 @@ void mouse_tracker::autoscroll() {
   text_view_.host()->scroll_to({whole.x + by.x, whole.y + by.y});
   select_to_mouse();
 }
+
+}  // namespace textview

@@ -10,6 +10,8 @@
 
 class WynTextView;
 
+namespace textview {
+
 /// Whether these keys, held while the mouse selects, ask for columns.
 bool is_option_alone(std::uint32_t modifiers);
 
@@ -68,3 +70,5 @@ class mouse_tracker {
   drag_arm arm_ = drag_arm::none;
   std::unique_ptr<platform::timer> autoscroll_timer_, arm_timer_;
 };
+
+}  // namespace textview

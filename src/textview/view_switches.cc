@@ -5,6 +5,8 @@
 
 #include <cassert>
 
+namespace textview {
+
 view_switches::view_switches() {
   for (settings::setting const& row : settings::all())
     if (row.changed_by.is_switch) switches_.push_back({&row, row.standard.boolean_or(false)});
@@ -42,3 +44,5 @@ void view_switches::setScopedShowInvisibles(std::optional<bool> scoped) {
   for (view_switch& option : switches_)
     if (option.row->key == show_invisibles) option.on = on;
 }
+
+}  // namespace textview

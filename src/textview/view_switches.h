@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace textview {
+
 /// The options of a text view that are on or off and that all views share: the switches among the
 /// settings (settings/table.h). Each has an action that turns it on or off and is ticked in menus.
 /// Its user default is followed while the program runs. Main thread only.
@@ -64,3 +66,5 @@ class view_switches {
   std::vector<view_switch> switches_;
   std::optional<bool> scopedShowInvisibles_;
 };
+
+}  // namespace textview

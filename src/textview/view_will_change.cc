@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <limits>
 
+namespace textview {
+
 using platform::rect;
 
 namespace {
@@ -185,3 +187,5 @@ void view_will_change::drop_left_ranges() {
     it = next;
   }
 }
+
+}  // namespace textview

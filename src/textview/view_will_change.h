@@ -7,6 +7,8 @@
 
 class WynTextView;
 
+namespace textview {
+
 /// Brackets everything that the user does to a text view: while it lives, changes of text collect
 /// in one undo step (with `group`), and when the outermost one ends, what has to be drawn again is
 /// marked, the caret is scrolled into sight and the status bar is told. The view must show a
@@ -38,3 +40,5 @@ class view_will_change {
   std::uint32_t memento = 0;
   bool group;
 };
+
+}  // namespace textview

@@ -46,7 +46,7 @@ class document {
     view.setCurrentStyleSheet({});
     view.setDocument(WynDocument::document());
     {
-      view_will_change const scope(view);
+      textview::view_will_change const scope(view);
       std::u16string const units = marked_text::units(text);
       view.view()->storage->insert(view.view()->storage->end(-1), units.begin(), units.end());
     }
@@ -61,7 +61,7 @@ class document {
 
   text::view& rows() { return *view.view(); }
   void select(text::pos first, text::pos last, bool columns = false) {
-    view_will_change const scope(view);
+    textview::view_will_change const scope(view);
     auto const at = [&](text::pos place) {
       return text::view_iterator(&rows(), {place, rows().storage});
     };

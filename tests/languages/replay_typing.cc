@@ -106,7 +106,7 @@ class edited_view {
     view_.view()->selection.set_caret({view_.view(), at});
   }
   void fill() {
-    view_will_change const scope(view_, true);
+    textview::view_will_change const scope(view_, true);
     storage().insert(text::iterator(0, 0, &storage()), wanted_.begin(), wanted_.end());
     set_caret({0, 0, &storage()});
   }
@@ -158,7 +158,7 @@ void typed_file::type(char16_t unit) {
 
 // Of blanks alone, without the caret being moved from its text.
 void typed_file::correct_indent(std::size_t number, text::unit_view wanted) {
-  view_will_change const scope(view_, true);
+  textview::view_will_change const scope(view_, true);
   text::iterator const begin = storage().begin_of_line(number);
   bool const is_here = caret().line == number;
   std::size_t old = leading_blanks(storage().line_units(number));

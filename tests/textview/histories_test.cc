@@ -15,6 +15,8 @@
 #include <sstream>
 #include <vector>
 
+using namespace textview;
+
 // Random histories of two views of one document. A sequence, k undos, k redos and a tail must equal
 // the sequence and the tail: in text, selections, marks, the widest row, and in what each further
 // step does. HISTORY_SEEDS=FIRST-LAST runs others than the usual ones,

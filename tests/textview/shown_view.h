@@ -22,7 +22,7 @@ struct shown_view {
 
   /// Texts with caret and selection drawn in, see text/marked_text.h.
   void set(std::string_view drawing) {
-    view_will_change const scope(view);
+    textview::view_will_change const scope(view);
     marked_text::set(*view.view(), drawing);
   }
   std::string get() const { return marked_text::get(*view.view()); }

@@ -14,10 +14,10 @@ std::string uuid_of(std::string const& name) {
   return {};
 }
 
-class typing : public shown_view_test {};
+class typed_text : public shown_view_test {};
 
 // In a window, and where nobody looks.
-TEST_F(typing, key_by_key_gives_what_is_typed) {
+TEST_F(typed_text, key_by_key_gives_what_is_typed) {
   for (auto const& r : data_rows("typing.txt", "keys")) {
     for (bool const seen : {true, false}) {
       shown_view view;
