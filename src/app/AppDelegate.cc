@@ -373,10 +373,10 @@ plist::dictionary AppDelegate::environmentVariables() const {
 bool AppDelegate::newDocumentFromTemplate(std::string const& uuid) {
   auto const item = BundleManager::sharedInstance().bundleItemForUUID(uuid);
   if (item == nullptr || item->kind() != "template") return false;
-  temporary_document const place(item->content()["extension"].string_or(""));
+  windows::temporary_document const place(item->content()["extension"].string_or(""));
   if (place.path().empty()) return false;
   WynTextView* const view = frontTextView();
-  auto const files = files_for_template(
+  auto const files = windows::files_for_template(
       *item, place.path(),
       commands::environment_for(view != nullptr ? static_cast<platform::responder*>(view) : this));
   if (files.paths.empty()) {

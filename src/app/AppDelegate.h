@@ -21,7 +21,7 @@ class WynTextView;
 
 /// The application: opens files in windows, owns their controllers, and sees to it that quitting
 /// loses no unsaved work. The end of every responder chain. Main thread only.
-class AppDelegate : public platform::application_delegate, public windows_owner {
+class AppDelegate : public platform::application_delegate, public windows::windows_owner {
  public:
   /// `menus` is the property list of share/menus.plist. `recent_list` is the path of the list of
   /// recent files, empty for one that isn't kept.

@@ -8,11 +8,12 @@
 
 namespace {
 
-std::string item_line(key_meaning const& meaning) {
+std::string item_line(windows::key_meaning const& meaning) {
   BundleItem const& item = *meaning.item;
   Bundle const* const bundle = item.bundle();
   return "  " + item.kind() + " \u201c" + item.name() + "\u201d of bundle \u201c" +
-         (bundle == nullptr ? "" : bundle->name()) + "\u201d, " + reason_of_item(meaning) + "\n";
+         (bundle == nullptr ? "" : bundle->name()) + "\u201d, " + windows::reason_of_item(meaning) +
+         "\n";
 }
 
 std::string binding_text(plist::value const& binding) {
@@ -24,7 +25,7 @@ std::string binding_text(plist::value const& binding) {
   return result;
 }
 
-std::string entry_text(key_meaning const& meaning) {
+std::string entry_text(windows::key_meaning const& meaning) {
   std::string path;
   for (std::string const& title : meaning.place) path += title + " > ";
   return meaning.entry.selector + ", by the menu " + path + meaning.entry.title;
@@ -40,11 +41,11 @@ std::string key_report(std::string const& key, WynTextView& view,
   std::string report = "Key " + normal + " (" + event.glyphRepresentation() + ")\n";
   report += "Scopes: " + view.scopeAtCaret() + "\n";
   auto const meanings =
-      meanings_of_key(BundleManager::sharedInstance(), normal, view.scopeAtCaret(),
-                      WynKeyBindingManager::sharedInstance().keyBindings(), menus);
+      windows::meanings_of_key(BundleManager::sharedInstance(), normal, view.scopeAtCaret(),
+                               WynKeyBindingManager::sharedInstance().keyBindings(), menus);
   std::vector<BundleItem const*> winners;
   std::string items, other;
-  for (key_meaning const& meaning : meanings) {
+  for (windows::key_meaning const& meaning : meanings) {
     if (meaning.item != nullptr) items += item_line(meaning);
     if (meaning.is_best) winners.push_back(meaning.item.get());
     if (meaning.item != nullptr || !other.empty()) continue;

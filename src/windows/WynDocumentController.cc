@@ -23,7 +23,7 @@ using platform::quoted;
 
 }  // namespace
 
-WynDocumentController::WynDocumentController(windows_owner& owner) : owner_(owner) {
+WynDocumentController::WynDocumentController(windows::windows_owner& owner) : owner_(owner) {
   setNextResponder(&owner.lastResponder());
   textView_.setNextResponder(this);
   textView_.setContextMenu(owner.contextMenu());

@@ -15,7 +15,7 @@ class WynDocument;
 /// from showWindow() until its window has closed.
 class WynDocumentController : public platform::window_delegate {
  public:
-  explicit WynDocumentController(windows_owner& owner);
+  explicit WynDocumentController(windows::windows_owner& owner);
   ~WynDocumentController() override;
 
   void setTextDocument(std::shared_ptr<WynDocument> document);
@@ -48,7 +48,7 @@ class WynDocumentController : public platform::window_delegate {
   void checkForFilesystemChanges();
   void publishDocument();
 
-  windows_owner& owner_;
+  windows::windows_owner& owner_;
   WynTextView textView_;
   std::shared_ptr<WynDocument> document_;
   std::unique_ptr<platform::window> window_;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 
+namespace windows {
 namespace {
 
 /// Menus may name a letter with Shift in either way; an event comes with the capital.
@@ -93,3 +94,5 @@ std::string reason_of_item(key_meaning const& meaning) {
   std::snprintf(number, sizeof number, "%.3g", meaning.score);
   return "for " + selector + ", score " + number;
 }
+
+}  // namespace windows

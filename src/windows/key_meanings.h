@@ -8,6 +8,8 @@
 #include "platform/menu.h"
 #include "plist/value.h"
 
+namespace windows {
+
 /// One thing that a key stands for. Exactly one of item, binding and entry is there.
 struct key_meaning {
   std::shared_ptr<BundleItem> item;
@@ -30,3 +32,5 @@ std::vector<key_meaning> meanings_of_key(BundleManager& manager, std::string con
 
 /// "for source.c, score 0.92", "everywhere, score 0", "for source.c: not here".
 std::string reason_of_item(key_meaning const& meaning);
+
+}  // namespace windows

@@ -6,6 +6,7 @@
 #include <array>
 #include <map>
 
+namespace windows {
 namespace {
 
 using path = std::vector<std::string>;
@@ -165,3 +166,5 @@ std::vector<program_action> program_actions(std::vector<platform::menu_item> con
   list.add_bindings(bindings, empty);
   return list.take();
 }
+
+}  // namespace windows

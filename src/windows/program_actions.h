@@ -8,6 +8,8 @@
 #include "platform/responder.h"
 #include "plist/value.h"
 
+namespace windows {
+
 /// Something that the program does by a menu or a key, as lists name it. Texts are UTF-8.
 struct program_action {
   struct step {
@@ -42,3 +44,5 @@ program_action action_of_entry(platform::menu_item entry, std::vector<std::strin
 
 /// A selector as a title: "Move to End of Line" for "moveToEndOfLine:".
 std::string title_of_selector(std::string_view selector);
+
+}  // namespace windows

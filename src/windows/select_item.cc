@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <unordered_set>
 
+namespace windows {
 namespace {
 
 constexpr double other_name_weight = 0.8;
@@ -222,3 +223,5 @@ bool WynSelectBundleItem::accept(std::size_t row) {
   return chosen.item != nullptr ? manager_.executeItem(chosen.item, first)
                                 : chosen.action.perform(first);
 }
+
+}  // namespace windows

@@ -11,6 +11,8 @@
 #include "projects/BriskStringRanker.h"
 #include "windows/program_actions.h"
 
+namespace windows {
+
 /// The window in which a bundle item, or anything else that the program does, is found by letters
 /// of its name or by its key, and executed.
 ///
@@ -84,3 +86,5 @@ class WynSelectBundleItem final : public platform::picker_source {
   std::u16string prepared_;    // the filter string as the ranker takes it
   bool isEverywhere_ = false;  // the filter string is in capitals
 };
+
+}  // namespace windows

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 
+namespace windows {
 namespace {
 
 std::vector<std::string> lines_of(std::string const& text) {
@@ -56,3 +57,5 @@ temporary_document::temporary_document(std::string const& extension) {
 temporary_document::~temporary_document() {
   if (!folder_.empty()) path::remove_tree(folder_);
 }
+
+}  // namespace windows

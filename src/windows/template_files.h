@@ -8,6 +8,8 @@
 
 class BundleItem;
 
+namespace windows {
+
 /// The files that a template makes. Its `command` is a script that writes what its user is to begin
 /// with to QN_NEW_FILE (also given as QN_NEW_FILE_DIRECTORY and QN_NEW_FILE_BASENAME), and runs in
 /// the template's own folder; if it makes other files it prints their paths, one a line. Main
@@ -35,3 +37,5 @@ class temporary_document {
  private:
   std::string folder_, path_;
 };
+
+}  // namespace windows

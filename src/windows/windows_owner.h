@@ -8,6 +8,8 @@
 
 class WynDocumentController;
 
+namespace windows {
+
 /// What windows need of the application: it owns their controllers, and gets what they don't
 /// perform themselves. Main thread only.
 class windows_owner {
@@ -27,3 +29,5 @@ class windows_owner {
  protected:
   ~windows_owner() = default;
 };
+
+}  // namespace windows

@@ -5,6 +5,8 @@
 #include "bundles/bundle_fixture.h"
 #include "platform/utf.h"
 
+using namespace windows;
+
 // What is found by letters and by keys, in what order, and what a choice executes.
 namespace {
 
