@@ -22,7 +22,7 @@
 namespace {
 
 int wrong_usage(std::string const& reason) {
-  std::fprintf(stderr, "quirnote: %s\n%s", reason.c_str(), usage_text);
+  std::fprintf(stderr, "quirnote: %s\n%s", reason.c_str(), app::usage_text);
   return 2;
 }
 
@@ -33,7 +33,7 @@ int print(char const* text) {
 }
 
 // The window system sees no argument of ours, which might be options to it.
-int run_windows(char* program, command_line& line) {
+int run_windows(char* program, app::command_line& line) {
   std::vector<char*> arguments = {program};
   for (std::string& word : line.session) arguments.push_back(word.data());
   int argc = static_cast<int>(arguments.size());
@@ -48,7 +48,8 @@ int run_windows(char* program, command_line& line) {
   }
   int status = 0;
   {
-    menu_file const menus = read_menu_file(platform::shared_support_folder() + "/menus.plist");
+    app::menu_file const menus =
+        app::read_menu_file(platform::shared_support_folder() + "/menus.plist");
     AppDelegate app(menus.menus, platform::state_folder() + "/RecentFiles.plist");
     app.setLaunchArguments(line.batch.files, path::cwd());
     app.setMenuFault(menus.fault);
@@ -61,18 +62,18 @@ int run_windows(char* program, command_line& line) {
 
 int run(char* program, std::vector<std::string> const& arguments) {
   std::string error;
-  auto line = parse_command_line(arguments, error);
+  auto line = app::parse_command_line(arguments, error);
   if (!line) return wrong_usage(error);
   switch (line->what) {
-    case command_line::purpose::help:
-      return print(usage_text);
-    case command_line::purpose::version:
+    case app::command_line::purpose::help:
+      return print(app::usage_text);
+    case app::command_line::purpose::version:
       return print("Quirnote " QUIRNOTE_VERSION "\n");
-    case command_line::purpose::list_settings:
+    case app::command_line::purpose::list_settings:
       return print(settings::settings_page().c_str());
-    case command_line::purpose::batch:
-      return run_batch_mode(line->batch);
-    case command_line::purpose::windows:
+    case app::command_line::purpose::batch:
+      return app::run_batch_mode(line->batch);
+    case app::command_line::purpose::windows:
       break;
   }
   return run_windows(program, *line);

@@ -37,7 +37,7 @@ constexpr double clipboard_delay = 0.05;  // seconds
 constexpr std::size_t most_symbols_in_menu = 1000;
 constexpr std::int64_t large_file = 0xA00000;  // bytes; one more and the user is asked
 
-void add_recent_items(recent_files const& recent, std::vector<platform::menu_item>& items) {
+void add_recent_items(app::recent_files const& recent, std::vector<platform::menu_item>& items) {
   for (std::string const& path : recent.paths()) {
     platform::menu_item item;
     item.title = path::abbreviate_with_tilde(path);
@@ -155,7 +155,7 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
   addMethod("goToLineAction:", [this](plist::value const& place) {
     return plist::value(goToLine(place.string_or("")));
   });
-  add("offerSafetyCopies:", [this](auto const&) { offer_safety_copies(*this); });
+  add("offerSafetyCopies:", [this](auto const&) { app::offer_safety_copies(*this); });
   add("orderFrontFindPanel:", [](plist::value const& field) {
     WynFindManager::sharedInstance().orderFrontFindPanel(field.integer_or(0) == 1);
   });
@@ -249,7 +249,7 @@ void AppDelegate::didFinishLaunching() {
   postWhileAlive([this] {
     if (!menuFault_.empty())
       platform::desktop::current().alerts().run({"Menus Missing", menuFault_, {"Continue"}});
-    offer_safety_copies(*this);
+    app::offer_safety_copies(*this);
   });
 }
 
@@ -270,7 +270,7 @@ void AppDelegate::tellOfDamagedDefaults(plist::value const& info) {
 
 void AppDelegate::openLaunchArguments() {
   for (std::string const& argument : launchArguments_) {
-    file_argument const file = parse_file_argument(argument, currentDirectory_);
+    app::file_argument const file = app::parse_file_argument(argument, currentDirectory_);
     // Who names a line of it wants to see its text.
     if (file.line == 0 && installIfBundle(file.path)) continue;
     openFile(file.path, file.line, file.column);
@@ -304,7 +304,7 @@ WynDocumentController* AppDelegate::openFile(std::string const& path, std::size_
   if (document == nullptr) return nullptr;
   recent_.add(standard);
   WynDocumentController* const controller = go(show(document));
-  postWhileAlive([this, standard] { offer_safety_copies_beside(*this, standard); });
+  postWhileAlive([this, standard] { app::offer_safety_copies_beside(*this, standard); });
   return controller;
 }
 
@@ -468,7 +468,7 @@ void AppDelegate::selectBundleItem(bool by_key) {
 }
 
 bool AppDelegate::goToLine(std::string const& text) {
-  auto const place = parse_line_place(text);
+  auto const place = app::parse_line_place(text);
   auto const open = orderedControllers();
   return place && !open.empty() &&
          open.front()->textView().goToLineAndColumn(place->line, place->column);

@@ -46,7 +46,7 @@ class AppDelegate : public platform::application_delegate, public windows::windo
   /// Front to back.
   std::vector<WynDocumentController*> orderedControllers() const;
   std::vector<std::shared_ptr<WynDocument>> orderedDocuments() const;
-  recent_files& recentFiles() { return recent_; }
+  app::recent_files& recentFiles() { return recent_; }
 
   void adopt(std::unique_ptr<WynDocumentController> controller);
 
@@ -99,8 +99,8 @@ class AppDelegate : public platform::application_delegate, public windows::windo
 
   plist::value menus_;
   std::string menuFault_;
-  recent_files recent_;
-  clip_history_file clips_;
+  app::recent_files recent_;
+  app::clip_history_file clips_;
   std::unique_ptr<platform::timer> clipboardTimer_;
   std::string currentDirectory_;
   std::vector<std::string> launchArguments_;

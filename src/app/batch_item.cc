@@ -3,6 +3,8 @@
 #include "bundles/BundleManager.h"
 #include "textview/WynTextView.h"
 
+namespace app {
+
 std::shared_ptr<BundleItem> item_for_batch(std::string const& name, WynTextView const& view,
                                            std::string& error) {
   auto& manager = BundleManager::sharedInstance();
@@ -20,3 +22,5 @@ std::shared_ptr<BundleItem> item_for_batch(std::string const& name, WynTextView 
                           : "several items have this name; a UUID tells which one";
   return nullptr;
 }
+
+}  // namespace app

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
+namespace app {
 namespace {
 
 // 0 or an errno.
@@ -70,3 +71,5 @@ std::optional<batch_macro> read_batch_macro(std::string const& path) {
   }
   return is_whole ? std::optional(std::move(macro)) : std::nullopt;
 }
+
+}  // namespace app

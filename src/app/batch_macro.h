@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace app {
+
 /// Actions to perform one after the other.
 struct batch_macro {
   struct step {
@@ -23,3 +25,5 @@ struct batch_macro {
 /// read or is something else, since the rest might do harm without it: that has been reported on
 /// standard error with file, place and reason. "-" is standard input.
 std::optional<batch_macro> read_batch_macro(std::string const& path);
+
+}  // namespace app

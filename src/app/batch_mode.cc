@@ -32,6 +32,7 @@
 #include <cstring>
 #include <new>
 
+namespace app {
 namespace {
 
 enum exit_status { done = 0, beeped = 1, wrong_usage = 2, file_trouble = 3 };
@@ -362,3 +363,5 @@ int run_batch_mode(batch_options const& options) try {
   std::fprintf(stderr, "quirnote: %s\n", not_enough_memory);
   return file_trouble;
 }
+
+}  // namespace app

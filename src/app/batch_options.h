@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+namespace app {
+
 /// A macro or a bundle item to perform, and how often.
 struct batch_macro_option {
   std::string path;  // "-" is standard input; of an item its UUID or its name
@@ -35,3 +37,5 @@ struct batch_options {
   std::vector<std::string> check_bundles;  // --check-bundle
   std::vector<std::string> files;          // "-" is standard input
 };
+
+}  // namespace app

@@ -4,6 +4,8 @@
 
 #include "platform/standard_streams.h"
 
+namespace app {
+
 void batch_output::begin_file(std::string_view name) {
   if (style_ == heading::lines)
     put((stands_in_line_ ? "\n==> " : "==> ") + escaped_name(name) + " <==\n");
@@ -35,3 +37,5 @@ int batch_output::flush() {
   waiting_.clear();
   return error_;
 }
+
+}  // namespace app

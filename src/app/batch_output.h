@@ -5,6 +5,8 @@
 
 #include "platform/escaped.h"
 
+namespace app {
+
 /// Standard output, shared by what is printed for each file of a run.
 class batch_output {
  public:
@@ -30,3 +32,5 @@ class batch_output {
   std::string waiting_;
   int error_ = 0;
 };
+
+}  // namespace app

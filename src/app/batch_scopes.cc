@@ -9,6 +9,7 @@
 #include "platform/utf.h"
 #include "textview/WynTextView.h"
 
+namespace app {
 namespace {
 
 using path_id = grammar::path_tree::id;
@@ -82,3 +83,5 @@ std::string batch_symbols(WynTextView& text_view) {
     out += std::to_string(each.line - 1) + "\t" + each.name + "\n";
   return out;
 }
+
+}  // namespace app

@@ -5,6 +5,8 @@
 
 class WynTextView;
 
+namespace app {
+
 /// What the view knows of its text through the language's grammar. All wait until the tokenizer
 /// has seen the text, all of it unless a line is given, and throw std::bad_alloc if it could not.
 
@@ -18,3 +20,5 @@ std::string batch_scopes(WynTextView const& text_view);
 std::string batch_styles(WynTextView const& text_view);
 /// For each symbol its line, from 0, a tab and its name.
 std::string batch_symbols(WynTextView& text_view);
+
+}  // namespace app

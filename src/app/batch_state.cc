@@ -9,6 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
+namespace app {
 namespace {
 
 using json = nlohmann::ordered_json;
@@ -77,3 +78,5 @@ std::string batch_state(WynTextView const& text_view, int beeps,
   // File names in alerts may hold any bytes.
   return state.dump(-1, ' ', false, json::error_handler_t::replace);
 }
+
+}  // namespace app

@@ -17,6 +17,7 @@
 #include <cerrno>
 #include <cstring>
 
+namespace app {
 namespace {
 
 constexpr std::size_t most_bytes = 16 << 20;  // of UTF-8
@@ -109,3 +110,5 @@ void clip_history_file::write() {
   if (error != 0)
     platform::log_once(path_ + ": the clipboard history can't be written: " + std::strerror(error));
 }
+
+}  // namespace app

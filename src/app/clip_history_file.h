@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+namespace app {
+
 /// The clipboard history on the disk, for those who set `WynClipboardHistoryKept`: without it the
 /// history ends with the program, and a file of an earlier time is removed. Nobody else may read
 /// the file. With several processes the one that saves last wins: they hear of each other's clips
@@ -23,3 +25,5 @@ class clip_history_file {
   std::string const path_;
   std::uint64_t saved_version_ = 0;
 };
+
+}  // namespace app

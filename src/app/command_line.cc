@@ -11,6 +11,8 @@
 #include <iterator>
 #include <set>
 
+namespace app {
+
 char const* const usage_text =
     "usage: quirnote [FILE[:LINE[:COLUMN]]]...\n"
     "       quirnote --batch [--set KEY=VALUE]... [--macro FILE|- | --item NAME|UUID [--repeat "
@@ -305,3 +307,5 @@ std::optional<command_line> parse_command_line(arguments_t const& arguments, std
   error.clear();
   return parser(arguments).run(error);
 }
+
+}  // namespace app

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace app {
+
 /// What the program was called for.
 struct command_line {
   enum class purpose { windows, batch, help, version, list_settings };
@@ -22,3 +24,5 @@ extern char const* const usage_text;
 /// after "--" everything is a file. Nothing with a reason when they are wrong. Main thread only.
 std::optional<command_line> parse_command_line(std::vector<std::string> const& arguments,
                                                std::string& error);
+
+}  // namespace app

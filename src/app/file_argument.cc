@@ -6,6 +6,7 @@
 #include <charconv>
 #include <optional>
 
+namespace app {
 namespace {
 
 // Takes ":NUMBER" off the end of `text`.
@@ -38,3 +39,5 @@ file_argument parse_file_argument(std::string_view argument, std::string const& 
   if (auto const line = take_number(shorter)) return {absolute(shorter), *line, *last};
   return {absolute(rest), *last, 0};
 }
+
+}  // namespace app

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace app {
+
 /// A file named on the command line, perhaps with a place in it: FILE[:LINE[:COLUMN]].
 struct file_argument {
   std::string path;        // absolute
@@ -14,3 +16,5 @@ struct file_argument {
 /// An existing file whose name is all of `argument` wins over the reading as a place. Relative
 /// paths are taken from `directory`.
 file_argument parse_file_argument(std::string_view argument, std::string const& directory);
+
+}  // namespace app

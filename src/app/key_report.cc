@@ -6,6 +6,7 @@
 #include "textview/WynTextView.h"
 #include "windows/key_meanings.h"
 
+namespace app {
 namespace {
 
 std::string item_line(windows::key_meaning const& meaning) {
@@ -59,3 +60,5 @@ std::string key_report(std::string const& key, WynTextView& view,
   if (other.empty()) other = "what the key types, if it types anything";
   return report + "Result: " + other + "\n";
 }
+
+}  // namespace app

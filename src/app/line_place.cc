@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+namespace app {
 namespace {
 
 std::string_view without_blanks(std::string_view text) {
@@ -31,3 +32,5 @@ std::optional<line_place> parse_line_place(std::string_view text) {
   if (!column) return std::nullopt;
   return line_place{*line, *column};
 }
+
+}  // namespace app

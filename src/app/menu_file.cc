@@ -8,6 +8,7 @@
 
 #include <cstring>
 
+namespace app {
 namespace {
 
 constexpr char const* built_in_menus = R"({ main = (
@@ -51,3 +52,5 @@ menu_file read_menu_file(std::string const& path) {
     return built_in(path, "it has no menu bar");
   return {result.value, ""};
 }
+
+}  // namespace app

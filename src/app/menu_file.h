@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace app {
+
 /// The menus of the application, as menus.plist has them.
 struct menu_file {
   plist::value menus;
@@ -13,3 +15,5 @@ struct menu_file {
 /// Reads menus from a file, all of them or none: where it is missing or faulty there is a small
 /// built-in menu bar with which files can be opened, edited and saved.
 menu_file read_menu_file(std::string const& path);
+
+}  // namespace app

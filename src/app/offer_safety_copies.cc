@@ -16,6 +16,7 @@
 #include <memory>
 #include <new>
 
+namespace app {
 namespace {
 
 using documents::printable, documents::quoted, documents::safety_copy;
@@ -160,3 +161,5 @@ void offer_safety_copies(AppDelegate& app) {
 void offer_safety_copies_beside(AppDelegate& app, std::string const& path) {
   offer_all(app, safety_copy::left_over_beside(path));
 }
+
+}  // namespace app

@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <cstring>
 
+namespace app {
 namespace {
 
 std::size_t limit() {
@@ -115,3 +116,5 @@ bool recent_files::write(std::vector<std::string> const& paths) {
   if (error != 0) report("can't be written", error);
   return error == 0;
 }
+
+}  // namespace app

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+namespace app {
+
 /// The files opened last, newest first, kept as a property list in the state folder and shared by
 /// all processes of the user. Main thread only. What can't be read or written is reported once on
 /// standard error, and tried again with the next change and at the end. A damaged one is kept
@@ -42,3 +44,5 @@ class recent_files {
   std::vector<list_edit> waiting_;  ///< what isn't in the file yet
   mutable std::set<std::string> reported_;
 };
+
+}  // namespace app

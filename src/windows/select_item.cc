@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <unordered_set>
 
-namespace windows {
 namespace {
 
 constexpr double other_name_weight = 0.8;
@@ -27,15 +26,15 @@ std::string detail_of(BundleItem const& item) {
   return (bundle == nullptr ? "" : bundle->name() + ", ") + item.kind();
 }
 
-std::string detail_of(program_action const& action) {
+std::string detail_of(windows::program_action const& action) {
   return (action.place.empty() ? "key binding" : action.place) + (action.checked ? ", on" : "");
 }
 
 /// What an entry does, in other words than its title: "Move Word Left" for "Word Left" in a menu.
 /// Empty for an item, and where the selector says less than its argument.
-std::string other_name(program_action const& action) {
+std::string other_name(windows::program_action const& action) {
   bool const says_all = action.steps.size() == 1 && !action.steps.front().argument;
-  return says_all ? title_of_selector(action.steps.front().selector) : std::string();
+  return says_all ? windows::title_of_selector(action.steps.front().selector) : std::string();
 }
 
 }  // namespace
@@ -76,7 +75,7 @@ void WynSelectBundleItem::add(std::shared_ptr<BundleItem> const& item, bool appl
   choices_.push_back(std::move(each));
 }
 
-void WynSelectBundleItem::add(program_action action) {
+void WynSelectBundleItem::add(windows::program_action action) {
   choice each;
   each.title = action.title;
   each.detail = detail_of(action);
@@ -98,7 +97,8 @@ void WynSelectBundleItem::addItems() {
 }
 
 void WynSelectBundleItem::addActions() {
-  for (program_action& action : program_actions(menus_, bindings_, &view_.itemResponder()))
+  for (windows::program_action& action :
+       windows::program_actions(menus_, bindings_, &view_.itemResponder()))
     add(std::move(action));
 }
 
@@ -177,18 +177,20 @@ void WynSelectBundleItem::take_key(platform::key_event const& key) {
 
 void WynSelectBundleItem::showKeyEquivalent(std::string const& key) {
   choices_.clear();
-  for (key_meaning const& meaning : meanings_of_key(manager_, key, scope_, bindings_, menus_)) {
+  for (windows::key_meaning const& meaning :
+       windows::meanings_of_key(manager_, key, scope_, bindings_, menus_)) {
     if (meaning.item != nullptr) {
       add(meaning.item, meaning.score > -0.5);
-      choices_.back().detail = reason_of_item(meaning) + " \u00B7 " + detail_of(*meaning.item);
+      choices_.back().detail =
+          windows::reason_of_item(meaning) + " \u00B7 " + detail_of(*meaning.item);
     } else if (meaning.binding) {
-      program_action action = action_of_binding(meaning.binding);
+      windows::program_action action = windows::action_of_binding(meaning.binding);
       if (meaning.binding.as_dictionary()) action.title = "Waits for another key";
       if (action.title.empty()) action.title = "Does nothing";
       action.enabled = !action.steps.empty();
       add(std::move(action));
     } else {
-      add(action_of_entry(meaning.entry, meaning.place, &view_.itemResponder()));
+      add(windows::action_of_entry(meaning.entry, meaning.place, &view_.itemResponder()));
     }
     if (meaning.item == nullptr) choices_.back().action.keys = {key};
   }
@@ -223,5 +225,3 @@ bool WynSelectBundleItem::accept(std::size_t row) {
   return chosen.item != nullptr ? manager_.executeItem(chosen.item, first)
                                 : chosen.action.perform(first);
 }
-
-}  // namespace windows

@@ -11,8 +11,6 @@
 #include "projects/BriskStringRanker.h"
 #include "windows/program_actions.h"
 
-namespace windows {
-
 /// The window in which a bundle item, or anything else that the program does, is found by letters
 /// of its name or by its key, and executed.
 ///
@@ -55,7 +53,7 @@ class WynSelectBundleItem final : public platform::picker_source {
   /// An item, or else an action.
   struct choice {
     std::shared_ptr<BundleItem> item;
-    program_action action;
+    windows::program_action action;
     std::string title, detail;
     bool applies = true;  // the item is for the scope at the caret
     // Once they are needed. What an entry of a menu does is another name of it.
@@ -65,7 +63,7 @@ class WynSelectBundleItem final : public platform::picker_source {
   void addItems();
   void addActions();
   void add(std::shared_ptr<BundleItem> const& item, bool applies);
-  void add(program_action action);
+  void add(windows::program_action action);
   void showAll();
   void updateNote();
   static void prepareRankers(choice& each);
@@ -86,5 +84,3 @@ class WynSelectBundleItem final : public platform::picker_source {
   std::u16string prepared_;    // the filter string as the ranker takes it
   bool isEverywhere_ = false;  // the filter string is in capitals
 };
-
-}  // namespace windows

@@ -5,6 +5,8 @@
 
 #include <filesystem>
 
+using namespace app;
+
 namespace {
 
 class clips_over_restarts : public app_test {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace app;
+
 namespace {
 
 using words = std::vector<std::string>;

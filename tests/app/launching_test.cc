@@ -10,6 +10,8 @@
 #include "app/recent_files.h"
 #include "app_fixture.h"
 
+using namespace app;
+
 // What opens which file in which window, and where in it.
 namespace {
 

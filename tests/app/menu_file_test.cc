@@ -5,6 +5,8 @@
 
 #include <cstdio>
 
+using namespace app;
+
 namespace {
 
 class menu_file_test : public app_test {

@@ -13,6 +13,8 @@
 #include "platform/folder_lock.h"
 #include "platform/user_defaults.h"
 
+using namespace app;
+
 namespace {
 
 class recent_files_test : public testing::Test {
