@@ -72,7 +72,7 @@ bool is_language_of_files(BundleItem const& grammar) {
 std::vector<platform::menu_item> language_items() {
   auto languages = BundleManager::sharedInstance().bundleItemsOfKind("language");
   std::stable_sort(languages.begin(), languages.end(), [](auto const& a, auto const& b) {
-    return caseInsensitiveCompare(a->name(), b->name()) < 0;
+    return bundles::caseInsensitiveCompare(a->name(), b->name()) < 0;
   });
   std::vector<platform::menu_item> items;
   for (auto const& language : languages)
@@ -242,7 +242,7 @@ void AppDelegate::didFinishLaunching() {
   clips_.load();
   applicationDidBecomeActive();
   openLaunchArguments();
-  bundleWatcher_ = std::make_unique<bundle_watcher>(BundleManager::sharedInstance());
+  bundleWatcher_ = std::make_unique<bundles::bundle_watcher>(BundleManager::sharedInstance());
   themeWatcher_ = std::make_unique<styles::theme_watcher>(WynThemeManager::sharedInstance());
   bool const wanted = defaults.string("WynAppDelegateOpenUntitledDocument") != "never";
   if (controllers_.empty() && wanted) newDocument();
@@ -599,9 +599,9 @@ std::vector<platform::menu_item> AppDelegate::dynamicItems(std::string_view name
   if (name == "symbols" && frontTextView() != nullptr) items = symbol_items(*frontTextView());
   if (name == "themes") items = theme_items();
   if (name == "bundles")
-    items = bundles_menu(BundleManager::sharedInstance(),
-                         frontTextView() != nullptr && frontTextView()->hasSelection());
-  if (name == "templates") items = templates_menu(BundleManager::sharedInstance());
+    items = bundles::bundles_menu(BundleManager::sharedInstance(),
+                                  frontTextView() != nullptr && frontTextView()->hasSelection());
+  if (name == "templates") items = bundles::templates_menu(BundleManager::sharedInstance());
   if (name == "wrapColumns") items = wrap_columns::menu_items();
   return items;
 }

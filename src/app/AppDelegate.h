@@ -106,7 +106,7 @@ class AppDelegate : public platform::application_delegate, public windows::windo
   std::vector<std::string> launchArguments_;
   std::unique_ptr<platform::timer> defaultsTimer_;
   platform::notification_center::token damagedDefaults_;
-  std::unique_ptr<bundle_watcher> bundleWatcher_;
+  std::unique_ptr<bundles::bundle_watcher> bundleWatcher_;
   std::unique_ptr<styles::theme_watcher> themeWatcher_;
   std::vector<std::unique_ptr<WynDocumentController>> controllers_, closing_;
   bool isAskingToQuit_ = false;

@@ -27,6 +27,6 @@ bool BaseItem::isEqual(BaseItem const& other) const {
   return this == &other || (typeid(*this) == typeid(other) && UUID_ == other.UUID_);
 }
 
-int caseInsensitiveCompare(std::string const& a, std::string const& b) {
+int bundles::caseInsensitiveCompare(std::string const& a, std::string const& b) {
   return unicode::lowercase(a).compare(unicode::lowercase(b));
 }

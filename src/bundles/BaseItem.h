@@ -40,5 +40,9 @@ class BaseItem {
   bool isModified_ = false;
 };
 
+namespace bundles {
+
 /// Below, equal to or above 0, letters of either case being equal.
 int caseInsensitiveCompare(std::string const& a, std::string const& b);
+
+}  // namespace bundles

@@ -183,12 +183,12 @@ std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk(item_kind con
 
 bool Bundle::isLocal() const {
   return !bundlePaths_.empty() &&
-         is_below(bundlePaths_.front(), manager().folders().LocalBundlePath());
+         bundles::is_below(bundlePaths_.front(), manager().folders().LocalBundlePath());
 }
 
 bool Bundle::makeLocalPath() {
-  auto const path =
-      UniqueFileInDirectory(manager().folders().LocalBundlePath(true), name(), bundle_extension);
+  auto const path = bundles::UniqueFileInDirectory(manager().folders().LocalBundlePath(true),
+                                                   name(), bundle_extension);
   if (!path || ::mkdir(path->c_str(), 0777) != 0) {
     platform::log_once("error creating bundle path " + path.value_or(name()));
     platform::beep();
@@ -235,8 +235,8 @@ std::string Bundle::localPath() {
 std::string Bundle::bundleItemInstallPath() {
   std::string const installed = manager().folders().PristineCopyBundlePath(true);
   for (std::string const& path : bundlePaths_)
-    if (is_below(path, installed)) return path;
-  auto const path = UniqueFileInDirectory(installed, name(), bundle_extension);
+    if (bundles::is_below(path, installed)) return path;
+  auto const path = bundles::UniqueFileInDirectory(installed, name(), bundle_extension);
   if (!path || ::mkdir(path->c_str(), 0777) != 0 ||
       !bundles::write_dictionary(*path + info_file, {{"isDelta", true}, {"uuid", UUID()}}))
     return "";
@@ -255,7 +255,7 @@ std::string Bundle::supportPath() const {
 
 std::string Bundle::writeToDirectory(std::string const& directory) {
   prepareForSaving();
-  auto const path = UniqueFileInDirectory(directory, name(), bundle_extension);
+  auto const path = bundles::UniqueFileInDirectory(directory, name(), bundle_extension);
   if (!path || ::mkdir(path->c_str(), 0777) != 0) return "";
   plist::dictionary written = content().entries();
   for (char const* key : {"isDelta", "deletedKeys"}) written.erase(key);

@@ -99,7 +99,7 @@ void BundleItem::setBundle(Bundle& bundle) {
 
 bool BundleItem::isLocal() const {
   return !sourcePaths_.empty() &&
-         is_below(sourcePaths_.front(), manager().folders().LocalBundlePath());
+         bundles::is_below(sourcePaths_.front(), manager().folders().LocalBundlePath());
 }
 
 std::string BundleItem::localPath() const {
@@ -210,7 +210,7 @@ std::vector<std::shared_ptr<TemplateFile>> const& BundleItem::templateFiles() {
       templateFiles_.push_back(
           std::make_shared<TemplateFile>(manager(), UUID(), name, path::join(directory, name)));
   std::stable_sort(templateFiles_.begin(), templateFiles_.end(), [](auto const& a, auto const& b) {
-    return caseInsensitiveCompare(a->name(), b->name()) < 0;
+    return bundles::caseInsensitiveCompare(a->name(), b->name()) < 0;
   });
   return templateFiles_;
 }

@@ -66,10 +66,10 @@ void BundleItem::saveChanges() {
 bool BundleItem::makeLocalFile(bool is_delta) {
   Bundle* const owner = bundle();
   std::string const home = owner ? owner->localPath() : "";
-  auto const path =
-      home.empty() ? std::nullopt
-                   : UniqueFileInDirectory(home + "/" + std::string(KindToDirectory(kind())),
-                                           name(), is_delta ? "qnDelta" : KindToExtension(kind()));
+  auto const path = home.empty() ? std::nullopt
+                                 : bundles::UniqueFileInDirectory(
+                                       home + "/" + std::string(KindToDirectory(kind())), name(),
+                                       is_delta ? "qnDelta" : KindToExtension(kind()));
   bool const is_template = kind() == "template";
   if (!path || (is_template && ::mkdir(path->c_str(), 0777) != 0)) {
     platform::log_once("failed to create directory " + path.value_or(home));
@@ -99,7 +99,7 @@ bool BundleItem::writeTemplateFiles(bool all) {
 
 std::string BundleItem::writeToDirectory(std::string const& directory) {
   prepareForSaving();
-  auto const path = UniqueFileInDirectory(directory, name(), KindToExtension(kind()));
+  auto const path = bundles::UniqueFileInDirectory(directory, name(), KindToExtension(kind()));
   if (!path) return "";
   plist::dictionary written = content_.entries();
   if (path->find(".qnbundle/") == std::string::npos)

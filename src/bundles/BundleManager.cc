@@ -41,7 +41,7 @@ std::string full_user_name() {
 
 void sort_by_name(BundleManager::bundle_list& list) {
   std::stable_sort(list.begin(), list.end(), [](auto const& a, auto const& b) {
-    return caseInsensitiveCompare(a->name(), b->name()) < 0;
+    return bundles::caseInsensitiveCompare(a->name(), b->name()) < 0;
   });
 }
 
@@ -62,7 +62,7 @@ void erase_uuid(List& list, std::string_view uuid) {
 }  // namespace
 
 BundleManager& BundleManager::sharedInstance() {
-  if (!shared()) shared() = new BundleManager(bundle_folders::standard());
+  if (!shared()) shared() = new BundleManager(bundles::bundle_folders::standard());
   return *shared();
 }
 
@@ -79,7 +79,7 @@ void BundleManager::saveCache() {
   cache_.saveCache();
 }
 
-BundleManager::BundleManager(bundle_folders folders)
+BundleManager::BundleManager(bundles::bundle_folders folders)
     : folders_(std::move(folders)), cache_(folders_.index_file) {
   loadBundles();
 }
@@ -297,8 +297,8 @@ void BundleManager::removeBundle(std::string const& uuid) {
   if (bundle == nullptr) return;
   bool stays = false;
   for (std::string const& path : bundle->bundlePaths()) {
-    bool const own = is_below(path, folders_.LocalBundlePath()) ||
-                     is_below(path, folders_.PristineCopyBundlePath());
+    bool const own = bundles::is_below(path, folders_.LocalBundlePath()) ||
+                     bundles::is_below(path, folders_.PristineCopyBundlePath());
     stays = !own || platform::move_to_trash(path) != 0 || stays;
   }
   if (stays) {

@@ -16,7 +16,9 @@
 #include "platform/responder.h"
 #include "platform/string_table.h"
 
+namespace bundles {
 class item_view;
+}
 
 /// Owns every loaded bundle and item, and finds them by UUID and kind. Bundles are loaded at once,
 /// the items of a kind when they are first asked for: a start needs few of them. Main thread only.
@@ -43,11 +45,11 @@ class BundleManager {
   void saveCache();
 
   /// Loads the bundles.
-  explicit BundleManager(bundle_folders folders);
+  explicit BundleManager(bundles::bundle_folders folders);
   BundleManager(BundleManager const&) = delete;
   BundleManager& operator=(BundleManager const&) = delete;
 
-  bundle_folders const& folders() const { return folders_; }
+  bundles::bundle_folders const& folders() const { return folders_; }
   CacheManager& cache() { return cache_; }
 
   /// Reads bundles anew; what isn't saved is lost.
@@ -122,10 +124,11 @@ class BundleManager {
   /// currentBundleItem() meanwhile.
   bool executeItem(std::shared_ptr<BundleItem> const& item, platform::responder& first);
   /// The one there is, or which the user chooses from a menu; null for none.
-  std::shared_ptr<BundleItem> chooseItem(item_list const& items, item_view& view, bool at_mouse);
+  std::shared_ptr<BundleItem> chooseItem(item_list const& items, bundles::item_view& view,
+                                         bool at_mouse);
   /// Executes what a key stands for at the caret. True when there was anything, also if the user
   /// chose nothing of it.
-  bool shouldSwallowEvent(platform::key_event const& event, item_view& view);
+  bool shouldSwallowEvent(platform::key_event const& event, bundles::item_view& view);
 
   // The items that are executing, the innermost last.
   void pushBundleItem(std::shared_ptr<BundleItem> item) { stack_.push_back(std::move(item)); }
@@ -150,7 +153,7 @@ class BundleManager {
   bool standsOnSearchPath(std::string const& path) const;
   bool isLoadedFrom(std::string const& path) const;
 
-  bundle_folders folders_;
+  bundles::bundle_folders folders_;
   CacheManager cache_;
   bundle_list bundles_;
   std::unordered_map<std::string_view, std::shared_ptr<Bundle>> bundlesByUUID_;

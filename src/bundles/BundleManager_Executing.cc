@@ -53,17 +53,17 @@ bool BundleManager::executeItem(std::shared_ptr<BundleItem> const& item,
   return false;
 }
 
-std::shared_ptr<BundleItem> BundleManager::chooseItem(item_list const& items, item_view& view,
-                                                      bool at_mouse) {
+std::shared_ptr<BundleItem> BundleManager::chooseItem(item_list const& items,
+                                                      bundles::item_view& view, bool at_mouse) {
   if (items.size() < 2) return items.empty() ? nullptr : items.front();
-  auto const entries = menu_for_choice(*this, items, view.hasSelection());
+  auto const entries = bundles::menu_for_choice(*this, items, view.hasSelection());
   auto const chosen = view.chooseFromMenu(entries, at_mouse);
   if (!chosen || *chosen >= entries.size()) return nullptr;
   std::int64_t const place = entries[*chosen].argument.integer_or(-1);
   return place < 0 ? nullptr : items[static_cast<std::size_t>(place)];
 }
 
-bool BundleManager::shouldSwallowEvent(platform::key_event const& event, item_view& view) {
+bool BundleManager::shouldSwallowEvent(platform::key_event const& event, bundles::item_view& view) {
   std::string const key = WynKeyEvent::keyEventWithEvent(event).stringRepresentation();
   if (bundleItemsForKeyString(key).empty()) return false;
   item_list candidates = bundleItemsForKeyString(key, view.scopeAtCaret());

@@ -120,12 +120,12 @@ void BundleManager::installBundle(std::string const& directory) {
   bool const copied = unfinished.copy(directory);
   if (copied && loaded != nullptr) {
     for (std::string const& path : loaded->bundlePaths())
-      if (is_below(path, installed) && platform::move_to_trash(path) != 0)
+      if (bundles::is_below(path, installed) && platform::move_to_trash(path) != 0)
         return tell("Error Updating Bundle", "Could not delete the existing " + quoted(name) +
                                                  " bundle in " +
                                                  path::abbreviate_with_tilde(installed) + ".");
   }
-  auto const target = UniqueFileInDirectory(installed, name, bundle_extension);
+  auto const target = bundles::UniqueFileInDirectory(installed, name, bundle_extension);
   bool const done = copied && target && unfinished.finish(*target);
   reloadBundles();
   if (!done)
@@ -137,7 +137,7 @@ bool BundleManager::standsOnSearchPath(std::string const& path) const {
   std::string const own = path::resolve(path::standardize(path));
   auto const folders = resolved(folders_.bundlePaths());
   return std::any_of(folders.begin(), folders.end(),
-                     [&](auto const& folder) { return is_below(own, folder); });
+                     [&](auto const& folder) { return bundles::is_below(own, folder); });
 }
 
 bool BundleManager::isLoadedFrom(std::string const& path) const {
@@ -152,7 +152,7 @@ bool BundleManager::updateInstalledItem(BundleItem& item) {
     return false;
   std::string const installed = folders_.PristineCopyBundlePath();
   for (std::string const& path : item.sourcePaths()) {
-    if (!is_below(path, installed)) continue;
+    if (!bundles::is_below(path, installed)) continue;
     cache_.invalidateCacheForPath(path::parent(path));
     if (platform::move_to_trash(path) == 0) continue;
     tell("Error Updating Bundle Item", "Could not delete the existing " + quoted(item.name()) +
@@ -203,8 +203,9 @@ void BundleManager::installBundleItemOfKind(std::string const& path, std::string
   bundle->saveChanges();
   std::string const home = bundle->bundleItemInstallPath();
   std::string const folder = home + "/" + std::string(KindToDirectory(kind));
-  auto const target =
-      home.empty() ? std::nullopt : UniqueFileInDirectory(folder, name, KindToExtension(kind));
+  auto const target = home.empty()
+                          ? std::nullopt
+                          : bundles::UniqueFileInDirectory(folder, name, KindToExtension(kind));
   bool const written = target && bundles::write_dictionary(*target, content.entries());
   reloadBundles();
   if (!written)

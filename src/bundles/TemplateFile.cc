@@ -47,7 +47,7 @@ std::string const& TemplateFile::content() {
 }
 
 bool TemplateFile::isLocal() const {
-  return is_below(path_, manager_.folders().LocalBundlePath());
+  return bundles::is_below(path_, manager_.folders().LocalBundlePath());
 }
 
 bool TemplateFile::refuse(std::string const& name, char const* why) {

@@ -9,6 +9,7 @@
 
 #include <fstream>
 
+namespace bundles {
 namespace {
 
 constexpr char const* bundles_folder = "/Bundles";
@@ -105,3 +106,5 @@ std::optional<std::string> UniqueFileInDirectory(std::string const& directory,
   }
   return std::nullopt;
 }
+
+}  // namespace bundles

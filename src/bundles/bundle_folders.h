@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace bundles {
+
 /// Where bundles are looked for and where the user's changes go. Main thread only.
 struct bundle_folders {
   std::vector<std::string> domains;  ///< libraries; the first is the user's
@@ -32,3 +34,5 @@ bool is_below(std::string_view path, std::string_view folder);
 /// far as a file can be, with a number where that is taken. Nothing if the directory can't be had.
 std::optional<std::string> UniqueFileInDirectory(std::string const& directory,
                                                  std::string_view name, std::string_view extension);
+
+}  // namespace bundles

@@ -8,6 +8,7 @@
 #include "path/tree.h"
 #include "platform/desktop.h"
 
+namespace bundles {
 namespace {
 
 constexpr double first_delay = 1, between = 0.02;  // seconds
@@ -88,3 +89,5 @@ void bundle_watcher::reload() {
   manager_.reloadBundles();
   look_for_folders();
 }
+
+}  // namespace bundles

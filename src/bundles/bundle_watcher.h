@@ -11,6 +11,8 @@
 
 class BundleManager;
 
+namespace bundles {
+
 /// Watches the folders of bundles while the program runs, and has the manager read what has been
 /// added, changed or deleted there, by other programs or in the user's own windows. What it watches
 /// grows bit by bit after it was made, so that a start doesn't wait for it. Main thread only.
@@ -34,3 +36,5 @@ class bundle_watcher {
   std::unique_ptr<platform::timer> watching_, reloading_;
   std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };
+
+}  // namespace bundles

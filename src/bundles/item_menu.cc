@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <map>
 
+namespace bundles {
 namespace {
 
 using item_list = BundleManager::item_list;
@@ -162,3 +163,5 @@ menu templates_menu(BundleManager& manager) {
   }
   return result;
 }
+
+}  // namespace bundles

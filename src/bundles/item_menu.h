@@ -8,6 +8,8 @@
 class BundleItem;
 class BundleManager;
 
+namespace bundles {
+
 /// The menu in which one of several items is chosen, and the ones of all items of a bundle.
 
 /// What is shown for a choice among items: languages by name; others under the names of their
@@ -20,3 +22,5 @@ std::vector<platform::menu_item> menu_for_choice(
 /// A submenu for each bundle that has commands, macros or snippets; and for templates.
 std::vector<platform::menu_item> bundles_menu(BundleManager& manager, bool has_selection);
 std::vector<platform::menu_item> templates_menu(BundleManager& manager);
+
+}  // namespace bundles

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace bundles {
+
 /// What bundle items need of the view at whose caret they act. Main thread only.
 class item_view {
  public:
@@ -24,3 +26,5 @@ class item_view {
  protected:
   ~item_view() = default;
 };
+
+}  // namespace bundles

@@ -5,6 +5,7 @@
 
 #include "bundles/BundleManager.h"
 
+namespace bundles {
 namespace {
 
 /// A grammar that is read when it is needed, perhaps on a tokenizer's thread.
@@ -66,3 +67,5 @@ std::shared_ptr<grammar::catalogue const> language_catalogue(BundleManager& mana
   known.revision = manager.revision();
   return known.catalogue;
 }
+
+}  // namespace bundles

@@ -68,7 +68,9 @@ std::vector<std::shared_ptr<BundleItem>> preferences_by_layer() {
   // What isn't on disk yet is the user's.
   auto const height = [&](BundleItem const& item) {
     std::string const path = item.sourcePath();
-    auto const holds_it = [&](std::string const& folder) { return is_below(path, folder); };
+    auto const holds_it = [&](std::string const& folder) {
+      return bundles::is_below(path, folder);
+    };
     auto const folder = std::find_if(folders.begin(), folders.end(), holds_it);
     return path.empty() ? folders.size() : static_cast<std::size_t>(folders.end() - folder);
   };

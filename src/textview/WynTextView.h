@@ -66,7 +66,7 @@ class WynTextView : public platform::responder,
                     public layout::laid_out_view,
                     public search::searched_view,
                     public typing::typed_view,
-                    public item_view {
+                    public bundles::item_view {
  public:
   WynTextView();
   ~WynTextView() override;

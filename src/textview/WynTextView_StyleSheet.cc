@@ -147,7 +147,7 @@ void WynTextView::setRules(unsigned language) {
     view_->install_tokenize_filter(std::move(added));
   }
   tokenizer_->set_reset_display([this] { resetDisplay(); });
-  tokenizer_->set_rules(language_catalogue(BundleManager::sharedInstance()), language);
+  tokenizer_->set_rules(bundles::language_catalogue(BundleManager::sharedInstance()), language);
   startTokenizer();
 }
 

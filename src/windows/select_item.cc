@@ -39,7 +39,7 @@ std::string other_name(windows::program_action const& action) {
 
 }  // namespace
 
-WynSelectBundleItem::WynSelectBundleItem(BundleManager& manager, item_view& view,
+WynSelectBundleItem::WynSelectBundleItem(BundleManager& manager, bundles::item_view& view,
                                          std::vector<platform::menu_item> menus,
                                          plist::dictionary const& bindings,
                                          bool isSearchingKeyEquivalents)

@@ -26,7 +26,7 @@
 class WynSelectBundleItem final : public platform::picker_source {
  public:
   /// Dynamic menus must have been filled in.
-  WynSelectBundleItem(BundleManager& manager, item_view& view,
+  WynSelectBundleItem(BundleManager& manager, bundles::item_view& view,
                       std::vector<platform::menu_item> menus, plist::dictionary const& bindings,
                       bool isSearchingKeyEquivalents = false);
 
@@ -71,7 +71,7 @@ class WynSelectBundleItem final : public platform::picker_source {
   void filterItemsUsingString(bool narrows);
 
   BundleManager& manager_;
-  item_view& view_;
+  bundles::item_view& view_;
   std::vector<platform::menu_item> const menus_;
   plist::dictionary const& bindings_;
   bool const isSearchingKeyEquivalents_;

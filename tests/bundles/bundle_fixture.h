@@ -19,7 +19,7 @@ class bundle_test : public testing::Test {
  protected:
   bundle_test() { setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1); }
 
-  bundle_folders folders() const {
+  bundles::bundle_folders folders() const {
     return {{folder / "data/Quirnote", folder / "machine"}, folder / "share", folder / "index"};
   }
   BundleManager& manager() {

@@ -3,6 +3,8 @@
 #include "bundles/bundle_watcher.h"
 #include "platform/notification_center.h"
 
+using namespace bundles;
+
 // What happens to files while the program runs is seen, and told once.
 TEST_F(bundle_test, changes_on_disk_are_picked_up) {
   std::string const demo = "share/Bundles/Demo.qnbundle/", own = "data/Quirnote/Bundles/";

@@ -13,7 +13,7 @@ namespace {
 using names = std::vector<std::string>;
 
 /// A caret in C, and somebody who notes what he is told to do.
-class noting_view final : public item_view, public platform::responder {
+class noting_view final : public bundles::item_view, public platform::responder {
  public:
   noting_view() {
     for (char const* selector : {"insertSnippetWithOptions:", "executeCommandWithOptions:", "undo:",
