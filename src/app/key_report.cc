@@ -36,7 +36,7 @@ std::string entry_text(windows::key_meaning const& meaning) {
 
 std::string key_report(std::string const& key, WynTextView& view,
                        std::vector<platform::menu_item> const& menus) {
-  std::string const normal = NormalizeKeyString(key).value_or(key);
+  std::string const normal = keys::NormalizeKeyString(key).value_or(key);
   WynKeyEvent event;
   event.initWithString(normal);
   std::string report = "Key " + normal + " (" + event.glyphRepresentation() + ")\n";

@@ -12,7 +12,7 @@ namespace {
 
 constexpr char const* escape = "\x1B";
 
-bool perform(plist::value const& action, key_binding_target& view) {
+bool perform(plist::value const& action, keys::key_binding_target& view) {
   auto const selector = action.string_or("");
   return selector == "noop:" || view.tryToPerformWith(selector, {});
 }
@@ -29,7 +29,7 @@ WynKeyBindingManager::WynKeyBindingManager(std::vector<std::string> const& files
     std::cerr << "Quirnote: " << message << '\n';
   };
   for (auto const& file : files)
-    for (auto& [key, binding] : read_key_binding_file(file, complain))
+    for (auto& [key, binding] : keys::read_key_binding_file(file, complain))
       keyBindings_.insert_or_assign(key, binding);
 }
 
@@ -55,7 +55,7 @@ std::optional<std::string> WynKeyBindingManager::selectorForEvent(
 }
 
 bool WynKeyBindingManager::interpretKeyEventForTextView(platform::key_event const& event,
-                                                        key_binding_target& view) {
+                                                        keys::key_binding_target& view) {
   WynKeyEvent const pressed = WynKeyEvent::keyEventWithEvent(event);
   auto const key = pressed.stringRepresentation();
   auto const pending = pending_.extract(&view);
@@ -80,7 +80,7 @@ bool WynKeyBindingManager::interpretKeyEventForTextView(platform::key_event cons
   return true;
 }
 
-void WynKeyBindingManager::performAll(plist::array const& actions, key_binding_target& view) {
+void WynKeyBindingManager::performAll(plist::array const& actions, keys::key_binding_target& view) {
   for (auto action = actions.begin(); action != actions.end(); ++action) {
     if (action->string_or("") != "insertText:")
       perform(*action, view);

@@ -33,18 +33,19 @@ class WynKeyBindingManager {
 
   /// Performs what the key is bound to, or hands it to the platform's text input. False when the
   /// only action bound to it is one that nobody knows.
-  bool interpretKeyEventForTextView(platform::key_event const& event, key_binding_target& view);
+  bool interpretKeyEventForTextView(platform::key_event const& event,
+                                    keys::key_binding_target& view);
 
   /// Must be called before a view goes that has seen a key.
-  void forgetTextView(key_binding_target const& view) { pending_.erase(&view); }
+  void forgetTextView(keys::key_binding_target const& view) { pending_.erase(&view); }
 
  private:
-  void performAll(plist::array const& actions, key_binding_target& view);
+  void performAll(plist::array const& actions, keys::key_binding_target& view);
 
   plist::dictionary keyBindings_;
   struct begun {
     plist::value table;  // where the next key is looked up
     std::string keys;    // as they are shown
   };
-  std::map<key_binding_target const*, begun> pending_;
+  std::map<keys::key_binding_target const*, begun> pending_;
 };

@@ -74,7 +74,7 @@ class key_texts {
 
 }  // namespace
 
-std::uint32_t qualifier_for_letter(char32_t letter) {
+std::uint32_t keys::qualifier_for_letter(char32_t letter) {
   for (auto const& row : qualifier_letters)
     if (letter == static_cast<char32_t>(row.letter)) return row.bit;
   return 0;
@@ -107,7 +107,7 @@ bool WynKeyEvent::initWithString(std::string_view text) {
   if (text.empty()) return false;
   auto const at = last_character(text);
   std::uint32_t qualifiers = 0;
-  for (unsigned char c : text.substr(0, at)) qualifiers |= qualifier_for_letter(c);
+  for (unsigned char c : text.substr(0, at)) qualifiers |= keys::qualifier_for_letter(c);
   setKeyAndQualifiers(std::string(text.substr(at)), qualifiers);
   return true;
 }
@@ -197,10 +197,10 @@ std::string WynKeyEvent::stringRepresentation() const {
 
 std::string WynKeyEvent::glyphsForModifiers(std::uint32_t qualifiers) {
   std::string result;
-  if (qualifiers & mod::control) result += glyph_named("control");
-  if (qualifiers & mod::option) result += glyph_named("modifier");
-  if (qualifiers & mod::shift) result += glyph_named("shift");
-  if (qualifiers & mod::command) result += glyph_named("command");
+  if (qualifiers & mod::control) result += keys::glyph_named("control");
+  if (qualifiers & mod::option) result += keys::glyph_named("modifier");
+  if (qualifiers & mod::shift) result += keys::glyph_named("shift");
+  if (qualifiers & mod::command) result += keys::glyph_named("command");
   return result;
 }
 
@@ -212,10 +212,10 @@ std::string WynKeyEvent::modifierGlyphs() const {
 std::string WynKeyEvent::keyGlyph() const {
   char32_t const key = first_code_point(unicode::to_utf16(key_));
   if (key >= fk::f1 && key <= 0xF726) return "F" + std::to_string(key - fk::f1 + 1);
-  if (auto const name = name_of_key(key); !name.empty()) {
+  if (auto const name = keys::name_of_key(key); !name.empty()) {
     bool const on_keypad = (qualifiers_ & mod::keypad) && key != fk::enter;
     std::u16string const keycap(1, static_cast<char16_t>(enclosing_keycap));
-    return glyph_named(name) + (on_keypad ? unicode::to_utf8(keycap) : "");
+    return keys::glyph_named(name) + (on_keypad ? unicode::to_utf8(keycap) : "");
   }
   if (key == 0xA0) return "nbsp";
   return unicode::uppercase(key_);

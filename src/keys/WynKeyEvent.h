@@ -61,5 +61,9 @@ class WynKeyEvent {
   std::uint32_t qualifiers_ = 0;
 };
 
+namespace keys {
+
 /// The modifier of a letter of "#^~$@"; 0 for any other character.
 std::uint32_t qualifier_for_letter(char32_t letter);
+
+}  // namespace keys

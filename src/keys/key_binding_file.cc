@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 
+namespace keys {
 namespace {
 
 constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
@@ -66,3 +67,5 @@ plist::dictionary read_key_binding_file(std::string const& path, file_complaint 
     complain(path + ": key \"" + printable(key) + "\": " + why);
   });
 }
+
+}  // namespace keys

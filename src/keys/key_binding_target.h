@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+namespace keys {
+
 /// What key bindings need of the text view in which a key was pressed.
 class key_binding_target {
  public:
@@ -20,3 +22,5 @@ class key_binding_target {
   /// Hands a key without a binding to the platform's text input.
   virtual void interpretKeyEvents(platform::key_event const& event) = 0;
 };
+
+}  // namespace keys

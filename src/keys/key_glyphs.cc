@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <iterator>
 
+namespace keys {
 namespace {
 
 namespace fk = platform::function_key;
@@ -64,3 +65,5 @@ std::string_view name_of_key(char32_t key) {
   auto row = std::ranges::find(named_keys, key, &key_row::key);
   return row == std::end(named_keys) ? std::string_view() : row->name;
 }
+
+}  // namespace keys

@@ -3,6 +3,7 @@
 #include "keys/WynKeyEvent.h"
 #include "platform/event.h"
 
+namespace keys {
 namespace {
 
 std::size_t character_length(std::string_view text) {
@@ -79,3 +80,5 @@ plist::dictionary NormalizeDictionary(plist::dictionary const& bindings,
                                       key_binding_complaint const& complain) {
   return normalizer(complain).run(bindings, "");
 }
+
+}  // namespace keys

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+namespace keys {
+
 /// The strict reading of keys that people write into files.
 
 /// The canonical form of a key string: modifier letters in any order, then one key, before which a
@@ -22,3 +24,5 @@ using key_binding_complaint = std::function<void(std::string const& key, std::st
 /// binding also serves the same key on the keypad, unless that has one of its own.
 plist::dictionary NormalizeDictionary(plist::dictionary const& bindings,
                                       key_binding_complaint const& complain = {});
+
+}  // namespace keys

@@ -59,7 +59,7 @@ class line_indenter;
 /// defines them. Main thread only.
 class WynTextView : public platform::responder,
                     public platform::view_client,
-                    public key_binding_target,
+                    public keys::key_binding_target,
                     public textview::view_switches,
                     public styles::styled_view,
                     public layout::drawn_text,

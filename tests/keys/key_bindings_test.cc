@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <filesystem>
 
+using namespace keys;
+
 namespace {
 
 using plist::array;

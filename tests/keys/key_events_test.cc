@@ -6,6 +6,8 @@
 
 #include <map>
 
+using namespace keys;
+
 namespace {
 
 namespace mod = platform::modifier;

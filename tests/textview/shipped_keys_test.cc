@@ -20,8 +20,8 @@ std::string share(std::string const& name) {
 }
 
 plist::dictionary shipped_bindings() {
-  return read_key_binding_file(share("KeyBindings.dict"),
-                               [](std::string const& fault) { ADD_FAILURE() << fault; });
+  return keys::read_key_binding_file(share("KeyBindings.dict"),
+                                     [](std::string const& fault) { ADD_FAILURE() << fault; });
 }
 
 std::vector<std::string> menu_keys(plist::value const& menus) {
