@@ -20,7 +20,7 @@ int read_standard_input(std::string& contents) {
 }
 
 void report(std::string const& path, std::string const& place, std::string const& reason) {
-  std::fprintf(stderr, "quirnote: %s%s: %s\n", escaped_name(path).c_str(), place.c_str(),
+  std::fprintf(stderr, "quirnote: %s%s: %s\n", platform::escaped_name(path).c_str(), place.c_str(),
                reason.c_str());
 }
 

@@ -38,7 +38,7 @@ namespace {
 enum exit_status { done = 0, beeped = 1, wrong_usage = 2, file_trouble = 3 };
 
 void complain(std::string const& name, std::string const& reason) {
-  std::fprintf(stderr, "quirnote: %s: %s\n", escaped_name(name).c_str(), reason.c_str());
+  std::fprintf(stderr, "quirnote: %s: %s\n", platform::escaped_name(name).c_str(), reason.c_str());
 }
 
 constexpr char const* not_enough_memory = "there is not enough memory";
@@ -91,7 +91,7 @@ class batch_run {
     auto const unused = desktop_.alerts().unused_answers();
     for (auto const& [title, button] : unused)
       std::fprintf(stderr, "quirnote: nothing asked for --answer \"%s=%s\"\n",
-                   escaped_name(title).c_str(), escaped_name(button).c_str());
+                   platform::escaped_name(title).c_str(), platform::escaped_name(button).c_str());
     return unused.empty();
   }
 
@@ -164,7 +164,8 @@ class batch_run {
       desktop_.beep();
     }
     handle_events();
-    if (desktop_.beeps != beeps) std::fprintf(stderr, "beep: %s\n", escaped_name(command).c_str());
+    if (desktop_.beeps != beeps)
+      std::fprintf(stderr, "beep: %s\n", platform::escaped_name(command).c_str());
   }
 
   void execute(WynDocumentController& controller, std::string const& name) {
@@ -179,7 +180,8 @@ class batch_run {
       desktop_.beep();
     }
     handle_events();
-    if (desktop_.beeps != beeps) std::fprintf(stderr, "beep: %s\n", escaped_name(name).c_str());
+    if (desktop_.beeps != beeps)
+      std::fprintf(stderr, "beep: %s\n", platform::escaped_name(name).c_str());
   }
 
   static std::u16string text_of(text::storage const& storage) {
@@ -197,7 +199,7 @@ class batch_run {
     auto const old_lines = documents::lines_of(before), new_lines = documents::lines_of(after);
     auto const changes = documents::differing_lines(old_lines, new_lines);
     if (changes.empty()) return;
-    std::u16string const shown = unicode::to_utf16(escaped_name(name));
+    std::u16string const shown = unicode::to_utf16(platform::escaped_name(name));
     output_.put(unicode::to_utf8(
         documents::unified_diff(old_lines, new_lines, changes, u"a/" + shown, u"b/" + shown)));
   }
@@ -215,7 +217,7 @@ class batch_run {
     if (!options_.save && options_.save_as.empty()) return;
     // Without a step that is misspelt the others may have done harm.
     if (!unknown_.empty())
-      return fail(name, "not saved, as there is no action " + escaped_name(unknown_));
+      return fail(name, "not saved, as there is no action " + platform::escaped_name(unknown_));
     if (options_.strict && desktop_.beeps > 0) {
       complain(name, "not saved, as an action failed");
       return;
@@ -323,7 +325,7 @@ int check_bundles(std::vector<std::string> const& directories) {
   batch_output output(batch_output::heading::none);
   for (std::string const& directory : directories)
     for (bundles::bundle_fault const& fault : bundles::check_bundle(directory, languages)) {
-      output.put(escaped(bundles::description(fault)) + "\n");
+      output.put(platform::escaped(bundles::description(fault)) + "\n");
       is_clean = false;
     }
   if (int const error = output.flush()) {

@@ -8,7 +8,7 @@ namespace app {
 
 void batch_output::begin_file(std::string_view name) {
   if (style_ == heading::lines)
-    put((stands_in_line_ ? "\n==> " : "==> ") + escaped_name(name) + " <==\n");
+    put((stands_in_line_ ? "\n==> " : "==> ") + platform::escaped_name(name) + " <==\n");
   if (style_ == heading::nulls) put(std::string(name) + '\0');
 }
 

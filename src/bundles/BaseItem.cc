@@ -10,7 +10,7 @@ BaseItem::BaseItem(BundleManager& manager, std::string name, std::string kind, s
     : manager_(manager),
       name_(std::move(name)),
       kind_(std::move(kind)),
-      UUID_(UUID.empty() ? stringWithUUID() : std::move(UUID)) {}
+      UUID_(UUID.empty() ? platform::stringWithUUID() : std::move(UUID)) {}
 
 void BaseItem::setName(std::string name) {
   if (name == name_) return;

@@ -41,7 +41,7 @@ bool contains(std::vector<std::string> const& list, std::string_view text) {
 }  // namespace
 
 std::shared_ptr<Bundle> Bundle::bundleWithName(BundleManager& manager, std::string name) {
-  plist::dictionary content{{"name", std::move(name)}, {"uuid", stringWithUUID()}};
+  plist::dictionary content{{"name", std::move(name)}, {"uuid", platform::stringWithUUID()}};
   auto bundle = std::make_shared<Bundle>(manager, std::move(content), std::vector<std::string>(),
                                          std::string());
   bundle->setModified(true);

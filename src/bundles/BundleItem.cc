@@ -172,7 +172,7 @@ void BundleItem::setContentValueForKey(plist::value v, std::string const& key) {
 std::shared_ptr<BundleItem> BundleItem::createDuplicate() {
   prepareForSaving();
   plist::dictionary copied = content_.entries();
-  copied.insert_or_assign("uuid", stringWithUUID());
+  copied.insert_or_assign("uuid", platform::stringWithUUID());
   auto copy = bundleItemWithContent(manager(), std::move(copied), kind());
   copy->bundleUUID_ = bundleUUID_;
   for (auto const& file : templateFiles())

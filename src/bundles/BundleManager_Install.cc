@@ -49,7 +49,7 @@ class unfinished_bundle {
  public:
   explicit unfinished_bundle(std::string const& folder) {
     removeLeftOver(folder);
-    path_ = folder + "/" + prefix + stringWithUUID();
+    path_ = folder + "/" + prefix + platform::stringWithUUID();
   }
   unfinished_bundle(unfinished_bundle const&) = delete;
   unfinished_bundle& operator=(unfinished_bundle const&) = delete;

@@ -84,7 +84,7 @@ std::string name(std::string const& path) {
 }
 
 std::string file_url(std::string_view path) {
-  return "file://" + percent_encoded(path, "/-._~!$&'()*+,;=:@");
+  return "file://" + platform::percent_encoded(path, "/-._~!$&'()*+,;=:@");
 }
 
 }  // namespace path

@@ -7,6 +7,7 @@
 
 #include "platform/shown_characters.h"
 
+namespace platform {
 namespace {
 
 std::string escaped_byte(unsigned char byte) {
@@ -45,3 +46,5 @@ std::string escaped(std::string_view text) {
 std::string escaped_name(std::string_view name) {
   return escape(name, true);
 }
+
+}  // namespace platform

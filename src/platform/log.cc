@@ -17,7 +17,7 @@ void log_text(std::string const& text) {
   std::string shown;
   for (std::size_t begin = 0; begin < text.size();) {
     std::size_t const end = text.find('\n', begin);
-    shown += escaped(std::string_view(text).substr(begin, end - begin));
+    shown += platform::escaped(std::string_view(text).substr(begin, end - begin));
     if (end == text.npos) break;
     shown += '\n';
     begin = end + 1;

@@ -1,5 +1,7 @@
 #include "platform/percent_encoding.h"
 
+namespace platform {
+
 std::string percent_encoded(std::string_view bytes, std::string_view plain) {
   constexpr char digits[] = "0123456789ABCDEF";
   std::string result;
@@ -13,3 +15,5 @@ std::string percent_encoded(std::string_view bytes, std::string_view plain) {
   }
   return result;
 }
+
+}  // namespace platform

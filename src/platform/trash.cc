@@ -46,7 +46,8 @@ std::string information_for(std::string const& path) {
   ::localtime_r(&now, &local);
   char date[32];
   std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
-  return "[Trash Info]\nPath=" + percent_encoded(path, "/-_.~") + "\nDeletionDate=" + date + "\n";
+  return "[Trash Info]\nPath=" + platform::percent_encoded(path, "/-_.~") +
+         "\nDeletionDate=" + date + "\n";
 }
 
 int write_all(int fd, std::string const& text) {

@@ -2,6 +2,8 @@
 
 #include <random>
 
+namespace platform {
+
 std::string stringWithUUID() {
   std::random_device random;
   std::uniform_int_distribution<int> digit(0, 15);
@@ -12,3 +14,5 @@ std::string stringWithUUID() {
   }
   return result;
 }
+
+}  // namespace platform

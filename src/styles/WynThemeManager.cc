@@ -83,7 +83,7 @@ void WynThemeManager::readThemes(std::string const& folder, std::vector<theme>& 
     }
     if (data["uuid"].string_or("").empty()) {
       plist::dictionary named = data.entries();
-      named.insert_or_assign("uuid", former ? former->uuid() : stringWithUUID());
+      named.insert_or_assign("uuid", former ? former->uuid() : platform::stringWithUUID());
       data = std::move(named);
     }
     std::string const uuid = data["uuid"].string_or("");
