@@ -9,6 +9,7 @@
 #include "regex/onig_library.h"
 #include "regex/oniguruma.h"
 
+namespace regex {
 namespace {
 
 using compiled = std::optional<oniguruma::ptrn_t>;
@@ -68,3 +69,5 @@ std::optional<std::vector<std::string>> componentsInRegEx(std::string_view strin
   }
   return result;
 }
+
+}  // namespace regex

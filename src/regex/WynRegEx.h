@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace regex {
+
 /// Two conveniences on UTF-8 strings. Main thread only.
 
 /// Whether the pattern (Oniguruma's) matches anywhere in the string; a "!" before it negates.
@@ -19,3 +21,5 @@ bool isRegEx(std::string_view pattern, std::string& fault);
 /// The pattern is the own engine's (regex/find.h). Nothing when there is no match.
 std::optional<std::vector<std::string>> componentsInRegEx(std::string_view string,
                                                           std::string_view pattern);
+
+}  // namespace regex

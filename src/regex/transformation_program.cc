@@ -4,6 +4,7 @@
 #include <iterator>
 #include <optional>
 
+namespace regex {
 namespace {
 
 // The text up to the next delimiter, which is taken away too. What a backslash protects stays with
@@ -75,3 +76,5 @@ std::string transformation_program::apply(std::string text) const {
   }
   return text;
 }
+
+}  // namespace regex

@@ -7,6 +7,8 @@
 
 #include "regex/onig_replace.h"
 
+namespace regex {
+
 /// What bundles say about turning a piece of text into the name of a symbol: substitutions, one
 /// after the other, in a text such as
 ///
@@ -34,3 +36,5 @@ class transformation_program {
   std::vector<substitution> substitutions_;
   std::string fault_;
 };
+
+}  // namespace regex

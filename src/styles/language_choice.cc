@@ -21,7 +21,7 @@ std::string by_first_line(std::string_view first_line, plist::array const& langu
   for (plist::value const& language : languages) {
     std::string const pattern = language[key].string_or("");
     std::string fault;
-    bool const is_pattern = isRegEx(pattern, fault);
+    bool const is_pattern = regex::isRegEx(pattern, fault);
     if (!fault.empty())
       platform::log_once(language["item"].string_or("") + ": " + key + ": " + fault);
     if (is_pattern && language[key] && isEqualToRegEx(first_line, pattern))

@@ -31,8 +31,8 @@ bool is_blank(std::string const& text) {
 }
 
 // Kept for good, as there are few, so that a fault in one is told once.
-transformation_program const& program_with(plist::value const& source) {
-  static std::map<std::string, transformation_program> programs;
+regex::transformation_program const& program_with(plist::value const& source) {
+  static std::map<std::string, regex::transformation_program> programs;
   std::string const& text = *source.as_string();
   auto const [place, is_new] = programs.try_emplace(text, text);
   if (std::string const& fault = place->second.fault(); is_new && !fault.empty())

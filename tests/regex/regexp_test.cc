@@ -14,6 +14,8 @@
 #include "regex/oniguruma.h"
 #include "source_tree.h"
 
+using namespace regex;
+
 namespace {
 
 std::string replaced(std::string const& pattern, std::string const& text, std::string const& format,

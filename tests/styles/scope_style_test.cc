@@ -82,7 +82,7 @@ TEST(scope_style, reads_colours_and_font_styles) {
 
 TEST(transformation_program, substitutes_one_after_the_other) {
   for (auto const& c : data_rows("transformations.txt", "programs"))
-    EXPECT_EQ(transformation_program(c[0]).apply(c[1]), c[2]) << c[0];
+    EXPECT_EQ(regex::transformation_program(c[0]).apply(c[1]), c[2]) << c[0];
 }
 
 }  // namespace

@@ -168,7 +168,7 @@ class file_check {
       at(to, "invalid scope selector: " + reason);
     if (type == key_event && !is_key(string)) at(to, "is no key");
     if (type != program) return;
-    if (transformation_program const parsed(string); !parsed.fault().empty())
+    if (regex::transformation_program const parsed(string); !parsed.fault().empty())
       at(to, parsed.fault());
   }
 
