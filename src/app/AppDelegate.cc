@@ -280,7 +280,7 @@ void AppDelegate::openLaunchArguments() {
 
 // By its name alone, so that opening any other file doesn't load the bundles.
 bool AppDelegate::installIfBundle(std::string const& path) {
-  return is_bundle_file(path) && BundleManager::sharedInstance().canHandleFile(path);
+  return bundles::is_bundle_file(path) && BundleManager::sharedInstance().canHandleFile(path);
 }
 
 void AppDelegate::openFiles(std::vector<std::string> const& paths) {

@@ -156,7 +156,8 @@ std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOfKind(std::string_v
   return items;
 }
 
-std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk(item_kind const& kind) const {
+std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk(
+    bundles::item_kind const& kind) const {
   auto hidden = disabled();
   for (std::string& uuid : deleted()) hidden.push_back(std::move(uuid));
   std::sort(hidden.begin(), hidden.end());
@@ -164,10 +165,11 @@ std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk(item_kind con
   for (std::string const& path : bundlePaths_)
     found.push_back(
         bundles::items_in(manager().cache(), path + "/" + std::string(kind.directory), kind.kind));
-  std::vector<std::vector<BundleItemStub*>> stacks;  // of layers, the highest priority first
+  std::vector<std::vector<bundles::BundleItemStub*>>
+      stacks;  // of layers, the highest priority first
   std::unordered_map<std::string_view, std::size_t> by_uuid;
   for (auto& stubs : found) {
-    for (BundleItemStub& stub : stubs) {
+    for (bundles::BundleItemStub& stub : stubs) {
       if (std::binary_search(hidden.begin(), hidden.end(), stub.keys.uuid)) continue;
       auto const [place, is_new] = by_uuid.emplace(stub.keys.uuid, stacks.size());
       if (is_new) stacks.emplace_back();
@@ -188,7 +190,7 @@ bool Bundle::isLocal() const {
 
 bool Bundle::makeLocalPath() {
   auto const path = bundles::UniqueFileInDirectory(manager().folders().LocalBundlePath(true),
-                                                   name(), bundle_extension);
+                                                   name(), bundles::bundle_extension);
   if (!path || ::mkdir(path->c_str(), 0777) != 0) {
     platform::log_once("error creating bundle path " + path.value_or(name()));
     platform::beep();
@@ -236,7 +238,7 @@ std::string Bundle::bundleItemInstallPath() {
   std::string const installed = manager().folders().PristineCopyBundlePath(true);
   for (std::string const& path : bundlePaths_)
     if (bundles::is_below(path, installed)) return path;
-  auto const path = bundles::UniqueFileInDirectory(installed, name(), bundle_extension);
+  auto const path = bundles::UniqueFileInDirectory(installed, name(), bundles::bundle_extension);
   if (!path || ::mkdir(path->c_str(), 0777) != 0 ||
       !bundles::write_dictionary(*path + info_file, {{"isDelta", true}, {"uuid", UUID()}}))
     return "";
@@ -246,7 +248,7 @@ std::string Bundle::bundleItemInstallPath() {
 
 std::string Bundle::supportPath() const {
   for (std::string const& path : bundlePaths_) {
-    std::string support = path + "/" + std::string(support_directory);
+    std::string support = path + "/" + std::string(bundles::support_directory);
     struct stat info;
     if (::stat(support.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) return support;
   }
@@ -255,18 +257,19 @@ std::string Bundle::supportPath() const {
 
 std::string Bundle::writeToDirectory(std::string const& directory) {
   prepareForSaving();
-  auto const path = bundles::UniqueFileInDirectory(directory, name(), bundle_extension);
+  auto const path = bundles::UniqueFileInDirectory(directory, name(), bundles::bundle_extension);
   if (!path || ::mkdir(path->c_str(), 0777) != 0) return "";
   plist::dictionary written = content().entries();
   for (char const* key : {"isDelta", "deletedKeys"}) written.erase(key);
   bool ok = bundles::write_dictionary(*path + info_file, written);
   for (auto const& item : bundleItems())
-    ok =
-        !item->writeToDirectory(*path + "/" + std::string(KindToDirectory(item->kind()))).empty() &&
-        ok;
+    ok = !item->writeToDirectory(*path + "/" + std::string(bundles::KindToDirectory(item->kind())))
+              .empty() &&
+         ok;
   std::string const support = supportPath();
   if (!support.empty())
-    ok = path::copy_tree(support, *path + "/" + std::string(support_directory), true) && ok;
+    ok =
+        path::copy_tree(support, *path + "/" + std::string(bundles::support_directory), true) && ok;
   return ok ? path::name(*path) : "";
 }
 

@@ -17,32 +17,32 @@
 std::shared_ptr<BundleItem> BundleItem::bundleItemWithContent(BundleManager& manager,
                                                               plist::dictionary content,
                                                               std::string kind) {
-  auto item = std::make_shared<BundleItem>(manager, std::move(kind), "", keys_from(content),
-                                           std::vector<std::string>());
+  auto item = std::make_shared<BundleItem>(manager, std::move(kind), "",
+                                           bundles::keys_from(content), std::vector<std::string>());
   item->content_ = std::move(content);
   item->hasContent_ = true;
   item->setModified(true);
   return item;
 }
 
-std::shared_ptr<BundleItem> BundleItem::itemWithStubs(BundleManager& manager, std::string kind,
-                                                      std::string bundleUUID,
-                                                      std::vector<BundleItemStub*> const& layers) {
+std::shared_ptr<BundleItem> BundleItem::itemWithStubs(
+    BundleManager& manager, std::string kind, std::string bundleUUID,
+    std::vector<bundles::BundleItemStub*> const& layers) {
   std::vector<std::string> paths;
   paths.reserve(layers.size());
-  for (BundleItemStub* layer : layers) paths.push_back(std::move(layer->path));
-  BundleItemStub& first = *layers.front();
+  for (bundles::BundleItemStub* layer : layers) paths.push_back(std::move(layer->path));
+  bundles::BundleItemStub& first = *layers.front();
   if (first.is_delta()) {
     plist::array digests;
-    for (BundleItemStub const* layer : layers) {
-      plist::dictionary digest = dictionary_from(layer->keys);
+    for (bundles::BundleItemStub const* layer : layers) {
+      plist::dictionary digest = bundles::dictionary_from(layer->keys);
       for (auto const& [key, value] : layer->more.entries()) digest.insert_or_assign(key, value);
       digests.push_back(std::move(digest));
     }
     plist::value const merged = plist::MergePLists(digests);
     if (!merged) return nullptr;
-    first.keys = keys_from(merged);
-    first.more = language_entries(merged);
+    first.keys = bundles::keys_from(merged);
+    first.more = bundles::language_entries(merged);
   }
   auto item = std::make_shared<BundleItem>(manager, std::move(kind), std::move(bundleUUID),
                                            std::move(first.keys), std::move(paths));
@@ -51,7 +51,7 @@ std::shared_ptr<BundleItem> BundleItem::itemWithStubs(BundleManager& manager, st
 }
 
 BundleItem::BundleItem(BundleManager& manager, std::string kind, std::string bundleUUID,
-                       item_keys keys, std::vector<std::string> sourcePaths)
+                       bundles::item_keys keys, std::vector<std::string> sourcePaths)
     : BaseItem(manager, std::move(keys.name), std::move(kind), std::move(keys.uuid)),
       keys_(std::move(keys)),
       bundleUUID_(std::move(bundleUUID)),
@@ -71,7 +71,7 @@ void BundleItem::setScopeSelector(std::string selector) {
 }
 
 void BundleItem::setKeyEquivalent(std::string const& key) {
-  set(keys_.keyEquivalent, normalized_key_equivalent(key));
+  set(keys_.keyEquivalent, bundles::normalized_key_equivalent(key));
 }
 
 void BundleItem::setDraggedFileExtensions(std::vector<std::string> extensions) {
@@ -148,7 +148,7 @@ bool BundleItem::canBeSaved() const {
 }
 
 plist::value BundleItem::languageEntries() const {
-  plist::dictionary result = language_entries(hasContent_ ? content_ : languageEntries_);
+  plist::dictionary result = bundles::language_entries(hasContent_ ? content_ : languageEntries_);
   result.emplace("uuid", UUID());
   result.emplace("name", name());
   result.emplace("item", sourcePath());

@@ -23,12 +23,12 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
                                                            std::string kind);
   /// From the digests of its layers, the highest priority first. Null when none of them is a base.
   /// Their strings are taken.
-  static std::shared_ptr<BundleItem> itemWithStubs(BundleManager& manager, std::string kind,
-                                                   std::string bundleUUID,
-                                                   std::vector<BundleItemStub*> const& layers);
+  static std::shared_ptr<BundleItem> itemWithStubs(
+      BundleManager& manager, std::string kind, std::string bundleUUID,
+      std::vector<bundles::BundleItemStub*> const& layers);
 
-  BundleItem(BundleManager& manager, std::string kind, std::string bundleUUID, item_keys keys,
-             std::vector<std::string> sourcePaths);
+  BundleItem(BundleManager& manager, std::string kind, std::string bundleUUID,
+             bundles::item_keys keys, std::vector<std::string> sourcePaths);
 
   std::string const& scopeSelector() const { return keys_.scope; }
   std::string const& keyEquivalent() const { return keys_.keyEquivalent; }
@@ -95,7 +95,7 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
   bool makeLocalFile(bool is_delta);
   bool writeTemplateFiles(bool all);
 
-  item_keys keys_;  // without uuid and name
+  bundles::item_keys keys_;  // without uuid and name
   std::string bundleUUID_;
   std::vector<std::string> sourcePaths_;
   std::string pristineCopyPlistPath_;

@@ -20,18 +20,18 @@ constexpr char const* info_file = "/info.plist";
 
 void BundleItem::prepareForSaving() {
   plist::dictionary content = this->content().entries();
-  item_keys keys = keys_;
+  bundles::item_keys keys = keys_;
   keys.uuid = UUID();
   keys.name = name();
-  plist::dictionary const common = dictionary_from(keys);
-  for (item_text_key const& k : item_text_keys)
+  plist::dictionary const common = bundles::dictionary_from(keys);
+  for (bundles::item_text_key const& k : bundles::item_text_keys)
     // What says nothing is left as it is, so that it doesn't become a change.
     if (!common.contains(k.key) && content.contains(k.key) &&
         !content.find(k.key)->second.string_or("x").empty())
       content.erase(std::string(k.key));
   if (keys.draggedFileExtensions.empty() &&
-      !plist::value(content)[dragged_extensions_key].elements().empty())
-    content.erase(std::string(dragged_extensions_key));
+      !plist::value(content)[bundles::dragged_extensions_key].elements().empty())
+    content.erase(std::string(bundles::dragged_extensions_key));
   for (auto const& [key, v] : common) content.insert_or_assign(key, v);
   content_ = std::move(content);
 }
@@ -66,10 +66,11 @@ void BundleItem::saveChanges() {
 bool BundleItem::makeLocalFile(bool is_delta) {
   Bundle* const owner = bundle();
   std::string const home = owner ? owner->localPath() : "";
-  auto const path = home.empty() ? std::nullopt
-                                 : bundles::UniqueFileInDirectory(
-                                       home + "/" + std::string(KindToDirectory(kind())), name(),
-                                       is_delta ? "qnDelta" : KindToExtension(kind()));
+  auto const path = home.empty()
+                        ? std::nullopt
+                        : bundles::UniqueFileInDirectory(
+                              home + "/" + std::string(bundles::KindToDirectory(kind())), name(),
+                              is_delta ? "qnDelta" : bundles::KindToExtension(kind()));
   bool const is_template = kind() == "template";
   if (!path || (is_template && ::mkdir(path->c_str(), 0777) != 0)) {
     platform::log_once("failed to create directory " + path.value_or(home));
@@ -99,7 +100,8 @@ bool BundleItem::writeTemplateFiles(bool all) {
 
 std::string BundleItem::writeToDirectory(std::string const& directory) {
   prepareForSaving();
-  auto const path = bundles::UniqueFileInDirectory(directory, name(), KindToExtension(kind()));
+  auto const path =
+      bundles::UniqueFileInDirectory(directory, name(), bundles::KindToExtension(kind()));
   if (!path) return "";
   plist::dictionary written = content_.entries();
   if (path->find(".qnbundle/") == std::string::npos)

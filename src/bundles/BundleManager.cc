@@ -74,7 +74,7 @@ void BundleManager::saveSharedCache() {
 void BundleManager::saveCache() {
   for (auto const& bundle : bundles_)
     for (std::string const& path : bundle->bundlePaths())
-      for (item_kind const& kind : item_kinds)
+      for (bundles::item_kind const& kind : bundles::item_kinds)
         cache_.keepPath(path + "/" + std::string(kind.directory));
   cache_.saveCache();
 }
@@ -107,7 +107,7 @@ void BundleManager::loadBundles() {
   isModified_ = false;
 }
 
-void BundleManager::loadKind(item_kind const& kind) const {
+void BundleManager::loadKind(bundles::item_kind const& kind) const {
   auto const [place, is_new] = itemsOfKind_.try_emplace(std::string(kind.kind));
   if (!is_new) return;
   item_list& list = place->second;
@@ -120,7 +120,7 @@ void BundleManager::loadItems() const {
   if (hasItems_) return;
   std::unordered_map<std::string_view, std::size_t> rank;
   for (auto const& bundle : bundles_) rank.emplace(bundle->UUID(), rank.size());
-  for (item_kind const& kind : item_kinds) {
+  for (bundles::item_kind const& kind : bundles::item_kinds) {
     loadKind(kind);
     item_list const& list = itemsOfKind_[std::string(kind.kind)];
     items_.insert(items_.end(), list.begin(), list.end());
@@ -145,7 +145,7 @@ BundleManager::bundle_list BundleManager::bundlesOnDiskExcluding(uuids excluded)
   std::vector<std::string> order;
   std::unordered_map<std::string, std::vector<std::string>> directories;
   for (std::string const& folder : folders_.bundlePaths()) {
-    for (BundleStub& stub : bundles::bundles_in(cache_, folder)) {
+    for (bundles::BundleStub& stub : bundles::bundles_in(cache_, folder)) {
       if (std::find(excluded.begin(), excluded.end(), stub.UUID) != excluded.end()) continue;
       auto& list = directories[stub.UUID];
       if (list.empty()) order.push_back(stub.UUID);
@@ -222,7 +222,7 @@ BundleManager::bundle_list BundleManager::bundles() const {
 
 BundleManager::item_list const& BundleManager::bundleItemsOfKind(std::string_view kind) {
   if (!hasItems_) {
-    for (item_kind const& k : item_kinds)
+    for (bundles::item_kind const& k : bundles::item_kinds)
       if (k.kind == kind) loadKind(k);
   } else if (itemsOfKind_.empty()) {
     for (auto const& item : items_) itemsOfKind_[item->kind()].push_back(item);

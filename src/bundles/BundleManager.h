@@ -142,7 +142,7 @@ class BundleManager {
   using lists = std::unordered_map<std::string, std::vector<std::shared_ptr<T>>>;
 
   bundle_list bundlesOnDiskExcluding(uuids excluded);
-  void loadKind(item_kind const& kind) const;
+  void loadKind(bundles::item_kind const& kind) const;
   void loadItems() const;
   item_list loadedItems() const;
   void dropTables();

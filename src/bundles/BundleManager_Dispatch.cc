@@ -100,7 +100,7 @@ item_list BundleManager::bundleItemsForMouseGesture(std::string_view gesture,
 }
 
 item_list BundleManager::bundleItemsForFileDrop(std::string_view path, std::string_view scope) {
-  std::string const extension = lowercase_extension(path);
+  std::string const extension = bundles::lowercase_extension(path);
   item_list found;
   auto const lists = [](BundleItem const& item, std::string_view wanted) {
     auto const& all = item.draggedFileExtensions();

@@ -82,13 +82,13 @@ class unfinished_bundle {
 }  // namespace
 
 bool BundleManager::canHandleFile(std::string const& path) {
-  if (is_bundle_directory(path)) {
+  if (bundles::is_bundle_directory(path)) {
     installBundle(path);
     return true;
   }
-  for (item_kind const& k : item_kinds) {
-    std::string const extension = lowercase_extension("x." + std::string(k.extension));
-    if (lowercase_extension(path) != extension) continue;
+  for (bundles::item_kind const& k : bundles::item_kinds) {
+    std::string const extension = bundles::lowercase_extension("x." + std::string(k.extension));
+    if (bundles::lowercase_extension(path) != extension) continue;
     // What is in use can't be installed; who opens it wants to change it.
     if (standsOnSearchPath(path) && isLoadedFrom(path)) return false;
     installBundleItemOfKind(path, std::string(k.kind));
@@ -125,7 +125,7 @@ void BundleManager::installBundle(std::string const& directory) {
                                                  " bundle in " +
                                                  path::abbreviate_with_tilde(installed) + ".");
   }
-  auto const target = bundles::UniqueFileInDirectory(installed, name, bundle_extension);
+  auto const target = bundles::UniqueFileInDirectory(installed, name, bundles::bundle_extension);
   bool const done = copied && target && unfinished.finish(*target);
   reloadBundles();
   if (!done)
@@ -202,10 +202,10 @@ void BundleManager::installBundleItemOfKind(std::string const& path, std::string
   // What the new file is installed into must itself be on disk.
   bundle->saveChanges();
   std::string const home = bundle->bundleItemInstallPath();
-  std::string const folder = home + "/" + std::string(KindToDirectory(kind));
-  auto const target = home.empty()
-                          ? std::nullopt
-                          : bundles::UniqueFileInDirectory(folder, name, KindToExtension(kind));
+  std::string const folder = home + "/" + std::string(bundles::KindToDirectory(kind));
+  auto const target =
+      home.empty() ? std::nullopt
+                   : bundles::UniqueFileInDirectory(folder, name, bundles::KindToExtension(kind));
   bool const written = target && bundles::write_dictionary(*target, content.entries());
   reloadBundles();
   if (!written)

@@ -23,7 +23,7 @@ bool is_folder(std::string const& path) {
 // A bundle's folder, those of its items, and those of templates.
 void add_folders_of(std::string const& bundle, std::set<std::string>& folders) {
   folders.insert(bundle);
-  for (item_kind const& kind : item_kinds) {
+  for (bundles::item_kind const& kind : bundles::item_kinds) {
     std::string const folder = bundle + "/" + std::string(kind.directory);
     if (!is_folder(folder)) continue;
     folders.insert(folder);
@@ -45,7 +45,7 @@ void bundle_watcher::look_for_folders() {
   for (std::string const& path : manager_.folders().bundlePaths()) {
     folders.insert(path);
     for (std::string const& name : path::visible_names(path))
-      if (is_bundle_directory(name)) add_folders_of(path + "/" + name, folders);
+      if (bundles::is_bundle_directory(name)) add_folders_of(path + "/" + name, folders);
   }
   std::erase_if(watched_, [&](auto const& w) { return !folders.contains(w.first); });
   pending_.clear();

@@ -40,7 +40,7 @@ TEST_F(bundle_test, wrong_types_are_told_once_with_file_and_key) {
   write(bundle + "info.plist", info);
   for (auto const& [key, value] : info)
     if (key != "uuid") expected.insert(folder / (bundle + "info.plist") + ": " + key);
-  for (item_kind const& k : item_kinds) {
+  for (bundles::item_kind const& k : bundles::item_kinds) {
     std::string const kind(k.kind);
     std::string const file =
         bundle + std::string(k.directory) + "/x.plist" + (kind == "template" ? "/info.plist" : "");

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+namespace bundles {
 namespace {
 
 char lower(char c) {
@@ -61,3 +62,5 @@ bool is_bundle_file(std::string_view name) {
 bool is_bundle_directory(std::string_view name) {
   return lowercase_extension(name) == bundle_extension;
 }
+
+}  // namespace bundles

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace bundles {
+
 /// The kinds of things that a bundle holds, each in a directory of its own. The directory decides
 /// what a file is; its extension only has to be one of those known. Any thread.
 struct item_kind {
@@ -39,3 +41,5 @@ bool is_item_file(std::string_view name);
 bool is_bundle_directory(std::string_view name);
 /// Whether it is a bundle, or an item by the extension of its kind: what can be installed.
 bool is_bundle_file(std::string_view name);
+
+}  // namespace bundles

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+namespace bundles {
 namespace {
 
 // What a delta may change for look-ups. The identity isn't among them.
@@ -83,3 +84,5 @@ std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::str
   stub.path = std::move(path);
   return stub;
 }
+
+}  // namespace bundles

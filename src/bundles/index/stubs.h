@@ -8,6 +8,8 @@
 
 #include "plist/value.h"
 
+namespace bundles {
+
 /// What a file of a bundle says for look-ups, so that the file itself is opened only when its item
 /// is used. Kept in the index.
 
@@ -65,3 +67,5 @@ plist::dictionary language_entries(plist::value const& dictionary);
 /// it has no `uuid`. Wrong types are complained about.
 std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::string path,
                                         std::string_view kind);
+
+}  // namespace bundles
