@@ -14,7 +14,7 @@
 #include "headless/headless_desktop.h"
 #include "platform/graphics.h"
 #include "platform/user_defaults.h"
-#include "text/folding_filter.h"
+#include "text/views/folding_filter.h"
 #include "textview/WynTextView.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include "bundles/BundleManager.h"
 #include "path/file_system.h"
 #include "platform/desktop_module.h"
-#include "platform/library_folders.h"
-#include "platform/memory_reserve.h"
-#include "platform/standard_streams.h"
+#include "platform/system/library_folders.h"
+#include "platform/system/memory_reserve.h"
+#include "platform/system/standard_streams.h"
 #include "settings/settings_page.h"
 #include "settings/store.h"
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace actions {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/string_table.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace actions {
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/pasteboard.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace actions {
 

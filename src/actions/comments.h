@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace actions {
 

@@ -6,7 +6,7 @@
 
 #include "actions/line_order.h"
 #include "actions/selecting.h"
-#include "text/box.h"
+#include "text/views/box.h"
 
 namespace actions {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "actions/movement.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace actions {
 

@@ -16,9 +16,9 @@
 #include "platform/utf.h"
 #include "regex/traits.h"
 #include "settings/store.h"
-#include "text/box.h"
 #include "text/cluster.h"
 #include "text/convert_tabs.h"
+#include "text/views/box.h"
 
 namespace actions {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace actions {
 

@@ -3,7 +3,7 @@
 #include "platform/unicode.h"
 #include "regex/traits.h"
 #include "text/cluster.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace actions {
 

@@ -1,7 +1,7 @@
 #include "app/batch_macro.h"
 
 #include "app/batch_output.h"
-#include "platform/replace_file.h"
+#include "platform/system/replace_file.h"
 #include "plist/xml_reader.h"
 
 #include <cerrno>

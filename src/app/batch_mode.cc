@@ -17,7 +17,7 @@
 #include "path/file_writer.h"
 #include "path/path.h"
 #include "platform/desktop_module.h"
-#include "platform/library_folders.h"
+#include "platform/system/library_folders.h"
 #include "platform/utf.h"
 #include "settings/store.h"
 #include "styles/scope_report.h"

@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include "platform/standard_streams.h"
+#include "platform/system/standard_streams.h"
 
 namespace app {
 

@@ -3,8 +3,8 @@
 #include "documents/WynDocument.h"
 #include "encoding/charset.h"
 #include "encoding/line_ending.h"
-#include "text/bookmark_filter.h"
-#include "text/folding_filter.h"
+#include "text/views/bookmark_filter.h"
+#include "text/views/folding_filter.h"
 #include "textview/WynTextView.h"
 
 #include <nlohmann/json.hpp>

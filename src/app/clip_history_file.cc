@@ -2,9 +2,9 @@
 
 #include "actions/WynPasteboardManager.h"
 #include "path/path.h"
-#include "platform/library_folders.h"
 #include "platform/log.h"
-#include "platform/replace_file.h"
+#include "platform/system/library_folders.h"
+#include "platform/system/replace_file.h"
 #include "platform/utf.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"

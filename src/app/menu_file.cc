@@ -2,7 +2,7 @@
 
 #include "documents/printable_name.h"
 #include "platform/menu.h"
-#include "platform/replace_file.h"
+#include "platform/system/replace_file.h"
 #include "plist/text_reader.h"
 #include "plist/xml_reader.h"
 

@@ -1,10 +1,10 @@
 #include "app/recent_files.h"
 
 #include "path/path.h"
-#include "platform/folder_lock.h"
-#include "platform/library_folders.h"
 #include "platform/log.h"
-#include "platform/replace_file.h"
+#include "platform/system/folder_lock.h"
+#include "platform/system/library_folders.h"
+#include "platform/system/replace_file.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
 #include "settings/store.h"

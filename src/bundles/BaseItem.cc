@@ -1,8 +1,8 @@
 #include "bundles/BaseItem.h"
 
 #include "bundles/BundleManager.h"
+#include "platform/system/uuid.h"
 #include "platform/unicode.h"
-#include "platform/uuid.h"
 
 #include <typeinfo>
 

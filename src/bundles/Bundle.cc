@@ -11,7 +11,7 @@
 #include "path/tree.h"
 #include "platform/desktop.h"
 #include "platform/log.h"
-#include "platform/uuid.h"
+#include "platform/system/uuid.h"
 #include "plist/delta.h"
 
 #include <sys/stat.h>

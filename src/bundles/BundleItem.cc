@@ -9,7 +9,7 @@
 #include "path/path.h"
 #include "path/tree.h"
 #include "platform/notification_center.h"
-#include "platform/uuid.h"
+#include "platform/system/uuid.h"
 #include "plist/delta.h"
 
 #include <algorithm>

@@ -5,9 +5,9 @@
 #include "bundles/item_file.h"
 #include "path/path.h"
 #include "platform/desktop.h"
-#include "platform/library_folders.h"
 #include "platform/log.h"
-#include "platform/trash.h"
+#include "platform/system/library_folders.h"
+#include "platform/system/trash.h"
 #include "plist/delta.h"
 
 #include <sys/stat.h>

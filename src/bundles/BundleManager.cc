@@ -5,7 +5,7 @@
 #include "bundles/item_file.h"
 #include "path/path.h"
 #include "platform/notification_center.h"
-#include "platform/trash.h"
+#include "platform/system/trash.h"
 #include "settings/store.h"
 
 #include <pwd.h>

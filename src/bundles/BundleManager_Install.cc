@@ -7,9 +7,9 @@
 #include "path/path.h"
 #include "path/tree.h"
 #include "platform/log.h"
-#include "platform/rename_to_new.h"
-#include "platform/trash.h"
-#include "platform/uuid.h"
+#include "platform/system/rename_to_new.h"
+#include "platform/system/trash.h"
+#include "platform/system/uuid.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -7,8 +7,8 @@
 #include "path/path.h"
 #include "platform/desktop.h"
 #include "platform/log.h"
-#include "platform/rename_to_new.h"
-#include "platform/trash.h"
+#include "platform/system/rename_to_new.h"
+#include "platform/system/trash.h"
 
 #include <fcntl.h>
 

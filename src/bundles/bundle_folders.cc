@@ -1,7 +1,7 @@
 #include "bundles/bundle_folders.h"
 
 #include "path/path.h"
-#include "platform/library_folders.h"
+#include "platform/system/library_folders.h"
 
 #include <sys/stat.h>
 

@@ -2,7 +2,7 @@
 
 #include "path/file_writer.h"
 #include "platform/log.h"
-#include "platform/replace_file.h"
+#include "platform/system/replace_file.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
 

@@ -1,6 +1,6 @@
 #include "commands/environment.h"
 
-#include "platform/library_folders.h"
+#include "platform/system/library_folders.h"
 #include "settings/store.h"
 
 #include <pwd.h>

@@ -1,7 +1,7 @@
 #include "desktop/ImageStore.h"
 
 #include "desktop/QtText.h"
-#include "platform/library_folders.h"
+#include "platform/system/library_folders.h"
 
 #include <QFile>
 #include <QImageReader>

@@ -7,7 +7,7 @@
 #include "desktop/SuddenExit.h"
 #include "desktop/TerminationSignals.h"
 #include "keys/WynKeyEvent.h"
-#include "platform/memory_reserve.h"
+#include "platform/system/memory_reserve.h"
 
 #include <QDrag>
 #include <QIcon>

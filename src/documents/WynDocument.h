@@ -19,7 +19,7 @@
 #include "platform/file_watcher.h"
 #include "plist/value.h"
 #include "text/storage.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 /// One text tied to one file: how it was read, how it is written, whether it is edited, and the
 /// views on it.

@@ -5,7 +5,7 @@
 #include "documents/WynDocument.h"
 #include "documents/document_alerts.h"
 #include "documents/storage_bytes.h"
-#include "platform/standard_streams.h"
+#include "platform/system/standard_streams.h"
 
 bool WynDocument::writeToStream(int descriptor, std::string const& name) const {
   auto const format = formatForSaving();

@@ -7,7 +7,7 @@
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop.h"
-#include "platform/library_folders.h"
+#include "platform/system/library_folders.h"
 
 namespace documents {
 namespace {

@@ -16,8 +16,8 @@
 #include "path/file_output.h"
 #include "path/write_target.h"
 #include "platform/desktop.h"
-#include "platform/library_folders.h"
-#include "platform/run_program.h"
+#include "platform/system/library_folders.h"
+#include "platform/system/run_program.h"
 #include "privileged/write_file_status.h"
 
 namespace documents {

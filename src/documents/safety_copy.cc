@@ -18,10 +18,10 @@
 #include "path/file_output.h"
 #include "path/file_reader.h"
 #include "path/file_system.h"
-#include "platform/library_folders.h"
 #include "platform/log.h"
-#include "platform/rename_to_new.h"
-#include "platform/temporary_files.h"
+#include "platform/system/library_folders.h"
+#include "platform/system/rename_to_new.h"
+#include "platform/system/temporary_files.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
 

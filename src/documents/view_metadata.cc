@@ -6,10 +6,10 @@
 #include <span>
 
 #include "documents/file_metadata.h"
-#include "text/bookmark_filter.h"
 #include "text/cluster.h"
-#include "text/folding_filter.h"
 #include "text/tab_width.h"
+#include "text/views/bookmark_filter.h"
+#include "text/views/folding_filter.h"
 
 namespace documents {
 namespace {

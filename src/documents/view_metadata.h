@@ -4,7 +4,7 @@
 
 #include "path/file_version.h"
 #include "plist/value.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 /// Where the user was in a text, kept from one use of the file to the next.
 namespace documents {

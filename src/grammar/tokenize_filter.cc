@@ -5,7 +5,7 @@
 #include <new>
 
 #include "platform/desktop.h"
-#include "platform/start_thread.h"
+#include "platform/system/start_thread.h"
 
 namespace grammar {
 namespace {

@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "grammar/line_parser.h"
-#include "text/filter.h"
-#include "text/selection.h"
 #include "text/storage.h"
+#include "text/views/filter.h"
+#include "text/views/selection.h"
 
 namespace platform {
 class run_loop;

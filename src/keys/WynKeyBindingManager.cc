@@ -2,7 +2,7 @@
 
 #include "keys/WynKeyEvent.h"
 #include "keys/key_binding_file.h"
-#include "platform/library_folders.h"
+#include "platform/system/library_folders.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,7 +1,7 @@
 #include "keys/key_binding_file.h"
 
 #include "keys/key_strings.h"
-#include "platform/replace_file.h"
+#include "platform/system/replace_file.h"
 #include "plist/text_reader.h"
 #include "plist/xml_reader.h"
 

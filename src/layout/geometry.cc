@@ -2,7 +2,7 @@
 
 #include "layout/laid_out_view.h"
 #include "text/cell_width.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 #include <algorithm>
 

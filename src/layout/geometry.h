@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/region.h"
-#include "text/view_iterator.h"
+#include "text/views/view_iterator.h"
 
 namespace layout {
 class laid_out_view;

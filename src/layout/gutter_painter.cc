@@ -1,7 +1,7 @@
 #include "layout/gutter_painter.h"
 
-#include "text/folding_filter.h"
-#include "text/view.h"
+#include "text/views/folding_filter.h"
+#include "text/views/view.h"
 
 #include <cmath>
 #include <string>

@@ -8,7 +8,7 @@
 #include "platform/unicode.h"
 #include "text/cluster.h"
 #include "text/tab_width.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace layout {
 namespace {

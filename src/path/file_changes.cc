@@ -9,7 +9,7 @@
 
 #include "path/entries.h"
 #include "path/path.h"
-#include "platform/library_folders.h"
+#include "platform/system/library_folders.h"
 
 namespace path {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "platform/links.h"
+#include "platform/system/links.h"
 
 namespace path {
 

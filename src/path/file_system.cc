@@ -17,8 +17,8 @@
 
 #include "path/file_reader.h"
 #include "path/path.h"
-#include "platform/library_folders.h"
-#include "platform/links.h"
+#include "platform/system/library_folders.h"
+#include "platform/system/links.h"
 
 namespace path {
 namespace {

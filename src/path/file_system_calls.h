@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/replace_file.h"
+#include "platform/system/replace_file.h"
 
 namespace path {
 

@@ -1,6 +1,6 @@
 #include "path/path.h"
 
-#include "platform/percent_encoding.h"
+#include "platform/system/percent_encoding.h"
 
 #include <algorithm>
 #include <utility>

@@ -8,8 +8,8 @@
 #include "path/extended_attributes.h"
 #include "path/file_output.h"
 #include "path/write_target.h"
-#include "platform/rename_to_new.h"
-#include "platform/temporary_files.h"
+#include "platform/system/rename_to_new.h"
+#include "platform/system/temporary_files.h"
 
 namespace path {
 namespace {

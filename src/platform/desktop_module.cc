@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-#include "platform/library_folders.h"
+#include "platform/system/library_folders.h"
 
 namespace platform {
 

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/links.h"
-#include "platform/replace_file.h"
+#include "platform/system/links.h"
+#include "platform/system/replace_file.h"
 
 namespace platform {
 namespace {

@@ -7,10 +7,10 @@
 #include <cstring>
 #include <thread>
 
-#include "platform/folder_lock.h"
-#include "platform/library_folders.h"
 #include "platform/log.h"
 #include "platform/notification_center.h"
+#include "platform/system/folder_lock.h"
+#include "platform/system/library_folders.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/replace_file.h"
+#include "platform/system/replace_file.h"
 #include "plist/value.h"
 
 namespace platform {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <new>
 
-#include "platform/memory_reserve.h"
+#include "platform/system/memory_reserve.h"
 
 namespace regex::onig_library {
 namespace {

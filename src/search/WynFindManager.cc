@@ -7,7 +7,7 @@
 #include "search/searched_view.h"
 #include "settings/store.h"
 #include "settings/table.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "search/patient_work.h"
 
 #include "platform/desktop.h"
-#include "platform/start_thread.h"
+#include "platform/system/start_thread.h"
 
 #include <sys/resource.h>
 #include <unistd.h>

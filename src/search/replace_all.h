@@ -1,7 +1,7 @@
 #pragma once
 
 #include "search/view_find.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 #include <cstddef>
 #include <memory>

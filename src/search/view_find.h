@@ -1,7 +1,7 @@
 #pragma once
 
 #include "search/text_query.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 #include <string>
 

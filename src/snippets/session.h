@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "snippets/snippet.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace snippet {
 

@@ -9,9 +9,9 @@
 #include "path/path.h"
 #include "path/tree.h"
 #include "platform/desktop.h"
-#include "platform/library_folders.h"
 #include "platform/log.h"
-#include "platform/uuid.h"
+#include "platform/system/library_folders.h"
+#include "platform/system/uuid.h"
 #include "settings/store.h"
 #include "styles/color_strings.h"
 

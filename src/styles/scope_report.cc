@@ -9,7 +9,7 @@
 #include "plist/description.h"
 #include "styles/WynThemeManager.h"
 #include "styles/styled_view.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace styles {
 namespace {

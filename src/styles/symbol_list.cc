@@ -4,7 +4,7 @@
 
 #include "platform/desktop.h"
 #include "styles/styled_view.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace styles {
 namespace {

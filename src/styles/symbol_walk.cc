@@ -11,7 +11,7 @@
 #include "regex/transformation_program.h"
 #include "styles/scope_style.h"
 #include "styles/styled_view.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace styles {
 namespace {

@@ -4,7 +4,7 @@
 #include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "typing/completion_candidates.h"
 #include "typing/scoped_completions.h"

@@ -12,7 +12,7 @@
 #include "search/find_highlights.h"
 #include "styles/symbol_list.h"
 #include "styles/view_styles.h"
-#include "text/folding_filter.h"
+#include "text/views/folding_filter.h"
 #include "textview/WynCompletionManager.h"
 #include "textview/WynISearchWindow.h"
 #include "textview/drop_target.h"

@@ -16,7 +16,7 @@
 #include "styles/styled_view.h"
 #include "styles/symbol.h"
 #include "styles/typing_pairs.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/brief_flash.h"
 #include "textview/view_switches.h"
 #include "typing/typed_view.h"

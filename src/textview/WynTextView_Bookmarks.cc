@@ -1,4 +1,4 @@
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 

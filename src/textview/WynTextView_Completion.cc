@@ -1,6 +1,6 @@
 #include "actions/word_units.h"
 #include "platform/utf.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynCompletionManager.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"

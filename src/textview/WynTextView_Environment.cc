@@ -2,7 +2,7 @@
 #include "documents/WynDocument.h"
 #include "path/path.h"
 #include "platform/utf.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 
 // What commands and snippets are told of the view.

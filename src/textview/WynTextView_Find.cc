@@ -3,7 +3,7 @@
 #include "search/find_highlights.h"
 #include "search/replace_all.h"
 #include "search/view_find.h"
-#include "text/mark_history.h"
+#include "text/views/mark_history.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 

@@ -1,8 +1,8 @@
 #include "actions/selecting.h"
 #include "layout/geometry.h"
 #include "platform/desktop.h"
-#include "text/folding_filter.h"
-#include "text/view.h"
+#include "text/views/folding_filter.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 

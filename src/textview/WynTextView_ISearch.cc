@@ -1,5 +1,5 @@
 #include "search/view_find.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynISearchWindow.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"

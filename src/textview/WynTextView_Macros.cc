@@ -5,7 +5,7 @@
 #include "platform/log.h"
 #include "search/WynFindManager.h"
 #include "settings/store.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 

@@ -1,7 +1,7 @@
 #include "settings/store.h"
 #include "styles/scoped_settings.h"
 #include "styles/wrap_columns.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 

@@ -8,7 +8,7 @@
 #include "settings/store.h"
 #include "snippets/parse_snippet.h"
 #include "snippets/session.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 

@@ -21,7 +21,7 @@
 #include "styles/symbol_list.h"
 #include "styles/view_colors.h"
 #include "styles/view_styles.h"
-#include "text/folding_filter.h"
+#include "text/views/folding_filter.h"
 #include "textview/WynTextView.h"
 
 // The language of the document, the scopes that its grammar gives to the text, and the styles that

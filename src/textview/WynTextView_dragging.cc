@@ -1,6 +1,6 @@
 #include "actions/clipboard.h"
 #include "layout/geometry.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/drop_target.h"
 #include "textview/mouse_tracker.h"

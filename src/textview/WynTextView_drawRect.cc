@@ -7,8 +7,8 @@
 #include "layout/row_painter.h"
 #include "layout/row_text.h"
 #include "styles/view_colors.h"
-#include "text/folding_filter.h"
-#include "text/view.h"
+#include "text/views/folding_filter.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 
 // Painting, from the background up to the caret. Only rows and columns that meet the dirty

@@ -8,7 +8,7 @@
 #include "text/cell_width.h"
 #include "text/row_break.h"
 #include "text/tab_width.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynISearchWindow.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"

@@ -2,7 +2,7 @@
 #include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/mouse_tracker.h"
 #include "textview/view_will_change.h"

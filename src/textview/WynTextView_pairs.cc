@@ -4,7 +4,7 @@
 #include "layout/geometry.h"
 #include "styles/typing_settings.h"
 #include "styles/view_styles.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 #include "typing/line_indenter.h"

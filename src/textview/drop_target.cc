@@ -3,7 +3,7 @@
 #include "actions/clipboard.h"
 #include "layout/geometry.h"
 #include "platform/desktop.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/dropped_content.h"
 #include "textview/view_will_change.h"

@@ -4,7 +4,7 @@
 #include "platform/geometry.h"
 #include "platform/run_loop.h"
 #include "plist/value.h"
-#include "text/view_iterator.h"
+#include "text/views/view_iterator.h"
 
 #include <cstdint>
 #include <memory>

@@ -5,7 +5,7 @@
 #include "documents/printable_name.h"
 #include "path/file_system.h"
 #include "platform/desktop.h"
-#include "platform/run_program.h"
+#include "platform/system/run_program.h"
 #include "platform/utf.h"
 #include "settings/store.h"
 

@@ -4,7 +4,7 @@
 #include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "settings/store.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 

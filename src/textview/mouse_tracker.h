@@ -3,7 +3,7 @@
 #include "platform/event.h"
 #include "platform/geometry.h"
 #include "platform/run_loop.h"
-#include "text/selection.h"
+#include "text/views/selection.h"
 
 #include <cstdint>
 #include <memory>

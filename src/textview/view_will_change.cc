@@ -2,8 +2,8 @@
 
 #include "layout/geometry.h"
 #include "styles/symbol_list.h"
-#include "text/view.h"
-#include "text/view_filter.h"
+#include "text/views/view.h"
+#include "text/views/view_filter.h"
 #include "textview/WynCompletionManager.h"
 #include "textview/WynTextView.h"
 

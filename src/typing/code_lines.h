@@ -1,7 +1,7 @@
 #pragma once
 
 #include "styles/indent_patterns.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 #include <chrono>
 #include <cstddef>

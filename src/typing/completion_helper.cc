@@ -3,7 +3,7 @@
 #include "actions/word_units.h"
 #include "platform/desktop.h"
 #include "text/cluster.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "typing/nearest_words.h"
 #include "typing/scoped_completions.h"
 #include "typing/typed_view.h"

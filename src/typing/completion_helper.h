@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/run_loop.h"
-#include "text/view_iterator.h"
+#include "text/views/view_iterator.h"
 
 #include <cstddef>
 #include <cstdint>

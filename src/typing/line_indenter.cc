@@ -4,7 +4,7 @@
 #include "actions/selecting.h"
 #include "text/row_break.h"
 #include "text/tab_width.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "typing/code_lines.h"
 #include "typing/kept_indents.h"
 #include "typing/pair_typing.h"

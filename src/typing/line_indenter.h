@@ -2,7 +2,7 @@
 
 #include "actions/clipboard.h"
 #include "styles/indent_patterns.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "typing/code_lines.h"
 
 #include <cstddef>

@@ -4,7 +4,7 @@
 #include "grammar/tokenize_filter.h"
 #include "regex/oniguruma.h"
 #include "styles/indent_patterns.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "typing/typed_view.h"
 
 #include <algorithm>

@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "path/temporary_folder.h"
-#include "platform/folder_lock.h"
+#include "platform/system/folder_lock.h"
 #include "platform/user_defaults.h"
 
 using namespace app;

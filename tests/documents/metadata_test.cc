@@ -8,7 +8,7 @@
 #include "documents/document_fixture.h"
 #include "documents/file_metadata.h"
 #include "documents/view_metadata.h"
-#include "text/bookmark_filter.h"
+#include "text/views/bookmark_filter.h"
 
 // What is kept of a text beside it: in attributes of its file, and for projects.
 namespace {

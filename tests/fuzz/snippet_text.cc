@@ -7,7 +7,7 @@
 
 #include "snippets/parse_snippet.h"
 #include "snippets/session.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 // A line of keys and the text of a snippet: whatever it is, it is refused with a reason, or
 // inserted and filled in by the keys; then undo brings the text before it back, and redo what came

@@ -9,7 +9,7 @@
 #include "platform/utf.h"
 #include "platform/without_threads.h"
 #include "plist/text_reader.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace {
 

@@ -24,7 +24,7 @@
 #include "platform/own_defaults.h"
 #include "platform/utf.h"
 #include "styles/indent_patterns.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 

@@ -1,5 +1,5 @@
 #include "path/file_writer.h"
-#include "platform/temporary_files.h"
+#include "platform/system/temporary_files.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/library_folders.h"
+#include "platform/system/library_folders.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "platform/rename_to_new.h"
+#include "platform/system/rename_to_new.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/run_program.h"
+#include "platform/system/run_program.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

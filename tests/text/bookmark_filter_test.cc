@@ -1,4 +1,4 @@
-#include "text/bookmark_filter.h"
+#include "text/views/bookmark_filter.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include "marked_text.h"
 #include "random_text.h"
 #include "regex/format.h"
-#include "text/view.h"
+#include "text/views/view.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "text/folding_filter.h"
+#include "text/views/folding_filter.h"
 
 #include <gtest/gtest.h>
 
 #include "data_rows.h"
 #include "marked_text.h"
 #include "random_text.h"
-#include "text/soft_wrap_filter.h"
+#include "text/views/soft_wrap_filter.h"
 
 namespace {
 

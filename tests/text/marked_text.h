@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "text/view.h"
+#include "text/views/view.h"
 
 /// Draws carets and selections inside the text of a test case, and reads such drawings. A drawing
 /// is UTF-8; these characters are marks, so they can't be part of the text:

@@ -4,10 +4,10 @@
 
 #include "marked_text.h"
 #include "random_text.h"
-#include "text/bookmark_filter.h"
-#include "text/folding_filter.h"
-#include "text/soft_wrap_filter.h"
-#include "text/view_filter.h"
+#include "text/views/bookmark_filter.h"
+#include "text/views/folding_filter.h"
+#include "text/views/soft_wrap_filter.h"
+#include "text/views/view_filter.h"
 
 // Replacing many ranges at once, against doing it one by one from the last to the first.
 namespace {

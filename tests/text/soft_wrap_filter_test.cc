@@ -1,4 +1,4 @@
-#include "text/soft_wrap_filter.h"
+#include "text/views/soft_wrap_filter.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include "marked_text.h"
 #include "random_text.h"
 #include "text/cell_width.h"
-#include "text/folding_filter.h"
+#include "text/views/folding_filter.h"
 
 namespace {
 

@@ -4,11 +4,11 @@
 
 #include "random_text.h"
 #include "text/cell_width.h"
-#include "text/column_cache.h"
 #include "text/convert_tabs.h"
 #include "text/storage.h"
 #include "text/unit_search.h"
-#include "text/view.h"
+#include "text/views/column_cache.h"
+#include "text/views/view.h"
 
 namespace {
 

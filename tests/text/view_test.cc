@@ -1,12 +1,12 @@
-#include "text/view.h"
+#include "text/views/view.h"
 
 #include <gtest/gtest.h>
 
 #include "marked_text.h"
 #include "random_text.h"
-#include "text/bookmark_filter.h"
-#include "text/mark_history.h"
-#include "text/view_filter.h"
+#include "text/views/bookmark_filter.h"
+#include "text/views/mark_history.h"
+#include "text/views/view_filter.h"
 
 namespace {
 

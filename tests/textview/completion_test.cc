@@ -107,7 +107,8 @@ std::vector<std::u16string> words_by_distance(text::storage const& text, text::p
 TEST_F(completion, finds_words_in_the_order_of_their_distance) {
   unsigned const seed = 25;
   std::mt19937 random(seed);
-  for (char const* const name : {"src/text/view.h", "src/regex/parser.cc", "docs/editing.md"}) {
+  for (char const* const name :
+       {"src/text/views/view.h", "src/regex/parser.cc", "docs/editing.md"}) {
     for (bool const is_long_line : {false, true}) {
       std::ifstream in(source_file(name));
       std::stringstream content;

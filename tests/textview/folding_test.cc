@@ -1,5 +1,5 @@
 #include "headless/recording_graphics.h"
-#include "text/folding_filter.h"
+#include "text/views/folding_filter.h"
 #include "textview/shown_view.h"
 
 #include <gtest/gtest.h>

@@ -2,9 +2,9 @@
 #include "search/WynFindManager.h"
 #include "snippets/parse_snippet.h"
 #include "snippets/session.h"
-#include "text/bookmark_filter.h"
-#include "text/folding_filter.h"
 #include "text/random_text.h"
+#include "text/views/bookmark_filter.h"
+#include "text/views/folding_filter.h"
 #include "textview/shown_view.h"
 
 #include <gtest/gtest.h>

@@ -6,7 +6,7 @@
 #include "path/temporary_folder.h"
 #include "styles/WynThemeManager.h"
 #include "styles/scope_report.h"
-#include "text/folding_filter.h"
+#include "text/views/folding_filter.h"
 #include "textview/shown_view.h"
 
 #include <gtest/gtest.h>

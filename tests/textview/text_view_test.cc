@@ -2,7 +2,7 @@
 #include "layout/geometry.h"
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
-#include "text/view_filter.h"
+#include "text/views/view_filter.h"
 #include "textview/shown_view.h"
 
 #include <gtest/gtest.h>

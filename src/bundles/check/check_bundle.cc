@@ -7,7 +7,7 @@
 #include "grammar/scope_selector.h"
 #include "path/path.h"
 #include "path/tree.h"
-#include "platform/replace_file.h"
+#include "platform/system/replace_file.h"
 #include "platform/utf.h"
 #include "plist/xml_reader.h"
 #include "regex/oniguruma.h"

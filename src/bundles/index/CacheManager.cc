@@ -1,9 +1,9 @@
 #include "bundles/index/CacheManager.h"
 
 #include "path/path.h"
-#include "platform/library_folders.h"
 #include "platform/log.h"
-#include "platform/replace_file.h"
+#include "platform/system/library_folders.h"
+#include "platform/system/replace_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
