@@ -4,6 +4,7 @@
 #include "regex/oniguruma_format.h"
 #include "regex/replacement.h"
 #include "search/patient_work.h"
+#include "text/kill_buffer_guard.h"
 
 #include <algorithm>
 #include <limits>
@@ -228,17 +229,6 @@ void replace_at_once(text::storage& storage, text::iterator first, replace_task&
                                     task.inserted, !task.format));
 }
 
-class kill_buffer_untouched {
- public:
-  explicit kill_buffer_untouched(text::storage& storage) : buffer_(storage.kill_buffer) {
-    buffer_.disabled = true;
-  }
-  ~kill_buffer_untouched() { buffer_.disabled = false; }
-
- private:
-  text::storage::kill_buffer_t& buffer_;
-};
-
 // Where the changed text ends, and where its first replacement does, from the start of `task.text`.
 struct changed_places {
   explicit changed_places(replace_task const& task)
@@ -288,7 +278,7 @@ void all_matches::replace() {
   changed_places const changed(*task_);
   // What was typed in columns is not typed any more.
   view_.mirror_observer.remove_all_mirrors();
-  kill_buffer_untouched const guard(storage);
+  text::kill_buffer_guard const guard(storage);
   if (is_sparse(*task_))
     replace_one_by_one(storage, first_, *task_);
   else

@@ -6,6 +6,7 @@
 #include "platform/utf.h"
 #include "settings/store.h"
 #include "text/cell_width.h"
+#include "text/kill_buffer_guard.h"
 #include "text/row_break.h"
 #include "text/tab_width.h"
 #include "text/views/view.h"
@@ -66,18 +67,6 @@ class plain_erasing {
  private:
   text::view& view_;
   bool mode_;
-};
-
-// What a plain Backspace or Delete takes away is not for yanking.
-class kill_buffer_disabled {
- public:
-  kill_buffer_disabled(text::view& view, bool disable) : buffer_(view.storage->kill_buffer) {
-    buffer_.disabled = disable;
-  }
-  ~kill_buffer_disabled() { buffer_.disabled = false; }
-
- private:
-  text::storage::kill_buffer_t& buffer_;
 };
 
 // The last blank that leaves what precedes it no wider than `width` columns. Nothing when the line
@@ -228,7 +217,7 @@ void WynTextView::insertText(plist::value const& text) {
 
 void WynTextView::deleteBackward() {
   bool const had_selection = view_->has_selection();
-  kill_buffer_disabled const guard(*view_, !had_selection);
+  text::kill_buffer_guard const guard(*view_->storage, !had_selection);
   if (smartTyping_) typing::end_empty_pair(*this, true);
   if (!view_->has_selection()) actions::select_for_deletion(view_, actions::left);
   view_->erase_selection();
@@ -236,7 +225,7 @@ void WynTextView::deleteBackward() {
 
 void WynTextView::deleteForward() {
   bool const had_selection = view_->has_selection();
-  kill_buffer_disabled const guard(*view_, !had_selection);
+  text::kill_buffer_guard const guard(*view_->storage, !had_selection);
   typing::end_empty_pair(*this, false);
   if (!had_selection) actions::select_for_deletion(view_, actions::right);
   view_->erase_selection();
