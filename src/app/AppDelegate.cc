@@ -162,8 +162,8 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
   addMethod("performFindAction:", [this](plist::value const& tag) {
     WynTextView* const view = frontTextView();
     if (view == nullptr) return plist::value(false);
-    WynFindManager::sharedInstance().performFindAction(*view, static_cast<int>(tag.integer_or(0)),
-                                                       0);
+    WynFindManager::sharedInstance().performFindAction(
+        *view, static_cast<platform::find_action>(tag.integer_or(0)), 0);
     return plist::value();
   });
   addThemeMethods();

@@ -19,8 +19,7 @@
 namespace widgets {
 namespace {
 
-// The tags of WynFindManager.
-enum tag { find_next = 1, find_previous, replace, replace_and_find, replace_all, count };
+using enum platform::find_action;
 
 constexpr int field_width = 380;  // pixels
 
@@ -132,7 +131,7 @@ void FindPanel::make_dialog() {
 void FindPanel::make_buttons(QGridLayout& grid) {
   struct button {
     char const* title;
-    int tag;
+    platform::find_action action;
     char const* tip;
   };
   constexpr button buttons[] = {
@@ -148,22 +147,22 @@ void FindPanel::make_buttons(QGridLayout& grid) {
     made->setAutoDefault(false);
     made->setToolTip(QLatin1String(b.tip));
     QObject::connect(made, &QPushButton::clicked, dialog_.get(),
-                     [=, this, tag = b.tag] { act(tag, made->take_modifiers(), false); });
+                     [=, this, action = b.action] { act(action, made->take_modifiers(), false); });
     row->addWidget(made);
   }
   grid.addWidget(status_, 3, 0, 1, 2);
   grid.addLayout(row, 4, 0, 1, 2);
 }
 
-void FindPanel::add_key(QKeySequence const& key, int tag, bool by_key) {
+void FindPanel::add_key(QKeySequence const& key, platform::find_action action, bool by_key) {
   auto* const shortcut = new QShortcut(key, dialog_.get());
   QObject::connect(shortcut, &QShortcut::activated, dialog_.get(),
-                   [this, tag, by_key] { act(tag, {}, by_key); });
+                   [this, action, by_key] { act(action, {}, by_key); });
 }
 
-void FindPanel::act(int tag, Qt::KeyboardModifiers held, bool by_key) {
-  platform::desktop::current().waits().deliver([this, tag, held, by_key] {
-    if (delegate_ != nullptr) delegate_->findPanelAction(tag, translate_modifiers(held), by_key);
+void FindPanel::act(platform::find_action action, Qt::KeyboardModifiers held, bool by_key) {
+  platform::desktop::current().waits().deliver([this, action, held, by_key] {
+    if (delegate_ != nullptr) delegate_->findPanelAction(action, translate_modifiers(held), by_key);
   });
 }
 

@@ -39,8 +39,8 @@ class FindPanel final : public platform::find_panel {
 
   void make_dialog();
   void make_buttons(QGridLayout& grid);
-  void add_key(QKeySequence const& key, int tag, bool by_key);
-  void act(int tag, Qt::KeyboardModifiers held, bool by_key);
+  void add_key(QKeySequence const& key, platform::find_action action, bool by_key);
+  void act(platform::find_action action, Qt::KeyboardModifiers held, bool by_key);
   void changed();
   void place_over(QWidget* window);
 

@@ -15,13 +15,22 @@ struct find_panel_values {
   friend bool operator==(find_panel_values const&, find_panel_values const&) = default;
 };
 
+/// What the panel's buttons do. Menus hand the numbers to performFindAction:.
+enum class find_action {
+  find_next = 1,
+  find_previous,
+  replace,
+  replace_and_find,
+  replace_all,
+  count
+};
+
 class find_panel_delegate {
  public:
   virtual ~find_panel_delegate() = default;
 
-  /// A button, or a key that stands for one. Tags are those of WynFindManager; `modifiers` as in
-  /// platform/event.h.
-  virtual void findPanelAction(int tag, std::uint32_t modifiers, bool by_key) = 0;
+  /// A button, or a key that stands for one. `modifiers` as in platform/event.h.
+  virtual void findPanelAction(find_action action, std::uint32_t modifiers, bool by_key) = 0;
   /// The values have changed, maybe in the midst of typing.
   virtual void findPanelDidChange() = 0;
   virtual void findPanelDidClose() = 0;

@@ -16,8 +16,9 @@ namespace {
 
 constexpr std::size_t history_length = 10;
 
-constexpr std::array<char const*, 7> action_for_tag = {
-    nullptr, "findNext", "findPrevious", "replace", "replaceAndFind", "replaceAll", "count"};
+// By find_action, from 1.
+constexpr std::array<char const*, 6> names_of_actions = {
+    "findNext", "findPrevious", "replace", "replaceAndFind", "replaceAll", "count"};
 
 plist::dictionary const& default_options() {
   return settings::find("WynFindPanelOptions")->standard.entries();
@@ -166,14 +167,14 @@ void WynFindManager::commitEditing() {
   setOptions(std::move(changed));
 }
 
-void WynFindManager::performFindAction(search::searched_view& view, int tag,
+void WynFindManager::performFindAction(search::searched_view& view, platform::find_action action,
                                        std::uint32_t modifiers) {
-  if (tag <= 0 || static_cast<std::size_t>(tag) >= action_for_tag.size())
-    return platform::desktop::current().beep();
+  auto const index = static_cast<std::size_t>(action) - 1;
+  if (index >= names_of_actions.size()) return platform::desktop::current().beep();
   commitEditing();
   plist::dictionary asked = options();
-  asked.insert_or_assign("action", action_for_tag[static_cast<std::size_t>(tag)]);
-  if (tag == replace_all || tag == count) {
+  asked.insert_or_assign("action", names_of_actions[index]);
+  if (action == replace_all || action == count) {
     bool const selection = (modifiers & (platform::modifier::option | platform::modifier::command));
     asked.insert_or_assign("replaceAllScope", selection ? "selection" : "document");
   }
@@ -187,12 +188,13 @@ void WynFindManager::showStatus(plist::value const& answer) {
   panel().set_status(answer["statusText"].string_or(""));
 }
 
-void WynFindManager::findPanelAction(int tag, std::uint32_t modifiers, bool by_key) {
+void WynFindManager::findPanelAction(platform::find_action action, std::uint32_t modifiers,
+                                     bool by_key) {
   search::searched_view* const view = mainView_ ? mainView_() : nullptr;
   if (view == nullptr || view->view() == nullptr) return platform::desktop::current().beep();
   objectDidBeginEditing();
-  performFindAction(*view, tag, modifiers);
-  bool const searched = tag == find_next || tag == find_previous;
+  performFindAction(*view, action, modifiers);
+  bool const searched = action == find_next || action == find_previous;
   // Return says that one goes on in the text; a button that one stays.
   if (by_key && searched && view->view()->has_selection() &&
       at(options_, "statusText").string_or("").empty())

@@ -25,8 +25,7 @@ class WynFindManager : public platform::find_panel_delegate {
   /// Posted by the notification center when the matches to be shown may be others.
   static constexpr char const* matchesDidChange = "WynFindMatchesDidChange";
 
-  /// The buttons of the panel; menus hand them to performFindAction:.
-  enum tag { find_next = 1, find_previous, replace, replace_and_find, replace_all, count };
+  using enum platform::find_action;
 
   static WynFindManager& sharedInstance();
 
@@ -44,8 +43,10 @@ class WynFindManager : public platform::find_panel_delegate {
 
   void orderFrontFindPanel(bool replace_field);
   void closeFindPanel();
-  /// `modifiers` as in platform/event.h. Performed by `view`; beeps if nothing was found.
-  void performFindAction(search::searched_view& view, int tag, std::uint32_t modifiers);
+  /// `modifiers` as in platform/event.h. Performed by `view`; beeps if nothing was found, or if the
+  /// number, from a menu, is no action's.
+  void performFindAction(search::searched_view& view, platform::find_action action,
+                         std::uint32_t modifiers);
   /// Takes what is being typed in the panel over.
   void commitEditing();
   /// Whether the panel's fields have been edited since the last commitEditing.
@@ -58,7 +59,7 @@ class WynFindManager : public platform::find_panel_delegate {
   std::shared_ptr<search::text_query const> shownQuery() const { return shown_; }
 
   // platform::find_panel_delegate
-  void findPanelAction(int tag, std::uint32_t modifiers, bool by_key) override;
+  void findPanelAction(platform::find_action action, std::uint32_t modifiers, bool by_key) override;
   void findPanelDidChange() override;
   void findPanelDidClose() override;
 

@@ -29,8 +29,8 @@ class find : public shown_view_test, public shown_view {
   }
 
   headless::scripted_find_panel& panel() { return desktop_.find(); }
-  void push(WynFindManager::tag tag, std::uint32_t modifiers = 0, bool closes = false) {
-    panel().delegate->findPanelAction(tag, modifiers, closes);
+  void push(platform::find_action action, std::uint32_t modifiers = 0, bool closes = false) {
+    panel().delegate->findPanelAction(action, modifiers, closes);
   }
   static std::vector<std::string> strings(plist::array const& list) {
     std::vector<std::string> result;
@@ -50,7 +50,7 @@ TEST_F(find, panel_acts_on_the_view_and_says_what_came_of_it) {
   EXPECT_TRUE(manager.findHistory().empty());  // nothing is taken over yet
 
   struct step {
-    WynFindManager::tag tag;
+    platform::find_action action;
     std::uint32_t modifiers;
     char const *status, *text;
     int beeps;
@@ -65,7 +65,7 @@ TEST_F(find, panel_acts_on_the_view_and_says_what_came_of_it) {
            step{WynFindManager::replace_all, 0, "Nothing replaced", "| two ", 2},
            step{WynFindManager::count, 0, "Nothing found", "| two ", 3},
        }) {
-    push(s.tag, s.modifiers);
+    push(s.action, s.modifiers);
     EXPECT_EQ(panel().status, s.status);
     EXPECT_EQ(get(), s.text);
     EXPECT_EQ(desktop_.beeps, s.beeps);
