@@ -12,7 +12,7 @@ namespace {
 
 bool matches_first_line(plist::value const& entry, std::string_view first_line) {
   auto const* const pattern = entry["firstLineMatch"].as_string();
-  return pattern != nullptr && isEqualToRegEx(first_line, *pattern);
+  return pattern != nullptr && regex::isEqualToRegEx(first_line, *pattern);
 }
 
 /// A pattern of the user's that is none matches everything; a grammar's must not take all files.
@@ -24,7 +24,7 @@ std::string by_first_line(std::string_view first_line, plist::array const& langu
     bool const is_pattern = regex::isRegEx(pattern, fault);
     if (!fault.empty())
       platform::log_once(language["item"].string_or("") + ": " + key + ": " + fault);
-    if (is_pattern && language[key] && isEqualToRegEx(first_line, pattern))
+    if (is_pattern && language[key] && regex::isEqualToRegEx(first_line, pattern))
       return language["uuid"].string_or("");
   }
   return "";

@@ -21,7 +21,7 @@ int column_of(std::string_view text) {
   char const* const end = text.data() + text.size();
   auto const [after, error] = std::from_chars(text.data(), end, column);
   bool const is_column =
-      error == std::errc() && after == end && 1 <= column && column <= max_margin;
+      error == std::errc() && after == end && 1 <= column && column <= settings::max_margin;
   return is_column ? column : 0;
 }
 

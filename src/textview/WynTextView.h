@@ -45,6 +45,7 @@ class view_styles;
 namespace textview {
 class drop_target;
 class mouse_tracker;
+class view_will_change;
 }  // namespace textview
 namespace typing {
 class line_indenter;

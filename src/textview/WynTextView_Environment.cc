@@ -33,7 +33,7 @@ std::u16string WynTextView::wordAtCaret() const {
     if (!actions::is_word_char(unicode::code_point_at(line, before))) break;
     first = before;
   }
-  while (last < line.size() && is_word_char(unicode::code_point_at(line, last)))
+  while (last < line.size() && actions::is_word_char(unicode::code_point_at(line, last)))
     last = text::next_cluster(line, last);
   return std::u16string(line.substr(first, last - first));
 }

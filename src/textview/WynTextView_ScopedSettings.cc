@@ -34,7 +34,7 @@ std::string other_title(int column, bool listed) {
 void WynTextView::addScopedSettingMethods() {
   addMethod("takeTabSizeFrom:", [this](plist::value const& sender) {
     std::int64_t const size = sender.integer_or(0);
-    if (0 < size && size <= max_tab_size) setTabSize(static_cast<unsigned>(size));
+    if (0 < size && size <= settings::max_tab_size) setTabSize(static_cast<unsigned>(size));
     return plist::value();
   });
   addMethod("takeTabSizeFromIsChecked:", [this](plist::value const& sender) {
@@ -43,7 +43,7 @@ void WynTextView::addScopedSettingMethods() {
   addMethod("takeRightMarginFrom:", [this](plist::value const& sender) {
     std::int64_t const column = sender.integer_or(0);
     if (column != 0)
-      setRightMargin(static_cast<int>(std::clamp<std::int64_t>(column, -1, max_margin)));
+      setRightMargin(static_cast<int>(std::clamp<std::int64_t>(column, -1, settings::max_margin)));
     return plist::value();
   });
   addMethod("takeRightMarginFromIsChecked:", [this](plist::value const& sender) {

@@ -137,8 +137,8 @@ void WynTextView::insertText(std::u16string_view text) {
   make_caret_real(*view_);
   bool const may_close =
       (text.size() == 1 || text.starts_with(u"</")) && indenter_->may_close_block();
-  bool const closes = smart && select_live_closing(*this, text.front());
-  if (smart && !closes && surround_selection(*this, text.front())) return;
+  bool const closes = smart && typing::select_live_closing(*this, text.front());
+  if (smart && !closes && typing::surround_selection(*this, text.front())) return;
   auto const opened = smart && !closes ? typing::opened_pair(*this, text.front()) : std::nullopt;
   insertTyped(text, closes);
   if (opened) typing::complete_pair(*this, *opened);

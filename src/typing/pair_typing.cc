@@ -86,13 +86,13 @@ bool opens_quote(text::unit_view line, std::size_t column, text::char_t quote,
                  plist::value const& settings) {
   text::unit_view const before = line.substr(0, column);
   if (!before.empty() && before.back() == quote) return false;
-  if (!before.empty() && is_word_char(before.back()) &&
+  if (!before.empty() && actions::is_word_char(before.back()) &&
       !ends_with_string_prefix(before, quote, settings))
     return false;
   std::size_t quotes = 0;
   for (std::size_t at = line.find(quote); at != line.npos; at = line.find(quote, at + 1)) {
-    bool const in_word =
-        at > 0 && is_word_char(line[at - 1]) && at + 1 < line.size() && is_word_char(line[at + 1]);
+    bool const in_word = at > 0 && actions::is_word_char(line[at - 1]) && at + 1 < line.size() &&
+                         actions::is_word_char(line[at + 1]);
     quotes += in_word ? 0 : 1;
   }
   return quotes % 2 == 0;
@@ -163,7 +163,7 @@ void complete_pair(typed_view& text_view, styles::unit_pair pair) {
   text::view& view = *text_view.view();
   text::iterator const caret = view.selection.current_mark.base;
   text::unit_view const line = view.storage->line_units(caret.line);
-  if (caret.column < line.size() && is_word_char(line[caret.column])) return;
+  if (caret.column < line.size() && actions::is_word_char(line[caret.column])) return;
   view.storage->insert(caret, &pair.close, &pair.close + 1);
   view.selection.set_caret({&view, caret});
   view.notify_observer.add_notify({caret, caret});

@@ -84,7 +84,7 @@ std::vector<std::u16string> words_by_distance(text::storage const& text, text::p
     for (std::size_t at = 0; at < units.size(); ++at) {
       if (!actions::is_word_char(units[at])) continue;
       std::size_t const first = at;
-      while (at < units.size() && is_word_char(units[at])) ++at;
+      while (at < units.size() && actions::is_word_char(units[at])) ++at;
       std::u16string const word = units.substr(first, at - first);
       if (text::pos(line, first) == start || word.size() <= prefix.size() ||
           !word.starts_with(prefix))
