@@ -3,7 +3,8 @@
 #include <cstdint>
 #include <string>
 
-/// What kind of thing a path names, as a combination of bits. Any thread.
+/// What kind of thing a path names, as a combination of bits. Any thread. For lists of files in a
+/// window, which are to come: so far only tests use it.
 ///
 ///     if (path::info(path) & path::flag::hidden) continue;  // no entry of a file list
 namespace path {

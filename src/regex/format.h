@@ -35,7 +35,8 @@ extern template char16_t const* parse_format(char16_t const*, char16_t const*, s
 
 }  // namespace detail
 
-/// A replacement text, parsed:
+/// A replacement text for matches of our own engine, parsed. Users' patterns are Oniguruma's, with
+/// replacements in regex/oniguruma_format.h; this one is used by tests, as a plain second version.
 ///
 ///     $1            the text of the group; nothing if it took no part in the match
 ///     ?1then:else   by whether group 1 took part; "else" ends where the text around it does

@@ -1,17 +1,12 @@
 #include "path/file_changes.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
-#include "path/faulting_calls.h"
 #include "path/file_system.h"
 #include "path/info.h"
-#include "path/intermediate.h"
-#include "path/other_user.h"
 #include "path/temporary_folder.h"
 
 namespace {
@@ -113,80 +108,6 @@ TEST_F(file_changes, info) {
   };
   for (auto const& c : cases) EXPECT_EQ(path::info(c.path, 0xFFFFFF), c.flags) << c.path;
   EXPECT_EQ(hidden, 0x1203u);
-}
-
-TEST_F(file_changes, content_is_replaced_and_the_rest_kept) {
-  std::string const file = folder.write("file", "old");
-  ASSERT_EQ(chmod(file.c_str(), 04750), 0);
-  bool const has_attributes = setxattr(file.c_str(), "user.note", "x", 1, 0) == 0;
-  ASSERT_EQ(symlink("file", (folder / "link").c_str()), 0);
-  folder.write("file~", "the user's");
-  EXPECT_TRUE(path::set_content(folder / "link", "new"));
-  EXPECT_EQ(folder.read(file), "new");
-  EXPECT_EQ(mode_of(file), 04750u);
-  EXPECT_EQ(getxattr(file.c_str(), "user.note", nullptr, 0), has_attributes ? 1 : -1);
-  EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
-
-  std::string const bytes("a\0b", 3);
-  EXPECT_TRUE(path::set_content(folder / "made/too/file", bytes.data(), bytes.data() + 3));
-  EXPECT_EQ(path::content(folder / "made/too/file"), bytes);
-  EXPECT_FALSE(path::set_content(folder / "made", "x"));
-  EXPECT_FALSE(path::set_content(folder / "file/x", "x"));
-  EXPECT_FALSE(path::set_content("", "x"));
-  EXPECT_EQ(own.names(), names());
-
-  // Nothing is replaced that would lose what only root can give back.
-  if (geteuid() == 0 && give_capability(file)) {
-    for (std::string const& path : {file, folder.path(), own.path()})
-      ASSERT_EQ(chown(path.c_str(), other_user::id, other_user::id), 0);
-    ASSERT_TRUE(give_capability(file));
-    other_user const user;
-    EXPECT_FALSE(path::set_content(file, "newer"));
-    EXPECT_EQ(folder.read(file), "new");
-  }
-  removexattr(file.c_str(), "security.capability");
-
-  // With no common device the neighbour is used, or one of another name if the user has it.
-  setenv("TMPDIR", "/proc", 1);
-  EXPECT_TRUE(path::set_content(file, "newer"));
-  EXPECT_EQ(folder.read(file), "newer");
-  EXPECT_EQ(folder.read(folder / "file~"), "the user's");
-  EXPECT_EQ(path::intermediate_t(folder / "made/too/file").write_path(), folder / "made/too/file~");
-  EXPECT_EQ(folder.names(), (names{"file", "file~", "link", "made"}));
-}
-
-TEST_F(file_changes, swap_and_unlink) {
-  std::string const a = folder.write("a", "A");
-  EXPECT_TRUE(path::swap_and_unlink(a, folder / "made/b"));
-  EXPECT_EQ(folder.read(folder / "made/b"), "A");
-  EXPECT_TRUE(path::swap_and_unlink(folder / "made/b", folder.write("c", "C")));
-  EXPECT_EQ(folder.read(folder / "c"), "A");
-  EXPECT_FALSE(path::swap_and_unlink(folder / "made/b", folder / "d"));
-  EXPECT_TRUE(path::swap_and_unlink(folder / "c", "/proc/self/status"));
-  EXPECT_EQ(folder.read(folder / "c"), "A");
-}
-
-/// Each of the system calls fails in turn: never is anything but one of the two contents found, and
-/// never is a failure taken for success.
-TEST_F(file_changes, failed_writing_is_never_committed) {
-  for (bool replaces : {true, false})
-    for (int nth = 1;; ++nth) {
-      std::string const file = folder / "file";
-      std::filesystem::remove(file);
-      if (replaces) folder.write("file", "old");
-      faulting_calls calls(nth, EIO);
-      bool const written = path::set_content(file, "new", calls);
-      std::string const found = folder.read(file), call = calls.failed_call();
-      SCOPED_TRACE(call);
-      if (!calls.has_failed()) {
-        EXPECT_TRUE(written);
-        EXPECT_GT(nth, 6);
-        break;
-      }
-      EXPECT_TRUE(found == "new" || (!written && found == (replaces ? "old" : "")));
-      EXPECT_LE(folder.names().size(), 1u);
-      EXPECT_EQ(own.names(), names());
-    }
 }
 
 }  // namespace
