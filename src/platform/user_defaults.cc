@@ -105,7 +105,7 @@ void user_defaults::set_check(check fault_of) {
   take(std::move(stored_));
 }
 
-bool user_defaults::set(std::string_view key, plist::value v) {
+bool user_defaults::set(std::string_view key, plist::value v, plist::value const& note) {
   if (!v) {
     remove(key);
     return true;
@@ -116,7 +116,7 @@ bool user_defaults::set(std::string_view key, plist::value v) {
     set_volatile(key, std::move(v));
     return false;
   }
-  store_layer(key, std::move(v));
+  store_layer(key, std::move(v), note);
   return true;
 }
 
@@ -124,7 +124,8 @@ void user_defaults::remove(std::string_view key) {
   store_layer(key, std::nullopt);
 }
 
-void user_defaults::store_layer(std::string_view key, std::optional<plist::value> v) {
+void user_defaults::store_layer(std::string_view key, std::optional<plist::value> v,
+                                plist::value const& note) {
   plist::value const before = get(key);
   auto const stored = stored_.find(key);
   auto const pending = pending_.find(key);
@@ -132,7 +133,7 @@ void user_defaults::store_layer(std::string_view key, std::optional<plist::value
                            : stored == stored_.end() && !faulty_.contains(key);
   if (!is_stored || pending != pending_.end())
     pending_.insert_or_assign(std::string(key), std::move(v));
-  if (!(get(key) == before)) post();
+  if (!(get(key) == before)) post(note);
 }
 
 void user_defaults::set_volatile(std::string_view key, plist::value v) {
@@ -276,8 +277,14 @@ void user_defaults::report(std::string const& message) {
   if (reported_.insert(message).second) log(message);
 }
 
-void user_defaults::post() const {
-  notification_center::standard().post(did_change, this);
+void user_defaults::post(plist::value const& note) {
+  struct restorer {
+    plist::value& note;
+    plist::value former;
+    ~restorer() { note = former; }
+  } const outer{note_, note_};
+  if (!note_) note_ = note;
+  notification_center::standard().post(did_change, this, plist::value(note_));
 }
 
 }  // namespace platform

@@ -66,9 +66,11 @@ class user_defaults {
   void set_check(check fault_of);
   bool has_check() const { return fault_of_ != nullptr; }
 
-  /// Setting nothing removes. False if the file can't hold the value (see plist::write_xml): it
-  /// then holds for this run alone, and that is reported.
-  bool set(std::string_view key, plist::value v);
+  /// Setting nothing removes. Observers of the change get `note` as the notification's info, by
+  /// which they can recognise changes of their own kind; so do those of what observers change in
+  /// answer. False if the file can't hold the value
+  /// (see plist::write_xml): it then holds for this run alone, and that is reported.
+  bool set(std::string_view key, plist::value v, plist::value const& note = {});
   void remove(std::string_view key);
   /// Overrides every other layer until the process ends; never stored. Nothing lifts the override.
   void set_volatile(std::string_view key, plist::value v);
@@ -104,9 +106,10 @@ class user_defaults {
   static bool is_young(file_state const& state);
   file_state read_current();
   int set_aside(file_state& damaged);
-  void store_layer(std::string_view key, std::optional<plist::value> v);
+  void store_layer(std::string_view key, std::optional<plist::value> v,
+                   plist::value const& note = {});
   void report(std::string const& message);
-  void post() const;
+  void post(plist::value const& note = {});
 
   std::string path_;
   file_calls& calls_;
@@ -119,6 +122,7 @@ class user_defaults {
   plist::dictionary volatile_;
   plist::dictionary registered_;
   std::set<std::string> reported_;
+  plist::value note_;  // of the change that observers are being notified of
 };
 
 }  // namespace platform

@@ -43,13 +43,13 @@ plist::value value_for(std::string_view root_scope, std::string_view key, std::s
 }
 
 void set_value(std::string_view root_scope, plist::value value, std::string_view key,
-               std::string_view domain) {
+               std::string_view domain, plist::value const& note) {
   auto& defaults = settings::store();
   plist::dictionary entries = defaults.dictionary(domain);
   plist::dictionary entry{{"updated", now()}};
   entry.insert_or_assign(std::string(key), std::move(value));
   entries.insert_or_assign(std::string(root_scope), std::move(entry));
-  defaults.set(domain, std::move(entries));
+  defaults.set(domain, std::move(entries), note);
 }
 
 plist::date now() {

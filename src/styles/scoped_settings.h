@@ -17,8 +17,9 @@ namespace scoped_settings {
 plist::value value_for(std::string_view root_scope, std::string_view key, std::string_view domain);
 
 /// Replaces the entry of `root_scope`, which may be empty, by this value with the present date.
+/// `note` as for platform::user_defaults::set.
 void set_value(std::string_view root_scope, plist::value value, std::string_view key,
-               std::string_view domain);
+               std::string_view domain, plist::value const& note = {});
 
 /// Now, as property lists count.
 plist::date now();

@@ -89,9 +89,10 @@ WynTextView::WynTextView()
   addMacroMethods();
   addCompletionMethods();
   defaultsToken_ = platform::notification_center::standard().observe(
-      platform::user_defaults::did_change, [this](auto const&) { userDefaultsDidChange(); });
+      platform::user_defaults::did_change,
+      [this](platform::notification const& n) { userDefaultsDidChange(n.info); });
   initializeSettings();
-  userDefaultsDidChange();
+  userDefaultsDidChange({});
 }
 
 WynTextView::~WynTextView() {
@@ -299,7 +300,7 @@ void WynTextView::set_host(platform::view_host* host) {
     drop_->exit();
     return;
   }
-  userDefaultsDidChange();
+  userDefaultsDidChange({});
   setupTextFrame();
   startTokenizer();
   focus_changed();

@@ -364,7 +364,7 @@ class WynTextView : public platform::responder,
   void addScopedSettingMethods();
   std::string_view rootScope() const { return rootScope_; }
   void initializeSettings();
-  void documentDefaultsDidChange();
+  void documentDefaultsDidChange(plist::value const& note);
   void wrappingDidChange();
   bool askForRightMargin();
 
@@ -373,7 +373,7 @@ class WynTextView : public platform::responder,
   void breakTypedLine();
   void insertPlainTab();
   plist::value undoOrRedo(bool undo);
-  void userDefaultsDidChange();
+  void userDefaultsDidChange(plist::value const& note);
   void applyOptionsToView();
   void attachView();
   void detachView();

@@ -190,7 +190,7 @@ bool WynTextView::replacingText(std::function<bool()> const& replace) {
 }
 
 // Defaults also change by the setters above, where each value stands already.
-void WynTextView::userDefaultsDidChange() {
+void WynTextView::userDefaultsDidChange(plist::value const& note) {
   auto& d = settings::store();
   std::string const font_name = d.string("WynTextViewNormalFontName");
   double const font_size = bounded_font_size(d.real("WynTextViewNormalFontSize"));
@@ -204,7 +204,7 @@ void WynTextView::userDefaultsDidChange() {
     overwriteMode_ = overwriteDefault_ = on;
   if (bool const on = d.boolean("WynTextViewSmartTypingEnabled"); on != smartTypingDefault_)
     smartTyping_ = smartTypingDefault_ = on;
-  documentDefaultsDidChange();
+  documentDefaultsDidChange(note);
   applyOptionsToView();
   styles_->drop_drawn();  // colours of the user's own stand in for those of a theme
   if (new_font || layout_.font().family.empty()) fontDidChange();

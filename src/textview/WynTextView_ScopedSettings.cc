@@ -14,16 +14,8 @@
 
 namespace {
 
-// Counts the stores that this process is just making.
-int stores = 0;
-
-class storing {
- public:
-  storing() { ++stores; }
-  ~storing() { --stores; }
-  storing(storing const&) = delete;
-  storing& operator=(storing const&) = delete;
-};
+// The note of changes that a view makes for those opened later.
+constexpr char const* for_later_views = "option of a document";
 
 std::string other_title(int column, bool listed) {
   return column < 1 || listed ? "Other\u2026" : "Other (" + std::to_string(column) + ")\u2026";
@@ -66,8 +58,7 @@ plist::value WynTextView::scopedValueForKeyInDomain(std::string_view key,
 
 void WynTextView::setScopedValueForKeyInDomain(plist::value value, std::string_view key,
                                                std::string_view domain) {
-  storing const own;
-  scoped_settings::set_value(rootScope(), std::move(value), key, domain);
+  scoped_settings::set_value(rootScope(), std::move(value), key, domain, for_later_views);
 }
 
 void WynTextView::initializeSettings() {
@@ -82,10 +73,10 @@ void WynTextView::initializeSettings() {
   if (former.softTabs != softTabs()) updateValueForKey(softTabs(), "softTabs");
 }
 
-void WynTextView::documentDefaultsDidChange() {
+void WynTextView::documentDefaultsDidChange(plist::value const& note) {
   styles::document_options const seen =
       std::exchange(seenOptions_, styles::document_options::stored(rootScope()));
-  if (stores > 0) return;
+  if (note == plist::value(for_later_views)) return;
   auto const follow = [&](auto option) {
     if (seenOptions_.*option != seen.*option) documentOptions_.*option = seenOptions_.*option;
   };
@@ -126,8 +117,7 @@ void WynTextView::setRightMargin(int column) {
   if (column == rightMargin()) return;
   documentOptions_.rightMargin = column;
   wrappingDidChange();
-  storing const own;
-  settings::store().set(styles::right_margin_key, column);
+  settings::store().set(styles::right_margin_key, column, for_later_views);
 }
 
 void WynTextView::wrappingDidChange() {
