@@ -70,7 +70,7 @@ bool is_language_of_files(BundleItem const& grammar) {
 }
 
 std::vector<platform::menu_item> language_items() {
-  auto languages = BundleManager::sharedInstance().bundleItemsOfKind("language");
+  auto languages = BundleManager::sharedInstance().bundleItemsOfKind(bundles::item_kind::language);
   std::stable_sort(languages.begin(), languages.end(), [](auto const& a, auto const& b) {
     return bundles::caseInsensitiveCompare(a->name(), b->name()) < 0;
   });
@@ -372,7 +372,7 @@ plist::dictionary AppDelegate::environmentVariables() const {
 
 bool AppDelegate::newDocumentFromTemplate(std::string const& uuid) {
   auto const item = BundleManager::sharedInstance().bundleItemForUUID(uuid);
-  if (item == nullptr || item->kind() != "template") return false;
+  if (item == nullptr || item->kind() != bundles::item_kind::file_template) return false;
   windows::temporary_document const place(item->content()["extension"].string_or(""));
   if (place.path().empty()) return false;
   WynTextView* const view = frontTextView();

@@ -10,7 +10,9 @@ std::shared_ptr<BundleItem> item_for_batch(std::string const& name, WynTextView 
   auto& manager = BundleManager::sharedInstance();
   if (auto const item = manager.bundleItemForUUID(name)) return item;
   BundleManager::item_list named;
-  for (auto const& item : manager.bundleItemsOfKinds({"command", "macro", "snippet", "language"}))
+  for (auto const& item :
+       manager.bundleItemsOfKinds({bundles::item_kind::command, bundles::item_kind::macro,
+                                   bundles::item_kind::snippet, bundles::item_kind::language}))
     if (item->name() == name) named.push_back(item);
   if (named.empty()) {
     error = "no item has this name";

@@ -12,9 +12,9 @@ namespace {
 std::string item_line(windows::key_meaning const& meaning) {
   BundleItem const& item = *meaning.item;
   Bundle const* const bundle = item.bundle();
-  return "  " + item.kind() + " \u201c" + item.name() + "\u201d of bundle \u201c" +
-         (bundle == nullptr ? "" : bundle->name()) + "\u201d, " + windows::reason_of_item(meaning) +
-         "\n";
+  return "  " + std::string(bundles::name_of(item.kind())) + " \u201c" + item.name() +
+         "\u201d of bundle \u201c" + (bundle == nullptr ? "" : bundle->name()) + "\u201d, " +
+         windows::reason_of_item(meaning) + "\n";
 }
 
 std::string binding_text(plist::value const& binding) {

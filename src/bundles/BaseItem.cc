@@ -6,11 +6,12 @@
 
 #include <typeinfo>
 
-BaseItem::BaseItem(BundleManager& manager, std::string name, std::string kind, std::string UUID)
+BaseItem::BaseItem(BundleManager& manager, std::string name, bundles::item_kind kind,
+                   std::string UUID)
     : manager_(manager),
       name_(std::move(name)),
-      kind_(std::move(kind)),
-      UUID_(UUID.empty() ? platform::stringWithUUID() : std::move(UUID)) {}
+      UUID_(UUID.empty() ? platform::stringWithUUID() : std::move(UUID)),
+      kind_(kind) {}
 
 void BaseItem::setName(std::string name) {
   if (name == name_) return;

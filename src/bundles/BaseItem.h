@@ -1,5 +1,7 @@
 #pragma once
 
+#include "bundles/index/item_kinds.h"
+
 #include <string>
 
 class BundleManager;
@@ -9,13 +11,13 @@ class BundleManager;
 class BaseItem {
  public:
   /// Without a UUID it gets a fresh one.
-  BaseItem(BundleManager& manager, std::string name, std::string kind, std::string UUID);
+  BaseItem(BundleManager& manager, std::string name, bundles::item_kind kind, std::string UUID);
   BaseItem(BaseItem const&) = delete;
   BaseItem& operator=(BaseItem const&) = delete;
   virtual ~BaseItem() = default;
 
   std::string const& name() const { return name_; }
-  std::string const& kind() const { return kind_; }
+  bundles::item_kind kind() const { return kind_; }
   std::string const& UUID() const { return UUID_; }
   bool isModified() const { return isModified_; }
   BundleManager& manager() const { return manager_; }
@@ -36,7 +38,8 @@ class BaseItem {
 
  private:
   BundleManager& manager_;
-  std::string name_, kind_, UUID_;
+  std::string name_, UUID_;
+  bundles::item_kind kind_;
   bool isModified_ = false;
 };
 

@@ -99,7 +99,8 @@ std::shared_ptr<Bundle> Bundle::bundleWithPaths(BundleManager& manager,
 
 Bundle::Bundle(BundleManager& manager, plist::value content, std::vector<std::string> paths,
                std::string pristineCopyPlistPath)
-    : BaseItem(manager, content["name"].string_or(""), "bundle", content["uuid"].string_or("")),
+    : BaseItem(manager, content["name"].string_or(""), bundles::item_kind::bundle,
+               content["uuid"].string_or("")),
       content_(std::move(content)),
       hasContent_(paths.empty()),
       bundlePaths_(std::move(paths)),
@@ -150,21 +151,19 @@ std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItems() const {
   return items;
 }
 
-std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOfKind(std::string_view kind) const {
+std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOfKind(bundles::item_kind kind) const {
   auto items = bundleItems();
   std::erase_if(items, [&](auto const& item) { return item->kind() != kind; });
   return items;
 }
 
-std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk(
-    bundles::item_kind const& kind) const {
+std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk(bundles::item_kind kind) const {
   auto hidden = disabled();
   for (std::string& uuid : deleted()) hidden.push_back(std::move(uuid));
   std::sort(hidden.begin(), hidden.end());
   std::vector<bundles::index::item_stubs> found;
   for (std::string const& path : bundlePaths_)
-    found.push_back(
-        bundles::items_in(manager().cache(), path + "/" + std::string(kind.directory), kind.kind));
+    found.push_back(bundles::items_in(manager().cache(), path, kind));
   std::vector<std::vector<bundles::BundleItemStub*>>
       stacks;  // of layers, the highest priority first
   std::unordered_map<std::string_view, std::size_t> by_uuid;
@@ -178,7 +177,7 @@ std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk(
   }
   std::vector<std::shared_ptr<BundleItem>> result;
   for (auto const& stack : stacks)
-    if (auto item = BundleItem::itemWithStubs(manager(), std::string(kind.kind), UUID(), stack))
+    if (auto item = BundleItem::itemWithStubs(manager(), kind, UUID(), stack))
       result.push_back(std::move(item));
   return result;
 }

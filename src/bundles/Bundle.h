@@ -10,9 +10,6 @@
 #include "plist/value.h"
 
 class BundleItem;
-namespace bundles {
-struct item_kind;
-}
 
 /// A directory of grammars, snippets, commands and so on, by its info.plist. Directories with the
 /// same UUID on several search paths are one bundle: each may be the whole or hold changes of the
@@ -45,9 +42,9 @@ class Bundle : public BaseItem, public std::enable_shared_from_this<Bundle> {
 
   /// The items: first those that `ordering` names.
   std::vector<std::shared_ptr<BundleItem>> bundleItems() const;
-  std::vector<std::shared_ptr<BundleItem>> bundleItemsOfKind(std::string_view kind) const;
+  std::vector<std::shared_ptr<BundleItem>> bundleItemsOfKind(bundles::item_kind kind) const;
   /// Those of one kind, read anew from the directories, without what is disabled or deleted.
-  std::vector<std::shared_ptr<BundleItem>> bundleItemsOnDisk(bundles::item_kind const& kind) const;
+  std::vector<std::shared_ptr<BundleItem>> bundleItemsOnDisk(bundles::item_kind kind) const;
 
   /// A dictionary of `items`, `submenus` and `excludedItems`, completed by items that it doesn't
   /// name and rid of what is no item of this bundle.

@@ -16,9 +16,9 @@
 
 std::shared_ptr<BundleItem> BundleItem::bundleItemWithContent(BundleManager& manager,
                                                               plist::dictionary content,
-                                                              std::string kind) {
-  auto item = std::make_shared<BundleItem>(manager, std::move(kind), "",
-                                           bundles::keys_from(content), std::vector<std::string>());
+                                                              bundles::item_kind kind) {
+  auto item = std::make_shared<BundleItem>(manager, kind, "", bundles::keys_from(content),
+                                           std::vector<std::string>());
   item->content_ = std::move(content);
   item->hasContent_ = true;
   item->setModified(true);
@@ -26,7 +26,7 @@ std::shared_ptr<BundleItem> BundleItem::bundleItemWithContent(BundleManager& man
 }
 
 std::shared_ptr<BundleItem> BundleItem::itemWithStubs(
-    BundleManager& manager, std::string kind, std::string bundleUUID,
+    BundleManager& manager, bundles::item_kind kind, std::string bundleUUID,
     std::vector<bundles::BundleItemStub*> const& layers) {
   std::vector<std::string> paths;
   paths.reserve(layers.size());
@@ -44,15 +44,15 @@ std::shared_ptr<BundleItem> BundleItem::itemWithStubs(
     first.keys = bundles::keys_from(merged);
     first.more = bundles::language_entries(merged);
   }
-  auto item = std::make_shared<BundleItem>(manager, std::move(kind), std::move(bundleUUID),
+  auto item = std::make_shared<BundleItem>(manager, kind, std::move(bundleUUID),
                                            std::move(first.keys), std::move(paths));
   item->languageEntries_ = std::move(first.more);
   return item;
 }
 
-BundleItem::BundleItem(BundleManager& manager, std::string kind, std::string bundleUUID,
+BundleItem::BundleItem(BundleManager& manager, bundles::item_kind kind, std::string bundleUUID,
                        bundles::item_keys keys, std::vector<std::string> sourcePaths)
-    : BaseItem(manager, std::move(keys.name), std::move(kind), std::move(keys.uuid)),
+    : BaseItem(manager, std::move(keys.name), kind, std::move(keys.uuid)),
       keys_(std::move(keys)),
       bundleUUID_(std::move(bundleUUID)),
       sourcePaths_(std::move(sourcePaths)) {}
@@ -66,7 +66,7 @@ void BundleItem::set(std::string& field, std::string v) {
 void BundleItem::setScopeSelector(std::string selector) {
   if (keys_.scope == selector) return;
   set(keys_.scope, std::move(selector));
-  if (kind() == "preference")
+  if (kind() == bundles::item_kind::preference)
     platform::notification_center::standard().post("WynPreferencesDidChange", this);
 }
 
@@ -104,13 +104,15 @@ bool BundleItem::isLocal() const {
 
 std::string BundleItem::localPath() const {
   if (!isLocal()) return "";
-  return kind() == "template" ? path::parent(sourcePaths_.front()) : sourcePaths_.front();
+  return kind() == bundles::item_kind::file_template ? path::parent(sourcePaths_.front())
+                                                     : sourcePaths_.front();
 }
 
 std::string BundleItem::bundlePath() const {
   if (sourcePaths_.empty()) return "";
-  std::string const item =
-      kind() == "template" ? path::parent(sourcePaths_.front()) : sourcePaths_.front();
+  std::string const item = kind() == bundles::item_kind::file_template
+                               ? path::parent(sourcePaths_.front())
+                               : sourcePaths_.front();
   return path::parent(path::parent(item));
 }
 
@@ -119,7 +121,7 @@ std::string BundleItem::supportPath() const {
   return owner ? owner->supportPath() : "";
 }
 
-plist::value BundleItem::contentOfPaths(std::string_view kind,
+plist::value BundleItem::contentOfPaths(bundles::item_kind kind,
                                         std::vector<std::string> const& paths, std::string* base) {
   plist::array layers;
   for (std::string const& path : paths) {
@@ -200,7 +202,7 @@ std::string BundleItem::titleWithSelection(bool hasSelection, bool showTabTrigge
 }
 
 std::vector<std::shared_ptr<TemplateFile>> const& BundleItem::templateFiles() {
-  if (hasTemplateFiles_ || kind() != "template") return templateFiles_;
+  if (hasTemplateFiles_ || kind() != bundles::item_kind::file_template) return templateFiles_;
   hasTemplateFiles_ = true;
   if (sourcePaths_.empty()) return templateFiles_;
   // The user's own directory holds all files as soon as there is one.

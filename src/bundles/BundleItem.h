@@ -20,14 +20,14 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
   /// A new item, not on disk yet.
   static std::shared_ptr<BundleItem> bundleItemWithContent(BundleManager& manager,
                                                            plist::dictionary content,
-                                                           std::string kind);
+                                                           bundles::item_kind kind);
   /// From the digests of its layers, the highest priority first. Null when none of them is a base.
   /// Their strings are taken.
   static std::shared_ptr<BundleItem> itemWithStubs(
-      BundleManager& manager, std::string kind, std::string bundleUUID,
+      BundleManager& manager, bundles::item_kind kind, std::string bundleUUID,
       std::vector<bundles::BundleItemStub*> const& layers);
 
-  BundleItem(BundleManager& manager, std::string kind, std::string bundleUUID,
+  BundleItem(BundleManager& manager, bundles::item_kind kind, std::string bundleUUID,
              bundles::item_keys keys, std::vector<std::string> sourcePaths);
 
   std::string const& scopeSelector() const { return keys_.scope; }
@@ -65,7 +65,7 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
   /// Whether there is something to be saved and somewhere to save it.
   bool canBeSaved() const;
   /// What content() is, from files; `base` becomes the one that is no delta. Any thread.
-  static plist::value contentOfPaths(std::string_view kind, std::vector<std::string> const& paths,
+  static plist::value contentOfPaths(bundles::item_kind kind, std::vector<std::string> const& paths,
                                      std::string* base = nullptr);
   /// Of a grammar: what tells which files are in its language, with `uuid`, `name` and, for
   /// messages, `item`, its path. Without reading the file.

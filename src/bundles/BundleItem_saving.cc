@@ -53,12 +53,14 @@ void BundleItem::saveChanges() {
     is_delta = static_cast<bool>(pristine);
     if (is_delta) written = plist::DeltaPList(pristine.entries(), written);
   }
-  if (kind() == "template") templateFiles();  // from the directory that holds them now
+  if (kind() == bundles::item_kind::file_template)
+    templateFiles();  // from the directory that holds them now
   if (!was_local && !makeLocalFile(is_delta)) return;
   bool saved = bundles::write_dictionary(sourcePaths_.front(), written);
-  if (kind() == "template") saved = writeTemplateFiles(!was_local) && saved;
-  manager().cache().invalidateCacheForPath(path::parent(
-      kind() == "template" ? path::parent(sourcePaths_.front()) : sourcePaths_.front()));
+  if (kind() == bundles::item_kind::file_template) saved = writeTemplateFiles(!was_local) && saved;
+  manager().cache().invalidateCacheForPath(path::parent(kind() == bundles::item_kind::file_template
+                                                            ? path::parent(sourcePaths_.front())
+                                                            : sourcePaths_.front()));
   if (!saved) return platform::beep();
   setModified(false);
 }
@@ -71,7 +73,7 @@ bool BundleItem::makeLocalFile(bool is_delta) {
                         : bundles::UniqueFileInDirectory(
                               home + "/" + std::string(bundles::KindToDirectory(kind())), name(),
                               is_delta ? "qnDelta" : bundles::KindToExtension(kind()));
-  bool const is_template = kind() == "template";
+  bool const is_template = kind() == bundles::item_kind::file_template;
   if (!path || (is_template && ::mkdir(path->c_str(), 0777) != 0)) {
     platform::log_once("failed to create directory " + path.value_or(home));
     platform::beep();
@@ -108,7 +110,7 @@ std::string BundleItem::writeToDirectory(std::string const& directory) {
     written.insert_or_assign("bundleUUID", bundleUUID_);
   for (char const* key : {"isDelta", "deletedKeys"}) written.erase(key);
   bool ok = true;
-  if (kind() == "template") {
+  if (kind() == bundles::item_kind::file_template) {
     ok = ::mkdir(path->c_str(), 0777) == 0 && bundles::write_dictionary(*path + info_file, written);
     for (auto const& file : templateFiles()) ok = ok && file->writeToDirectory(*path);
   } else {

@@ -74,7 +74,7 @@ void BundleManager::saveSharedCache() {
 void BundleManager::saveCache() {
   for (auto const& bundle : bundles_)
     for (std::string const& path : bundle->bundlePaths())
-      for (bundles::item_kind const& kind : bundles::item_kinds)
+      for (bundles::kind_row const& kind : bundles::item_kinds)
         cache_.keepPath(path + "/" + std::string(kind.directory));
   cache_.saveCache();
 }
@@ -107,8 +107,8 @@ void BundleManager::loadBundles() {
   isModified_ = false;
 }
 
-void BundleManager::loadKind(bundles::item_kind const& kind) const {
-  auto const [place, is_new] = itemsOfKind_.try_emplace(std::string(kind.kind));
+void BundleManager::loadKind(bundles::item_kind kind) const {
+  auto const [place, is_new] = itemsOfKind_.try_emplace(kind);
   if (!is_new) return;
   item_list& list = place->second;
   for (auto const& bundle : bundles_)
@@ -120,9 +120,9 @@ void BundleManager::loadItems() const {
   if (hasItems_) return;
   std::unordered_map<std::string_view, std::size_t> rank;
   for (auto const& bundle : bundles_) rank.emplace(bundle->UUID(), rank.size());
-  for (bundles::item_kind const& kind : bundles::item_kinds) {
-    loadKind(kind);
-    item_list const& list = itemsOfKind_[std::string(kind.kind)];
+  for (bundles::kind_row const& kind : bundles::item_kinds) {
+    loadKind(kind.kind);
+    item_list const& list = itemsOfKind_[kind.kind];
     items_.insert(items_.end(), list.begin(), list.end());
   }
   std::stable_sort(items_.begin(), items_.end(), [&](auto const& a, auto const& b) {
@@ -220,22 +220,21 @@ BundleManager::bundle_list BundleManager::bundles() const {
   return result;
 }
 
-BundleManager::item_list const& BundleManager::bundleItemsOfKind(std::string_view kind) {
+BundleManager::item_list const& BundleManager::bundleItemsOfKind(bundles::item_kind kind) {
   if (!hasItems_) {
-    for (bundles::item_kind const& k : bundles::item_kinds)
-      if (k.kind == kind) loadKind(k);
+    loadKind(kind);
   } else if (itemsOfKind_.empty()) {
     for (auto const& item : items_) itemsOfKind_[item->kind()].push_back(item);
   }
   static item_list const none;
-  auto const found = itemsOfKind_.find(std::string(kind));
+  auto const found = itemsOfKind_.find(kind);
   return found == itemsOfKind_.end() ? none : found->second;
 }
 
 BundleManager::item_list BundleManager::bundleItemsOfKinds(
-    std::vector<std::string_view> const& kinds) {
+    std::vector<bundles::item_kind> const& kinds) {
   item_list result;
-  for (std::string_view const kind : kinds) {
+  for (bundles::item_kind const kind : kinds) {
     item_list const& more = bundleItemsOfKind(kind);
     result.insert(result.end(), more.begin(), more.end());
   }
@@ -250,7 +249,7 @@ BundleManager::item_list const& BundleManager::bundleItemsOfBundle(std::string_v
 }
 
 BundleManager::bundle_list BundleManager::bundlesWithItemsOfKinds(
-    std::vector<std::string_view> const& kinds) {
+    std::vector<bundles::item_kind> const& kinds) {
   bundle_list result = bundles();
   std::erase_if(result, [&](auto const& bundle) {
     item_list const& items = bundleItemsOfBundle(bundle->UUID());
@@ -263,14 +262,15 @@ BundleManager::bundle_list BundleManager::bundlesWithItemsOfKinds(
 
 plist::array const& BundleManager::languages() {
   if (!hasLanguages_)
-    for (auto const& item : bundleItemsOfKind("language")) languages_.push_back(item->content());
+    for (auto const& item : bundleItemsOfKind(bundles::item_kind::language))
+      languages_.push_back(item->content());
   hasLanguages_ = true;
   return languages_;
 }
 
 plist::array const& BundleManager::languageEntries() {
   if (!hasLanguageEntries_)
-    for (auto const& item : bundleItemsOfKind("language"))
+    for (auto const& item : bundleItemsOfKind(bundles::item_kind::language))
       languageEntries_.push_back(item->languageEntries());
   hasLanguageEntries_ = true;
   return languageEntries_;

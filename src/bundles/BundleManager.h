@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,7 +24,8 @@ class item_view;
 /// Owns every loaded bundle and item, and finds them by UUID and kind. Bundles are loaded at once,
 /// the items of a kind when they are first asked for: a start needs few of them. Main thread only.
 ///
-///     for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("language"))
+///     for (auto const& item :
+///     BundleManager::sharedInstance().bundleItemsOfKind(bundles::item_kind::language))
 ///       use(item->content());
 ///
 /// Posts WynBundlesDidChange when the bundles have been loaded again: items held from before are
@@ -68,11 +70,11 @@ class BundleManager {
   bundle_list bundles() const;
   /// In the order in which they were loaded: by search path, bundle, kind, file name.
   item_list const& bundleItems() const;
-  item_list const& bundleItemsOfKind(std::string_view kind);
-  item_list bundleItemsOfKinds(std::vector<std::string_view> const& kinds);
+  item_list const& bundleItemsOfKind(bundles::item_kind kind);
+  item_list bundleItemsOfKinds(std::vector<bundles::item_kind> const& kinds);
   item_list const& bundleItemsOfBundle(std::string_view uuid);
   /// Those that have an item of one of the kinds, by name.
-  bundle_list bundlesWithItemsOfKinds(std::vector<std::string_view> const& kinds);
+  bundle_list bundlesWithItemsOfKinds(std::vector<bundles::item_kind> const& kinds);
   /// The contents of all items of kind language, in their order. The reference is good until the
   /// bundles change.
   plist::array const& languages();
@@ -97,7 +99,7 @@ class BundleManager {
   /// file is none, by its extension, or an item that is in use where it stands.
   bool canHandleFile(std::string const& path);
   void installBundle(std::string const& directory);
-  void installBundleItemOfKind(std::string const& path, std::string const& kind);
+  void installBundleItemOfKind(std::string const& path, bundles::item_kind kind);
 
   // Look-ups (BundleManager_Dispatch.cc). A scope is the names at the caret, outermost first and
   // separated by blanks. Texts are UTF-8.
@@ -142,7 +144,7 @@ class BundleManager {
   using lists = std::unordered_map<std::string, std::vector<std::shared_ptr<T>>>;
 
   bundle_list bundlesOnDiskExcluding(uuids excluded);
-  void loadKind(bundles::item_kind const& kind) const;
+  void loadKind(bundles::item_kind kind) const;
   void loadItems() const;
   item_list loadedItems() const;
   void dropTables();
@@ -163,7 +165,7 @@ class BundleManager {
 
   // Loaded when they are asked for: first kind by kind, then, if need be, all. From then on the
   // lists of kinds are made of these.
-  mutable lists<BundleItem> itemsOfKind_;
+  mutable std::map<bundles::item_kind, item_list> itemsOfKind_;
   mutable bool hasItems_ = false;
   mutable item_list items_;
   mutable std::unordered_map<std::string_view, std::shared_ptr<BundleItem>> itemsByUUID_;

@@ -106,7 +106,7 @@ item_list BundleManager::bundleItemsForFileDrop(std::string_view path, std::stri
     auto const& all = item.draggedFileExtensions();
     return std::find(all.begin(), all.end(), wanted) != all.end();
   };
-  for (auto const& item : bundleItemsOfKind("dragCommand"))
+  for (auto const& item : bundleItemsOfKind(bundles::item_kind::drag_command))
     if (lists(*item, extension) || lists(*item, "*")) found.push_back(item);
   found = filterItemsInScope(found, scope);
   item_list exact;

@@ -8,14 +8,14 @@
 namespace {
 
 struct kind_action {
-  std::string_view kind;
+  bundles::item_kind kind;
   char const* selector;
 };
 
 constexpr std::array<kind_action, 3> kind_actions = {{
-    {"command", "executeCommandWithOptions:"},
-    {"macro", "playMacroWithOptions:"},
-    {"snippet", "insertSnippetWithOptions:"},
+    {bundles::item_kind::command, "executeCommandWithOptions:"},
+    {bundles::item_kind::macro, "playMacroWithOptions:"},
+    {bundles::item_kind::snippet, "insertSnippetWithOptions:"},
 }};
 
 /// An item is on the stack for as long as it executes.
@@ -35,18 +35,18 @@ class stacked_item {
 }  // namespace
 
 bool BundleManager::canExecuteItem(BundleItem const& item, platform::responder* first) {
-  if (item.kind() == "template") return true;
+  if (item.kind() == bundles::item_kind::file_template) return true;
   return platform::target_for_selector(first, "executeCommandWithOptions:") != nullptr ||
-         (item.kind() != "command" &&
+         (item.kind() != bundles::item_kind::command &&
           platform::target_for_selector(first, "insertSnippetWithOptions:") != nullptr);
 }
 
 bool BundleManager::executeItem(std::shared_ptr<BundleItem> const& item,
                                 platform::responder& first) {
   stacked_item const on_stack(*this, item);
-  if (item->kind() == "language")
+  if (item->kind() == bundles::item_kind::language)
     return first.tryToPerformWith("changeLanguageToAndLearn:", item->UUID());
-  if (item->kind() == "template")
+  if (item->kind() == bundles::item_kind::file_template)
     return first.tryToPerformWith("newDocumentFromTemplate:", item->UUID());
   for (auto const& [kind, selector] : kind_actions)
     if (item->kind() == kind) return first.tryToPerformWith(selector, item->content());

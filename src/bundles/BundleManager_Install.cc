@@ -86,12 +86,12 @@ bool BundleManager::canHandleFile(std::string const& path) {
     installBundle(path);
     return true;
   }
-  for (bundles::item_kind const& k : bundles::item_kinds) {
+  for (bundles::kind_row const& k : bundles::item_kinds) {
     std::string const extension = bundles::lowercase_extension("x." + std::string(k.extension));
     if (bundles::lowercase_extension(path) != extension) continue;
     // What is in use can't be installed; who opens it wants to change it.
     if (standsOnSearchPath(path) && isLoadedFrom(path)) return false;
-    installBundleItemOfKind(path, std::string(k.kind));
+    installBundleItemOfKind(path, k.kind);
     return true;
   }
   return false;
@@ -163,8 +163,8 @@ bool BundleManager::updateInstalledItem(BundleItem& item) {
   return true;
 }
 
-void BundleManager::installBundleItemOfKind(std::string const& path, std::string const& kind) {
-  if (kind == "template")
+void BundleManager::installBundleItemOfKind(std::string const& path, bundles::item_kind kind) {
+  if (kind == bundles::item_kind::file_template)
     return tell("Installing Template Failed",
                 "Sorry, but it is currently not possible to install templates this way. Copy the "
                 "template into the folder " +

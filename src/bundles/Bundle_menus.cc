@@ -49,8 +49,9 @@ plist::value Bundle::menuStructure() {
   for (std::string const& uuid : ordering()) items.push_back(uuid);
   names allowed;
   for (auto const& item : bundleItems()) {
-    bool const in_menus =
-        item->kind() == "command" || item->kind() == "macro" || item->kind() == "snippet";
+    bool const in_menus = item->kind() == bundles::item_kind::command ||
+                          item->kind() == bundles::item_kind::macro ||
+                          item->kind() == bundles::item_kind::snippet;
     if (!in_menus) continue;
     items.push_back(item->UUID());
     allowed.insert(item->UUID());

@@ -23,11 +23,11 @@ bool is_folder(std::string const& path) {
 // A bundle's folder, those of its items, and those of templates.
 void add_folders_of(std::string const& bundle, std::set<std::string>& folders) {
   folders.insert(bundle);
-  for (bundles::item_kind const& kind : bundles::item_kinds) {
+  for (kind_row const& kind : item_kinds) {
     std::string const folder = bundle + "/" + std::string(kind.directory);
     if (!is_folder(folder)) continue;
     folders.insert(folder);
-    if (kind.kind != "template") continue;
+    if (kind.kind != item_kind::file_template) continue;
     for (std::string const& name : path::visible_names(folder))
       if (is_folder(folder + "/" + name)) folders.insert(folder + "/" + name);
   }

@@ -120,8 +120,9 @@ menu submenu(BundleManager& manager, plist::value const& structure, plist::value
 
 menu menu_for_choice(BundleManager& manager, item_list const& items, bool has_selection) {
   choice_menu result(items);
-  bool const are_languages = std::all_of(
-      items.begin(), items.end(), [](auto const& item) { return item->kind() == "language"; });
+  bool const are_languages = std::all_of(items.begin(), items.end(), [](auto const& item) {
+    return item->kind() == item_kind::language;
+  });
   if (are_languages) {
     item_list sorted = items;
     std::stable_sort(sorted.begin(), sorted.end(), by_name);
@@ -142,7 +143,8 @@ menu menu_for_choice(BundleManager& manager, item_list const& items, bool has_se
 
 menu bundles_menu(BundleManager& manager, bool has_selection) {
   menu result;
-  for (auto const& bundle : manager.bundlesWithItemsOfKinds({"command", "macro", "snippet"})) {
+  for (auto const& bundle : manager.bundlesWithItemsOfKinds(
+           {item_kind::command, item_kind::macro, item_kind::snippet})) {
     platform::menu_item entry;
     entry.title = bundle->name();
     plist::value const structure = bundle->menuStructure();
@@ -154,10 +156,10 @@ menu bundles_menu(BundleManager& manager, bool has_selection) {
 
 menu templates_menu(BundleManager& manager) {
   menu result;
-  for (auto const& bundle : manager.bundlesWithItemsOfKinds({"template"})) {
+  for (auto const& bundle : manager.bundlesWithItemsOfKinds({item_kind::file_template})) {
     platform::menu_item entry;
     entry.title = bundle->name();
-    for (auto const& item : bundle->bundleItemsOfKind("template"))
+    for (auto const& item : bundle->bundleItemsOfKind(item_kind::file_template))
       entry.items.push_back(entry_for(*item, false));
     result.push_back(std::move(entry));
   }

@@ -18,7 +18,7 @@ class grammar_source {
 
   plist::value content() {
     std::lock_guard const lock(mutex_);
-    if (!content_) content_ = BundleItem::contentOfPaths("language", paths_);
+    if (!content_) content_ = BundleItem::contentOfPaths(item_kind::language, paths_);
     return *content_;
   }
   /// Whether it is, or will be, what the item has now.
@@ -42,7 +42,7 @@ struct known_languages {
 };
 
 bool holds(known_languages const& known, BundleManager& manager) {
-  auto const& items = manager.bundleItemsOfKind("language");
+  auto const& items = manager.bundleItemsOfKind(item_kind::language);
   if (known.catalogue == nullptr || known.entries != manager.languageEntries()) return false;
   for (std::size_t n = 0; n < items.size(); ++n)
     if (!known.sources[n]->holds_for(*items[n])) return false;
@@ -57,7 +57,7 @@ std::shared_ptr<grammar::catalogue const> language_catalogue(BundleManager& mana
   if (!holds(known, manager)) {
     known = {0, manager.languageEntries(), {}, nullptr};
     std::vector<grammar::catalogue::entry> entries;
-    for (auto const& item : manager.bundleItemsOfKind("language")) {
+    for (auto const& item : manager.bundleItemsOfKind(item_kind::language)) {
       auto const& source = known.sources.emplace_back(std::make_shared<grammar_source>(*item));
       entries.push_back({item->languageEntries()["scopeName"].string_or(""), item->name(),
                          item->sourcePath(), [source] { return source->content(); }});

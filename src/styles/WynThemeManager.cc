@@ -74,7 +74,7 @@ void WynThemeManager::readThemes(std::string const& folder, std::vector<theme>& 
     theme const* const former = themeOfFile(file);
     plist::value data = bundles::read_dictionary(file);
     if (data) {
-      bundles::complain_of_types(data, "theme", file);
+      bundles::complain_of_theme_types(data, file);
     } else {
       platform::log_once("error reading file " + file);
       platform::beep();

@@ -75,7 +75,7 @@ std::vector<std::shared_ptr<BundleItem>> preferences_by_layer() {
     return path.empty() ? folders.size() : static_cast<std::size_t>(folders.end() - folder);
   };
   std::vector<std::pair<std::size_t, std::shared_ptr<BundleItem>>> sorted;
-  for (auto const& item : manager.bundleItemsOfKind("preference"))
+  for (auto const& item : manager.bundleItemsOfKind(bundles::item_kind::preference))
     sorted.emplace_back(height(*item), item);
   std::stable_sort(sorted.begin(), sorted.end(),
                    [](auto const& a, auto const& b) { return a.first < b.first; });
@@ -126,7 +126,8 @@ plist::value merged_style(style_candidates const& candidates) {
 }
 
 std::string origin_of_setting(std::string const& key, plist::value const& value) {
-  for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("preference"))
+  for (auto const& item :
+       BundleManager::sharedInstance().bundleItemsOfKind(bundles::item_kind::preference))
     if (item->content()["settings"][key] == value) return item->sourcePath() + ": settings." + key;
   auto const* const theme = WynThemeManager::sharedInstance().selectedTheme();
   return (theme == nullptr ? "" : theme->filepath + ": ") + "settings." + key;

@@ -34,7 +34,8 @@ std::shared_ptr<typing_settings> typing_settings::of(plist::value const& theme_r
 typing_settings::typing_settings(plist::value const& theme_rules,
                                  plist::value const& default_pairs) {
   add_openers(default_pairs);
-  for (auto const& item : BundleManager::sharedInstance().bundleItemsOfKind("preference"))
+  for (auto const& item :
+       BundleManager::sharedInstance().bundleItemsOfKind(bundles::item_kind::preference))
     add(item->scopeSelector(), item->content()["settings"]);
   for (plist::value const& rule : theme_rules.elements())
     add(rule["scope"].string_or(""), rule["settings"]);

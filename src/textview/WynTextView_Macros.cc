@@ -192,8 +192,8 @@ bool WynTextView::saveScratchMacro() {
       "Save Macro", "Name under which the Bundles menu shows it", "My Macro");
   if (!name || name->empty()) return name.has_value();
   auto& manager = BundleManager::sharedInstance();
-  auto const item =
-      BundleItem::bundleItemWithContent(manager, {{"name", *name}, {"commands", steps}}, "macro");
+  auto const item = BundleItem::bundleItemWithContent(
+      manager, {{"name", *name}, {"commands", steps}}, bundles::item_kind::macro);
   item->setBundle(*manager.defaultBundle());
   manager.addBundleItem(item);
   item->saveChanges();

@@ -35,7 +35,8 @@ constexpr std::size_t first_line_units = 4096;  // no more of it is looked at to
 
 /// The index among languages; `grammar::catalogue::none` when there is none.
 unsigned index_of_language(std::string const& uuid) {
-  auto const& items = BundleManager::sharedInstance().bundleItemsOfKind("language");
+  auto const& items =
+      BundleManager::sharedInstance().bundleItemsOfKind(bundles::item_kind::language);
   for (std::size_t n = 0; n < items.size(); ++n)
     if (!uuid.empty() && items[n]->UUID() == uuid) return static_cast<unsigned>(n);
   return grammar::catalogue::none;
@@ -44,7 +45,7 @@ unsigned index_of_language(std::string const& uuid) {
 std::shared_ptr<BundleItem> item_of_language(std::string const& uuid) {
   unsigned const index = index_of_language(uuid);
   if (index == grammar::catalogue::none) return nullptr;
-  return BundleManager::sharedInstance().bundleItemsOfKind("language")[index];
+  return BundleManager::sharedInstance().bundleItemsOfKind(bundles::item_kind::language)[index];
 }
 
 plist::value language_with(std::string const& uuid) {

@@ -23,7 +23,8 @@ bool is_all_upper_case(std::u16string const& text) {
 
 std::string detail_of(BundleItem const& item) {
   Bundle const* const bundle = item.bundle();
-  return (bundle == nullptr ? "" : bundle->name() + ", ") + item.kind();
+  return (bundle == nullptr ? "" : bundle->name() + ", ") +
+         std::string(bundles::name_of(item.kind()));
 }
 
 std::string detail_of(windows::program_action const& action) {
@@ -84,7 +85,8 @@ void WynSelectBundleItem::add(windows::program_action action) {
 }
 
 void WynSelectBundleItem::addItems() {
-  auto const items = manager_.bundleItemsOfKinds({"command", "macro", "snippet"});
+  auto const items = manager_.bundleItemsOfKinds(
+      {bundles::item_kind::command, bundles::item_kind::macro, bundles::item_kind::snippet});
   auto const sorted = BundleManager::sortItemsAccordingToScope(items, scope_);
   choices_.reserve(items.size() + 500);
   std::unordered_set<BundleItem const*> added;

@@ -24,8 +24,9 @@ class bundle_index : public bundle_test {
   std::string listing() {
     std::string result;
     for (auto const& item : manager().bundleItems()) {
-      result += item->UUID() + "|" + item->name() + "|" + item->kind() + "|" + item->bundleUUID() +
-                "|" + item->keyEquivalent() + "|" + item->scopeSelector() + "|";
+      result += item->UUID() + "|" + item->name() + "|" +
+                std::string(bundles::name_of(item->kind())) + "|" + item->bundleUUID() + "|" +
+                item->keyEquivalent() + "|" + item->scopeSelector() + "|";
       for (auto const& text : item->draggedFileExtensions()) result += text + ",";
       for (auto const& path : item->sourcePaths()) result += path + ",";
     }

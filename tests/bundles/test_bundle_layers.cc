@@ -77,13 +77,13 @@ TEST_F(bundle_layers, tombstones) {
   EXPECT_EQ(manager().bundleForUUID("B")->deleted(), strings{"T"});
   // Installing it again lifts the tombstone.
   manager().installBundleItemOfKind(folder / (shipped + std::string("Snippets/two.qnSnippet")),
-                                    "snippet");
+                                    bundles::item_kind::snippet);
   EXPECT_EQ(text_of("T", "content"), "y");
   EXPECT_TRUE(manager().bundleForUUID("B")->deleted().empty());
 
   // What was the user's alone leaves none, and goes to the trash.
   auto item = BundleItem::bundleItemWithContent(
-      manager(), {{"uuid", "N"}, {"name", ""}, {"content", "mine"}}, "snippet");
+      manager(), {{"uuid", "N"}, {"name", ""}, {"content", "mine"}}, bundles::item_kind::snippet);
   manager().addBundleItem(item);
   manager().bundleForUUID("B")->placeAfter(*item, nullptr);
   manager().saveChanges();
@@ -286,7 +286,8 @@ TEST_F(bundle_layers, titles) {
                      {"Wrap / Selection in Tag", "Wrap in Tag", "Selection in Tag"},
                      {"Plain", "Plain", "Plain"}};
   for (auto const& c : cases) {
-    auto const item = BundleItem::bundleItemWithContent(manager(), {{"name", c.name}}, "snippet");
+    auto const item = BundleItem::bundleItemWithContent(manager(), {{"name", c.name}},
+                                                        bundles::item_kind::snippet);
     EXPECT_EQ(item->titleWithSelection(false), c.without);
     EXPECT_EQ(item->titleWithSelection(true), c.with);
   }

@@ -35,17 +35,17 @@ TEST_F(bundle_test, wrong_types_are_told_once_with_file_and_key) {
     for (auto const& [key, type] : keys)
       if (key != "uuid") expected.insert(folder / file + ": " + prefix + std::string(key));
   };
-  auto info = all_wrong(bundles::keys_of_kind("bundle"), "B");
+  auto info = all_wrong(bundles::keys_of_kind(bundles::item_kind::bundle), "B");
   for (char const* key : {"isDelta", "changed"}) info.erase(key);
   write(bundle + "info.plist", info);
   for (auto const& [key, value] : info)
     if (key != "uuid") expected.insert(folder / (bundle + "info.plist") + ": " + key);
-  for (bundles::item_kind const& k : bundles::item_kinds) {
-    std::string const kind(k.kind);
+  for (bundles::kind_row const& k : bundles::item_kinds) {
+    bool const is_folder = k.kind == bundles::item_kind::file_template;
     std::string const file =
-        bundle + std::string(k.directory) + "/x.plist" + (kind == "template" ? "/info.plist" : "");
-    auto content = all_wrong(bundles::keys_of_kind(kind), kind.c_str());
-    expect(file, bundles::keys_of_kind(kind));
+        bundle + std::string(k.directory) + "/x.plist" + (is_folder ? "/info.plist" : "");
+    auto content = all_wrong(bundles::keys_of_kind(k.kind), std::string(k.name).c_str());
+    expect(file, bundles::keys_of_kind(k.kind));
     write(file, content);
   }
   std::string const settings = bundle + "Preferences/y.plist",

@@ -58,29 +58,29 @@ class file_check {
   }
   plist::value const& content() const { return content_; }
 
-  void item(std::string_view kind) {
+  void item(item_kind kind) {
     bool const delta = content_["isDelta"].integer_or(0) != 0;
     if (content_["uuid"].string_or("").empty()) at({"uuid"}, "is missing");
     auto const tell = [this](way const& to, std::string const& reason) { at(to, reason); };
     if (delta) return check_types(content_, kind, tell);
     if (content_["name"].string_or("").empty()) at({"name"}, "is missing");
     // Those of grammars are looked at when it is known which languages there are.
-    if (kind != "language") entries(content_, {}, keys_of_kind(kind));
-    for (auto const& [of, key] : {std::pair("preference", "settings"),
-                                  {"snippet", "content"},
-                                  {"command", "command"},
-                                  {"dragCommand", "command"},
-                                  {"macro", "commands"},
-                                  {"template", "command"}})
+    if (kind != item_kind::language) entries(content_, {}, keys_of_kind(kind));
+    for (auto const& [of, key] : {std::pair(item_kind::preference, "settings"),
+                                  {item_kind::snippet, "content"},
+                                  {item_kind::command, "command"},
+                                  {item_kind::drag_command, "command"},
+                                  {item_kind::macro, "commands"},
+                                  {item_kind::file_template, "command"}})
       if (kind == of && !content_[key]) at({key}, "is missing");
-    if (kind == "preference") settings(content_["settings"], {"settings"});
-    if (kind == "snippet") snippet_text(content_["content"].string_or(""));
+    if (kind == item_kind::preference) settings(content_["settings"], {"settings"});
+    if (kind == item_kind::snippet) snippet_text(content_["content"].string_or(""));
   }
 
   void grammar(std::set<std::string> const& languages) {
     languages_ = &languages;
     key_types keys = rule_keys();
-    for (auto const& key : keys_of_kind("language")) keys.insert(key);
+    for (auto const& key : keys_of_kind(item_kind::language)) keys.insert(key);
     if (content_["scopeName"].string_or("").empty()) at({"scopeName"}, "is missing");
     rule(content_, {}, keys);
     std::vector<std::string> open;
@@ -282,22 +282,23 @@ std::vector<bundle_fault> check_bundle(std::string const& directory,
   }
   file_check info(directory + "/info.plist", faults);
   bool const has_info = info.read();
-  if (has_info) info.item("bundle");
+  if (has_info) info.item(item_kind::bundle);
   std::set<std::string> languages(other_languages.begin(), other_languages.end());
   std::map<std::string, std::string> files_by_uuid;
   std::vector<file_check> grammars;
-  for (item_kind const& k : item_kinds) {
+  for (kind_row const& k : item_kinds) {
     std::string const folder = directory + "/" + std::string(k.directory);
     for (std::string const& name : path::visible_names(folder)) {
       if (!is_item_file(name)) continue;
-      std::string const file = folder + "/" + name + (k.kind == "template" ? "/info.plist" : "");
+      std::string const file =
+          folder + "/" + name + (k.kind == item_kind::file_template ? "/info.plist" : "");
       file_check item(file, faults);
       if (!item.read()) continue;
       item.item(k.kind);
       std::string const uuid = item.content()["uuid"].string_or("");
       auto const [first, is_new] = files_by_uuid.emplace(uuid, file);
       if (!is_new) faults.push_back({file, 1, "uuid", "is that of " + path::name(first->second)});
-      if (k.kind != "language") continue;
+      if (k.kind != item_kind::language) continue;
       for (char const* key : {"name", "scopeName"})
         languages.insert(item.content()[key].string_or(""));
       grammars.push_back(std::move(item));

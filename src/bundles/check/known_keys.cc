@@ -30,9 +30,9 @@ key_types with_command_keys(key_types own) {
 
 }  // namespace
 
-key_types const& keys_of_kind(std::string_view kind) {
-  static std::map<std::string_view, key_types> const all = {
-      {"bundle",
+key_types const& keys_of_kind(item_kind kind) {
+  static std::map<item_kind, key_types> const all = {
+      {item_kind::bundle,
        {{"uuid", text},
         {"name", text},
         {"mainMenu", menu},
@@ -42,17 +42,15 @@ key_types const& keys_of_kind(std::string_view kind) {
         {"isDelta", number},
         {"changed", table},
         {"comment", text}}},
-      {"command", with_command_keys({})},
-      {"dragCommand", with_command_keys({})},
-      {"template", with_command_keys({{"extension", text}})},
-      {"macro", with_item_keys({{"commands", list}})},
-      {"snippet", with_item_keys({{"content", text}, {"disableAutoIndent", number}})},
-      {"preference", with_item_keys({{"settings", table}})},
-      {"language", with_item_keys({})},
+      {item_kind::command, with_command_keys({})},
+      {item_kind::drag_command, with_command_keys({})},
+      {item_kind::file_template, with_command_keys({{"extension", text}})},
+      {item_kind::macro, with_item_keys({{"commands", list}})},
+      {item_kind::snippet, with_item_keys({{"content", text}, {"disableAutoIndent", number}})},
+      {item_kind::preference, with_item_keys({{"settings", table}})},
+      {item_kind::language, with_item_keys({})},
   };
-  static key_types const none;
-  auto const found = all.find(kind);
-  return found == all.end() ? none : found->second;
+  return all.at(kind);
 }
 
 key_types const& rule_keys() {

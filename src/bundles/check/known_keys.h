@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "bundles/index/item_kinds.h"
+
 /// The keys that the program looks at in the property lists of bundles and themes, and what may
 /// stand under them. Any thread.
 namespace bundles {
@@ -29,8 +31,8 @@ enum class content_type : std::uint8_t {
 };
 using key_types = std::map<std::string_view, content_type>;
 
-/// Of items of the kind, "bundle" for an info.plist; with those that all kinds have.
-key_types const& keys_of_kind(std::string_view kind);
+/// Of property lists of the kind, with those that all kinds of items have.
+key_types const& keys_of_kind(item_kind kind);
 /// Of the rules in a grammar, and of the grammar itself.
 key_types const& rule_keys();
 /// Of `settings` in preferences, and in the rules of themes.

@@ -120,12 +120,11 @@ void check_theme_rules(plist::value const& rules, place const& to, fault_teller 
 }
 
 // `content` is the whole of a file, or what a delta changes, which has dots between steps.
-void check_content(plist::value const& content, place const& to, std::string_view kind,
+void check_content(plist::value const& content, place const& to, item_kind kind,
                    fault_teller const& tell) {
-  check_entries(content, to, kind == "theme" ? theme_keys() : keys_of_kind(kind), tell);
-  if (kind == "language") check_entries(content, to, language_file_keys, tell);
-  if (kind == "theme") check_theme_rules(content["settings"], to.below("settings"), tell);
-  if (kind != "preference") return;
+  check_entries(content, to, keys_of_kind(kind), tell);
+  if (kind == item_kind::language) check_entries(content, to, language_file_keys, tell);
+  if (kind != item_kind::preference) return;
   check_entries(content["settings"], to.below("settings"), setting_keys(), tell);
   constexpr std::string_view settings = "settings.";
   for (auto const& [key, v] : content.entries()) {
@@ -135,31 +134,53 @@ void check_content(plist::value const& content, place const& to, std::string_vie
   }
 }
 
+void check_theme(plist::value const& content, place const& to, fault_teller const& tell) {
+  check_entries(content, to, theme_keys(), tell);
+  check_theme_rules(content["settings"], to.below("settings"), tell);
+}
+
+// `check` is given the content of a file, or what a delta changes.
+template <typename Check>
+void check_file(plist::value const& content, fault_teller const& tell, Check check) {
+  way const start;
+  place const top{&start, nullptr, {}, 0};
+  plist::value const& is_delta = content["isDelta"];
+  if (is_delta) check_value(is_delta, top.below("isDelta"), number, tell);
+  if (is_delta.integer_or(0) == 0) return check(content, top);
+  place const changed = top.below("changed"), deleted = top.below("deleted");
+  if (content["deleted"]) check_value(content["deleted"], deleted, texts, tell);
+  if (content["changed"] && check_value(content["changed"], changed, table, tell))
+    check(content["changed"], changed);
+}
+
+fault_teller complaints_about(std::string const& file) {
+  return [&file](way const& to, std::string const& reason) {
+    std::string key;
+    for (std::string const& step : to) key += (key.empty() ? "" : ".") + step;
+    platform::log_once(file + ": " + key + ": " + reason);
+  };
+}
+
 }  // namespace
 
 bool check_type(plist::value const& v, way const& to, content_type type, fault_teller const& tell) {
   return check_value(v, {&to, nullptr, {}, 0}, type, tell);
 }
 
-void check_types(plist::value const& content, std::string_view kind, fault_teller const& tell) {
-  way const start;
-  place const top{&start, nullptr, {}, 0};
-  plist::value const& is_delta = content["isDelta"];
-  if (is_delta) check_value(is_delta, top.below("isDelta"), number, tell);
-  if (is_delta.integer_or(0) == 0) return check_content(content, top, kind, tell);
-  place const changed = top.below("changed"), deleted = top.below("deleted");
-  if (content["deleted"]) check_value(content["deleted"], deleted, texts, tell);
-  if (content["changed"] && check_value(content["changed"], changed, table, tell))
-    check_content(content["changed"], changed, kind, tell);
+void check_types(plist::value const& content, item_kind kind, fault_teller const& tell) {
+  check_file(content, tell, [&](plist::value const& checked, place const& at) {
+    check_content(checked, at, kind, tell);
+  });
 }
 
-void complain_of_types(plist::value const& content, std::string_view kind,
-                       std::string const& file) {
-  check_types(content, kind, [&](way const& to, std::string const& reason) {
-    std::string key;
-    for (std::string const& step : to) key += (key.empty() ? "" : ".") + step;
-    platform::log_once(file + ": " + key + ": " + reason);
-  });
+void complain_of_types(plist::value const& content, item_kind kind, std::string const& file) {
+  check_types(content, kind, complaints_about(file));
+}
+
+void complain_of_theme_types(plist::value const& content, std::string const& file) {
+  fault_teller const tell = complaints_about(file);
+  check_file(content, tell,
+             [&](plist::value const& checked, place const& at) { check_theme(checked, at, tell); });
 }
 
 }  // namespace bundles

@@ -20,11 +20,12 @@ using fault_teller = std::function<void(way const& to, std::string const& reason
 /// that can are of a wrong type themselves.
 bool check_type(plist::value const& v, way const& to, content_type type, fault_teller const& tell);
 
-/// Tells of each value of a wrong type in a file, which may be a delta. The kind is that of an
-/// item, "bundle" for an info.plist or "theme". What grammars say of their rules is not looked at:
-/// those who read it tell.
-void check_types(plist::value const& content, std::string_view kind, fault_teller const& tell);
+/// Reports each value of a wrong type in a file, which may be a delta. The rules of grammars are
+/// not checked: their faults are reported when they are read.
+void check_types(plist::value const& content, item_kind kind, fault_teller const& tell);
 /// The same, as complaints with file and key.
-void complain_of_types(plist::value const& content, std::string_view kind, std::string const& file);
+void complain_of_types(plist::value const& content, item_kind kind, std::string const& file);
+/// The same for the file of a theme.
+void complain_of_theme_types(plist::value const& content, std::string const& file);
 
 }  // namespace bundles

@@ -27,7 +27,7 @@ plist::value bundle_info(CacheManager& cache, std::string const& path) {
     platform::log_once(path + ": no uuid");
     return {};
   }
-  complain_of_types(info, "bundle", path);
+  complain_of_types(info, item_kind::bundle, path);
   cache.setContents(info, path, changed);
   return info;
 }
@@ -56,15 +56,16 @@ index::bundle_stubs bundles_in(CacheManager& cache, std::string const& directory
   return stubs;
 }
 
-index::item_stubs items_in(CacheManager& cache, std::string const& directory,
-                           std::string_view kind) {
+index::item_stubs items_in(CacheManager& cache, std::string const& bundle, item_kind kind) {
+  std::string const directory = bundle + "/" + std::string(KindToDirectory(kind));
   if (auto cached = cache.contentsForPath<index::item_stubs>(directory)) return std::move(*cached);
   auto const changed = CacheManager::lastDirectoryUpdateForPath(directory);
   index::item_stubs stubs;
   bool complete = true;
   for (std::string const& name : path::visible_names(directory)) {
     if (!is_item_file(name)) continue;
-    std::string const path = directory + "/" + name + (kind == "template" ? info_file : "");
+    std::string const path =
+        directory + "/" + name + (kind == item_kind::file_template ? info_file : "");
     plist::value const content = read_dictionary(path);
     auto stub = content ? stub_from(content, path, kind) : std::nullopt;
     if (stub)

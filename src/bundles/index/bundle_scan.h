@@ -20,8 +20,7 @@ plist::value bundle_head(CacheManager& cache, std::string const& path);
 /// The bundles in a directory of the search path, by name.
 index::bundle_stubs bundles_in(CacheManager& cache, std::string const& directory);
 
-/// The items in a bundle's directory for one kind, by name.
-index::item_stubs items_in(CacheManager& cache, std::string const& directory,
-                           std::string_view kind);
+/// The items of a kind in a bundle, by name.
+index::item_stubs items_in(CacheManager& cache, std::string const& directory, item_kind kind);
 
 }  // namespace bundles

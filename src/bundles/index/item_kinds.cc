@@ -9,29 +9,27 @@ char lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-template <typename Member>
-item_kind const* row(Member member, std::string_view value) {
+kind_row const* row_of(item_kind kind) {
   auto const found = std::find_if(item_kinds.begin(), item_kinds.end(),
-                                  [&](item_kind const& k) { return k.*member == value; });
+                                  [&](kind_row const& row) { return row.kind == kind; });
   return found == item_kinds.end() ? nullptr : &*found;
 }
 
 }  // namespace
 
-std::string_view DirectoryToKind(std::string_view directory) {
-  item_kind const* const found = row(&item_kind::directory, directory);
-  return found ? found->kind : "";
+std::string_view name_of(item_kind kind) {
+  kind_row const* const row = row_of(kind);
+  return row != nullptr ? row->name : "bundle";
 }
 
-std::string_view KindToDirectory(std::string_view kind) {
-  item_kind const* const found = row(&item_kind::kind, kind);
-  return found ? found->directory : "";
+std::string_view KindToDirectory(item_kind kind) {
+  kind_row const* const row = row_of(kind);
+  return row != nullptr ? row->directory : "";
 }
 
-std::string_view KindToExtension(std::string_view kind) {
-  if (kind == "bundle") return bundle_extension;
-  item_kind const* const found = row(&item_kind::kind, kind);
-  return found ? found->extension : "";
+std::string_view KindToExtension(item_kind kind) {
+  kind_row const* const row = row_of(kind);
+  return row != nullptr ? row->extension : bundle_extension;
 }
 
 std::string lowercase_extension(std::string_view path) {
@@ -47,7 +45,7 @@ bool is_item_file(std::string_view name) {
   if (name.empty() || name.front() == '.') return false;
   std::string const extension = lowercase_extension(name);
   if (extension == "plist" || extension == "qndelta") return true;
-  return std::any_of(item_kinds.begin(), item_kinds.end(), [&](item_kind const& k) {
+  return std::any_of(item_kinds.begin(), item_kinds.end(), [&](kind_row const& k) {
     return std::equal(extension.begin(), extension.end(), k.extension.begin(), k.extension.end(),
                       [](char a, char b) { return a == lower(b); });
   });

@@ -1,37 +1,53 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace bundles {
 
-/// The kinds of things that a bundle holds, each in a directory of its own. The directory decides
-/// what a file is; its extension only has to be one of those known. Any thread.
-struct item_kind {
-  std::string_view kind;
+/// What a property list of a bundle is: the bundle's own info.plist, or an item.
+enum class item_kind : std::uint8_t {
+  bundle,
+  command,
+  drag_command,
+  macro,
+  snippet,
+  language,
+  preference,
+  file_template,
+};
+
+/// Items of each kind are in a directory of their own, which decides what a file is; its extension
+/// only has to be one of those known. Any thread.
+struct kind_row {
+  item_kind kind;
+  std::string_view name;       ///< what users see
   std::string_view directory;  ///< inside the bundle
   std::string_view extension;  ///< without the dot
 };
 
-inline constexpr std::array<item_kind, 7> item_kinds = {{
-    {"command", "Commands", "qnCommand"},
-    {"dragCommand", "DragCommands", "qnDragCommand"},
-    {"macro", "Macros", "qnMacro"},
-    {"snippet", "Snippets", "qnSnippet"},
-    {"language", "Syntaxes", "qnLanguage"},
-    {"preference", "Preferences", "qnPreferences"},
-    {"template", "Templates", "qnTemplate"},
+/// All kinds of items.
+inline constexpr std::array<kind_row, 7> item_kinds = {{
+    {item_kind::command, "command", "Commands", "qnCommand"},
+    {item_kind::drag_command, "dragCommand", "DragCommands", "qnDragCommand"},
+    {item_kind::macro, "macro", "Macros", "qnMacro"},
+    {item_kind::snippet, "snippet", "Snippets", "qnSnippet"},
+    {item_kind::language, "language", "Syntaxes", "qnLanguage"},
+    {item_kind::preference, "preference", "Preferences", "qnPreferences"},
+    {item_kind::file_template, "template", "Templates", "qnTemplate"},
 }};
 
 inline constexpr std::string_view bundle_extension = "qnbundle";
 inline constexpr std::string_view support_directory = "Support";
 
-// Empty for what is not in the table. The results live to the end of the process.
-std::string_view DirectoryToKind(std::string_view directory);
-std::string_view KindToDirectory(std::string_view kind);
-/// Also that of the kind "bundle".
-std::string_view KindToExtension(std::string_view kind);
+// The results live to the end of the process.
+/// "bundle" for a bundle.
+std::string_view name_of(item_kind kind);
+/// Empty for a bundle, which is in none.
+std::string_view KindToDirectory(item_kind kind);
+std::string_view KindToExtension(item_kind kind);
 
 /// What follows the last dot of the file's name, in lower case; empty when it has none.
 std::string lowercase_extension(std::string_view path);

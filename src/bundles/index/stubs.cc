@@ -11,9 +11,9 @@ namespace bundles {
 namespace {
 
 // What a delta may change for look-ups. The identity isn't among them.
-bool is_relevant(std::string_view key, std::string_view kind) {
+bool is_relevant(std::string_view key, item_kind kind) {
   if (key == dragged_extensions_key) return true;
-  if (kind == "language" &&
+  if (kind == item_kind::language &&
       std::find(language_keys.begin(), language_keys.end(), key) != language_keys.end())
     return true;
   for (std::size_t n = 1; n < item_text_keys.size(); ++n)
@@ -21,7 +21,7 @@ bool is_relevant(std::string_view key, std::string_view kind) {
   return false;
 }
 
-plist::value relevant_changes(plist::value const& delta, std::string_view kind) {
+plist::value relevant_changes(plist::value const& delta, item_kind kind) {
   plist::dictionary changed;
   for (auto const& [key, value] : delta["changed"].entries())
     if (is_relevant(key, kind)) changed.emplace(key, value);
@@ -66,20 +66,20 @@ plist::dictionary language_entries(plist::value const& dictionary) {
 }
 
 std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::string path,
-                                        std::string_view kind) {
+                                        item_kind kind) {
   auto const* const uuid = dictionary["uuid"].as_string();
   if (uuid == nullptr || uuid->empty()) {
     platform::log_once(path + ": no uuid");
     return std::nullopt;
   }
-  bundles::complain_of_types(dictionary, kind, path);
+  complain_of_types(dictionary, kind, path);
   BundleItemStub stub;
   if (dictionary["isDelta"].integer_or(0) != 0) {
     stub.keys.uuid = *uuid;
     stub.more = relevant_changes(dictionary, kind);
   } else {
     stub.keys = keys_from(dictionary);
-    if (kind == "language") stub.more = language_entries(dictionary);
+    if (kind == item_kind::language) stub.more = language_entries(dictionary);
   }
   stub.path = std::move(path);
   return stub;

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bundles/index/item_kinds.h"
 #include "plist/value.h"
 
 namespace bundles {
@@ -66,6 +67,6 @@ plist::dictionary language_entries(plist::value const& dictionary);
 /// The digest of an item's dictionary, which was read from `path`; nothing, after a complaint, when
 /// it has no `uuid`. Wrong types are complained about.
 std::optional<BundleItemStub> stub_from(plist::value const& dictionary, std::string path,
-                                        std::string_view kind);
+                                        item_kind kind);
 
 }  // namespace bundles
