@@ -1,28 +1,16 @@
 #pragma once
 
-#include "grammar/scope_path.h"
-#include "plist/value.h"
+#include "styles/styled_view.h"
 #include "text/char_types.h"
-
-namespace grammar {
-class tokenize_filter;
-}
-namespace text {
-class view;
-struct iterator;
-}  // namespace text
 
 namespace typing {
 
-/// The view that somebody types in, with the options and settings that say what a key does beyond
-/// its character. Names and meaning are WynTextView's, which implements it. Main thread only.
-class typed_view {
+/// The view in which one types, with the options and settings that determine what a key does beyond
+/// its character. It has a document while something is typed. Names and meaning are WynTextView's,
+/// which implements it. Main thread only.
+class typed_view : public styles::styled_view {
  public:
-  /// Not null while something is typed.
-  virtual text::view* view() const = 0;
-  /// Null before the document has had a language.
-  virtual grammar::tokenize_filter* tokenizer() const = 0;
-  /// False for one that nobody can look at, as in batch mode.
+  /// False for views that are never visible, as in batch mode.
   virtual bool isSeen() const = 0;
 
   virtual bool smartTyping() const = 0;
@@ -31,8 +19,6 @@ class typed_view {
   virtual unsigned tabSize() const = 0;  ///< in columns, at least 1
   virtual bool treatsSpacesAsTabs() const = 0;
 
-  virtual bit_stack::storage graphPathForIterator(text::iterator const& it) const = 0;
-  virtual plist::value stylesForContext(bit_stack::storage const& path) const = 0;
   virtual plist::value stylesForCaretWait(bool wait) const = 0;
   /// The settings for what is typed between two units, of the tokens known so far.
   virtual plist::value stylesForTypingAt(text::iterator const& at) const = 0;
