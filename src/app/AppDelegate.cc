@@ -134,9 +134,8 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
   });
   // Views perform it themselves; without a window there are templates still.
   addMethod("executeBundleItem:", [this](plist::value const& uuid) {
-    auto& manager = BundleManager::sharedInstance();
-    auto const item = manager.bundleItemForUUID(uuid.string_or(""));
-    return plist::value(item != nullptr && manager.executeItem(item, *this));
+    return plist::value(
+        BundleManager::sharedInstance().executeItemWithUUID(uuid.string_or(""), *this));
   });
   add("openDocument:", [this](auto const&) { openDocument(); });
   add("openRecentFile:", [this](plist::value const& path) {

@@ -125,6 +125,8 @@ class BundleManager {
   /// Sends the item's action to `first` and those after it; false if nobody takes it. It is
   /// currentBundleItem() meanwhile.
   bool executeItem(std::shared_ptr<BundleItem> const& item, platform::responder& first);
+  /// False also if there is no such item.
+  bool executeItemWithUUID(std::string_view uuid, platform::responder& first);
   /// The one there is, or which the user chooses from a menu; null for none.
   std::shared_ptr<BundleItem> chooseItem(item_list const& items, bundles::item_view& view,
                                          bool at_mouse);

@@ -4,6 +4,7 @@
 #include "bundles/BundleManager.h"
 #include "bundles/index/item_kinds.h"
 #include "grammar/scope_selector.h"
+#include "platform/split.h"
 #include "platform/unicode.h"
 #include "platform/utf.h"
 
@@ -11,20 +12,10 @@ namespace {
 
 using item_list = BundleManager::item_list;
 
-std::vector<std::string> words_of(std::string_view scope) {
-  std::vector<std::string> names;
-  while (!scope.empty()) {
-    std::size_t const length = std::min(scope.find(' '), scope.size());
-    if (length > 0) names.emplace_back(scope.substr(0, length));
-    scope.remove_prefix(std::min(length + 1, scope.size()));
-  }
-  return names;
-}
-
 /// By falling score, in their order where that is the same.
 std::multimap<double, std::shared_ptr<BundleItem>> scored(item_list const& items,
                                                           std::string_view scope) {
-  auto const names = words_of(scope);
+  auto const names = platform::split(scope, ' ');
   std::multimap<double, std::shared_ptr<BundleItem>> result;
   for (auto const& item : items) {
     std::string const& selector = item->scopeSelector();

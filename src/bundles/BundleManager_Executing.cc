@@ -53,6 +53,11 @@ bool BundleManager::executeItem(std::shared_ptr<BundleItem> const& item,
   return false;
 }
 
+bool BundleManager::executeItemWithUUID(std::string_view uuid, platform::responder& first) {
+  auto const item = bundleItemForUUID(uuid);
+  return item != nullptr && executeItem(item, first);
+}
+
 std::shared_ptr<BundleItem> BundleManager::chooseItem(item_list const& items,
                                                       bundles::item_view& view, bool at_mouse) {
   if (items.size() < 2) return items.empty() ? nullptr : items.front();

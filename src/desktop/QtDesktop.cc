@@ -7,6 +7,7 @@
 #include "desktop/SuddenExit.h"
 #include "desktop/TerminationSignals.h"
 #include "keys/WynKeyEvent.h"
+#include "keys/key_strings.h"
 #include "platform/system/memory_reserve.h"
 
 #include <QDrag>
@@ -20,21 +21,6 @@
 #include <new>
 
 namespace widgets {
-namespace {
-
-// Menus may name a letter with Shift in either way; an event comes with the capital.
-std::string normalized(std::string const& key_string) {
-  WynKeyEvent event;
-  if (!event.initWithString(key_string)) return {};
-  bool const shift = event.qualifiers() & platform::modifier::shift;
-  QString const key = qstring(event.key()), capital = key.toUpper();
-  if (shift && key.size() == 1 && capital != key)
-    event.setKeyAndQualifiers(utf8(capital), event.qualifiers() & ~platform::modifier::shift);
-  return event.stringRepresentation();
-}
-
-}  // namespace
-
 bool Application::event(QEvent* event) {
   if (event->type() != QEvent::Quit || !on_quit) return QApplication::event(event);
   event->accept();
@@ -185,7 +171,7 @@ void QtDesktop::index_keys(std::vector<platform::menu_item> const& items) {
   for (platform::menu_item const& item : items) {
     index_keys(item.items);
     if (!item.selector.empty() && !item.key.empty())
-      items_by_key_.emplace(normalized(item.key), &item);
+      items_by_key_.emplace(keys::with_capital_for_shift(item.key), &item);
   }
 }
 

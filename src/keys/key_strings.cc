@@ -2,6 +2,8 @@
 
 #include "keys/WynKeyEvent.h"
 #include "platform/event.h"
+#include "platform/unicode.h"
+#include "platform/utf.h"
 
 namespace keys {
 namespace {
@@ -74,6 +76,19 @@ std::optional<std::string> NormalizeKeyString(std::string_view text, std::string
   if (text.empty()) return fail("there is no key after the modifiers");
   if (character_length(text) != text.size()) return fail("there is more than one key");
   return WynKeyEvent(std::string(text), qualifiers).stringRepresentation();
+}
+
+std::string with_capital_for_shift(std::string const& key_string) {
+  WynKeyEvent event;
+  event.initWithString(key_string);
+  std::u16string text = unicode::to_utf16(event.key());
+  if ((event.qualifiers() & platform::modifier::shift) && text.size() == 1 &&
+      unicode::to_upper(text[0]) != text[0]) {
+    text[0] = unicode::to_upper(text[0]);
+    event.setKeyAndQualifiers(unicode::to_utf8(text),
+                              event.qualifiers() & ~platform::modifier::shift);
+  }
+  return event.stringRepresentation();
 }
 
 plist::dictionary NormalizeDictionary(plist::dictionary const& bindings,

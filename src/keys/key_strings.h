@@ -16,6 +16,10 @@ namespace keys {
 /// `why`, for a text without a key or with more after it.
 std::optional<std::string> NormalizeKeyString(std::string_view text, std::string* why = nullptr);
 
+/// The form in which events come: a letter with Shift is named by its capital alone. A menu may
+/// have it in either form.
+std::string with_capital_for_shift(std::string const& key_string);
+
 /// Hears of an entry that is left out: its key (with those of the dictionaries round it) and why.
 using key_binding_complaint = std::function<void(std::string const& key, std::string const& why)>;
 

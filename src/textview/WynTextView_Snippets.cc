@@ -66,9 +66,8 @@ void WynTextView::addSnippetMethods() {
     return plist::value();
   });
   addMethod("executeBundleItem:", [this](plist::value const& uuid) {
-    auto& manager = BundleManager::sharedInstance();
-    auto const item = manager.bundleItemForUUID(uuid.string_or(""));
-    return plist::value(item != nullptr && manager.executeItem(item, *this));
+    return plist::value(
+        BundleManager::sharedInstance().executeItemWithUUID(uuid.string_or(""), *this));
   });
 }
 

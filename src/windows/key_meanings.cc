@@ -1,9 +1,8 @@
 #include "windows/key_meanings.h"
 
 #include "grammar/scope_selector.h"
-#include "keys/WynKeyEvent.h"
-#include "platform/unicode.h"
-#include "platform/utf.h"
+#include "keys/key_strings.h"
+#include "platform/split.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -11,24 +10,11 @@
 namespace windows {
 namespace {
 
-/// Menus may name a letter with Shift in either way; an event comes with the capital.
-std::string with_capital(std::string const& key) {
-  WynKeyEvent event;
-  if (!event.initWithString(key)) return key;
-  std::u16string text = unicode::to_utf16(event.key());
-  if ((event.qualifiers() & platform::modifier::shift) && text.size() == 1 &&
-      unicode::to_upper(text[0]) != text[0]) {
-    text[0] = unicode::to_upper(text[0]);
-    event.setKeyAndQualifiers(unicode::to_utf8(text),
-                              event.qualifiers() & ~platform::modifier::shift);
-  }
-  return event.stringRepresentation();
-}
-
 bool find_entry(std::vector<platform::menu_item> const& menus, std::string const& key,
                 key_meaning& found) {
   for (platform::menu_item const& item : menus) {
-    if (!item.selector.empty() && !item.key.empty() && with_capital(item.key) == key) {
+    if (!item.selector.empty() && !item.key.empty() &&
+        keys::with_capital_for_shift(item.key) == key) {
       found.entry = item;
       return true;
     }
@@ -39,20 +25,10 @@ bool find_entry(std::vector<platform::menu_item> const& menus, std::string const
   return false;
 }
 
-std::vector<std::string> names_of(std::string const& scope) {
-  std::vector<std::string> names;
-  for (std::size_t from = 0; from < scope.size();) {
-    std::size_t const end = std::min(scope.find(' ', from), scope.size());
-    if (end > from) names.push_back(scope.substr(from, end - from));
-    from = end + 1;
-  }
-  return names;
-}
-
 std::vector<key_meaning> items_of_key(BundleManager& manager, std::string const& key,
                                       std::string const& scope) {
   std::vector<key_meaning> result;
-  auto const names = names_of(scope);
+  auto const names = platform::split(scope, ' ');
   auto const best = BundleManager::filterItemsInScope(manager.bundleItemsForKeyString(key), scope);
   for (auto const& item : manager.bundleItemsForKeyString(key)) {
     std::string const& selector = item->scopeSelector();

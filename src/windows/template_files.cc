@@ -4,21 +4,12 @@
 #include "path/file_system.h"
 #include "path/path.h"
 #include "path/tree.h"
+#include "platform/split.h"
 
 #include <cstdlib>
 
 namespace windows {
 namespace {
-
-std::vector<std::string> lines_of(std::string const& text) {
-  std::vector<std::string> lines;
-  for (std::size_t at = 0; at < text.size();) {
-    std::size_t const end = std::min(text.find('\n', at), text.size());
-    if (end > at) lines.push_back(text.substr(at, end - at));
-    at = end + 1;
-  }
-  return lines;
-}
 
 std::string without_extension(std::string const& name) {
   auto const dot = name.rfind('.');
@@ -39,7 +30,7 @@ template_files files_for_template(BundleItem& item, std::string const& path,
   commands::shell_result const run = commands::run_shell(request);
   template_files result;
   if (path::exists(path)) result.paths.push_back(path);
-  for (std::string const& line : lines_of(run.output))
+  for (std::string const& line : platform::split(run.output, '\n'))
     if (line.front() == '/' && line != path && path::exists(line)) result.paths.push_back(line);
   if (result.paths.empty())
     result.error = !run.error.empty() ? run.error : run.cancelled ? "stopped" : run.output;
