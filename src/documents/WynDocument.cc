@@ -54,7 +54,7 @@ WynDocument::~WynDocument() {
     saveMetaData(filename_, *viewCache_.back());
   tellThatDocumentDidClose();
   if (filename_.empty()) untitled_numbers::of_documents().give_back();
-  WynDocumentCache::instance().remove(*this);
+  WynDocumentCache::instance().remove(filename_, weak_from_this());
 }
 
 std::size_t WynDocument::length() const {
@@ -92,7 +92,9 @@ void WynDocument::setFilename(std::string const& path) {
 }
 
 void WynDocument::notifyFilename(std::string const& old) {
-  WynDocumentCache::instance().filenameDidChange(*this, old);
+  auto& cache = WynDocumentCache::instance();
+  cache.remove(old, weak_from_this());
+  if (!filename_.empty()) cache.add(filename_, weak_from_this());
   plist::dictionary info;
   if (!old.empty()) info["old"] = old;
   if (!filename_.empty()) info["new"] = filename_;
@@ -151,6 +153,6 @@ bool WynDocument::openDocument() {
 void WynDocument::closeDocument() {
   if (openCount_ != 0) --openCount_;
   if (openCount_ != 0) return;
-  WynDocumentCache::instance().remove(*this);
+  WynDocumentCache::instance().remove(filename_, weak_from_this());
   watchFile();
 }

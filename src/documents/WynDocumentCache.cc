@@ -1,6 +1,5 @@
 #include "documents/WynDocumentCache.h"
 
-#include "documents/WynDocument.h"
 #include "path/file_system.h"
 
 WynDocumentCache& WynDocumentCache::instance() {
@@ -11,24 +10,19 @@ WynDocumentCache& WynDocumentCache::instance() {
 
 std::shared_ptr<WynDocument> WynDocumentCache::documentForPath(std::string const& path) const {
   auto const found = documents_.find(path::standardize(path));
-  return found == documents_.end() ? nullptr : found->second->weak_from_this().lock();
+  return found == documents_.end() ? nullptr : found->second.lock();
 }
 
-void WynDocumentCache::add(WynDocument& document) {
-  documents_[path::standardize(document.filename())] = &document;
+void WynDocumentCache::add(std::string const& path, pointer document) {
+  documents_[path::standardize(path)] = std::move(document);
 }
 
-void WynDocumentCache::remove(WynDocument const& document) {
-  remove(document, document.filename());
-}
-
-void WynDocumentCache::remove(WynDocument const& document, std::string const& path) {
+void WynDocumentCache::remove(std::string const& path, pointer const& document) {
   if (path.empty()) return;
   auto const found = documents_.find(path::standardize(path));
-  if (found != documents_.end() && found->second == &document) documents_.erase(found);
-}
-
-void WynDocumentCache::filenameDidChange(WynDocument& document, std::string const& old) {
-  remove(document, old);
-  if (!document.filename().empty()) add(document);
+  if (found == documents_.end()) return;
+  // Also while the document is being destroyed, when there is nothing to lock.
+  bool const is_same =
+      !found->second.owner_before(document) && !document.owner_before(found->second);
+  if (is_same) documents_.erase(found);
 }

@@ -7,22 +7,22 @@
 class WynDocument;
 
 /// The documents of this process by standardized path, so that all windows that show a file share
-/// one. It owns none of them. Main thread only.
+/// one. It owns none of them, and calls none: documents enter and leave themselves. Main thread
+/// only.
 class WynDocumentCache {
  public:
+  using pointer = std::weak_ptr<WynDocument>;
+
   static WynDocumentCache& instance();
 
   /// Null if there is none.
   std::shared_ptr<WynDocument> documentForPath(std::string const& path) const;
 
   /// A later document of the same path takes the place of an earlier one.
-  void add(WynDocument& document);
-  void remove(WynDocument const& document);
-  /// For a document that had the name `old` (empty for none) and has another one now, or none.
-  void filenameDidChange(WynDocument& document, std::string const& old);
+  void add(std::string const& path, pointer document);
+  /// Removes this document from the path, if it is there. An empty path has none.
+  void remove(std::string const& path, pointer const& document);
 
  private:
-  void remove(WynDocument const& document, std::string const& path);
-
-  std::map<std::string, WynDocument*> documents_;
+  std::map<std::string, pointer> documents_;
 };

@@ -49,7 +49,7 @@ std::shared_ptr<WynDocument> WynDocument::documentWithContentsOfFile(std::string
                                                                      path::file_error* reason) {
   if (auto shared = WynDocumentCache::instance().documentForPath(path)) return shared;
   auto document = initWithContentsOfFile(path, reason);
-  if (document) WynDocumentCache::instance().add(*document);
+  if (document) WynDocumentCache::instance().add(document->filename(), document);
   return document;
 }
 

@@ -2,11 +2,10 @@
 
 #include "platform/menu.h"
 #include "platform/responder.h"
+#include "platform/window.h"
 
 #include <string>
 #include <vector>
-
-class WynDocumentController;
 
 namespace windows {
 
@@ -24,7 +23,7 @@ class windows_owner {
   virtual void noteRecentFile(std::string const& path) = 0;
   /// Lets go of a controller whose window has closed; it is destroyed in a later turn of the loop,
   /// when nothing waits.
-  virtual void didCloseWindow(WynDocumentController& controller) = 0;
+  virtual void didCloseWindow(platform::window_delegate& controller) = 0;
 
  protected:
   ~windows_owner() = default;
