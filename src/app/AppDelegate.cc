@@ -271,8 +271,8 @@ void AppDelegate::openLaunchArguments() {
   for (std::string const& argument : launchArguments_) {
     app::file_argument const file = app::parse_file_argument(argument, currentDirectory_);
     // Who names a line of it wants to see its text.
-    if (file.line == 0 && installIfBundle(file.path)) continue;
-    openFile(file.path, file.line, file.column);
+    if (!file.place && installIfBundle(file.path)) continue;
+    openFile(file.path, file.place);
   }
   launchArguments_.clear();
 }
@@ -287,10 +287,10 @@ void AppDelegate::openFiles(std::vector<std::string> const& paths) {
     if (!installIfBundle(path)) openFile(path);
 }
 
-WynDocumentController* AppDelegate::openFile(std::string const& path, std::size_t line,
-                                             std::size_t column) {
+WynDocumentController* AppDelegate::openFile(std::string const& path,
+                                             std::optional<text::line_place> const& place) {
   auto const go = [&](WynDocumentController& controller) {
-    if (line != 0) controller.textView().goToLineAndColumn(line, column);
+    if (place) controller.textView().goToLineAndColumn(*place);
     controller.showWindow();
     return &controller;
   };
@@ -469,15 +469,14 @@ void AppDelegate::selectBundleItem(bool by_key) {
 bool AppDelegate::goToLine(std::string const& text) {
   auto const place = app::parse_line_place(text);
   auto const open = orderedControllers();
-  return place && !open.empty() &&
-         open.front()->textView().goToLineAndColumn(place->line, place->column);
+  return place && !open.empty() && open.front()->textView().goToLineAndColumn(*place);
 }
 
 void AppDelegate::adopt(std::unique_ptr<WynDocumentController> controller) {
   controllers_.push_back(std::move(controller));
 }
 
-void AppDelegate::didCloseWindow(WynDocumentController& controller) {
+void AppDelegate::didCloseWindow(platform::window_delegate& controller) {
   auto const it = std::find_if(controllers_.begin(), controllers_.end(),
                                [&](auto const& own) { return own.get() == &controller; });
   if (it == controllers_.end()) return;

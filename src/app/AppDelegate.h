@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/clip_history_file.h"
+#include "app/offer_safety_copies.h"
 #include "app/recent_files.h"
 #include "bundles/bundle_watcher.h"
 #include "platform/application.h"
@@ -8,20 +9,22 @@
 #include "platform/run_loop.h"
 #include "plist/value.h"
 #include "styles/theme_watcher.h"
+#include "text/line_place.h"
 #include "windows/windows_owner.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-class WynDocument;
-class WynDocumentController;
 class WynTextView;
 
 /// The application: opens files in windows, owns their controllers, and sees to it that quitting
 /// loses no unsaved work. The end of every responder chain. Main thread only.
-class AppDelegate : public platform::application_delegate, public windows::windows_owner {
+class AppDelegate : public platform::application_delegate,
+                    public windows::windows_owner,
+                    public app::document_opener {
  public:
   /// `menus` is the property list of share/menus.plist. `recent_list` is the path of the list of
   /// recent files, empty for one that isn't kept.
@@ -36,12 +39,10 @@ class AppDelegate : public platform::application_delegate, public windows::windo
   void setMenuFault(std::string fault) { menuFault_ = std::move(fault); }
   /// Shows a file, in the window that has it already if there is one. Null when it could not be
   /// read; the user has been told.
-  WynDocumentController* openFile(std::string const& path, std::size_t line = 0,
-                                  std::size_t column = 0);
+  WynDocumentController* openFile(std::string const& path,
+                                  std::optional<text::line_place> const& place);
   void openFiles(std::vector<std::string> const& paths);
   void newDocument();
-  /// Puts a document in a window: an empty one if there is any, else one that is to be shown yet.
-  WynDocumentController& show(std::shared_ptr<WynDocument> document);
 
   /// Front to back.
   std::vector<WynDocumentController*> orderedControllers() const;
@@ -50,12 +51,19 @@ class AppDelegate : public platform::application_delegate, public windows::windo
 
   void adopt(std::unique_ptr<WynDocumentController> controller);
 
+  // document_opener
+  WynDocumentController* openFile(std::string const& path) override {
+    return openFile(path, std::nullopt);
+  }
+  /// In an empty window if there is any, else in one that is to be shown yet.
+  WynDocumentController& show(std::shared_ptr<WynDocument> document) override;
+
   // windows_owner
   platform::responder& lastResponder() override { return *this; }
   std::string currentDirectory() const override { return currentDirectory_; }
   std::vector<platform::menu_item> contextMenu() const override;
   void noteRecentFile(std::string const& path) override { recent_.add(path); }
-  void didCloseWindow(WynDocumentController& controller) override;
+  void didCloseWindow(platform::window_delegate& controller) override;
 
   // platform::application_delegate
   void didFinishLaunching() override;

@@ -257,7 +257,7 @@ class batch_run {
   }
 
   void explain_key(WynTextView& view, std::uint32_t line, std::uint32_t column) {
-    view.goToLineAndColumn(line + std::size_t{1}, column + std::size_t{1});
+    view.goToLineAndColumn({line + std::size_t{1}, column + std::size_t{1}});
     auto const file = read_menu_file(path::join(platform::shared_support_folder(), "menus.plist"));
     output_.put(
         key_report(options_.explain_key, view, platform::menu_from_value(file.menus["main"])));

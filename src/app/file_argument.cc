@@ -29,15 +29,16 @@ file_argument parse_file_argument(std::string_view argument, std::string const& 
     // The folder may have been deleted.
     return directory.empty() ? std::string(name) : path::join(directory, std::string(name));
   };
-  if (path::exists(absolute(argument))) return {absolute(argument), 0, 0};
+  if (path::exists(absolute(argument))) return {absolute(argument)};
 
   std::string_view rest = argument;
   auto const last = take_number(rest);
-  if (!last) return {absolute(argument), 0, 0};
-  if (path::exists(absolute(rest))) return {absolute(rest), *last, 0};
+  if (!last) return {absolute(argument)};
+  if (path::exists(absolute(rest))) return {absolute(rest), text::line_place{*last}};
   std::string_view shorter = rest;
-  if (auto const line = take_number(shorter)) return {absolute(shorter), *line, *last};
-  return {absolute(rest), *last, 0};
+  if (auto const line = take_number(shorter))
+    return {absolute(shorter), text::line_place{*line, *last}};
+  return {absolute(rest), text::line_place{*last}};
 }
 
 }  // namespace app

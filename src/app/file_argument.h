@@ -1,6 +1,8 @@
 #pragma once
 
-#include <cstddef>
+#include "text/line_place.h"
+
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -8,9 +10,8 @@ namespace app {
 
 /// A file named on the command line, perhaps with a place in it: FILE[:LINE[:COLUMN]].
 struct file_argument {
-  std::string path;        // absolute
-  std::size_t line = 0;    // from 1; 0 when none was given
-  std::size_t column = 0;  // from 1; 0 when none was given
+  std::string path;  // absolute
+  std::optional<text::line_place> place = {};
 };
 
 /// An existing file whose name is all of `argument` wins over the reading as a place. Relative

@@ -22,15 +22,15 @@ std::optional<std::size_t> number_of(std::string_view text) {
 
 }  // namespace
 
-std::optional<line_place> parse_line_place(std::string_view text) {
+std::optional<text::line_place> parse_line_place(std::string_view text) {
   std::string_view const place = without_blanks(text);
   std::size_t const colon = place.find(':');
   auto const line = number_of(place.substr(0, colon));
   if (!line) return std::nullopt;
-  if (colon == std::string_view::npos) return line_place{*line, 0};
+  if (colon == std::string_view::npos) return text::line_place{*line, 0};
   auto const column = number_of(place.substr(colon + 1));
   if (!column) return std::nullopt;
-  return line_place{*line, *column};
+  return text::line_place{*line, *column};
 }
 
 }  // namespace app

@@ -1,6 +1,5 @@
 #include "app/offer_safety_copies.h"
 
-#include "app/AppDelegate.h"
 #include "documents/WynDocument.h"
 #include "documents/document_alerts.h"
 #include "documents/line_diff.h"
@@ -103,14 +102,14 @@ std::string story(safety_copy const& copy) {
          ". ";
 }
 
-void open_text(AppDelegate& app, std::u16string const& text) {
+void open_text(document_opener& app, std::u16string const& text) {
   auto storage = std::make_unique<text::storage>();
   storage->insert(storage->end(-1), text.begin(), text.end());
   storage->forget_history();
   app.show(std::make_shared<WynDocument>(std::move(storage))).showWindow();
 }
 
-void restore_copy(AppDelegate& app, safety_copy copy) {
+void restore_copy(document_opener& app, safety_copy copy) {
   std::string const path = copy.origin().path;
   WynDocumentController* controller = path.empty() ? nullptr : app.openFile(path);
   // Also where the file can't be read, as a text without a name.
@@ -120,7 +119,7 @@ void restore_copy(AppDelegate& app, safety_copy copy) {
   controller->showWindow();
 }
 
-void offer(AppDelegate& app, safety_copy copy) {
+void offer(document_opener& app, safety_copy copy) {
   comparison const differences(copy);
   platform::alert const question{"Unsaved Text Was Found",
                                  story(copy) + differences.summary() + differences.excerpt(),
@@ -138,7 +137,7 @@ void offer(AppDelegate& app, safety_copy copy) {
   }
 }
 
-void offer_all(AppDelegate& app, std::vector<safety_copy> copies) {
+void offer_all(document_opener& app, std::vector<safety_copy> copies) {
   for (safety_copy& copy : copies) {
     std::string const file = copy.file();
     try {
@@ -154,11 +153,11 @@ void offer_all(AppDelegate& app, std::vector<safety_copy> copies) {
 
 }  // namespace
 
-void offer_safety_copies(AppDelegate& app) {
+void offer_safety_copies(document_opener& app) {
   offer_all(app, safety_copy::left_over());
 }
 
-void offer_safety_copies_beside(AppDelegate& app, std::string const& path) {
+void offer_safety_copies_beside(document_opener& app, std::string const& path) {
   offer_all(app, safety_copy::left_over_beside(path));
 }
 

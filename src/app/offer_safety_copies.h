@@ -1,17 +1,31 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
-class AppDelegate;
+class WynDocument;
+class WynDocumentController;
 
 namespace app {
+
+/// What opens windows for the texts that are restored. Main thread only.
+class document_opener {
+ public:
+  /// Null if the file can't be opened; the user has seen an alert.
+  virtual WynDocumentController* openFile(std::string const& path) = 0;
+  /// A window for the document, not shown yet.
+  virtual WynDocumentController& show(std::shared_ptr<WynDocument> document) = 0;
+
+ protected:
+  ~document_opener() = default;
+};
 
 /// Offers the user the texts that were left in safety copies by programs which ended before these
 /// were in their files: each is restored as unsaved text, kept for later, compared with its file,
 /// or discarded. One whose file holds the same text goes without a question.
-void offer_safety_copies(AppDelegate& app);
+void offer_safety_copies(document_opener& app);
 
 /// The same with copies of the file that stand beside it, where no other folder could take them.
-void offer_safety_copies_beside(AppDelegate& app, std::string const& path);
+void offer_safety_copies_beside(document_opener& app, std::string const& path);
 
 }  // namespace app

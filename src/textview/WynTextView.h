@@ -16,6 +16,7 @@
 #include "styles/styled_view.h"
 #include "styles/symbol.h"
 #include "styles/typing_pairs.h"
+#include "text/line_place.h"
 #include "text/views/view.h"
 #include "textview/brief_flash.h"
 #include "textview/view_switches.h"
@@ -151,11 +152,10 @@ class WynTextView : public platform::responder,
   void setScopedValueForKeyInDomain(plist::value value, std::string_view key,
                                     std::string_view domain);
 
-  /// Lines and columns from 1; a column counts units. False when there is no such line or no
-  /// document; a column after the line's end stands for that end.
-  bool goToLineAndColumn(std::size_t line, std::size_t column);
+  /// False without a document or for line 0; a line or a column after the last one stands for that.
+  bool goToLineAndColumn(text::line_place const& place);
   /// Extends the selection from its first mark; `columns` makes it a rectangle.
-  bool selectToLineAndColumn(std::size_t line, std::size_t column, bool columns);
+  bool selectToLineAndColumn(text::line_place const& place, bool columns);
 
   /// Runs something that may exchange the whole text, such as reading the file again, and gives
   /// its result. The caret stays on its line where there still is one.

@@ -22,11 +22,10 @@ std::size_t number_from_1(plist::value const& v) {
   return static_cast<std::size_t>(std::max<std::int64_t>(v.integer_or(0), 0));
 }
 
-// Line and column from 1; what lies after the text or the line becomes its end, and what is inside
-// of a character the end of that.
-text::iterator capped_position(text::storage& storage, std::size_t line, std::size_t column) {
-  std::size_t const last = std::min(line, storage.lines()) - 1;
-  std::size_t const unit = std::min(std::max<std::size_t>(column, 1) - 1, storage.size(last));
+// A place after the text or the line becomes its end, and one inside a character the end of that.
+text::iterator capped_position(text::storage& storage, text::line_place const& place) {
+  std::size_t const last = std::min(place.line, storage.lines()) - 1;
+  std::size_t const unit = std::min(std::max<std::size_t>(place.column, 1) - 1, storage.size(last));
   return {last, text::cluster_start_from(storage.line_units(last), unit), &storage};
 }
 
@@ -107,18 +106,18 @@ void WynTextView::addExtensionMethods() {
     return plist::value();
   });
   addMethod("goToLineNumber:", [this](plist::value const& line) {
-    return plist::value(goToLineAndColumn(number_from_1(line), 1));
+    return plist::value(goToLineAndColumn({number_from_1(line), 1}));
   });
   addMethod("goToColumnNumber:", [this](plist::value const& column) {
     if (view_ == nullptr) return plist::value(false);
     std::size_t const line = view_->selection.current_mark.base.line + 1;
     return plist::value(number_from_1(column) != 0 &&
-                        goToLineAndColumn(line, number_from_1(column)));
+                        goToLineAndColumn({line, number_from_1(column)}));
   });
   addMethod("selectToLine:andColumn:", [this](plist::value const& to) {
-    return plist::value(selectToLineAndColumn(number_from_1(to["line"]),
-                                              number_from_1(to["column"]),
-                                              to["columnSelection"].boolean_or(false)));
+    return plist::value(
+        selectToLineAndColumn({number_from_1(to["line"]), number_from_1(to["column"])},
+                              to["columnSelection"].boolean_or(false)));
   });
 }
 
@@ -160,19 +159,18 @@ bool WynTextView::canMakeFontSmaller() const {
   return fontSize_ > font_sizes.front();
 }
 
-bool WynTextView::goToLineAndColumn(std::size_t line, std::size_t column) {
-  if (view_ == nullptr || line < 1) return false;
+bool WynTextView::goToLineAndColumn(text::line_place const& place) {
+  if (view_ == nullptr || place.line < 1) return false;
   textview::view_will_change const scope(*this, true);
-  view_->selection.set_caret(view_->in_view(capped_position(*view_->storage, line, column)));
+  view_->selection.set_caret(view_->in_view(capped_position(*view_->storage, place)));
   view_->center_selection_pending = true;
   return true;
 }
 
-bool WynTextView::selectToLineAndColumn(std::size_t line, std::size_t column, bool columns) {
-  if (view_ == nullptr || line < 1) return false;
+bool WynTextView::selectToLineAndColumn(text::line_place const& place, bool columns) {
+  if (view_ == nullptr || place.line < 1) return false;
   textview::view_will_change const scope(*this, true);
-  view_->selection.select_to(view_->in_view(capped_position(*view_->storage, line, column)),
-                             columns);
+  view_->selection.select_to(view_->in_view(capped_position(*view_->storage, place)), columns);
   return true;
 }
 
@@ -185,7 +183,7 @@ bool WynTextView::replacingText(std::function<bool()> const& replace) {
   bool const result = replace();
   if (view_->storage->current_memento != memento)
     view_->selection.set_caret(
-        view_->in_view(capped_position(*view_->storage, caret.line + 1, caret.column + 1)));
+        view_->in_view(capped_position(*view_->storage, {caret.line + 1, caret.column + 1})));
   return result;
 }
 

@@ -30,7 +30,8 @@ TEST(file_argument, a_file_of_that_very_name_wins) {
   for (char const* name : {"a", "a:3", "b"}) folder.write(name, "");
   auto const parsed = [&](char const* argument) {
     file_argument const f = parse_file_argument(argument, folder.path());
-    return place{f.path, f.line, f.column};
+    text::line_place const at = f.place.value_or(text::line_place{});
+    return place{f.path, at.line, at.column};
   };
   EXPECT_EQ(parsed("a"), (place{folder / "a", 0, 0}));
   EXPECT_EQ(parsed("a:3"), (place{folder / "a:3", 0, 0}));
@@ -167,8 +168,9 @@ TEST_F(app_test, opening_a_file_again_brings_its_window_forward) {
   folder.write("b", "");
   WynDocumentController* const a = app().openFile(folder / "a");
   app().openFile(folder / "b");
-  EXPECT_EQ(
-      app().openFile(folder / "../" + folder.path().substr(folder.path().rfind('/')) + "/a", 2), a);
+  EXPECT_EQ(app().openFile(folder / "../" + folder.path().substr(folder.path().rfind('/')) + "/a",
+                           text::line_place{2}),
+            a);
   EXPECT_EQ(windows(), titles({"a", "b"}));
   EXPECT_EQ(a->textView().view()->selection.current_mark.base.line, 1u);
 }

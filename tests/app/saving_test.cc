@@ -223,7 +223,7 @@ TEST_F(saving, reverting_asks_and_can_be_undone) {
 
 TEST_F(saving, a_file_changed_outside_is_read_when_its_window_comes_forward) {
   WynDocumentController& a = open("a", "one\ntwo\nthree");
-  a.textView().goToLineAndColumn(2, 3);
+  a.textView().goToLineAndColumn({2, 3});
   open("b", "");
   folder.write("a", "ONE\nTWO\nTHREE\nFOUR");
   a.showWindow();

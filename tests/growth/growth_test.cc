@@ -56,7 +56,7 @@ class document {
           view.changeLanguageToAndLearn(l["uuid"].string_or(""), false);
       wait();
     }
-    view.goToLineAndColumn(view.view()->storage->lines() / 2 + 1, 6);
+    view.goToLineAndColumn({view.view()->storage->lines() / 2 + 1, 6});
   }
 
   text::view& rows() { return *view.view(); }

@@ -77,7 +77,7 @@ TEST_F(folding, a_selection_into_a_fold_begins_where_it_should) {
   auto const selected = [&](std::string const& caret, auto action) {
     set(caret);
     EXPECT_TRUE(filter().fold_lines(0, 6));
-    view.goToLineAndColumn(1, 4);
+    view.goToLineAndColumn({1, 4});
     action();
     std::u16string const units = marked_text::units_of(*view.view()->storage);
     EXPECT_EQ(marked_text::utf8(units), text);
@@ -85,7 +85,10 @@ TEST_F(folding, a_selection_into_a_fold_begins_where_it_should) {
   };
   EXPECT_EQ(selected("|" + text, [&] { perform("selectBlock:"); }),
             "0 [(\n  1 (\n\t\t2\n  )\n  4 (\n  )\n)]\n7\n  )");
-  EXPECT_EQ(selected("|" + text, [&] { view.selectToLineAndColumn(3, 1, false); }),
+  EXPECT_EQ(selected("|" + text,
+                     [&] {
+                       view.selectToLineAndColumn({3, 1}, false);
+                     }),
             "0 ([\n  1 (\n]\t\t2\n  )\n  4 (\n  )\n)\n7\n  )");
 }
 

@@ -183,13 +183,13 @@ class world {
     std::size_t const line = made.line % storage.lines();
     std::size_t const column = made.column % (storage.size(line) + 1);
     if (made.what == step::move) return move_selection(at, {line, column, &storage});
-    at.view.goToLineAndColumn(line + 1, column + 1);
+    at.view.goToLineAndColumn({line + 1, column + 1});
     if (made.what == step::go_to) return;
     std::size_t const last = std::min(line + made.lines, storage.lines() - 1);
     bool const columns = made.what == step::select_columns;
     std::size_t const to =
         columns ? column + made.columns : made.columns % (storage.size(last) + 1);
-    at.view.selectToLineAndColumn(last + 1, to + 1, columns);
+    at.view.selectToLineAndColumn({last + 1, to + 1}, columns);
   }
   /// As by drag and drop, which doesn't drop on the selection.
   static void move_selection(shown_view& shown, text::iterator const& to) {

@@ -71,23 +71,23 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
   ASSERT_EQ(view.functionPopUp().size(), 2u);
   EXPECT_EQ(view.functionPopUp()[1], (styles::symbol{"second", 5}));
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "No Symbol");
-  view.goToLineAndColumn(6, 1);
+  view.goToLineAndColumn({6, 1});
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
   view.setDocument(file("b.c", program));
   EXPECT_EQ(shown["currentSymbol"].string_or("-"), "");
   view.setDocument(file("a.c", program));
   wait(view);
-  view.goToLineAndColumn(6, 1);
+  view.goToLineAndColumn({6, 1});
   desktop_.loop().run_for(1);
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
   EXPECT_NE(styles::scope_report(view, {1, 4}).find("source.c\n"), std::string::npos);
 
   // An action has them made at once, and scopes that change half a second later; meanwhile those
   // that there are tell where the caret is.
-  view.goToLineAndColumn(1, 1);
+  view.goToLineAndColumn({1, 1});
   view.insert_text(u"\n");
   EXPECT_EQ(view.functionPopUp()[1].line, 6u);
-  view.goToLineAndColumn(1, 1);
+  view.goToLineAndColumn({1, 1});
   {
     std::lock_guard const no_scopes_yet(view.view()->storage->mutex);
     view.insert_text(u"/*");
@@ -95,7 +95,7 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
   wait(view);
   desktop_.loop().run_for(0.1);
   EXPECT_EQ(view.functionPopUp().size(), 2u);
-  view.goToLineAndColumn(7, 1);
+  view.goToLineAndColumn({7, 1});
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
   desktop_.loop().run_for(1);
   EXPECT_EQ(view.functionPopUp().size(), 0u);
@@ -105,12 +105,12 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
   view.setDocument(file("b.c", program));
   EXPECT_EQ(shown["currentSymbol"].string_or("none"), "");
   EXPECT_TRUE(view.functionPopUp().empty());
-  view.goToLineAndColumn(6, 1);
+  view.goToLineAndColumn({6, 1});
   wait(view);
   desktop_.loop().run_for(1);
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
   view.setDocument(file("c.c", program));
-  view.goToLineAndColumn(6, 1);
+  view.goToLineAndColumn({6, 1});
   wait(view);
   desktop_.loop().run_for(1);
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
@@ -128,7 +128,7 @@ TEST_F(language, shows_symbols_of_long_texts_when_the_user_rests) {
   wait(view);
   desktop_.loop().run_for(2);
   ASSERT_EQ(view.functionPopUp().size(), count);
-  view.goToLineAndColumn(2, 1);
+  view.goToLineAndColumn({2, 1});
   view.insert_text(u"\n");
   EXPECT_EQ(view.functionPopUp()[1].line, 2u);  // no key waits for the list
   wait(view);
@@ -148,7 +148,7 @@ TEST_F(language, folds_outlast_a_change_of_language_and_may_be_there_from_the_st
   headless::headless_view_host host(view);
   view.setDocument(file("a.c", program));
   auto& filter = *view.view()->folding_filter;
-  view.goToLineAndColumn(2, 1);
+  view.goToLineAndColumn({2, 1});
   view.performSelectorWithObject("toggleFolding:", {});
   ASSERT_EQ(view.view()->lines(), 7u);
   view.changeLanguageToAndLearn(uuid_of("Diff"), false);
@@ -216,7 +216,7 @@ TEST_F(language, worker_and_view_get_along) {
     view.setDocument(file("a" + std::to_string(round) + ".c", text));
     for (int step = 0; step < 60; ++step) {
       std::size_t const line = random() % view.view()->storage->lines();
-      view.goToLineAndColumn(line + 1, 1);
+      view.goToLineAndColumn({line + 1, 1});
       switch (random() % 6) {
         case 0:
           view.insert_text(u"/* \"\n");
