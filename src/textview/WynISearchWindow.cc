@@ -4,7 +4,6 @@
 #include "platform/clusters.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
-#include "textview/WynTextView.h"
 
 namespace {
 

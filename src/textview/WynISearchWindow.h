@@ -1,17 +1,17 @@
 #pragma once
 
 #include "platform/event.h"
+#include "textview/isearch_view.h"
 
 #include <string>
 #include <string_view>
-
-class WynTextView;
 
 /// An incremental search under way: the string that has been typed, shown in the status bar. The
 /// text view owns it and hands it the keys; it ends itself by closing. Main thread only.
 class WynISearchWindow {
  public:
-  WynISearchWindow(WynTextView& view, bool backward) : view_(view), backward_(backward) {}
+  WynISearchWindow(textview::isearch_view& view, bool backward)
+      : view_(view), backward_(backward) {}
 
   std::u16string const& incrementalSearchString() const { return string_; }
   /// Goes to the nearest match of the new string.
@@ -28,7 +28,7 @@ class WynISearchWindow {
  private:
   void search(bool backward, bool further);
 
-  WynTextView& view_;
+  textview::isearch_view& view_;
   bool backward_;
   std::u16string string_;
 };

@@ -19,6 +19,8 @@
 #include "text/line_place.h"
 #include "text/views/view.h"
 #include "textview/brief_flash.h"
+#include "textview/isearch_view.h"
+#include "textview/pointed_view.h"
 #include "textview/view_switches.h"
 #include "typing/typed_view.h"
 
@@ -63,7 +65,8 @@ class WynTextView : public platform::responder,
                     public platform::view_client,
                     public keys::key_binding_target,
                     public textview::view_switches,
-                    public layout::laid_out_view,
+                    public textview::pointed_view,
+                    public textview::isearch_view,
                     public search::searched_view,
                     public typing::typed_view,
                     public bundles::item_view {
@@ -90,7 +93,7 @@ class WynTextView : public platform::responder,
   /// Gets the values that the status bar shows, under the names given in platform/window.h.
   using value_observer = std::function<void(std::string_view key, plist::value const& value)>;
   void bind(value_observer observer);
-  void updateValueForKey(plist::value const& value, std::string_view key);
+  void updateValueForKey(plist::value const& value, std::string_view key) final;
 
   // Dispatch by name
   bool respondsToSelector(std::string_view selector) const override;
@@ -235,9 +238,9 @@ class WynTextView : public platform::responder,
   /// Null while there is none.
   WynISearchWindow* incrementalSearchWindow() const { return iSearchWindow_.get(); }
   void openIncrementalSearchWindow(bool backward);
-  void closeIncrementalSearchWindow();
-  bool findNextIncrementalSearchString(bool from_end);
-  bool findPreviousIncrementalSearchString(bool from_start);
+  void closeIncrementalSearchWindow() final;
+  bool findNextIncrementalSearchString(bool further) final;
+  bool findPreviousIncrementalSearchString(bool further) final;
 
   // Completion (WynTextView_Completion.cc)
   /// Completes the word before the caret, or replaces the completion just made by the next
@@ -282,7 +285,9 @@ class WynTextView : public platform::responder,
   void recordMacroCommand(std::string_view command, plist::value const& argument);
 
   // Drag and drop (WynTextView_dragging.cc)
-  void startDragForEvent(platform::mouse_event const& event);
+  void performNamed(char const* selector) final { performSelectorWithObject(selector, {}); }
+  void change(std::function<void()> const& edit) final;
+  void startDragForEvent(platform::mouse_event const& event) final;
   /// See drop_target::operation_for.
   std::uint32_t dragOperationForInfo(platform::drag_info const& info) const;
   /// Where something would be dropped; nothing while nothing is dragged over the view.

@@ -31,12 +31,12 @@ void WynTextView::closeIncrementalSearchWindow() {
   updateValueForKey({}, "incrementalSearch");
 }
 
-bool WynTextView::findNextIncrementalSearchString(bool from_end) {
-  return selectIncrementalMatch(&search::find_forward, from_end);
+bool WynTextView::findNextIncrementalSearchString(bool further) {
+  return selectIncrementalMatch(&search::find_forward, further);
 }
 
-bool WynTextView::findPreviousIncrementalSearchString(bool from_start) {
-  return selectIncrementalMatch(&search::find_backward, from_start);
+bool WynTextView::findPreviousIncrementalSearchString(bool further) {
+  return selectIncrementalMatch(&search::find_backward, further);
 }
 
 bool WynTextView::selectIncrementalMatch(text::iterator (*find)(text::view*, std::u16string const&,

@@ -4,11 +4,17 @@
 #include "textview/WynTextView.h"
 #include "textview/drop_target.h"
 #include "textview/mouse_tracker.h"
+#include "textview/view_will_change.h"
 
 // Dragging the selection away. What is dropped into the text goes to drop_target.
 
 using platform::drag_info;
 using platform::rect;
+
+void WynTextView::change(std::function<void()> const& edit) {
+  textview::view_will_change const scope(*this, true);
+  edit();
+}
 
 // The button's release goes to who gets the drop. `event` is the press: the picture hangs there.
 void WynTextView::startDragForEvent(platform::mouse_event const& event) {

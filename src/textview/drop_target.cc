@@ -4,9 +4,7 @@
 #include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "text/views/view.h"
-#include "textview/WynTextView.h"
 #include "textview/dropped_content.h"
-#include "textview/view_will_change.h"
 
 namespace textview {
 
@@ -28,7 +26,7 @@ std::u16string_view units_of(std::vector<char16_t> const& text) {
 
 }  // namespace
 
-drop_target::drop_target(WynTextView& text_view) : text_view_(text_view) {}
+drop_target::drop_target(pointed_view& text_view) : text_view_(text_view) {}
 
 std::uint32_t drop_target::operation_for(drag_info const& info) const {
   if (text_view_.view() == nullptr || text_view_.host() == nullptr) return operation::none;
@@ -116,26 +114,28 @@ bool drop_target::perform(drag_info const& info) {
 bool drop_target::drop_text(drag_info const& info, text::view_iterator const& to, bool move) {
   auto const clip = actions::clip_of(info.content);
   if (!clip) return false;
-  text::view& view = *text_view_.view();
-  view_will_change const scope(text_view_, true);
-  // The text may have changed under a drag, so that something else is selected by now.
-  if (move && info.is_from_this_view && view.selection.units() == clip->text) {
-    view.move_selection_to(to);
-  } else if (clip->rectangular) {
-    view.selection.set_caret(to);
-    view.insert_column(clip->text.begin(), clip->text.end(), 0, 0, true);
-  } else {
-    view.selection.set_caret(to);
-    view.replace_selection(clip->text.begin(), clip->text.end());
-  }
+  text_view_.change([&] {
+    text::view& view = *text_view_.view();
+    // The text may have changed under a drag, so that something else is selected by now.
+    if (move && info.is_from_this_view && view.selection.units() == clip->text) {
+      view.move_selection_to(to);
+    } else if (clip->rectangular) {
+      view.selection.set_caret(to);
+      view.insert_column(clip->text.begin(), clip->text.end(), 0, 0, true);
+    } else {
+      view.selection.set_caret(to);
+      view.replace_selection(clip->text.begin(), clip->text.end());
+    }
+  });
   return true;
 }
 
 bool drop_target::insert(std::u16string_view text, text::view_iterator const& to) {
   if (text.empty()) return false;
-  view_will_change const scope(text_view_, true);
-  text_view_.view()->selection.set_caret(to);
-  text_view_.view()->insert(text.begin(), text.end());
+  text_view_.change([&] {
+    text_view_.view()->selection.set_caret(to);
+    text_view_.view()->insert(text.begin(), text.end());
+  });
   return true;
 }
 
@@ -143,10 +143,7 @@ bool drop_target::insert(std::u16string_view text, text::view_iterator const& to
 // they are asked after it; the caret keeps the place.
 void drop_target::drop_files(plist::value const& files, text::view_iterator const& to,
                              std::uint32_t modifiers) {
-  {
-    view_will_change const scope(text_view_, true);
-    text_view_.view()->selection.set_caret(to);
-  }
+  text_view_.change([&] { text_view_.view()->selection.set_caret(to); });
   std::vector<std::string> paths;
   for (plist::value const& path : files.elements()) paths.push_back(path.string_or(""));
   bool const as_paths = modifiers & (modifier::control | modifier::shift | modifier::option);

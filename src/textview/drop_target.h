@@ -5,13 +5,12 @@
 #include "platform/run_loop.h"
 #include "plist/value.h"
 #include "text/views/view_iterator.h"
+#include "textview/pointed_view.h"
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
-
-class WynTextView;
 
 namespace textview {
 
@@ -19,7 +18,7 @@ namespace textview {
 /// view without a document or host takes nothing. Owned by the view; main thread only.
 class drop_target {
  public:
-  explicit drop_target(WynTextView& text_view);
+  explicit drop_target(pointed_view& text_view);
 
   /// One bit of platform::drag_operation. From elsewhere things are copied; within the view they
   /// are moved, unless the keys held leave only copying. Nothing can be dropped on the selection
@@ -45,7 +44,7 @@ class drop_target {
                   std::uint32_t modifiers);
   bool insert(std::u16string_view text, text::view_iterator const& to);
 
-  WynTextView& text_view_;
+  pointed_view& text_view_;
   std::optional<platform::point> in_visible_;  ///< from the corner of what is visible
   bool shows_caret_ = false;
   std::unique_ptr<platform::timer> scroll_timer_, files_timer_;

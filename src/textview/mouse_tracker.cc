@@ -5,8 +5,6 @@
 #include "platform/desktop.h"
 #include "settings/store.h"
 #include "text/views/view.h"
-#include "textview/WynTextView.h"
-#include "textview/view_will_change.h"
 
 #include <algorithm>
 #include <cmath>
@@ -38,7 +36,7 @@ bool is_option_alone(std::uint32_t modifiers) {
          modifier::option;
 }
 
-mouse_tracker::mouse_tracker(WynTextView& text_view) : text_view_(text_view) {}
+mouse_tracker::mouse_tracker(pointed_view& text_view) : text_view_(text_view) {}
 
 void mouse_tracker::take_modifiers(std::uint32_t modifiers) {
   is_option_tap_ = false;
@@ -54,8 +52,7 @@ void mouse_tracker::modifiers_changed(std::uint32_t modifiers) {
     text_view_.host()->reset_cursor();
 
   if (is_pressed_) {
-    if ((flags ^ old) & modifier::option)
-      text_view_.performSelectorWithObject("toggleColumnSelection:", {});
+    if ((flags ^ old) & modifier::option) text_view_.performNamed("toggleColumnSelection:");
     return;
   }
   bool const disabled = settings::store().boolean("DisableColumnSelectionTogglingOnOption");
@@ -68,7 +65,7 @@ void mouse_tracker::toggle_columns_on_option_tap(std::uint32_t old, std::uint32_
   text::selection const& selection = text_view_.view()->selection;
   if (!selection.empty() && selection.current_mark == selection.last_mark && is_option_tap_ &&
       flags == (old & ~modifier::option) && now - option_pressed_at_ < tap_time)
-    text_view_.performSelectorWithObject("toggleColumnSelection:", {});
+    text_view_.performNamed("toggleColumnSelection:");
   is_option_tap_ = (flags & ~old) == modifier::option;
   option_pressed_at_ = now;
 }
@@ -80,8 +77,7 @@ void mouse_tracker::press(mouse_event const& event) {
   pressed_at_ = event.position;
   if (event.modifiers & modifier::shift) {
     granularity_ = granularity::unit;
-    view_will_change const scope(text_view_, true);
-    extend_selection_to(event.position);
+    text_view_.change([&] { extend_selection_to(event.position); });
     return;
   }
   if (!arm_drag(event)) select_at(event);
@@ -122,13 +118,13 @@ void mouse_tracker::select_at(mouse_event const& event) {
   granularity_ = event.click_count == 2               ? granularity::word
                  : event.click_count > 2 || in_gutter ? granularity::line
                                                       : granularity::unit;
-  view_will_change const scope(text_view_, true);
-  text::selection& selection = text_view_.view()->selection;
-  selection.set_caret(layout::position_at(text_view_, event.position, freehanded_for(columns)));
-  if (granularity_ == granularity::word) text_view_.performSelectorWithObject("selectWord:", {});
-  if (granularity_ == granularity::line)
-    text_view_.performSelectorWithObject("selectHardLine:", {});
-  take_anchor();
+  text_view_.change([&] {
+    text::selection& selection = text_view_.view()->selection;
+    selection.set_caret(layout::position_at(text_view_, event.position, freehanded_for(columns)));
+    if (granularity_ == granularity::word) text_view_.performNamed("selectWord:");
+    if (granularity_ == granularity::line) text_view_.performNamed("selectHardLine:");
+    take_anchor();
+  });
 }
 
 // The press was held back, since it might have become a drag.
@@ -190,8 +186,11 @@ void mouse_tracker::take_anchor() {
 }
 
 void mouse_tracker::select_to_mouse() {
+  text_view_.change([this] { extend_to_mouse(); });
+}
+
+void mouse_tracker::extend_to_mouse() {
   bool const columns = (modifiers_ & modifier::option) != 0;
-  view_will_change const scope(text_view_, true);
   text::view& view = *text_view_.view();
   text::selection& selection = view.selection;
   if (granularity_ == granularity::unit) {

@@ -4,11 +4,10 @@
 #include "platform/geometry.h"
 #include "platform/run_loop.h"
 #include "text/views/selection.h"
+#include "textview/pointed_view.h"
 
 #include <cstdint>
 #include <memory>
-
-class WynTextView;
 
 namespace textview {
 
@@ -21,7 +20,7 @@ bool is_option_alone(std::uint32_t modifiers);
 /// come here; the view owns this. Main thread only.
 class mouse_tracker {
  public:
-  explicit mouse_tracker(WynTextView& text_view);
+  explicit mouse_tracker(pointed_view& text_view);
 
   void press(platform::mouse_event const& event);
   /// The mouse has moved. If that starts a drag, the view may be gone on return.
@@ -51,12 +50,13 @@ class mouse_tracker {
   void extend_selection_to(platform::point p);
   void take_anchor();
   void select_to_mouse();
+  void extend_to_mouse();
   void set_position(platform::point p);
   platform::point position() const;
   void start_autoscroll();
   void autoscroll();
 
-  WynTextView& text_view_;
+  pointed_view& text_view_;
   std::uint32_t modifiers_ = 0;
   bool is_option_tap_ = false;  ///< so far: Option was pressed, and nothing else since
   double option_pressed_at_ = 0;
