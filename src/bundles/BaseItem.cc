@@ -1,14 +1,13 @@
 #include "bundles/BaseItem.h"
 
-#include "bundles/BundleManager.h"
 #include "platform/system/uuid.h"
 #include "platform/unicode.h"
 
 #include <typeinfo>
 
-BaseItem::BaseItem(BundleManager& manager, std::string name, bundles::item_kind kind,
+BaseItem::BaseItem(bundles::item_owner& owner, std::string name, bundles::item_kind kind,
                    std::string UUID)
-    : manager_(manager),
+    : owner_(owner),
       name_(std::move(name)),
       UUID_(UUID.empty() ? platform::stringWithUUID() : std::move(UUID)),
       kind_(kind) {}
@@ -21,7 +20,7 @@ void BaseItem::setName(std::string name) {
 
 void BaseItem::setModified(bool modified) {
   isModified_ = modified;
-  if (modified) manager_.setModified(true);
+  if (modified) owner_.setModified(true);
 }
 
 bool BaseItem::isEqual(BaseItem const& other) const {

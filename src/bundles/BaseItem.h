@@ -1,17 +1,16 @@
 #pragma once
 
 #include "bundles/index/item_kinds.h"
+#include "bundles/item_owner.h"
 
 #include <string>
 
-class BundleManager;
-
 /// What bundles and their items have in common. Identified by the UUID; names may repeat. Owned by
-/// the manager, which must outlive it. Main thread only.
+/// the owner, which must outlive it. Main thread only.
 class BaseItem {
  public:
   /// Without a UUID it gets a fresh one.
-  BaseItem(BundleManager& manager, std::string name, bundles::item_kind kind, std::string UUID);
+  BaseItem(bundles::item_owner& owner, std::string name, bundles::item_kind kind, std::string UUID);
   BaseItem(BaseItem const&) = delete;
   BaseItem& operator=(BaseItem const&) = delete;
   virtual ~BaseItem() = default;
@@ -20,10 +19,10 @@ class BaseItem {
   bundles::item_kind kind() const { return kind_; }
   std::string const& UUID() const { return UUID_; }
   bool isModified() const { return isModified_; }
-  BundleManager& manager() const { return manager_; }
+  bundles::item_owner& owner() const { return owner_; }
 
   void setName(std::string name);
-  /// What is modified is written by saveChanges(), and the manager is told.
+  /// What is modified is written by saveChanges(), and the owner is told.
   void setModified(bool modified);
 
   /// Whether both are the same bundle or item.
@@ -37,7 +36,7 @@ class BaseItem {
   virtual void saveChanges() = 0;
 
  private:
-  BundleManager& manager_;
+  bundles::item_owner& owner_;
   std::string name_, UUID_;
   bundles::item_kind kind_;
   bool isModified_ = false;

@@ -1,8 +1,9 @@
 #include "bundles/Bundle.h"
 
 #include "bundles/BundleItem.h"
-#include "bundles/BundleManager.h"
 #include "bundles/bundle_alerts.h"
+#include "bundles/bundle_folders.h"
+#include "bundles/index/CacheManager.h"
 #include "bundles/index/bundle_scan.h"
 #include "bundles/index/item_kinds.h"
 #include "bundles/item_file.h"
@@ -40,9 +41,9 @@ bool contains(std::vector<std::string> const& list, std::string_view text) {
 
 }  // namespace
 
-std::shared_ptr<Bundle> Bundle::bundleWithName(BundleManager& manager, std::string name) {
+std::shared_ptr<Bundle> Bundle::bundleWithName(bundles::item_owner& owner, std::string name) {
   plist::dictionary content{{"name", std::move(name)}, {"uuid", platform::stringWithUUID()}};
-  auto bundle = std::make_shared<Bundle>(manager, std::move(content), std::vector<std::string>(),
+  auto bundle = std::make_shared<Bundle>(owner, std::move(content), std::vector<std::string>(),
                                          std::string());
   bundle->setModified(true);
   return bundle;
@@ -84,22 +85,22 @@ merged_info merge(CacheManager& cache, std::vector<std::string> const& paths,
 
 }  // namespace
 
-std::shared_ptr<Bundle> Bundle::bundleWithPaths(BundleManager& manager,
+std::shared_ptr<Bundle> Bundle::bundleWithPaths(bundles::item_owner& owner,
                                                 std::vector<std::string> paths) {
-  merged_info info = merge(manager.cache(), paths, bundles::bundle_head);
+  merged_info info = merge(owner.cache(), paths, bundles::bundle_head);
   if (!info.broken.empty()) {
     bundles::tell_could_not_load(info.broken);
     // Read anew, the folder of bundles doesn't name it any more, and nobody is told again.
-    manager.cache().forgetPath(path::parent(info.broken));
+    owner.cache().forgetPath(path::parent(info.broken));
   }
   if (!info.content) return nullptr;
-  return std::make_shared<Bundle>(manager, std::move(info.content), std::move(paths),
+  return std::make_shared<Bundle>(owner, std::move(info.content), std::move(paths),
                                   std::move(info.pristine));
 }
 
-Bundle::Bundle(BundleManager& manager, plist::value content, std::vector<std::string> paths,
+Bundle::Bundle(bundles::item_owner& owner, plist::value content, std::vector<std::string> paths,
                std::string pristineCopyPlistPath)
-    : BaseItem(manager, content["name"].string_or(""), bundles::item_kind::bundle,
+    : BaseItem(owner, content["name"].string_or(""), bundles::item_kind::bundle,
                content["uuid"].string_or("")),
       content_(std::move(content)),
       hasContent_(paths.empty()),
@@ -110,7 +111,7 @@ plist::value const& Bundle::content() const {
   if (hasContent_) return content_;
   hasContent_ = true;
   // Files that have vanished meanwhile leave what is known.
-  merged_info info = merge(manager().cache(), bundlePaths_, bundles::bundle_info);
+  merged_info info = merge(owner().cache(), bundlePaths_, bundles::bundle_info);
   isLost_ = !info.content;
   if (!isLost_) content_ = std::move(info.content);
   return content_;
@@ -139,7 +140,7 @@ std::vector<std::string> Bundle::deleted() const {
 }
 
 std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItems() const {
-  std::vector<std::shared_ptr<BundleItem>> items = manager().bundleItemsOfBundle(UUID());
+  std::vector<std::shared_ptr<BundleItem>> items = owner().bundleItemsOfBundle(UUID());
   std::map<std::string, std::size_t, std::less<>> places;
   for (std::string& uuid : ordering()) places.emplace(std::move(uuid), places.size());
   auto const place = [&](auto const& item) {
@@ -163,7 +164,7 @@ std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk(bundles::item
   std::sort(hidden.begin(), hidden.end());
   std::vector<bundles::index::item_stubs> found;
   for (std::string const& path : bundlePaths_)
-    found.push_back(bundles::items_in(manager().cache(), path, kind));
+    found.push_back(bundles::items_in(owner().cache(), path, kind));
   std::vector<std::vector<bundles::BundleItemStub*>>
       stacks;  // of layers, the highest priority first
   std::unordered_map<std::string_view, std::size_t> by_uuid;
@@ -177,19 +178,19 @@ std::vector<std::shared_ptr<BundleItem>> Bundle::bundleItemsOnDisk(bundles::item
   }
   std::vector<std::shared_ptr<BundleItem>> result;
   for (auto const& stack : stacks)
-    if (auto item = BundleItem::itemWithStubs(manager(), kind, UUID(), stack))
+    if (auto item = BundleItem::itemWithStubs(owner(), kind, UUID(), stack))
       result.push_back(std::move(item));
   return result;
 }
 
 bool Bundle::isLocal() const {
   return !bundlePaths_.empty() &&
-         bundles::is_below(bundlePaths_.front(), manager().folders().LocalBundlePath());
+         bundles::is_below(bundlePaths_.front(), owner().folders().LocalBundlePath());
 }
 
 bool Bundle::makeLocalPath() {
-  auto const path = bundles::UniqueFileInDirectory(manager().folders().LocalBundlePath(true),
-                                                   name(), bundles::bundle_extension);
+  auto const path = bundles::UniqueFileInDirectory(owner().folders().LocalBundlePath(true), name(),
+                                                   bundles::bundle_extension);
   if (!path || ::mkdir(path->c_str(), 0777) != 0) {
     platform::log_once("error creating bundle path " + path.value_or(name()));
     platform::beep();
@@ -234,7 +235,7 @@ std::string Bundle::localPath() {
 }
 
 std::string Bundle::bundleItemInstallPath() {
-  std::string const installed = manager().folders().PristineCopyBundlePath(true);
+  std::string const installed = owner().folders().PristineCopyBundlePath(true);
   for (std::string const& path : bundlePaths_)
     if (bundles::is_below(path, installed)) return path;
   auto const path = bundles::UniqueFileInDirectory(installed, name(), bundles::bundle_extension);

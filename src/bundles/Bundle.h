@@ -20,14 +20,14 @@ class Bundle : public BaseItem, public std::enable_shared_from_this<Bundle> {
   static constexpr std::string_view separator = "------------------------------------";
 
   /// One that isn't on disk yet.
-  static std::shared_ptr<Bundle> bundleWithName(BundleManager& manager, std::string name);
+  static std::shared_ptr<Bundle> bundleWithName(bundles::item_owner& owner, std::string name);
   /// Of directories with one UUID, the highest priority first. Null when they describe no bundle;
   /// the user has been told of a broken one.
-  static std::shared_ptr<Bundle> bundleWithPaths(BundleManager& manager,
+  static std::shared_ptr<Bundle> bundleWithPaths(bundles::item_owner& owner,
                                                  std::vector<std::string> paths);
 
   /// `content` may lack what bundle_head() leaves out if there are paths.
-  Bundle(BundleManager& manager, plist::value content, std::vector<std::string> paths,
+  Bundle(bundles::item_owner& owner, plist::value content, std::vector<std::string> paths,
          std::string pristineCopyPlistPath);
 
   plist::value const& content() const;

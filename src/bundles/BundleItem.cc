@@ -1,7 +1,7 @@
 #include "bundles/BundleItem.h"
 
 #include "bundles/Bundle.h"
-#include "bundles/BundleManager.h"
+#include "bundles/bundle_folders.h"
 #include "bundles/check/type_check.h"
 #include "bundles/index/item_kinds.h"
 #include "bundles/item_file.h"
@@ -14,10 +14,10 @@
 
 #include <algorithm>
 
-std::shared_ptr<BundleItem> BundleItem::bundleItemWithContent(BundleManager& manager,
+std::shared_ptr<BundleItem> BundleItem::bundleItemWithContent(bundles::item_owner& owner,
                                                               plist::dictionary content,
                                                               bundles::item_kind kind) {
-  auto item = std::make_shared<BundleItem>(manager, kind, "", bundles::keys_from(content),
+  auto item = std::make_shared<BundleItem>(owner, kind, "", bundles::keys_from(content),
                                            std::vector<std::string>());
   item->content_ = std::move(content);
   item->hasContent_ = true;
@@ -26,7 +26,7 @@ std::shared_ptr<BundleItem> BundleItem::bundleItemWithContent(BundleManager& man
 }
 
 std::shared_ptr<BundleItem> BundleItem::itemWithStubs(
-    BundleManager& manager, bundles::item_kind kind, std::string bundleUUID,
+    bundles::item_owner& owner, bundles::item_kind kind, std::string bundleUUID,
     std::vector<bundles::BundleItemStub*> const& layers) {
   std::vector<std::string> paths;
   paths.reserve(layers.size());
@@ -44,15 +44,15 @@ std::shared_ptr<BundleItem> BundleItem::itemWithStubs(
     first.keys = bundles::keys_from(merged);
     first.more = bundles::language_entries(merged);
   }
-  auto item = std::make_shared<BundleItem>(manager, kind, std::move(bundleUUID),
+  auto item = std::make_shared<BundleItem>(owner, kind, std::move(bundleUUID),
                                            std::move(first.keys), std::move(paths));
   item->languageEntries_ = std::move(first.more);
   return item;
 }
 
-BundleItem::BundleItem(BundleManager& manager, bundles::item_kind kind, std::string bundleUUID,
+BundleItem::BundleItem(bundles::item_owner& owner, bundles::item_kind kind, std::string bundleUUID,
                        bundles::item_keys keys, std::vector<std::string> sourcePaths)
-    : BaseItem(manager, std::move(keys.name), kind, std::move(keys.uuid)),
+    : BaseItem(owner, std::move(keys.name), kind, std::move(keys.uuid)),
       keys_(std::move(keys)),
       bundleUUID_(std::move(bundleUUID)),
       sourcePaths_(std::move(sourcePaths)) {}
@@ -81,7 +81,7 @@ void BundleItem::setDraggedFileExtensions(std::vector<std::string> extensions) {
 }
 
 Bundle* BundleItem::bundle() const {
-  return manager().bundleForUUID(bundleUUID_).get();
+  return owner().bundleForUUID(bundleUUID_).get();
 }
 
 void BundleItem::setBundle(Bundle& bundle) {
@@ -99,7 +99,7 @@ void BundleItem::setBundle(Bundle& bundle) {
 
 bool BundleItem::isLocal() const {
   return !sourcePaths_.empty() &&
-         bundles::is_below(sourcePaths_.front(), manager().folders().LocalBundlePath());
+         bundles::is_below(sourcePaths_.front(), owner().folders().LocalBundlePath());
 }
 
 std::string BundleItem::localPath() const {
@@ -117,8 +117,8 @@ std::string BundleItem::bundlePath() const {
 }
 
 std::string BundleItem::supportPath() const {
-  Bundle const* const owner = bundle();
-  return owner ? owner->supportPath() : "";
+  Bundle const* const in = bundle();
+  return in ? in->supportPath() : "";
 }
 
 plist::value BundleItem::contentOfPaths(bundles::item_kind kind,
@@ -175,13 +175,13 @@ std::shared_ptr<BundleItem> BundleItem::createDuplicate() {
   prepareForSaving();
   plist::dictionary copied = content_.entries();
   copied.insert_or_assign("uuid", platform::stringWithUUID());
-  auto copy = bundleItemWithContent(manager(), std::move(copied), kind());
+  auto copy = bundleItemWithContent(owner(), std::move(copied), kind());
   copy->bundleUUID_ = bundleUUID_;
   for (auto const& file : templateFiles())
     copy->templateFiles_.push_back(file->createDuplicate(copy->UUID()));
   copy->hasTemplateFiles_ = true;
-  manager().addBundleItem(copy);
-  if (Bundle* const owner = bundle()) owner->placeAfter(*copy, this);
+  owner().addBundleItem(copy);
+  if (Bundle* const in = bundle()) in->placeAfter(*copy, this);
   return copy;
 }
 
@@ -210,7 +210,7 @@ std::vector<std::shared_ptr<TemplateFile>> const& BundleItem::templateFiles() {
   for (std::string const& name : path::visible_names(directory))
     if (name != "info.plist")
       templateFiles_.push_back(
-          std::make_shared<TemplateFile>(manager(), UUID(), name, path::join(directory, name)));
+          std::make_shared<TemplateFile>(owner(), UUID(), name, path::join(directory, name)));
   std::stable_sort(templateFiles_.begin(), templateFiles_.end(), [](auto const& a, auto const& b) {
     return bundles::caseInsensitiveCompare(a->name(), b->name()) < 0;
   });
@@ -225,7 +225,7 @@ std::shared_ptr<TemplateFile> BundleItem::newTemplateFile() {
   templateFiles();
   std::string name = "template_in.txt";
   for (int n = 2; taken(name); ++n) name = "template_in_" + std::to_string(n) + ".txt";
-  templateFiles_.push_back(std::make_shared<TemplateFile>(manager(), UUID(), name));
+  templateFiles_.push_back(std::make_shared<TemplateFile>(owner(), UUID(), name));
   setModified(true);
   return templateFiles_.back();
 }

@@ -18,16 +18,16 @@ class Bundle;
 class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleItem> {
  public:
   /// A new item, not on disk yet.
-  static std::shared_ptr<BundleItem> bundleItemWithContent(BundleManager& manager,
+  static std::shared_ptr<BundleItem> bundleItemWithContent(bundles::item_owner& owner,
                                                            plist::dictionary content,
                                                            bundles::item_kind kind);
   /// From the digests of its layers, the highest priority first. Null when none of them is a base.
   /// Their strings are taken.
   static std::shared_ptr<BundleItem> itemWithStubs(
-      BundleManager& manager, bundles::item_kind kind, std::string bundleUUID,
+      bundles::item_owner& owner, bundles::item_kind kind, std::string bundleUUID,
       std::vector<bundles::BundleItemStub*> const& layers);
 
-  BundleItem(BundleManager& manager, bundles::item_kind kind, std::string bundleUUID,
+  BundleItem(bundles::item_owner& owner, bundles::item_kind kind, std::string bundleUUID,
              bundles::item_keys keys, std::vector<std::string> sourcePaths);
 
   std::string const& scopeSelector() const { return keys_.scope; }

@@ -1,6 +1,7 @@
 #include "bundles/Bundle.h"
 #include "bundles/BundleItem.h"
-#include "bundles/BundleManager.h"
+#include "bundles/bundle_folders.h"
+#include "bundles/index/CacheManager.h"
 #include "bundles/index/item_kinds.h"
 #include "bundles/item_file.h"
 #include "path/path.h"
@@ -58,16 +59,16 @@ void BundleItem::saveChanges() {
   if (!was_local && !makeLocalFile(is_delta)) return;
   bool saved = bundles::write_dictionary(sourcePaths_.front(), written);
   if (kind() == bundles::item_kind::file_template) saved = writeTemplateFiles(!was_local) && saved;
-  manager().cache().invalidateCacheForPath(path::parent(kind() == bundles::item_kind::file_template
-                                                            ? path::parent(sourcePaths_.front())
-                                                            : sourcePaths_.front()));
+  owner().cache().invalidateCacheForPath(path::parent(kind() == bundles::item_kind::file_template
+                                                          ? path::parent(sourcePaths_.front())
+                                                          : sourcePaths_.front()));
   if (!saved) return platform::beep();
   setModified(false);
 }
 
 bool BundleItem::makeLocalFile(bool is_delta) {
-  Bundle* const owner = bundle();
-  std::string const home = owner ? owner->localPath() : "";
+  Bundle* const in = bundle();
+  std::string const home = in ? in->localPath() : "";
   auto const path = home.empty()
                         ? std::nullopt
                         : bundles::UniqueFileInDirectory(
@@ -124,7 +125,7 @@ bool BundleItem::moveLocalFileToTrash() {
   if (local.empty()) return false;
   content();
   for (auto const& file : templateFiles()) file->content();
-  manager().cache().invalidateCacheForPath(path::parent(local));
+  owner().cache().invalidateCacheForPath(path::parent(local));
   if (int const error = platform::move_to_trash(local); error != 0) {
     platform::log_once("error moving item to trash (" + local + ")");
     platform::beep();

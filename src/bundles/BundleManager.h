@@ -13,6 +13,7 @@
 #include "bundles/BundleItem.h"
 #include "bundles/bundle_folders.h"
 #include "bundles/index/CacheManager.h"
+#include "bundles/item_owner.h"
 #include "platform/event.h"
 #include "platform/responder.h"
 #include "platform/string_table.h"
@@ -24,14 +25,14 @@ class item_view;
 /// Owns every loaded bundle and item, and finds them by UUID and kind. Bundles are loaded at once,
 /// the items of a kind when they are first asked for: a start needs few of them. Main thread only.
 ///
-///     for (auto const& item :
-///     BundleManager::sharedInstance().bundleItemsOfKind(bundles::item_kind::language))
+///     auto& manager = BundleManager::sharedInstance();
+///     for (auto const& item : manager.bundleItemsOfKind(bundles::item_kind::language))
 ///       use(item->content());
 ///
 /// Posts WynBundlesDidChange when the bundles have been loaded again: items held from before are
 /// stale then. User defaults: WynBundleManagerDisabledBundles and WynBundleManagerDeletedBundles,
 /// arrays of UUIDs, and WynDefaultBundleForNewBundleItems, a UUID.
-class BundleManager {
+class BundleManager final : public bundles::item_owner {
  public:
   static constexpr char const* did_change = "WynBundlesDidChange";
   /// Posted by whoever has changed a grammar or a preference.
@@ -51,8 +52,8 @@ class BundleManager {
   BundleManager(BundleManager const&) = delete;
   BundleManager& operator=(BundleManager const&) = delete;
 
-  bundles::bundle_folders const& folders() const { return folders_; }
-  CacheManager& cache() { return cache_; }
+  bundles::bundle_folders const& folders() const override { return folders_; }
+  CacheManager& cache() override { return cache_; }
 
   /// Reads bundles anew; what isn't saved is lost.
   void loadBundles();
@@ -60,19 +61,19 @@ class BundleManager {
   void reloadBundles();
   void saveChanges();
   /// True also when something was added or removed: look-up tables are made anew.
-  void setModified(bool modified);
+  void setModified(bool modified) override;
   bool isModified() const { return isModified_; }
 
   /// Null for a UUID that isn't loaded.
-  std::shared_ptr<Bundle> bundleForUUID(std::string_view uuid) const;
-  std::shared_ptr<BundleItem> bundleItemForUUID(std::string_view uuid) const;
+  std::shared_ptr<Bundle> bundleForUUID(std::string_view uuid) const override;
+  std::shared_ptr<BundleItem> bundleItemForUUID(std::string_view uuid) const override;
   /// By name.
   bundle_list bundles() const;
   /// In the order in which they were loaded: by search path, bundle, kind, file name.
   item_list const& bundleItems() const;
   item_list const& bundleItemsOfKind(bundles::item_kind kind);
   item_list bundleItemsOfKinds(std::vector<bundles::item_kind> const& kinds);
-  item_list const& bundleItemsOfBundle(std::string_view uuid);
+  item_list const& bundleItemsOfBundle(std::string_view uuid) override;
   /// Those that have an item of one of the kinds, by name.
   bundle_list bundlesWithItemsOfKinds(std::vector<bundles::item_kind> const& kinds);
   /// The contents of all items of kind language, in their order. The reference is good until the
@@ -84,7 +85,7 @@ class BundleManager {
   unsigned long revision() const { return revision_; }
 
   void addBundle(std::shared_ptr<Bundle> bundle);
-  void addBundleItem(std::shared_ptr<BundleItem> item);
+  void addBundleItem(std::shared_ptr<BundleItem> item) override;
   /// The user's own and installed directories go to the trash; one that is elsewhere is hidden.
   void removeBundle(std::string const& uuid);
   void removeBundleItem(std::string const& uuid);

@@ -1,7 +1,7 @@
 #include "bundles/TemplateFile.h"
 
 #include "bundles/BundleItem.h"
-#include "bundles/BundleManager.h"
+#include "bundles/bundle_folders.h"
 #include "bundles/item_file.h"
 #include "path/file_system.h"
 #include "path/path.h"
@@ -27,16 +27,16 @@ constexpr char const* new_content =
 
 }  // namespace
 
-TemplateFile::TemplateFile(BundleManager& manager, std::string bundleItemUUID, std::string name)
-    : manager_(manager),
+TemplateFile::TemplateFile(bundles::item_owner& owner, std::string bundleItemUUID, std::string name)
+    : owner_(owner),
       bundleItemUUID_(std::move(bundleItemUUID)),
       name_(std::move(name)),
       content_(new_content),
       isModified_(true) {}
 
-TemplateFile::TemplateFile(BundleManager& manager, std::string bundleItemUUID, std::string name,
+TemplateFile::TemplateFile(bundles::item_owner& owner, std::string bundleItemUUID, std::string name,
                            std::string path)
-    : manager_(manager),
+    : owner_(owner),
       bundleItemUUID_(std::move(bundleItemUUID)),
       name_(std::move(name)),
       path_(std::move(path)) {}
@@ -47,7 +47,7 @@ std::string const& TemplateFile::content() {
 }
 
 bool TemplateFile::isLocal() const {
-  return bundles::is_below(path_, manager_.folders().LocalBundlePath());
+  return bundles::is_below(path_, owner_.folders().LocalBundlePath());
 }
 
 bool TemplateFile::refuse(std::string const& name, char const* why) {
@@ -58,7 +58,7 @@ bool TemplateFile::refuse(std::string const& name, char const* why) {
 
 bool TemplateFile::setName(std::string const& name) {
   if (name == name_) return true;
-  auto const item = manager_.bundleItemForUUID(bundleItemUUID_);
+  auto const item = owner_.bundleItemForUUID(bundleItemUUID_);
   if (item != nullptr)
     for (auto const& file : item->templateFiles())
       if (file.get() != this && file->name() == name) return refuse(name, "name already in use");
@@ -82,11 +82,11 @@ void TemplateFile::setContent(std::string content) {
   if (content == this->content()) return;
   content_ = std::move(content);
   isModified_ = true;
-  if (auto const item = manager_.bundleItemForUUID(bundleItemUUID_)) item->setModified(true);
+  if (auto const item = owner_.bundleItemForUUID(bundleItemUUID_)) item->setModified(true);
 }
 
 std::shared_ptr<TemplateFile> TemplateFile::createDuplicate(std::string bundleItemUUID) {
-  auto copy = std::make_shared<TemplateFile>(manager_, std::move(bundleItemUUID), name_);
+  auto copy = std::make_shared<TemplateFile>(owner_, std::move(bundleItemUUID), name_);
   copy->content_ = content();
   return copy;
 }
@@ -98,7 +98,7 @@ bool TemplateFile::writeToDirectory(std::string const& directory) {
 
 void TemplateFile::removeTemplateFile() {
   if (!isLocal()) {
-    if (auto const item = manager_.bundleItemForUUID(bundleItemUUID_)) item->setModified(true);
+    if (auto const item = owner_.bundleItemForUUID(bundleItemUUID_)) item->setModified(true);
   } else if (platform::move_to_trash(path_) != 0) {
     platform::log_once("error moving template to trash (" + path_ + ")");
     platform::beep();

@@ -1,18 +1,18 @@
 #pragma once
 
+#include "bundles/item_owner.h"
+
 #include <memory>
 #include <optional>
 #include <string>
-
-class BundleManager;
 
 /// A file of a template, read at its first use. Main thread only.
 class TemplateFile {
  public:
   /// A new one, with a comment header for the user's files.
-  TemplateFile(BundleManager& manager, std::string bundleItemUUID, std::string name);
+  TemplateFile(bundles::item_owner& owner, std::string bundleItemUUID, std::string name);
   /// The one at the path.
-  TemplateFile(BundleManager& manager, std::string bundleItemUUID, std::string name,
+  TemplateFile(bundles::item_owner& owner, std::string bundleItemUUID, std::string name,
                std::string path);
 
   std::string const& name() const { return name_; }
@@ -34,7 +34,7 @@ class TemplateFile {
   bool isLocal() const;
   bool refuse(std::string const& name, char const* why);
 
-  BundleManager& manager_;
+  bundles::item_owner& owner_;
   std::string bundleItemUUID_, name_, path_;
   std::optional<std::string> content_;
   bool isModified_ = false;
