@@ -7,8 +7,6 @@
 
 namespace regex {
 
-struct nfa_graph;
-
 /// What is known of where a match can begin, for skipping over text without running the machine.
 struct first_units {
   enum class place : std::uint8_t { anywhere, line_start, text_start };
@@ -27,7 +25,5 @@ struct first_units {
     return false;
   }
 };
-
-first_units find_first_units(nfa_graph const& pattern);
 
 }  // namespace regex

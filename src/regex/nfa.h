@@ -22,6 +22,9 @@ struct nfa_graph {
   regex::first_units first_units;
 };
 
+/// To be called when all else of the graph is made.
+first_units find_first_units(nfa_graph const& pattern);
+
 /// One node a line: its number, what it is, and where it leads. For tests and reports of faults.
 std::string dump(nfa_graph const& pattern);
 
