@@ -38,7 +38,24 @@ CASES = [
      ["src/desktop/b.cc:1: desktop/ may not include text/: text/a.h"]),
     ("a circle", {"text/b.h": HEADER + '#include "text/c.h"\n',
                   "text/c.h": HEADER + '#include "text/b.h"\n'},
-     ["src/text/b.h:1: includes itself: text/b.h -> text/c.h -> text/b.h"]),
+     ["src/text/b.h:1: a circle of text/b.h, text/c.h"]),
+    ("a circle of types", {"text/b.h": HEADER + '#include "text/c.h"\nnamespace text {\nclass d;\n}\n',
+                           "text/c.h": HEADER + "namespace text {\nclass c {};\n}\n",
+                           "text/d.h": HEADER + "namespace text {\nclass c;\nclass b;\n"
+                                                "class d : e {\n};\n}\n",
+                           "text/views/b.h": HEADER + "namespace text {\nstruct b {\n};\n}\n"
+                                                      '#include "text/b.h"\n'},
+     ["src/text/b.h:1: a circle of text/b.h, text/d.h, text/views/b.h"]),
+    ("one idea in two headers", {"regex/nfa.h": HEADER + "namespace regex {\nclass visit_nfa;\n}\n",
+                                 "regex/visit_nfa.h": HEADER + '#include "regex/nfa.h"\n'
+                                 "namespace regex {\nclass visit_nfa {\n};\n}\n"},
+     []),
+    ("in no namespace", {"text/b.h": HEADER + "/// A b { of c.\nnamespace text {\nint f() {\n"
+                                              "  return 1;\n}\n}\nclass WynB {\n  int x;\n};\n"
+                                              "class b;\ninline int g() {\n  return 1;\n}\n",
+                         "desktop/b.h": HEADER + "class b;\n"},
+     ["src/text/b.h:11: in no namespace: class b",
+      "src/text/b.h:12: in no namespace: inline int g()"]),
     ("between neighbours", {"regex/a.cc": '#include "headless/a.h"\n',
                             "actions/a.cc": '#include "grammar/a.h"\n'},
      ["src/actions/a.cc:1: grammar/ is on the same floor as actions/: grammar/a.h",
@@ -70,7 +87,7 @@ CASES = [
      ["src/util/a.txt:1: not in a folder that the list of floors knows"]),
     ("stray file", {"a.cc": ""},
      ["src/a.cc:1: not in a folder that the list of floors knows"]),
-    ("no guard", {"text/b.h": "int f();\n"},
+    ("no guard", {"text/b.h": "namespace text {}\n"},
      ["src/text/b.h:1: a header says #pragma once"]),
 ]
 
