@@ -380,7 +380,7 @@ bool AppDelegate::newDocumentFromTemplate(std::string const& uuid) {
       commands::environment_for(view != nullptr ? static_cast<platform::responder*>(view) : this));
   if (files.paths.empty()) {
     platform::desktop::current().alerts().run(
-        {"The Template Made No File", item->name() + ": " + files.error, {"Continue"}});
+        {"The Template Created No File", item->name() + ": " + files.error, {"Continue"}});
     return true;
   }
   if (files.paths.size() > 1) {

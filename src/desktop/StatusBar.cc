@@ -24,11 +24,11 @@ struct part_kind {
 
 // From left to right.
 constexpr part_kind part_kinds[] = {
-    {"incrementalSearch", "What is searched for as you type", ""},
-    {"isRecordingMacro", "What you do is recorded as a macro", ""},
-    {"pendingKeys", "More keys are waited for; Escape ends that", ""},
+    {"incrementalSearch", "Incremental search", ""},
+    {"isRecordingMacro", "Recording a macro", ""},
+    {"pendingKeys", "Waiting for the next key; Escape cancels", ""},
     {"snippetField", "Tab goes to the next field of the snippet", ""},
-    {"fileState", "The text is nowhere but in this window until it is saved", ""},
+    {"fileState", "This text is not saved in any file", ""},
     {"lineNumber", "Line and column of the caret", "Line 88888, Column 888"},
     {"currentMode", "Language", ""},
     {"currentSymbol", "Symbol at the caret", ""},

@@ -66,9 +66,8 @@ void tell_could_not_open(path::file_error const& error, std::string const& path)
 void tell_could_not_save(path::write_error const& error, std::string const& path) {
   std::string text = "The file " + name_of(path) + " could not be saved. " + cause_of(error, path);
   if (error.target_damaged)
-    text += " What is on disk is incomplete now. The whole text is still here, unsaved.";
-  if (error.is_in_place)
-    text += " It is in the folder, but may not be there after a power cut. Save it once more.";
+    text += " The file on disk is incomplete. The full text is still open here, unsaved.";
+  if (error.is_in_place) text += " It was written, but may be lost in a power failure. Save again.";
   tell("Couldn't Save", text, error.target_damaged);
 }
 
@@ -84,8 +83,8 @@ bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset) {
 bool ask_to_save_lone_surrogate(std::string const& name, std::size_t line) {
   return ask(
       {"Encoding Error",
-       "The document " + quoted(name) + " holds half of a character (a lone surrogate) in line " +
-           std::to_string(line) +
+       "The document " + quoted(name) +
+           " contains an invalid character (a lone surrogate) in line " + std::to_string(line) +
            ", which is not valid in UTF-8. Other programs may refuse to read the file. Would "
            "you like to save it nevertheless?",
        {"Don't Save", "Save Anyway"}},
@@ -120,9 +119,9 @@ bool ask_to_overwrite(std::string const& path) {
 }
 
 bool ask_to_lose_attributes(std::string const& path, std::string const& lost) {
-  return may_overwrite("Couldn't Save", "Saving would take from the file " + name_of(path) + " " +
-                                            lost + ", and you may not give it back." +
-                                            like_to_overwrite);
+  return may_overwrite("Couldn't Save",
+                       "Saving would remove " + lost + " from the file " + name_of(path) +
+                           ", and you are not permitted to undo that." + like_to_overwrite);
 }
 
 bool ask_to_save_without_copy(std::string const& path, path::file_error const& error) {

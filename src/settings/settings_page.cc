@@ -33,7 +33,7 @@ constexpr std::array<std::pair<char const*, char const*>, 5> headings = {{
     {"Fonts and Colours", ""},
     {"Files", ""},
     {"Advanced", ""},
-    {"Remembered", "What the program keeps for itself; there is no need to edit it.\n\n"},
+    {"Remembered", "State kept by the program; there is no need to edit it.\n\n"},
 }};
 
 std::string replaced(std::string text, char from, std::string const& to) {

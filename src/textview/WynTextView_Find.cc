@@ -24,7 +24,7 @@ std::string status_for(search::find_answer const& answer, std::string const& not
     case search::search_end::found:
       return "";
     case search::search_end::gave_up:
-      return "Gave up: the pattern takes too long";
+      return "Search stopped: the pattern takes too long";
     case search::search_end::cancelled:
       return "Cancelled";
     default:

@@ -132,10 +132,9 @@ void WynSelectBundleItem::updateNote() {
   if (!displayItems_.empty())
     note_ = isEverywhere_ ? "In all scopes" : "Scopes: " + scope_;
   else if (isEverywhere_)
-    note_ = "Nothing has these letters in this order.";
+    note_ = "No matches.";
   else
-    note_ =
-        "Nothing for these scopes has these letters in this order; capitals look in all of them.";
+    note_ = "No matches for these scopes; capitals search all scopes.";
 }
 
 void WynSelectBundleItem::prepareRankers(choice& each) {
@@ -198,7 +197,8 @@ void WynSelectBundleItem::showKeyEquivalent(std::string const& key) {
   }
   displayItems_.clear();
   for (std::size_t i = 0; i < choices_.size(); ++i) displayItems_.push_back(i);
-  note_ = choices_.empty() ? "The key types its text, if it has any." : "Scopes: " + scope_;
+  note_ = choices_.empty() ? "The key has no binding and types its character, if it has one."
+                           : "Scopes: " + scope_;
 }
 
 platform::picker_row WynSelectBundleItem::row(std::size_t index) const {

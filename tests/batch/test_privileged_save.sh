@@ -197,6 +197,6 @@ pkexec 'chmod u+w "$5"; echo torn >"$5"; chmod u-w "$5"
 echo "quirnote-write-file: write: Input/output error" >&2
 exit 3'
 edit 3 --save folder/file
-grep -q 'Input/output error. What is on disk is incomplete' out
+grep -q 'Input/output error. The file on disk is incomplete' out
 tail -n +2 folder/file | grep -q . && fail 'not torn'
 [[ $(tail -c 7 "$(copies)") == 200000 ]]

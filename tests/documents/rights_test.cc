@@ -27,8 +27,9 @@ constexpr char const* read_only =
     "Couldn't Save|The file file is read-only. Attempt to overwrite?|Overwrite";
 
 std::string loses(std::string const& what) {
-  return "Couldn't Save|Saving would take from the file \u201Cfile\u201D " + what +
-         ", and you may not give it back. Would you like to overwrite it?|Overwrite";
+  return "Couldn't Save|Saving would remove " + what +
+         " from the file \u201Cfile\u201D, and you are not permitted to undo that. Would you like "
+         "to overwrite it?|Overwrite";
 }
 
 rights_case const cases[] = {

@@ -432,8 +432,8 @@ TEST_F(document, half_written_file_is_a_critical_alert) {
   path::write_error const error{path::make_file_error("write", "/x/file", EIO), true};
   documents::tell_could_not_save(error, "/x/file");
   EXPECT_EQ(alerts(), strings{"Couldn't Save|The file \u201Cfile\u201D could not be saved. "
-                              "Input/output error. What is on disk is incomplete now. The whole "
-                              "text is still here, unsaved.|Continue"});
+                              "Input/output error. The file on disk is incomplete. The full text "
+                              "is still open here, unsaved.|Continue"});
 }
 
 }  // namespace

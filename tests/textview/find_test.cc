@@ -249,7 +249,7 @@ TEST_F(find, giving_up_is_told_apart_from_not_finding) {
   set("|" + std::string(40, 'a'));
   plist::value const answer = view.findWithOptions(
       {{"findString", "^(a|a|aa)+$\\1b"}, {"action", "findNext"}, {"regularExpression", true}});
-  EXPECT_EQ(answer["statusText"].string_or(""), "Gave up: the pattern takes too long");
+  EXPECT_EQ(answer["statusText"].string_or(""), "Search stopped: the pattern takes too long");
 }
 
 TEST_F(find, what_is_found_is_what_a_plain_search_finds) {
