@@ -31,7 +31,7 @@ std::optional<text_clip> clip_of(platform::pasteboard_content const& content,
 /// A clip for a pasteboard: as text, and as what this program puts back in the same shape.
 plist::dictionary pasteboard_types_of(text_clip const& clip);
 
-/// As long as one lives, what is copied stays with this program's own actions, which go on from
+/// As long as one lives, what is copied stays with this program's own actions, which continue from
 /// what the general pasteboard holds: a macro leaves that as it is, and its clips vanish from the
 /// history. They nest.
 class private_clipboard {

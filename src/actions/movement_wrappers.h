@@ -26,8 +26,8 @@ void select_for_deletion(text::view* view, movement_function f);
 bool delete_action(text::view* view, movement_function f);
 
 /// @name Steps of the caret
-/// Left and right collapse a selection of which the caret is an end, and go on from a caret inside
-/// it. Up and down leave a selection of several lines from its first and its last row.
+/// Left and right collapse a selection of which the caret is an end, and continue from a caret
+/// inside it. Up and down leave a selection of several lines from its first and its last row.
 /// @{
 bool move_left(text::view* view);
 bool move_right(text::view* view);

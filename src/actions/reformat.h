@@ -21,7 +21,7 @@ struct reformat_options {
   bool keep_prefix = true;
 };
 
-/// The paragraphs of `text` wrapped anew.
+/// The paragraphs of `text` wrapped again.
 std::u16string reformatted(text::unit_view text, reformat_options const& options);
 
 }  // namespace actions

@@ -47,7 +47,7 @@ constexpr case_change case_changes[] = {
     {"changeCaseOfWord:", toggle_case, select_word_right},
 };
 
-/// Text that is put together anew may join characters where a mark stands.
+/// Text that is put together again may join characters where a mark stands.
 void put_marks_at_characters(text::view& view) {
   text::selection& selection = view.selection;
   for (auto* mark : {&selection.first_mark, &selection.last_mark, &selection.current_mark})

@@ -8,7 +8,7 @@ namespace actions {
 
 /// Walks from `first`, which is after an `open`, and stops after the `close` that belongs to it,
 /// or at `last`. Over reverse iterators, with the units given the other way round, it walks back
-/// to the opening one. `found` tells whether there was one.
+/// to the opening one. `found` says whether there was one.
 template <typename It>
 It skip_pair(It first, It last, text::char_t open, text::char_t close, bool& found) {
   std::size_t depth = 1;

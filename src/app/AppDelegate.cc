@@ -142,7 +142,7 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
     if (auto const* bytes = path.as_data()) openRecentFile({bytes->begin(), bytes->end()});
   });
   add("reloadBundles:", [](auto const&) {
-    // Whoever asks for it has perhaps changed files in a way that the index doesn't see.
+    // The user has perhaps changed files in a way that the index doesn't see.
     BundleManager::sharedInstance().cache().flush();
     BundleManager::sharedInstance().reloadBundles();
     WynThemeManager::sharedInstance().reloadThemes();
@@ -390,7 +390,7 @@ bool AppDelegate::newDocumentFromTemplate(std::string const& uuid) {
   return showAsNewDocument(files.paths.front());
 }
 
-// Its name and first line tell the language, but the document has no file.
+// Its name and first line determine the language, but the document has no file.
 bool AppDelegate::showAsNewDocument(std::string const& path) {
   documents::file_text read;
   if (documents::read_file_text(path, encoding::UTF8, true, read)) return false;

@@ -34,11 +34,11 @@ class AppDelegate : public platform::application_delegate,
   /// What to open at launch: each argument FILE[:LINE[:COLUMN]], taken from `directory`, in a
   /// window of its own.
   void setLaunchArguments(std::vector<std::string> arguments, std::string directory);
-  /// Why the menus aren't those that are installed; told once the first window is there. Empty if
+  /// Why the menus aren't those that are installed; shown once the first window is there. Empty if
   /// they are.
   void setMenuFault(std::string fault) { menuFault_ = std::move(fault); }
   /// Shows a file, in the window that has it already if there is one. Null when it could not be
-  /// read; the user has been told.
+  /// read; the user has seen an alert.
   WynDocumentController* openFile(std::string const& path,
                                   std::optional<text::line_place> const& place);
   void openFiles(std::vector<std::string> const& paths);
@@ -67,7 +67,7 @@ class AppDelegate : public platform::application_delegate,
 
   // platform::application_delegate
   void didFinishLaunching() override;
-  /// Asked anew while its questions are on screen, it gives false.
+  /// Asked again while its questions are on screen, it gives false.
   bool applicationShouldTerminate() override;
   bool applicationMustTerminate() override;
   void applicationDidBecomeActive() override;

@@ -123,7 +123,7 @@ class batch_run {
     struct stat info;
     if (::stat(path.c_str(), &info) != 0 || !S_ISFIFO(info.st_mode))
       return WynDocument::documentWithContentsOfFile(path);
-    // Waits for somebody to write to it.
+    // Waits for a process to write to it.
     int const pipe = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     auto const document = WynDocument::documentWithContentsOfStream(pipe, path);
     if (pipe >= 0) ::close(pipe);
@@ -287,7 +287,7 @@ class batch_run {
       return fail(options_.render, error);
     auto const contents = path::contents_of(png);
     auto failure = path::write_atomically(options_.render, contents);
-    // The file may have other names, or stand in somebody else's folder.
+    // The file may have other names, or stand in another user's folder.
     bool const is_not_replaceable =
         failure && (failure->code == EPERM || failure->code == EACCES || failure->code == EMLINK);
     if (is_not_replaceable) failure = path::write_in_place(options_.render, contents);
@@ -309,7 +309,7 @@ class batch_run {
   AppDelegate app_;
   batch_output output_;
   std::vector<batch_macro> macros_;
-  std::string unknown_;  // an action that nobody knows, of those performed on the present file
+  std::string unknown_;  // an action that is unknown, of those performed on the present file
   std::string const folder_ = path::cwd();
   unsigned steps_ = 0;
   int status_ = done;

@@ -6,7 +6,7 @@
 namespace app {
 
 /// The clipboard history on the disk, for those who set `WynClipboardHistoryKept`: without it the
-/// history ends with the program, and a file of an earlier time is removed. Nobody else may read
+/// history ends with the program, and a file of an earlier time is removed. No other user may read
 /// the file. With several processes the one that saves last wins: they hear of each other's clips
 /// when the user turns to them. Main thread only; faults are reported once on standard error.
 class clip_history_file {

@@ -243,7 +243,7 @@ class parser {
     int const argc = static_cast<int>(argv.size());
     argv.push_back(nullptr);
     std::vector<option> const options = long_options();
-    optind = 0;  // another run in this process begins anew
+    optind = 0;  // another run in this process begins again
     opterr = 0;
     // Files come in their places (-), a missing value is told from an unknown option (:).
     for (int code; (code = getopt_long(argc, argv.data(), "-:h0", options.data(), nullptr)) != -1;)

@@ -95,7 +95,7 @@ recent_files::state recent_files::read(std::vector<std::string>& list) const {
   return state::readable;
 }
 
-/// Its names may be all that somebody has to find his files by.
+/// Its names may be all that the user has to find files by.
 bool recent_files::set_aside() {
   std::string kept;
   int const error = platform::set_aside(list_path_, kept, platform::file_calls::system());

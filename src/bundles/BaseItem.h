@@ -22,7 +22,7 @@ class BaseItem {
   bundles::item_owner& owner() const { return owner_; }
 
   void setName(std::string name);
-  /// What is modified is written by saveChanges(), and the owner is told.
+  /// What is modified is written by saveChanges(), and the owner is notified.
   void setModified(bool modified);
 
   /// Whether both are the same bundle or item.
@@ -31,7 +31,7 @@ class BaseItem {
   /// Writes all of it, without layers, under a free name in the directory. The name, or "" on
   /// failure.
   virtual std::string writeToDirectory(std::string const& directory) = 0;
-  /// Writes what has changed to the user's own files. On failure, which is logged and heard, it
+  /// Writes what has changed to the user's own files. On failure, which is logged and beeps, it
   /// stays modified.
   virtual void saveChanges() = 0;
 

@@ -90,7 +90,7 @@ std::shared_ptr<Bundle> Bundle::bundleWithPaths(bundles::item_owner& owner,
   merged_info info = merge(owner.cache(), paths, bundles::bundle_head);
   if (!info.broken.empty()) {
     bundles::tell_could_not_load(info.broken);
-    // Read anew, the folder of bundles doesn't name it any more, and nobody is told again.
+    // Read again, the folder of bundles doesn't name it any more, and nothing is reported again.
     owner.cache().forgetPath(path::parent(info.broken));
   }
   if (!info.content) return nullptr;

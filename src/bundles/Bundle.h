@@ -22,7 +22,7 @@ class Bundle : public BaseItem, public std::enable_shared_from_this<Bundle> {
   /// One that isn't on disk yet.
   static std::shared_ptr<Bundle> bundleWithName(bundles::item_owner& owner, std::string name);
   /// Of directories with one UUID, the highest priority first. Null when they describe no bundle;
-  /// the user has been told of a broken one.
+  /// the user has been alerted to a broken one.
   static std::shared_ptr<Bundle> bundleWithPaths(bundles::item_owner& owner,
                                                  std::vector<std::string> paths);
 
@@ -43,7 +43,7 @@ class Bundle : public BaseItem, public std::enable_shared_from_this<Bundle> {
   /// The items: first those that `ordering` names.
   std::vector<std::shared_ptr<BundleItem>> bundleItems() const;
   std::vector<std::shared_ptr<BundleItem>> bundleItemsOfKind(bundles::item_kind kind) const;
-  /// Those of one kind, read anew from the directories, without what is disabled or deleted.
+  /// Those of one kind, read again from the directories, without what is disabled or deleted.
   std::vector<std::shared_ptr<BundleItem>> bundleItemsOnDisk(bundles::item_kind kind) const;
 
   /// A dictionary of `items`, `submenus` and `excludedItems`, completed by items that it doesn't

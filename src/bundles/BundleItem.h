@@ -67,7 +67,7 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
   /// What content() is, from files; `base` becomes the one that is no delta. Any thread.
   static plist::value contentOfPaths(bundles::item_kind kind, std::vector<std::string> const& paths,
                                      std::string* base = nullptr);
-  /// Of a grammar: what tells which files are in its language, with `uuid`, `name` and, for
+  /// Of a grammar: what determines which files are in its language, with `uuid`, `name` and, for
   /// messages, `item`, its path. Without reading the file.
   plist::value languageEntries() const;
   void setContentValueForKey(plist::value v, std::string const& key);

@@ -35,7 +35,7 @@ class item_view;
 class BundleManager final : public bundles::item_owner {
  public:
   static constexpr char const* did_change = "WynBundlesDidChange";
-  /// Posted by whoever has changed a grammar or a preference.
+  /// Posted by what has changed a grammar or a preference.
   static constexpr char const* languages_did_change = "WynLanguagesDidChange";
   static constexpr char const* preferences_did_change = "WynPreferencesDidChange";
   using bundle_list = std::vector<std::shared_ptr<Bundle>>;
@@ -55,12 +55,12 @@ class BundleManager final : public bundles::item_owner {
   bundles::bundle_folders const& folders() const override { return folders_; }
   CacheManager& cache() override { return cache_; }
 
-  /// Reads bundles anew; what isn't saved is lost.
+  /// Reloads bundles; unsaved changes are lost.
   void loadBundles();
-  /// Saves, reads anew and tells everyone. What could not be saved stays as it is in memory.
+  /// Saves, reloads and notifies observers. What could not be saved stays as it is in memory.
   void reloadBundles();
   void saveChanges();
-  /// True also when something was added or removed: look-up tables are made anew.
+  /// True also when something was added or removed: look-up tables are made again.
   void setModified(bool modified) override;
   bool isModified() const { return isModified_; }
 
@@ -121,10 +121,10 @@ class BundleManager final : public bundles::item_owner {
   static item_list sortItemsAccordingToScope(item_list const& items, std::string_view scope);
 
   // Executing (BundleManager_Executing.cc)
-  /// Whether somebody from `first` on takes what the item stands for.
+  /// Whether a responder from `first` on can execute the item.
   static bool canExecuteItem(BundleItem const& item, platform::responder* first);
-  /// Sends the item's action to `first` and those after it; false if nobody takes it. It is
-  /// currentBundleItem() meanwhile.
+  /// Sends the item's action to `first` and those after it; false if no responder performs it. It
+  /// is currentBundleItem() meanwhile.
   bool executeItem(std::shared_ptr<BundleItem> const& item, platform::responder& first);
   /// False also if there is no such item.
   bool executeItemWithUUID(std::string_view uuid, platform::responder& first);

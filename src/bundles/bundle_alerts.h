@@ -4,7 +4,7 @@
 
 #include "platform/shown_characters.h"
 
-/// What the manager of bundles tells and asks the user. Without a desktop, on standard error, and
+/// The alerts of the manager of bundles. Without a desktop, on standard error, and
 /// questions get the answer that changes nothing. Main thread only.
 namespace bundles {
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr double first_delay = 1, between = 0.02;  // seconds
 constexpr std::size_t at_once = 64;                // folders, less than a millisecond
-constexpr double until_quiet = 0.1;                // folders of one bundle are told one by one
+constexpr double until_quiet = 0.1;                // folders of one bundle are reported one by one
 
 bool is_folder(std::string const& path) {
   struct stat info;

@@ -13,7 +13,7 @@ namespace bundles {
 /// about. Any thread.
 plist::value read_dictionary(std::string const& path);
 
-/// Puts the new content in the place of the file's, so that whoever reads it, and a kill, finds one
+/// Puts the new content in the place of the file's, so that readers, and a kill, find one
 /// of both whole. False, after a complaint, on failure.
 bool write_dictionary(std::string const& path, plist::dictionary const& content);
 bool write_file(std::string const& path, std::string_view bytes);

@@ -5,7 +5,7 @@
 
 namespace commands {
 
-/// What commands are told of where they run: the user's own variables (WynShellVariables), what
+/// The environment of commands: the user's own variables (WynShellVariables), what
 /// the responders from `first` on contribute, the nearest one winning, and of the program itself
 /// QN_FULLNAME and QN_APP_PATH.
 variables environment_for(platform::responder* first);

@@ -18,7 +18,7 @@ class MenuTarget {
   /// Null when nothing can be done any more.
   virtual platform::responder* menu_responder() = 0;
   virtual std::vector<platform::menu_item> dynamic_items(std::string_view name) = 0;
-  /// Performs the selector through the responder chain; beeps when nobody knows it.
+  /// Performs the selector through the responder chain; beeps if no responder implements it.
   virtual void perform(std::string_view selector, plist::value const& argument) = 0;
 
  protected:

@@ -27,7 +27,7 @@ class PictureHost final : public platform::view_host {
   }
   ~PictureHost() { client_.set_host(nullptr); }
 
-  // The size is known only once the client has a host's font. Then it starts anew, as a view of
+  // The size is known only once the client has a host's font. Then it starts again, as a view of
   // one pixel has scrolled to the caret.
   void resize(int columns, int rows) {
     platform::size const wanted = client_.size_for(columns, rows);

@@ -10,7 +10,7 @@
 namespace widgets {
 
 /// What the desktop's settings say, through its portal on the session bus; where they say nothing,
-/// dark is what has dark windows. The bus isn't touched before somebody asks.
+/// dark is what has dark windows. The bus isn't touched before it is asked for.
 class QtAppearance final : public QObject, public platform::appearance {
   Q_OBJECT
 

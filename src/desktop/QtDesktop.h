@@ -31,7 +31,7 @@ class Application final : public QApplication {
   using QApplication::QApplication;
   std::function<void()> on_quit;
 
-  /// An event for which memory runs out is given up, and the user is told.
+  /// An event for which memory runs out is given up, and the user sees an alert.
   bool notify(QObject* receiver, QEvent* event) override;
 
  protected:

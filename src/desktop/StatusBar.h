@@ -14,7 +14,7 @@
 namespace widgets {
 
 /// The line below the text: caret, mode, encoding, line endings, tabs. Paints itself, since a row
-/// of labels would lay out the whole window anew at each move of the caret.
+/// of labels would lay out the whole window again at each move of the caret.
 class StatusBar final : public QWidget {
  public:
   /// Called when a part is clicked, with the key of its value and the part's top left corner.

@@ -11,7 +11,7 @@ namespace widgets {
 /// the program was started to ignore (nohup) stays ignored. One object at a time; main thread only.
 ///
 /// They often come in a row: a terminal that is closed sends SIGHUP, and its shell sends it again.
-/// So further ones count for nothing once the loop has been told of the first, as texts are being
+/// So further ones count for nothing once the loop has received the first, as texts are being
 /// kept then. If it has not been told for three seconds it seems to hang, and they end the process.
 class TerminationSignals {
  public:

@@ -122,7 +122,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   CompletionList* completions_ = nullptr;  // made when first needed, a child of this
   KeyTranslation keys_;
 
-  // The last press, to tell double and triple clicks.
+  // The last press, to recognize double and triple clicks.
   QElapsedTimer since_press_;
   QPointF press_at_;
   Qt::MouseButton press_button_ = Qt::NoButton;

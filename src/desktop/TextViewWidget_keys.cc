@@ -32,7 +32,7 @@ bool is_text(std::u16string const& characters) {
   return c >= 0x20 && c != 0x7F && !(0xF700 <= c && c <= 0xF8FF);
 }
 
-// Alt with a key whose text it doesn't change is a shortcut that nobody knows, and no text.
+// Alt with a key whose text it doesn't change is a shortcut that is unknown, and no text.
 bool is_shortcut(platform::key_event const& event) {
   if (event.modifiers & (mod::command | mod::control)) return true;
   return (event.modifiers & mod::option) && event.characters == event.characters_ignoring_modifiers;

@@ -25,7 +25,7 @@
 /// views on it.
 ///
 ///     auto document = WynDocument::documentWithContentsOfFile(path);
-///     if (!document) return;                   // the user has been told why
+///     if (!document) return;                   // the user has seen why
 ///     document->openDocument();
 ///     text::view* view = document->obtainView();
 ///     ...
@@ -59,10 +59,10 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
 
   /// A new untitled document.
   static std::shared_ptr<WynDocument> document();
-  /// The document of that file, shared with whoever has it open. If there is no such file it is
-  /// empty. If the file can't be read, is none (a folder, a pipe), is too large (EFBIG) or memory
-  /// runs out (ENOMEM), the user is told and null is returned, so that no save can overwrite it;
-  /// `reason` is set unless it is null.
+  /// The document of that file, shared with the windows that show it. If there is no such file it
+  /// is empty. If the file can't be read, is none (a folder, a pipe), is too large (EFBIG) or
+  /// memory runs out (ENOMEM), the user sees an alert and null is returned, so that no save can
+  /// overwrite it; `reason` is set unless it is null.
   static std::shared_ptr<WynDocument> documentWithContentsOfFile(
       std::string const& path, path::file_error* reason = nullptr);
   /// The same without a look at the cache of shared documents.
@@ -70,7 +70,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
                                                              path::file_error* reason = nullptr);
 
   /// An untitled document of all that comes from `descriptor`, which messages call `name`. Null if
-  /// it can't be read; the user has been told.
+  /// it can't be read; the user has seen an alert.
   static std::shared_ptr<WynDocument> documentWithContentsOfStream(int descriptor,
                                                                    std::string const& name);
 
@@ -132,7 +132,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   void setDidCloseObserver(std::function<void()> documentDidClose);
 
   /// Each window that shows the document opens and closes it once. When the last one closes it, the
-  /// next to open the file reads it anew. The file of an open document is watched.
+  /// next to open the file reads it again. The file of an open document is watched.
   bool openDocument();
   void closeDocument();
   unsigned openCount() const { return openCount_; }
@@ -153,7 +153,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   static bool shouldSaveMetaData(std::string const& path);
 
   /// Saves the text at `path`, asking the user where that would lose something. True if the file
-  /// holds the text now. Otherwise the user has said so or has been told why, and the document is
+  /// holds the text now. Otherwise the user has said so or has seen why, and the document is
   /// as it was. To save under another name set the filename after that.
   bool writeToFile(std::string const& path);
   /// The same under a name that is new, for a script: the file gets the permissions of the present

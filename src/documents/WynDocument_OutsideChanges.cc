@@ -85,7 +85,7 @@ bool WynDocument::checkForFilesystemChanges() {
   if (!readAgain(std::nullopt, pairs, text, error)) {
     bool const too_large = error && error->code == EFBIG;
     if (too_large) documents::tell_could_not_open(*error, filename_);
-    if (!error || too_large) {  // for lack of room, which is told once for each change
+    if (!error || too_large) {  // for lack of room, which is reported once for each change
       fileStamp_ = stamp;
       fileContent_ = file_content::not_loaded;
     }

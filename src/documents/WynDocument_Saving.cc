@@ -172,7 +172,7 @@ path::write_options WynDocument::optionsForSaving(std::string const& path) const
   return options;
 }
 
-/// For a file that is made anew by whoever runs the program: no owner, and of the permissions only
+/// For a file that is created by whoever runs the program: no owner, and of the permissions only
 /// what the umask leaves. One that is there already keeps its own: whoever owns the text isn't to
 /// get the file.
 void WynDocument::takeLeaveOfOwner(path::write_options& options) {

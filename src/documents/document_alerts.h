@@ -6,7 +6,7 @@
 #include "path/file_error.h"
 #include "path/file_writer.h"
 
-/// What documents tell and ask the user. Paths may be any bytes. Questions give true for the answer
+/// The alerts of documents. Paths may be any bytes. Questions give true for the answer
 /// that is named first.
 namespace documents {
 

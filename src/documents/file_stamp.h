@@ -13,14 +13,14 @@ namespace documents {
 /// Nanoseconds since 1970-01-01 00:00:00 UTC.
 using file_date = std::int64_t;
 
-/// By what it is seen that a file was changed by somebody else: if the stamps are equal it was not.
+/// Detects changes of a file by other processes: if the stamps are equal it was not.
 struct file_stamp {
   file_date modified = 0;  ///< of the path itself, which may be a link
   path::file_version target;
 
   /// Without a look at the inode, which some file systems over a network change for no reason. The
-  /// size tells two changes within one tick of the file system's clock apart. Who is about to
-  /// overwrite the file compares `target`.
+  /// size distinguishes two changes within one tick of the file system's clock. Before overwriting
+  /// the file, compare `target`.
   friend bool operator==(file_stamp const& a, file_stamp const& b) {
     return a.modified == b.modified && a.target.modified == b.target.modified &&
            a.target.size == b.target.size;

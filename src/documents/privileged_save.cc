@@ -53,7 +53,7 @@ std::optional<path::file_version> version_in(std::string const& identity) {
 }
 
 /// The permissions that a new file is to have. Where none are known they are those of any file that
-/// this user makes, but nobody besides the administrator may write it.
+/// this user makes, but no one but the administrator may write it.
 mode_t mode_if_new(path::write_target const& target) {
   constexpr mode_t permissions = 0777;
   if (auto const& wanted = target.attributes(false)) return wanted->st_mode & permissions;
@@ -71,7 +71,7 @@ std::string described(path::write_target const& target) {
   return text;
 }
 
-/// The first part of the path, whose links have been followed, that somebody other than root may
+/// The first part of the path, whose links have been followed, that a user other than root may
 /// change; "" if none. Whoever changes the program that writes gets the rights that are asked for.
 std::string changeable_by_others(std::string const& program) {
   for (std::size_t end = 0; end != program.npos;) {

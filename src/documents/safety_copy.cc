@@ -36,7 +36,7 @@ std::optional<path::file_error> failure(char const* operation, std::string const
   return path::make_file_error(operation, path, errno);
 }
 
-/// A folder for safety copies, made if need be. Nobody else can enter it or has
+/// A folder for safety copies, made if need be. No other user can enter it or has
 /// made it.
 std::optional<path::file_error> prepare(std::string const& folder, path::file_system_calls& calls) {
   std::vector<std::string> missing;
@@ -94,7 +94,7 @@ std::string unused_name(std::string const& folder) {
   return folder + "/" + std::string(prefix) + std::to_string(random());
 }
 
-/// Opens and locks the copy at `path`, if it is one of ours that nobody holds.
+/// Opens and locks the copy at `path`, if it is one of ours that no process holds.
 std::unique_ptr<path::file_descriptor> take(std::string const& path, struct stat& info) {
   auto file = std::make_unique<path::file_descriptor>(path::file_system_calls::system());
   if (file->open(path, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY) != 0) return nullptr;
@@ -239,7 +239,7 @@ std::optional<path::file_error> safety_copy::create_as(std::string const& name,
     if (auto error = output.write(all)) return error;
     if (auto error = output.sync()) return error;
     if (auto error = output.close()) return error;
-    // Another program may have put a copy of its own there since somebody looked.
+    // Another program may have put a copy of its own there since the last look.
     if (int const code = platform::rename_to_new(AT_FDCWD, part.c_str(), name.c_str(), calls))
       return path::make_file_error("rename", name, code);
     if (auto error = path::sync_folder_of(name, calls)) {

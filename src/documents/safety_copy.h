@@ -26,9 +26,9 @@ struct safety_copy_origin {
 };
 
 /// Bytes that may stand whole nowhere else, in a file of their own: SafetyCopy-... in the state
-/// folder (root's own, if that of the settings is another user's), which nobody else can enter. It
-/// begins with a line that gives the length of a property list, in bytes; that says where the rest,
-/// the bytes, belongs.
+/// folder (root's own, if that of the settings is another user's), which no other user can enter.
+/// It begins with a line that gives the length of a property list, in bytes; that says where the
+/// rest, the bytes, belongs.
 ///
 /// The file is locked as long as its object lives, so that of several running programs none takes
 /// another's copy for a left-over one. The file outlives the object unless `remove` is called, and

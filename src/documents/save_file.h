@@ -33,7 +33,7 @@ std::optional<path::write_error> save_file(save_request const& request,
 /// for the user ("its set-user-ID mark"); "" if none.
 std::string lost_by_saving(std::string const& path);
 
-/// Whether there is a file whose permissions let nobody write it.
+/// Whether there is a file whose permissions let no user write it.
 bool is_read_only(std::string const& path);
 
 }  // namespace documents

@@ -78,7 +78,7 @@ class line_parser {
     std::vector<sought> found;
     std::vector<std::uint16_t> dropped;  ///< not tried any more on this line
     /// Column, if on this line: as long as the position is still there, opening the same once more
-    /// or closing it would go on for ever.
+    /// or closing it would never end.
     std::uint32_t opened_at = ~0u;
   };
   /// An open region whose end pattern goes first.

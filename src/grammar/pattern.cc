@@ -16,11 +16,11 @@ namespace {
 
 // An attempt is bounded by the library, but a search makes one at each position. In short lines
 // those of nearly all patterns go back no more often than this together; other searches are done
-// anew under the eye of a clock.
+// again with a time limit.
 constexpr unsigned long unobserved_retries = 1'000'000;
 constexpr std::uint32_t short_line = 4096;
 
-/// Ends a search after a second of this thread's time, or when nobody waits for it any more.
+/// Ends a search after a second of this thread's time, or when it is no longer wanted.
 class second_hand final : public regex::onig_library::attempt_observer {
  public:
   explicit second_hand(std::atomic<bool> const* stop) : stop_(stop) {}

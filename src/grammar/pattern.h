@@ -66,7 +66,7 @@ class pattern {
   /// `stop`, if given, becomes true.
   result search(line_text const& text, std::uint32_t from, match_groups& found,
                 std::atomic<bool> const* stop = nullptr) const;
-  /// The match that begins at `at`. Unless `with_groups`, only the whole match is told.
+  /// The match that begins at `at`. Unless `with_groups`, only the whole match is set.
   result match(line_text const& text, std::uint32_t at, bool with_groups,
                match_groups& found) const;
   /// Whether a match depends on where the search for it begins, as with \G, or can begin elsewhere

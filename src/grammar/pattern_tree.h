@@ -19,7 +19,7 @@ struct pattern_tree {
     alternatives,  ///< one of `parts`
     repeat,        ///< the one part, `least` times to `most`
     look_ahead,    ///< the one part must follow
-    assertion,     ///< of a kind that isn't told
+    assertion,     ///< of any other kind
     line_begin,
     word_boundary,
     not_word_boundary,

@@ -18,7 +18,7 @@ namespace grammar {
 
 class catalogue;
 
-/// A pattern of a rule, compiled when it is first asked for. One that is invalid is told on
+/// A pattern of a rule, compiled when it is first asked for. One that is invalid is reported on
 /// standard error, once, and matches nothing from then on. Any thread.
 class lazy_pattern {
  public:
@@ -29,7 +29,7 @@ class lazy_pattern {
   /// Null when there is none or it is invalid.
   pattern const* get() const;
   /// Says once that searching with it was given up, or that it matched nothing at a place where
-  /// that would go on for ever, or that as many regions are open as can be, or that what its
+  /// that would never end, or that as many regions are open as can be, or that what its
   /// references stand for makes no pattern.
   void tell_given_up() const;
   void tell_zero_width() const;
@@ -91,7 +91,7 @@ rule const* rule_at_index(rule const& rule, unsigned index, catalogue const& all
                           struct rule const* root, struct rule const* base,
                           struct rule const*& new_base);
 
-/// Reads a grammar. What is of a wrong type is told on standard error with `item`, and left out.
+/// Reads a grammar. Values of a wrong type are reported on standard error with `item`, and ignored.
 std::unique_ptr<rule> read_grammar(plist::value const& content, std::string const& item);
 
 /// All grammars that there are, in their order. Each is read when it is first needed, perhaps on a
@@ -112,7 +112,7 @@ class catalogue {
   rule const& root(unsigned index) const;
   /// The first one with that scope name or name.
   unsigned index_named(std::string_view name) const;
-  /// The grammar of that scope name or name; null, told once with `place`, if there is none.
+  /// The grammar of that scope name or name; null, reported once with `place`, if there is none.
   rule const* rule_named(std::string_view name, std::string const& place) const;
   /// Says once what is wrong with the reference that `place` names.
   void tell(std::string const& place, std::string const& fault) const;

@@ -29,8 +29,8 @@ namespace grammar {
 /// at a time.
 class rule_filter {
  public:
-  /// The sources of patterns; they are told by their index. One that isn't understood may match
-  /// anywhere, and one that isn't there never does.
+  /// The sources of patterns; they are identified by their index. One that isn't understood may
+  /// match anywhere, and one that isn't there never does.
   explicit rule_filter(std::vector<std::optional<std::u16string_view>> const& patterns);
 
   /// Goes from `at` to the first place where one may match, but not beyond `limit`, which is at
@@ -45,7 +45,7 @@ class rule_filter {
  private:
   using type = pattern_tree::type;
   struct node {
-    type kind;  ///< `units` goes on at `out` after one; `alternatives` at both; the others test
+    type kind;  ///< `units` continues at `out` after one; `alternatives` at both; the others test
     std::uint16_t rule;
     bool accepts = false;
     std::uint32_t out = 0, out2 = 0;
@@ -53,7 +53,7 @@ class rule_filter {
   };
   struct state {
     std::uint8_t previous = symbol_set::other;  ///< a symbol like the one before
-    std::vector<std::uint32_t> nodes;           ///< where it goes on, sorted
+    std::vector<std::uint32_t> nodes;           ///< where it continues, sorted
     std::vector<std::uint16_t> decided;         ///< those that may match whatever follows
     std::vector<std::uint16_t> candidates;      ///< and those that `nodes` belong to
   };

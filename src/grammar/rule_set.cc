@@ -74,7 +74,7 @@ void rule_sets::collect(std::vector<wanted>& rules, region_key const& of,
   being_collected_.pop_back();
 }
 
-// A group within itself would go on for ever, and a long chain of groups as deep as the stack.
+// A group within itself would never end, and a long chain of groups as deep as the stack.
 bool rule_sets::may_collect(region_key const& group, rule const& entry) const {
   auto const& open = being_collected_;
   if (std::find(open.begin(), open.end(), group) != open.end()) {

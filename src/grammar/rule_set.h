@@ -28,7 +28,7 @@ struct wanted {
   lazy_pattern const* named;    ///< for messages
   rule_set* opened = nullptr;   ///< the rules within the region that it opens, once known
 
-  bool needs_groups = true;  ///< somebody asks for groups of its matches
+  bool needs_groups = true;  ///< groups of its matches are needed
 
   void find_needs();
   /// Whether it has to be searched for, instead of being tried where the filter says so.

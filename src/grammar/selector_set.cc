@@ -27,7 +27,7 @@ selector_set::expression selector_set::compiled(selector_node const& node) {
   return result;
 }
 
-// A part matches a scope that it is, or that goes on with a dot after it.
+// A part matches a scope that it is, or that continues with a dot after it.
 std::vector<std::uint32_t> const& selector_set::chains_ending_on(std::string_view scope) {
   auto const [known, is_new] = chains_by_scope_.try_emplace(std::string(scope));
   std::vector<std::uint32_t>& result = known->second;

@@ -12,7 +12,7 @@ namespace {
 
 // What the worker parses at one go, in lines and code units.
 constexpr std::size_t max_batch_lines = 256, max_batch_units = 8192;
-// What it looks at under the mutex before it tests whether somebody waits for that.
+// What it looks at under the mutex before it tests whether another thread waits for that.
 constexpr std::size_t max_plain_lines = 256, max_plain_units = 16384;
 // While it has more to do, the first part is to be drawn soon, and then as often as the eye sees.
 constexpr auto first_redraw = std::chrono::milliseconds(5);
@@ -250,7 +250,8 @@ void tokenize_filter::parse_some(lock_type& lock) {
   if (!pass_plain_lines(lock)) parse_dirty_lines(lock);
 }
 
-// The state in which the line before the dirty ones ends is all that is needed to go on from there.
+// The state in which the line before the dirty ones ends is all that is needed to continue from
+// there.
 void tokenize_filter::take_rules() {
   if (parser_paths_ != paths_) {
     parser_ = std::make_unique<line_parser>(all_rules_, start_rule_, paths_);
@@ -290,8 +291,8 @@ void tokenize_filter::tell_progress() {
   if (clock::now() >= next_redraw_ && first_dirty_ < last_dirty_) ask_for_redraw(first_dirty_);
 }
 
-// Lines that aren't dirty are copied too, for often the line before makes them so; as nobody knows,
-// there are few at first.
+// Lines that aren't dirty are copied too, for often the line before makes them so; as this is
+// unknown, there are few at first.
 void tokenize_filter::copy_dirty_lines() {
   copy_.clear();
   batch_.clear();
@@ -328,7 +329,7 @@ void tokenize_filter::store_parsed_lines(std::size_t first) {
   std::size_t i = 0;
   for (; i < batch_.size() && first_dirty_ < last_dirty_; ++i)
     store(first + i, batch_[i].tokens, batch_[i].references);
-  // The parser is beyond the line with which it is to go on.
+  // The parser is beyond the line with which it is to continue.
   if (i < batch_.size()) worker_should_ = command::changed;
   tell_progress();
 }

@@ -33,7 +33,7 @@ namespace grammar {
 /// lines, of which it has a copy, for a millisecond at most if they are ordinary lines; a change
 /// meanwhile makes it throw the result away. While there is a lot to parse it asks for what is
 /// done to be drawn every few milliseconds. There is no thread, and nothing is parsed, before
-/// somebody looks, by `start` or by waiting: a macro over files that nobody sees costs nothing.
+/// there is demand, by `start` or by waiting: a macro over hidden files costs nothing.
 /// When the system gives no thread, only waiting has lines parsed, on the main thread.
 ///
 ///     auto filter = std::make_unique<grammar::tokenize_filter>(storage);
@@ -43,7 +43,7 @@ namespace grammar {
 /// Main thread. The storage must outlive the filter.
 class tokenize_filter : public text::filter {
  public:
-  /// How long the main thread waits for the worker; then it goes on with what is known.
+  /// How long the main thread waits for the worker; then it continues with what is known.
   static constexpr std::chrono::milliseconds patience{100};
 
   explicit tokenize_filter(text::storage& storage);
@@ -64,7 +64,7 @@ class tokenize_filter : public text::filter {
   /// read tokens, or may do so at any time, as a window does.
   void start();
 
-  /// Starts, and waits until `line` is parsed, but not longer than `limit`; then tells whether it
+  /// Starts, and waits until `line` is parsed, but not longer than `limit`; then returns whether it
   /// is. The caller must not hold the storage's mutex.
   bool wait_for(std::size_t line, std::chrono::milliseconds limit = patience);
   /// Whether memory has run out for the worker: some lines that count as parsed may lack tokens.

@@ -118,7 +118,7 @@ class scripted_clips : public platform::clip_panel {
                                  std::size_t selected) override;
 };
 
-/// A find panel that keeps what it is told; a test types into `fields` and tells the delegate.
+/// A find panel that keeps what it is given; a test types into `fields` and notifies the delegate.
 class scripted_find_panel : public platform::find_panel {
  public:
   void set_delegate(platform::find_panel_delegate* d) override { delegate = d; }

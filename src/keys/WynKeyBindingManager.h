@@ -17,7 +17,7 @@
 /// takes a key's binding away.
 class WynKeyBindingManager {
  public:
-  /// With the bindings of allKeyBindingFiles(); faults in these are told on standard error.
+  /// With the bindings of allKeyBindingFiles(); faults in these are reported on standard error.
   static WynKeyBindingManager& sharedInstance();
   /// With the bindings of these files; under a key that comes twice the later file holds.
   explicit WynKeyBindingManager(std::vector<std::string> const& files);
@@ -32,7 +32,7 @@ class WynKeyBindingManager {
   std::optional<std::string> selectorForEvent(platform::key_event const& event) const;
 
   /// Performs what the key is bound to, or hands it to the platform's text input. False when the
-  /// only action bound to it is one that nobody knows.
+  /// only action bound to it is one that is unknown.
   bool interpretKeyEventForTextView(platform::key_event const& event,
                                     keys::key_binding_target& view);
 

@@ -13,7 +13,7 @@ class key_binding_target {
  public:
   virtual ~key_binding_target() = default;
 
-  /// Performs the action on the view or the first responder after it that knows it; false if nobody
+  /// Performs the action on the view or the first responder after it that knows it; false if none
   /// knows it.
   virtual bool tryToPerformWith(std::string_view selector, plist::value const& object) = 0;
   virtual void insertText(plist::value const& text) = 0;

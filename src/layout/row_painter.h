@@ -17,7 +17,7 @@ class row_painter {
       : g_(g), layout_(layout), colors_(colors), clip_(clip), show_invisibles_(show_invisibles) {}
 
   /// One rectangle for what follows each other on the same colour, so that the background of a
-  /// scope spans those inside. A scope that goes on in the next row fills this one to its end.
+  /// scope spans those inside. A scope that continues in the next row fills this one to its end.
   void paint_backgrounds(row_text const& text, std::size_t row);
   /// With `ends_line` a mark shows the end of the line where invisibles show.
   void paint_row(row_text const& text, std::size_t row, bool ends_line);

@@ -24,7 +24,7 @@ std::string cwd();
 
 /// The normalized path with the links in every component followed. A path that isn't absolute is
 /// only normalized. A link that leads nowhere gives the path of what it names, and links in a
-/// circle end at one of them. "" if a link can't be read, which is told on standard error.
+/// circle end at one of them. "" if a link can't be read, which is reported on standard error.
 std::string resolve(std::string const& path);
 
 /// The same, but only a link in the last component is followed.

@@ -6,7 +6,7 @@
 
 namespace path {
 
-/// What stands in a file at some time. Where two are equal it is the same file and nobody has
+/// What stands in a file at some time. Where two are equal it is the same file and no one has
 /// written to it in between, as far as its size and its date show that.
 struct file_version {
   dev_t device = 0;

@@ -57,7 +57,7 @@ using protection = std::function<std::optional<file_error>()>;
 struct write_options {
   /// Without it whatever is there is overwritten.
   std::optional<known_file> known;
-  /// Also a file whose permissions let nobody write. Its owner gets that right for a moment.
+  /// Also a file whose permissions let no user write. Its owner gets that right for a moment.
   bool even_read_only = false;
   /// Whose owner, group and permissions the file gets; else an existing one keeps its own. Where
   /// the owner can't be given the rights of his that it lends aren't either.
@@ -80,10 +80,10 @@ struct write_options {
 // unless it comes after all bytes of the save. (Between a look at the size and the write or the cut
 // that follows nobody can look.)
 
-/// Overwrites the file, which stays the same for whoever has it open and keeps its owner, hard
-/// links and attributes. The space is reserved first where the file system can, so that a full disk
-/// leaves the old bytes alone. A new file that can't be written whole is removed again. `written`
-/// is set to what stands in the file after the last byte of it.
+/// Overwrites the file, which stays the same for processes that have it open and keeps its owner,
+/// hard links and attributes. The space is reserved first where the file system can, so that a full
+/// disk leaves the old bytes alone. A new file that can't be written whole is removed again.
+/// `written` is set to what stands in the file after the last byte of it.
 std::optional<write_error> write_in_place(std::string const& path, file_contents const& contents,
                                           write_options const& options,
                                           std::optional<file_version>& written,

@@ -26,8 +26,8 @@ class glob_t {
  public:
   explicit glob_t(std::string const& glob) { setup(glob); }
 
-  /// A glob that is no pattern, such as "[z-a]", which is told on standard error, or one of more
-  /// than 64 KiB finds nothing, and so does one that has taken too long on a path once.
+  /// A glob that is no pattern, such as "[z-a]", which is reported on standard error, or one of
+  /// more than 64 KiB finds nothing, and so does one that has taken too long on a path once.
   bool does_match(std::string const& path) const;
 
  private:

@@ -109,7 +109,7 @@ class atomic_write {
 
   std::optional<write_error> put_in_place() { return replaces() ? replace() : add(); }
 
-  /// Under a name that nobody may have taken meanwhile.
+  /// Under a name that can't have been taken meanwhile.
   std::optional<write_error> add() {
     open_place const& place = target_.place();
     int code = 0;
@@ -130,7 +130,7 @@ class atomic_write {
   }
 
   /// Exchanges both files, so that what has been replaced can be looked at, and put back if it is
-  /// not the file that was held: somebody else has put another one there at the last moment.
+  /// not the file that was held: another process has put another one there at the last moment.
   std::optional<write_error> replace() {
     if (!is_old_file(target_.place().info())) return somebody_elses();
     if (rename(RENAME_EXCHANGE) != 0) {
@@ -148,7 +148,7 @@ class atomic_write {
     if (rename(RENAME_EXCHANGE) == 0)
       return is_old ? write_error{meddling(path(), false)} : somebody_elses();
     if (is_old) return std::nullopt;
-    temporary_.clear();  // it is the only copy of what somebody else has written
+    temporary_.clear();  // it is the only copy of what another process has written
     return write_error{meddling(path(), true)};
   }
 

@@ -12,8 +12,8 @@
 // round: to truncate first would give the space back which has just been reserved, for another
 // program to take, and would leave less behind if the writing fails.
 //
-// The size of the file says whether somebody else writes: before each piece of ours it must be what
-// it was, or where our last piece ended.
+// The size of the file says whether another process writes: before each piece of ours it must be
+// what it was, or where our last piece ended.
 
 namespace path {
 namespace {
@@ -152,7 +152,7 @@ class in_place_write {
     calls_.futimens(output_.descriptor(), times);
   }
 
-  /// Whether nobody has written since the file was opened. To reserve space may have dated it.
+  /// Whether no process has written since the file was opened. To reserve space may have dated it.
   bool is_untouched() {
     struct stat now;
     return calls_.fstat(output_.descriptor(), &now) == 0 && now.st_size == old_.st_size &&

@@ -6,7 +6,7 @@
 
 namespace platform {
 
-/// A question, or a message with one button, that the user must answer before going on.
+/// A question, or a message with one button, that the user must answer before continuing.
 struct alert {
   std::string title;
   std::string text;

@@ -10,12 +10,12 @@ class busy_panel {
  public:
   virtual ~busy_panel() = default;
 
-  /// False where nobody waits at a window; the work is then done in one go.
+  /// False without a window; the work is then done in one go.
   virtual bool is_wanted() const = 0;
   /// Handles events for at most `seconds`. True once the user has cancelled with the button of what
   /// show() has shown.
   virtual bool handle_events(double seconds) = 0;
-  /// Says what is going on.
+  /// Says what is being done.
   virtual void show(std::string const& text) = 0;
   /// The work is over.
   virtual void end() = 0;

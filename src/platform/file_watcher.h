@@ -14,9 +14,8 @@
 
 namespace platform {
 
-/// Tells that something has been done to a file: written, replaced, removed, made again, given
-/// another date. It can't tell what, nor by whom: whoever asks compares the file with what he
-/// knows.
+/// Reports that a file has been written, replaced, removed, made again or given another date. It
+/// doesn't report which, nor by whom: the callee compares the file with what it knows.
 ///
 /// The folders are what is watched, so that a file is seen that another takes the place of; those
 /// of symbolic links on the way too, and where a folder is missing the one it would stand in. Calls
@@ -24,13 +23,13 @@ namespace platform {
 /// long. A task that takes long makes the next one come later, so that a file that grows all the
 /// time leaves time for the user; the time in which it waited for the user doesn't count.
 ///
-/// There is no promise: what other machines do to a network's files isn't told, and the kernel may
-/// refuse. So one looks at other occasions too. Main thread only.
+/// There is no promise: changes by other machines on a network are not reported, and the kernel may
+/// refuse to watch. So files are also compared at other occasions. Main thread only.
 class file_watcher {
   class file;
 
  public:
-  /// In seconds: without a change until it is told; and with changes at most.
+  /// In seconds: without a change until it is reported; and with changes at most.
   static constexpr double rest = 0.2, patience = 2;
 
   /// Both must outlive it.

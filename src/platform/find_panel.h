@@ -49,7 +49,7 @@ class find_panel {
   virtual bool is_visible() const = 0;
 
   virtual find_panel_values values() const = 0;
-  virtual void set_values(find_panel_values const& v) = 0;  // not told to the delegate
+  virtual void set_values(find_panel_values const& v) = 0;  // the delegate is not notified
   /// Earlier entries of the fields, latest first.
   virtual void set_histories(std::vector<std::string> const& find,
                              std::vector<std::string> const& replace) = 0;

@@ -2,8 +2,8 @@
 
 #include <string>
 
-/// What is told to whoever started the program, on standard error: faults of files that nobody is
-/// asked about, such as a bad pattern in a bundle. Any thread.
+/// Messages on standard error: faults of files for which no alert is shown, such as a bad pattern
+/// in a bundle. Any thread.
 namespace platform {
 
 /// Writes "Quirnote: ", the message and a line feed.

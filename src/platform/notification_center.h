@@ -9,7 +9,7 @@
 
 namespace platform {
 
-/// What an observer is told; valid during the call.
+/// What an observer is given; valid during the call.
 struct notification {
   std::string_view name;
   void const* object;  // whom it is about, or null

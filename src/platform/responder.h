@@ -14,7 +14,7 @@ namespace platform {
 
 struct menu_item;
 
-/// Something that can be told to do things by name. Menus, key bindings, macros and scripts all
+/// An object that performs actions by name. Menus, key bindings, macros and scripts all
 /// come in here: a selector such as "undo:" is looked up in the object's own table, and then in
 /// those of the objects after it (view, window controller, application).
 class responder {
@@ -42,7 +42,8 @@ class responder {
   /// Performs the selector here or at the next responder that knows it; false if none does.
   virtual bool tryToPerformWith(std::string_view selector, plist::value const& object);
 
-  /// What this object itself tells commands of where they run: names such as QN_FILEPATH, strings.
+  /// The variables that this object itself provides to commands: names such as QN_FILEPATH,
+  /// strings.
   virtual plist::dictionary environmentVariables() const { return {}; }
 
   /// Sets title, check mark and enabled state of an item whose selector this object knows. For

@@ -38,7 +38,7 @@ class run_loop {
   /// Monotonic seconds since some moment; what schedule() counts in.
   virtual double now() const = 0;
 
-  /// Handles what is due, waiting at most `seconds` for something to become due. Whoever calls this
+  /// Handles what is due, waiting at most `seconds` for something to become due. The caller
   /// has a waiting::scope.
   virtual void run_for(double seconds) = 0;
 };

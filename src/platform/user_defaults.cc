@@ -17,7 +17,7 @@
 namespace platform {
 namespace {
 
-// What is damaged may be about to be written by somebody who doesn't know the lock: an editor, a
+// What is damaged may be about to be written by a program that doesn't know the lock: an editor, a
 // script. It is given this much time.
 constexpr std::int64_t time_to_write = 2'000'000'000;  // nanoseconds
 
@@ -194,7 +194,7 @@ void user_defaults::reload() {
     report(path_ + ":" + *now.damage + "; the settings known before hold until this is mended");
   else if (now.error)
     report(path_ + ": " + std::strerror(now.error));
-  if (now.error) return;  // the values known before go on
+  if (now.error) return;  // the values known before stay in effect
   seen_ = now.seen;
   if (!now.damage) take(std::move(now.entries));
 }

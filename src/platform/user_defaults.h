@@ -24,11 +24,11 @@ namespace platform {
 ///     auto size = defaults.integer("WynTabSize");
 ///     defaults.set("WynTabSize", 8);  // seen at once, in the file at the next check_for_changes
 ///
-/// A file that is no property list is reported on standard error and left alone, as somebody may be
-/// writing it: what was known before goes on, or nothing at the first look. When something is to be
-/// stored that file is kept as Defaults.plist.damaged-N beside a new one. What can't be read or
-/// written for other reasons is reported once and tried again later; it is never overwritten
-/// unread.
+/// A file that is no property list is reported on standard error and left alone, as another process
+/// may be writing it: what was known before stays in effect, or nothing at the first look. When
+/// something is to be stored that file is kept as Defaults.plist.damaged-N beside a new one. What
+/// can't be read or written for other reasons is reported once and tried again later; it is never
+/// overwritten unread.
 class user_defaults {
  public:
   /// Posted through notification_center::standard(), with this as the object, whenever a look-up
@@ -80,7 +80,7 @@ class user_defaults {
   void check_for_changes();
   /// Puts what was set or removed since the last time into the file, under a lock and on top of
   /// what stands there now, so that no other process's keys are lost. True if all is stored. Waits
-  /// two seconds for a file that is damaged because somebody has just begun to write it.
+  /// two seconds for a file that is damaged because another process has just begun to write it.
   bool save();
 
  private:

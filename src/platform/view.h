@@ -26,7 +26,7 @@ struct palette {
   bool dark = false;
 };
 
-/// What is told of the place under a resting mouse pointer, as long as it stays in `area`.
+/// The tool tip for the place under a resting mouse pointer, as long as it stays in `area`.
 struct tool_tip {
   std::u16string text;  // lines of fixed-pitch text
   rect area;
@@ -44,8 +44,8 @@ class view_host {
   virtual void set_frame_size(size s) = 0;
   virtual void set_needs_display(rect const& r) = 0;
 
-  /// False where nobody will ever look, as in batch mode: then what there is to see needn't follow
-  /// each action, such as the scroll position.
+  /// False for views that are never visible, as in batch mode: then what there is to see needn't
+  /// follow each action, such as the scroll position.
   virtual bool is_seen() const { return true; }
   /// That of platform::window::number(); 0 for a view in none.
   virtual std::uint32_t window_number() const { return 0; }
@@ -59,7 +59,7 @@ class view_host {
   virtual void hide_cursor_until_mouse_moves() = 0;
   /// Asks for cursor_at() again.
   virtual void reset_cursor() = 0;
-  /// The caret moved or marked text ended: input methods place their windows anew. With `abandon`
+  /// The caret moved or marked text ended: input methods reposition their windows. With `abandon`
   /// the text being composed is dropped.
   virtual void input_method_changed(bool abandon) = 0;
   virtual void show_context_menu(std::vector<menu_item> const& items, point where) = 0;
@@ -80,7 +80,7 @@ class view_host {
   virtual void interpret_key_event(key_event const& event) = 0;
 };
 
-/// What the widget tells the logic.
+/// The events that the widget passes to the logic.
 class view_client {
  public:
   virtual ~view_client() = default;

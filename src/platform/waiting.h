@@ -10,11 +10,11 @@
 namespace platform {
 
 /// What the program waits for while it handles events: the answer to an alert or a panel, the end
-/// of a search or of a drag. Whoever waits goes on afterwards with what it knew before. So all that
-/// would change a text, ask a question or take something away is held until nothing waits, and then
-/// happens in the order in which it came: keys, clicks, drops and what an input method composes;
-/// questions about files that others have changed; new bundles and themes; closed windows; requests
-/// to quit.
+/// of a search or of a drag. Waiting code continues afterwards with the state it had before. So all
+/// that would change a text, ask a question or take something away is held until nothing waits, and
+/// then happens in the order in which it came: keys, clicks, drops and what an input method
+/// composes; questions about files that others have changed; new bundles and themes; closed
+/// windows; requests to quit.
 ///
 ///     waiting::scope const scope(desktop.waits(), [&] { cancelled = true; });   // waits
 ///     desktop.waits().deliver(weak_from_this(), [this] { look_at_file(); });    // is held
@@ -70,7 +70,7 @@ class waiting {
   /// Cancels all that waits, and all that would from now on; then what is held is done, and `last`
   /// after it.
   void finish(task last);
-  /// The loop won't turn again, and what waits won't go on: does what is held of the user's input.
+  /// The loop will not run again: processes the held input.
   void finish_input();
   bool is_ending() const { return is_ending_; }
 

@@ -126,7 +126,7 @@ descriptor open_folder(std::string_view& path) {
   }
 }
 
-/// The size must be this as long as nobody else writes.
+/// The size must be this as long as no other process writes.
 void expect_size(int file, off_t size) {
   struct stat info;
   if (fstat(file, &info) != 0) fail("fstat");

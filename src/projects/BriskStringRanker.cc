@@ -28,8 +28,9 @@ std::uint64_t letter_bits(view letters) {
 }
 
 /// The best way to spread the letters of an abbreviation over a text: each letter is taken either
-/// at the next word that begins with it, or at its next place. Both ways go on from where they are,
-/// so the answers are kept by place and letter; without that each letter would double the work.
+/// at the next word that begins with it, or at its next place. Both ways continue from where they
+/// are, so the answers are kept by place and letter; without that each letter would double the
+/// work.
 class letter_placement {
  public:
   /// `letters` is a subsequence of `text`.

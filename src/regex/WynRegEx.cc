@@ -28,7 +28,7 @@ compiled compile(std::string_view pattern, std::string& fault) {
   }
 }
 
-/// Each pattern is compiled once in a process, and its fault told to whoever asks first.
+/// Each pattern is compiled once in a process, and its fault is reported to the first caller.
 compiled const& known(std::string_view pattern, std::string& fault) {
   static std::map<std::string, compiled, std::less<>> RegExCache;
   auto entry = RegExCache.find(pattern);

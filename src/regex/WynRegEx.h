@@ -14,7 +14,8 @@ namespace regex {
 /// matches everything. Patterns are compiled once a process.
 bool isEqualToRegEx(std::string_view string, std::string_view pattern);
 
-/// Whether isEqualToRegEx can use the pattern. `fault` says why not, if nobody has been told yet.
+/// Whether isEqualToRegEx can use the pattern. `fault` says why not, if it has not been reported
+/// yet.
 bool isRegEx(std::string_view pattern, std::string& fault);
 
 /// The groups of the first match in index order, group 0 first; of one that took no part, nothing.

@@ -5,7 +5,7 @@
 namespace regex {
 
 /// Compiles a list of parse nodes to a graph, from the back to the front, so that each node knows
-/// where to go on. The C++ stack is used in proportion to the nesting, which the parser limits.
+/// where to continue. The C++ stack is used in proportion to the nesting, which the parser limits.
 class build_nfa_visitor final : private parse_tree::visitor {
  public:
   explicit build_nfa_visitor(nfa_graph& out) : out_(out) {}
@@ -33,7 +33,7 @@ class build_nfa_visitor final : private parse_tree::visitor {
   void build_no_backtrack(parse_tree::group_data const&);
   void build_recursion();
 
-  /// The start of the list's nodes, the last of which goes on at `next`.
+  /// The start of the list's nodes, the last of which continues at `next`.
   graph::nfa_node* build(parse_tree::node_list const& list, graph::nfa_node* next);
   graph::nfa_node* build_content(parse_tree::node_list const& list, graph::nfa_node* owner,
                                  bool reverse);

@@ -78,9 +78,10 @@ match<Iterator> find(Iterator first, Iterator last, nfa<T> const& pattern,
   return detail::search(machine, first);
 }
 
-/// Applies `functor` to each match in turn, and gives it back. A search goes on from the end of the
-/// match before, one unit further if that was empty, and ends at `last`; what is spent is counted
-/// for all of them together. When it gives up, the functor has seen the matches up to there.
+/// Applies `functor` to each match in turn, and gives it back. A search continues from the end of
+/// the match before, one unit further if that was empty, and ends at `last`; what is spent is
+/// counted for all of them together. When it gives up, the functor has seen the matches up to
+/// there.
 template <class Iterator, class T, class Functor>
 Functor find_all(Iterator first, Iterator last, nfa<T> const& pattern, Functor functor,
                  limits const& allowed = {}) {

@@ -115,7 +115,7 @@ struct no_backtrack_data {
   nfa_node* content;
 };
 
-/// `next` is the start of the whole pattern; its final node goes on at `end`.
+/// `next` is the start of the whole pattern; its final node continues at `end`.
 struct recursion_begin_data {
   nfa_node* end;
   bool reverse;

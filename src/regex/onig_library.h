@@ -16,7 +16,7 @@ inline constexpr unsigned stack_entries = 4'000'000;
 inline constexpr unsigned long calls_per_search = 1'000'000;
 inline constexpr int nested_calls = 100;
 
-/// Initialises the library and sets the limits; whoever compiles calls this first. Once a process.
+/// Initialises the library and sets the limits; to be called before compiling. Once a process.
 void initialize();
 
 /// As onig_new, but throws std::bad_alloc for want of memory, which the library doesn't survive
@@ -35,15 +35,15 @@ std::string message(int error, OnigErrorInfo const& info);
 /// Told of the attempts of a search by a pattern that was compiled with `new_observed`.
 class attempt_observer {
  public:
-  /// False ends the search. A pattern that calls itself tells of one attempt several times.
+  /// False ends the search. A pattern that calls itself reports an attempt several times.
   virtual bool before_attempt(OnigUChar const* start) = 0;
 
  protected:
   ~attempt_observer() = default;
 };
 
-/// Compiles a pattern, which must be one that compiles by itself, so that its attempts are told of.
-/// Null if that cannot be.
+/// Compiles a pattern, which must be one that compiles by itself, so that its attempts are
+/// reported. Null if that cannot be.
 regex_t* new_observed(std::u16string_view pattern, unsigned options);
 
 /// As onig_search forward up to the end, but gives up when all of its attempts together have gone

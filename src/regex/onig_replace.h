@@ -42,7 +42,7 @@ std::string replaced(std::string_view text, std::string_view format, ptrn_t cons
 
 /// Writes the text with its first match replaced, or each with option `global`. Each line feed of
 /// the format is followed by `indent`, a string that ends with a zero. With a pattern that did not
-/// compile, or a format that cannot be parsed, which is told on standard output, nothing is
+/// compile, or a format that cannot be parsed, which is reported on standard output, nothing is
 /// written.
 template <class Out>
 Out replace(char const* first, char const* last, char const* format_first, char const* format_last,

@@ -7,7 +7,7 @@
 #include "regex/traits.h"
 
 /// The small steps that the parsers of patterns and of replacement texts share. A fault in a
-/// pattern is a programmer's: it is told on standard error, and parsing goes on.
+/// pattern is a programmer's: it is reported on standard error, and parsing continues.
 namespace regex {
 
 /// How deep groups may nest in a pattern or a replacement text; deeper ones are read as plain text.

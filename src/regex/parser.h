@@ -8,7 +8,7 @@
 namespace regex {
 
 /// Reads a pattern into a list of nodes, which it owns. A pattern never fails: what is wrong in it
-/// is told on standard error and gets some other meaning. `T` is `char` or `char16_t`.
+/// is reported on standard error and gets some other meaning. `T` is `char` or `char16_t`.
 template <class T>
 class parser {
  public:

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::chrono::milliseconds longest_slice(150);
 
-/// Decides before each attempt whether the search goes on.
+/// Decides before each attempt whether the search continues.
 class ticker final : public attempt_observer {
  public:
   ticker(OnigUChar const* first, OnigUChar const* last, clock::time_point started)

@@ -11,7 +11,7 @@ namespace oniguruma {
 
 enum class search_state {
   more,       ///< the slice is over, the search isn't
-  found,      ///< and `match()` tells where
+  found,      ///< and `match()` says where
   not_found,  ///< from a `sliced_find_all`: all has been found
   gave_up     ///< a limit ended it: there may be a match
 };

@@ -52,7 +52,7 @@ struct Action {
   Iterator position;       // and of one that is a position
 };
 
-/// A way not taken: where to go on, and how much to undo before.
+/// A way not taken: where to continue, and how much to undo before.
 template <class Iterator>
 struct BTRecord {
   enum kind : std::uint8_t {
@@ -88,7 +88,7 @@ class visit_nfa {
  public:
   visit_nfa(nfa_graph const& pattern, Iterator first, Iterator last, limits const& allowed);
 
-  /// Whether the pattern matches from `start`, which must be in the text; then `group` tells where.
+  /// Whether the pattern matches from `start`, which must be in the text; then `group` says where.
   /// False also when it gave up, and from then on always.
   bool run(Iterator start);
   bool gave_up() const { return gave_up_; }

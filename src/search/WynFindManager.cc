@@ -57,7 +57,7 @@ void WynFindManager::readPasteboard() {
   pboardCount_ = pboard.change_count();
   std::string const string = pboard.get(platform::pasteboard_type::text).string_or("");
   if (string == at(options_, "findString").string_or("")) return;
-  // Somebody else's text is no pattern.
+  // Text copied elsewhere is not a pattern.
   options_.insert_or_assign("findString", string);
   options_.insert_or_assign("regularExpression", false);
   options_.insert_or_assign("findInProjectRegularExpression", false);
@@ -195,7 +195,7 @@ void WynFindManager::findPanelAction(platform::find_action action, std::uint32_t
   objectDidBeginEditing();
   performFindAction(*view, action, modifiers);
   bool const searched = action == find_next || action == find_previous;
-  // Return says that one goes on in the text; a button that one stays.
+  // Return says that one continues in the text; a button that one stays.
   if (by_key && searched && view->view()->has_selection() &&
       at(options_, "statusText").string_or("").empty())
     closeFindPanel();

@@ -21,7 +21,7 @@ class find_highlights {
     bool operator==(window const&) const = default;
   };
 
-  /// The matches, in order. Looked for anew if the text, the query or what is seen has changed.
+  /// The matches, in order. Looked for again if the text, the query or what is seen has changed.
   std::vector<match> const& in_window(text::view& view, std::shared_ptr<text_query const> query,
                                       window const& seen);
 

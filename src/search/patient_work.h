@@ -6,8 +6,8 @@
 
 namespace search {
 
-/// Work that may take long, such as a search with somebody's pattern, on another thread, so that
-/// windows don't freeze. Where nobody waits at a window (batch mode), and where the system gives no
+/// Work that may take long, such as a search with a user's pattern, on another thread, so that
+/// windows don't freeze. Without a window (batch mode), and where the system gives no
 /// thread, `do_patiently` does it at once. Main thread only.
 ///
 /// `work` looks at its flag often and returns when that is set. It may run on when these functions

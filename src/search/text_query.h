@@ -38,7 +38,7 @@ enum class search_end {
   found,
   not_found,
   gave_up,   // a limit of the library ended it: there may be a match
-  cancelled  // by whoever waited
+  cancelled  // by the user
 };
 
 /// One search, or a series, in one text. Looks at `cancelled` and the clock every few milliseconds,
@@ -68,7 +68,7 @@ class text_searcher {
   search_end next_literal(std::size_t first, std::size_t last);
   search_end previous_literal(std::size_t first, std::size_t last);
   bool took(char16_t const* found, char16_t const* none);
-  /// What ends the search here, or `found` if it goes on.
+  /// What ends the search here, or `found` if it continues.
   search_end interrupted() const;
 
   text_query const& query_;

@@ -80,7 +80,7 @@ std::string settings_page() {
   std::string text = introduction;
   for (std::size_t n = 0; n < headings.size(); ++n) {
     text += std::string("\n## ") + headings[n].first + "\n\n" + headings[n].second;
-    // What the program remembers begins empty, but for a few entries that nobody writes by hand.
+    // What the program remembers begins empty, but for a few entries that are not written by hand.
     bool const has_defaults = static_cast<page>(n) != page::remembered;
     text += has_defaults ? "| key | takes | default | meaning |\n|---|---|---|---|\n"
                          : "| key | takes | meaning |\n|---|---|---|\n";

@@ -18,7 +18,7 @@ namespace snippet {
 /// mirrors of the field that it stands in. No field stands in a mirror of itself, so this ends.
 /// Takes time in proportion to the number of stops for each field whose text changes.
 ///
-/// Tests compare it with a model that expands everything anew after each edit.
+/// Tests compare it with a model that expands everything again after each edit.
 class snippet_t {
  public:
   /// `stops` in the order in which they begin, outer ones first, each index with one field at most;

@@ -59,6 +59,6 @@ class WynThemeManager {
 
   std::vector<std::string> folders_;
   std::vector<theme> settingsFiles_;
-  plist::value shown_;  // the rules in use, as last told
+  plist::value shown_;  // the rules in use, as last published
   platform::notification_center::token defaultsToken_, appearanceToken_;
 };

@@ -12,7 +12,7 @@
 namespace styles {
 namespace {
 
-constexpr std::size_t longest_line = 4096;  // units; nobody indents a longer one by hand
+constexpr std::size_t longest_line = 4096;  // units; longer ones are not indented by hand
 constexpr std::size_t furthest_line = 200;  // above, where the walk up ends at the latest
 
 bool matches_line(oniguruma::ptrn_t const& pattern, text::unit_view line) {

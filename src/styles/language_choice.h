@@ -16,7 +16,7 @@ namespace language_choice {
 std::size_t longest_suffix(std::string_view path, plist::value const& file_types);
 
 /// The uuid of a language, or "". The user's bindings go before what the grammars say, the first
-/// line before the name, and `default_language` is for what nobody knows.
+/// line before the name, and `default_language` is for unknown files.
 std::string for_file(std::string_view path, std::string_view first_line,
                      plist::array const& languages, plist::array const& bindings,
                      std::string const& default_language);

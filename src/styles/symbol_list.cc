@@ -9,7 +9,7 @@
 namespace styles {
 namespace {
 
-constexpr double rest = 0.5;        // seconds without a change before the list is made anew
+constexpr double rest = 0.5;        // seconds without a change before the list is made again
 constexpr double first_wait = 0.1;  // seconds after a document is shown
 constexpr double between_slices = 0.002;
 // Of the walk: what isn't felt at a key press, and in between two of them.

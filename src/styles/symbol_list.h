@@ -23,7 +23,7 @@ class symbol_list {
   std::vector<symbol> const& items() const { return items_; }
   /// Makes it of the tokens known so far.
   void build();
-  /// Follows the caret. When the text has changed the list is made anew, if that takes no longer
+  /// Follows the caret. When the text has changed the list is made again, if that takes no longer
   /// than a key press may; with `changed`, and for large texts, half a second after the last such
   /// call, a slice at a time.
   void update(bool changed);

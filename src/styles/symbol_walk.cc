@@ -30,7 +30,7 @@ bool is_blank(std::string const& text) {
   return std::all_of(units.begin(), units.end(), unicode::is_space);
 }
 
-// Kept for good, as there are few, so that a fault in one is told once.
+// Kept for good, as there are few, so that a fault in one is reported once.
 regex::transformation_program const& program_with(plist::value const& source) {
   static std::map<std::string, regex::transformation_program> programs;
   std::string const& text = *source.as_string();

@@ -13,11 +13,11 @@ namespace styles {
 class styled_view;
 
 /// A walk over the tokens of a text, from its start, that collects the symbols: the runs of text
-/// whose style has `showInSymbolList`. It goes some steps at a time, so that nobody waits for a
+/// whose style has `showInSymbolList`. It goes some steps at a time, so that there is no wait for a
 /// long text; when text or tokens have changed meanwhile a new one has to begin. Main thread only.
 class symbol_walk {
  public:
-  /// The text view must show a document as long as the walk goes on.
+  /// The text view must show a document as long as the walk continues.
   explicit symbol_walk(styled_view& text_view);
 
   /// Takes some `steps`, a hundred thousand of which take about a millisecond, under the storage's

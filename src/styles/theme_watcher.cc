@@ -6,7 +6,7 @@
 namespace styles {
 namespace {
 
-constexpr double until_quiet = 0.1;  // seconds; folders are told one by one
+constexpr double until_quiet = 0.1;  // seconds; folders are reported one by one
 
 }  // namespace
 

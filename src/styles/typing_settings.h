@@ -11,7 +11,7 @@
 
 namespace styles {
 
-/// What the settings of all the scopes that there are say of typing. Where nobody looks at a text,
+/// What the settings of all the scopes that there are say of typing. Where a text is not visible,
 /// that spares most of what is typed the question which scope it is in, for which the text would
 /// have to be parsed. Main thread only.
 class typing_settings {

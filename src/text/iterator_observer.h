@@ -19,7 +19,7 @@ struct storage;
 ///
 /// With memento tracking on, undo and redo put the lists back as they stood at each state, instead
 /// of adjusting them: undo as the state was left, redo as it was arrived at (see `range_history`).
-/// Whoever acts for a user says when an action begins and ends. The lists at its beginning are then
+/// The caller says when an action begins and ends. The lists at its beginning are then
 /// those that undo brings back and the lists at its end those of redo, as with selections; and
 /// edits that others make in between are not repeated.
 ///

@@ -11,9 +11,9 @@
 namespace text {
 
 /// A growable array of plain elements, changed in place. Large ones stand in pages (see pages.h),
-/// so that growing moves page tables and not the content, and so that pages filled by somebody else
-/// can be taken over. Functions that need memory throw std::bad_alloc and leave the array as it
-/// was.
+/// so that growing moves page tables and not the content, and so that pages filled by another
+/// component can be taken over. Functions that need memory throw std::bad_alloc and leave the array
+/// as it was.
 template <typename T>
 class paged_array {
   static_assert(std::is_trivially_copyable_v<T>);

@@ -6,7 +6,7 @@
 
 namespace text {
 
-/// A line and a column (in units, both from 0) in the coordinates of whoever passes it: a storage,
+/// A line and a column (in units, both from 0) in the coordinates of the caller: a storage,
 /// or one filter of a view.
 struct pos {
   uint32_t line = 0;

@@ -17,7 +17,7 @@ class repetition {
   /// In order, without overlaps; `erased` has the units of all places one after the other.
   repetition(std::vector<replacement::edit> const& edits, text_block erased, text_block inserted);
 
-  /// These tell the observers of each edit. The second takes back what the first did.
+  /// These notify the observers of each edit. The second takes back what the first did.
   void apply(text::storage& storage) const;
   void revert(text::storage& storage) const;
 

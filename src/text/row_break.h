@@ -11,7 +11,7 @@ namespace text {
 /// from there on, so a line can be wrapped again from any row, up to where old rows begin likewise.
 struct row_start {
   size_t unit = 0;
-  bool hard = false;  ///< the row goes on with a word that was cut; its first cell isn't counted
+  bool hard = false;  ///< the row continues with a word that was cut; its first cell isn't counted
 
   bool operator==(row_start const&) const = default;
 };

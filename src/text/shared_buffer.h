@@ -13,7 +13,7 @@ namespace text {
 /// The handle is in one of three states.
 /// - null: an array that was never touched; reads as empty.
 /// - owned: a counted array. There is no copy-on-write; all handles to one array alias its content.
-/// - borrowed: a slice of memory that somebody else keeps alive and unchanged. It becomes owned,
+/// - borrowed: a slice of memory that its owner keeps alive and unchanged. It becomes owned,
 ///   by a copy, as soon as the array itself is asked for, to change it or to alias it.
 ///
 /// The count is plain: handles are copied only by the thread that owns them or under its lock.

@@ -103,22 +103,22 @@ struct storage : storage_detail {
   /// that repeat edits. The edits come in order and don't overlap; each takes `inserted` for what
   /// stands from its `first` to its `last`, and is given as in `replacement::edit`.
   void repeat(std::vector<replacement::edit> const& edits, unit_view inserted);
-  /// While that goes on, and nobody is to repeat it.
+  /// Meanwhile, and nothing may repeat it.
   bool is_repeating() const { return repeating_; }
   /// The text from `first` up to `last` in one piece, without a copy where it stands in one.
   text_slice slice(text::iterator const& first, text::iterator const& last);
   /// Erases the whole text, as one erasure that can be undone.
   void clear();
 
-  /// Step one record back or forward; there must be one. The text changes and observers are told as
-  /// by any change, but nothing is recorded and no number is drawn. `undo_manager` walks the user's
-  /// steps.
+  /// Step one record back or forward; there must be one. The text changes and observers are
+  /// notified as by any change, but nothing is recorded and no number is drawn. `undo_manager`
+  /// walks the user's steps.
   void undo();
   void redo();
   /// Drops the records that could be redone and appends one.
   void add_undo_record(undo_record const& record);
   /// Drops all records and the steps of the undo manager; groups that are open begin here. For text
-  /// that was just loaded, whose insertion nobody is to undo: its record would keep a second copy
+  /// that was just loaded, whose insertion can't be undone: its record would keep a second copy
   /// from the first edit on.
   void forget_history();
   void will_change_memento(unsigned long to);
@@ -159,7 +159,7 @@ struct storage : storage_detail {
     }
     did_change_memento(next_memento++);
   }
-  /// A call of its own, so that each observer hears of one change after the other.
+  /// A call of its own, so that each observer is notified of one change at a time.
   void let_repeat();
 
   bool repeating_ = false;

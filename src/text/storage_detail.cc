@@ -79,7 +79,7 @@ void storage_detail::remove_observer(storage_observer* observer) {
 text::iterator storage_detail::insert(text::iterator const& pos, text_slice const& slice) {
   std::lock_guard lock(mutex);
   unit_view const units = slice.units;
-  // What takes much memory comes before anybody is told.
+  // Memory is allocated before observers are notified.
   if (units.size() > max_length - length_) throw std::bad_alloc();
   size_t const newlines = count_unit(units, u'\n');
   reserve_lines(data, newlines);

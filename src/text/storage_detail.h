@@ -13,9 +13,9 @@
 namespace text {
 
 /// The line store of a storage, known as `storage::detail`: a vector with one handle a line, and
-/// the observers that are told of each change. There is no index by offset, no gap and no tree: a
-/// line is found by its subscript, an edit costs the length of the lines it touches, and splitting
-/// or joining lines moves handles.
+/// the observers that are notified of each change. There is no index by offset, no gap and no tree:
+/// a line is found by its subscript, an edit costs the length of the lines it touches, and
+/// splitting or joining lines moves handles.
 ///
 /// A line holds its units without a terminator. Lines are separated by an implied `\n`, so there is
 /// always at least one. A carriage return is a unit like any other.
@@ -25,7 +25,7 @@ class storage_detail {
   /// the block in which the text came, until they are edited.
   static constexpr size_t borrowed_length = 32768;
 
-  /// The most units that a text can have, line ends counted: lengths are told in int.
+  /// The most units that a text can have, line ends counted: lengths are passed as int.
   static constexpr size_t max_length = std::numeric_limits<int>::max();
 
   using line_buffer = shared_buffer<char_t>;
@@ -45,18 +45,18 @@ class storage_detail {
   char_t const* line_iter(text::iterator const& it) const { return begin(it.line) + it.column; }
   unit_view line_units(size_t line) const { return {begin(line), size(line)}; }
 
-  /// Observers are told in the order in which they were added. The id is the list entry, which its
-  /// holder may erase from `observers` directly.
+  /// Observers are notified in the order in which they were added. The id is the list entry, which
+  /// its holder may erase from `observers` directly.
   observer_id add_observer(storage_observer* observer);
   void remove_observer(storage_observer* observer);
 
-  /// Puts the units of `slice` at `pos` and tells the observers, under the lock. Returns the
+  /// Puts the units of `slice` at `pos` and notifies the observers, under the lock. Returns the
   /// position after the new text. Throws std::bad_alloc, with all as it was, for a text of more
   /// than `max_length`.
   text::iterator insert(text::iterator const& pos, text_slice const& slice);
-  /// Takes the text from `first` up to `last` away and tells the observers, under the lock.
+  /// Takes the text from `first` up to `last` away and notifies the observers, under the lock.
   void erase(text::iterator const& first, text::iterator const& last);
-  /// Exchanges a stretch of text and tells the observers, under the lock.
+  /// Exchanges a stretch of text and notifies the observers, under the lock.
   void replace(text::iterator const& first, text::iterator const& last, replacement const& what);
 
   /// The text from `first` up to `last`, if its lines are slices of one block in which they follow
@@ -66,7 +66,7 @@ class storage_detail {
   std::vector<line_buffer> data;
   observer_list observers;
   /// Held by each change from before `will_insert` or `will_erase` until after `did_insert` or
-  /// `did_erase`; readers on other threads, and whoever draws, take it to read.
+  /// `did_erase`; readers on other threads, and drawing take it to read.
   mutable wanted_mutex mutex;
 
  private:
@@ -74,7 +74,7 @@ class storage_detail {
   void borrow_lines(size_t line, size_t column, text_slice const& slice, size_t newlines);
   void join_lines(text::iterator const& first, text::iterator const& last);
   /// A line whose units are about to change. A borrowed line that is all but the whole of a large
-  /// block, which nobody else holds, takes the block's memory over: copying 100 MB takes too long
+  /// block, which nothing else holds, takes the block's memory over: copying 100 MB takes too long
   /// for a key press.
   line_buffer& line_to_edit(size_t line);
   /// The block of which borrowed units are part.

@@ -30,8 +30,8 @@ class storage_observer {
   virtual void will_replace(text::replacement const& /*what*/) {}
   virtual void did_replace(text::replacement const& /*what*/) {}
 
-  /// All observers have been told of a change that is neither undo nor redo nor a repetition. Who
-  /// repeats edits elsewhere does so here, by `storage::repeat`.
+  /// All observers have been notified of a change that is neither undo nor redo nor a repetition.
+  /// Who repeats edits elsewhere does so here, by `storage::repeat`.
   virtual void repeat_edits() {}
 };
 

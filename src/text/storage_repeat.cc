@@ -30,7 +30,7 @@ class raised {
 void storage::repeat(std::vector<replacement::edit> const& edits, unit_view inserted) {
   if (edits.empty()) return;
   raised const repeats(repeating_);
-  // A run of erasures goes on: what was erased by repeating isn't part of it.
+  // A run of erasures continues: what was erased by repeating isn't part of it.
   if (kill_buffer.memento == current_memento) kill_buffer.memento = next_memento;
   if (reach_into_other_lines(edits, inserted)) return replace(replacement_of(edits, inserted));
 

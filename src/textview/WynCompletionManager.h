@@ -23,7 +23,7 @@ class WynCompletionManager {
   static WynCompletionManager& sharedInstance();
 
   /// Shows what the word before the caret can become. False if there is nothing, and for a view
-  /// that nobody sees.
+  /// that is never visible.
   bool open(WynTextView& view);
   void close();
   void closeFor(WynTextView const& view);

@@ -52,7 +52,7 @@ bool WynISearchWindow::sendEvent(platform::key_event const& event) {
   }
   bool const closes =
       event.characters.size() == 1 && closing_keys.find(event.characters[0]) != closing_keys.npos;
-  // What is bound to something else, such as an arrow key, goes on from what was found; so does a
+  // What is bound to something else, such as an arrow key, continues from what was found; so does a
   // key of the menus.
   bool const is_for_view = selector || (event.modifiers & platform::modifier::command) != 0;
   if (!closes && !is_for_view) return false;

@@ -217,7 +217,7 @@ class WynTextView : public platform::responder,
 
   // Symbols (WynTextView_Symbols.cc)
   static constexpr char const* function_pop_up_did_change = "WynFunctionPopUpDidChange";
-  /// In the order of the text. Made anew when an action has changed a text that isn't large, and
+  /// In the order of the text. Made again when an action has changed a text that isn't large, and
   /// half a second after what changes its tokens.
   std::vector<styles::symbol> const& functionPopUp() const;
   /// Makes it now, of the tokens known so far. There must be a document.
@@ -274,7 +274,7 @@ class WynTextView : public platform::responder,
   /// The range of the field that is being filled in, if a snippet runs.
   std::vector<std::pair<text::iterator, text::iterator>> snippetFields() const;
 
-  // What commands are told (WynTextView_Environment.cc)
+  // The environment of commands (WynTextView_Environment.cc)
   plist::dictionary environmentVariables() const override;
   /// The word that the caret stands in or at; empty if there is none.
   std::u16string wordAtCaret() const;

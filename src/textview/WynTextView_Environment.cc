@@ -5,7 +5,7 @@
 #include "text/views/view.h"
 #include "textview/WynTextView.h"
 
-// What commands and snippets are told of the view.
+// The variables that the view provides to commands and snippets.
 
 namespace {
 

@@ -31,7 +31,8 @@ namespace {
 
 constexpr char const* bindings_key = "WynLanguageFileBindings";
 constexpr char const* default_language_key = "WynDefaultLanguage";
-constexpr std::size_t first_line_units = 4096;  // no more of it is looked at to tell the language
+// No more of the first line is looked at to determine the language.
+constexpr std::size_t first_line_units = 4096;
 
 /// The index among languages; `grammar::catalogue::none` when there is none.
 unsigned index_of_language(std::string const& uuid) {
@@ -152,7 +153,7 @@ void WynTextView::setRules(unsigned language) {
   startTokenizer();
 }
 
-// One that nobody sees waits until its scopes are asked for.
+// Hidden views start tokenizing on demand.
 void WynTextView::startTokenizer() {
   if (tokenizer_ != nullptr && host_ != nullptr && host_->is_seen()) tokenizer_->start();
 }
@@ -171,7 +172,7 @@ void WynTextView::attachTokenizer() {
       document_.get());
 }
 
-// The document may keep the view, and the worker goes on with what it has to do.
+// The document may keep the view, and the worker continues its work.
 void WynTextView::detachTokenizer() {
   if (tokenizer_ != nullptr) tokenizer_->set_reset_display({});
   tokenizer_ = nullptr;
@@ -179,7 +180,7 @@ void WynTextView::detachTokenizer() {
   styles_->drop();
 }
 
-// A file that gets a name gets the language of that, unless nobody knows the name.
+// A file that gets a name gets the language of that, unless the name is unknown.
 void WynTextView::filenameDidChange(plist::value const& info) {
   if (view_ == nullptr || info["old"] == info["new"]) return;
   std::string const choice = languageChoiceForCurrentFile();

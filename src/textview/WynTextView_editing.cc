@@ -125,7 +125,7 @@ void WynTextView::insertText(std::u16string_view text) {
   recording_suspended const unrecorded(*this);
   abandonMarkedText();
   bool const smart = smartTyping_ && text.size() == 1;
-  // The scope that decides is that before what is typed, so none is made anew meanwhile. A
+  // The scope that decides is that before what is typed, so none is made again meanwhile. A
   // macro must do the same each time; who types must not be kept waiting.
   std::unique_lock scopes_stay(view_->storage->mutex, std::defer_lock);
   if (text.size() == 1 && tokenizer_ != nullptr && dependsOnScope(text.front())) {

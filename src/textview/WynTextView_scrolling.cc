@@ -78,7 +78,7 @@ double WynTextView::frameWidth() const {
   return std::max(visible, layout_.x_of_column(wrapColumns() + 1) + frame_margin);
 }
 
-// True if the lines have been wrapped anew.
+// True if the lines have been wrapped again.
 bool WynTextView::updateScreenWidth() {
   if (!softWrap()) return false;
   unsigned const columns = wrapColumns();
@@ -97,7 +97,7 @@ void WynTextView::applySoftWrap() {
   view_->set_soft_wrap(softWrap());
 }
 
-// What stands at the top stays there when lines are wrapped anew.
+// What stands at the top stays there when lines are wrapped again.
 void WynTextView::recalcFrameSize() {
   if (host_ == nullptr || view_ == nullptr) return;
   updateGutterWidth();

@@ -24,7 +24,7 @@ class drop_target {
   /// are moved, unless the keys held leave only copying. Nothing can be dropped on the selection
   /// that is dragged.
   std::uint32_t operation_for(platform::drag_info const& info) const;
-  /// The drag goes on here; the answer is that of operation_for().
+  /// The drag continues here; the answer is that of operation_for().
   std::uint32_t update(platform::drag_info const& info);
   void exit();
   /// False if nothing came of it.

@@ -84,7 +84,7 @@ void mouse_tracker::press(mouse_event const& event) {
 }
 
 // Pressed on the selection and held a moment: then moving the mouse drags it. Moved at once it
-// selects anew, and released it sets the caret.
+// starts a new selection, and released it sets the caret.
 bool mouse_tracker::arm_drag(mouse_event const& event) {
   platform::view_host const* const host = text_view_.host();
   if (host == nullptr || !text_view_.view()->has_selection() || event.click_count != 1)

@@ -30,7 +30,7 @@ class mouse_tracker {
   void modifiers_changed(std::uint32_t modifiers);
   /// A button is pressed with these keys, so that Option, if it is held, is no tap.
   void take_modifiers(std::uint32_t modifiers);
-  /// A key is pressed, likewise; a drag has to move anew.
+  /// A key is pressed, likewise; a drag has to move again.
   void key_pressed() { is_option_tap_ = has_moved_ = false; }
 
   /// Whether moving the mouse drags the selection.

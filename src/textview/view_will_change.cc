@@ -52,7 +52,7 @@ view_will_change::view_will_change(WynTextView& tv, bool grouped)
   }
 }
 
-// Measuring lines for a frame that nobody sees would take longer than what is done to them.
+// Measuring lines for a hidden frame would take longer than what is done to them.
 std::size_t view_will_change::shown_columns() const {
   return is_seen ? text_view.view()->columns() : 0;
 }
@@ -77,7 +77,7 @@ view_will_change::~view_will_change() {
   view.scroll_caret_pending = false;
 }
 
-// Has what has changed drawn anew, scrolls the caret into sight, and publishes where it is.
+// Has what has changed drawn again, scrolls the caret into sight, and publishes where it is.
 void view_will_change::show_outcome(bool center, bool outermost) {
   text::view& view = *text_view.view();
   mark_refreshed_lines();

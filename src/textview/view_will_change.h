@@ -11,7 +11,7 @@ namespace textview {
 
 /// Brackets everything that the user does to a text view: while it lives, changes of text collect
 /// in one undo step (with `group`), and when the outermost one ends, what has to be drawn again is
-/// marked, the caret is scrolled into sight and the status bar is told. The view must show a
+/// marked, the caret is scrolled into sight and the status bar is updated. The view must show a
 /// document, also at the end.
 class view_will_change {
  public:

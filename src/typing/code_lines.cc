@@ -49,8 +49,8 @@ code_lines::code_lines(typed_view& text_view, recent_patterns& patterns,
                        std::chrono::seconds patience)
     : text_view_(text_view), patterns_(patterns), patience_(patience) {}
 
-// Where nobody looks, a macro must do the same each time; who types isn't kept waiting. Nor is a
-// language that says nothing of indentation asked for its scopes.
+// In batch mode results must be reproducible; while typing there must be no wait. Languages without
+// indentation patterns are not asked for scopes.
 void code_lines::wait_for_scopes(std::size_t line) const {
   if (text_view_.tokenizer() == nullptr || !text_view_.mayIndentLines()) return;
   auto const limit = text_view_.isSeen() ? patience_ : std::chrono::hours(1);

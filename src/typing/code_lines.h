@@ -75,7 +75,7 @@ class code_lines {
   std::optional<std::size_t> line_continued_by(std::size_t number);
   /// The lines, from below, in which the statement may begin that a line ends.
   std::vector<std::size_t> beginnings_of(std::size_t number);
-  /// Whether what a line says is not at an end in it, in a language that tells.
+  /// Whether the statement continues after this line, where the language has patterns for that.
   bool is_unfinished(std::size_t number);
   /// The same of a line above another, without blank lines between them.
   bool may_continue(std::size_t above, std::size_t number);

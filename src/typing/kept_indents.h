@@ -10,10 +10,10 @@
 
 namespace typing {
 
-/// Which indentation lines keep when they are indented anew, from above to below, where brackets or
-/// words end blocks. There are more ways to indent than patterns say: a line keeps what the lines
-/// before it allow, by brackets, statements without braces and the labels and blocks above, and
-/// goes with the lines that it continues. Widths are in columns.
+/// Which indentation lines keep when they are indented again, from above to below, where brackets
+/// or words end blocks. There are more ways to indent than patterns say: a line keeps what the
+/// lines before it allow, by brackets, statements without braces and the labels and blocks above,
+/// and goes with the lines that it continues. Widths are in columns.
 class kept_indents {
  public:
   explicit kept_indents(code_lines& lines) : lines_(lines) {}

@@ -92,7 +92,7 @@ std::size_t line_indenter::wanted_indent(code_lines& lines, styles::indent_patte
   return patterns.indentForContentAtLine(content, number, *view().storage, tab_size(), types);
 }
 
-// Text that is indented by spaces goes on so, also where tabs are what is typed.
+// Text indented by spaces stays indented by spaces, also where tabs are what is typed.
 bool line_indenter::indents_by_spaces(std::size_t number) const {
   return text_view_.treatsSpacesAsTabs() || is_indented_by_spaces(*view().storage, number);
 }

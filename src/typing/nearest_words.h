@@ -15,8 +15,8 @@ struct storage;
 
 namespace typing {
 
-/// Where the word that begins or goes on at `from` <= line.size() ends: `from` if none does. A word
-/// is a run of clusters that begin with a word character.
+/// Where the word that begins or continues at `from` <= line.size() ends: `from` if none does. A
+/// word is a run of clusters that begin with a word character.
 std::size_t end_of_word(text::unit_view line, std::size_t from);
 
 /// The words of a text that begin with some letters, the nearest to a word first: those before it

@@ -29,7 +29,7 @@ class WynDocumentController : public platform::window_delegate {
 
   /// Offers to save unsaved changes. True when the window may go: saved, or not wanted.
   bool askToSave();
-  /// False when it was cancelled or failed; the user has been told.
+  /// False when it was cancelled or failed; the user has seen an alert.
   bool saveDocument();
   bool saveDocumentAs();
 

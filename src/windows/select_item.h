@@ -39,7 +39,7 @@ class WynSelectBundleItem final : public platform::picker_source {
   /// Shows what a key stands for at the caret; what a press would do comes first. `key` is a key
   /// string.
   void showKeyEquivalent(std::string const& key);
-  /// Executes what a row shows; false if nobody takes it.
+  /// Executes what a row shows; false if no responder performs it.
   bool accept(std::size_t row);
 
   // platform::picker_source

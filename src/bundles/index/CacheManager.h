@@ -42,7 +42,7 @@ class CacheManager {
   void setContents(T const& contents, std::string const& path, std::int64_t changed) {
     store(bundles::index::pack(contents, path), path, changed);
   }
-  /// Keeps what there is for the path when the index is saved, though nobody has asked for it.
+  /// Keeps what there is for the path when the index is saved, though it has not been asked for.
   void keepPath(std::string_view path);
   /// Forgets the path in this process alone.
   void forgetPath(std::string_view path);

@@ -27,7 +27,7 @@ namespace bundles::index {
 struct entry {
   std::int64_t changed = 0;  ///< nanoseconds since 1970, or `missing`
   std::string_view block;
-  bool is_used = false;  ///< somebody has asked for it since the start
+  bool is_used = false;  ///< it has been asked for since the start
 };
 /// Paths and blocks belong to the caller.
 using entries = std::unordered_map<std::string_view, entry>;

@@ -48,7 +48,7 @@ struct BundleItemStub {
   std::string path;  ///< of the item's property list
   item_keys keys;
   /// For a file that holds only changes: `isDelta`, and of `changed` and `deleted` what concerns
-  /// look-ups. For any other grammar what tells which files are in its language. Else nothing.
+  /// look-ups. For any other grammar what determines which files are in its language. Else nothing.
   plist::value more;
 
   bool is_delta() const { return more["isDelta"].integer_or(0) != 0; }

@@ -70,8 +70,8 @@ bool is_empty(int folder) {
   return count == 2;  // "." and ".."
 }
 
-/// A folder that root has just made in somebody else's folder becomes his, since he is to use it
-/// too. He may have put another one of root's in its place meanwhile: so only an empty one does.
+/// A folder that root has just made in another user's folder is given to that user, who is to use
+/// it too. He may have put another one of root's in its place meanwhile: so only an empty one does.
 void give_to_owner_of(int parent, char const* name) {
   struct stat above, made;
   if (::fstat(parent, &above) != 0 || above.st_uid == 0) return;
@@ -168,7 +168,7 @@ std::optional<std::string> runtime_folder(environment const& env) {
     if (make_private_folder(folder)) return folder;
   }
   std::string const folder = cache_folder(env) + "/run";
-  // In somebody else's it would be in his way.
+  // In another user's it would be inaccessible to that user.
   if (make_folders(cache_folder(env)) && belongs_to_us(cache_folder(env)) &&
       make_private_folder(folder))
     return folder;
@@ -194,7 +194,7 @@ std::string module_folder() {
 }
 
 bool make_folders(std::string const& path, unsigned mode) {
-  errno = ENAMETOOLONG;  // nobody could name what would be made
+  errno = ENAMETOOLONG;  // the path would be too long to use
   if (path.size() >= PATH_MAX) return false;
   int at = ::open(path.starts_with('/') ? "/" : ".", O_PATH | O_DIRECTORY | O_CLOEXEC);
   std::string_view rest = path;

@@ -4,9 +4,9 @@
 
 namespace platform {
 
-/// Memory set aside for the time when there is none: whatever is asked for then gets it, so that
-/// small things go on and the user can be told. From the first call on, a request that even the
-/// reserve doesn't make possible throws std::bad_alloc, as ever.
+/// Memory released when an allocation fails: whatever is asked for then gets it, so that
+/// small things continue and the user can be informed. From the first call on, a request that even
+/// the reserve doesn't make possible throws std::bad_alloc, as ever.
 void keep_memory_reserve();
 
 /// For libraries that don't survive want of memory: throws std::bad_alloc unless so many bytes are
@@ -14,7 +14,7 @@ void keep_memory_reserve();
 /// second time on.
 void require_spare_memory(std::size_t bytes);
 
-/// Sets the reserve aside anew where it was used. False when memory is still short.
+/// Sets the reserve aside again where it was used. False when memory is still short.
 bool refill_memory_reserve();
 
 }  // namespace platform

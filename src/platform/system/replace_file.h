@@ -47,7 +47,7 @@ int read_file(std::string const& path, std::string& contents, file_calls& calls,
 
 /// Puts a file with these contents in the place of `path`, so that whoever opens it, and whatever
 /// interrupts this, finds either the old or the new contents whole. An existing file's owner
-/// and mode are kept, a new one gets 0600. A link is followed, but not by root somebody else's:
+/// and mode are kept, a new one gets 0600. A link is followed, but not by root another user's:
 /// EPERM. Returns 0 or an errno: the old file then stands as it was, except that after EIO from the
 /// last step the new one may stand already.
 int replace_file(std::string const& path, std::string_view contents, file_calls& calls);

@@ -10,7 +10,7 @@ namespace platform {
 /// else is opened.
 void occupy_standard_descriptors();
 
-/// Writes all of it, and waits where the descriptor has been set not to wait by whoever shares it.
+/// Writes all of it, and waits where another process has set the descriptor not to wait.
 /// 0 or an errno.
 int write_to_stream(int descriptor, char const* bytes, std::size_t size);
 

@@ -5,11 +5,11 @@
 #include "platform/system/replace_file.h"
 
 /// Files that are written to take another one's place, beside it: ".NAME.quirnote-NUMBER". If the
-/// program is killed meanwhile they stay behind, and are known by their names. Whoever writes one
-/// holds it, so that nobody else takes it for such a one.
+/// program is killed meanwhile they stay behind, and are known by their names. The writer
+/// holds it, so that no other process takes it for such a one.
 namespace platform {
 
-/// A name of that form that nobody is likely to have taken.
+/// A name of that form that is unlikely to be taken.
 std::string temporary_name(std::string const& name);
 
 /// Tells other programs that the file is being written, until the descriptor is closed.

@@ -19,7 +19,7 @@ class storage_detail;
 /// one. Lines below `long_line` are walked; a few long lines are
 /// remembered.
 ///
-/// The owner tells it of each change of the storage, before anybody can ask about the changed text:
+/// The owner tells it of each change of the storage, before it is asked about the changed text:
 /// `will_erase` before and `did_insert`, `did_erase` after. Main thread.
 class column_cache {
  public:

@@ -16,7 +16,7 @@ class filter : public storage_observer {
   void will_change_memento(unsigned long from, unsigned long to) override;
   void did_change_memento(unsigned long from, unsigned long to) override;
   void will_insert(text::iterator const& pos, int length) override;
-  /// In storage coordinates; only the lowest filter hears these two.
+  /// In storage coordinates; only the lowest filter is notified of these.
   void did_insert(text::iterator const& first, text::iterator const& last) override;
   void will_erase(text::iterator const& first, text::iterator const& last) override;
   void did_erase(text::iterator const& pos, int length) override;
@@ -45,7 +45,7 @@ class filter : public storage_observer {
 /// A filter that the user turns on and off while the view lives.
 class switchable_filter : public filter {
  public:
-  /// Computes its state anew for the whole text; called after it has entered the chain.
+  /// Computes its state again for the whole text; called after it has entered the chain.
   virtual void reset() = 0;
   /// Drops its state; called after it has left the chain.
   virtual void disable() = 0;

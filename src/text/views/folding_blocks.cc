@@ -12,7 +12,7 @@ namespace {
 constexpr unsigned type_shift = 14;
 constexpr size_t widest_indent = (1u << type_shift) - 2;
 constexpr size_t farthest_stop = 10000;  // lines
-// Of those that are inserted at once; with more the pairs are found anew.
+// Of those that are inserted at once; with more the pairs are found again.
 constexpr size_t most_lines_looked_at = 1000;
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace text {
 
 namespace {
 
-// Of folds that are opened at once: laying all lines out costs less than telling of more.
+// Of folds that are opened at once: laying all lines out costs less than reporting more.
 constexpr size_t most_told = 8;
 
 }  // namespace
@@ -180,7 +180,7 @@ bool view::folding_filter::make_lines_visible(size_t first, size_t last) {
 }
 
 // Those in others, which hide nothing by themselves, go first, and then the last one of the others:
-// each is told of as one with what is in it. When there are many all is laid out anew instead.
+// each is reported with its contents; if there are many, everything is laid out again.
 void view::folding_filter::unfold(std::vector<folding_t> const& folds) {
   std::vector<folding_t> hidden, shown;
   for (folding_t const& fold : folds)
@@ -205,7 +205,7 @@ void view::folding_filter::erase_folds(std::vector<folding_t> const& folds) {
   forget_survey();
 }
 
-// When there are many all is laid out anew, as for unfold().
+// When there are many all is laid out again, as for unfold().
 void view::folding_filter::fold_again(std::vector<folding_t> const& folds) {
   if (!view_.foldings_enabled) return;
   bool const one_by_one = folds.size() <= most_told;
@@ -256,7 +256,7 @@ bool view::folding_filter::toggle_folding(size_t line, bool nested) {
   return unfold_if_possible(line, nested) || fold_if_possible(line, nested);
 }
 
-/// Those of a level, or of any for 0. Nobody is told. Blocks don't cross each other, so that
+/// Those of a level, or of any for 0. No one is notified. Blocks don't cross each other, so that
 /// comparing with the folds that were there is enough.
 bool view::folding_filter::add_folds(std::vector<block> const& blocks, size_t level) {
   std::vector<folding_t> fitting;
@@ -302,7 +302,7 @@ void view::folding_filter::restore_all(folding_set folds) {
   lay_out_again();
 }
 
-/// After many folds at once, of which nobody above has been told.
+/// After many folds at once, of which the filters above have not been notified.
 void view::folding_filter::lay_out_again() {
   forget_survey();
   if (view_.soft_wrap) view_.soft_wrap_filter->reset();
@@ -323,8 +323,8 @@ void view::folding_filter::unfold_where(Crossed crossed) {
   unfold(found);
 }
 
-/// What line `from` and those after it say of folds is said of lines further down, or further up
-/// if `by` is negative, as a number that wraps round. The survey goes with them.
+/// Moves the folds of line `from` and of the lines after it down by so many lines; up if `by` is
+/// negative, as a number that wraps around. The survey goes with them.
 void view::folding_filter::move_folds(uint32_t from, uint32_t by) {
   auto const move = [=](uint32_t& line) { line += line < from ? 0 : by; };
   auto folds = foldings.extract_sequence();

@@ -13,9 +13,9 @@
 
 namespace text {
 
-/// Hides runs of lines. What can be folded is told by two patterns, for lines that open a block and
-/// lines that close one, and by the lines' indentation: a start pairs with the next stop of the
-/// same indent. The filters below change no lines, so lines are those of the storage.
+/// Hides runs of lines. What can be folded is determined by two patterns, for lines that open a
+/// block and lines that close one, and by the lines' indentation: a start pairs with the next stop
+/// of the same indent. The filters below change no lines, so lines are those of the storage.
 ///
 /// The user's folds are kept with the text that they hide, whatever happens around them. A change
 /// that crosses the border of a fold unfolds it first.

@@ -20,8 +20,8 @@ namespace text {
 /// Kept is what was lost, by the step that lost it. Steps out of reach are forgotten.
 class view::mark_history : public storage_observer {
  public:
-  /// The first of the view's observers: what is to be erased is looked at before filters hear of
-  /// it, and folds are back before the selection is.
+  /// The first of the view's observers: it inspects what will be erased before filters are
+  /// notified, and folds are restored before the selection is.
   explicit mark_history(text::view& view);
   ~mark_history() override;
 

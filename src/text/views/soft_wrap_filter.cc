@@ -121,7 +121,7 @@ size_t view::soft_wrap_filter::wrap_up_to_old_rows(edit const& made, row_start s
 }
 
 /// Whether the table and the text have the sizes that a change says. They don't when a change was
-/// hidden from here, or told of in part.
+/// hidden from here, or reported in part.
 bool view::soft_wrap_filter::fits_the_text(edit const& made) const {
   auto const old_size = [&](size_t line) { return ranges[end_of_line(line) - 1].last; };
   size_t const rest = size_t{old_size(made.old_last.line)} - made.old_last.column;

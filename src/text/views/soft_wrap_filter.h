@@ -8,7 +8,7 @@
 namespace text {
 
 /// Cuts each line of the filter below into rows no wider than the screen. All rows are held in a
-/// table, so that questions are look-ups. An edit finds the rows anew from the one before the
+/// table, so that questions are look-ups. An edit finds the rows again from the one before the
 /// changed row, up to where they fall in with the old ones; those after are only shifted. Lines of
 /// any length are thus typed in at the cost of a pass over the table at most.
 ///
@@ -39,7 +39,7 @@ class view::soft_wrap_filter : public switchable_filter {
   void reset() override;
   void disable() override { line_ranges().swap(ranges); }
 
-  /// The rows still are those of before the change, which nobody above may ask about.
+  /// The rows still are those of before the change, which the filters above may not ask about.
   void will_insert(text::iterator const&, int) override {}
   void did_insert(text::pos const& first, text::pos const& last) override;
   void will_erase(text::pos const& first, text::pos const& last) override;

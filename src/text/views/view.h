@@ -117,13 +117,13 @@ class view {
   /// @{
   void install_tokenize_filter(std::unique_ptr<filter> added);
   void install_spellcheck_filter(std::unique_ptr<switchable_filter> added);
-  /// Null for none. It hears of changes after all other observers of this view.
+  /// Null for none. It is notified after all other observers of this view.
   void set_snippet_observer(std::unique_ptr<snippet_observer_t> observer);
   void chain_filters();
   /// @}
 
-  /// Measures anew if the way of counting cells (text/cell_width.h) is another one than it was, and
-  /// says whether.
+  /// Measures again if the way of counting cells (text/cell_width.h) is another one than it was,
+  /// and says whether.
   bool follow_cell_widths();
 
   /// @name Folded text
@@ -136,7 +136,7 @@ class view {
   /// The same for the lines from `first` up to, not including, `last`. Whether any was hidden.
   bool make_lines_visible(size_t first, size_t last);
   /// Unfolds what hides the position and gives it as one of this view. The selection stays, so that
-  /// a call may stand in the argument of what sets one.
+  /// a call may be used in the argument of a setter.
   view_iterator in_view(text::iterator const& it, bool flag = true);
   /// @}
 

@@ -105,7 +105,7 @@ void view::view_filter::refresh(text::pos const& first, text::pos const& last) {
 }
 
 void view::view_filter::park_caret() {
-  // No mark may point past the end of a line that is changing; whoever edits sets the real
+  // No mark may point past the end of a line that is changing; the editor sets the real
   // selection.
   view_.selection.set_caret(view_.begin(0));
 }
