@@ -126,7 +126,7 @@ BENCHMARK_DEFINE_F(long_line, move)(benchmark::State& state) {
   for (auto _ : state) {
     size_t const column = view->column_in_view(anywhere());
     benchmark::DoNotOptimize(
-        iter_from_view_pos(view.get(), 0, column, text::freehanded_t::automatic));
+        iter_from_view_pos(view.get(), {0, column}, text::freehanded_t::automatic));
   }
 }
 BENCHMARK_REGISTER_F(long_line, move)->Arg(0)->Arg(8)->Unit(benchmark::kMicrosecond);

@@ -37,7 +37,7 @@ void each_gap(unit_view row, Use use) {
 }  // namespace
 
 std::u16string justified_row(unit_view row, std::size_t width, std::size_t tab_size) {
-  std::size_t const present = text::expanded_width(row, 0, tab_size);
+  std::size_t const present = text::expanded_width(row, 0, text::tab_stops(tab_size));
   std::size_t gaps = 0;
   each_gap(row, [&](std::size_t, std::size_t) { ++gaps; });
   if (gaps == 0 || present >= width) return std::u16string(row);
@@ -58,7 +58,8 @@ std::u16string justified_row(unit_view row, std::size_t width, std::size_t tab_s
 std::u16string aligned(unit_view text, alignment how, std::size_t width, std::size_t tab_size) {
   return with_each_line(text, [&](unit_view line, std::u16string& result) {
     line = trimmed(line);
-    std::size_t const slack = width - std::min(width, text::expanded_width(line, 0, tab_size));
+    std::size_t const slack =
+        width - std::min(width, text::expanded_width(line, 0, text::tab_stops(tab_size)));
     if (how == alignment::center) result.append(slack / 2, u' ');
     if (how == alignment::right) result.append(slack, u' ');
     if (how == alignment::justified)

@@ -10,13 +10,13 @@ namespace actions {
 
 std::u16string spaces_to_tabs(text::unit_view text, std::size_t tab_size) {
   return with_each_line(text, [&](text::unit_view line, std::u16string& result) {
-    auto const expanded = text::convert_tabs_to_spaces(line, tab_size, 0);
+    auto const expanded = text::convert_tabs_to_spaces(line, 0, text::tab_stops(tab_size));
     text::unit_view rest(expanded.data(), expanded.size());
     std::size_t column = 0;
     while (!rest.empty()) {
       text::unit_view const before = rest.substr(0, rest.find(u"  "));
       result += before;
-      column += text::expanded_width(before, column, tab_size);
+      column += text::expanded_width(before, column, text::tab_stops(tab_size));
       rest.remove_prefix(before.size());
       std::size_t const run = std::min(rest.find_first_not_of(u' '), rest.size());
       std::size_t const spaces = std::min((column + run) % tab_size, run);

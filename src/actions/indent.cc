@@ -24,7 +24,7 @@ std::size_t level(text::unit_view text, std::size_t tab_size) {
   std::size_t least = std::numeric_limits<std::size_t>::max();
   each_line(text, [&](text::unit_view line) {
     if (line.find_first_not_of(u" \t\n") != line.npos)
-      least = std::min(least, text::indent_width(line, tab_size));
+      least = std::min(least, text::indent_width(line, text::tab_stops(tab_size)));
   });
   return least;
 }
@@ -32,7 +32,7 @@ std::size_t level(text::unit_view text, std::size_t tab_size) {
 std::size_t skip(text::unit_view line, std::size_t amount, std::size_t tab_size) {
   std::size_t column = 0, unit = 0;
   for (; unit < line.size() && (line[unit] == u' ' || line[unit] == u'\t'); ++unit) {
-    column += line[unit] == u'\t' ? text::tab_width(column, tab_size) : 1;
+    column += line[unit] == u'\t' ? text::tab_width(column, text::tab_stops(tab_size)) : 1;
     if (column > amount) break;
   }
   return unit;

@@ -97,7 +97,7 @@ bool has_whole_lines(text::view const& view) {
 
 view_iterator at_column(text::view* view, std::size_t line, std::size_t column) {
   bool const keeps = view->selection.column_mode;
-  return iter_from_hybrid_pos(view, line, column,
+  return iter_from_hybrid_pos(view, {line, column},
                               keeps ? text::freehanded_t::on : text::freehanded_t::automatic);
 }
 
@@ -154,7 +154,7 @@ bool view_move_selection_column_left(text::view* view) {
   text::box const extent(view);
   if (view->selection.column_mode) {
     if (extent.first_column == 0) return false;
-    view->move_selection_to(iter_from_hybrid_pos(view, extent.first_line, extent.first_column - 1,
+    view->move_selection_to(iter_from_hybrid_pos(view, {extent.first_line, extent.first_column - 1},
                                                  text::freehanded_t::on));
     return true;
   }
@@ -167,7 +167,7 @@ bool view_move_selection_column_left(text::view* view) {
 bool view_move_selection_column_right(text::view* view) {
   text::box const extent(view);
   if (view->selection.column_mode) {
-    view->move_selection_to(iter_from_hybrid_pos(view, extent.first_line, extent.first_column + 1,
+    view->move_selection_to(iter_from_hybrid_pos(view, {extent.first_line, extent.first_column + 1},
                                                  text::freehanded_t::on));
     return true;
   }
@@ -221,7 +221,7 @@ void view_delete_lines(text::view* view) {
   else
     storage.erase(line_start(view, 0), storage.end(-1));
   std::size_t const line = std::min(first, storage.lines() - 1);
-  selection.set_caret(iter_from_hybrid_pos(view, line, column, text::freehanded_t::automatic));
+  selection.set_caret(iter_from_hybrid_pos(view, {line, column}, text::freehanded_t::automatic));
   view->scroll_caret_pending = true;
 }
 

@@ -37,7 +37,7 @@ class block_walk {
   }
   bool is_word_at(size_t line, size_t column) const {
     return is_word_char(
-        character_at(iter_from_hybrid_pos(view_, line, column, text::freehanded_t::on)));
+        character_at(iter_from_hybrid_pos(view_, {line, column}, text::freehanded_t::on)));
   }
 
   text::view const* view_;
@@ -50,7 +50,7 @@ text::view_iterator to_edge_of_column(text::view_iterator const& it, size_t last
   size_t const line = line_before_filters(it);
   if (line == last) return it;
   size_t const edge = block_walk(it.view, word_column(it), last, downward).edge_from(line);
-  return iter_from_hybrid_pos(it.view, edge, column_before_wrap(it), text::freehanded_t::on);
+  return iter_from_hybrid_pos(it.view, {edge, column_before_wrap(it)}, text::freehanded_t::on);
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ size_t aimed_column(text::view_iterator const& it) {
 text::view_iterator at_row(text::view_iterator const& it, size_t row, size_t column) {
   auto const type =
       it.view->selection.column_mode ? text::freehanded_t::on : text::freehanded_t::automatic;
-  return iter_from_view_pos(it.view, row, column, type);
+  return iter_from_view_pos(it.view, {row, column}, type);
 }
 
 }  // namespace

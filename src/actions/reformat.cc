@@ -44,7 +44,7 @@ class row_writer {
  public:
   row_writer(std::u16string prefix, reformat_options const& options)
       : options_(options), first_(std::move(prefix)) {
-    std::size_t const columns = text::expanded_width(first_, 0, options.tab_size);
+    std::size_t const columns = text::expanded_width(first_, 0, text::tab_stops(options.tab_size));
     further_ = std::u16string(columns, u' ');
     width_ = options.width - std::min(options.width, columns);
   }

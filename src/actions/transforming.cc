@@ -153,7 +153,7 @@ void view_align_justified(text::view* view) {
 void view_change_tabs_to_spaces(text::view* view) {
   std::u16string const text = selected_text(view);
   std::size_t const start = view->selection.column_mode ? text::box(view).first_column : 0;
-  auto const result = text::convert_tabs_to_spaces(text, view->tab_size, start);
+  auto const result = text::convert_tabs_to_spaces(text, start, text::tab_stops(view->tab_size));
   replace_selection(view, {result.data(), result.size()});
 }
 

@@ -53,7 +53,7 @@ std::span<plist::value const> first_elements(plist::value const& list) {
 void load_bookmarks(plist::value const& list, text::view& view) {
   for (plist::value const& element : first_elements(list))
     if (auto const line = number(element); line && *line < view.storage->lines())
-      view.set_bookmark(*line, 0, true);
+      view.set_bookmark({*line, 0}, true);
 }
 
 plist::value bookmarks_of(text::view const& view) {
@@ -80,7 +80,8 @@ void load_folds(plist::value const& list, text::view& view) {
 plist::value folds_of(text::view const& view) {
   plist::array list;
   for (auto const& [from, to] : view.folding_filter->foldings) {
-    size_t const indent = text::indent_width(view.storage->line_units(from), view.tab_size);
+    size_t const indent =
+        text::indent_width(view.storage->line_units(from), text::tab_stops(view.tab_size));
     list.push_back(plist::dictionary{
         {"from", decimal(from)}, {"to", decimal(to)}, {"indent", decimal(indent)}});
   }

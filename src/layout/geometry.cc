@@ -59,8 +59,10 @@ wyn::region column_region(laid_out_view const& text_view, rect const& limits) {
       std::min<std::size_t>(box.last_line, view.begin(shown.last).base.line + 1);
   for (std::size_t line = first_line; line < last_line; ++line) {
     auto const on = text::freehanded_t::on;
-    point const a = position_of(text_view, iter_from_hybrid_pos(&view, line, box.first_column, on));
-    point const b = position_of(text_view, iter_from_hybrid_pos(&view, line, box.last_column, on));
+    point const a =
+        position_of(text_view, iter_from_hybrid_pos(&view, {line, box.first_column}, on));
+    point const b =
+        position_of(text_view, iter_from_hybrid_pos(&view, {line, box.last_column}, on));
     std::size_t const first_row = layout.row_at(a.y), last_row = layout.row_at(b.y);
     std::size_t const last_shown = std::min(last_row, shown.last);
     for (std::size_t row = std::max(first_row, shown.first); row <= last_shown; ++row)
@@ -103,8 +105,9 @@ text::view_iterator marked_text_place(text::view const& view) {
   text::selection const& selection = view.selection;
   if (selection.empty()) return selection.current_mark;
   if (!selection.column_mode) return selection.last();
-  return iter_from_hybrid_pos(&view, line_before_filters(selection.current_mark),
-                              text::box(selection).last_column, text::freehanded_t::automatic);
+  return iter_from_hybrid_pos(
+      &view, {line_before_filters(selection.current_mark), text::box(selection).last_column},
+      text::freehanded_t::automatic);
 }
 
 rect caret_rectangle(laid_out_view const& text_view) {
@@ -131,7 +134,7 @@ text::view_iterator position_at(laid_out_view const& text_view, point p,
   TextLayout const& layout = text_view.layout();
   std::size_t const row = layout.row_at(p.y);
   if (row >= view.lines() && type != text::freehanded_t::on) return view.end();
-  text::view_iterator const at = iter_from_view_pos(&view, row, layout.nearest_column(p.x), type);
+  text::view_iterator const at = iter_from_view_pos(&view, {row, layout.nearest_column(p.x)}, type);
   return right_half_begins_before(text_view, at, p.x) ? after_character(at) : at;
 }
 

@@ -52,7 +52,7 @@ std::size_t seen_units(text::view const& view, std::size_t row, text::unit_view 
   constexpr std::size_t margin = 8, most_units = 32768;
   std::size_t const column = last_column + margin;
   std::size_t const begin = view.begin(row).base.column, last = view.end(row).base.column;
-  std::size_t end = begin + view.unit_at_row_column(row, column).unit;
+  std::size_t end = begin + view.unit_at_row_column({row, column}).unit;
   if (end >= last) return line.size() - from;
   std::size_t const most = std::min(line.size(), from + most_units);
   while (++end < most && is_in_script(line, end)) continue;
@@ -108,14 +108,14 @@ std::size_t row_text::column_of(std::size_t index) const {
   if (index >= piece.last) return piece.column + piece.width;
   if (piece.kind == text_cells::kind::run) return piece.column + (index - piece.first);
   std::u16string_view const before(units.data() + piece.first, index - piece.first);
-  return piece.column + std::min(text::expanded_width(before, 0, 1), piece.width);
+  return piece.column + std::min(text::expanded_width(before, 0, text::tab_stops(1)), piece.width);
 }
 
 row_text visible_text(drawn_text const& text_view, std::size_t row, std::size_t first_column,
                       std::size_t last_column) {
   text::view const& view = *text_view.view();
   auto const from =
-      before_script(iter_from_view_pos(&view, row, first_column, text::freehanded_t::off), row);
+      before_script(iter_from_view_pos(&view, {row, first_column}, text::freehanded_t::off), row);
   text::pos const begin = from.base.pos();
   std::size_t const end = end_of_shown(view, row).column, available = end - begin.column;
   text::unit_view const line = view.storage->line_units(begin.line).substr(0, end);
@@ -127,7 +127,8 @@ row_text visible_text(drawn_text const& text_view, std::size_t row, std::size_t 
   result.column = view.column_in_view(from);
   result.ends_here = begin.column + count == view.storage->size(begin.line);
   add_marked_text(text_view, begin, result);
-  result.pieces = text_cells::pieces_of(result.units, result.column, view.tab_size);
+  result.pieces =
+      text_cells::pieces_of(result.units, result.column, text::tab_stops(view.tab_size));
   grammar::tokenize_filter const* const tokenizer = text_view.tokenizer();
   if (tokenizer == nullptr) {
     result.spans.push_back({0, text_view.styleOfPath(0)});

@@ -39,13 +39,13 @@ bool goes_on(piece const& before, kind k, std::size_t cells) {
 
 }  // namespace
 
-std::vector<piece> pieces_of(std::u16string_view text, std::size_t column, std::size_t tab_size) {
+std::vector<piece> pieces_of(std::u16string_view text, std::size_t column, text::tab_stops tabs) {
   std::vector<piece> pieces;
   for (std::size_t at = 0; at < text.size();) {
     text::measured_cluster const measured = text::measure_cluster(text, at);
     std::size_t const end = measured.end;
     kind const k = kind_of(text.substr(at, end - at), measured.cells);
-    std::size_t const width = k == kind::tab ? text::tab_width(column, tab_size) : measured.cells;
+    std::size_t const width = k == kind::tab ? text::tab_width(column, tabs) : measured.cells;
     if (!pieces.empty() && goes_on(pieces.back(), k, width)) {
       pieces.back().last = end;
       pieces.back().width += width;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "text/tab_width.h"
+
 #include <cstddef>
 #include <string_view>
 #include <vector>
@@ -28,6 +30,6 @@ struct piece {
 
 /// Cuts `text`, which starts at visual column `column`, into pieces in order. Time is linear in the
 /// text, so callers pass what can be seen and not whole lines.
-std::vector<piece> pieces_of(std::u16string_view text, std::size_t column, std::size_t tab_size);
+std::vector<piece> pieces_of(std::u16string_view text, std::size_t column, text::tab_stops tabs);
 
 }  // namespace text_cells

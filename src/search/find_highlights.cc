@@ -75,7 +75,7 @@ void find_highlights::search(text::view& view) {
     add(first, last);
   } else {
     auto const at = [&](std::size_t row, std::size_t column) {
-      return iter_from_view_pos(&view, row, column, text::freehanded_t::off).base;
+      return iter_from_view_pos(&view, {row, column}, text::freehanded_t::off).base;
     };
     std::size_t const left = window_.first_column - std::min(window_.first_column, margin);
     for (std::size_t row = window_.first_row; row < window_.last_row; ++row)

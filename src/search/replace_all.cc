@@ -173,7 +173,8 @@ text::iterator set_text(replace_task& task, text::view& view, bool in_selection)
   task.text = storage.slice(first, storage.end(box.last_line - 1));
   for (std::size_t line = box.first_line, start = 0; line < box.last_line; ++line) {
     auto const column = [&](std::size_t visual) {
-      return start + iter_from_hybrid_pos(&view, line, visual, text::freehanded_t::off).base.column;
+      return start +
+             iter_from_hybrid_pos(&view, {line, visual}, text::freehanded_t::off).base.column;
     };
     task.parts.emplace_back(column(box.first_column), column(box.last_column));
     start += storage.size(line) + 1;

@@ -36,12 +36,14 @@ class session::view_storage : public storage_t {
   /// As wide as they are where they will stand.
   std::u16string expanded_tabs(text::iterator const& first, std::u16string_view text) const {
     std::u16string result;
-    std::size_t column = text::expanded_width(
-        view_.storage->line_units(first.line).substr(0, first.column), 0, view_.tab_size);
+    std::size_t column =
+        text::expanded_width(view_.storage->line_units(first.line).substr(0, first.column), 0,
+                             text::tab_stops(view_.tab_size));
     while (!text.empty()) {
       std::size_t const length = std::min(text.find(u'\n'), text.size() - 1) + 1;
       auto const line = text.substr(0, length);
-      auto const expanded = text::convert_tabs_to_spaces(line, view_.tab_size, column);
+      auto const expanded =
+          text::convert_tabs_to_spaces(line, column, text::tab_stops(view_.tab_size));
       result.append(expanded.data(), expanded.size());
       text.remove_prefix(length);
       column = 0;

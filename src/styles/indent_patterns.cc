@@ -101,12 +101,12 @@ std::size_t indent_patterns::indentForContentAtLine(text::unit_view content, std
                                                     line_types const& types) const {
   if (number == 0) return 0;
   unsigned const own = typeForLine(content);
-  if (own == unindented) return text::indent_width(content, tab_size);
+  if (own == unindented) return text::indent_width(content, text::tab_stops(tab_size));
 
   line_pair const* const aligned = aligned_pair(content);
   if (aligned != nullptr)
     if (auto const like = aligned_line(*aligned, number, text, types))
-      return text::indent_width(text.line_units(*like), tab_size);
+      return text::indent_width(text.line_units(*like), text::tab_stops(tab_size));
 
   // The two lines above that count.
   unsigned above[] = {unindented, unindented};
@@ -116,7 +116,7 @@ std::size_t indent_patterns::indentForContentAtLine(text::unit_view content, std
     unsigned const bits = types ? types(line) : typeForLine(text.line_units(line));
     if (bits == unindented) continue;
     if (found == 0) {
-      base = text::indent_width(text.line_units(line), tab_size);
+      base = text::indent_width(text.line_units(line), text::tab_stops(tab_size));
       // Labels may be indented by less than a level: the lines after them aren't the more so.
       if (is_label(bits)) base -= base % tab_size;
     }
@@ -132,13 +132,13 @@ std::size_t indent_patterns::indentForContentAtLine(text::unit_view content, std
     levels = -1;
   // The first of its kind may stand as the line that begins the block does.
   if (aligned != nullptr)
-    levels = text::indent_width(content, tab_size) == base ? 0 : levels;
+    levels = text::indent_width(content, text::tab_stops(tab_size)) == base ? 0 : levels;
   else if (own & decrease || (own & increase && above[0] & next_line))
     --levels;
   auto const width =
       static_cast<std::ptrdiff_t>(base) + levels * static_cast<std::ptrdiff_t>(tab_size);
   auto const wanted = static_cast<std::size_t>(std::max<std::ptrdiff_t>(width, 0));
-  std::size_t const given = text::indent_width(content, tab_size);
+  std::size_t const given = text::indent_width(content, text::tab_stops(tab_size));
   return is_label(own) && given - given % tab_size == wanted ? given : wanted;
 }
 

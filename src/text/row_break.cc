@@ -26,7 +26,7 @@ size_t unit_beyond(unit_view line, row_start start, size_t width, size_t tab_siz
     bool const is_near = line.size() - counted <= ahead;
     size_t const stop = is_near ? line.size() : cluster_start_from(line, counted + ahead);
     unit_column const found =
-        unit_at_column(line.substr(counted, stop - counted), column, width, tab_size);
+        unit_at_column(line.substr(counted, stop - counted), column, width, tab_stops(tab_size));
     at = counted + found.unit;
     in_tab = found.column < width && at < stop && line[at] == u'\t';
     if (in_tab) ++at;

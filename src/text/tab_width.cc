@@ -20,7 +20,7 @@ size_t find_tab_or_special(unit_view units, size_t at) {
 
 }  // namespace
 
-size_t expanded_width(unit_view units, size_t start, size_t tab_size) {
+size_t expanded_width(unit_view units, size_t start, tab_stops tabs) {
   size_t const length = units.size();
   size_t at = 0, column = start;
   while (true) {
@@ -28,7 +28,7 @@ size_t expanded_width(unit_view units, size_t start, size_t tab_size) {
     column += stop - at;
     if (stop == length) return column - start;
     if (units[stop] == u'\t') {
-      column += tab_width(column, tab_size);
+      column += tab_width(column, tabs);
       at = stop + 1;
       continue;
     }
@@ -43,12 +43,12 @@ size_t expanded_width(unit_view units, size_t start, size_t tab_size) {
   }
 }
 
-size_t indent_width(unit_view line, size_t tab_size) {
+size_t indent_width(unit_view line, tab_stops tabs) {
   auto const text = std::min(line.find_first_not_of(u" \t"), line.size());
-  return expanded_width(line.substr(0, text), 0, tab_size);
+  return expanded_width(line.substr(0, text), 0, tabs);
 }
 
-unit_column unit_at_column(unit_view units, size_t start, size_t column, size_t tab_size) {
+unit_column unit_at_column(unit_view units, size_t start, size_t column, tab_stops tabs) {
   size_t const length = units.size();
   size_t at = 0, here = start;
   while (at != length && here < column) {
@@ -61,7 +61,7 @@ unit_column unit_at_column(unit_view units, size_t start, size_t column, size_t 
     at = stop;
     if (at == length) break;
     if (!is_special) {
-      size_t const width = tab_width(here, tab_size);
+      size_t const width = tab_width(here, tabs);
       if (column < here + width) break;
       here += width;
       ++at;

@@ -22,7 +22,7 @@ void WynTextView::addBookmarkMethods() {
 
 // The first bookmark may bring the gutter with it, and the last take it away.
 void WynTextView::toggleBookmark(std::size_t line, std::size_t column) {
-  view_->toggle_bookmark(line, column);
+  view_->toggle_bookmark({line, column});
   recalcFrameSize();
   setNeedsDisplay();
 }

@@ -79,7 +79,8 @@ std::optional<std::size_t> last_blank_within(text::unit_view line, std::size_t w
   for (std::size_t unit = 0, end; unit < line.size() && column <= width; unit = end) {
     if (unit > first_word && text::is_lone_blank(line, unit)) found = unit;
     end = unicode::cluster_at(line, unit).end;
-    column += text::expanded_width(line.substr(unit, end - unit), column, tab_size);
+    column +=
+        text::expanded_width(line.substr(unit, end - unit), column, text::tab_stops(tab_size));
   }
   return column > width ? found : std::nullopt;
 }
@@ -347,7 +348,8 @@ void WynTextView::abandonMarkedText() {
 
 double WynTextView::markedTextOffset() const {
   std::u16string_view const before = std::u16string_view(markedText_).substr(0, markedCaret_);
-  return static_cast<double>(text::expanded_width(before, 0, tabSize())) * layout_.charWidth();
+  return static_cast<double>(text::expanded_width(before, 0, text::tab_stops(tabSize()))) *
+         layout_.charWidth();
 }
 
 std::u16string WynTextView::selected_text() const {

@@ -252,7 +252,7 @@ void WynTextView::moveByPage(int direction, bool select) {
   text::view_iterator target =
       row < 0      ? view.begin(0)
       : row > last ? view.end()
-                   : iter_from_view_pos(&view, static_cast<std::size_t>(row), column, type);
+                   : iter_from_view_pos(&view, {static_cast<std::size_t>(row), column}, type);
   target.desired_column = static_cast<std::uint32_t>(column);
   if (select) {
     view.selection.select_to(target, view.selection.column_mode);

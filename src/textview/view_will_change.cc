@@ -24,7 +24,7 @@ rect corner_of_columns(WynTextView const& text_view) {
   text::box const box(&view);
   std::size_t const line = box.reversed_lines ? box.first_line : box.last_line - 1;
   std::size_t const column = box.reversed_columns ? box.first_column : box.last_column;
-  auto const corner = iter_from_hybrid_pos(&view, line, column, text::freehanded_t::on);
+  auto const corner = iter_from_hybrid_pos(&view, {line, column}, text::freehanded_t::on);
   platform::point const at = layout::position_of(text_view, corner);
   return {at.x, at.y, 1, text_view.layout().lineHeight()};
 }

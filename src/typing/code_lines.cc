@@ -66,7 +66,7 @@ std::size_t code_lines::tab_size() const {
 }
 
 std::size_t code_lines::width_of(std::size_t number) const {
-  return text::indent_width(storage().line_units(number), tab_size());
+  return text::indent_width(storage().line_units(number), text::tab_stops(tab_size()));
 }
 
 // Where a string or a comment begins the line may still be indented, unlike in one.

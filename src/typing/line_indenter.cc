@@ -139,7 +139,7 @@ void line_indenter::set_indent(std::size_t number, std::size_t width) {
   std::size_t const old = leading_blanks(line);
   std::u16string fresh;
   if (old < line.size()) {
-    if (text::indent_width(line, tab_size()) == width) return;
+    if (text::indent_width(line, text::tab_stops(tab_size())) == width) return;
     fresh = actions::indent::blanks(width, tab_size(), indents_by_spaces(number));
   }
   if (line.substr(0, old) == fresh) return;
@@ -208,7 +208,7 @@ void line_indenter::indent_closing_line(std::size_t typed) {
     return;
   text::unit_view const before = line.substr(0, caret.column - typed);
   code_lines lines(text_view_, patterns_, {});
-  if (!is_blank_line(before) && text::indent_width(before, tab_size()) !=
+  if (!is_blank_line(before) && text::indent_width(before, text::tab_stops(tab_size())) !=
                                     wanted_indent(lines, *language_patterns(), before, caret.line))
     return;
   std::size_t const after_caret = line.size() - caret.column;
@@ -267,8 +267,9 @@ bool line_indenter::copy() {
       {view().selection.begin(), view().selection.end()}, false, actions::clip_origin()};
   text::iterator const first = view().selection.first().base;
   text::unit_view const line = view().storage->line_units(first.line);
-  clip.origin->indent = text::indent_width(line, tab_size());
-  clip.origin->column = text::expanded_width(line.substr(0, first.column), 0, tab_size());
+  clip.origin->indent = text::indent_width(line, text::tab_stops(tab_size()));
+  clip.origin->column =
+      text::expanded_width(line.substr(0, first.column), 0, text::tab_stops(tab_size()));
   if (first.column == 0 && text_view_.mayIndentLines())
     clip.origin->excess = excess_of(clip.text, first.line);
   actions::set_current_clip(std::move(clip));
@@ -315,13 +316,13 @@ std::u16string line_indenter::fitted(actions::text_clip const& clip) {
   text::unit_view const line = view().storage->line_units(caret.line);
   text::unit_view const before = line.substr(0, caret.column);
   bool const after_text = !is_blank_line(before);
-  std::size_t const have = text::expanded_width(before, 0, tab_size());
+  std::size_t const have = text::expanded_width(before, 0, text::tab_stops(tab_size()));
   std::size_t const level = actions::indent::level(clip.text, tab_size());
   if (level == std::numeric_limits<std::size_t>::max()) return clip.text;  // blank lines alone
   if (have == 0 && (!clip.origin || clip.origin->column == 0)) return fitted_to_line(clip, level);
 
   // What began inside a line goes where its first line goes.
-  std::size_t const at = after_text ? text::indent_width(line, tab_size()) : have;
+  std::size_t const at = after_text ? text::indent_width(line, text::tab_stops(tab_size())) : have;
   if (clip.origin && clip.origin->column > 0) {
     actions::clip_origin const& origin = *clip.origin;
     bool const began_in_blanks = origin.column <= origin.indent;

@@ -118,7 +118,8 @@ TEST(transformations, tabs_for_spaces_change_no_column) {
     auto const before = lines_of(text), after = lines_of(spaces_to_tabs(text, 4));
     ASSERT_EQ(before.size(), after.size());
     for (size_t i = 0; i < before.size(); ++i)
-      ASSERT_EQ(text::expanded_width(before[i], 0, 4), text::expanded_width(after[i], 0, 4))
+      ASSERT_EQ(text::expanded_width(before[i], 0, text::tab_stops(4)),
+                text::expanded_width(after[i], 0, text::tab_stops(4)))
           << "seed " << seed;
   }
 }

@@ -70,8 +70,8 @@ TEST_F(metadata, comes_back_when_the_file_is_opened_again) {
   timespec const before = info().st_mtim;
   visit([](auto&, text::view& view) {
     put_caret(view, 2, 4);
-    view.set_bookmark(1, 0, true);
-    view.set_bookmark(3, 2, true);
+    view.set_bookmark({1, 0}, true);
+    view.set_bookmark({3, 2}, true);
   });
   EXPECT_EQ(stored(caret_name), "{\tcolumn = '4';\n\tline = '2';\n}");
   EXPECT_EQ(stored(bookmarks_name), "( '1', '3' )");
@@ -86,8 +86,8 @@ TEST_F(metadata, comes_back_when_the_file_is_opened_again) {
   EXPECT_EQ(info().st_ctim.tv_nsec, status.tv_nsec);  // nothing new, so nothing was written
 
   visit([this](WynDocument& d, text::view& view) {
-    view.set_bookmark(1, 0, false);
-    view.set_bookmark(3, 0, false);
+    view.set_bookmark({1, 0}, false);
+    view.set_bookmark({3, 0}, false);
     EXPECT_TRUE(d.writeToFile(d.filename()));
     EXPECT_EQ(stored(bookmarks_name), "");
     EXPECT_FALSE(d.checkForFilesystemChanges());

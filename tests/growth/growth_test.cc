@@ -129,7 +129,7 @@ std::map<std::string, std::function<made_document(std::size_t)>> const documents
     {"bookmarks",
      [](std::size_t n) {
        auto made = std::make_unique<document>(repeated("some (words)\there\n", n));
-       for (std::size_t line = 0; line < n; ++line) made->rows().set_bookmark(line, 3, true);
+       for (std::size_t line = 0; line < n; ++line) made->rows().set_bookmark({line, 3}, true);
        return made;
      }},
     {"folds",

@@ -11,7 +11,7 @@ namespace {
 
 std::string described(std::u16string_view text, std::size_t column = 0, std::size_t tab = 4) {
   std::string result;
-  for (piece const& p : pieces_of(text, column, tab)) {
+  for (piece const& p : pieces_of(text, column, text::tab_stops(tab))) {
     char const* const names[] = {"run",     "cluster",   "script",   "tab",
                                  "control", "unprinted", "surrogate"};
     result += std::string(names[static_cast<int>(p.kind)]) + " " +
@@ -47,12 +47,12 @@ TEST(text_cells, covers_every_unit_once) {
     std::u16string text;
     for (unsigned n = random() % 20; n > 0; --n) text += alphabet[random() % std::size(alphabet)];
     std::size_t at = 0, column = random() % 5;
-    for (piece const& p : pieces_of(text, column, 4)) {
+    for (piece const& p : pieces_of(text, column, text::tab_stops(4))) {
       ASSERT_EQ(p.first, at) << "round " << round;
       ASSERT_EQ(p.column, column) << "round " << round;
       ASSERT_LT(p.first, p.last);
       std::u16string_view const units(text.data() + p.first, p.last - p.first);
-      ASSERT_EQ(p.width, text::expanded_width(units, column, 4));
+      ASSERT_EQ(p.width, text::expanded_width(units, column, text::tab_stops(4)));
       at = p.last;
       column += p.width;
     }

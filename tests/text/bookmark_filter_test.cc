@@ -27,7 +27,7 @@ class Bookmarks : public testing::Test {
       at = unit == u'\n' ? pos(at.line + 1, 0) : pos(at.line, at.column + 1);
     }
     storage.insert(storage.end(-1), plain.begin(), plain.end());
-    for (pos const mark : marks) view.set_bookmark(mark.line, mark.column, true);
+    for (pos const mark : marks) view.set_bookmark(mark, true);
   }
   std::string get() {
     std::u16string result;
@@ -46,12 +46,12 @@ class Bookmarks : public testing::Test {
 
 TEST_F(Bookmarks, OneALine) {
   set("ab*cd\nxy");
-  view.set_bookmark(0, 4, true);
+  view.set_bookmark({0, 4}, true);
   EXPECT_EQ(get(), "ab*cd\nxy");
-  view.toggle_bookmark(1, 1);
-  view.toggle_bookmark(0, 4);
+  view.toggle_bookmark({1, 1});
+  view.toggle_bookmark({0, 4});
   EXPECT_EQ(get(), "abcd\nx*y");
-  view.set_bookmark(0, 0, false);
+  view.set_bookmark({0, 0}, false);
   EXPECT_FALSE(view.has_bookmark(0));
 }
 
@@ -65,7 +65,7 @@ TEST_F(Bookmarks, NextAndPreviousGoRound) {
   EXPECT_EQ(view.previous_bookmark(4), pos(3, 0));
   EXPECT_EQ(view.previous_bookmark(3), pos(1, 1));
   EXPECT_EQ(view.previous_bookmark(1), pos(3, 0));
-  view.set_bookmark(3, 0, false);
+  view.set_bookmark({3, 0}, false);
   EXPECT_EQ(view.next_bookmark(1), pos(1, 1));
   EXPECT_EQ(view.previous_bookmark(1), pos(1, 1));
 }
@@ -115,7 +115,7 @@ TEST_F(Bookmarks, FollowTheirTextUnderRandomEditsAndComeBack) {
       size_t const line = random.below(storage.lines());
       text::iterator const at(line, random.up_to(storage.size(line)), &storage);
       if (!view.has_bookmark(line) && random.one_in(3)) {
-        view.set_bookmark(line, at.column, true);
+        view.set_bookmark({line, at.column}, true);
         model.marks.push_back(naive_bookmarks::offset_of(storage, at.pos()));
         std::sort(model.marks.begin(), model.marks.end());
       } else if (random.one_in(2)) {

@@ -289,8 +289,8 @@ class ColumnModel {
  private:
   void select() {
     auto const anywhere = [&] {
-      return iter_from_hybrid_pos(&view_, random_.below(edited_.storage.lines()), random_.below(15),
-                                  freehanded_t::on);
+      return iter_from_hybrid_pos(
+          &view_, {random_.below(edited_.storage.lines()), random_.below(15)}, freehanded_t::on);
     };
     view_.selection.set_caret(anywhere());
     view_.selection.select_to(anywhere(), true);

@@ -56,7 +56,7 @@ void add_marks(document& to, random_source random) {
       text::pos const at(line, column);
       to.view.notify_observer.add_notify({at, to.storage.end(line).pos()});
     } else {
-      to.view.set_bookmark(line, column, true);
+      to.view.set_bookmark({line, column}, true);
     }
   }
 }

@@ -129,10 +129,10 @@ TEST_F(SoftWrap, PositionsBetweenUnitsBelongToOneRow) {
   --it;
   EXPECT_EQ(it, at(0, 9));
 
-  EXPECT_EQ(iter_from_view_pos(&view, 1, 2, freehanded_t::off), at(0, 12));
-  EXPECT_EQ(iter_from_view_pos(&view, 0, 99, freehanded_t::off), at(0, 9));
-  EXPECT_EQ(iter_from_view_pos(&view, 1, 99, freehanded_t::on), at(0, 14, 95));
-  EXPECT_EQ(iter_from_view_pos(&view, 99, 1, freehanded_t::off), at(1, 1));
+  EXPECT_EQ(iter_from_view_pos(&view, {1, 2}, freehanded_t::off), at(0, 12));
+  EXPECT_EQ(iter_from_view_pos(&view, {0, 99}, freehanded_t::off), at(0, 9));
+  EXPECT_EQ(iter_from_view_pos(&view, {1, 99}, freehanded_t::on), at(0, 14, 95));
+  EXPECT_EQ(iter_from_view_pos(&view, {99, 1}, freehanded_t::off), at(1, 1));
 }
 
 TEST_F(SoftWrap, TabsOfARowAreMeasuredFromItsStart) {
@@ -142,7 +142,7 @@ TEST_F(SoftWrap, TabsOfARowAreMeasuredFromItsStart) {
   ASSERT_EQ(rows_as_text(), (std::vector<std::string>{"aaaaaaaaa", "b\tc"}));
   EXPECT_EQ(view.column_in_view(at(0, 12)), 4u);
   EXPECT_EQ(column_before_wrap(at(0, 12)), 12u);
-  EXPECT_EQ(iter_from_view_pos(&view, 1, 2, freehanded_t::on), at(0, 11, 1));
+  EXPECT_EQ(iter_from_view_pos(&view, {1, 2}, freehanded_t::on), at(0, 11, 1));
 }
 
 TEST_F(SoftWrap, SettingsWrapAnew) {
@@ -233,7 +233,7 @@ TEST_F(SoftWrap, PositionsAndRowsAgree) {
         size_t const row = view.line_in_view(it), shown = view.column_in_view(it);
         ASSERT_LE(view.begin(row), it);
         ASSERT_LE(it, view.end(row));
-        ASSERT_EQ(iter_from_view_pos(&view, row, shown, freehanded_t::off), it);
+        ASSERT_EQ(iter_from_view_pos(&view, {row, shown}, freehanded_t::off), it);
       }
     }
   }

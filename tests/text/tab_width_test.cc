@@ -68,10 +68,11 @@ TEST(TabWidth, EqualsTheWalkOnShortRuns) {
       for (size_t i = 0; i < length; ++i) units += (bits >> i & 1) != 0 ? u'\t' : u'a';
       for (size_t start = 0; start < 5; ++start)
         for (size_t tab_size = 1; tab_size <= 4; ++tab_size) {
-          ASSERT_EQ(text::expanded_width(units, start, tab_size),
+          ASSERT_EQ(text::expanded_width(units, start, text::tab_stops(tab_size)),
                     walked_width(units, start, tab_size));
           for (size_t column = 0; column < 30; ++column) {
-            auto const found = text::unit_at_column(units, start, column, tab_size);
+            auto const found =
+                text::unit_at_column(units, start, column, text::tab_stops(tab_size));
             auto const expected = walked_unit(units, start, column, tab_size);
             ASSERT_EQ(found.unit, expected.unit);
             ASSERT_EQ(found.column, expected.column);
@@ -88,10 +89,10 @@ TEST(TabWidth, EqualsTheWalkOnCharactersOfAnyKind) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     text::set_counts_units_as_cells(seed % 4 == 0);
     for (size_t start = 0; start < 3; ++start) {
-      size_t const width = text::expanded_width(units, start, 4);
+      size_t const width = text::expanded_width(units, start, text::tab_stops(4));
       ASSERT_EQ(width, walked_width(units, start, 4));
       for (size_t column = 0; column < start + width + 3; ++column) {
-        auto const found = text::unit_at_column(units, start, column, 4);
+        auto const found = text::unit_at_column(units, start, column, text::tab_stops(4));
         auto const expected = walked_unit(units, start, column, 4);
         ASSERT_EQ(found.unit, expected.unit);
         ASSERT_EQ(found.column, expected.column);
@@ -100,7 +101,7 @@ TEST(TabWidth, EqualsTheWalkOnCharactersOfAnyKind) {
       }
     }
     if (text::counts_units_as_cells() && units.find(u'\t') == units.npos) {
-      ASSERT_EQ(text::expanded_width(units, 0, 4), units.size());
+      ASSERT_EQ(text::expanded_width(units, 0, text::tab_stops(4)), units.size());
     }
   }
   text::set_counts_units_as_cells(false);
@@ -108,7 +109,7 @@ TEST(TabWidth, EqualsTheWalkOnCharactersOfAnyKind) {
 
 TEST(TabWidth, ConvertedTabsHaveTheWidthOfTheOriginal) {
   std::u16string const units = u"\ta\t\nbc\td";
-  auto const spaces = text::convert_tabs_to_spaces(units, 4, 2);
+  auto const spaces = text::convert_tabs_to_spaces(units, 2, text::tab_stops(4));
   EXPECT_EQ(std::u16string(spaces.begin(), spaces.end()), u"  a   \nbc    d");
 }
 
@@ -122,10 +123,10 @@ class ColumnCache : public testing::TestWithParam<char16_t const*> {
         size_t const tab_size = 1 + random.below(2) * 3;
         size_t const unit = text::cluster_start_from(units, random.up_to(units.size()));
         size_t const column = walked_width(units.substr(0, unit), 0, tab_size);
-        ASSERT_EQ(view_.long_lines().column(line, unit, tab_size), column);
+        ASSERT_EQ(view_.long_lines().column({line, unit}, text::tab_stops(tab_size)), column);
 
         size_t const sought = column + random.below(3);
-        auto const found = view_.long_lines().unit_at(line, sought, tab_size);
+        auto const found = view_.long_lines().unit_at({line, sought}, text::tab_stops(tab_size));
         auto const expected = walked_unit(units, 0, sought, tab_size);
         ASSERT_EQ(found.unit, expected.unit);
         ASSERT_EQ(found.column, expected.column);

@@ -77,16 +77,16 @@ TEST_F(View, HybridPositionsInsideTabsAndPastLineEnds) {
                                                        {4, freehanded_t::on, 2, 0},
                                                        {9, freehanded_t::on, 3, 4},
                                                        {9, freehanded_t::off, 3, 0}}) {
-    auto const hybrid = iter_from_hybrid_pos(&view, 0, row.column, row.type);
+    auto const hybrid = iter_from_hybrid_pos(&view, {0, row.column}, row.type);
     EXPECT_EQ(hybrid, at(0, row.unit, row.offset)) << row.column;
     EXPECT_EQ(hybrid.desired_column, 0u);
-    auto const shown = iter_from_view_pos(&view, 0, row.column, row.type);
+    auto const shown = iter_from_view_pos(&view, {0, row.column}, row.type);
     EXPECT_EQ(shown, hybrid) << row.column;
     EXPECT_EQ(shown.desired_column, row.column);
   }
   view.freehanded_mode = true;
-  EXPECT_EQ(iter_from_hybrid_pos(&view, 0, 9, freehanded_t::automatic), at(0, 3, 4));
-  EXPECT_EQ(iter_from_view_pos(&view, 7, 1, freehanded_t::off).base.pos(), pos(0, 1));
+  EXPECT_EQ(iter_from_hybrid_pos(&view, {0, 9}, freehanded_t::automatic), at(0, 3, 4));
+  EXPECT_EQ(iter_from_view_pos(&view, {7, 1}, freehanded_t::off).base.pos(), pos(0, 1));
 }
 
 TEST_F(View, MakeBaseIterChangesTheTextForVirtualColumns) {
@@ -221,7 +221,8 @@ TEST_F(View, ColumnsEqualTheWidestLineUnderRandomEdits) {
       if (random.one_in(3)) continue;
       size_t widest = 0;
       for (size_t i = 0; i < storage.lines(); ++i)
-        widest = std::max(widest, text::expanded_width(storage.line_units(i), 0, view.tab_size));
+        widest = std::max(
+            widest, text::expanded_width(storage.line_units(i), 0, text::tab_stops(view.tab_size)));
       ASSERT_EQ(view.columns(), widest);
       ASSERT_EQ(view.selection.current_mark.base.pos(), pos(0, 0));
     }
@@ -280,7 +281,7 @@ TEST_F(View, EditingInATabStopFollowsTheStop) {
 // them meanwhile on the lines concerned.
 TEST_F(View, BookmarksComeBackWithTheTextTheyMark) {
   set("zero|\none\ntwo\nthree\nfour");
-  for (size_t line : {1, 2, 4}) view.set_bookmark(line, 2, true);
+  for (size_t line : {1, 2, 4}) view.set_bookmark({line, 2}, true);
   auto const bookmarks = [&] { return view.bookmark_filter->marks.list(); };
   auto const before = bookmarks();
   auto const erase = [&] {
@@ -296,7 +297,7 @@ TEST_F(View, BookmarksComeBackWithTheTextTheyMark) {
     storage.undo_manager.redo();
     EXPECT_EQ(bookmarks(), after);
   }
-  view.set_bookmark(0, 2, false);
+  view.set_bookmark({0, 2}, false);
   storage.undo_manager.undo();
   EXPECT_EQ(bookmarks(), (std::vector<text::pos>{{4, 2}}));
   erase();

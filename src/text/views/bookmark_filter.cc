@@ -4,11 +4,11 @@
 
 namespace text {
 
-void view::bookmark_filter::set_bookmark(size_t line, size_t column, bool set) {
+void view::bookmark_filter::set_bookmark(text::pos const& at, bool set) {
   if (set)
-    marks.set({line, column});
+    marks.set(at);
   else
-    marks.remove(line);
+    marks.remove(at.line);
 }
 
 text::pos view::bookmark_filter::next_bookmark(size_t line) const {

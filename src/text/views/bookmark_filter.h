@@ -13,7 +13,7 @@ class view::bookmark_filter : public filter {
   using filter::will_erase;
 
   /// A bookmark that the line has already stays where it is.
-  void set_bookmark(size_t line, size_t column, bool set);
+  void set_bookmark(text::pos const& at, bool set);
   bool has_bookmark(size_t line) const { return marks.contains(line); }
   /// The first one after `line`, else the first of all, else column 0 of `line`.
   text::pos next_bookmark(size_t line) const;

@@ -9,62 +9,64 @@
 
 namespace text {
 
-size_t column_cache::piece::end_column(size_t start, size_t tab_size) const {
+size_t column_cache::piece::end_column(size_t start, tab_stops tabs) const {
   size_t const tab = start + before;
-  return has_tab ? tab + tab_width(tab, tab_size) + rest : tab;
+  return has_tab ? tab + tab_width(tab, tabs) + rest : tab;
 }
 
-column_cache::piece column_cache::sum_up(unit_view units, size_t tab_size) {
+column_cache::piece column_cache::sum_up(unit_view units, tab_stops tabs) {
   char_t const* const last = units.data() + units.size();
   char_t const* const tab = find_unit(units.data(), last, u'\t');
   auto const length = static_cast<size_t>(tab - units.data());
-  size_t const before = expanded_width(units.substr(0, length), 0, tab_size);
+  size_t const before = expanded_width(units.substr(0, length), 0, tabs);
   if (tab == last) return {units.size(), before, 0, false};
-  return {units.size(), before, expanded_width(units.substr(length + 1), 0, tab_size), true};
+  return {units.size(), before, expanded_width(units.substr(length + 1), 0, tabs), true};
 }
 
-size_t column_cache::column(size_t line, size_t unit, size_t tab_size) {
+size_t column_cache::column(text::pos const& place, tab_stops tabs) {
+  size_t const line = place.line, unit = place.column;
   unit_view const units = storage_.line_units(line);
-  if (units.size() < long_line) return expanded_width(units.substr(0, unit), 0, tab_size);
+  if (units.size() < long_line) return expanded_width(units.substr(0, unit), 0, tabs);
   size_t at = 0, start = 0;
-  for (piece const& summed : find(line, tab_size).pieces) {
+  for (piece const& summed : find(line, tabs).pieces) {
     if (at + summed.units > unit) break;
-    start = summed.end_column(start, tab_size);
+    start = summed.end_column(start, tabs);
     at += summed.units;
   }
-  return start + expanded_width(units.substr(at, unit - at), start, tab_size);
+  return start + expanded_width(units.substr(at, unit - at), start, tabs);
 }
 
-unit_column column_cache::unit_at(size_t line, size_t column, size_t tab_size) {
+unit_column column_cache::unit_at(hybrid_pos const& place, tab_stops tabs) {
+  size_t const line = place.line, column = place.column;
   unit_view const units = storage_.line_units(line);
-  if (units.size() < long_line) return unit_at_column(units, 0, column, tab_size);
+  if (units.size() < long_line) return unit_at_column(units, 0, column, tabs);
   size_t at = 0, start = 0, length = 0;
-  for (piece const& summed : find(line, tab_size).pieces) {
+  for (piece const& summed : find(line, tabs).pieces) {
     length = summed.units;
-    size_t const end = summed.end_column(start, tab_size);
+    size_t const end = summed.end_column(start, tabs);
     if (end >= column) break;
     start = end;
     at += std::exchange(length, 0);
   }
-  unit_column const found = unit_at_column(units.substr(at, length), start, column, tab_size);
+  unit_column const found = unit_at_column(units.substr(at, length), start, column, tabs);
   return {at + found.unit, found.column, found.rest};
 }
 
-column_cache::entry const& column_cache::find(size_t line, size_t tab_size) {
+column_cache::entry const& column_cache::find(size_t line, tab_stops tabs) {
   auto found = std::find_if(entries_.begin(), entries_.end(), [&](entry const& cached) {
-    return cached.line == line && cached.tab_size == tab_size;
+    return cached.line == line && cached.tab_size == tabs.every;
   });
   if (found == entries_.end()) {
     if (entries_.size() == max_entries) entries_.erase(entries_.begin());
-    entries_.push_back(build(line, tab_size));
+    entries_.push_back(build(line, tabs));
   } else {
     std::rotate(found, found + 1, entries_.end());
   }
   return entries_.back();
 }
 
-column_cache::entry column_cache::build(size_t line, size_t tab_size) const {
-  entry made{line, tab_size, {{storage_.size(line), 0, 0, false}}};
+column_cache::entry column_cache::build(size_t line, tab_stops tabs) const {
+  entry made{line, tabs.every, {{storage_.size(line), 0, 0, false}}};
   sum_up_pieces(made, 0, 1, 0);
   return made;
 }
@@ -85,7 +87,7 @@ void column_cache::sum_up_pieces(entry& cached, size_t first, size_t last, size_
   while (!units.empty()) {
     size_t taken = units.size() <= 2 * piece_length ? units.size() : piece_length;
     while (taken != units.size() && !unicode::surely_breaks(units, taken)) ++taken;
-    made.push_back(sum_up(units.substr(0, taken), cached.tab_size));
+    made.push_back(sum_up(units.substr(0, taken), tab_stops(cached.tab_size)));
     units.remove_prefix(taken);
   }
   auto const begin = cached.pieces.begin() + static_cast<std::ptrdiff_t>(first);

@@ -4,6 +4,7 @@
 
 #include "text/storage_observer.h"
 #include "text/tab_width.h"
+#include "text/views/cell_pos.h"
 
 namespace text {
 
@@ -28,10 +29,10 @@ class column_cache {
 
   explicit column_cache(storage_detail const& storage) : storage_(storage) {}
 
-  /// The visual column, counted from the line's start, of the unit at `unit`.
-  size_t column(size_t line, size_t unit, size_t tab_size);
-  /// The unit that covers visual `column`, or the line's end, with the column where it stands.
-  unit_column unit_at(size_t line, size_t column, size_t tab_size);
+  /// The visual column, counted from the line's start, of the unit at a position.
+  size_t column(text::pos const& at, tab_stops tabs);
+  /// The unit that covers the visual column, or the line's end, with the column where it stands.
+  unit_column unit_at(hybrid_pos const& at, tab_stops tabs);
 
   void did_insert(text::pos first, text::pos last);
   void will_erase(text::pos first, text::pos last);
@@ -45,7 +46,7 @@ class column_cache {
     size_t rest;    ///< columns after that tab, which ends at a known tab stop
     bool has_tab;
 
-    size_t end_column(size_t start, size_t tab_size) const;
+    size_t end_column(size_t start, tab_stops tabs) const;
   };
   struct entry {
     size_t line;
@@ -55,9 +56,9 @@ class column_cache {
 
   static constexpr size_t max_entries = 4;
 
-  static piece sum_up(unit_view units, size_t tab_size);
-  entry const& find(size_t line, size_t tab_size);
-  entry build(size_t line, size_t tab_size) const;
+  static piece sum_up(unit_view units, tab_stops tabs);
+  entry const& find(size_t line, tab_stops tabs);
+  entry build(size_t line, tab_stops tabs) const;
   void insert_into(entry& cached, size_t column, size_t length) const;
   void erase_from(entry& cached, size_t column, size_t length) const;
   /// Also those next to them that an edit may have joined to theirs in the middle of a cluster.

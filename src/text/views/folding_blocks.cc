@@ -38,7 +38,7 @@ std::optional<view::folding_filter::marker_t> view::folding_filter::marker(size_
   if (known == unknown) {
     line_type const type = parse_line(line);
     size_t const indent =
-        type == line_type::none ? 0 : indent_width(units_of(line), view_.tab_size);
+        type == line_type::none ? 0 : indent_width(units_of(line), tab_stops(view_.tab_size));
     known = static_cast<mark>(static_cast<unsigned>(type) << type_shift |
                               std::min(indent, widest_indent));
   }

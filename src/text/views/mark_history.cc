@@ -32,8 +32,8 @@ view::mark_history::bookmarks view::mark_history::bookmarks_of(uint32_t first,
 }
 
 void view::mark_history::set_bookmarks(uint32_t first, uint32_t last, bookmarks const& marks) {
-  for (text::pos const at : bookmarks_of(first, last)) view_.set_bookmark(at.line, 0, false);
-  for (text::pos const at : marks) view_.set_bookmark(at.line, at.column, true);
+  for (text::pos const at : bookmarks_of(first, last)) view_.set_bookmark({at.line, 0}, false);
+  for (text::pos const at : marks) view_.set_bookmark(at, true);
 }
 
 bool view::mark_history::losses::empty() const {

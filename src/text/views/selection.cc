@@ -75,7 +75,7 @@ void selection::copy_data() const {
 
 void selection::copy_part(view_iterator from, size_t column, view_iterator const& to) const {
   if (from.offset != 0 && *from.base == u'\t') {
-    size_t const cut_tab = tab_width(column, from.view->tab_size);
+    size_t const cut_tab = tab_width(column, tab_stops(from.view->tab_size));
     data.insert(data.end(), cut_tab, u' ');
     ++from.base;
   }
@@ -87,9 +87,9 @@ void selection::copy_columns() const {
   text::box const extent(*this);
   for (size_t line = extent.first_line; line < extent.last_line; ++line) {
     auto const left =
-        iter_from_hybrid_pos(view, line, extent.first_column, freehanded_t::automatic);
+        iter_from_hybrid_pos(view, {line, extent.first_column}, freehanded_t::automatic);
     auto const right =
-        iter_from_hybrid_pos(view, line, extent.last_column, freehanded_t::automatic);
+        iter_from_hybrid_pos(view, {line, extent.last_column}, freehanded_t::automatic);
     // Columns past a line's end are not copied as blanks.
     bool const past_end = *right.base == u'\n';
     if (left.base == right.base) {

@@ -75,24 +75,26 @@ bool view::is_whole_line(view_iterator const& first, view_iterator const& last) 
   return first.base.column == 0 && last.base == storage->end(first.base.line);
 }
 
-unit_column view::unit_at_row_column(size_t row, size_t column) const {
-  view_iterator const first = begin(row), last = end(row);
-  if (is_whole_line(first, last)) return long_lines_.unit_at(first.base.line, column, tab_size);
+unit_column view::unit_at_row_column(row_pos const& at) const {
+  view_iterator const first = begin(at.row), last = end(at.row);
+  if (is_whole_line(first, last))
+    return long_lines_.unit_at({first.base.line, at.column}, tab_stops(tab_size));
   size_t const length = static_cast<size_t>(last.base - first.base);
   unit_view const units = storage->line_units(first.base.line).substr(first.base.column, length);
-  return unit_at_column(units, 0, column, tab_size);
+  return unit_at_column(units, 0, at.column, tab_stops(tab_size));
 }
 
 size_t view::width_when_expanding_tabs(text::iterator const& first, text::iterator const& last,
                                        size_t start) const {
   if (first.line == last.line && first.column == 0 && start == 0)
-    return long_lines_.column(last.line, last.column, tab_size);
+    return long_lines_.column(last.pos(), tab_stops(tab_size));
   size_t column = start;
   size_t from = first.column;
   for (size_t line = first.line; line < last.line; ++line, from = 0)
-    column += expanded_width(storage->line_units(line).substr(from), column, tab_size) + 1;
+    column +=
+        expanded_width(storage->line_units(line).substr(from), column, tab_stops(tab_size)) + 1;
   unit_view const units = storage->line_units(last.line).substr(from, last.column - from);
-  return column + expanded_width(units, column, tab_size) - start;
+  return column + expanded_width(units, column, tab_stops(tab_size)) - start;
 }
 
 size_t view::row_width(size_t row) const {
@@ -274,12 +276,12 @@ view_iterator view::in_view(text::iterator const& it, bool) {
   return {this, it};
 }
 
-void view::set_bookmark(size_t line, size_t column, bool set) {
-  bookmark_filter->set_bookmark(line, column, set);
+void view::set_bookmark(text::pos const& at, bool set) {
+  bookmark_filter->set_bookmark(at, set);
 }
 
-void view::toggle_bookmark(size_t line, size_t column) {
-  set_bookmark(line, column, !has_bookmark(line));
+void view::toggle_bookmark(text::pos const& at) {
+  set_bookmark(at, !has_bookmark(at.line));
 }
 
 bool view::has_bookmark(size_t line) const {

@@ -82,14 +82,14 @@ class view {
   /// @{
   /// The character of a row that covers a visual column, counted from the row's start, or the row's
   /// end.
-  unit_column unit_at_row_column(size_t row, size_t column) const;
+  unit_column unit_at_row_column(row_pos const& at) const;
   /// The columns from `first` up to `last`, the first unit standing at column `start`. Each cluster
   /// counts as many as it has cells, and a line end 1; a tab counts up to the next stop.
   size_t width_when_expanding_tabs(text::iterator const& first, text::iterator const& last,
                                    size_t start = 0) const;
   template <typename First, typename Last>
   size_t width_when_expanding_tabs(First first, Last last, size_t start = 0) const {
-    return expanded_width(unit_run(first, last), start, tab_size);
+    return expanded_width(unit_run(first, last), start, tab_stops(tab_size));
   }
   /// The width of the widest of the rows from `first` up to, not including, `last`.
   size_t max_columns_for_range(size_t first, size_t last) const;
@@ -144,8 +144,8 @@ class view {
   /// In storage coordinates, at most one a line.
   /// @{
   /// A bookmark that the line has already stays where it is.
-  void set_bookmark(size_t line, size_t column, bool set);
-  void toggle_bookmark(size_t line, size_t column);
+  void set_bookmark(text::pos const& at, bool set);
+  void toggle_bookmark(text::pos const& at);
   bool has_bookmark(size_t line) const;
   /// The nearest one on another line, going round at the end of the text. With a single bookmark
   /// it is that one; without any it is column 0 of `line`.

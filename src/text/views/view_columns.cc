@@ -31,8 +31,9 @@ void view::replace_columns_with(unit_view units) {
   size_t const last_row = extent.first_line + std::min(height, count_pieces(units)) - 1;
   size_t const last_column = column_before_wrap(selection.current_mark);
   auto const corner = [&](bool at_last_row, bool at_last_column) {
-    return iter_from_hybrid_pos(this, at_last_row ? last_row : extent.first_line,
-                                at_last_column ? last_column : extent.first_column,
+    return iter_from_hybrid_pos(this,
+                                {at_last_row ? last_row : extent.first_line,
+                                 at_last_column ? last_column : extent.first_column},
                                 freehanded_t::on);
   };
   selection.set_caret(corner(extent.reversed_lines, extent.reversed_columns));
@@ -49,7 +50,7 @@ void view::insert_column_of(unit_view units, size_t height, size_t width, bool s
     storage->insert(storage->end(-1), first_line + height - storage->lines(), u'\n');
   // Measured where the pieces will stand: a tab's width depends on its column.
   for_each_piece(units, [&](unit_view piece) {
-    width = std::max(width, expanded_width(piece, column, tab_size));
+    width = std::max(width, expanded_width(piece, column, tab_stops(tab_size)));
   });
 
   size_t line = first_line;
@@ -57,7 +58,7 @@ void view::insert_column_of(unit_view units, size_t height, size_t width, bool s
   while (line < first_line + height) insert_piece(line++, column, {}, width);
 
   auto const corner = [&](size_t at_line, size_t at_column) {
-    return iter_from_hybrid_pos(this, at_line, at_column, freehanded_t::on);
+    return iter_from_hybrid_pos(this, {at_line, at_column}, freehanded_t::on);
   };
   if (select) {
     selection.set_caret(corner(first_line, column));
@@ -68,10 +69,11 @@ void view::insert_column_of(unit_view units, size_t height, size_t width, bool s
 }
 
 void view::insert_piece(size_t line, size_t column, unit_view piece, size_t width) {
-  text::iterator at = make_base_iter(iter_from_hybrid_pos(this, line, column, freehanded_t::on));
+  text::iterator at = make_base_iter(iter_from_hybrid_pos(this, {line, column}, freehanded_t::on));
   storage->insert(at, piece.begin(), piece.end());
   // What stands to the right stays in its column.
-  if (*at != u'\n') storage->insert(at, width - expanded_width(piece, column, tab_size), u' ');
+  if (*at != u'\n')
+    storage->insert(at, width - expanded_width(piece, column, tab_stops(tab_size)), u' ');
 }
 
 bool view::can_enter_line_append_mode() const {
@@ -118,7 +120,7 @@ void view::keep_caret_place(freehanded_t::type type) {
   view_iterator const& caret = selection.current_mark;
   size_t const row = line_in_view(caret);
   size_t const column = caret.desired_column != 0 ? caret.desired_column : column_in_view(caret);
-  view_iterator const kept = iter_from_view_pos(this, row, column, type);
+  view_iterator const kept = iter_from_view_pos(this, {row, column}, type);
   if (selection.empty())
     selection.set_caret(kept);
   else

@@ -68,7 +68,7 @@ view_iterator view::erase(view_iterator first, view_iterator last) {
   text::iterator from = first.base, to = last.base;
   size_t padding = first.offset;
   if (last.offset != 0 && *to == u'\t') {
-    padding += tab_width(column_before_wrap(last), tab_size);
+    padding += tab_width(column_before_wrap(last), tab_stops(tab_size));
     ++to;
   }
   if (overwrite_mode) {
@@ -93,8 +93,8 @@ void view::take_selection() {
     // From the bottom up, so that lines keep their numbers.
     text::box const extent(this);
     for (size_t line = extent.last_line; line-- > extent.first_line;) {
-      auto const right = iter_from_hybrid_pos(this, line, extent.last_column, freehanded_t::on);
-      auto const left = iter_from_hybrid_pos(this, line, extent.first_column, freehanded_t::on);
+      auto const right = iter_from_hybrid_pos(this, {line, extent.last_column}, freehanded_t::on);
+      auto const left = iter_from_hybrid_pos(this, {line, extent.first_column}, freehanded_t::on);
       result = erase(left, right);
     }
   } else {
@@ -134,7 +134,7 @@ void view::add_column_mirrors(text::iterator const& base, size_t count) {
   size_t const column = column_before_wrap({this, base});
   std::vector<iterator_observer::mirror> mirrors;
   for (size_t line = base.line + size_t{1}; line < base.line + count; ++line) {
-    text::iterator const at = iter_from_hybrid_pos(this, line, column, freehanded_t::off).base;
+    text::iterator const at = iter_from_hybrid_pos(this, {line, column}, freehanded_t::off).base;
     mirrors.push_back({{base, base}, {at, at}});
   }
   mirror_observer.add_mirrors(mirrors);
@@ -177,7 +177,8 @@ void view::move_selection_to(view_iterator to) {
 
   size_t const column = column_before_wrap(selection.current_mark);
   if (extent.first_column % tab_size != column % tab_size) {
-    units = convert_tabs_to_spaces({units.data(), units.size()}, tab_size, extent.first_column);
+    units = convert_tabs_to_spaces({units.data(), units.size()}, extent.first_column,
+                                   tab_stops(tab_size));
   }
   insert_column(units.begin(), units.end(), extent.last_line - extent.first_line,
                 extent.last_column - extent.first_column, true);

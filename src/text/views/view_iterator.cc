@@ -54,22 +54,22 @@ size_t line_before_filters(view_iterator const& it) {
 }
 
 size_t column_before_wrap(view_iterator const& it) {
-  return it.view->long_lines().column(it.base.line, it.base.column, it.view->tab_size) + it.offset;
+  return it.view->long_lines().column(it.base.pos(), tab_stops(it.view->tab_size)) + it.offset;
 }
 
-view_iterator iter_from_hybrid_pos(text::view const* view, size_t line, size_t column,
+view_iterator iter_from_hybrid_pos(text::view const* view, hybrid_pos const& at,
                                    freehanded_t::type type) {
-  unit_column const found = view->long_lines().unit_at(line, column, view->tab_size);
+  unit_column const found = view->long_lines().unit_at(at, tab_stops(view->tab_size));
   size_t const offset = keeps_remainder(*view, type) ? found.rest : 0;
-  return {view, text::iterator(line, found.unit, view->storage), offset};
+  return {view, text::iterator(at.line, found.unit, view->storage), offset};
 }
 
-view_iterator iter_from_view_pos(text::view const* view, size_t line, size_t column,
+view_iterator iter_from_view_pos(text::view const* view, row_pos const& at,
                                  freehanded_t::type type) {
-  size_t const row = std::min(line, view->lines() - 1);
-  unit_column const found = view->unit_at_row_column(row, column);
+  size_t const row = std::min(at.row, view->lines() - 1);
+  unit_column const found = view->unit_at_row_column({row, at.column});
   size_t const offset = keeps_remainder(*view, type) ? found.rest : 0;
-  return {view, view->begin(row).base + static_cast<std::ptrdiff_t>(found.unit), offset, column};
+  return {view, view->begin(row).base + static_cast<std::ptrdiff_t>(found.unit), offset, at.column};
 }
 
 text::iterator make_base_iter(view_iterator it) {

@@ -3,6 +3,7 @@
 #include <compare>
 
 #include "text/storage.h"
+#include "text/views/cell_pos.h"
 
 namespace text {
 
@@ -71,13 +72,13 @@ struct view_iterator {
 size_t line_before_filters(view_iterator const& it);
 size_t column_before_wrap(view_iterator const& it);
 
-/// The position at hybrid coordinates: before the character that covers the column. `line` must
+/// The position at hybrid coordinates: before the character that covers the column. The line must
 /// exist.
-view_iterator iter_from_hybrid_pos(text::view const* view, size_t line, size_t column,
+view_iterator iter_from_hybrid_pos(text::view const* view, hybrid_pos const& at,
                                    freehanded_t::type type);
-/// The position at a row of the view (the last one if there are fewer) and a visual column counted
-/// from the start of that row. The result aims at `column`.
-view_iterator iter_from_view_pos(text::view const* view, size_t line, size_t column,
+/// The position at a row of the view (the last one if there are fewer) and a column of it. The
+/// result aims at that column.
+view_iterator iter_from_view_pos(text::view const* view, row_pos const& at,
                                  freehanded_t::type type);
 
 /// A real position for `it`. Changes the text if it stands in virtual columns: spaces are appended
