@@ -1,11 +1,13 @@
 #include "grammar/bit_stack.h"
 
 #include <bit>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <string>
 #include <utility>
+
+#include "platform/log.h"
 
 namespace bit_stack {
 namespace {
@@ -18,8 +20,8 @@ unsigned field_width(unsigned modulo) {
 }
 
 // Only a sequence that doesn't belong to the grammar it is read with gets here.
-[[noreturn]] void exhausted(char const* operation) {
-  std::fprintf(stderr, "stack exhausted, %s\n", operation);
+[[noreturn]] void exhausted(std::string const& operation) {
+  platform::log_text("stack exhausted, " + operation + "\n");
   std::exit(-1);
 }
 
@@ -99,11 +101,9 @@ void builder::push(unsigned index, unsigned modulo) {
   if (at >= size()) exhausted("push");
   add_bits(at, (index + 1) << shift);
   if (shift + width > word_bits) {
-    if (at + 1 >= size()) {
-      std::fprintf(stderr, "stack exhausted, push+1: inline %s, %u + %u > 32?\n",
-                   is_inline() ? "YES" : "NO", shift, width);
-      std::exit(-1);
-    }
+    if (at + 1 >= size())
+      exhausted(std::string("push+1: inline ") + (is_inline() ? "YES" : "NO") + ", " +
+                std::to_string(shift) + " + " + std::to_string(width) + " > 32?");
     add_bits(at + 1, (index + 1) >> (word_bits - shift));
   }
   bits_available_ -= width;

@@ -1,6 +1,5 @@
 #include "grammar/rule.h"
 
-#include <cstdio>
 #include <cstdlib>
 
 #include "platform/log.h"
@@ -56,8 +55,8 @@ void lazy_pattern::tell_too_deep() const {
 
 void lazy_pattern::tell_invalid(std::string const& expanded, std::string const& reason) const {
   std::call_once(invalid_, [&] {
-    std::fprintf(stderr, "Quirnote regular expression error\n%s\nError: %s for pattern %s\n%s\n",
-                 owner_.c_str(), reason.c_str(), shortened(expanded).c_str(), key_.c_str());
+    platform::log_text("Quirnote regular expression error\n" + owner_ + "\nError: " + reason +
+                       " for pattern " + shortened(expanded) + "\n" + key_ + "\n");
   });
 }
 
@@ -70,7 +69,7 @@ unsigned modulo_for_rule(rule const& rule) {
   std::size_t const count = rule.patterns.size() + rule.begin_captures.size() +
                             rule.end_captures.size() + (rule.has_content_name() ? 1 : 0);
   if (count == 0) {
-    std::fprintf(stderr, "can't descend into rule: %s\n", rule.scope().c_str());
+    platform::log_text("can't descend into rule: " + rule.scope() + "\n");
     std::exit(-1);
   }
   return static_cast<unsigned>(count);
@@ -85,8 +84,10 @@ capture const& capture_at_index(rule const& rule, unsigned index) {
   if (at < rule.begin_captures.size()) return rule.begin_captures[at];
   at -= rule.begin_captures.size();
   if (at < rule.end_captures.size()) return rule.end_captures[at];
-  std::fprintf(stderr, "patterns %zu, index %u, captures %zu, idx %zu, rule %s\n",
-               rule.patterns.size(), index, rule.end_captures.size(), at, rule.scope().c_str());
+  platform::log_text("patterns " + std::to_string(rule.patterns.size()) + ", index " +
+                     std::to_string(index) + ", captures " +
+                     std::to_string(rule.end_captures.size()) + ", idx " + std::to_string(at) +
+                     ", rule " + rule.scope() + "\n");
   std::exit(-1);
 }
 

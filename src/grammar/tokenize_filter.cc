@@ -1,10 +1,10 @@
 #include "grammar/tokenize_filter.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <new>
 
 #include "platform/desktop.h"
+#include "platform/log.h"
 #include "platform/system/start_thread.h"
 
 namespace grammar {
@@ -164,9 +164,7 @@ void tokenize_filter::did_insert(text::pos const& from, text::pos const& to) {
   token_list after = lines_[to.line].list();
   for (auto const& token : moved) after.set(token.column - from.column + to.column, token.path);
   lines_[to.line] = line_tokens(after);
-  if (lines_.size() != storage_.lines())
-    std::fprintf(stderr, "*** insert %zu (tokens) != %zu (storage)\n", lines_.size(),
-                 storage_.lines());
+  check_line_count("insert");
   if (added > 0 && !references_.empty()) insert_references(from, added);
   filter::did_insert(from, to);
   if (first_dirty_ < last_dirty_ && last_dirty_ > from.line) last_dirty_ += added;
@@ -208,12 +206,16 @@ void tokenize_filter::erase_references(std::size_t from, std::size_t to) {
   references_ = std::move(kept);
 }
 
+void tokenize_filter::check_line_count(std::string const& after) const {
+  if (lines_.size() == storage_.lines()) return;
+  platform::log_text("*** " + after + " " + std::to_string(lines_.size()) +
+                     " (tokens) != " + std::to_string(storage_.lines()) + " (storage)\n");
+}
+
 void tokenize_filter::did_erase(text::iterator const& at, int count) {
   filter::did_erase(at, count);
   if (!keeps_tokens()) return;
-  if (lines_.size() != storage_.lines())
-    std::fprintf(stderr, "*** erase %zu (tokens) != %zu (storage)\n", lines_.size(),
-                 storage_.lines());
+  check_line_count("erase");
   if (paths_) reparse_from(at.line, at.line + std::size_t{1});
 }
 

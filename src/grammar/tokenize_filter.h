@@ -101,6 +101,8 @@ class tokenize_filter : public text::filter {
   void forget_tokens();
   void reparse_from(std::size_t first, std::size_t last);
   void insert_references(text::pos const& from, std::size_t added);
+  /// Reports a fault of ours: lines of tokens that are not those of the text.
+  void check_line_count(std::string const& after) const;
   void erase_references(std::size_t from, std::size_t to);
 
   // On the worker's thread, but for `parse_some` when there is none.

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -17,6 +16,7 @@
 
 #include "path/file_reader.h"
 #include "path/path.h"
+#include "platform/log.h"
 #include "platform/system/library_folders.h"
 #include "platform/system/links.h"
 
@@ -29,7 +29,7 @@ bool read_link(std::string const& path, std::optional<std::string>& target) {
   struct stat info;
   if (lstat(path.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return true;
   target = platform::target_of_link(path);
-  if (!target) std::fprintf(stderr, "*** error reading link \u2018%s\u2019\n", path.c_str());
+  if (!target) platform::log_text("*** error reading link \u2018" + path + "\u2019\n");
   return target.has_value();
 }
 

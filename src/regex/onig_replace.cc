@@ -1,7 +1,6 @@
 #include "regex/onig_replace.h"
 
-#include <cstdio>
-
+#include "platform/log.h"
 #include "regex/letter_case.h"
 #include "regex/onig_library.h"
 #include "regex/valid_utf8.h"
@@ -26,7 +25,7 @@ ptrn_t::ptrn_t(char const* first, char const* last, option::type options, std::s
   if (fault)
     *fault = reason;
   else
-    std::fprintf(stderr, "regex error: %s\n", reason.c_str());
+    platform::log_text("regex error: " + reason + "\n");
 }
 
 ptrn_t::~ptrn_t() {
@@ -71,7 +70,7 @@ std::string detail::replaced(std::string_view text, std::string_view format_text
   if (!ptrn.regex()) return {};
   auto const tree = regex::parse_replacement(format_text);
   if (!tree) {
-    std::fprintf(stderr, "error in format string: %s\n", std::string(format_text).c_str());
+    platform::log_text("error in format string: " + std::string(format_text) + "\n");
     return {};
   }
   regex::valid_utf8 const valid(text);

@@ -1,7 +1,6 @@
 #include "regex/parse.h"
 
-#include <cstdio>
-
+#include "platform/log.h"
 #include "platform/utf.h"
 
 namespace regex {
@@ -11,7 +10,7 @@ std::string printable(unit_t u) {
 }
 
 void report(std::string_view message) {
-  std::fprintf(stderr, "*** %.*s\n", static_cast<int>(message.size()), message.data());
+  platform::log_text("*** " + std::string(message) + "\n");
 }
 
 void report_end_of_pattern(std::string_view expected) {

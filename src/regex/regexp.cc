@@ -1,7 +1,6 @@
 #include "regex/regexp.h"
 
-#include <cstdio>
-
+#include "platform/log.h"
 #include "regex/onig_library.h"
 
 namespace regexp {
@@ -19,7 +18,7 @@ pattern_t::pattern_t(std::string source, unsigned options) : source_(std::move(s
   if (error == ONIG_NORMAL) {
     regex_.reset(regex, onig_free);
   } else {
-    std::fprintf(stderr, "ERROR %s (%s)\n", message(error, info).c_str(), source_.c_str());
+    platform::log_text("ERROR " + message(error, info) + " (" + source_ + ")\n");
   }
 }
 
