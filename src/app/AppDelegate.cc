@@ -5,7 +5,7 @@
 #include "app/line_place.h"
 #include "app/offer_safety_copies.h"
 #include "bundles/BundleManager.h"
-#include "bundles/index/item_kinds.h"
+#include "bundles/files/item_kinds.h"
 #include "bundles/item_menu.h"
 #include "commands/environment.h"
 #include "documents/WynDocument.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bundles/index/item_kinds.h"
+#include "bundles/files/item_kinds.h"
 #include "bundles/item_owner.h"
 
 #include <string>

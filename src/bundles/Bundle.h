@@ -16,9 +16,6 @@ class BundleItem;
 /// next. What the user changes goes to a directory of the user's own.
 class Bundle : public BaseItem, public std::enable_shared_from_this<Bundle> {
  public:
-  /// What stands in menus for a line between items.
-  static constexpr std::string_view separator = "------------------------------------";
-
   /// One that isn't on disk yet.
   static std::shared_ptr<Bundle> bundleWithName(bundles::item_owner& owner, std::string name);
   /// Of directories with one UUID, the highest priority first. Null when they describe no bundle;

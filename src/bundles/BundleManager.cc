@@ -1,8 +1,8 @@
 #include "bundles/BundleManager.h"
 
+#include "bundles/files/item_file.h"
+#include "bundles/files/item_kinds.h"
 #include "bundles/index/bundle_scan.h"
-#include "bundles/index/item_kinds.h"
-#include "bundles/item_file.h"
 #include "path/path.h"
 #include "platform/notification_center.h"
 #include "platform/system/trash.h"

@@ -2,7 +2,7 @@
 #include <map>
 
 #include "bundles/BundleManager.h"
-#include "bundles/index/item_kinds.h"
+#include "bundles/files/item_kinds.h"
 #include "grammar/scope_selector.h"
 #include "platform/split.h"
 #include "platform/unicode.h"

@@ -1,6 +1,6 @@
 #include "bundles/Bundle.h"
 #include "bundles/BundleItem.h"
-#include "bundles/item_file.h"
+#include "bundles/files/item_file.h"
 
 #include <set>
 
@@ -19,7 +19,7 @@ plist::array filterArray(plist::value const& items, names& allowed, plist::dicti
   for (plist::value const& element : items.elements()) {
     auto const* const uuid = element.as_string();
     if (uuid == nullptr) continue;
-    if (*uuid == Bundle::separator) {
+    if (*uuid == bundles::menu_separator) {
       result.push_back(element);
       continue;
     }
@@ -85,10 +85,10 @@ std::vector<std::string> Bundle::flatMenu() {
       result.push_back(std::move(uuid));
       continue;
     }
-    result.emplace_back(separator);
+    result.emplace_back(bundles::menu_separator);
     for (std::string& inner : bundles::string_array(group, "items"))
       result.push_back(std::move(inner));
-    result.emplace_back(separator);
+    result.emplace_back(bundles::menu_separator);
   }
   return result;
 }

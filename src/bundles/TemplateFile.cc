@@ -2,7 +2,7 @@
 
 #include "bundles/BundleItem.h"
 #include "bundles/bundle_folders.h"
-#include "bundles/item_file.h"
+#include "bundles/files/item_file.h"
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop.h"

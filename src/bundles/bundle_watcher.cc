@@ -3,7 +3,7 @@
 #include <sys/stat.h>
 
 #include "bundles/BundleManager.h"
-#include "bundles/index/item_kinds.h"
+#include "bundles/files/item_kinds.h"
 #include "path/path.h"
 #include "path/tree.h"
 #include "platform/desktop.h"

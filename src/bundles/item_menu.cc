@@ -1,7 +1,7 @@
 #include "bundles/item_menu.h"
 
 #include "bundles/BundleManager.h"
-#include "bundles/item_file.h"
+#include "bundles/files/item_file.h"
 #include "path/path.h"
 
 #include <algorithm>
@@ -61,7 +61,7 @@ void add_bundle(choice_menu& result, Bundle& bundle, item_list candidates, std::
   };
   bool after_item = false, saw_separator = false, pending_separator = false;
   for (std::string const& uuid : bundle.flatMenu()) {
-    bool const is_separator = uuid == Bundle::separator;
+    bool const is_separator = uuid == menu_separator;
     if (is_separator && saw_separator) continue;
     auto const found = std::find_if(candidates.begin(), candidates.end(),
                                     [&](auto const& item) { return item->UUID() == uuid; });
@@ -99,7 +99,7 @@ menu submenu(BundleManager& manager, plist::value const& structure, plist::value
   menu result;
   for (std::string const& uuid : bundles::string_array(group, "items")) {
     plist::value const& inner = structure["submenus"][uuid];
-    if (uuid == Bundle::separator) {
+    if (uuid == menu_separator) {
       // None at the top, and never two in a row.
       if (!result.empty() && !result.back().separator) result.push_back(separator());
     } else if (inner.as_dictionary()) {

@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "bundles/check/type_check.h"
-#include "bundles/item_file.h"
+#include "bundles/files/item_file.h"
 #include "path/file_system.h"
 #include "path/path.h"
 #include "path/tree.h"

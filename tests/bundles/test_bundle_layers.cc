@@ -1,6 +1,6 @@
 #include "bundle_fixture.h"
 
-#include "bundles/item_file.h"
+#include "bundles/files/item_file.h"
 #include "path/tree.h"
 
 #include <fcntl.h>

@@ -1,7 +1,7 @@
 #include "bundle_fixture.h"
 
 #include "bundles/check/known_keys.h"
-#include "bundles/index/item_kinds.h"
+#include "bundles/files/item_kinds.h"
 
 #include <sstream>
 

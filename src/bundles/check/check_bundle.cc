@@ -1,9 +1,8 @@
 #include "bundles/check/check_bundle.h"
 
-#include "bundles/Bundle.h"
 #include "bundles/check/known_keys.h"
 #include "bundles/check/type_check.h"
-#include "bundles/index/item_kinds.h"
+#include "bundles/files/item_kinds.h"
 #include "grammar/scope_selector.h"
 #include "path/path.h"
 #include "path/tree.h"
@@ -96,7 +95,7 @@ class file_check {
       std::size_t n = 0;
       for (plist::value const& element : list.elements()) {
         std::string const uuid = element.string_or("");
-        if (!items.contains(uuid) && uuid != Bundle::separator && !menu["submenus"][uuid])
+        if (!items.contains(uuid) && uuid != menu_separator && !menu["submenus"][uuid])
           at(below(to, std::to_string(n)), "names no item of the bundle");
         ++n;
       }

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "bundles/index/item_kinds.h"
+#include "bundles/files/item_kinds.h"
 
 /// The keys that the program looks at in the property lists of bundles and themes, and what may
 /// stand under them. Any thread.

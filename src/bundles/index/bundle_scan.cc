@@ -1,8 +1,8 @@
 #include "bundles/index/bundle_scan.h"
 
 #include "bundles/check/type_check.h"
-#include "bundles/index/item_kinds.h"
-#include "bundles/item_file.h"
+#include "bundles/files/item_file.h"
+#include "bundles/files/item_kinds.h"
 #include "path/tree.h"
 #include "platform/log.h"
 

@@ -1,7 +1,7 @@
 #include "bundles/index/stubs.h"
 
 #include "bundles/check/type_check.h"
-#include "bundles/item_file.h"
+#include "bundles/files/item_file.h"
 #include "keys/WynKeyEvent.h"
 #include "platform/log.h"
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "bundles/index/item_kinds.h"
+#include "bundles/files/item_kinds.h"
 #include "plist/value.h"
 
 namespace bundles {

@@ -41,6 +41,8 @@ inline constexpr std::array<kind_row, 7> item_kinds = {{
 
 inline constexpr std::string_view bundle_extension = "qnbundle";
 inline constexpr std::string_view support_directory = "Support";
+/// What stands in a bundle's menu for a line between items.
+inline constexpr std::string_view menu_separator = "------------------------------------";
 
 // The results live to the end of the process.
 /// "bundle" for a bundle.

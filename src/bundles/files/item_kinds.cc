@@ -1,4 +1,4 @@
-#include "bundles/index/item_kinds.h"
+#include "bundles/files/item_kinds.h"
 
 #include <algorithm>
 

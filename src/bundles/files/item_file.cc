@@ -1,4 +1,4 @@
-#include "bundles/item_file.h"
+#include "bundles/files/item_file.h"
 
 #include "path/file_writer.h"
 #include "platform/log.h"
