@@ -36,7 +36,7 @@ class recent_files_test : public testing::Test {
 };
 
 TEST_F(recent_files_test, no_process_loses_what_others_add) {
-  constexpr int processes = 64, files = 4;
+  constexpr int processes = 24, files = 4;
   for (int p = 0; p < processes; ++p)
     if (::fork() == 0) {
       recent_files list(path_);
