@@ -1,12 +1,12 @@
 #pragma once
 
-#include <map>
+#include "commands/child_environment.h"
+
+#include <cstddef>
 #include <string>
 
 /// Running fragments of shell code and scripts.
 namespace commands {
-
-using variables = std::map<std::string, std::string>;
 
 struct shell_request {
   std::string script;      ///< for bash, or for what its first line names if that begins with #!

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace commands {
+
+using variables = std::map<std::string, std::string>;
+
+/// Bytes of one string that the kernel hands to a program; a variable has a name, a "=" and an end.
+inline constexpr std::size_t longest_string = 0x20000;
+
+/// What a command gets as its environment, "NAME=VALUE" each, sorted: QN_PID, SHLVL, what is
+/// given, and of the program's own environment what has another name and doesn't begin with QN_.
+/// Given variables that can't be handed on are left out, which is logged.
+std::vector<std::string> child_environment(variables const& given);
+
+}  // namespace commands
