@@ -394,17 +394,25 @@ bool AppDelegate::newDocumentFromTemplate(std::string const& uuid) {
 bool AppDelegate::showAsNewDocument(std::string const& path) {
   documents::file_text read;
   if (documents::read_file_text(path, encoding::UTF8, true, read)) return false;
-  auto storage = std::make_unique<text::storage>();
   text::unit_view const units = read.units.view();
   std::string const first_line =
       unicode::to_utf8(units.substr(0, std::min(units.find(u'\n'), units.size())));
-  storage->insert(storage->end(-1), units.begin(), units.end());
-  storage->forget_history();
-  WynDocumentController& controller = show(std::make_shared<WynDocument>(std::move(storage)));
+  WynDocumentController& controller = showText(read.units);
   WynTextView& view = controller.textView();
   view.changeLanguageToAndLearn(view.languageChoiceForFileWithFirstLine(path, first_line), false);
   controller.showWindow();
   return true;
+}
+
+WynDocumentController& AppDelegate::showText(text::text_block const& text) {
+  auto storage = std::make_unique<text::storage>();
+  storage->insert(storage->end(-1), text);
+  storage->forget_history();
+  return show(std::make_shared<WynDocument>(std::move(storage)));
+}
+
+void AppDelegate::openAsNewDocument(text::text_block const& text) {
+  showText(text).showWindow();
 }
 
 void AppDelegate::newDocument() {

@@ -58,12 +58,20 @@ class AppDelegate : public platform::application_delegate,
   /// In an empty window if there is any, else in one that is to be shown yet.
   WynDocumentController& show(std::shared_ptr<WynDocument> document) override;
 
+  /// Gets what commands have written first; true keeps it from texts and windows.
+  using output_taker = std::function<bool(commands::finished_command const&)>;
+  void setOutputTaker(output_taker taker) { outputTaker_ = std::move(taker); }
+
   // windows_owner
   platform::responder& lastResponder() override { return *this; }
   std::string currentDirectory() const override { return currentDirectory_; }
   std::vector<platform::menu_item> contextMenu() const override;
   void noteRecentFile(std::string const& path) override { recent_.add(path); }
   void didCloseWindow(platform::window_delegate& controller) override;
+  void openAsNewDocument(text::text_block const& text) override;
+  bool takesOutput(commands::finished_command const& command) override {
+    return outputTaker_ && outputTaker_(command);
+  }
 
   // platform::application_delegate
   void didFinishLaunching() override;
@@ -82,6 +90,7 @@ class AppDelegate : public platform::application_delegate,
   void addThemeMethods();
   bool newDocumentFromTemplate(std::string const& uuid);
   bool showAsNewDocument(std::string const& path);
+  WynDocumentController& showText(text::text_block const& text);
   void addClipboardMethods();
   void openLaunchArguments();
   void tellOfDamagedDefaults(plist::value const& info);
@@ -105,6 +114,7 @@ class AppDelegate : public platform::application_delegate,
   void postWhileAlive(std::function<void()> work);
   void selectWindow(int step);
 
+  output_taker outputTaker_;
   plist::value menus_;
   std::string menuFault_;
   app::recent_files recent_;

@@ -5,7 +5,8 @@
 
 #include <unistd.h>
 
-#include <string_view>
+#include <algorithm>
+#include <cstdlib>
 
 namespace commands {
 namespace {
@@ -15,7 +16,27 @@ bool is_text(std::string const& name, std::string const& value) {
          value.find('\0') == value.npos;
 }
 
+constexpr char const* path_name = "PATH";
+constexpr char const* plain_path = "/usr/bin:/bin:/usr/sbin:/sbin";
+
 }  // namespace
+
+std::string safe_path(std::string_view path) {
+  std::string result;
+  while (!path.empty()) {
+    std::size_t const end = std::min(path.find(':'), path.size());
+    std::string_view const folder = path.substr(0, end);
+    if (folder.starts_with('/')) (result += result.empty() ? "" : ":") += folder;
+    path.remove_prefix(std::min(end + 1, path.size()));
+  }
+  return result.empty() ? plain_path : result;
+}
+
+std::string child_path(variables const& given) {
+  if (auto const own = given.find(path_name); own != given.end()) return safe_path(own->second);
+  char const* const inherited = std::getenv(path_name);
+  return safe_path(inherited == nullptr ? "" : inherited);
+}
 
 std::vector<std::string> child_environment(variables const& given) {
   variables all{{"QN_PID", std::to_string(getpid())}, {"SHLVL", "1"}};
@@ -37,6 +58,7 @@ std::vector<std::string> child_environment(variables const& given) {
     if (equals == text.npos || text.starts_with("QN_")) continue;
     all.emplace(text.substr(0, equals), text.substr(equals + 1));
   }
+  all.insert_or_assign(path_name, safe_path(all[path_name]));
   std::vector<std::string> result;
   for (auto const& [name, value] : all) result.push_back(name + "=" + value);
   return result;

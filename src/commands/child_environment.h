@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace commands {
@@ -14,7 +15,14 @@ inline constexpr std::size_t longest_string = 0x20000;
 
 /// What a command gets as its environment, "NAME=VALUE" each, sorted: QN_PID, SHLVL, what is
 /// given, and of the program's own environment what has another name and doesn't begin with QN_.
-/// Given variables that can't be handed on are left out, which is logged.
+/// Given variables that can't be handed on are left out, which is logged. Of the PATH there is what
+/// safe_path() leaves.
 std::vector<std::string> child_environment(variables const& given);
+
+/// The PATH without relative and empty entries, by which a program of the folder that a command
+/// runs in would be found; that of the system if nothing is left.
+std::string safe_path(std::string_view path);
+/// The PATH that a command with these variables gets.
+std::string child_path(variables const& given);
 
 }  // namespace commands

@@ -1,5 +1,6 @@
 #include "commands/child_process.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/stat.h>
@@ -14,9 +15,7 @@ namespace commands {
 namespace {
 
 using clock = std::chrono::steady_clock;
-using namespace std::chrono_literals;
 
-constexpr auto between_signals = 2s;
 constexpr int ending_signals[] = {SIGINT, SIGTERM, SIGKILL};
 
 /// Leaders that were killed and have not been waited for.
@@ -37,6 +36,12 @@ std::vector<char*> pointers_to(std::vector<std::string> const& strings) {
   for (auto const& each : strings) result.push_back(const_cast<char*>(each.c_str()));
   result.push_back(nullptr);
   return result;
+}
+
+// Few turns of the loop for a lot of data. The system may have a smaller limit, which is as good.
+void widen(descriptor const& pipe) {
+  constexpr int wide = 1 << 20;
+  fcntl(pipe.get(), F_SETPIPE_SZ, wide);
 }
 
 struct streams {
@@ -136,8 +141,11 @@ std::unique_ptr<child_process> child_process::start(child_request const& request
   child->input_ = std::move(input->write);
   child->output_ = std::move(output->read);
   child->errors_ = std::move(errors->read);
-  for (descriptor const* each : {&child->input_, &child->output_, &child->errors_})
-    if (each->is_open()) each->never_wait();
+  for (descriptor const* each : {&child->input_, &child->output_, &child->errors_}) {
+    if (!each->is_open()) continue;
+    each->never_wait();
+    widen(*each);
+  }
   return child;
 }
 
@@ -161,11 +169,12 @@ bool child_process::has_ended() {
   return has_ended_;
 }
 
-void child_process::terminate() {
-  if (is_killed() || clock::now() < next_signal_) return;
+void child_process::terminate(std::chrono::milliseconds pause) {
+  bool const is_due = signals_sent_ == 0 || clock::now() >= last_signal_ + pause;
+  if (is_killed() || !is_due) return;
   kill(-process_, ending_signals[signals_sent_++]);
   kill(-process_, SIGCONT);  // one that is stopped gets no other signal
-  next_signal_ = clock::now() + between_signals;
+  last_signal_ = clock::now();
 }
 
 bool child_process::is_killed() const {

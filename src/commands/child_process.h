@@ -49,9 +49,10 @@ class child_process {
   /// Once it has ended; -1 after a signal.
   int exit_status() const { return status_; }
 
-  /// Each call sends the group the next of SIGINT, SIGTERM and SIGKILL when two seconds have
-  /// passed since the one before.
-  void terminate();
+  static constexpr std::chrono::milliseconds between_signals{2000};
+  /// Each call sends the group the next of SIGINT, SIGTERM and SIGKILL when so much time has passed
+  /// since the one before.
+  void terminate(std::chrono::milliseconds pause = between_signals);
   /// All three have been sent. What has left the group may hold the pipes for ever.
   bool is_killed() const;
 
@@ -65,7 +66,7 @@ class child_process {
   int status_ = -1;
   bool has_ended_ = false;
   std::size_t signals_sent_ = 0;
-  std::chrono::steady_clock::time_point next_signal_{};
+  std::chrono::steady_clock::time_point last_signal_{};
 };
 
 }  // namespace commands

@@ -4,6 +4,7 @@
 #include "settings/store.h"
 
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <set>
@@ -45,6 +46,14 @@ variables environment_for(platform::responder* first) {
   for (auto each = contributed.rbegin(); each != contributed.rend(); ++each)
     for (auto const& [name, value] : *each) result.insert_or_assign(name, value.string_or(""));
   return result;
+}
+
+std::string directory_for(variables const& environment) {
+  auto const folder = environment.find("QN_DIRECTORY");
+  struct stat info;
+  bool const exists = folder != environment.end() && stat(folder->second.c_str(), &info) == 0 &&
+                      S_ISDIR(info.st_mode);
+  return exists ? folder->second : "";
 }
 
 }  // namespace commands

@@ -3,10 +3,17 @@
 #include "commands/child_environment.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
+#include <string_view>
 
 /// Running fragments of shell code and scripts.
 namespace commands {
+
+/// Gives the next piece of what a command reads, good until the next call; empty at the end.
+using input_source = std::function<std::string_view()>;
+/// Takes the next piece of what it writes.
+using output_sink = std::function<void(std::string_view)>;
 
 struct shell_request {
   std::string script;      ///< for bash, or for what its first line names if that begins with #!
@@ -24,11 +31,19 @@ struct shell_result {
 };
 
 /// Runs it in a process group of its own and returns when its output has ended. Handles events
-/// meanwhile, as a platform::waiting::scope: Escape ends the group, first asking, after four
-/// seconds by force. Input is written while output is read. Main thread only.
+/// meanwhile, as a platform::waiting::scope: Escape and Ctrl+C ask whether to end the group, which
+/// takes four seconds at most. Input is written while output is read. Main thread only.
 shell_result run_shell(shell_request const& request);
 
-/// Output beyond this many bytes ends the group.
-inline constexpr std::size_t most_output = std::size_t{64} << 20;
+/// The same with input and output in pieces, in place of `request.input` and `output`.
+shell_result run_shell(shell_request const& request, input_source const& source,
+                       output_sink const& sink);
+
+/// Text of `text`, which must outlive it, as a source.
+input_source source_of(std::string const& text);
+
+/// More output than this many megabytes, and than twice the input, is taken only if the user says
+/// so.
+inline constexpr char const* most_output_key = "WynCommandOutputLimit";
 
 }  // namespace commands

@@ -80,6 +80,7 @@ class PictureHost final : public platform::view_host {
   }
   void begin_drag(plist::dictionary, std::vector<platform::rect> const&, platform::point) override {
   }
+  void show_tool_tip(platform::tool_tip const&) override {}
   bool hide_tool_tip() override { return false; }
   void interpret_key_event(platform::key_event const&) override {}
 

@@ -65,6 +65,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
                   platform::point at) override;
   platform::completion_list* completions() override;
+  void show_tool_tip(platform::tool_tip const& tip) override;
   bool hide_tool_tip() override;
   void interpret_key_event(platform::key_event const& event) override;
 
@@ -113,6 +114,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   QPointF wheel_distance(QWheelEvent const& event) const;
   void zoom(int angle);
   void show_tool_tip(QHelpEvent const& event);
+  QString tool_tip_text(platform::tool_tip const& tip) const;
   void show_cursor(platform::cursor cursor);
 
   platform::view_client* client_;

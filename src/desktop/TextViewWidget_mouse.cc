@@ -92,12 +92,28 @@ void TextViewWidget::show_tool_tip(QHelpEvent const& event) {
   auto const tip = client_->tool_tip_at(to_view(event.pos()));
   shows_tool_tip_ = tip.has_value();
   if (!tip) return QToolTip::hideText();
-  QString const text =
-      QStringLiteral("<pre style=\"font-family:'%1'\">%2</pre>")
-          .arg(qstring(cells_->font().family).toHtmlEscaped(), qstring(tip->text).toHtmlEscaped());
+  QString const text = tool_tip_text(*tip);
   QPoint const corner = to_viewport({tip->area.x, tip->area.y});
   QSize const size = QSizeF(tip->area.width, tip->area.height).toSize();
   QToolTip::showText(event.globalPos(), text, viewport(), QRect(corner, size));
+}
+
+QString TextViewWidget::tool_tip_text(platform::tool_tip const& tip) const {
+  return QStringLiteral("<pre style=\"font-family:'%1'\">%2</pre>")
+      .arg(qstring(cells_->font().family).toHtmlEscaped(), qstring(tip.text).toHtmlEscaped());
+}
+
+// It goes when the mouse leaves the stretch round where it is now: that is some way off.
+void TextViewWidget::show_tool_tip(platform::tool_tip const& tip) {
+  constexpr int way = 40;                // pixels
+  constexpr int shown = 60 * 60 * 1000;  // milliseconds: until it is closed
+  QPoint const below = to_viewport({tip.area.x, tip.area.bottom()});
+  QPoint const mouse = viewport()->mapFromGlobal(QCursor::pos());
+  bool const is_in_sight = viewport()->rect().contains(to_viewport({tip.area.x, tip.area.y}));
+  QPoint const at = is_in_sight ? below : mouse;
+  shows_tool_tip_ = true;
+  QRect const stretch(mouse - QPoint(way, way), QSize(2 * way, 2 * way));
+  QToolTip::showText(viewport()->mapToGlobal(at), tool_tip_text(tip), viewport(), stretch, shown);
 }
 
 bool TextViewWidget::hide_tool_tip() {

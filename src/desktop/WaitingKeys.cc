@@ -32,10 +32,13 @@ bool WaitingKeys::take_key(QWindow& window, QKeyEvent& event) {
       widget != nullptr && (widget == desktop_.busy_dialog() || widget == desktop_.find_dialog() ||
                             dynamic_cast<EditorFrame*>(widget) != nullptr);
   if (!is_ours) return false;
+  bool const is_press = event.type() == QEvent::KeyPress;
   if (event.key() == Qt::Key_Escape) {
-    if (event.type() == QEvent::KeyPress) desktop_.waits().escape();
+    if (is_press) desktop_.waits().escape();
     return true;
   }
+  bool const is_interrupt = event.key() == Qt::Key_C && event.modifiers() == Qt::ControlModifier;
+  if (is_interrupt && is_press && desktop_.waits().interrupt()) return true;
   QWidget* const meant = meant_by(*widget);
   if (meant == widget) return false;
   if (meant != nullptr) QCoreApplication::sendEvent(meant, &event);

@@ -7,7 +7,8 @@ namespace widgets {
 
 class QtDesktop;
 
-/// Sees to it that no key is lost while something waits. Escape cancels it. Keys that come to a
+/// Sees to it that no key is lost while something waits. Escape cancels it, and so
+/// does Ctrl+C where it is a program. Keys that come to a
 /// window that isn't for them, such as the busy panel or one that a dialog blocks, are handed to
 /// where they were meant for, which holds them (TextViewWidget::deliver). Filters the events of the
 /// application.

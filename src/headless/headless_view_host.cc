@@ -91,8 +91,16 @@ void headless_view_host::send_key(platform::key_event const& event) {
   bool const is_escape = event.characters == std::u16string(1, platform::function_key::escape);
   auto& waits = platform::desktop::current().waits();
   if (is_escape && waits.escape()) return;
+  bool const is_interrupt =
+      event.characters == u"c" && event.modifiers == platform::modifier::command;
+  if (is_interrupt && waits.interrupt()) return;
   if (!waits.is_waiting()) waits.did_type();
   send([event](platform::view_client& client) { client.key_down(event); });
+}
+
+void headless_view_host::show_tool_tip(platform::tool_tip const& tip) {
+  shows_tool_tip = true;
+  tool_tip = tip.text;
 }
 
 void headless_view_host::resize(platform::size visible) {

@@ -51,6 +51,7 @@ class headless_view_host : public platform::view_host {
   void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
                   platform::point at) override;
   platform::completion_list* completions() override { return &completion_list; }
+  void show_tool_tip(platform::tool_tip const& tip) override;
   bool hide_tool_tip() override { return std::exchange(shows_tool_tip, false); }
   void interpret_key_event(platform::key_event const& event) override;
 
@@ -71,6 +72,7 @@ class headless_view_host : public platform::view_host {
   plist::dictionary dragged;                      // the content of the last drag
   std::vector<platform::rect> dragged_shape;
   bool shows_tool_tip = false;
+  std::u16string tool_tip;  // the text of the last one
   recorded_completions completion_list;
 
  private:

@@ -74,6 +74,9 @@ class view_host {
   virtual void begin_drag(plist::dictionary content, std::vector<rect> const& shape, point at) = 0;
   /// Null where none can be shown. Owned by the host.
   virtual completion_list* completions() { return nullptr; }
+  /// Shows a tool tip below the area or, where that is out of sight, at the mouse pointer, until a
+  /// key or a button is pressed or the mouse has moved some way.
+  virtual void show_tool_tip(tool_tip const& tip) = 0;
   /// Closes the tool tip of this view; false if there was none.
   virtual bool hide_tool_tip() = 0;
   /// Hands the event to the platform's text input: what it stands for comes back by insert_text().

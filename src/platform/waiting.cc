@@ -13,7 +13,8 @@ waiting::task unless_gone(std::weak_ptr<void const> owner, waiting::task work) {
 
 }  // namespace
 
-waiting::scope::scope(waiting& owner, task cancel) : owner_(owner), cancel_(std::move(cancel)) {
+waiting::scope::scope(waiting& owner, task cancel, kind what)
+    : owner_(owner), cancel_(std::move(cancel)), kind_(what) {
   if (!owner_.is_waiting()) owner_.since_ = owner_.loop_.now();
   owner_.scopes_.push_back(this);
   if (owner_.is_ending_) cancel_();
@@ -100,6 +101,10 @@ bool waiting::escape() {
   if (!is_waiting()) return false;
   scopes_.back()->cancel_();
   return true;
+}
+
+bool waiting::interrupt() {
+  return is_waiting() && scopes_.back()->kind_ == kind::program && escape();
 }
 
 void waiting::finish(task last) {

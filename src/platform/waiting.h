@@ -23,6 +23,7 @@ namespace platform {
 class waiting {
  public:
   using task = std::function<void()>;
+  enum class kind { work, program };  ///< a program is ended by Ctrl+C as well
 
   explicit waiting(run_loop& loop) : loop_(loop) {}
   waiting(waiting const&) = delete;
@@ -33,7 +34,7 @@ class waiting {
    public:
     /// `cancel` makes what waits end soon, as if the user had cancelled it. It is called from an
     /// event, may be called again, and may not destroy the scope.
-    scope(waiting& owner, task cancel);
+    scope(waiting& owner, task cancel, kind what = kind::work);
     ~scope();
     scope(scope const&) = delete;
     scope& operator=(scope const&) = delete;
@@ -42,6 +43,7 @@ class waiting {
     friend class waiting;
     waiting& owner_;
     task cancel_;
+    kind const kind_;
   };
 
   bool is_waiting() const { return !scopes_.empty(); }
@@ -66,6 +68,9 @@ class waiting {
 
   /// The user has pressed Escape: cancels what waits innermost. False if nothing waits.
   bool escape();
+  /// The user has pressed Ctrl+C: cancels the program that is waited for. False if what waits
+  /// innermost is none.
+  bool interrupt();
 
   /// Cancels all that waits, and all that would from now on; then what is held is done, and `last`
   /// after it.

@@ -270,6 +270,9 @@ rows advanced() {
                     variable("QN_ORGANIZATION_NAME", "__MyCompanyName__")},
        scope::program, "Shell Variables",
        "Environment variables of commands: dictionaries with `variable` and `value`."},
+      {"WynCommandOutputLimit", integer(1, 1 << 20), 64, scope::program, "Command Output Limit",
+       "Megabytes. A command that writes more, and more than twice what it reads, goes on only if "
+       "the user wants it."},
       {"NSDragAndDropTextDelay", integer(0, 10000), 150, scope::program, "Drag Delay",
        "Milliseconds that the mouse is held still on the selection before moving it drags text."},
       {"DisableClipboardPrecomposing", integer(0, 1), 0, scope::program, "Keep Clips Decomposed",

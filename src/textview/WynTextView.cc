@@ -87,6 +87,7 @@ WynTextView::WynTextView()
   addPairMethods();
   addSnippetMethods();
   addMacroMethods();
+  addCommandMethods();
   addCompletionMethods();
   defaultsToken_ = platform::notification_center::standard().observe(
       platform::user_defaults::did_change,

@@ -46,6 +46,7 @@ class symbol_list;
 class view_styles;
 }  // namespace styles
 namespace textview {
+class command_owner;
 class drop_target;
 class mouse_tracker;
 class view_will_change;
@@ -278,6 +279,22 @@ class WynTextView : public platform::responder,
   plist::dictionary environmentVariables() const override;
   /// The word that the caret stands in or at; empty if there is none.
   std::u16string wordAtCaret() const;
+  /// Where that is; there must be a document.
+  std::pair<text::iterator, text::iterator> wordRangeAtCaret() const;
+  /// Of the caret with the prefix "QN_", else named as what a command reads is.
+  plist::dictionary variablesOfPlace(text::view_iterator const& at,
+                                     std::string const& prefix) const;
+
+  // Commands (WynTextView_Commands.cc)
+  /// Not owned; null for none.
+  void setCommandOwner(textview::command_owner* owner) { commandOwner_ = owner; }
+  /// The whole text with its scopes as markup, or what is selected of it.
+  std::u16string xmlRepresentation() const;
+  std::u16string xmlRepresentationForSelection() const;
+  /// Widens the selection as far as the selector applies to what stands next to it.
+  void extendSelectionInScope(std::string const& selector);
+  /// Under the caret or, where that is out of sight, at the mouse pointer.
+  void showToolTip(std::u16string_view text);
 
   // Macros (WynTextView_Macros.cc)
   bool isRecordingMacro() const { return macroRecordingBuffer_.has_value(); }
@@ -352,6 +369,7 @@ class WynTextView : public platform::responder,
   void addPairMethods();
   void addSnippetMethods();
   void addMacroMethods();
+  void addCommandMethods();
   void addClipboardMethods();
   void addCompletionMethods();
   /// Enters an action that runs inside a view_will_change scope.
@@ -442,6 +460,13 @@ class WynTextView : public platform::responder,
   void leaveSnippetIfLeft();
   void publishSnippetField();
 
+  // Commands (WynTextView_Commands.cc)
+  bool selectCurrentScope();
+  bool selectCommandResult(plist::value const& place);
+  void selectRange(text::pos first, text::pos last);
+  std::optional<text::text_block> outputOfSelection();
+  bool executeSelection(bool at_end, bool replace);
+
   // Layout and scrolling (WynTextView_scrolling.cc)
   void setupTextFrame();
   void recalcFrameSize();
@@ -522,6 +547,7 @@ class WynTextView : public platform::responder,
   bool hasFindNote_ = false;
   std::unique_ptr<WynISearchWindow> iSearchWindow_;
 
+  textview::command_owner* commandOwner_ = nullptr;
   std::string shownSnippetField_;
   std::optional<plist::array> macroRecordingBuffer_;
   bool isRecordingSuspended_ = false;

@@ -7,24 +7,18 @@
 
 // The variables that the view provides to commands and snippets.
 
-namespace {
-
 // Lines and columns from 1; the index counts bytes of UTF-8 from 0.
-void add_place(plist::dictionary& result, text::view_iterator const& at,
-               std::string const& prefix) {
+plist::dictionary WynTextView::variablesOfPlace(text::view_iterator const& at,
+                                                std::string const& prefix) const {
+  std::string const number = prefix == "QN_" ? "_NUMBER" : "";
   text::unit_view const line = at.view->storage->line_units(at.base.line);
   std::string const before = unicode::to_utf8(line.substr(0, at.base.column));
-  result.insert_or_assign(prefix + "LINE" + (prefix == "QN_" ? "_NUMBER" : ""),
-                          std::to_string(at.base.line + 1));
-  result.insert_or_assign(prefix + "COLUMN" + (prefix == "QN_" ? "_NUMBER" : ""),
-                          std::to_string(column_before_wrap(at) + 1));
-  result.insert_or_assign(prefix + "LINE_INDEX", std::to_string(before.size()));
+  return {{prefix + "LINE" + number, std::to_string(at.base.line + 1)},
+          {prefix + "COLUMN" + number, std::to_string(column_before_wrap(at) + 1)},
+          {prefix + "LINE_INDEX", std::to_string(before.size())}};
 }
 
-}  // namespace
-
-std::u16string WynTextView::wordAtCaret() const {
-  if (view_ == nullptr) return {};
+std::pair<text::iterator, text::iterator> WynTextView::wordRangeAtCaret() const {
   text::iterator const caret = view_->selection.current_mark.base;
   text::unit_view const line = view_->storage->line_units(caret.line);
   std::size_t first = caret.column, last = caret.column;
@@ -35,7 +29,15 @@ std::u16string WynTextView::wordAtCaret() const {
   }
   while (last < line.size() && actions::is_word_char(unicode::code_point_at(line, last)))
     last = text::next_cluster(line, last);
-  return std::u16string(line.substr(first, last - first));
+  return {text::iterator(caret.line, first, caret.storage),
+          text::iterator(caret.line, last, caret.storage)};
+}
+
+std::u16string WynTextView::wordAtCaret() const {
+  if (view_ == nullptr) return {};
+  auto const [first, last] = wordRangeAtCaret();
+  text::unit_view const line = view_->storage->line_units(first.line);
+  return std::u16string(line.substr(first.column, last.column - first.column));
 }
 
 plist::dictionary WynTextView::environmentVariables() const {
@@ -51,13 +53,15 @@ plist::dictionary WynTextView::environmentVariables() const {
   result.insert_or_assign("QN_TAB_SIZE", std::to_string(tabSize()));
   result.insert_or_assign("QN_SOFT_TABS", treatsSpacesAsTabs() ? "YES" : "NO");
   result.insert_or_assign("QN_COLUMNS", std::to_string(selection.width()));
-  add_place(result, selection.current_mark, "QN_");
+  for (auto& [name, value] : variablesOfPlace(selection.current_mark, "QN_"))
+    result.insert_or_assign(name, value);
   result.insert_or_assign("QN_CURRENT_LINE",
                           unicode::to_utf8(view_->storage->line_units(caret.line)));
   result.insert_or_assign("QN_MODE", currentMode_);
   result.insert_or_assign("QN_SCOPE", scopeAtCaret());
   if (view_->has_selection()) {
-    add_place(result, selection.first(), "QN_INPUT_START_");
+    for (auto& [name, value] : variablesOfPlace(selection.first(), "QN_INPUT_START_"))
+      result.insert_or_assign(name, value);
     result.insert_or_assign("QN_SELECTED_TEXT", unicode::to_utf8(selected_text()));
   }
   if (std::string const path = document_->filename(); !path.empty()) {

@@ -1,6 +1,7 @@
 #include "bundles/BundleItem.h"
 #include "bundles/BundleManager.h"
 #include "commands/environment.h"
+#include "commands/shell.h"
 #include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "platform/log.h"
@@ -35,9 +36,8 @@ std::string name_for_messages() {
 }
 
 std::string output_of(std::string const& code, commands::variables const& variables) {
-  commands::shell_request request{.script = code, .environment = variables};
-  if (auto const folder = variables.find("QN_DIRECTORY"); folder != variables.end())
-    request.directory = folder->second;
+  commands::shell_request const request{
+      .script = code, .environment = variables, .directory = commands::directory_for(variables)};
   commands::shell_result const result = commands::run_shell(request);
   if (!result.error.empty()) platform::log_once(name_for_messages() + ": " + result.error);
   bool const is_text = unicode::to_utf8(unicode::to_utf16(result.output)) == result.output;

@@ -26,6 +26,7 @@ using platform::quoted;
 WynDocumentController::WynDocumentController(windows::windows_owner& owner) : owner_(owner) {
   setNextResponder(&owner.lastResponder());
   textView_.setNextResponder(this);
+  textView_.setCommandOwner(this);
   textView_.setContextMenu(owner.contextMenu());
   addFileMethods();
   addEncodingMethods();
@@ -226,4 +227,20 @@ void WynDocumentController::windowDidBecomeKey() {
 
 void WynDocumentController::checkForFilesystemChanges() {
   textView_.replacingText([this] { return document_->checkForFilesystemChanges(); });
+}
+
+// As if the user had answered "Save" when the window was to close. A file that others have deleted
+// is written anew.
+bool WynDocumentController::willExecuteCommand(commands::command_options const& command) {
+  bool const wants_save =
+      command.saves_first && (isDocumentEdited() || document_->filename().empty());
+  return !wants_save || saveDocument();
+}
+
+bool WynDocumentController::takesOutput(commands::finished_command const& command) {
+  return owner_.takesOutput(command);
+}
+
+void WynDocumentController::openAsNewDocument(text::text_block const& text) {
+  owner_.openAsNewDocument(text);
 }

@@ -3,6 +3,7 @@
 #include "platform/notification_center.h"
 #include "platform/window.h"
 #include "textview/WynTextView.h"
+#include "textview/command_owner.h"
 #include "windows/windows_owner.h"
 
 #include <memory>
@@ -13,7 +14,7 @@ class WynDocument;
 /// A window with one document: it holds the text view, saves the document and asks before unsaved
 /// changes are lost. Owned by its windows_owner
 /// from showWindow() until its window has closed.
-class WynDocumentController : public platform::window_delegate {
+class WynDocumentController : public platform::window_delegate, public command_owner {
  public:
   explicit WynDocumentController(windows::windows_owner& owner);
   ~WynDocumentController() override;
@@ -38,6 +39,11 @@ class WynDocumentController : public platform::window_delegate {
   void windowWillClose() override;
   void windowDidBecomeKey() override;
   bool isDocumentEdited() const override;
+
+  // command_owner
+  bool willExecuteCommand(commands::command_options const& command) override;
+  bool takesOutput(commands::finished_command const& command) override;
+  void openAsNewDocument(text::text_block const& text) override;
 
  private:
   void addFileMethods();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "commands/finished_command.h"
 #include "platform/menu.h"
 #include "platform/responder.h"
 #include "platform/window.h"
@@ -21,6 +22,10 @@ class windows_owner {
   virtual std::vector<platform::menu_item> contextMenu() const = 0;
   /// A file has been opened or got this name.
   virtual void noteRecentFile(std::string const& path) = 0;
+  /// A window for a text that has no file.
+  virtual void openAsNewDocument(text::text_block const& text) = 0;
+  /// Whether it takes what a command has written, so that no text does.
+  virtual bool takesOutput(commands::finished_command const& command) = 0;
   /// Lets go of a controller whose window has closed; it is destroyed in a later turn of the loop,
   /// when nothing waits.
   virtual void didCloseWindow(platform::window_delegate& controller) = 0;

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "commands/command_options.h"
+#include "commands/finished_command.h"
+#include "commands/shell.h"
+#include "plist/value.h"
+#include "text/selection.h"
+
+#include <string>
+#include <vector>
+
+class WynTextView;
+class command_owner;
+
+/// A part of a text that a command reads, and where that is.
+struct command_input {
+  enum class part { nothing, document, selection, fallback };
+
+  part what = part::nothing;
+  text::selection range;  ///< of the selection and of a fallback
+};
+
+/// What the command would read of the view, which must show a document. The selection stays as it
+/// is.
+command_input input_for_command(WynTextView& text_view, commands::command_options const& command);
+
+/// One run of a command on a text view: what it reads, where its output goes. One step of undo.
+/// Events are handled while it runs; nothing changes the text then.
+class command_execution {
+ public:
+  /// `owner` may be null: then nothing is saved, and there are no new documents.
+  command_execution(WynTextView& text_view, plist::value const& command, command_owner* owner);
+
+  /// False if it could not be run or its output could not be used; the user has been told.
+  bool run();
+
+ private:
+  using variables = commands::variables;
+
+  bool lacks_programs();
+  void add_place(text::view_iterator const& at);
+  std::string input_text() const;
+  void run_rows(commands::finished_command& finished);
+  void run_once(commands::finished_command& finished);
+  commands::shell_request request() const;
+  bool show_page(commands::finished_command const* finished);
+  bool use(commands::finished_command const& finished);
+  bool place(commands::finished_command const& finished);
+  bool tell(std::string const& trouble);
+  void show_tool_tip(std::u16string_view text);
+
+  void replace_document(text::text_block const& text, bool in_view);
+  void replace_read_text(text::text_block const& text);
+  void insert_after(text::unit_view units);
+  bool insert_snippet(text::unit_view units);
+  void select_read_text(bool also_document);
+
+  WynTextView& text_view_;
+  plist::value const& dictionary_;
+  commands::command_options const options_;
+  command_owner* const owner_;
+  command_input input_;
+  variables environment_;
+};
