@@ -21,6 +21,7 @@
 #include "settings/store.h"
 #include "styles/WynThemeManager.h"
 #include "styles/wrap_columns.h"
+#include "textview/WynExecuteCommandManager.h"
 #include "windows/WynDocumentController.h"
 #include "windows/select_item.h"
 #include "windows/template_files.h"
@@ -608,6 +609,7 @@ std::vector<platform::menu_item> AppDelegate::dynamicItems(std::string_view name
     items = bundles::bundles_menu(BundleManager::sharedInstance(),
                                   frontTextView() != nullptr && frontTextView()->hasSelection());
   if (name == "templates") items = bundles::templates_menu(BundleManager::sharedInstance());
+  if (name == "filterCommands") items = WynExecuteCommandManager::historyMenu();
   if (name == "wrapColumns") items = wrap_columns::menu_items();
   return items;
 }

@@ -49,16 +49,20 @@ class batch_run {
       : options_(options), app_({}, ""), output_(heading_for(options)) {
     desktop_.shows_windows = false;
     desktop_.files().watch_no_more();
+    app_.setOutputTaker([this](auto const& command) { return take_output(command); });
     for (auto const& [title, button] : options.answers) desktop_.alerts().answer(title, button);
   }
 
   int run() {
     // Without one step the others may do harm, so nothing is begun.
     if (!read_macros()) return file_trouble;
-    if (options_.files.empty()) run_on_untitled();
+    if (!options_.input.empty())
+      run_on_file(options_.input);
+    else if (options_.files.empty())
+      run_on_untitled();
     for (std::string const& file : options_.files) run_on_file(file);
     if (int const error = output_.flush()) fail("standard output", std::strerror(error));
-    if (status_ == done && options_.check && has_changed_) return beeped;
+    if (status_ == done && ((options_.check && has_changed_) || has_failed_)) return beeped;
     if (status_ != done || !options_.strict) return status_;
     return was_all_answered() && !has_beeped_ ? done : beeped;
   }
@@ -137,6 +141,7 @@ class batch_run {
     controller.setTextDocument(document);
     controller.showWindow();
     unknown_.clear();
+    command_failed_ = false;
     for (batch_macro const& macro : macros_)
       for (std::uint32_t n = 0; n < macro.times; ++n) {
         for (batch_macro::step const& step : macro.steps) perform(controller, step);
@@ -184,6 +189,38 @@ class batch_run {
       std::fprintf(stderr, "beep: %s\n", platform::escaped_name(name).c_str());
   }
 
+  // What a command shows elsewhere than in the text is printed, and with --input all that it
+  // writes.
+  bool take_output(commands::finished_command const& command) {
+    using commands::disposition;
+    bool const is_shown = command.output == disposition::show_as_tool_tip ||
+                          command.output == disposition::show_as_html ||
+                          command.output == disposition::open_as_new_document;
+    bool const is_taken = is_shown || !options_.input.empty();
+    std::string const& name = command.options.name;
+    command_failed_ =
+        command_failed_ || !command.error.empty() || commands::is_failure(command.status);
+    has_failed_ = has_failed_ || command_failed_;
+    if (commands::is_failure(command.status) && command.error.empty())
+      complain(name, command.status < 0 ? "ended by a signal"
+                                        : "exit status " + std::to_string(command.status));
+    if (!is_taken) return false;
+    if (!command.error.empty()) complain(name, command.error);
+    print_units(command.text.view());
+    return true;
+  }
+
+  void print_units(text::unit_view units) {
+    constexpr std::size_t piece = std::size_t{1} << 16;
+    while (!units.empty()) {
+      std::size_t count = std::min(units.size(), piece);
+      // No pair is cut.
+      if (count < units.size() && (units[count - 1] & 0xFC00) == 0xD800) --count;
+      output_.put(unicode::to_utf8(units.substr(0, count)));
+      units.remove_prefix(count);
+    }
+  }
+
   static std::u16string text_of(text::storage const& storage) {
     std::u16string result;
     for (std::size_t line = 0; line < storage.lines(); ++line) {
@@ -222,6 +259,10 @@ class batch_run {
       complain(name, "not saved, as an action failed");
       return;
     }
+    if (command_failed_) {
+      complain(name, "not saved, as a command failed");
+      return;
+    }
     WynDocument& document = *controller.textDocument();
     if (options_.save_as == "-") return write_to_output(document);
     std::string const path = options_.save ? document.filename() : path_of(options_.save_as);
@@ -253,6 +294,10 @@ class batch_run {
       output_.put(batch_state(view, desktop_.beeps, desktop_.alerts().shown) + "\n");
     if (what == "scopes") output_.put(batch_scopes(view));
     if (what == "styles") output_.put(batch_styles(view));
+    if (what == "xml") {
+      wait_for_scopes(view);
+      print_units(view.xmlRepresentation());
+    }
     if (what == "symbols") output_.put(batch_symbols(controller.textView()));
   }
 
@@ -313,7 +358,8 @@ class batch_run {
   std::string const folder_ = path::cwd();
   unsigned steps_ = 0;
   int status_ = done;
-  bool has_beeped_ = false, has_changed_ = false;
+  bool has_beeped_ = false, has_changed_ = false, has_failed_ = false;
+  bool command_failed_ = false;  // of the present file
 };
 
 // What is wrong with bundles, a line a fault; grammars may include those that are loaded.

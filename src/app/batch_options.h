@@ -24,8 +24,10 @@ struct batch_options {
   std::vector<batch_macro_option> macros;                      // --macro, --item, --repeat
   std::vector<std::pair<std::string, std::string>> answers;    // --answer: title and button
   bool save = false;
-  std::string save_as;              // "-" is standard output
-  std::vector<std::string> prints;  // "text", "selection", "state", "scopes", "styles", "symbols"
+  std::string save_as;  // "-" is standard output
+  std::string input;    // --input: in place of files; what items write is printed
+  std::vector<std::string>
+      prints;  // "text", "selection", "state", "scopes", "styles", "symbols", "xml"
   std::optional<std::pair<std::uint32_t, std::uint32_t>> explain;  // line and column, from 0
   std::string explain_key;  // --explain-key KEY LINE:COLUMN, a key string
   bool diff = false;        // prints what would be saved, and saves nothing

@@ -22,9 +22,10 @@ char const* const usage_text =
     "                [--diff] [--check] [--explain LINE:COLUMN] [--explain-key KEY LINE:COLUMN]\n"
     "                [--render PNG [--size COLUMNSxROWS]] [--strict]\n"
     "                [--] [FILE|-]...\n"
+    "       quirnote --batch --item NAME|UUID --input FILE|- [--set KEY=VALUE]... [--strict]\n"
     "       quirnote --batch --check-bundle DIR [--check-bundle DIR]...\n"
     "       quirnote --help | --version | --list-settings\n"
-    "WHAT is text, selection, state, scopes, styles or symbols.\n";
+    "WHAT is text, selection, state, scopes, styles, symbols or xml.\n";
 
 namespace {
 
@@ -113,6 +114,11 @@ constexpr batch_option batch_table[] = {
        o.macros.push_back({.path = name, .is_item = true});
        return !name.empty();
      }},
+    {"input", true,
+     [](batch_options& o, std::string const& path) {
+       o.input = path;
+       return !path.empty();
+     }},
     {"diff", false, [](batch_options& o, std::string const&) { return o.diff = true; }},
     {"check", false, [](batch_options& o, std::string const&) { return o.check = true; }},
     {"explain-key", true,
@@ -140,8 +146,8 @@ constexpr batch_option batch_table[] = {
     {"print", true,
      [](batch_options& o, std::string const& what) {
        o.prints.push_back(what);
-       static std::set<std::string> const parts = {"text",   "selection", "state",
-                                                   "scopes", "styles",    "symbols"};
+       static std::set<std::string> const parts = {"text",   "selection", "state", "scopes",
+                                                   "styles", "symbols",   "xml"};
        return parts.contains(what);
      }},
     {"null", false, [](batch_options& o, std::string const&) { return o.null_separated = true; }},
@@ -200,7 +206,10 @@ arguments_t take_session(arguments_t& arguments) {
 std::string contradiction(batch_options const& o) {
   bool const has_many = o.files.size() > 1;
   bool const prints = !o.prints.empty() || o.explain || o.null_separated;
-  auto const from_input = std::count(o.files.begin(), o.files.end(), "-");
+  auto const from_input =
+      std::count(o.files.begin(), o.files.end(), "-") + (o.input == "-" ? 1 : 0);
+  bool const has_item = std::any_of(o.macros.begin(), o.macros.end(),
+                                    [](batch_macro_option const& macro) { return macro.is_item; });
   auto const macros_from_input =
       std::count_if(o.macros.begin(), o.macros.end(),
                     [](auto const& macro) { return macro.path == "-" && !macro.is_item; });
@@ -210,6 +219,10 @@ std::string contradiction(batch_options const& o) {
   if (!o.save_as.empty() && o.save) return "--save and --save-as exclude each other";
   if (!o.save_as.empty() && has_many) return "--save-as takes one file";
   if (!o.render.empty() && has_many) return "--render takes one file";
+  if (!o.input.empty() && !o.files.empty()) return "--input takes the place of files";
+  if (!o.input.empty() && !has_item) return "--input needs an --item";
+  if (!o.input.empty() && (o.save || !o.save_as.empty() || o.diff || o.check))
+    return "with --input the output of the item is printed, and nothing saved or compared";
   if (o.save && from_input != 0) return "--save needs a file, not standard input";
   if (from_input + macros_from_input > 1) return "standard input can be read only once";
   if (o.save_as == "-" && prints)

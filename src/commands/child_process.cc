@@ -1,11 +1,14 @@
 #include "commands/child_process.h"
 
+#include "platform/log.h"
+
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <iterator>
@@ -36,6 +39,16 @@ std::vector<char*> pointers_to(std::vector<std::string> const& strings) {
   for (auto const& each : strings) result.push_back(const_cast<char*>(each.c_str()));
   result.push_back(nullptr);
   return result;
+}
+
+// The kernel has a limit for all of them as well.
+void leave_out_longest(std::vector<std::string>& environment) {
+  auto const longest =
+      std::max_element(environment.begin(), environment.end(),
+                       [](auto const& a, auto const& b) { return a.size() < b.size(); });
+  platform::log_text(
+      "Quirnote: *** variable exceeds ARG_MAX: " + longest->substr(0, longest->find('=')) + "\n");
+  environment.erase(longest);
 }
 
 // Few turns of the loop for a lot of data. The system may have a smaller limit, which is as good.
@@ -131,8 +144,14 @@ std::unique_ptr<child_process> child_process::start(child_request const& request
     return nullptr;
   }
   int const to_errors = request.separate_errors ? errors->write.get() : output->write.get();
-  int const failure = spawn(child->process_, arguments, child_environment(request.environment),
-                            request.directory, {input->read.get(), output->write.get(), to_errors});
+  auto environment = child_environment(request.environment);
+  auto const try_to_spawn = [&] {
+    return spawn(child->process_, arguments, environment, request.directory,
+                 {input->read.get(), output->write.get(), to_errors});
+  };
+  int failure = try_to_spawn();
+  for (; failure == E2BIG && !environment.empty(); failure = try_to_spawn())
+    leave_out_longest(environment);
   if (failure != 0) {
     error = std::string("interpreter failed: ") + std::strerror(failure);
     child->process_ = 0;

@@ -6,6 +6,7 @@
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtAppearance.h"
 #include "desktop/QtClipPanel.h"
+#include "desktop/QtCommandPanel.h"
 #include "desktop/QtFilePanels.h"
 #include "desktop/QtFontPanel.h"
 #include "desktop/QtPasteboard.h"
@@ -59,6 +60,7 @@ class QtDesktop final : public platform::desktop {
   platform::busy_panel& busy() override { return busy_; }
   platform::font_panel& fonts() override { return fonts_; }
   platform::clip_panel& clips() override { return clips_; }
+  platform::command_panel& commands() override { return commands_; }
   platform::appearance& appearance() override { return appearance_; }
   void beep() override { QApplication::beep(); }
   platform::file_watcher& files() override { return files_; }
@@ -109,6 +111,7 @@ class QtDesktop final : public platform::desktop {
   BusyPanel busy_;
   QtFontPanel fonts_;
   QtClipPanel clips_;
+  QtCommandPanel commands_;
   QtAppearance appearance_;
   WaitingKeys waiting_keys_{*this};
   platform::application_delegate* delegate_ = nullptr;

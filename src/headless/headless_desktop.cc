@@ -96,6 +96,15 @@ std::optional<std::size_t> scripted_clips::ask(std::vector<platform::clip_entry>
   return answer;
 }
 
+std::optional<platform::filter_values> scripted_commands::ask(
+    platform::command_panel_request const& request) {
+  last_request = request;
+  if (answers.empty()) return std::nullopt;
+  platform::filter_values const answer = answers.front();
+  answers.pop_front();
+  return answer;
+}
+
 void memory_appearance::set_dark(bool dark) {
   if (dark == dark_) return;
   dark_ = dark;

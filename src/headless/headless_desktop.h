@@ -118,6 +118,17 @@ class scripted_clips : public platform::clip_panel {
                                  std::size_t selected) override;
 };
 
+/// Gives the answers put in before, in order; without one it is cancelled.
+class scripted_commands : public platform::command_panel {
+ public:
+  std::deque<platform::filter_values> answers;
+  platform::command_panel_request last_request;
+
+ protected:
+  std::optional<platform::filter_values> ask(
+      platform::command_panel_request const& request) override;
+};
+
 /// A find panel that keeps what it is given; a test types into `fields` and notifies the delegate.
 class scripted_find_panel : public platform::find_panel {
  public:
@@ -213,6 +224,7 @@ class headless_desktop : public platform::desktop {
   scripted_busy& busy() override { return busy_; }
   scripted_fonts& fonts() override { return fonts_; }
   scripted_clips& clips() override { return clips_; }
+  scripted_commands& commands() override { return commands_; }
   memory_appearance& appearance() override { return appearance_; }
   void beep() override { ++beeps; }
   platform::file_watcher& files() override { return files_; }
@@ -243,6 +255,7 @@ class headless_desktop : public platform::desktop {
   scripted_busy busy_;
   scripted_fonts fonts_;
   scripted_clips clips_;
+  scripted_commands commands_;
   memory_appearance appearance_;
   std::vector<headless_window*> front_to_back_;
   platform::desktop* former_;

@@ -5,6 +5,7 @@
 #include "platform/application.h"
 #include "platform/busy_panel.h"
 #include "platform/clip_panel.h"
+#include "platform/command_panel.h"
 #include "platform/file_panel.h"
 #include "platform/file_watcher.h"
 #include "platform/find_panel.h"
@@ -46,6 +47,7 @@ class desktop {
   virtual busy_panel& busy() = 0;
   virtual font_panel& fonts() = 0;
   virtual clip_panel& clips() = 0;
+  virtual command_panel& commands() = 0;
   virtual platform::appearance& appearance() = 0;
   virtual void beep() = 0;
   virtual file_watcher& files() = 0;

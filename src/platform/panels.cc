@@ -54,6 +54,10 @@ std::optional<std::size_t> clip_panel::run(std::vector<clip_entry> const& clips,
   return ask_user(std::optional<std::size_t>(), [&] { return ask(clips, selected); });
 }
 
+std::optional<filter_values> command_panel::run(command_panel_request const& request) {
+  return ask_user(std::optional<filter_values>(), [&] { return ask(request); });
+}
+
 std::optional<std::size_t> picker::run(picker_request const& request, picker_source& source) {
   auto const row = ask_user(std::optional<std::size_t>(), [&] { return ask(request, source); });
   return row && *row < source.count() && source.row(*row).enabled ? row : std::nullopt;

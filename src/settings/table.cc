@@ -78,6 +78,11 @@ plist::value variable(char const* name, char const* value) {
   return plist::dictionary{{"variable", name}, {"value", value}};
 }
 
+plist::value filter(char const* command) {
+  return plist::dictionary{
+      {"command", command}, {"input", "selection"}, {"output", "replaceSelection"}};
+}
+
 // The languages that have an entry of their own don't speak for others: theirs is the oldest. What
 // the user chooses is newer than all of them.
 plist::value soft_tabs() {
@@ -303,6 +308,18 @@ rows remembered() {
        menu("toggleSoftWrap:")},
       {"WynMacroManagerScratchMacro", list(), plist::array{}, scope::program, "Last Macro",
        "The steps of the macro that was recorded last.", menu("playScratchMacro:")},
+      {"WynExecuteCommandPanelOptions", dictionary(), filter("cat -n"), scope::program,
+       "Filter Panel",
+       "What Text > Filter Through Command proposes: a dictionary with `command`, `input`, "
+       "`output` "
+       "and perhaps `eachRow`.",
+       menu("orderFrontExecuteCommandPanel:")},
+      {"WynExecuteCommandMenuHistory", list(),
+       plist::array{filter("cat -n"), filter("sort"), filter("xxd"), filter("sed 's/.*/\"&\"/'"),
+                    filter("wc"), filter("tr -s '[\\t\\n]' ' '|fold -sw $QN_COLUMNS"),
+                    filter("openssl base64")},
+       scope::program, "Recent Filters", "The commands that text was sent through last.",
+       menu("executeCommandWithTag:")},
       {"WynFindPanelOptions", dictionary(),
        plist::dictionary{{"findString", ""},
                          {"replaceString", ""},

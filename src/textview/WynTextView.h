@@ -293,6 +293,9 @@ class WynTextView : public platform::responder,
   std::u16string xmlRepresentationForSelection() const;
   /// Widens the selection as far as the selector applies to what stands next to it.
   void extendSelectionInScope(std::string const& selector);
+  /// Runs the drag command for such a file, of several the one that the user chooses, with the
+  /// modifier keys that are held. False if there is none.
+  bool dropFile(std::string const& path, std::uint32_t modifiers);
   /// Under the caret or, where that is out of sight, at the mouse pointer.
   void showToolTip(std::u16string_view text);
 

@@ -1,20 +1,51 @@
+#include "bundles/BundleManager.h"
 #include "commands/environment.h"
 #include "commands/output_text.h"
 #include "commands/shell.h"
+#include "documents/WynDocument.h"
 #include "grammar/scope_selector.h"
 #include "layout/geometry.h"
+#include "path/path.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
 #include "styles/scope_ranges.h"
 #include "text/view.h"
+#include "textview/WynExecuteCommandManager.h"
 #include "textview/WynTextView.h"
 #include "textview/command_execution.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <limits>
 
 // Commands of bundles on the text, the selected text as a command, and selecting by scopes.
+
+namespace {
+
+std::string names_of(std::uint32_t modifiers) {
+  namespace modifier = platform::modifier;
+  constexpr std::pair<std::uint32_t, char const*> names[] = {{modifier::shift, "SHIFT"},
+                                                             {modifier::control, "CONTROL"},
+                                                             {modifier::option, "OPTION"},
+                                                             {modifier::command, "COMMAND"}};
+  std::string result;
+  for (auto const& [bit, name] : names)
+    if (modifiers & bit) result += (result.empty() ? "" : "|") + std::string(name);
+  return result;
+}
+
+// Only where they have more than the root in common.
+std::string seen_from(std::string const& folder, std::string const& path) {
+  std::filesystem::path const from(folder), to(path);
+  bool const is_near = from.begin() != from.end() && std::next(from.begin()) != from.end() &&
+                       std::next(to.begin()) != to.end() &&
+                       *std::next(from.begin()) == *std::next(to.begin());
+  return is_near ? to.lexically_relative(from).string() : path;
+}
+
+}  // namespace
 
 void WynTextView::addCommandMethods() {
   auto const add = [this](char const* selector, auto perform) {
@@ -32,6 +63,20 @@ void WynTextView::addCommandMethods() {
   });
   add("selectCommandResult:",
       [this](plist::value const& place) { return selectCommandResult(place); });
+  add("orderFrontExecuteCommandPanel:", [this](auto const&) {
+    auto const filter = WynExecuteCommandManager::askForFilter();
+    return !filter || tryToPerformWith("executeCommandWithOptions:", *filter);
+  });
+  add("executeCommandWithTag:", [this](plist::value const& number) {
+    auto const filters = WynExecuteCommandManager::history();
+    auto const n = static_cast<std::size_t>(number.integer_or(-1));
+    if (n >= filters.size()) return false;
+    WynExecuteCommandManager::addToHistory(filters[n]);
+    return tryToPerformWith("executeCommandWithOptions:", filters[n]);
+  });
+  add("performExecuteCommand:", [this](auto const&) {
+    return tryToPerformWith("executeCommandWithOptions:", WynExecuteCommandManager::options());
+  });
   struct execution {
     char const *selector, *title, *selection_title, *line_title;
     bool at_end, replace;
@@ -158,5 +203,28 @@ bool WynTextView::executeSelection(bool at_end, bool replace) {
   if (output->empty()) return true;
   if (!at_end) view.insert(u"\n", u"\n" + 1);
   view.insert(output->begin(), output->end());
+  return true;
+}
+
+bool WynTextView::dropFile(std::string const& path, std::uint32_t modifiers) {
+  auto& manager = BundleManager::sharedInstance();
+  auto const items = manager.bundleItemsForFileDrop(path, scopeAtCaret());
+  if (items.empty()) return false;
+  auto const item = manager.chooseItem(items, *this, true);
+  if (item == nullptr || view_ == nullptr) return true;
+  plist::dictionary command = item->content().entries();
+  command.insert_or_assign("input", "none");
+  recordMacroCommand("executeCommandWithOptions:", command);
+  recording_suspended const unrecorded(*this);
+  std::string const folder =
+      document_->filename().empty() ? "" : path::parent(document_->filename());
+  plist::value const options(std::move(command));
+  command_execution execution(*this, options, commandOwner_);
+  execution.add_variables({{"QN_DROPPED_FILEPATH", path},
+                           {"QN_DROPPED_FILE", folder.empty() ? path : seen_from(folder, path)},
+                           {"QN_MODIFIER_FLAGS", names_of(modifiers)}});
+  manager.pushBundleItem(item);
+  if (!execution.run()) platform::desktop::current().beep();
+  manager.popBundleItem();
   return true;
 }

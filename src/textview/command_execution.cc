@@ -119,11 +119,11 @@ command_execution::command_execution(WynTextView& text_view, plist::value const&
       owner_(owner) {}
 
 bool command_execution::run() {
-  environment_ = commands::environment_for(&text_view_);
+  find_environment();
   if (lacks_programs()) return false;
   if (owner_ != nullptr && !owner_->willExecuteCommand(options_)) return true;
   // Saving may have given the document a name, and another language with that.
-  if (options_.saves_first) environment_ = commands::environment_for(&text_view_);
+  if (options_.saves_first) find_environment();
   input_ = input_for_command(text_view_, options_);
   if (input_.what == command_input::part::document && !text_view_.hasSelection())
     add_place({text_view_.view(), text_view_.view()->storage->begin_of_line(0)});
@@ -142,6 +142,11 @@ bool command_execution::run() {
   if (text_view_.view() != view || view->storage->current_memento != memento)
     return tell("the text has changed while it ran");
   return use(finished);
+}
+
+void command_execution::find_environment() {
+  environment_ = commands::environment_for(&text_view_);
+  for (auto const& [name, value] : more_) environment_.insert_or_assign(name, value);
 }
 
 bool command_execution::lacks_programs() {

@@ -7,7 +7,7 @@
 #include "text/selection.h"
 
 #include <string>
-#include <vector>
+#include <utility>
 
 class WynTextView;
 class command_owner;
@@ -30,6 +30,8 @@ class command_execution {
  public:
   /// `owner` may be null: then nothing is saved, and there are no new documents.
   command_execution(WynTextView& text_view, plist::value const& command, command_owner* owner);
+  /// Beside what the view tells it.
+  void add_variables(commands::variables more) { more_ = std::move(more); }
 
   /// False if it could not be run or its output could not be used; the user has been told.
   bool run();
@@ -37,6 +39,7 @@ class command_execution {
  private:
   using variables = commands::variables;
 
+  void find_environment();
   bool lacks_programs();
   void add_place(text::view_iterator const& at);
   std::string input_text() const;
@@ -60,5 +63,5 @@ class command_execution {
   commands::command_options const options_;
   command_owner* const owner_;
   command_input input_;
-  variables environment_;
+  variables more_, environment_;
 };

@@ -146,12 +146,21 @@ void drop_target::drop_files(plist::value const& files, text::view_iterator cons
   text_view_.change([&] { text_view_.view()->selection.set_caret(to); });
   std::vector<std::string> paths;
   for (plist::value const& path : files.elements()) paths.push_back(path.string_or(""));
+  files_timer_ = platform::desktop::current().loop().schedule(
+      0, false, [this, paths, modifiers] { take_files(paths, modifiers); });
+}
+
+// What no command takes is inserted.
+void drop_target::take_files(std::vector<std::string> paths, std::uint32_t modifiers) {
   bool const as_paths = modifiers & (modifier::control | modifier::shift | modifier::option);
-  files_timer_ = platform::desktop::current().loop().schedule(0, false, [this, paths, as_paths] {
-    auto const text = dropped_content::text_of_files(paths, as_paths);
-    if (text_view_.view() != nullptr)
-      insert(units_of(text), text_view_.view()->selection.current_mark);
-  });
+  if (!(modifiers & modifier::control))
+    std::erase_if(paths, [&](std::string const& path) {
+      return text_view_.view() != nullptr && !dropped_content::is_folder(path) &&
+             text_view_.dropFile(path, modifiers);
+    });
+  auto const text = dropped_content::text_of_files(paths, as_paths);
+  if (text_view_.view() != nullptr)
+    insert(units_of(text), text_view_.view()->selection.current_mark);
 }
 
 }  // namespace textview

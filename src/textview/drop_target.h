@@ -10,7 +10,9 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace textview {
 
@@ -42,6 +44,7 @@ class drop_target {
   bool drop_text(platform::drag_info const& info, text::view_iterator const& to, bool move);
   void drop_files(plist::value const& files, text::view_iterator const& to,
                   std::uint32_t modifiers);
+  void take_files(std::vector<std::string> paths, std::uint32_t modifiers);
   bool insert(std::u16string_view text, text::view_iterator const& to);
 
   pointed_view& text_view_;

@@ -20,11 +20,6 @@ namespace {
 
 constexpr double color_command_time = 2;  // seconds, in which the window waits
 
-bool is_folder(std::string const& path) {
-  struct stat info;
-  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
 bool may_insert(std::string const& path) {
   struct stat info;
   if (::stat(path.c_str(), &info) != 0 || info.st_size <= large_file) return true;
@@ -57,6 +52,11 @@ int input_with(std::string const& text) {
 }
 
 }  // namespace
+
+bool is_folder(std::string const& path) {
+  struct stat info;
+  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
 
 std::vector<char16_t> text_of_files(std::vector<std::string> const& paths, bool as_paths) {
   std::vector<char16_t> text;

@@ -12,6 +12,8 @@ namespace dropped_content {
 /// A file of more bytes is inserted only if the user says so.
 constexpr std::int64_t large_file = 0x100000;
 
+bool is_folder(std::string const& path);
+
 /// The texts of the files one after the other; of several, each with a header that names it. A
 /// folder stands for its path, and so does every file with `as_paths`; each path after the first is
 /// on a line of its own. Asks before large files, and tells what can't be read.

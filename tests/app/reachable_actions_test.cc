@@ -15,11 +15,14 @@ namespace {
 using names = std::set<std::string>;
 
 // For macros and scripts, which give them an argument, and for the items of dynamic menus.
-names const taking_an_argument = {
-    "findWithOptions:",  "insertText:",       "goToLineNumber:",
-    "goToColumnNumber:", "goToLineAction:",   "selectToLine:andColumn:",
-    "openRecentFile:",   "clearRecentFiles:", "changeLanguageToAndLearn:",
-    "takeThemeFrom:",    "acceptCompletion:", "matchesForString:"};
+names const taking_an_argument = {"findWithOptions:",          "insertText:",
+                                  "goToLineNumber:",           "goToColumnNumber:",
+                                  "goToLineAction:",           "selectToLine:andColumn:",
+                                  "openRecentFile:",           "clearRecentFiles:",
+                                  "changeLanguageToAndLearn:", "takeThemeFrom:",
+                                  "acceptCompletion:",         "matchesForString:",
+                                  "selectCommandResult:",      "extendSelectionInScope:",
+                                  "executeCommandWithTag:"};
 
 // Other names of actions that have a menu item or a key: Backward and Forward of Left and Right.
 names const synonyms = {"insertParagraphSeparator:",
@@ -36,9 +39,10 @@ names const synonyms = {"insertParagraphSeparator:",
 
 // What bundle items, Tab and the Bundles menu perform.
 names const for_items = {
-    "deleteTabTrigger:", "executeBundleItem:",        "expandCodeSnippet:",
-    "insertSnippet:",    "insertSnippetWithOptions:", "newDocumentFromTemplate:",
-    "nextSnippetField:", "playMacroWithOptions:",     "previousSnippetField:"};
+    "deleteTabTrigger:",        "executeBundleItem:", "executeCommandWithOptions:",
+    "expandCodeSnippet:",       "insertSnippet:",     "insertSnippetWithOptions:",
+    "newDocumentFromTemplate:", "nextSnippetField:",  "playMacroWithOptions:",
+    "previousSnippetField:"};
 
 // Any key closes a tool tip.
 names const for_keys = {"abortShowingFoldedText:"};

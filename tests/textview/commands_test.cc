@@ -1,6 +1,6 @@
 #include "data_rows.h"
-#include "plist/text_reader.h"
 #include "platform/utf.h"
+#include "plist/text_reader.h"
 #include "textview/command_owner.h"
 #include "textview/shown_view.h"
 
