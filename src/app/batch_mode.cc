@@ -206,7 +206,8 @@ class batch_run {
                                         : "exit status " + std::to_string(command.status));
     if (!is_taken) return false;
     if (!command.error.empty()) complain(name, command.error);
-    print_units(command.text.view());
+    text::text_block const text = command.text();
+    print_units(text.view());
     return true;
   }
 

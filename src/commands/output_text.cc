@@ -12,6 +12,7 @@ namespace {
 constexpr std::size_t first_room = 4096;
 constexpr std::size_t small_room = std::size_t{1} << 19;  // units, which can be moved at no cost
 constexpr std::size_t overshoot = 128;                    // units that fast decoding may write over
+constexpr std::size_t slack = std::size_t{1} << 20;       // units: more than comes at a time
 constexpr std::size_t longest_sequence = 4;
 constexpr int run = 64;  // sequences decoded one by one where the fast way has failed
 
@@ -49,7 +50,7 @@ void output_text::make_room(std::size_t units) {
   std::size_t const wanted = used_ + units + overshoot;
   if (units_ != nullptr && wanted <= units_->capacity()) return;
   std::size_t room = std::max(wanted + wanted / 2, first_room);
-  if (room > small_room) room = std::max(room, expected_ + overshoot);
+  if (used_ + units > small_room) room = std::max(room, expected_ + slack);
   auto larger = std::make_unique<text::text_block_builder>(room);
   if (used_ != 0) std::memcpy(larger->data(), units_->data(), used_ * sizeof(char16_t));
   units_ = std::move(larger);
@@ -105,6 +106,32 @@ void output_text::append(std::string_view bytes) {
     units_.reset();
   else
     cut_.append(reached, end);
+  if (is_valid_ && like_ != nullptr) pass_same();
+}
+
+void output_text::pass_same() {
+  text::unit_view rest(units_->data(), used_);
+  while (like_ != nullptr && !rest.empty()) {
+    text::unit_view const line = like_->line_units(same_.line).substr(same_.column);
+    std::size_t const count = std::min(line.size(), rest.size());
+    auto const equal = static_cast<std::size_t>(
+        std::mismatch(line.begin(), line.begin() + static_cast<std::ptrdiff_t>(count), rest.begin())
+            .first -
+        line.begin());
+    same_.column += static_cast<std::uint32_t>(equal);
+    rest.remove_prefix(equal);
+    if (rest.empty()) break;
+    bool const goes_on =
+        equal == line.size() && rest[0] == u'\n' && same_.line + std::size_t{1} < like_->lines();
+    if (!goes_on) {
+      like_ = nullptr;
+      break;
+    }
+    same_ = {same_.line + std::size_t{1}, 0};
+    rest.remove_prefix(1);
+  }
+  std::copy(rest.begin(), rest.end(), units_->data());
+  used_ = rest.size();
 }
 
 std::optional<text::text_block> output_text::take() {

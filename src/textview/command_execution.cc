@@ -131,7 +131,7 @@ bool command_execution::run() {
   if (options_.output == disposition::show_as_html && show_page(nullptr)) return true;
   text::view const* const view = text_view_.view();
   std::uint32_t const memento = view->storage->current_memento;
-  finished_command finished{options_, options_.output, {}, 0, false, {}};
+  finished_command finished{.options = options_, .output = options_.output};
   if (options_.each_row && view->is_in_column_mode() && input_.range.column_mode)
     run_rows(finished);
   else
@@ -194,7 +194,9 @@ void command_execution::run_once(finished_command& finished) {
   std::string const text = is_streamed ? "" : input_text();
   text::pos const end(storage.lines() - 1, storage.size(storage.lines() - 1));
   commands::text_source source(storage, {}, end);
-  commands::output_text output(is_streamed ? text_view_.document()->length() : text.size());
+  bool const is_compared = is_streamed && replaces_document(options_.output);
+  commands::output_text output(is_streamed ? text_view_.document()->length() : text.size(),
+                               is_compared ? &storage : nullptr);
   auto const input = is_streamed ? commands::input_source([&] { return source.next(); })
                                  : commands::source_of(text);
   auto result = commands::run_shell(request(), input, [&](auto piece) { output.append(piece); });
@@ -203,7 +205,9 @@ void command_execution::run_once(finished_command& finished) {
   finished.error = std::move(result.error);
   auto taken = output.take();
   if (!taken && finished.error.empty() && !finished.cancelled) finished.error = invalid_output;
-  if (taken) finished.text = *std::move(taken);
+  if (taken) finished.rest = *std::move(taken);
+  if (taken && is_compared) finished.like = &storage;
+  finished.same = output.same();
 }
 
 // Each gives the first line of its output, so that the rectangle keeps its height.
@@ -222,7 +226,7 @@ void command_execution::run_rows(finished_command& finished) {
     if (!finished.error.empty()) return;
     all += units.substr(0, units.find(u'\n')) + u'\n';
   }
-  finished.text = text::text_block::copy(all);
+  finished.rest = text::text_block::copy(all);
 }
 
 bool command_execution::show_page(finished_command const* finished) {
@@ -230,7 +234,7 @@ bool command_execution::show_page(finished_command const* finished) {
   if (pages == nullptr) return false;
   commands::shell_request const what = request();
   if (finished != nullptr)
-    pages->show_output(unicode::to_utf8(finished->text.view()), dictionary_, what.environment,
+    pages->show_output(unicode::to_utf8(finished->text().view()), dictionary_, what.environment,
                        what.directory);
   else
     pages->run_command(dictionary_, input_text(), what.environment, what.directory);
@@ -245,13 +249,13 @@ bool command_execution::use(finished_command const& finished) {
     case disposition::discard:
       return true;
     case disposition::show_as_tool_tip:
-      show_tool_tip(finished.text.view());
+      show_tool_tip(finished.text().view());
       return true;
     case disposition::show_as_html:
       if (show_page(&finished)) return true;
       [[fallthrough]];
     case disposition::open_as_new_document:
-      if (owner_ != nullptr) owner_->openAsNewDocument(finished.text);
+      if (owner_ != nullptr) owner_->openAsNewDocument(finished.text());
       return owner_ != nullptr;
     default:
       return place(finished);
@@ -261,34 +265,39 @@ bool command_execution::use(finished_command const& finished) {
 bool command_execution::place(finished_command const& finished) {
   kill_buffer_untouched const untouched(*text_view_.view()->storage);
   view_will_change const scope(text_view_, true);
-  text::text_block const& text = finished.text;
   switch (finished.output) {
     case disposition::replace_document:
-      replace_document(text, false);
+      replace_document(finished, false);
       break;
     case disposition::replace_selected_text:
-      replace_read_text(text);
+      replace_read_text(finished);
       break;
     case disposition::after_selected_text:
-      insert_after(text.view());
+      insert_after(finished.text().view());
       break;
     case disposition::insert_as_snippet:
-      return insert_snippet(text.view());
+      return insert_snippet(finished.text().view());
     default:
       select_read_text(true);
-      text_view_.view()->replace_selection(text.begin(), text.end());
+      replace_selection(finished.text().view());
   }
   return true;
 }
 
+bool command_execution::replaces_document(disposition output) const {
+  return output == disposition::replace_document ||
+         (output == disposition::replace_selected_text && !text_view_.hasSelection() &&
+          input_.what == command_input::part::document);
+}
+
 // The caret stays where it is on the screen, or in its line and column.
-void command_execution::replace_document(text::text_block const& text, bool in_view) {
+void command_execution::replace_document(finished_command const& finished, bool in_view) {
   text::view& view = *text_view_.view();
   text::view_iterator const caret = view.selection.current_mark;
   std::size_t const line = in_view ? view.line_in_view(caret) : line_before_filters(caret);
   std::size_t const column = in_view ? view.column_in_view(caret) : column_before_wrap(caret);
   view.selection.set_caret(caret);
-  documents::replace_text(*view.storage, text);
+  documents::replace_text(*view.storage, finished.rest, finished.same);
   constexpr auto kind = text::freehanded_t::automatic;
   view.selection.set_caret(
       in_view
@@ -296,13 +305,18 @@ void command_execution::replace_document(text::text_block const& text, bool in_v
           : iter_from_hybrid_pos(&view, std::min(line, view.storage->lines() - 1), column, kind));
 }
 
-void command_execution::replace_read_text(text::text_block const& text) {
+void command_execution::replace_read_text(finished_command const& finished) {
   text::view& view = *text_view_.view();
-  if (view.has_selection()) return view.replace_selection(text.begin(), text.end());
-  if (input_.what == command_input::part::document) return replace_document(text, true);
+  if (view.has_selection()) return replace_selection(finished.text().view());
+  if (replaces_document(finished.output)) return replace_document(finished, true);
   select_read_text(false);
   view.erase_selection();
+  text::text_block const text = finished.text();
   view.insert(text.begin(), text.end());
+}
+
+void command_execution::replace_selection(text::unit_view units) {
+  text_view_.view()->replace_selection(units.begin(), units.end());
 }
 
 void command_execution::insert_after(text::unit_view units) {

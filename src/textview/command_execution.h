@@ -52,8 +52,10 @@ class command_execution {
   bool tell(std::string const& trouble);
   void show_tool_tip(std::u16string_view text);
 
-  void replace_document(text::text_block const& text, bool in_view);
-  void replace_read_text(text::text_block const& text);
+  bool replaces_document(commands::disposition output) const;
+  void replace_document(commands::finished_command const& finished, bool in_view);
+  void replace_read_text(commands::finished_command const& finished);
+  void replace_selection(text::unit_view units);
   void insert_after(text::unit_view units);
   bool insert_snippet(text::unit_view units);
   void select_read_text(bool also_document);
