@@ -9,7 +9,9 @@
 #include "grammar/tokenize_filter.h"
 #include "platform/utf.h"
 #include "styles/styled_view.h"
-#include "text/view.h"
+#include "text/views/view.h"
+
+namespace styles {
 
 namespace {
 
@@ -174,3 +176,5 @@ std::pair<text::pos, text::pos> scope_extent(
   path_test test(reader, holds);
   return {widened_left(reader, first, test), widened_right(reader, last, test)};
 }
+
+}  // namespace styles

@@ -7,6 +7,8 @@
 
 #include "text/pos.h"
 
+namespace styles {
+
 class styled_view;
 
 /// The text of a range with its scopes as markup: an element for each, named by the scope, which
@@ -19,3 +21,5 @@ std::u16string scope_markup(styled_view const& text_view, text::pos first, text:
 std::pair<text::pos, text::pos> scope_extent(
     styled_view const& text_view, text::pos first, text::pos last,
     std::function<bool(std::vector<std::string> const&)> const& holds);
+
+}  // namespace styles

@@ -19,8 +19,11 @@ platform::filter_values values_of(plist::value const& filter) {
 }
 
 plist::dictionary filter_of(platform::filter_values const& values) {
-  plist::dictionary filter{
-      {"command", values.command}, {"input", values.input}, {"output", values.output}};
+  // What is selected isn't what was read then.
+  bool const replaces_document = values.input == "document" && values.output == "replaceSelection";
+  plist::dictionary filter{{"command", values.command},
+                           {"input", values.input},
+                           {"output", replaces_document ? "replaceDocument" : values.output}};
   if (values.each_row) filter.insert_or_assign("eachRow", true);
   return filter;
 }

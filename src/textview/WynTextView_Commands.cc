@@ -9,7 +9,7 @@
 #include "platform/desktop.h"
 #include "platform/utf.h"
 #include "styles/scope_ranges.h"
-#include "text/view.h"
+#include "text/views/view.h"
 #include "textview/WynExecuteCommandManager.h"
 #include "textview/WynTextView.h"
 #include "textview/command_execution.h"
@@ -54,7 +54,7 @@ void WynTextView::addCommandMethods() {
     });
   };
   add("executeCommandWithOptions:", [this](plist::value const& command) {
-    return command_execution(*this, command, commandOwner_).run();
+    return textview::command_execution(*this, command, commandOwner_).run();
   });
   add("selectCurrentScope:", [this](auto const&) { return selectCurrentScope(); });
   add("extendSelectionInScope:", [this](plist::value const& selector) {
@@ -101,17 +101,17 @@ void WynTextView::addCommandMethods() {
 
 std::u16string WynTextView::xmlRepresentation() const {
   if (view_ == nullptr) return {};
-  return scope_markup(*this, {}, view_->storage->end(-1).pos());
+  return styles::scope_markup(*this, {}, view_->storage->end(-1).pos());
 }
 
 std::u16string WynTextView::xmlRepresentationForSelection() const {
   if (view_ == nullptr) return {};
   text::selection const& selection = view_->selection;
-  return scope_markup(*this, selection.first().base.pos(), selection.last().base.pos());
+  return styles::scope_markup(*this, selection.first().base.pos(), selection.last().base.pos());
 }
 
 void WynTextView::selectRange(text::pos first, text::pos last) {
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   view_->selection.set_caret(view_->in_view({first, view_->storage}));
   view_->selection.select_to(view_->in_view({last, view_->storage}), false);
 }
@@ -121,7 +121,7 @@ bool WynTextView::selectCurrentScope() {
   auto const wanted = currentContext();
   if (wanted.empty()) return false;
   text::pos const caret = view_->selection.current_mark.base.pos();
-  auto const [first, last] = scope_extent(*this, caret, caret, [&](auto const& scopes) {
+  auto const [first, last] = styles::scope_extent(*this, caret, caret, [&](auto const& scopes) {
     return scopes.size() >= wanted.size() &&
            std::equal(wanted.begin(), wanted.end(), scopes.begin());
   });
@@ -132,7 +132,7 @@ bool WynTextView::selectCurrentScope() {
 void WynTextView::extendSelectionInScope(std::string const& selector) {
   if (view_ == nullptr) return;
   text::selection const& selection = view_->selection;
-  auto const [first, last] = scope_extent(
+  auto const [first, last] = styles::scope_extent(
       *this, selection.first().base.pos(), selection.last().base.pos(),
       [&](auto const& scopes) { return scope::new_score_for_selector(selector, scopes) > 0; });
   selectRange(first, last);
@@ -154,7 +154,7 @@ bool WynTextView::selectCommandResult(plist::value const& place) {
 
 void WynTextView::showToolTip(std::u16string_view text) {
   if (host_ == nullptr || view_ == nullptr) return;
-  host_->show_tool_tip({std::u16string(text), caret_rectangle(*this)});
+  host_->show_tool_tip({std::u16string(text), layout::caret_rectangle(*this)});
 }
 
 // Of the selected text or, without any, of the caret's line, as a script.
@@ -183,7 +183,7 @@ std::optional<text::text_block> WynTextView::outputOfSelection() {
 bool WynTextView::executeSelection(bool at_end, bool replace) {
   auto const output = outputOfSelection();
   if (!output) return false;
-  view_will_change const scope(*this, true);
+  textview::view_will_change const scope(*this, true);
   text::view& view = *view_;
   std::size_t const line = view.selection.current_mark.base.line;
   text::iterator const end = view.storage->end(line);
@@ -219,7 +219,7 @@ bool WynTextView::dropFile(std::string const& path, std::uint32_t modifiers) {
   std::string const folder =
       document_->filename().empty() ? "" : path::parent(document_->filename());
   plist::value const options(std::move(command));
-  command_execution execution(*this, options, commandOwner_);
+  textview::command_execution execution(*this, options, commandOwner_);
   execution.add_variables({{"QN_DROPPED_FILEPATH", path},
                            {"QN_DROPPED_FILE", folder.empty() ? path : seen_from(folder, path)},
                            {"QN_MODIFIER_FLAGS", names_of(modifiers)}});

@@ -10,13 +10,16 @@
 #include "platform/log.h"
 #include "platform/utf.h"
 #include "styles/scope_ranges.h"
-#include "text/view.h"
+#include "text/kill_buffer_guard.h"
+#include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/command_owner.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
 #include <tuple>
+
+namespace textview {
 
 using commands::disposition;
 using commands::fallback;
@@ -26,20 +29,6 @@ using commands::input_kind;
 namespace {
 
 constexpr char const* invalid_output = "its output isn't valid UTF-8";
-
-/// What a command replaces was not killed by the user, and may be large.
-class kill_buffer_untouched {
- public:
-  explicit kill_buffer_untouched(text::storage& storage) : buffer_(storage.kill_buffer) {
-    buffer_.disabled = true;
-  }
-  ~kill_buffer_untouched() { buffer_.disabled = false; }
-  kill_buffer_untouched(kill_buffer_untouched const&) = delete;
-  kill_buffer_untouched& operator=(kill_buffer_untouched const&) = delete;
-
- private:
-  text::storage::kill_buffer_t& buffer_;
-};
 
 text::selection range_in(text::view& view, text::iterator const& first,
                          text::iterator const& last) {
@@ -67,9 +56,10 @@ text::selection fallback_range(WynTextView& text_view, commands::command_options
       last = view.storage->end(caret.base.line);
       break;
     case fallback::scope: {
-      auto const extent = scope_extent(text_view, first.pos(), last.pos(), [&](auto const& scopes) {
-        return scope::new_score_for_selector(command.scope, scopes) > 0;
-      });
+      auto const extent =
+          styles::scope_extent(text_view, first.pos(), last.pos(), [&](auto const& scopes) {
+            return scope::new_score_for_selector(command.scope, scopes) > 0;
+          });
       first = {extent.first, view.storage};
       last = {extent.second, view.storage};
       break;
@@ -180,7 +170,7 @@ std::string command_execution::input_text() const {
   text::pos const end(storage.lines() - 1, storage.size(storage.lines() - 1));
   text::pos const first = is_whole ? text::pos() : input_.range.first().base.pos();
   text::pos const last = is_whole ? end : input_.range.last().base.pos();
-  if (options_.as_markup) return unicode::to_utf8(scope_markup(text_view_, first, last));
+  if (options_.as_markup) return unicode::to_utf8(styles::scope_markup(text_view_, first, last));
   if (input_.what == part::selection) return unicode::to_utf8(input_.range.units());
   commands::text_source source(storage, first, last);
   std::string text;
@@ -263,7 +253,7 @@ bool command_execution::use(finished_command const& finished) {
 }
 
 bool command_execution::place(finished_command const& finished) {
-  kill_buffer_untouched const untouched(*text_view_.view()->storage);
+  text::kill_buffer_guard const untouched(*text_view_.view()->storage);
   view_will_change const scope(text_view_, true);
   switch (finished.output) {
     case disposition::replace_document:
@@ -361,3 +351,5 @@ void command_execution::show_tool_tip(std::u16string_view text) {
   std::size_t const last = text.find_last_not_of(u'\n');
   text_view_.showToolTip(text.substr(first, last + 1 - first));
 }
+
+}  // namespace textview

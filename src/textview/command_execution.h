@@ -4,12 +4,15 @@
 #include "commands/finished_command.h"
 #include "commands/shell.h"
 #include "plist/value.h"
-#include "text/selection.h"
+#include "text/views/selection.h"
 
 #include <string>
 #include <utility>
 
 class WynTextView;
+
+namespace textview {
+
 class command_owner;
 
 /// A part of a text that a command reads, and where that is.
@@ -67,3 +70,5 @@ class command_execution {
   command_input input_;
   variables more_, environment_;
 };
+
+}  // namespace textview

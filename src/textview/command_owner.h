@@ -2,6 +2,8 @@
 
 #include "commands/finished_command.h"
 
+namespace textview {
+
 /// What commands need of the window in which a text view runs them. Main thread only.
 class command_owner {
  public:
@@ -14,3 +16,5 @@ class command_owner {
  protected:
   ~command_owner() = default;
 };
+
+}  // namespace textview

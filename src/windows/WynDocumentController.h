@@ -14,7 +14,7 @@ class WynDocument;
 /// A window with one document: it holds the text view, saves the document and asks before unsaved
 /// changes are lost. Owned by its windows_owner
 /// from showWindow() until its window has closed.
-class WynDocumentController : public platform::window_delegate, public command_owner {
+class WynDocumentController : public platform::window_delegate, public textview::command_owner {
  public:
   explicit WynDocumentController(windows::windows_owner& owner);
   ~WynDocumentController() override;

@@ -288,7 +288,7 @@ class step_maker {
                           std::initializer_list<char const*>{
                               "orderFront", "pboard", "changeLanguage", "ISIM_", "makeText",
                               "undo:", "redo:", "replaceAndFind:", "showScope", "print",
-                              "abortShowing", "Pboard"},
+                              "abortShowing", "Pboard", "xecute"},
                           is_about))
         continue;
       result.push_back(name);
