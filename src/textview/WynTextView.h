@@ -33,6 +33,9 @@
 
 class WynDocument;
 class WynISearchWindow;
+namespace commands {
+class command_owner;
+}
 namespace search {
 class find_highlights;
 struct find_answer;
@@ -46,7 +49,6 @@ class symbol_list;
 class view_styles;
 }  // namespace styles
 namespace textview {
-class command_owner;
 class drop_target;
 class mouse_tracker;
 class view_will_change;
@@ -287,7 +289,7 @@ class WynTextView : public platform::responder,
 
   // Commands (WynTextView_Commands.cc)
   /// Not owned; null for none.
-  void setCommandOwner(textview::command_owner* owner) { commandOwner_ = owner; }
+  void setCommandOwner(commands::command_owner* owner) { commandOwner_ = owner; }
   /// The whole text with its scopes as markup, or what is selected of it.
   std::u16string xmlRepresentation() const;
   std::u16string xmlRepresentationForSelection() const;
@@ -295,7 +297,7 @@ class WynTextView : public platform::responder,
   void extendSelectionInScope(std::string const& selector);
   /// Runs the drag command for such a file, of several the one that the user chooses, with the
   /// modifier keys that are held. False if there is none.
-  bool dropFile(std::string const& path, std::uint32_t modifiers);
+  bool dropFile(std::string const& path, std::uint32_t modifiers) final;
   /// Under the caret or, where that is out of sight, at the mouse pointer.
   void showToolTip(std::u16string_view text);
 
@@ -550,7 +552,7 @@ class WynTextView : public platform::responder,
   bool hasFindNote_ = false;
   std::unique_ptr<WynISearchWindow> iSearchWindow_;
 
-  textview::command_owner* commandOwner_ = nullptr;
+  commands::command_owner* commandOwner_ = nullptr;
   std::string shownSnippetField_;
   std::optional<plist::array> macroRecordingBuffer_;
   bool isRecordingSuspended_ = false;

@@ -1,4 +1,5 @@
 #include "bundles/BundleManager.h"
+#include "commands/WynExecuteCommandManager.h"
 #include "commands/environment.h"
 #include "commands/output_text.h"
 #include "commands/shell.h"
@@ -10,7 +11,6 @@
 #include "platform/utf.h"
 #include "styles/scope_ranges.h"
 #include "text/views/view.h"
-#include "textview/WynExecuteCommandManager.h"
 #include "textview/WynTextView.h"
 #include "textview/command_execution.h"
 #include "textview/view_will_change.h"
@@ -147,9 +147,9 @@ bool WynTextView::selectCommandResult(plist::value const& place) {
     return static_cast<std::size_t>(std::strtoul(text.c_str(), nullptr, 10));
   };
   std::size_t const line = number("line"), column = number("column");
-  if (line == 0 || !goToLineAndColumn(line, std::max<std::size_t>(column, 1))) return false;
+  if (line == 0 || !goToLineAndColumn({line, std::max<std::size_t>(column, 1)})) return false;
   return column != 0 ||
-         selectToLineAndColumn(line, std::numeric_limits<std::int32_t>::max(), false);
+         selectToLineAndColumn({line, std::numeric_limits<std::int32_t>::max()}, false);
 }
 
 void WynTextView::showToolTip(std::u16string_view text) {

@@ -1,5 +1,6 @@
 #include "textview/command_execution.h"
 
+#include "commands/command_owner.h"
 #include "commands/environment.h"
 #include "commands/html_output.h"
 #include "commands/output_text.h"
@@ -13,7 +14,6 @@
 #include "text/kill_buffer_guard.h"
 #include "text/views/view.h"
 #include "textview/WynTextView.h"
-#include "textview/command_owner.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
@@ -102,7 +102,7 @@ command_input input_for_command(WynTextView& text_view, commands::command_option
 }
 
 command_execution::command_execution(WynTextView& text_view, plist::value const& command,
-                                     command_owner* owner)
+                                     commands::command_owner* owner)
     : text_view_(text_view),
       dictionary_(command),
       options_(commands::read_command(command)),
@@ -291,8 +291,8 @@ void command_execution::replace_document(finished_command const& finished, bool 
   constexpr auto kind = text::freehanded_t::automatic;
   view.selection.set_caret(
       in_view
-          ? iter_from_view_pos(&view, line, column, kind)
-          : iter_from_hybrid_pos(&view, std::min(line, view.storage->lines() - 1), column, kind));
+          ? iter_from_view_pos(&view, {line, column}, kind)
+          : iter_from_hybrid_pos(&view, {std::min(line, view.storage->lines() - 1), column}, kind));
 }
 
 void command_execution::replace_read_text(finished_command const& finished) {

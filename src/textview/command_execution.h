@@ -10,10 +10,11 @@
 #include <utility>
 
 class WynTextView;
+namespace commands {
+class command_owner;
+}
 
 namespace textview {
-
-class command_owner;
 
 /// A part of a text that a command reads, and where that is.
 struct command_input {
@@ -32,7 +33,8 @@ command_input input_for_command(WynTextView& text_view, commands::command_option
 class command_execution {
  public:
   /// `owner` may be null: then nothing is saved, and there are no new documents.
-  command_execution(WynTextView& text_view, plist::value const& command, command_owner* owner);
+  command_execution(WynTextView& text_view, plist::value const& command,
+                    commands::command_owner* owner);
   /// Beside what the view tells it.
   void add_variables(commands::variables more) { more_ = std::move(more); }
 
@@ -66,7 +68,7 @@ class command_execution {
   WynTextView& text_view_;
   plist::value const& dictionary_;
   commands::command_options const options_;
-  command_owner* const owner_;
+  commands::command_owner* const owner_;
   command_input input_;
   variables more_, environment_;
 };

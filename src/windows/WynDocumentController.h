@@ -1,9 +1,9 @@
 #pragma once
 
+#include "commands/command_owner.h"
 #include "platform/notification_center.h"
 #include "platform/window.h"
 #include "textview/WynTextView.h"
-#include "textview/command_owner.h"
 #include "windows/windows_owner.h"
 
 #include <memory>
@@ -14,7 +14,7 @@ class WynDocument;
 /// A window with one document: it holds the text view, saves the document and asks before unsaved
 /// changes are lost. Owned by its windows_owner
 /// from showWindow() until its window has closed.
-class WynDocumentController : public platform::window_delegate, public textview::command_owner {
+class WynDocumentController : public platform::window_delegate, public commands::command_owner {
  public:
   explicit WynDocumentController(windows::windows_owner& owner);
   ~WynDocumentController() override;

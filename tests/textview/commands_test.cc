@@ -1,19 +1,19 @@
 #include <cstring>
 #include <random>
 
+#include "commands/WynExecuteCommandManager.h"
+#include "commands/command_owner.h"
 #include "data_rows.h"
 #include "path/temporary_folder.h"
 #include "platform/utf.h"
 #include "plist/text_reader.h"
-#include "textview/WynExecuteCommandManager.h"
-#include "textview/command_owner.h"
 #include "textview/shown_view.h"
 
 // Commands of bundles on a text: what they read, and where their output goes.
 
 namespace {
 
-class recording_owner final : public textview::command_owner {
+class recording_owner final : public commands::command_owner {
  public:
   bool willExecuteCommand(commands::command_options const& command) override {
     saves = command.saves_first;
@@ -81,8 +81,9 @@ TEST_F(commands_on_text, markup_nests_and_holds_the_text) {
     };
     text::pos first = place(), last = place();
     if (last < first) std::swap(first, last);
-    shown.view.goToLineAndColumn(first.line + 1, first.column + 1);
-    shown.view.selectToLineAndColumn(last.line + 1, last.column + 1, false);
+    shown.view.goToLineAndColumn({first.line + std::size_t{1}, first.column + std::size_t{1}});
+    shown.view.selectToLineAndColumn({last.line + std::size_t{1}, last.column + std::size_t{1}},
+                                     false);
     std::string rest = unicode::to_utf8(shown.view.xmlRepresentationForSelection()), plain;
     std::vector<std::string> open;
     while (!rest.empty()) {

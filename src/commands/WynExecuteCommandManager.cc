@@ -1,4 +1,4 @@
-#include "textview/WynExecuteCommandManager.h"
+#include "commands/WynExecuteCommandManager.h"
 
 #include "platform/desktop.h"
 #include "settings/store.h"
