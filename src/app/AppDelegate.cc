@@ -1,13 +1,12 @@
 #include "app/AppDelegate.h"
 
 #include "actions/WynPasteboardManager.h"
+#include "app/dynamic_items.h"
 #include "app/file_argument.h"
 #include "app/line_place.h"
 #include "app/offer_safety_copies.h"
 #include "bundles/BundleManager.h"
 #include "bundles/files/item_kinds.h"
-#include "bundles/item_menu.h"
-#include "commands/WynExecuteCommandManager.h"
 #include "commands/environment.h"
 #include "documents/WynDocument.h"
 #include "documents/file_text.h"
@@ -21,7 +20,6 @@
 #include "search/WynFindManager.h"
 #include "settings/store.h"
 #include "styles/WynThemeManager.h"
-#include "styles/wrap_columns.h"
 #include "windows/WynDocumentController.h"
 #include "windows/select_item.h"
 #include "windows/template_files.h"
@@ -33,89 +31,9 @@
 
 namespace {
 
-constexpr double defaults_period = 1;     // seconds between looks at the defaults file
-constexpr double clipboard_delay = 0.05;  // seconds
-constexpr std::size_t most_symbols_in_menu = 1000;
+constexpr double defaults_period = 1;          // seconds between looks at the defaults file
+constexpr double clipboard_delay = 0.05;       // seconds
 constexpr std::int64_t large_file = 0xA00000;  // bytes; one more and the user is asked
-
-void add_recent_items(app::recent_files const& recent, std::vector<platform::menu_item>& items) {
-  for (std::string const& path : recent.paths()) {
-    platform::menu_item item;
-    item.title = path::abbreviate_with_tilde(path);
-    item.selector = "openRecentFile:";
-    item.argument = plist::data(path.begin(), path.end());
-    items.push_back(std::move(item));
-  }
-  if (items.empty()) return;
-  platform::menu_item separator, clear;
-  separator.separator = true;
-  clear.title = "Clear Menu";
-  clear.selector = "clearRecentFiles:";
-  items.push_back(separator);
-  items.push_back(clear);
-}
-
-platform::menu_item item_for(std::string title, char const* selector, plist::value argument) {
-  platform::menu_item item;
-  item.title = std::move(title);
-  item.selector = selector;
-  item.argument = std::move(argument);
-  return item;
-}
-
-// A grammar that says that no file is in its language is there for others to include.
-bool is_language_of_files(BundleItem const& grammar) {
-  plist::value const entries = grammar.languageEntries();
-  auto const* const types = entries["fileTypes"].as_array();
-  return types == nullptr || !types->empty() || entries["firstLineMatch"];
-}
-
-std::vector<platform::menu_item> language_items() {
-  auto languages = BundleManager::sharedInstance().bundleItemsOfKind(bundles::item_kind::language);
-  std::stable_sort(languages.begin(), languages.end(), [](auto const& a, auto const& b) {
-    return bundles::caseInsensitiveCompare(a->name(), b->name()) < 0;
-  });
-  std::vector<platform::menu_item> items;
-  for (auto const& language : languages)
-    if (is_language_of_files(*language))
-      items.push_back(item_for(language->name(), "changeLanguageToAndLearn:", language->UUID()));
-  return items;
-}
-
-std::vector<platform::menu_item> theme_items() {
-  std::vector<platform::menu_item> items;
-  for (auto const& theme : WynThemeManager::sharedInstance().allThemes())
-    items.push_back(item_for(theme.name(), "takeThemeFrom:", theme.uuid()));
-  return items;
-}
-
-// A menu of a hundred thousand items takes the desktop half a minute, and nobody reads it: those
-// around the caret are shown, with how many others there are.
-std::vector<platform::menu_item> symbol_items(WynTextView const& view) {
-  std::vector<styles::symbol> const& symbols = view.functionPopUp();
-  std::size_t first = 0, last = symbols.size();
-  if (symbols.size() > most_symbols_in_menu) {
-    std::size_t const line = view.view()->selection.current_mark.base.line + std::size_t{1};
-    auto const at =
-        std::partition_point(symbols.begin(), symbols.end(),
-                             [&](styles::symbol const& each) { return each.line <= line; });
-    auto const above = static_cast<std::size_t>(at - symbols.begin());
-    first = std::min(above - std::min(above, most_symbols_in_menu / 2),
-                     symbols.size() - most_symbols_in_menu);
-    last = first + most_symbols_in_menu;
-  }
-  std::vector<platform::menu_item> items;
-  auto const add_others = [&](std::size_t count, char const* where) {
-    if (count == 0) return;
-    items.push_back(item_for(std::to_string(count) + " More " + where, "", {}));
-    items.back().enabled = false;
-  };
-  add_others(first, "Above");
-  for (std::size_t i = first; i < last; ++i)
-    items.push_back(item_for(symbols[i].name, "goToLineNumber:", symbols[i].line));
-  add_others(symbols.size() - last, "Below");
-  return items;
-}
 
 }  // namespace
 
@@ -600,16 +518,5 @@ std::vector<platform::menu_item> AppDelegate::statusMenu(std::string_view part) 
 }
 
 std::vector<platform::menu_item> AppDelegate::dynamicItems(std::string_view name) const {
-  std::vector<platform::menu_item> items;
-  if (name == "recentFiles") add_recent_items(recent_, items);
-  if (name == "languages") items = language_items();
-  if (name == "symbols" && frontTextView() != nullptr) items = symbol_items(*frontTextView());
-  if (name == "themes") items = theme_items();
-  if (name == "bundles")
-    items = bundles::bundles_menu(BundleManager::sharedInstance(),
-                                  frontTextView() != nullptr && frontTextView()->hasSelection());
-  if (name == "templates") items = bundles::templates_menu(BundleManager::sharedInstance());
-  if (name == "filterCommands") items = WynExecuteCommandManager::historyMenu();
-  if (name == "wrapColumns") items = wrap_columns::menu_items();
-  return items;
+  return app::dynamic_items(name, recent_, frontTextView());
 }
