@@ -189,7 +189,7 @@ void AppDelegate::tellOfDamagedDefaults(plist::value const& info) {
 void AppDelegate::openLaunchArguments() {
   for (std::string const& argument : launchArguments_) {
     app::file_argument const file = app::parse_file_argument(argument, currentDirectory_);
-    // Who names a line of it wants to see its text.
+    // With a line, the file is wanted as text.
     if (!file.place && installIfBundle(file.path)) continue;
     openFile(file.path, file.place);
   }

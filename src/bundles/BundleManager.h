@@ -97,7 +97,7 @@ class BundleManager final : public bundles::item_owner {
   bundle_list allBundlesOnDisk();
 
   /// Installs a bundle or an item, after asking where something would be replaced. False when the
-  /// file is none, by its extension, or an item that is in use where it stands.
+  /// file is not one, by its extension, or an item that is in use where it stands.
   bool canHandleFile(std::string const& path);
   void installBundle(std::string const& directory);
   void installBundleItemOfKind(std::string const& path, bundles::item_kind kind);

@@ -127,7 +127,7 @@ int QtDesktop::run(platform::application_delegate& app) {
   delegate_ = &app;
   terminated_ = false;
   connect_session();
-  // Who sends a signal won't answer questions, and nobody sees them on a lost display.
+  // No alert can be answered after a signal or on a lost display.
   TerminationSignals const termination([this] { end_at_once(*delegate_); });
   SuddenExit const lost_display([this] {
     TerminationSignals::hold();

@@ -53,8 +53,8 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// when they are equal: it is posted after each save, to refresh what shows the name.
   static constexpr char const* filenameDidChange = "WynDocumentFilenameDidChange";
   static constexpr char const* documentEditedDidChange = "WynDocumentEditedDidChange";
-  /// The file of an open document isn't what it was when it was last read or written. Who shows the
-  /// text calls checkForFilesystemChanges now; if nobody has, the document does it itself.
+  /// The file of an open document isn't what it was when it was last read or written. What shows
+  /// the text calls checkForFilesystemChanges now; if nothing has, the document does it itself.
   static constexpr char const* fileDidChange = "WynDocumentFileDidChange";
 
   /// A new untitled document.

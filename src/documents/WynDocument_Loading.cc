@@ -184,7 +184,7 @@ bool WynDocument::restore(documents::safety_copy copy) {
   lineEnding_ = format.line_ending;
   byteOrderMark_ = format.byte_order_mark;
   supplementaryPairs_ = format.pairs;
-  documents::replace_text(*storage_, text.units);  // whoever is told of it sees the new format
+  documents::replace_text(*storage_, text.units);  // observers see the new format
   if (fileContent_ != file_content::not_loaded) fileContent_ = file_content::kept;
   safetyCopies_.push_back(std::move(copy));
   return true;

@@ -40,7 +40,7 @@ void WynDocument::fileMayHaveChanged() {
   }
 }
 
-/// By whoever shows the text, if anybody does.
+/// By what shows the text, if anything does.
 void WynDocument::revertToDisk() {
   revertIsDecided_ = true;
   platform::notification_center::standard().post(fileDidChange, this);

@@ -105,7 +105,7 @@ ssize_t read_some(int descriptor, unsigned char* place, std::size_t count) {
   while (true) {
     ssize_t const bytes = ::read(descriptor, place, count);
     if (bytes >= 0 || (errno != EINTR && errno != EAGAIN)) return bytes;
-    // Whoever is at the other end may have set it not to wait.
+    // The process at the other end may have set it not to wait.
     pollfd wanted{descriptor, POLLIN, 0};
     if (errno == EAGAIN) ::poll(&wanted, 1, -1);
   }

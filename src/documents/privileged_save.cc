@@ -72,7 +72,8 @@ std::string described(path::write_target const& target) {
 }
 
 /// The first part of the path, whose links have been followed, that a user other than root may
-/// change; "" if none. Whoever changes the program that writes gets the rights that are asked for.
+/// change; "" if none. A user who could change the program that writes would get the rights that
+/// are asked for.
 std::string changeable_by_others(std::string const& program) {
   for (std::size_t end = 0; end != program.npos;) {
     end = program.find('/', end + 1);

@@ -77,7 +77,7 @@ std::string header_of(safety_copy_origin const& origin) {
 }
 
 /// Locks a copy, which may have been found to be in use: EWOULDBLOCK. Where files can't be locked
-/// that is nobody's fault.
+/// that is no error.
 int lock(path::file_descriptor const& file) {
   int const result = path::uninterrupted([&] { return flock(file.get(), LOCK_EX | LOCK_NB); });
   return result != 0 && errno == EWOULDBLOCK ? errno : 0;

@@ -48,7 +48,7 @@ std::optional<path::write_error> save_file(save_request const& request,
 std::string lost_by_saving(std::string const& path) {
   auto const info = info_of(path);
   if (!info || !S_ISREG(info->st_mode)) return "";
-  // The system takes these away when anybody writes; only the owner can bring back marks.
+  // The system removes these at any write; only the owner can restore marks.
   if (getxattr(path.c_str(), "security.capability", nullptr, 0) > 0) return "its capabilities";
   if (geteuid() == 0 || info->st_uid == geteuid()) return "";
   if (info->st_mode & S_ISUID) return "its set-user-ID mark";

@@ -15,7 +15,7 @@ enum charset_t { ASCII, UTF8, UTF16BE, UTF16LE, Latin1, MacRoman, CP1252, Unknow
 /// The number of charsets in which text can be written: all but Unknown, which is the last.
 inline constexpr std::size_t charset_count = Unknown;
 
-/// The charset of that number; nothing for Unknown and for what is no charset's number.
+/// The charset of that number; nothing for Unknown and for any other number.
 constexpr std::optional<charset_t> charset_of_number(std::int64_t number) {
   if (number < 0 || number >= static_cast<std::int64_t>(charset_count)) return std::nullopt;
   return static_cast<charset_t>(number);

@@ -11,7 +11,7 @@ namespace grammar {
 inline constexpr int max_pattern_depth = 100;
 
 bool is_ascii_letter(char16_t c);
-/// The class that `c` stands for after a backslash; false if it is none.
+/// The class that `c` stands for after a backslash; false if it has none.
 bool class_after_backslash(char16_t c, symbol_set& set);
 
 /// A place in the source of a pattern, and the small things that are read there. What the syntax
@@ -29,7 +29,7 @@ struct pattern_cursor {
   void give_up();
 
   /// The unit for which `c`, after a backslash, and what follows it stand: by a letter, a number
-  /// or itself. False for what is none, or is none for certain.
+  /// or itself. False for what stands for no unit, or may not.
   bool unit_after_backslash(char16_t c, char16_t& unit);
   /// Of a property, what stands after `\p`. False if nothing does.
   bool skip_property();

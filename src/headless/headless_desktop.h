@@ -21,7 +21,7 @@ class memory_pasteboard : public platform::pasteboard {
   std::uint64_t change_count() const override { return changes_; }
 
  private:
-  // Of no two pasteboards the same, as the desktops of two tests are one to whoever outlives them.
+  // Of no two pasteboards the same, as the desktops of two tests are one to what outlives them.
   static inline std::uint64_t all_changes_ = 0;
 
   plist::dictionary content_;
@@ -151,7 +151,8 @@ class scripted_find_panel : public platform::find_panel {
   bool visible = false, in_replace_field = false;
 };
 
-/// Nobody waits, unless a test says so: then work is cancelled after so many looks at events.
+/// There is no waiting, unless a test says so: then work is cancelled after so many looks at
+/// events.
 class scripted_busy : public platform::busy_panel {
  public:
   bool is_wanted() const override { return cancel_after.has_value(); }
@@ -239,7 +240,7 @@ class headless_desktop : public platform::desktop {
 
   int beeps = 0;
   bool terminated = false;
-  bool shows_windows = true;  // else nobody sees the views in windows made from now on
+  bool shows_windows = true;  // else views in windows made from now on are never visible
 
  private:
   friend class headless_window;

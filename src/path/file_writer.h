@@ -69,7 +69,7 @@ struct write_options {
 };
 
 // Both ways follow a symbolic link, so that the link survives, and make the file if there is none,
-// but not its folder. Both refuse what is no regular file, and a file whose permissions let nobody
+// but not its folder. Both refuse what is no regular file, and a file whose permissions let no user
 // write, also for a superuser. Nothing is returned when all bytes are on the disk, or if there is
 // no way to tell.
 //

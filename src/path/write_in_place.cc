@@ -104,7 +104,7 @@ class in_place_write {
 
   std::optional<file_error> create() {
     open_place const& place = target_.place();
-    // It is nobody else's to read before it has the permissions it is to have.
+    // Others must not read it before it has the permissions it is to have.
     mode_t const mode = target_.attributes(false) ? 0600 : 0666;
     auto failure = output_.openat(place.folder(), place.name(), target_.path(),
                                   O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);

@@ -2,13 +2,13 @@
 // stand on standard input. It is a program of its own, small enough to be read before it is
 // trusted, and uses nothing but the C library.
 //
-// Whoever asks for it has had the user see the path and agree to it, so the path must lead there
+// The caller has shown the path to the user, who has agreed to it, so the path must lead there
 // and nowhere else: each component is opened in the folder before it, none may be a link, and an
 // existing file must be the very one that the editor has looked at, and hold what it held then.
 // Nothing is touched until all the bytes have arrived, in the number that was announced. Owner,
 // group and mode stay; a new file has its mode before it has its first byte. What other programs
 // write to the file meanwhile is reported. At the end the identity of the file that was written is
-// printed: whoever looks at the path afterwards may find another one.
+// printed: a later look at the path may find another one.
 
 #include <fcntl.h>
 #include <signal.h>
@@ -145,7 +145,7 @@ void write_all(int to, char const* bytes, std::size_t count) {
   }
 }
 
-/// All of standard input in memory: whoever writes it may stop half-way, or change it.
+/// All of standard input in memory: its writer may stop half-way, or change it.
 descriptor read_input(std::uint64_t size) {
   descriptor memory(memfd_create("quirnote-write-file", MFD_CLOEXEC), "memfd_create");
   std::uint64_t total = 0;

@@ -25,8 +25,8 @@ constexpr auto patience_with_stopping = 10ms;
 
 constexpr std::size_t most_abandoned = 3;
 
-// The thread owns it too, and nobody waits for the end of one that has stepped back: that would be
-// waiting for a processor at its low priority.
+// The thread owns it too, and there is no wait for the end of one that has stepped back: that would
+// be waiting for a processor at its low priority.
 class job : public std::enable_shared_from_this<job> {
  public:
   job(stopping stops, interruptible_work work) : stops_(stops), work_(std::move(work)) {}
@@ -48,7 +48,7 @@ class job : public std::enable_shared_from_this<job> {
     return ended_.wait_for(lock, wait, [this] { return is_done(); });
   }
   void cancel() { cancelled_ = true; }
-  // Leaves the processors to those that somebody waits for, but not as long as can be: in the
+  // Leaves the processors to those that are waited for, but not as long as can be: in the
   // kernel it may hold the lock of the program's memory.
   void step_back() {
     constexpr int low = 5;

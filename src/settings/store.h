@@ -7,8 +7,8 @@
 
 namespace settings {
 
-/// The user defaults of the process, with the defaults of the table: whoever reads or changes a
-/// setting does it here. A value in the file that its setting can't take counts as not set, and is
+/// The user defaults of the process, with the defaults of the table: all settings are read
+/// and changed here. A value in the file that its setting can't take counts as not set, and is
 /// reported once. Main thread only.
 ///
 ///     bool const atomically = settings::store().boolean("WynSaveAtomically");

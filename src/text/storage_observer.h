@@ -26,12 +26,12 @@ class storage_observer {
 
   /// Many ranges of a stretch are about to be replaced. To spare a million calls the whole stretch
   /// is then erased and inserted in its new form, with the calls for that, and `did_replace` comes
-  /// last. Who keeps positions takes them from the ranges and overlooks the calls in between.
+  /// last. Observers that keep positions take them from the ranges and ignore the calls in between.
   virtual void will_replace(text::replacement const& /*what*/) {}
   virtual void did_replace(text::replacement const& /*what*/) {}
 
   /// All observers have been notified of a change that is neither undo nor redo nor a repetition.
-  /// Who repeats edits elsewhere does so here, by `storage::repeat`.
+  /// Edits are repeated elsewhere here, by `storage::repeat`.
   virtual void repeat_edits() {}
 };
 

@@ -32,7 +32,7 @@ class WynTextView::change_observer final : public text::storage_observer {
   }
   ~change_observer() override { storage_.remove_observer(this); }
 
-  // Shown when whoever makes them is done.
+  // Shown when the change is complete.
   void did_change_memento(unsigned long, unsigned long) override {
     if (view_.viewChangeNesting_ != 0 || view_.host_ == nullptr || view_.outsideTimer_ != nullptr)
       return;

@@ -30,7 +30,7 @@ class recent_patterns {
 /// counts unless its type is `unindented`. Main thread only.
 class code_lines {
  public:
-  /// `patience` is how long a call may wait for scopes where somebody looks at the text.
+  /// `patience` is how long a call may wait for scopes where the text is visible.
   code_lines(typed_view& text_view, recent_patterns& patterns, std::chrono::seconds patience);
 
   /// Before the other members are asked about a line.

@@ -24,7 +24,7 @@ struct program_action {
   bool enabled = true;
   bool checked = false;
 
-  /// Performs the steps at `first` or those after it; false if nobody knows one of them.
+  /// Performs the steps at `first` or those after it; false if none knows one of them.
   bool perform(platform::responder& first) const;
 };
 

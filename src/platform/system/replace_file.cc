@@ -104,7 +104,7 @@ rights rights_to_give(std::string const& path) {
   return {::geteuid(), ::getegid(), 0600};
 }
 
-/// Only root may give a file away; one that can't be stays with whoever writes it.
+/// Only root may give a file away; one that can't be stays with its writer.
 void give_to(int fd, rights const& wanted, file_calls& calls) {
   if (wanted.owner != ::geteuid() || wanted.group != ::getegid())
     calls.fchown(fd, wanted.owner, wanted.group);

@@ -45,7 +45,7 @@ constexpr std::size_t largest_small_file = std::size_t{64} << 20;
 int read_file(std::string const& path, std::string& contents, file_calls& calls,
               struct stat* info = nullptr);
 
-/// Puts a file with these contents in the place of `path`, so that whoever opens it, and whatever
+/// Puts a file with these contents in the place of `path`, so that readers, and whatever
 /// interrupts this, finds either the old or the new contents whole. An existing file's owner
 /// and mode are kept, a new one gets 0600. A link is followed, but not by root another user's:
 /// EPERM. Returns 0 or an errno: the old file then stands as it was, except that after EIO from the

@@ -98,7 +98,7 @@ class view::folding_filter : public switchable_filter {
   /// anything did. The caret goes somewhere.
   bool make_lines_visible(size_t first, size_t last);
 
-  /// Folds lines again that were, where that is still possible. Who calls it sets the caret.
+  /// Folds lines again that were, where that is still possible. The caller sets the caret.
   void fold_again(std::vector<folding_t> const& folds);
   /// Opens those folds that there still are. Likewise.
   void open_again(std::vector<folding_t> const& folds);
@@ -138,7 +138,7 @@ class view::folding_filter : public switchable_filter {
     folding_t was;
     std::optional<folding_t> now;
   };
-  /// Those that changes have opened since somebody emptied this, or that taking the change back
+  /// Those that changes have opened since this was emptied, or that taking the change back
   /// would open.
   std::vector<touched_fold> touched;
 
