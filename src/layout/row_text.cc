@@ -111,11 +111,11 @@ std::size_t row_text::column_of(std::size_t index) const {
   return piece.column + std::min(text::expanded_width(before, 0, text::tab_stops(1)), piece.width);
 }
 
-row_text visible_text(drawn_text const& text_view, std::size_t row, std::size_t first_column,
+row_text visible_text(drawn_text const& text_view, text::row_pos const& first,
                       std::size_t last_column) {
+  std::size_t const row = first.row;
   text::view const& view = *text_view.view();
-  auto const from =
-      before_script(iter_from_view_pos(&view, {row, first_column}, text::freehanded_t::off), row);
+  auto const from = before_script(iter_from_view_pos(&view, first, text::freehanded_t::off), row);
   text::pos const begin = from.base.pos();
   std::size_t const end = end_of_shown(view, row).column, available = end - begin.column;
   text::unit_view const line = view.storage->line_units(begin.line).substr(0, end);

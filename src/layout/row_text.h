@@ -7,6 +7,7 @@
 
 #include "layout/text_cells.h"
 #include "styles/scope_style.h"
+#include "text/views/cell_pos.h"
 
 namespace layout {
 class drawn_text;
@@ -42,9 +43,8 @@ struct row_text {
   std::vector<span>::const_iterator span_at(std::size_t index) const;
 };
 
-/// The row's text from one column to another, and a little more. The view must show a document, of
+/// A row's text from one column up to another, and a little more. The view must show a document, of
 /// whose storage the mutex is held.
-row_text visible_text(drawn_text const& text, std::size_t row, std::size_t first_column,
-                      std::size_t last_column);
+row_text visible_text(drawn_text const& text, text::row_pos const& first, std::size_t last_column);
 
 }  // namespace layout

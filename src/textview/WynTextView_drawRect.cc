@@ -63,7 +63,7 @@ class painter {
   void read_rows() {
     std::size_t const first = layout_.column_at(dirty_.x);
     for (std::size_t row = first_row(); row <= last_row(); ++row)
-      rows_.push_back(layout::visible_text(text_view_, row, first == 0 ? 0 : first - 1,
+      rows_.push_back(layout::visible_text(text_view_, {row, first == 0 ? 0 : first - 1},
                                            layout_.column_at(dirty_.right()) + 1));
   }
 

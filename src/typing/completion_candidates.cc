@@ -37,8 +37,7 @@ completion_candidates::completion_candidates(text::storage const& storage, text:
       offered_.push_back(std::move(word));
   if (with_words)
     words_ = std::make_unique<nearest_words>(
-        storage, start.line, start.column,
-        end_of_word(storage.line_units(start.line), start.column), beginnings);
+        storage, start, end_of_word(storage.line_units(start.line), start.column), beginnings);
   take_words();
 }
 

@@ -52,7 +52,7 @@ bool completion_helper::setup(typing::typed_view& text_view, platform::responder
   std::u16string const prefix(line.substr(start.column, prefix_length_));
   plist::value const settings = text_view.stylesForCaretWait(true);
   if (!typing::disables_words(settings))
-    words_ = std::make_unique<typing::nearest_words>(*view_.storage, start.line, start.column,
+    words_ = std::make_unique<typing::nearest_words>(*view_.storage, start.pos(),
                                                      typing::end_of_word(line, start.column),
                                                      std::vector<std::u16string>{prefix});
   auto offered = typing::scoped_completions(settings, prefix, first);

@@ -34,13 +34,13 @@ std::size_t end_of_word(text::unit_view line, std::size_t from) {
   return at;
 }
 
-nearest_words::nearest_words(text::storage const& storage, std::size_t line, std::size_t first,
-                             std::size_t last, std::vector<std::u16string> beginnings)
+nearest_words::nearest_words(text::storage const& storage, text::pos const& first, std::size_t last,
+                             std::vector<std::u16string> beginnings)
     : storage_(storage),
-      line_(line),
-      units_after_(storage.size(line) - last),
+      line_(first.line),
+      units_after_(storage.size(first.line) - last),
       beginnings_(std::move(beginnings)),
-      rest_(first) {}
+      rest_(first.column) {}
 
 bool nearest_words::exists() const {
   return (!before_ || distance_ <= line_) && line() < storage_.lines();

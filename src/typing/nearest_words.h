@@ -1,6 +1,7 @@
 #pragma once
 
 #include "text/char_types.h"
+#include "text/pos.h"
 
 #include <cstddef>
 #include <deque>
@@ -30,10 +31,10 @@ std::size_t end_of_word(text::unit_view line, std::size_t from);
 /// against sorting all words by distance.
 class nearest_words {
  public:
-  /// The word stands from `first` to `last` of its line, and isn't counted itself. A word is found
-  /// if it begins with one of `beginnings`, none of which is empty, and is longer. The storage must
-  /// outlive this.
-  nearest_words(text::storage const& storage, std::size_t line, std::size_t first, std::size_t last,
+  /// The word stands from `first` to the column `last` of that line, and isn't counted itself. A
+  /// word is found if it begins with one of `beginnings`, none of which is empty, and is longer.
+  /// The storage must outlive this.
+  nearest_words(text::storage const& storage, text::pos const& first, std::size_t last,
                 std::vector<std::u16string> beginnings);
   nearest_words(nearest_words const&) = delete;
   nearest_words& operator=(nearest_words const&) = delete;

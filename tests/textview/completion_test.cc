@@ -127,7 +127,7 @@ TEST_F(completion, finds_words_in_the_order_of_their_distance) {
         std::size_t const end = typing::end_of_word(line, start.column);
         std::u16string const prefix(
             line.substr(start.column, 1 + random() % std::min<std::size_t>(3, end - start.column)));
-        typing::nearest_words found(text, start.line, start.column, end, {prefix});
+        typing::nearest_words found(text, start, end, {prefix});
         while (!found.is_complete()) found.look_further(1 + random() % 1000);
         EXPECT_EQ(std::vector<std::u16string>(found.words().begin(), found.words().end()),
                   words_by_distance(text, start, prefix))
@@ -145,7 +145,7 @@ TEST_F(completion, looks_no_further_than_it_has_to) {
   text += u"fo_far";
   text::storage storage;
   storage.insert(storage.end(-1), text.begin(), text.end());
-  typing::nearest_words words(storage, 0, 8, 10, {u"fo"});
+  typing::nearest_words words(storage, {0, 8}, 10, {u"fo"});
   words.look_further(1);
   EXPECT_EQ(words.words().size(), 1u);
   EXPECT_FALSE(words.is_complete());
@@ -163,7 +163,7 @@ TEST_F(completion, survives_changes_under_it) {
     for (int i = 0; i < 200; ++i) units += u"fo a\n\u0301\U0001D49C1"[random() % 9];
     text.insert(text.end(-1), units.begin(), units.end());
     std::size_t const line = random() % text.lines(), last = random() % (text.size(line) + 1);
-    typing::nearest_words words(text, line, last - std::min<std::size_t>(last, 1), last,
+    typing::nearest_words words(text, {line, last - std::min<std::size_t>(last, 1)}, last,
                                 {u"fo", u"f"});
     for (int step = 0; !words.is_complete(); ++step) {
       words.look_further(1 + random() % 40);
