@@ -3,9 +3,11 @@
 #include "platform/log.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -61,7 +63,15 @@ struct streams {
   int input, output, errors;
 };
 
-/// 0 or an errno. In a session of its own it can't change a terminal or be stopped by one.
+/// Of the program, as when it was started from a shell.
+bool has_terminal() {
+  static bool const has = descriptor(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY)).is_open();
+  return has;
+}
+
+/// 0 or an errno. Where there is a terminal it gets a session of its own, so that it can't change
+/// the terminal or be stopped by it. Not everywhere: the scheduler treats sessions apart, and a
+/// new one waits for some 20 ms on a busy machine.
 int spawn(pid_t& process, std::vector<std::string> const& arguments,
           std::vector<std::string> const& environment, std::string const& directory,
           streams const& ends) {
@@ -81,8 +91,10 @@ int spawn(pid_t& process, std::vector<std::string> const& arguments,
   posix_spawnattr_init(&attributes);
   posix_spawnattr_setsigmask(&attributes, &none);
   posix_spawnattr_setsigdefault(&attributes, &restored);
-  posix_spawnattr_setflags(&attributes,
-                           POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  int const apart = has_terminal() ? POSIX_SPAWN_SETSID : POSIX_SPAWN_SETPGROUP;
+  posix_spawnattr_setpgroup(&attributes, 0);
+  posix_spawnattr_setflags(
+      &attributes, static_cast<short>(apart | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
   int const error = posix_spawn(&process, arguments[0].c_str(), &files, &attributes,
                                 pointers_to(arguments).data(), pointers_to(environment).data());
   posix_spawn_file_actions_destroy(&files);
@@ -157,6 +169,7 @@ std::unique_ptr<child_process> child_process::start(child_request const& request
     child->process_ = 0;
     return nullptr;
   }
+  child->end_ = descriptor(static_cast<int>(syscall(SYS_pidfd_open, child->process_, 0)));
   child->input_ = std::move(input->write);
   child->output_ = std::move(output->read);
   child->errors_ = std::move(errors->read);
@@ -186,6 +199,11 @@ bool child_process::has_ended() {
     if (info.si_code == CLD_EXITED) status_ = info.si_status;
   }
   return has_ended_;
+}
+
+void child_process::wait_for_end(int milliseconds) const {
+  pollfd wanted{end_.get(), POLLIN, 0};
+  poll(&wanted, end_.is_open() ? 1 : 0, milliseconds);
 }
 
 void child_process::terminate(std::chrono::milliseconds pause) {

@@ -19,9 +19,8 @@ struct child_request {
   bool separate_errors = false;  ///< else errors come by output(), in their order
 };
 
-/// A command under way: a process that leads a group and a session of its own, without a
-/// terminal, and that has no open files but the three streams. Nothing here ever waits. Main thread
-/// only.
+/// A command under way: a process that leads a group of its own, has no terminal, and no open files
+/// but the three streams. Nothing here waits but wait_for_end(). Main thread only.
 ///
 ///     std::string error;
 ///     auto const child = child_process::start({.script = "sort"}, error);
@@ -46,6 +45,8 @@ class child_process {
 
   pid_t id() const { return process_; }
   bool has_ended();
+  /// Returns when it has, but waits at most so many milliseconds.
+  void wait_for_end(int milliseconds) const;
   /// Once it has ended; -1 after a signal.
   int exit_status() const { return status_; }
 
@@ -62,6 +63,7 @@ class child_process {
 
   pid_t process_ = 0;
   descriptor input_, output_, errors_;
+  descriptor end_;  ///< of the process: readable once it has ended
   std::unique_ptr<script_file> script_;
   int status_ = -1;
   bool has_ended_ = false;

@@ -59,7 +59,7 @@ class exchange {
   /// Moves what can be moved, waiting for at most so many milliseconds.
   void move(int milliseconds) {
     if (!process_.output().is_open()) {
-      poll(nullptr, 0, milliseconds);
+      process_.wait_for_end(milliseconds);
       return;
     }
     pollfd ready[2] = {{process_.output().get(), POLLIN, 0}, {process_.input().get(), POLLOUT, 0}};

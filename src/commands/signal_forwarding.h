@@ -6,7 +6,7 @@
 namespace commands {
 
 /// As long as this lives, SIGINT, SIGTERM and SIGHUP that would end the program end this process
-/// group first: it is in a session of its own, so keys of the terminal don't reach it. For
+/// group first, which keys of the terminal don't reach. For
 /// programs without a window, which don't handle these signals otherwise. One at a time.
 class signal_forwarding {
  public:

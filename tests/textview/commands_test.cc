@@ -1,6 +1,7 @@
 #include <cstring>
 #include <random>
 
+#include "bundles/BundleManager.h"
 #include "commands/WynExecuteCommandManager.h"
 #include "commands/command_owner.h"
 #include "data_rows.h"
@@ -189,6 +190,33 @@ TEST_F(commands_on_text, filters_are_kept_and_recorded) {
   shown.perform("executeCommandWithTag:", 1);
   shown.perform("performExecuteCommand:");
   EXPECT_EQ(shown.text(), "X7\n0\n");
+}
+
+TEST_F(commands_on_text, dropped_files_run_their_command) {
+  auto& manager = BundleManager::sharedInstance();
+  auto const item = BundleItem::bundleItemWithContent(
+      manager,
+      {{"name", "Image"},
+       {"draggedFileExtensions", plist::array{"png"}},
+       {"command",
+        "cat; printf '%s|%s|%s' \"$QN_DROPPED_FILE\" \"${QN_DROPPED_FILEPATH##*/}\" "
+        "\"$QN_MODIFIER_FLAGS\""},
+       {"output", "insertAsSnippet"}},
+      bundles::item_kind::drag_command);
+  item->setBundle(*manager.defaultBundle());
+  manager.addBundleItem(item);
+  temporary_folder const folder;
+  std::string const image = folder.path() + "/im ages/a'b.PNG";
+  namespace modifier = platform::modifier;
+  shown_view untitled("x|");
+  EXPECT_FALSE(untitled.view.dropFile(folder.path() + "/a.txt", 0));
+  EXPECT_TRUE(untitled.view.dropFile(image, 0));
+  EXPECT_EQ(untitled.text(), "x" + image + "|a'b.PNG|");
+  shown_view shown("|", WynDocument::documentWithContentsOfFile(folder.write("a.txt", "")));
+  EXPECT_TRUE(shown.view.dropFile(image, modifier::command | modifier::shift));
+  EXPECT_EQ(shown.text(), "im ages/a'b.PNG|a'b.PNG|SHIFT|COMMAND");
+  EXPECT_EQ(manager.currentBundleItem(), nullptr);
+  manager.removeBundleItem(item->UUID());
 }
 
 // Other programs may do to the file what they want while a command runs.
