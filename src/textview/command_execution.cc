@@ -130,7 +130,7 @@ bool command_execution::run() {
     finished.output = *wanted;
   if (owner_ != nullptr && owner_->takesOutput(finished)) return finished.error.empty();
   if (text_view_.view() != view || view->storage->current_memento != memento)
-    return tell("the text has changed while it ran");
+    return fail("the text has changed while it ran");
   return use(finished);
 }
 
@@ -145,7 +145,7 @@ bool command_execution::lacks_programs() {
   if (missing.empty()) return false;
   std::string names;
   for (std::string const& name : missing) names += (names.empty() ? "" : ", ") + name;
-  tell("it needs " + names + (missing.size() > 1 ? ", which are" : ", which is") +
+  fail("it needs " + names + (missing.size() > 1 ? ", which are" : ", which is") +
        " in no folder of the PATH (" + commands::child_path(environment_) + ")");
   return true;
 }
@@ -289,10 +289,12 @@ void command_execution::replace_document(finished_command const& finished, bool 
   view.selection.set_caret(caret);
   documents::replace_text(*view.storage, finished.rest, finished.same);
   constexpr auto kind = text::freehanded_t::automatic;
-  view.selection.set_caret(
-      in_view
-          ? iter_from_view_pos(&view, {line, column}, kind)
-          : iter_from_hybrid_pos(&view, {std::min(line, view.storage->lines() - 1), column}, kind));
+  std::size_t const last_line = view.storage->lines() - 1;
+  text::view_iterator const place =
+      in_view ? iter_from_view_pos(&view, {line, column}, kind)
+              : iter_from_hybrid_pos(&view, {std::min(line, last_line), column}, kind);
+  view.make_visible(place.base);
+  view.selection.set_caret(place);
 }
 
 void command_execution::replace_read_text(finished_command const& finished) {
@@ -334,6 +336,13 @@ void command_execution::select_read_text(bool also_document) {
   } else if (also_document || options_.names_document) {
     view.selection = range_in(view, view.storage->begin_of_line(0), view.storage->end(-1));
   }
+}
+
+bool command_execution::fail(std::string const& trouble) {
+  finished_command const failed{
+      .options = options_, .output = options_.output, .status = -1, .error = trouble};
+  bool const is_told = owner_ != nullptr && owner_->takesOutput(failed);
+  return !is_told && tell(trouble);
 }
 
 bool command_execution::tell(std::string const& trouble) {

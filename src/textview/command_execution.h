@@ -54,6 +54,7 @@ class command_execution {
   bool show_page(commands::finished_command const* finished);
   bool use(commands::finished_command const& finished);
   bool place(commands::finished_command const& finished);
+  bool fail(std::string const& trouble);
   bool tell(std::string const& trouble);
   void show_tool_tip(std::u16string_view text);
 

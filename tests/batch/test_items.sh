@@ -22,6 +22,8 @@ command_item Count showAsTooltip 'wc -c | tr -d " "'
 command_item Page showAsHTML 'echo "b"; cat'
 command_item Where discard 'printf "%s|%s|%s\n" "$QN_FILENAME" "$QN_BUNDLE_SUPPORT" "$PWD"'
 command_item Bad replaceDocument 'echo broken; exit 3'
+command_item Needs replaceDocument 'cat</string><key>requiredCommands</key><array><string>no-such</string></array>
+<key>comment</key><string>'
 command_item Odd replaceDocument 'printf "\377"'
 expect() {
   local status=0 printed
@@ -40,6 +42,8 @@ expect 0 $'b\na\nb' "$program" --batch --item Page text
 expect 0 "text|$bundle/Support|$PWD"$'\n' "$program" --batch --item Where --input text
 expect 1 $'broken\n' "$program" --batch --item Bad --input text
 expect 1 '' "$program" --batch --item Bad --save text
+expect 1 '' "$program" --batch --item Needs --input text
+expect 1 '' "$program" --batch --item Needs --save text
 expect 1 '' "$program" --batch --item Odd --input text
 expect 3 '' "$program" --batch --item Upper --input none
 expect 2 '' "$program" --batch --item Upper --input text text
