@@ -56,6 +56,19 @@ TEST_F(commands_on_text, output_goes_where_it_is_to_go) {
   }
 }
 
+TEST_F(commands_on_text, variables_tell_of_the_text) {
+  for (data_row const& row : data_rows("commands.txt", "environment")) {
+    shown_view shown;
+    shown.view.setSoftWrap(true);
+    shown.view.setRightMargin(10);
+    shown.set(row[0]);
+    auto const variables = shown.view.environmentVariables();
+    auto const found = variables.find(row[1]);
+    EXPECT_EQ(found == variables.end() ? "-" : found->second.string_or("?"), row[2])
+        << row[0] << " " << row[1];
+  }
+}
+
 TEST_F(commands_on_text, lines_are_scripts) {
   for (data_row const& row : data_rows("commands.txt", "lines as scripts")) {
     shown_view shown(row[0]);
