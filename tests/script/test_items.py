@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """What holds for all items that ship: names, identifiers, keys, menus, what comes of templates, and that
-docs/snippets.md lists them. With --update the list is written anew."""
+docs/snippets.md and docs/commands.md list them. With --update the lists are written anew."""
 import ast
 import json
 import os
@@ -13,10 +13,11 @@ import tempfile
 import xml.etree.ElementTree
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-DOCS = ROOT / "docs/snippets.md"
-SMALL = "a an and as before by for in of over per the to with".split()
+MARK = "<!-- The list, by tests/script/test_items.py -->\n"
+SMALL = "a an and as at before by for in of over per the to with".split()
 MODIFIERS = {"@": "Ctrl", "~": "Alt", "$": "Shift", "^": "Super"}
-FOLDERS = {"Snippets": "snippets", "Macros": "macros", "Templates": "templates"}
+FUNCTION_KEYS = {chr(0xF703 + number): f"F{number}" for number in range(1, 13)}
+FOLDERS = {"Commands": "commands", "Snippets": "snippets", "Macros": "macros", "Templates": "templates"}
 SEPARATOR = "-" * 36
 
 
@@ -123,7 +124,9 @@ def faults_of_names(bundle, items):
 
 
 def key_name(key):
-    return "+".join([MODIFIERS[m] for m in "^@~$" if m in key[:-1]] + [key[-1].upper()])
+    shift = ["Shift"] if key[-1].isupper() and "$" not in key else []
+    return "+".join([MODIFIERS[m] for m in "^@~$" if m in key[:-1]] + shift
+                    + [FUNCTION_KEYS.get(key[-1], key[-1].upper())])
 
 
 def listed(bundle, info, items):
@@ -148,12 +151,38 @@ def listed(bundle, info, items):
     return lines
 
 
+def faults_of_commands(commands):
+    for file, item in commands:
+        if not item.get("keyEquivalent") or not item.get("help", "").endswith("."):
+            yield f"{file}: it needs a key, and a help text of whole sentences"
+        if "sudo" in item["command"] or re.search(r"\beval\b", item["command"]):
+            yield f"{file}: it asks for another user's rights, or evaluates a text"
+
+
+def listed_commands(bundle, info, items):
+    by_uuid = {item["uuid"]: item for _, item in items["Commands"]}
+    rows = [f"| {key_name(item['keyEquivalent'])} | {item['name']} | {item['help']} |".replace("| | |", "| `|` |")
+            for uuid in menu_order(info) if (item := by_uuid.get(uuid))]
+    return [f"## {bundle}", "", "| Key | Command | |", "|---|---|---|", *rows, ""] if rows else []
+
+
+def faults_of_list(name, lines):
+    file = ROOT / "docs" / name
+    before, mark, _ = file.read_text(encoding="utf-8").partition(MARK)
+    whole = before + mark + "\n" + "\n".join(lines).rstrip() + "\n"
+    if "--update" in sys.argv:
+        file.write_text(whole, encoding="utf-8")
+    elif file.read_text(encoding="utf-8") != whole:
+        yield f"docs/{name} is not up to date: python3 tests/script/test_items.py --update"
+
+
 def main():
-    faults, uuids, keys, lines = [], {}, taken_keys(), []
+    faults, uuids, keys, lines, commands = [], {}, taken_keys(), [], []
     if len(keys) < 50:
         faults.append(f"only {len(keys)} keys found in share/")
     for bundle, info, items in read_bundles():
-        faults += [*faults_of_names(bundle, items), *faults_of_templates(items["Templates"])]
+        faults += [*faults_of_names(bundle, items), *faults_of_templates(items["Templates"]),
+                   *faults_of_commands(items["Commands"])]
         every = [pair for found in items.values() for pair in found]
         for file, item in every:
             if item["uuid"] in uuids:
@@ -162,17 +191,13 @@ def main():
             if item.get("keyEquivalent") and normalised(item["keyEquivalent"]) in keys:
                 faults.append(f"{file}: {key_name(item['keyEquivalent'])} has a meaning already")
         in_menu = [uuid for uuid in menu_order(info) if uuid != SEPARATOR]
-        for file, item in items["Snippets"] + items["Macros"]:
+        for file, item in items["Commands"] + items["Snippets"] + items["Macros"]:
             if in_menu.count(item["uuid"]) != 1:
                 faults.append(f"{file}: is in the menu {in_menu.count(item['uuid'])} times")
-        if every:
+        commands += listed_commands(bundle, info, items)
+        if len(every) > len(items["Commands"]):
             lines += listed(bundle, info, items)
-    before, mark, _ = DOCS.read_text(encoding="utf-8").partition("<!-- The list, by tests/script/test_items.py -->\n")
-    whole = before + mark + "\n" + "\n".join(lines).rstrip() + "\n"
-    if "--update" in sys.argv:
-        DOCS.write_text(whole, encoding="utf-8")
-    elif DOCS.read_text(encoding="utf-8") != whole:
-        faults.append("docs/snippets.md is not up to date: python3 tests/script/test_items.py --update")
+    faults += [*faults_of_list("snippets.md", lines), *faults_of_list("commands.md", commands)]
     print("\n".join(faults) or f"{len(uuids)} items")
     return 1 if faults else 0
 

@@ -9,7 +9,7 @@ key_types const item_keys = {{"uuid", text},       {"name", text},
                              {"scope", selector},  {"keyEquivalent", key_event},
                              {"tabTrigger", text}, {"mouseGesture", text},
                              {"bundleUUID", text}, {"draggedFileExtensions", texts},
-                             {"comment", text}};
+                             {"help", text},       {"comment", text}};
 key_types const command_keys = {
     {"command", text},           {"input", text},     {"fallbackInput", text},
     {"inputFormat", text},       {"output", text},    {"beforeRunningCommand", text},
