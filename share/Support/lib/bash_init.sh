@@ -58,6 +58,18 @@ qn_document_file() {
 # output as it comes. It reads nothing.
 qn_run() { qn_python "$QN_SUPPORT_PATH/lib/run_program.py" "$@"; }
 
+# qn_format PROGRAM ARGUMENT...: prints what the program makes of the text on standard input; where it
+# fails, ends with what it says to that as a tool tip.
+qn_format() {
+  qn_temporary_folder
+  "$@" >"$qn_temporary/made" 2>"$qn_temporary/said" || {
+    local said
+    said=$(<"$qn_temporary/said")
+    qn_show_tip "${said:-“$1” has failed.}"
+  }
+  cat -- "$qn_temporary/made"
+}
+
 # PROGRAM... 2>&1 | qn_report TITLE [NAME]...; qn_end_as
 # What a checker has found, "FILE:LINE:COLUMN: MESSAGE" in lines, as a page; a tool tip where that is
 # nothing. NAME is what it calls the text that it has read from a pipe.

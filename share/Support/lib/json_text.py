@@ -95,7 +95,8 @@ def laid_out(tokens, indent):
             result.append(" ")
         elif closes and before[0] == "mark" and before[1] in "[{":
             result.append("")
-        elif before[0] == "comment" and before[1].startswith("/*") and not new_line:
+        elif before[0] == "comment" and before[1].startswith("/*") and not new_line and (
+                before[3] or tokens[i - 2][1] == ":"):
             result.append(" ")
         else:
             result.append("\n" + level * indent)

@@ -74,6 +74,10 @@ def printable(text):
     return "".join(c if c.isprintable() else "?" for c in text)
 
 
+def plural(number, what):
+    return f"{number:,} {what}{'' if number == 1 else 's'}"
+
+
 def snippet_escape(text):
     """As a snippet that is just this text."""
     return "".join("\\" + c if c in "\\$`" else c for c in text)

@@ -58,7 +58,8 @@ def main():
     if sys.argv[1] == "check":
         quirnote.report("Check of the Diff", "".join(said))
     elif sys.argv[1] == "summary":
-        quirnote.tip(f"{files:,} files, {count:,} hunks: {added:,} lines added, {deleted:,} deleted")
+        quirnote.tip(f"{quirnote.plural(files, 'file')}, {quirnote.plural(count, 'hunk')}: "
+                     f"{quirnote.plural(added, 'line')} added, {deleted:,} deleted")
     else:
         quirnote.write("\n".join(lines) + line_end)
 

@@ -6,10 +6,6 @@ import sys
 import quirnote
 
 
-def plural(number, what):
-    return f"{number:,} {what}{'' if number == 1 else 's'}"
-
-
 def finder():
     """A pattern for what is selected, as it stands, or for the word at the caret, as a whole."""
     if quirnote.variable("SELECTED_TEXT"):
@@ -62,7 +58,7 @@ def count(text):
             in_lines += 1
             line_end = text.find("\n", found.start())
     shown = quirnote.printable(quirnote.word().replace("\n", "↵"))[:60]
-    quirnote.tip(f"“{shown}” stands here {plural(times, 'time')}, in {plural(in_lines, 'line')}.")
+    quirnote.tip(f"“{shown}” stands here {quirnote.plural(times, 'time')}, in {quirnote.plural(in_lines, 'line')}.")
 
 
 {"number": number, "tally": tally, "keep": keep, "delete": lambda text: keep(text, False), "copy": copy,

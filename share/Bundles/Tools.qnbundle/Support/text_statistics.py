@@ -15,8 +15,8 @@ minutes = -(-words // WORDS_A_MINUTE)
 of = "Selection" if quirnote.variable("SELECTED_TEXT") else quirnote.printable(
     quirnote.variable("FILENAME")) or "Document"
 quirnote.tip(f"""{of}
-{lines:,} lines, {blank:,} of them blank; the longest has {longest:,} characters
-{paragraphs:,} paragraphs
-{words:,} words: about {minutes:,} min to read
-{len(text):,} characters, {len("".join(text.split())):,} without blanks
+{quirnote.plural(lines, "line")}, {blank:,} of them blank; the longest has {quirnote.plural(longest, "character")}
+{quirnote.plural(paragraphs, "paragraph")}
+{quirnote.plural(words, "word")}: about {minutes:,} min to read
+{quirnote.plural(len(text), "character")}, {len("".join(text.split())):,} without blanks
 {len(text.encode("utf-8", "surrogateescape")):,} bytes in UTF-8""")

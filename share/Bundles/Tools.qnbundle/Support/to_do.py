@@ -53,7 +53,7 @@ def main():
                 f"<li>{quirnote.place_link(str(number), path, number, column)} {quirnote.escape(text)}</li>\n"
                 for number, column, text in lines) + "</ul>\n")
             found += len(lines)
-    quirnote.write(f"<p>{found or 'No'} notes.</p>\n</body></html>\n")
+    quirnote.write(f"<p>{quirnote.plural(found, 'note')}.</p>\n</body></html>\n")
 
 
 main()
