@@ -114,7 +114,7 @@ class Setup(unittest.TestCase):
             pathlib.Path(self.folder.name, tool).unlink()
         for tool in ("cmake", "ninja", "java", "c++", "pkg-config", "clang-format", "python3",
                      "dbus-run-session", "import", "openbox", "strace", "xwininfo", "xclip",
-                     "xdotool", "Xvfb"):
+                     "xdotool", "Xvfb", "git", "make", "man", "patch", "shellcheck", "xmllint"):
             wanted = "|".join(lacking) or "nothing"
             self.double(tool, f'case "$* $(cat)" in *{wanted}*) exit 1 ;; esac')
             if tool in lacking:
