@@ -235,6 +235,8 @@ class Page:
 
     def link(self, text, at):
         """A link or picture whose opening bracket is before `at`: its end, its text and its URL."""
+        if text.find("]", at, at + 2000) < 0:
+            return None
         depth, end = 1, at
         for found in re.finditer(r"\\.|[\[\]]", text[at:at + 2000], re.DOTALL):
             depth += {"[": 1, "]": -1}.get(found[0], 0)
@@ -324,13 +326,16 @@ class Page:
                 continue
             sign, count, opens, closes = part
             made_before = ""
-            while closes and count and (at := next(
-                    (k for k in reversed(opened[-50:]) if parts[k][0] == sign), None)) is not None:
+            while closes and count:
+                nearest = range(len(opened) - 1, max(-1, len(opened) - 50), -1)
+                if (place := next((k for k in nearest if parts[opened[k]][0] == sign), None)) is None:
+                    break
+                at = opened[place]
                 used = min(2, count, parts[at][1])
                 if sign == "~" and used < 2:
                     break
                 tag = "del" if sign == "~" else ("em", "strong")[used - 1]
-                del opened[opened.index(at) + 1:]
+                del opened[place + 1:]
                 parts[at][1] -= used
                 parts[at].append(f"<{tag}>")
                 made_before += f"</{tag}>"
