@@ -18,6 +18,8 @@ std::shared_ptr<BundleItem> item_for_batch(std::string const& name, WynTextView 
     error = "no item has this name";
     return nullptr;
   }
+  // A text from a pipe is in no language.
+  if (named.size() == 1 && view.scopeAtCaret().empty()) return named.front();
   auto const fitting = manager.filterItemsInScope(named, view.scopeAtCaret());
   if (fitting.size() == 1) return fitting.front();
   error = fitting.empty() ? "it is not for the text at the caret"
