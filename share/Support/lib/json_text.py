@@ -8,7 +8,7 @@ import quirnote
 TOKEN = re.compile(r"""[ \t\r\n]+|(?P<comment>//[^\n]*|/\*.*?\*/)|(?P<mark>[][{},:])
 |(?P<value>"(?:[^"\\\x00-\x1f]|\\(?:["\\/bfnrt]|u[0-9a-fA-F]{4}))*"
 |(?:-?(?:0|[1-9][0-9]*)(?:\.[0-9]+)?(?:[eE][-+]?[0-9]+)?|true|false|null)(?![\w.+-]))""", re.VERBOSE | re.DOTALL)
-MOST_LEVELS = 10_000
+MOST_LEVELS = 1000
 
 
 class Fault(Exception):

@@ -9,6 +9,7 @@ import quirnote
 TOKEN = re.compile(r"""(?P<comment><!--.*?-->)|(?P<cdata><!\[CDATA\[.*?\]\]>)|(?P<instruction><\?.*?\?>)
 |(?P<close></[^>]*>)|(?P<open><[^!?/](?:[^<>"']|"[^"]*"|'[^']*')*>)|(?P<text>[^<]+)""", re.VERBOSE | re.DOTALL)
 DOCTYPE = re.compile(r"""<!--.*?-->|<\?.*?\?>|"[^"]*"|'[^']*'|[][<>]""", re.DOTALL)
+MOST_LEVELS = 1000
 KEEPS_SPACE = re.compile(r"""\sxml:space\s*=\s*["']preserve["']""")
 
 
@@ -90,6 +91,8 @@ def laid_out(text, indent):
                 kept = 1
             else:
                 level += 1
+            if level > MOST_LEVELS:
+                quirnote.tip(f"This is nested deeper than {MOST_LEVELS} levels; nothing was changed.")
     return "".join(result)
 
 

@@ -5,25 +5,32 @@ import sys
 
 import quirnote
 
-TOKEN = re.compile(r"""(?P<comment>/\*.*?\*/)|(?P<string>"(?:[^"\\\n]|\\.)*"|'(?:[^'\\\n]|\\.)*')
-|(?P<url>url\(\s*(?!["'\s])(?:[^)\\\n]|\\.)*\))|(?P<blank>\s+)|(?P<escape>\\.)|(?P<mark>[][{}();,:])
+# What isn't closed goes to the end of the text, or of the line.
+TOKEN = re.compile(r"""(?P<comment>/\*.*?(?:(?P<end_c>\*/)|\Z))
+|(?P<string>"(?:[^"\\\n]|\\.)*(?P<end_d>"?)|'(?:[^'\\\n]|\\.)*(?P<end_s>'?))
+|(?P<url>url\(\s*(?!["'\s])(?:[^)\\\n]|\\.)*(?P<end_u>\)?))|(?P<blank>\s+)|(?P<escape>\\.)|(?P<mark>[][{}();,:])
 |(?P<rest>[^][{}();,:\s"'\\/u]+|.)""", re.VERBOSE | re.DOTALL | re.IGNORECASE)
 PAIRS = {"}": "{", ")": "(", "]": "["}
 
 
+OPEN = {"comment": "this comment has no end", "string": "this string has no end in its line",
+        "url": "this url( has no end in its line"}
+
+
 def tokens_of(text):
-    return [(found.lastgroup, found[0], found.start()) for found in TOKEN.finditer(text)]
+    """Kind, text and index; what isn't closed is of the kind "open"."""
+    for found in TOKEN.finditer(text):
+        kind = next(name for name, part in found.groupdict().items() if part is not None and "_" not in name)
+        is_open = kind in OPEN and not any(found[end] for end in ("end_c", "end_d", "end_s", "end_u"))
+        yield ("open", OPEN[kind], found.start()) if is_open else (kind, found[0], found.start())
 
 
 def faults_of(text, tokens):
     """Index and message."""
     opened, words, colon = [], None, False
     for kind, token, at in tokens:
-        if kind == "rest" and token in "\"'":
-            yield at, "this string has no end in its line"
-        if kind == "rest" and token == "/" and text.startswith("/*", at):
-            yield at, "this comment has no end"
-            return
+        if kind == "open":
+            yield at, token
         if kind in ("comment", "blank"):
             continue
         if kind != "mark":
@@ -115,7 +122,7 @@ def laid_out(tokens, indent):
 
 def main():
     text = quirnote.read()
-    tokens = tokens_of(text)
+    tokens = list(tokens_of(text))
     found = sorted(faults_of(text, tokens))
     places = [(text.count("\n", 0, at) + 1, at - text.rfind("\n", 0, at), said) for at, said in found]
     if sys.argv[1] == "check":

@@ -5,6 +5,7 @@ import sys
 
 import quirnote
 
+SECONDS = 20
 READ = """
 import sys
 try:
@@ -25,7 +26,10 @@ except (yaml.YAMLError, RecursionError) as fault:
 
 def run(*command):
     """Outside of the document's folder, so that no module and no settings come from there."""
-    done = subprocess.run(command, input=text, capture_output=True, cwd="/", check=False)
+    try:
+        done = subprocess.run(command, input=text, capture_output=True, cwd="/", check=False, timeout=SECONDS)
+    except subprocess.TimeoutExpired:
+        quirnote.tip(f"This takes longer than {SECONDS} seconds to check.")
     return done.returncode, done.stdout.decode("utf-8", "replace")
 
 
