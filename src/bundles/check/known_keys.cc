@@ -10,10 +10,17 @@ key_types const item_keys = {{"uuid", text},       {"name", text},
                              {"tabTrigger", text}, {"mouseGesture", text},
                              {"bundleUUID", text}, {"draggedFileExtensions", texts},
                              {"help", text},       {"comment", text}};
-key_types const command_keys = {
-    {"command", text},           {"input", text},     {"fallbackInput", text},
-    {"inputFormat", text},       {"output", text},    {"beforeRunningCommand", text},
-    {"requiredCommands", texts}, {"eachRow", number}, {"disableOutputAutoIndent", number}};
+key_types const command_keys = {{"command", text},
+                                {"input", text},
+                                {"fallbackInput", text},
+                                {"inputFormat", text},
+                                {"output", text},
+                                {"beforeRunningCommand", text},
+                                {"requiredCommands", texts},
+                                {"eachRow", number},
+                                {"disableOutputAutoIndent", number},
+                                {"autoScrollOutput", number},
+                                {"dontFollowNewOutput", number}};
 
 key_types with_item_keys(key_types own) {
   own.insert(item_keys.begin(), item_keys.end());
