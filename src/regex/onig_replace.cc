@@ -1,5 +1,7 @@
 #include "regex/onig_replace.h"
 
+#include <ctime>
+
 #include "platform/log.h"
 #include "regex/letter_case.h"
 #include "regex/onig_library.h"
@@ -34,6 +36,8 @@ ptrn_t::~ptrn_t() {
 
 namespace {
 
+constexpr double patience = 0.25;  // seconds of work for one text
+
 class format : private regex::replacement_visitor {
  public:
   format(char const* indent, std::string& out) : indent_(indent), out_(out) {}
@@ -65,14 +69,15 @@ class format : private regex::replacement_visitor {
 
 }  // namespace
 
-std::string detail::replaced(std::string_view text, std::string_view format_text,
-                             ptrn_t const& ptrn, option::type options, char const* indent) {
-  if (!ptrn.regex()) return {};
-  auto const tree = regex::parse_replacement(format_text);
-  if (!tree) {
-    platform::log_text("error in format string: " + std::string(format_text) + "\n");
-    return {};
-  }
+std::unique_ptr<regex::replacement const> parsed_replacement(std::string_view format) {
+  auto result = regex::parse_replacement(format);
+  if (!result) platform::log_text("error in format string: " + std::string(format) + "\n");
+  return result;
+}
+
+std::string replaced(std::string_view text, regex::replacement const* with, ptrn_t const& ptrn,
+                     option::type options, char const* indent, bool& gave_up) {
+  if (!ptrn.regex() || with == nullptr) return {};
   regex::valid_utf8 const valid(text);
   std::string out;
   format expand(indent, out);
@@ -80,11 +85,17 @@ std::string detail::replaced(std::string_view text, std::string_view format_text
   OnigUChar const* const last = first + valid.size();
   OnigRegion* const region = onig_region_new();
   std::size_t pos = 0;
-  while (onig_search(ptrn.regex(), first, last, first + pos, last, region, ONIG_OPTION_NONE) >= 0) {
+  std::clock_t const begun = std::clock();
+  while (true) {
+    int const found = search_within(retries_per_match, ptrn.regex(), first, last, first + pos,
+                                    region, ONIG_OPTION_NONE);
+    double const seconds = static_cast<double>(std::clock() - begun) / CLOCKS_PER_SEC;
+    gave_up = regex::onig_library::gave_up(found) || seconds > patience;
+    if (found < 0 || gave_up) break;
     auto const begin = static_cast<std::size_t>(region->beg[0]);
     auto const end = static_cast<std::size_t>(region->end[0]);
     out += text.substr(pos, begin - pos);
-    expand.expand(*tree, text, *region);
+    expand.expand(*with, text, *region);
     pos = end;
     if (begin == end) {
       if (pos == text.size()) break;
@@ -96,6 +107,7 @@ std::string detail::replaced(std::string_view text, std::string_view format_text
     if (!(options & option::global)) break;
   }
   onig_region_free(region, 1);
+  if (gave_up) return std::string(text);
   return out += text.substr(pos);
 }
 

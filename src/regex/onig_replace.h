@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
+
+#include "regex/replacement.h"
 
 struct re_pattern_buffer;
 
@@ -35,22 +38,25 @@ class ptrn_t {
   re_pattern_buffer* regex_ = nullptr;
 };
 
-namespace detail {
-std::string replaced(std::string_view text, std::string_view format, ptrn_t const& ptrn,
-                     option::type options, char const* indent);
-}
+/// The text with its first match replaced, or each with option `global`. Each line feed of the
+/// replacement is followed by `indent`, a string that ends with a zero. Empty with a pattern that
+/// did not compile, and where `with` is null; with a pattern that takes too long the text as it is,
+/// and `gave_up` is set.
+std::string replaced(std::string_view text, regex::replacement const* with, ptrn_t const& ptrn,
+                     option::type options, char const* indent, bool& gave_up);
 
-/// Writes the text with its first match replaced, or each with option `global`. Each line feed of
-/// the format is followed by `indent`, a string that ends with a zero. With a pattern that did not
-/// compile, or a format that cannot be parsed, which is reported on standard output, nothing is
-/// written.
+/// As regex::parse_replacement; one with a syntax error is reported on standard error.
+std::unique_ptr<regex::replacement const> parsed_replacement(std::string_view format);
+
+/// Writes what replaced() makes of the text; a format that cannot be parsed, and so replaces
+/// nothing, is reported on standard error.
 template <class Out>
 Out replace(char const* first, char const* last, char const* format_first, char const* format_last,
             ptrn_t const& ptrn, option::type options, char const* indent,
             std::size_t /*indent_length*/, Out out) {
-  std::string const result =
-      detail::replaced(std::string_view(first, last), std::string_view(format_first, format_last),
-                       ptrn, options, indent);
+  auto const with = parsed_replacement({format_first, format_last});
+  bool gave_up = false;
+  std::string const result = replaced({first, last}, with.get(), ptrn, options, indent, gave_up);
   return std::copy(result.begin(), result.end(), out);
 }
 

@@ -41,6 +41,7 @@ std::unique_ptr<snippet_t> parse(std::string const& text, parse_options const& o
     else
       fault = "more than " + std::to_string(max_stops) + " fields";
   });
+  if (result != nullptr && !result->fault().empty()) warnings.push_back(result->fault());
   return result;
 }
 

@@ -8,31 +8,41 @@ namespace snippet {
 /// The document's text from the snippet's start on.
 class session::view_storage : public storage_t {
  public:
-  view_storage(text::view& view, text::pos anchor) : view_(view), anchor_(anchor) {}
+  /// `live` for one that is written to.
+  view_storage(text::view& view, text::pos anchor, session* live = nullptr)
+      : view_(view), anchor_(anchor), live_(live) {}
 
   text::iterator at(std::size_t offset) const {
     return text::iterator(anchor_, view_.storage) + static_cast<std::ptrdiff_t>(offset);
   }
 
   std::u16string data(std::size_t from, std::size_t to) const override {
+    if (has_ended()) return {};
     std::vector<text::char_t> units;
     text::append_units(at(from), at(to), units);
     return {units.begin(), units.end()};
   }
 
   std::size_t replace(std::size_t from, std::size_t to, std::u16string_view text) override {
+    if (has_ended()) return text.size();
     text::iterator const first = at(from);
+    live_->length_ -= to - from;
     view_.storage->erase(first, at(to));
+    if (has_ended()) return text.size();
     std::u16string expanded;
     if (view_.treats_spaces_as_tabs && text.find(u'\t') != text.npos) {
       expanded = expanded_tabs(first, text);
       text = expanded;
     }
+    live_->length_ += text.size();
     view_.storage->insert(first, text.begin(), text.end());
     return text.size();
   }
 
  private:
+  /// An edit that was repeated in the snippet itself ends it at once.
+  bool has_ended() const { return live_ != nullptr && live_->states_.empty(); }
+
   /// As wide as they are where they will stand.
   std::u16string expanded_tabs(text::iterator const& first, std::u16string_view text) const {
     std::u16string result;
@@ -53,6 +63,7 @@ class session::view_storage : public storage_t {
 
   text::view& view_;
   text::pos anchor_;
+  session* live_;
 };
 
 session::session(text::view& view, text::iterator const& first, snippet_t inserted)
@@ -97,15 +108,36 @@ void session::keep(snippet_t changed) {
   }
 }
 
+bool session::is_users_edit() const {
+  return !is_undoing_ && !is_writing_ && !view_.storage->is_repeating();
+}
+
 void session::will_change_memento(unsigned long /*from*/, unsigned long to) {
   // New numbers exceed all old ones, so one that was seen before is undo or redo.
   is_undoing_ = max_memento_ >= to;
   max_memento_ = std::max(max_memento_, static_cast<std::uint32_t>(to));
+  repeated_.reset();
+  if (view_.storage->is_repeating()) return look_where_repeating_begins();
   // What begins where none runs leads to states that no undo of the snippet's comes to.
   if (is_users_edit() && !is_running()) end();
 }
 
+void session::look_where_repeating_begins() {
+  snippet_t const* const running = state();
+  if (running != nullptr && !is_writing_) {
+    length_ = running->length();
+    repeated_ = view_.storage->current_memento;
+  }
+  if (!states_.empty()) end_ = view_storage(view_, anchor_).at(length_).pos();
+}
+
+/// What is repeated in lines after the snippet moves none of its places.
+void session::will_change(text::pos from) {
+  if (view_.storage->is_repeating() && from <= end_) end();
+}
+
 void session::note(text::iterator const& from, std::size_t erased, std::size_t inserted) {
+  will_change(from.pos());
   snippet_t const* const running = state();
   if (!is_users_edit() || running == nullptr) return;
   edit_.reset();
@@ -114,6 +146,7 @@ void session::note(text::iterator const& from, std::size_t erased, std::size_t i
   auto const offset = static_cast<std::size_t>(from - start);
   if (!running->holds(offset, offset + erased)) return end();
   edit_ = edit{view_.storage->current_memento, offset, erased, inserted};
+  length_ = running->length() + inserted - erased;
 }
 
 void session::will_insert(text::iterator const& pos, int length) {
@@ -124,12 +157,15 @@ void session::will_erase(text::iterator const& first, text::iterator const& last
   note(first, static_cast<std::size_t>(last - first), 0);
 }
 
-void session::will_replace(text::replacement const&) {
+void session::will_replace(text::replacement const& what) {
+  will_change(what.first);
   if (is_users_edit()) end();
 }
 
 void session::did_change_memento(unsigned long /*from*/, unsigned long /*to*/) {
   is_undoing_ = false;
+  auto const from = repeated_ ? states_.find(*repeated_) : states_.end();
+  if (from != states_.end()) keep(snippet_t(from->second));
 }
 
 void session::repeat_edits() {
@@ -138,11 +174,11 @@ void session::repeat_edits() {
   auto const before = states_.find(done.memento);
   if (before == states_.end()) return;
   snippet_t changed = before->second;
-  view_storage text(view_, anchor_);
+  view_storage text(view_, anchor_, this);
   is_writing_ = true;
   changed.did_replace(text, done.offset, done.erased, done.inserted);
   is_writing_ = false;
-  keep(std::move(changed));
+  if (!states_.empty()) keep(std::move(changed));
 }
 
 }  // namespace snippet

@@ -15,7 +15,9 @@ namespace snippet {
 ///
 /// Which snippet runs is tied to the state of the text: undo and redo bring back the fields as they
 /// were, before the insertion none runs, and an edit from there on, or outside the current field,
-/// ends it for good. The view owns it as its snippet_observer. Main thread only.
+/// ends it for good. Where the view repeats edits in other lines, as in columns, the same snippet
+/// stands there too: what is filled in here, and what that writes in mirrors, is repeated there by
+/// the view. The view owns it as its snippet_observer. Main thread only.
 class session : public text::snippet_observer_t {
  public:
   /// `first` is where the snippet's text stands, as it was inserted.
@@ -47,7 +49,9 @@ class session : public text::snippet_observer_t {
   static constexpr std::size_t max_kept_stops = 1'000'000;
 
   snippet_t* state();
-  bool is_users_edit() const { return !is_undoing_ && !is_writing_; }
+  bool is_users_edit() const;
+  void look_where_repeating_begins();
+  void will_change(text::pos from);
   void note(text::iterator const& from, std::size_t erased, std::size_t inserted);
   void keep(snippet_t changed);
   void end();
@@ -58,6 +62,9 @@ class session : public text::snippet_observer_t {
   std::size_t kept_stops_ = 0;
   std::uint32_t max_memento_ = 0;
   std::optional<edit> edit_;
+  std::size_t length_ = 0;  ///< up to the end of the last stop, while an edit is carried to mirrors
+  text::pos end_;           ///< of that, while edits are repeated
+  std::optional<std::uint32_t> repeated_;  ///< the state before that, if it wants no more of us
   bool is_undoing_ = false, is_writing_ = false;
 };
 

@@ -88,7 +88,22 @@ transform_t::transform_t(std::string of, std::string to, std::string letters)
       format(std::move(to)),
       options(std::move(letters)),
       flags(options_from_string(options)),
-      pattern(regexp.data(), regexp.data() + regexp.size(), flags) {}
+      pattern(regexp.data(), regexp.data() + regexp.size(), flags, &fault),
+      replacement(regex::parse_replacement(format)) {
+  if (!fault.empty())
+    fault = "invalid regular expression " + regexp + ": " + fault;
+  else if (replacement == nullptr)
+    fault = "invalid format " + format;
+}
+
+std::string transform_t::applied_to(std::string_view text, std::string const& indent,
+                                    std::string& why_not) const {
+  bool gave_up = false;
+  std::string result =
+      onig::replaced(text, replacement.get(), pattern, flags, indent.c_str(), gave_up);
+  if (gave_up) why_not = "the regular expression " + regexp + " takes too long";
+  return result;
+}
 
 snippet_t::snippet_t(std::vector<tab_stop_t> stops, std::u16string text, std::string indent)
     : stops_(std::move(stops)),
@@ -101,6 +116,12 @@ snippet_t::snippet_t(std::vector<tab_stop_t> stops, std::u16string text, std::st
   update_mirrors(storage, std::vector<bool>(stops_.size(), true));
   text_ = std::make_shared<std::u16string const>(std::move(text));
   begin();
+}
+
+std::size_t snippet_t::length() const {
+  std::size_t length = 0;
+  for (tab_stop_t const& stop : stops_) length = std::max(length, stop.last.offset);
+  return length;
 }
 
 std::vector<std::size_t> snippet_t::fields() const {
@@ -187,19 +208,14 @@ void snippet_t::did_replace(storage_t& storage, std::size_t /*offset*/, std::siz
   update_mirrors(storage, std::move(changed));
 }
 
-std::u16string snippet_t::text_for_mirror(tab_stop_t const& mirror,
-                                          std::u16string const& source) const {
+std::u16string snippet_t::text_for_mirror(tab_stop_t const& mirror, std::u16string const& source) {
   if (!mirror.is_regexp_mirror()) return source;
-  transform_t const& how = *mirror.transform;
-  std::string const text = unicode::to_utf8(source);
-  std::string result;
-  onig::replace(text.data(), text.data() + text.size(), how.format.data(),
-                how.format.data() + how.format.size(), how.pattern, how.flags, indent_->c_str(),
-                indent_->size(), std::back_inserter(result));
-  return unicode::to_utf16(result);
+  return unicode::to_utf16(
+      mirror.transform->applied_to(unicode::to_utf8(source), *indent_, fault_));
 }
 
 void snippet_t::update_mirrors(storage_t& storage, std::vector<bool> changed) {
+  fault_.clear();
   for (auto const& group : *groups_) {
     auto const field =
         std::find_if(group.begin(), group.end(), [&](std::size_t i) { return stops_[i].is_field; });

@@ -39,9 +39,15 @@ class snippet_t {
   /// Which field is the current one, from 1, and how many there are, the end not counted.
   std::pair<std::size_t, std::size_t> progress() const;
 
+  /// What is wrong with a transformation of the present texts, which therefore stay as they are;
+  /// empty if nothing is.
+  std::string const& fault() const { return fault_; }
+
   /// After an edit of the current field: at `offset`, `erased` units gave way to `inserted` ones.
   void did_replace(storage_t& storage, std::size_t offset, std::size_t erased,
                    std::size_t inserted);
+  /// Up to the end of the last stop.
+  std::size_t length() const;
   bool holds(std::size_t from, std::size_t to) const {
     return current().first.offset <= from && to <= current().last.offset;
   }
@@ -58,10 +64,11 @@ class snippet_t {
   void mark_with_outer(std::size_t stop, std::vector<bool>& changed) const;
   void shift(std::vector<edit> const& edits);
   void update_mirrors(storage_t& storage, std::vector<bool> changed);
-  std::u16string text_for_mirror(tab_stop_t const& mirror, std::u16string const& source) const;
+  std::u16string text_for_mirror(tab_stop_t const& mirror, std::u16string const& source);
 
   std::vector<tab_stop_t> stops_;
   std::size_t current_ = 0;
+  std::string fault_;
   /// What never changes: shared by all copies.
   std::shared_ptr<std::u16string const> text_;
   std::shared_ptr<std::string const> indent_;

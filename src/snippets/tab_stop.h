@@ -4,6 +4,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "regex/onig_replace.h"
@@ -17,9 +18,14 @@ constexpr int end_index = std::numeric_limits<int>::max();
 struct transform_t {
   std::string regexp, format, options;
   onig::option::type flags;
+  std::string fault;  ///< of pattern or format, with which it gives an empty text; or empty
   onig::ptrn_t pattern;
+  std::unique_ptr<regex::replacement const> replacement;
 
   transform_t(std::string regexp, std::string format, std::string options);
+  /// With a pattern that takes too long the text as it is, and a reason in `why_not`.
+  std::string applied_to(std::string_view text, std::string const& indent,
+                         std::string& why_not) const;
 };
 
 /// A place of a snippet: in units from its start. The rank counts the places in the order in which

@@ -104,10 +104,9 @@ void tree_walker::add_replaced_variable(antlr::RefAST const& node) {
   std::string const value = found == options_.variables.end() ? std::string() : found->second;
   substitution const parts(node->getFirstChild(), options_);
   transform_t const how(parts.regexp, parts.format, parts.options);
-  std::string result;
-  onig::replace(value.data(), value.data() + value.size(), how.format.data(),
-                how.format.data() + how.format.size(), how.pattern, how.flags,
-                options_.indent.c_str(), options_.indent.size(), std::back_inserter(result));
+  std::string fault = how.fault;
+  std::string const result = how.applied_to(value, options_.indent, fault);
+  if (!fault.empty()) warnings_.push_back("$" + node->getText() + ": " + fault);
   add(result);
 }
 
@@ -176,8 +175,9 @@ void tree_walker::add_regexp_mirror(antlr::RefAST const& node) {
   if (would_reverse_nesting(index)) return;
   substitution const parts(node->getFirstChild(), options_);
   std::size_t const stop = open_stop(index);
-  stops_[stop].transform =
-      std::make_shared<transform_t const>(parts.regexp, parts.format, parts.options);
+  auto const how = std::make_shared<transform_t const>(parts.regexp, parts.format, parts.options);
+  if (!how->fault.empty()) warnings_.push_back("mirror of " + name_of(index) + ": " + how->fault);
+  stops_[stop].transform = how;
   stops_[stop].last = {text_.size(), next_rank_++};
 }
 
