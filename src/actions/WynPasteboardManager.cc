@@ -132,11 +132,6 @@ bool WynPasteboardManager::selectClip(std::size_t index) {
   return true;
 }
 
-bool WynPasteboardManager::hasClip() {
-  checkClipboard();
-  return !state_.stack.empty();
-}
-
 void WynPasteboardManager::clear() {
   state_.stack.clear();
   state_.pasteIndex = 0;

@@ -31,7 +31,8 @@ class WynPasteboardManager {
   std::optional<actions::text_clip> previousClip() { return step(true); }
   /// Puts the clip with that place in the stack on the clipboard. False if there is none.
   bool selectClip(std::size_t index);
-  bool hasClip();
+  /// Whether the stack has any; what is on the clipboard isn't asked for.
+  bool hasClip() const { return !state_.stack.empty(); }
 
   /// Takes in what another program has put on the clipboard since the last look. Its owner keeps
   /// it: other forms of it, such as pictures, stay available. Costs nothing if nothing has changed.

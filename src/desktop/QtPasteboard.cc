@@ -157,6 +157,12 @@ plist::value QtPasteboard::get(std::string_view type) const {
   return data == nullptr || !is_answered(*data) ? plist::value() : value_of(*data, type);
 }
 
+void QtPasteboard::when_answered(std::function<void()> then) {
+  if (owner_ == nullptr) owner_ = ClipboardOwner::make(mode_ == QClipboard::Selection);
+  if (owner_ == nullptr) return then();
+  owner_->when_answered(std::move(then));
+}
+
 // A program that hangs is waited for for seconds, each time that anything is asked. So that a
 // paste, which asks for more than one type, waits once, a silence goes for what is asked next too.
 bool QtPasteboard::is_answered(QMimeData const& data) const {

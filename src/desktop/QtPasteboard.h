@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/ClipboardOwner.h"
 #include "platform/pasteboard.h"
 
 #include <QClipboard>
@@ -20,6 +21,7 @@ class QtPasteboard final : public platform::pasteboard {
   void set(plist::dictionary types) override;
   plist::value get(std::string_view type) const override;
   std::uint64_t change_count() const override { return change_count_; }
+  void when_answered(std::function<void()> then) override;
 
  private:
   bool is_answered(QMimeData const& data) const;
@@ -28,6 +30,7 @@ class QtPasteboard final : public platform::pasteboard {
   std::uint64_t change_count_ = 0;
   mutable QElapsedTimer silence_;  // since an owner was last found not to answer
   QObject connection_;
+  std::unique_ptr<ClipboardOwner> owner_;
 };
 
 /// For the clipboard or a drag; what is in it is converted when it is asked for.

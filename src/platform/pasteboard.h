@@ -3,6 +3,7 @@
 #include "plist/value.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,11 @@ class pasteboard : public pasteboard_content {
 
   /// Grows whenever the content changes, by whomever.
   virtual std::uint64_t change_count() const = 0;
+
+  /// Calls `then`, at once or in a later turn of the loop, when the program that has the content
+  /// answers: never, if it hangs. Asking it for the content would wait for it. A later call takes
+  /// the place of one whose answer hasn't come. Where the window system can't tell, at once.
+  virtual void when_answered(std::function<void()> then) { then(); }
 };
 
 }  // namespace platform

@@ -71,7 +71,9 @@ void WynTextView::addClipboardMethods() {
 // is being recorded.
 bool WynTextView::pasteFromHistory() {
   auto& history = WynPasteboardManager::sharedInstance();
-  if (view_ == nullptr || !history.hasClip()) return false;
+  if (view_ == nullptr) return false;
+  history.checkClipboard();
+  if (!history.hasClip()) return false;
   auto const clips = history.stack();  // others may be copied while the panel is open
   std::vector<platform::clip_entry> entries;
   for (auto const& clip : clips) entries.push_back(entry_of(*clip));

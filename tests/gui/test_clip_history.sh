@@ -49,3 +49,38 @@ wait_window 'first.txt'
 expect_clipboard other
 keys ctrl+q
 wait_exit
+
+# What a password manager marks is pasted, and then forgotten.
+printf 'x' >third.txt
+for mark in x-kde-passwordManagerHint=secret ExcludeClipboardContentFromMonitorProcessing=1; do
+  "$(dirname "$editor")/offer_clip" pass-word "$mark" &
+  owner=$!
+  wait_until selection_is clipboard pass-word
+  start_editor third.txt
+  wait_window 'third.txt'
+  keys ctrl+a ctrl+v ctrl+s
+  expect_file third.txt pass-word
+  keys ctrl+End ctrl+alt+v ctrl+s
+  expect_file third.txt pass-wordother
+  kill "$owner"
+  keys ctrl+q
+  wait_exit
+done
+! grep -rq pass-word "$XDG_STATE_HOME"
+
+# A program that hangs with the clipboard in its hands doesn't keep a window from being used; when it
+# answers at last, its clip is taken in.
+printf 'late' | xclip -i -selection clipboard -quiet 2>/dev/null &
+owner=$!
+wait_until selection_is clipboard late
+kill -STOP "$owner"
+start_editor third.txt
+wait_window 'third.txt'
+keys ctrl+a x ctrl+s
+expect_file third.txt x
+kill -CONT "$owner"
+keys ctrl+v ctrl+s
+expect_file third.txt xlate
+keys ctrl+q
+wait_exit
+kill "$owner"
