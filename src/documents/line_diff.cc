@@ -116,6 +116,15 @@ text_lines lines_of(std::u16string_view text) {
   }
 }
 
+text_lines whole_lines_of(std::u16string_view text) {
+  text_lines lines;
+  while (!text.empty()) {
+    lines.push_back(text.substr(0, std::min(text.find(u'\n'), text.size() - 1) + 1));
+    text.remove_prefix(lines.back().size());
+  }
+  return lines;
+}
+
 std::vector<changed_lines> differing_lines(text_lines const& a, text_lines const& b) {
   std::size_t const shorter = std::min(a.size(), b.size());
   std::size_t begin = 0, end = 0;
@@ -138,11 +147,17 @@ std::vector<changed_lines> differing_lines(text_lines const& a, text_lines const
 
 std::u16string unified_diff(text_lines const& a, text_lines const& b,
                             std::vector<changed_lines> const& changes,
-                            std::u16string const& old_name, std::u16string const& new_name) {
+                            std::u16string const& old_name, std::u16string const& new_name,
+                            bool of_whole_lines) {
   constexpr std::size_t context = 3;
   std::u16string out = u"--- " + old_name + u"\n+++ " + new_name + u"\n";
-  auto const put = [&out](char16_t mark, text_lines const& lines, std::size_t i, std::size_t end) {
-    for (; i < end; ++i) (out += mark).append(lines[i]) += u'\n';
+  auto const put = [&](char16_t mark, text_lines const& lines, std::size_t i, std::size_t end) {
+    for (; i < end; ++i) {
+      (out += mark).append(lines[i]);
+      if (lines[i].ends_with(u'\n')) continue;
+      out += u'\n';
+      if (of_whole_lines) out += u"\\ No newline at end of file\n";
+    }
   };
   for (std::size_t first = 0, next; first < changes.size(); first = next) {
     next = first + 1;

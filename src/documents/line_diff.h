@@ -12,6 +12,8 @@ using text_lines = std::vector<std::u16string_view>;
 
 /// The lines of a text, without their ends; an empty text is one empty line.
 text_lines lines_of(std::u16string_view text);
+/// With their ends, so that only a last line may be without one; an empty text has none.
+text_lines whole_lines_of(std::u16string_view text);
 
 /// Lines [old_begin, old_end) of one text stand where the other has [new_begin, new_end); from 0.
 struct changed_lines {
@@ -24,9 +26,11 @@ struct changed_lines {
 /// from the first to the last line that differs.
 std::vector<changed_lines> differing_lines(text_lines const& old_text, text_lines const& new_text);
 
-/// The changes in the unified format, with three lines round each and names in its head.
+/// The changes in the unified format, with three lines round each and names in its head. With
+/// `of_whole_lines` it says where a last line has no end, as the tool `patch` wants it.
 std::u16string unified_diff(text_lines const& old_text, text_lines const& new_text,
                             std::vector<changed_lines> const& changes,
-                            std::u16string const& old_name, std::u16string const& new_name);
+                            std::u16string const& old_name, std::u16string const& new_name,
+                            bool of_whole_lines = false);
 
 }  // namespace documents
