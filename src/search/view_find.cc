@@ -8,6 +8,8 @@
 #include "search/WynFindManager.h"
 #include "search/patient_work.h"
 
+#include <algorithm>
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -100,6 +102,29 @@ std::vector<leg> legs_for(text_query const& query, selection_offsets const& at, 
   return legs;
 }
 
+// The next match of a text as it stands, if it is in one of the next lines. An edited text is
+// copied to be searched as a whole, which a search that ends soon, in a macro say, shall not cost.
+std::optional<std::pair<text::pos, text::pos>> match_in_next_lines(text::view& view,
+                                                                   text_query const& query) {
+  constexpr std::size_t lines = 500;
+  constexpr std::size_t units = 100'000;
+  if (query.pattern() != nullptr) return std::nullopt;
+  text::storage& storage = *view.storage;
+  text::iterator const from = view.selection.last().base;
+  std::size_t const stop = std::min<std::size_t>(from.line + lines, storage.lines() - 1);
+  std::size_t size = 0, line = from.line;
+  while (line < stop && size < units) size += storage.size(line++) + 1;
+  if (line == from.line || size >= units) return std::nullopt;
+  text::text_slice const next = storage.slice(from, storage.begin_of_line(line));
+  std::atomic<bool> const never = false;
+  text_searcher searcher(query, next.units, never);
+  if (searcher.next(0, next.units.size()) != search_end::found) return std::nullopt;
+  auto const at = [&](std::size_t offset) {
+    return (from + static_cast<std::ptrdiff_t>(offset)).pos();
+  };
+  return std::pair(at(searcher.begin()), at(searcher.end()));
+}
+
 }  // namespace
 
 bool log_and_tell(find_answer const& answer, char const* prefix) {
@@ -114,7 +139,10 @@ found_match find_in_view(text::view& view, bool backward) {
   if (sought.empty()) return {};
   std::shared_ptr<search_task> task;
   try {
-    task = make_task(view, {sought, options.regular_expression, options.ignore_case});
+    text_query query(sought, options.regular_expression, options.ignore_case);
+    if (auto const near = backward ? std::nullopt : match_in_next_lines(view, query))
+      return {{search_end::found, {}}, 0, 0, near};
+    task = make_task(view, std::move(query));
   } catch (std::invalid_argument const& error) {
     return {{search_end::not_found, text_query::message_of(error)}};
   }
@@ -125,10 +153,15 @@ found_match find_in_view(text::view& view, bool backward) {
 }
 
 void select_match(text::view& view, found_match const& match) {
-  text::iterator const first = position(view, match.first);
-  text::view_iterator const from = view.in_view(first);
-  text::view_iterator const to =
-      view.in_view(first + static_cast<std::ptrdiff_t>(match.last - match.first));
+  text::iterator first, last;
+  if (match.place) {
+    first = {match.place->first, view.storage};
+    last = {match.place->second, view.storage};
+  } else {
+    first = position(view, match.first);
+    last = first + static_cast<std::ptrdiff_t>(match.last - match.first);
+  }
+  text::view_iterator const from = view.in_view(first), to = view.in_view(last);
   view.selection.set_caret(to);
   view.selection.select(from, to, false);
   view.center_selection_pending = true;

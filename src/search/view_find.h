@@ -3,7 +3,9 @@
 #include "search/text_query.h"
 #include "text/views/view.h"
 
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace search {
 
@@ -17,10 +19,11 @@ struct find_answer {
   std::string error;
 };
 
-/// What was found: units of the whole text. Searching changes nothing, so that no undo group and no
-/// other scope need span the wait.
+/// What was found: units of the whole text or, where it is known, places in it. Searching changes
+/// nothing, so that no undo group and no other scope need span the wait.
 struct found_match : find_answer {
   std::size_t first = 0, last = 0;
+  std::optional<std::pair<text::pos, text::pos>> place = {};
 };
 
 /// What is to take the selection's place.
