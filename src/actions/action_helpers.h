@@ -55,6 +55,28 @@ class cond_select_line_helper {
   void (*select_)(text::view*);
 };
 
+/// With nothing selected `F` works on what `select` selects, and the caret stays in its line, in
+/// the column where it shows.
+template <typename F>
+class in_place_helper {
+ public:
+  in_place_helper(F function, void (*select)(text::view*))
+      : function_(std::move(function)), select_(select) {}
+  void operator()(text::view* view) const {
+    bool const has_caret = view->selection.empty();
+    size_t const line = line_before_filters(view->selection.current_mark);
+    size_t const column = column_before_wrap(view->selection.current_mark);
+    cond_select_line_helper(function_, select_)(view);
+    if (has_caret)
+      view->selection.set_caret(
+          iter_from_hybrid_pos(view, {line, column}, text::freehanded_t::automatic));
+  }
+
+ private:
+  F function_;
+  void (*select_)(text::view*);
+};
+
 /// Replaces each selected unit by what `F` makes of it.
 template <typename F>
 class bind_view_transform_helper {

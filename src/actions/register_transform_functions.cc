@@ -29,8 +29,6 @@ constexpr transformation transformations[] = {
     {"alignCenter:", view_align_center, select_hard_line},
     {"alignRight:", view_align_right, select_hard_line},
     {"alignJustified:", view_align_justified, select_hard_line},
-    {"changeTabsToSpaces:", view_change_tabs_to_spaces, select_all},
-    {"changeSpacesToTabs:", view_change_spaces_to_tabs, select_all},
     {"capitalizeWord:", view_capitalize_word, select_hard_line},
 };
 
@@ -82,6 +80,8 @@ void register_transform_functions(action_map& map, title_action_map& titles) {
   };
   for (auto const& row : transformations)
     add(cond_select_line_helper(row.function, row.select), row.name);
+  add(in_place_helper(view_change_tabs_to_spaces, select_all), "changeTabsToSpaces:");
+  add(in_place_helper(view_change_spaces_to_tabs, select_all), "changeSpacesToTabs:");
   for (auto const& row : case_changes)
     add(cond_select_line_helper(bind_view_transform_helper(row.function), row.select), row.name);
 

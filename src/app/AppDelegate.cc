@@ -125,11 +125,13 @@ void AppDelegate::addClipboardMethods() {
   });
 }
 
-// A moment later: the program that has the clipboard may be slow to answer, and the window is to be
-// seen at once.
+// A moment later, so that the window is seen at once, and only if the program that has the
+// clipboard answers.
 void AppDelegate::applicationDidBecomeActive() {
-  clipboardTimer_ = platform::desktop::current().loop().schedule(
-      clipboard_delay, false, [] { WynPasteboardManager::sharedInstance().checkClipboard(); });
+  clipboardTimer_ = platform::desktop::current().loop().schedule(clipboard_delay, false, [] {
+    platform::desktop::current().general_pasteboard().when_answered(
+        [] { WynPasteboardManager::sharedInstance().checkClipboard(); });
+  });
 }
 
 void AppDelegate::applicationWillResignActive() {
@@ -269,7 +271,10 @@ bool AppDelegate::confirmLargeFile(std::string const& path) {
 
 bool AppDelegate::shouldSwallowEvent(platform::key_event const& event) {
   WynTextView* const view = frontTextView();
-  return view != nullptr && BundleManager::sharedInstance().shouldSwallowEvent(event, *view);
+  if (view == nullptr || !BundleManager::sharedInstance().shouldSwallowEvent(event, *view))
+    return false;
+  view->forgetPendingKeys();
+  return true;
 }
 
 plist::dictionary AppDelegate::environmentVariables() const {
@@ -396,7 +401,15 @@ void AppDelegate::selectBundleItem(bool by_key) {
 bool AppDelegate::goToLine(std::string const& text) {
   auto const place = app::parse_line_place(text);
   auto const open = orderedControllers();
-  return place && !open.empty() && open.front()->textView().goToLineAndColumn(*place);
+  if (!place || open.empty()) return false;
+  // By names, so that a macro has it.
+  WynTextView& view = open.front()->textView();
+  auto const go = [&view](char const* selector, std::size_t number) {
+    if (number > 0) view.performSelectorWithObject(selector, static_cast<std::int64_t>(number));
+  };
+  go("goToLineNumber:", place->line);
+  go("goToColumnNumber:", place->column);
+  return true;
 }
 
 void AppDelegate::adopt(std::unique_ptr<WynDocumentController> controller) {

@@ -3,6 +3,7 @@
 #include "app/batch_output.h"
 #include "platform/system/replace_file.h"
 #include "plist/xml_reader.h"
+#include "textview/macro_steps.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -42,10 +43,8 @@ std::optional<plist::value> read_value(std::string const& path) {
 
 // A key that isn't known is perhaps a known one that was misspelt.
 std::string fault_of(plist::value const& step) {
-  auto const* const keys = step.as_dictionary();
-  if (keys == nullptr) return "is no dictionary";
-  if (step["command"].as_string() == nullptr) return "has no `command`";
-  for (auto const& [key, value] : *keys)
+  if (std::string const fault = textview::fault_of_macro_step(step); !fault.empty()) return fault;
+  for (auto const& [key, value] : step.entries())
     if (key != "command" && key != "argument") return "has an unknown key `" + key + "`";
   return "";
 }

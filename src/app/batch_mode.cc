@@ -140,8 +140,8 @@ class batch_run {
     WynDocumentController controller(app_);
     controller.setTextDocument(document);
     controller.showWindow();
-    unknown_.clear();
     command_failed_ = false;
+    refusal_.clear();
     for (batch_macro const& macro : macros_)
       for (std::uint32_t n = 0; n < macro.times; ++n) {
         for (batch_macro::step const& step : macro.steps) perform(controller, step);
@@ -165,7 +165,7 @@ class batch_run {
     int const beeps = desktop_.beeps;
     std::string const& command = *step.command.as_string();
     if (!controller.textView().tryToPerformWith(command, step.argument)) {
-      unknown_ = command;
+      refusal_ = "there is no action " + platform::escaped_name(command);
       desktop_.beep();
     }
     handle_events();
@@ -179,10 +179,15 @@ class batch_run {
     auto const item = item_for_batch(name, controller.textView(), error);
     if (item == nullptr) {
       complain(name, error);
-      unknown_ = name;
+      refusal_ = "there is no action " + platform::escaped_name(name);
       desktop_.beep();
-    } else if (!BundleManager::sharedInstance().executeItem(item, controller.textView())) {
-      desktop_.beep();
+    } else {
+      bool is_done = false;
+      BundleManager::sharedInstance().executeItem(item, controller.textView(), &is_done);
+      if (!is_done) {
+        refusal_ = platform::escaped_name(name) + " could not be done";
+        desktop_.beep();
+      }
     }
     handle_events();
     if (desktop_.beeps != beeps)
@@ -234,12 +239,13 @@ class batch_run {
   void print_diff(std::string const& name, std::u16string const& before,
                   text::storage const& storage) {
     std::u16string const after = text_of(storage);
-    auto const old_lines = documents::lines_of(before), new_lines = documents::lines_of(after);
+    auto const old_lines = documents::whole_lines_of(before),
+               new_lines = documents::whole_lines_of(after);
     auto const changes = documents::differing_lines(old_lines, new_lines);
     if (changes.empty()) return;
     std::u16string const shown = unicode::to_utf16(platform::escaped_name(name));
-    output_.put(unicode::to_utf8(
-        documents::unified_diff(old_lines, new_lines, changes, u"a/" + shown, u"b/" + shown)));
+    output_.put(unicode::to_utf8(documents::unified_diff(old_lines, new_lines, changes,
+                                                         u"a/" + shown, u"b/" + shown, true)));
   }
 
   // News of files come some steps late rather than by a system call at each.
@@ -254,8 +260,7 @@ class batch_run {
   void save(std::string const& name, WynDocumentController& controller) {
     if (!options_.save && options_.save_as.empty()) return;
     // Without a step that is misspelt the others may have done harm.
-    if (!unknown_.empty())
-      return fail(name, "not saved, as there is no action " + platform::escaped_name(unknown_));
+    if (!refusal_.empty()) return fail(name, "not saved, as " + refusal_);
     if (options_.strict && desktop_.beeps > 0) {
       complain(name, "not saved, as an action failed");
       return;
@@ -355,7 +360,7 @@ class batch_run {
   AppDelegate app_;
   batch_output output_;
   std::vector<batch_macro> macros_;
-  std::string unknown_;  // an action that is unknown, of those performed on the present file
+  std::string refusal_;  // why the file isn't saved
   std::string const folder_ = path::cwd();
   unsigned steps_ = 0;
   int status_ = done;

@@ -111,7 +111,9 @@ class BundleManager final : public bundles::item_owner {
   /// Those with the longest trigger that `text`, what stands before the caret on its line, ends in.
   item_list bundleItemsForTabTrigger(std::string_view text,
                                      std::optional<std::string_view> scope = std::nullopt);
+  /// A gesture is what the mouse draws, as letters for strokes: "DR" is down, then right.
   item_list bundleItemsForMouseGesture(std::string_view gesture, std::string_view scope);
+  bool hasMouseGestures();
   /// Commands for a file with this extension, or else for any file.
   item_list bundleItemsForFileDrop(std::string_view path, std::string_view scope);
   /// The items whose selectors fit the scope best; without a scope all of them.
@@ -123,9 +125,10 @@ class BundleManager final : public bundles::item_owner {
   // Executing (BundleManager_Executing.cc)
   /// Whether a responder from `first` on can execute the item.
   static bool canExecuteItem(BundleItem const& item, platform::responder* first);
-  /// Sends the item's action to `first` and those after it; false if no responder performs it. It
-  /// is currentBundleItem() meanwhile.
-  bool executeItem(std::shared_ptr<BundleItem> const& item, platform::responder& first);
+  /// Sends the item's action to `first` and those after it; false if no responder performs it, and
+  /// `is_done` then stays as it is. It is currentBundleItem() meanwhile.
+  bool executeItem(std::shared_ptr<BundleItem> const& item, platform::responder& first,
+                   bool* is_done = nullptr);
   /// False also if there is no such item.
   bool executeItemWithUUID(std::string_view uuid, platform::responder& first);
   /// The one there is, or which the user chooses from a menu; null for none.
@@ -134,6 +137,8 @@ class BundleManager final : public bundles::item_owner {
   /// Executes what a key stands for at the caret. True when there was anything, also if the user
   /// chose nothing of it.
   bool shouldSwallowEvent(platform::key_event const& event, bundles::item_view& view);
+  /// The same for what the mouse has drawn.
+  bool executeMouseGesture(std::string_view gesture, bundles::item_view& view);
 
   // The items that are executing, the innermost last.
   void pushBundleItem(std::shared_ptr<BundleItem> item) { stack_.push_back(std::move(item)); }
@@ -146,6 +151,7 @@ class BundleManager final : public bundles::item_owner {
   template <typename T>
   using lists = std::unordered_map<std::string, std::vector<std::shared_ptr<T>>>;
 
+  bool executeOneOf(item_list candidates, bundles::item_view& view);
   bundle_list bundlesOnDiskExcluding(uuids excluded);
   void loadKind(bundles::item_kind kind) const;
   void loadItems() const;

@@ -90,6 +90,12 @@ item_list BundleManager::bundleItemsForMouseGesture(std::string_view gesture,
   return filterItemsInScope(found, scope);
 }
 
+bool BundleManager::hasMouseGestures() {
+  auto const& items = bundleItems();
+  return std::any_of(items.begin(), items.end(),
+                     [](auto const& item) { return !item->mouseGesture().empty(); });
+}
+
 item_list BundleManager::bundleItemsForFileDrop(std::string_view path, std::string_view scope) {
   std::string const extension = bundles::lowercase_extension(path);
   item_list found;

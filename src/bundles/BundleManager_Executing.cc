@@ -3,6 +3,7 @@
 #include "bundles/item_view.h"
 #include "keys/WynKeyEvent.h"
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -12,10 +13,12 @@ struct kind_action {
   char const* selector;
 };
 
-constexpr std::array<kind_action, 3> kind_actions = {{
+constexpr std::array<kind_action, 5> kind_actions = {{
     {bundles::item_kind::command, "executeCommandWithOptions:"},
     {bundles::item_kind::macro, "playMacroWithOptions:"},
     {bundles::item_kind::snippet, "insertSnippetWithOptions:"},
+    {bundles::item_kind::language, "changeLanguageToAndLearn:"},
+    {bundles::item_kind::file_template, "newDocumentFromTemplate:"},
 }};
 
 /// An item is on the stack for as long as it executes.
@@ -35,21 +38,27 @@ class stacked_item {
 }  // namespace
 
 bool BundleManager::canExecuteItem(BundleItem const& item, platform::responder* first) {
-  if (item.kind() == bundles::item_kind::file_template) return true;
-  return platform::target_for_selector(first, "executeCommandWithOptions:") != nullptr ||
-         (item.kind() != bundles::item_kind::command &&
-          platform::target_for_selector(first, "insertSnippetWithOptions:") != nullptr);
+  auto const action = std::find_if(kind_actions.begin(), kind_actions.end(),
+                                   [&](auto const& row) { return row.kind == item.kind(); });
+  return action != kind_actions.end() &&
+         platform::target_for_selector(first, action->selector) != nullptr;
 }
 
-bool BundleManager::executeItem(std::shared_ptr<BundleItem> const& item,
-                                platform::responder& first) {
+bool BundleManager::executeItem(std::shared_ptr<BundleItem> const& item, platform::responder& first,
+                                bool* is_done) {
   stacked_item const on_stack(*this, item);
-  if (item->kind() == bundles::item_kind::language)
-    return first.tryToPerformWith("changeLanguageToAndLearn:", item->UUID());
-  if (item->kind() == bundles::item_kind::file_template)
-    return first.tryToPerformWith("newDocumentFromTemplate:", item->UUID());
-  for (auto const& [kind, selector] : kind_actions)
-    if (item->kind() == kind) return first.tryToPerformWith(selector, item->content());
+  bool const has_content = item->kind() != bundles::item_kind::language &&
+                           item->kind() != bundles::item_kind::file_template;
+  for (auto const& [kind, selector] : kind_actions) {
+    platform::responder* const target =
+        item->kind() == kind ? platform::target_for_selector(&first, selector) : nullptr;
+    if (target == nullptr) continue;
+    plist::value const uuid(item->UUID());
+    plist::value const result =
+        target->performSelectorWithObject(selector, has_content ? item->content() : uuid);
+    if (is_done != nullptr) *is_done = result.boolean_or(true);
+    return true;
+  }
   return false;
 }
 
@@ -68,13 +77,20 @@ std::shared_ptr<BundleItem> BundleManager::chooseItem(item_list const& items,
   return place < 0 ? nullptr : items[static_cast<std::size_t>(place)];
 }
 
-bool BundleManager::shouldSwallowEvent(platform::key_event const& event, bundles::item_view& view) {
-  std::string const key = WynKeyEvent::keyEventWithEvent(event).stringRepresentation();
-  if (bundleItemsForKeyString(key).empty()) return false;
-  item_list candidates = bundleItemsForKeyString(key, view.scopeAtCaret());
+bool BundleManager::executeOneOf(item_list candidates, bundles::item_view& view) {
   platform::responder& first = view.itemResponder();
   std::erase_if(candidates, [&](auto const& item) { return !canExecuteItem(*item, &first); });
   if (candidates.empty()) return false;
   if (auto const item = chooseItem(candidates, view, true)) executeItem(item, first);
   return true;
+}
+
+bool BundleManager::shouldSwallowEvent(platform::key_event const& event, bundles::item_view& view) {
+  std::string const key = WynKeyEvent::keyEventWithEvent(event).stringRepresentation();
+  return !bundleItemsForKeyString(key).empty() &&
+         executeOneOf(bundleItemsForKeyString(key, view.scopeAtCaret()), view);
+}
+
+bool BundleManager::executeMouseGesture(std::string_view gesture, bundles::item_view& view) {
+  return executeOneOf(bundleItemsForMouseGesture(gesture, view.scopeAtCaret()), view);
 }

@@ -47,9 +47,12 @@ class NumberedMenu final : public QMenu {
 }  // namespace
 
 std::optional<std::size_t> run_choice_menu(std::vector<platform::menu_item> const& items,
-                                           QPoint global, QWidget* parent) {
+                                           QPoint global, double font_size, QWidget* parent) {
   // Its parent may be closed meanwhile, and takes it along.
   QPointer const menu = new NumberedMenu(parent);
+  QFont font = menu->font();
+  font.setPointSizeF(font_size);
+  menu->setFont(font);
   for (std::size_t number = 0; number < items.size(); ++number) menu->add(items[number], number);
   std::optional<std::size_t> chosen;
   QObject::connect(menu, &QMenu::triggered, menu, [&chosen](QAction* action) {

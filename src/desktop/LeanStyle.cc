@@ -3,6 +3,8 @@
 #include <QPainter>
 #include <QStyleOptionMenuItem>
 
+#include <algorithm>
+
 namespace widgets {
 
 void LeanStyle::drawControl(ControlElement element, QStyleOption const* option, QPainter* painter,
@@ -12,7 +14,9 @@ void LeanStyle::drawControl(ControlElement element, QStyleOption const* option, 
     return QProxyStyle::drawControl(element, option, painter, widget);
   QStyleOptionMenuItem without = *item;
   qsizetype const tab = item->text.indexOf(QLatin1Char('\t'));
-  QString const trigger = item->text.mid(tab + 1);
+  qsizetype const divider = item->text.lastIndexOf(key_divider);
+  QString const trigger = item->text.mid(std::max(tab, divider) + 1);
+  QString const key = divider > tab ? item->text.mid(tab + 1, divider - tab - 1) : QString();
   without.text = item->text.left(tab);
   QProxyStyle::drawControl(element, &without, painter, widget);
   constexpr int margin = 12, padding = 5;
@@ -33,7 +37,14 @@ void LeanStyle::drawControl(ControlElement element, QStyleOption const* option, 
   painter->setPen(letters);
   painter->setFont(item->font);
   painter->drawText(area, Qt::AlignCenter, trigger);
+  QRect const before(item->rect.topLeft(), QPoint(area.left() - margin, item->rect.bottom()));
+  painter->drawText(before, Qt::AlignRight | Qt::AlignVCenter, key);
   painter->restore();
+}
+
+QString key_and_trigger(QString const& key, QString const& trigger) {
+  if (trigger.isEmpty()) return key;
+  return (key.isEmpty() ? key : key + key_divider) + trigger + tab_sign;
 }
 
 }  // namespace widgets

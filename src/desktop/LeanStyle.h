@@ -21,5 +21,8 @@ class LeanStyle final : public QProxyStyle {
 };
 
 inline constexpr QChar tab_sign{0x21E5};
+inline constexpr QChar key_divider{0x2003};
+/// What stands at the right of an entry that has a key, a trigger or both.
+QString key_and_trigger(QString const& key, QString const& trigger);
 
 }  // namespace widgets

@@ -16,9 +16,7 @@ QString escaped(std::string const& title) {
 
 // Menus draw what follows a tab as the shortcut; it isn't taken as one.
 QString text_with_key(platform::menu_item const& item) {
-  QString const key = key_string_for_display(item.key);
-  QString const trigger = item.trigger.empty() ? QString() : qstring(item.trigger) + tab_sign;
-  QString const right = key.isEmpty() ? trigger : key;
+  QString const right = key_and_trigger(key_string_for_display(item.key), qstring(item.trigger));
   return right.isEmpty() ? escaped(item.title) : escaped(item.title) + QLatin1Char('\t') + right;
 }
 

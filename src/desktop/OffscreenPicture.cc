@@ -75,7 +75,7 @@ class PictureHost final : public platform::view_host {
   void input_method_changed(bool) override {}
   void show_context_menu(std::vector<platform::menu_item> const&, platform::point) override {}
   std::optional<std::size_t> choose_from_menu(std::vector<platform::menu_item> const&,
-                                              std::optional<platform::point>) override {
+                                              std::optional<platform::point>, double) override {
     return std::nullopt;
   }
   void begin_drag(plist::dictionary, std::vector<platform::rect> const&, platform::point) override {

@@ -28,8 +28,7 @@ QString on_one_line(QString text) {
 QString right_text(platform::picker_row const& row) {
   QStringList keys;
   for (std::string const& key : row.keys) keys << key_string_for_display(key);
-  if (keys.isEmpty() && !row.trigger.empty()) return on_one_line(qstring(row.trigger)) + tab_sign;
-  return keys.join(QLatin1Char(' '));
+  return key_and_trigger(keys.join(QLatin1Char(' ')), on_one_line(qstring(row.trigger)));
 }
 
 QFont bold(QFont font) {

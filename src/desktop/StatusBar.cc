@@ -26,7 +26,7 @@ struct part_kind {
 constexpr part_kind part_kinds[] = {
     {"incrementalSearch", "Incremental search", ""},
     {"isRecordingMacro", "Recording a macro", ""},
-    {"pendingKeys", "Waiting for the next key; Escape cancels", ""},
+    {"pendingKeys", "Waiting for the next key or stroke; Escape cancels", ""},
     {"snippetField", "Tab goes to the next field of the snippet", ""},
     {"fileState", "This text is not saved in any file", ""},
     {"lineNumber", "Line and column of the caret", "Line 88888, Column 888"},

@@ -231,7 +231,8 @@ void TextViewWidget::show_context_menu(std::vector<platform::menu_item> const& i
 
 // At the pointer, unless that is elsewhere: then who chooses looks at the caret.
 std::optional<std::size_t> TextViewWidget::choose_from_menu(
-    std::vector<platform::menu_item> const& items, std::optional<platform::point> where) {
+    std::vector<platform::menu_item> const& items, std::optional<platform::point> where,
+    double font_size) {
   if (client_ == nullptr) return std::nullopt;
   QPoint const mouse = viewport()->mapFromGlobal(QCursor::pos());
   QPoint place = mouse + QPoint(-10, 6);
@@ -239,7 +240,7 @@ std::optional<std::size_t> TextViewWidget::choose_from_menu(
     platform::rect const caret = client_->caret_rect();
     place = to_viewport(where.value_or(platform::point{caret.x, caret.y + caret.height}));
   }
-  return run_choice_menu(items, viewport()->mapToGlobal(place), this);
+  return run_choice_menu(items, viewport()->mapToGlobal(place), font_size, this);
 }
 
 platform::completion_list* TextViewWidget::completions() {

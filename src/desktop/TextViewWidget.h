@@ -61,7 +61,8 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   void show_context_menu(std::vector<platform::menu_item> const& items,
                          platform::point where) override;
   std::optional<std::size_t> choose_from_menu(std::vector<platform::menu_item> const& items,
-                                              std::optional<platform::point> where) override;
+                                              std::optional<platform::point> where,
+                                              double font_size) override;
   void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
                   platform::point at) override;
   platform::completion_list* completions() override;

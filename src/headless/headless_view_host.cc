@@ -59,7 +59,7 @@ void headless_view_host::show_context_menu(std::vector<platform::menu_item> cons
 }
 
 std::optional<std::size_t> headless_view_host::choose_from_menu(
-    std::vector<platform::menu_item> const& items, std::optional<platform::point>) {
+    std::vector<platform::menu_item> const& items, std::optional<platform::point>, double) {
   choice_menu = items;
   std::string const wanted = std::exchange(choice, "");
   for (std::size_t number = 0; number < items.size(); ++number)

@@ -47,7 +47,8 @@ class headless_view_host : public platform::view_host {
   void show_context_menu(std::vector<platform::menu_item> const& items,
                          platform::point where) override;
   std::optional<std::size_t> choose_from_menu(std::vector<platform::menu_item> const& items,
-                                              std::optional<platform::point> where) override;
+                                              std::optional<platform::point> where,
+                                              double font_size) override;
   void begin_drag(plist::dictionary content, std::vector<platform::rect> const& shape,
                   platform::point at) override;
   platform::completion_list* completions() override { return &completion_list; }

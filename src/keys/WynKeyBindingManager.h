@@ -36,8 +36,9 @@ class WynKeyBindingManager {
   bool interpretKeyEventForTextView(platform::key_event const& event,
                                     keys::key_binding_target& view);
 
-  /// Must be called before a view goes that has seen a key.
-  void forgetTextView(keys::key_binding_target const& view) { pending_.erase(&view); }
+  /// Drops the first keys of a binding over several, and says whether there were any. Must be
+  /// called before a view goes that has seen a key.
+  bool forgetTextView(keys::key_binding_target const& view) { return pending_.erase(&view) > 0; }
 
  private:
   void performAll(plist::array const& actions, keys::key_binding_target& view);

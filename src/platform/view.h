@@ -64,10 +64,11 @@ class view_host {
   virtual void input_method_changed(bool abandon) = 0;
   virtual void show_context_menu(std::vector<menu_item> const& items, point where) = 0;
   /// Lets the user choose one of the items, which may have single characters as keys, in a menu at
-  /// `where` or, without it, at the mouse pointer. Returns the item's number, or nothing if there
-  /// was no choice; events are handled meanwhile.
+  /// `where` or, without it, at the mouse pointer, in letters of so many points. Returns the item's
+  /// number, or nothing if there was no choice; events are handled meanwhile.
   virtual std::optional<std::size_t> choose_from_menu(std::vector<menu_item> const& items,
-                                                      std::optional<point> where) = 0;
+                                                      std::optional<point> where,
+                                                      double font_size) = 0;
   /// Drags `content`, a dictionary as for a pasteboard, under a picture of the part of the view
   /// that `shape` covers, taken at `at`. Returns when it has been dropped or given up; events are
   /// handled meanwhile, so that the client may be gone by then.

@@ -278,6 +278,9 @@ rows advanced() {
       {"WynCommandOutputLimit", integer(1, 1 << 20), 64, scope::program, "Command Output Limit",
        "Megabytes. A command that writes more, and more than twice what it reads, goes on only if "
        "the user wants it."},
+      {"WynBundleManagerDisambiguateMenuFontSize", integer(0, 100), 0, scope::program,
+       "Choice Menu Font Size",
+       "In points, of the menu that asks which of several bundle items is meant; 0 is 12."},
       {"NSDragAndDropTextDelay", integer(0, 10000), 150, scope::program, "Drag Delay",
        "Milliseconds that the mouse is held still on the selection before moving it drags text."},
       {"DisableClipboardPrecomposing", integer(0, 1), 0, scope::program, "Keep Clips Decomposed",

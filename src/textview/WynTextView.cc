@@ -268,6 +268,7 @@ void WynTextView::addAction(std::string selector, std::function<void()> action) 
 
 void WynTextView::key_down(platform::key_event const& event) {
   if (view_ == nullptr) return;
+  if (mouse_->gesture().is_going_on()) showPendingKeys("");
   mouse_->key_pressed();
   abandoned_.reset();
   hasSeenKey_ = true;
@@ -283,6 +284,10 @@ void WynTextView::key_down(platform::key_event const& event) {
 
 void WynTextView::showPendingKeys(std::string const& keys) {
   updateValueForKey(keys, "pendingKeys");
+}
+
+void WynTextView::forgetPendingKeys() {
+  if (WynKeyBindingManager::sharedInstance().forgetTextView(*this)) showPendingKeys("");
 }
 
 void WynTextView::interpretKeyEvents(platform::key_event const& event) {

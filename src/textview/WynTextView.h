@@ -107,6 +107,8 @@ class WynTextView : public platform::responder,
   void doCommandBySelector(std::string_view selector);
   void interpretKeyEvents(platform::key_event const& event) override;
   void showPendingKeys(std::string const& keys) override;
+  /// Of a binding over several keys the first ones count no more.
+  void forgetPendingKeys();
 
   // Editing (WynTextView_editing.cc)
   void insertText(std::u16string_view text);
@@ -305,6 +307,10 @@ class WynTextView : public platform::responder,
   bool isRecordingMacro() const { return macroRecordingBuffer_.has_value(); }
   /// Notes a step of the macro that is being recorded, if there is one.
   void recordMacroCommand(std::string_view command, plist::value const& argument);
+  bool isPlayingMacro() const { return macroDepth_ > 0; }
+  /// The user has cancelled something that a step does: no more steps, of the macros around it
+  /// neither.
+  void stopMacro();
 
   // Drag and drop (WynTextView_dragging.cc)
   void performNamed(char const* selector) final { performSelectorWithObject(selector, {}); }
@@ -414,10 +420,12 @@ class WynTextView : public platform::responder,
   bool replaceAndFind();
   bool findAgain(bool backward);
   void showFindNote(std::string const& note);
+  /// Of a bundle item, say: once on standard error, and each time in the status bar.
+  void tellOfFault(std::string const& fault);
   plist::value replaceAllIn(char const* scope);
   std::string performFind(std::string const& action, plist::value const& options, bool& found);
-  bool selectIncrementalMatch(text::iterator (*find)(text::view*, std::u16string const&, bool),
-                              bool further);
+  bool selectMatch(std::u16string const& string, bool backward, bool further);
+  bool selectIncrementalMatch(bool backward, bool further);
 
   // Language and styles (WynTextView_StyleSheet.cc)
   void attachTokenizer();
@@ -448,7 +456,9 @@ class WynTextView : public platform::responder,
   bool isStepOfMacro(std::string_view selector) const;
   void toggleMacroRecording();
   void abortMacroRecording();
+  class macro_run;
   bool playMacro(plist::value const& macro);
+  bool playSteps(plist::value const& macro);
   static bool saveScratchMacro();
   plist::value performNamed(std::string_view selector, plist::value const& object, bool& known);
   void recordFind(char const* action, char const* scope = nullptr);
@@ -462,7 +472,6 @@ class WynTextView : public platform::responder,
   void selectSnippetField(text::iterator_observer::subset const& field);
   bool goToSnippetField(bool forward);
   void leaveCodeSnippetEditing();
-  void leaveSnippetIfLeft();
   void publishSnippetField();
 
   // Commands (WynTextView_Commands.cc)
@@ -502,6 +511,7 @@ class WynTextView : public platform::responder,
 
   // Mouse (WynTextView_events.cc)
   void showContextMenu(platform::point p);
+  void endGesture();
   void pastePrimarySelectionAt(platform::point p);
   bool pasteFromHistory();
   void selectionDidChange();
@@ -553,10 +563,11 @@ class WynTextView : public platform::responder,
   std::unique_ptr<WynISearchWindow> iSearchWindow_;
 
   commands::command_owner* commandOwner_ = nullptr;
-  std::string shownSnippetField_;
+  std::string shownSnippetField_, snippetName_;
   std::optional<plist::array> macroRecordingBuffer_;
   bool isRecordingSuspended_ = false;
   int macroDepth_ = 0;
+  macro_run* playing_ = nullptr;  // the outermost
 
   std::u16string markedText_;
   std::size_t markedCaret_ = 0;

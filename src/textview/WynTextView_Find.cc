@@ -1,4 +1,5 @@
 #include "platform/desktop.h"
+#include "platform/log.h"
 #include "search/WynFindManager.h"
 #include "search/find_highlights.h"
 #include "search/replace_all.h"
@@ -127,6 +128,11 @@ void WynTextView::showFindNote(std::string const& note) {
   if (note.empty() && !hasFindNote_) return;
   hasFindNote_ = !note.empty();
   updateValueForKey(note, "incrementalSearch");
+}
+
+void WynTextView::tellOfFault(std::string const& fault) {
+  platform::log_once(fault);
+  showFindNote(fault);
 }
 
 plist::value WynTextView::replaceAllIn(char const* scope) {

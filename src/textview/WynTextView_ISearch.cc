@@ -1,3 +1,4 @@
+#include "platform/utf.h"
 #include "search/view_find.h"
 #include "text/views/view.h"
 #include "textview/WynISearchWindow.h"
@@ -14,6 +15,12 @@ void WynTextView::addISearchMethods() {
       return plist::value();
     });
   };
+  // What a macro has of it.
+  addMethod("selectMatch:", [this](plist::value const& what) {
+    return plist::value(selectMatch(unicode::to_utf16(what["findString"].string_or("")),
+                                    what["backward"].boolean_or(false),
+                                    what["further"].boolean_or(false)));
+  });
   add("ISIM_incrementalSearch:", false);
   add("ISIM_reverseIncrementalSearch:", true);
 }
@@ -32,19 +39,26 @@ void WynTextView::closeIncrementalSearchWindow() {
 }
 
 bool WynTextView::findNextIncrementalSearchString(bool further) {
-  return selectIncrementalMatch(&search::find_forward, further);
+  return selectIncrementalMatch(false, further);
 }
 
 bool WynTextView::findPreviousIncrementalSearchString(bool further) {
-  return selectIncrementalMatch(&search::find_backward, further);
+  return selectIncrementalMatch(true, further);
 }
 
-bool WynTextView::selectIncrementalMatch(text::iterator (*find)(text::view*, std::u16string const&,
-                                                                bool),
-                                         bool further) {
+bool WynTextView::selectIncrementalMatch(bool backward, bool further) {
   if (view_ == nullptr || iSearchWindow_ == nullptr) return false;
   std::u16string const string = iSearchWindow_->incrementalSearchString();
-  if (string.empty()) return false;
+  if (!selectMatch(string, backward, further)) return false;
+  recordMacroCommand("selectMatch:", plist::dictionary{{"findString", unicode::to_utf8(string)},
+                                                       {"backward", backward},
+                                                       {"further", further}});
+  return true;
+}
+
+bool WynTextView::selectMatch(std::u16string const& string, bool backward, bool further) {
+  if (view_ == nullptr || string.empty()) return false;
+  auto* const find = backward ? &search::find_backward : &search::find_forward;
   text::iterator const at = find(view_, string, further);
   if (at == view_->storage->end(-1)) return false;
   textview::view_will_change const scope(*this, true);

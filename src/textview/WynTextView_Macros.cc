@@ -7,6 +7,8 @@
 #include "settings/store.h"
 #include "text/views/view.h"
 #include "textview/WynTextView.h"
+#include "textview/item_names.h"
+#include "textview/macro_steps.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
@@ -69,9 +71,25 @@ class kept_surroundings {
   std::optional<actions::private_clipboard> clipboard_;
 };
 
-/// Lets the user end what takes long.
-class interruption {
+std::string place_of_step(std::size_t n) {
+  return ": commands: step " + std::to_string(n) + ": ";
+}
+
+}  // namespace
+
+/// All of a macro while it plays, with those in it. Lets the user end what takes long, and notes
+/// what could not be done.
+class WynTextView::macro_run {
  public:
+  macro_run(WynTextView& view, std::string called) : view_(view), name_(std::move(called)) {}
+
+  void stop() { is_wanted_ = true; }
+  void note(std::string const& place, std::string const& fault) {
+    view_.tellOfFault(name_ + place + fault);
+    has_fault_ = true;
+  }
+  bool has_fault() const { return has_fault_; }
+
   /// Whether the user wants no more. To be asked often.
   bool is_wanted() {
     platform::busy_panel& panel = platform::desktop::current().busy();
@@ -85,18 +103,21 @@ class interruption {
     if (panel.handle_events(0)) is_wanted_ = true;
     return is_wanted_;
   }
-  ~interruption() {
+  ~macro_run() {
     if (scope_) platform::desktop::current().busy().end();
   }
+  macro_run(macro_run const&) = delete;
+  macro_run& operator=(macro_run const&) = delete;
 
  private:
+  WynTextView& view_;
+  std::string const name_;
+  bool has_fault_ = false;
   clock::time_point const begun_ = clock::now();
   std::size_t looks_ = 0;
   bool is_wanted_ = false;
   std::optional<platform::waiting::scope> scope_;
 };
-
-}  // namespace
 
 void WynTextView::addMacroMethods() {
   addMethod("toggleMacroRecording:", [this](plist::value const&) {
@@ -123,9 +144,8 @@ void WynTextView::addMacroMethods() {
   addMethod("saveScratchMacro:",
             [](plist::value const&) { return plist::value(saveScratchMacro()); });
   for (char const* name : {"canPlayScratchMacro", "canSaveScratchMacro"})
-    addMethod(name, [this](plist::value const&) {
-      return plist::value(!isRecordingMacro() &&
-                          !settings::store().array(scratch_macro_key).empty());
+    addMethod(name, [](plist::value const&) {
+      return plist::value(!settings::store().array(scratch_macro_key).empty());
     });
 }
 
@@ -163,29 +183,48 @@ bool WynTextView::isStepOfMacro(std::string_view selector) const {
                           std::end(not_recorded);
 }
 
+// False if there was anything in it that could not be done; with a step that is none it isn't
+// begun.
 bool WynTextView::playMacro(plist::value const& macro) {
+  std::optional<macro_run> outermost;
+  if (playing_ == nullptr)
+    playing_ = &outermost.emplace(*this, textview::name_for_messages("macro"));
+  bool const is_done = playSteps(macro);
+  if (outermost) playing_ = nullptr;
+  return is_done;
+}
+
+bool WynTextView::playSteps(plist::value const& macro) {
   plist::array const steps = macro.as_array() ? *macro.as_array() : macro["commands"].elements();
+  for (std::size_t n = 0; n < steps.size(); ++n)
+    if (std::string const fault = textview::fault_of_macro_step(steps[n]); !fault.empty()) {
+      playing_->note(place_of_step(n), fault);
+      return false;
+    }
   if (macroDepth_ == deepest_macro) {
-    platform::log_once("a macro plays itself, and was ended");
+    playing_->note(": commands: ", "a macro plays itself, and was ended");
     return false;
   }
   recordMacroCommand("playMacroWithOptions:", plist::dictionary{{"commands", steps}});
   recording_suspended const unrecorded(*this);
   kept_surroundings const kept(!macro["useGlobalClipboard"].boolean_or(false));
   ++macroDepth_;
-  interruption stop;
   text::view const* const played_in = view_;
   {
     textview::view_will_change const scope(*this, true);
-    for (plist::value const& step : steps) {
-      std::string const command = step["command"].string_or("");
-      if (!tryToPerformWith(command, step["argument"]))
-        platform::log_once("a macro has a step that nobody knows: " + command);
-      if (stop.is_wanted() || view_ != played_in) break;
+    for (std::size_t n = 0; n < steps.size(); ++n) {
+      std::string const& command = *steps[n]["command"].as_string();
+      if (!tryToPerformWith(command, steps[n]["argument"]))
+        playing_->note(place_of_step(n), "there is no action " + command);
+      if (playing_->is_wanted() || view_ != played_in) break;
     }
   }
   --macroDepth_;
-  return true;
+  return !playing_->has_fault();
+}
+
+void WynTextView::stopMacro() {
+  if (playing_ != nullptr) playing_->stop();
 }
 
 bool WynTextView::saveScratchMacro() {

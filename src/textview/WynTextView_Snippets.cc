@@ -11,6 +11,7 @@
 #include "snippets/session.h"
 #include "text/views/view.h"
 #include "textview/WynTextView.h"
+#include "textview/item_names.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
@@ -21,6 +22,7 @@
 namespace {
 
 constexpr char const* expand_on_tab_key = "WynTextViewExpandSnippetsOnTab";
+constexpr char const* menu_font_size_key = "WynBundleManagerDisambiguateMenuFontSize";
 constexpr std::size_t longest_trigger_text = 200;  // units looked at before the caret
 
 std::u16string indentation_of(text::unit_view line) {
@@ -28,20 +30,27 @@ std::u16string indentation_of(text::unit_view line) {
   return std::u16string(line.substr(0, end));
 }
 
-std::string name_for_messages() {
-  BundleItem const* const item = BundleManager::sharedInstance().currentBundleItem();
-  if (item == nullptr) return "snippet";
-  Bundle const* const bundle = item->bundle();
-  return (bundle == nullptr ? "" : bundle->name() + ": ") + item->name();
-}
-
-std::string output_of(std::string const& code, commands::variables const& variables) {
+// Once the user has cancelled one, no more code runs.
+std::string output_of(std::string const& code, commands::variables const& variables,
+                      std::string const& name, bool& is_cancelled) {
+  if (is_cancelled) return {};
   commands::shell_request const request{
       .script = code, .environment = variables, .directory = commands::directory_for(variables)};
   commands::shell_result const result = commands::run_shell(request);
-  if (!result.error.empty()) platform::log_once(name_for_messages() + ": " + result.error);
+  is_cancelled = result.cancelled;
+  if (!result.error.empty()) platform::log_once(name + result.error);
   bool const is_text = unicode::to_utf8(unicode::to_utf16(result.output)) == result.output;
   return is_text ? result.output : std::string();
+}
+
+// Whether there may be a variable or code in it.
+bool asks_for_variables(std::string_view content) {
+  for (std::size_t at = 0; (at = content.find_first_of("`$", at)) != content.npos; ++at) {
+    if (content[at] == '`') return true;
+    std::size_t const name = at + 1 + (content.substr(at + 1).starts_with('{') ? 1 : 0);
+    if (name < content.size() && (content[name] < '0' || content[name] > '9')) return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -69,6 +78,10 @@ void WynTextView::addSnippetMethods() {
     return plist::value(
         BundleManager::sharedInstance().executeItemWithUUID(uuid.string_or(""), *this));
   });
+  addMethod("canExecuteBundleItem", [this](plist::value const& uuid) {
+    auto const item = BundleManager::sharedInstance().bundleItemForUUID(uuid.string_or(""));
+    return plist::value(item != nullptr && BundleManager::canExecuteItem(*item, this));
+  });
 }
 
 std::string WynTextView::scopeAtCaret() const {
@@ -87,7 +100,8 @@ std::optional<std::size_t> WynTextView::chooseFromMenu(
   platform::rect const caret = layout::caret_rectangle(*this);
   std::optional<platform::point> place;
   if (!at_mouse) place = platform::point{caret.x, caret.y + layout_.lineHeight()};
-  return host_->choose_from_menu(items, place);
+  std::int64_t const size = settings::store().integer(menu_font_size_key);
+  return host_->choose_from_menu(items, place, size == 0 ? 12 : static_cast<double>(size));
 }
 
 snippet::session* WynTextView::runningSnippet() const {
@@ -116,6 +130,13 @@ bool WynTextView::expandCodeSnippet() {
   if (items.empty()) return false;
   auto const item = manager.chooseItem(items, *this, false);
   if (item == nullptr) return true;
+  std::string fault;
+  if (item->kind() == bundles::item_kind::snippet &&
+      !snippet::validate(item->content()["content"].string_or(""), fault)) {
+    // The letters stay, and the reason is told.
+    manager.executeItem(item, *this);
+    return true;
+  }
   textview::view_will_change const scope(*this, true);
   recordMacroCommand("deleteTabTrigger:", item->tabTrigger());
   deleteTabTrigger(item->tabTrigger());
@@ -139,21 +160,27 @@ bool WynTextView::insertSnippet(plist::value const& options) {
   if (content == nullptr) return false;
   text::view& view = *view_;
   snippet::parse_options parsing;
-  parsing.variables = commands::environment_for(this);
+  // Much of it is asked of the whole text, scopes for one.
+  if (asks_for_variables(*content)) parsing.variables = commands::environment_for(this);
   text::iterator const first = view.selection.first().base;
   if (options["disableAutoIndent"].integer_or(0) == 0)
     parsing.indent = unicode::to_utf8(indentation_of(view.storage->line_units(first.line)));
   parsing.tab_size = tabSize();
   parsing.soft_tabs = treatsSpacesAsTabs();
-  parsing.run_command = output_of;
+  snippetName_ = textview::name_for_messages("snippet") + ": content: ";
+  bool is_cancelled = false;
+  parsing.run_command = [&](std::string const& code, commands::variables const& variables) {
+    return output_of(code, variables, snippetName_, is_cancelled);
+  };
   std::uint32_t const memento = view.storage->current_memento;
   std::string fault;
   std::vector<std::string> warnings;
   auto snippet = snippet::parse(*content, parsing, fault, warnings);
-  for (std::string const& warning : warnings)
-    platform::log_once(name_for_messages() + ": " + warning);
+  for (std::string const& warning : warnings) tellOfFault(snippetName_ + warning);
+  if (is_cancelled) stopMacro();
+  if (is_cancelled) return false;
   if (snippet == nullptr) {
-    platform::log_once(name_for_messages() + ": " + fault);
+    tellOfFault(snippetName_ + fault);
     return false;
   }
   // Code was waited for, and the text may be another one by now.
@@ -174,7 +201,8 @@ void WynTextView::insertParsedSnippet(snippet::snippet_t inserted) {
     view.insert(text.begin(), text.end());
     first = view.selection.current_mark.base - static_cast<std::ptrdiff_t>(text.size());
   } else {
-    if (view.has_selection()) first = view.erase_selection().base;
+    if (view.has_selection()) view.erase_selection();
+    first = make_base_iter(view.selection.current_mark);
     view.selection.set_caret({&view, first});
     view.storage->insert(std::as_const(first), text.begin(), text.end());
   }
@@ -212,23 +240,17 @@ void WynTextView::leaveCodeSnippetEditing() {
   setNeedsDisplay();
 }
 
-// The caret has gone elsewhere, and what is typed there isn't for the field.
-void WynTextView::leaveSnippetIfLeft() {
-  if (runningSnippet() == nullptr) return;
-  auto const field = view_->snippet_observer->active_tab_stop();
-  text::selection const& selection = view_->selection;
-  bool const is_inside = inside(selection.current_mark.base, field) &&
-                         inside(selection.first_mark.base, field) &&
-                         inside(selection.last_mark.base, field);
-  if (!is_inside) leaveCodeSnippetEditing();
-}
-
 void WynTextView::publishSnippetField() {
   snippet::session const* const session = runningSnippet();
   std::string text;
   if (session != nullptr) {
     auto const [field, count] = session->state()->progress();
     text = "Field " + std::to_string(field) + " of " + std::to_string(count);
+    std::string const& fault = session->state()->fault();
+    if (!fault.empty()) {
+      platform::log_once(snippetName_ + fault);
+      text += ", but " + fault;
+    }
   }
   if (text == shownSnippetField_) return;
   shownSnippetField_ = text;

@@ -300,7 +300,7 @@ void WynTextView::insert_text(std::u16string_view text) {
   markedText_.clear();
   auto const late = std::exchange(abandoned_, std::nullopt);
   if (iSearchWindow_ != nullptr) return iSearchWindow_->insertText(text);
-  if (late && view_ != nullptr && late->text == text &&
+  if (late && view_ != nullptr && !isRecordingMacro() && late->text == text &&
       late->memento == view_->storage->current_memento)
     return insertElsewhere(late->at, text);
   insertText(text);

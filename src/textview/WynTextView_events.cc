@@ -1,4 +1,5 @@
 #include "actions/clipboard.h"
+#include "bundles/BundleManager.h"
 #include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
@@ -35,6 +36,7 @@ platform::cursor WynTextView::cursor_at(point p, std::uint32_t modifiers) const 
 void WynTextView::mouse_down(mouse_event const& event) {
   closeIncrementalSearchWindow();
   showFindNote("");
+  forgetPendingKeys();
   if (view_ == nullptr) return;
   if (isRecordingMacro()) {
     platform::desktop::current().alerts().run({"You are recording a macro", "", {"Continue"}});
@@ -43,17 +45,34 @@ void WynTextView::mouse_down(mouse_event const& event) {
   abandonMarkedText();
   mouse_->take_modifiers(event.modifiers);
   if (event.button == mouse_button::middle) return pastePrimarySelectionAt(event.position);
-  if (event.button == mouse_button::right) return showContextMenu(event.position);
+  if (event.button == mouse_button::right) {
+    // Where a movement may mean something, the menu waits for the release.
+    if (!BundleManager::sharedInstance().hasMouseGestures()) return showContextMenu(event.position);
+    return mouse_->gesture().begin(event.position);
+  }
   if (toggleBookmarkAtClick(event.position) || toggleFoldingAtClick(event)) return;
   mouse_->press(event);
 }
 
 void WynTextView::mouse_dragged(mouse_event const& event) {
-  if (view_ != nullptr) mouse_->drag(event);
+  if (view_ == nullptr) return;
+  if (event.button != mouse_button::right) return mouse_->drag(event);
+  if (mouse_->gesture().move_to(event.position))
+    showPendingKeys("Gesture " + mouse_->gesture().strokes());
 }
 
 void WynTextView::mouse_up(mouse_event const& event) {
+  if (event.button == mouse_button::right && mouse_->gesture().is_going_on()) return endGesture();
   mouse_->release(event);
+}
+
+void WynTextView::endGesture() {
+  textview::mouse_gesture const gesture = mouse_->gesture();
+  mouse_->gesture().cancel();
+  showPendingKeys("");
+  if (gesture.strokes().empty()) return showContextMenu(gesture.begun_at());
+  if (!BundleManager::sharedInstance().executeMouseGesture(gesture.strokes(), *this))
+    platform::desktop::current().beep();
 }
 
 void WynTextView::pastePrimarySelectionAt(point p) {

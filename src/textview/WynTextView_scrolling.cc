@@ -277,6 +277,7 @@ void WynTextView::focus_changed() {
     showCaret();
   } else {
     blinkTimer_.reset();
+    forgetPendingKeys();
     WynCompletionManager::sharedInstance().closeFor(*this);
   }
   setNeedsDisplay();

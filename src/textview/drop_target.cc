@@ -29,7 +29,8 @@ std::u16string_view units_of(std::vector<char16_t> const& text) {
 drop_target::drop_target(pointed_view& text_view) : text_view_(text_view) {}
 
 std::uint32_t drop_target::operation_for(drag_info const& info) const {
-  if (text_view_.view() == nullptr || text_view_.host() == nullptr) return operation::none;
+  if (text_view_.view() == nullptr || text_view_.host() == nullptr || text_view_.isRecordingMacro())
+    return operation::none;
   bool const can_copy = info.operations & operation::copy;
   std::uint32_t const generic = info.operations & operation::generic;
   if (!info.is_from_this_view) return can_copy ? operation::copy : generic;

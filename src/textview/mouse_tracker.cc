@@ -101,6 +101,11 @@ bool mouse_tracker::arm_drag(mouse_event const& event) {
   return true;
 }
 
+void mouse_tracker::key_pressed() {
+  is_option_tap_ = has_moved_ = false;
+  gesture_.cancel();
+}
+
 void mouse_tracker::disarm() {
   arm_ = drag_arm::none;
   arm_timer_.reset();
@@ -109,6 +114,7 @@ void mouse_tracker::disarm() {
 void mouse_tracker::forget_press() {
   disarm();
   autoscroll_timer_.reset();
+  gesture_.cancel();
   is_pressed_ = false;
 }
 

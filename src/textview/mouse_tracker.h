@@ -4,6 +4,7 @@
 #include "platform/geometry.h"
 #include "platform/run_loop.h"
 #include "text/views/selection.h"
+#include "textview/mouse_gesture.h"
 #include "textview/pointed_view.h"
 
 #include <cstdint>
@@ -16,8 +17,8 @@ bool is_option_alone(std::uint32_t modifiers);
 
 /// The left button from its press to its release, and the keys held with it. Pressed in the text it
 /// selects by units, words or lines, and the view scrolls after the mouse; pressed on the selection
-/// and held for a moment it drags that away. Where the view shows a document, all of its events
-/// come here; the view owns this. Main thread only.
+/// and held for a moment it drags that away. The right button draws gestures. Where the view shows
+/// a document, all of its events come here; the view owns this. Main thread only.
 class mouse_tracker {
  public:
   explicit mouse_tracker(pointed_view& text_view);
@@ -31,10 +32,13 @@ class mouse_tracker {
   /// A button is pressed with these keys, so that Option, if it is held, is no tap.
   void take_modifiers(std::uint32_t modifiers);
   /// A key is pressed, likewise; a drag has to move again.
-  void key_pressed() { is_option_tap_ = has_moved_ = false; }
+  void key_pressed();
 
   /// Whether moving the mouse drags the selection.
   bool is_drag_armed() const { return arm_ == drag_arm::armed; }
+  /// What is drawn with the right button. A key pressed meanwhile ends it.
+  mouse_gesture& gesture() { return gesture_; }
+
   /// The press counts no more: its release goes elsewhere, or the document or the host is going.
   void forget_press();
 
@@ -67,6 +71,7 @@ class mouse_tracker {
   granularity granularity_ = granularity::unit;
   text::selection anchor_;            ///< what the press selected, for selecting by words or lines
   std::uint32_t anchor_memento_ = 0;  ///< of the text in which it did
+  mouse_gesture gesture_;
   drag_arm arm_ = drag_arm::none;
   std::unique_ptr<platform::timer> autoscroll_timer_, arm_timer_;
 };

@@ -33,6 +33,8 @@ rect corner_of_columns(WynTextView const& text_view) {
 
 view_will_change::view_will_change(WynTextView& tv, bool grouped)
     : text_view(tv),
+      document(tv.document()),
+      begun_in(*tv.view()),
       is_seen(tv.isSeen()),
       had_selection(tv.view()->has_selection()),
       group(grouped) {
@@ -58,8 +60,12 @@ std::size_t view_will_change::shown_columns() const {
 }
 
 view_will_change::~view_will_change() {
-  text::view& view = *text_view.view();
+  text::view& view = begun_in;
   if (group) view.storage->undo_manager.end_group();
+  if (text_view.view() != &view) {
+    if (--text_view.viewChangeNesting_ == 0) view.did_end_action();
+    return;
+  }
 
   bool const center = is_seen && view.center_selection_pending && selection_is_out_of_sight();
   view.center_selection_pending = false;
@@ -68,8 +74,6 @@ view_will_change::~view_will_change() {
   if (is_seen) show_outcome(center, outermost);
   drop_left_ranges();
   if (!outermost) return;
-  // Undo and redo bring back where the caret was, and what they pass has no say.
-  if (group) text_view.leaveSnippetIfLeft();
   text_view.publishSnippetField();
   view.did_end_action();
   view.first_refresh_line = no_line;

@@ -4,15 +4,20 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
+class WynDocument;
 class WynTextView;
+namespace text {
+class view;
+}
 
 namespace textview {
 
 /// Brackets everything that the user does to a text view: while it lives, changes of text collect
 /// in one undo step (with `group`), and when the outermost one ends, what has to be drawn again is
 /// marked, the caret is scrolled into sight and the status bar is updated. The view must show a
-/// document, also at the end.
+/// document; if it is another one at the end, what was begun in the former is ended.
 class view_will_change {
  public:
   explicit view_will_change(WynTextView& text_view, bool group = true);
@@ -32,6 +37,9 @@ class view_will_change {
   void drop_left_ranges();
 
   WynTextView& text_view;
+  /// The document is kept, should the text view show another one in between.
+  std::shared_ptr<WynDocument> const document;
+  text::view& begun_in;
   bool is_seen;  ///< else nothing of what shows is kept up to date
   wyn::region old_region;
   platform::rect old_caret;

@@ -130,7 +130,7 @@ void WynDocumentController::showWindow() {
 
 bool WynDocumentController::canBeUsedForNewDocument() const {
   return document_ != nullptr && document_->filename().empty() && document_->storage().empty() &&
-         !document_->isDocumentEdited();
+         !document_->isDocumentEdited() && !textView_.isPlayingMacro();
 }
 
 bool WynDocumentController::isDocumentEdited() const {

@@ -166,6 +166,7 @@ class file_check {
     if (type == selector && !scope::parse_selector(string, &reason))
       at(to, "invalid scope selector: " + reason);
     if (type == key_event && !is_key(string)) at(to, "is no key");
+    if (type == gesture && !is_gesture(string)) at(to, "is no sequence of U, D, L and R");
     if (type != program) return;
     if (regex::transformation_program const parsed(string); !parsed.fault().empty())
       at(to, parsed.fault());
@@ -176,6 +177,12 @@ class file_check {
     std::size_t last = text.size();
     while (last > 0 && (text[--last] & 0xC0) == 0x80) continue;
     return text.substr(0, last).find_first_not_of("#^~$@") == text.npos;
+  }
+
+  // Two strokes of one direction are one.
+  static bool is_gesture(std::string const& text) {
+    return !text.empty() && text.find_first_not_of("UDLR") == text.npos &&
+           std::adjacent_find(text.begin(), text.end()) == text.end();
   }
 
   void snippet_text(std::string const& text) {

@@ -7,7 +7,7 @@ using enum content_type;
 
 key_types const item_keys = {{"uuid", text},       {"name", text},
                              {"scope", selector},  {"keyEquivalent", key_event},
-                             {"tabTrigger", text}, {"mouseGesture", text},
+                             {"tabTrigger", text}, {"mouseGesture", gesture},
                              {"bundleUUID", text}, {"draggedFileExtensions", texts},
                              {"help", text},       {"comment", text}};
 key_types const command_keys = {{"command", text},

@@ -21,6 +21,7 @@ enum class content_type : std::uint8_t {
   end_pattern,  // with references to groups of the begin pattern
   selector,
   key_event,
+  gesture,  // letters for strokes
   color,
   pairs,      // a list of lists of two texts
   variables,  // a list of tables with name and value
