@@ -22,7 +22,7 @@ names const taking_an_argument = {"findWithOptions:",          "insertText:",
                                   "changeLanguageToAndLearn:", "takeThemeFrom:",
                                   "acceptCompletion:",         "matchesForString:",
                                   "selectCommandResult:",      "extendSelectionInScope:",
-                                  "executeCommandWithTag:"};
+                                  "executeCommandWithTag:",    "selectMatch:"};
 
 // Other names of actions that have a menu item or a key: Backward and Forward of Left and Right.
 names const synonyms = {"insertParagraphSeparator:",

@@ -21,7 +21,8 @@ TEST_F(bundle_test, check_bundle_tells_every_fault) {
       "{ uuid = B; name = ( ); ordering = ( L, gone ); mainMenu = { items = ( M ); submenus = { "
       "M = { items = ( L, N ); }; }; }; }");
   put("Bad.qnbundle/Commands/c.plist",
-      "{ uuid = C; name = x; keyEquivalent = '@ab'; output = nowhere; cmd = x; }");
+      "{ uuid = C; name = x; keyEquivalent = '@ab'; mouseGesture = DD; output = nowhere; cmd = x; "
+      "}");
   put("Bad.qnbundle/Snippets/s.plist",
       "{ uuid = L; name = x; scope = '(a'; content = '${1:a${1:b}}'; }");
   put("Bad.qnbundle/Snippets/t.plist", "{ uuid = T; name = x; content = 'a $ b'; }");
@@ -41,7 +42,8 @@ TEST_F(bundle_test, check_bundle_tells_every_fault) {
       "{ uuid = Q; isDelta = 1; changed = { settings = { bold = x; }; }; deleted = x; }");
   EXPECT_EQ(told_about(folder / "Bad.qnbundle"),
             "name: is missing\nname: is not a stri\n"
-            "cmd: unknown key\nkeyEquivalent: is no key\noutput: cannot be \"no\n"
+            "cmd: unknown key\nkeyEquivalent: is no key\nmouseGesture: is no sequenc\noutput: "
+            "cannot be \"no\n"
             "command: is missing\nscope: invalid scope\ncontent: tab stop #1 c\n"
             "content: line 1:3: une\nuuid: is that of s.\n"
             "settings.completions: is not an arr\nsettings.foreground: is no colour \n"

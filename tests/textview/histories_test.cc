@@ -1,7 +1,6 @@
 #include "actions/WynPasteboardManager.h"
+#include "bundles/BundleManager.h"
 #include "search/WynFindManager.h"
-#include "snippets/parse_snippet.h"
-#include "snippets/session.h"
 #include "text/random_text.h"
 #include "text/views/bookmark_filter.h"
 #include "text/views/folding_filter.h"
@@ -9,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -24,7 +24,7 @@ using namespace textview;
 namespace {
 
 struct step {
-  enum kind { action, go_to, select, select_columns, move, compose, insert_snippet, next_field };
+  enum kind { action, go_to, select, select_columns, move, compose };
 
   std::size_t view = 0;
   kind what = action;
@@ -41,9 +41,12 @@ std::string described(step const& made) {
   if (made.what == step::action) {
     std::string const text = made.argument.string_or("");
     out << made.selector << " " << (text.size() < 40 ? text : std::to_string(text.size()));
-    if (made.argument.as_dictionary() != nullptr) out << made.argument["findString"].string_or("");
-  } else if (made.what >= step::compose) {
-    out << (made.what == step::next_field ? "next field" : made.selector);
+    if (made.argument.as_dictionary() != nullptr)
+      out << made.argument["findString"].string_or(made.argument["content"].string_or(""));
+    for (plist::value const& part : made.argument.elements())
+      out << part["command"].string_or("") << " ";
+  } else if (made.what == step::compose) {
+    out << made.selector;
   } else {
     out << (made.what == step::go_to    ? "go to"
             : made.what == step::select ? "select"
@@ -168,7 +171,7 @@ class world {
   void run(step const& made) {
     shown_view& at = views_[made.view];
     if (made.what == step::action) {
-      if (made.argument.as_dictionary() != nullptr)
+      if (made.argument["findString"])
         WynFindManager::sharedInstance().setOptions(made.argument.entries());
       return at.perform(made.selector, made.argument);
     }
@@ -177,8 +180,6 @@ class world {
       at.view.set_marked_text(text, 0, text.size());
       return made.lines % 3 == 0 ? at.view.unmark_text() : at.view.insert_text(text + u"x");
     }
-    if (made.what == step::insert_snippet) return insert_snippet(at, made.selector);
-    if (made.what == step::next_field) return go_to_next_field(at);
     text::storage& storage = document_->storage();
     std::size_t const line = made.line % storage.lines();
     std::size_t const column = made.column % (storage.size(line) + 1);
@@ -199,32 +200,6 @@ class world {
       return;
     view_will_change const scope(shown.view, true);
     view.move_selection_to({&view, to});
-  }
-  static void insert_snippet(shown_view& shown, std::string const& source) {
-    text::view& view = *shown.view.view();
-    std::string fault;
-    std::vector<std::string> warnings;
-    auto const made = snippet::parse(source, {}, fault, warnings);
-    ASSERT_NE(made, nullptr) << fault;
-    view_will_change const scope(shown.view, true);
-    view.erase_selection();
-    text::iterator const at = view.selection.first().base;
-    view.storage->insert(at, made->text().begin(), made->text().end());
-    view.set_snippet_observer(std::make_unique<snippet::session>(view, at, *made));
-    select_field(view);
-  }
-  static void go_to_next_field(shown_view& shown) {
-    text::view& view = *shown.view.view();
-    auto* const live = dynamic_cast<snippet::session*>(view.snippet_observer.get());
-    if (live == nullptr || !live->is_running()) return;
-    view_will_change const scope(shown.view, false);
-    live->next();
-    select_field(view);
-  }
-  static void select_field(text::view& view) {
-    auto const field = view.snippet_observer->active_tab_stop();
-    view.selection.set_caret({&view, {field.first(), view.storage}});
-    view.selection.select_to({&view, {field.last(), view.storage}}, false);
   }
   void expect_inside(text::iterator_observer::subset const& range) {
     text::storage const& storage = document_->storage();
@@ -258,7 +233,7 @@ class step_maker {
     if (choice < 82) return action(made, pick(marks));
     if (choice < 88) return action(made, pick(known_));
     if (choice < 92) return search(made);
-    if (choice < 95) return random_.one_in(3) ? compose(made) : snippet(made);
+    if (choice < 95) return random_.one_in(3) ? compose(made) : item(made);
     if (choice < 98) return action(made, pick(rest));
     return action(made, random_.one_in(2) ? "undo:" : "redo:");
   }
@@ -335,12 +310,29 @@ class step_maker {
     made.lines = random_.below(3);
     return made;
   }
-  step snippet(step& made) {
+  /// Snippets and macros; of bundles, as the select window executes them, too.
+  step item(step& made) {
     static names const sources = {"${1:a} $1 ${2:b} $0.", "${2:x${1:y}z}\n$2 ${1/./-/g}",
                                   "f(${1:a}\t)\n{\n\t$1$0\n}\n"};
-    made.what = random_.one_in(2) ? step::insert_snippet : step::next_field;
-    made.selector = pick(sources);
-    return made;
+    std::size_t const what = random_.below(8);
+    if (what < 3)
+      return action(made, "insertSnippet:", plist::dictionary{{"content", pick(sources)}});
+    if (what < 5) return action(made, what == 3 ? "nextSnippetField:" : "previousSnippetField:");
+    if (what < 6) return action(made, "executeBundleItem:", pick(shipped_));
+    plist::array steps;
+    for (std::size_t n = random_.below(5); n > 0; --n)
+      steps.push_back(plist::dictionary{{"command", random_.one_in(2) ? pick(edits) : pick(rest)}});
+    steps.push_back(plist::dictionary{{"command", "insertText:"}, {"argument", "m"}});
+    return action(made, "playMacroWithOptions:", std::move(steps));
+  }
+  static names shipped_items() {
+    names result;
+    for (auto const& item :
+         BundleManager::sharedInstance().bundleItemsOfKind(bundles::item_kind::snippet))
+      if (item->content()["content"].string_or("`").find('`') == std::string::npos)
+        result.push_back(item->UUID());
+    std::sort(result.begin(), result.end());
+    return result;
   }
   step action(step& made, std::string selector, plist::value argument = {}) {
     made.selector = std::move(selector);
@@ -355,7 +347,8 @@ class step_maker {
       "insertNewline:",  "insertNewline:",          "insertTab:",     "deleteWordLeft:",
       "delete:",         "deleteToEndOfParagraph:", "indent:",        "insertNewline:"};
   static inline names const clipboard = {
-      "cut:", "copy:", "copy:", "paste:", "paste:", "yank:", "pasteWithoutReindent:"};
+      "cut:",  "copy:",          "copy:",      "paste:",          "paste:",
+      "yank:", "pastePrevious:", "pasteNext:", "nextCompletion:", "pasteWithoutReindent:"};
   static inline names const movements = {"moveLeft:",
                                          "moveRight:",
                                          "moveUp:",
@@ -378,7 +371,7 @@ class step_maker {
       "enterLineAppendMode:", "enterLineAppendMode:", "cancel:",
       "toggleOverwriteMode:", "toggleSoftWrap:",      "toggleFreehandedEdit:"};
 
-  names const known_ = actions_of_views();
+  names const known_ = actions_of_views(), shipped_ = shipped_items();
   random_source& random_;
   bool large_, wide_;
 };

@@ -37,6 +37,8 @@ filled_snippet const filled[] = {
     {"x|y", "$0", u"z", "xz|y"},
     {"|", "no fields", u"", "no fields|"},
     {"{\n}c", "(${1:k})$0", u"z", "(z|)\n(z)c"},
+    {"{a\nb\n}c", "<${1:k}=$1 ${2:v}>$0", u"z\tw\t!", "<z=z w>!|a\n<z=z w>!b\n<z=z w>!c"},
+    {"{\n}", "${1/./x/g}${1:k}\n${2:v}$0", u"ab\t\n-\t", "xxab\n\n-|\nxxab\n\n-"},
 };
 
 TEST_F(items, snippets_are_filled_in_and_taken_back) {
@@ -55,7 +57,7 @@ TEST_F(items, snippets_are_filled_in_and_taken_back) {
   }
 }
 
-TEST_F(items, a_snippet_ends_where_the_caret_leaves_its_field) {
+TEST_F(items, a_snippet_ends_with_an_edit_outside_its_field) {
   shown_view shown("|");
   std::string field;
   shown.view.bind([&](std::string_view key, plist::value const& value) {
@@ -69,9 +71,14 @@ TEST_F(items, a_snippet_ends_where_the_caret_leaves_its_field) {
   shown.perform("insertBacktab:");
   EXPECT_EQ(shown.get(), "f([a], b)");
   shown.perform("moveToEndOfDocument:");
+  shown.perform("insertTab:");
+  EXPECT_EQ(shown.get(), "f(a, [b])");
+  shown.perform("moveToEndOfDocument:");
+  EXPECT_EQ(field, "Field 2 of 2");
+  shown.view.insertText(std::u16string_view(u";"));
   EXPECT_EQ(field, "");
   shown.perform("insertTab:");
-  EXPECT_EQ(shown.text(), "f(a, b)\t");
+  EXPECT_EQ(shown.text(), "f(a, b);\t");
 }
 
 TEST_F(items, code_runs_when_the_snippet_is_inserted) {
@@ -119,6 +126,46 @@ TEST_F(items, triggers_are_expanded_and_recorded) {
   EXPECT_EQ(shown.text(), expanded);
   shown.perform("undo:");
   EXPECT_EQ(shown.text(), "");
+}
+
+// Without an item that has a gesture the menu opens at once.
+TEST_F(items, strokes_of_the_right_button_execute_items) {
+  temporary_folder const folder;
+  auto& manager = BundleManager::sharedInstance();
+  auto const item = manager.bundleItemsForTabTrigger("main", "source.c").front();
+  item->setMouseGesture("DR");
+  std::vector<platform::menu_item> const menu(1);
+  struct {
+    std::vector<platform::point> moves;
+    bool executes, opens_menu, beeps;
+  } const cases[] = {{{{60, 90}, {62, 92}, {95, 94}}, true, false, false},
+                     {{{60, 50}, {61, 52}}, false, true, false},
+                     {{{60, 90}}, false, false, true},
+                     {{}, false, true, false}};
+  for (auto const& [moves, executes, opens_menu, beeps] : cases) {
+    SCOPED_TRACE(moves.size());
+    shown_view shown("|", WynDocument::documentWithContentsOfFile(folder.write("a.c", "")));
+    shown.view.setContextMenu(menu);
+    desktop_.beeps = 0;
+    auto const mouse = [](platform::point at) {
+      return platform::mouse_event{at, platform::mouse_button::right, 1, 0};
+    };
+    for (bool const interrupted : {true, false}) {
+      shown.view.mouse_down(mouse({60, 50}));
+      for (platform::point const& at : moves) shown.view.mouse_dragged(mouse(at));
+      EXPECT_TRUE(shown.host.context_menu.empty());
+      if (interrupted) shown.press(std::u16string(1, platform::function_key::escape));
+      shown.view.mouse_up(mouse(moves.empty() ? platform::point{60, 50} : moves.back()));
+      EXPECT_EQ(!shown.text().empty(), executes && !interrupted);
+      EXPECT_EQ(!shown.host.context_menu.empty(), opens_menu && !interrupted);
+      EXPECT_EQ(desktop_.beeps, beeps && !interrupted ? 1 : 0);
+    }
+  }
+  item->setMouseGesture("");
+  shown_view shown("|");
+  shown.view.setContextMenu(menu);
+  shown.view.mouse_down({{60, 50}, platform::mouse_button::right, 1, 0});
+  EXPECT_FALSE(shown.host.context_menu.empty());
 }
 
 TEST_F(items, macros_leave_clipboard_and_find_options_as_they_were) {
