@@ -8,11 +8,13 @@
 
 namespace actions {
 
-std::u16string spaces_to_tabs(text::unit_view text, std::size_t tab_size) {
+std::u16string spaces_to_tabs(text::unit_view text, std::size_t tab_size,
+                              std::size_t start_column) {
   return with_each_line(text, [&](text::unit_view line, std::u16string& result) {
-    auto const expanded = text::convert_tabs_to_spaces(line, 0, text::tab_stops(tab_size));
+    auto const expanded =
+        text::convert_tabs_to_spaces(line, start_column, text::tab_stops(tab_size));
     text::unit_view rest(expanded.data(), expanded.size());
-    std::size_t column = 0;
+    std::size_t column = start_column;
     while (!rest.empty()) {
       text::unit_view const before = rest.substr(0, rest.find(u"  "));
       result += before;

@@ -76,6 +76,11 @@ void align(text::view* view, alignment how) {
                     aligned(selected_text(view), how, view->selection.width(), view->tab_size));
 }
 
+/// Where the lines of the selected text begin.
+std::size_t first_column(text::view* view) {
+  return view->selection.column_mode ? text::box(view).first_column : 0;
+}
+
 std::u16string reversed_characters(text::unit_view text) {
   std::u16string result;
   result.reserve(text.size());
@@ -152,13 +157,13 @@ void view_align_justified(text::view* view) {
 
 void view_change_tabs_to_spaces(text::view* view) {
   std::u16string const text = selected_text(view);
-  std::size_t const start = view->selection.column_mode ? text::box(view).first_column : 0;
-  auto const result = text::convert_tabs_to_spaces(text, start, text::tab_stops(view->tab_size));
+  auto const result =
+      text::convert_tabs_to_spaces(text, first_column(view), text::tab_stops(view->tab_size));
   replace_selection(view, {result.data(), result.size()});
 }
 
 void view_change_spaces_to_tabs(text::view* view) {
-  replace_selection(view, spaces_to_tabs(selected_text(view), view->tab_size));
+  replace_selection(view, spaces_to_tabs(selected_text(view), view->tab_size, first_column(view)));
 }
 
 text::char_t toggle_case(text::char_t unit) {

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "actions/capitalize.h"
 #include "actions/convert_spaces.h"
 #include "actions/line_order.h"
 #include "actions/reformat.h"
@@ -18,6 +19,8 @@ using namespace actions;
 
 // The transformations are loops where patterns would say the same more slowly; here they are
 // compared with these patterns, and with what the shell's tools make of a text.
+
+using namespace std::string_view_literals;
 
 namespace {
 
@@ -111,15 +114,41 @@ TEST(transformations, reformatting_keeps_words_within_the_width) {
   }
 }
 
+TEST(transformations, rows_hang_below_the_text_after_a_mark) {
+  for (char16_t const mark : u"*-o\u2022\u00b7x#"sv) {
+    bool const hangs = mark != u'x' && mark != u'#';
+    EXPECT_EQ(
+        reformatted(u" " + std::u16string(1, mark) + u" aaaa bbbb\ncc", {8, 4, false, true}),
+        u" " + std::u16string(1, mark) + u" aaaa\n" + (hangs ? u"   bbbb\n   cc" : u"bbbb cc"))
+        << unicode::to_utf8(std::u16string(1, mark));
+  }
+}
+
+TEST(transformations, outer_words_are_capitals_and_some_inner_ones_are_not) {
+  struct {
+    char16_t const *text, *capital;
+  } const cases[] = {{u"the LORD of the rings", u"The Lord of the Rings"},
+                     {u"of mice, and MEN of", u"Of Mice, and Men Of"},
+                     {u"of\n", u"Of\n"},
+                     {u"one of\nof two\n", u"One of\nof Two\n"},
+                     {u"(of) and-then 'of' of.", u"(Of) And-then 'of' of."}};
+  auto const is_excluded = [](std::u16string const& word) {
+    return word == u"of" || word == u"the" || word == u"and";
+  };
+  for (auto const& [text, capital] : cases)
+    EXPECT_EQ(unicode::to_utf8(capitalized(text, is_excluded)), unicode::to_utf8(capital));
+}
+
 TEST(transformations, tabs_for_spaces_change_no_column) {
   for (unsigned seed = 0; seed < 1000; ++seed) {
     random_source random(seed);
     auto const text = random.text(random.up_to(30), u"ab   \t\n");
-    auto const before = lines_of(text), after = lines_of(spaces_to_tabs(text, 4));
+    size_t const start = random.up_to(5);
+    auto const before = lines_of(text), after = lines_of(spaces_to_tabs(text, 4, start));
     ASSERT_EQ(before.size(), after.size());
     for (size_t i = 0; i < before.size(); ++i)
-      ASSERT_EQ(text::expanded_width(before[i], 0, text::tab_stops(4)),
-                text::expanded_width(after[i], 0, text::tab_stops(4)))
+      ASSERT_EQ(text::expanded_width(before[i], start, text::tab_stops(4)),
+                text::expanded_width(after[i], start, text::tab_stops(4)))
           << "seed " << seed;
   }
 }
