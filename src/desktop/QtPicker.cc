@@ -152,7 +152,8 @@ bool PickerDialog::handle_key(QKeyEvent& event) {
     return true;
   }
   bool const is_plain = !(event.modifiers() & ~Qt::KeypadModifier);
-  if (is_plain && (!takes_keys_ || has_key_) && move_in_rows(event.key())) return true;
+  bool const has_rows = has_key_ && source_.pending_keys().empty();
+  if (is_plain && (!takes_keys_ || has_rows) && move_in_rows(event.key())) return true;
   if (takes_keys_) show_key(event);
   return takes_keys_;
 }
@@ -190,7 +191,10 @@ void PickerDialog::show_key(QKeyEvent const& event) {
   std::string const name = WynKeyEvent::keyEventWithEvent(key).stringRepresentation();
   if (key.characters.empty() || name.empty()) return;
   has_key_ = true;
-  field_->setText(key_string_for_display(name));
+  QStringList keys;
+  for (std::string const& each : source_.pending_keys()) keys << key_string_for_display(each);
+  keys << key_string_for_display(name);
+  field_->setText(keys.join(QLatin1Char(' ')));
   source_.take_key(key);
   rows_changed();
 }

@@ -27,6 +27,8 @@ class picker_source {
   virtual void set_filter(std::string const& text) = 0;
   /// The user has pressed a key in a picker that takes keys; the rows are others from now on.
   virtual void take_key(key_event const& key) = 0;
+  /// Key strings of those taken that mean nothing yet without the next one.
+  virtual std::vector<std::string> pending_keys() const { return {}; }
   virtual std::size_t count() const = 0;
   virtual picker_row row(std::size_t index) const = 0;
   /// A line about all of it, shown below the rows; may be empty.
@@ -38,8 +40,8 @@ class picker_source {
 
 struct picker_request {
   std::string title;
-  /// Keys go to the source instead of a field for text. Once one has been pressed, the arrow keys
-  /// and Return are for the rows.
+  /// Keys go to the source instead of a field for text. Once one has been pressed, and none is
+  /// pending, the arrow keys and Return are for the rows.
   bool takes_keys = false;
 };
 

@@ -26,7 +26,7 @@ bool find_entry(std::vector<platform::menu_item> const& menus, std::string const
 }
 
 std::vector<key_meaning> items_of_key(BundleManager& manager, std::string const& key,
-                                      std::string const& scope) {
+                                      std::string const& scope, platform::responder* first) {
   std::vector<key_meaning> result;
   auto const names = platform::split(scope, ' ');
   auto const best = BundleManager::filterItemsInScope(manager.bundleItemsForKeyString(key), scope);
@@ -35,7 +35,9 @@ std::vector<key_meaning> items_of_key(BundleManager& manager, std::string const&
     key_meaning meaning;
     meaning.item = item;
     if (!selector.empty()) meaning.score = scope::new_score_for_selector(selector, names);
-    meaning.is_best = std::find(best.begin(), best.end(), item) != best.end();
+    meaning.can_execute = BundleManager::canExecuteItem(*item, first);
+    meaning.is_best =
+        meaning.can_execute && std::find(best.begin(), best.end(), item) != best.end();
     result.push_back(std::move(meaning));
   }
   std::stable_sort(result.begin(), result.end(),
@@ -46,10 +48,10 @@ std::vector<key_meaning> items_of_key(BundleManager& manager, std::string const&
 }  // namespace
 
 std::vector<key_meaning> meanings_of_key(BundleManager& manager, std::string const& key,
-                                         std::string const& scope,
+                                         std::string const& scope, platform::responder* first,
                                          plist::dictionary const& bindings,
                                          std::vector<platform::menu_item> const& menus) {
-  std::vector<key_meaning> result = items_of_key(manager, key, scope);
+  std::vector<key_meaning> result = items_of_key(manager, key, scope, first);
   if (auto const found = bindings.find(key); found != bindings.end()) {
     key_meaning meaning;
     meaning.binding = found->second;
@@ -62,13 +64,24 @@ std::vector<key_meaning> meanings_of_key(BundleManager& manager, std::string con
   return result;
 }
 
+plist::value bindings_of_next_key(std::vector<key_meaning> const& meanings) {
+  auto const is_item = [](key_meaning const& meaning) { return meaning.item != nullptr; };
+  auto const after_items = std::find_if_not(meanings.begin(), meanings.end(), is_item);
+  bool const executes = std::any_of(meanings.begin(), after_items,
+                                    [](key_meaning const& meaning) { return meaning.is_best; });
+  bool const waits =
+      !executes && after_items != meanings.end() && after_items->binding.as_dictionary() != nullptr;
+  return waits ? after_items->binding : plist::value();
+}
+
 std::string reason_of_item(key_meaning const& meaning) {
   std::string const& selector = meaning.item->scopeSelector();
-  if (selector.empty()) return "everywhere, score 0";
+  std::string const hindrance = meaning.can_execute ? "" : ", can't be done";
+  if (selector.empty()) return "everywhere, score 0" + hindrance;
   if (meaning.score <= -0.5) return "for " + selector + ": not here";
   char number[32];
   std::snprintf(number, sizeof number, "%.3g", meaning.score);
-  return "for " + selector + ", score " + number;
+  return "for " + selector + ", score " + number + hindrance;
 }
 
 }  // namespace windows

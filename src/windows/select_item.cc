@@ -150,6 +150,19 @@ double WynSelectBundleItem::scoreOf(choice& each) const {
   return std::max(score, other_name_weight * each.otherRanker->scoreForAbbreviation(prepared_));
 }
 
+// The letters that have found it, in its title or, if that is why it is here, in its other name.
+void WynSelectBundleItem::showMatch(choice const& each, platform::picker_row& row) const {
+  row.matched = each.ranker->maskForAbbreviation(prepared_);
+  double const score = each.ranker->scoreForAbbreviation(prepared_);
+  if (!each.otherRanker ||
+      other_name_weight * each.otherRanker->scoreForAbbreviation(prepared_) <= score)
+    return;
+  row.title += u" \u2014 ";
+  row.matched = each.otherRanker->maskForAbbreviation(prepared_);
+  for (std::size_t& unit : row.matched) unit += row.title.size();
+  row.title += unicode::to_utf16(other_name(each.action));
+}
+
 void WynSelectBundleItem::filterItemsUsingString(bool narrows) {
   struct ranked {
     double score;
@@ -178,8 +191,13 @@ void WynSelectBundleItem::take_key(platform::key_event const& key) {
 
 void WynSelectBundleItem::showKeyEquivalent(std::string const& key) {
   choices_.clear();
-  for (windows::key_meaning const& meaning :
-       windows::meanings_of_key(manager_, key, scope_, bindings_, menus_)) {
+  bool const continues = bindingsOfNextKey_.as_dictionary() != nullptr;
+  if (!continues) keys_.clear();
+  keys_.push_back(key);
+  auto const meanings =
+      windows::meanings_of_key(manager_, key, scope_, &view_.itemResponder(),
+                               continues ? bindingsOfNextKey_.entries() : bindings_, menus_);
+  for (windows::key_meaning const& meaning : meanings) {
     if (meaning.item != nullptr) {
       add(meaning.item, meaning.score > -0.5);
       choices_.back().detail =
@@ -193,12 +211,26 @@ void WynSelectBundleItem::showKeyEquivalent(std::string const& key) {
     } else {
       add(windows::action_of_entry(meaning.entry, meaning.place, &view_.itemResponder()));
     }
-    if (meaning.item == nullptr) choices_.back().action.keys = {key};
+    if (meaning.binding) choices_.back().action.keys = keys_;
+    if (meaning.item == nullptr && !meaning.binding) choices_.back().action.keys = {key};
   }
+  bindingsOfNextKey_ = windows::bindings_of_next_key(meanings);
   displayItems_.clear();
   for (std::size_t i = 0; i < choices_.size(); ++i) displayItems_.push_back(i);
+<<<<<<< HEAD
   note_ = choices_.empty() ? "The key has no binding and types its character, if it has one."
                            : "Scopes: " + scope_;
+=======
+  if (bindingsOfNextKey_)
+    note_ = "Press the next key to see what it does after this one.";
+  else
+    note_ = choices_.empty() ? "The key has no binding and types its character, if it has one."
+                             : "Scopes: " + scope_;
+}
+
+std::vector<std::string> WynSelectBundleItem::pending_keys() const {
+  return bindingsOfNextKey_ ? keys_ : std::vector<std::string>();
+>>>>>>> 70ffa93 (windows: look up keys of several strokes by key)
 }
 
 platform::picker_row WynSelectBundleItem::row(std::size_t index) const {
@@ -206,8 +238,7 @@ platform::picker_row WynSelectBundleItem::row(std::size_t index) const {
   platform::picker_row result;
   result.title = unicode::to_utf16(each.title);
   result.detail = each.detail;
-  if (each.ranker && !prepared_.empty())
-    result.matched = each.ranker->maskForAbbreviation(prepared_);
+  if (each.ranker && !prepared_.empty()) showMatch(each, result);
   if (each.item != nullptr) {
     if (result.detail.empty()) result.detail = detail_of(*each.item);
     if (!each.item->keyEquivalent().empty()) result.keys = {each.item->keyEquivalent()};

@@ -36,8 +36,8 @@ class WynSelectBundleItem final : public platform::picker_source {
   std::string const& scope() const { return scope_; }
   bool isSearchingKeyEquivalents() const { return isSearchingKeyEquivalents_; }
 
-  /// Shows what a key stands for at the caret; what a press would do comes first. `key` is a key
-  /// string.
+  /// Shows what a key stands for at the caret, or what it does after the keys shown before if these
+  /// wait for another one; what a press would do comes first. `key` is a key string.
   void showKeyEquivalent(std::string const& key);
   /// Executes what a row shows; false if no responder performs it.
   bool accept(std::size_t row);
@@ -45,6 +45,7 @@ class WynSelectBundleItem final : public platform::picker_source {
   // platform::picker_source
   void set_filter(std::string const& text) override;
   void take_key(platform::key_event const& key) override;
+  std::vector<std::string> pending_keys() const override;
   std::size_t count() const override { return displayItems_.size(); }
   platform::picker_row row(std::size_t index) const override;
   std::string note() const override { return note_; }
@@ -68,6 +69,7 @@ class WynSelectBundleItem final : public platform::picker_source {
   void updateNote();
   static void prepareRankers(choice& each);
   double scoreOf(choice& each) const;
+  void showMatch(choice const& each, platform::picker_row& row) const;
   void filterItemsUsingString(bool narrows);
 
   BundleManager& manager_;
@@ -83,4 +85,7 @@ class WynSelectBundleItem final : public platform::picker_source {
   std::string filterString_, note_;
   std::u16string prepared_;    // the filter string as the ranker takes it
   bool isEverywhere_ = false;  // the filter string is in capitals
+  // The keys that are shown, and where the next one is looked up if it belongs to them.
+  std::vector<std::string> keys_;
+  plist::value bindingsOfNextKey_;
 };

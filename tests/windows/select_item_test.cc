@@ -131,13 +131,15 @@ TEST_F(select_item, ranks_by_letters_and_looks_everywhere_by_capitals) {
       {"",
        {"Comment Line", "For Loop", "Date", "Undo Typing", "Paste", "Missing", "Word: Left",
         "Move Backward, Insert Text"}},
-      {"mov", {"Move Backward, Insert Text", "Word: Left"}},
-      {"move word", {"Word: Left"}},
+      {"mov", {"Move Backward, Insert Text", "Word: Left \u2014 Move Word Left"}},
+      {"move word", {"Word: Left \u2014 Move Word Left"}},
       {"zzz", {}},
       {"le", {"Word: Left", "Comment Line"}},
   };
   for (auto const& [filter, found] : cases) EXPECT_EQ(titles(filter), found) << filter;
   EXPECT_EQ(rows().front(), "Word: [L][e]ft|Go \u203A Word|^x ^u ");
+  titles("mwl");
+  EXPECT_EQ(rows(), names{"Word: Left \u2014 [M]ove [W]ord [L]eft|Go \u203A Word|^x ^u "});
 }
 
 // Typed in any order of letters, one after the other or pasted, the same is found.
@@ -179,6 +181,11 @@ TEST_F(select_item, says_what_a_key_does_and_why) {
         "Form|for text.html: not here \u00B7 Lang, snippet|@k ", "-Does nothing|key binding|@k "}},
       {"@z", {"Date|everywhere, score 0 \u00B7 Lang, snippet|@z ", "Undo Typing|Edit|@z "}},
       {"^x", {"-Waits for another key|key binding|^x "}},
+      {"^u", {"Move Word Left|key binding|^x ^u "}},
+      {"^u", {}},
+      {"^x", {"-Waits for another key|key binding|^x "}},
+      {"@z", {"Date|everywhere, score 0 \u00B7 Lang, snippet|@z ", "Undo Typing|Edit|@z "}},
+      {"^u", {}},
       {"#@v", {}},
       {"q", {}},
   };
