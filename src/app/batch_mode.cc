@@ -147,7 +147,8 @@ class batch_run {
         for (batch_macro::step const& step : macro.steps) perform(controller, step);
         if (!macro.item.empty()) execute(controller, macro.item);
       }
-    has_changed_ = has_changed_ || controller.textDocument()->isDocumentEdited();
+    has_changed_ = has_changed_ || controller.textDocument()->isDocumentEdited() ||
+                   controller.textDocument() != document;
     if (!options_.diff && !options_.check) save(name, controller);
     output_.begin_file(options_.files.empty() ? "" : name);
     for (std::string const& what : options_.prints) print_part(controller, what);
@@ -177,11 +178,13 @@ class batch_run {
     int const beeps = desktop_.beeps;
     std::string error;
     auto const item = item_for_batch(name, controller.textView(), error);
-    if (item == nullptr) {
+    bool const is_template = item != nullptr && item->kind() == bundles::item_kind::file_template;
+    if (is_template) error = fault_of_template(controller, item);
+    if (!error.empty()) {
       complain(name, error);
       refusal_ = "there is no action " + platform::escaped_name(name);
       desktop_.beep();
-    } else {
+    } else if (!is_template) {
       bool is_done = false;
       BundleManager::sharedInstance().executeItem(item, controller.textView(), &is_done);
       if (!is_done) {
@@ -225,6 +228,22 @@ class batch_run {
       output_.put(unicode::to_utf8(units.substr(0, count)));
       units.remove_prefix(count);
     }
+  }
+
+  // What a template makes takes the place of the empty document that is there without a file.
+  // Nothing if it did.
+  std::string fault_of_template(WynDocumentController& controller,
+                                std::shared_ptr<BundleItem> const& item) {
+    auto const document = controller.textDocument();
+    if (!document->filename().empty()) return "a template makes a new document; name no file";
+    if (!controller.canBeUsedForNewDocument())
+      return "a template makes a new document; run it first";
+    std::size_t const alerts = desktop_.alerts().shown.size();
+    BundleManager::sharedInstance().executeItem(item, controller.textView());
+    auto const made = controller.textDocument();
+    if (made != document && made->filename().empty()) return "";
+    bool const is_told = desktop_.alerts().shown.size() > alerts;
+    return is_told ? last_alert_text() : "it makes several files, which windows show";
   }
 
   static std::u16string text_of(text::storage const& storage) {
