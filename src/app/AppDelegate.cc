@@ -296,7 +296,7 @@ plist::dictionary AppDelegate::environmentVariables() const {
 bool AppDelegate::newDocumentFromTemplate(std::string const& uuid) {
   auto const item = BundleManager::sharedInstance().bundleItemForUUID(uuid);
   if (item == nullptr || item->kind() != bundles::item_kind::file_template) return false;
-  windows::temporary_document const place(item->content()["extension"].string_or(""));
+  windows::temporary_document place(item->content()["extension"].string_or(""));
   if (place.path().empty()) return false;
   WynTextView* const view = frontTextView();
   auto const files = windows::files_for_template(
@@ -307,7 +307,9 @@ bool AppDelegate::newDocumentFromTemplate(std::string const& uuid) {
         {"The Template Created No File", item->name() + ": " + files.error, {"Continue"}});
     return true;
   }
+  for (std::size_t n = files.missing; n > 0; --n) platform::desktop::current().beep();
   if (files.paths.size() > 1) {
+    place.keep();
     for (std::string const& path : files.paths) openFile(path);
     return true;
   }

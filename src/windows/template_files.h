@@ -17,6 +17,7 @@ namespace windows {
 struct template_files {
   std::vector<std::string> paths;  ///< of files that exist
   std::string error;               ///< why there are none
+  std::size_t missing = 0;         ///< files that were named but don't exist
 };
 
 /// `path` is where the new file should stand. Runs the script, handling events meanwhile.
@@ -33,6 +34,8 @@ class temporary_document {
   temporary_document& operator=(temporary_document const&) = delete;
 
   std::string const& path() const { return path_; }
+  /// The folder stays: what is in it is the user's from now on.
+  void keep() { folder_.clear(); }
 
  private:
   std::string folder_, path_;
