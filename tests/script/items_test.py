@@ -14,7 +14,7 @@ import tempfile
 import xml.etree.ElementTree
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-MARK = "<!-- The list, by tests/script/test_items.py -->\n"
+MARK = "<!-- The list, by tests/script/items_test.py -->\n"
 SMALL = "a an and as at before by for in of over per the to with".split()
 MODIFIERS = {"@": "Ctrl", "~": "Alt", "$": "Shift", "^": "Super"}
 FUNCTION_KEYS = {chr(0xF703 + number): f"F{number}" for number in range(1, 13)}
@@ -192,7 +192,7 @@ def faults_of_list(name, lines):
     if "--update" in sys.argv:
         file.write_text(whole, encoding="utf-8")
     elif file.read_text(encoding="utf-8") != whole:
-        yield f"docs/{name} is not up to date: python3 tests/script/test_items.py PROGRAM --update"
+        yield f"docs/{name} is not up to date: python3 tests/script/items_test.py PROGRAM --update"
 
 
 def main():

@@ -1,6 +1,6 @@
 """Static objects of the floors up to documents/ that are made at their first use must never be
 destroyed: an end by exit(), as Qt makes one when the display is lost, saves texts after them.
-Run as test_exit_time.py OBJECT..."""
+Run as exit_time_test.py OBJECT..."""
 import subprocess
 import sys
 
