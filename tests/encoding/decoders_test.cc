@@ -61,7 +61,7 @@ constexpr unsigned char telling_bytes[] = {0x00, 0x41, 0x7F, 0x80, 0x8F, 0x90, 0
                                            0xBF, 0xC0, 0xC1, 0xC2, 0xDF, 0xE0, 0xE1, 0xED, 0xEF,
                                            0xF0, 0xF4, 0xF5, 0xF8, 0xFC, 0xFD, 0xFE, 0xFF};
 
-TEST(Decoders, Utf8OfEveryShortInput) {
+TEST(decoders, utf8_of_every_short_input) {
   bitwise_decoder reference;
   ASSERT_EQ(decode({}, UTF8), units{});
   bytes in;
@@ -83,12 +83,12 @@ TEST(Decoders, Utf8OfEveryShortInput) {
   }
 }
 
-TEST(Decoders, Utf8Rules) {
+TEST(decoders, utf8_rules) {
   for (auto const& c : data_rows("encodings.txt", "utf-8"))
     EXPECT_EQ(decode(bytes_of(c[0]), UTF8), units_named(c[1])) << c[0];
 }
 
-TEST(Decoders, MarksAreSkippedAndTold) {
+TEST(decoders, marks_are_skipped_and_told) {
   for (auto const& c : data_rows("encodings.txt", "marks")) {
     for (bool before : {false, true}) {
       bool has_bom = before;
@@ -98,7 +98,7 @@ TEST(Decoders, MarksAreSkippedAndTold) {
   }
 }
 
-TEST(Decoders, EightBitCharsets) {
+TEST(decoders, eight_bit_charsets) {
   EXPECT_EQ(decode({0x00, 0x7F, 0x80, 0xFF}, ASCII), (units{0x00, 0x7F, 0x80, 0xFF}));
   EXPECT_EQ(decode({0x00, 0x7F, 0x80, 0xFF}, Latin1), (units{0x00, 0x7F, 0x80, 0xFF}));
   EXPECT_EQ(decode({'a', 0x80, 0x8E, 0xCA, 0xDB, 0xF0, 0xFF}, MacRoman),
@@ -107,7 +107,7 @@ TEST(Decoders, EightBitCharsets) {
             (units{'a', 0x20AC, '?', '?', '?', '?', '?', 0x178, 0xA0, 0xE9}));
 }
 
-TEST(Decoders, TakeSignedBytesAndAnyForwardIterator) {
+TEST(decoders, take_signed_bytes_and_any_forward_iterator) {
   std::string const text = "\xC3\xA9\xE2\x82\xAC";
   std::list<char> const list(text.begin(), text.end());
   for (int charset = ASCII; charset < Unknown; ++charset) {
@@ -117,7 +117,7 @@ TEST(Decoders, TakeSignedBytesAndAnyForwardIterator) {
   }
 }
 
-TEST(Supplementary, PairsAreMadeFromWholeFourByteSequencesOnly) {
+TEST(supplementary, pairs_are_made_from_whole_four_byte_sequences_only) {
   for (auto const& c : data_rows("encodings.txt", "pairs"))
     EXPECT_EQ(decode_with_pairs(bytes_of(c[0])), units_named(c[1])) << c[0];
 }

@@ -31,7 +31,7 @@ units decode(bytes const& in, charset_t charset) {
   return out;
 }
 
-TEST(Encoders, Rules) {
+TEST(encoders, rules) {
   for (auto const& c : data_rows("encodings.txt", "encoders")) {
     units const in = units_named(c[1]);
     EXPECT_EQ(encode(in, charset_named(c[0])), bytes_of(c[2])) << c[0];
@@ -43,14 +43,14 @@ TEST(Encoders, Rules) {
   }
 }
 
-TEST(Encoders, EveryUnitComesBackFromTheUnicodeCharsets) {
+TEST(encoders, every_unit_comes_back_from_the_unicode_charsets) {
   units all(0x10000);
   for (unsigned i = 0; i < all.size(); ++i) all[i] = i;
   for (auto charset : {UTF8, UTF16BE, UTF16LE})
     EXPECT_EQ(decode(encode(all, charset), charset), all);
 }
 
-TEST(Encoders, EveryByteComesBackFromTheEightBitCharsets) {
+TEST(encoders, every_byte_comes_back_from_the_eight_bit_charsets) {
   bytes all(256);
   for (unsigned i = 0; i < all.size(); ++i) all[i] = i;
   EXPECT_EQ(encode(decode(all, Latin1), Latin1), all);
@@ -59,7 +59,7 @@ TEST(Encoders, EveryByteComesBackFromTheEightBitCharsets) {
   EXPECT_EQ(encode(decode(all, CP1252), CP1252), all);
 }
 
-TEST(Supplementary, PairsAreFourBytesAndLoneSurrogatesThree) {
+TEST(supplementary, pairs_are_four_bytes_and_lone_surrogates_three) {
   EXPECT_EQ(encode_with_pairs({0xD83D, 0xDE00}), (bytes{0xF0, 0x9F, 0x98, 0x80}));
   EXPECT_EQ(encode_with_pairs({0xDBFF, 0xDFFF}), (bytes{0xF4, 0x8F, 0xBF, 0xBF}));
   EXPECT_EQ(encode_with_pairs({0xDE00, 0xD83D}), (bytes{0xED, 0xB8, 0x80, 0xED, 0xA0, 0xBD}));
@@ -67,7 +67,7 @@ TEST(Supplementary, PairsAreFourBytesAndLoneSurrogatesThree) {
             (bytes{0xED, 0xA0, 0xBD, 0xF0, 0x9F, 0x98, 0x80, 0xED, 0xB8, 0x80}));
 }
 
-TEST(Supplementary, EveryCharacterComesBackAsItsBytes) {
+TEST(supplementary, every_character_comes_back_as_its_bytes) {
   for (char32_t value = 0x10000; value <= 0x10FFFF; ++value) {
     unsigned char sequence[4];
     ASSERT_EQ(put_utf8_sequence(value, sequence), sequence + 4);
@@ -80,7 +80,7 @@ TEST(Supplementary, EveryCharacterComesBackAsItsBytes) {
   }
 }
 
-TEST(BlockAppender, CopiesShareTheBuffer) {
+TEST(block_appender, copies_share_the_buffer) {
   bytes block;
   {
     block_appender<bytes> a(block);

@@ -18,7 +18,7 @@ charset_t estimate_both(std::string const& text) {
   return charset;
 }
 
-TEST(Estimate, Rules) {
+TEST(estimate, rules) {
   for (auto const& c : data_rows("encodings.txt", "estimates")) {
     charset_t const charset = charset_named(c[1]);
     EXPECT_EQ(estimate_both(c[0]), charset) << testing::PrintToString(c[0]);
@@ -31,14 +31,14 @@ TEST(Estimate, Rules) {
   }
 }
 
-TEST(Estimate, WithoutStatisticsEveryScoreIsNaN) {
+TEST(estimate, without_statistics_every_score_is_nan) {
   std::string const text = "\x8E\xE9";
   EXPECT_TRUE(Probability.empty());
   EXPECT_EQ(N, 0u);
   EXPECT_TRUE(std::isnan(probabilityFor(text.begin(), text.end())));
 }
 
-TEST(Estimate, StatisticsDecideByTheGreaterScore) {
+TEST(estimate, statistics_decide_by_the_greater_score) {
   character_weights const weights = {{0x20AC, 3.f}, {0xC4, 2.f}, {0xE9, 1.f}, {0x41, 100.f}};
   auto const pick = [&](std::string const& s) {
     return estimate_8bit(s.begin(), s.end(), weights, 4);
@@ -53,7 +53,7 @@ TEST(Estimate, StatisticsDecideByTheGreaterScore) {
   EXPECT_EQ(probabilityFor(text.begin(), text.end(), weights, 4), 1.25f);  // ASCII counts nothing
 }
 
-TEST(UserDefaults, NameCharsetsAndLineEnds) {
+TEST(user_defaults, name_charsets_and_line_ends) {
   EXPECT_EQ(charset_for_key("utf-16-le"), UTF16LE);
   EXPECT_EQ(charset_for_key("cp-1252"), CP1252);
   EXPECT_EQ(charset_for_key("UTF8"), std::nullopt);

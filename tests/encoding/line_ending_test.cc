@@ -10,7 +10,7 @@ namespace {
 
 using namespace encoding;
 
-TEST(LineEnding, Harmonize) {
+TEST(line_ending, harmonize) {
   using line_ending::CR, line_ending::CRLF, line_ending::LF;
   struct {
     std::string in, out;
@@ -40,14 +40,14 @@ TEST(LineEnding, Harmonize) {
   EXPECT_EQ(harmonize_line_endings(text.begin(), text.end(), no_type), text.begin() + 1);
 }
 
-TEST(LineEnding, UnitsAreNotMistakenForBytes) {
+TEST(line_ending, units_are_not_mistaken_for_bytes) {
   std::vector<char16_t> text = {0x0D0A, 0x0A0D, 0x010D, 0x000D, 0x0D00, 0x000A};
   auto const last = harmonize_line_endings(text.begin(), text.end(), nullptr);
   EXPECT_EQ(std::vector<char16_t>(text.begin(), last),
             (std::vector<char16_t>{0x0D0A, 0x0A0D, 0x010D, 0x000A, 0x0D00, 0x000A}));
 }
 
-TEST(LineEnding, HarmonizeUnitsAgreesOnEveryShortText) {
+TEST(line_ending, harmonize_units_agrees_on_every_short_text) {
   std::vector<char16_t> text;
   for (unsigned n = 0; n < 59049; ++n) {  // ten units, each CR, LF or a letter
     text.clear();
@@ -60,7 +60,7 @@ TEST(LineEnding, HarmonizeUnitsAgreesOnEveryShortText) {
   }
 }
 
-TEST(LineEnding, HarmonizeUnitsCountsBeyondSixteenBits) {
+TEST(line_ending, harmonize_units_counts_beyond_sixteen_bits) {
   std::vector<char16_t> text(1 << 20, u'\n');
   auto const result = harmonize_units(text.data(), text.data() + text.size());
   EXPECT_EQ(result.ends, (line_ending::counts{0, 1 << 20, 0}));

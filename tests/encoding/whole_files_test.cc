@@ -63,7 +63,7 @@ class text_maker {
   std::mt19937 random_;
 };
 
-TEST(WholeFiles, DecodingAgreesOnShortInputAtEveryDistanceFromTheEnd) {
+TEST(whole_files, decoding_agrees_on_short_input_at_every_distance_from_the_end) {
   unsigned char const telling[] = {'a',  0x80, 0x9F, 0xA0, 0xBF, 0xC1, 0xC2, 0xE0, 0xED,
                                    0xEF, 0xF0, 0xF4, 0xF7, 0xF8, 0xFC, 0xFE, 0xFF};
   for (unsigned char a : telling) {
@@ -85,7 +85,7 @@ TEST(WholeFiles, DecodingAgreesOnShortInputAtEveryDistanceFromTheEnd) {
   }
 }
 
-TEST(WholeFiles, OneOddSequenceInGoodTextIsSeenAtEveryPlace) {
+TEST(whole_files, one_odd_sequence_in_good_text_is_seen_at_every_place) {
   std::istringstream odd(
       "\xC1\xBF \xE0\x9F\xBF \xE0\xA0\x80 \xED\x9F\xBF \xED\xA0\x80 \xED\xA0\x80\xED\xB0\x80 "
       "\xEE\x80\x80 \xF0\x8F\xBF\xBF \xF0\x90\x80\x80 \xF4\x8F\xBF\xBF \xF4\x90\x80\x80 "
@@ -102,7 +102,7 @@ TEST(WholeFiles, OneOddSequenceInGoodTextIsSeenAtEveryPlace) {
   }
 }
 
-TEST(WholeFiles, DecodingAgreesOnRandomText) {
+TEST(whole_files, decoding_agrees_on_random_text) {
   text_maker maker(1);
   for (int i = 0; i < 2000; ++i) {
     bytes in = maker.make(maker.below(20));
@@ -113,7 +113,7 @@ TEST(WholeFiles, DecodingAgreesOnRandomText) {
   }
 }
 
-TEST(WholeFiles, EncodingAgreesOnRandomText) {
+TEST(whole_files, encoding_agrees_on_random_text) {
   text_maker maker(2);
   for (int i = 0; i < 300; ++i) {
     units const in = agreement::decode(maker.make(maker.below(20)), encoding::UTF8, true, nullptr);
@@ -122,7 +122,7 @@ TEST(WholeFiles, EncodingAgreesOnRandomText) {
   }
 }
 
-TEST(WholeFiles, EncodingAgreesBeyondTheBuffer) {
+TEST(whole_files, encoding_agrees_beyond_the_buffer) {
   text_maker maker(3);
   units in = agreement::decode(maker.make(20000), encoding::UTF8, true, nullptr);
   EXPECT_EQ(agreement::in_encoding(in, in.size()), "");
@@ -132,7 +132,7 @@ TEST(WholeFiles, EncodingAgreesBeyondTheBuffer) {
   EXPECT_EQ(agreement::in_encoding(pairs, pairs.size()), "");
 }
 
-TEST(WholeFiles, EveryUnitIsKeptOrLostAsTheGenericConvertersSay) {
+TEST(whole_files, every_unit_is_kept_or_lost_as_the_generic_converters_say) {
   for (unsigned unit = 0; unit < 0x10000; ++unit) {
     ASSERT_EQ(agreement::in_losses({static_cast<char16_t>(unit)}), "");
   }
@@ -143,7 +143,7 @@ TEST(WholeFiles, EveryUnitIsKeptOrLostAsTheGenericConvertersSay) {
   }
 }
 
-TEST(WholeFiles, AFailedSinkEndsTheEncoding) {
+TEST(whole_files, a_failed_sink_ends_the_encoding) {
   int calls = 0;
   encoding::stream_encoder encoder({},
                                    [&](unsigned char const*, std::size_t) { return ++calls < 2; });
@@ -158,7 +158,7 @@ TEST(WholeFiles, AFailedSinkEndsTheEncoding) {
 }
 
 #if defined(__SSE2__)
-TEST(WholeFiles, BothKindsOfLanesAgree) {
+TEST(whole_files, both_kinds_of_lanes_agree) {
   using P = encoding::portable_lanes;
   using S = encoding::sse2_lanes;
   text_maker maker(4);

@@ -117,7 +117,7 @@ TEST(regexp, finds_in_utf8_what_is_found_in_utf16) {
   }
 }
 
-TEST(WynRegEx, is_equal_and_components) {
+TEST(wyn_regex, is_equal_and_components) {
   EXPECT_TRUE(isEqualToRegEx("file.txt", "\\.txt$"));
   EXPECT_FALSE(isEqualToRegEx("file.txt", "!\\.txt$"));
   EXPECT_TRUE(isEqualToRegEx("a\nb", "^b"));

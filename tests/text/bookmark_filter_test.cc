@@ -9,7 +9,7 @@ namespace {
 
 using text::pos;
 
-class Bookmarks : public testing::Test {
+class bookmarks : public testing::Test {
  protected:
   /// A star in `text` is a bookmark after it.
   void set(std::string const& text) {
@@ -44,7 +44,7 @@ class Bookmarks : public testing::Test {
   text::view view{storage};
 };
 
-TEST_F(Bookmarks, OneALine) {
+TEST_F(bookmarks, one_a_line) {
   set("ab*cd\nxy");
   view.set_bookmark({0, 4}, true);
   EXPECT_EQ(get(), "ab*cd\nxy");
@@ -55,7 +55,7 @@ TEST_F(Bookmarks, OneALine) {
   EXPECT_FALSE(view.has_bookmark(0));
 }
 
-TEST_F(Bookmarks, NextAndPreviousGoRound) {
+TEST_F(bookmarks, next_and_previous_go_round) {
   EXPECT_EQ(view.next_bookmark(7), pos(7, 0));
   EXPECT_EQ(view.previous_bookmark(7), pos(7, 0));
   set("a\nb*\nc\n*d\ne");
@@ -105,7 +105,7 @@ class naive_bookmarks {
   std::vector<size_t> marks;  // offsets in the text, in order
 };
 
-TEST_F(Bookmarks, FollowTheirTextUnderRandomEditsAndComeBack) {
+TEST_F(bookmarks, follow_their_text_under_random_edits_and_come_back) {
   for (unsigned seed = 1; seed <= 40; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     random_source random(seed);

@@ -30,7 +30,7 @@ struct copy_case {
   bool freehanded = false;
 };
 
-TEST(Selection, Copies) {
+TEST(selection, copies) {
   for (copy_case const& row : std::vector<copy_case>{
            {"a|b", ""},
            {"a[bc\nd]e", "bc\nd"},
@@ -98,12 +98,12 @@ void edit(view& v, data_row const& row) {
   }
 }
 
-TEST(Editing, EditsAsTheFileSays) {
+TEST(editing, edits_as_the_file_says) {
   for (data_row const& row : data_rows("editing.txt", "edits"))
     check({{row[0].c_str(), [&](view& v) { edit(v, row); }, row[1].c_str()}});
 }
 
-TEST(Editing, BlankedTextHasNoBlanksBeforeLineEnds) {
+TEST(editing, blanked_text_has_no_blanks_before_line_ends) {
   for (unsigned seed = 1; seed <= 100; ++seed) {
     random_source random(seed);
     std::u16string const text = random.text(1 + random.below(12), u"ab \n\n");
@@ -120,7 +120,7 @@ TEST(Editing, BlankedTextHasNoBlanksBeforeLineEnds) {
   }
 }
 
-TEST(Editing, TypingGoesOnInAllLinesOfAColumnSelection) {
+TEST(editing, typing_goes_on_in_all_lines_of_a_column_selection) {
   text_view edited;
   marked_text::set(edited.view, "ab}c\nx\nde{f");
   type("1")(edited.view);
@@ -128,7 +128,7 @@ TEST(Editing, TypingGoesOnInAllLinesOfAColumnSelection) {
   EXPECT_EQ(marked_text::get(edited.view), "ab12|c\nx 12\nde12f");
 }
 
-TEST(Editing, LineAppendModeRepeatsAtTheEndsOfLines) {
+TEST(editing, line_append_mode_repeats_at_the_ends_of_lines) {
   text_view edited;
   marked_text::set(edited.view, "lo[ng\nab\n\nx]yz\nrest");
   ASSERT_TRUE(edited.view.can_enter_line_append_mode());
@@ -138,7 +138,7 @@ TEST(Editing, LineAppendModeRepeatsAtTheEndsOfLines) {
   EXPECT_EQ(marked_text::get(edited.view), "long;|\nab;\n;\nxyz;\nrest");
 }
 
-TEST(Editing, LineAppendModeNeedsTwoLines) {
+TEST(editing, line_append_mode_needs_two_lines) {
   auto const can = [](char const* drawing) {
     text_view edited;
     marked_text::set(edited.view, drawing);
@@ -151,7 +151,7 @@ TEST(Editing, LineAppendModeNeedsTwoLines) {
   EXPECT_FALSE(can("a{b\nc}"));
 }
 
-TEST(Editing, ModesKeepTheCaretInItsPlace) {
+TEST(editing, modes_keep_the_caret_in_its_place) {
   check({{"ab···|",
           [](view& v) {
             v.set_freehanded_mode(true);
@@ -169,7 +169,7 @@ TEST(Editing, ModesKeepTheCaretInItsPlace) {
   EXPECT_EQ(edited.view.selection.current_mark.desired_column, 6u);
 }
 
-TEST(Editing, BoxesKeepTheDirection) {
+TEST(editing, boxes_keep_the_direction) {
   text_view edited;
   marked_text::set(edited.view, "ab\nc}d\nef{g");
   text::box const rectangle(&edited.view);
@@ -316,7 +316,7 @@ class ColumnModel {
   text::view& view_ = edited_.view;
 };
 
-TEST(Editing, RandomColumnEditsEqualThoseOfAGrid) {
+TEST(editing, random_column_edits_equal_those_of_a_grid) {
   for (unsigned seed = 1; seed <= 60; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     ColumnModel model(seed);

@@ -18,9 +18,9 @@ folding_filter::pattern pattern(std::u16string_view source) {
   return std::make_unique<oniguruma::ptrn_t>(source.data(), source.data() + source.size(), 0u);
 }
 
-class Folding : public testing::Test {
+class folding : public testing::Test {
  protected:
-  Folding() { filter.set_patterns(pattern(u"\\{\\s*$"), pattern(u"^\\s*\\}")); }
+  folding() { filter.set_patterns(pattern(u"\\{\\s*$"), pattern(u"^\\s*\\}")); }
 
   void set(std::string const& text) {
     storage.clear();
@@ -54,7 +54,7 @@ class Folding : public testing::Test {
   folding_filter& filter = *view.folding_filter;
 };
 
-TEST_F(Folding, LinesPairByIndent) {
+TEST_F(folding, lines_pair_by_indent) {
   for (auto const& row : data_rows("folding.txt", "types")) {
     set(row[0]);
     EXPECT_EQ(types(), row[1]) << row[0];
@@ -64,7 +64,7 @@ TEST_F(Folding, LinesPairByIndent) {
   EXPECT_EQ(types(), "++.-");
 }
 
-TEST_F(Folding, FoldsAndUnfoldsTheInnermostBlock) {
+TEST_F(folding, folds_and_unfolds_the_innermost_block) {
   set("0 {\n  1 {\n    2\n  }\n  4 {\n  }\n}\n7");
   ASSERT_TRUE(filter.fold_if_possible(2, false));
   EXPECT_EQ(shown(), "0 {|  1 {...|  4 {|  }|}|7|");
@@ -88,7 +88,7 @@ TEST_F(Folding, FoldsAndUnfoldsTheInnermostBlock) {
   EXPECT_EQ(shown(), "0 {|  1 {|    2|  }|  4 {...|}|7|");
 }
 
-TEST_F(Folding, FoldsMustNest) {
+TEST_F(folding, folds_must_nest) {
   set("0\n1\n2\n3\n4\n5\n6");
   EXPECT_TRUE(filter.fold_lines(2, 4));
   for (folding_t const bad : {folding_t{1, 3}, {3, 5}, {2, 3}, {3, 4}, {4, 6}, {0, 2}, {5, 5}})
@@ -99,7 +99,7 @@ TEST_F(Folding, FoldsMustNest) {
   EXPECT_EQ(shown(), "0...|");
 }
 
-TEST_F(Folding, Levels) {
+TEST_F(folding, levels) {
   set("0 {\n  1 {\n    2 {\n    }\n  }\n  5 {\n  }\n}\n8 {\n}");
   EXPECT_EQ(filter.level_of(5), 2u);
   EXPECT_EQ(filter.level_of(3), 3u);
@@ -116,7 +116,7 @@ TEST_F(Folding, Levels) {
   EXPECT_EQ(view.lines(), 10u);
 }
 
-TEST_F(Folding, ChangesAroundInAndAcrossFolds) {
+TEST_F(folding, changes_around_in_and_across_folds) {
   for (auto const& row : data_rows("folding.txt", "changes")) {
     auto const place = [&](size_t field) {
       return at(std::stoul(row[field]), std::stoul(row[field + 1]));
@@ -134,7 +134,7 @@ TEST_F(Folding, ChangesAroundInAndAcrossFolds) {
 /// The rows of a plain list of lines, against coordinates by bisection; markers that are kept
 /// against those of a new filter; the width that is kept, and wrapped rows above folds, against
 /// those from scratch.
-TEST_F(Folding, RandomEditsKeepFoldsMarkersAndRows) {
+TEST_F(folding, random_edits_keep_folds_markers_and_rows) {
   std::u16string const alphabet = u"{}} \n\nab {\n";
   for (unsigned seed = 1; seed <= 12; ++seed) {
     SCOPED_TRACE(seed);

@@ -44,7 +44,7 @@ subset one_line(uint32_t line, uint32_t first, uint32_t last) {
   return {pos(line, first), pos(line, last)};
 }
 
-TEST(AdjustRange, Insertion) {
+TEST(adjust_range, insertion) {
   check(text::adjust_for_insert,
         {{"at the end", one_line(0, 2, 5), {0, 5}, {0, 7}, one_line(0, 2, 7)},
          {"at the start", one_line(0, 2, 5), {0, 2}, {0, 3}, one_line(0, 2, 6)},
@@ -52,7 +52,7 @@ TEST(AdjustRange, Insertion) {
          {"an empty one grows", one_line(0, 2, 2), {0, 2}, {0, 3}, one_line(0, 2, 3)}});
 }
 
-TEST(AdjustRange, InsertionNextToAMirror) {
+TEST(adjust_range, insertion_next_to_a_mirror) {
   check(text::adjust_mirror_for_insert,
         {{"at the end", one_line(0, 2, 5), {0, 5}, {0, 7}, one_line(0, 2, 5)},
          {"at the start", one_line(0, 2, 5), {0, 2}, {0, 3}, one_line(0, 3, 6)},
@@ -62,7 +62,7 @@ TEST(AdjustRange, InsertionNextToAMirror) {
          {"below an empty one", one_line(0, 2, 2), {1, 0}, {2, 0}, one_line(0, 2, 2)}});
 }
 
-TEST(AdjustRange, EndsOfARangeFollowTheirUnitsUnderRandomEdits) {
+TEST(adjust_range, ends_of_a_range_follow_their_units_under_random_edits) {
   // The model knows each unit by a number, so a range can be found again by its outermost units.
   for (unsigned seed = 1; seed <= 40; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -103,10 +103,10 @@ TEST(AdjustRange, EndsOfARangeFollowTheirUnitsUnderRandomEdits) {
   }
 }
 
-class Mirrors : public testing::Test {
+class mirrors : public testing::Test {
  protected:
-  Mirrors() { storage.add_observer(&observer); }
-  ~Mirrors() override { storage.remove_observer(&observer); }
+  mirrors() { storage.add_observer(&observer); }
+  ~mirrors() override { storage.remove_observer(&observer); }
 
   void insert(size_t line, size_t column, std::string const& text) {
     text::undo_group group(storage.undo_manager);
@@ -123,7 +123,7 @@ class Mirrors : public testing::Test {
   text::iterator_observer observer{storage, true};
 };
 
-TEST_F(Mirrors, TypingInASourceIsRepeatedInEachMirrorAsOneStep) {
+TEST_F(mirrors, typing_in_a_source_is_repeated_in_each_mirror_as_one_step) {
   insert(0, 0, "one\ntwo\nthree");
   observer.add_mirror(one_line(0, 1, 1), one_line(1, 2, 2));
   observer.add_mirror(one_line(0, 1, 1), one_line(2, 0, 0));
@@ -147,7 +147,7 @@ TEST_F(Mirrors, TypingInASourceIsRepeatedInEachMirrorAsOneStep) {
   EXPECT_EQ(observer.mirrors.back().second, one_line(2, 0, 1));
 }
 
-TEST_F(Mirrors, OnlyWhatIsErasedInsideTheSourceIsErasedInTheMirror) {
+TEST_F(mirrors, only_what_is_erased_inside_the_source_is_erased_in_the_mirror) {
   insert(0, 0, "abcdef|ABCDEF|AB");
   observer.add_mirror(one_line(0, 1, 5), one_line(0, 8, 12));
   observer.add_mirror(one_line(0, 1, 5), one_line(0, 14, 16));
@@ -157,7 +157,7 @@ TEST_F(Mirrors, OnlyWhatIsErasedInsideTheSourceIsErasedInTheMirror) {
   EXPECT_EQ(text(), "c|ACF|B");
 }
 
-TEST_F(Mirrors, RepeatedTextIsNotRepeatedAgain) {
+TEST_F(mirrors, repeated_text_is_not_repeated_again) {
   insert(0, 0, "a\nb\nc");
   observer.add_mirror(one_line(0, 0, 1), one_line(1, 0, 1));
   observer.add_mirror(one_line(1, 0, 1), one_line(0, 0, 1));
@@ -167,7 +167,7 @@ TEST_F(Mirrors, RepeatedTextIsNotRepeatedAgain) {
   EXPECT_EQ(text(), "ax\nbx\ncx");
 }
 
-TEST_F(Mirrors, UndoOfAChangeDoesNotRepeatAnything) {
+TEST_F(mirrors, undo_of_a_change_does_not_repeat_anything) {
   insert(0, 0, "ab\ncd");
   observer.add_mirror(one_line(0, 0, 2), one_line(1, 0, 2));
   insert(0, 1, "x");
@@ -180,7 +180,7 @@ TEST_F(Mirrors, UndoOfAChangeDoesNotRepeatAnything) {
   EXPECT_EQ(storage.undo_records.size(), records);
 }
 
-TEST_F(Mirrors, ListsComeBackByState) {
+TEST_F(mirrors, lists_come_back_by_state) {
   insert(0, 0, "abc");
   insert(0, 3, "def");
   auto const range = observer.add_notify(one_line(0, 1, 4));
@@ -198,7 +198,7 @@ TEST_F(Mirrors, ListsComeBackByState) {
 }
 
 // Two on each line and one on the source's.
-TEST_F(Mirrors, FollowEditsWithinAndAcrossLinesAndComeBack) {
+TEST_F(mirrors, follow_edits_within_and_across_lines_and_come_back) {
   constexpr uint32_t lines = 40;
   std::string before = "[]()";
   for (uint32_t line = 1; line < lines; ++line) before += "\n{}<>";
@@ -236,7 +236,7 @@ TEST_F(Mirrors, FollowEditsWithinAndAcrossLinesAndComeBack) {
 
 // Lists added, dropped and changed at a state before it is left: undo brings back how it was left,
 // redo how it was arrived at, and at the end of each way stands what stood there at first.
-TEST_F(Mirrors, ListsDroppedBetweenChangesStayDroppedByRedo) {
+TEST_F(mirrors, lists_dropped_between_changes_stay_dropped_by_redo) {
   insert(0, 0, "a\nb\nc\nd");
   observer.add_mirrors(
       {{one_line(0, 1, 1), one_line(1, 1, 1)}, {one_line(0, 1, 1), one_line(2, 1, 1)}});
@@ -258,7 +258,7 @@ TEST_F(Mirrors, ListsDroppedBetweenChangesStayDroppedByRedo) {
   EXPECT_EQ(text(), "axy\nbxy\ncxy\nd");
 }
 
-TEST_F(Mirrors, NobodyHearsOfARepetitionBeforeTheChangeThatItRepeats) {
+TEST_F(mirrors, nobody_hears_of_a_repetition_before_the_change_that_it_repeats) {
   struct : text::storage_observer {
     void did_change_memento(unsigned long, unsigned long to) override { heard.push_back(to); }
     std::vector<unsigned long> heard;
@@ -280,7 +280,7 @@ TEST_F(Mirrors, NobodyHearsOfARepetitionBeforeTheChangeThatItRepeats) {
 }
 
 // A view outside its actions doesn't repeat what another one does.
-TEST_F(Mirrors, OnlyOwnActionsAreRepeated) {
+TEST_F(mirrors, only_own_actions_are_repeated) {
   insert(0, 0, "a\nb");
   observer.will_begin_action();
   observer.add_mirror(one_line(0, 0, 1), one_line(1, 0, 1));
@@ -291,7 +291,7 @@ TEST_F(Mirrors, OnlyOwnActionsAreRepeated) {
 }
 
 // What is kept of each key typed doesn't grow with the lines in which it is typed.
-TEST(MirrorMemory, OfATypedUnitDoesNotGrowWithTheLines) {
+TEST(mirror_memory, of_a_typed_unit_does_not_grow_with_the_lines) {
   auto const words_of_keys = [](uint32_t lines) {
     text::storage storage;
     text::iterator_observer observer(storage, true);
@@ -323,7 +323,7 @@ TEST(MirrorMemory, OfATypedUnitDoesNotGrowWithTheLines) {
   EXPECT_LT(many, 9 * few);
 }
 
-TEST(RangeHistory, KeepsTheNewestWithinItsBound) {
+TEST(range_history, keeps_the_newest_within_its_bound) {
   text::range_history history(4);
   random_source random(1);
   auto const list = [&](size_t count) {
@@ -345,7 +345,7 @@ TEST(RangeHistory, KeepsTheNewestWithinItsBound) {
   EXPECT_EQ(history.kept_words(), 0u);
 }
 
-TEST_F(Mirrors, WithoutRangesNothingIsKept) {
+TEST_F(mirrors, without_ranges_nothing_is_kept) {
   insert(0, 0, "abc");
   erase({0, 0}, {0, 1});
   storage.undo();
@@ -353,7 +353,7 @@ TEST_F(Mirrors, WithoutRangesNothingIsKept) {
   EXPECT_TRUE(observer.notify_history.empty());
 }
 
-TEST_F(Mirrors, WithoutTrackingUndoAdjustsNothing) {
+TEST_F(mirrors, without_tracking_undo_adjusts_nothing) {
   text::iterator_observer plain(storage, false);
   storage.add_observer(&plain);
   insert(0, 0, "abc");

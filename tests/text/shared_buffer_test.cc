@@ -19,7 +19,7 @@ void append(buffer& b, char16_t unit) {
   b.replace(b.size(), 0, &unit, 1);
 }
 
-TEST(SharedBuffer, CopiesAliasOneArrayOnceItIsTouched) {
+TEST(shared_buffer, copies_alias_one_array_once_it_is_touched) {
   buffer a;
   buffer const untouched = a;
   EXPECT_EQ(a.get_pimpl(false), nullptr);
@@ -37,7 +37,7 @@ TEST(SharedBuffer, CopiesAliasOneArrayOnceItIsTouched) {
   EXPECT_EQ(a.get_pimpl(false)->count, 1u);
 }
 
-TEST(SharedBuffer, BorrowedSliceIsCopiedByTheFirstChangeOrAlias) {
+TEST(shared_buffer, borrowed_slice_is_copied_by_the_first_change_or_alias) {
   std::u16string const memory = u"abcdef";
   buffer a = buffer::borrow(memory.data() + 1, 3);
   EXPECT_EQ(a.data(), memory.data() + 1);
@@ -51,7 +51,7 @@ TEST(SharedBuffer, BorrowedSliceIsCopiedByTheFirstChangeOrAlias) {
   EXPECT_TRUE(buffer::borrow(memory.data(), 0).is_null());
 }
 
-TEST(SharedBuffer, ReplaceEqualsTheStringOperationInEachState) {
+TEST(shared_buffer, replace_equals_the_string_operation_in_each_state) {
   std::u16string const memory = u"0123456789";
   for (size_t column = 0; column <= 10; ++column)
     for (size_t erased = 0; column + erased <= 10; ++erased)
@@ -68,7 +68,7 @@ TEST(SharedBuffer, ReplaceEqualsTheStringOperationInEachState) {
       }
 }
 
-TEST(SharedBuffer, TrimmingASliceKeepsItBorrowed) {
+TEST(shared_buffer, trimming_a_slice_keeps_it_borrowed) {
   std::u16string const memory = u"0123456789";
   buffer slice = buffer::borrow(memory.data(), memory.size());
   slice.replace(0, 2, nullptr, 0);
@@ -77,7 +77,7 @@ TEST(SharedBuffer, TrimmingASliceKeepsItBorrowed) {
   EXPECT_EQ(content(slice), u"234567");
 }
 
-TEST(PagedArray, EqualsAStringWhileItGrowsIntoPagesAndShrinks) {
+TEST(paged_array, equals_a_string_while_it_grows_into_pages_and_shrinks) {
   constexpr size_t limit = text::paged_allocation / sizeof(char16_t);
   for (unsigned seed = 1; seed <= 4; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -100,7 +100,7 @@ TEST(PagedArray, EqualsAStringWhileItGrowsIntoPagesAndShrinks) {
   }
 }
 
-TEST(TextBlock, BuilderKeepsWhatWasWrittenAtAnyCapacity) {
+TEST(text_block, builder_keeps_what_was_written_at_any_capacity) {
   for (size_t const capacity : {size_t{1}, size_t{1000}, size_t{3} << 20}) {
     text::text_block_builder builder(capacity);
     builder.data()[0] = u'a';

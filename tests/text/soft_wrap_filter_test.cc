@@ -64,7 +64,7 @@ void wrap_line(text::unit_view units, size_t line, size_t width, size_t tab_size
   out.push_back({line, first_of(start), units.size()});
 }
 
-class SoftWrap : public testing::Test {
+class soft_wrap : public testing::Test {
  protected:
   void wrap(std::string const& drawing, unsigned width, unsigned tab_size = 4) {
     marked_text::set(view, drawing);
@@ -104,7 +104,7 @@ class SoftWrap : public testing::Test {
   text::view view{storage};
 };
 
-TEST_F(SoftWrap, BreaksAtTheLastWhiteSpaceThatFits) {
+TEST_F(soft_wrap, breaks_at_the_last_white_space_that_fits) {
   for (auto const& row : data_rows("wrapping.txt", "rows")) {
     wrap(row[0], static_cast<unsigned>(std::stoul(row[1])));
     EXPECT_EQ(rows_as_text(), data_row(row.begin() + 2, row.end())) << row[0] << " in " << row[1];
@@ -112,7 +112,7 @@ TEST_F(SoftWrap, BreaksAtTheLastWhiteSpaceThatFits) {
   }
 }
 
-TEST_F(SoftWrap, PositionsBetweenUnitsBelongToOneRow) {
+TEST_F(soft_wrap, positions_between_units_belong_to_one_row) {
   wrap("aaaa bbbb cccc|\nxy", 10);
   EXPECT_EQ(view.line_in_view(at(0, 9)), 0u);
   EXPECT_EQ(view.column_in_view(at(0, 9)), 9u);
@@ -135,7 +135,7 @@ TEST_F(SoftWrap, PositionsBetweenUnitsBelongToOneRow) {
   EXPECT_EQ(iter_from_view_pos(&view, {99, 1}, freehanded_t::off), at(1, 1));
 }
 
-TEST_F(SoftWrap, TabsOfARowAreMeasuredFromItsStart) {
+TEST_F(soft_wrap, tabs_of_a_row_are_measured_from_its_start) {
   wrap("aaaaa bbb\tc dd", 10);
   ASSERT_EQ(rows_as_text(), (std::vector<std::string>{"aaaaa bbb", "c dd"}));
   wrap("aaaaaaaaa b\tc", 10);
@@ -145,7 +145,7 @@ TEST_F(SoftWrap, TabsOfARowAreMeasuredFromItsStart) {
   EXPECT_EQ(iter_from_view_pos(&view, {1, 2}, freehanded_t::on), at(0, 11, 1));
 }
 
-TEST_F(SoftWrap, SettingsWrapAnew) {
+TEST_F(soft_wrap, settings_wrap_anew) {
   wrap("aa bb cc\n\tdd", 5);
   EXPECT_EQ(view.lines(), 4u);
   view.set_screen_width(20);
@@ -212,7 +212,7 @@ void check_random_edits(unsigned seed, text::view& view) {
   }
 }
 
-TEST_F(SoftWrap, EditsGiveTheRowsOfWrappingFromScratch) {
+TEST_F(soft_wrap, edits_give_the_rows_of_wrapping_from_scratch) {
   for (unsigned seed = 1; seed <= 400; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     text::storage edited;
@@ -222,7 +222,7 @@ TEST_F(SoftWrap, EditsGiveTheRowsOfWrappingFromScratch) {
 }
 
 /// Every position is in exactly one row, and the conversions are each other's inverse.
-TEST_F(SoftWrap, PositionsAndRowsAgree) {
+TEST_F(soft_wrap, positions_and_rows_agree) {
   for (unsigned seed = 1; seed <= 20; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     random_source random(seed);
@@ -240,7 +240,7 @@ TEST_F(SoftWrap, PositionsAndRowsAgree) {
 }
 
 /// Notes the rows that are asked to be drawn.
-TEST_F(SoftWrap, TypingRefreshesOnlyTheRowsThatChange) {
+TEST_F(soft_wrap, typing_refreshes_only_the_rows_that_change) {
   wrap("aaaa bbbb cccc dddd\nxy", 10);
   auto const refreshed = [&](auto edit) {
     view.first_refresh_line = std::numeric_limits<uint32_t>::max();
@@ -265,7 +265,7 @@ TEST_F(SoftWrap, TypingRefreshesOnlyTheRowsThatChange) {
   EXPECT_EQ(view.selection.current_mark, at(0, 0));
 }
 
-TEST_F(SoftWrap, ChangesOfHiddenTextLeaveTheRows) {
+TEST_F(soft_wrap, changes_of_hidden_text_leave_the_rows) {
   marked_text::set(view, "aaaa bbbb cccc\nhidden text that is long\ndddd eeee ffff");
   ASSERT_TRUE(view.folding_filter->fold_lines(0, 1));
   view.set_screen_width(10);

@@ -75,7 +75,7 @@ class recorder : public text::storage::observer {
   int length_ = 0;
 };
 
-TEST(Storage, ObserversHearEachChangeInOrder) {
+TEST(storage, observers_hear_each_change_in_order) {
   text::storage storage;
   recorder heard(storage);
   text::iterator pos = storage.begin_of_line(0);
@@ -92,7 +92,7 @@ TEST(Storage, ObserversHearEachChangeInOrder) {
   EXPECT_EQ(storage.undo_records[0].data.view(), u"a\n");
 }
 
-TEST(Storage, EmptyChangesLeaveNoTrace) {
+TEST(storage, empty_changes_leave_no_trace) {
   text::storage storage;
   recorder heard(storage);
   text::iterator const at = storage.begin_of_line(0);
@@ -106,7 +106,7 @@ TEST(Storage, EmptyChangesLeaveNoTrace) {
   EXPECT_TRUE(storage.undo_records.empty());
 }
 
-TEST(Storage, TakesAnySequence) {
+TEST(storage, takes_any_sequence) {
   text::storage storage;
   unsigned short const pointers[] = {'a', '\n'};
   std::wstring const wide = L"b\x263A";
@@ -121,7 +121,7 @@ TEST(Storage, TakesAnySequence) {
   EXPECT_EQ(*pos, u'!');
 }
 
-TEST(Storage, KillBufferCollectsRunsInTheOrderOfErasure) {
+TEST(storage, kill_buffer_collects_runs_in_the_order_of_erasure) {
   text::storage storage;
   insert(storage, storage.end(-1), u"abcdef");
   auto const erase = [&](size_t column) { storage.erase(text::iterator(0, column, &storage)); };
@@ -154,7 +154,7 @@ text::text_block paged_block(std::u16string const& text, char16_t const** memory
 /// How the text of a random run comes in: the lines are owned, or slices of a block.
 enum class load { nothing, small_pieces, one_insert, adopted, long_line };
 
-class StorageModel : public testing::TestWithParam<load> {};
+class storage_model : public testing::TestWithParam<load> {};
 
 std::u16string load_into(text::storage& storage, load how, random_source& random) {
   if (how == load::nothing) return {};
@@ -179,7 +179,7 @@ std::u16string load_into(text::storage& storage, load how, random_source& random
   return text;
 }
 
-TEST_P(StorageModel, RandomEditsEqualThoseOfAString) {
+TEST_P(storage_model, random_edits_equal_those_of_a_string) {
   for (unsigned seed = 1; seed <= (GetParam() == load::nothing ? 20 : 3); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     random_source random(seed);
@@ -208,7 +208,7 @@ TEST_P(StorageModel, RandomEditsEqualThoseOfAString) {
   }
 }
 
-TEST_P(StorageModel, EachMementoHasOneText) {
+TEST_P(storage_model, each_memento_has_one_text) {
   for (unsigned seed = 1; seed <= (GetParam() == load::nothing ? 20 : 3); ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     random_source random(seed);
@@ -244,11 +244,11 @@ TEST_P(StorageModel, EachMementoHasOneText) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Loads, StorageModel,
+INSTANTIATE_TEST_SUITE_P(loads, storage_model,
                          testing::Values(load::nothing, load::small_pieces, load::one_insert,
                                          load::adopted, load::long_line));
 
-TEST(Storage, AdoptedTextExistsOnce) {
+TEST(storage, adopted_text_exists_once) {
   auto* memory = new std::u16string(50000, u'a');
   for (size_t i = 99; i < memory->size(); i += 100) (*memory)[i] = u'\n';
   int released = 0;
@@ -277,7 +277,7 @@ TEST(Storage, AdoptedTextExistsOnce) {
   delete memory;
 }
 
-TEST(Storage, FirstEditOfALineThatIsItsBlockTakesTheBlockOver) {
+TEST(storage, first_edit_of_a_line_that_is_its_block_takes_the_block_over) {
   std::u16string const line(100'000, u'a');
   for (std::u16string const before : {u"", u"x\n\nyz\n"})
     for (std::u16string const after : {u"", u"\n", u"\nb\n\nc"}) {
@@ -301,7 +301,7 @@ TEST(Storage, FirstEditOfALineThatIsItsBlockTakesTheBlockOver) {
     }
 }
 
-TEST(Storage, BlockThatSomebodyHoldsStaysAsItWas) {
+TEST(storage, block_that_somebody_holds_stays_as_it_was) {
   std::u16string const line(100'000, u'a');
   text::storage storage;
   text::text_block block = paged_block(line);
@@ -318,7 +318,7 @@ TEST(Storage, BlockThatSomebodyHoldsStaysAsItWas) {
   EXPECT_EQ(storage.undo_records.end()[-2].data.view(), line);
 }
 
-TEST(Storage, HalvesOfASplitLineAreJoinedWithoutACopy) {
+TEST(storage, halves_of_a_split_line_are_joined_without_a_copy) {
   std::u16string const line(100'000, u'a');
   text::storage storage;
   storage.insert(storage.end(-1), paged_block(line));
@@ -329,7 +329,7 @@ TEST(Storage, HalvesOfASplitLineAreJoinedWithoutACopy) {
   EXPECT_EQ(units_of(storage), line);
 }
 
-TEST(Storage, ForgottenHistoryIsNotWalked) {
+TEST(storage, forgotten_history_is_not_walked) {
   text::storage storage;
   insert(storage, storage.end(-1), u"loaded");
   storage.undo_manager.begin_group();
@@ -349,7 +349,7 @@ TEST(Storage, ForgottenHistoryIsNotWalked) {
   EXPECT_EQ(storage.current_memento, 3u);
 }
 
-TEST(Storage, BlocksThatNoLineUsesAreLetGo) {
+TEST(storage, blocks_that_no_line_uses_are_let_go) {
   text::storage storage;
   std::u16string const memory(40000, u'a');
   int alive = 0;
@@ -364,7 +364,7 @@ TEST(Storage, BlocksThatNoLineUsesAreLetGo) {
   EXPECT_LT(alive, 3);
 }
 
-TEST(Storage, ObserverMayLeaveDuringACall) {
+TEST(storage, observer_may_leave_during_a_call) {
   struct leaver : text::storage::observer {
     explicit leaver(text::storage& s) : storage(s) { storage.add_observer(this); }
     void did_insert(text::iterator const&, text::iterator const&) override {

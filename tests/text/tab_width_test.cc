@@ -35,7 +35,7 @@ text::unit_column walked_unit(text::unit_view units, size_t start, size_t column
   return {i, here, column > here ? column - here : 0};
 }
 
-TEST(UnitSearch, EqualsTheLoopAtEveryLengthAndPlace) {
+TEST(unit_search, equals_the_loop_at_every_length_and_place) {
   std::u16string units(40, u'\u0A00');
   std::u16string const plain(40, u'\u02FF');
   for (size_t first = 0; first < 10; ++first)
@@ -60,7 +60,7 @@ TEST(UnitSearch, EqualsTheLoopAtEveryLengthAndPlace) {
   EXPECT_EQ(text::count_unit(std::u16string(1'100'003, u'\n'), u'\n'), 1'100'003u);
 }
 
-TEST(TabWidth, EqualsTheWalkOnShortRuns) {
+TEST(tab_width, equals_the_walk_on_short_runs) {
   // All runs of up to seven units of two kinds.
   for (size_t bits = 0; bits < 128; ++bits)
     for (size_t length = 0; length <= 7; ++length) {
@@ -82,7 +82,7 @@ TEST(TabWidth, EqualsTheWalkOnShortRuns) {
     }
 }
 
-TEST(TabWidth, EqualsTheWalkOnCharactersOfAnyKind) {
+TEST(tab_width, equals_the_walk_on_characters_of_any_kind) {
   for (unsigned seed = 1; seed <= 300; ++seed) {
     random_source random(seed);
     std::u16string const units = random.characters(random.up_to(30));
@@ -107,14 +107,14 @@ TEST(TabWidth, EqualsTheWalkOnCharactersOfAnyKind) {
   text::set_counts_units_as_cells(false);
 }
 
-TEST(TabWidth, ConvertedTabsHaveTheWidthOfTheOriginal) {
+TEST(tab_width, converted_tabs_have_the_width_of_the_original) {
   std::u16string const units = u"\ta\t\nbc\td";
   auto const spaces = text::convert_tabs_to_spaces(units, 2, text::tab_stops(4));
   EXPECT_EQ(std::u16string(spaces.begin(), spaces.end()), u"  a   \nbc    d");
 }
 
 /// A view on a storage holding lines around one that the cache takes care of.
-class ColumnCache : public testing::TestWithParam<char16_t const*> {
+class column_cache_test : public testing::TestWithParam<char16_t const*> {
  protected:
   void check(random_source& random) {
     for (size_t line = 0; line < storage_.lines(); ++line) {
@@ -138,7 +138,7 @@ class ColumnCache : public testing::TestWithParam<char16_t const*> {
   text::view view_{storage_};
 };
 
-TEST_P(ColumnCache, EqualsTheWalkWhileTheLineIsEdited) {
+TEST_P(column_cache_test, equals_the_walk_while_the_line_is_edited) {
   for (unsigned seed = 1; seed <= 3; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     random_source random(seed);
@@ -166,7 +166,7 @@ TEST_P(ColumnCache, EqualsTheWalkWhileTheLineIsEdited) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Alphabets, ColumnCache,
+INSTANTIATE_TEST_SUITE_P(alphabets, column_cache_test,
                          testing::Values(u"abc", u"abcdefgh\t", u"\t", u"中文a", u"a\u0301\t",
                                          u"\xD83C\xDDE9\xDDEA\u200D",
                                          u"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa\t"));

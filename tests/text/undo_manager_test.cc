@@ -7,7 +7,7 @@
 
 namespace {
 
-class UndoManager : public testing::Test {
+class undo_manager_test : public testing::Test {
  protected:
   void type(std::string const& text) {
     std::u16string const units = marked_text::units(text);
@@ -23,7 +23,7 @@ class UndoManager : public testing::Test {
   text::undo_manager& manager = storage.undo_manager;
 };
 
-TEST_F(UndoManager, GroupIsOneStep) {
+TEST_F(undo_manager_test, group_is_one_step) {
   EXPECT_FALSE(manager.can_undo());
   manager.undo();
   manager.redo();
@@ -47,7 +47,7 @@ TEST_F(UndoManager, GroupIsOneStep) {
   EXPECT_FALSE(manager.can_redo());
 }
 
-TEST_F(UndoManager, EmptyGroupKeepsTheRedoList) {
+TEST_F(undo_manager_test, empty_group_keeps_the_redo_list) {
   step("a");
   manager.undo();
   step("");
@@ -57,7 +57,7 @@ TEST_F(UndoManager, EmptyGroupKeepsTheRedoList) {
   EXPECT_FALSE(manager.can_redo());
 }
 
-TEST_F(UndoManager, OpenGroupHasListsOfItsOwn) {
+TEST_F(undo_manager_test, open_group_has_lists_of_its_own) {
   step("a");
   manager.begin_group();
   EXPECT_FALSE(manager.can_undo());
@@ -72,7 +72,7 @@ TEST_F(UndoManager, OpenGroupHasListsOfItsOwn) {
   EXPECT_EQ(text(), "ab");
 }
 
-TEST_F(UndoManager, GroupWhoseChangesWereAllUndoneClearsTheRedoListAround) {
+TEST_F(undo_manager_test, group_whose_changes_were_all_undone_clears_the_redo_list_around) {
   step("a");
   step("b");
   manager.undo();

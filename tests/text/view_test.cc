@@ -16,7 +16,7 @@ using text::iter_from_view_pos;
 using text::pos;
 using text::view_iterator;
 
-class View : public testing::Test {
+class view_test : public testing::Test {
  protected:
   void set(std::string const& drawing) { marked_text::set(view, drawing); }
   std::string get() { return marked_text::get(view); }
@@ -48,7 +48,7 @@ class View : public testing::Test {
   text::view view{storage};
 };
 
-TEST_F(View, ColumnsCountTabsUpToTheNextStop) {
+TEST_F(view_test, columns_count_tabs_up_to_the_next_stop) {
   set("a\tb\n\t\tx");
   view.set_tab_size(4);
   EXPECT_EQ(view.column_in_view(at(0, 1)), 1u);
@@ -66,7 +66,7 @@ struct conversion {
   size_t unit, offset;
 };
 
-TEST_F(View, HybridPositionsInsideTabsAndPastLineEnds) {
+TEST_F(view_test, hybrid_positions_inside_tabs_and_past_line_ends) {
   set("a\tb");
   view.set_tab_size(4);
   for (conversion const& row : std::vector<conversion>{{0, freehanded_t::on, 0, 0},
@@ -89,7 +89,7 @@ TEST_F(View, HybridPositionsInsideTabsAndPastLineEnds) {
   EXPECT_EQ(iter_from_view_pos(&view, {7, 1}, freehanded_t::off).base.pos(), pos(0, 1));
 }
 
-TEST_F(View, MakeBaseIterChangesTheTextForVirtualColumns) {
+TEST_F(view_test, make_base_iter_changes_the_text_for_virtual_columns) {
   set("\tx\nab");
   view.set_tab_size(4);
   EXPECT_EQ(make_base_iter(at(0, 0, 2)).pos(), pos(0, 2));
@@ -101,7 +101,7 @@ TEST_F(View, MakeBaseIterChangesTheTextForVirtualColumns) {
   EXPECT_EQ(storage.current_memento, memento);
 }
 
-TEST_F(View, SteppingStopsAtBothEnds) {
+TEST_F(view_test, stepping_stops_at_both_ends) {
   set("a\nb");
   view_iterator it = view.end();
   it.offset = 3;
@@ -123,13 +123,13 @@ TEST_F(View, SteppingStopsAtBothEnds) {
   EXPECT_EQ(it, at(0, 1));
 }
 
-TEST_F(View, CaretIsParkedDuringAChange) {
+TEST_F(view_test, caret_is_parked_during_a_change) {
   set("one\ntwo\nthr|ee");
   insert(storage.begin_of_line(1), "x");
   EXPECT_EQ(get(), "|one\nxtwo\nthree");
 }
 
-TEST_F(View, UndoAndRedoBringBackSelections) {
+TEST_F(view_test, undo_and_redo_bring_back_selections) {
   set("one [two] three");
   type("2");
   type("!");
@@ -143,7 +143,7 @@ TEST_F(View, UndoAndRedoBringBackSelections) {
   EXPECT_EQ(get(), "one 2| three");
 }
 
-TEST_F(View, SelectionsOfStatesThatAreOutOfReachAreForgotten) {
+TEST_F(view_test, selections_of_states_that_are_out_of_reach_are_forgotten) {
   auto const known = [&] {
     uint32_t n = 0;
     for (uint32_t state = 1; state < storage.next_memento; ++state)
@@ -160,13 +160,13 @@ TEST_F(View, SelectionsOfStatesThatAreOutOfReachAreForgotten) {
   EXPECT_EQ(get(), "|");
 }
 
-TEST_F(View, NewViewKnowsTheSelectionOfTheEmptyDocument) {
+TEST_F(view_test, new_view_knows_the_selection_of_the_empty_document) {
   type("abc");
   storage.undo_manager.undo();
   EXPECT_EQ(get(), "|");
 }
 
-TEST_F(View, ChangesAskForTheirRowsToBeDrawn) {
+TEST_F(view_test, changes_ask_for_their_rows_to_be_drawn) {
   set("a\nb\nc");
   auto const refreshed = [&] {
     auto const range = std::pair(view.first_refresh_line, view.last_refresh_line);
@@ -184,7 +184,7 @@ TEST_F(View, ChangesAskForTheirRowsToBeDrawn) {
   EXPECT_EQ(refreshed(), std::pair(0u, 3u));
 }
 
-TEST_F(View, WidestLineIsMeasuredAgainOnlyWhenItShrinks) {
+TEST_F(view_test, widest_line_is_measured_again_only_when_it_shrinks) {
   set("long line\nshort\nlonger line");
   EXPECT_EQ(view.columns(), 11u);
   insert(storage.begin_of_line(1), "some ");
@@ -202,7 +202,7 @@ TEST_F(View, WidestLineIsMeasuredAgainOnlyWhenItShrinks) {
   EXPECT_EQ(view.max_columns, text::view::unknown_columns);
 }
 
-TEST_F(View, ColumnsEqualTheWidestLineUnderRandomEdits) {
+TEST_F(view_test, columns_equal_the_widest_line_under_random_edits) {
   for (unsigned seed = 1; seed <= 20; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     random_source random(seed);
@@ -260,7 +260,7 @@ class noting_snippet_observer : public text::snippet_observer_t {
   bool writing_ = false;
 };
 
-TEST_F(View, EditingInATabStopFollowsTheStop) {
+TEST_F(view_test, editing_in_a_tab_stop_follows_the_stop) {
   set("m stop| end\n");
   view.set_snippet_observer(std::make_unique<noting_snippet_observer>(
       storage, text::iterator_observer::subset(pos(0, 2), pos(0, 6))));
@@ -279,7 +279,7 @@ TEST_F(View, EditingInATabStopFollowsTheStop) {
 
 // What a change takes of bookmarks comes back when it is taken back, unless the user has changed
 // them meanwhile on the lines concerned.
-TEST_F(View, BookmarksComeBackWithTheTextTheyMark) {
+TEST_F(view_test, bookmarks_come_back_with_the_text_they_mark) {
   set("zero|\none\ntwo\nthree\nfour");
   for (size_t line : {1, 2, 4}) view.set_bookmark({line, 2}, true);
   auto const bookmarks = [&] { return view.bookmark_filter->marks.list(); };
@@ -304,7 +304,7 @@ TEST_F(View, BookmarksComeBackWithTheTextTheyMark) {
   EXPECT_TRUE(view.mark_history->empty());
 }
 
-TEST_F(View, ViewsOfOneStorageKeepApart) {
+TEST_F(view_test, views_of_one_storage_keep_apart) {
   set("abc|");
   size_t const observers = storage.observers.size();
   {
