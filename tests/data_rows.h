@@ -1,12 +1,7 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <string>
-#include <vector>
-
 #include "source_tree.h"
+#include "test.h"
 
 /// The cases that stand in a file of tests/data, one a line: fields in double quotes or, where they
 /// hold no blank, as they are. In quotes "\n", "\t", "\r", "\xHH", "\\" and "\"" are what they are

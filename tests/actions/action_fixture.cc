@@ -1,13 +1,10 @@
 #include "actions/action_fixture.h"
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-
 #include "actions/register_movement_functions.h"
 #include "actions/register_transform_functions.h"
 #include "actions/register_view_actions.h"
 #include "platform/own_defaults.h"
+#include "test.h"
 #include "text/marked_text.h"
 
 using namespace actions;

@@ -1,14 +1,13 @@
 #include "actions/action_map.h"
 
-#include <gtest/gtest.h>
-
-#include <stdexcept>
-
 #include "actions/action_fixture.h"
 #include "actions/action_helpers.h"
 #include "actions/selecting.h"
 #include "regex/traits.h"
+#include "test.h"
 #include "text/marked_text.h"
+#include "test.h"
+#include "test.h"
 
 using namespace actions;
 

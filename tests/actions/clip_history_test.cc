@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <random>
-
 #include "actions/WynPasteboardManager.h"
 #include "headless/headless_desktop.h"
 #include "platform/own_defaults.h"
 #include "platform/utf.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 using namespace actions;
 

@@ -1,10 +1,11 @@
 #include "actions/clipboard.h"
 
-#include <gtest/gtest.h>
-
 #include "actions/action_fixture.h"
 #include "headless/headless_desktop.h"
+#include "test.h"
 #include "text/marked_text.h"
+#include "test.h"
+#include "test.h"
 
 using namespace actions;
 

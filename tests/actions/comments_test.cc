@@ -1,8 +1,9 @@
-#include <gtest/gtest.h>
-
 #include "actions/comments.h"
+#include "test.h"
 #include "text/marked_text.h"
 #include "text/random_text.h"
+#include "test.h"
+#include "test.h"
 
 using namespace actions;
 
@@ -90,9 +91,7 @@ TEST(comments, toggled_twice_leave_any_text_as_it_was) {
       if (!toggle_comments(view, with)) continue;
       bool const became_comment = marked_text::units_of(shown.storage).size() > text.size();
       toggle_comments(view, with);
-      if (became_comment) {
-        EXPECT_EQ(marked_text::units_of(shown.storage), text) << "seed " << seed;
-      }
+      if (became_comment) EXPECT_EQ(marked_text::units_of(shown.storage), text) << "seed " << seed;
     }
   }
 }

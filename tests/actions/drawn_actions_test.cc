@@ -1,14 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <fstream>
-#include <iomanip>
-#include <sstream>
-
 #include "actions/action_fixture.h"
 #include "headless/headless_desktop.h"
 #include "source_tree.h"
+#include "test.h"
 #include "text/marked_text.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

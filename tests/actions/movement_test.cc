@@ -1,12 +1,13 @@
 #include "actions/movement.h"
 
-#include <gtest/gtest.h>
-
 #include "actions/action_fixture.h"
 #include "actions/movement_wrappers.h"
 #include "actions/selecting.h"
 #include "platform/user_defaults.h"
+#include "test.h"
 #include "text/marked_text.h"
+#include "test.h"
+#include "test.h"
 
 using namespace actions;
 

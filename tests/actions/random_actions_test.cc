@@ -1,11 +1,12 @@
-#include <gtest/gtest.h>
-
 #include "actions/WynPasteboardManager.h"
 #include "actions/action_fixture.h"
 #include "headless/headless_desktop.h"
+#include "test.h"
 #include "text/cluster.h"
 #include "text/marked_text.h"
 #include "text/random_text.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 
@@ -75,9 +76,7 @@ class random_walk {
     if (may_stand_in_a_character(name) && !is_at_character(fixture_.view.selection.current_mark))
       fixture_.view.selection.set_caret(fixture_.view.begin(0));
     check(name + " (" + modes_ + ") on\n" + before);
-    if (!may_change_text(name)) {
-      EXPECT_EQ(fixture_.storage.current_memento, memento) << name;
-    }
+    if (!may_change_text(name)) EXPECT_EQ(fixture_.storage.current_memento, memento) << name;
   }
 
   void check(std::string const& what) const {

@@ -12,8 +12,11 @@
 #include "actions/shift_lines.h"
 #include "platform/utf.h"
 #include "regex/format.h"
+#include "test.h"
 #include "text/random_text.h"
 #include "text/tab_width.h"
+#include "test.h"
+#include "test.h"
 
 using namespace actions;
 
@@ -104,13 +107,9 @@ TEST(transformations, reformatting_keeps_words_within_the_width) {
         if (word.size() > 8) return true;
       return false;
     }();
-    if (!has_long_words) {
-      ASSERT_EQ(words_of(result), words_of(text));
-    }
+    if (!has_long_words) ASSERT_EQ(words_of(result), words_of(text));
     for (auto const& line : lines_of(result))
-      if (words_of(line).size() > 1) {
-        ASSERT_LE(line.size(), 10u) << unicode::to_utf8(result);
-      }
+      if (words_of(line).size() > 1) ASSERT_LE(line.size(), 10u) << unicode::to_utf8(result);
   }
 }
 

@@ -1,12 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "app/AppDelegate.h"
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
@@ -14,6 +7,7 @@
 #include "platform/own_defaults.h"
 #include "plist/xml_reader.h"
 #include "source_tree.h"
+#include "test.h"
 #include "windows/WynDocumentController.h"
 
 /// The application with its real menus on the desktop without windows, a folder of files, and

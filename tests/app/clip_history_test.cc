@@ -1,9 +1,6 @@
 #include "actions/WynPasteboardManager.h"
 #include "app/app_fixture.h"
-
-#include <sys/stat.h>
-
-#include <filesystem>
+#include "test.h"
 
 using namespace app;
 

@@ -1,6 +1,6 @@
 #include "app/command_line.h"
-
-#include <gtest/gtest.h>
+#include "test.h"
+#include "test.h"
 
 using namespace app;
 

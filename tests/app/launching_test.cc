@@ -1,14 +1,8 @@
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cstdlib>
-
 #include "app/file_argument.h"
 #include "app/line_place.h"
 #include "app/recent_files.h"
 #include "app_fixture.h"
+#include "test.h"
 
 using namespace app;
 

@@ -2,8 +2,7 @@
 
 #include "app_fixture.h"
 #include "platform/menu.h"
-
-#include <cstdio>
+#include "test.h"
 
 using namespace app;
 

@@ -3,10 +3,8 @@
 #include "keys/WynKeyBindingManager.h"
 #include "platform/menu.h"
 #include "source_tree.h"
+#include "test.h"
 #include "windows/WynDocumentController.h"
-
-#include <cctype>
-#include <set>
 
 // Menus and key bindings are data, and the actions are code: neither may name what the other
 // lacks.

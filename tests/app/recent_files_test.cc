@@ -1,17 +1,10 @@
 #include "app/recent_files.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <memory>
-
-#include <gtest/gtest.h>
-
 #include "path/temporary_folder.h"
 #include "platform/system/folder_lock.h"
 #include "platform/user_defaults.h"
+#include "test.h"
+#include "test.h"
 
 using namespace app;
 

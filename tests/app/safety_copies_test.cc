@@ -1,12 +1,6 @@
-#include <sys/resource.h>
-
-#include <csignal>
-#include <filesystem>
-#include <functional>
-#include <set>
-
 #include "app/app_fixture.h"
 #include "documents/safety_copy.h"
+#include "test.h"
 
 namespace {
 
@@ -174,9 +168,7 @@ TEST_F(left_over_text, is_kept_by_every_end_or_its_loss_is_a_failure) {
           kept.insert(bytes.substr(bytes.find("</plist>\n") + 9));
         }
       std::string const text = shown(file);
-      if (!full) {
-        EXPECT_EQ(kept, std::set<std::string>{text});
-      }
+      if (!full) EXPECT_EQ(kept, std::set<std::string>{text});
       desktop.loop().run_for(0);  // where the program goes on, what was held comes now
     }
 }

@@ -1,7 +1,6 @@
-#include <filesystem>
-
 #include "app_fixture.h"
 #include "encoding/charset.h"
+#include "test.h"
 
 // Saving, closing and quitting: what is asked, in which order, and what each answer does.
 namespace {

@@ -1,8 +1,7 @@
 #include "app/app_fixture.h"
 #include "settings/store.h"
 #include "settings/table.h"
-
-#include <map>
+#include "test.h"
 
 namespace {
 
@@ -36,9 +35,7 @@ TEST_F(settings_test, each_is_changed_by_an_action_that_is_there) {
     EXPECT_TRUE(selector.empty() || view.respondsToSelector(selector) ||
                 app().respondsToSelector(selector))
         << row.key;
-    if (row.changed_by.is_switch) {
-      EXPECT_EQ(titles[selector], row.title) << row.key;
-    }
+    if (row.changed_by.is_switch) EXPECT_EQ(titles[selector], row.title) << row.key;
   }
 }
 

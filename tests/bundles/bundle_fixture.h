@@ -1,11 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <memory>
-#include <string>
-
 #include "bundles/BundleManager.h"
 #include "headless/headless_desktop.h"
 #include "path/temporary_folder.h"
@@ -13,6 +7,7 @@
 #include "plist/text_reader.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
+#include "test.h"
 
 /// Search paths in a folder of their own: the user's library, that of a machine, and what ships.
 class bundle_test : public testing::Test {
@@ -63,5 +58,3 @@ class bundle_test : public testing::Test {
   own_defaults const settings_;
   std::unique_ptr<BundleManager> manager_;
 };
-
-using strings = std::vector<std::string>;

@@ -3,6 +3,7 @@
 #include <rapidcheck/gtest.h>
 
 #include "plist/random_values.h"
+#include "test.h"
 
 namespace {
 

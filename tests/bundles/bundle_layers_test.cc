@@ -2,14 +2,7 @@
 
 #include "bundles/files/item_file.h"
 #include "path/tree.h"
-
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <csignal>
-#include <iterator>
+#include "test.h"
 
 namespace {
 

@@ -2,6 +2,7 @@
 
 #include "bundles/bundle_watcher.h"
 #include "platform/notification_center.h"
+#include "test.h"
 
 using namespace bundles;
 

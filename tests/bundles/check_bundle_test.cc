@@ -1,6 +1,7 @@
 #include "bundle_fixture.h"
 
 #include "bundles/check/check_bundle.h"
+#include "test.h"
 
 namespace {
 

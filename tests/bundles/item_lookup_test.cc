@@ -1,4 +1,5 @@
 #include "bundle_fixture.h"
+#include "test.h"
 
 namespace {
 

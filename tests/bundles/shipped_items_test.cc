@@ -1,10 +1,6 @@
 #include "bundle_fixture.h"
 #include "source_tree.h"
-
-#include <fstream>
-#include <map>
-#include <set>
-#include <sstream>
+#include "test.h"
 
 // What ships is told apart by its scopes: nobody is asked which of two items is meant.
 

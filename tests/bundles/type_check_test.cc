@@ -3,8 +3,6 @@
 #include "bundles/check/known_keys.h"
 #include "bundles/files/item_kinds.h"
 
-#include <sstream>
-
 namespace {
 
 // Something that can't stand under the keys, `uuid` excepted.

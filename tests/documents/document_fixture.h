@@ -1,16 +1,10 @@
 #pragma once
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
 #include "path/temporary_folder.h"
 #include "platform/own_defaults.h"
+#include "test.h"
 #include "text/storage_text.h"
 
 /// A folder of files, settings of its own, and alerts that are answered from a script.

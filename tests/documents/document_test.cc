@@ -1,16 +1,11 @@
 #include "documents/WynDocument.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include "documents/WynDocumentCache.h"
 #include "documents/document_fixture.h"
-#include "documents/printable_name.h"
 #include "platform/notification_center.h"
+#include "test.h"
 
 namespace {
-
-using strings = std::vector<std::string>;
 
 TEST_F(document, is_edited_when_its_text_is_not_the_saved_one) {
   auto const untitled = WynDocument::document();
@@ -207,10 +202,8 @@ TEST_F(document, is_saved_when_its_file_comes_to_hold_the_same) {
   auto const memento = d->storage().current_memento;
   folder.write("file", "text and more");
   set_date(d->filename(), 1000);
-  testing::internal::CaptureStderr();
-  EXPECT_FALSE(d->checkForFilesystemChanges());
-  std::string const log = testing::internal::GetCapturedStderr();
-  EXPECT_EQ(log, "");  // nothing that anybody has to know
+  // Nothing that anybody has to know.
+  EXPECT_EQ(errors_of([&] { EXPECT_FALSE(d->checkForFilesystemChanges()); }), "");
   EXPECT_FALSE(d->isDocumentEdited());
   EXPECT_EQ(d->storage().current_memento, memento);
   d->storage().undo_manager.undo();
@@ -248,19 +241,6 @@ TEST_F(document, keeps_its_text_when_the_file_becomes_something_else) {
   EXPECT_EQ(text_of(*d), u"text");
   EXPECT_EQ(alerts(), strings());
   EXPECT_FALSE(WynDocument::document()->checkForFilesystemChanges());
-}
-
-TEST(printable, names_cannot_look_like_others) {
-  struct {
-    char const *name, *shown;
-  } const cases[] = {
-      {"plain \u00E9 \U0001F600", "plain \u00E9 \U0001F600"},
-      {"two\nlines\x7F", "two\u240Alines\u2421"},
-      {"no UTF-8 \xFF\xC3", "no UTF-8 \uFFFD\uFFFD"},
-      {"\u202Etxt.exe \u2066 \u200F \u061C", "\uFFFDtxt.exe \uFFFD \uFFFD \uFFFD"},
-      {"\u2028 \u0085", "\uFFFD \uFFFD"},
-  };
-  for (auto const& c : cases) EXPECT_EQ(documents::printable(c.name), c.shown);
 }
 
 }  // namespace

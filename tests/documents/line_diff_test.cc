@@ -1,9 +1,7 @@
 #include "documents/line_diff.h"
-
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <random>
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,8 +1,7 @@
 #include "documents/load_file.h"
 
-#include <sys/stat.h>
-
 #include "documents/document_fixture.h"
+#include "test.h"
 
 namespace {
 

@@ -1,12 +1,8 @@
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include "documents/document_fixture.h"
 #include "path/other_user.h"
+#include "test.h"
 
 namespace {
-
-using strings = std::vector<std::string>;
 
 TEST_F(document, opens_no_file_that_cannot_be_read) {
   std::filesystem::create_directory(folder / "folder");
@@ -74,12 +70,12 @@ TEST_F(document, has_a_name_that_can_be_shown) {
   struct {
     std::string name, shown;
   } const cases[] = {
-      {"a b.txt", "a b.txt"},
-      {"two\nlines\x7F", "two\u240Alines\u2421"},
+      {"a b\n\x7F.txt", "a b\u240A\u2421.txt"},
       {"bad\xFFutf", "bad\uFFFDutf"},
       {"cut\xE2\x82", "cut\uFFFD"},
       {"\xF0\x9F\x98\x80 \xED\xA0\x80", "\xF0\x9F\x98\x80 \uFFFD"},
-      {"\xC2\x85\xE2\x80\xA8", "\uFFFD\uFFFD"},
+      {"\u0085 \u2028", "\uFFFD \uFFFD"},
+      {"\u202Etxt.exe \u2066 \u200F \u061C", "\uFFFDtxt.exe \uFFFD \uFFFD \uFFFD"},
   };
   for (auto const& c : cases) {
     auto const d = open(folder.write(c.name, "x"));

@@ -1,14 +1,12 @@
-#include <sys/stat.h>
-#include <sys/xattr.h>
 #include <zlib.h>
 
-#include <cstring>
 #include <numeric>
 
 #include "documents/document_fixture.h"
 #include "documents/file_metadata.h"
 #include "documents/view_metadata.h"
 #include "text/views/bookmark_filter.h"
+#include "test.h"
 
 // What is kept of a text beside it: in attributes of its file, and for projects.
 namespace {

@@ -1,13 +1,10 @@
-#include <sys/stat.h>
-
 #include "documents/document_fixture.h"
 #include "path/other_user.h"
+#include "test.h"
 
 // What becomes of the files of others, and of their permissions, when somebody saves who isn't
 // root.
 namespace {
-
-using strings = std::vector<std::string>;
 
 constexpr unsigned root = 0, own = other_user::id;
 constexpr unsigned kept = 010000;  // the mode

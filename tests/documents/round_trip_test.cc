@@ -1,10 +1,10 @@
-#include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
 #include "data_rows.h"
 #include "documents/document_fixture.h"
 #include "documents/plain_conversion.h"
 #include "encoding/estimate.h"
+#include "test.h"
 
 // What is loaded and saved without an edit comes back byte for byte, or the user is asked.
 

@@ -1,12 +1,8 @@
 #include "documents/safety_copy.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
-#include <algorithm>
-
 #include "documents/document_fixture.h"
 #include "path/faulting_calls.h"
+#include "test.h"
 
 namespace {
 
@@ -23,25 +19,17 @@ class safety_copies : public document {
     EXPECT_FALSE(error) << error->message;
     return copy;
   }
-  std::size_t files() const {
-    std::size_t n = 0;
-    for ([[maybe_unused]] auto const& e : std::filesystem::directory_iterator(folder_)) ++n;
-    return n;
-  }
+  auto files() const { return std::distance(std::filesystem::directory_iterator(folder_), {}); }
 };
 
 TEST_F(safety_copies, are_left_over_once_nobody_holds_them) {
   std::filesystem::create_directory(folder_);
   ASSERT_EQ(chmod(folder_.c_str(), 0777), 0);
   std::string const path = folder / "li\nne\xFF";
-  auto copy = make(path, std::string("\xFF\xFE"
-                                     "a\0\n\0",
-                                     6));
-  struct stat info;
-  ASSERT_EQ(stat(folder_.c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 07777, 0700u);
-  ASSERT_EQ(stat(copy->file().c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 07777, 0600u);
+  std::string const bytes("\xFF\xFE\x61\0\n\0", 6);
+  auto copy = make(path, bytes);
+  EXPECT_EQ(mode_of(folder_), 0700u);
+  EXPECT_EQ(mode_of(copy->file()), 0600u);
   EXPECT_TRUE(safety_copy::left_over().empty());
 
   copy.reset();
@@ -55,9 +43,7 @@ TEST_F(safety_copies, are_left_over_once_nobody_holds_them) {
     EXPECT_FALSE(found[0].read(text));
     EXPECT_TRUE(text.units.view() == u"a\n");
     EXPECT_FALSE(found[0].is_in_place());
-    folder.write("li\nne\xFF", std::string("\xFF\xFE"
-                                           "a\0\n\0",
-                                           6));
+    folder.write("li\nne\xFF", bytes);
     EXPECT_TRUE(found[0].is_in_place());
     std::filesystem::remove(path);
   }
@@ -160,12 +146,14 @@ TEST_F(safety_copies, go_where_there_is_a_folder_for_them) {
     if (error) continue;
     std::string const path = d->filename();
     d->keepUnsavedText();  // takes the place of the first
-    auto found = c.place.ends_with("-unsaved") ? safety_copy::left_over_beside(path)
-                                               : safety_copy::left_over();
+    auto const all = [&] {
+      return c.place.ends_with("-unsaved") ? safety_copy::left_over_beside(path)
+                                           : safety_copy::left_over();
+    };
+    auto found = all();
     EXPECT_TRUE(found.empty());  // it is held
     const_cast<std::shared_ptr<WynDocument>&>(d).reset();
-    found = c.place.ends_with("-unsaved") ? safety_copy::left_over_beside(path)
-                                          : safety_copy::left_over();
+    found = all();
     ASSERT_EQ(found.size(), 1u) << c.place;
     EXPECT_TRUE(found[0].file().starts_with(c.place)) << found[0].file();
     found[0].remove();
@@ -207,9 +195,7 @@ TEST_F(safety_copies, go_where_there_is_a_folder_for_them) {
     found[0].remove();
     std::filesystem::remove(std::filesystem::path(found[0].file()).parent_path(), ignored);
   }
-  struct stat info;
-  ASSERT_EQ(stat(ours.c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 07777, 0755u);
+  EXPECT_EQ(mode_of(ours), 0755u);
   runtime.empty() ? unsetenv("XDG_RUNTIME_DIR") : setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
   cache.empty() ? unsetenv("XDG_CACHE_HOME") : setenv("XDG_CACHE_HOME", cache.c_str(), 1);
 }
@@ -292,21 +278,18 @@ TEST_F(safety_copies, restored_documents_keep_how_they_are_written) {
 }
 
 TEST_F(safety_copies, restored_text_is_unsaved_and_the_copy_goes_when_it_is_saved) {
-  make(folder / "file", std::string("\xFF\xFE"
-                                    "n\0\n\0",
-                                    6));
+  std::string const bytes("\xFF\xFEn\0\n\0", 6);
+  make(folder / "file", bytes);
   auto const d = document_of("old");
   EXPECT_TRUE(d->restore(std::move(safety_copy::left_over().at(0))));
   EXPECT_EQ(text_of(*d), u"n\n");
   EXPECT_TRUE(d->isDocumentEdited());
   EXPECT_EQ(on_disk(), "old");
   EXPECT_TRUE(safety_copy::left_over().empty());
-  EXPECT_EQ(files(), 1u);
+  EXPECT_EQ(files(), 1);
   EXPECT_TRUE(save(d));
-  EXPECT_EQ(on_disk(), std::string("\xFF\xFE"
-                                   "n\0\n\0",
-                                   6));
-  EXPECT_EQ(files(), 0u);
+  EXPECT_EQ(on_disk(), bytes);
+  EXPECT_EQ(files(), 0);
 }
 
 }  // namespace

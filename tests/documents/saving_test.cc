@@ -1,17 +1,9 @@
-#include <fcntl.h>
-#include <sys/mount.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <fstream>
-
 #include "documents/document_alerts.h"
 #include "documents/document_fixture.h"
 #include "path/other_user.h"
+#include "test.h"
 
 namespace {
-
-using strings = std::vector<std::string>;
 
 TEST_F(document, ascii_becomes_the_default_without_a_question) {
   auto const d = document_of("caf");
@@ -214,9 +206,7 @@ TEST_F(document, asks_before_it_overwrites_a_read_only_file) {
     answer("Couldn't Save", "Overwrite");
     EXPECT_TRUE(save(d));
     EXPECT_EQ(on_disk(), "old and new");
-    struct stat info;
-    ASSERT_EQ(stat(d->filename().c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 07777, 0440u);
+    EXPECT_EQ(mode_of(d->filename()), 0440u);
     alerts();
     std::filesystem::remove(d->filename());
   }
@@ -225,13 +215,9 @@ TEST_F(document, asks_before_it_overwrites_a_read_only_file) {
 TEST_F(document, saved_elsewhere_takes_its_attributes_along) {
   auto const d = document_of("#!/bin/sh");
   ASSERT_EQ(chmod(d->filename().c_str(), 0751), 0);
-  if (geteuid() == 0) {
-    ASSERT_EQ(chown(d->filename().c_str(), 1234, 4321), 0);
-  }
+  if (geteuid() == 0) ASSERT_EQ(chown(d->filename().c_str(), 1234, 4321), 0);
   ASSERT_TRUE(d->writeToFile(folder / "copy"));
-  struct stat from, to;
-  ASSERT_EQ(stat(d->filename().c_str(), &from), 0);
-  ASSERT_EQ(stat((folder / "copy").c_str(), &to), 0);
+  struct stat const from = status_of(d->filename()), to = status_of(folder / "copy");
   EXPECT_EQ(to.st_mode, from.st_mode);
   EXPECT_EQ(to.st_uid, from.st_uid);
   EXPECT_EQ(to.st_gid, from.st_gid);
@@ -263,10 +249,8 @@ TEST_F(document, private_text_stays_private) {
           std::filesystem::remove(written);
           EXPECT_TRUE(d->writeToFile(written));
         }
-        struct stat info {};
-        ASSERT_EQ(stat(written.c_str(), &info), 0);
         bool const is_old = how == way::back && event == meanwhile::nothing;
-        EXPECT_EQ(info.st_mode & 0077, is_old && with_list ? 0060u : 0u)
+        EXPECT_EQ(status_of(written).st_mode & 0077, is_old && with_list ? 0060u : 0u)
             << with_list << static_cast<int>(event) << static_cast<int>(how);
         alerts();
         for (char const* name : {"private", "new"}) std::filesystem::remove(folder / name);
@@ -280,11 +264,9 @@ TEST_F(document, copy_leaves_the_file_that_it_overwrites_to_its_owner) {
   std::string const other = folder.write("other", "old");
   ASSERT_EQ(chmod(other.c_str(), 0640), 0);
   ASSERT_TRUE(d->writeCopyToFile(other));
-  struct stat info {};
-  ASSERT_EQ(stat(other.c_str(), &info), 0);
-  EXPECT_EQ(info.st_uid, 0u);
-  EXPECT_EQ(info.st_gid, 0u);
-  EXPECT_EQ(info.st_mode & 07777, 0640u);
+  EXPECT_EQ(status_of(other).st_uid, 0u);
+  EXPECT_EQ(status_of(other).st_gid, 0u);
+  EXPECT_EQ(mode_of(other), 0640u);
   EXPECT_EQ(folder.read(other), "text");
 }
 
@@ -294,28 +276,15 @@ TEST_F(document, failed_saves_are_told_and_change_nothing) {
   auto const d = open(path);
   type(*d, u"\u00E9");
   auto const memento = d->lastSavedMemento();
-  struct {
-    char const* cause;
-    void (*prepare)(std::string const& path);
-  } const cases[] = {
-      {"It is a folder.",
-       [](std::string const& p) {
-         std::filesystem::remove(p);
-         std::filesystem::create_directory(p);
-       }},
-      {"The folder \u201C%\u201D does not exist.",
-       [](std::string const& p) {
-         std::filesystem::remove_all(std::filesystem::path(p).parent_path());
-       }},
-  };
-  for (auto const& c : cases) {
-    c.prepare(path);
+  for (bool const is_folder : {true, false}) {
+    std::filesystem::remove_all(is_folder ? path : folder / "gone");
+    if (is_folder) std::filesystem::create_directory(path);
     EXPECT_FALSE(save(d));
-    std::string cause = c.cause;
-    if (auto const place = cause.find('%'); place != cause.npos)
-      cause.replace(place, 1, folder / "gone");
     EXPECT_EQ(alerts(), strings{"Couldn't Save|The file \u201Cfile\u201D could not be saved. " +
-                                cause + "|Continue"});
+                                (is_folder ? "It is a folder"
+                                           : "The folder \u201C" + folder / "gone" +
+                                                 "\u201D does not exist") +
+                                ".|Continue"});
     EXPECT_TRUE(d->isDocumentEdited());
     EXPECT_FALSE(d->documentHasBeenSaved());
     EXPECT_EQ(d->lastSavedMemento(), memento);
@@ -364,9 +333,7 @@ TEST_F(document, asks_before_it_overwrites_what_others_have_written) {
         EXPECT_EQ(alerts().size(), c.asked ? 1u : 0u);
         EXPECT_EQ(on_disk(), keeps ? "their and ours" : theirs) << button;
         bool const reverts = c.asked && std::string(button) == "Revert";
-        if (reverts) {
-          EXPECT_EQ(text_of(*d), std::u16string(theirs.begin(), theirs.end()));
-        }
+        if (reverts) EXPECT_EQ(text_of(*d), std::u16string(theirs.begin(), theirs.end()));
         EXPECT_EQ(d->isDocumentEdited(), !keeps && !reverts);
         EXPECT_TRUE(save(d) || !keeps);  // what has been answered isn't asked again
         EXPECT_EQ(alerts().size(), keeps || reverts ? 0u : 1u);

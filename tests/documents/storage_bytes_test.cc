@@ -1,10 +1,9 @@
 #include "documents/storage_bytes.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-
 #include "documents/plain_conversion.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,14 +1,11 @@
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <iostream>
-#include <iterator>
-#include <map>
 
 #include "documents/file_text.h"
 #include "documents/plain_conversion.h"
 #include "path/temporary_folder.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 // Files of three bytes, opened and saved: they come back, or it is known by which rule they don't.
 // All 16,777,216 of them, which takes some three minutes of processor time (and TMPDIR in memory):

@@ -1,15 +1,11 @@
-#include <fstream>
-#include <functional>
-#include <random>
-
 #include "documents/document_fixture.h"
 #include "documents/replace_text.h"
 #include "platform/notification_center.h"
+#include "test.h"
 
 // Files that other programs change while their documents stay open.
 namespace {
 
-using strings = std::vector<std::string>;
 namespace fs = std::filesystem;
 
 constexpr double long_enough = platform::file_watcher::patience + 1;

@@ -104,9 +104,8 @@ inline bytes encode_fast(units const& in, encoding::file_format format, std::siz
     out.insert(out.end(), data, data + size);
     return true;
   });
-  for (std::size_t at = 0; at < in.size(); at += part) {
+  for (std::size_t at = 0; at < in.size(); at += part)
     encoder.put(in.data() + at, in.data() + std::min(at + part, in.size()));
-  }
   encoder.finish();
   return out;
 }
@@ -128,10 +127,9 @@ inline std::string in_encoding(units const& in, std::size_t part) {
       for (int flags = 0; flags < (charset == encoding::UTF8 ? 4 : 1); ++flags) {
         encoding::file_format const format{encoding::charset_t(charset), type, (flags & 1) != 0,
                                            (flags & 2) != 0};
-        if (encode(in, format) != encode_fast(in, format, part)) {
+        if (encode(in, format) != encode_fast(in, format, part))
           return std::string("encoding, ") + encoding::charset_name[charset] + ' ' +
                  line_ending::name[type] + ' ' + std::to_string(flags) + ": " + dump(in);
-        }
       }
     }
   }
@@ -145,9 +143,8 @@ inline std::string in_line_endings(units const& in) {
   auto const result = encoding::harmonize_units(fast.data(), fast.data() + fast.size());
   fast.resize(result.last - fast.data());
   auto const line_ends = std::size_t(std::count(slow.begin(), slow.end(), u'\n'));
-  if (slow == fast && type == result.ends.prevailing() && line_ends == result.ends.lines_ended()) {
+  if (slow == fast && type == result.ends.prevailing() && line_ends == result.ends.lines_ended())
     return {};
-  }
   return "line endings: " + dump(in);
 }
 

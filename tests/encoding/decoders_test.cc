@@ -1,11 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <bitset>
-#include <list>
 
 #include "encoding/converters.h"
 #include "encoding/encoding_cases.h"
 #include "encoding/supplementary.h"
+#include "test.h"
 
 namespace {
 

@@ -1,11 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <list>
-
 #include "encoding/block_appender.h"
 #include "encoding/converters.h"
 #include "encoding/encoding_cases.h"
 #include "encoding/supplementary.h"
+#include "test.h"
 
 namespace {
 

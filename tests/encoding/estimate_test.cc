@@ -1,11 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-
-#include "encoding/encoding_cases.h"
 #include "encoding/estimate.h"
+#include "encoding/encoding_cases.h"
 #include "encoding/estimate_buffer.h"
 #include "encoding/line_ending.h"
+#include "test.h"
 
 namespace {
 

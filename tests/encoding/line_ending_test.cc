@@ -1,10 +1,9 @@
 #include "encoding/line_ending.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "agreement.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

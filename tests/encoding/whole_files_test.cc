@@ -1,9 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <random>
-
 #include "agreement.h"
 #include "encoding/lanes.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 // The functions for whole files against the generic ones.
 
@@ -71,9 +70,8 @@ TEST(whole_files, decoding_agrees_on_short_input_at_every_distance_from_the_end)
       for (unsigned char c : {0x41, 0x80, 0xB0, 0xED}) {
         for (std::size_t before : {0, 15, 45, 63}) {
           bytes in(before, 'x');
-          for (unsigned char byte : {a, b, c, (unsigned char)0x80, (unsigned char)0x90, a, b, c}) {
+          for (unsigned char byte : {a, b, c, (unsigned char)0x80, (unsigned char)0x90, a, b, c})
             in.push_back(byte);
-          }
           ASSERT_EQ(agreement::in_decoding(in), "");
           for (std::size_t after : {40, 100}) {
             in.resize(in.size() + after, 'y');
@@ -133,9 +131,8 @@ TEST(whole_files, encoding_agrees_beyond_the_buffer) {
 }
 
 TEST(whole_files, every_unit_is_kept_or_lost_as_the_generic_converters_say) {
-  for (unsigned unit = 0; unit < 0x10000; ++unit) {
+  for (unsigned unit = 0; unit < 0x10000; ++unit)
     ASSERT_EQ(agreement::in_losses({static_cast<char16_t>(unit)}), "");
-  }
   units const text(1000, u'\u0100');
   for (auto charset : {encoding::UTF8, encoding::UTF16BE, encoding::UTF16LE}) {
     auto const* last = text.data() + text.size();

@@ -1,10 +1,6 @@
 #include "grammar/bit_stack.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
-#include <utility>
-#include <vector>
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,13 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <fstream>
-#include <random>
-
 #include "grammar/all_grammars.h"
 #include "grammar/plain_parser.h"
 #include "grammar/rule_filter.h"
 #include "platform/utf.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 
@@ -201,10 +197,9 @@ TEST(line_parser_model, filter_lets_all_matches_through) {
       // With groups it is always the library that answers.
       ASSERT_EQ(compiled->match(line, at, true, found), result)
           << "seed " << seed << " " << unicode::to_utf8(text) << " at " << at << " in " << subject;
-      if (result == pattern::result::found) {
+      if (result == pattern::result::found)
         ASSERT_EQ(found.end(), end) << "seed " << seed << " " << unicode::to_utf8(text) << " at "
                                     << at << " in " << subject;
-      }
       if (result != pattern::result::found) continue;
       ASSERT_EQ(filter.skip(line.units(), at, line.units().size()), at)
           << "seed " << seed << " " << unicode::to_utf8(text) << " in " << subject;

@@ -1,12 +1,9 @@
 #include "grammar/line_parser.h"
 
-#include <gtest/gtest.h>
-
-#include <ctime>
-
 #include "data_rows.h"
 #include "grammar/all_grammars.h"
 #include "platform/utf.h"
+#include "test.h"
 
 namespace {
 
@@ -85,9 +82,7 @@ TEST(line_parser, bad_grammars) {
     EXPECT_NE(tokens.find(" n"), std::string::npos) << rule << tokens;
     std::size_t const first = said.find(told);
     EXPECT_NE(first, std::string::npos) << rule << said;
-    if (!told.empty()) {
-      EXPECT_EQ(said.find(told, first + 1), std::string::npos) << rule << said;
-    }
+    if (!told.empty()) EXPECT_EQ(said.find(told, first + 1), std::string::npos) << rule << said;
   }
 }
 

@@ -1,8 +1,8 @@
 #include "grammar/possible_scopes.h"
 
-#include <gtest/gtest.h>
-
 #include "plist/text_reader.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

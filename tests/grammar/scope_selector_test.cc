@@ -2,13 +2,8 @@
 
 #include "grammar/selector_set.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-#include <sstream>
-
 #include "data_rows.h"
+#include "test.h"
 
 namespace {
 

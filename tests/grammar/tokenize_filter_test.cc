@@ -1,15 +1,13 @@
 #include "grammar/tokenize_filter.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-
 #include "grammar/all_grammars.h"
 #include "headless/headless_desktop.h"
 #include "platform/utf.h"
 #include "platform/without_threads.h"
 #include "plist/text_reader.h"
+#include "test.h"
 #include "text/views/view.h"
+#include "test.h"
 
 namespace {
 

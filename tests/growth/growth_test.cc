@@ -1,12 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <chrono>
-#include <functional>
-#include <map>
-#include <memory>
-#include <string>
-
 #include "bundles/BundleManager.h"
 #include "documents/WynDocument.h"
 #include "grammar/tokenize_filter.h"
@@ -16,12 +7,14 @@
 #include "platform/own_defaults.h"
 #include "platform/region.h"
 #include "settings/store.h"
+#include "test.h"
 #include "text/marked_text.h"
 #include "text/views/bookmark_filter.h"
 #include "text/views/folding_filter.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 #include "work_counter.h"
+#include "test.h"
 
 // How the work of what a user does grows with the text, its lines, folds, bookmarks, carets, and
 // depth. Work is counted in basic blocks, so nothing here depends on the machine. At eight times

@@ -1,6 +1,7 @@
 #include "headless/headless_desktop.h"
-
-#include <gtest/gtest.h>
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace headless {
 namespace {

@@ -4,11 +4,9 @@
 #include "keys/key_strings.h"
 #include "path/temporary_folder.h"
 #include "platform/utf.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 using namespace keys;
 

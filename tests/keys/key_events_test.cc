@@ -1,10 +1,9 @@
 #include "keys/WynKeyEvent.h"
 #include "keys/key_glyphs.h"
 #include "platform/utf.h"
-
-#include <gtest/gtest.h>
-
-#include <map>
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 using namespace keys;
 

@@ -1,10 +1,9 @@
 #include "layout/text_cells.h"
 
-#include <gtest/gtest.h>
-
-#include <random>
-
+#include "test.h"
 #include "text/tab_width.h"
+#include "test.h"
+#include "test.h"
 
 namespace text_cells {
 namespace {

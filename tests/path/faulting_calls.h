@@ -9,47 +9,43 @@
 /// The system calls by which files are written, each of them announced to `before` first, which
 /// may let it fail.
 class watched_calls : public path::file_system_calls {
+  using base = path::file_system_calls;
+
  public:
   int open(char const* path, int flags, mode_t mode) override {
-    return before("open") ? file_system_calls::open(path, flags, mode) : -1;
+    return before("open") ? base::open(path, flags, mode) : -1;
   }
-  ssize_t write(int fd, void const* buffer, std::size_t count) override {
-    return before("write") ? file_system_calls::write(fd, buffer, count) : -1;
+  ssize_t write(int fd, void const* bytes, std::size_t count) override {
+    return before("write") ? base::write(fd, bytes, count) : -1;
   }
-  int fstat(int fd, struct stat* info) override {
-    return before("fstat") ? file_system_calls::fstat(fd, info) : -1;
-  }
-  int fchmod(int fd, mode_t mode) override {
-    return before("fchmod") ? file_system_calls::fchmod(fd, mode) : -1;
-  }
-  int fsync(int fd) override { return before("fsync") ? file_system_calls::fsync(fd) : -1; }
+  int fstat(int fd, struct stat* s) override { return before("fstat") ? base::fstat(fd, s) : -1; }
+  int fchmod(int fd, mode_t m) override { return before("fchmod") ? base::fchmod(fd, m) : -1; }
+  int fsync(int fd) override { return before("fsync") ? base::fsync(fd) : -1; }
   int close(int fd) override {
-    int const result = file_system_calls::close(fd);
+    int const result = base::close(fd);
     return before("close") ? result : -1;
   }
   int rename(char const* from, char const* to) override {
-    return before("rename") ? file_system_calls::rename(from, to) : -1;
+    return before("rename") ? base::rename(from, to) : -1;
   }
   int openat(int folder, char const* name, int flags, mode_t mode) override {
-    return before("openat") ? file_system_calls::openat(folder, name, flags, mode) : -1;
+    return before("openat") ? base::openat(folder, name, flags, mode) : -1;
   }
-  int unlinkat(int folder, char const* name) override {
-    return before("unlinkat") ? file_system_calls::unlinkat(folder, name) : -1;
+  int unlinkat(int at, char const* name) override {
+    return before("unlinkat") ? base::unlinkat(at, name) : -1;
   }
-  int renameat2(int folder, char const* from, char const* to, unsigned flags) override {
-    return before("rename") ? file_system_calls::renameat2(folder, from, to, flags) : -1;
+  int renameat2(int at, char const* from, char const* to, unsigned flags) override {
+    return before("rename") ? base::renameat2(at, from, to, flags) : -1;
   }
-  int chmod(char const* path, mode_t mode) override {
-    return before("chmod") ? file_system_calls::chmod(path, mode) : -1;
+  int chmod(char const* p, mode_t m) override { return before("chmod") ? base::chmod(p, m) : -1; }
+  int ftruncate(int fd, off_t n) override {
+    return before("ftruncate") ? base::ftruncate(fd, n) : -1;
   }
-  int ftruncate(int fd, off_t length) override {
-    return before("ftruncate") ? file_system_calls::ftruncate(fd, length) : -1;
+  int fallocate(int fd, int mode, off_t at, off_t n) override {
+    return before("fallocate") ? base::fallocate(fd, mode, at, n) : -1;
   }
-  int fallocate(int fd, int mode, off_t offset, off_t length) override {
-    return before("fallocate") ? file_system_calls::fallocate(fd, mode, offset, length) : -1;
-  }
-  int fchown(int fd, uid_t owner, gid_t group) override {
-    return before("fchown") ? file_system_calls::fchown(fd, owner, group) : -1;
+  int fchown(int fd, uid_t u, gid_t g) override {
+    return before("fchown") ? base::fchown(fd, u, g) : -1;
   }
 
  protected:

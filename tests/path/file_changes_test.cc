@@ -1,13 +1,10 @@
 #include "path/file_changes.h"
 
-#include <gtest/gtest.h>
-#include <sys/mount.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "path/file_system.h"
 #include "path/info.h"
 #include "path/temporary_folder.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 
@@ -18,11 +15,6 @@ class file_changes : public ::testing::Test {
  protected:
   file_changes() { setenv("TMPDIR", own.path().c_str(), 1); }
   ~file_changes() override { unsetenv("TMPDIR"); }
-
-  static mode_t mode_of(std::string const& path) {
-    struct stat info;
-    return stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
-  }
 
   temporary_folder folder, own;
 };

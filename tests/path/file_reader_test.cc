@@ -1,14 +1,11 @@
 #include "path/file_reader.h"
 
-#include <gtest/gtest.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
-#include <unistd.h>
-
-#include <cstring>
 
 #include "path/temporary_folder.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

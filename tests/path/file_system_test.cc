@@ -1,10 +1,8 @@
 #include "path/file_system.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "path/temporary_folder.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,21 +1,13 @@
 #include "path/file_writer.h"
 #include "platform/system/temporary_files.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/mount.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <sys/xattr.h>
-#include <unistd.h>
-
-#include <fstream>
 #include <new>
-#include <sstream>
 
 #include "path/faulting_calls.h"
 #include "path/other_user.h"
 #include "path/temporary_folder.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 
@@ -30,6 +22,13 @@ struct way {
 constexpr way ways[] = {{"in place", path::write_in_place, true},
                         {"atomic", path::write_atomically, false}};
 
+using write_with_options = std::optional<path::write_error> (*)(std::string const&,
+                                                                path::file_contents const&,
+                                                                path::write_options const&,
+                                                                std::optional<path::file_version>&,
+                                                                path::file_system_calls&);
+constexpr write_with_options ways_with_options[] = {path::write_in_place, path::write_atomically};
+
 /// Comes in pieces of 1000 bytes.
 path::file_contents in_pieces(std::string const& bytes) {
   return {bytes.size(), [&bytes](path::byte_sink const& sink) {
@@ -39,12 +38,6 @@ path::file_contents in_pieces(std::string const& bytes) {
             }
             return true;
           }};
-}
-
-struct stat info_of(std::string const& path) {
-  struct stat info {};
-  EXPECT_EQ(lstat(path.c_str(), &info), 0) << path;
-  return info;
 }
 
 std::string write(way const& w, std::string const& path, std::string const& bytes) {
@@ -69,31 +62,25 @@ TEST(file_writer, keeps_what_belongs_to_the_file) {
     bool const in_place = w.in_place;
     temporary_folder folder;
     std::string const file = folder.write("file", "old");
-    if (geteuid() == 0) {
-      ASSERT_EQ(chown(file.c_str(), 1234, 4321), 0);
-    }
+    if (geteuid() == 0) ASSERT_EQ(chown(file.c_str(), 1234, 4321), 0);
     ASSERT_EQ(chmod(file.c_str(), 06640), 0);
-    if (in_place) {
-      ASSERT_EQ(link(file.c_str(), (folder / "hard").c_str()), 0);
-    }
+    if (in_place) ASSERT_EQ(link(file.c_str(), (folder / "hard").c_str()), 0);
     ASSERT_EQ(symlink("file", (folder / "soft").c_str()), 0);
     bool const has_attributes = setxattr(file.c_str(), "user.note", "kept", 4, 0) == 0;
     give_access_list(file);
     std::string const access_list = access_list_of(file);
-    auto const before = info_of(file);
+    auto const before = status_of(file);
 
     EXPECT_EQ(write(w, folder / "soft", "new text"), "") << w.name;
-    auto const after = info_of(file);
+    auto const after = status_of(file);
     EXPECT_EQ(after.st_uid, before.st_uid);
     EXPECT_EQ(after.st_gid, before.st_gid);
     EXPECT_EQ(after.st_mode & 0777, before.st_mode & 0777);
     EXPECT_EQ(after.st_ino == before.st_ino, in_place);
     char note[4] = "";
-    if (has_attributes) {
-      EXPECT_EQ(getxattr(file.c_str(), "user.note", note, 4), 4);
-    }
+    if (has_attributes) EXPECT_EQ(getxattr(file.c_str(), "user.note", note, 4), 4);
     EXPECT_EQ(access_list_of(file), access_list);
-    EXPECT_TRUE(S_ISLNK(info_of(folder / "soft").st_mode));
+    EXPECT_TRUE(S_ISLNK(status_of(folder / "soft").st_mode));
     EXPECT_EQ(folder.read(file), "new text");
     if (in_place) {
       EXPECT_EQ(folder.read(folder / "hard"), "new text");
@@ -144,7 +131,7 @@ class rights_at_each_call : public watched_calls {
 
  protected:
   bool before(char const*) override {
-    seen |= info_of(path_).st_mode & 07777;
+    seen |= status_of(path_).st_mode & 07777;
     return true;
   }
 
@@ -153,11 +140,7 @@ class rights_at_each_call : public watched_calls {
 };
 
 TEST(file_writer, lends_the_right_to_write_to_the_owner_alone) {
-  using write_with_options = std::optional<path::write_error> (*)(
-      std::string const&, path::file_contents const&, path::write_options const&,
-      std::optional<path::file_version>&, path::file_system_calls&);
-  for (write_with_options const write : {static_cast<write_with_options>(path::write_in_place),
-                                         static_cast<write_with_options>(path::write_atomically)})
+  for (write_with_options const write : ways_with_options)
     for (bool const as_root : {false, true}) {
       temporary_folder folder;
       std::string const file = folder.write("file", "old");
@@ -176,8 +159,8 @@ TEST(file_writer, lends_the_right_to_write_to_the_owner_alone) {
         EXPECT_FALSE(write(file, path::contents_of("new"), options, written, calls));
       }
       EXPECT_EQ(folder.read(file), "new");
-      EXPECT_EQ(info_of(file).st_mode & 07777, 0444u);
-      EXPECT_EQ(written, path::version_of(info_of(file)));
+      EXPECT_EQ(status_of(file).st_mode & 07777, 0444u);
+      EXPECT_EQ(written, path::version_of(status_of(file)));
       EXPECT_EQ(calls.seen & ~(geteuid() == 0 && as_root ? 0444u : 0644u), 0u)
           << std::oct << calls.seen;
     }
@@ -195,7 +178,7 @@ class private_bytes : public watched_calls {
   bool before(char const* call) override {
     std::ifstream const file(path_);
     std::string const bytes = (std::ostringstream() << file.rdbuf()).str();
-    if (bytes.find("new") != bytes.npos && (info_of(path_).st_mode & 0077)) leaked = call;
+    if (bytes.find("new") != bytes.npos && (status_of(path_).st_mode & 0077)) leaked = call;
     if (++count_ != at_) return true;
     errno = EIO;
     return locks_ && chmod(path_.c_str(), 0600) == 0;
@@ -209,11 +192,7 @@ class private_bytes : public watched_calls {
 };
 
 TEST(file_writer, lets_nobody_read_what_is_to_be_private) {
-  using write_with_options = std::optional<path::write_error> (*)(
-      std::string const&, path::file_contents const&, path::write_options const&,
-      std::optional<path::file_version>&, path::file_system_calls&);
-  for (write_with_options const write : {static_cast<write_with_options>(path::write_in_place),
-                                         static_cast<write_with_options>(path::write_atomically)})
+  for (write_with_options const write : ways_with_options)
     for (bool const locks : {false, true})
       for (int at = 1; at < 100; ++at) {
         temporary_folder folder;
@@ -221,21 +200,19 @@ TEST(file_writer, lets_nobody_read_what_is_to_be_private) {
         ASSERT_EQ(chmod(file.c_str(), 0644), 0);
         path::write_options options;
         if (!locks) {
-          options.attributes = info_of(file);
+          options.attributes = status_of(file);
           options.attributes->st_mode = S_IFREG | 0600;
         }
         private_bytes calls(file, at, locks);
         std::optional<path::file_version> written;
         auto const error = write(file, path::contents_of("new"), options, written, calls);
-        mode_t const mode = info_of(file).st_mode & 0777;
+        mode_t const mode = status_of(file).st_mode & 0777;
         if (!calls.has_struck()) break;
         if (locks) {
           EXPECT_EQ(mode, 0600u) << at;
         } else {
           EXPECT_EQ(calls.leaked, "") << at;
-          if (folder.read(file) == "the old bytes") {
-            EXPECT_EQ(mode, 0644u) << at;
-          }
+          if (folder.read(file) == "the old bytes") EXPECT_EQ(mode, 0644u) << at;
         }
         EXPECT_TRUE(error || folder.read(file) == "new") << at;
       }
@@ -361,8 +338,8 @@ TEST(file_writer, restores_the_dates_of_a_file_left_alone) {
   ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
   faulting_calls calls("fallocate", ENOSPC);
   EXPECT_TRUE(path::write_in_place(file, path::contents_of("much longer"), calls));
-  EXPECT_EQ(info_of(file).st_mtim.tv_sec, 2000);
-  EXPECT_EQ(info_of(file).st_mtim.tv_nsec, 7);
+  EXPECT_EQ(status_of(file).st_mtim.tv_sec, 2000);
+  EXPECT_EQ(status_of(file).st_mtim.tv_nsec, 7);
 }
 
 }  // namespace

@@ -1,13 +1,11 @@
 #include "path/glob.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
 #include <thread>
 
 #include "data_rows.h"
 #include "path/entries.h"
 #include "path/temporary_folder.h"
+#include "test.h"
 
 namespace {
 

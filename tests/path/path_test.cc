@@ -1,12 +1,10 @@
 #include "path/path.h"
 
-#include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
-
-#include <vector>
 
 #include "data_rows.h"
 #include "path/expand_braces.h"
+#include "test.h"
 
 namespace {
 

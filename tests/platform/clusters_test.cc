@@ -1,15 +1,11 @@
 #include "platform/clusters.h"
 
-#include <gtest/gtest.h>
 #include <unicode/brkiter.h>
 #include <unicode/unistr.h>
 
-#include <memory>
-#include <random>
-#include <string>
-#include <vector>
-
 #include "platform/utf.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

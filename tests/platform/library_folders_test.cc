@@ -1,16 +1,9 @@
 #include "platform/system/library_folders.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 #include "path/temporary_folder.h"
 #include "source_tree.h"
+#include "test.h"
+#include "test.h"
 
 namespace fs = std::filesystem;
 
@@ -47,10 +40,6 @@ class folders_test : public testing::Test {
   temporary_folder const folder_;
   std::string const top_ = folder_.path();
 };
-
-unsigned mode_of(std::string const& path) {
-  return unsigned(fs::status(path).permissions());
-}
 
 TEST_F(folders_test, the_runtime_folder_is_private) {
   environment const env = {{"XDG_RUNTIME_DIR", top_}, {"XDG_CACHE_HOME", top_ + "/cache"}};
@@ -107,9 +96,8 @@ TEST_F(folders_test, folders_belong_to_whom_the_nearest_one_belongs) {
   ASSERT_EQ(chown(home.c_str(), 1234, 4321), 0);
   ASSERT_EQ(chown(away.c_str(), 99, 98), 0);
   fs::create_directory_symlink(away, home + "/link");
-  auto const owner_of = [&](std::string const& path) {
-    struct stat info {};
-    EXPECT_EQ(lstat(path.c_str(), &info), 0) << path;
+  auto const owner_of = [](std::string const& path) {
+    auto const info = status_of(path);
     return std::to_string(info.st_uid) + ":" + std::to_string(info.st_gid);
   };
   for (char const* name : {"/a/b/c", "/old/d", "/link/e/f"})

@@ -1,9 +1,6 @@
 #include "platform/notification_center.h"
-
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,8 +1,6 @@
 #include "platform/region.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
+#include "test.h"
+#include "test.h"
 
 namespace wyn {
 namespace {

@@ -1,12 +1,8 @@
 #include "platform/system/rename_to_new.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <filesystem>
-
 #include "path/temporary_folder.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 
@@ -47,12 +43,8 @@ TEST(rename_to_new, replaces_nothing) {
                                           (folder / "to").c_str(), calls),
                   is_free ? 0 : EEXIST);
         EXPECT_EQ(fs::exists(folder / "from"), !is_free);
-        if (!is_free) {
-          EXPECT_EQ(fs::symlink_status(folder / "to").type(), before);
-        }
-        if (there == "file") {
-          EXPECT_EQ(folder.read(folder / "to"), "old");
-        }
+        if (!is_free) EXPECT_EQ(fs::symlink_status(folder / "to").type(), before);
+        if (there == "file") EXPECT_EQ(folder.read(folder / "to"), "old");
       }
 }
 

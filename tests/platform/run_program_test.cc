@@ -1,9 +1,6 @@
 #include "platform/system/run_program.h"
-
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,13 +1,10 @@
 #include "platform/unicode.h"
 
-#include <gtest/gtest.h>
 #include <rapidcheck.h>
 
-#include <cctype>
-#include <string>
-#include <vector>
-
 #include "platform/utf.h"
+#include "test.h"
+#include "test.h"
 
 using namespace std::string_literals;
 

@@ -1,19 +1,10 @@
 #include "platform/user_defaults.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-
 #include "path/temporary_folder.h"
 #include "platform/notification_center.h"
 #include "plist/xml_reader.h"
+#include "test.h"
+#include "test.h"
 
 namespace fs = std::filesystem;
 
@@ -42,9 +33,7 @@ class faulty_calls : public platform::file_calls {
     // What is written comes in small pieces, so that a fault can leave half a file.
     return strikes() ? -1 : file_calls::write(fd, buffer, std::min<std::size_t>(count, 100));
   }
-  int fstat(int fd, struct stat* info) override {
-    return strikes() ? -1 : file_calls::fstat(fd, info);
-  }
+  int fstat(int fd, struct stat* s) override { return strikes() ? -1 : file_calls::fstat(fd, s); }
   int fchmod(int fd, mode_t mode) override { return strikes() ? -1 : file_calls::fchmod(fd, mode); }
   int fsync(int fd) override { return strikes() ? -1 : file_calls::fsync(fd); }
   int close(int fd) override {
@@ -84,11 +73,10 @@ class user_defaults_test : public testing::Test {
     return read.value;
   }
 
-  std::vector<std::string> files() {
-    std::vector<std::string> names;
+  strings files() {
+    strings names;
     for (auto const& entry : fs::directory_iterator(fs::path(path_).parent_path()))
       names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
     return names;
   }
 
@@ -127,19 +115,19 @@ TEST_F(user_defaults_test, layers) {
 
 TEST_F(user_defaults_test, a_faulty_value_stays_in_the_file_and_is_not_used) {
   write(document("<key>a</key><integer>7</integer><key>b</key><integer>7</integer>"));
-  testing::internal::CaptureStderr();
   user_defaults defaults(path_);
-  EXPECT_EQ(defaults.integer("a"), 7);
-  defaults.register_defaults({{"a", 1}});
-  defaults.set_check([](std::string_view key, value const& v) {
-    return key == "a" && v.integer_or(0) > 5 ? "a is too much" : "";
+  std::string const errors = errors_of([&] {
+    EXPECT_EQ(defaults.integer("a"), 7);
+    defaults.register_defaults({{"a", 1}});
+    defaults.set_check([](std::string_view key, value const& v) {
+      return key == "a" && v.integer_or(0) > 5 ? "a is too much" : "";
+    });
+    EXPECT_EQ(defaults.integer("a"), 1);
+    defaults.set("b", 8);
+    EXPECT_TRUE(defaults.save());
   });
-  EXPECT_EQ(defaults.integer("a"), 1);
-  defaults.set("b", 8);
-  EXPECT_TRUE(defaults.save());
   EXPECT_EQ(stored(), value(plist::dictionary{{"a", 7}, {"b", 8}}));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "Quirnote: " + path_ + ": a is too much; the default is used instead\n");
+  EXPECT_EQ(errors, "Quirnote: " + path_ + ": a is too much; the default is used instead\n");
   defaults.remove("a");
   EXPECT_TRUE(defaults.save());
   EXPECT_EQ(stored(), value(plist::dictionary{{"b", 8}}));
@@ -221,7 +209,7 @@ TEST_F(user_defaults_test, saving_keeps_what_other_processes_wrote) {
     EXPECT_EQ(status, 0);
   }
   EXPECT_EQ(stored().entries().size(), std::size_t(processes * keys));
-  EXPECT_EQ(files(), std::vector<std::string>{"Defaults.plist"});
+  EXPECT_EQ(files(), strings{"Defaults.plist"});
 }
 
 TEST_F(user_defaults_test, root_follows_no_link_of_another_user) {
@@ -278,7 +266,7 @@ TEST_F(user_defaults_test, a_process_ended_at_any_call_loses_nothing) {
     next.set("b", 2);
     EXPECT_TRUE(next.save());
     EXPECT_EQ(stored()["a"], found["a"]);
-    EXPECT_EQ(files(), std::vector<std::string>{"Defaults.plist"}) << "ended at call " << at;
+    EXPECT_EQ(files(), strings{"Defaults.plist"}) << "ended at call " << at;
   }
   EXPECT_TRUE(saw_before && saw_after);
 }
@@ -297,17 +285,14 @@ TEST_F(user_defaults_test, a_failing_call_is_reported_and_tried_again) {
     calls.at = at;
     calls.what = faulty_calls::fault::error;
     calls.error = at % 2 ? ENOSPC : EIO;
-    testing::internal::CaptureStderr();
-    bool const saved = defaults.save();
-    defaults.save();
-    std::string const message = testing::internal::GetCapturedStderr();
+    bool saved = false;
+    std::string const message = errors_of([&] { saved = defaults.save(), defaults.save(); });
     finished = calls.calls <= at;
-    if (!saved) {
+    if (!saved)
       EXPECT_EQ(message,
                 "Quirnote: " + path_ + ": can't be written: " + std::strerror(calls.error) + "\n");
-    }
     EXPECT_EQ(stored(), value(plist::dictionary{{"a", std::string(300, 'a')}, {"b", 1}})) << at;
-    EXPECT_EQ(files(), std::vector<std::string>{"Defaults.plist"}) << at;
+    EXPECT_EQ(files(), strings{"Defaults.plist"}) << at;
     EXPECT_EQ(fs::status(path_).permissions(), fs::perms(0640)) << at;
   }
 }
@@ -327,24 +312,24 @@ TEST_F(user_defaults_test, damaged_files_are_left_alone_until_something_is_store
     age(path_);
     user_defaults defaults(path_);
     defaults.register_defaults({{"a", 7}});
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(defaults.integer("a"), 7);
-    EXPECT_EQ(defaults.integer("b", 8), 8);
+    std::string const errors = errors_of([&] {
+      EXPECT_EQ(defaults.integer("a"), 7);
+      EXPECT_EQ(defaults.integer("b", 8), 8);
+    });
     std::string const kept = path_ + ".damaged-" + std::to_string(i + 1);
     std::string const fault = "Quirnote: " + path_ + ":" + reasons[i];
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              fault + "; the settings known before hold until this is mended\n");
+    EXPECT_EQ(errors, fault + "; the settings known before hold until this is mended\n");
     EXPECT_EQ(folder_.read(path_), texts[i]);
     EXPECT_FALSE(fs::exists(kept));
 
     plist::value told;
     auto const token = platform::notification_center::standard().observe(
         user_defaults::did_set_aside, [&](auto const& n) { told = n.info; }, &defaults);
-    testing::internal::CaptureStderr();
-    defaults.set("a", 1);
-    EXPECT_TRUE(defaults.save());
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              fault + "; the file is kept as " + kept + "\n");
+    std::string const kept_errors = errors_of([&] {
+      defaults.set("a", 1);
+      EXPECT_TRUE(defaults.save());
+    });
+    EXPECT_EQ(kept_errors, fault + "; the file is kept as " + kept + "\n");
     EXPECT_EQ(told["kept"].string_or(""), kept);
     EXPECT_EQ(folder_.read(kept), texts[i]);
     EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
@@ -357,7 +342,7 @@ TEST_F(user_defaults_test, a_file_in_the_middle_of_a_write_loses_nothing) {
   user_defaults defaults(path_);
   EXPECT_EQ(defaults.integer("a"), 1);
   std::string const whole = document("<key>a</key><integer>2</integer><key>b</key><true/>");
-  testing::internal::CaptureStderr();
+  silenced_errors const quiet;
   defaults.set("c", 3);
   for (std::size_t size = 0; size < whole.rfind("</plist>"); ++size) {
     write(whole.substr(0, size));
@@ -367,17 +352,14 @@ TEST_F(user_defaults_test, a_file_in_the_middle_of_a_write_loses_nothing) {
   }
   write(whole);
   defaults.check_for_changes();
-  testing::internal::GetCapturedStderr();
-  EXPECT_EQ(files(), std::vector<std::string>{"Defaults.plist"});
+  EXPECT_EQ(files(), strings{"Defaults.plist"});
   EXPECT_EQ(stored(), value(plist::dictionary{{"a", 2}, {"b", true}, {"c", 3}}));
 
   // What is known isn't lost with a file that stays damaged.
   write("damaged");
   age(path_);
   defaults.set("d", 4);
-  testing::internal::CaptureStderr();
   defaults.check_for_changes();
-  testing::internal::GetCapturedStderr();
   EXPECT_EQ(stored(), value(plist::dictionary{{"a", 2}, {"b", true}, {"c", 3}, {"d", 4}}));
 }
 
@@ -392,7 +374,7 @@ TEST_F(user_defaults_test, damaged_files_are_kept_aside_without_hard_links_too) 
       return flags != 0 ? -1 : file_calls::renameat2(folder, from, to, flags);
     }
   } calls;
-  testing::internal::CaptureStderr();
+  silenced_errors const quiet;
   for (std::string const damage : {"one", "two"}) {
     write(damage);
     age(path_);
@@ -400,7 +382,6 @@ TEST_F(user_defaults_test, damaged_files_are_kept_aside_without_hard_links_too) 
     defaults.set("a", 1);
     EXPECT_TRUE(defaults.save());
   }
-  testing::internal::GetCapturedStderr();
   EXPECT_EQ(folder_.read(path_ + ".damaged-1"), "one");
   EXPECT_EQ(folder_.read(path_ + ".damaged-2"), "two");
   EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
@@ -411,9 +392,8 @@ TEST_F(user_defaults_test, damage_while_running_keeps_unsaved_settings) {
   defaults.set("a", 1);
   write("damaged");
   age(path_);
-  testing::internal::CaptureStderr();
+  silenced_errors const quiet;
   defaults.check_for_changes();
-  testing::internal::GetCapturedStderr();
   EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
   EXPECT_EQ(folder_.read(path_ + ".damaged-1"), "damaged");
 }
@@ -437,9 +417,7 @@ TEST_F(user_defaults_test, what_cannot_be_read_is_not_overwritten) {
 
 TEST_F(user_defaults_test, what_the_file_cannot_hold_lasts_for_this_run) {
   user_defaults defaults(path_);
-  testing::internal::CaptureStderr();
-  EXPECT_FALSE(defaults.set("a", "\x01"));
-  EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+  EXPECT_NE(errors_of([&] { EXPECT_FALSE(defaults.set("a", "\x01")); }), "");
   EXPECT_EQ(defaults.string("a"), "\x01");
   EXPECT_TRUE(defaults.set("b", 1));
   EXPECT_TRUE(defaults.save());
@@ -457,11 +435,9 @@ TEST_F(user_defaults_test, what_root_writes_stays_the_users) {
     user_defaults defaults(path_);
     defaults.set("a", std::int64_t{mode});
     EXPECT_TRUE(defaults.save());
-    struct stat info {};
-    ASSERT_EQ(stat(path_.c_str(), &info), 0);
-    EXPECT_EQ(info.st_uid, user);
-    EXPECT_EQ(info.st_gid, group);
-    EXPECT_EQ(info.st_mode & 0777, mode);
+    EXPECT_EQ(status_of(path_).st_uid, user);
+    EXPECT_EQ(status_of(path_).st_gid, group);
+    EXPECT_EQ(mode_of(path_), mode);
     ASSERT_EQ(chmod(path_.c_str(), 0640), 0);
   }
 }

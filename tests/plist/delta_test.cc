@@ -1,9 +1,10 @@
 #include "plist/delta.h"
 
-#include <gtest/gtest.h>
-
 #include "plist/text_reader.h"
 #include "random_values.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
 #include "data_rows.h"
 #include "plist/key_order.h"
 #include "plist/text_reader.h"
 #include "plist/text_writer.h"
 #include "plist/xml_reader.h"
 #include "random_values.h"
+#include "test.h"
 
 namespace {
 

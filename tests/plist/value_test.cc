@@ -1,12 +1,10 @@
 #include "plist/value.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-
 #include "plist/description.h"
 #include "random_values.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,12 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-
 #include "data_rows.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
 #include "random_values.h"
+#include "test.h"
 
 using namespace std::string_literals;
 

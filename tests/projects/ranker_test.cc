@@ -1,11 +1,10 @@
 #include "projects/BriskStringRanker.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "platform/utf.h"
+#include "test.h"
 #include "text/random_text.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,12 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
-#include <random>
-#include <string>
-
 #include "naive_matcher.h"
 #include "regex/find.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 
@@ -15,10 +11,9 @@ using naive::node;
 std::string describe(std::optional<naive::result> const& found) {
   if (!found) return "none";
   std::string result = std::to_string(found->begin) + "-" + std::to_string(found->end);
-  for (auto const& [n, range] : found->groups) {
+  for (auto const& [n, range] : found->groups)
     result += " " + std::to_string(n) + ":" + std::to_string(range.first) + "-" +
               std::to_string(range.second);
-  }
   return result;
 }
 
@@ -177,9 +172,8 @@ class tree_maker {
       case 2:
         return {.what = node::kind::unit, .text = pick(2) ? "ab" : "b ", .negate = pick(2) == 0};
       case 3:
-        if (!plain && captures_ > 0) {
+        if (!plain && captures_ > 0)
           return {.what = node::kind::backreference, .number = 1 + pick(captures_)};
-        }
         [[fallthrough]];
       case 4:
         return {.what = node::kind::unit, .text = std::string(1, "ab"[pick(2)])};

@@ -1,16 +1,10 @@
 #include "regex/find.h"
 
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <iomanip>
-#include <iterator>
-#include <list>
-#include <sstream>
-#include <string>
-
 #include "platform/utf.h"
 #include "source_tree.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,12 +1,8 @@
 #include "regex/format.h"
 
-#include <gtest/gtest.h>
-
-#include <iterator>
-#include <string>
-
 #include "data_rows.h"
 #include "platform/utf.h"
+#include "test.h"
 
 namespace {
 

@@ -1,11 +1,10 @@
 #include "regex/literal_search.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 #include "regex/traits.h"
+#include "test.h"
 #include "text/random_text.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,8 +1,7 @@
 #include "regex/nfa.h"
 
-#include <gtest/gtest.h>
-
 #include "data_rows.h"
+#include "test.h"
 
 namespace {
 

@@ -1,17 +1,11 @@
 #include "regex/oniguruma.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <fstream>
-#include <iomanip>
-#include <iterator>
-#include <sstream>
-#include <stdexcept>
-
 #include "platform/utf.h"
 #include "regex/oniguruma_format.h"
 #include "source_tree.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,11 +1,8 @@
 #include "regex/parser.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "data_rows.h"
 #include "regex/parse.h"
+#include "test.h"
 
 namespace {
 
@@ -38,9 +35,8 @@ class printer final : public visitor {
   void visit(class_data const& d) override { out_ = "class" + of(d); }
   void visit(range_data const& d) override {
     out_ = d.negate ? "[^" : "[";
-    for (auto const& [low, high] : d.ranges) {
+    for (auto const& [low, high] : d.ranges)
       out_ += std::string(1, static_cast<char>(low)) + "-" + static_cast<char>(high);
-    }
     for (auto const& c : d.classes) out_ += "class" + of(c);
     out_ += "]";
   }

@@ -1,18 +1,13 @@
 #include "regex/regexp.h"
 
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <iomanip>
-#include <iterator>
-#include <random>
-#include <sstream>
-
 #include "platform/utf.h"
 #include "regex/WynRegEx.h"
 #include "regex/onig_replace.h"
 #include "regex/oniguruma.h"
 #include "source_tree.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 using namespace regex;
 

@@ -1,12 +1,8 @@
 #include "regex/sliced_search.h"
 
-#include <gtest/gtest.h>
-
-#include <ctime>
-#include <random>
-
 #include "data_rows.h"
 #include "platform/utf.h"
+#include "test.h"
 
 namespace {
 
@@ -62,17 +58,15 @@ TEST(sliced_search, finds_what_trying_each_place_finds) {
     ASSERT_TRUE(ptrn.ticking_regex());
     for (int round = 0; round < 300; ++round) {
       u16string units;
-      for (unsigned n = random() % (round < 250 ? 12 : 300); n > 0; --n) {
+      for (unsigned n = random() % (round < 250 ? 12 : 300); n > 0; --n)
         units += pieces[random() % std::size(pieces)];
-      }
       regex::valid_text const text(units);
       std::size_t const first = random() % (units.size() + 1);
       std::size_t const last = first + random() % (units.size() - first + 1);
-      for (direction where : {direction::forward, direction::backward}) {
+      for (direction where : {direction::forward, direction::backward})
         ASSERT_EQ(run(text, ptrn, first, last, where), simple(text, anchored, first, last, where))
             << unicode::to_utf8(pattern) << " in " << testing::PrintToString(units) << " from "
             << first << " to " << last << (where == direction::forward ? "" : " backward");
-      }
       sliced_find_all all(text, ptrn, 0, units.size());
       while (all.step() == search_state::more) continue;
       std::vector<captures_t> expected;

@@ -1,12 +1,12 @@
 #include "regex/traits.h"
 
-#include <gtest/gtest.h>
-
-#include <cctype>
 #include <clocale>
 
 #include "platform/own_defaults.h"
 #include "regex/find.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,10 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <map>
 #include <regex>
-#include <set>
 
 #include "path/temporary_folder.h"
 #include "platform/own_defaults.h"
@@ -12,6 +6,9 @@
 #include "settings/store.h"
 #include "settings/table.h"
 #include "source_tree.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

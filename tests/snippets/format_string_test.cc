@@ -1,15 +1,11 @@
 #include "snippets/format_string.h"
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <fstream>
-#include <iomanip>
-#include <sstream>
-
 #include "snippets/diacritics.h"
 #include "snippets/expand_visitor.h"
 #include "source_tree.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 
@@ -26,9 +22,8 @@ TEST(format_string, expands_as_the_file_says) {
     std::istringstream row(line);
     std::string format, expected;
     row >> std::quoted(format, '"', '\0') >> std::quoted(expected, '"', '\0');
-    for (std::size_t at; (at = expected.find("\\n")) != expected.npos;) {
+    for (std::size_t at; (at = expected.find("\\n")) != expected.npos;)
       expected.replace(at, 2, "\n");
-    }
     EXPECT_EQ(format_string_t(format).expand(variables), expected) << line;
     ++count;
   }

@@ -1,11 +1,12 @@
 #include "snippets/session.h"
 
-#include <gtest/gtest.h>
-
 #include "platform/utf.h"
 #include "snippets/parse_snippet.h"
+#include "test.h"
 #include "text/marked_text.h"
 #include "text/random_text.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,14 +1,9 @@
 #include "snippets/parse_snippet.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <memory>
-#include <set>
-
 #include "data_rows.h"
 #include "platform/utf.h"
 #include "text/random_text.h"
+#include "test.h"
 
 namespace {
 

@@ -1,10 +1,9 @@
 #include "styles/indent_patterns.h"
 
-#include <gtest/gtest.h>
-
 #include "actions/indent.h"
 #include "data_rows.h"
 #include "platform/utf.h"
+#include "test.h"
 
 using namespace styles;
 

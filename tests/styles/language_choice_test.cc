@@ -1,9 +1,8 @@
 #include "styles/language_choice.h"
 
-#include <gtest/gtest.h>
-
 #include "data_rows.h"
 #include "plist/text_reader.h"
+#include "test.h"
 
 namespace {
 

@@ -1,11 +1,10 @@
 #include "styles/scope_style.h"
 
-#include <gtest/gtest.h>
-
 #include "data_rows.h"
 #include "plist/text_reader.h"
 #include "regex/transformation_program.h"
 #include "styles/color_strings.h"
+#include "test.h"
 
 using namespace styles;
 

@@ -1,7 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <functional>
-
 #include "headless/headless_desktop.h"
 #include "path/temporary_folder.h"
 #include "platform/own_defaults.h"
@@ -9,6 +5,9 @@
 #include "plist/xml_writer.h"
 #include "styles/WynThemeManager.h"
 #include "styles/theme_watcher.h"
+#include "test.h"
+#include "test.h"
+#include "test.h"
 
 using namespace styles;
 

@@ -1,9 +1,9 @@
 #include "text/views/bookmark_filter.h"
 
-#include <gtest/gtest.h>
-
 #include "marked_text.h"
 #include "random_text.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 

@@ -1,12 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <vector>
-
 #include "data_rows.h"
 #include "marked_text.h"
 #include "random_text.h"
 #include "regex/format.h"
+#include "test.h"
 #include "text/views/view.h"
 
 namespace {

@@ -1,13 +1,10 @@
 #include "text/iterator_observer.h"
 
-#include <gtest/gtest.h>
-
-#include <map>
-#include <ostream>
-
 #include "marked_text.h"
 #include "random_text.h"
+#include "test.h"
 #include "text/storage.h"
+#include "test.h"
 
 namespace text {
 

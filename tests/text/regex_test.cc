@@ -1,11 +1,8 @@
 #include "regex/format.h"
 
-#include <gtest/gtest.h>
-
-#include <iterator>
-#include <string>
-
+#include "test.h"
 #include "text/storage.h"
+#include "test.h"
 
 namespace {
 

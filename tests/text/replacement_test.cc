@@ -1,13 +1,13 @@
 #include "text/replacement.h"
 
-#include <gtest/gtest.h>
-
 #include "marked_text.h"
 #include "random_text.h"
+#include "test.h"
 #include "text/views/bookmark_filter.h"
 #include "text/views/folding_filter.h"
 #include "text/views/soft_wrap_filter.h"
 #include "text/views/view_filter.h"
+#include "test.h"
 
 // Replacing many ranges at once, against doing it one by one from the last to the first.
 namespace {

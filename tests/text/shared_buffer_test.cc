@@ -1,12 +1,9 @@
 #include "text/shared_buffer.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-
 #include "random_text.h"
+#include "test.h"
 #include "text/text_block.h"
+#include "test.h"
 
 namespace {
 

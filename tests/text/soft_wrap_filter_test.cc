@@ -1,10 +1,9 @@
 #include "text/views/soft_wrap_filter.h"
 
-#include <gtest/gtest.h>
-
 #include "data_rows.h"
 #include "marked_text.h"
 #include "random_text.h"
+#include "test.h"
 #include "text/cell_width.h"
 #include "text/views/folding_filter.h"
 

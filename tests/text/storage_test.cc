@@ -1,13 +1,9 @@
 #include "text/storage.h"
 
-#include <gtest/gtest.h>
-
-#include <list>
-#include <map>
-#include <sstream>
-
 #include "marked_text.h"
 #include "random_text.h"
+#include "test.h"
+#include "test.h"
 
 namespace {
 
@@ -237,9 +233,8 @@ TEST_P(storage_model, each_memento_has_one_text) {
       } else if (storage.undo_index < storage.undo_records.size()) {
         storage.redo();
       }
-      if (texts.count(storage.current_memento) != 0) {
+      if (texts.count(storage.current_memento) != 0)
         ASSERT_EQ(units_of(storage), texts[storage.current_memento]);
-      }
     }
   }
 }

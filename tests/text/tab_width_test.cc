@@ -1,14 +1,14 @@
 #include "text/tab_width.h"
 
-#include <gtest/gtest.h>
-
 #include "random_text.h"
+#include "test.h"
 #include "text/cell_width.h"
 #include "text/convert_tabs.h"
 #include "text/storage.h"
 #include "text/unit_search.h"
 #include "text/views/column_cache.h"
 #include "text/views/view.h"
+#include "test.h"
 
 namespace {
 

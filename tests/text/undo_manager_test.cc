@@ -1,9 +1,9 @@
 #include "text/undo_manager.h"
 
-#include <gtest/gtest.h>
-
 #include "marked_text.h"
+#include "test.h"
 #include "text/storage.h"
+#include "test.h"
 
 namespace {
 

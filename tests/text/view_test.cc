@@ -1,12 +1,12 @@
 #include "text/views/view.h"
 
-#include <gtest/gtest.h>
-
 #include "marked_text.h"
 #include "random_text.h"
+#include "test.h"
 #include "text/views/bookmark_filter.h"
 #include "text/views/mark_history.h"
 #include "text/views/view_filter.h"
+#include "test.h"
 
 namespace {
 

@@ -1,4 +1,5 @@
 #include "actions/WynPasteboardManager.h"
+#include "test.h"
 #include "textview/shown_view.h"
 
 namespace {

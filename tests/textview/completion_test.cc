@@ -2,14 +2,9 @@
 #include "data_rows.h"
 #include "platform/utf.h"
 #include "plist/text_reader.h"
+#include "test.h"
 #include "textview/shown_view.h"
 #include "typing/nearest_words.h"
-
-#include <algorithm>
-#include <fstream>
-#include <map>
-#include <random>
-#include <sstream>
 
 namespace {
 

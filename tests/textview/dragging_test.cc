@@ -1,4 +1,5 @@
 #include "path/temporary_folder.h"
+#include "test.h"
 #include "textview/dropped_content.h"
 #include "textview/shown_view.h"
 

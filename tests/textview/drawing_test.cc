@@ -1,9 +1,8 @@
 #include "grammar/tokenize_filter.h"
 #include "headless/recording_graphics.h"
 #include "plist/text_reader.h"
+#include "test.h"
 #include "textview/shown_view.h"
-
-#include <gtest/gtest.h>
 
 // Text with a grammar and a theme as it is drawn.
 namespace {

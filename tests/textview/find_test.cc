@@ -4,14 +4,10 @@
 #include "search/WynFindManager.h"
 #include "search/patient_work.h"
 #include "search/text_query.h"
+#include "test.h"
 #include "text/random_text.h"
 #include "textview/WynISearchWindow.h"
 #include "textview/shown_view.h"
-
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <filesystem>
 
 // What batch mode can't see of finding: the panel, the pasteboard, the histories, searches that
 // take long. What is found and replaced is tested in tests/batch.

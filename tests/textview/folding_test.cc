@@ -1,8 +1,7 @@
 #include "headless/recording_graphics.h"
+#include "test.h"
 #include "text/views/folding_filter.h"
 #include "textview/shown_view.h"
-
-#include <gtest/gtest.h>
 
 // Folding with the mouse: cells are 8 by 16 pixels, the gutter is the 13 pixels of the fold marks.
 namespace {

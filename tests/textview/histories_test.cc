@@ -156,9 +156,7 @@ class world {
   void expect_up_to_date() {
     for (shown_view& shown : views_) {
       text::view& view = *shown.view.view();
-      if (!view.soft_wrap) {
-        EXPECT_EQ(view.columns(), view.max_columns_for_range(0, view.lines()));
-      }
+      if (!view.soft_wrap) EXPECT_EQ(view.columns(), view.max_columns_for_range(0, view.lines()));
       for (auto const& range : view.notify_observer.notifications) expect_inside(range);
       for (auto const& [source, target] : view.mirror_observer.mirrors) {
         expect_inside(source);

@@ -1,9 +1,8 @@
 #include "bundles/BundleManager.h"
 #include "path/temporary_folder.h"
 #include "platform/user_defaults.h"
+#include "test.h"
 #include "textview/shown_view.h"
-
-#include <gtest/gtest.h>
 
 // What bundle items do in a view: snippets with their fields, tab triggers, macros.
 

@@ -1,15 +1,13 @@
 #include <mutex>
-#include <random>
 
 #include "bundles/BundleManager.h"
 #include "grammar/tokenize_filter.h"
 #include "path/temporary_folder.h"
 #include "styles/WynThemeManager.h"
 #include "styles/scope_report.h"
+#include "test.h"
 #include "text/views/folding_filter.h"
 #include "textview/shown_view.h"
-
-#include <gtest/gtest.h>
 
 // Views on files of languages that ship.
 namespace {

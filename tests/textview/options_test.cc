@@ -4,11 +4,8 @@
 #include "styles/scoped_settings.h"
 #include "styles/view_colors.h"
 #include "styles/wrap_columns.h"
+#include "test.h"
 #include "textview/shown_view.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
 
 // Options on the desktop without windows, with defaults in a file that others may write, too.
 namespace {
@@ -102,9 +99,7 @@ TEST_F(options, each_switch_has_an_action_with_a_tick) {
     bool const before = shown.validated(selector.c_str()).checked;
     shown.view.performSelectorWithObject(selector, {});
     EXPECT_NE(shown.validated(selector.c_str()).checked, before) << selector;
-    if (row.changed_by.is_switch) {
-      EXPECT_NE(own().boolean(row.key), before) << row.key;
-    }
+    if (row.changed_by.is_switch) EXPECT_NE(own().boolean(row.key), before) << row.key;
     shown.view.performSelectorWithObject(selector, {});
     EXPECT_EQ(shown.validated(selector.c_str()).checked, before) << selector;
   }

@@ -6,12 +6,9 @@
 #include "platform/utf.h"
 #include "plist/xml_reader.h"
 #include "source_tree.h"
+#include "test.h"
 #include "textview/WynTextView.h"
-
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <sstream>
+#include "test.h"
 
 namespace {
 

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "documents/WynDocument.h"
 #include "headless/headless_desktop.h"
 #include "platform/own_defaults.h"
 #include "settings/store.h"
+#include "test.h"
 #include "text/marked_text.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"

@@ -2,12 +2,9 @@
 #include "layout/geometry.h"
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
+#include "test.h"
 #include "text/views/view_filter.h"
 #include "textview/shown_view.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
 
 namespace {
 

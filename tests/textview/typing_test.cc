@@ -2,9 +2,8 @@
 #include "data_rows.h"
 #include "grammar/tokenize_filter.h"
 #include "platform/utf.h"
+#include "test.h"
 #include "textview/shown_view.h"
-
-#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,9 +1,8 @@
 #include "windows/select_item.h"
 
-#include <algorithm>
-
 #include "bundles/bundle_fixture.h"
 #include "platform/utf.h"
+#include "test.h"
 
 using namespace windows;
 
