@@ -112,7 +112,8 @@ class Setup(unittest.TestCase):
             os.symlink(shutil.which(tool), pathlib.Path(self.folder.name, tool))
         for tool in ("apt-get", "dpkg-query", "sudo"):
             pathlib.Path(self.folder.name, tool).unlink()
-        for tool in ("cmake", "ninja", "java", "c++", "pkg-config", "clang-format", "python3",
+        for tool in ("cmake", "ninja", "java", "c++", "pkg-config", "clang-format", "clang-tidy",
+                     "python3",
                      "dbus-run-session", "import", "openbox", "strace", "xwininfo", "xclip",
                      "xdotool", "Xvfb", "git", "make", "man", "patch", "shellcheck", "xmllint"):
             wanted = "|".join(lacking) or "nothing"
