@@ -26,7 +26,7 @@ class word_list {
 }  // namespace
 
 bool disables_words(plist::value const& settings) {
-  plist::value const value = settings["disableDefaultCompletion"];
+  plist::value const& value = settings["disableDefaultCompletion"];
   return value.boolean_or(value.integer_or(0) != 0);
 }
 
