@@ -1,15 +1,13 @@
 # The clipboard's history: steps, the panel, and clips that come from other programs.
 printf 'ab1\ncd2\n' >first.txt
 printf 'x\ny\n' >second.txt
-start_editor first.txt
-wait_window 'first.txt'
+edit first.txt
 
 # A rectangle goes to another process as what it is.
 keys shift+Down shift+Right shift+Right alt ctrl+c
 expect_clipboard $'ab\ncd'
 first_pid=$editor_pid
-start_editor second.txt
-wait_window 'second.txt'
+edit second.txt
 keys End ctrl+v ctrl+s
 expect_file second.txt $'xab\nycd\n'
 
@@ -17,8 +15,7 @@ expect_file second.txt $'xab\nycd\n'
 # pasted by steps, and the clipboard follows.
 keys ctrl+Home shift+Down ctrl+c
 expect_clipboard xab
-keys ctrl+q
-wait_exit
+quit
 editor_pid=$first_pid
 wait_window 'first.txt'
 printf 'other' | xclip -i -selection clipboard
@@ -37,8 +34,7 @@ keys ctrl+alt+h
 wait_window 'Clipboard History'
 keys Down Return
 wait_window 'first.txt'
-keys ctrl+s
-expect_file first.txt "$(cat expected)other"
+expect_saved first.txt "$(cat expected)other"
 expect_clipboard other
 
 # Escape leaves all as it is.

@@ -1,7 +1,6 @@
 # What comes between the keyboard and the text: layouts, menus by key, panels, the wheel.
 printf 'one\ntwo\n' >file.txt
-start_editor file.txt
-wait_window 'file.txt'
+edit file.txt
 
 # keycode MODIFIERS CODE: a key by its place on the keyboard, whatever the layout makes of it.
 keycode() { xdotool keydown "$1" sleep 0.03 key "$2" sleep 0.03 keyup "$1"; }
@@ -10,20 +9,17 @@ key_s=39 key_q=24 key_a=38 key_c=54 key_f=41 key_w=25
 # Alt with a letter that nothing is bound to is no text.
 keys alt+j ctrl+s
 type_text 'A'
-keys ctrl+s
-expect_file file.txt $'Aone\ntwo\n'
+expect_saved file.txt $'Aone\ntwo\n'
 
 # A program that types for the user sends the line feed of a text as a key of its own.
 type_text $'B\nC'
-keys ctrl+s
-expect_file file.txt $'AB\nCone\ntwo\n'
+expect_saved file.txt $'AB\nCone\ntwo\n'
 keys ctrl+z ctrl+z ctrl+z
 
 # The third level of a layout is text; Ctrl means the Latin letter on a key of another script.
 setxkbmap de
 keycode ISO_Level3_Shift $key_q
-keys ctrl+s
-expect_file file.txt $'A@one\ntwo\n'
+expect_saved file.txt $'A@one\ntwo\n'
 setxkbmap ru,us
 xdotool key $key_q
 keycode ctrl $key_s
@@ -80,7 +76,5 @@ keys ctrl+v ctrl+Home
 click 300 300 5 4
 click 60 30 1 3
 type_text 'X'
-keys ctrl+s
-expect_file file.txt "$(seq 12 && echo X14 && seq 15 200)"$'\n'
-keys ctrl+q
-wait_exit
+expect_saved file.txt "$(seq 12 && echo X14 && seq 15 200)"$'\n'
+quit

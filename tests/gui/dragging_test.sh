@@ -39,18 +39,15 @@ click "$(column_x 1)" "$(row_y 0)" 1 2
 hold 0 2
 over "$one" 1 5
 let_go
-save
-expect_file one.txt $' beta\ngammaalpha\n'
+expect_saved one.txt $' beta\ngammaalpha\n'
 keys ctrl+z
-save
-expect_file one.txt $'alpha beta\ngamma\n'
+expect_saved one.txt $'alpha beta\ngamma\n'
 hold 0 2
 xdotool keydown ctrl
 over "$one" 1 5
 let_go
 xdotool keyup ctrl
-save
-expect_file one.txt $'alpha beta\ngammaalpha\n'
+expect_saved one.txt $'alpha beta\ngammaalpha\n'
 keys ctrl+z
 
 # Escape gives up; a press that doesn't wait selects anew; a click on the selection ends it.
@@ -63,8 +60,7 @@ xdotool mousemove --window "$one" "$(column_x 3)" "$(row_y 0)" mousedown 1 \
 expect_primary 'ha be'
 click "$(column_x 4)" "$(row_y 0)"
 type_text '!'
-save
-expect_file one.txt $'alph!a beta\ngamma\n'
+expect_saved one.txt $'alph!a beta\ngamma\n'
 keys ctrl+z
 save
 
@@ -77,16 +73,14 @@ hold 0 2
 over "$two" 0 2
 let_go
 wait_window 'two.txt'
-save
-expect_file two.txt $'filprst\nseamcond\nthird\n'
+expect_saved two.txt $'filprst\nseamcond\nthird\n'
 file_is one.txt $'alpha beta\ngamma\n'
 wait_window 'one.txt'
 hold 0 2
 over "$other" 0 1
 let_go
 wait_window 'other.txt'
-save
-expect_file other.txt $'flpar\naamway\n'
+expect_saved other.txt $'flpar\naamway\n'
 keys ctrl+q
 is_gone() { ! kill -0 "$other_pid" 2>/dev/null; }
 wait_until is_gone

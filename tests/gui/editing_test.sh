@@ -1,8 +1,7 @@
 # A file is opened, edited with keys and mouse, undone, saved and compared.
 with_large_letters
 printf 'alpha\nbe\ngamma\n' >file.txt
-start_editor file.txt
-wait_window 'file.txt'
+edit file.txt
 
 # Cells are 29 by 59 pixels; the text begins right below a menu bar of about 20.
 column_x() { echo $((4 + $1 * 29)); }
@@ -12,8 +11,7 @@ click_at() { click "$(column_x "$2")" "$(row_y "$1")" "${@:3}"; }
 # Keys go into the text, and out again.
 keys ctrl+End
 type_text 'Delta!'
-keys ctrl+s
-expect_file file.txt $'alpha\nbe\ngamma\nDelta!'
+expect_saved file.txt $'alpha\nbe\ngamma\nDelta!'
 keys ctrl+z ctrl+z ctrl+z ctrl+z ctrl+z ctrl+z ctrl+s
 expect_file file.txt $'alpha\nbe\ngamma\n'
 
@@ -22,8 +20,7 @@ xdotool keydown alt
 drag "$(column_x 1)" "$(row_y 0)" "$(column_x 3)" "$(row_y 2)"
 xdotool keyup alt
 type_text 'X'
-keys ctrl+s
-expect_file file.txt $'aXha\nbX\ngXma\n'
+expect_saved file.txt $'aXha\nbX\ngXma\n'
 keys ctrl+z ctrl+s
 expect_file file.txt $'alpha\nbe\ngamma\n'
 
@@ -32,8 +29,7 @@ drag "$(column_x 2)" "$(row_y 0)" "$(column_x 1)" "$(row_y 2)"
 expect_primary $'pha\nbe\ng'
 keys shift+Right alt
 type_text 'X'
-keys ctrl+s
-expect_file file.txt $'alXpha\nbeX\ngaXmma\n'
+expect_saved file.txt $'alXpha\nbeX\ngaXmma\n'
 keys ctrl+z ctrl+s
 expect_file file.txt $'alpha\nbe\ngamma\n'
 
@@ -54,18 +50,13 @@ expect_file file.txt $'gamma\nalpha\nbe\ngamma\n'
 click_at 1 2 1 2
 expect_primary alpha
 click_at 2 2 2
-keys ctrl+s
-expect_file file.txt $'gamma\nalpha\nbealpha\ngamma\n'
+expect_saved file.txt $'gamma\nalpha\nbealpha\ngamma\n'
 
 # Quitting with unsaved changes asks; Escape keeps the program, and the changes.
 type_text 'unsaved'
 keys ctrl+q
-wait_window '^Quirnote$'
-keys Escape
-wait_no_window '^Quirnote$'
+answer Escape
 wait_window 'file.txt'
 is_running
-keys ctrl+s
-expect_file file.txt $'gamma\nalpha\nbealphaunsaved\ngamma\n'
-keys ctrl+q
-wait_exit
+expect_saved file.txt $'gamma\nalpha\nbealphaunsaved\ngamma\n'
+quit

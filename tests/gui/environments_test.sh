@@ -22,19 +22,15 @@ start_editor -- -platform file.txt
 wait_window 'file.txt'
 wait_window '.platform'
 type_text 'A'
-keys ctrl+s
-expect_file ./-platform $'Aplatform\n'
-keys ctrl+q
-wait_exit
+expect_saved ./-platform $'Aplatform\n'
+quit
 
 # With all standard descriptors closed, no socket gets their numbers.
 start bash -c 'exec "$@" <&- >&- 2>&-' - "$editor" file.txt
 wait_window 'file.txt'
 type_text 'B'
-keys ctrl+s
-expect_file file.txt $'Bone\n'
-keys ctrl+q
-wait_exit
+expect_saved file.txt $'Bone\n'
+quit
 
 # Without menus there are those for saving, and the window says why.
 mkdir -p tree/bin tree/lib tree/share
@@ -47,10 +43,8 @@ wait_window '^Quirnote$'
 keys Return
 wait_window 'file.txt'
 type_text 'C'
-keys ctrl+s
-expect_file file.txt $'BCone\n'
-keys ctrl+q
-wait_exit
+expect_saved file.txt $'BCone\n'
+quit
 
 # What there is no memory for is refused, and what stands in the window can be saved. The address
 # sanitizer itself ends a program that has no memory left.
@@ -77,8 +71,7 @@ if ! grep -q __asan_init "$editor"; then
   type_text 'Z'
   keys ctrl+s
   wait_until eval '[[ $(tail -c 1 large.txt) == Z ]]'
-  keys ctrl+q
-  wait_exit
+  quit
 fi
 
 # Where logical pixels are no whole device pixels, what is drawn bit by bit looks like what is drawn
@@ -110,6 +103,5 @@ for scale in 1.25 1.5; do
     xdotool mousemove --window "$window" 200 300 click 5 click 4
     wait_until -t 10 looks_drawn_at_once  # but for a caret that blinks
   done
-  keys ctrl+q
-  wait_exit
+  quit
 done

@@ -2,14 +2,8 @@
 mkdir folder
 printf 'old\n' >folder/file.txt
 is_edited() { find_window '^file.txt( \(deleted\))?\*'; }
-shows() {
-  keys ctrl+a ctrl+c
-  selection_is clipboard "$1"
-}
 told() {
-  wait_window '^Quirnote$'
-  keys Return
-  wait_no_window '^Quirnote$'
+  answer Return
   wait_until is_edited
   wait_window '^file.txt'
 }
@@ -24,8 +18,7 @@ keys ctrl+s
 told  # no safety copy can be made
 expect_file folder/file.txt $'old\n'
 prlimit --pid "$editor_pid" --fsize=unlimited:
-keys ctrl+s
-expect_file folder/file.txt $'new old\n'
+expect_saved folder/file.txt $'new old\n'
 wait_until find_window '^file.txt[^*]*$'
 
 # The folder is gone, and comes back.
@@ -35,8 +28,7 @@ keys ctrl+s
 told
 wait_until shows 'new old'
 mkdir folder
-keys ctrl+s
-expect_file folder/file.txt $'new old\n'
+expect_saved folder/file.txt $'new old\n'
 wait_until find_window '^file.txt[^*]*$'
 
 # What is read-only is overwritten when its owner says so; closing with a failed save closes nothing.
@@ -52,9 +44,7 @@ keys Return
 question=$window
 next_question() { find_window '^Quirnote$' && [[ $window != "$question" ]]; }
 wait_until next_question
-wait_window '^Quirnote$'
-keys Escape
-wait_no_window '^Quirnote$'
+answer Escape
 wait_until is_edited
 wait_window '^file.txt'
 keys ctrl+s

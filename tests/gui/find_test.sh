@@ -1,9 +1,7 @@
 # The find panel and incremental search with real keys and clicks.
 printf 'alpha beta\ngamma alpha\nbeta alpha end\n' >file.txt
-start_editor file.txt
-wait_window 'file.txt'
+edit file.txt
 editor_window=$window
-is_focused() { [[ $(xdotool getwindowfocus -f getwindowname) == "$1"* ]]; }
 
 # The panel opens with the keys in its field; Return goes from match to match, and all are shown.
 screenshot before.png
@@ -17,16 +15,14 @@ expect_primary 'alpha'
 keys Escape
 wait_until has_focus
 type_text 'X'
-keys ctrl+s
-expect_file file.txt $'alpha beta\ngamma X\nbeta alpha end\n'
+expect_saved file.txt $'alpha beta\ngamma X\nbeta alpha end\n'
 
 # F3 goes on without the panel, and Shift+F3 back.
 keys F3
 type_text 'Y'
 keys shift+F3
 type_text 'Z'
-keys ctrl+s
-expect_file file.txt $'Z beta\ngamma X\nbeta Y end\n'
+expect_saved file.txt $'Z beta\ngamma X\nbeta Y end\n'
 
 # Replacing all, by mnemonics.
 keys ctrl+h
@@ -43,23 +39,19 @@ leave_panel() {
   has_focus
 }
 wait_until leave_panel
-keys ctrl+s
-expect_file file.txt $'QZ beta\ngamma QX\nbeta QY end\n'
+expect_saved file.txt $'QZ beta\ngamma QX\nbeta QY end\n'
 
 # Incremental search: a longer string goes on, the key again to the next, Escape leaves it selected.
 keys ctrl+Home ctrl+i
 type_text 'be'
 keys ctrl+i Escape
 type_text 'BE'
-keys ctrl+s
-expect_file file.txt $'QZ beta\ngamma QX\nBEta QY end\n'
+expect_saved file.txt $'QZ beta\ngamma QX\nBEta QY end\n'
 
 # A search without end is cancelled by Escape, and the window goes on.
 head -c 200000 /dev/zero | tr '\0' 'a' >long.txt
-keys ctrl+q
-wait_exit
-start_editor long.txt
-wait_window 'long.txt'
+quit
+edit long.txt
 keys ctrl+f
 wait_until is_focused 'Find'
 keys ctrl+a

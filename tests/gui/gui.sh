@@ -81,6 +81,29 @@ wait_window() {
 # wait_no_window TITLE: until no window has such a title.
 wait_no_window() { wait_until no_window "$1"; }
 
+# edit FILE: starts the editor with the file.
+edit() {
+  start_editor "$1"
+  wait_window "$1"
+}
+quit() {
+  keys ctrl+q
+  wait_exit
+}
+# answer KEY...: to the question that comes.
+answer() {
+  wait_window '^Quirnote$'
+  keys "$@"
+  wait_no_window '^Quirnote$'
+}
+# is_focused TITLE: whether the keys go to a window, or a panel in one, whose title begins so.
+is_focused() { [[ $(xdotool getwindowfocus -f getwindowname) == "$1"* ]]; }
+# shows TEXT: whether this is the text of the window; selects it.
+shows() {
+  keys ctrl+a ctrl+c
+  selection_is clipboard "$1"
+}
+
 type_text() { xdotool type --delay 15 -- "$1"; }
 
 # keys KEY...: by X names, e.g. keys ctrl+s Return.
@@ -112,6 +135,11 @@ file_is() { printf %s "$2" | cmp -s - "$1"; }
 expect_file() {
   wait_until file_is "$1" "$2" && return
   printf %s "$2" | diff -u --label expected --label "$1" - "$1" >&2 || return 1
+}
+
+expect_saved() {
+  keys ctrl+s
+  expect_file "$@"
 }
 
 # expect_clipboard TEXT, expect_primary TEXT: wait until the clipboard, or what was selected

@@ -16,8 +16,7 @@ hides_color() { ! shows_color "$1"; }
 
 keyword=$(color_of return)
 [[ $keyword == '#'?????? ]]
-start_editor file.c
-wait_window 'file.c'
+edit file.c
 wait_until shows_color "$keyword"
 
 type_text '/*'

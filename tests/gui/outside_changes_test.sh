@@ -1,12 +1,7 @@
 # What other programs do to the file of a window that stays active.
-shows() {
-  keys ctrl+a ctrl+c
-  selection_is clipboard "$1"
-}
 
 printf 'first\n' >file.txt
-start_editor file.txt
-wait_window 'file.txt'
+edit file.txt
 
 # Written, and replaced by another file, as most editors save: taken over without a word.
 printf 'written\n' >file.txt
@@ -21,15 +16,11 @@ keys ctrl+shift+z ctrl+End
 # With unsaved changes it is a question, and once only.
 type_text 'mine'
 printf 'theirs\n' >file.txt
-wait_window '^Quirnote$'
-keys Return
-wait_no_window '^Quirnote$'
+answer Return
 wait_window 'file.txt'
 wait_until shows $'replaced\nmine'
 printf 'theirs again\n' >file.txt
-wait_window '^Quirnote$'
-keys Tab space
-wait_no_window '^Quirnote$'
+answer Tab space
 wait_window 'file.txt'
 wait_until shows 'theirs again'
 
@@ -38,9 +29,7 @@ keys ctrl+End
 type_text ' and'
 printf 'theirs at last\n' >file.txt
 xdotool type --delay 40 ' mine, in words that go on and on'
-wait_window '^Quirnote$'
-keys Return
-wait_no_window '^Quirnote$'
+answer Return
 wait_window 'file.txt'
 wait_until shows $'theirs again\n and mine, in words that go on and on'
 keys ctrl+z ctrl+s
@@ -51,7 +40,6 @@ wait_until shows 'theirs again'
 # A file that goes away leaves its text behind, unsaved.
 mv file.txt elsewhere.txt
 wait_window '^\*.*file.txt|file.txt.*\*'
-keys ctrl+s
-expect_file file.txt $'theirs again\n'
+expect_saved file.txt $'theirs again\n'
 wait_until find_window '^file.txt[^*]*$'
 expect_file elsewhere.txt $'theirs again\n'

@@ -17,12 +17,9 @@ wait_until next_question
 wait_window '^Quirnote$'
 keys Tab Tab space
 wait_no_window 'a.txt'
-wait_window '^Quirnote$'
-keys Escape
-wait_no_window '^Quirnote$'
+answer Escape
 wait_window 'b.txt'
-keys ctrl+s
-expect_file b.txt $'Bb\n'
+expect_saved b.txt $'Bb\n'
 expect_file a.txt $'a\n'
 
 # Ctrl with the wheel changes the size of the text; a signal ends the program, and the size is kept.
@@ -38,8 +35,7 @@ shown() { xdotool search --onlyvisible --class quirnote | wc -l; }
 shows() { [[ $(shown) == "$1" ]]; }
 for dialog in question replacing menu; do
   rm -rf "$XDG_STATE_HOME/Quirnote"
-  start_editor b.txt
-  wait_window 'b.txt'
+  edit b.txt
   before=$(shown)
   type_text 'unsaved'
   case $dialog in

@@ -1,10 +1,9 @@
 # Whatever the program does is found by letters of its name, or by its key, and executed.
 printf 'one\ntwo\n' >file.c
-start_editor file.c
-wait_window 'file.c'
-is_open() { [[ $(xdotool getwindowfocus -f getwindowname) == "$1"* ]]; }
+edit file.c
+
 # wait_open TITLE: until the box has the focus.
-wait_open() { wait_until is_open "$1"; }
+wait_open() { wait_until is_focused "$1"; }
 file_holds() {
   keys ctrl+s
   file_is file.c "$1"

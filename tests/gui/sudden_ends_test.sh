@@ -1,15 +1,10 @@
 # Ends that ask nothing: what isn't saved is offered at the next start.
-shows() {
-  keys ctrl+a ctrl+c
-  selection_is clipboard "$1"
-}
 question_after() { find_window '^Quirnote$' && [[ $window != "$1" ]]; }
 copies() { find "$XDG_STATE_HOME/Quirnote" -name 'SafetyCopy-*' | wc -l; }
 
 for end in TERM HUP display; do
   printf 'saved\n' >file.txt
-  start_editor file.txt
-  wait_window 'file.txt'
+  edit file.txt
   keys ctrl+End
   type_text "by $end"
   keys ctrl+n
@@ -32,9 +27,7 @@ for end in TERM HUP display; do
   first=$window
   keys Return
   wait_until question_after "$first"
-  wait_window '^Quirnote$'
-  keys Return
-  wait_no_window '^Quirnote$'
+  answer Return
   wait_window 'untitled.*\*'
   wait_until shows "nowhere by $end"
   keys ctrl+w
@@ -42,17 +35,14 @@ for end in TERM HUP display; do
   keys Tab Tab space
   wait_window 'file.txt\*'
   wait_until shows $'saved\nby '"$end"
-  keys ctrl+s
-  expect_file file.txt $'saved\nby '"$end"
-  keys ctrl+q
-  wait_exit
+  expect_saved file.txt $'saved\nby '"$end"
+  quit
   [[ $(copies) == 0 ]]
 done
 
 # Where no folder takes the text, as no file can be opened, the program says so, and with its status.
 printf 'saved\n' >file.txt
-start_editor file.txt
-wait_window 'file.txt'
+edit file.txt
 type_text 'nowhere '
 wait_window 'file.txt\*'
 prlimit --pid "$editor_pid" --nofile=3:
@@ -65,8 +55,7 @@ expect_file file.txt $'saved\n'
 # A terminal that is closed sends its signal several times over, faster than a large text is kept.
 head -c 3000000 /dev/zero | tr '\0' x | fold >large.txt
 for end in TERM HUP; do
-  start_editor large.txt
-  wait_window 'large.txt'
+  edit large.txt
   keys b
   wait_window 'large.txt\*'
   for ((n = 0; n < 50; ++n)); do

@@ -1,5 +1,4 @@
 # What comes while a search waits, is held or ends it.
-is_focused() { [[ $(xdotool getwindowfocus -f getwindowname) == "$1"* ]]; }
 begins_with() { [[ $(head -c ${#2} "$1") == "$2" ]]; }
 question() { find_window '^Quirnote$'; }
 
@@ -36,9 +35,7 @@ if wait_until -t 2 question 2>/dev/null; then
   false
 fi
 keys Escape
-wait_window '^Quirnote$'
-keys Return
-wait_no_window '^Quirnote$'
+answer Return
 wait_window 'long.txt'
 keys ctrl+s
 wait_until begins_with long.txt $'keys and \n aaa'
@@ -83,19 +80,15 @@ wait_until is_focused 'Searching'
 kill -TERM "$editor_pid"
 wait_exit
 start_editor
-wait_window '^Quirnote$'
-keys Return
-wait_no_window '^Quirnote$'
+answer Return
 wait_window 'long.txt.*\*'
 keys ctrl+s
 wait_until begins_with long.txt $'after keys and \n more'
-keys ctrl+q
-wait_exit
+quit
 
 # A file that is deleted has its text in the window alone.
 printf 'only here\n' >file.txt
-start_editor file.txt
-wait_window 'file.txt'
+edit file.txt
 rm file.txt
 wait_window 'file.txt \(deleted\)\*'
 printf 'only here\n' >file.txt
@@ -109,12 +102,10 @@ expect_file file.txt $'only here\n'
 wait_exit
 
 # The middle button pastes what others have selected: nothing is typed.
-start_editor file.txt
-wait_window 'file.txt'
+edit file.txt
 printf '("\r\n' | xclip -selection primary
 click 300 300 2
-keys ctrl+s
-expect_file file.txt $'only here\n("\n'
+expect_saved file.txt $'only here\n("\n'
 
 # A program that hangs with the clipboard in its hands is waited for once, however much a paste asks.
 printf 'never seen' | xclip -i -selection clipboard -quiet 2>/dev/null &
@@ -123,6 +114,5 @@ wait_until selection_is clipboard 'never seen'
 kill -STOP "$owner"
 keys ctrl+Home ctrl+v
 type_text 'after '
-keys ctrl+s
-expect_file file.txt $'after only here\n("\n'
+expect_saved file.txt $'after only here\n("\n'
 kill -KILL "$owner"

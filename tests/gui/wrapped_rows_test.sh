@@ -2,8 +2,7 @@
 # Cells are 29 by 59 pixels; the gutter takes 44.
 with_large_letters '<key>WynTextViewRightMarginColumn</key><integer>10</integer>'
 printf 'aaaa bbbb cccc dddd\nxx\n' >file.txt
-start_editor file.txt
-wait_window 'file.txt'
+edit file.txt
 column_x() { echo $((48 + $1 * 29)); }
 row_y() { echo $((24 + $1 * 59 + 29)); }
 click_at() { click "$(column_x "$2")" "$(row_y "$1")" "${@:3}"; }
@@ -25,8 +24,7 @@ looks_alike 0 1 338 100
 # Clicks and drags go to what is shown in a row; three clicks take the whole line.
 click_at 1 2
 type_text 'X'
-keys ctrl+s
-expect_file file.txt $'aaaa bbbb ccXcc dddd\nxx\n'
+expect_saved file.txt $'aaaa bbbb ccXcc dddd\nxx\n'
 drag "$(column_x 5)" "$(row_y 0)" "$(column_x 3)" "$(row_y 1)"
 expect_primary 'bbbb ccX'
 click_at 1 8 1 3
@@ -35,15 +33,12 @@ click_at 2 1
 keys Up End
 keys Home
 type_text '?'
-keys ctrl+s
-expect_file file.txt $'aaaa bbbb ?ccXcc dddd\nxx\n'
+expect_saved file.txt $'aaaa bbbb ?ccXcc dddd\nxx\n'
 keys ctrl+z
 
 # Unwrapped, the second row is the second line, and the gutter is gone.
 keys alt+z
 click $((4 + 29)) "$(row_y 1)"
 type_text 'Y'
-keys ctrl+s
-expect_file file.txt $'aaaa bbbb ccXcc dddd\nxYx\n'
-keys ctrl+q
-wait_exit
+expect_saved file.txt $'aaaa bbbb ccXcc dddd\nxYx\n'
+quit
