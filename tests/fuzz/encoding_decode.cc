@@ -8,7 +8,8 @@
 
 static void require(std::string const& difference) {
   if (difference.empty()) return;
-  std::fprintf(stderr, "%s\n", difference.c_str());
+  std::puts(difference.c_str());
+  std::fflush(stdout);
   std::abort();
 }
 

@@ -1,5 +1,4 @@
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -10,9 +9,6 @@
 // Bytes as a replacement text of either language: whatever it is, it parses and expands.
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  // What is wrong in a pattern is told there; the file descriptor is left to the sanitizers.
-  static bool const quiet = (stderr = std::fopen("/dev/null", "w")) != nullptr;
-  if (!quiet) std::abort();
   std::string const format(data, data + (size < 4096 ? size : 4096));
   format_string::format_string_t(format).expand({{"NAME", "a bé"}, {"1", ""}, {"a", format}});
 

@@ -99,7 +99,7 @@ void run(bytes const& input, unsigned hang_seconds) {
 bytes read_file(std::filesystem::path const& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) {
-    std::fprintf(stderr, "can't read %s\n", path.c_str());
+    std::printf("can't read %s\n", path.c_str());
     std::exit(2);
   }
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -186,6 +186,8 @@ int main(int argc, char** argv) {
   std::string const program = std::filesystem::path(argv[0]).filename();
   std::snprintf(input_name, sizeof input_name, "%s.%d.input", program.c_str(), getpid());
   catch_deadly_signals();
+  // What targets report of their input; the file descriptor is left to the sanitizers.
+  stderr = std::fopen("/dev/null", "w");
 
   auto const hang = static_cast<unsigned>(number_from_environment("QUIRNOTE_FUZZ_HANG", 20));
   std::vector<bytes> corpus;

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -50,8 +49,6 @@ static void tokenize(plist::value const& content, std::u16string const& text) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  static bool const quiet = (stderr = std::fopen("/dev/null", "w")) != nullptr;
-  if (!quiet) std::abort();
   std::string const input(data, data + std::min<std::size_t>(size, 4096));
   auto const end = std::min(input.find('\0'), input.size());
   plist::dictionary error;

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
@@ -36,8 +35,6 @@ static void search_units(std::u16string const& pattern, std::u16string const& un
 }
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  static bool const quiet = (stderr = std::fopen("/dev/null", "w")) != nullptr;
-  if (!quiet) std::abort();
   std::string const input(data, data + std::min<std::size_t>(size, 512));
   auto const end = std::min(input.find('\n'), input.size());
   std::string const pattern = input.substr(0, end);

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -11,9 +10,6 @@
 // A glob, a newline and a path: alternatives are bounded and expanded once and for all, a path that
 // is normalized stays so, and a name and its folder make the path again.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  // What is no pattern is told there; the file descriptor is left to the sanitizers.
-  static bool const quiet = (stderr = std::fopen("/dev/null", "w")) != nullptr;
-  if (!quiet) std::abort();
   std::string const input(data, data + size);
   std::size_t const end = std::min(input.find('\n'), input.size());
   std::string const glob = input.substr(0, end);
