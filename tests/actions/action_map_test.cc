@@ -6,8 +6,6 @@
 #include "regex/traits.h"
 #include "test.h"
 #include "text/marked_text.h"
-#include "test.h"
-#include "test.h"
 
 using namespace actions;
 

@@ -3,8 +3,6 @@
 #include "platform/own_defaults.h"
 #include "platform/utf.h"
 #include "test.h"
-#include "test.h"
-#include "test.h"
 
 using namespace actions;
 
@@ -187,9 +185,8 @@ TEST_F(clip_history, is_a_bounded_list) {
 TEST_F(clip_history, measures_clips_by_their_units) {
   platform::user_defaults::standard().set("WynClipboardHistoryBytes", 80);
   for (char const* unit : {"x", "\u00e9", "\u20ac"}) {
-    for (int const units : {10, 11, 31}) {
-      std::string text;
-      for (int n = 0; n < units; ++n) text += unit;
+    for (std::size_t const units : {10, 11, 31}) {
+      std::string const text = repeated(unit, units);
       history_.clear();
       copy_elsewhere(text);
       EXPECT_EQ(utf8(current_clip()), text);

@@ -4,8 +4,6 @@
 #include "headless/headless_desktop.h"
 #include "test.h"
 #include "text/marked_text.h"
-#include "test.h"
-#include "test.h"
 
 using namespace actions;
 

@@ -3,8 +3,6 @@
 #include "source_tree.h"
 #include "test.h"
 #include "text/marked_text.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 

@@ -6,8 +6,6 @@
 #include "platform/user_defaults.h"
 #include "test.h"
 #include "text/marked_text.h"
-#include "test.h"
-#include "test.h"
 
 using namespace actions;
 

@@ -15,8 +15,6 @@
 #include "test.h"
 #include "text/random_text.h"
 #include "text/tab_width.h"
-#include "test.h"
-#include "test.h"
 
 using namespace actions;
 

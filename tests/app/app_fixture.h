@@ -65,13 +65,11 @@ class app_test : public testing::Test {
 
  private:
   static plist::value menus() {
-    std::ifstream file(source_file("share/menus.plist"));
-    std::string const contents{std::istreambuf_iterator<char>(file), {}};
-    return plist::read_xml(contents).value;
+    return plist::read_xml(content_of_file(source_file("share/menus.plist"))).value;
   }
 
   own_defaults const settings_;
   std::unique_ptr<AppDelegate> app_;
 };
 
-using titles = std::vector<std::string>;
+using titles = strings;

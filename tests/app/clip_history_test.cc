@@ -1,6 +1,5 @@
 #include "actions/WynPasteboardManager.h"
 #include "app/app_fixture.h"
-#include "test.h"
 
 using namespace app;
 
@@ -16,7 +15,7 @@ class clips_over_restarts : public app_test {
   /// As a new process begins.
   std::vector<std::u16string> after_restart() {
     app().applicationWillResignActive();
-    std::string const contents = file();
+    std::string const contents = content_of_file(file_);
     WynPasteboardManager::sharedInstance().clear();
     desktop.general_pasteboard().set({});
     app().applicationWillResignActive();
@@ -28,10 +27,6 @@ class clips_over_restarts : public app_test {
     return texts;
   }
   void keep(bool kept) { defaults().set("WynClipboardHistoryKept", kept); }
-  std::string file() const {
-    std::ifstream in(file_);
-    return {std::istreambuf_iterator<char>(in), {}};
-  }
 
   std::string const file_ = folder / "state/ClipboardHistory.plist";
 };
@@ -73,9 +68,7 @@ TEST_F(clips_over_restarts, are_read_from_any_file) {
     after_restart();
     std::ofstream(file_) << contents;
     WynPasteboardManager::sharedInstance().clear();
-    testing::internal::CaptureStderr();
-    clip_history_file(file_).load();
-    std::string const report = testing::internal::GetCapturedStderr();
+    std::string const report = errors_of([&] { clip_history_file(file_).load(); });
     bool const is_list = std::string_view(contents).find("<array>") != std::string::npos;
     EXPECT_EQ(WynPasteboardManager::sharedInstance().stack().size(), is_list ? 1u : 0u) << contents;
     EXPECT_EQ(report.empty(), is_list) << contents << report;

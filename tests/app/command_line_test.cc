@@ -1,12 +1,11 @@
 #include "app/command_line.h"
-#include "test.h"
-#include "test.h"
+#include "data_rows.h"
 
 using namespace app;
 
 namespace {
 
-using words = std::vector<std::string>;
+using words = strings;
 using purpose = command_line::purpose;
 
 std::optional<command_line> parsed(words const& arguments) {
@@ -21,9 +20,12 @@ std::string error_of(words const& arguments) {
   return parse_command_line(arguments, error) ? "" : error;
 }
 
-words batch(words arguments) {
-  arguments.insert(arguments.begin(), "--batch");
-  return arguments;
+/// The arguments, at blanks; "EMPTY" is an empty one.
+words words_of(std::string const& text) {
+  std::istringstream in(text);
+  words result{std::istream_iterator<std::string>(in), {}};
+  std::replace(result.begin(), result.end(), std::string("EMPTY"), std::string());
+  return result;
 }
 
 plist::value setting(std::string const& text) {
@@ -62,68 +64,20 @@ TEST(command_line, settings_have_the_type_that_they_look_like) {
 }
 
 TEST(command_line, says_what_the_program_is_called_for) {
-  struct {
-    words arguments;
-    purpose what;
-    words files, session;
-  } const cases[] = {
-      {{}, purpose::windows, {}, {}},
-      {{"a", "b:3"}, purpose::windows, {"a", "b:3"}, {}},
-      {{"--", "-platform", "--batch"}, purpose::windows, {"-platform", "--batch"}, {}},
-      {{"-session", "1f", "a"}, purpose::windows, {"a"}, {"-session", "1f"}},
-      {{"--", "-session", "1f"}, purpose::windows, {"-session", "1f"}, {}},
-      {{"a", "--batch", "-"}, purpose::batch, {"a", "-"}, {}},
-      {{"a", "-h", "--bogus"}, purpose::help, {"a"}, {}},
-      {{"--batch", "--print", "text", "--help"}, purpose::help, {}, {}},
-      {{"--save", "--version"}, purpose::version, {}, {}},
-  };
-  for (auto const& c : cases) {
-    auto const line = parsed(c.arguments);
-    ASSERT_TRUE(line);
-    EXPECT_EQ(line->what, c.what);
-    EXPECT_EQ(line->batch.files, c.files);
-    EXPECT_EQ(line->session, c.session);
+  constexpr char const* purposes[] = {"windows", "batch", "help", "version"};
+  for (auto const& c : data_rows("command_lines.txt", "purposes")) {
+    auto const line = parsed(words_of(c[0]));
+    ASSERT_TRUE(line) << c[0];
+    EXPECT_EQ(purposes[static_cast<int>(line->what)], c[1]) << c[0];
+    EXPECT_EQ(line->batch.files, words_of(c[2])) << c[0];
+    EXPECT_EQ(line->session, words_of(c[3])) << c[0];
   }
 }
 
 TEST(command_line, wrong_ones_are_refused_with_a_reason) {
-  for (words const& mode : {words{}, {"--batch"}})
-    for (char const* unknown : {"--bogus", "-x", "-platform", "--bogus=1"}) {
-      words arguments = mode;
-      arguments.push_back(unknown);
-      std::string const named = unknown[1] == '-' ? unknown : std::string(unknown, 2);
-      EXPECT_EQ(error_of(arguments), "unknown option " + named);
-    }
-  for (char const* option :
-       {"--set", "--macro", "--answer", "--save-as", "--print", "--render", "--size"})
-    EXPECT_EQ(error_of(batch({option})), std::string(option) + " needs a value");
-  for (words const& wrong : {words{"--set", "KEY"},
-                             {"--set", "=1"},
-                             {"--set", "K=plist:{"},
-                             {"--answer", "x"},
-                             {"--macro", ""},
-                             {"--macro", "m", "--repeat", "-1"},
-                             {"--macro", "m", "--repeat", "2x"},
-                             {"--print", "all"},
-                             {"--explain", "3"},
-                             {"--size", "80"},
-                             {"--size", "0x10"},
-                             {"--size", "500x501"},
-                             {"--size", "2147483647x2147483647"},
-                             {"--size", "80x24x"}})
-    EXPECT_EQ(error_of(batch(wrong)), "bad value for " + *(wrong.end() - 2) + ": " + wrong.back());
-  EXPECT_EQ(error_of(batch({"--repeat", "2"})), "--repeat needs a --macro or --item before it");
-  EXPECT_EQ(error_of(batch({"--save=x"})), "--save takes no value");
-  EXPECT_EQ(error_of({"--print", "text"}), "--print needs --batch");
-  for (words const& wrong : {words{"--save", "--save-as", "x", "f"},
-                             {"--save-as", "x", "f", "g"},
-                             {"--render", "x", "f", "g"},
-                             {"--save", "-"},
-                             {"-", "-"},
-                             {"--macro", "-", "-"},
-                             {"--save-as", "-", "--print", "text", "f"}})
-    EXPECT_NE(error_of(batch(wrong)), "");
-  EXPECT_NE(error_of({"-"}), "");
+  for (auto const& c : data_rows("command_lines.txt", "refused"))
+    EXPECT_TRUE(error_of(words_of(c[0])).starts_with(c[1]))
+        << c[0] << ": " << error_of(words_of(c[0]));
 }
 
 }  // namespace

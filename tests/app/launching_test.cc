@@ -1,8 +1,6 @@
 #include "app/file_argument.h"
 #include "app/line_place.h"
-#include "app/recent_files.h"
 #include "app_fixture.h"
-#include "test.h"
 
 using namespace app;
 
@@ -27,16 +25,17 @@ TEST(file_argument, a_file_of_that_very_name_wins) {
     text::line_place const at = f.place.value_or(text::line_place{});
     return place{f.path, at.line, at.column};
   };
-  EXPECT_EQ(parsed("a"), (place{folder / "a", 0, 0}));
-  EXPECT_EQ(parsed("a:3"), (place{folder / "a:3", 0, 0}));
-  EXPECT_EQ(parsed("a:3:4"), (place{folder / "a:3", 4, 0}));
-  EXPECT_EQ(parsed("a:5"), (place{folder / "a", 5, 0}));
-  EXPECT_EQ(parsed("b:5:6"), (place{folder / "b", 5, 6}));
-  EXPECT_EQ(parsed("new:5:6"), (place{folder / "new", 5, 6}));
-  EXPECT_EQ(parsed("new:7"), (place{folder / "new", 7, 0}));
-  EXPECT_EQ(parsed("b:0"), (place{folder / "b:0", 0, 0}));
-  EXPECT_EQ(parsed("b:x"), (place{folder / "b:x", 0, 0}));
-  EXPECT_EQ(parsed("b:99999999999999999999"), (place{folder / "b:99999999999999999999", 0, 0}));
+  struct {
+    char const *argument, *name;
+    std::size_t line, column;
+  } const cases[] = {
+      {"a", "a", 0, 0},       {"a:3", "a:3", 0, 0},
+      {"a:3:4", "a:3", 4, 0}, {"a:5", "a", 5, 0},
+      {"b:5:6", "b", 5, 6},   {"new:5:6", "new", 5, 6},
+      {"new:7", "new", 7, 0}, {"b:0", "b:0", 0, 0},
+      {"b:x", "b:x", 0, 0},   {"b:99999999999999999999", "b:99999999999999999999", 0, 0}};
+  for (auto const& c : cases)
+    EXPECT_EQ(parsed(c.argument), (place{folder / c.name, c.line, c.column}));
   EXPECT_EQ(parsed((folder / "b:2").c_str()), (place{folder / "b", 2, 0}));
 }
 
@@ -49,69 +48,6 @@ TEST(line_place, is_a_line_or_a_line_and_a_column) {
   EXPECT_EQ(parsed(" 12:3 "), "12/3");
   for (char const* wrong : {"", " ", "x", "0", "-1", "3:", ":3", "3:0", "3:4:5", "3x", "3 4"})
     EXPECT_EQ(parsed(wrong), "none") << wrong;
-}
-
-TEST_F(app_test, recent_files_are_the_newest) {
-  recent_files recent(folder / "made/list.plist");
-  EXPECT_TRUE(recent.paths().empty());
-  std::string const odd = folder.write("odd \xff\n&", "");
-  for (char const* name : {"a", "b", "c"}) recent.add(folder.write(name, ""));
-  recent.add(odd);
-  recent.add(folder / "a");
-  recent.add(folder / "gone");
-  titles const expected = {folder / "gone", folder / "a", odd, folder / "c", folder / "b"};
-  EXPECT_EQ(recent.paths(), expected);
-  EXPECT_EQ(recent_files(folder / "made/list.plist").paths(), expected);
-
-  defaults().set("NSRecentDocumentsLimit", 2);
-  recent.add(folder / "b");
-  EXPECT_EQ(recent.paths(), titles({folder / "b", folder / "gone"}));
-  recent.clear();
-  EXPECT_TRUE(recent.paths().empty());
-}
-
-TEST_F(app_test, recent_files_of_several_programs_are_all_kept) {
-  defaults().set("NSRecentDocumentsLimit", 100);
-  for (int n = 0; n < 18; ++n) folder.write(std::to_string(n), "");
-  std::string const list = folder / "list.plist";
-  std::string const left = folder.write(".list.plist.quirnote-1", "of a program that was killed");
-  timespec const long_ago[2] = {{1000, 0}, {1000, 0}};
-  ASSERT_EQ(utimensat(AT_FDCWD, left.c_str(), long_ago, 0), 0);
-  for (int program = 0; program < 3; ++program) {
-    if (fork() != 0) continue;
-    recent_files own(list);
-    for (int n = 0; n < 6; ++n) own.add(folder / std::to_string(6 * program + n));
-    _exit(0);
-  }
-  for (int program = 0; program < 3; ++program) wait(nullptr);
-  EXPECT_EQ(recent_files(list).paths().size(), 18u);
-  EXPECT_FALSE(std::filesystem::exists(left));
-
-  testing::internal::CaptureStderr();
-  std::filesystem::create_directory(folder / "list");
-  recent_files unreadable(folder / "list");
-  unreadable.add(folder / "1");
-  unreadable.add(folder / "2");
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "Quirnote: " + (folder / "list") + ": can't be read: Is a directory\n");
-}
-
-TEST_F(app_test, a_damaged_list_of_recent_files_is_kept) {
-  int kept = 0;
-  for (std::string const damage : {"", "<plist><array><data>no", "<plist><dict/></plist>"}) {
-    SCOPED_TRACE(damage);
-    testing::internal::CaptureStderr();
-    recent_files recent(folder.write("list", damage));
-    EXPECT_TRUE(recent.paths().empty());
-    EXPECT_EQ(folder.read(folder / "list"), damage);
-    recent.add(folder.write("a", ""));
-    recent.add(folder.write("b", ""));
-    EXPECT_EQ(recent.paths(), titles({folder / "b", folder / "a"}));
-    std::string const name = folder / ("list.damaged-" + std::to_string(++kept));
-    EXPECT_EQ(folder.read(name), damage);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Quirnote: " + (folder / "list") + ": is damaged, and is kept as " + name + "\n");
-  }
 }
 
 TEST_F(app_test, launching_opens_each_file_at_its_place) {

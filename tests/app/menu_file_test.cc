@@ -2,7 +2,6 @@
 
 #include "app_fixture.h"
 #include "platform/menu.h"
-#include "test.h"
 
 using namespace app;
 

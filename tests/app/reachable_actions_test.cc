@@ -3,7 +3,6 @@
 #include "keys/WynKeyBindingManager.h"
 #include "platform/menu.h"
 #include "source_tree.h"
-#include "test.h"
 #include "windows/WynDocumentController.h"
 
 // Menus and key bindings are data, and the actions are code: neither may name what the other

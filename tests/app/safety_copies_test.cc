@@ -1,6 +1,5 @@
 #include "app/app_fixture.h"
 #include "documents/safety_copy.h"
-#include "test.h"
 
 namespace {
 

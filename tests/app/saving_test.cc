@@ -1,6 +1,5 @@
 #include "app_fixture.h"
 #include "encoding/charset.h"
-#include "test.h"
 
 // Saving, closing and quitting: what is asked, in which order, and what each answer does.
 namespace {

@@ -1,5 +1,4 @@
 #include "app_fixture.h"
-#include "test.h"
 
 // The box in which everything can be found, with the real menus and keys.
 namespace {

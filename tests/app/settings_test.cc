@@ -1,7 +1,6 @@
 #include "app/app_fixture.h"
 #include "settings/store.h"
 #include "settings/table.h"
-#include "test.h"
 
 namespace {
 
@@ -49,10 +48,11 @@ TEST_F(settings_test, whatever_is_chosen_comes_back) {
   for (std::string const& selector : view.selectors()) {
     if (!selector.starts_with("toggle") || !selector.ends_with(":")) continue;
     plist::dictionary const before = defaults().all();
-    testing::internal::CaptureStderr();
-    view.performSelectorWithObject(selector, {});
-    defaults().save();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << selector;
+    std::string const errors = errors_of([&] {
+      view.performSelectorWithObject(selector, {});
+      defaults().save();
+    });
+    EXPECT_EQ(errors, "") << selector;
     for (auto const& [key, value] : defaults().all()) {
       auto const former = before.find(key);
       if (former != before.end() && former->second == value) continue;

@@ -1,6 +1,5 @@
 #include "app/app_fixture.h"
 #include "search/WynFindManager.h"
-#include "test.h"
 
 // What comes while something waits happens afterwards, in the order in which it came, whatever it
 // is that waits.

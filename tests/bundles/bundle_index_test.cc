@@ -3,7 +3,6 @@
 #include <rapidcheck/gtest.h>
 
 #include "plist/random_values.h"
-#include "test.h"
 
 namespace {
 

@@ -2,7 +2,6 @@
 
 #include "bundles/files/item_file.h"
 #include "path/tree.h"
-#include "test.h"
 
 namespace {
 
@@ -101,11 +100,11 @@ TEST_F(bundle_layers, orphans_and_faults_cost_only_themselves) {
   folder.write(shipped + std::string("Snippets/five.plist"), "<plist><dict>");
   put("machine/Bundles/Bad.qnbundle/info.plist", "( a )");
   put("machine/Bundles/Alone.qnbundle/info.plist", "{ uuid = A; isDelta = 1; }");
-  testing::internal::CaptureStderr();
-  manager().reloadBundles();
   std::string uuids;
-  for (auto const& item : manager().bundleItems()) uuids += item->UUID();
-  std::string const told = testing::internal::GetCapturedStderr();
+  std::string const told = errors_of([&] {
+    manager().reloadBundles();
+    for (auto const& item : manager().bundleItems()) uuids += item->UUID();
+  });
   for (char const* part :
        {"three.plist: name: is not a string", "four.plist: no uuid",
         "five.plist:1:", "Bad.qnbundle/info.plist: the property list is no dictionary"})
@@ -195,26 +194,23 @@ TEST_F(bundle_layers, installing_brings_no_more_than_a_bundle) {
   };
   for (auto const& link : links)
     ASSERT_EQ(::symlink(link.target, (folder / (from + "Support/" + link.name)).c_str()), 0);
-  testing::internal::CaptureStderr();
-  manager().installBundle(folder / "download/Odd.qnbundle");
-  testing::internal::GetCapturedStderr();
+  errors_of([&] { manager().installBundle(folder / "download/Odd.qnbundle"); });
   std::string const to = "data/Quirnote/Pristine Copy/Bundles/Odd.qnbundle/Support/";
   for (auto const& link : links)
     EXPECT_EQ(std::filesystem::is_symlink(folder / (to + link.name)), link.kept) << link.name;
   EXPECT_FALSE(exists(to + "pipe"));
-  struct stat info;
-  ASSERT_EQ(::stat((folder / (to + "run")).c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 07777, 0755u);
+  EXPECT_EQ(mode_of(folder / (to + "run")), 0755u);
 
   // What doesn't end is no item, and none of it is read.
   put(from + "Snippets/endless.plist", "{ uuid = E; name = Endless; }");
   manager().installBundle(folder / "download/Odd.qnbundle");
   std::string const item = folder / (from + "Snippets/endless.plist");
   ASSERT_EQ(::truncate(item.c_str(), off_t{6} << 30), 0);
-  testing::internal::CaptureStderr();
-  EXPECT_FALSE(bundles::read_dictionary(item));
-  EXPECT_FALSE(path::copy_tree(folder / from, folder / "copy"));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Quirnote: " + item + ": File too large\n");
+  std::string const errors = errors_of([&] {
+    EXPECT_FALSE(bundles::read_dictionary(item));
+    EXPECT_FALSE(path::copy_tree(folder / from, folder / "copy"));
+  });
+  EXPECT_EQ(errors, "Quirnote: " + item + ": File too large\n");
 }
 
 TEST_F(bundle_layers, a_reader_finds_an_item_whole_while_it_is_written) {

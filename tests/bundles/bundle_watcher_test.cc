@@ -2,7 +2,6 @@
 
 #include "bundles/bundle_watcher.h"
 #include "platform/notification_center.h"
-#include "test.h"
 
 using namespace bundles;
 

@@ -1,5 +1,4 @@
 #include "bundle_fixture.h"
-#include "test.h"
 
 namespace {
 

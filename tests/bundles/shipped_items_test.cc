@@ -1,6 +1,5 @@
 #include "bundle_fixture.h"
 #include "source_tree.h"
-#include "test.h"
 
 // What ships is told apart by its scopes: nobody is asked which of two items is meant.
 
@@ -14,9 +13,7 @@ std::set<std::string> all_scopes() {
   for (auto const& file :
        std::filesystem::recursive_directory_iterator(source_file("tests/languages"))) {
     if (file.path().extension() != ".scopes") continue;
-    std::ostringstream read;
-    read << std::ifstream(file.path()).rdbuf();
-    std::string const text = read.str();
+    std::string const text = content_of_file(file.path());
     std::vector<std::string> path = {""};
     for (std::size_t at = 0; (at = text.find("\xe2\x9f", at)) != text.npos; at += 3) {
       if (text.compare(at, 3, close) == 0 && path.size() > 1) path.pop_back();

@@ -3,7 +3,6 @@
 #include "documents/WynDocumentCache.h"
 #include "documents/document_fixture.h"
 #include "platform/notification_center.h"
-#include "test.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 #include "documents/load_file.h"
 
 #include "documents/document_fixture.h"
-#include "test.h"
 
 namespace {
 

@@ -1,6 +1,5 @@
 #include "documents/document_fixture.h"
 #include "path/other_user.h"
-#include "test.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include "documents/file_metadata.h"
 #include "documents/view_metadata.h"
 #include "text/views/bookmark_filter.h"
-#include "test.h"
 
 // What is kept of a text beside it: in attributes of its file, and for projects.
 namespace {
@@ -135,8 +134,7 @@ TEST_F(metadata, keeps_folds) {
 
 TEST_F(metadata, of_any_size_is_read_in_bounds) {
   folder.write("file", std::string(30000, '\n'));
-  std::string list = "(";
-  for (int n = 0; n < 200000; ++n) list += " { f = 1; t = 2; i = 0; },";
+  std::string const list = "(" + repeated(" { f = 1; t = 2; i = 0; },", 200000);
   auto const packed = [](std::string const& text) {
     uLongf size = compressBound(text.size());
     std::string bytes(size, '\0');

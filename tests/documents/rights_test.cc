@@ -1,6 +1,5 @@
 #include "documents/document_fixture.h"
 #include "path/other_user.h"
-#include "test.h"
 
 // What becomes of the files of others, and of their permissions, when somebody saves who isn't
 // root.

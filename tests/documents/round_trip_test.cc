@@ -4,7 +4,6 @@
 #include "documents/document_fixture.h"
 #include "documents/plain_conversion.h"
 #include "encoding/estimate.h"
-#include "test.h"
 
 // What is loaded and saved without an edit comes back byte for byte, or the user is asked.
 

@@ -2,7 +2,6 @@
 
 #include "documents/document_fixture.h"
 #include "path/faulting_calls.h"
-#include "test.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 #include "documents/document_alerts.h"
 #include "documents/document_fixture.h"
 #include "path/other_user.h"
-#include "test.h"
 
 namespace {
 

@@ -2,8 +2,6 @@
 
 #include "documents/plain_conversion.h"
 #include "test.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 #include "documents/document_fixture.h"
 #include "documents/replace_text.h"
 #include "platform/notification_center.h"
-#include "test.h"
 
 // Files that other programs change while their documents stay open.
 namespace {

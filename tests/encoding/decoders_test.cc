@@ -3,7 +3,6 @@
 #include "encoding/converters.h"
 #include "encoding/encoding_cases.h"
 #include "encoding/supplementary.h"
-#include "test.h"
 
 namespace {
 

@@ -2,7 +2,6 @@
 #include "encoding/converters.h"
 #include "encoding/encoding_cases.h"
 #include "encoding/supplementary.h"
-#include "test.h"
 
 namespace {
 

@@ -2,7 +2,6 @@
 #include "encoding/encoding_cases.h"
 #include "encoding/estimate_buffer.h"
 #include "encoding/line_ending.h"
-#include "test.h"
 
 namespace {
 

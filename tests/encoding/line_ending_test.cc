@@ -2,8 +2,6 @@
 
 #include "agreement.h"
 #include "test.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 

@@ -1,8 +1,6 @@
 #include "agreement.h"
 #include "encoding/lanes.h"
 #include "test.h"
-#include "test.h"
-#include "test.h"
 
 // The functions for whole files against the generic ones.
 

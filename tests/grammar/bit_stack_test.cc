@@ -1,6 +1,5 @@
 #include "grammar/bit_stack.h"
 #include "test.h"
-#include "test.h"
 
 namespace {
 

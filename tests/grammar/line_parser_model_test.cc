@@ -3,7 +3,6 @@
 #include "grammar/rule_filter.h"
 #include "platform/utf.h"
 #include "test.h"
-#include "test.h"
 
 namespace {
 

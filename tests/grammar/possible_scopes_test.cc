@@ -2,7 +2,6 @@
 
 #include "plist/text_reader.h"
 #include "test.h"
-#include "test.h"
 
 namespace {
 

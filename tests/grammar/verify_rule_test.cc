@@ -2,7 +2,6 @@
 
 #include "data_rows.h"
 #include "plist/text_reader.h"
-#include "test.h"
 
 namespace {
 

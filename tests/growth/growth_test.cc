@@ -14,7 +14,6 @@
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
 #include "work_counter.h"
-#include "test.h"
 
 // How the work of what a user does grows with the text, its lines, folds, bookmarks, carets, and
 // depth. Work is counted in basic blocks, so nothing here depends on the machine. At eight times
@@ -25,12 +24,6 @@ constexpr std::size_t small = 150;
 constexpr double most_growth = 12;
 // What happens now and then, such as a table that is made once.
 constexpr double some_work = 60000;
-
-std::string repeated(std::string const& text, std::size_t n) {
-  std::string result;
-  for (std::size_t i = 0; i < n; ++i) result += text;
-  return result;
-}
 
 /// A view on a text of some size, with what it has to show.
 class document {

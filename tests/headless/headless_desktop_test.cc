@@ -1,7 +1,5 @@
 #include "headless/headless_desktop.h"
 #include "test.h"
-#include "test.h"
-#include "test.h"
 
 namespace headless {
 namespace {

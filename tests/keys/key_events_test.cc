@@ -1,9 +1,7 @@
+#include "data_rows.h"
 #include "keys/WynKeyEvent.h"
 #include "keys/key_glyphs.h"
 #include "platform/utf.h"
-#include "test.h"
-#include "test.h"
-#include "test.h"
 
 using namespace keys;
 
@@ -44,20 +42,12 @@ layout_key letter(char16_t c) {
 }  // namespace
 
 TEST(key_event, string_form) {
-  struct {
-    char const* text;
-    char const* printed;
-  } const rows[] = {
-      {"@a", "@a"}, {"@$~^#x", "#^~$@x"}, {"@@", "@@"},
-      {"\\@", "@"}, {"q@w~e", "~@e"},     {"~\xEF\x9C\x82", "~\xEF\x9C\x82"},
-      {"@é", "@é"}, {"😀", "😀"},
-  };
-  for (auto const& row : rows) {
-    SCOPED_TRACE(row.text);
-    auto const* event = WynKeyEvent::keyEventWithString(row.text);
+  for (auto const& row : data_rows("keys.txt", "strings")) {
+    SCOPED_TRACE(row[0]);
+    auto const* event = WynKeyEvent::keyEventWithString(row[0]);
     ASSERT_NE(event, nullptr);
-    EXPECT_EQ(event->stringRepresentation(), row.printed);
-    EXPECT_EQ(WynKeyEvent::keyEventWithString(row.text), event);
+    EXPECT_EQ(event->stringRepresentation(), row[1]);
+    EXPECT_EQ(WynKeyEvent::keyEventWithString(row[0]), event);
   }
   EXPECT_EQ(WynKeyEvent::keyEventWithString(""), nullptr);
   EXPECT_EQ(WynKeyEvent().stringRepresentation(), "");
@@ -154,18 +144,8 @@ TEST(key_event, keypad_equals_its_twin_one_way) {
 }
 
 TEST(key_event, glyphs) {
-  struct {
-    char const* text;
-    char const* shown;
-  } const rows[] = {
-      {"@$~^x", "⌃⌥⇧⌘X"}, {"@X", "⇧⌘X"},         {"$@X", "⇧⌘X"},         {"@1", "⌘1"},
-      {"\uF704", "F1"},   {"$\uF726", "⇧F35"},   {"\uF702", "←"},        {"\uF728", "⌦"},
-      {"\r", "↩"},        {"\x03", "⌅"},         {"\x1B", "⎋"},          {" ", "␣"},
-      {"\u00A0", "nbsp"}, {"\uF746", "?\u20DD"}, {"#\uF702", "←\u20E3"}, {"#\x03", "⌅"},
-      {"é", "É"},
-  };
-  for (auto const& row : rows)
-    EXPECT_EQ(WynKeyEvent::keyEventWithString(row.text)->glyphRepresentation(), row.shown);
+  for (auto const& row : data_rows("keys.txt", "glyphs"))
+    EXPECT_EQ(WynKeyEvent::keyEventWithString(row[0])->glyphRepresentation(), row[1]);
   EXPECT_EQ(WynKeyEvent().glyphRepresentation(), "(none)");
   EXPECT_EQ(glyph_named("pb_enter"), "\u2324");
   EXPECT_EQ(glyph_named("no such name"), "\uFFFD");

@@ -4,7 +4,6 @@
 #include "path/info.h"
 #include "path/temporary_folder.h"
 #include "test.h"
-#include "test.h"
 
 namespace {
 
@@ -41,8 +40,7 @@ TEST_F(file_changes, folders_are_made_and_removed) {
   EXPECT_FALSE(path::make_dir(folder.write("file", "")));
   EXPECT_FALSE(path::make_dir(folder / "file/below"));
   EXPECT_FALSE(path::make_dir(""));
-  std::string deep = folder.path();
-  for (int i = 0; i < 100'000; ++i) deep += "/a";
+  std::string const deep = folder.path() + repeated("/a", 100'000);
   EXPECT_FALSE(path::make_dir(deep));
   EXPECT_EQ(path::resolve(deep), deep);
 

@@ -5,7 +5,6 @@
 
 #include "path/temporary_folder.h"
 #include "test.h"
-#include "test.h"
 
 namespace {
 

@@ -7,7 +7,6 @@
 #include "path/other_user.h"
 #include "path/temporary_folder.h"
 #include "test.h"
-#include "test.h"
 
 namespace {
 

@@ -4,7 +4,6 @@
 
 #include "data_rows.h"
 #include "path/expand_braces.h"
-#include "test.h"
 
 namespace {
 
@@ -57,18 +56,12 @@ TEST(path, normalized_paths_are_clean) {
 }
 
 TEST(path, expand_braces) {
-  using texts = std::vector<std::string>;
   for (auto const& c : data_rows("paths.txt", "braces"))
-    EXPECT_EQ(path::expand_braces(c[0]), texts(c.begin() + 1, c.end())) << c[0];
+    EXPECT_EQ(path::expand_braces(c[0]), strings(c.begin() + 1, c.end())) << c[0];
 
-  std::string many, nested;
-  for (int i = 0; i < 100; ++i) many += "{a,b}";
-  EXPECT_EQ(path::expand_braces(many), texts{many});
-  many = "{a,b}" + std::string(10'000'000, 'x');
-  EXPECT_EQ(path::expand_braces(many), texts{many});
-  for (int i = 0; i < 20'000; ++i) nested += "{a,";
-  EXPECT_EQ(path::expand_braces(nested), texts{nested});
-  EXPECT_EQ(path::expand_braces(std::string(20'000, '{')), texts{std::string(20'000, '{')});
+  for (std::string const& much : {repeated("{a,b}", 100), "{a,b}" + std::string(10'000'000, 'x'),
+                                  repeated("{a,", 20'000), std::string(20'000, '{')})
+    EXPECT_EQ(path::expand_braces(much), strings{much});
 }
 
 }  // namespace

@@ -3,9 +3,8 @@
 #include <unicode/brkiter.h>
 #include <unicode/unistr.h>
 
+#include "data_rows.h"
 #include "platform/utf.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 
@@ -56,73 +55,22 @@ breaks breaks_of_icu(std::u16string_view text) {
   return result;
 }
 
-struct cluster_row {
-  std::u16string text;
-  std::vector<unsigned> columns;  // of each cluster
-  breaks ends;                    // of each cluster
-};
-
-TEST(clusters, a_table_of_clusters_and_their_columns) {
-  cluster_row const rows[] = {
-      {u"", {}, {}},
-      {u"aé\u00AD", {1, 1, 1}, {1, 2, 3}},
-      {u"a\r\nb", {1, 1, 1}, {1, 3, 4}},
-      {u"e\u0301x", {1, 1}, {2, 3}},
-      {u"a\u0301\u0302\u0303\u0304", {1}, {5}},
-      {u"\u0301a", {0, 1}, {1, 2}},   // a mark with nothing to stand on
-      {u"\t\u0301", {1, 0}, {1, 2}},  // controls take no mark
-      {u"a\u200Bb", {1, 0, 1}, {1, 2, 3}},
-      {u"a\u200Db", {1, 1}, {2, 3}},
-      {u"中文", {2, 2}, {1, 2}},
-      {u"ｱＡ", {1, 2}, {1, 2}},
-      {u"か\u3099", {2}, {2}},
-      {u"𠮷a", {2, 1}, {2, 3}},
-      {u"한국", {2, 2}, {1, 2}},
-      {u"\u1100\u1161\u11A8a", {2, 1}, {3, 4}},
-      {u"각\u11A8", {2}, {2}},
-      {u"😀😀", {2, 2}, {2, 4}},
-      {u"👍🏽!", {2, 1}, {4, 5}},
-      {u"👩‍👩‍👧!", {2, 1}, {8, 9}},
-      {u"👩\u200Da", {2, 1}, {3, 4}},
-      {u"❤\uFE0F\u200D🔥", {2}, {5}},
-      {u"🇩🇪🇫🇷", {2, 2}, {4, 8}},
-      {u"🇩🇪🇫", {2, 1}, {4, 6}},
-      {u"🏴\U000E0067\U000E0062\U000E0065\U000E006E\U000E0067\U000E007F", {2}, {14}},
-      {u"❤❤\uFE0F❤\uFE0E", {1, 2, 1}, {1, 3, 5}},
-      {u"⌚\uFE0E⌚⌚\uFE0F", {1, 2, 2}, {2, 3, 5}},
-      {u"1\uFE0F\u20E3"
-       u"1\u20E3",
-       {2, 1},
-       {3, 5}},
-      {u"a\uFE0F", {1}, {2}},
-      {u"का", {2}, {2}},
-      {u"क\u094D", {1}, {2}},
-      {u"क\u094Dषि", {2}, {4}},
-      {u"क\u094D\u200Cष", {1, 1}, {3, 4}},
-      {u"क\u094D\u200Dष", {2}, {4}},
-      {u"ก\u0E33", {2}, {2}},
-      {u"\u0600\u0661", {2}, {2}},  // the Arabic number sign goes under the digits
-      {u"سلام", {1, 1, 1, 1}, {1, 2, 3, 4}},
-      {u"س\u064E", {1}, {2}},
-      {u"\xD83D"
-       u"a",
-       {1, 1},
-       {1, 2}},
-      {u"\xDE00\xD83D", {1, 1}, {1, 2}},
-      {u"\xD83D\u0301", {1}, {2}},
+TEST(clusters, are_those_of_the_file) {
+  auto const numbers = [](std::string const& text) {
+    std::istringstream in(text);
+    return breaks{std::istream_iterator<std::size_t>(in), {}};
   };
-  for (auto const& row : rows) {
-    SCOPED_TRACE(unicode::to_utf8(row.text));
-    EXPECT_EQ(found_forward(row.text), row.ends);
-    EXPECT_EQ(found_backward(row.text), row.ends);
-    EXPECT_EQ(asked_one_by_one(row.text), row.ends);
-    std::vector<unsigned> columns;
-    for (std::size_t at = 0; at < row.text.size();) {
-      auto const cluster = unicode::cluster_at(row.text, at);
-      columns.push_back(cluster.columns);
-      at = cluster.end;
-    }
-    EXPECT_EQ(columns, row.columns);
+  for (auto const& row : data_rows("clusters.txt", "clusters")) {
+    SCOPED_TRACE(row[0]);
+    std::u16string const text = unicode::to_utf16(row[0]);
+    breaks const ends = numbers(row[2]);
+    EXPECT_EQ(found_forward(text), ends);
+    EXPECT_EQ(found_backward(text), ends);
+    EXPECT_EQ(asked_one_by_one(text), ends);
+    breaks columns;
+    for (std::size_t at = 0; at < text.size(); at = unicode::cluster_at(text, at).end)
+      columns.push_back(unicode::cluster_at(text, at).columns);
+    EXPECT_EQ(columns, numbers(row[1]));
   }
 }
 

@@ -3,7 +3,6 @@
 #include "path/temporary_folder.h"
 #include "source_tree.h"
 #include "test.h"
-#include "test.h"
 
 namespace fs = std::filesystem;
 

@@ -1,6 +1,5 @@
 #include "platform/notification_center.h"
 #include "test.h"
-#include "test.h"
 
 namespace {
 

@@ -1,6 +1,5 @@
 #include "platform/region.h"
 #include "test.h"
-#include "test.h"
 
 namespace wyn {
 namespace {

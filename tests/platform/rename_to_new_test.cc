@@ -2,7 +2,6 @@
 
 #include "path/temporary_folder.h"
 #include "test.h"
-#include "test.h"
 
 namespace {
 

@@ -1,6 +1,5 @@
 #include "platform/system/run_program.h"
 #include "test.h"
-#include "test.h"
 
 namespace {
 

@@ -2,11 +2,8 @@
 
 #include <rapidcheck.h>
 
+#include "data_rows.h"
 #include "platform/utf.h"
-#include "test.h"
-#include "test.h"
-
-using namespace std::string_literals;
 
 namespace {
 
@@ -75,24 +72,12 @@ TEST(unicode, width) {
 }
 
 TEST(utf, invalid_bytes_become_replacement_characters) {
-  struct {
-    std::string bytes;
-    std::u16string text;
-  } const cases[] = {
-      {"aé中😀", u"aé中😀"},
-      {"\xED\xA0\xBD", u"\xD83D"},  // a lone surrogate stays
-      {"\xED\xA0\xBD\xED\xB8\x80", u"\xD83D\xDE00"},
-      {"\xC0\x80", u"\xFFFD\xFFFD"},  // overlong
-      {"\xE0\x80\x80", u"\xFFFD\xFFFD\xFFFD"},
-      {"\xF0\x9F\x98", u"\xFFFD"},  // cut short
-      {"\xF0\x9Fz", u"\xFFFDz"},
-      {"\xF4\x90\x80\x80", u"\xFFFD\xFFFD\xFFFD\xFFFD"},  // above U+10FFFF
-      {"\xFFz", u"\xFFFDz"},
-      {"\x80", u"\xFFFD"},
-      {"a\0b"s, u"a\0b"s},
-  };
-  for (auto const& c : cases)
-    EXPECT_EQ(unicode::to_utf16(c.bytes), c.text) << testing::PrintToString(c.bytes);
+  for (auto const& row : data_rows("clusters.txt", "utf-8")) {
+    std::istringstream hexadecimal(row[1]);
+    std::u16string expected;
+    for (unsigned unit; hexadecimal >> std::hex >> unit;) expected += static_cast<char16_t>(unit);
+    EXPECT_EQ(unicode::to_utf16(row[0]), expected) << testing::PrintToString(row[0]);
+  }
 }
 
 TEST(utf, any_units_survive_the_way_through_utf8) {

@@ -4,7 +4,6 @@
 #include "platform/notification_center.h"
 #include "plist/xml_reader.h"
 #include "test.h"
-#include "test.h"
 
 namespace fs = std::filesystem;
 
@@ -385,17 +384,6 @@ TEST_F(user_defaults_test, damaged_files_are_kept_aside_without_hard_links_too) 
   EXPECT_EQ(folder_.read(path_ + ".damaged-1"), "one");
   EXPECT_EQ(folder_.read(path_ + ".damaged-2"), "two");
   EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
-}
-
-TEST_F(user_defaults_test, damage_while_running_keeps_unsaved_settings) {
-  user_defaults defaults(path_);
-  defaults.set("a", 1);
-  write("damaged");
-  age(path_);
-  silenced_errors const quiet;
-  defaults.check_for_changes();
-  EXPECT_EQ(stored(), value(plist::dictionary{{"a", 1}}));
-  EXPECT_EQ(folder_.read(path_ + ".damaged-1"), "damaged");
 }
 
 TEST_F(user_defaults_test, what_cannot_be_read_is_not_overwritten) {

@@ -3,8 +3,6 @@
 #include "plist/text_reader.h"
 #include "random_values.h"
 #include "test.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 

@@ -4,54 +4,17 @@
 #include "plist/text_writer.h"
 #include "plist/xml_reader.h"
 #include "random_values.h"
-#include "test.h"
 
 namespace {
 
 using plist::value;
 
-plist::array strings(std::initializer_list<char const*> texts) {
-  return plist::array(texts.begin(), texts.end());
-}
-
 TEST(text_dialect, reading) {
-  struct {
-    std::string text;
-    value v;
-  } const cases[] = {
-      {"( a, b, )", strings({"a", "b"})},
-      {"( a, b )", strings({"a", "b"})},
-      {"(a,b)", strings({"a", "b"})},
-      {"( )", plist::array{}},
-      {"{}", plist::dictionary{}},
-      {"{ 12 = x; 012 = y; }", plist::dictionary{{"12", "x"}, {"012", "y"}}},
-      {"{ a = 1; a = 2; }", plist::dictionary{{"a", 2}}},
-      {"{ 'a' = 1; \"a\" = ( ); }", plist::dictionary{{"a", plist::array{}}}},
-      {"'foo2'", "foo2"},
-      {"-._aZé", "-._aZé"},
-      {"007", 7},
-      {"5000000000", 5000000000},
-      {"99999999999999999999", INT64_MAX},
-      {"{ a = 'it''s'; }", plist::dictionary{{"a", "it's"}}},
-      {"''", ""},
-      {"\"\"", ""},
-      {"''''", "'"},
-      {R"('a\')", "a\\"},
-      {R"('a\n')", "a\\n"},
-      {R"("a\"b")", "a\"b"},
-      {R"("a\\")", "a\\"},
-      {R"("\\\"")", "\\\""},
-      {R"("a\n\'")", "a\\n\\'"},
-      {"\"a\\\nb\"", "a\\\nb"},
-      {"\"line\r\n\tb\"", "line\r\n\tb"},
-      {"// c\n x // d", "x"},
-      {"/* 'a' // * / */ x /***/", "x"},
-      {"(a,/**/b//\n)", strings({"a", "b"})},
-  };
-  for (auto const& c : cases) {
+  for (auto const& c : data_rows("property_lists.txt", "reading")) {
     plist::dictionary error;
-    EXPECT_EQ(plist::convert(c.text, &error), c.v) << c.text << plist::PrettyPrintPList(error);
-    EXPECT_TRUE(error.empty()) << c.text;
+    auto const expected = plist::read_xml("<plist>" + c[1] + "</plist>");
+    EXPECT_EQ(plist::convert(c[0], &error), expected.value) << c[0] << value(error);
+    EXPECT_TRUE(error.empty() && !expected.error) << c[0];
   }
 }
 
@@ -80,68 +43,26 @@ TEST(text_dialect, messages_name_tokens_as_users_know_them) {
 TEST(text_dialect, depth_and_length_take_no_stack) {
   std::string const open(plist::max_depth, '('), close(plist::max_depth, ')');
   EXPECT_EQ(plist::convert(open + "a" + close), random_values::nested(plist::max_depth, "a"));
-  std::string deep;
-  for (int i = 0; i < 300'000; ++i) deep += i % 2 ? "(" : "{a=";
   plist::dictionary error;
-  EXPECT_FALSE(plist::convert(deep, &error));
+  EXPECT_FALSE(plist::convert(repeated("{a=(", 150'000), &error));
   EXPECT_EQ(error["info"].string_or(""), "line 1:1025: nested too deeply");
 
-  std::string flat = "(";
-  for (int i = 0; i < 100'000; ++i) flat += "a,";
+  std::string const flat = "(" + repeated("a,", 100'000);
   EXPECT_FALSE(plist::convert(flat, &error));
   EXPECT_EQ(plist::convert(flat + ")").elements().size(), 100'000u);
 }
 
 TEST(text_dialect, layout) {
-  using plist::array;
-  using plist::dictionary;
-  struct {
-    value v;
-    std::string text;
-  } const cases[] = {
-      {array{}, "( )"},
-      {dictionary{}, "{ }"},
-      {strings({"a", "b c"}), "( 'a', 'b c' )"},
-      {array{1}, "( 1 )"},
-      {array{1, 2}, "(\n\t1,\n\t2,\n)"},
-      {array{array{1, 2}}, "(\n\t(\n\t\t1,\n\t\t2,\n\t),\n)"},
-      {array{array{}, array{}}, "(\n\t( ),\n\t( ),\n)"},
-      {dictionary{{"a", "it's"}}, "{\ta = \"it's\"; }"},
-      {dictionary{{"a", strings({"x", "y"})}}, "{\ta = ( 'x', 'y' ); }"},
-      {dictionary{{"a", array{1, 2}}}, "{\ta = (\n\t\t1,\n\t\t2,\n\t);\n}"},
-      {dictionary{{"a", dictionary{{"b", dictionary{}}}}}, "{\ta = { b = { }; }; }"},
-      {array{dictionary{{"a", 1}}}, "( { a = 1; } )"},
-      {array{dictionary{{"a", 1}}, dictionary{{"b", 2}, {"c", 3}}},
-       "(\n\t{\ta = 1; },\n\t{\tb = 2;\n\t\tc = 3;\n\t},\n)"},
-      {dictionary{{"captures",
-                   dictionary{{"1", dictionary{{"name", "x"}}}, {"2", dictionary{{"name", "y"}}}}},
-                  {"match", "\\b(a)(b)"},
-                  {"name", "n"}},
-       "{\tname = 'n';\n"
-       "\tmatch = '\\b(a)(b)';\n"
-       "\tcaptures = {\n"
-       "\t\t1 = { name = 'x'; };\n"
-       "\t\t2 = { name = 'y'; };\n"
-       "\t};\n"
-       "}"},
-      {dictionary{{"patterns", array{dictionary{{"begin", "a"}, {"end", "b"}},
-                                     dictionary{{"include", "$self"}}}}},
-       "{\tpatterns = (\n"
-       "\t\t{\tbegin = 'a';\n"
-       "\t\t\tend = 'b';\n"
-       "\t\t},\n"
-       "\t\t{\tinclude = '$self'; },\n"
-       "\t);\n"
-       "}"},
-      {dictionary{{"", 1}}, "{\t = 1; }"},
-      {array{true, 0.5}, "(\n\t1,\n\t0.5,\n)"},
-      {plist::date{0}, "2001-01-01 00:00:00 +0000"},
-  };
-  for (auto const& c : cases) {
-    EXPECT_EQ(plist::PrettyPrintPList(c.v), c.text);
-    EXPECT_EQ(c.text.find('\n') == std::string::npos, plist::plistFitsSingleLine(c.v)) << c.text;
+  for (auto const& c : data_rows("property_lists.txt", "layout")) {
+    value const v = plist::convert(c[0]);
+    EXPECT_EQ(plist::PrettyPrintPList(v), c[1]);
+    EXPECT_EQ(c[1].find('\n') == std::string::npos, plist::plistFitsSingleLine(v)) << c[0];
   }
-  value const pair = dictionary{{"a", 1}, {"b", 2}};
+  // What the text dialect has no form of.
+  EXPECT_EQ(plist::PrettyPrintPList(plist::dictionary{{"", 1}}), "{\t = 1; }");
+  EXPECT_EQ(plist::PrettyPrintPList(plist::array{true, 0.5}), "(\n\t1,\n\t0.5,\n)");
+  EXPECT_EQ(plist::PrettyPrintPList(plist::date{0}), "2001-01-01 00:00:00 +0000");
+  value const pair = plist::dictionary{{"a", 1}, {"b", 2}};
   EXPECT_EQ(plist::stringWithIndentIsKeyIsSingleLine(pair, 2, true, false),
             "{\n\t\t\ta = 1;\n\t\t\tb = 2;\n\t\t}");
 }

@@ -3,8 +3,6 @@
 #include "plist/description.h"
 #include "random_values.h"
 #include "test.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 

@@ -3,8 +3,6 @@
 #include "platform/utf.h"
 #include "test.h"
 #include "text/random_text.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 
@@ -195,8 +193,6 @@ TEST(ranker, masks_name_the_matched_units) {
 }
 
 TEST(ranker, long_names_cost_no_more_than_their_length) {
-  std::u16string name, typed;
-  for (int i = 0; i < 2000; ++i) name += u"ab ";
-  for (int i = 0; i < 60; ++i) typed += u"ab";
-  EXPECT_GT(BriskStringRanker(name).scoreForAbbreviation(typed), 0);
+  BriskStringRanker const ranker(repeated(std::u16string(u"ab "), 2000));
+  EXPECT_GT(ranker.scoreForAbbreviation(repeated(std::u16string(u"ab"), 60)), 0);
 }

@@ -1,8 +1,6 @@
 #include "naive_matcher.h"
 #include "regex/find.h"
 #include "test.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 
@@ -26,99 +24,6 @@ std::string run_engine(regex::nfa<char> const& nfa, std::string const& text) {
     if (m.is_set(n)) found.groups[n] = {m.begin(n) - text.begin(), m.end(n) - text.begin()};
   }
   return describe(found);
-}
-
-/// All strings over the alphabet of up to `length` characters.
-void for_each_string(std::string const& alphabet, std::size_t length,
-                     std::function<void(std::string const&)> const& use) {
-  std::function<void(std::string)> const extend = [&](std::string const& s) {
-    use(s);
-    if (s.size() == length) return;
-    for (char c : alphabet) extend(s + c);
-  };
-  extend("");
-}
-
-/// Reads a pattern of the alphabet "ab|*?()." for the naive matcher.
-class small_parser {
- public:
-  explicit small_parser(std::string pattern) : pattern_(std::move(pattern)) {}
-
-  /// Nothing when it isn't well formed.
-  std::optional<node> parse() {
-    node const result = alternatives();
-    if (fault_ || at_ != pattern_.size()) return std::nullopt;
-    return result;
-  }
-
- private:
-  char next() const { return at_ < pattern_.size() ? pattern_[at_] : '\0'; }
-  bool take(char c) {
-    if (next() != c) return false;
-    ++at_;
-    return true;
-  }
-
-  node alternatives() {
-    node result{.what = node::kind::alternatives};
-    do result.parts.push_back(sequence());
-    while (take('|'));
-    return result;
-  }
-
-  node sequence() {
-    node result{.what = node::kind::sequence};
-    while (!fault_ && next() != '\0' && next() != '|' && next() != ')') {
-      node part = atom();
-      while (next() == '*' || next() == '?') {
-        node repeat{.what = node::kind::repeat, .max = next() == '*' ? -1 : 1};
-        ++at_;
-        repeat.greedy = !take('?');
-        repeat.parts.push_back(part);
-        part = repeat;
-      }
-      result.parts.push_back(part);
-    }
-    return result;
-  }
-
-  node atom() {
-    if (take('.')) return {.what = node::kind::any};
-    if (take('(')) {
-      if (next() == '?') fault_ = true;
-      node capture{.what = node::kind::capture, .number = ++count_};
-      capture.parts.push_back(alternatives());
-      if (!take(')')) fault_ = true;
-      return capture;
-    }
-    if (next() == '*' || next() == '?') fault_ = true;
-    return {.what = node::kind::unit, .text = std::string(1, pattern_[at_++])};
-  }
-
-  std::string pattern_;
-  std::size_t at_ = 0;
-  int count_ = 0;
-  bool fault_ = false;
-};
-
-TEST(enumerated, all_small_patterns_over_all_small_texts) {
-  std::vector<std::string> texts;
-  for_each_string("ab", 4, [&](std::string const& t) { texts.push_back(t); });
-  for_each_string("a\n", 2, [&](std::string const& t) { texts.push_back(t); });
-  int patterns = 0, faults = 0;
-  for_each_string("ab|*?().", 5, [&](std::string const& pattern) {
-    auto const tree = small_parser(pattern).parse();
-    if (!tree || faults > 10) return;
-    ++patterns;
-    regex::nfa<char> const nfa(pattern.c_str());
-    for (auto const& text : texts) {
-      auto const expected = describe(naive::matcher(text).find(*tree));
-      auto const got = run_engine(nfa, text);
-      faults += got != expected;
-      EXPECT_EQ(got, expected) << "pattern " << pattern << ", text " << text;
-    }
-  });
-  EXPECT_GT(patterns, 6000);
 }
 
 /// Makes random trees, and the patterns that mean them.

@@ -3,8 +3,6 @@
 #include "regex/traits.h"
 #include "test.h"
 #include "text/random_text.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 

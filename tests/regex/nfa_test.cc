@@ -1,7 +1,6 @@
 #include "regex/nfa.h"
 
 #include "data_rows.h"
-#include "test.h"
 
 namespace {
 

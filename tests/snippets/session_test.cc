@@ -5,8 +5,6 @@
 #include "test.h"
 #include "text/marked_text.h"
 #include "text/random_text.h"
-#include "test.h"
-#include "test.h"
 
 namespace {
 

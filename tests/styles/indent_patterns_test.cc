@@ -3,7 +3,6 @@
 #include "actions/indent.h"
 #include "data_rows.h"
 #include "platform/utf.h"
-#include "test.h"
 
 using namespace styles;
 

@@ -4,7 +4,6 @@
 #include "plist/text_reader.h"
 #include "regex/transformation_program.h"
 #include "styles/color_strings.h"
-#include "test.h"
 
 using namespace styles;
 

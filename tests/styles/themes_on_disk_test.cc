@@ -6,8 +6,6 @@
 #include "styles/WynThemeManager.h"
 #include "styles/theme_watcher.h"
 #include "test.h"
-#include "test.h"
-#include "test.h"
 
 using namespace styles;
 

@@ -3,7 +3,6 @@
 #include "marked_text.h"
 #include "random_text.h"
 #include "test.h"
-#include "test.h"
 
 namespace {
 

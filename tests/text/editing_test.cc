@@ -2,7 +2,6 @@
 #include "marked_text.h"
 #include "random_text.h"
 #include "regex/format.h"
-#include "test.h"
 #include "text/views/view.h"
 
 namespace {

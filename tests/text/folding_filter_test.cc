@@ -3,7 +3,6 @@
 #include "data_rows.h"
 #include "marked_text.h"
 #include "random_text.h"
-#include "test.h"
 #include "text/views/soft_wrap_filter.h"
 
 namespace {

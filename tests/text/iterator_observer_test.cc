@@ -4,7 +4,6 @@
 #include "random_text.h"
 #include "test.h"
 #include "text/storage.h"
-#include "test.h"
 
 namespace text {
 
@@ -162,19 +161,6 @@ TEST_F(mirrors, repeated_text_is_not_repeated_again) {
   observer.add_mirror(one_line(0, 0, 1), one_line(2, 0, 1));
   insert(0, 1, "x");
   EXPECT_EQ(text(), "ax\nbx\ncx");
-}
-
-TEST_F(mirrors, undo_of_a_change_does_not_repeat_anything) {
-  insert(0, 0, "ab\ncd");
-  observer.add_mirror(one_line(0, 0, 2), one_line(1, 0, 2));
-  insert(0, 1, "x");
-  size_t const records = storage.undo_records.size();
-  storage.undo();
-  storage.undo();
-  EXPECT_EQ(text(), "ab\ncd");
-  storage.redo();
-  EXPECT_EQ(text(), "axb\ncd");
-  EXPECT_EQ(storage.undo_records.size(), records);
 }
 
 TEST_F(mirrors, lists_come_back_by_state) {

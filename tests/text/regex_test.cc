@@ -2,7 +2,6 @@
 
 #include "test.h"
 #include "text/storage.h"
-#include "test.h"
 
 namespace {
 

@@ -7,7 +7,6 @@
 #include "text/views/folding_filter.h"
 #include "text/views/soft_wrap_filter.h"
 #include "text/views/view_filter.h"
-#include "test.h"
 
 // Replacing many ranges at once, against doing it one by one from the last to the first.
 namespace {

@@ -3,7 +3,6 @@
 #include "random_text.h"
 #include "test.h"
 #include "text/text_block.h"
-#include "test.h"
 
 namespace {
 

@@ -3,7 +3,6 @@
 #include "data_rows.h"
 #include "marked_text.h"
 #include "random_text.h"
-#include "test.h"
 #include "text/cell_width.h"
 #include "text/views/folding_filter.h"
 

@@ -8,7 +8,6 @@
 #include "text/unit_search.h"
 #include "text/views/column_cache.h"
 #include "text/views/view.h"
-#include "test.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include "text/views/bookmark_filter.h"
 #include "text/views/mark_history.h"
 #include "text/views/view_filter.h"
-#include "test.h"
 
 namespace {
 
@@ -157,12 +156,6 @@ TEST_F(view_test, selections_of_states_that_are_out_of_reach_are_forgotten) {
   EXPECT_GE(known(), 100u);
   EXPECT_LT(known(), 150u);
   while (storage.undo_manager.can_undo()) storage.undo_manager.undo();
-  EXPECT_EQ(get(), "|");
-}
-
-TEST_F(view_test, new_view_knows_the_selection_of_the_empty_document) {
-  type("abc");
-  storage.undo_manager.undo();
   EXPECT_EQ(get(), "|");
 }
 

@@ -2,7 +2,6 @@
 #include "data_rows.h"
 #include "platform/utf.h"
 #include "plist/text_reader.h"
-#include "test.h"
 #include "textview/shown_view.h"
 #include "typing/nearest_words.h"
 
@@ -49,20 +48,6 @@ TEST_F(completion, by_what_scopes_say) {
     expect(plist::convert(r[0]), {r[1], r[2], r[3]});
 }
 
-TEST_F(completion, replaces_no_more_in_overwrite_mode_and_in_mirrors) {
-  shown_view view("fo1 fo2 fo|xyz");
-  view.view.setOverwriteMode(true);
-  for (int i = 0; i < 2; ++i) view.perform("nextCompletion:");
-  EXPECT_EQ(view.get(), "fo1 fo2 fo1|xyz");
-
-  view.view.setOverwriteMode(false);
-  view.set("fo1 fo2\n[a \nb ]");
-  view.perform("enterLineAppendMode:");
-  for (char const c : {'f', 'o'}) view.view.insertText(std::u16string(1, char16_t(c)));
-  for (int i = 0; i < 2; ++i) view.perform("nextCompletion:");
-  EXPECT_EQ(view.text(), "fo1 fo2\na fo1\nb fo1");
-}
-
 TEST_F(completion, ends_a_command_that_never_ends) {
   desktop_.busy().cancel_after = 2;
   EXPECT_EQ(after(plist::convert("{ completionCommand = \"while :; do :; done\"; }"), "foo fo|",
@@ -105,10 +90,7 @@ TEST_F(completion, finds_words_in_the_order_of_their_distance) {
   for (char const* const name :
        {"src/text/views/view.h", "src/regex/parser.cc", "docs/editing.md"}) {
     for (bool const is_long_line : {false, true}) {
-      std::ifstream in(source_file(name));
-      std::stringstream content;
-      content << in.rdbuf();
-      std::u16string units = unicode::to_utf16(content.str());
+      std::u16string units = unicode::to_utf16(content_of_file(source_file(name)));
       if (is_long_line) std::replace(units.begin(), units.end(), u'\n', u' ');
       text::storage text;
       text.insert(text.end(-1), units.begin(), units.end());
@@ -135,9 +117,8 @@ TEST_F(completion, finds_words_in_the_order_of_their_distance) {
 // The first candidate costs a look at the lines around, however long the text is, and words that
 // come later are those of the text as it was.
 TEST_F(completion, looks_no_further_than_it_has_to) {
-  std::u16string text = u"fo_near ";
-  for (int i = 0; i < 300000; ++i) text += u"no words that begin like it\n";
-  text += u"fo_far";
+  std::u16string const unlike = u"no words that begin like it\n";
+  std::u16string const text = u"fo_near " + repeated(unlike, 300000) + u"fo_far";
   text::storage storage;
   storage.insert(storage.end(-1), text.begin(), text.end());
   typing::nearest_words words(storage, {0, 8}, 10, {u"fo"});
@@ -276,9 +257,7 @@ TEST_F(completion_list, closes_with_what_it_stands_at) {
 
 // Words far away come later, while the list is open.
 TEST_F(completion_list, grows_while_a_large_text_is_looked_through) {
-  std::string text = "fo|\nfo_near\n";
-  for (int i = 0; i < 200000; ++i) text += "no words that begin like it\n";
-  shown_view view(text + "fo_far");
+  shown_view view("fo|\nfo_near\n" + repeated("no words that begin like it\n", 200000) + "fo_far");
   view.perform("showCompletionList:");
   EXPECT_EQ(rows(view), "*f*o_near");
   view.press(u"_");

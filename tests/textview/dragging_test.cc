@@ -1,5 +1,4 @@
 #include "path/temporary_folder.h"
-#include "test.h"
 #include "textview/dropped_content.h"
 #include "textview/shown_view.h"
 
@@ -96,9 +95,7 @@ TEST_F(dragging, copies_what_it_moves_no_more_once_the_text_has_changed) {
 }
 
 TEST_F(dragging, shows_where_the_drop_goes_and_scrolls_at_the_edges) {
-  std::string text = "|";
-  for (int n = 0; n < 200; ++n) text += "line\n";
-  shown_view one(text);
+  shown_view one("|" + repeated("line\n", 200));
   content_.set({{"text", "x"}});
   platform::drag_info info{at(1, 2), operation::copy, 0, false, content_};
   one.host.dirty.clear();

@@ -1,7 +1,6 @@
 #include "grammar/tokenize_filter.h"
 #include "headless/recording_graphics.h"
 #include "plist/text_reader.h"
-#include "test.h"
 #include "textview/shown_view.h"
 
 // Text with a grammar and a theme as it is drawn.

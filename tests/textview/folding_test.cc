@@ -1,5 +1,4 @@
 #include "headless/recording_graphics.h"
-#include "test.h"
 #include "text/views/folding_filter.h"
 #include "textview/shown_view.h"
 

@@ -5,7 +5,6 @@
 #include "path/temporary_folder.h"
 #include "styles/WynThemeManager.h"
 #include "styles/scope_report.h"
-#include "test.h"
 #include "text/views/folding_filter.h"
 #include "textview/shown_view.h"
 
@@ -118,8 +117,7 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
 // anew.
 TEST_F(language, shows_symbols_of_long_texts_when_the_user_rests) {
   constexpr std::size_t count = 20000;
-  std::string text;
-  for (std::size_t i = 0; i < count; ++i) text += "{\"a\": [1, 2]}\n";
+  std::string const text = repeated("{\"a\": [1, 2]}\n", count);
   WynTextView view;
   headless::headless_view_host host(view);
   view.setDocument(file("a.json", text));
@@ -205,8 +203,7 @@ TEST_F(language, themes_are_selected_or_follow_the_desktop) {
 // Edits, undo, other languages, drawing and closing while the worker works: for the sanitizers.
 TEST_F(language, worker_and_view_get_along) {
   std::mt19937 random(1);
-  std::string text;
-  for (int i = 0; i < 300; ++i) text += program;
+  std::string const text = repeated(program, 300);
   char const* const languages[] = {"C", "C++", "Python"};
   for (int round = 0; round < 5; ++round) {
     WynTextView view;

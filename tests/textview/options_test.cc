@@ -4,7 +4,6 @@
 #include "styles/scoped_settings.h"
 #include "styles/view_colors.h"
 #include "styles/wrap_columns.h"
-#include "test.h"
 #include "textview/shown_view.h"
 
 // Options on the desktop without windows, with defaults in a file that others may write, too.
@@ -185,35 +184,6 @@ TEST_F(options, own_colours_stand_where_no_theme_has_its_own) {
   EXPECT_EQ(themed.background, (platform::color{255, 255, 255, 255}));
   own().set("WynTextViewBackgroundColor", "no colour");
   EXPECT_EQ(styles::styled_palette(desktop, {}).background, desktop.background);
-}
-
-struct typed_line {
-  char const *before, *typed, *after;
-};
-
-TEST_F(options, typing_beyond_the_margin_breaks_the_line) {
-  shown_view shown;
-  shown.view.setRightMargin(10);
-  settings::store().set("WynTextViewHardWrapEnabled", true);
-  for (typed_line const& row :
-       {typed_line{"aaaa bbbb |", "cc", "aaaa bbbb\ncc|"},
-        typed_line{"aaaa bbbbb|", "b", "aaaa\nbbbbbb|"},
-        typed_line{"aaaa bbbbb|", " ", "aaaa bbbbb |"},
-        typed_line{"aaaabbbbcc|", "ddd", "aaaabbbbccddd|"},
-        typed_line{"  aaaabbbb|", "cc", "  aaaabbbbcc|"},
-        typed_line{"a\tb ccccc|", "d", "a\tb\ncccccd|"},
-        typed_line{"aa bb cc dd\tee ffff ggggg|", "h", "aa bb cc\ndd\tee\nffff\ngggggh|"},
-        typed_line{"a|", "a bb ccc dddd", "aa bb ccc\ndddd|"}}) {
-    shown.set(row.before);
-    for (char const* unit = row.typed; *unit != 0; ++unit)
-      shown.view.insertText(plist::value(std::string(1, *unit)));
-    EXPECT_EQ(shown.get(), row.after) << row.before;
-  }
-  shown.view.performSelectorWithObject("undo:", {});
-  EXPECT_EQ(shown.text(), "aa bb ccc\nddd");
-  shown.set("{aaaa bbbb\naaaa bbbb}");
-  shown.view.insertText(plist::value("xxxxxxxx xxxxxxxx"));
-  EXPECT_EQ(shown.view.view()->storage->lines(), 2u);
 }
 
 TEST_F(options, the_font_is_chosen_in_a_panel_within_bounds) {

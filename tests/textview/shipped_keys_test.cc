@@ -8,7 +8,6 @@
 #include "source_tree.h"
 #include "test.h"
 #include "textview/WynTextView.h"
-#include "test.h"
 
 namespace {
 
@@ -60,10 +59,7 @@ TEST(shipped_keys, bind_what_no_character_is_typed_with) {
 
 // A key's binding comes before the menu that shows the same key.
 TEST(shipped_keys, leave_the_keys_of_menus_alone) {
-  std::ifstream file(share("menus.plist"));
-  std::stringstream text;
-  text << file.rdbuf();
-  auto const keys = menu_keys(plist::read_xml(text.str()).value);
+  auto const keys = menu_keys(plist::read_xml(content_of_file(share("menus.plist"))).value);
   EXPECT_GT(keys.size(), 10U);
   auto const bindings = shipped_bindings();
   for (auto const& key : keys) EXPECT_FALSE(bindings.contains(key)) << key;

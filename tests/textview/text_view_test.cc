@@ -2,7 +2,6 @@
 #include "layout/geometry.h"
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
-#include "test.h"
 #include "text/views/view_filter.h"
 #include "textview/shown_view.h"
 
@@ -19,15 +18,6 @@ class text_view : public shown_view_test, public shown_view {
                               std::uint32_t modifiers = 0) const {
     return {at(line, column), platform::mouse_button::left, clicks, modifiers};
   }
-  void click(double line, double column, int clicks = 1, std::uint32_t modifiers = 0) {
-    shown_view::click(at(line, column), clicks, modifiers);
-  }
-  void drag(double from_line, double from_column, double to_line, double to_column, int clicks = 1,
-            std::uint32_t modifiers = 0) {
-    view.mouse_down(event(from_line, from_column, clicks, modifiers));
-    view.mouse_dragged(event(to_line, to_column, clicks, modifiers));
-    view.mouse_up(event(to_line, to_column, clicks, modifiers));
-  }
   std::vector<std::string> drawn() {
     headless::recording_graphics g;
     view.draw(g, host.visible_rect());
@@ -39,75 +29,8 @@ class text_view : public shown_view_test, public shown_view {
   }
 };
 
-TEST_F(text_view, clicks_set_the_caret_and_select_words_and_lines) {
-  set("|one two\nthree");
-  click(0, 5);
-  EXPECT_EQ(get(), "one t|wo\nthree");
-  click(0, 5, 2);
-  EXPECT_EQ(get(), "one [t|wo]\nthree");
-  click(0, 5, 3);
-  EXPECT_EQ(get(), "[one t|wo\n]three");
-  click(9, 0);
-  EXPECT_EQ(get(), "one two\nthree|");
-  click(0, 30);
-  EXPECT_EQ(get(), "one two|\nthree");
-}
-
-TEST_F(text_view, dragging_selects_by_units_words_and_lines) {
-  set("|one two\nthree four");
-  drag(0, 1, 1, 2);
-  EXPECT_EQ(get(), "o[ne two\nth]ree four");
-  drag(1, 2, 0, 5, 2);
-  EXPECT_EQ(get(), "one ]two\nthree[ four");
-  drag(0, 1, 1, 2, 3);
-  EXPECT_EQ(get(), "[one two\nthree four]");
-}
-
-TEST_F(text_view, dragging_goes_on_where_the_text_changes_under_a_pressed_mouse) {
-  std::vector<std::string> const emptied = {"selectAll:", "delete:"}, moved = {"moveLinesUp:"};
-  struct {
-    int clicks;
-    std::vector<std::string> const& change;
-    char const* expected;
-  } const cases[] = {
-      {1, emptied, "x|"}, {1, moved, "three fx|ne two"},
-      {2, emptied, "x|"}, {2, moved, "three x| two"},
-      {3, emptied, "x|"}, {3, moved, "x|"},
-  };
-  for (auto const& c : cases) {
-    set("|one two\nthree four");
-    view.mouse_down(event(1, 7, c.clicks));
-    for (std::string const& selector : c.change) perform(selector);
-    view.mouse_dragged(event(1, 1, c.clicks));
-    view.mouse_up(event(1, 1, c.clicks));
-    press(u"x");
-    EXPECT_EQ(get(), c.expected) << c.clicks << " clicks, " << c.change.front();
-  }
-}
-
-TEST_F(text_view, alt_drag_selects_columns_beyond_line_ends) {
-  set("|abcd\nx\nefgh");
-  drag(0, 1, 2, 3, 1, platform::modifier::option);
-  EXPECT_EQ(get(), "a{bcd\nx\nefg}h");
-  perform("delete:");
-  EXPECT_EQ(text(), "ad\nx\neh");
-}
-
-TEST_F(text_view, shift_click_moves_the_nearer_end) {
-  set("0123[456]789");
-  click(0, 9, 1, platform::modifier::shift);
-  EXPECT_EQ(get(), "0123[45678]9");
-  click(0, 2, 1, platform::modifier::shift);
-  EXPECT_EQ(get(), "01]2345678[9");
-  set("012|3456789");
-  click(0, 6, 1, platform::modifier::shift);
-  EXPECT_EQ(get(), "012[345]6789");
-}
-
 TEST_F(text_view, a_drag_held_below_the_window_scrolls_and_selects) {
-  std::string text = "|";
-  for (int n = 0; n < 100; ++n) text += "line\n";
-  set(text);
+  set("|" + repeated("line\n", 100));
   view.mouse_down(event(0, 2));
   view.mouse_dragged(event(30, 2));
   desktop_.loop().run_for(2);
@@ -117,39 +40,6 @@ TEST_F(text_view, a_drag_held_below_the_window_scrolls_and_selects) {
   desktop_.loop().run_for(2);
   EXPECT_EQ(host.visible_rect().y, y);
   EXPECT_TRUE(view.view()->has_selection());
-}
-
-TEST_F(text_view, a_quick_tap_of_alt_turns_the_selection_into_columns) {
-  set("a[bc\nd]ef");
-  view.modifiers_changed(platform::modifier::option);
-  desktop_.loop().run_for(0.1);
-  view.modifiers_changed(0);
-  EXPECT_EQ(get(), "a{bc\nd}ef");
-  view.modifiers_changed(platform::modifier::option);
-  desktop_.loop().run_for(0.5);
-  view.modifiers_changed(0);
-  EXPECT_EQ(get(), "a{bc\nd}ef");
-}
-
-TEST_F(text_view, the_middle_button_pastes_what_was_selected_last) {
-  set("one [two] three");
-  drag(0, 4, 0, 7);
-  desktop_.loop().run_for(1);
-  view.mouse_down({at(0, 13), platform::mouse_button::middle, 1, 0});
-  EXPECT_EQ(get(), "one two threetwo|");
-
-  // What typing would do to it isn't done.
-  desktop_.primary_selection().set({{"text", "(\r\n\r"}});
-  perform("toggleOverwriteMode:");
-  for (char const* const pasted : {"(\n\n|ab", "((\n\n|\n\nab"}) {
-    if (pasted[1] == '\n') set("|ab");
-    view.mouse_down({at(0, pasted[1] == '\n' ? 0 : 1), platform::mouse_button::middle, 1, 0});
-    EXPECT_EQ(get(), pasted);
-  }
-  desktop_.primary_selection().set({{"text", "x"}});
-  set("|ab");
-  view.mouse_down({at(0, 1), platform::mouse_button::middle, 1, 0});
-  EXPECT_EQ(get(), "ax|b");
 }
 
 TEST_F(text_view, keeps_no_copy_of_what_was_selected_for_undo) {
@@ -162,19 +52,8 @@ TEST_F(text_view, keeps_no_copy_of_what_was_selected_for_undo) {
   EXPECT_EQ(get(), "[abc]def");
 }
 
-TEST_F(text_view, copying_columns_keeps_them_columns) {
-  set("{abc\nab}c\nxy");
-  perform("copy:");
-  set("abc\nabc\n|xy");
-  perform("paste:");
-  EXPECT_EQ(text(), "abc\nabc\nabxy\nab");
-  EXPECT_EQ(desktop_.general_pasteboard().get("text").string_or(""), "ab\nab\n");
-}
-
 TEST_F(text_view, draws_only_what_the_dirty_rectangle_meets) {
-  std::string text = "|";
-  for (int n = 0; n < 1000; ++n) text += "line " + std::to_string(n) + "\n";
-  set(text);
+  set("|" + repeated("line\n", 1000));
   headless::recording_graphics g;
   view.draw(g, {0, top + 10 * row, 640, row});
   std::size_t rows = 0;
@@ -221,9 +100,7 @@ TEST_F(text_view, wraps_lines_to_what_is_visible) {
 }
 
 TEST_F(text_view, keeps_the_top_line_when_lines_are_wrapped_anew) {
-  std::string text;
-  for (int i = 0; i < 200; ++i) text += "some words that fill a line and more\n";
-  set("|" + text);
+  set("|" + repeated("some words that fill a line and more\n", 200));
   view.setSoftWrap(true);
   host.scroll_to({0, top + 100 * row});
   host.resize({200, 384});
@@ -269,30 +146,13 @@ TEST_F(text_view, shows_marked_text_before_it_is_part_of_the_text) {
     return o.find("\u306b\" #000000 underline") != std::string::npos;
   }));
   EXPECT_TRUE(has_drawn("text 36,14 \"cd\" #000000"));
-  view.insert_text(u"\u4e8c");
-  EXPECT_EQ(get(), "ab\u4e8c|cd");
-  view.set_marked_text(u"x", 1, 0);
-  view.unmark_text();
-  EXPECT_EQ(get(), "ab\u4e8cx|cd");
 }
 
-TEST_F(text_view, takes_the_place_of_a_selection_when_composing_ends) {
+TEST_F(text_view, shows_marked_text_at_the_end_of_a_selection) {
   set("a]bc[d");
   view.set_marked_text(u"x", 1, 0);
-  EXPECT_EQ(get(), "a]bc[d");
   EXPECT_TRUE(has_drawn("text 28,14 \"x\" #000000 underline"));
   EXPECT_EQ(view.caret_rect().x, 36);
-  view.set_marked_text(u"", 0, 0);
-  EXPECT_EQ(get(), "a]bc[d");
-  view.set_marked_text(u"x", 1, 0);
-  view.unmark_text();
-  EXPECT_EQ(get(), "ax|d");
-  perform("undo:");
-  EXPECT_EQ(get(), "a]bc[d");
-  set("a{b\nc}d");
-  view.set_marked_text(u"x", 1, 0);
-  view.insert_text(u"\u00e9");
-  EXPECT_EQ(get(), "a\u00e9|b\nc\u00e9d");
 }
 
 TEST_F(text_view, a_click_goes_to_the_nearer_edge_of_a_wide_character) {
@@ -355,45 +215,9 @@ TEST_F(text_view, shows_what_another_view_does_to_its_document) {
 TEST_F(text_view, a_click_abandons_marked_text) {
   set("ab|cd");
   view.set_marked_text(u"x", 1, 0);
-  click(0, 0);
+  click(at(0, 0));
   EXPECT_EQ(get(), "|abcd");
   EXPECT_EQ(host.compositions_abandoned, 1);
-}
-
-// An input method that is reset may commit what it has composed when the caret has gone elsewhere.
-TEST_F(text_view, marked_text_that_comes_late_goes_where_it_was_composed) {
-  struct row {
-    char const* before;
-    std::function<void()> meanwhile;
-    char const* after;
-  };
-  row const rows[] = {
-      {"ab|cd", [] {}, "|abxcd"},
-      {"ab|cd", [&] { click(0, 4); }, "abxcd|"},
-      {"a|b\ncd", [&] { click(1, 1); }, "axb\nc|d"},
-      {"ab|cd", [&] { view.set_marked_text(u"x", 1, 0); }, "x|abcd"},  // composed anew
-      {"ab|cd", [&] { press(u"y"); }, "yx|abcd"},
-      {"ab|cd", [&] { view.insert_text(u"y"); }, "yx|abcd"},
-      {"ab|cd", [&] { perform("deleteForward:"); }, "x|bcd"},
-  };
-  for (row const& r : rows) {
-    set(r.before);
-    view.set_marked_text(u"x", 1, 0);
-    click(0, 0);
-    r.meanwhile();
-    view.insert_text(u"x");
-    EXPECT_EQ(get(), r.after);
-  }
-}
-
-TEST_F(text_view, what_is_composed_over_a_rectangle_goes_into_all_its_lines) {
-  set("a[b\nccc\nde]f");
-  perform("toggleColumnSelection:");
-  view.set_marked_text(u"x", 1, 0);
-  view.insert_text(u"\u4e8c");
-  view.set_marked_text(u"y", 1, 0);
-  view.unmark_text();
-  EXPECT_EQ(get(), "a\u4e8cy|\nc\u4e8cyc\nd\u4e8cyf");
 }
 
 TEST_F(text_view, an_action_that_fails_beeps_and_leaves_no_step) {
@@ -436,9 +260,8 @@ TEST_F(text_view, publishes_what_the_status_bar_shows) {
 }
 
 TEST_F(text_view, comes_back_to_where_it_was) {
-  std::string text;
-  for (int n = 0; n < 300; ++n) text += "line\n";
-  set("line|\n" + text);
+  std::string const text = "line|\n" + repeated("line\n", 300);
+  set(text);
   host.scroll_to({0, top + 120 * row});
   auto const first = view.document();
   first->openDocument();
@@ -446,7 +269,7 @@ TEST_F(text_view, comes_back_to_where_it_was) {
   EXPECT_EQ(host.visible_rect().y, 0);
   view.setDocument(first);
   EXPECT_EQ(host.visible_rect().y, top + 120 * row);
-  EXPECT_EQ(get(), "line|\n" + text);
+  EXPECT_EQ(get(), text);
   view.setDocument(nullptr);
   first->closeDocument();
 }
@@ -495,16 +318,10 @@ TEST_F(text_view, an_overwriting_caret_is_a_cell_wide_also_at_the_line_end) {
   set("ab|\nc");
   EXPECT_EQ(layout::caret_rectangle(view),
             (platform::rect{left + 2 * cell, top + row - 1, cell, 1}));
-  view.insert_text(u"x");
-  EXPECT_EQ(get(), "abx|\nc");
-  set("|ab\nc");
-  view.insert_text(u"xyz");
-  EXPECT_EQ(get(), "xyz|\nc");
 }
 
 TEST_F(text_view, undo_and_redo_bring_the_selection_and_show_it) {
-  std::string text = "[one]";
-  for (int n = 0; n < 200; ++n) text += "\nline";
+  std::string const text = "[one]" + repeated("\nline", 200);
   set(text);
   perform("delete:");
   perform("moveToEndOfDocument:");
@@ -531,26 +348,6 @@ TEST_F(text_view, an_action_marks_only_what_it_has_changed) {
   perform("moveDownAndModifySelection:");
   ASSERT_FALSE(host.dirty.empty());
   for (platform::rect const& r : host.dirty) EXPECT_GE(r.y, top + row);
-}
-
-TEST_F(text_view, repeated_typing_ends_when_the_caret_leaves) {
-  set("{ab\ncd\ne}f");
-  view.insert_text(u"x");
-  view.insert_text(u"y");
-  EXPECT_EQ(text(), "xyb\nxyd\nxyf");
-  perform("moveToEndOfLine:");
-  view.insert_text(u"!");
-  EXPECT_EQ(get(), "xyb!|\nxyd\nxyf");
-  for (int n = 0; n < 3; ++n) perform("undo:");
-  EXPECT_EQ(get(), "{ab\ncd\ne}f");
-}
-
-TEST_F(text_view, a_double_or_triple_click_in_an_empty_document_is_no_failure) {
-  click(0, 0, 2);
-  click(0, 0, 3);
-  click(5, 5, 2);
-  EXPECT_EQ(desktop_.beeps, 0);
-  EXPECT_EQ(get(), "|");
 }
 
 TEST_F(text_view, text_sizes_stay_within_bounds) {

@@ -2,7 +2,6 @@
 #include "data_rows.h"
 #include "grammar/tokenize_filter.h"
 #include "platform/utf.h"
-#include "test.h"
 #include "textview/shown_view.h"
 
 namespace {

@@ -2,7 +2,6 @@
 
 #include "bundles/bundle_fixture.h"
 #include "platform/utf.h"
-#include "test.h"
 
 using namespace windows;
 
