@@ -33,10 +33,10 @@ template_files files_for_template(BundleItem& item, std::string const& path,
   for (std::string const& line : platform::split(run.output, '
 '))
     if (line.starts_with('/') && line != path) {
-      if (path::exists(line))
-        result.paths.push_back(line);
-      else
-        ++result.missing;
+    if (path::exists(line))
+      result.paths.push_back(line);
+    else
+      ++result.missing;
     }
   if (result.paths.empty())
     result.error = !run.error.empty() ? run.error : run.cancelled ? "stopped" : run.output;

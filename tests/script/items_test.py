@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """What holds for all items that ship: names, identifiers, keys, menus, what comes of templates, and that
-docs/snippets.md and docs/commands.md list them. Usage: test_items.py PROGRAM [--update], which writes the
+docs/snippets.md and docs/commands.md list them. Usage: items_test.py PROGRAM [--update], which writes the
 lists anew."""
 import ast
 import json

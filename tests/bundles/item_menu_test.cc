@@ -1,5 +1,5 @@
-#include "bundles/bundle_fixture.h"
 #include "bundles/item_menu.h"
+#include "bundles/bundle_fixture.h"
 #include "bundles/item_view.h"
 
 #include <functional>
