@@ -304,7 +304,7 @@ class WynTextView : public platform::responder,
   void showToolTip(std::u16string_view text);
 
   // Macros (WynTextView_Macros.cc)
-  bool isRecordingMacro() const { return macroRecordingBuffer_.has_value(); }
+  bool isRecordingMacro() const override { return macroRecordingBuffer_.has_value(); }
   /// Notes a step of the macro that is being recorded, if there is one.
   void recordMacroCommand(std::string_view command, plist::value const& argument);
   bool isPlayingMacro() const { return macroDepth_ > 0; }

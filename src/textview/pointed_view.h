@@ -20,6 +20,7 @@ class pointed_view : public layout::laid_out_view {
   /// Runs the drag command for such a file, of several the one that the user chooses, with the
   /// modifier keys that are held. False if there is none.
   virtual bool dropFile(std::string const& path, std::uint32_t modifiers) = 0;
+  virtual bool isRecordingMacro() const = 0;
   /// Drags the selection away from where the button was pressed. The view may be gone on return.
   virtual void startDragForEvent(platform::mouse_event const& event) = 0;
 

@@ -217,10 +217,6 @@ void WynSelectBundleItem::showKeyEquivalent(std::string const& key) {
   bindingsOfNextKey_ = windows::bindings_of_next_key(meanings);
   displayItems_.clear();
   for (std::size_t i = 0; i < choices_.size(); ++i) displayItems_.push_back(i);
-<<<<<<< HEAD
-  note_ = choices_.empty() ? "The key has no binding and types its character, if it has one."
-                           : "Scopes: " + scope_;
-=======
   if (bindingsOfNextKey_)
     note_ = "Press the next key to see what it does after this one.";
   else
@@ -230,7 +226,6 @@ void WynSelectBundleItem::showKeyEquivalent(std::string const& key) {
 
 std::vector<std::string> WynSelectBundleItem::pending_keys() const {
   return bindingsOfNextKey_ ? keys_ : std::vector<std::string>();
->>>>>>> 70ffa93 (windows: look up keys of several strokes by key)
 }
 
 platform::picker_row WynSelectBundleItem::row(std::size_t index) const {

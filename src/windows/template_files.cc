@@ -30,14 +30,13 @@ template_files files_for_template(BundleItem& item, std::string const& path,
   commands::shell_result const run = commands::run_shell(request);
   template_files result;
   if (path::exists(path)) result.paths.push_back(path);
-  for (std::string const& line : platform::split(run.output, '
-'))
-    if (line.starts_with('/') && line != path) {
+  for (std::string const& line : platform::split(run.output, '\n')) {
+    if (!line.starts_with('/') || line == path) continue;
     if (path::exists(line))
       result.paths.push_back(line);
     else
       ++result.missing;
-    }
+  }
   if (result.paths.empty())
     result.error = !run.error.empty() ? run.error : run.cancelled ? "stopped" : run.output;
   return result;
