@@ -2,9 +2,11 @@
 
 #include "desktop/QtText.h"
 
+#include <QGuiApplication>
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QStyleHints>
 #include <QToolTip>
 
 #include <algorithm>
@@ -14,6 +16,7 @@ namespace {
 
 constexpr int margin = 8;          // pixels at both sides of a part
 constexpr int repaint_delay = 20;  // milliseconds
+constexpr int blink_period = 600;  // milliseconds
 constexpr int widest_text = 40;    // average characters; a heading may be as long as its line
 
 struct part_kind {
@@ -59,11 +62,22 @@ QSize StatusBar::sizeHint() const {
 
 void StatusBar::update_value(std::string_view key, plist::value const& value) {
   values_.insert_or_assign(std::string(key), value);
+  if (key == "isRecordingMacro") {
+    is_sign_filled_ = true;
+    // Who has turned off the blinking of carets wants none here.
+    if (value.boolean_or(false) && QGuiApplication::styleHints()->cursorFlashTime() > 0)
+      blink_.start(blink_period, this);
+    else
+      blink_.stop();
+  }
   if (!repaint_.isActive()) repaint_.start(repaint_delay, this);
 }
 
-void StatusBar::timerEvent(QTimerEvent*) {
-  repaint_.stop();
+void StatusBar::timerEvent(QTimerEvent* event) {
+  if (event->timerId() == blink_.timerId())
+    is_sign_filled_ = !is_sign_filled_;
+  else
+    repaint_.stop();
   update();
 }
 
@@ -84,7 +98,9 @@ QString StatusBar::text_of(std::string_view key) const {
   if (key == "softTabs")
     return v.boolean_or(false) ? QStringLiteral("Soft Tabs") : QStringLiteral("Hard Tabs");
   if (key == "isRecordingMacro")
-    return v.boolean_or(false) ? QStringLiteral("\u25CF Recording") : QString();
+    return !v.boolean_or(false) ? QString()
+           : is_sign_filled_    ? QStringLiteral("\u25CF Recording")
+                                : QStringLiteral("\u25CB Recording");
   if (key == "overwriteMode")
     return v.boolean_or(false) ? QStringLiteral("OVR") : QStringLiteral("INS");
   return qstring(v.string_or(""));

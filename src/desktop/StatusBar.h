@@ -50,6 +50,8 @@ class StatusBar final : public QWidget {
   click_handler on_click_;
   std::map<std::string, plist::value, std::less<>> values_;
   QBasicTimer repaint_;
+  QBasicTimer blink_;  // runs while a macro is recorded
+  bool is_sign_filled_ = true;
   std::string hovered_;
 };
 
