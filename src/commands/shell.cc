@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace commands {
@@ -118,13 +119,14 @@ class patience {
         most_(static_cast<std::size_t>(settings::store().integer(most_output_key)) << 20) {}
 
   void wait() {
-    while (!data_.is_done() && clock::now() < begun_ + silent_wait) move(poll_period);
-    if (data_.is_done()) return;
     platform::desktop* const desktop = platform::desktop::current_or_null();
-    if (desktop != nullptr && desktop->busy().is_wanted())
-      wait_with_events(*desktop);
-    else
-      wait_alone();
+    bool const has_events = desktop != nullptr && desktop->busy().is_wanted();
+    // From the start: a signal during the silent wait must end the command, too.
+    std::optional<signal_forwarding> forwarding;
+    if (!has_events) forwarding.emplace(process_.id());
+    while (!data_.is_done() && clock::now() < begun_ + silent_wait) move(poll_period);
+    if (!data_.is_done() && has_events) wait_with_events(*desktop);
+    while (!data_.is_done()) move(poll_period);
   }
   bool was_cancelled() const { return was_cancelled_; }
   std::string take_error() { return std::move(error_); }
@@ -136,11 +138,6 @@ class patience {
       end();
     else if (data_.received() > std::max(most_, 2 * data_.sent()))
       ask_for_more();
-  }
-
-  void wait_alone() {
-    signal_forwarding const forwarding(process_.id());
-    while (!data_.is_done()) move(poll_period);
   }
 
   void wait_with_events(platform::desktop& desktop) {
