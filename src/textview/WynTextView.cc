@@ -15,8 +15,8 @@
 #include "text/views/folding_filter.h"
 #include "textview/WynCompletionManager.h"
 #include "textview/WynISearchWindow.h"
-#include "textview/drop_target.h"
-#include "textview/mouse_tracker.h"
+#include "textview/mouse/drop_target.h"
+#include "textview/mouse/mouse_tracker.h"
 #include "textview/view_will_change.h"
 #include "typing/line_indenter.h"
 

@@ -2,8 +2,8 @@
 #include "layout/geometry.h"
 #include "text/views/view.h"
 #include "textview/WynTextView.h"
-#include "textview/drop_target.h"
-#include "textview/mouse_tracker.h"
+#include "textview/mouse/drop_target.h"
+#include "textview/mouse/mouse_tracker.h"
 #include "textview/view_will_change.h"
 
 // Dragging the selection away. What is dropped into the text goes to drop_target.

@@ -5,7 +5,7 @@
 #include "platform/utf.h"
 #include "text/views/view.h"
 #include "textview/WynTextView.h"
-#include "textview/mouse_tracker.h"
+#include "textview/mouse/mouse_tracker.h"
 #include "textview/view_will_change.h"
 
 // The mouse: which part of the view a click is for. What the left button does in the text stands in

@@ -1,5 +1,5 @@
 #include "path/temporary_folder.h"
-#include "textview/dropped_content.h"
+#include "textview/mouse/dropped_content.h"
 #include "textview/shown_view.h"
 
 // Drag and drop on the desktop without windows, where cells are 8 pixels wide and rows 16 high.

@@ -1,4 +1,4 @@
-#include "textview/mouse_gesture.h"
+#include "textview/mouse/mouse_gesture.h"
 
 #include <cmath>
 

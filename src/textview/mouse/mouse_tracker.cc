@@ -1,4 +1,4 @@
-#include "textview/mouse_tracker.h"
+#include "textview/mouse/mouse_tracker.h"
 
 #include "actions/selecting.h"
 #include "layout/geometry.h"

@@ -4,8 +4,8 @@
 #include "platform/geometry.h"
 #include "platform/run_loop.h"
 #include "text/views/selection.h"
-#include "textview/mouse_gesture.h"
-#include "textview/pointed_view.h"
+#include "textview/mouse/mouse_gesture.h"
+#include "textview/mouse/pointed_view.h"
 
 #include <cstdint>
 #include <memory>

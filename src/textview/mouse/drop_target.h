@@ -5,7 +5,7 @@
 #include "platform/run_loop.h"
 #include "plist/value.h"
 #include "text/views/view_iterator.h"
-#include "textview/pointed_view.h"
+#include "textview/mouse/pointed_view.h"
 
 #include <cstdint>
 #include <memory>

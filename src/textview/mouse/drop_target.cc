@@ -1,10 +1,10 @@
-#include "textview/drop_target.h"
+#include "textview/mouse/drop_target.h"
 
 #include "actions/clipboard.h"
 #include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "text/views/view.h"
-#include "textview/dropped_content.h"
+#include "textview/mouse/dropped_content.h"
 
 namespace textview {
 

@@ -1,4 +1,4 @@
-#include "textview/dropped_content.h"
+#include "textview/mouse/dropped_content.h"
 
 #include "documents/document_alerts.h"
 #include "documents/load_file.h"
