@@ -8,6 +8,7 @@
 #include "bundles/BundleManager.h"
 #include "bundles/files/item_kinds.h"
 #include "commands/environment.h"
+#include "commands/output_results.h"
 #include "documents/WynDocument.h"
 #include "documents/file_text.h"
 #include "documents/printable_name.h"
@@ -40,7 +41,8 @@ constexpr std::int64_t large_file = 0xA00000;  // bytes; one more and the user i
 AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
     : menus_(std::move(menus)),
       recent_(recent_list),
-      clips_(recent_list.empty() ? "" : path::parent(recent_list) + "/ClipboardHistory.plist") {
+      clips_(recent_list.empty() ? "" : path::parent(recent_list) + "/ClipboardHistory.plist"),
+      htmlOutputs_(*this, [this](auto const& place) { openPlace(place); }) {
   auto const add = [this](char const* selector, std::function<void(plist::value const&)> action) {
     addMethod(selector, [action = std::move(action)](plist::value const& argument) {
       action(argument);
@@ -86,6 +88,7 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
   });
   addThemeMethods();
   addClipboardMethods();
+  addResultMethods();
   WynFindManager::sharedInstance().setMainView([this] { return frontTextView(); });
   add("selectNextWindow:", [this](auto const&) { selectWindow(1); });
   add("selectPreviousWindow:", [this](auto const&) { selectWindow(-1); });
@@ -123,6 +126,29 @@ void AppDelegate::addClipboardMethods() {
   addMethod("canClearPasteboardHistory", [](plist::value const&) {
     return plist::value(!WynPasteboardManager::sharedInstance().stack().empty());
   });
+}
+
+void AppDelegate::addResultMethods() {
+  using results = commands::output_results;
+  using step = commands::output_place const* (results::*)();
+  auto const add = [this](char const* selector, step go) {
+    addMethod(selector, [this, go](plist::value const&) {
+      auto const* const place = (results::shared().*go)();
+      if (place != nullptr) openPlace(*place);
+      return plist::value(place != nullptr);
+    });
+  };
+  add("selectNextResult:", &results::next);
+  add("selectPreviousResult:", &results::previous);
+  auto const has_results = [](auto const&) { return plist::value(!results::shared().is_empty()); };
+  addMethod("canSelectNextResult", has_results);
+  addMethod("canSelectPreviousResult", has_results);
+}
+
+void AppDelegate::openPlace(commands::output_place const& place) {
+  bool const has_line = place.line != 0;
+  openFile(place.file,
+           has_line ? std::optional(text::line_place{place.line, place.column}) : std::nullopt);
 }
 
 // A moment later, so that the window is seen at once, and only if the program that has the
@@ -473,6 +499,7 @@ bool AppDelegate::applicationMustTerminate() {
 }
 
 bool AppDelegate::confirmQuitting() {
+  if (!htmlOutputs_.askToStopAll()) return false;
   auto const open = orderedControllers();
   for (WynDocumentController* controller : open)
     if (controller->textDocument() != nullptr) controller->textDocument()->lookForFile();

@@ -10,6 +10,7 @@
 #include "plist/value.h"
 #include "styles/theme_watcher.h"
 #include "text/line_place.h"
+#include "windows/html_outputs.h"
 #include "windows/windows_owner.h"
 
 #include <functional>
@@ -88,6 +89,8 @@ class AppDelegate : public platform::application_delegate,
 
  private:
   void addThemeMethods();
+  void addResultMethods();
+  void openPlace(commands::output_place const& place);
   bool newDocumentFromTemplate(std::string const& uuid);
   bool showAsNewDocument(std::string const& path);
   WynDocumentController& showText(text::text_block const& text);
@@ -127,6 +130,7 @@ class AppDelegate : public platform::application_delegate,
   std::unique_ptr<bundles::bundle_watcher> bundleWatcher_;
   std::unique_ptr<styles::theme_watcher> themeWatcher_;
   std::vector<std::unique_ptr<WynDocumentController>> controllers_, closing_;
+  windows::html_outputs htmlOutputs_;
   bool isAskingToQuit_ = false;
   std::shared_ptr<int> lives_ = std::make_shared<int>(0);
 };

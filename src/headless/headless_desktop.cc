@@ -164,6 +164,67 @@ void headless_window::update_value(std::string_view key, plist::value const& val
   values.insert_or_assign(std::string(key), value);
 }
 
+headless_html_window::headless_html_window(headless_desktop& desktop,
+                                           platform::html_window_delegate& delegate)
+    : desktop_(desktop), delegate_(delegate) {
+  desktop_.html_windows.push_back(this);
+}
+
+headless_html_window::~headless_html_window() {
+  std::erase(desktop_.html_windows, this);
+  std::erase(desktop_.front_to_back_, this);
+}
+
+void headless_html_window::make_key_and_order_front() {
+  visible = true;
+  std::erase(desktop_.front_to_back_, this);
+  desktop_.front_to_back_.insert(desktop_.front_to_back_.begin(), this);
+}
+
+void headless_html_window::close() {
+  visible = false;
+  std::erase(desktop_.front_to_back_, this);
+  delegate_.windowWillClose();
+}
+
+bool headless_html_window::is_key() const {
+  return !desktop_.front_to_back_.empty() && desktop_.front_to_back_.front() == this;
+}
+
+void headless_html_window::load(std::string const& u,
+                                std::shared_ptr<platform::page_stream> content) {
+  stop_loading();
+  url = u;
+  page = std::move(content);
+  shown.clear();
+}
+
+void headless_html_window::stop_loading() {
+  if (page != nullptr) page->abandon();
+  page = nullptr;
+}
+
+void headless_html_window::scroll_to(platform::point upper_left) {
+  scrolls.push_back(upper_left);
+  seen.visible.x = upper_left.x;
+  seen.visible.y = upper_left.y;
+  delegate_.pageDidScroll();
+}
+
+bool headless_html_window::perform(std::string_view selector) {
+  performed.emplace_back(selector);
+  return true;
+}
+
+void headless_html_window::read() {
+  if (page == nullptr) return;
+  char buffer[1 << 16];
+  while (std::size_t const count = page->read(buffer, sizeof buffer)) shown.append(buffer, count);
+  if (!page->at_end()) return;
+  page = nullptr;
+  delegate_.pageDidFinishLoading();
+}
+
 headless_desktop::headless_desktop() : former_(platform::desktop::current_or_null()) {
   set_current(this);
 }
@@ -180,8 +241,9 @@ std::unique_ptr<platform::window> headless_desktop::make_window(platform::window
   return window;
 }
 
-std::vector<platform::window*> headless_desktop::ordered_windows() const {
-  return {front_to_back_.begin(), front_to_back_.end()};
+std::unique_ptr<platform::html_window> headless_desktop::make_html_window(
+    platform::html_window_delegate& delegate) {
+  return std::make_unique<headless_html_window>(*this, delegate);
 }
 
 int headless_desktop::run(platform::application_delegate& app) {

@@ -10,6 +10,7 @@
 #include "platform/file_watcher.h"
 #include "platform/find_panel.h"
 #include "platform/font_panel.h"
+#include "platform/html_window.h"
 #include "platform/pasteboard.h"
 #include "platform/picker.h"
 #include "platform/prompt_panel.h"
@@ -58,6 +59,8 @@ class desktop {
   /// A window that shows `client` and sends its actions to `first`, not yet on screen.
   virtual std::unique_ptr<window> make_window(window_delegate& delegate, view_client& client,
                                               responder& first) = 0;
+  /// A window for a page, not yet on screen.
+  virtual std::unique_ptr<html_window> make_html_window(html_window_delegate& delegate) = 0;
   /// The windows on screen, miniaturized ones last, the others front to back.
   virtual std::vector<window*> ordered_windows() const = 0;
 

@@ -3,6 +3,7 @@
 #include "commands/command_owner.h"
 #include "commands/environment.h"
 #include "commands/html_output.h"
+#include "commands/output_results.h"
 #include "commands/output_text.h"
 #include "commands/text_source.h"
 #include "documents/WynDocument.h"
@@ -239,17 +240,25 @@ bool command_execution::use(finished_command const& finished) {
     case disposition::discard:
       return true;
     case disposition::show_as_tool_tip:
+      note_places(finished);
       show_tool_tip(finished.text().view());
       return true;
     case disposition::show_as_html:
       if (show_page(&finished)) return true;
       [[fallthrough]];
     case disposition::open_as_new_document:
+      note_places(finished);
       if (owner_ != nullptr) owner_->openAsNewDocument(finished.text());
       return owner_ != nullptr;
     default:
       return place(finished);
   }
+}
+
+// What is read, and doesn't become part of the text, is what Next Result is for.
+void command_execution::note_places(finished_command const& finished) {
+  commands::output_results::shared().take(unicode::to_utf8(finished.text().view()),
+                                          request().directory);
 }
 
 bool command_execution::place(finished_command const& finished) {

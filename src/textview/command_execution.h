@@ -53,6 +53,7 @@ class command_execution {
   commands::shell_request request() const;
   bool show_page(commands::finished_command const* finished);
   bool use(commands::finished_command const& finished);
+  void note_places(commands::finished_command const& finished);
   bool place(commands::finished_command const& finished);
   bool fail(std::string const& trouble);
   bool tell(std::string const& trouble);

@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app_fixture.h"
+#include "commands/html_output.h"
 #include "keys/WynKeyBindingManager.h"
 #include "platform/menu.h"
 #include "source_tree.h"
@@ -72,9 +73,11 @@ class reachable_actions : public app_test {
   names all_actions() {
     names result;
     WynDocumentController& controller = *app().orderedControllers().front();
-    for (platform::responder* r : {static_cast<platform::responder*>(&controller.textView()),
-                                   static_cast<platform::responder*>(&controller),
-                                   static_cast<platform::responder*>(&app())})
+    commands::html_output::current()->show_output("", plist::dictionary(), {}, "");
+    for (platform::responder* r :
+         {static_cast<platform::responder*>(&controller.textView()),
+          static_cast<platform::responder*>(&controller), static_cast<platform::responder*>(&app()),
+          desktop.html_windows.back()->first_responder()})
       for (std::string const& name : r->selectors())
         if (!is_query(name)) result.insert(name);
     return result;
