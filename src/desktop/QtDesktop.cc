@@ -3,6 +3,7 @@
 #include "desktop/EditorWindow.h"
 #include "desktop/ImageStore.h"
 #include "desktop/LeanStyle.h"
+#include "desktop/OutputWindow.h"
 #include "desktop/QtText.h"
 #include "desktop/SuddenExit.h"
 #include "desktop/TerminationSignals.h"
@@ -75,16 +76,21 @@ std::unique_ptr<platform::window> QtDesktop::make_window(platform::window_delega
   return std::make_unique<EditorWindow>(*this, delegate, client, first);
 }
 
+std::unique_ptr<platform::html_window> QtDesktop::make_html_window(
+    platform::html_window_delegate& delegate) {
+  return std::make_unique<OutputWindow>(*this, delegate);
+}
+
 std::vector<platform::window*> QtDesktop::ordered_windows() const {
   std::vector<platform::window*> shown;
-  for (EditorWindow* const window : windows_)
+  for (platform::window* const window : windows_)
     if (window->is_visible()) shown.push_back(window);
   std::stable_partition(shown.begin(), shown.end(),
                         [](platform::window* w) { return !w->is_miniaturized(); });
   return shown;
 }
 
-void QtDesktop::bring_to_front(EditorWindow& window) {
+void QtDesktop::bring_to_front(platform::window& window) {
   auto const it = std::find(windows_.begin(), windows_.end(), &window);
   if (it != windows_.end()) std::rotate(windows_.begin(), it, it + 1);
 }

@@ -24,8 +24,6 @@
 
 namespace widgets {
 
-class EditorWindow;
-
 /// Quitting from outside (session, window manager) goes through the logic.
 class Application final : public QApplication {
  public:
@@ -69,6 +67,8 @@ class QtDesktop final : public platform::desktop {
   std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
                                                 platform::view_client& client,
                                                 platform::responder& first) override;
+  std::unique_ptr<platform::html_window> make_html_window(
+      platform::html_window_delegate& delegate) override;
   std::vector<platform::window*> ordered_windows() const override;
   int run(platform::application_delegate& app) override;
   void terminate() override;
@@ -86,9 +86,9 @@ class QtDesktop final : public platform::desktop {
   QWidget* find_dialog() const { return find_panel_.dialog(); }
 
   // Called by windows.
-  void add(EditorWindow& window) { windows_.push_back(&window); }
-  void remove(EditorWindow& window) { std::erase(windows_, &window); }
-  void bring_to_front(EditorWindow& window);
+  void add(platform::window& window) { windows_.push_back(&window); }
+  void remove(platform::window& window) { std::erase(windows_, &window); }
+  void bring_to_front(platform::window& window);
   void window_closed();
 
  private:
@@ -116,7 +116,7 @@ class QtDesktop final : public platform::desktop {
   WaitingKeys waiting_keys_{*this};
   platform::application_delegate* delegate_ = nullptr;
   bool terminated_ = false;
-  std::vector<EditorWindow*> windows_;  // the one active last comes first
+  std::vector<platform::window*> windows_;  // the one active last comes first
   menu_items menu_;
   std::map<std::string, platform::menu_item const*> items_by_key_;  // into *menu_
 };

@@ -82,6 +82,17 @@ class Setup(unittest.TestCase):
         self.double("apt-get", "exit 100")
         self.assertEqual(self.setup().returncode, 100)
 
+    def test_goes_on_without_what_is_optional(self):
+        self.missing("qt6-webengine-dev")
+        self.user(0)
+        self.double("apt-get", f'echo "$*" >>{self.calls}; [ "$2" = update ]')
+        run = self.setup()
+        self.assertEqual(run.returncode, 0)
+        self.assertIn("going on without qt6-webengine-dev", run.stderr)
+        self.calls.write_text("")
+        self.assertEqual(self.setup("--lean").returncode, 0)
+        self.assertEqual(self.calls.read_text(), "")
+
     def test_without_terminal_the_command_is_named(self):
         self.missing("cmake")
         self.user(1000)
