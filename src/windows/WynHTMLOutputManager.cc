@@ -236,10 +236,10 @@ void WynHTMLOutputManager::outputDidEnd() {
   lookForEnd();
 }
 
-// Later, since the answer is waited for.
+// When the user doesn't type, since keys that are meant for a text would answer.
 void WynHTMLOutputManager::askForMore() {
   if (std::exchange(isAsking_, true)) return;
-  platform::desktop::current().waits().post(lives_, [this, run = run_] {
+  platform::desktop::current().waits().deliver_in_pause(lives_, [this, run = run_] {
     if (run != run_ || task_ == nullptr) return;
     platform::alert const question{"Show more output?",
                                    "\u201C" + content_.command["name"].string_or("The command") +

@@ -52,6 +52,7 @@ PAGE
 END_OF_FILE
 
 for n in 1 2 3 4; do echo "text $n"; done | tee file.txt >sub/other.txt
+with_defaults '<key>WynCommandOutputLimit</key><integer>4096</integer>'  # no question meanwhile
 start_editor file.txt
 wait_window 'file.txt'
 keys ctrl+super+1

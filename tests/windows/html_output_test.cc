@@ -10,6 +10,7 @@
 #include <signal.h>
 
 #include <chrono>
+#include <csignal>
 #include <thread>
 
 namespace {
@@ -20,6 +21,7 @@ constexpr char const* stop_title = "Stop task before closing?";
 
 class html_output_test : public testing::Test {
  protected:
+  html_output_test() { std::signal(SIGPIPE, SIG_IGN); }  // as in the program
   headless_html_window& run(std::string const& script, plist::dictionary more = {},
                             std::string const& input = "") {
     more.insert_or_assign("command", script);
