@@ -13,7 +13,7 @@ void batch_output::begin_file(std::string_view name) {
 }
 
 void batch_output::end_file() {
-  if (style_ == heading::nulls) put({"", 1});
+  if (style_ == heading::nulls) put(std::string(1, '\0'));
   if (isatty(STDOUT_FILENO)) flush();
 }
 

@@ -20,7 +20,7 @@ std::vector<unit_pair> pairs_of(plist::value const& list) {
 }
 
 std::vector<unit_pair> pairs_of_settings(plist::value const& settings, char const* key) {
-  plist::value const own = settings[key];
+  plist::value const& own = settings[key];
   if (own.as_array()) return pairs_of(own);
   return pairs_of(settings::store().array("WynTextViewDefaultSmartTypingPairs"));
 }

@@ -196,8 +196,10 @@ void command_execution::run_once(finished_command& finished) {
   finished.error = std::move(result.error);
   auto taken = output.take();
   if (!taken && finished.error.empty() && !finished.cancelled) finished.error = invalid_output;
-  if (taken) finished.rest = *std::move(taken);
-  if (taken && is_compared) finished.like = &storage;
+  if (taken) {
+    finished.rest = *std::move(taken);
+    if (is_compared) finished.like = &storage;
+  }
   finished.same = output.same();
 }
 

@@ -149,7 +149,7 @@ bool code_lines::is_bracket(text::iterator const& at) const {
 code_lines::brackets const& code_lines::brackets_of(std::size_t number) {
   std::optional<brackets>& found = facts_[number].found;
   if (found) return *found;
-  found.emplace();
+  found = brackets();
   text::unit_view const line = storage().line_units(number);
   std::size_t const blanks = leading_blanks(line);
   bool only_closing = true;

@@ -75,8 +75,8 @@ TEST_F(templates, without_a_file_the_reason_is_told) {
   EXPECT_NE(desktop.alerts().shown.front().text.find("out of luck"), std::string::npos);
   desktop.busy().cancel_after = 3;
   EXPECT_TRUE(run("exec sleep 60"));
-  EXPECT_EQ(alerts(),
-            (titles{"The Template Made No File|Continue", "The Template Made No File|Continue"}));
+  EXPECT_EQ(alerts(), (titles{"The Template Created No File|Continue",
+                              "The Template Created No File|Continue"}));
   EXPECT_EQ(windows(), titles());
   EXPECT_TRUE(folder.names().empty());
 }

@@ -38,7 +38,7 @@ for item in Main T-Main; do
   is out 'int main() {\n\t\n}\n'
 done
 run 0 --item Main --diff
-is out '--- a/untitled\n+++ b/untitled\n@@ -1,1 +1,4 @@\n+int main() {\n+\t\n+}\n \n'
+is out '--- a/untitled\n+++ b/untitled\n@@ -0,0 +1,3 @@\n+int main() {\n+\t\n+}\n'
 run 1 --item Main --check
 run 0 --item Main --save-as made.c --print scopes
 is made.c 'int main() {\n\t\n}\n'
@@ -51,7 +51,7 @@ done <<'ROWS'
 Main|kept|a template makes a new document; name no file
 T-Main|kept|a template makes a new document; name no file
 Pair||it makes several files, which windows show
-None||The Template Made No File: None: no luck
+None||The Template Created No File: None: no luck
 ROWS
 run 1 --strict --item Main --item Main
 is kept 'kept'

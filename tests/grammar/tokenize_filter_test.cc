@@ -183,7 +183,7 @@ TEST_F(edited_text, scope_of_a_selection_is_what_its_ends_share) {
 TEST_F(edited_text, main_thread_goes_on_before_slow_text_is_parsed) {
   auto const slow = plist::convert("{patterns=({match='(x+x+)+y';},{match='x*x*x*x*x*x*z';});}");
   std::vector<catalogue::entry> const entries = {{"", "", "slow", [slow] { return slow; }}};
-  fill(std::string(3000, 'x') + "\n");
+  fill(std::string(3000, 'x') + "\n" + std::string(3000, 'x') + "\n");
   testing::internal::CaptureStderr();
   filter->set_rules(std::make_shared<catalogue const>(entries), 0);
   filter->graph_path_for_selection(view.selection, true);
