@@ -5,6 +5,7 @@
 #include "commands/shell.h"
 #include "documents/WynDocument.h"
 #include "grammar/scope_selector.h"
+#include "grammar/tokenize_filter.h"
 #include "layout/geometry.h"
 #include "path/path.h"
 #include "platform/desktop.h"
@@ -16,6 +17,7 @@
 #include "textview/view_will_change.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
@@ -118,6 +120,9 @@ void WynTextView::selectRange(text::pos first, text::pos last) {
 
 // All that the innermost scope at the caret covers.
 bool WynTextView::selectCurrentScope() {
+  constexpr std::chrono::seconds longest_wait{10};  // a guess would select something else
+  if (tokenizer_ != nullptr)
+    tokenizer_->wait_for(view_->selection.current_mark.base.line, longest_wait);
   auto const wanted = currentContext();
   if (wanted.empty()) return false;
   text::pos const caret = view_->selection.current_mark.base.pos();
