@@ -187,7 +187,8 @@ class batch_run {
     } else if (!is_template) {
       bool is_done = false;
       BundleManager::sharedInstance().executeItem(item, controller.textView(), &is_done);
-      if (!is_done) {
+      // A command that fails has an exit status of its own.
+      if (!is_done && item->kind() != bundles::item_kind::command) {
         refusal_ = platform::escaped_name(name) + " could not be done";
         desktop_.beep();
       }

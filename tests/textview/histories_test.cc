@@ -319,7 +319,8 @@ class step_maker {
     if (what < 6) return action(made, "executeBundleItem:", pick(shipped_));
     plist::array steps;
     for (std::size_t n = random_.below(5); n > 0; --n)
-      steps.push_back(plist::dictionary{{"command", random_.one_in(2) ? pick(edits) : pick(rest)}});
+      steps.push_back(
+          plist::dictionary{{"command", random_.one_in(2) ? pick(edits) : pick(movements)}});
     steps.push_back(plist::dictionary{{"command", "insertText:"}, {"argument", "m"}});
     return action(made, "playMacroWithOptions:", std::move(steps));
   }
