@@ -15,7 +15,7 @@ item First '<key>tabTrigger</key><string>tie</string>' 'one'
 item Second '<key>tabTrigger</key><string>tie</string>' 'two'
 item Pair '<key>tabTrigger</key><string>pair</string>' '&lt;${1:a}|${1/./\u$0/}|${2:b}&gt;$0'
 item Stroke '<key>mouseGesture</key><string>DR</string>' 'stroke'
-item Key '<key>keyEquivalent</key><string>~@k</string>' 'key'
+item Key '<key>keyEquivalent</key><string>^@k</string>' 'key'
 
 # A tie is settled by its number; Escape leaves the letters.
 printf '' >file.txt
@@ -24,7 +24,7 @@ wait_window 'file.txt'
 type_text 'tie'
 keys Tab 2
 type_text ' '
-keys ctrl+alt+k
+keys ctrl+super+k
 type_text ' tie'
 keys Tab Escape ctrl+s
 expect_file file.txt 'two key tie'

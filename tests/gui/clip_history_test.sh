@@ -56,8 +56,8 @@ for mark in x-kde-passwordManagerHint=secret ExcludeClipboardContentFromMonitorP
   wait_window 'third.txt'
   keys ctrl+a ctrl+v ctrl+s
   expect_file third.txt pass-word
-  keys ctrl+End ctrl+alt+v ctrl+s
-  expect_file third.txt pass-wordother
+  keys ctrl+End ctrl+alt+v period ctrl+s
+  expect_file third.txt pass-word.
   kill "$owner"
   keys ctrl+q
   wait_exit
