@@ -102,19 +102,17 @@ std::vector<leg> legs_for(text_query const& query, selection_offsets const& at, 
   return legs;
 }
 
-// The next match of a text as it stands, if it is in one of the next lines. An edited text is
-// copied to be searched as a whole, which a search that ends soon, in a macro say, shall not cost.
-std::optional<std::pair<text::pos, text::pos>> match_in_next_lines(text::view& view,
-                                                                   text_query const& query) {
-  constexpr std::size_t lines = 500;
-  constexpr std::size_t units = 100'000;
-  if (query.pattern() != nullptr) return std::nullopt;
+using text_range = std::pair<text::pos, text::pos>;
+
+std::optional<text_range> match_in_lines(text::view& view, text_query const& query,
+                                         std::size_t lines) {
+  constexpr std::size_t most_units = 100'000;
   text::storage& storage = *view.storage;
   text::iterator const from = view.selection.last().base;
   std::size_t const stop = std::min<std::size_t>(from.line + lines, storage.lines() - 1);
   std::size_t size = 0, line = from.line;
-  while (line < stop && size < units) size += storage.size(line++) + 1;
-  if (line == from.line || size >= units) return std::nullopt;
+  while (line < stop && size < most_units) size += storage.size(line++) + 1;
+  if (line == from.line || size >= most_units) return std::nullopt;
   text::text_slice const next = storage.slice(from, storage.begin_of_line(line));
   std::atomic<bool> const never = false;
   text_searcher searcher(query, next.units, never);
@@ -122,7 +120,16 @@ std::optional<std::pair<text::pos, text::pos>> match_in_next_lines(text::view& v
   auto const at = [&](std::size_t offset) {
     return (from + static_cast<std::ptrdiff_t>(offset)).pos();
   };
-  return std::pair(at(searcher.begin()), at(searcher.end()));
+  return text_range(at(searcher.begin()), at(searcher.end()));
+}
+
+// The next match of a text as it stands, if it is in one of the next lines. An edited text is
+// copied to be searched as a whole, which a search that ends soon, in a macro say, shall not cost.
+std::optional<text_range> match_in_next_lines(text::view& view, text_query const& query) {
+  if (query.pattern() != nullptr) return std::nullopt;
+  for (std::size_t const lines : {std::size_t{8}, std::size_t{500}})
+    if (auto const found = match_in_lines(view, query, lines)) return found;
+  return std::nullopt;
 }
 
 }  // namespace
