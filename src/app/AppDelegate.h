@@ -61,7 +61,10 @@ class AppDelegate : public platform::application_delegate,
 
   /// Gets what commands have written first; true keeps it from texts and windows.
   using output_taker = std::function<bool(commands::finished_command const&)>;
-  void setOutputTaker(output_taker taker) { outputTaker_ = std::move(taker); }
+  void setOutputTaker(output_taker taker) {
+    outputTaker_ = std::move(taker);
+    commands::html_output::set_current(nullptr);  // pages are taken, too
+  }
 
   // windows_owner
   platform::responder& lastResponder() override { return *this; }

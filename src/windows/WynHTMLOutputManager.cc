@@ -2,6 +2,7 @@
 
 #include "commands/ending_children.h"
 #include "commands/output_results.h"
+#include "commands/shell.h"
 #include "path/file_system.h"
 #include "platform/desktop.h"
 #include "platform/html/html_tokens.h"
@@ -140,7 +141,7 @@ void WynHTMLOutputManager::begin() {
   flushTimer_.reset();
   received_ = 0;
   // A page takes some fifty times the memory of its text.
-  mostReceived_ = static_cast<std::size_t>(settings::store().integer("WynCommandOutputLimit", 64))
+  mostReceived_ = static_cast<std::size_t>(settings::store().integer(commands::most_output_key))
                   << 18;
   isTerminating_ = isAsking_ = false;
   run_ = run_with_results = next_number();
