@@ -30,7 +30,8 @@ std::optional<plist::value> responder::performOwn(std::string_view selector,
 
 plist::value responder::performSelectorWithObject(std::string_view selector,
                                                   plist::value const& object) {
-  return performOwn(selector, object).value_or(plist::value());
+  auto done = performOwn(selector, object);
+  return done ? *std::move(done) : plist::value();
 }
 
 bool responder::tryToPerformWith(std::string_view selector, plist::value const& object) {
