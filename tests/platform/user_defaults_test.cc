@@ -187,7 +187,7 @@ TEST_F(user_defaults_test, posts_when_a_lookup_changes) {
 }
 
 TEST_F(user_defaults_test, saving_keeps_what_other_processes_wrote) {
-  constexpr int processes = 50, keys = 2;
+  constexpr int processes = 20, keys = 2;
   std::vector<pid_t> children;
   for (int p = 0; p < processes; ++p) {
     pid_t const child = ::fork();
