@@ -17,7 +17,7 @@ StreamDevice::~StreamDevice() {
   stream_->abandon();
 }
 
-// -1 where nothing will ever come: 0 is for now.
+// -1 at the end of the output; 0 says that more may come.
 qint64 StreamDevice::readData(char* data, qint64 most) {
   auto const count = static_cast<qint64>(stream_->read(data, static_cast<std::size_t>(most)));
   return count == 0 && atEnd() ? -1 : count;
