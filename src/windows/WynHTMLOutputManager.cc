@@ -390,6 +390,8 @@ void WynHTMLOutputManager::pageProcessDidEnd() {
   bridge_ = std::make_unique<WynQuirnoteJSBridge>(content_.environment, *this);
   isLoadingPage_ = false;
   if (isDone()) setIsBusy(false);
+  platform::log("the process of the page of '" + content_.command["name"].string_or("") +
+                "' has ended");
   window_->set_message(
       "The page's process has ended. Reload Output, in the Bundles menu, shows the output again.");
 }

@@ -113,7 +113,7 @@ void WynQuirnoteJSBridge::start(std::string const& text, bool waits, reply const
   if (!waits) return give("{\"id\":" + std::to_string(id) + "}");
   started.wait([this, id, give, lives = std::weak_ptr(lives_)](auto const& now) {
     std::string const json = json_of(now);
-    if (!lives.expired()) tasks_.erase(id);
+    if (!lives.expired()) forget(id);
     give(json);
   });
 }
@@ -121,9 +121,15 @@ void WynQuirnoteJSBridge::start(std::string const& text, bool waits, reply const
 void WynQuirnoteJSBridge::tellProgress(std::uint64_t id, reply const& give) {
   tasks_[id]->next([this, id, give, lives = std::weak_ptr(lives_)](auto const& now) {
     std::string const json = json_of(now);
-    if (now.didTerminate && !lives.expired()) tasks_.erase(id);
+    if (now.didTerminate && !lives.expired()) forget(id);
     give(json);
   });
+}
+
+// Its end answers what else was asked of it, and that comes here again: by then it is not among the
+// tasks any more.
+void WynQuirnoteJSBridge::forget(std::uint64_t id) {
+  auto const ended = tasks_.extract(id);
 }
 
 void WynQuirnoteJSBridge::write(std::uint64_t id, std::string const& text, reply const& give) {

@@ -52,6 +52,7 @@ class WynQuirnoteJSBridge {
   void tellProgress(std::uint64_t id, reply const& give);
   void write(std::uint64_t id, std::string const& text, reply const& give);
   void answerWrites();
+  void forget(std::uint64_t id);
 
   commands::variables const environment_;
   busy_state& delegate_;

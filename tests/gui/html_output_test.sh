@@ -189,7 +189,7 @@ renderers() {
 }
 wait_window '^Scripts'
 for pid in $(renderers); do kill -KILL "$pid"; done
-wait_until eval '[[ -z $(renderers) ]]'
+wait_until grep -q "^Quirnote: the process of the page of 'Scripts' has ended" program.log
 rm results
 keys F5
 wait_until eval '[[ -e results ]]'

@@ -269,6 +269,12 @@ TEST_F(html_output_test, scripts_run_commands) {
   EXPECT_EQ(answer(window, "cancel", "id=4"), "{}");
   EXPECT_EQ(answer(window, "next", "id=4"), R"({"output":"","error":"","ended":true,"status":-1})");
 
+  // A page may guess the number of a command for whose end it waits, and ask for its progress.
+  auto const whole = ask(window, "system", "text=read%20x");
+  auto const part = ask(window, "next", "id=5");
+  EXPECT_EQ(answer(window, "close", "id=5"), "{}");
+  EXPECT_TRUE(until([&] { return !whole->empty() && !part->empty(); }));
+
   EXPECT_EQ(answer(window, "busy", ""), R"({"busy":false})");
   EXPECT_EQ(answer(window, "busy", "value=true"), R"({"busy":true})");
   EXPECT_TRUE(window.busy);
