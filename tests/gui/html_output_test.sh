@@ -51,6 +51,60 @@ function end(command) {
 PAGE
 END_OF_FILE
 
+# What a page asks of this server is refused.
+python3 - <<'END_OF_FILE' &
+import pathlib, socket
+server = socket.create_server(("127.0.0.1", 0))
+pathlib.Path("port.new").write_text(str(server.getsockname()[1]))
+pathlib.Path("port.new").rename("port")
+server.settimeout(300)
+server.accept()
+pathlib.Path("reached").touch()
+END_OF_FILE
+server_pid=$!
+wait_until eval '[[ -e port ]]'
+echo 'secret' >secret.txt
+PORT=$(<port)
+page Forbidden 2 <<END_OF_FILE
+echo '<!DOCTYPE html><meta charset="utf-8">
+<img src="http://127.0.0.1:$PORT/i"><link rel="preconnect" href="http://127.0.0.1:$PORT">
+<link rel="stylesheet" href="http://127.0.0.1:$PORT/s"><iframe src="http://127.0.0.1:$PORT/f"></iframe>
+<form id="form" action="http://127.0.0.1:$PORT/post" method="post"></form>
+<iframe id="frame" src="file://$PWD/secret.txt"></iframe>
+<a id="download" download="x" href="data:text/plain,x">x</a>
+<script>
+const found = [];
+const note = name => () => found.push(name);
+const url = "http://127.0.0.1:$PORT/";
+const file = "file://$PWD/secret.txt";
+for (const each of [url, file, "qn-file://$PWD/secret.txt", "qn-internal://local/1.html"]) {
+  fetch(each).then(note("fetch " + each)).catch(() => {});
+  const request = new XMLHttpRequest();
+  request.onload = note("request " + each);
+  try { request.open("GET", each); request.send(); } catch (error) {}
+}
+new WebSocket("ws://127.0.0.1:$PORT/").onopen = note("socket");
+new EventSource(url).onopen = note("events");
+navigator.sendBeacon(url, "x");
+if (window.RTCPeerConnection) found.push("peers");
+if (window.open(url) || window.open("about:blank")) found.push("window");
+try { document.getElementById("frame").contentDocument.body.textContent.includes("secret") && found.push("frame"); } catch (e) {}
+document.getElementById("download").click();
+document.getElementById("form").submit();
+setTimeout(() => Quirnote.system("printf %s \"" + found.join() + "|\" >\$RESULTS.new; mv \$RESULTS.new \$RESULTS"), 1500);
+</script>'
+END_OF_FILE
+
+page Foreign 3 <<'END_OF_FILE'
+echo '<script>const made = Quirnote.system("touch $RESULTS.foreign");</script>shown'
+exit 205
+END_OF_FILE
+sed -i 's/showAsHTML/discard/' "$bundle/Commands/Foreign.qnCommand"
+
+page Flood 4 <<'END_OF_FILE'
+echo "<pre>$BASHPID" >flood.pid; echo '<pre>'; yes 'a line of a flood that never ends'
+END_OF_FILE
+
 for n in 1 2 3 4; do echo "text $n"; done | tee file.txt >sub/other.txt
 with_defaults '<key>WynCommandOutputLimit</key><integer>4096</integer>'  # no question meanwhile
 start_editor file.txt
@@ -88,50 +142,7 @@ wait_window '^Scripts'
 [[ $window == "$scripts" ]]
 
 # A page reaches nothing: not a server on this machine, nor files, windows or downloads.
-python3 - <<'END_OF_FILE' &
-import pathlib, socket
-server = socket.create_server(("127.0.0.1", 0))
-pathlib.Path("port.new").write_text(str(server.getsockname()[1]))
-pathlib.Path("port.new").rename("port")
-server.settimeout(60)
-server.accept()
-pathlib.Path("reached").touch()
-END_OF_FILE
-server_pid=$!
-wait_until eval '[[ -e port ]]'
-echo 'secret' >secret.txt
-PORT=$(<port)
-page Forbidden 2 <<END_OF_FILE
-echo '<!DOCTYPE html><meta charset="utf-8">
-<img src="http://127.0.0.1:$PORT/i"><link rel="preconnect" href="http://127.0.0.1:$PORT">
-<link rel="stylesheet" href="http://127.0.0.1:$PORT/s"><iframe src="http://127.0.0.1:$PORT/f"></iframe>
-<form id="form" action="http://127.0.0.1:$PORT/post" method="post"></form>
-<iframe id="frame" src="file://$PWD/secret.txt"></iframe>
-<a id="download" download="x" href="data:text/plain,x">x</a>
-<script>
-const found = [];
-const note = name => () => found.push(name);
-const url = "http://127.0.0.1:$PORT/";
-const file = "file://$PWD/secret.txt";
-for (const each of [url, file, "qn-file://$PWD/secret.txt", "qn-internal://local/1.html"]) {
-  fetch(each).then(note("fetch " + each)).catch(() => {});
-  const request = new XMLHttpRequest();
-  request.onload = note("request " + each);
-  try { request.open("GET", each); request.send(); } catch (error) {}
-}
-new WebSocket("ws://127.0.0.1:$PORT/").onopen = note("socket");
-new EventSource(url).onopen = note("events");
-navigator.sendBeacon(url, "x");
-if (window.RTCPeerConnection) found.push("peers");
-if (window.open(url) || window.open("about:blank")) found.push("window");
-try { document.getElementById("frame").contentDocument.body.textContent.includes("secret") && found.push("frame"); } catch (e) {}
-document.getElementById("download").click();
-document.getElementById("form").submit();
-setTimeout(() => Quirnote.system("printf %s \"" + found.join() + "|\" >\$RESULTS.new; mv \$RESULTS.new \$RESULTS"), 1500);
-</script>'
-END_OF_FILE
 rm results
-sleep 1.5  # bundles are looked at every second
 wait_window 'file.txt'
 keys ctrl+super+2
 wait_until eval '[[ -e results ]]'
@@ -141,12 +152,6 @@ kill "$server_pid"
 grep -q 'Quirnote: a page may not load http://127.0.0.1' program.log
 
 # A page of no scheme of the program's runs no commands.
-page Foreign 3 <<'END_OF_FILE'
-echo '<script>const made = Quirnote.system("touch $RESULTS.foreign");</script>shown'
-exit 205
-END_OF_FILE
-sed -i 's/showAsHTML/discard/' "$bundle/Commands/Foreign.qnCommand"
-sleep 1.5
 wait_window 'file.txt'
 keys ctrl+super+3
 wait_window '^Foreign'
@@ -154,10 +159,6 @@ wait_until grep -q '^Quirnote: Offending page was loaded from qn-shown:.* (qn-sh
 [[ ! -e results.foreign ]]
 
 # While a command prints without end, the editor answers; it ends with its window, after a question.
-page Flood 4 <<'END_OF_FILE'
-echo "<pre>$BASHPID" >flood.pid; echo '<pre>'; yes 'a line of a flood that never ends'
-END_OF_FILE
-sleep 1.5
 wait_window 'file.txt'
 keys ctrl+super+4
 wait_window '^Flood'
