@@ -38,11 +38,14 @@ constexpr std::int64_t large_file = 0xA00000;  // bytes; one more and the user i
 
 }  // namespace
 
-AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list)
-    : menus_(std::move(menus)),
+AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list, output_taker taker)
+    : outputTaker_(std::move(taker)),
+      menus_(std::move(menus)),
       recent_(recent_list),
-      clips_(recent_list.empty() ? "" : path::parent(recent_list) + "/ClipboardHistory.plist"),
-      htmlOutputs_(*this, [this](auto const& place) { openPlace(place); }) {
+      clips_(recent_list.empty() ? "" : path::parent(recent_list) + "/ClipboardHistory.plist") {
+  if (!outputTaker_)
+    htmlOutputs_ = std::make_unique<windows::html_outputs>(
+        *this, [this](auto const& place) { openPlace(place); });
   auto const add = [this](char const* selector, std::function<void(plist::value const&)> action) {
     addMethod(selector, [action = std::move(action)](plist::value const& argument) {
       action(argument);
@@ -499,7 +502,7 @@ bool AppDelegate::applicationMustTerminate() {
 }
 
 bool AppDelegate::confirmQuitting() {
-  if (!htmlOutputs_.askToStopAll()) return false;
+  if (htmlOutputs_ != nullptr && !htmlOutputs_->askToStopAll()) return false;
   auto const open = orderedControllers();
   for (WynDocumentController* controller : open)
     if (controller->textDocument() != nullptr) controller->textDocument()->lookForFile();

@@ -27,9 +27,12 @@ class AppDelegate : public platform::application_delegate,
                     public windows::windows_owner,
                     public app::document_opener {
  public:
+  /// Gets what commands have written first; true keeps it from texts and windows.
+  using output_taker = std::function<bool(commands::finished_command const&)>;
+
   /// `menus` is the property list of share/menus.plist. `recent_list` is the path of the list of
-  /// recent files, empty for one that isn't kept.
-  AppDelegate(plist::value menus, std::string const& recent_list);
+  /// recent files, empty for one that isn't kept. With a `taker` there are no windows with pages.
+  AppDelegate(plist::value menus, std::string const& recent_list, output_taker taker = {});
   ~AppDelegate() override;
 
   /// What to open at launch: each argument FILE[:LINE[:COLUMN]], taken from `directory`, in a
@@ -58,13 +61,6 @@ class AppDelegate : public platform::application_delegate,
   }
   /// In an empty window if there is any, else in one that is to be shown yet.
   WynDocumentController& show(std::shared_ptr<WynDocument> document) override;
-
-  /// Gets what commands have written first; true keeps it from texts and windows.
-  using output_taker = std::function<bool(commands::finished_command const&)>;
-  void setOutputTaker(output_taker taker) {
-    outputTaker_ = std::move(taker);
-    commands::html_output::set_current(nullptr);  // pages are taken, too
-  }
 
   // windows_owner
   platform::responder& lastResponder() override { return *this; }
@@ -120,7 +116,7 @@ class AppDelegate : public platform::application_delegate,
   void postWhileAlive(std::function<void()> work);
   void selectWindow(int step);
 
-  output_taker outputTaker_;
+  output_taker const outputTaker_;
   plist::value menus_;
   std::string menuFault_;
   app::recent_files recent_;
@@ -133,7 +129,7 @@ class AppDelegate : public platform::application_delegate,
   std::unique_ptr<bundles::bundle_watcher> bundleWatcher_;
   std::unique_ptr<styles::theme_watcher> themeWatcher_;
   std::vector<std::unique_ptr<WynDocumentController>> controllers_, closing_;
-  windows::html_outputs htmlOutputs_;
+  std::unique_ptr<windows::html_outputs> htmlOutputs_;  // null with an output taker
   bool isAskingToQuit_ = false;
   std::shared_ptr<int> lives_ = std::make_shared<int>(0);
 };

@@ -46,10 +46,11 @@ constexpr char const* not_enough_memory = "there is not enough memory";
 class batch_run {
  public:
   explicit batch_run(batch_options const& options)
-      : options_(options), app_({}, ""), output_(heading_for(options)) {
+      : options_(options),
+        app_({}, "", [this](auto const& command) { return take_output(command); }),
+        output_(heading_for(options)) {
     desktop_.shows_windows = false;
     desktop_.files().watch_no_more();
-    app_.setOutputTaker([this](auto const& command) { return take_output(command); });
     for (auto const& [title, button] : options.answers) desktop_.alerts().answer(title, button);
   }
 
