@@ -1,14 +1,12 @@
 #include "desktop/OutputWindow.h"
 
-#include "desktop/QtDesktop.h"
 #include "desktop/QtText.h"
 #include "desktop/TextOutputPage.h"
 #include "desktop/web_module.h"
 
-#include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
-#include <QPointer>
 #include <QScreen>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -26,9 +24,9 @@ std::unique_ptr<OutputPage> make_page(platform::html_window_delegate& delegate) 
 
 }  // namespace
 
-OutputFrame::OutputFrame(QtDesktop& desktop, OutputWindow& window)
-    : desktop_(desktop), window_(&window), page_(make_page(*window.delegate())) {
-  setMenuBar(new MenuBar(desktop.main_menu(), *this, this));
+OutputFrame::OutputFrame(WindowOwner& owner, platform::window& window,
+                         platform::html_window_delegate& delegate)
+    : WindowFrame(owner, window), page_(make_page(delegate)) {
   message_ = new QLabel;
   message_->setWordWrap(true);
   message_->setMargin(4);
@@ -65,7 +63,11 @@ OutputFrame::~OutputFrame() {
 
 void OutputFrame::detach() {
   page_->detach();
-  window_ = nullptr;
+  WindowFrame::detach();
+}
+
+void OutputFrame::take_initial_size() {
+  if (!testAttribute(Qt::WA_Resized)) resize(initial_size.boundedTo(screen()->availableSize()));
 }
 
 void OutputFrame::set_busy(bool busy) {
@@ -78,104 +80,33 @@ void OutputFrame::set_message(QString const& message) {
   message_->setVisible(!message.isEmpty());
 }
 
-platform::responder* OutputFrame::menu_responder() {
-  return window_ == nullptr ? nullptr : window_->first_responder();
-}
-
-std::vector<platform::menu_item> OutputFrame::dynamic_items(std::string_view name) {
-  if (desktop_.application() == nullptr) return {};
-  return desktop_.application()->dynamicItems(name);
-}
-
-void OutputFrame::perform(std::string_view selector, plist::value const& argument) {
-  deliver([this, selector = std::string(selector), argument] {
-    platform::responder* const first = menu_responder();
-    if (first == nullptr || !first->tryToPerformWith(selector, argument)) desktop_.beep();
-  });
-}
-
-void OutputFrame::deliver(std::function<void()> input) {
-  desktop_.waits().deliver([self = QPointer(this), input = std::move(input)] {
-    if (self != nullptr) input();
-  });
-}
-
-void OutputFrame::closeEvent(QCloseEvent* event) {
-  event->ignore();
-  deliver([this] {
-    if (window_ != nullptr && window_->delegate()->windowShouldClose() && window_ != nullptr)
-      window_->close();
-  });
-}
-
 // Those that the page had no use for.
 void OutputFrame::keyPressEvent(QKeyEvent* event) {
   platform::key_event const key = keys_.translate(*event);
-  platform::menu_item const* const found =
-      key.characters.empty() ? nullptr : desktop_.item_for_key(key);
-  if (found == nullptr) return QMainWindow::keyPressEvent(event);
-  platform::menu_item item = *found;
-  validate(item, *this);
-  if (item.enabled)
-    perform(item.selector, item.argument);
-  else
-    desktop_.beep();
-}
-
-void OutputFrame::changeEvent(QEvent* event) {
-  QMainWindow::changeEvent(event);
-  if (event->type() != QEvent::ActivationChange || window_ == nullptr || !isActiveWindow()) return;
-  desktop_.bring_to_front(*window_);
-  window_->delegate()->windowDidBecomeKey();
-}
-
-OutputWindow::OutputWindow(QtDesktop& desktop, platform::html_window_delegate& delegate)
-    : desktop_(desktop), delegate_(delegate), frame_(new OutputFrame(desktop, *this)) {
-  desktop_.add(*this);
-}
-
-OutputWindow::~OutputWindow() {
-  desktop_.remove(*this);
-  frame_->detach();
-  frame_->hide();
-  frame_->deleteLater();
+  bool const is_taken = !key.characters.empty() && perform_item_with_key(key);
+  if (!is_taken) WindowFrame::keyPressEvent(event);
 }
 
 void OutputWindow::set_title(std::string const& title) {
-  frame_->setWindowTitle(qstring(title));
-}
-
-void OutputWindow::make_key_and_order_front() {
-  if (!frame_->isVisible() && !frame_->testAttribute(Qt::WA_Resized))
-    frame_->resize(initial_size.boundedTo(frame_->screen()->availableSize()));
-  frame_->show();
-  frame_->raise();
-  frame_->activateWindow();
-  desktop_.bring_to_front(*this);
+  widget().setWindowTitle(qstring(title));
 }
 
 void OutputWindow::close() {
-  if (closed_) return;
-  closed_ = true;
-  delegate_.windowWillClose();  // asks for its place; ends this object in a later turn
-  frame_->hide();
-  desktop_.window_closed();
-}
-
-void OutputWindow::deminiaturize() {
-  frame_->setWindowState(frame_->windowState() & ~Qt::WindowMinimized);
+  if (!begin_closing()) return;
+  delegate()->windowWillClose();  // asks for its place; ends this object in a later turn
+  hide();
 }
 
 std::string OutputWindow::placement() const {
-  return utf8(QString::fromLatin1(frame_->saveGeometry().toBase64()));
+  return utf8(QString::fromLatin1(widget().saveGeometry().toBase64()));
 }
 
 void OutputWindow::set_placement(std::string const& placement) {
-  frame_->restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(placement)));
+  widget().restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(placement)));
 }
 
 void OutputWindow::set_message(std::string const& message) {
-  frame_->set_message(qstring(message));
+  widget().set_message(qstring(message));
 }
 
 }  // namespace widgets

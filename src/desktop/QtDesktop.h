@@ -14,6 +14,7 @@
 #include "desktop/QtPromptPanel.h"
 #include "desktop/QtRunLoop.h"
 #include "desktop/WaitingKeys.h"
+#include "desktop/WindowOwner.h"
 #include "headless/headless_desktop.h"
 #include "platform/desktop.h"
 
@@ -41,7 +42,7 @@ class Application final : public QApplication {
 };
 
 /// The desktop with windows. Becomes the current one.
-class QtDesktop final : public platform::desktop {
+class QtDesktop final : public platform::desktop, public WindowOwner {
  public:
   QtDesktop(int& argc, char** argv);
   ~QtDesktop() override;
@@ -73,23 +74,14 @@ class QtDesktop final : public platform::desktop {
   int run(platform::application_delegate& app) override;
   void terminate() override;
 
-  /// Null outside run().
-  platform::application_delegate* application() const { return delegate_; }
-  /// The menu bar of all windows, asked for once in a run(); empty outside.
-  menu_items const& main_menu();
-  /// The item of the menu bar that has this key; null if none has.
-  platform::menu_item const* item_for_key(platform::key_event const& event);
-
-  // Null while they are not on screen.
-  QWidget* busy_dialog() const { return busy_.dialog(); }
-  QWidget* busy_focus() const { return busy_.focus_before(); }
-  QWidget* find_dialog() const { return find_panel_.dialog(); }
-
-  // Called by windows.
-  void add(platform::window& window) { windows_.push_back(&window); }
-  void remove(platform::window& window) { std::erase(windows_, &window); }
-  void bring_to_front(platform::window& window);
-  void window_closed();
+  // WindowOwner
+  platform::application_delegate* application() const override { return delegate_; }
+  menu_items const& main_menu() override;  // asked for once in a run(); empty outside
+  platform::menu_item const* item_for_key(platform::key_event const& event) override;
+  void add(platform::window& window) override { windows_.push_back(&window); }
+  void remove(platform::window& window) override { std::erase(windows_, &window); }
+  void bring_to_front(platform::window& window) override;
+  void window_closed() override;
 
  private:
   void index_keys(std::vector<platform::menu_item> const& items);
@@ -113,7 +105,7 @@ class QtDesktop final : public platform::desktop {
   QtClipPanel clips_;
   QtCommandPanel commands_;
   QtAppearance appearance_;
-  WaitingKeys waiting_keys_{*this};
+  WaitingKeys waiting_keys_{waits_, busy_, find_panel_};
   platform::application_delegate* delegate_ = nullptr;
   bool terminated_ = false;
   std::vector<platform::window*> windows_;  // the one active last comes first

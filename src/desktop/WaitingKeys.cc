@@ -1,8 +1,11 @@
 #include "desktop/WaitingKeys.h"
 
+#include "desktop/BusyPanel.h"
 #include "desktop/EditorWindow.h"
-#include "desktop/QtDesktop.h"
+#include "desktop/FindPanel.h"
+#include "platform/waiting.h"
 
+#include <QApplication>
 #include <QWindow>
 
 namespace widgets {
@@ -19,8 +22,8 @@ QWidget* widget_of(QWindow const& window) {
 bool WaitingKeys::eventFilter(QObject* target, QEvent* event) {
   bool const is_key = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
   if (!is_key || !target->isWindowType()) return false;
-  if (!desktop_.waits().is_waiting()) {
-    if (event->type() == QEvent::KeyPress) desktop_.waits().did_type();
+  if (!waits_.is_waiting()) {
+    if (event->type() == QEvent::KeyPress) waits_.did_type();
     return false;
   }
   return take_key(*static_cast<QWindow*>(target), *static_cast<QKeyEvent*>(event));
@@ -28,17 +31,16 @@ bool WaitingKeys::eventFilter(QObject* target, QEvent* event) {
 
 bool WaitingKeys::take_key(QWindow& window, QKeyEvent& event) {
   QWidget* const widget = widget_of(window);
-  bool const is_ours =
-      widget != nullptr && (widget == desktop_.busy_dialog() || widget == desktop_.find_dialog() ||
-                            dynamic_cast<EditorFrame*>(widget) != nullptr);
+  bool const is_ours = widget != nullptr && (widget == busy_.dialog() || widget == find_.dialog() ||
+                                             dynamic_cast<EditorFrame*>(widget) != nullptr);
   if (!is_ours) return false;
   bool const is_press = event.type() == QEvent::KeyPress;
   if (event.key() == Qt::Key_Escape) {
-    if (is_press) desktop_.waits().escape();
+    if (is_press) waits_.escape();
     return true;
   }
   bool const is_interrupt = event.key() == Qt::Key_C && event.modifiers() == Qt::ControlModifier;
-  if (is_interrupt && is_press && desktop_.waits().interrupt()) return true;
+  if (is_interrupt && is_press && waits_.interrupt()) return true;
   QWidget* const meant = meant_by(*widget);
   if (meant == widget) return false;
   if (meant != nullptr) QCoreApplication::sendEvent(meant, &event);
@@ -54,7 +56,7 @@ QWidget* WaitingKeys::meant_by(QWidget& window) const {
     bool const takes_text = field != nullptr && field->testAttribute(Qt::WA_InputMethodEnabled);
     return takes_text ? field : window.focusWidget();
   }
-  return &window == desktop_.busy_dialog() ? desktop_.busy_focus() : &window;
+  return &window == busy_.dialog() ? busy_.focus_before() : &window;
 }
 
 }  // namespace widgets

@@ -3,9 +3,14 @@
 #include <QKeyEvent>
 #include <QObject>
 
+namespace platform {
+class waiting;
+}
+
 namespace widgets {
 
-class QtDesktop;
+class BusyPanel;
+class FindPanel;
 
 /// Sees to it that no key is lost while something waits. Escape cancels it, and so
 /// does Ctrl+C where it is a program. Keys that come to a
@@ -14,7 +19,8 @@ class QtDesktop;
 /// application.
 class WaitingKeys final : public QObject {
  public:
-  explicit WaitingKeys(QtDesktop& desktop) : desktop_(desktop) {}
+  WaitingKeys(platform::waiting& waits, BusyPanel const& busy, FindPanel const& find)
+      : waits_(waits), busy_(busy), find_(find) {}
 
   bool eventFilter(QObject* target, QEvent* event) override;
 
@@ -22,7 +28,9 @@ class WaitingKeys final : public QObject {
   bool take_key(QWindow& window, QKeyEvent& event);
   QWidget* meant_by(QWidget& window) const;
 
-  QtDesktop& desktop_;
+  platform::waiting& waits_;
+  BusyPanel const& busy_;
+  FindPanel const& find_;
 };
 
 }  // namespace widgets

@@ -134,97 +134,6 @@ bool scripted_busy::handle_events(double seconds) {
   return ++looks > cancel_after;
 }
 
-headless_window::headless_window(headless_desktop& desktop, platform::window_delegate& delegate,
-                                 platform::view_client& client, platform::responder& first)
-    : host(client, number()), desktop_(desktop), delegate_(delegate), first_(first) {}
-
-headless_window::~headless_window() {
-  std::erase(desktop_.front_to_back_, this);
-}
-
-void headless_window::make_key_and_order_front() {
-  bool const was_key = is_key();
-  visible = true;
-  std::erase(desktop_.front_to_back_, this);
-  desktop_.front_to_back_.insert(desktop_.front_to_back_.begin(), this);
-  if (!was_key) delegate_.windowDidBecomeKey();
-}
-
-void headless_window::close() {
-  visible = false;
-  std::erase(desktop_.front_to_back_, this);
-  delegate_.windowWillClose();
-}
-
-bool headless_window::is_key() const {
-  return !desktop_.front_to_back_.empty() && desktop_.front_to_back_.front() == this;
-}
-
-void headless_window::update_value(std::string_view key, plist::value const& value) {
-  values.insert_or_assign(std::string(key), value);
-}
-
-headless_html_window::headless_html_window(headless_desktop& desktop,
-                                           platform::html_window_delegate& delegate)
-    : desktop_(desktop), delegate_(delegate) {
-  desktop_.html_windows.push_back(this);
-}
-
-headless_html_window::~headless_html_window() {
-  std::erase(desktop_.html_windows, this);
-  std::erase(desktop_.front_to_back_, this);
-}
-
-void headless_html_window::make_key_and_order_front() {
-  visible = true;
-  std::erase(desktop_.front_to_back_, this);
-  desktop_.front_to_back_.insert(desktop_.front_to_back_.begin(), this);
-}
-
-void headless_html_window::close() {
-  visible = false;
-  std::erase(desktop_.front_to_back_, this);
-  delegate_.windowWillClose();
-}
-
-bool headless_html_window::is_key() const {
-  return !desktop_.front_to_back_.empty() && desktop_.front_to_back_.front() == this;
-}
-
-void headless_html_window::load(std::string const& u,
-                                std::shared_ptr<platform::page_stream> content) {
-  stop_loading();
-  url = u;
-  page = std::move(content);
-  shown.clear();
-}
-
-void headless_html_window::stop_loading() {
-  if (page != nullptr) page->abandon();
-  page = nullptr;
-}
-
-void headless_html_window::scroll_to(platform::point upper_left) {
-  scrolls.push_back(upper_left);
-  seen.visible.x = upper_left.x;
-  seen.visible.y = upper_left.y;
-  delegate_.pageDidScroll();
-}
-
-bool headless_html_window::perform(std::string_view selector) {
-  performed.emplace_back(selector);
-  return true;
-}
-
-void headless_html_window::read() {
-  if (page == nullptr) return;
-  char buffer[1 << 16];
-  while (std::size_t const count = page->read(buffer, sizeof buffer)) shown.append(buffer, count);
-  if (!page->at_end()) return;
-  page = nullptr;
-  delegate_.pageDidFinishLoading();
-}
-
 headless_desktop::headless_desktop() : former_(platform::desktop::current_or_null()) {
   set_current(this);
 }
@@ -236,14 +145,14 @@ headless_desktop::~headless_desktop() {
 std::unique_ptr<platform::window> headless_desktop::make_window(platform::window_delegate& delegate,
                                                                 platform::view_client& client,
                                                                 platform::responder& first) {
-  auto window = std::make_unique<headless_window>(*this, delegate, client, first);
+  auto window = std::make_unique<headless_window>(order_, delegate, client, first);
   window->host.seen = shows_windows;
   return window;
 }
 
 std::unique_ptr<platform::html_window> headless_desktop::make_html_window(
     platform::html_window_delegate& delegate) {
-  return std::make_unique<headless_html_window>(*this, delegate);
+  return std::make_unique<headless_html_window>(order_, html_windows, delegate);
 }
 
 int headless_desktop::run(platform::application_delegate& app) {

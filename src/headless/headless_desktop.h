@@ -1,7 +1,7 @@
 #pragma once
 
 #include "headless/headless_run_loop.h"
-#include "headless/headless_view_host.h"
+#include "headless/headless_windows.h"
 #include "platform/desktop.h"
 
 #include <deque>
@@ -176,84 +176,6 @@ class memory_appearance : public platform::appearance {
   bool dark_ = false;
 };
 
-class headless_desktop;
-
-class headless_window : public platform::window {
- public:
-  headless_window(headless_desktop& desktop, platform::window_delegate& delegate,
-                  platform::view_client& client, platform::responder& first);
-  ~headless_window() override;
-
-  void set_title(std::string const& t) override { title = t; }
-  void set_represented_filename(std::string const& path) override { filename = path; }
-  void set_document_edited(bool e) override { edited = e; }
-  void make_key_and_order_front() override;
-  void close() override;
-  bool is_visible() const override { return visible; }
-  bool is_miniaturized() const override { return false; }
-  void deminiaturize() override {}
-  bool is_key() const override;
-  platform::responder* first_responder() const override { return &first_; }
-  platform::window_delegate* delegate() const override { return &delegate_; }
-  void update_value(std::string_view key, plist::value const& value) override;
-
-  std::string title, filename;
-  bool edited = false, visible = false;
-  std::map<std::string, plist::value, std::less<>> values;
-  headless_view_host host;
-
- private:
-  headless_desktop& desktop_;
-  platform::window_delegate& delegate_;
-  platform::responder& first_;
-};
-
-/// A page that is read only when a test says so.
-class headless_html_window : public platform::html_window {
- public:
-  headless_html_window(headless_desktop& desktop, platform::html_window_delegate& delegate);
-  ~headless_html_window() override;
-
-  void set_title(std::string const& t) override { title = t; }
-  void set_represented_filename(std::string const&) override {}
-  void set_document_edited(bool) override {}
-  void make_key_and_order_front() override;
-  void close() override;
-  bool is_visible() const override { return visible; }
-  bool is_miniaturized() const override { return false; }
-  void deminiaturize() override {}
-  bool is_key() const override;
-  platform::responder* first_responder() const override { return &delegate_; }
-  platform::html_window_delegate* delegate() const override { return &delegate_; }
-  void update_value(std::string_view, plist::value const&) override {}
-  void load(std::string const& u, std::shared_ptr<platform::page_stream> content) override;
-  void stop_loading() override;
-  platform::page_frame frame() const override { return seen; }
-  void scroll_to(platform::point upper_left) override;
-  std::string placement() const override { return place; }
-  void set_placement(std::string const& p) override { place = p; }
-  void set_busy(bool b) override { busy = b; }
-  void set_message(std::string const& m) override { message = m; }
-  bool perform(std::string_view selector) override;
-  bool can_print() const override { return true; }
-  void print() override { ++prints; }
-
-  /// Reads what has come, into `shown`; at its end the page has loaded.
-  void read();
-
-  std::string title, url, shown, place, message;
-  std::shared_ptr<platform::page_stream> page;
-  platform::page_frame seen;
-  std::vector<platform::point> scrolls;
-  std::vector<std::string> performed;
-  bool visible = false, busy = false;
-  int prints = 0;
-
- private:
-  headless_desktop& desktop_;
-  platform::html_window_delegate& delegate_;
-};
-
 class headless_desktop : public platform::desktop {
  public:
   headless_desktop();            // becomes the current desktop
@@ -282,7 +204,7 @@ class headless_desktop : public platform::desktop {
                                                 platform::responder& first) override;
   std::unique_ptr<platform::html_window> make_html_window(
       platform::html_window_delegate& delegate) override;
-  std::vector<platform::window*> ordered_windows() const override { return front_to_back_; }
+  std::vector<platform::window*> ordered_windows() const override { return order_.front_to_back(); }
   int run(platform::application_delegate& app) override;
   void terminate() override { terminated = true; }
 
@@ -292,8 +214,6 @@ class headless_desktop : public platform::desktop {
   bool shows_windows = true;  // else views in windows made from now on are never visible
 
  private:
-  friend class headless_window;
-  friend class headless_html_window;
   headless_run_loop loop_;
   platform::waiting waits_{loop_};
   platform::file_watcher files_{loop_, waits_};
@@ -308,7 +228,7 @@ class headless_desktop : public platform::desktop {
   scripted_clips clips_;
   scripted_commands commands_;
   memory_appearance appearance_;
-  std::vector<platform::window*> front_to_back_;
+  window_order order_;
   platform::desktop* former_;
 };
 

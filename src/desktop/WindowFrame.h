@@ -1,0 +1,46 @@
+#pragma once
+
+#include "desktop/WindowOwner.h"
+
+#include <QMainWindow>
+
+#include <functional>
+
+namespace widgets {
+
+/// The widget of a window, with the menus. It outlives its window until Qt's next turn, since
+/// actions that close the window come out of its own menus and keys.
+class WindowFrame : public QMainWindow, public MenuTarget {
+ public:
+  /// Of `window`, delegate and first responder are asked for only by events.
+  WindowFrame(WindowOwner& owner, platform::window& window);
+
+  /// The window goes: nothing of the logic is called from here on.
+  virtual void detach() { window_ = nullptr; }
+  /// Before the window is shown for the first time.
+  virtual void take_initial_size() = 0;
+
+  // MenuTarget
+  platform::responder* menu_responder() override;
+  std::vector<platform::menu_item> dynamic_items(std::string_view name) override;
+  void perform(std::string_view selector, plist::value const& argument) override;
+
+ protected:
+  WindowOwner& owner() const { return owner_; }
+  MenuBar& menus() const { return *menus_; }
+  /// False if no item of the menus has the key. One that is disabled beeps.
+  bool perform_item_with_key(platform::key_event const& event);
+
+  void closeEvent(QCloseEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  /// What the user wants done; it is, when nothing waits.
+  void deliver(std::function<void()> input);
+
+  WindowOwner& owner_;
+  platform::window* window_;
+  MenuBar* menus_;
+};
+
+}  // namespace widgets

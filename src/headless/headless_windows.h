@@ -1,0 +1,118 @@
+#pragma once
+
+#include "headless/headless_view_host.h"
+#include "platform/html_window.h"
+#include "platform/window.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace headless {
+
+/// The windows on screen, front to back.
+class window_order {
+ public:
+  std::vector<platform::window*> const& front_to_back() const { return windows_; }
+  void bring_to_front(platform::window& window);
+  void remove(platform::window& window) { std::erase(windows_, &window); }
+  bool is_key(platform::window const& window) const {
+    return !windows_.empty() && windows_.front() == &window;
+  }
+
+ private:
+  std::vector<platform::window*> windows_;
+};
+
+/// What windows of either Kind, a platform::window or platform::html_window, remember.
+template <class Kind>
+class recorded_window : public Kind {
+ public:
+  recorded_window(window_order& order, platform::window_delegate& delegate,
+                  platform::responder& first)
+      : order_(order), delegate_(delegate), first_(first) {}
+  ~recorded_window() override { order_.remove(*this); }
+
+  void set_title(std::string const& t) override { title = t; }
+  void set_represented_filename(std::string const& path) override { filename = path; }
+  void set_document_edited(bool e) override { edited = e; }
+  void make_key_and_order_front() override {
+    bool const was_key = is_key();
+    visible = true;
+    order_.bring_to_front(*this);
+    if (!was_key) delegate_.windowDidBecomeKey();
+  }
+  void close() override {
+    visible = false;
+    order_.remove(*this);
+    delegate_.windowWillClose();  // may end this object
+  }
+  bool is_visible() const override { return visible; }
+  bool is_miniaturized() const override { return false; }
+  void deminiaturize() override {}
+  bool is_key() const override { return order_.is_key(*this); }
+  platform::responder* first_responder() const override { return &first_; }
+  platform::window_delegate* delegate() const override { return &delegate_; }
+  void update_value(std::string_view key, plist::value const& value) override {
+    values.insert_or_assign(std::string(key), value);
+  }
+
+  std::string title, filename;
+  bool edited = false, visible = false;
+  std::map<std::string, plist::value, std::less<>> values;
+
+ private:
+  window_order& order_;
+  platform::window_delegate& delegate_;
+  platform::responder& first_;
+};
+
+class headless_window final : public recorded_window<platform::window> {
+ public:
+  headless_window(window_order& order, platform::window_delegate& delegate,
+                  platform::view_client& client, platform::responder& first)
+      : recorded_window(order, delegate, first), host(client, number()) {}
+
+  headless_view_host host;
+};
+
+/// A page that is read only when a test says so.
+class headless_html_window final : public recorded_window<platform::html_window> {
+ public:
+  /// Is in `made` as long as it lives.
+  headless_html_window(window_order& order, std::vector<headless_html_window*>& made,
+                       platform::html_window_delegate& delegate);
+  ~headless_html_window() override;
+
+  platform::html_window_delegate* delegate() const override { return &page_delegate_; }
+  void load(std::string const& u, std::shared_ptr<platform::page_stream> content) override;
+  void stop_loading() override;
+  platform::page_frame frame() const override { return seen; }
+  void scroll_to(platform::point upper_left) override;
+  std::string placement() const override { return place; }
+  void set_placement(std::string const& p) override { place = p; }
+  void set_busy(bool b) override { busy = b; }
+  void set_message(std::string const& m) override { message = m; }
+  bool perform(std::string_view selector) override;
+  bool can_print() const override { return true; }
+  void print() override { ++prints; }
+
+  /// Reads what has come, into `shown`; at its end the page has loaded.
+  void read();
+
+  std::string url, shown, place, message;
+  std::shared_ptr<platform::page_stream> page;
+  platform::page_frame seen;
+  std::vector<platform::point> scrolls;
+  std::vector<std::string> performed;
+  bool busy = false;
+  int prints = 0;
+
+ private:
+  std::vector<headless_html_window*>& made_;
+  platform::html_window_delegate& page_delegate_;
+};
+
+}  // namespace headless
