@@ -50,7 +50,7 @@ void TextOutputPage::Text::keyPressEvent(QKeyEvent* event) {
 }
 
 TextOutputPage::TextOutputPage(platform::html_window_delegate& delegate, std::string const& reason)
-    : delegate_(&delegate), text_(new Text(*this)) {
+    : OutputPage(delegate), text_(new Text(*this)) {
   auto* const note = new QLabel(qstring("This output is shown as plain text: " + reason + "."));
   note->setWordWrap(true);
   note->setMargin(4);
@@ -72,11 +72,6 @@ TextOutputPage::TextOutputPage(platform::html_window_delegate& delegate, std::st
 
 TextOutputPage::~TextOutputPage() {
   detach();
-}
-
-void TextOutputPage::detach() {
-  delegate_ = nullptr;
-  stop_loading();
 }
 
 void TextOutputPage::load(std::string const&, std::shared_ptr<platform::page_stream> content) {
@@ -137,21 +132,11 @@ void TextOutputPage::scroll_to(platform::point upper_left) {
   text_->verticalScrollBar()->setValue(static_cast<int>(upper_left.y));
 }
 
-bool TextOutputPage::perform(std::string_view selector) {
-  if (selector == "copy:") {
-    text_->copy();
-  } else if (selector == "selectAll:") {
-    text_->selectAll();
-  } else if (selector == "makeTextLarger:") {
-    text_->zoomIn();
-  } else if (selector == "makeTextSmaller:") {
-    text_->zoomOut();
-  } else if (selector == "makeTextStandardSize:") {
+void TextOutputPage::set_text_size(text_size size) {
+  if (size == text_size::standard)
     text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-  } else {
-    return false;
-  }
-  return true;
+  else
+    text_->zoomIn(size == text_size::larger ? 1 : -1);
 }
 
 }  // namespace widgets

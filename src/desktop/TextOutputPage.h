@@ -16,14 +16,17 @@ class TextOutputPage final : public OutputPage {
   ~TextOutputPage() override;
 
   QWidget* widget() override { return &column_; }
-  void detach() override;
   void load(std::string const& url, std::shared_ptr<platform::page_stream> content) override;
   void stop_loading() override;
   platform::page_frame frame() const override;
   void scroll_to(platform::point upper_left) override;
-  bool perform(std::string_view selector) override;
   bool can_print() const override { return false; }
   void print() override {}
+
+ protected:
+  void copy() override { text_->copy(); }
+  void select_all() override { text_->selectAll(); }
+  void set_text_size(text_size size) override;
 
  private:
   class Text final : public QPlainTextEdit {
@@ -43,7 +46,6 @@ class TextOutputPage final : public OutputPage {
   void show(std::vector<platform::html_text::span> const& spans);
   void follow(std::string const& link);
 
-  platform::html_window_delegate* delegate_;
   QWidget column_;
   Text* text_;
   QTimer timer_;

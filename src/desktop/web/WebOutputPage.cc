@@ -124,7 +124,7 @@ void BrowserPage::javaScriptConsoleMessage(JavaScriptConsoleMessageLevel, QStrin
 }
 
 WebOutputPage::WebOutputPage(platform::html_window_delegate& delegate)
-    : delegate_(&delegate), scheme_(delegate_), filter_(delegate_), page_(&profile_, delegate_) {
+    : OutputPage(delegate), scheme_(delegate_), filter_(delegate_), page_(&profile_, delegate_) {
   for (char const* const scheme : {"qn-internal", "qn-shown", "qn-file"})
     profile_.installUrlSchemeHandler(scheme, &scheme_);
   profile_.setUrlRequestInterceptor(&filter_);
@@ -170,11 +170,6 @@ WebOutputPage::~WebOutputPage() {
   detach();
 }
 
-void WebOutputPage::detach() {
-  delegate_ = nullptr;
-  stop_loading();
-}
-
 void WebOutputPage::load(std::string const& url, std::shared_ptr<platform::page_stream> content) {
   stop_loading();
   stream_ = std::move(content);
@@ -205,21 +200,11 @@ void WebOutputPage::scroll_to(platform::point upper_left) {
                       QWebEngineScript::ApplicationWorld);
 }
 
-bool WebOutputPage::perform(std::string_view selector) {
-  if (selector == "copy:") {
-    page_.triggerAction(QWebEnginePage::Copy);
-  } else if (selector == "selectAll:") {
-    page_.triggerAction(QWebEnginePage::SelectAll);
-  } else if (selector == "makeTextLarger:") {
-    page_.setZoomFactor(page_.zoomFactor() * zoom_step);
-  } else if (selector == "makeTextSmaller:") {
-    page_.setZoomFactor(page_.zoomFactor() / zoom_step);
-  } else if (selector == "makeTextStandardSize:") {
-    page_.setZoomFactor(1);
-  } else {
-    return false;
-  }
-  return true;
+void WebOutputPage::set_text_size(text_size size) {
+  double const zoom = page_.zoomFactor();
+  page_.setZoomFactor(size == text_size::larger    ? zoom * zoom_step
+                      : size == text_size::smaller ? zoom / zoom_step
+                                                   : 1);
 }
 
 void WebOutputPage::print() {

@@ -50,17 +50,19 @@ class WebOutputPage final : public OutputPage {
   ~WebOutputPage() override;
 
   QWidget* widget() override { return &view_; }
-  void detach() override;
   void load(std::string const& url, std::shared_ptr<platform::page_stream> content) override;
   void stop_loading() override;
   platform::page_frame frame() const override;
   void scroll_to(platform::point upper_left) override;
-  bool perform(std::string_view selector) override;
   bool can_print() const override { return true; }
   void print() override;
 
+ protected:
+  void copy() override { page_.triggerAction(QWebEnginePage::Copy); }
+  void select_all() override { page_.triggerAction(QWebEnginePage::SelectAll); }
+  void set_text_size(text_size size) override;
+
  private:
-  platform::html_window_delegate* delegate_;
   QWebEngineProfile profile_;
   PageScheme scheme_;
   RequestFilter filter_;
