@@ -1,9 +1,7 @@
-#include <cstdint>
-#include <cstdlib>
-#include <string>
 #include <string_view>
 
 #include "bundles/index/index_format.h"
+#include "fuzz/fuzz.h"
 
 // Any bytes as the index of bundles, as a block in it and as the content of one: refused, or read;
 // and what was read packs to what reads again.

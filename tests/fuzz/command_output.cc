@@ -1,12 +1,9 @@
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <string>
-
 #include "commands/command_options.h"
 #include "commands/output_text.h"
+#include "fuzz/fuzz.h"
 #include "platform/utf.h"
 #include "plist/text_reader.h"
+#include "text/marked_text.h"
 
 // Output of a command that comes in pieces of sizes given by its bytes: it is the text that all of
 // it together is, or none if that isn't valid. Compared with a text while it comes, it is the same.
@@ -24,20 +21,10 @@ void append_in_pieces(commands::output_text& output, std::string_view bytes) {
   }
 }
 
-std::u16string text_of(text::storage const& storage) {
-  std::u16string result;
-  for (std::size_t line = 0; line < storage.lines(); ++line)
-    result.append(line == 0 ? u"" : u"\n").append(storage.line_units(line));
-  return result;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  // Unknown words are told there.
-  static bool const quiet = (stderr = std::fopen("/dev/null", "w")) != nullptr;
-  if (!quiet) std::abort();
-  std::string const bytes(data, data + (size < 4096 ? size : 4096));
+  std::string const bytes = input_text(data, size, 4096);
   std::u16string const units = unicode::to_utf16(bytes);
   commands::output_text output;
   append_in_pieces(output, bytes);
@@ -58,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   if (rest) {
     storage.erase({compared.same(), &storage}, storage.end(-1));
     storage.insert(storage.end(-1), rest->begin(), rest->end());
-    if (text_of(storage) != units) std::abort();
+    if (marked_text::units_of(storage) != units) std::abort();
   }
   commands::read_command(plist::convert(bytes, nullptr));
   return 0;

@@ -1,7 +1,5 @@
-#include <cstdint>
-#include <cstdlib>
-
 #include "documents/file_metadata.h"
+#include "fuzz/fuzz.h"
 #include "plist/text_writer.h"
 
 // Any bytes as the value of an extended attribute: what can be read is stored so that it reads the

@@ -1,7 +1,4 @@
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
+#include "fuzz/fuzz.h"
 #include "platform/utf.h"
 #include "regex/oniguruma_format.h"
 #include "snippets/format_string.h"
@@ -9,7 +6,7 @@
 // Bytes as a replacement text of either language: whatever it is, it parses and expands.
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  std::string const format(data, data + (size < 4096 ? size : 4096));
+  std::string const format = input_text(data, size, 4096);
   format_string::format_string_t(format).expand({{"NAME", "a bé"}, {"1", ""}, {"a", format}});
 
   std::u16string const text = u"ab\xd83d";

@@ -1,8 +1,4 @@
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
+#include "fuzz/fuzz.h"
 #include "grammar/line_parser.h"
 #include "platform/utf.h"
 #include "plist/text_reader.h"
@@ -49,11 +45,9 @@ static void tokenize(plist::value const& content, std::u16string const& text) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  std::string const input(data, data + std::min<std::size_t>(size, 4096));
-  auto const end = std::min(input.find('\0'), input.size());
+  std::string text = input_text(data, size, 4096);
   plist::dictionary error;
-  plist::value const content = plist::convert(input.substr(0, end).c_str(), &error);
-  std::string text = input.substr(std::min(end + 1, input.size()));
+  plist::value const content = plist::convert(take_until('\0', text).c_str(), &error);
   if (text.size() > 300) text.resize(300);
   if (content) tokenize(content, unicode::to_utf16(text));
   return 0;

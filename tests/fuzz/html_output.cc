@@ -1,10 +1,7 @@
 #include "commands/link_places.h"
+#include "fuzz/fuzz.h"
 #include "platform/html/html_text.h"
 #include "windows/page_urls.h"
-
-#include <cstdint>
-#include <cstdlib>
-#include <string>
 
 // A page of output, cut after each multiple of its first byte: linking changes nothing where no
 // place is named, and what it is read as doesn't depend on the cuts. The same as a URL.

@@ -1,7 +1,4 @@
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
+#include "fuzz/fuzz.h"
 #include "keys/WynKeyEvent.h"
 #include "keys/key_strings.h"
 #include "plist/text_reader.h"
@@ -9,7 +6,7 @@
 // Bytes as a dictionary of key bindings: each key is taken in its canonical form, which stays as it
 // is when it is taken again, or is complained about.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  std::string const text(data, data + (size < 8192 ? size : 8192));
+  std::string const text = input_text(data, size, 8192);
   std::string why;
   if (auto const key = keys::NormalizeKeyString(text, &why)) {
     if (WynKeyEvent event; !event.initWithString(*key) || event.key().empty()) std::abort();

@@ -1,12 +1,9 @@
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <string>
-
 #include "documents/WynDocument.h"
+#include "fuzz/fuzz.h"
 #include "headless/headless_desktop.h"
 #include "platform/own_defaults.h"
 #include "plist/text_reader.h"
+#include "text/marked_text.h"
 #include "textview/WynTextView.h"
 
 // A property list as a macro: what is no step is passed over, and one undo takes all of it back.
@@ -26,20 +23,10 @@ bool runs_programs(plist::value const& value) {
   return false;
 }
 
-std::u16string text_of(text::storage const& storage) {
-  std::u16string result;
-  for (std::size_t line = 0; line < storage.lines(); ++line)
-    result.append(storage.line_units(line)).append(u"\n");
-  return result;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  static bool const quiet = (stderr = std::fopen("/dev/null", "w")) != nullptr;
-  if (!quiet) std::abort();
-  plist::value const macro =
-      plist::convert(std::string(data, data + (size < 4096 ? size : 4096)), nullptr);
+  plist::value const macro = plist::convert(input_text(data, size, 4096), nullptr);
   if (!macro || runs_programs(macro)) return 0;
   own_defaults const defaults;
   headless::headless_desktop desktop;
@@ -54,6 +41,6 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   view.performSelectorWithObject("playMacroWithOptions:", macro);
   if (view.isRecordingMacro()) view.performSelectorWithObject("abortMacroRecording:", {});
   while (view.view()->can_undo()) view.performSelectorWithObject("undo:", {});
-  if (text_of(document->storage()) != before + u"\n") std::abort();
+  if (marked_text::units_of(document->storage()) != before) std::abort();
   return 0;
 }

@@ -1,9 +1,6 @@
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <stdexcept>
-#include <string>
 
+#include "fuzz/fuzz.h"
 #include "platform/utf.h"
 #include "regex/onig_replace.h"
 #include "regex/regexp.h"
@@ -35,10 +32,8 @@ static void search_units(std::u16string const& pattern, std::u16string const& un
 }
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  std::string const input(data, data + std::min<std::size_t>(size, 512));
-  auto const end = std::min(input.find('\n'), input.size());
-  std::string const pattern = input.substr(0, end);
-  std::string const text = input.substr(std::min(end + 1, input.size()));
+  std::string text = input_text(data, size, 512);
+  std::string const pattern = take_until('\n', text);
 
   search_units(unicode::to_utf16(pattern), unicode::to_utf16(text));
   std::u16string odd;  // lone surrogates among it

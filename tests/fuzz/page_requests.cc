@@ -1,12 +1,9 @@
+#include "fuzz/fuzz.h"
 #include "headless/headless_desktop.h"
 #include "platform/system/percent_encoding.h"
 #include "windows/WynQuirnoteJSBridge.h"
 
 #include <csignal>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <string>
 
 namespace {
 
@@ -30,23 +27,17 @@ bool is_harmless(platform::page_request const& request) {
 // Requests of a page, one a line: origin, operation and arguments between blanks. Each is answered
 // once at most, with JSON in one line, and only those of the program's own pages.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  static bool const quiet = (stderr = std::fopen("/dev/null", "w")) != nullptr &&
-                            std::signal(SIGPIPE, SIG_IGN) != SIG_ERR;  // as in the program
-  if (!quiet) std::abort();
+  static auto const former = std::signal(SIGPIPE, SIG_IGN);  // as in the program
+  if (former == SIG_ERR) std::abort();
   headless::headless_desktop desktop;
   never_busy busy;
   WynQuirnoteJSBridge bridge({}, busy);
   std::string rest(data, data + size);
   for (int count = 0; !rest.empty() && count < 20; ++count) {
-    std::string const line = rest.substr(0, rest.find('\n'));
-    rest.erase(0, line.size() + 1);
-    std::size_t const first = line.find(' '), second = line.find(' ', first + 1);
-    if (second == line.npos) continue;
-    platform::page_request request{line.substr(0, first),
-                                   "page",
-                                   line.substr(first + 1, second - first - 1),
-                                   line.substr(second + 1),
-                                   {}};
+    std::string line = take_until('\n', rest);
+    if (std::count(line.begin(), line.end(), ' ') < 2) continue;
+    std::string const origin = take_until(' ', line), operation = take_until(' ', line);
+    platform::page_request request{origin, "page", operation, line, {}};
     if (!is_harmless(request)) continue;
     bool const is_ours = request.origin.starts_with("qn-");
     request.answer = [is_ours, answers = 0](std::optional<std::string> const& json) mutable {

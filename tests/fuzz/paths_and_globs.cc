@@ -1,8 +1,4 @@
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
+#include "fuzz/fuzz.h"
 #include "path/expand_braces.h"
 #include "path/glob.h"
 #include "path/path.h"
@@ -10,10 +6,8 @@
 // A glob, a newline and a path: alternatives are bounded and expanded once and for all, a path that
 // is normalized stays so, and a name and its folder make the path again.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  std::string const input(data, data + size);
-  std::size_t const end = std::min(input.find('\n'), input.size());
-  std::string const glob = input.substr(0, end);
-  std::string const path = end == size ? "" : input.substr(end + 1);
+  std::string path(data, data + size);
+  std::string const glob = take_until('\n', path);
 
   constexpr std::size_t max_bytes = 1 << 16;
   std::size_t bytes = 0;

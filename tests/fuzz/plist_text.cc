@@ -1,7 +1,6 @@
-#include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
+#include "fuzz/fuzz.h"
 #include "plist/text_reader.h"
 #include "plist/text_writer.h"
 

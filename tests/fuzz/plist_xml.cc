@@ -1,7 +1,6 @@
-#include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
+#include "fuzz/fuzz.h"
 #include "plist/xml_reader.h"
 #include "plist/xml_writer.h"
 

@@ -1,10 +1,7 @@
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <iterator>
 #include <memory>
-#include <string>
 
+#include "fuzz/fuzz.h"
 #include "platform/user_defaults.h"
 #include "regex/format.h"
 
@@ -14,13 +11,6 @@
 namespace {
 
 regex::limits const allowed{20'000, 10, 1 << 20};
-
-std::string take_line(std::string& rest) {
-  auto const end = std::min(rest.find('\n'), rest.size());
-  std::string const line = rest.substr(0, end);
-  rest.erase(0, end + 1);
-  return line;
-}
 
 template <class Iterator>
 void check(regex::match<Iterator> const& m, Iterator first, Iterator last) {
@@ -46,8 +36,8 @@ void search(P const& pattern, Text const& text) {
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   static auto const former =
       platform::user_defaults::set_standard(std::make_unique<platform::user_defaults>(""));
-  std::string rest(data, data + std::min<std::size_t>(size, 4096));
-  std::string const pattern = take_line(rest), format = take_line(rest);
+  std::string rest = input_text(data, size, 4096);
+  std::string const pattern = take_until('\n', rest), format = take_until('\n', rest);
   std::u16string units;
   for (unsigned char c : rest) units += c < 128 ? c : static_cast<char16_t>(c * 257);
 

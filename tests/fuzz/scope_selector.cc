@@ -1,17 +1,15 @@
-#include <cstdint>
-#include <cstdlib>
 #include <sstream>
-#include <string>
 #include <vector>
 
+#include "fuzz/fuzz.h"
 #include "grammar/scope_selector.h"
 
 // A scope selector, a newline and the names of scopes: it is parsed or refused with a reason, and
 // its score is below zero or bounded, the same in parentheses and when it is given twice.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  std::istringstream input(std::string(data, data + size));
-  std::string selector, reason;
-  std::getline(input, selector);
+  std::string rest(data, data + size), reason;
+  std::string const selector = take_until('\n', rest);
+  std::istringstream input(rest);
   std::vector<std::string> scopes;
   for (std::string name; scopes.size() < 64 && input >> name;) scopes.push_back(name);
 

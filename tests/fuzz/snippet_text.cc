@@ -1,11 +1,9 @@
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <memory>
-#include <string>
 
+#include "fuzz/fuzz.h"
 #include "snippets/parse_snippet.h"
 #include "snippets/session.h"
+#include "text/marked_text.h"
 #include "text/views/view.h"
 
 // A line of keys and the text of a snippet: whatever it is, it is refused with a reason, or
@@ -35,20 +33,11 @@ void press(text::view& view, snippet::session& session, char key) {
   view.insert(&unit, &unit + 1);
 }
 
-std::u16string text_of(text::storage const& storage) {
-  std::u16string result;
-  for (std::size_t line = 0; line < storage.lines(); ++line)
-    result.append(storage.line_units(line)).append(u"\n");
-  return result;
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-  std::string const input(data, data + (size < 2048 ? size : 2048));
-  std::size_t const end = std::min(input.find('\n'), input.size());
-  std::string const keys = input.substr(0, std::min<std::size_t>(end, 64));
-  std::string const content = end < input.size() ? input.substr(end + 1) : "";
+  std::string content = input_text(data, size, 2048);
+  std::string const keys = take_until('\n', content).substr(0, 64);
 
   std::string fault;
   std::vector<std::string> warnings;
@@ -72,11 +61,11 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   if (session.is_running()) press(view, session, '\b');
   for (char const key : keys) press(view, session, key);
 
-  std::u16string const after = text_of(storage);
+  std::u16string const after = marked_text::units_of(storage);
   while (view.can_undo()) storage.undo_manager.undo();
   if (storage.lines() != 1 || storage.size(0) != 0) std::abort();
   while (view.can_redo()) storage.undo_manager.redo();
   // What was undone by a key is redone here, too.
-  if (keys.find('u') == keys.npos && text_of(storage) != after) std::abort();
+  if (keys.find('u') == keys.npos && marked_text::units_of(storage) != after) std::abort();
   return 0;
 }
