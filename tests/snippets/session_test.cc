@@ -139,9 +139,10 @@ TEST(snippet_session, histories_of_undo_and_redo_change_nothing) {
   for (unsigned seed = 0; seed < 400; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     random_source random(seed);
-    static constexpr char const* sources[] = {
-        "${1:a} $1 ${2:b} $0.", "${2:x${1:y}z}\n$2 ${1/./-/g}", "${1:a}${2:$1}${3:$2$1} $3"};
-    char const* const source = sources[random.below(3)];
+    static constexpr char const* sources[] = {"${1:a} $1 ${2:b} $0.",
+                                              "${2:x${1:y}z}\n$2 ${1/./-/g}",
+                                              "${1:a}${2:$1}${3:$2$1} $3", "$1-${1:a} $2${2:b}"};
+    char const* const source = sources[random.below(std::size(sources))];
     filled_snippet straight(source), detour(source);
     auto const head = random.below(1'000'000), tail = random.below(1'000'000);
     for (auto* on : {&straight, &detour}) {

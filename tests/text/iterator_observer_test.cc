@@ -163,60 +163,6 @@ TEST_F(mirrors, repeated_text_is_not_repeated_again) {
   EXPECT_EQ(text(), "ax\nbx\ncx");
 }
 
-TEST_F(mirrors, lists_come_back_by_state) {
-  insert(0, 0, "abc");
-  insert(0, 3, "def");
-  auto const range = observer.add_notify(one_line(0, 1, 4));
-  insert(0, 2, "x");
-  EXPECT_EQ(*range, one_line(0, 1, 5));
-  storage.undo();
-  ASSERT_EQ(observer.notifications.size(), 1u);
-  EXPECT_EQ(observer.notifications.front(), one_line(0, 1, 4));
-  storage.undo();
-  EXPECT_TRUE(observer.notifications.empty());
-  storage.redo();
-  ASSERT_EQ(observer.notifications.size(), 1u);
-  observer.remove_notify(observer.notifications.begin());
-  EXPECT_TRUE(observer.notifications.empty());
-}
-
-// Two on each line and one on the source's.
-TEST_F(mirrors, follow_edits_within_and_across_lines_and_come_back) {
-  constexpr uint32_t lines = 40;
-  std::string before = "[]()";
-  for (uint32_t line = 1; line < lines; ++line) before += "\n{}<>";
-  insert(0, 0, before);
-  std::vector<text::iterator_observer::mirror> added{{one_line(0, 1, 1), one_line(0, 3, 3)}};
-  for (uint32_t line = 1; line < lines; ++line)
-    for (uint32_t column : {1, 3})
-      added.push_back({one_line(0, 1, 1), one_line(line, column, column)});
-  observer.add_mirrors(added);
-  auto const expect_all = [&](std::string const& typed) {
-    std::string expected = "[" + typed + "](" + typed + ")";
-    for (uint32_t line = 1; line < lines; ++line) expected += "\n{" + typed + "}<" + typed + ">";
-    EXPECT_EQ(text(), expected);
-  };
-  insert(0, 1, "abc");
-  expect_all("abc");
-  insert(0, 2, "-\n-");
-  expect_all("a-\n-bc");
-  insert(0, 2, "x");
-  expect_all("ax-\n-bc");
-  erase({0, 3}, {1, 1});
-  expect_all("axbc");
-  EXPECT_EQ(storage.undo_records.size(), 1 + 4 * 2u);
-  for (int n = 0; n < 4; ++n) storage.undo_manager.undo();
-  EXPECT_EQ(text(), before);
-  EXPECT_TRUE(std::equal(added.begin(), added.end(), observer.mirrors.begin()));
-  for (int n = 0; n < 4; ++n) storage.undo_manager.redo();
-  expect_all("axbc");
-  insert(0, 4, "!");
-  expect_all("axb!c");
-  observer.remove_all_mirrors();
-  storage.undo_manager.undo();
-  expect_all("axbc");
-}
-
 // Lists added, dropped and changed at a state before it is left: undo brings back how it was left,
 // redo how it was arrived at, and at the end of each way stands what stood there at first.
 TEST_F(mirrors, lists_dropped_between_changes_stay_dropped_by_redo) {

@@ -143,20 +143,6 @@ TEST_F(soft_wrap, tabs_of_a_row_are_measured_from_its_start) {
   EXPECT_EQ(iter_from_view_pos(&view, {1, 2}, freehanded_t::on), at(0, 11, 1));
 }
 
-TEST_F(soft_wrap, settings_wrap_anew) {
-  wrap("aa bb cc\n\tdd", 5);
-  EXPECT_EQ(view.lines(), 4u);
-  view.set_screen_width(20);
-  EXPECT_EQ(view.lines(), 2u);
-  view.set_screen_width(8);
-  view.set_tab_size(8);
-  EXPECT_EQ(rows(), rows_from_scratch());
-  view.set_soft_wrap(false);
-  EXPECT_EQ(view.lines(), 2u);
-  EXPECT_EQ(view.columns(), 10u);
-  EXPECT_TRUE(view.soft_wrap_filter->ranges.empty());
-}
-
 /// Fewer kinds of text meet more of the places where a break can move.
 std::u16string_view const alphabets[] = {u"abc  ", u"aaaaaaa b\t", u"a \n", u"abcdef\t\n   ", u"a"};
 

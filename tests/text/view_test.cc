@@ -1,10 +1,7 @@
 #include "text/views/view.h"
 
 #include "marked_text.h"
-#include "random_text.h"
 #include "test.h"
-#include "text/views/bookmark_filter.h"
-#include "text/views/mark_history.h"
 #include "text/views/view_filter.h"
 
 namespace {
@@ -128,20 +125,6 @@ TEST_F(view_test, caret_is_parked_during_a_change) {
   EXPECT_EQ(get(), "|one\nxtwo\nthree");
 }
 
-TEST_F(view_test, undo_and_redo_bring_back_selections) {
-  set("one [two] three");
-  type("2");
-  type("!");
-  EXPECT_EQ(get(), "one 2!| three");
-  view.selection.set_caret(at(0, 0));
-  storage.undo_manager.undo();
-  EXPECT_EQ(get(), "one 2| three");
-  storage.undo_manager.undo();
-  EXPECT_EQ(get(), "one [two] three");
-  storage.undo_manager.redo();
-  EXPECT_EQ(get(), "one 2| three");
-}
-
 TEST_F(view_test, selections_of_states_that_are_out_of_reach_are_forgotten) {
   auto const known = [&] {
     uint32_t n = 0;
@@ -193,108 +176,6 @@ TEST_F(view_test, widest_line_is_measured_again_only_when_it_shrinks) {
   EXPECT_EQ(view.columns(), 17u);
   view.set_tab_size(8);
   EXPECT_EQ(view.max_columns, text::view::unknown_columns);
-}
-
-TEST_F(view_test, columns_equal_the_widest_line_under_random_edits) {
-  for (unsigned seed = 1; seed <= 20; ++seed) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    random_source random(seed);
-    storage.clear();
-    for (int step = 0; step < 60; ++step) {
-      size_t const line = random.below(storage.lines());
-      text::iterator const first(line, random.up_to(storage.size(line)), &storage);
-      size_t const other = std::min(line + random.below(3), storage.lines() - 1);
-      text::iterator const last(other, random.up_to(storage.size(other)), &storage);
-      if (random.one_in(3) && first <= last) {
-        storage.erase(first, last);
-      } else {
-        std::u16string const text = random.text(random.below(9), u"ab\t\n");
-        storage.insert(first, text.begin(), text.end());
-      }
-      if (random.one_in(3)) continue;
-      size_t widest = 0;
-      for (size_t i = 0; i < storage.lines(); ++i)
-        widest = std::max(
-            widest, text::expanded_width(storage.line_units(i), 0, text::tab_stops(view.tab_size)));
-      ASSERT_EQ(view.columns(), widest);
-      ASSERT_EQ(view.selection.current_mark.base.pos(), pos(0, 0));
-    }
-  }
-}
-
-/// Notes the order in which the filters and observers of a view hear of a change.
-class noting_snippet_observer : public text::snippet_observer_t {
- public:
-  noting_snippet_observer(text::storage& storage, text::iterator_observer::subset stop)
-      : storage_(storage), observer_(storage, false) {
-    range_ = observer_.add_notify(stop);
-  }
-  bool is_running() const override { return running; }
-  text::iterator_observer::subset active_tab_stop() const override { return *range_; }
-  void did_insert(text::iterator const& first, text::iterator const& last) override {
-    observer_.did_insert(first, last);
-  }
-  void will_erase(text::iterator const& first, text::iterator const& last) override {
-    observer_.will_erase(first, last);
-  }
-  /// A mirror before the stop: what changes the stop's text writes there too.
-  void did_change_memento(unsigned long, unsigned long) override {
-    if (std::exchange(writing_, true)) return;
-    storage_.insert(storage_.begin_of_line(0), 2, u'-');
-    writing_ = false;
-  }
-
-  bool running = true;
-
- private:
-  text::storage& storage_;
-  text::iterator_observer observer_;
-  text::iterator_observer::notification_list::iterator range_;
-  bool writing_ = false;
-};
-
-TEST_F(view_test, editing_in_a_tab_stop_follows_the_stop) {
-  set("m stop| end\n");
-  view.set_snippet_observer(std::make_unique<noting_snippet_observer>(
-      storage, text::iterator_observer::subset(pos(0, 2), pos(0, 6))));
-  type("s");
-  EXPECT_EQ(get(), "--m stops| end\n");
-  view.selection.select_to(at(0, 6), false);
-  act([&] { view.erase_selection(); });
-  EXPECT_EQ(get(), "----m st| end\n");
-  view.selection.set_caret(view.end());
-  type("out");
-  EXPECT_EQ(get(), "------m st end\nout|");
-  view.set_snippet_observer(nullptr);
-  type("!");
-  EXPECT_EQ(get(), "------m st end\nout!|");
-}
-
-// What a change takes of bookmarks comes back when it is taken back, unless the user has changed
-// them meanwhile on the lines concerned.
-TEST_F(view_test, bookmarks_come_back_with_the_text_they_mark) {
-  set("zero|\none\ntwo\nthree\nfour");
-  for (size_t line : {1, 2, 4}) view.set_bookmark({line, 2}, true);
-  auto const bookmarks = [&] { return view.bookmark_filter->marks.list(); };
-  auto const before = bookmarks();
-  auto const erase = [&] {
-    text::undo_group const group(storage.undo_manager);
-    storage.erase({0, 2, &storage}, {3, 1, &storage});
-  };
-  erase();
-  auto const after = bookmarks();
-  EXPECT_EQ(after, (std::vector<text::pos>{{0, 2}, {1, 2}}));
-  for (int n = 0; n < 2; ++n) {
-    storage.undo_manager.undo();
-    EXPECT_EQ(bookmarks(), before);
-    storage.undo_manager.redo();
-    EXPECT_EQ(bookmarks(), after);
-  }
-  view.set_bookmark({0, 2}, false);
-  storage.undo_manager.undo();
-  EXPECT_EQ(bookmarks(), (std::vector<text::pos>{{4, 2}}));
-  erase();
-  EXPECT_TRUE(view.mark_history->empty());
 }
 
 TEST_F(view_test, views_of_one_storage_keep_apart) {
