@@ -23,6 +23,11 @@ class recent_patterns {
   std::list<std::shared_ptr<styles::indent_patterns const>> kept_;
 };
 
+/// A line with the columns that it is, or may be, indented by.
+struct line_indent {
+  std::size_t number, columns;
+};
+
 /// What the lines of a text view's document say about each other: which of them open and close
 /// blocks, which brackets stay open in them, which continue others. Made for one look at a text of
 /// which nothing changes meanwhile but the blanks that lines begin with: what was found is kept.

@@ -21,11 +21,12 @@ void kept_indents::line_was_moved(std::size_t number, std::ptrdiff_t by) {
   if (by != 0) moved_[number] = by;
 }
 
-std::size_t kept_indents::of_line(std::size_t number, std::size_t wanted) {
+std::size_t kept_indents::of_line(line_indent wanted) {
+  std::size_t const number = wanted.number;
   std::size_t const own = lines_.width_of(number);
   auto const continued = lines_.line_continued_by(number);
   auto const above = lines_.counting_line_above(number);
-  if (!above) return continued || number > furthest_line ? own : wanted;
+  if (!above) return continued || number > furthest_line ? own : wanted.columns;
   learn_steps(number);
   above_ = *above;
   first_ = lines_.first_line_of(above_);
@@ -34,60 +35,63 @@ std::size_t kept_indents::of_line(std::size_t number, std::size_t wanted) {
   auto const with_those_above =
       static_cast<std::size_t>(std::max<std::ptrdiff_t>(static_cast<std::ptrdiff_t>(own) + by, 0));
   if (continued) return with_those_above;
-  if (wanted == own) return own;
+  if (wanted.columns == own) return own;
   for (std::size_t const width : {with_those_above, own})
-    if (width != wanted && allows(number, width)) return width;
+    if (width != wanted.columns && allows({number, width})) return width;
   auto const back = lines_.type_of_line(number) == 0 ? after_single_line(above_) : std::nullopt;
-  return back.value_or(wanted);
+  return back.value_or(wanted.columns);
 }
 
-bool kept_indents::allows(std::size_t number, std::size_t width) {
-  unsigned const own = lines_.type_of_line(number);
+bool kept_indents::allows(line_indent proposed) {
+  unsigned const type = lines_.type_of_line(proposed.number);
   unsigned const above = lines_.type_of_statement(first_, above_);
-  if (lines_.brackets_of(number).leading > 0) return allows_closing(number, width);
-  if (styles::indent_patterns::is_label(own)) return allows_label(number, width);
-  if (has_bits(own, decrease)) {
-    auto const match = matching_line(number);
-    return match && width == width_of_first(*match);
+  if (lines_.brackets_of(proposed.number).leading > 0) return allows_closing(proposed);
+  if (styles::indent_patterns::is_label(type)) return allows_label(proposed);
+  if (has_bits(type, decrease)) {
+    auto const match = matching_line(proposed.number);
+    return match && proposed.columns == width_of_first(*match);
   }
-  if (opens_block(above_)) return allows_first_of_block(number, width);
-  if (styles::indent_patterns::is_label(above)) return allows_after_label(number, width);
+  if (opens_block(above_)) return allows_first_of_block(proposed);
+  if (styles::indent_patterns::is_label(above)) return allows_after_label(proposed);
   std::size_t const outside = lines_.width_of(first_);
-  if (has_bits(above, next_line)) return allows_inside(width, outside);
+  if (has_bits(above, next_line)) return allows_inside(proposed.columns, outside);
   bool const unfinished = lines_.is_unfinished(above_);
   auto const lines = lines_.beginnings_of(above_);
   return std::any_of(lines.begin(), lines.end(), [&](std::size_t line) {
-    if (unfinished && width >= lines_.width_of(line)) return true;
+    if (unfinished && proposed.columns >= lines_.width_of(line)) return true;
     std::vector<std::size_t> const heads = heads_of(line);
-    return heads.empty() ? width == lines_.width_of(line)
-                         : std::find(heads.begin(), heads.end(), width) != heads.end();
+    return heads.empty() ? proposed.columns == lines_.width_of(line)
+                         : std::find(heads.begin(), heads.end(), proposed.columns) != heads.end();
   });
 }
 
 // As the line that opens the block, the first one of its statement, or one between them does.
-bool kept_indents::allows_closing(std::size_t number, std::size_t width) {
-  std::size_t const leading = lines_.brackets_of(number).leading;
+bool kept_indents::allows_closing(line_indent proposed) {
+  std::size_t const leading = lines_.brackets_of(proposed.number).leading;
   for (std::size_t const inner : {std::size_t(0), leading - 1}) {
-    auto const open = lines_.open_bracket_above(number, inner);
+    auto const open = lines_.open_bracket_above(proposed.number, inner);
     if (!open) return false;
     std::size_t const first = lines_.first_line_of(open->line);
-    if (is_in_expression(number, inner) && width >= lines_.width_of(first)) return true;
+    if (is_in_expression(proposed.number, inner) && proposed.columns >= lines_.width_of(first))
+      return true;
     for (std::size_t line = first; line <= open->line; ++line)
-      if (width == lines_.width_of(line)) return true;
+      if (proposed.columns == lines_.width_of(line)) return true;
   }
   return false;
 }
 
-bool kept_indents::allows_label(std::size_t number, std::size_t width) {
-  auto const match = matching_line(number);
+bool kept_indents::allows_label(line_indent proposed) {
+  auto const match = matching_line(proposed.number);
   if (!match) return false;
   std::size_t const like = width_of_first(*match);
   bool const opens =
       opens_block(above_) || styles::indent_patterns::is_label(lines_.type_of_line(above_));
-  if (!opens && *match != above_ && width == lines_.width_of(above_)) return true;
-  if (styles::indent_patterns::is_label(lines_.type_of_line(*match))) return width == like;
+  if (!opens && *match != above_ && proposed.columns == lines_.width_of(above_)) return true;
+  if (styles::indent_patterns::is_label(lines_.type_of_line(*match)))
+    return proposed.columns == like;
   bool const in_brackets = lines_.ends_with_bracket(*match);
-  return in_brackets ? like <= width && width <= like + lines_.tab_size() : width == like;
+  return in_brackets ? like <= proposed.columns && proposed.columns <= like + lines_.tab_size()
+                     : proposed.columns == like;
 }
 
 // Whether the block that a line is in begins inside of another bracket of the same statement.
@@ -102,22 +106,24 @@ bool kept_indents::is_part_of_expression(std::size_t number) {
          is_in_expression(number, 0);
 }
 
-bool kept_indents::allows_first_of_block(std::size_t number, std::size_t width) {
+bool kept_indents::allows_first_of_block(line_indent proposed) {
   std::size_t const outside = lines_.width_of(first_), nearest = lines_.width_of(above_);
-  if (width == outside)
+  if (proposed.columns == outside)
     return !has_bits(lines_.type_of_statement(first_, above_), increase) ||
            lines_.patterns_of_line(above_)->matches(styles::indent_patterns::flat_block,
                                                     lines_.storage().line_units(above_));
-  bool const in_expression = width > outside && is_part_of_expression(number);
-  return (in_expression || allows_inside(width, outside) || allows_inside(width, nearest)) &&
-         !is_shallower_below(number, width);
+  bool const in_expression = proposed.columns > outside && is_part_of_expression(proposed.number);
+  return (in_expression || allows_inside(proposed.columns, outside) ||
+          allows_inside(proposed.columns, nearest)) &&
+         !is_shallower_below(proposed);
 }
 
-bool kept_indents::allows_after_label(std::size_t number, std::size_t width) {
+bool kept_indents::allows_after_label(line_indent proposed) {
   std::size_t const label = lines_.width_of(above_);
-  auto const open = lines_.open_bracket_above(number);
-  return allows_inside(width, label) ||
-         (open && width > label && allows_inside(width, width_of_first(open->line)));
+  auto const open = lines_.open_bracket_above(proposed.number);
+  return allows_inside(proposed.columns, label) ||
+         (open && proposed.columns > label &&
+          allows_inside(proposed.columns, width_of_first(open->line)));
 }
 
 // By at most a level, or by as much as lines above are, if there are any.
@@ -155,22 +161,22 @@ bool kept_indents::opens_block(std::size_t number) {
 }
 
 // Whether another line of the block that a line begins has less than its indentation.
-bool kept_indents::is_shallower_below(std::size_t number, std::size_t width) {
-  std::size_t const end = std::min(lines_.storage().lines(), number + furthest_line);
+bool kept_indents::is_shallower_below(line_indent proposed) {
+  std::size_t const end = std::min(lines_.storage().lines(), proposed.number + furthest_line);
   bool const in_bracket = lines_.ends_with_bracket(above_);
   std::size_t inner = 0;
-  for (std::size_t line = number; line < end; ++line) {
+  for (std::size_t line = proposed.number; line < end; ++line) {
     lines_.wait_for_scopes(line);
     auto const& here = lines_.brackets_of(line);
     if (here.closed > inner) return false;
-    bool const counts = line > number && inner == 0 &&
+    bool const counts = line > proposed.number && inner == 0 &&
                         lines_.type_of_line(line) != styles::indent_patterns::unindented &&
                         !styles::indent_patterns::is_label(lines_.type_of_line(line)) &&
                         !lines_.line_continued_by(line);
     bool const closes = has_bits(lines_.type_of_line(line), decrease);
     std::size_t const outside = lines_.width_of(closes ? above_ : first_);
     if (counts && !in_bracket && lines_.width_of(line) <= outside) return false;
-    if (counts && lines_.width_of(line) < width) return true;
+    if (counts && lines_.width_of(line) < proposed.columns) return true;
     inner += here.open.size() - here.closed;
   }
   return false;

@@ -18,26 +18,26 @@ class kept_indents {
  public:
   explicit kept_indents(code_lines& lines) : lines_(lines) {}
 
-  /// What line `number` should be indented by; `wanted` is what the patterns say.
-  std::size_t of_line(std::size_t number, std::size_t wanted);
+  /// The columns that the line should be indented by; those in `wanted` are what the patterns say.
+  std::size_t of_line(line_indent wanted);
   /// The indentation after a line that ends statements without braces, the outermost one's.
   std::optional<std::size_t> after_single_line(std::size_t number);
   /// The line has been indented by this much more or less.
   void line_was_moved(std::size_t number, std::ptrdiff_t by);
 
  private:
-  bool allows(std::size_t number, std::size_t width);
-  bool allows_closing(std::size_t number, std::size_t width);
-  bool allows_label(std::size_t number, std::size_t width);
-  bool allows_first_of_block(std::size_t number, std::size_t width);
-  bool allows_after_label(std::size_t number, std::size_t width);
+  bool allows(line_indent proposed);
+  bool allows_closing(line_indent proposed);
+  bool allows_label(line_indent proposed);
+  bool allows_first_of_block(line_indent proposed);
+  bool allows_after_label(line_indent proposed);
   bool is_in_expression(std::size_t number, std::size_t inner);
   bool is_part_of_expression(std::size_t number);
   bool allows_inside(std::size_t width, std::size_t outside);
 
   std::optional<std::size_t> matching_line(std::size_t number);
   bool opens_block(std::size_t number);
-  bool is_shallower_below(std::size_t number, std::size_t width);
+  bool is_shallower_below(line_indent proposed);
   std::vector<std::size_t> heads_of(std::size_t number);
   std::size_t width_of_first(std::size_t number) {
     return lines_.width_of(lines_.first_line_of(number));

@@ -99,21 +99,22 @@ bool line_indenter::indents_by_spaces(std::size_t number) const {
 
 // Whether a line may be indented so where nothing but indentation ends a block: more than the line
 // that opens one, or as one of the blocks that are open.
-bool line_indenter::may_end_blocks(code_lines& lines, std::size_t number, std::size_t indent) {
-  if (lines.open_bracket_above(number)) return true;
+bool line_indenter::may_end_blocks(code_lines& lines, line_indent proposed) {
+  if (lines.open_bracket_above(proposed.number)) return true;
   std::optional<std::size_t> open;
-  for (std::size_t line = number; line-- > number - std::min(number, furthest_block);) {
+  for (std::size_t line = proposed.number;
+       line-- > proposed.number - std::min(proposed.number, furthest_block);) {
     std::size_t const last = line;
     unsigned type = lines.type_of_line(last);
     if (type == styles::indent_patterns::unindented) continue;
     line = lines.first_line_of(last);
     if (!open) type = lines.type_of_statement(line, last);
     std::size_t const width = lines.width_of(line);
-    if (!open && type & styles::indent_patterns::increase) return indent > width;
+    if (!open && type & styles::indent_patterns::increase) return proposed.columns > width;
     open = std::min(open.value_or(width), width);
-    if (*open <= indent) return *open == indent;
+    if (*open <= proposed.columns) return *open == proposed.columns;
   }
-  return indent == 0;
+  return proposed.columns == 0;
 }
 
 std::size_t line_indenter::own_or_wanted_indent(code_lines& lines, kept_indents& kept,
@@ -126,24 +127,24 @@ std::size_t line_indenter::own_or_wanted_indent(code_lines& lines, kept_indents&
     return own;
   std::size_t const wanted = wanted_indent(lines, *patterns, line, number);
   if (lines.settings_of_line(number)["indentationEndsBlocks"].integer_or(0) == 0)
-    return kept.of_line(number, wanted);
+    return kept.of_line({number, wanted});
   bool const keeps =
-      own == wanted || lines.line_continued_by(number) || may_end_blocks(lines, number, own);
+      own == wanted || lines.line_continued_by(number) || may_end_blocks(lines, {number, own});
   return keeps ? own : wanted;
 }
 
 // A line of blanks alone loses them.
-void line_indenter::set_indent(std::size_t number, std::size_t width) {
+void line_indenter::set_indent(line_indent wanted) {
   text::storage& storage = *view().storage;
-  text::unit_view const line = storage.line_units(number);
+  text::unit_view const line = storage.line_units(wanted.number);
   std::size_t const old = leading_blanks(line);
   std::u16string fresh;
   if (old < line.size()) {
-    if (text::indent_width(line, text::tab_stops(tab_size())) == width) return;
-    fresh = actions::indent::blanks(width, tab_size(), indents_by_spaces(number));
+    if (text::indent_width(line, text::tab_stops(tab_size())) == wanted.columns) return;
+    fresh = actions::indent::blanks(wanted.columns, tab_size(), indents_by_spaces(wanted.number));
   }
   if (line.substr(0, old) == fresh) return;
-  text::iterator const at = storage.begin_of_line(number);
+  text::iterator const at = storage.begin_of_line(wanted.number);
   storage.erase(at, at + static_cast<std::ptrdiff_t>(old));
   storage.insert(at, fresh.begin(), fresh.end());
 }
@@ -165,7 +166,7 @@ void line_indenter::indent_selected_lines() {
       continue;
     std::size_t const old = lines.width_of(line);
     std::size_t const fresh = has_text ? own_or_wanted_indent(lines, kept, line) : 0;
-    set_indent(line, fresh);
+    set_indent({line, fresh});
     kept.line_was_moved(line,
                         static_cast<std::ptrdiff_t>(fresh) - static_cast<std::ptrdiff_t>(old));
   }
@@ -212,7 +213,7 @@ void line_indenter::indent_closing_line(std::size_t typed) {
                                     wanted_indent(lines, *language_patterns(), before, caret.line))
     return;
   std::size_t const after_caret = line.size() - caret.column;
-  set_indent(caret.line, wanted_indent(lines, *language_patterns(), line, caret.line));
+  set_indent({caret.line, wanted_indent(lines, *language_patterns(), line, caret.line)});
   view().selection.set_caret(
       {&view(), text::iterator(caret.line, storage.size(caret.line) - after_caret, &storage)});
 }

@@ -47,10 +47,10 @@ class line_indenter {
   std::size_t wanted_indent(code_lines& lines, styles::indent_patterns const& patterns,
                             text::unit_view content, std::size_t number);
   bool indents_by_spaces(std::size_t number) const;
-  bool may_end_blocks(code_lines& lines, std::size_t number, std::size_t indent);
+  bool may_end_blocks(code_lines& lines, line_indent proposed);
   std::size_t own_or_wanted_indent(code_lines& lines, kept_indents& kept, std::size_t number);
 
-  void set_indent(std::size_t number, std::size_t width);
+  void set_indent(line_indent wanted);
   std::u16string taken_indent(std::size_t number) const;
   std::u16string fitted(actions::text_clip const& clip);
   std::u16string fitted_to_line(actions::text_clip const& clip, std::size_t level);
