@@ -99,7 +99,7 @@ bool view_paste_without_reindent(text::view* view) {
 bool view_paste_clip(text::view* view, std::optional<text_clip> const& clip) {
   if (!clip) return false;
   if (clip->rectangular)
-    view->insert_column(clip->text.begin(), clip->text.end(), 0, 0, false);
+    view->insert_column(clip->text.begin(), clip->text.end(), {}, false);
   else
     view->insert(clip->text.begin(), clip->text.end());
   return true;

@@ -183,10 +183,8 @@ void view_duplicate(text::view* view) {
   if (selection.column_mode) {
     std::u16string const text(selection.units());
     text::box const extent(view);
-    std::size_t const height = extent.last_line - extent.first_line;
-    std::size_t const width = extent.last_column - extent.first_column;
     selection.set_caret(at_column(view, extent.first_line, extent.last_column));
-    view->insert_column(text.begin(), text.end(), height, width, true);
+    view->insert_column(text.begin(), text.end(), extent.size(), true);
     return;
   }
   if (view->has_selection()) {

@@ -89,7 +89,7 @@ void edit(view& v, data_row const& row) {
     v.move_selection_to({&v, text::iterator(number(3), number(4), v.storage)});
   } else {
     ASSERT_EQ(name, "columns");
-    v.insert_column(units.begin(), units.end(), number(4), number(5), row.at(6) == "true");
+    v.insert_column(units.begin(), units.end(), {number(4), number(5)}, row.at(6) == "true");
   }
 }
 
@@ -249,7 +249,7 @@ class ColumnModel {
       }
       case 1: {
         if (!empty) grid_.erase(extent);
-        view_.insert_column(text.begin(), text.end(), height, width, random_.one_in(2));
+        view_.insert_column(text.begin(), text.end(), {height, width}, random_.one_in(2));
         grid_.insert(extent.first_line, extent.first_column, pieces, height, width);
         break;
       }

@@ -171,12 +171,11 @@ class view {
   void replace_selection(First first, Last last) {
     replace_selection_with(unit_run(first, last));
   }
-  /// Puts the lines of a sequence in a rectangle of at least `height` lines and `width` columns,
-  /// whose corner is the caret, adding lines to the text where needed. Selects the rectangle if
-  /// `select`.
+  /// Puts the lines of a sequence in a rectangle of at least the size `least`, whose corner is the
+  /// caret, adding lines to the text where needed. Selects the rectangle if `select`.
   template <typename First, typename Last>
-  void insert_column(First first, Last last, size_t height, size_t width, bool select) {
-    insert_column_of(unit_run(first, last), height, width, select);
+  void insert_column(First first, Last last, rectangle_size least, bool select) {
+    insert_column_of(unit_run(first, last), least, select);
   }
   /// Takes text away, or blanks its cells in overwrite mode, and fills up what a cut tab leaves.
   view_iterator erase(view_iterator first, view_iterator last);
@@ -257,8 +256,9 @@ class view {
   void insert_units(unit_view units);
   void replace_selection_with(unit_view units);
   void replace_columns_with(unit_view units);
-  void insert_column_of(unit_view units, size_t height, size_t width, bool select);
-  void insert_piece(size_t line, size_t column, unit_view piece, size_t width);
+  void insert_column_of(unit_view units, rectangle_size least, bool select);
+  /// Fills the piece up to so many columns.
+  void insert_piece(hybrid_pos const& at, unit_view piece, size_t columns);
   void add_column_mirrors(text::iterator const& base, size_t count);
   text::iterator erase_selection_keeping(text::iterator const& it);
   bool is_snippet_running() const;

@@ -25,8 +25,8 @@ void for_each_piece(unit_view units, Visit visit) {
 
 void view::replace_columns_with(unit_view units) {
   text::box const extent(this);
-  size_t const height = extent.last_line - extent.first_line;
-  insert_column_of(units, height, extent.last_column - extent.first_column, false);
+  size_t const height = extent.size().lines;
+  insert_column_of(units, extent.size(), false);
 
   size_t const last_row = extent.first_line + std::min(height, count_pieces(units)) - 1;
   size_t const last_column = column_before_wrap(selection.current_mark);
@@ -40,22 +40,23 @@ void view::replace_columns_with(unit_view units) {
   selection.select_to(corner(!extent.reversed_lines, !extent.reversed_columns), true);
 }
 
-void view::insert_column_of(unit_view units, size_t height, size_t width, bool select) {
+void view::insert_column_of(unit_view units, rectangle_size least, bool select) {
   take_selection();
   if (units.empty()) return;
   size_t const first_line = line_before_filters(selection.current_mark);
   size_t const column = column_before_wrap(selection.current_mark);
-  height = std::max(height, count_pieces(units));
+  size_t const height = std::max(least.lines, count_pieces(units));
   if (storage->lines() < first_line + height)
     storage->insert(storage->end(-1), first_line + height - storage->lines(), u'\n');
+  size_t width = least.columns;
   // Measured where the pieces will stand: a tab's width depends on its column.
   for_each_piece(units, [&](unit_view piece) {
     width = std::max(width, expanded_width(piece, column, tab_stops(tab_size)));
   });
 
   size_t line = first_line;
-  for_each_piece(units, [&](unit_view piece) { insert_piece(line++, column, piece, width); });
-  while (line < first_line + height) insert_piece(line++, column, {}, width);
+  for_each_piece(units, [&](unit_view piece) { insert_piece({line++, column}, piece, width); });
+  while (line < first_line + height) insert_piece({line++, column}, {}, width);
 
   auto const corner = [&](size_t at_line, size_t at_column) {
     return iter_from_hybrid_pos(this, {at_line, at_column}, freehanded_t::on);
@@ -68,12 +69,12 @@ void view::insert_column_of(unit_view units, size_t height, size_t width, bool s
   }
 }
 
-void view::insert_piece(size_t line, size_t column, unit_view piece, size_t width) {
-  text::iterator at = make_base_iter(iter_from_hybrid_pos(this, {line, column}, freehanded_t::on));
+void view::insert_piece(hybrid_pos const& place, unit_view piece, size_t columns) {
+  text::iterator at = make_base_iter(iter_from_hybrid_pos(this, place, freehanded_t::on));
   storage->insert(at, piece.begin(), piece.end());
   // What stands to the right stays in its column.
   if (*at != u'\n')
-    storage->insert(at, width - expanded_width(piece, column, tab_stops(tab_size)), u' ');
+    storage->insert(at, columns - expanded_width(piece, place.column, tab_stops(tab_size)), u' ');
 }
 
 bool view::can_enter_line_append_mode() const {

@@ -180,8 +180,7 @@ void view::move_selection_to(view_iterator to) {
     units = convert_tabs_to_spaces({units.data(), units.size()}, extent.first_column,
                                    tab_stops(tab_size));
   }
-  insert_column(units.begin(), units.end(), extent.last_line - extent.first_line,
-                extent.last_column - extent.first_column, true);
+  insert_column(units.begin(), units.end(), extent.size(), true);
 }
 
 text::iterator view::erase_selection_keeping(text::iterator const& it) {

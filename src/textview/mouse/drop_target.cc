@@ -122,7 +122,7 @@ bool drop_target::drop_text(drag_info const& info, text::view_iterator const& to
       view.move_selection_to(to);
     } else if (clip->rectangular) {
       view.selection.set_caret(to);
-      view.insert_column(clip->text.begin(), clip->text.end(), 0, 0, true);
+      view.insert_column(clip->text.begin(), clip->text.end(), {}, true);
     } else {
       view.selection.set_caret(to);
       view.replace_selection(clip->text.begin(), clip->text.end());
