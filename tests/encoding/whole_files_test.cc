@@ -98,26 +98,6 @@ TEST(whole_files, one_odd_sequence_in_good_text_is_seen_at_every_place) {
   }
 }
 
-TEST(whole_files, decoding_agrees_on_random_text) {
-  text_maker maker(1);
-  for (int i = 0; i < 2000; ++i) {
-    bytes in = maker.make(maker.below(20));
-    if (maker.below(5) == 0) in.insert(in.begin(), {0xEF, 0xBB, 0xBF});
-    if (maker.below(5) == 0) in.insert(in.begin(), {0xFF, 0xFE});
-    if (maker.below(5) == 0) in.insert(in.begin(), {0xFE, 0xFF});
-    ASSERT_EQ(agreement::in_decoding(in), "");
-  }
-}
-
-TEST(whole_files, encoding_agrees_on_random_text) {
-  text_maker maker(2);
-  for (int i = 0; i < 300; ++i) {
-    units const in = agreement::decode(maker.make(maker.below(20)), encoding::UTF8, true, nullptr);
-    ASSERT_EQ(agreement::in_encoding(in, 1 + maker.below(50)), "");
-    ASSERT_EQ(agreement::in_line_endings(in), "");
-  }
-}
-
 TEST(whole_files, encoding_agrees_beyond_the_buffer) {
   text_maker maker(3);
   units in = agreement::decode(maker.make(20000), encoding::UTF8, true, nullptr);

@@ -85,16 +85,6 @@ TEST_F(items, code_runs_when_the_snippet_is_inserted) {
   EXPECT_EQ(shown.text(), "  x-1");
 }
 
-TEST_F(items, faults_change_nothing) {
-  shown_view shown("a[b]c");
-  for (char const* content : {"${1:", "`unfinished"}) {
-    errors_of([&] { shown.perform("insertSnippet:", snippet(content)); });
-    EXPECT_EQ(shown.text(), "abc") << content;
-  }
-  shown.perform("insertSnippet:", plist::dictionary{});
-  EXPECT_EQ(shown.text(), "abc");
-}
-
 // What is typed before Tab, in a C file, becomes the shipped snippet; macros hold its text.
 TEST_F(items, triggers_are_expanded_and_recorded) {
   temporary_folder const folder;
