@@ -131,17 +131,6 @@ double score(char const* name, char const* typed) {
       .scoreForAbbreviation(BriskStringRanker::prepareFilterString(unicode::to_utf16(typed)));
 }
 
-std::string masked(char const* name, char const* typed) {
-  auto text = unicode::to_utf16(name);
-  std::u16string marked;
-  auto const mask = BriskStringRanker(text).maskForAbbreviation(unicode::to_utf16(typed));
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (std::find(mask.begin(), mask.end(), i) != mask.end()) marked += u'*';
-    marked += text[i];
-  }
-  return unicode::to_utf8(marked);
-}
-
 }  // namespace
 
 TEST(ranker, scores_and_masks_are_those_of_the_definition) {
@@ -176,20 +165,6 @@ TEST(ranker, prefers_word_starts_and_whole_names) {
             0);
   EXPECT_EQ(score("don't", "dont"), score("dont", "dont"));
   EXPECT_EQ(score("a-b", "A B!"), score("a b", "ab"));
-}
-
-TEST(ranker, masks_name_the_matched_units) {
-  EXPECT_EQ(masked("fooBar", "fb"), "*foo*Bar");
-  EXPECT_EQ(masked("x_foo-bar", "fb"), "x_*foo-*bar");
-  EXPECT_EQ(masked("E\xcc\x81"
-                   "a",
-                   "ea"),
-            "*E\xcc\x81*a");
-  EXPECT_EQ(masked("\xc3\x89"
-                   "a",
-                   "ea"),
-            "*\xc3\x89*a");
-  EXPECT_EQ(masked("foobar", "ao"), "foobar");
 }
 
 TEST(ranker, long_names_cost_no_more_than_their_length) {
