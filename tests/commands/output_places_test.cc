@@ -114,6 +114,9 @@ TEST_F(places_on_disk, are_walked_through) {
   EXPECT_EQ(results.previous()->line, 1u);
   results.take("nothing", folder.path());
   EXPECT_EQ(results.places().size(), 2u);
+  results.take("a.c:7: a later run", folder.path());
+  ASSERT_EQ(results.places().size(), 1u);
+  EXPECT_EQ(results.next()->line, 7u);
 }
 
 TEST(place_urls, come_back_or_are_refused) {

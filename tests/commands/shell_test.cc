@@ -3,6 +3,7 @@
 #include "commands/output_text.h"
 #include "commands/text_source.h"
 #include "headless/headless_desktop.h"
+#include "path/temporary_folder.h"
 #include "platform/own_defaults.h"
 #include "platform/utf.h"
 #include "settings/store.h"
@@ -242,6 +243,18 @@ TEST_F(shell, the_user_can_end_it) {
   EXPECT_TRUE(result.cancelled);
   EXPECT_EQ(result.status, -1);
   EXPECT_FALSE(desktop_.waits().is_waiting());
+}
+
+TEST_F(shell, a_command_that_is_ended_has_time_to_clean_up) {
+  temporary_folder const folder;
+  desktop_.busy().cancel_after = 1'000'000;
+  desktop_.busy().while_busy = [&] {
+    if (!folder.names().empty()) desktop_.busy().cancel_after = 0;
+  };
+  auto const result = run("trap 'sleep 0.1; echo cleaned; exit' INT; : >" + folder.path() +
+                          "/begun; while :; do sleep 0.02; done");
+  EXPECT_TRUE(result.cancelled);
+  EXPECT_EQ(result.output, "cleaned\n");
 }
 
 // Escape and Ctrl+C ask first; what is answered "Cancel" goes on.
