@@ -5,14 +5,35 @@
 
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QEvent>
 #include <QFontDatabase>
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace widgets {
 namespace {
+
+// Closes when another window has got the keys, and not just lent them for a moment, as window
+// managers do while they show a window.
+class ClipDialog final : public QDialog {
+ public:
+  using QDialog::QDialog;
+
+ protected:
+  void changeEvent(QEvent* event) override {
+    QDialog::changeEvent(event);
+    if (event->type() != QEvent::ActivationChange || isActiveWindow()) return;
+    QTimer::singleShot(patience, this, [this] {
+      if (isVisible() && !isActiveWindow()) reject();
+    });
+  }
+
+ private:
+  static constexpr int patience = 500;  // milliseconds
+};
 
 QListWidget* make_list(std::vector<platform::clip_entry> const& clips) {
   auto* const list = new QListWidget;
@@ -37,8 +58,9 @@ QPlainTextEdit* make_preview() {
 }  // namespace
 
 std::optional<std::size_t> QtClipPanel::ask(std::vector<platform::clip_entry> const& clips,
-                                            std::size_t selected) {
-  QDialog dialog(dialog_parent());
+                                            std::size_t selected,
+                                            selection_observer const& did_select) {
+  ClipDialog dialog(dialog_parent());
   dialog.setWindowTitle(QStringLiteral("Clipboard History"));
   auto* const list = make_list(clips);
   auto* const preview = make_preview();
@@ -58,6 +80,9 @@ std::optional<std::size_t> QtClipPanel::ask(std::vector<platform::clip_entry> co
   QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
   QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
   list->setCurrentRow(static_cast<int>(selected));
+  QObject::connect(list, &QListWidget::currentRowChanged, &dialog, [&did_select](int row) {
+    if (row >= 0) did_select(static_cast<std::size_t>(row));
+  });
   list->setFocus();
   dialog.resize(520, 420);
   if (dialog.exec() != QDialog::Accepted || list->currentRow() < 0) return std::nullopt;

@@ -8,7 +8,8 @@ namespace widgets {
 class QtClipPanel final : public platform::clip_panel {
  protected:
   std::optional<std::size_t> ask(std::vector<platform::clip_entry> const& clips,
-                                 std::size_t selected) override;
+                                 std::size_t selected,
+                                 selection_observer const& did_select) override;
 };
 
 }  // namespace widgets

@@ -86,10 +86,12 @@ std::optional<platform::font> scripted_fonts::ask(platform::font const& initial)
 }
 
 std::optional<std::size_t> scripted_clips::ask(std::vector<platform::clip_entry> const& clips,
-                                               std::size_t selected) {
+                                               std::size_t selected,
+                                               selection_observer const& did_select) {
   last_clips = clips;
   last_selected = selected;
   if (while_open) while_open();
+  for (std::size_t const row : std::exchange(visited, {})) did_select(row);
   if (answers.empty()) return std::nullopt;
   std::size_t const answer = answers.front();
   answers.pop_front();

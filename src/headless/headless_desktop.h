@@ -109,13 +109,15 @@ class scripted_fonts : public platform::font_panel {
 class scripted_clips : public platform::clip_panel {
  public:
   std::deque<std::size_t> answers;
+  std::deque<std::size_t> visited;  // the next time, before that
   std::vector<platform::clip_entry> last_clips;
   std::size_t last_selected = 0;
   std::function<void()> while_open;
 
  protected:
   std::optional<std::size_t> ask(std::vector<platform::clip_entry> const& clips,
-                                 std::size_t selected) override;
+                                 std::size_t selected,
+                                 selection_observer const& did_select) override;
 };
 
 /// Gives the answers put in before, in order; without one it is cancelled.

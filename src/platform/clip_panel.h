@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,16 +15,21 @@ struct clip_entry {
   std::string preview;  // its beginning
 };
 
-/// Lets the user choose an earlier clip. Modal and synchronous (waiting.h).
+/// Lets the user choose an earlier clip. Modal and synchronous (waiting.h); closes when another
+/// window gets the keys.
 class clip_panel {
  public:
   virtual ~clip_panel() = default;
+  using selection_observer = std::function<void(std::size_t)>;
+
   /// The number of the chosen one, of which `selected` is proposed; nothing when cancelled.
-  std::optional<std::size_t> run(std::vector<clip_entry> const& clips, std::size_t selected);
+  /// `did_select` hears of each one that the user goes to meanwhile.
+  std::optional<std::size_t> run(std::vector<clip_entry> const& clips, std::size_t selected,
+                                 selection_observer const& did_select);
 
  protected:
-  virtual std::optional<std::size_t> ask(std::vector<clip_entry> const& clips,
-                                         std::size_t selected) = 0;
+  virtual std::optional<std::size_t> ask(std::vector<clip_entry> const& clips, std::size_t selected,
+                                         selection_observer const& did_select) = 0;
 };
 
 }  // namespace platform

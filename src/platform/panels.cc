@@ -50,8 +50,9 @@ std::optional<std::string> prompt_panel::run(std::string const& title, std::stri
 }
 
 std::optional<std::size_t> clip_panel::run(std::vector<clip_entry> const& clips,
-                                           std::size_t selected) {
-  return ask_user(std::optional<std::size_t>(), [&] { return ask(clips, selected); });
+                                           std::size_t selected,
+                                           selection_observer const& did_select) {
+  return ask_user(std::optional<std::size_t>(), [&] { return ask(clips, selected, did_select); });
 }
 
 std::optional<filter_values> command_panel::run(command_panel_request const& request) {

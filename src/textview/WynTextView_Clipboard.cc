@@ -67,8 +67,8 @@ void WynTextView::addClipboardMethods() {
     addMethod(name, [&history](plist::value const&) { return plist::value(history.hasClip()); });
 }
 
-// Cancelled by the user it is done, too. As an action of its own, pasting is a step of a macro that
-// is being recorded.
+// The clip that the user goes to is on the clipboard from then on, pasted or not. As an action of
+// its own, pasting is a step of a macro that is being recorded.
 bool WynTextView::pasteFromHistory() {
   auto& history = WynPasteboardManager::sharedInstance();
   if (view_ == nullptr) return false;
@@ -77,11 +77,13 @@ bool WynTextView::pasteFromHistory() {
   auto const clips = history.stack();  // others may be copied while the panel is open
   std::vector<platform::clip_entry> entries;
   for (auto const& clip : clips) entries.push_back(entry_of(*clip));
-  auto const chosen = platform::desktop::current().clips().run(entries, history.pasteIndex());
+  auto const make_current = [&](std::size_t row) {
+    auto const& stack = history.stack();
+    auto const it = std::find(stack.begin(), stack.end(), clips[row]);
+    return history.selectClip(static_cast<std::size_t>(it - stack.begin()));
+  };
+  auto const chosen =
+      platform::desktop::current().clips().run(entries, history.pasteIndex(), make_current);
   if (!chosen || *chosen >= clips.size()) return true;
-  auto const& stack = history.stack();
-  auto const it = std::find(stack.begin(), stack.end(), clips[*chosen]);
-  if (it == stack.end() || view_ == nullptr) return false;
-  history.selectClip(static_cast<std::size_t>(it - stack.begin()));
-  return tryToPerformWith("paste:", {});
+  return make_current(*chosen) && view_ != nullptr && tryToPerformWith("paste:", {});
 }

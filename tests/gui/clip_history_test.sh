@@ -37,12 +37,23 @@ wait_window 'first.txt'
 expect_saved first.txt "$(cat expected)other"
 expect_clipboard other
 
-# Escape leaves all as it is.
+# What one goes to is on the clipboard; Escape leaves the text. So does a turn to another program,
+# which closes the list.
 keys ctrl+alt+h
 wait_window 'Clipboard History'
-keys Escape
+keys Up Escape
 wait_window 'first.txt'
+expect_clipboard "$(cat expected)"
+keys ctrl+alt+h
+wait_window 'Clipboard History'
+keys Down
 expect_clipboard other
+edit second.txt
+wait_no_window 'Clipboard History'
+quit
+editor_pid=$first_pid
+wait_window 'first.txt'
+expect_saved first.txt "$(cat expected)other"
 keys ctrl+q
 wait_exit
 

@@ -30,6 +30,14 @@ TEST_F(pasting_from_history, shows_a_list_to_choose_from) {
                                             "3 lines|first line, \xf0\x9f\x98\x80 end"}));
   EXPECT_EQ(panel.last_clips[1].preview, std::string(3999, 'x'));
 
+  // Without an answer the one gone to last is on the clipboard.
+  panel.visited = {1, 2};
+  perform("orderFrontPasteboardPanel:");
+  EXPECT_EQ(text(), "ab");
+  EXPECT_EQ(desktop_.general_pasteboard().get("text").string_or(""), "ab\ncd\n");
+  perform("orderFrontPasteboardPanel:");
+  EXPECT_EQ(panel.last_selected, 2u);
+
   // While it is open another program copies something.
   panel.answers = {2, 1, 99};
   panel.while_open = [&] {
@@ -39,6 +47,7 @@ TEST_F(pasting_from_history, shows_a_list_to_choose_from) {
   perform("orderFrontPasteboardPanel:");
   EXPECT_EQ(text(), "aabb\n cd");
   EXPECT_EQ(WynPasteboardManager::sharedInstance().pasteIndex(), 3u);
+  panel.visited = {2, 0};
   panel.while_open = [] { WynPasteboardManager::sharedInstance().clear(); };
   perform("orderFrontPasteboardPanel:");
   EXPECT_EQ(text(), "aabb\n cd");
