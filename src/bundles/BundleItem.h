@@ -74,6 +74,8 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
 
   void prepareForSaving();
   void saveChanges() override;
+  /// Why the last saveChanges() failed, for the user, with the path.
+  std::string const& saveFault() const { return saveFault_; }
   std::string writeToDirectory(std::string const& directory) override;
   std::shared_ptr<BundleItem> createDuplicate();
   /// True if it had one and it is in the trash now.
@@ -102,5 +104,6 @@ class BundleItem : public BaseItem, public std::enable_shared_from_this<BundleIt
   plist::value content_, languageEntries_;
   bool hasContent_ = false, hasTemplateFiles_ = false;
   bool isLost_ = false;  // the files had vanished when the content was asked for
+  std::string saveFault_;
   std::vector<std::shared_ptr<TemplateFile>> templateFiles_;
 };

@@ -13,6 +13,9 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <cstring>
+
 namespace {
 
 constexpr char const* info_file = "/info.plist";
@@ -41,7 +44,8 @@ void BundleItem::saveChanges() {
   if (!isModified()) return;
   prepareForSaving();
   if (isLost_) {
-    platform::log_once(sourcePath() + ": what was changed can't be saved, the item has vanished");
+    saveFault_ = sourcePath() + ": what was changed can't be saved, the item has vanished";
+    platform::log_once(saveFault_);
     return platform::beep();
   }
   bool const was_local = isLocal();
@@ -57,26 +61,35 @@ void BundleItem::saveChanges() {
   if (kind() == bundles::item_kind::file_template)
     templateFiles();  // from the directory that holds them now
   if (!was_local && !makeLocalFile(is_delta)) return;
-  bool saved = bundles::write_dictionary(sourcePaths_.front(), written);
+  saveFault_.clear();
+  bool saved = bundles::write_dictionary(sourcePaths_.front(), written, &saveFault_);
   if (kind() == bundles::item_kind::file_template) saved = writeTemplateFiles(!was_local) && saved;
   owner().cache().invalidateCacheForPath(path::parent(kind() == bundles::item_kind::file_template
                                                           ? path::parent(sourcePaths_.front())
                                                           : sourcePaths_.front()));
-  if (!saved) return platform::beep();
-  setModified(false);
+  if (saved) return setModified(false);
+  // There is no such file, so the next attempt begins anew. What there is of a template is kept.
+  if (!was_local && kind() != bundles::item_kind::file_template)
+    sourcePaths_.erase(sourcePaths_.begin());
+  platform::beep();
 }
 
 bool BundleItem::makeLocalFile(bool is_delta) {
   Bundle* const in = bundle();
   std::string const home = in ? in->localPath() : "";
-  auto const path = home.empty()
-                        ? std::nullopt
-                        : bundles::UniqueFileInDirectory(
-                              home + "/" + std::string(bundles::KindToDirectory(kind())), name(),
-                              is_delta ? "qnDelta" : bundles::KindToExtension(kind()));
+  std::string const directory = home + "/" + std::string(bundles::KindToDirectory(kind()));
+  errno = 0;
+  auto const path = home.empty() ? std::nullopt
+                                 : bundles::UniqueFileInDirectory(
+                                       directory, name(),
+                                       is_delta ? "qnDelta" : bundles::KindToExtension(kind()));
   bool const is_template = kind() == bundles::item_kind::file_template;
   if (!path || (is_template && ::mkdir(path->c_str(), 0777) != 0)) {
-    platform::log_once("failed to create directory " + path.value_or(home));
+    int const error = errno;
+    saveFault_ = "failed to create directory " +
+                 path.value_or(home.empty() ? owner().folders().LocalBundlePath() : directory);
+    if (error != 0 && !home.empty()) saveFault_ += ": " + std::string(std::strerror(error));
+    platform::log_once(saveFault_);
     platform::beep();
     return false;
   }

@@ -1,6 +1,7 @@
 #include "actions/clipboard.h"
 #include "bundles/BundleItem.h"
 #include "bundles/BundleManager.h"
+#include "bundles/bundle_alerts.h"
 #include "platform/desktop.h"
 #include "platform/log.h"
 #include "search/WynFindManager.h"
@@ -239,5 +240,12 @@ bool WynTextView::saveScratchMacro() {
   item->setBundle(*manager.defaultBundle());
   manager.addBundleItem(item);
   item->saveChanges();
+  if (!item->isModified()) return true;
+  std::string const fault = item->saveFault();
+  manager.removeBundleItem(item->UUID());
+  bundles::tell("Error Saving Macro",
+                "The macro " + platform::quoted(*name) + " could not be saved (" + fault +
+                    "). It is kept until you record another one: make room for it, or make the "
+                    "folder writable, and choose Save Macro\u2026 again.");
   return true;
 }

@@ -318,6 +318,22 @@ TEST_F(bundle_layers, a_save_that_fails_keeps_the_change) {
   std::filesystem::remove(folder / "data/Quirnote");
   manager().saveChanges();
   EXPECT_EQ(text_of((restart(), "S"), "content"), "mine");
+
+  // One without a file can be saved later, or removed as if it had never been.
+  std::string const home = manager().bundleForUUID("B")->localPath();
+  ASSERT_NE(home, "");
+  std::ofstream(home + "/Macros") << "in the way";
+  auto const macro = BundleItem::bundleItemWithContent(
+      manager(), {{"name", "M"}, {"commands", plist::array{}}}, bundles::item_kind::macro);
+  macro->setBundle(*manager().bundleForUUID("B"));
+  manager().addBundleItem(macro);
+  macro->saveChanges();
+  EXPECT_TRUE(macro->isModified());
+  EXPECT_NE(macro->saveFault().find(home + "/Macros: "), std::string::npos);
+  EXPECT_EQ(macro->localPath(), "");
+  desktop.beeps = 0;
+  manager().removeBundleItem(macro->UUID());
+  EXPECT_EQ(desktop.beeps, 0);
 }
 
 TEST_F(bundle_layers, the_first_of_two_with_one_uuid_goes_over_the_second) {

@@ -17,6 +17,9 @@ item Pair '<key>tabTrigger</key><string>pair</string>' '&lt;${1:a}|${1/./\u$0/}|
 item Stroke '<key>mouseGesture</key><string>DR</string>' 'stroke'
 item Key '<key>keyEquivalent</key><string>^@k</string>' 'key'
 
+with_defaults '<key>WynDefaultBundleForNewBundleItems</key>
+  <string>00000000-0000-4000-8000-000000000000</string>'
+
 # A tie is settled by its number; Escape leaves the letters.
 printf '' >file.txt
 start_editor file.txt
@@ -63,6 +66,30 @@ keys Return ctrl+alt+m ctrl+alt+shift+m ctrl+s
 expect_file file.txt $'ab\nab\n'
 keys ctrl+z ctrl+s
 expect_file file.txt $'ab\n'
+
+# Where it can't be saved the reason is told, and it is kept.
+save_macro() {
+  keys ctrl+shift+p
+  wait_until is_focused 'Select Bundle Item'
+  type_text 'save macro'
+  keys Return
+  wait_window 'Save Macro'
+  type_text "$1"
+  keys Return
+}
+printf 'in the way' >"$bundle/Macros"
+save_macro Line
+answer Return
+rm "$bundle/Macros"
+wait_window 'file.txt'
+save_macro Line
+wait_until grep -q insertNewline "$bundle/Macros/Line.qnMacro"
+wait_window 'file.txt'
+keys ctrl+alt+shift+m ctrl+s
+expect_file file.txt $'ab\nab\n'
+: >other.txt
+"$editor" --batch --item Line --save other.txt
+file_is other.txt $'ab\n'
 keys ctrl+q
 wait_exit
 

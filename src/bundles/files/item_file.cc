@@ -10,6 +10,15 @@
 #include <cstring>
 
 namespace bundles {
+namespace {
+
+bool fail(std::string const& reason, std::string* fault) {
+  platform::log_once(reason);
+  if (fault != nullptr) *fault = reason;
+  return false;
+}
+
+}  // namespace
 
 plist::value read_dictionary(std::string const& path) {
   std::string bytes;
@@ -30,23 +39,20 @@ plist::value read_dictionary(std::string const& path) {
   return std::move(read.value);
 }
 
-bool write_dictionary(std::string const& path, plist::dictionary const& content) {
+bool write_dictionary(std::string const& path, plist::dictionary const& content,
+                      std::string* fault) {
   plist::write_result const written = plist::write_xml(content);
-  if (written.error) {
-    platform::log_once(path + ": " + *written.error);
-    return false;
-  }
-  return write_file(path, written.text);
+  return written.error ? fail(path + ": " + *written.error, fault)
+                       : write_file(path, written.text, fault);
 }
 
-bool write_file(std::string const& path, std::string_view bytes) {
+bool write_file(std::string const& path, std::string_view bytes, std::string* fault) {
   auto const contents = path::contents_of(bytes);
   auto error = path::write_atomically(path, contents);
   // Others may share it: a file of another owner, or one that has several names.
   if (error && (error->code == EPERM || error->code == EMLINK))
     error = path::write_in_place(path, contents);
-  if (error) platform::log_once(path + ": " + error->message);
-  return !error;
+  return error ? fail(path + ": " + error->message, fault) : true;
 }
 
 std::vector<std::string> string_array(plist::value const& dictionary, std::string_view key) {

@@ -14,9 +14,10 @@ namespace bundles {
 plist::value read_dictionary(std::string const& path);
 
 /// Puts the new content in the place of the file's, so that readers, and a kill, find one
-/// of both whole. False, after a complaint, on failure.
-bool write_dictionary(std::string const& path, plist::dictionary const& content);
-bool write_file(std::string const& path, std::string_view bytes);
+/// of both whole. False, after a complaint, on failure; `fault` then says why, with the path.
+bool write_dictionary(std::string const& path, plist::dictionary const& content,
+                      std::string* fault = nullptr);
+bool write_file(std::string const& path, std::string_view bytes, std::string* fault = nullptr);
 
 /// The values under `key` if they are strings, in an array.
 std::vector<std::string> string_array(plist::value const& dictionary, std::string_view key);
