@@ -111,6 +111,8 @@ class BundleManager final : public bundles::item_owner {
   /// Those with the longest trigger that `text`, what stands before the caret on its line, ends in.
   item_list bundleItemsForTabTrigger(std::string_view text,
                                      std::optional<std::string_view> scope = std::nullopt);
+  /// Of all items, in bytes: no more of the text before the caret has to be known.
+  std::size_t longestTabTrigger();
   /// A gesture is what the mouse draws, as letters for strokes: "DR" is down, then right.
   item_list bundleItemsForMouseGesture(std::string_view gesture, std::string_view scope);
   bool hasMouseGestures();
@@ -185,5 +187,6 @@ class BundleManager final : public bundles::item_owner {
   plist::array languages_, languageEntries_;
   platform::string_table<item_list> itemsForKey_;
   std::array<item_list, 256> itemsForTrigger_;  // by the last byte of the trigger
+  std::size_t longestTabTrigger_ = 0;
   bool hasDispatchTables_ = false;
 };

@@ -7,6 +7,7 @@
 #include "platform/split.h"
 #include "platform/unicode.h"
 #include "platform/utf.h"
+#include "text/cluster.h"
 
 namespace {
 
@@ -31,11 +32,17 @@ unsigned char last_byte(std::string_view text) {
   return static_cast<unsigned char>(text.back());
 }
 
-/// A word trigger must not begin in the middle of a word.
+/// A word trigger must not begin in the middle of a word, nor any trigger inside a character.
 bool begins_inside_word(std::string_view text, std::string_view trigger) {
   std::u16string const before = unicode::to_utf16(text.substr(0, text.size() - trigger.size()));
-  std::u16string const units = unicode::to_utf16(trigger);
-  return !before.empty() && unicode::is_alnum(before.back()) && unicode::is_alnum(units.front());
+  std::size_t const first = before.size();
+  if (first == 0) return false;
+  std::u16string const units = before + unicode::to_utf16(trigger);
+  auto const is_alnum_at = [&](std::size_t at) {
+    return unicode::is_alnum(unicode::code_point_at(units, at));
+  };
+  return !text::is_cluster_start(units, first) ||
+         (is_alnum_at(first) && is_alnum_at(text::previous_cluster(units, first)));
 }
 
 }  // namespace
@@ -44,10 +51,12 @@ void BundleManager::makeDispatchTables() {
   if (hasDispatchTables_) return;
   itemsForKey_.clear();
   for (auto& items : itemsForTrigger_) items.clear();
+  longestTabTrigger_ = 0;
   for (auto const& item : bundleItems()) {
     if (!item->keyEquivalent().empty()) itemsForKey_[item->keyEquivalent()].push_back(item);
     std::string const& trigger = item->tabTrigger();
     if (!trigger.empty()) itemsForTrigger_[last_byte(trigger)].push_back(item);
+    longestTabTrigger_ = std::max(longestTabTrigger_, trigger.size());
   }
   hasDispatchTables_ = true;
 }
@@ -63,6 +72,11 @@ item_list const& BundleManager::bundleItemsForKeyString(std::string_view key) {
 
 item_list BundleManager::bundleItemsForKeyString(std::string_view key, std::string_view scope) {
   return filterItemsInScope(bundleItemsForKeyString(key), scope);
+}
+
+std::size_t BundleManager::longestTabTrigger() {
+  makeDispatchTables();
+  return longestTabTrigger_;
 }
 
 item_list BundleManager::bundleItemsForTabTrigger(std::string_view text,

@@ -9,12 +9,14 @@
 #include "settings/store.h"
 #include "snippets/parse_snippet.h"
 #include "snippets/session.h"
+#include "text/cluster.h"
 #include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/item_names.h"
 #include "textview/view_will_change.h"
 
 #include <algorithm>
+#include <memory>
 
 // Bundle items at the caret: tab triggers, snippets, and the fields of the one that is being filled
 // in.
@@ -23,11 +25,17 @@ namespace {
 
 constexpr char const* expand_on_tab_key = "WynTextViewExpandSnippetsOnTab";
 constexpr char const* menu_font_size_key = "WynBundleManagerDisambiguateMenuFontSize";
-constexpr std::size_t longest_trigger_text = 200;  // units looked at before the caret
 
 std::u16string indentation_of(text::unit_view line) {
   std::size_t const end = line.find_first_not_of(u" \t");
   return std::u16string(line.substr(0, end));
+}
+
+// What triggers of up to `most` bytes are looked for in: they have no more units than that, and a
+// whole character counts that stands before them.
+text::unit_view end_of(text::unit_view line, std::size_t most) {
+  if (line.size() <= most) return line;
+  return line.substr(text::previous_cluster(line, line.size() - most));
 }
 
 // Once the user has cancelled one, no more code runs.
@@ -122,14 +130,16 @@ bool WynTextView::expandCodeSnippet() {
     return false;
   text::iterator const caret = view_->selection.current_mark.base;
   text::unit_view const line = view_->storage->line_units(caret.line).substr(0, caret.column);
-  std::size_t const shown = std::min(line.size(), longest_trigger_text);
-  std::string const before = unicode::to_utf8(line.substr(line.size() - shown));
   auto& manager = BundleManager::sharedInstance();
+  std::string const before = unicode::to_utf8(end_of(line, manager.longestTabTrigger()));
   if (manager.bundleItemsForTabTrigger(before).empty()) return false;
   auto const items = manager.bundleItemsForTabTrigger(before, scopeAtCaret());
   if (items.empty()) return false;
   auto const item = manager.chooseItem(items, *this, false);
-  if (item == nullptr) return true;
+  if (item == nullptr) {
+    stopMacro();
+    return true;
+  }
   std::string fault;
   if (item->kind() == bundles::item_kind::snippet &&
       !snippet::validate(item->content()["content"].string_or(""), fault)) {

@@ -45,6 +45,10 @@ TEST_F(item_lookup, only_the_longest_tab_trigger_counts) {
       {"fo", {}},
       {"fo-o", {"dash"}},
       {"a \xc3\xa9", {"accent"}},
+      {"e\u0301foo", {}},
+      {"\U0001d400foo", {}},
+      {"\u2764\ufe0ffoo", {"foo"}},
+      {"\U0001f600foo", {"foo"}},
   };
   for (auto const& c : cases) EXPECT_EQ(by_trigger(c.text), c.items) << c.text;
 }
