@@ -2,6 +2,7 @@
 
 #include "desktop/DialogParent.h"
 #include "desktop/QtText.h"
+#include "platform/desktop.h"
 
 #include <QEventLoop>
 #include <QLabel>
@@ -34,8 +35,12 @@ void BusyPanel::show(std::string const& text) {
   column->addWidget(bar);
   auto* const button = new QPushButton(QStringLiteral("Cancel"));
   column->addWidget(button, 0, Qt::AlignRight);
-  QObject::connect(button, &QPushButton::clicked, this, [this] { cancelled_ = true; });
-  QObject::connect(dialog_.get(), &QDialog::rejected, this, [this] { cancelled_ = true; });
+  auto const cancel = [this] {
+    cancelled_ = true;
+    platform::desktop::current().waits().escape();
+  };
+  QObject::connect(button, &QPushButton::clicked, this, cancel);
+  QObject::connect(dialog_.get(), &QDialog::rejected, this, cancel);
   dialog_->show();
 }
 

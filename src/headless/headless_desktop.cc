@@ -133,7 +133,9 @@ void scripted_find_panel::set_histories(std::vector<std::string> const& find,
 bool scripted_busy::handle_events(double seconds) {
   if (while_busy) while_busy();
   std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
-  return ++looks > cancel_after;
+  if (++looks <= cancel_after) return false;
+  platform::desktop::current().waits().escape();
+  return true;
 }
 
 headless_desktop::headless_desktop() : former_(platform::desktop::current_or_null()) {

@@ -13,7 +13,7 @@ class busy_panel {
   /// False without a window; the work is then done in one go.
   virtual bool is_wanted() const = 0;
   /// Handles events for at most `seconds`. True once the user has cancelled with the button of what
-  /// show() has shown.
+  /// show() has shown, which is an Escape for the scopes that wait, too.
   virtual bool handle_events(double seconds) = 0;
   /// Says what is being done.
   virtual void show(std::string const& text) = 0;

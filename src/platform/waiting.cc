@@ -99,6 +99,7 @@ void waiting::run_held() {
 
 bool waiting::escape() {
   if (!is_waiting()) return false;
+  ++cancellations_;
   scopes_.back()->cancel_();
   return true;
 }
@@ -118,6 +119,7 @@ void waiting::finish(task last) {
 void waiting::cancel_all() {
   constexpr double period = 0.05;  // seconds
   auto const scopes = scopes_;
+  ++cancellations_;
   for (auto it = scopes.rbegin(); it != scopes.rend(); ++it) (*it)->cancel_();
   if (is_waiting()) cancel_timer_ = loop_.schedule(period, false, [this] { cancel_all(); });
 }

@@ -2,6 +2,7 @@
 
 #include "platform/run_loop.h"
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -71,6 +72,9 @@ class waiting {
   /// The user has pressed Ctrl+C: cancels the program that is waited for. False if what waits
   /// innermost is none.
   bool interrupt();
+  /// How often the user has cancelled something that was waited for. Who does several such things
+  /// in turn compares it, and then leaves the rest undone.
+  std::uint64_t cancellations() const { return cancellations_; }
 
   /// Cancels all that waits, and all that would from now on; then what is held is done, and `last`
   /// after it.
@@ -99,6 +103,7 @@ class waiting {
   std::vector<scope*> scopes_;  // outermost first
   std::deque<held_task> held_;
   bool is_ending_ = false, is_delivering_ = false;
+  std::uint64_t cancellations_ = 0;
   double since_ = 0, former_ = 0;  // seconds: when the outermost began, and the ones before it
   double typed_ = -pause;
   std::vector<task> in_pause_;

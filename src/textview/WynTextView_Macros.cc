@@ -84,25 +84,27 @@ class WynTextView::macro_run {
  public:
   macro_run(WynTextView& view, std::string called) : view_(view), name_(std::move(called)) {}
 
-  void stop() { is_wanted_ = true; }
+  void stop() { is_stopped_ = true; }
   void note(std::string const& place, std::string const& fault) {
     view_.tellOfFault(name_ + place + fault);
     has_fault_ = true;
   }
   bool has_fault() const { return has_fault_; }
 
-  /// Whether the user wants no more. To be asked often.
-  bool is_wanted() {
+  /// Whether the user wants no more: of the macro, or of a search, a command or whatever a step has
+  /// waited for. To be asked often.
+  bool is_stopped() {
+    if (waits_.cancellations() != cancellations_) stop();
     platform::busy_panel& panel = platform::desktop::current().busy();
     if (++looks_ % steps_between_looks != 0 || !panel.is_wanted() ||
         clock::now() < begun_ + silent_wait)
-      return is_wanted_;
+      return is_stopped_;
     if (!scope_) {
-      scope_.emplace(platform::desktop::current().waits(), [this] { is_wanted_ = true; });
+      scope_.emplace(waits_, [this] { stop(); });
       panel.show("Playing a macro\u2026");
     }
-    if (panel.handle_events(0)) is_wanted_ = true;
-    return is_wanted_;
+    if (panel.handle_events(0)) stop();
+    return is_stopped_;
   }
   ~macro_run() {
     if (scope_) platform::desktop::current().busy().end();
@@ -113,10 +115,11 @@ class WynTextView::macro_run {
  private:
   WynTextView& view_;
   std::string const name_;
-  bool has_fault_ = false;
+  platform::waiting& waits_ = platform::desktop::current().waits();
+  std::uint64_t const cancellations_ = waits_.cancellations();
   clock::time_point const begun_ = clock::now();
   std::size_t looks_ = 0;
-  bool is_wanted_ = false;
+  bool has_fault_ = false, is_stopped_ = false;
   std::optional<platform::waiting::scope> scope_;
 };
 
@@ -196,7 +199,8 @@ bool WynTextView::playMacro(plist::value const& macro) {
 }
 
 bool WynTextView::playSteps(plist::value const& macro) {
-  plist::array const steps = macro.as_array() ? *macro.as_array() : macro["commands"].elements();
+  plist::value const kept_steps = macro.as_array() ? macro : macro["commands"];
+  plist::array const& steps = kept_steps.elements();
   for (std::size_t n = 0; n < steps.size(); ++n)
     if (std::string const fault = textview::fault_of_macro_step(steps[n]); !fault.empty()) {
       playing_->note(place_of_step(n), fault);
@@ -206,7 +210,8 @@ bool WynTextView::playSteps(plist::value const& macro) {
     playing_->note(": commands: ", "a macro plays itself, and was ended");
     return false;
   }
-  recordMacroCommand("playMacroWithOptions:", plist::dictionary{{"commands", steps}});
+  if (isRecordingMacro())
+    recordMacroCommand("playMacroWithOptions:", plist::dictionary{{"commands", steps}});
   recording_suspended const unrecorded(*this);
   kept_surroundings const kept(!macro["useGlobalClipboard"].boolean_or(false));
   ++macroDepth_;
@@ -217,7 +222,7 @@ bool WynTextView::playSteps(plist::value const& macro) {
       std::string const& command = *steps[n]["command"].as_string();
       if (!tryToPerformWith(command, steps[n]["argument"]))
         playing_->note(place_of_step(n), "there is no action " + command);
-      if (playing_->is_wanted() || view_ != played_in) break;
+      if (playing_->is_stopped() || view_ != played_in) break;
     }
   }
   --macroDepth_;

@@ -187,7 +187,6 @@ bool WynTextView::insertSnippet(plist::value const& options) {
   std::vector<std::string> warnings;
   auto snippet = snippet::parse(*content, parsing, fault, warnings);
   for (std::string const& warning : warnings) tellOfFault(snippetName_ + warning);
-  if (is_cancelled) stopMacro();
   if (is_cancelled) return false;
   if (snippet == nullptr) {
     tellOfFault(snippetName_ + fault);

@@ -112,7 +112,10 @@ command_execution::command_execution(WynTextView& text_view, plist::value const&
 bool command_execution::run() {
   find_environment();
   if (lacks_programs()) return false;
-  if (owner_ != nullptr && !owner_->willExecuteCommand(options_)) return true;
+  if (owner_ != nullptr && !owner_->willExecuteCommand(options_)) {
+    text_view_.stopMacro();
+    return true;
+  }
   // Saving may have given the document a name, and another language with that.
   if (options_.saves_first) find_environment();
   input_ = input_for_command(text_view_, options_);

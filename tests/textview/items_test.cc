@@ -1,4 +1,5 @@
 #include "bundles/BundleManager.h"
+#include "commands/command_owner.h"
 #include "path/temporary_folder.h"
 #include "platform/user_defaults.h"
 #include "textview/shown_view.h"
@@ -12,10 +13,23 @@ class items : public shown_view_test {
   static plist::value snippet(std::string const& content) {
     return plist::dictionary{{"content", content}};
   }
+  ~items() override {
+    for (std::string const& name : added_) BundleManager::sharedInstance().removeBundleItem(name);
+  }
+  void add(std::string const& name, std::string const& trigger, std::string const& content) {
+    auto& manager = BundleManager::sharedInstance();
+    manager.addBundleItem(BundleItem::bundleItemWithContent(
+        manager, {{"name", name}, {"uuid", name}, {"tabTrigger", trigger}, {"content", content}},
+        bundles::item_kind::snippet));
+    added_.push_back(name);
+  }
   static void type(shown_view& shown, std::u16string_view keys) {
     for (char16_t const key : keys)
       key == u'\t' ? shown.perform("insertTab:") : shown.view.insertText(std::u16string(1, key));
   }
+
+ private:
+  strings added_;
 };
 
 struct filled_snippet {
@@ -52,6 +66,24 @@ TEST_F(items, snippets_are_filled_in_and_taken_back) {
     EXPECT_EQ(shown.text(), before) << each.content;
     while (steps-- > 0) shown.perform("redo:");
     EXPECT_EQ(shown.text(), after) << each.content;
+  }
+}
+
+// The same text twice, and again where it comes out otherwise.
+TEST_F(items, a_snippet_fits_its_place_each_time) {
+  auto const inserted = [](char const* before, unsigned tab_size, bool soft) {
+    shown_view shown(before);
+    shown.view.setTabSize(tab_size);
+    shown.view.setSoftTabs(soft);
+    shown.perform("insertSnippet:", snippet("{\n\t${1:k}|$1\n}"));
+    type(shown, u"z");
+    return shown.text();
+  };
+  for (int twice = 0; twice < 2; ++twice) {
+    EXPECT_EQ(inserted("|", 2, true), "{\n  z|z\n}");
+    EXPECT_EQ(inserted("  |", 2, true), "  {\n    z|z\n  }");
+    EXPECT_EQ(inserted("|", 3, true), "{\n   z|z\n}");
+    EXPECT_EQ(inserted("|", 3, false), "{\n\tz|z\n}");
   }
 }
 
@@ -141,6 +173,62 @@ TEST_F(items, strokes_of_the_right_button_execute_items) {
   shown.view.setContextMenu(menu);
   shown.view.mouse_down({{60, 50}, platform::mouse_button::right, 1, 0});
   EXPECT_FALSE(shown.host.context_menu.empty());
+}
+
+TEST_F(items, what_stands_before_tab_may_be_long) {
+  std::string const trigger(300, 'x');
+  add("Long", trigger, "y");
+  for (char const* before : {"", " ", "- ", "x", "\U0001d400", "e\u0301"}) {
+    shown_view shown(before + trigger + "|");
+    std::string const typed = shown.text();
+    shown.perform("insertTab:");
+    bool const begins_word = *before == '\0' || std::string_view(before).ends_with(' ');
+    EXPECT_EQ(shown.text(), begins_word ? before + std::string("y") : typed + "\t");
+  }
+}
+
+// In whatever step it was, of whatever macro in it.
+TEST_F(items, a_cancelled_step_ends_all_of_a_macro) {
+  add("One", "tie", "1");
+  add("Two", "tie", "2");
+  struct refusing final : commands::command_owner {
+    bool willExecuteCommand(commands::command_options const&) override { return false; }
+    bool takesOutput(commands::finished_command const&) override { return false; }
+    void openAsNewDocument(text::text_block const&) override {}
+  } owner;
+  auto const command = [](char const* script) {
+    return plist::dictionary{{"command", script}, {"input", "none"}, {"output", "discard"}};
+  };
+  char const* const endless = "while :; do :; done";
+  struct {
+    char const* text;
+    char const* action;
+    plist::value argument;
+    bool saves_first;
+  } const cases[] = {
+      {"a|", "executeCommandWithOptions:", command(endless), false},
+      {"a|", "executeCommandWithOptions:", command("exit 0"), true},
+      {"a|", "insertSnippet:", snippet("`" + std::string(endless) + "`"), false},
+      {"tie|", "expandCodeSnippet:", {}, false},
+      {"while : ;do :;done|", "executeSelectionReplacingSelection:", {}, false},
+      {"|", "findWithOptions:",
+       plist::dictionary{{"findString", "a+(?=\\d)"}, {"regularExpression", true}}, false},
+  };
+  auto const step = [](char const* action, plist::value const& argument) {
+    return plist::dictionary{{"command", action}, {"argument", argument}};
+  };
+  desktop_.busy().cancel_after = 2;
+  for (auto const& [text, action, argument, saves_first] : cases) {
+    std::string const long_text = *text == '|' ? text + std::string(200'000, 'a') : text;
+    shown_view shown(long_text);
+    if (saves_first) shown.view.setCommandOwner(&owner);
+    plist::array const inner = {step(action, argument), step("insertText:", "x")};
+    plist::array const outer = {step("playMacroWithOptions:", inner), step("insertText:", "y")};
+    shown.perform("playMacroWithOptions:", outer);
+    EXPECT_EQ(shown.get(), long_text) << action;
+    shown.perform("playMacroWithOptions:", plist::array{step("insertText:", "z")});
+    EXPECT_NE(shown.text().find('z'), std::string::npos) << action;
+  }
 }
 
 TEST_F(items, macros_leave_clipboard_and_find_options_as_they_were) {
