@@ -105,7 +105,9 @@ class QtDesktop final : public platform::desktop, public WindowOwner {
   QtClipPanel clips_;
   QtCommandPanel commands_;
   QtAppearance appearance_;
-  WaitingKeys waiting_keys_{waits_, busy_, find_panel_};
+  WaitingKeys waiting_keys_{waits_, busy_, find_panel_, [this](platform::key_event const& key) {
+                              return delegate_ != nullptr && delegate_->shouldSwallowEvent(key);
+                            }};
   platform::application_delegate* delegate_ = nullptr;
   bool terminated_ = false;
   std::vector<platform::window*> windows_;  // the one active last comes first

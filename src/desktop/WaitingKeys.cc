@@ -3,9 +3,11 @@
 #include "desktop/BusyPanel.h"
 #include "desktop/EditorWindow.h"
 #include "desktop/FindPanel.h"
+#include "keys/WynKeyEvent.h"
 #include "platform/waiting.h"
 
 #include <QApplication>
+#include <QLineEdit>
 #include <QWindow>
 
 namespace widgets {
@@ -23,8 +25,9 @@ bool WaitingKeys::eventFilter(QObject* target, QEvent* event) {
   bool const is_key = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
   if (!is_key || !target->isWindowType()) return false;
   if (!waits_.is_waiting()) {
-    if (event->type() == QEvent::KeyPress) waits_.did_type();
-    return false;
+    if (event->type() != QEvent::KeyPress) return false;
+    waits_.did_type();
+    return executes_item(*static_cast<QWindow*>(target), *static_cast<QKeyEvent*>(event));
   }
   return take_key(*static_cast<QWindow*>(target), *static_cast<QKeyEvent*>(event));
 }
@@ -45,6 +48,20 @@ bool WaitingKeys::take_key(QWindow& window, QKeyEvent& event) {
   if (meant == widget) return false;
   if (meant != nullptr) QCoreApplication::sendEvent(meant, &event);
   return true;
+}
+
+// Shortcuts of the fields' window come first, and so do Return, Tab and the like.
+bool WaitingKeys::executes_item(QWindow const& window, QKeyEvent const& event) {
+  namespace mod = platform::modifier;
+  QWidget const* const widget = widget_of(window);
+  bool const is_field =
+      widget != nullptr &&
+      (widget == find_.dialog() || (dynamic_cast<EditorFrame const*>(widget) != nullptr &&
+                                    qobject_cast<QLineEdit*>(widget->focusWidget())));
+  if (!is_field) return false;
+  platform::key_event const key = keys_.translate(event);
+  std::uint32_t const held = WynKeyEvent::keyEventWithEvent(key).qualifiers();
+  return (held & (mod::command | mod::control | mod::option)) != 0 && execute_item_(key);
 }
 
 // The window itself if there is no need to do anything. A panel in which one types gets what was
