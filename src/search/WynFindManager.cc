@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace {
 
@@ -20,8 +21,17 @@ constexpr std::size_t history_length = 10;
 constexpr std::array<char const*, 6> names_of_actions = {
     "findNext", "findPrevious", "replace", "replaceAndFind", "replaceAll", "count"};
 
+constexpr char const* options_key = "WynFindPanelOptions";
+
 plist::dictionary const& default_options() {
-  return settings::find("WynFindPanelOptions")->standard.entries();
+  static plist::dictionary const& options = settings::find(options_key)->standard.entries();
+  return options;
+}
+
+// All that is kept for the next run.
+plist::dictionary without_momentary(plist::dictionary options) {
+  for (char const* key : {"findString", "action", "statusText"}) options.erase(key);
+  return options;
 }
 
 platform::find_panel& panel() {
@@ -47,7 +57,7 @@ WynFindManager& WynFindManager::sharedInstance() {
 }
 
 WynFindManager::WynFindManager() : options_(default_options()) {
-  for (auto const& [key, value] : settings::store().dictionary("WynFindPanelOptions"))
+  for (auto const& [key, value] : settings::store().dictionary(options_key))
     if (key != "findString") options_.insert_or_assign(key, value);
 }
 
@@ -78,9 +88,8 @@ platform::find_panel_values WynFindManager::findOptions() {
 
 void WynFindManager::setOptions(plist::dictionary options) {
   readPasteboard();
-  plist::dictionary const old = options_;
   for (auto const& [key, value] : default_options()) options.emplace(key, value);
-  options_ = std::move(options);
+  plist::dictionary const old = std::exchange(options_, std::move(options));
   std::string const find = at(options_, "findString").string_or("");
   if (find != at(old, "findString").string_or("")) {
     writeStringToFindPboard(find);
@@ -94,10 +103,14 @@ void WynFindManager::setOptions(plist::dictionary options) {
   updateShownQuery();
 }
 
+void WynFindManager::setStatusText(std::string const& text) {
+  options_.insert_or_assign("statusText", text);
+}
+
 void WynFindManager::storeOptions() const {
-  plist::dictionary stored = options_;
-  for (char const* momentary : {"findString", "action", "statusText"}) stored.erase(momentary);
-  settings::store().set("WynFindPanelOptions", stored);
+  plist::dictionary stored = without_momentary(options_);
+  if (settings::store().get(options_key).entries() != stored)
+    settings::store().set(options_key, std::move(stored));
 }
 
 void WynFindManager::writeStringToFindPboard(std::string const& string) {
@@ -120,6 +133,7 @@ std::string WynFindManager::findPboardString() {
 void WynFindManager::remember(char const* history, std::string const& entry) {
   if (entry.empty()) return;
   plist::array list = settings::store().array(history);
+  if (!list.empty() && list.front() == plist::value(entry)) return;
   std::erase_if(list, [&](plist::value const& old) { return old.string_or("") == entry; });
   list.insert(list.begin(), entry);
   if (list.size() > history_length) list.resize(history_length);

@@ -32,6 +32,8 @@ class WynFindManager : public platform::find_panel_delegate {
   plist::dictionary const& options();
   /// Keys that are missing take their default values.
   void setOptions(plist::dictionary options);
+  /// What came of the last search, among the options.
+  void setStatusText(std::string const& text);
   /// The options that a search reads.
   platform::find_panel_values findOptions();
 

@@ -158,15 +158,13 @@ std::size_t WynTextView::internalReplaceAllError(plist::value const& options, st
 
 plist::value WynTextView::findWithOptions(plist::dictionary options) {
   WynFindManager& manager = WynFindManager::sharedInstance();
-  recordMacroCommand("findWithOptions:", options);
+  if (isRecordingMacro()) recordMacroCommand("findWithOptions:", options);
   abandonMarkedText();
-  manager.setOptions(options);
-  std::string const action = plist::value(options)["action"].string_or("findNext");
+  manager.setOptions(std::move(options));
+  plist::value const asked = manager.options();
   bool found = false;
-  std::string const status = performFind(action, manager.options(), found);
-  plist::dictionary answered = manager.options();
-  answered.insert_or_assign("statusText", status);
-  manager.setOptions(answered);
+  std::string const status = performFind(asked["action"].string_or("findNext"), asked, found);
+  manager.setStatusText(status);
   return plist::dictionary{{"statusText", status}, {"found", found}};
 }
 

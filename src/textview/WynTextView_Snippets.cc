@@ -51,6 +51,31 @@ std::string output_of(std::string const& code, commands::variables const& variab
   return is_text ? result.output : std::string();
 }
 
+// The one inserted last, since macros insert a snippet again and again.
+class parsed_snippet {
+ public:
+  static constexpr std::size_t longest = 10'000;  // bytes of its text
+
+  parsed_snippet(std::string content, snippet::parse_options const& options,
+                 snippet::snippet_t const& parsed)
+      : snippet(parsed),
+        content_(std::move(content)),
+        indent_(options.indent),
+        tab_size_(options.tab_size),
+        soft_tabs_(options.soft_tabs) {}
+  bool is_of(std::string const& content, snippet::parse_options const& options) const {
+    return content_ == content && indent_ == options.indent && tab_size_ == options.tab_size &&
+           soft_tabs_ == options.soft_tabs;
+  }
+
+  snippet::snippet_t const snippet;
+
+ private:
+  std::string content_, indent_;
+  std::size_t tab_size_;
+  bool soft_tabs_;
+};
+
 // Whether there may be a variable or code in it.
 bool asks_for_variables(std::string_view content) {
   for (std::size_t at = 0; (at = content.find_first_of("`$", at)) != content.npos; ++at) {
@@ -171,13 +196,19 @@ bool WynTextView::insertSnippet(plist::value const& options) {
   text::view& view = *view_;
   snippet::parse_options parsing;
   // Much of it is asked of the whole text, scopes for one.
-  if (asks_for_variables(*content)) parsing.variables = commands::environment_for(this);
+  bool const is_constant = !asks_for_variables(*content);
+  if (!is_constant) parsing.variables = commands::environment_for(this);
   text::iterator const first = view.selection.first().base;
   if (options["disableAutoIndent"].integer_or(0) == 0)
     parsing.indent = unicode::to_utf8(indentation_of(view.storage->line_units(first.line)));
   parsing.tab_size = tabSize();
   parsing.soft_tabs = treatsSpacesAsTabs();
   snippetName_ = textview::name_for_messages("snippet") + ": content: ";
+  static std::unique_ptr<parsed_snippet const> last;
+  if (is_constant && last != nullptr && last->is_of(*content, parsing)) {
+    insertParsedSnippet(last->snippet);
+    return true;
+  }
   bool is_cancelled = false;
   parsing.run_command = [&](std::string const& code, commands::variables const& variables) {
     return output_of(code, variables, snippetName_, is_cancelled);
@@ -194,6 +225,8 @@ bool WynTextView::insertSnippet(plist::value const& options) {
   }
   // Code was waited for, and the text may be another one by now.
   if (view_ != &view || view.storage->current_memento != memento) return false;
+  if (is_constant && warnings.empty() && content->size() <= parsed_snippet::longest)
+    last = std::make_unique<parsed_snippet const>(*content, parsing, *snippet);
   insertParsedSnippet(std::move(*snippet));
   return true;
 }
