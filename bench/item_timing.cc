@@ -14,6 +14,7 @@
 #include <iterator>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bundles/BundleManager.h"
@@ -122,11 +123,17 @@ std::map<std::string, double> completion(std::string const& text) {
   std::u16string const units = unicode::to_utf16(text);
   in.view.view()->storage->insert(in.view.view()->storage->end(-1), units.begin(), units.end());
   in.view.goToLineAndColumn({in.view.view()->storage->lines() / 2, 1});
-  in.type(u"\nco");
-  took["first candidate"] = time_of([&] { in.view.complete(true); });
-  // The rest of the text is looked through while the user reads what came first.
-  took["next candidate"] = median_of(
-      5, [&] { in.view.complete(true); }, [] { platform::desktop::current().loop().run_for(0.5); });
+  // Of several candidates, and of one, after which there is none. The rest of the text is looked
+  // through while the user reads what came first.
+  for (auto const& [letters, further] :
+       {std::pair(u"\nc", "next candidate"), std::pair(u"\nco", "no further candidate")}) {
+    in.type(letters);
+    took["first candidate"] =
+        std::max(took["first candidate"], time_of([&] { in.view.complete(true); }));
+    took[further] = median_of(
+        5, [&] { in.view.complete(true); },
+        [] { platform::desktop::current().loop().run_for(0.5); });
+  }
   return took;
 }
 

@@ -57,6 +57,7 @@ class Items:
         self.table.add_limit("completion in 10 MB, first candidate",
                              took["first candidate"] / 1000, 16)
         self.table.add_limit("… next", took["next candidate"] / 1000, 2)
+        self.table.add_limit("… where there is no next one", took["no further candidate"] / 1000, 2)
         self.table.add_limit("select window over 10,000 items, the slowest letter",
                              took["select window, letter"] / 1000, 16)
         self.table.add_report("… until it is open", f"{took['select window opens'] / 1000:.1f} ms")

@@ -36,6 +36,9 @@ completion_helper::completion_helper(text::view& view) : view_(view) {}
 completion_helper::~completion_helper() = default;
 
 bool completion_helper::setup(typing::typed_view& text_view, platform::responder& first) {
+  // Words that begin like the only candidate would have been candidates, too.
+  bool const knows_words =
+      stands_as_inserted() && words_ != nullptr && words_->is_complete() && !is_repeated(view_);
   timer_.reset();
   words_.reset();
   offered_.clear();
@@ -51,7 +54,7 @@ bool completion_helper::setup(typing::typed_view& text_view, platform::responder
   prefix_length_ = caret.base.column - start.column;
   std::u16string const prefix(line.substr(start.column, prefix_length_));
   plist::value const settings = text_view.stylesForCaretWait(true);
-  if (!typing::disables_words(settings))
+  if (!typing::disables_words(settings) && !knows_words)
     words_ = std::make_unique<typing::nearest_words>(*view_.storage, start.pos(),
                                                      typing::end_of_word(line, start.column),
                                                      std::vector<std::u16string>{prefix});
@@ -102,9 +105,13 @@ bool completion_helper::look_until(std::size_t wanted) {
   return !is_cancelled;
 }
 
-bool completion_helper::can_advance() {
+bool completion_helper::stands_as_inserted() const {
   return inserted_ != 0 && view_.storage->current_memento == revision_ && !view_.has_selection() &&
-         view_.selection.current_mark == end_ && look_until(2) && count() > 1;
+         view_.selection.current_mark == end_;
+}
+
+bool completion_helper::can_advance() {
+  return stands_as_inserted() && look_until(2) && count() > 1;
 }
 
 bool completion_helper::next() {

@@ -49,6 +49,7 @@ class completion_helper {
   void insert();
 
  private:
+  bool stands_as_inserted() const;
   bool look_until(std::size_t count);
   std::size_t count() const;
   std::u16string const& match(std::size_t index) const;
