@@ -113,6 +113,35 @@ fill 4,2 1x16 #ff0000
 )");
 }
 
+TEST_F(drawing, the_field_that_is_filled_in_is_marked) {
+  set("a|\nb");
+  auto const marks = [this] {
+    std::string result;
+    std::istringstream operations(drawn());
+    for (std::string line; std::getline(operations, line);)
+      if (line.starts_with("fill") || line.starts_with("blend")) result += "\n" + line;
+    return result;
+  };
+  perform("insertSnippet:", plist::dictionary{{"content", "[${1:xy\nz} $2]$0."}});
+  EXPECT_EQ(marks(), R"(
+fill 20,2 16x16 #1e364e
+fill 4,18 8x16 #1e364e
+blend 20,2 64x16 #0000ff80
+blend 4,18 8x16 #0000ff80
+fill 12,18 1x16 #ff0000)");
+  view.insertText(std::u16string_view(u"q"));
+  EXPECT_EQ(marks(), R"(
+fill 20,2 8x16 #1e364e
+fill 28,2 1x16 #ff0000)");
+  // An empty one, and then the last, with which the snippet ends.
+  perform("nextSnippetField:");
+  EXPECT_EQ(marks(), R"(
+fill 35,2 3x16 #1e364e
+fill 36,2 1x16 #ff0000)");
+  perform("nextSnippetField:");
+  EXPECT_EQ(marks().find("#1e364e"), std::string::npos);
+}
+
 TEST_F(drawing, wrapped_rows_keep_style_and_background) {
   settings::store().set("WynTextViewLineNumbersEnabled", true);
   view.setSoftWrap(true);
