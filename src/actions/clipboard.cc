@@ -11,17 +11,18 @@ namespace {
 
 namespace type = platform::pasteboard_type;
 
-/// The units of `text` with all line ends as `\n`.
-std::u16string with_line_feeds(std::u16string_view text) {
-  std::u16string result;
-  result.reserve(text.size());
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '\r')
-      result += text[i];
-    else if (i + 1 == text.size() || text[i + 1] != '\n')
-      result += '\n';
+/// The text with all line ends as `\n`. In its place: it may be very large.
+std::u16string with_line_feeds(std::u16string text) {
+  std::size_t kept = std::min(text.find(u'\r'), text.size());
+  for (std::size_t at = kept; at < text.size(); ++at) {
+    bool const is_followed_by_line_feed = at + 1 < text.size() && text[at + 1] == u'\n';
+    if (text[at] != u'\r')
+      text[kept++] = text[at];
+    else if (!is_followed_by_line_feed)
+      text[kept++] = u'\n';
   }
-  return result;
+  text.resize(kept);
+  return text;
 }
 
 }  // namespace
