@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <vector>
@@ -25,7 +26,7 @@ constexpr int ending_signals[] = {SIGINT, SIGTERM, SIGKILL};
 
 /// Leaders that were killed and have not been waited for.
 std::vector<pid_t>& killed_processes() {
-  static std::vector<pid_t> processes;
+  static auto& processes = *new std::vector<pid_t>;
   return processes;
 }
 
@@ -34,6 +35,22 @@ void reap_killed() {
     pid_t const ended = waitpid(each, nullptr, WNOHANG);
     return ended == each || (ended < 0 && errno != EINTR);
   });
+}
+
+/// Leaders of groups that are to end with the program.
+std::vector<pid_t>& running_processes() {
+  static auto& processes = *new std::vector<pid_t>;
+  return processes;
+}
+
+// The program may end in the midst of something, as it does when the display is lost.
+void kill_running() {
+  for (pid_t const each : running_processes()) kill(-each, SIGKILL);
+}
+
+void end_with_program(pid_t process) {
+  static bool const is_registered = std::atexit(kill_running) == 0;
+  if (is_registered) running_processes().push_back(process);
 }
 
 std::vector<char*> pointers_to(std::vector<std::string> const& strings) {
@@ -169,6 +186,7 @@ std::unique_ptr<child_process> child_process::start(child_request const& request
     child->process_ = 0;
     return nullptr;
   }
+  end_with_program(child->process_);
   child->end_ = descriptor(static_cast<int>(syscall(SYS_pidfd_open, child->process_, 0)));
   child->input_ = std::move(input->write);
   child->output_ = std::move(output->read);
@@ -185,6 +203,7 @@ std::unique_ptr<child_process> child_process::start(child_request const& request
 child_process::~child_process() {
   if (process_ == 0) return;
   if (!has_ended()) kill(-process_, SIGKILL);
+  std::erase(running_processes(), process_);
   killed_processes().push_back(process_);
   reap_killed();
 }
