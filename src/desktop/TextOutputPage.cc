@@ -14,6 +14,23 @@ namespace {
 constexpr int read_period = 30;                // milliseconds
 constexpr std::size_t read_at_once = 1 << 16;  // bytes: keys and clicks come in between
 constexpr int most_lines = 200'000;            // older ones are dropped
+constexpr int longest_line = 4096;             // units: what is added lays its line out again
+
+/// The text with ends in lines that are too long; `length` is that of the last line so far.
+QString with_short_lines(QString const& text, int& length) {
+  QString result;
+  result.reserve(text.size());
+  for (QChar const unit : text) {
+    if (unit == QLatin1Char('\n')) {
+      length = 0;
+    } else if (++length > longest_line && !unit.isLowSurrogate()) {
+      result += QLatin1Char('\n');
+      length = 1;
+    }
+    result += unit;
+  }
+  return result;
+}
 
 }  // namespace
 
@@ -77,6 +94,7 @@ TextOutputPage::~TextOutputPage() {
 void TextOutputPage::load(std::string const&, std::shared_ptr<platform::page_stream> content) {
   stop_loading();
   text_->clear();
+  line_length_ = 0;
   stream_ = std::move(content);
   reader_ = std::make_unique<platform::html_text>();
   timer_.start();
@@ -112,7 +130,7 @@ void TextOutputPage::show(std::vector<platform::html_text::span> const& spans) {
       format.setForeground(text_->palette().link());
       format.setFontUnderline(true);
     }
-    end.insertText(qstring(text), format);
+    end.insertText(with_short_lines(qstring(text), line_length_), format);
   }
   end.endEditBlock();
 }

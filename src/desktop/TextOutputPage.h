@@ -51,6 +51,7 @@ class TextOutputPage final : public OutputPage {
   QTimer timer_;
   std::shared_ptr<platform::page_stream> stream_;
   std::unique_ptr<platform::html_text> reader_;
+  int line_length_ = 0;  // units, of the last line
 };
 
 }  // namespace widgets

@@ -38,6 +38,23 @@ std::string names_of(std::uint32_t modifiers) {
   return result;
 }
 
+// What a tool tip has room for: a command may write any amount.
+std::u16string beginning_of(std::u16string_view text) {
+  constexpr std::size_t most_lines = 60, longest_line = 300;  // units
+  std::u16string result;
+  for (std::size_t lines = 0; !text.empty(); ++lines) {
+    if (lines == most_lines) return result + u'\u2026';
+    std::u16string_view const line = text.substr(0, text.find(u'\n'));
+    std::size_t end = std::min(line.size(), longest_line);
+    if (end < line.size() && (line[end - 1] & 0xFC00) == 0xD800) --end;
+    result += line.substr(0, end);
+    if (end < line.size()) result += u'\u2026';
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    if (!text.empty()) result += u'\n';
+  }
+  return result;
+}
+
 // Only where they have more than the root in common.
 std::string seen_from(std::string const& folder, std::string const& path) {
   std::filesystem::path const from(folder), to(path);
@@ -159,7 +176,7 @@ bool WynTextView::selectCommandResult(plist::value const& place) {
 
 void WynTextView::showToolTip(std::u16string_view text) {
   if (host_ == nullptr || view_ == nullptr) return;
-  host_->show_tool_tip({std::u16string(text), layout::caret_rectangle(*this)});
+  host_->show_tool_tip({beginning_of(text), layout::caret_rectangle(*this)});
 }
 
 // Of the selected text or, without any, of the caret's line, as a script.

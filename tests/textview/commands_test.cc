@@ -56,6 +56,20 @@ TEST_F(commands_on_text, output_goes_where_it_is_to_go) {
   }
 }
 
+TEST_F(commands_on_text, a_tool_tip_has_the_beginning_of_a_flood) {
+  shown_view shown("|");
+  for (auto const& [script, lines, end] :
+       {std::tuple("yes | head -c 3000000", 60, u"y\n\u2026"),
+        {"yes \xF0\x9F\x98\x80 | tr -d '\\n' | head -c 3000000", 0, u"\U0001F600\u2026"}}) {
+    shown.perform("executeCommandWithOptions:",
+                  plist::dictionary{{"command", script}, {"output", "showAsTooltip"}});
+    std::u16string const& tip = shown.host.tool_tip;
+    EXPECT_LT(tip.size(), 400u);
+    EXPECT_EQ(std::count(tip.begin(), tip.end(), u'\n'), lines);
+    EXPECT_TRUE(tip.ends_with(end)) << unicode::to_utf8(tip);
+  }
+}
+
 TEST_F(commands_on_text, variables_tell_of_the_text) {
   for (data_row const& row : data_rows("commands.txt", "environment")) {
     shown_view shown;
