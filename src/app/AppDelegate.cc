@@ -482,6 +482,7 @@ bool AppDelegate::applicationShouldTerminate() {
   isAskingToQuit_ = true;
   bool const agreed = confirmQuitting();
   isAskingToQuit_ = false;
+  if (agreed && htmlOutputs_ != nullptr) htmlOutputs_->keepPlacements();
   return agreed;
 }
 
@@ -496,6 +497,7 @@ bool AppDelegate::applicationMustTerminate() {
                   error->message);
     all_kept = false;
   }
+  if (htmlOutputs_ != nullptr) htmlOutputs_->keepPlacements();
   settings::store().save();
   clips_.save();
   return all_kept;

@@ -53,6 +53,8 @@ class WynHTMLOutputManager : public platform::html_window_delegate,
   bool isDone() const { return task_ == nullptr; }
   /// Asks, if the command is still running. False to leave it alone.
   bool askToStop();
+  /// For the next window of the command. Closing does it, too.
+  void keepPlacement() const;
   platform::html_window& window() { return *window_; }
 
   /// Windows whose command has ended, by the command's UUID. Null if there is none.
@@ -115,7 +117,8 @@ class WynHTMLOutputManager : public platform::html_window_delegate,
   std::unique_ptr<platform::timer> endTimer_, flushTimer_;
   std::shared_ptr<platform::page_stream> page_;
   std::unique_ptr<commands::link_places> links_;
-  std::size_t received_ = 0, mostReceived_ = 0;  // bytes
+  std::size_t received_ = 0;                 // bytes
+  std::size_t weight_ = 0, mostWeight_ = 0;  // of them in a page
   double lastOutput_ = 0;
   bool isTerminating_ = false, isAsking_ = false;
   std::uint64_t run_ = 0;  // tells its runs apart

@@ -47,6 +47,10 @@ bool html_outputs::askToStopAll() {
   return true;
 }
 
+void html_outputs::keepPlacements() const {
+  for (auto const& manager : managers_) manager->keepPlacement();
+}
+
 void html_outputs::didCloseWindow(WynHTMLOutputManager& manager) {
   auto const it = std::find_if(managers_.begin(), managers_.end(),
                                [&](auto const& own) { return own.get() == &manager; });

@@ -26,6 +26,8 @@ class html_outputs : public commands::html_output, public html_output_owner {
 
   /// Asks about each command that is still running; false if one is to go on.
   bool askToStopAll();
+  /// Before the program ends with windows open.
+  void keepPlacements() const;
 
   // html_output_owner
   platform::responder& lastResponder() override { return last_; }

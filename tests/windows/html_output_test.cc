@@ -3,6 +3,7 @@
 #include "headless/headless_desktop.h"
 #include "path/temporary_folder.h"
 #include "platform/own_defaults.h"
+#include "settings/store.h"
 #include "windows/html_outputs.h"
 #include "windows/page_urls.h"
 
@@ -168,12 +169,17 @@ TEST_F(html_output_test, where_a_window_was_is_kept_by_command) {
   window.place = "there";
   window.close();
   EXPECT_EQ(run("true").place, "there");
-  EXPECT_EQ(run("true", {{"uuid", "V"}}).place, "");
+  auto& other = run("true", {{"uuid", "V"}});
+  EXPECT_EQ(other.place, "");
+  // One that is open when the program ends.
+  other.place = "elsewhere";
+  outputs.keepPlacements();
+  EXPECT_EQ(settings::store().dictionary("WynHTMLOutputFrames")["HTML Output V"], "elsewhere");
 }
 
 // A page that doesn't read holds the command up, and nothing fills memory meanwhile.
 TEST_F(html_output_test, a_flood_waits_for_the_page_and_asks_for_more) {
-  auto& window = run("yes | head -c 3000000; echo; yes no");
+  auto& window = run("yes '0123456789 0123456789' | head -c 3000000; echo; yes no");
   for (int i = 0; i < 50; ++i) {
     desktop.loop().run_for(0.01);
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -189,6 +195,18 @@ TEST_F(html_output_test, a_flood_waits_for_the_page_and_asks_for_more) {
   desktop.alerts().answer("Show more output?", "Stop Task");
   EXPECT_TRUE(until_done(second));
   EXPECT_LT(second.shown.size(), 6'000'000u);
+  // What many short lines and elements take of memory counts, too.
+  platform::user_defaults::standard().set("WynCommandOutputLimit", 4);
+  std::size_t long_lines = 0;
+  for (char const* script :
+       {"yes 'a line of many words that takes little beside its text'", "yes", "yes '<b>x</b>'"}) {
+    auto& each = run(script);
+    EXPECT_TRUE(until_done(each));
+    if (long_lines == 0)
+      long_lines = each.shown.size();
+    else
+      EXPECT_LT(2 * each.shown.size(), long_lines + 100'000) << script;
+  }
 }
 
 TEST_F(html_output_test, commands_end_in_all_ways) {
@@ -359,14 +377,14 @@ TEST_F(html_output_test, links_lead_to_files_and_places_alone) {
 }
 
 TEST_F(html_output_test, a_lost_page_is_offered_again) {
-  auto& window = run("echo $((++n)) >>count; seq 1000000");
+  auto& window = run("echo $((++n)) >>count; seq 30000");
   window.delegate()->pageProcessDidEnd();
   EXPECT_NE(window.message, "");
   EXPECT_TRUE(until_done(window));
   window.delegate()->performSelectorWithObject("reloadOutput:", {});
   EXPECT_EQ(window.message, "");
   EXPECT_TRUE(until_done(window));
-  EXPECT_TRUE(window.shown.ends_with("1000000\n"));
+  EXPECT_TRUE(window.shown.ends_with("30000\n"));
   EXPECT_EQ(temporary_folder::read(folder / "count"), "1\n1\n");
   window.delegate()->performSelectorWithObject("printDocument:", {});
   EXPECT_EQ(window.prints, 1);
