@@ -85,8 +85,11 @@ command_options read_command(plist::value const& command) {
   result.each_row = is_set(command["eachRow"]);
   std::string const before = command["beforeRunningCommand"].string_or("nop");
   result.saves_first = before == "saveActiveFile" || before == "saveModifiedFiles";
-  for (plist::value const& name : command["requiredCommands"].elements())
-    if (std::string const text = name.string_or(""); !text.empty()) result.required.push_back(text);
+  for (plist::value const& each : command["requiredCommands"].elements()) {
+    required_program program{each.string_or(each["command"].string_or("")),
+                             each["package"].string_or("")};
+    if (!program.name.empty()) result.required.push_back(std::move(program));
+  }
   return result;
 }
 
@@ -106,12 +109,24 @@ bool is_failure(int status) {
   return status != 0 && !disposition_of_status(status);
 }
 
-std::vector<std::string> missing_programs(std::vector<std::string> const& names,
-                                          std::string const& path) {
-  std::vector<std::string> result;
-  std::copy_if(names.begin(), names.end(), std::back_inserter(result),
-               [&](std::string const& name) { return !is_found(name, path); });
+std::vector<required_program> missing_programs(std::vector<required_program> const& programs,
+                                               std::string const& path) {
+  std::vector<required_program> result;
+  std::copy_if(programs.begin(), programs.end(), std::back_inserter(result),
+               [&](required_program const& each) { return !is_found(each.name, path); });
   return result;
+}
+
+std::string report_of_missing(std::vector<required_program> const& missing,
+                              std::string const& path) {
+  std::string names, packages;
+  for (auto const& [name, package] : missing) {
+    names += (names.empty() ? "" : ", ") + name;
+    if (!package.empty()) packages += " " + package;
+  }
+  return "it needs " + names + (missing.size() > 1 ? ", which are" : ", which is") +
+         " in no folder of the PATH (" + path + ")" +
+         (packages.empty() ? "" : ". On Debian and Ubuntu: sudo apt install" + packages);
 }
 
 }  // namespace commands

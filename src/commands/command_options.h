@@ -25,6 +25,12 @@ enum class disposition {
   replace_selection  ///< the same as the first, and selects it
 };
 
+/// A program without which a command can't work.
+struct required_program {
+  std::string name;
+  std::string package = {};  ///< of Debian, that has it; may be empty
+};
+
 /// A command as its dictionary describes it.
 struct command_options {
   std::string name;  ///< for messages; may be empty
@@ -38,7 +44,7 @@ struct command_options {
   bool keeps_indent = false;  ///< a snippet is inserted without the indentation of its line
   bool each_row = false;      ///< of a column selection each row is read by a run of its own
   bool saves_first = false;
-  std::vector<std::string> required;  ///< names of programs without which it can't work
+  std::vector<required_program> required;
 };
 
 /// Words that mean nothing here count as absent, and are reported once.
@@ -50,7 +56,10 @@ std::optional<disposition> disposition_of_status(int status);
 bool is_failure(int status);
 
 /// Those of the programs that aren't in any folder of the PATH.
-std::vector<std::string> missing_programs(std::vector<std::string> const& names,
-                                          std::string const& path);
+std::vector<required_program> missing_programs(std::vector<required_program> const& programs,
+                                               std::string const& path);
+/// That they are missing, and how they are installed, for the user. At least one.
+std::string report_of_missing(std::vector<required_program> const& missing,
+                              std::string const& path);
 
 }  // namespace commands

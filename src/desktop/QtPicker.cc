@@ -25,6 +25,7 @@ namespace {
 
 constexpr int most_rows = 12;  // in sight
 constexpr int width_in_letters = 90;
+constexpr int help_lines = 2;
 
 class PickerDialog final : public QDialog {
  public:
@@ -41,6 +42,7 @@ class PickerDialog final : public QDialog {
   void place();
   void rows_changed();
   void show_note();
+  void show_help();
   bool handle_key(QKeyEvent& event);
   bool move_in_rows(int key);
   void show_key(QKeyEvent const& event);
@@ -51,6 +53,7 @@ class PickerDialog final : public QDialog {
   bool has_key_ = false;  // one has been pressed to be looked up
   QLineEdit* const field_ = new QLineEdit(this);
   QListView* const list_ = new QListView(this);
+  QLabel* const help_ = new QLabel(this);
   QLabel* const note_ = new QLabel(this);
   PickerModel* const model_ = new PickerModel(source_, this);
   KeyTranslation keys_;
@@ -75,11 +78,17 @@ PickerDialog::PickerDialog(platform::picker_request const& request, platform::pi
   list_->setFrameShape(QFrame::NoFrame);
   list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   list_->setVerticalScrollMode(QAbstractItemView::ScrollPerItem);
+  help_->setTextFormat(Qt::PlainText);
+  help_->setWordWrap(true);
+  help_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+  help_->setFixedHeight(help_lines * help_->fontMetrics().lineSpacing());
+  help_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+  help_->setVisible(request.has_help);
   note_->setTextFormat(Qt::PlainText);
   note_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
   auto* const column = new QVBoxLayout(this);
-  for (QWidget* const part :
-       {static_cast<QWidget*>(field_), static_cast<QWidget*>(list_), static_cast<QWidget*>(note_)})
+  for (QWidget* const part : {static_cast<QWidget*>(field_), static_cast<QWidget*>(list_),
+                              static_cast<QWidget*>(help_), static_cast<QWidget*>(note_)})
     column->addWidget(part);
   int const space = fontMetrics().height() / 3;
   column->setContentsMargins(space, space, space, space);
@@ -94,6 +103,7 @@ PickerDialog::PickerDialog(platform::picker_request const& request, platform::pi
   connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, this,
           [this](QModelIndex const& now) {
             field_->setAccessibleDescription(now.data(Qt::AccessibleTextRole).toString());
+            show_help();
           });
   place();
   rows_changed();
@@ -127,6 +137,7 @@ void PickerDialog::rows_changed() {
   model_->reset();
   QModelIndex const first = model_->index(0, 0);
   if (first.isValid()) list_->setCurrentIndex(first);
+  show_help();
   show_note();
 }
 
@@ -136,6 +147,17 @@ void PickerDialog::show_note() {
   note_->setText(note_->fontMetrics().elidedText(text, Qt::ElideLeft, note_->width()));
   note_->setAccessibleName(text);
   note_->setToolTip(text);
+}
+
+// What has no room is in the tool tip.
+void PickerDialog::show_help() {
+  if (help_->isHidden()) return;
+  QModelIndex const now = list_->currentIndex();
+  QString const text =
+      now.isValid() ? qstring(source_.help(static_cast<std::size_t>(now.row()))) : QString();
+  help_->setText(text);
+  help_->setToolTip(text);
+  help_->setAccessibleName(text);
 }
 
 bool PickerDialog::eventFilter(QObject* watched, QEvent* event) {

@@ -31,6 +31,8 @@ class picker_source {
   virtual std::vector<std::string> pending_keys() const { return {}; }
   virtual std::size_t count() const = 0;
   virtual picker_row row(std::size_t index) const = 0;
+  /// What a row is for, in sentences, shown while it is the one that would be chosen; may be empty.
+  virtual std::string help(std::size_t /*index*/) const { return {}; }
   /// A line about all of it, shown below the rows; may be empty.
   virtual std::string note() const = 0;
 
@@ -43,6 +45,7 @@ struct picker_request {
   /// Keys go to the source instead of a field for text. Once one has been pressed, and none is
   /// pending, the arrow keys and Return are for the rows.
   bool takes_keys = false;
+  bool has_help = false;  ///< there is room for what the source says of rows
 };
 
 /// A box in which one of many things is found by a few letters, or by a key, and chosen. Modal and

@@ -144,14 +144,10 @@ void command_execution::find_environment() {
 }
 
 bool command_execution::lacks_programs() {
-  auto const missing =
-      commands::missing_programs(options_.required, commands::child_path(environment_));
-  if (missing.empty()) return false;
-  std::string names;
-  for (std::string const& name : missing) names += (names.empty() ? "" : ", ") + name;
-  fail("it needs " + names + (missing.size() > 1 ? ", which are" : ", which is") +
-       " in no folder of the PATH (" + commands::child_path(environment_) + ")");
-  return true;
+  std::string const path = commands::child_path(environment_);
+  auto const missing = commands::missing_programs(options_.required, path);
+  if (!missing.empty()) fail(commands::report_of_missing(missing, path));
+  return !missing.empty();
 }
 
 void command_execution::add_place(text::view_iterator const& at) {

@@ -3,6 +3,7 @@
 #include "keys/WynKeyEvent.h"
 #include "platform/unicode.h"
 #include "platform/utf.h"
+#include "windows/item_help.h"
 #include "windows/key_meanings.h"
 
 #include <algorithm>
@@ -64,8 +65,9 @@ WynSelectBundleItem::WynSelectBundleItem(BundleManager& manager, bundles::item_v
 }
 
 platform::picker_request WynSelectBundleItem::request() const {
-  return {isSearchingKeyEquivalents_ ? "Select by Key" : "Select Bundle Item",
-          isSearchingKeyEquivalents_};
+  return {.title = isSearchingKeyEquivalents_ ? "Select by Key" : "Select Bundle Item",
+          .takes_keys = isSearchingKeyEquivalents_,
+          .has_help = true};
 }
 
 void WynSelectBundleItem::add(std::shared_ptr<BundleItem> const& item, bool applies) {
@@ -244,6 +246,11 @@ platform::picker_row WynSelectBundleItem::row(std::size_t index) const {
     result.enabled = each.action.enabled;
   }
   return result;
+}
+
+std::string WynSelectBundleItem::help(std::size_t index) const {
+  auto const& item = choices_[displayItems_[index]].item;
+  return item == nullptr ? "" : windows::help_of(*item);
 }
 
 bool WynSelectBundleItem::accept(std::size_t row) {

@@ -48,6 +48,7 @@ class WynSelectBundleItem final : public platform::picker_source {
   std::vector<std::string> pending_keys() const override;
   std::size_t count() const override { return displayItems_.size(); }
   platform::picker_row row(std::size_t index) const override;
+  std::string help(std::size_t index) const override;
   std::string note() const override { return note_; }
 
  private:

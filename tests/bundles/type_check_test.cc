@@ -11,7 +11,8 @@ plist::dictionary all_wrong(bundles::key_types const& keys, char const* uuid) {
   for (auto const& [key, type] : keys) {
     using enum bundles::content_type;
     bool const wants_text = type != list && type != texts && type != table && type != captures &&
-                            type != pairs && type != variables && type != menu && type != number;
+                            type != pairs && type != programs && type != variables &&
+                            type != menu && type != number;
     result.emplace(key, wants_text ? plist::value(plist::array{1}) : plist::value("x"));
   }
   result.insert_or_assign("uuid", uuid);

@@ -20,6 +20,7 @@ MODIFIERS = {"@": "Ctrl", "~": "Alt", "$": "Shift", "^": "Super"}
 FUNCTION_KEYS = {chr(0xF703 + number): f"F{number}" for number in range(1, 13)}
 FOLDERS = {"Commands": "commands", "Snippets": "snippets", "Macros": "macros", "Templates": "templates"}
 SEPARATOR = "-" * 36
+WRITES = {"temporary": "Writes temporary files.", "folder": "Writes into the folder.", "anywhere": "May write anywhere."}
 
 
 def read_bundles():
@@ -174,13 +175,30 @@ def faults_of_commands(commands):
     for file, item in commands:
         if not item.get("keyEquivalent") or not item.get("help", "").endswith("."):
             yield f"{file}: it needs a key, and a help text of whole sentences"
-        if "sudo" in item["command"] or re.search(r"\beval\b", item["command"]):
+        script = item["command"]
+        if "sudo" in script or re.search(r"\beval\b", script):
             yield f"{file}: it asks for another user's rights, or evaluates a text"
+        needed = {each["command"] for each in item.get("requiredCommands", [])}
+        if not all(each.get("package") for each in item.get("requiredCommands", [])):
+            yield f"{file}: it needs programs without saying which package has them"
+        if re.search(r"\bqn_(python|report|run)\b", script) and "python3" not in needed:
+            yield f"{file}: it needs python3 without saying so"
+        if re.match(r"qn_require [a-z]", script):
+            yield f"{file}: it asks for a program that belongs in requiredCommands"
+        writes = item.get("writesTo", [])
+        if re.search(r"\b(qn_temporary_folder|qn_document_file|qn_format|mktemp)\b", script) and "temporary" not in writes:
+            yield f"{file}: it writes temporary files without saying so"
+        if "qn_run" in script and "anywhere" not in writes:
+            yield f"{file}: it runs a document without saying that this may write anywhere"
+
+
+def help_of(item):
+    return " ".join([item["help"], *(WRITES[place] for place in item.get("writesTo", []))])
 
 
 def listed_commands(bundle, info, items):
     by_uuid = {item["uuid"]: item for _, item in items["Commands"]}
-    rows = [f"| {key_name(item['keyEquivalent'])} | {item['name']} | {item['help']} |".replace("| | |", "| `|` |")
+    rows = [f"| {key_name(item['keyEquivalent'])} | {item['name']} | {help_of(item)} |".replace("| | |", "| `|` |")
             for uuid in menu_order(info) if (item := by_uuid.get(uuid))]
     return [f"## {bundle}", "", "| Key | Command | |", "|---|---|---|", *rows, ""] if rows else []
 

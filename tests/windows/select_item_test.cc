@@ -79,6 +79,7 @@ class select_item : public bundle_test {
   }
 
   noting_view view;
+  std::unique_ptr<WynSelectBundleItem> window_;
 
  private:
   void item(std::string const& uuid, std::string const& name, std::string const& more) {
@@ -102,8 +103,21 @@ class select_item : public bundle_test {
       '#~b' = ( 'moveBackward:', 'insertText:', x ); '^x' = { '^u' = 'moveWordLeft:'; }; })",
                                                       nullptr)
                                            .as_dictionary();
-  std::unique_ptr<WynSelectBundleItem> window_;
 };
+
+TEST_F(select_item, a_command_says_what_it_is_for) {
+  put("share/Bundles/A.qnbundle/Commands/C1.qnCommand",
+      "{ name = Shape; uuid = 'C1'; command = x; help = 'Shapes it.'; requiredCommands = ( sh, { "
+      "command = git; package = git; } ); beforeRunningCommand = saveActiveFile; writesTo = ( "
+      "temporary, nowhere, anywhere ); }");
+  open();
+  EXPECT_EQ(titles("shape"), names{"Shape"});
+  EXPECT_EQ(window_->help(0),
+            "Shapes it. Needs sh, git. Saves the document first. Writes temporary files. May write "
+            "anywhere, as what it runs does.");
+  EXPECT_EQ(titles("for l"), names{"For Loop"});
+  EXPECT_EQ(window_->help(0), "");
+}
 
 TEST_F(select_item, lists_items_by_score_and_then_every_action_once) {
   open();

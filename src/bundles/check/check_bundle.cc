@@ -156,12 +156,19 @@ class file_check {
   void value(plist::value const& v, way const& to, content_type type) {
     using enum content_type;
     auto const tell = [this](way const& part, std::string const& reason) { at(part, reason); };
-    if (!check_type(v, to, type, tell) || !v.as_string()) return;
+    if (!check_type(v, to, type, tell)) return;
+    auto const& choices = choices_for(to.back());
+    auto const choose = [&](plist::value const& chosen, way const& where) {
+      std::string const word = chosen.string_or("");
+      if (!choices.empty() && std::find(choices.begin(), choices.end(), word) == choices.end())
+        at(where, "cannot be \"" + word + "\"");
+    };
+    std::size_t n = 0;
+    for (plist::value const& each : v.elements()) choose(each, below(to, std::to_string(n++)));
+    if (!v.as_string()) return;
+    choose(v, to);
     std::string const& string = *v.as_string();
     std::string reason;
-    auto const& choices = choices_for(to.back());
-    if (!choices.empty() && std::find(choices.begin(), choices.end(), string) == choices.end())
-      at(to, "cannot be \"" + string + "\"");
     if (type == pattern || type == end_pattern) expression(string, to, type == end_pattern);
     if (type == selector && !scope::parse_selector(string, &reason))
       at(to, "invalid scope selector: " + reason);

@@ -16,7 +16,8 @@ key_types const command_keys = {{"command", text},
                                 {"inputFormat", text},
                                 {"output", text},
                                 {"beforeRunningCommand", text},
-                                {"requiredCommands", texts},
+                                {"requiredCommands", programs},
+                                {"writesTo", texts},
                                 {"eachRow", number},
                                 {"disableOutputAutoIndent", number},
                                 {"autoScrollOutput", number},
@@ -138,7 +139,8 @@ std::vector<std::string_view> const& choices_for(std::string_view key) {
       {"output",
        {"discard", "replaceSelectedText", "replaceDocument", "afterSelectedText", "insertAsSnippet",
         "showAsHTML", "showAsTooltip", "openAsNewDocument", "replaceSelection", "insertAsText"}},
-      {"beforeRunningCommand", {"nop", "saveActiveFile", "saveModifiedFiles"}}};
+      {"beforeRunningCommand", {"nop", "saveActiveFile", "saveModifiedFiles"}},
+      {"writesTo", {"temporary", "folder", "anywhere"}}};
   static std::vector<std::string_view> const none;
   auto const found = all.find(key);
   return found == all.end() ? none : found->second;

@@ -29,6 +29,7 @@ enum class content_type : std::uint8_t {
   menu,       // a table of items, excludedItems and submenus
   groups,     // a table from UUID to a table with name and items
   program,    // substitutions for symbols
+  programs,   // a list of names, or of tables with command and package
 };
 using key_types = std::map<std::string_view, content_type>;
 

@@ -49,6 +49,7 @@ char const* fault_of(plist::value const& v, content_type type) {
     case list:
     case texts:
     case pairs:
+    case programs:
     case variables:
       return v.as_array() ? nullptr : "is not an array";
     case table:
@@ -82,6 +83,8 @@ void check_element(plist::value const& part, place const& to, content_type type,
   if (type == texts && !is_text(part)) tell(to.path(), "is not a string");
   if (type == pairs && (pair.size() != 2 || !std::all_of(pair.begin(), pair.end(), is_text)))
     tell(to.path(), "is not a pair of strings");
+  if (type == programs && !is_text(part) && !is_text(part["command"]))
+    tell(to.path(), "is no name of a program");
   if (type == variables && (!is_text(part["name"]) || !is_text(part["value"])))
     tell(to.path(), "is no name with a value");
 }
