@@ -1,5 +1,5 @@
 # Windows with the output of commands: pages in the real browser, what their scripts may do and
-# what not, places in files, and the same as text where there is no browser.
+# what not, places in files.
 bundle=$XDG_DATA_HOME/Quirnote/Bundles/Pages.qnbundle
 mkdir -p "$bundle/Commands" sub
 cat >"$bundle/info.plist" <<'END_OF_FILE'
@@ -109,8 +109,12 @@ for n in 1 2 3 4; do echo "text $n"; done | tee file.txt >sub/other.txt
 with_defaults '<key>WynCommandOutputLimit</key><integer>4096</integer>'  # no question meanwhile
 start_editor file.txt
 wait_window 'file.txt'
+# Nothing of the browser is loaded before its first page.
+has_browser() { grep -q -i 'desktop_web\|webengine' "/proc/$editor_pid/maps"; }
+[[ -z $(has_browser && echo loaded) ]]
 keys ctrl+super+1
 wait_window '^Scripts'
+has_browser
 scripts=$window
 touch go_on
 wait_until eval '[[ -e results ]]'
@@ -140,6 +144,13 @@ keys ctrl+super+1
 wait_until eval '[[ -e results ]]'
 wait_window '^Scripts'
 [[ $window == "$scripts" ]]
+
+# It is printed, here into a file.
+keys ctrl+p
+wait_window '^Print'
+keys Return
+is_printed() { [[ $(head -c 5 "$HOME/print.pdf") == %PDF- && $(tail -c 6 "$HOME/print.pdf") == *%%EOF* ]]; }
+wait_until is_printed
 
 # A page reaches nothing: not a server on this machine, nor files, windows or downloads.
 rm results
@@ -198,21 +209,3 @@ wait_window 'file.txt'
 keys ctrl+q
 wait_exit
 no_window .
-
-# Without the browser the same output is text, and leads to the same places.
-mkdir -p tree/bin tree/lib tree/share
-cp "$editor" tree/bin
-cp -r "$(dirname "$editor")/../lib/quirnote" tree/lib
-rm -f tree/lib/quirnote/desktop_web.so
-cp -r "$gui/../../share" tree/share/Quirnote
-start tree/bin/quirnote file.txt
-wait_window 'file.txt'
-keys ctrl+super+1
-wait_window '^Scripts'
-wait_until eval '[[ -z $(pgrep -f "[w]hile.*go_on") ]]'
-go_by F8 'file.txt'
-type_text 'F'
-keys ctrl+s
-expect_file file.txt $'text 1\ntext 2\ntFBCDEAext 3\ntext 4\n'
-keys ctrl+q
-wait_exit
