@@ -73,6 +73,14 @@ std::size_t screen_image::coloured() const {
   return count;
 }
 
+std::size_t screen_image::count(std::uint32_t color) const {
+  std::size_t count = 0;
+  for (std::size_t y = 0; y < height_; ++y)
+    count += static_cast<std::size_t>(std::count_if(
+        row(y), row(y) + width_, [&](std::uint32_t p) { return (p & 0xFFFFFF) == color; }));
+  return count;
+}
+
 std::size_t screen_image::differences(std::vector<std::uint32_t> const& before,
                                       std::size_t from_row) const {
   std::size_t count = 0;

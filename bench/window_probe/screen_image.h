@@ -24,6 +24,8 @@ class screen_image {
   std::size_t edges() const;
   /// Pixels that are far from grey.
   std::size_t coloured() const;
+  /// Pixels of that colour, RRGGBB.
+  std::size_t count(std::uint32_t color) const;
   /// Pixels that are others than in `before`, which has the same size, in rows from `from_row` on.
   std::size_t differences(std::vector<std::uint32_t> const& before, std::size_t from_row = 0) const;
   std::vector<std::uint32_t> pixels() const;

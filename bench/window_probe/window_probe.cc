@@ -10,6 +10,13 @@
 //     window_probe comment PROGRAM ...           from the second key of a comment that is opened
 //                                                at the beginning until nothing changes any more
 //     window_probe comment-far PROGRAM ...       the same with a jump to the end right after it
+//     window_probe pages COUNT PROGRAM ...       from each of COUNT presses of F12, which shows a
+//     page
+//                                                that is red and green in turns, until it is seen
+//     window_probe flood FILE COUNT PROGRAM ...  from each of COUNT key presses to its pixels while
+//                                                a page grows that F12 shows, then from a click on
+//                                                "Stop Task" until the process is gone whose number
+//                                                is in the file
 //
 // Prints one line of JSON with milliseconds, and the program's memory (kB, resident and
 // proportional) at that moment. Needs a display without a window manager: Xvfb.
@@ -65,6 +72,7 @@ class probe {
       waitpid(pid_, nullptr, 0);
     }
     images_.clear();
+    page_image_.reset();
     XCloseDisplay(display_);
   }
 
@@ -186,6 +194,55 @@ class probe {
     return last;
   }
 
+  // A page comes in a window of its own, which may be there already.
+  double press_for_page(std::uint32_t color) {
+    constexpr std::size_t much = 20000;  // pixels
+    XSetInputFocus(display_, window_, RevertToParent, CurrentTime);
+    drain(300);
+    auto const pressed = clock_type::now();
+    send_key(XK_F12);
+    while (ms_since(pressed) < give_up) {
+      watch_for_page();
+      if (page_ == 0) continue;
+      if (!page_image_) page_image_ = std::make_unique<screen_image>(display_, page_, margin);
+      double const now = ms_since(pressed);
+      if (page_image_->grab() && page_image_->count(color) > much) return now;
+      usleep(1000);
+    }
+    fail("no page");
+  }
+
+  // Side by side: nothing is measured of a window that another one covers.
+  void begin_flood() {
+    send_key(XK_F12);
+    while (page_ == 0 && ms() < give_up) watch_for_page();
+    if (page_ == 0) fail("no page");
+    drain(500);
+    XMoveResizeWindow(display_, window_, 0, 0, 600, 700);
+    XMoveResizeWindow(display_, page_, 640, 0, 600, 700);
+    XSetInputFocus(display_, window_, RevertToParent, CurrentTime);
+    drain(500);
+    watch();
+  }
+
+  double click_until_gone(std::string const& pid_file) {
+    long process = 0;
+    std::ifstream(pid_file) >> process;
+    if (process == 0) fail("the command has left no number");
+    XTestFakeMotionEvent(display_, -1, 640 + 600 - 40, 700 - 14, CurrentTime);
+    XTestFakeButtonEvent(display_, 1, True, CurrentTime);
+    XTestFakeButtonEvent(display_, 1, False, CurrentTime);
+    XFlush(display_);
+    auto const clicked = clock_type::now();
+    while (ms_since(clicked) < give_up) {
+      std::string state;
+      std::getline(std::ifstream("/proc/" + std::to_string(process) + "/stat"), state);
+      if (state.empty() || state.find(") Z ") != state.npos) return ms_since(clicked);
+      usleep(1000);
+    }
+    fail("the command goes on");
+  }
+
   // What it has used so far, in ms.
   double cpu() const { return static_cast<double>(cpu_ticks()) * 10; }
   double ms() const { return ms_since(start_); }
@@ -211,6 +268,15 @@ class probe {
   }
 
  private:
+  void watch_for_page() {
+    XEvent event;
+    if (!next_event(event) || event.type != MapNotify || event.xmap.override_redirect) return;
+    XWindowAttributes a;
+    if (event.xmap.window != window_ && XGetWindowAttributes(display_, event.xmap.window, &a) &&
+        a.width >= 300)
+      page_ = event.xmap.window;
+  }
+
   void send_key(KeySym symbol, KeySym modifier = NoSymbol) {
     KeyCode const code = XKeysymToKeycode(display_, symbol);
     // '*' is on the upper level of its key.
@@ -276,11 +342,12 @@ class probe {
   }
 
   Display* display_;
-  Window window_ = 0;
+  Window window_ = 0, page_ = 0;
   pid_t pid_ = -1;
   int damage_event_ = 0;
   Damage damage_ = 0;
   std::map<int, std::unique_ptr<screen_image>> images_;  // by their margins
+  std::unique_ptr<screen_image> page_image_;
   clock_type::time_point start_;
 };
 
@@ -317,6 +384,26 @@ void print_busy(probe& p, std::string const& key, int count) {
               (p.cpu() - used) / (p.ms() - began), p.memory().c_str());
 }
 
+void print_pages(probe& p, int count) {
+  p.settle();
+  double const first = p.press_for_page(0xFF0000);
+  std::vector<double> times;
+  for (int n = 1; n < count; ++n)
+    times.push_back(p.press_for_page(n % 2 == 0 ? 0xFF0000 : 0x00FF00));
+  std::printf("{\"first\": %.1f, %s, %s}\n", first, times_as_json(times).c_str(),
+              p.memory().c_str());
+}
+
+void print_flood(probe& p, std::string const& pid_file, int count) {
+  p.settle();
+  p.begin_flood();
+  std::vector<double> times;
+  for (int n = 0; n < count; ++n) times.push_back(p.press_and_compare(XK_x));
+  double const stopped = p.click_until_gone(pid_file);
+  std::printf("{%s, \"stopped\": %.1f, %s}\n", times_as_json(times).c_str(), stopped,
+              p.memory().c_str());
+}
+
 void print_comment(probe& p, bool far) {
   p.settle();
   p.press(XK_slash);
@@ -329,13 +416,13 @@ void print_comment(probe& p, bool far) {
 int main(int argc, char** argv) {
   std::vector<std::string> const arguments(argv + 1, argv + argc);
   std::string const what = argc > 1 ? arguments[0] : "";
-  int const own = what == "keys" ? 1 : what == "busy" ? 2 : 0;
+  int const own = what == "keys" || what == "pages" ? 1 : what == "busy" || what == "flood" ? 2 : 0;
   bool const known = what == "map" || what == "text" || what == "coloured" || what == "comment" ||
                      what == "comment-far" || own != 0;
   if (!known || argc < 3 + own) {
     std::fputs(
-        "usage: window_probe map|text|coloured|keys COUNT|busy KEY COUNT|comment|comment-far "
-        "PROGRAM [ARGUMENT]...\n",
+        "usage: window_probe map|text|coloured|keys COUNT|busy KEY COUNT|comment|comment-far|"
+        "pages COUNT|flood FILE COUNT PROGRAM [ARGUMENT]...\n",
         stderr);
     return 2;
   }
@@ -357,6 +444,10 @@ int main(int argc, char** argv) {
                 p.memory().c_str());
   } else if (what == "keys") {
     print_keys(p, std::atoi(argv[2]));
+  } else if (what == "pages") {
+    print_pages(p, std::atoi(argv[2]));
+  } else if (what == "flood") {
+    print_flood(p, arguments[1], std::atoi(argv[3]));
   } else if (what == "busy") {
     print_busy(p, arguments[1], std::atoi(argv[3]));
   } else {
