@@ -229,15 +229,14 @@ class probe {
     long process = 0;
     std::ifstream(pid_file) >> process;
     if (process == 0) fail("the command has left no number");
+    if (!is_running(process)) fail("the command has ended by itself");
     XTestFakeMotionEvent(display_, -1, 640 + 600 - 40, 700 - 14, CurrentTime);
     XTestFakeButtonEvent(display_, 1, True, CurrentTime);
     XTestFakeButtonEvent(display_, 1, False, CurrentTime);
     XFlush(display_);
     auto const clicked = clock_type::now();
     while (ms_since(clicked) < give_up) {
-      std::string state;
-      std::getline(std::ifstream("/proc/" + std::to_string(process) + "/stat"), state);
-      if (state.empty() || state.find(") Z ") != state.npos) return ms_since(clicked);
+      if (!is_running(process)) return ms_since(clicked);
       usleep(1000);
     }
     fail("the command goes on");
@@ -268,6 +267,13 @@ class probe {
   }
 
  private:
+  static bool is_running(long process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string state;
+    std::getline(file, state);
+    return !state.empty() && state.find(") Z ") == state.npos;
+  }
+
   void watch_for_page() {
     XEvent event;
     if (!next_event(event) || event.type != MapNotify || event.xmap.override_redirect) return;
@@ -396,12 +402,14 @@ void print_pages(probe& p, int count) {
 
 void print_flood(probe& p, std::string const& pid_file, int count) {
   p.settle();
+  double quiet = 0;
+  for (int n = 0; n < count; ++n) quiet = std::max(quiet, p.press_and_compare(XK_x));
   p.begin_flood();
   std::vector<double> times;
   for (int n = 0; n < count; ++n) times.push_back(p.press_and_compare(XK_x));
   double const stopped = p.click_until_gone(pid_file);
-  std::printf("{%s, \"stopped\": %.1f, %s}\n", times_as_json(times).c_str(), stopped,
-              p.memory().c_str());
+  std::printf("{%s, \"quiet\": %.1f, \"stopped\": %.1f, %s}\n", times_as_json(times).c_str(), quiet,
+              stopped, p.memory().c_str());
 }
 
 void print_comment(probe& p, bool far) {
