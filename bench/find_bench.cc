@@ -8,9 +8,12 @@
 #include <random>
 #include <string>
 
+#include "headless/headless_desktop.h"
 #include "regex/onig_library.h"
+#include "search/match_survey.h"
 #include "search/text_query.h"
 #include "text/storage.h"
+#include "text/views/view.h"
 
 namespace {
 
@@ -52,7 +55,7 @@ BENCHMARK(in_memory)->Unit(benchmark::kMillisecond);
 void find(benchmark::State& state, std::u16string const& sought, bool pattern, bool ignore_case) {
   std::atomic<bool> const never = false;
   for (auto _ : state) {
-    search::text_query const query(sought, pattern, ignore_case);
+    search::text_query const query(sought, {pattern, ignore_case});
     auto const text = large().slice(large().begin_of_line(0), large().end(-1));
     search::text_searcher searcher(query, text.units, never);
     if (searcher.next(0, text.units.size()) != search::search_end::found)
@@ -81,12 +84,32 @@ BENCHMARK_CAPTURE(oniguruma_alone, rare_pattern, u"N[a-z]+[0-9]+x")->Unit(benchm
 BENCHMARK_CAPTURE(oniguruma_alone, common_pattern, u"[a-zA-Z]+[0-9]+x")
     ->Unit(benchmark::kMillisecond);
 
+// All that the find bar knows of a million matches in 100 MB of text, and the marks of them along
+// its scroll bar. Without a window both are done at once.
+void survey(benchmark::State& state, bool is_edited) {
+  headless::headless_desktop desktop;
+  text::storage& storage = storage_with(50'000'000, 1);
+  if (is_edited) storage.insert(storage.begin_of_line(7), 1, u'x');
+  text::view view(storage);
+  auto const query = std::make_shared<search::text_query const>(u"needle", search::query_options());
+  for (auto _ : state) {
+    search::match_survey survey([] {});
+    survey.start(view, query, std::nullopt);
+    auto const ticks = search::scroll_ticks(view, *survey.result(), 0, 1000);
+    state.counters["matches"] = static_cast<double>(survey.result()->starts.size());
+    state.counters["ticks"] = static_cast<double>(ticks.size());
+  }
+  if (is_edited) storage.erase(storage.begin_of_line(7));
+}
+BENCHMARK_CAPTURE(survey, loaded, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(survey, edited, true)->Unit(benchmark::kMillisecond);
+
 // All of a million matches in 50 million units.
 void all(benchmark::State& state, std::u16string const& sought, bool pattern) {
   text::storage& storage = storage_with(50'000'000, 1);
   auto const text = storage.slice(storage.begin_of_line(0), storage.end(-1));
   std::atomic<bool> const never = false;
-  search::text_query const query(sought, pattern, false);
+  search::text_query const query(sought, {.regular_expression = pattern});
   for (auto _ : state) {
     search::text_searcher searcher(query, text.units, never);
     std::size_t count = 0;

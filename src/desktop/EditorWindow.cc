@@ -5,7 +5,6 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QScreen>
-#include <QVBoxLayout>
 
 namespace widgets {
 
@@ -17,11 +16,11 @@ EditorFrame::EditorFrame(WindowOwner& owner, platform::window& window,
       [this](std::string const& part, QPoint global) { open_status_menu(part, global); }, this);
 
   auto* const content = new QWidget;
-  auto* const column = new QVBoxLayout(content);
-  column->setContentsMargins(0, 0, 0, 0);
-  column->setSpacing(0);
-  column->addWidget(text_);
-  column->addWidget(status_);
+  column_ = new QVBoxLayout(content);
+  column_->setContentsMargins(0, 0, 0, 0);
+  column_->setSpacing(0);
+  column_->addWidget(text_, 1);
+  column_->addWidget(status_);
   setCentralWidget(content);
   text_->setFocus();
 }
@@ -42,6 +41,11 @@ bool EditorFrame::should_swallow(platform::key_event const& event) {
 
 bool EditorFrame::perform_key_equivalent(platform::key_event const& event) {
   return perform_item_with_key(event);
+}
+
+bool EditorFrame::perform_menu_key(QKeyEvent const& event) {
+  platform::key_event const key = keys_.translate(event);
+  return !key.characters.empty() && perform_key_equivalent(key);
 }
 
 bool EditorFrame::open_menu_with_letter(QString const& letter) {
@@ -66,7 +70,12 @@ void EditorFrame::change_text_size(bool larger) {
 void EditorFrame::open_status_menu(std::string const& part, QPoint global) {
   if (owner().application() == nullptr) return;
   std::vector<platform::menu_item> const items = owner().application()->statusMenu(part);
-  pop_up_menu(items, global);
+  // What is all that a part has to offer needs no menu.
+  bool const is_single = items.size() == 1 && !items.front().selector.empty();
+  if (!is_single) return pop_up_menu(items, global);
+  platform::menu_item item = items.front();
+  validate(item, *this);
+  if (item.enabled) perform(item.selector, item.argument);
 }
 
 // A menu bar whose menus were opened and closed in quick succession may keep the focus, and has no

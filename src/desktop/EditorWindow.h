@@ -1,13 +1,16 @@
 #pragma once
 
+#include "desktop/FindBar.h"
 #include "desktop/FramedWindow.h"
 #include "desktop/StatusBar.h"
 #include "desktop/TextViewWidget.h"
 
+#include <QVBoxLayout>
+
 namespace widgets {
 
 /// The widget of an editor window.
-class EditorFrame final : public WindowFrame, public TextViewOwner {
+class EditorFrame final : public WindowFrame, public TextViewOwner, public FindBarPlace {
  public:
   EditorFrame(WindowOwner& owner, platform::window& window, platform::view_client& client);
 
@@ -23,6 +26,11 @@ class EditorFrame final : public WindowFrame, public TextViewOwner {
   void change_text_size(bool larger) override;
   std::uint32_t window_number() const override { return number_; }
 
+  // FindBarPlace
+  void take_find_bar(QWidget* bar) override { column_->insertWidget(1, bar); }
+  void focus_text() override { text_->setFocus(); }
+  bool perform_menu_key(QKeyEvent const& event) override;
+
  protected:
   void keyPressEvent(QKeyEvent* event) override;
 
@@ -30,8 +38,10 @@ class EditorFrame final : public WindowFrame, public TextViewOwner {
   void open_status_menu(std::string const& part, QPoint global);
 
   std::uint32_t const number_;
+  QVBoxLayout* column_;
   TextViewWidget* text_;
   StatusBar* status_;
+  KeyTranslation keys_;
 };
 
 /// A window with one text view and a status bar.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "desktop/BusyPanel.h"
-#include "desktop/FindPanel.h"
+#include "desktop/FindBar.h"
 #include "desktop/MenuBar.h"
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtAppearance.h"
@@ -55,7 +55,7 @@ class QtDesktop final : public platform::desktop, public WindowOwner {
   platform::file_panels& panels() override { return panels_; }
   platform::prompt_panel& prompts() override { return prompts_; }
   platform::picker& pickers() override { return picker_; }
-  platform::find_panel& find() override { return find_panel_; }
+  platform::find_panel& find() override { return find_bar_; }
   platform::busy_panel& busy() override { return busy_; }
   platform::font_panel& fonts() override { return fonts_; }
   platform::clip_panel& clips() override { return clips_; }
@@ -99,13 +99,13 @@ class QtDesktop final : public platform::desktop, public WindowOwner {
   QtFilePanels panels_;
   QtPromptPanel prompts_;
   QtPicker picker_;
-  FindPanel find_panel_;
+  FindBar find_bar_;
   BusyPanel busy_;
   QtFontPanel fonts_;
   QtClipPanel clips_;
   QtCommandPanel commands_;
   QtAppearance appearance_;
-  WaitingKeys waiting_keys_{waits_, busy_, find_panel_, [this](platform::key_event const& key) {
+  WaitingKeys waiting_keys_{waits_, busy_, find_bar_, [this](platform::key_event const& key) {
                               return delegate_ != nullptr && delegate_->shouldSwallowEvent(key);
                             }};
   platform::application_delegate* delegate_ = nullptr;

@@ -4,12 +4,12 @@
 #include "desktop/CompletionList.h"
 #include "desktop/QtGraphics.h"
 #include "desktop/QtText.h"
+#include "desktop/TickedScrollBar.h"
 #include "platform/desktop.h"
 
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QScrollBar>
 #include <QStyleHints>
 #include <QTimer>
 
@@ -49,6 +49,11 @@ TextViewWidget::TextViewWidget(platform::view_client& client, TextViewOwner& own
   setLayoutDirection(Qt::LeftToRight);
   setAttribute(Qt::WA_InputMethodEnabled);
   setInputMethodHints(Qt::ImhMultiLine | Qt::ImhNoAutoUppercase | Qt::ImhNoPredictiveText);
+  setVerticalScrollBar(new TickedScrollBar(
+      [this](std::size_t height) {
+        return client_ == nullptr ? std::vector<std::size_t>() : client_->scroll_ticks(height);
+      },
+      this));
   // Soft wrap follows the width: a bar that comes and goes with the number of lines could flicker.
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);

@@ -7,6 +7,7 @@
 #include <QAbstractScrollArea>
 #include <QElapsedTimer>
 #include <QHelpEvent>
+#include <QScrollBar>
 
 #include <functional>
 #include <memory>
@@ -47,6 +48,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   void scroll_to(platform::point origin) override;
   void set_frame_size(platform::size s) override;
   void set_needs_display(platform::rect const& r) override;
+  void set_ticks_need_display() override { verticalScrollBar()->update(); }
   std::uint32_t window_number() const override {
     return owner_ == nullptr ? 0 : owner_->window_number();
   }

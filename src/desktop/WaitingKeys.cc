@@ -2,7 +2,7 @@
 
 #include "desktop/BusyPanel.h"
 #include "desktop/EditorWindow.h"
-#include "desktop/FindPanel.h"
+#include "desktop/FindBar.h"
 #include "keys/WynKeyEvent.h"
 #include "platform/waiting.h"
 
@@ -34,8 +34,8 @@ bool WaitingKeys::eventFilter(QObject* target, QEvent* event) {
 
 bool WaitingKeys::take_key(QWindow& window, QKeyEvent& event) {
   QWidget* const widget = widget_of(window);
-  bool const is_ours = widget != nullptr && (widget == busy_.dialog() || widget == find_.dialog() ||
-                                             dynamic_cast<EditorFrame*>(widget) != nullptr);
+  bool const is_ours = widget != nullptr &&
+                       (widget == busy_.dialog() || dynamic_cast<EditorFrame*>(widget) != nullptr);
   if (!is_ours) return false;
   bool const is_press = event.type() == QEvent::KeyPress;
   if (event.key() == Qt::Key_Escape) {
@@ -50,15 +50,13 @@ bool WaitingKeys::take_key(QWindow& window, QKeyEvent& event) {
   return true;
 }
 
-// Shortcuts of the fields' window come first, and so do Return, Tab and the like.
+// Mnemonics of the find bar come first, and so do Return, Tab and the like.
 bool WaitingKeys::executes_item(QWindow const& window, QKeyEvent const& event) {
   namespace mod = platform::modifier;
   QWidget const* const widget = widget_of(window);
-  bool const is_field =
-      widget != nullptr &&
-      (widget == find_.dialog() || (dynamic_cast<EditorFrame const*>(widget) != nullptr &&
-                                    qobject_cast<QLineEdit*>(widget->focusWidget())));
-  if (!is_field) return false;
+  bool const is_field = dynamic_cast<EditorFrame const*>(widget) != nullptr &&
+                        qobject_cast<QLineEdit*>(widget->focusWidget());
+  if (!is_field || find_.has_mnemonic(event)) return false;
   platform::key_event const key = keys_.translate(event);
   std::uint32_t const held = WynKeyEvent::keyEventWithEvent(key).qualifiers();
   return (held & (mod::command | mod::control | mod::option)) != 0 && execute_item_(key);

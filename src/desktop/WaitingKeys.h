@@ -15,7 +15,6 @@ class waiting;
 namespace widgets {
 
 class BusyPanel;
-class FindPanel;
 
 /// Sees to it that no key is lost while something waits. Escape cancels it, and so
 /// does Ctrl+C where it is a program. Keys that come to a
@@ -26,7 +25,7 @@ class FindPanel;
 class WaitingKeys final : public QObject {
  public:
   /// `execute_item` is false for a key that no bundle item has.
-  WaitingKeys(platform::waiting& waits, BusyPanel const& busy, FindPanel const& find,
+  WaitingKeys(platform::waiting& waits, BusyPanel const& busy, FindBar const& find,
               std::function<bool(platform::key_event const&)> execute_item)
       : waits_(waits), busy_(busy), find_(find), execute_item_(std::move(execute_item)) {}
 
@@ -39,7 +38,7 @@ class WaitingKeys final : public QObject {
 
   platform::waiting& waits_;
   BusyPanel const& busy_;
-  FindPanel const& find_;
+  FindBar const& find_;
   std::function<bool(platform::key_event const&)> const execute_item_;
   KeyTranslation keys_;
 };

@@ -143,12 +143,14 @@ class scripted_find_panel : public platform::find_panel {
   void set_histories(std::vector<std::string> const& find,
                      std::vector<std::string> const& replace) override;
   void set_status(std::string const& text) override { status = text; }
+  void set_count(std::string const& text) override { count = text; }
+  void set_preview(std::string const& text) override { preview = text; }
   void mark_error(std::size_t offset) override { error = offset; }
 
   platform::find_panel_delegate* delegate = nullptr;
   platform::find_panel_values fields;
   std::vector<std::string> find_history, replace_history;
-  std::string status;
+  std::string status, count, preview;
   std::size_t error = std::string::npos;
   bool visible = false, in_replace_field = false;
 };

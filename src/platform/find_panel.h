@@ -11,6 +11,7 @@ namespace platform {
 struct find_panel_values {
   std::string find, replace;  // UTF-8
   bool regular_expression = false, ignore_case = false, wrap_around = false;
+  bool whole_words = false, in_selection = false;
 
   friend bool operator==(find_panel_values const&, find_panel_values const&) = default;
 };
@@ -36,8 +37,8 @@ class find_panel_delegate {
   virtual void findPanelDidClose() = 0;
 };
 
-/// The panel in which one says what to find and to replace: one for all windows, beside which they
-/// can be worked in. Main thread only.
+/// The panel in which one says what to find and to replace: a bar below the text of the window for
+/// which it was asked last, in which one can go on working. Main thread only.
 class find_panel {
  public:
   virtual ~find_panel() = default;
@@ -54,6 +55,10 @@ class find_panel {
   virtual void set_histories(std::vector<std::string> const& find,
                              std::vector<std::string> const& replace) = 0;
   virtual void set_status(std::string const& text) = 0;
+  /// Which of how many matches is selected, in words.
+  virtual void set_count(std::string const& text) = 0;
+  /// What the selected match would be replaced by; nothing is shown if empty.
+  virtual void set_preview(std::string const& text) = 0;
   /// Marks the find field from this unit on as wrong; its whole text is right with npos.
   virtual void mark_error(std::size_t offset) = 0;
 };

@@ -43,6 +43,8 @@ class view_host {
   /// The size of the whole view; scroll bars follow.
   virtual void set_frame_size(size s) = 0;
   virtual void set_needs_display(rect const& r) = 0;
+  /// Asks for scroll_ticks() again.
+  virtual void set_ticks_need_display() {}
 
   /// False for views that are never visible, as in batch mode: then what there is to see needn't
   /// follow each action, such as the scroll position.
@@ -94,6 +96,8 @@ class view_client {
   virtual void draw(graphics& g, rect const& dirty) = 0;
   /// Returns when all is known that draw() is to show of the visible part, however long that takes.
   virtual void wait_for_visible() = 0;
+  /// The pixels of a vertical scroll bar, so many high, at which something is marked; in order.
+  virtual std::vector<std::size_t> scroll_ticks(std::size_t /*height*/) const { return {}; }
   /// The size of the visible part that shows this many columns and rows of text, gutter included.
   virtual size size_for(int columns, int rows) const = 0;
 

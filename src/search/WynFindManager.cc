@@ -4,7 +4,9 @@
 #include "platform/event.h"
 #include "platform/notification_center.h"
 #include "platform/utf.h"
+#include "regex/oniguruma_format.h"
 #include "search/searched_view.h"
+#include "search/view_find.h"
 #include "settings/store.h"
 #include "settings/table.h"
 #include "text/views/view.h"
@@ -30,7 +32,17 @@ plist::dictionary const& default_options() {
 
 // All that is kept for the next run.
 plist::dictionary without_momentary(plist::dictionary options) {
-  for (char const* key : {"findString", "action", "statusText"}) options.erase(key);
+  for (char const* key : {"findString", "inSelection", "action", "statusText"}) options.erase(key);
+  return options;
+}
+
+// For keys that are missing: a macro shall do the same whatever the defaults of the panel are.
+plist::dictionary const& plain_options() {
+  static plist::dictionary const options = [] {
+    plist::dictionary plain = default_options();
+    plain.insert_or_assign("wrapAround", false);
+    return plain;
+  }();
   return options;
 }
 
@@ -80,15 +92,18 @@ plist::dictionary const& WynFindManager::options() {
 
 platform::find_panel_values WynFindManager::findOptions() {
   readPasteboard();
-  return {at(options_, "findString").string_or(""), at(options_, "replaceString").string_or(""),
+  return {at(options_, "findString").string_or(""),
+          at(options_, "replaceString").string_or(""),
           at(options_, "regularExpression").boolean_or(false),
           at(options_, "ignoreCase").boolean_or(false),
-          at(options_, "wrapAround").boolean_or(false)};
+          at(options_, "wrapAround").boolean_or(false),
+          at(options_, "wholeWords").boolean_or(false),
+          at(options_, "inSelection").boolean_or(false)};
 }
 
 void WynFindManager::setOptions(plist::dictionary options) {
   readPasteboard();
-  for (auto const& [key, value] : default_options()) options.emplace(key, value);
+  for (auto const& [key, value] : plain_options()) options.emplace(key, value);
   plist::dictionary const old = std::exchange(options_, std::move(options));
   std::string const find = at(options_, "findString").string_or("");
   if (find != at(old, "findString").string_or("")) {
@@ -148,18 +163,61 @@ plist::array WynFindManager::replaceHistory() const {
   return settings::store().array("replaceHistory");
 }
 
+void WynFindManager::restoreFindString() {
+  plist::array const history = findHistory();
+  if (history.empty() || !findPboardString().empty()) return;
+  std::string const last = history.front().string_or("");
+  auto& pboard = platform::desktop::current().find_pasteboard();
+  pboard.set({{std::string(platform::pasteboard_type::text), last}});
+  pboardCount_ = pboard.change_count();
+  options_.insert_or_assign("findString", last);
+}
+
+search::searched_view* WynFindManager::mainView() const {
+  search::searched_view* const view = mainView_ ? mainView_() : nullptr;
+  return view == nullptr || view->view() == nullptr ? nullptr : view;
+}
+
 void WynFindManager::orderFrontFindPanel(bool replace_field) {
   hasPanel_ = true;
   panel().set_delegate(this);
+  if (scoped_ != mainView()) dropScope();
   fillPanel();
+  takeSelection();
   panel().set_status("");
   panel().mark_error(std::string::npos);
   panel().order_front(replace_field);
   updateShownQuery();
 }
 
-void WynFindManager::closeFindPanel() {
-  if (hasPanel_) panel().close();
+// What is a match stays one: the pattern that found it is worth more than its text.
+void WynFindManager::takeSelection() {
+  constexpr std::size_t longest = 1000;  // units
+  search::searched_view* const view = mainView();
+  if (view == nullptr || !view->view()->has_selection()) return;
+  text::selection const& selection = view->view()->selection;
+  text::iterator const first = selection.first().base, last = selection.last().base;
+  if (first.line != last.line || last.column - first.column > longest) return;
+  platform::find_panel_values values = isEditing_ ? panel().values() : findOptions();
+  try {
+    std::u16string const sought = unicode::to_utf16(values.find);
+    if (!sought.empty() &&
+        search::selection_is_match(*view->view(), std::make_shared<search::text_query const>(
+                                                      sought, search::query_options_of(values))))
+      return;
+  } catch (std::invalid_argument const&) {
+  }
+  std::u16string const selected(selection.begin(), selection.end());
+  values.find =
+      unicode::to_utf8(values.regular_expression ? search::pattern_for(selected) : selected);
+  panel().set_values(values);
+  objectDidBeginEditing();
+}
+
+bool WynFindManager::closeFindPanel() {
+  bool const is_open = hasPanel_ && panel().is_visible();
+  if (is_open) panel().close();
+  return is_open;
 }
 
 void WynFindManager::fillPanel() {
@@ -178,13 +236,18 @@ void WynFindManager::commitEditing() {
   changed.insert_or_assign("regularExpression", values.regular_expression);
   changed.insert_or_assign("ignoreCase", values.ignore_case);
   changed.insert_or_assign("wrapAround", values.wrap_around);
+  changed.insert_or_assign("wholeWords", values.whole_words);
+  changed.insert_or_assign("inSelection", values.in_selection);
   setOptions(std::move(changed));
 }
 
-void WynFindManager::performFindAction(search::searched_view& view, platform::find_action action,
+bool WynFindManager::performFindAction(search::searched_view& view, platform::find_action action,
                                        std::uint32_t modifiers) {
   auto const index = static_cast<std::size_t>(action) - 1;
-  if (index >= names_of_actions.size()) return platform::desktop::current().beep();
+  if (index >= names_of_actions.size()) {
+    platform::desktop::current().beep();
+    return false;
+  }
   commitEditing();
   plist::dictionary asked = options();
   asked.insert_or_assign("action", names_of_actions[index]);
@@ -193,8 +256,10 @@ void WynFindManager::performFindAction(search::searched_view& view, platform::fi
     asked.insert_or_assign("replaceAllScope", selection ? "selection" : "document");
   }
   plist::value const answer = view.findWithOptions(asked);
-  if (!answer["found"].boolean_or(false)) platform::desktop::current().beep();
+  bool const found = answer["found"].boolean_or(false);
+  if (!found) platform::desktop::current().beep();
   showStatus(answer);
+  return found;
 }
 
 void WynFindManager::showStatus(plist::value const& answer) {
@@ -204,13 +269,21 @@ void WynFindManager::showStatus(plist::value const& answer) {
 
 void WynFindManager::findPanelAction(platform::find_action action, std::uint32_t modifiers,
                                      bool by_key) {
-  search::searched_view* const view = mainView_ ? mainView_() : nullptr;
-  if (view == nullptr || view->view() == nullptr) return platform::desktop::current().beep();
+  search::searched_view* const view = mainView();
+  if (view == nullptr) return platform::desktop::current().beep();
   objectDidBeginEditing();
+  updateShownQuery();
+  bool const replaces = action == replace || action == replace_and_find;
+  bool const searches = action == find_next || action == find_previous;
+  // Who types and presses Return goes to the second match, however long the first one takes.
+  if ((replaces || searches) && live_.takeOver(*view) && !performFindAction(*view, find_next, 0))
+    return;
+  // What one sees marked is what gets replaced.
+  if (replaces && shown_ != nullptr && !search::selection_is_match(*view->view(), shown_))
+    action = find_next;
   performFindAction(*view, action, modifiers);
-  bool const searched = action == find_next || action == find_previous;
   // Return says that one continues in the text; a button that one stays.
-  if (by_key && searched && view->view()->has_selection() &&
+  if (by_key && searches && view->view()->has_selection() &&
       at(options_, "statusText").string_or("").empty())
     closeFindPanel();
 }
@@ -219,26 +292,63 @@ void WynFindManager::findPanelAction(platform::find_action action, std::uint32_t
 // over.
 void WynFindManager::findPanelDidChange() {
   objectDidBeginEditing();
-  updateShownQuery();
+  updateScope(panel().values().in_selection);
+  updateShownQuery(true);
+}
+
+void WynFindManager::updateScope(bool in_selection) {
+  search::searched_view* const view = mainView();
+  if (!in_selection) return dropScope();
+  if (view == nullptr || view->findScope()) return;
+  dropScope();
+  if (view->setFindScope(true)) {
+    scoped_ = view;
+    return;
+  }
+  platform::find_panel_values values = panel().values();
+  values.in_selection = false;
+  panel().set_values(values);
+  platform::desktop::current().beep();
+}
+
+void WynFindManager::dropScope() {
+  options_.erase("inSelection");
+  if (scoped_ != nullptr) std::exchange(scoped_, nullptr)->setFindScope(false);
+}
+
+void WynFindManager::viewWillClose(search::searched_view const& view) {
+  live_.forget(view);
+  if (scoped_ != &view) return;
+  dropScope();
+  if (!isEditing_) return fillPanel();
+  platform::find_panel_values values = panel().values();
+  values.in_selection = false;
+  panel().set_values(values);
 }
 
 void WynFindManager::findPanelDidClose() {
   commitEditing();
+  dropScope();
   updateShownQuery();
 }
 
-void WynFindManager::updateShownQuery() {
+void WynFindManager::updateShownQuery(bool select) {
   if (!hasPanel_) return;
-  shown_.reset();
-  if (panel().is_visible()) {
+  if (!panel().is_visible()) {
+    shown_.reset();
+  } else {
     platform::find_panel_values const values = isEditing_ ? panel().values() : findOptions();
     std::u16string const sought = unicode::to_utf16(values.find);
     std::size_t wrong = std::string::npos;
     std::string status;
+    bool const is_same = shown_ != nullptr && values.find == shownValues_.find &&
+                         search::query_options_of(values) == search::query_options_of(shownValues_);
+    shownValues_ = values;
     try {
-      if (!sought.empty())
-        shown_ = std::make_shared<search::text_query const>(sought, values.regular_expression,
-                                                            values.ignore_case);
+      if (!is_same) shown_.reset();
+      if (!is_same && !sought.empty())
+        shown_ =
+            std::make_shared<search::text_query const>(sought, search::query_options_of(values));
     } catch (std::invalid_argument const& error) {
       wrong = search::text_query::error_offset(sought);
       status = "regexp: " + search::text_query::message_of(error);
@@ -246,5 +356,28 @@ void WynFindManager::updateShownQuery() {
     panel().mark_error(wrong);
     panel().set_status(status);
   }
+  search::searched_view* const view = mainView();
+  if (view != nullptr && shown_ != nullptr)
+    live_.seek(*view, shown_, select);
+  else
+    live_.stop();
+  showLiveFind();
   platform::notification_center::standard().post(matchesDidChange, this);
+}
+
+void WynFindManager::showLiveFind() {
+  if (!hasPanel_ || !panel().is_visible()) return;
+  panel().set_count(live_.count());
+  if (std::string const note = live_.note(); !note.empty()) panel().set_status(note);
+  panel().set_preview(preview());
+}
+
+// Of what replacing the selected match would put there.
+std::string WynFindManager::preview() const {
+  search::searched_view* const view = mainView();
+  if (view == nullptr || shown_ == nullptr || shown_->pattern() == nullptr) return {};
+  std::string const& replacement = shownValues_.replace;
+  if (oniguruma::format(replacement.c_str()).has_failed()) return "Bad replacement string";
+  auto const text = search::preview_of_replacement(*view->view(), shown_, replacement);
+  return text ? "\u2192 " + unicode::to_utf8(*text) : std::string();
 }

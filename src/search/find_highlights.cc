@@ -14,6 +14,11 @@ constexpr unsigned long allowed_retries = 20000;          // some 0.2 ms for an 
 constexpr std::size_t longest_part = 50000;               // units that are searched in one piece
 constexpr std::size_t margin = 500;  // columns beside what is seen, for long rows
 
+// What is searched may begin and end in the midst of a word.
+bool cuts_word(text::iterator const& at) {
+  return is_within_word(at.storage->line_units(at.line), at.column);
+}
+
 }  // namespace
 
 // A stretch of the text, and where in it the matches are.
@@ -94,7 +99,8 @@ void find_highlights::take(text::iterator at, part const& searched) {
   for (auto const& [first, last] : searched.found) {
     at += static_cast<std::ptrdiff_t>(first - seen);
     text::iterator const end = at + static_cast<std::ptrdiff_t>(last - first);
-    if (at != end) matches_.emplace_back(at, end);
+    if (at != end && !(query_->whole_words() && (cuts_word(at) || cuts_word(end))))
+      matches_.emplace_back(at, end);
     at = end;
     seen = last;
   }

@@ -24,12 +24,16 @@ constexpr double events_period = 0.01;    // seconds
 constexpr auto patience_with_stopping = 10ms;
 
 constexpr std::size_t most_abandoned = 3;
+// Of those that work which nobody waits for may begin beside.
+constexpr std::size_t most_abandoned_aside = 1;
+
+}  // namespace
 
 // The thread owns it too, and there is no wait for the end of one that has stepped back: that would
 // be waiting for a processor at its low priority.
-class job : public std::enable_shared_from_this<job> {
+class background_job : public std::enable_shared_from_this<background_job> {
  public:
-  job(stopping stops, interruptible_work work) : stops_(stops), work_(std::move(work)) {}
+  background_job(stopping stops, interruptible_work work) : stops_(stops), work_(std::move(work)) {}
 
   stopping stops() const { return stops_; }
 
@@ -80,24 +84,26 @@ class job : public std::enable_shared_from_this<job> {
   std::condition_variable ended_;
 };
 
+namespace {
+
 // Jobs that were cancelled in an attempt to match that takes its time. Never destroyed as a whole:
 // the program may end before they do.
-std::list<std::shared_ptr<job>>& abandoned() {
-  static auto* const jobs = new std::list<std::shared_ptr<job>>;
+std::list<std::shared_ptr<background_job>>& abandoned() {
+  static auto* const jobs = new std::list<std::shared_ptr<background_job>>;
   return *jobs;
 }
 
 bool is_running = false;
 
-bool is_room_for(job const& next) {
+bool is_room_for(background_job const& next, std::size_t most = most_abandoned) {
   abandoned().remove_if([](auto const& old) {
     if (old->is_done()) old->drop_work();
     return old->is_done();
   });
-  return next.stops() == stopping::soon || abandoned().size() < most_abandoned;
+  return next.stops() == stopping::soon || abandoned().size() < most;
 }
 
-void leave(std::shared_ptr<job> running, std::chrono::milliseconds patience) {
+void leave(std::shared_ptr<background_job> running, std::chrono::milliseconds patience) {
   running->cancel();
   if (running->is_done_within(patience)) return running->drop_work();
   running->step_back();
@@ -106,7 +112,7 @@ void leave(std::shared_ptr<job> running, std::chrono::milliseconds patience) {
 
 enum class outcome { done, cancelled, no_thread };
 
-outcome wait_for(job& running) {
+outcome wait_for(background_job& running) {
   platform::desktop& desktop = platform::desktop::current();
   platform::busy_panel& panel = desktop.busy();
   bool cancelled = false;
@@ -137,7 +143,7 @@ bool do_patiently(stopping stops, interruptible_work work) {
   outcome result = outcome::no_thread;
   if (platform::desktop::current().busy().is_wanted()) {
     is_running = true;
-    auto running = std::make_shared<job>(stops, work);
+    auto running = std::make_shared<background_job>(stops, work);
     bool const begun = is_room_for(*running) && running->start();
     bool const done = begun && running->is_done_within(silent_wait);
     result = done ? outcome::done : wait_for(*running);
@@ -156,11 +162,29 @@ bool do_briefly(std::chrono::milliseconds limit, interruptible_work work) {
     work(never);
     return true;
   }
-  auto running = std::make_shared<job>(stopping::perhaps_late, std::move(work));
+  auto running = std::make_shared<background_job>(stopping::perhaps_late, std::move(work));
   if (!is_room_for(*running) || !running->start()) return false;
   bool const done = running->is_done_within(limit) && !running->has_failed();
   leave(std::move(running), 0ms);
   return done;
+}
+
+std::unique_ptr<work_aside> work_aside::begin(stopping stops, interruptible_work work) {
+  auto running = std::make_shared<background_job>(stops, std::move(work));
+  if (!is_room_for(*running, most_abandoned_aside) || !running->start()) return nullptr;
+  return std::unique_ptr<work_aside>(new work_aside(std::move(running)));
+}
+
+work_aside::~work_aside() {
+  leave(std::move(running_), 0ms);
+}
+
+bool work_aside::is_done_within(std::chrono::milliseconds limit) const {
+  return running_->is_done_within(limit);
+}
+
+bool work_aside::has_failed() const {
+  return running_->has_failed();
 }
 
 }  // namespace search

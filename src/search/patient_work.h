@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <memory>
 
 namespace search {
 
@@ -30,5 +31,24 @@ bool do_patiently(stopping stops, interruptible_work work);
 /// Waits for `limit` and handles no events, for what is about to be drawn. False, with the work
 /// cancelled, if it isn't done by then; also when there is no thread for it.
 bool do_briefly(std::chrono::milliseconds limit, interruptible_work work);
+
+class background_job;
+
+/// Work that nobody waits for. It is cancelled when this object goes, and may run on then.
+class work_aside {
+ public:
+  /// Null if there is no thread for it, or if what was cancelled before keeps too many.
+  static std::unique_ptr<work_aside> begin(stopping stops, interruptible_work work);
+  ~work_aside();
+
+  bool is_done_within(std::chrono::milliseconds limit) const;
+  /// Then memory has run out, and what was done is nothing.
+  bool has_failed() const;
+
+ private:
+  explicit work_aside(std::shared_ptr<background_job> running) : running_(std::move(running)) {}
+
+  std::shared_ptr<background_job> running_;
+};
 
 }  // namespace search

@@ -141,11 +141,10 @@ struct replace_task {
 namespace {
 
 std::shared_ptr<replace_task> make_task(replace_request const& request) {
-  text_query query(unicode::to_utf16(request.find), request.regular_expression,
-                   request.ignore_case);
+  text_query query(unicode::to_utf16(request.find), request.options);
   std::optional<oniguruma::format> format;
   std::u16string literal;
-  if (request.regular_expression)
+  if (request.options.regular_expression)
     format.emplace(request.replace.c_str());
   else
     literal = unicode::to_utf16(request.replace);
@@ -156,14 +155,17 @@ std::shared_ptr<replace_task> make_task(replace_request const& request) {
 }
 
 // The text that is searched, and its parts; a rectangle has one a line.
-text::iterator set_text(replace_task& task, text::view& view, bool in_selection) {
+text::iterator set_text(replace_task& task, text::view& view, replace_request const& request) {
   text::storage& storage = *view.storage;
   text::iterator first = storage.begin_of_line(0), last = storage.end(-1);
-  if (in_selection) {
+  if (request.within) {
+    first = {request.within->first, &storage};
+    last = {request.within->second, &storage};
+  } else if (request.in_selection) {
     first = view.selection.first().base;
     last = view.selection.last().base;
   }
-  if (!in_selection || !view.selection.column_mode) {
+  if (request.within || !request.in_selection || !view.selection.column_mode) {
     task.text = storage.slice(first, last);
     task.parts.emplace_back(0, task.text.units.size());
     return first;
@@ -259,7 +261,7 @@ all_matches::all_matches(text::view& view, replace_request const& request, bool 
 
 void all_matches::search(bool only_count) {
   task_->only_count = only_count;
-  first_ = set_text(*task_, view_, request_.in_selection);
+  first_ = set_text(*task_, view_, request_);
   text::storage* const storage = view_.storage;
   auto const memento = storage->current_memento;
   auto const stops = task_->query.pattern() ? stopping::perhaps_late : stopping::soon;
@@ -273,7 +275,7 @@ void all_matches::search(bool only_count) {
 void all_matches::replace() {
   if (answer_.end != search_end::found) return;
   text::storage& storage = *view_.storage;
-  bool const columns = request_.in_selection && view_.selection.column_mode;
+  bool const columns = !request_.within && request_.in_selection && view_.selection.column_mode;
   text::pos const start(first_.pos());
   std::size_t const first_part = task_->parts.front().first;
   changed_places const changed(*task_);
@@ -288,7 +290,7 @@ void all_matches::replace() {
   auto const at = [&](std::size_t offset) {
     return view_.in_view(text::iterator(start, &storage) + static_cast<std::ptrdiff_t>(offset));
   };
-  if (request_.in_selection) {
+  if (request_.within || request_.in_selection) {
     text::view_iterator const from = at(first_part), to = at(changed.size);
     view_.selection.set_caret(to);
     view_.selection.select(from, to, columns);

@@ -12,8 +12,10 @@ namespace search {
 /// What is to be replaced by what, and where. Strings are UTF-8.
 struct replace_request {
   std::string find, replace;
-  bool regular_expression = false, ignore_case = false;
+  query_options options = {};
   bool in_selection = false;
+  /// All that is searched then; it is what is selected afterwards.
+  std::optional<text_range> within = {};
 };
 
 struct replace_answer : find_answer {

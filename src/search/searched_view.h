@@ -1,6 +1,10 @@
 #pragma once
 
 #include "plist/value.h"
+#include "text/pos.h"
+
+#include <optional>
+#include <utility>
 
 namespace text {
 class view;
@@ -16,6 +20,17 @@ class searched_view {
   /// Options are those of WynFindManager; the answer has `statusText`, and whether anything was
   /// `found`.
   virtual plist::value findWithOptions(plist::dictionary options) = 0;
+  /// While it does, only what the user asks for moves the selection.
+  virtual bool isRecordingMacro() const = 0;
+
+  /// Takes the selection as what is searched from now on, or all of the text again. False if
+  /// nothing, or a column, is selected.
+  virtual bool setFindScope(bool in_selection) = 0;
+  virtual std::optional<std::pair<text::pos, text::pos>> findScope() const = 0;
+  /// Selects a match and scrolls it into sight.
+  virtual void showMatch(text::pos first, text::pos last) = 0;
+  /// The marks of matches on the scroll bar are others.
+  virtual void ticksDidChange() = 0;
 
  protected:
   ~searched_view() = default;

@@ -1,5 +1,6 @@
 #include "search/text_query.h"
 
+#include "platform/unicode.h"
 #include "regex/onig_library.h"
 #include "regex/sliced_search.h"
 
@@ -14,6 +15,10 @@ constexpr std::size_t literal_slice = 1 << 21;  // units; a millisecond's work o
 constexpr std::size_t longest_examined = 2000;  // units of a bad pattern
 constexpr double seconds_to_examine = 0.015;
 
+bool is_of_word(char32_t c) {
+  return c == U'_' || unicode::is_alnum(c);
+}
+
 /// Of processor time, so that the answer doesn't depend on what else runs.
 double seconds_worked() {
   timespec now{};
@@ -23,12 +28,20 @@ double seconds_worked() {
 
 }  // namespace
 
-text_query::text_query(std::u16string_view sought, bool regular_expression, bool ignore_case) {
-  if (regular_expression)
+bool is_within_word(text::unit_view text, std::size_t at) {
+  if (at == 0 || at >= text.size()) return false;
+  bool const is_pair = at > 1 && unicode::code_point_at(text, at - 2) > 0xFFFF;
+  return is_of_word(unicode::code_point_at(text, at - (is_pair ? 2 : 1))) &&
+         is_of_word(unicode::code_point_at(text, at));
+}
+
+text_query::text_query(std::u16string_view sought, query_options options)
+    : whole_words_(options.whole_words) {
+  if (options.regular_expression)
     pattern_.emplace(sought.data(), sought.data() + sought.size(),
-                     ignore_case ? ONIG_OPTION_IGNORECASE : ONIG_OPTION_NONE);
+                     options.ignore_case ? ONIG_OPTION_IGNORECASE : ONIG_OPTION_NONE);
   else
-    literal_.emplace(sought, ignore_case);
+    literal_.emplace(sought, options.ignore_case);
 }
 
 std::string text_query::message_of(std::exception const& error) {
@@ -76,11 +89,34 @@ search_end text_searcher::interrupted() const {
   return late ? search_end::gave_up : search_end::found;
 }
 
+bool text_searcher::is_wanted() const {
+  return !query_.whole_words() || (!is_within_word(text_, begin_) && !is_within_word(text_, end_));
+}
+
 search_end text_searcher::next(std::size_t first, std::size_t last) {
-  return query_.pattern() ? run(first, last, false) : next_literal(first, last);
+  for (;;) {
+    search_end const end = next_of_any(first, last);
+    if (end != search_end::found || is_wanted()) return end;
+    if (auto const broken = interrupted(); broken != search_end::found) return broken;
+    if (begin_ == last) return search_end::not_found;
+    first = begin_ + 1;
+  }
 }
 
 search_end text_searcher::previous(std::size_t first, std::size_t last) {
+  for (;;) {
+    search_end const end = previous_of_any(first, last);
+    if (end != search_end::found || is_wanted()) return end;
+    if (auto const broken = interrupted(); broken != search_end::found) return broken;
+    last = query_.pattern() ? begin_ : end_ - 1;
+  }
+}
+
+search_end text_searcher::next_of_any(std::size_t first, std::size_t last) {
+  return query_.pattern() ? run(first, last, false) : next_literal(first, last);
+}
+
+search_end text_searcher::previous_of_any(std::size_t first, std::size_t last) {
   if (query_.pattern() == nullptr) return previous_literal(first, last);
   return first == last ? search_end::not_found : run(first, last - 1, true);
 }

@@ -13,15 +13,26 @@
 
 namespace search {
 
+/// How what a person looks for is meant.
+struct query_options {
+  bool regular_expression = false, ignore_case = false;
+  /// Only matches at whose ends no word continues. Of a pattern the first match at each place
+  /// counts, though a shorter one might end with a word.
+  bool whole_words = false;
+
+  friend bool operator==(query_options const&, query_options const&) = default;
+};
+
 /// What a person looks for: a text as it stands, or a pattern. Unchanging; any thread.
 class text_query {
  public:
   /// `sought` must not be empty. Throws std::invalid_argument for a bad pattern.
-  text_query(std::u16string_view sought, bool regular_expression, bool ignore_case);
+  text_query(std::u16string_view sought, query_options options);
 
   oniguruma::ptrn_t const* pattern() const { return pattern_ ? &*pattern_ : nullptr; }
   /// When there is no pattern.
   regex::literal_search const& literal() const { return *literal_; }
+  bool whole_words() const { return whole_words_; }
 
   /// Oniguruma's words for what is wrong, without the pattern.
   static std::string message_of(std::exception const& error);
@@ -32,7 +43,11 @@ class text_query {
  private:
   std::optional<oniguruma::ptrn_t> pattern_;
   std::optional<regex::literal_search> literal_;
+  bool whole_words_;
 };
+
+/// Whether letters, digits or underscores stand at both sides of a place.
+bool is_within_word(text::unit_view text, std::size_t at);
 
 enum class search_end {
   found,
@@ -64,6 +79,9 @@ class text_searcher {
   oniguruma::match_t const& match() const { return match_; }
 
  private:
+  search_end next_of_any(std::size_t first, std::size_t last);
+  search_end previous_of_any(std::size_t first, std::size_t last);
+  bool is_wanted() const;
   search_end run(std::size_t first, std::size_t last, bool backward);
   search_end next_literal(std::size_t first, std::size_t last);
   search_end previous_literal(std::size_t first, std::size_t last);

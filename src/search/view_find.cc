@@ -58,20 +58,27 @@ struct search_task {
   }
 };
 
-// The places of a text's selection, as offsets in it.
+// The places of a text's selection, as offsets in a range, or where that ends.
 struct selection_offsets {
-  explicit selection_offsets(text::view& view) {
-    text::iterator const start = view.storage->begin_of_line(0);
-    first = static_cast<std::size_t>(view.selection.first().base - start);
-    last =
-        first + static_cast<std::size_t>(view.selection.last().base - view.selection.first().base);
+  selection_offsets(text::view& view, text_range range) {
+    auto const clamped = [&](text::view_iterator const& at) {
+      return text::iterator(std::clamp(at.base.pos(), range.first, range.second), view.storage);
+    };
+    text::iterator const from = clamped(view.selection.first());
+    first = static_cast<std::size_t>(from - text::iterator(range.first, view.storage));
+    last = first + static_cast<std::size_t>(clamped(view.selection.last()) - from);
   }
   std::size_t first, last;
 };
 
-std::shared_ptr<search_task> make_task(text::view& view, text_query query) {
+std::shared_ptr<search_task> make_task(text::view& view, text_query query, text_range range) {
+  text::storage& storage = *view.storage;
   return std::make_shared<search_task>(
-      std::move(query), view.storage->slice(view.storage->begin_of_line(0), view.storage->end(-1)));
+      std::move(query), storage.slice({range.first, &storage}, {range.second, &storage}));
+}
+
+text_range whole_text(text::view& view) {
+  return {text::pos(), view.storage->end(-1).pos()};
 }
 
 // Runs it; a text that has changed while it was waited for makes what was found worthless.
@@ -84,8 +91,8 @@ search_end run(text::view& view, std::shared_ptr<search_task> const& task) {
   return storage->current_memento == memento ? task->end : search_end::cancelled;
 }
 
-text::iterator position(text::view& view, std::size_t offset) {
-  return view.storage->begin_of_line(0) + static_cast<std::ptrdiff_t>(offset);
+text::iterator position(text::view& view, std::size_t offset, text::pos base = {}) {
+  return text::iterator(base, view.storage) + static_cast<std::ptrdiff_t>(offset);
 }
 
 std::vector<leg> legs_for(text_query const& query, selection_offsets const& at, std::size_t size,
@@ -101,8 +108,6 @@ std::vector<leg> legs_for(text_query const& query, selection_offsets const& at, 
   }
   return legs;
 }
-
-using text_range = std::pair<text::pos, text::pos>;
 
 std::optional<text_range> match_in_lines(text::view& view, text_query const& query,
                                          std::size_t lines) {
@@ -126,7 +131,7 @@ std::optional<text_range> match_in_lines(text::view& view, text_query const& que
 // The next match of a text as it stands, if it is in one of the next lines. An edited text is
 // copied to be searched as a whole, which a search that ends soon, in a macro say, shall not cost.
 std::optional<text_range> match_in_next_lines(text::view& view, text_query const& query) {
-  if (query.pattern() != nullptr) return std::nullopt;
+  if (query.pattern() != nullptr || query.whole_words()) return std::nullopt;
   for (std::size_t const lines : {std::size_t{8}, std::size_t{500}})
     if (auto const found = match_in_lines(view, query, lines)) return found;
   return std::nullopt;
@@ -134,29 +139,38 @@ std::optional<text_range> match_in_next_lines(text::view& view, text_query const
 
 }  // namespace
 
+query_options query_options_of(platform::find_panel_values const& values) {
+  return {values.regular_expression, values.ignore_case, values.whole_words};
+}
+
 bool log_and_tell(find_answer const& answer, char const* prefix) {
   if (!answer.error.empty()) platform::log(prefix + answer.error);
   return answer.end == search_end::found;
 }
 
-found_match find_in_view(text::view& view, bool backward) {
+found_match find_in_view(text::view& view, bool backward, std::optional<text_range> within) {
   auto const options = WynFindManager::sharedInstance().findOptions();
   std::u16string const sought =
       unicode::to_utf16(WynFindManager::sharedInstance().findPboardString());
   if (sought.empty()) return {};
+  text_range const range = within.value_or(whole_text(view));
   std::shared_ptr<search_task> task;
   try {
-    text_query query(sought, options.regular_expression, options.ignore_case);
-    if (auto const near = backward ? std::nullopt : match_in_next_lines(view, query))
+    text_query query(sought, query_options_of(options));
+    if (auto const near = backward || within ? std::nullopt : match_in_next_lines(view, query))
       return {{search_end::found, {}}, 0, 0, near};
-    task = make_task(view, std::move(query));
+    task = make_task(view, std::move(query), range);
   } catch (std::invalid_argument const& error) {
     return {{search_end::not_found, text_query::message_of(error)}};
   }
-  selection_offsets const at(view);
+  selection_offsets const at(view, range);
   task->legs = legs_for(task->query, at, task->text.units.size(), backward, options.wrap_around);
   if (at.first == at.last) task->stale_empty_match = at.first;
-  return {{run(view, task), {}}, task->first, task->last};
+  search_end const end = run(view, task);
+  if (end != search_end::found || !within) return {{end, {}}, task->first, task->last};
+  text::iterator const first = position(view, task->first, range.first);
+  text::iterator const last = first + static_cast<std::ptrdiff_t>(task->last - task->first);
+  return {{end, {}}, 0, 0, text_range(first.pos(), last.pos())};
 }
 
 void select_match(text::view& view, found_match const& match) {
@@ -184,8 +198,9 @@ found_replacement replacement_for_selection(text::view& view) {
   std::shared_ptr<search_task> task;
   std::u16string const selected(view.selection.begin(), view.selection.end());
   try {
-    task = std::make_shared<search_task>(text_query(sought, true, options.ignore_case),
-                                         text::text_block::copy(selected));
+    task = std::make_shared<search_task>(
+        text_query(sought, {.regular_expression = true, .ignore_case = options.ignore_case}),
+        text::text_block::copy(selected));
   } catch (std::invalid_argument const& error) {
     return {{search_end::not_found, "regexp: " + text_query::message_of(error)}, {}};
   }
@@ -205,6 +220,71 @@ found_replacement replacement_for_selection(text::view& view) {
   if (!done || view.storage->current_memento != memento) return {{search_end::cancelled, {}}, {}};
   if (task->end != search_end::found) return {{task->end, {}}, {}};
   return {{search_end::found, {}}, expand.expand(selected, *captures)};
+}
+
+namespace {
+
+constexpr std::size_t longest_examined = 100'000;  // units of a selection
+constexpr auto patience = std::chrono::milliseconds(15);
+constexpr unsigned long allowed_retries = 20000;  // some 0.2 ms
+
+// A selection, and what a query finds from its beginning on.
+struct examined_selection {
+  void run(std::atomic<bool> const& cancelled) {
+    text_searcher searcher(*query, units, cancelled);
+    searcher.set_limits(std::chrono::steady_clock::now() + patience, allowed_retries);
+    std::size_t const last_start = query->pattern() != nullptr ? 0 : units.size();
+    if (searcher.next(0, last_start) != search_end::found) return;
+    is_match = searcher.begin() == 0 && searcher.end() == units.size();
+    if (query->pattern() == nullptr) return;
+    captures = oniguruma::captures_of(searcher.match());
+    captures.emplace(0, std::pair(0, static_cast<int>(searcher.end())));
+  }
+
+  std::shared_ptr<text_query const> query;
+  std::u16string units;
+  bool is_match = false;
+  oniguruma::captures_t captures;
+};
+
+std::shared_ptr<examined_selection const> examine_selection(
+    text::view& view, std::shared_ptr<text_query const> query) {
+  if (!view.has_selection() || view.selection.column_mode) return nullptr;
+  auto const task = std::make_shared<examined_selection>();
+  task->query = std::move(query);
+  text::iterator const first = view.selection.first().base, last = view.selection.last().base;
+  if (static_cast<std::size_t>(last - first) > longest_examined) return nullptr;
+  task->units.assign(view.selection.begin(), view.selection.end());
+  if (task->query->pattern() == nullptr) {
+    task->run(false);
+  } else if (!do_briefly(patience, [task](auto const& cancelled) { task->run(cancelled); })) {
+    return nullptr;
+  }
+  return task->is_match ? task : nullptr;
+}
+
+}  // namespace
+
+bool selection_is_match(text::view& view, std::shared_ptr<text_query const> query) {
+  return examine_selection(view, std::move(query)) != nullptr;
+}
+
+std::optional<std::u16string> preview_of_replacement(text::view& view,
+                                                     std::shared_ptr<text_query const> query,
+                                                     std::string const& replacement) {
+  auto const examined = examine_selection(view, std::move(query));
+  if (examined == nullptr) return std::nullopt;
+  return oniguruma::format(replacement.c_str()).expand(examined->units, examined->captures);
+}
+
+std::u16string pattern_for(std::u16string_view text) {
+  constexpr std::u16string_view special = u"\\.[]{}()*+?^$|#";
+  std::u16string pattern;
+  for (char16_t const unit : text) {
+    if (special.find(unit) != special.npos) pattern += u'\\';
+    pattern += unit;
+  }
+  return pattern;
 }
 
 bool view_copy_selection_to_findpboard(text::view* view) {
@@ -229,12 +309,12 @@ namespace {
 
 text_query incremental_query(std::u16string const& string) {
   std::string const utf8 = unicode::to_utf8(string);
-  return {string, false, unicode::lowercase(utf8) == utf8};
+  return {string, {.ignore_case = unicode::lowercase(utf8) == utf8}};
 }
 
 text::iterator run_incremental(text::view& view, std::u16string const& string,
                                std::vector<leg> const& legs) {
-  auto const task = make_task(view, incremental_query(string));
+  auto const task = make_task(view, incremental_query(string), whole_text(view));
   task->legs = legs;
   return run(view, task) == search_end::found ? position(view, task->first) : view.storage->end(-1);
 }
@@ -242,7 +322,7 @@ text::iterator run_incremental(text::view& view, std::u16string const& string,
 }  // namespace
 
 text::iterator find_forward(text::view* view, std::u16string const& string, bool from_end) {
-  selection_offsets const at(*view);
+  selection_offsets const at(*view, whole_text(*view));
   auto const size =
       static_cast<std::size_t>(view->storage->end(-1) - view->storage->begin_of_line(0));
   return run_incremental(*view, string,
@@ -250,7 +330,7 @@ text::iterator find_forward(text::view* view, std::u16string const& string, bool
 }
 
 text::iterator find_backward(text::view* view, std::u16string const& string, bool from_start) {
-  selection_offsets const at(*view);
+  selection_offsets const at(*view, whole_text(*view));
   auto const size =
       static_cast<std::size_t>(view->storage->end(-1) - view->storage->begin_of_line(0));
   // What has just been found stays found while the string grows.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/find_panel.h"
+#include "search/match_survey.h"
 #include "search/text_query.h"
 #include "text/views/view.h"
 
@@ -23,7 +25,7 @@ struct find_answer {
 /// nothing, so that no undo group and no other scope need span the wait.
 struct found_match : find_answer {
   std::size_t first = 0, last = 0;
-  std::optional<std::pair<text::pos, text::pos>> place = {};
+  std::optional<text_range> place = {};
 };
 
 /// What is to take the selection's place.
@@ -31,10 +33,24 @@ struct found_replacement : find_answer {
   std::u16string text;
 };
 
-found_match find_in_view(text::view& view, bool backward);
+/// In all of the text or, with `within`, as if that were all.
+found_match find_in_view(text::view& view, bool backward,
+                         std::optional<text_range> within = std::nullopt);
 /// Selects what was found, unfolds it and asks for it to be scrolled into sight.
 void select_match(text::view& view, found_match const& match);
 found_replacement replacement_for_selection(text::view& view);
+
+/// Whether what is selected is a match as a whole; a pattern is tried for some milliseconds.
+bool selection_is_match(text::view& view, std::shared_ptr<text_query const> query);
+/// What a pattern's match that is selected would be replaced by; nothing if the selection is none,
+/// or if that takes more than some milliseconds. The replacement text must be right.
+std::optional<std::u16string> preview_of_replacement(text::view& view,
+                                                     std::shared_ptr<text_query const> query,
+                                                     std::string const& replacement);
+/// A pattern that matches just this text.
+std::u16string pattern_for(std::u16string_view text);
+
+query_options query_options_of(platform::find_panel_values const& values);
 
 /// Whether something was found. What is wrong is logged, with `prefix` before it.
 bool log_and_tell(find_answer const& answer, char const* prefix);

@@ -66,6 +66,7 @@ view_colors::view_colors(platform::palette const& desktop, plist::value const& s
   wrap_margin = mixed(p.foreground, p.background, 0.2);
   beyond_margin = mixed(p.foreground, p.background, 0.04);
   match = mixed({0xE8, 0xB0, 0x20, 255}, p.background, p.dark ? 0.40 : 0.45);
+  current_match = mixed({0xF0, 0x80, 0x10, 255}, p.background, p.dark ? 0.75 : 0.85);
   field = mixed({0x40, 0x90, 0xE0, 255}, p.background, p.dark ? 0.30 : 0.22);
   gutter = mixed(p.foreground, p.background, 0.05);
   gutter_number = {0x88, 0x88, 0x88};

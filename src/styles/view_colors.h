@@ -10,9 +10,10 @@ namespace styles {
 struct view_colors {
   platform::color background, foreground, caret, selection, line_highlight, invisibles;
   platform::color wrap_margin, beyond_margin;
-  platform::color flash;  ///< behind the partner of a bracket just typed
-  platform::color field;  ///< behind the field of a snippet that is being filled in
-  platform::color match;  ///< behind what the find panel has found
+  platform::color flash;          ///< behind the partner of a bracket just typed
+  platform::color field;          ///< behind the field of a snippet that is being filled in
+  platform::color match;          ///< behind what the find bar has found
+  platform::color current_match;  ///< behind the one of those that is selected
   platform::color gutter, gutter_number, gutter_current_number;
 
   /// With `active` false, selection and line highlight are dimmed: the keys go elsewhere.

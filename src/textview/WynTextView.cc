@@ -9,7 +9,9 @@
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
+#include "search/WynFindManager.h"
 #include "search/find_highlights.h"
+#include "search/find_scope.h"
 #include "styles/symbol_list.h"
 #include "styles/view_styles.h"
 #include "text/views/folding_filter.h"
@@ -124,6 +126,8 @@ void WynTextView::detachView() {
   outsideTimer_.reset();
   snapshotMetaData();
   detachTokenizer();
+  WynFindManager::sharedInstance().viewWillClose(*this);
+  findScope_.reset();
   document_->releaseView(view_);
   document_->closeDocument();
   view_ = nullptr;
@@ -176,6 +180,7 @@ void WynTextView::showChangesFromOutside() {
   setNeedsDisplay();
   publishPosition();
   symbols_->update(true);
+  WynFindManager::sharedInstance().viewDidChange(*this);
 }
 
 void WynTextView::publishPosition() {

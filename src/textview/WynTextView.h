@@ -38,6 +38,7 @@ class command_owner;
 }
 namespace search {
 class find_highlights;
+class find_scope;
 struct find_answer;
 }  // namespace search
 namespace snippet {
@@ -225,6 +226,8 @@ class WynTextView : public platform::responder,
   /// In the order of the text. Made again when an action has changed a text that isn't large, and
   /// half a second after what changes its tokens.
   std::vector<styles::symbol> const& functionPopUp() const;
+  /// The same, which stay as they are when the list is made again.
+  std::shared_ptr<std::vector<styles::symbol> const> sharedFunctionPopUp() const;
   /// Makes it now, of the tokens known so far. There must be a document.
   void buildFunctionPopUp();
   /// The name of the last one that begins above the caret or on its line; there must be a document.
@@ -234,9 +237,14 @@ class WynTextView : public platform::responder,
 
   // Find and replace (WynTextView_Find.cc)
   plist::value findWithOptions(plist::dictionary options) final;
+  bool setFindScope(bool in_selection) final;
+  std::optional<std::pair<text::pos, text::pos>> findScope() const final;
+  void showMatch(text::pos first, text::pos last) final;
+  void ticksDidChange() final;
+  std::vector<std::size_t> scroll_ticks(std::size_t height) const override;
   /// The number of replacements; 0 with a message for the user if something is wrong.
   std::size_t internalReplaceAllError(plist::value const& options, std::string& error);
-  /// The matches of the find panel's text in sight; of a view that shows a document.
+  /// The matches of the find bar's text in sight; of a view that shows a document.
   std::vector<std::pair<text::iterator, text::iterator>> const& shownMatches() const;
 
   // Incremental search (WynTextView_ISearch.cc)
@@ -559,6 +567,7 @@ class WynTextView : public platform::responder,
 
   platform::notification_center::token matchesToken_;
   std::unique_ptr<search::find_highlights> highlights_;
+  std::unique_ptr<search::find_scope> findScope_;
   bool hasFindNote_ = false;
   std::unique_ptr<WynISearchWindow> iSearchWindow_;
 

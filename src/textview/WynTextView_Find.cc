@@ -2,6 +2,7 @@
 #include "platform/log.h"
 #include "search/WynFindManager.h"
 #include "search/find_highlights.h"
+#include "search/find_scope.h"
 #include "search/replace_all.h"
 #include "search/view_find.h"
 #include "text/views/mark_history.h"
@@ -13,10 +14,18 @@
 
 namespace {
 
-search::replace_request request_from(plist::value const& options) {
-  return {options["findString"].string_or(""), options["replaceString"].string_or(""),
-          options["regularExpression"].boolean_or(false), options["ignoreCase"].boolean_or(false),
-          options["replaceAllScope"].string_or("selection") != "document"};
+// Of a macro that worked in a part of the text the selection is that part.
+search::replace_request request_from(plist::value const& options,
+                                     std::optional<search::text_range> scope) {
+  bool const in_scope = options["inSelection"].boolean_or(false);
+  bool const in_selection = options["replaceAllScope"].string_or("selection") != "document";
+  return {
+      .find = options["findString"].string_or(""),
+      .replace = options["replaceString"].string_or(""),
+      .options = {options["regularExpression"].boolean_or(false),
+                  options["ignoreCase"].boolean_or(false), options["wholeWords"].boolean_or(false)},
+      .in_selection = in_selection || in_scope,
+      .within = in_scope && !in_selection ? scope : std::nullopt};
 }
 
 std::string status_for(search::find_answer const& answer, std::string const& nothing) {
@@ -75,8 +84,40 @@ std::vector<search::find_highlights::match> const& WynTextView::shownMatches() c
       {first, last + 1, layout_.column_at(seen.x), layout_.column_at(seen.right()) + 1});
 }
 
+bool WynTextView::setFindScope(bool in_selection) {
+  findScope_.reset();
+  if (!in_selection) return true;
+  text::selection const& selection = view_->selection;
+  if (!view_->has_selection() || selection.column_mode) return false;
+  findScope_ = std::make_unique<search::find_scope>(
+      *view_->storage,
+      search::text_range(selection.first().base.pos(), selection.last().base.pos()));
+  return true;
+}
+
+std::optional<std::pair<text::pos, text::pos>> WynTextView::findScope() const {
+  return findScope_ == nullptr ? std::nullopt : std::optional(findScope_->range());
+}
+
+void WynTextView::showMatch(text::pos first, text::pos last) {
+  textview::view_will_change const scope(*this, true);
+  search::found_match match;
+  match.place = search::text_range(first, last);
+  search::select_match(*view_, match);
+}
+
+void WynTextView::ticksDidChange() {
+  if (host_ != nullptr) host_->set_ticks_need_display();
+}
+
+std::vector<std::size_t> WynTextView::scroll_ticks(std::size_t height) const {
+  if (view_ == nullptr || host_ == nullptr) return {};
+  auto const rows = static_cast<std::size_t>(host_->visible_rect().height / layout_.lineHeight());
+  return WynFindManager::sharedInstance().ticks(*this, rows, height);
+}
+
 search::find_answer WynTextView::findMatch(bool backward, bool is_part_of_change) {
-  search::found_match const match = search::find_in_view(*view_, backward);
+  search::found_match const match = search::find_in_view(*view_, backward, findScope());
   if (match.end != search::search_end::found) return match;
   textview::view_will_change const scope(*this, true);
   if (is_part_of_change) {
@@ -148,7 +189,7 @@ plist::value WynTextView::replaceAllIn(char const* scope) {
 
 std::size_t WynTextView::internalReplaceAllError(plist::value const& options, std::string& error) {
   abandonMarkedText();
-  search::all_matches matches(*view_, request_from(options));
+  search::all_matches matches(*view_, request_from(options, findScope()));
   error = status_for(matches.answer(), "");
   if (matches.answer().end != search::search_end::found) return 0;
   textview::view_will_change const scope(*this, true);
@@ -179,7 +220,7 @@ std::string WynTextView::performFind(std::string const& action, plist::value con
   }
   if (action == "count") {
     search::replace_answer const answer =
-        search::all_matches(*view_, request_from(options), true).answer();
+        search::all_matches(*view_, request_from(options, findScope()), true).answer();
     found = answer.end == search::search_end::found;
     return found ? std::to_string(answer.count) + " matches" : status_for(answer, "Nothing found");
   }

@@ -96,7 +96,18 @@ class painter {
 
   void paint_matches() {
     for (auto const& [first, last] : text_view_.shownMatches())
-      paint_range(first, last, colors_.match);
+      paint_range(first, last, is_selected(first, last) ? colors_.current_match : colors_.match);
+  }
+
+  // It has a colour of its own, which that of the selection would spoil.
+  bool selects_match() const {
+    auto const& matches = text_view_.shownMatches();
+    return std::any_of(matches.begin(), matches.end(),
+                       [&](auto const& each) { return is_selected(each.first, each.second); });
+  }
+
+  bool is_selected(text::iterator const& first, text::iterator const& last) const {
+    return view_.selection.first().base == first && view_.selection.last().base == last;
   }
 
   // An empty field is a mark beside the caret.
@@ -123,6 +134,7 @@ class painter {
   }
 
   void paint_selection() {
+    if (view_.has_selection() && selects_match()) return;
     wyn::region const selected = layout::selection_region(text_view_, dirty_);
     for (rect const& r : selected.rects()) fill(r, colors_.selection);
   }

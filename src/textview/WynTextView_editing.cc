@@ -4,6 +4,7 @@
 #include "layout/geometry.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
+#include "search/WynFindManager.h"
 #include "settings/store.h"
 #include "text/cell_width.h"
 #include "text/kill_buffer_guard.h"
@@ -116,6 +117,7 @@ void WynTextView::addEditingMethods() {
   addMethod("undo:", [this](plist::value const&) { return undoOrRedo(true); });
   addMethod("redo:", [this](plist::value const&) { return undoOrRedo(false); });
   addAction("cancel:", [this] {
+    if (WynFindManager::sharedInstance().closeFindPanel()) return;
     if (view_->has_selection()) view_->selection.set_caret(view_->selection.current_mark);
   });
 }

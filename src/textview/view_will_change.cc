@@ -1,6 +1,7 @@
 #include "textview/view_will_change.h"
 
 #include "layout/geometry.h"
+#include "search/WynFindManager.h"
 #include "styles/symbol_list.h"
 #include "text/views/view.h"
 #include "text/views/view_filter.h"
@@ -101,6 +102,7 @@ void view_will_change::show_outcome(bool center, bool outermost) {
   if (center) text_view.centerSelectionNowAndLater();
   if (view.scroll_caret_pending) text_view.scrollRectToVisible(layout::caret_rectangle(text_view));
   text_view.symbols_->update(false);
+  WynFindManager::sharedInstance().viewDidChange(text_view);
   WynCompletionManager::sharedInstance().follow(text_view);
 }
 

@@ -24,6 +24,10 @@ class find : public shown_view_test, public shown_view {
   }
 
   headless::scripted_find_panel& panel() { return desktop_.find(); }
+  void type(std::string const& sought) {
+    panel().fields.find = sought;
+    panel().delegate->findPanelDidChange();
+  }
   void push(platform::find_action action, std::uint32_t modifiers = 0, bool closes = false) {
     panel().delegate->findPanelAction(action, modifiers, closes);
   }
@@ -39,29 +43,31 @@ class find : public shown_view_test, public shown_view {
 TEST_F(find, panel_acts_on_the_view_and_says_what_came_of_it) {
   set("|one two one");
   manager.orderFrontFindPanel(false);
-  panel().fields.find = "one";
-  panel().delegate->findPanelDidChange();
+  type("one");
   EXPECT_EQ(view.shownMatches().size(), 2u);
+  EXPECT_EQ(get() + panel().count, "[one] two one1 of 2");
   EXPECT_TRUE(manager.findHistory().empty());  // nothing is taken over yet
 
   struct step {
     platform::find_action action;
     std::uint32_t modifiers;
-    char const *status, *text;
+    char const *status, *count, *text;
     int beeps;
   };
   for (step const& s : {
-           step{WynFindManager::find_next, 0, "", "[one] two one", 0},
-           step{WynFindManager::find_next, 0, "", "one two [one]", 0},
-           step{WynFindManager::find_next, 0, "Not found", "one two [one]", 1},
-           step{WynFindManager::count, 0, "2 matches", "one two [one]", 1},
-           step{WynFindManager::count, platform::modifier::option, "1 matches", "one two [one]", 1},
-           step{WynFindManager::replace_all, 0, "2 replaced", "| two ", 1},
-           step{WynFindManager::replace_all, 0, "Nothing replaced", "| two ", 2},
-           step{WynFindManager::count, 0, "Nothing found", "| two ", 3},
+           step{WynFindManager::find_next, 0, "", "2 of 2", "one two [one]", 0},
+           step{WynFindManager::find_next, 0, "Not found", "2 of 2", "one two [one]", 1},
+           step{WynFindManager::find_previous, 0, "", "1 of 2", "[one] two one", 1},
+           step{WynFindManager::count, 0, "2 matches", "1 of 2", "[one] two one", 1},
+           step{WynFindManager::count, platform::modifier::option, "1 matches", "1 of 2",
+                "[one] two one", 1},
+           step{WynFindManager::replace_all, 0, "2 replaced", "No matches", "| two ", 1},
+           step{WynFindManager::replace_all, 0, "Nothing replaced", "No matches", "| two ", 2},
+           step{WynFindManager::count, 0, "Nothing found", "No matches", "| two ", 3},
        }) {
     push(s.action, s.modifiers);
     EXPECT_EQ(panel().status, s.status);
+    EXPECT_EQ(panel().count, s.count);
     EXPECT_EQ(get(), s.text);
     EXPECT_EQ(desktop_.beeps, s.beeps);
   }
@@ -86,15 +92,13 @@ TEST_F(find, bad_patterns_are_marked_where_they_go_wrong) {
                        bad{"ab)c", "unmatched close parenthesis", 2},
                        bad{"\u00e4)", "unmatched close parenthesis", 1},
                        bad{"*a", "target of repeat operator is not specified", 0}}) {
-    panel().fields.find = b.pattern;
-    panel().delegate->findPanelDidChange();
+    type(b.pattern);
     EXPECT_EQ(panel().status, std::string("regexp: ") + b.message);
     EXPECT_EQ(panel().error, b.offset) << b.pattern;
     push(WynFindManager::find_next);
     EXPECT_EQ(panel().status, std::string("regexp: ") + b.message);
   }
-  panel().fields.find = "x";
-  panel().delegate->findPanelDidChange();
+  type("x");
   EXPECT_EQ(panel().error, std::string::npos);
   panel().fields.replace = "(?1:a";
   push(WynFindManager::replace_all);
@@ -111,8 +115,7 @@ TEST_F(find, text_from_elsewhere_is_no_pattern) {
 
 TEST_F(find, the_selection_may_be_what_to_put_in) {
   manager.orderFrontFindPanel(true);
-  panel().fields.find = "b";
-  panel().delegate->findPanelDidChange();
+  type("b");
   set("a[bc]d");
   perform("copySelectionToReplacePboard:");
   EXPECT_EQ(panel().fields.replace, "bc");
@@ -244,7 +247,7 @@ TEST_F(find, what_is_found_is_what_a_plain_search_finds) {
     std::u16string const sought = random.text(1 + random.up_to(3), u"ab\n");
     std::size_t const from = random.up_to(text.size());
     for (bool const pattern : {false, true}) {
-      search::text_query const query(sought, pattern, false);
+      search::text_query const query(sought, {.regular_expression = pattern});
       search::text_searcher searcher(query, text, never);
       bool const next = searcher.next(from, text.size()) == search::search_end::found;
       EXPECT_EQ(next ? searcher.begin() : text.npos, text.find(sought, from)) << seed;
