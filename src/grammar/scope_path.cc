@@ -86,6 +86,11 @@ path_tree::id path_tree::child(id parent, unsigned index) {
   return it->second = static_cast<id>(nodes_.size() - 1);
 }
 
+std::size_t path_tree::size() const {
+  std::lock_guard lock(mutex_);
+  return nodes_.size();
+}
+
 path_tree::node path_tree::at(id path) const {
   std::lock_guard lock(mutex_);
   return nodes_[path];

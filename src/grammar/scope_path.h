@@ -56,6 +56,8 @@ class path_tree {
 
   path_tree(catalogue const& all_rules, unsigned start_rule);
 
+  /// The numbers given so far.
+  std::size_t size() const;
   id child(id parent, unsigned index);
   node at(id path) const;
   bit_stack::storage path(id of) const;

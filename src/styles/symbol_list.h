@@ -1,11 +1,10 @@
 #pragma once
 
 #include "platform/run_loop.h"
-#include "styles/symbol_walk.h"
+#include "styles/symbol.h"
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,14 +17,17 @@ class styled_view;
 class symbol_list {
  public:
   explicit symbol_list(styled_view& text_view);
+  ~symbol_list();
 
   /// In the order of the text.
-  std::vector<symbol> const& items() const { return items_; }
+  std::vector<symbol> const& items() const { return *items_; }
+  /// The same, which stay as they are when the list is made again.
+  std::shared_ptr<std::vector<symbol> const> const& shared_items() const { return items_; }
   /// Makes it of the tokens known so far.
   void build();
   /// Follows the caret. When the text has changed the list is made again, if that takes no longer
   /// than a key press may; with `changed`, and for large texts, half a second after the last such
-  /// call, a slice at a time.
+  /// call, on another thread.
   void update(bool changed);
   /// Another document is there.
   void restart();
@@ -38,19 +40,23 @@ class symbol_list {
   std::string const& current() const { return current_; }
 
  private:
+  struct walker;
+
   void build_after(double seconds);
-  bool walk(std::size_t steps);
-  void walk_slice();
-  void take(symbol_walk& finished);
+  bool walk_at_once();
+  void begin_walk();
+  void poll();
+  void stop_walker();
+  void take(std::vector<symbol> symbols);
   void set_current(std::string const& name);
 
   styled_view& text_view_;
-  std::vector<symbol> items_;
+  std::shared_ptr<std::vector<symbol> const> items_;
   std::uint32_t memento_ = 0;  ///< of the text of which the list was made
-  std::optional<symbol_walk> walk_;
-  bool is_quick_ = true;  ///< whether the last walk was done at once
+  bool is_quick_ = true;       ///< whether the last walk was done at once
   std::string current_;
-  std::unique_ptr<platform::timer> timer_;  ///< before a walk, and between its slices
+  std::shared_ptr<walker> walker_;          ///< while there is a walk on another thread
+  std::unique_ptr<platform::timer> timer_;  ///< before a walk, and for a look at that
 };
 
 }  // namespace styles

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <mutex>
 
 #include "grammar/tokenize_filter.h"
 #include "platform/log.h"
@@ -16,9 +15,7 @@
 namespace styles {
 namespace {
 
-// Beside one for each line and each token.
-constexpr std::size_t steps_for_symbol = 100;
-constexpr std::size_t steps_for_path = 300;
+constexpr std::size_t steps_for_symbol = 100;  // beside one for each line, token and byte
 
 void replace_each(std::string& text, std::string_view from, std::string_view to) {
   for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
@@ -40,15 +37,6 @@ regex::transformation_program const& program_with(plist::value const& source) {
   return place->second;
 }
 
-// The name of a symbol, from the text between two places and the program of the first one's style.
-std::string symbol_name(std::string text, plist::value const& program) {
-  replace_each(text, "\n", " ");
-  if (program.as_string() == nullptr) return text;
-  text = program_with(program).apply(std::move(text));
-  replace_each(text, "\n", "\u21B5");
-  return text;
-}
-
 std::string text_between(text::storage& storage, text::pos first, text::pos last) {
   std::u16string units;
   for (std::size_t line = first.line; line <= last.line && line < storage.lines(); ++line) {
@@ -64,44 +52,74 @@ std::string text_between(text::storage& storage, text::pos first, text::pos last
 
 }  // namespace
 
-symbol_walk::symbol_walk(styled_view& text_view)
-    : text_view_(text_view), memento_(text_view.view()->storage->current_memento) {}
-
-// The steps that it was.
-std::size_t symbol_walk::end_symbol(text::pos end) {
-  std::string text = text_between(*text_view_.view()->storage, begin_, end);
-  std::size_t const steps = steps_for_symbol + text.size();
-  std::string name = symbol_name(std::move(text), program_);
-  if (!is_blank(name)) symbols.push_back({std::move(name), begin_.line + std::size_t{1}});
-  return steps;
+symbol_paths::symbol_paths(styled_view const& text_view) {
+  constexpr std::size_t most_programs = 255;
+  programs_.push_back(nullptr);
+  std::map<std::string, std::uint8_t> numbers;
+  std::size_t const count = text_view.tokenizer()->paths()->size();
+  kinds_.resize(count);
+  for (grammar::path_tree::id path = 0; path < count; ++path) {
+    if (!text_view.isSymbol(path)) continue;
+    kinds_[path] = 1;
+    plist::value const source = text_view.stylesOfPath(path)["symbolTransformation"];
+    if (source.as_string() == nullptr || programs_.size() == most_programs) continue;
+    auto const [number, is_new] =
+        numbers.try_emplace(*source.as_string(), static_cast<std::uint8_t>(programs_.size() + 1));
+    if (is_new) programs_.push_back(&program_with(source));
+    kinds_[path] = number->second;
+  }
 }
 
-bool symbol_walk::go_on(std::size_t steps) {
-  grammar::tokenize_filter* const tokenizer = text_view_.tokenizer();
-  if (tokenizer == nullptr || tokenizer->paths() == nullptr) return true;
-  tokenizer->start();
-  text::storage& storage = *text_view_.view()->storage;
-  std::lock_guard const lock(storage.mutex);
+std::string symbol_paths::name(std::string text, grammar::path_tree::id path) const {
+  replace_each(text, "\n", " ");
+  regex::transformation_program const* const program = programs_[kinds_[path] - 1U];
+  if (program == nullptr) return text;
+  text = program->apply(std::move(text));
+  replace_each(text, "\n", "\u21B5");
+  return text;
+}
+
+// The steps that it was.
+std::size_t symbol_walk::end_run(text::storage& storage, text::pos end) {
+  runs_.push_back({text_between(storage, begin_, end), begin_.line + std::size_t{1}, path_});
+  return steps_for_symbol + runs_.back().text.size();
+}
+
+symbol_walk::state symbol_walk::go_on(text::storage& storage, grammar::tokenize_filter& tokenizer,
+                                      symbol_paths const& paths, std::size_t steps) {
   std::size_t taken = 0;
   for (; line_ < storage.lines(); ++line_, token_ = 0, ++taken) {
-    grammar::line_tokens const& tokens = tokenizer->tokens(line_);
+    grammar::line_tokens const& tokens = tokenizer.tokens(line_);
     for (; token_ < tokens.size(); ++token_, ++taken) {
-      if (taken >= steps) return false;
+      if (taken >= steps) return state::under_way;
       auto const token = tokens[token_];
-      if (!text_view_.knowsSymbol(token.path)) taken += steps_for_path;
-      if (text_view_.isSymbol(token.path) == inside_) continue;
+      if (!paths.knows(token.path)) return state::unknown_path;
+      if (paths.is_symbol(token.path) == inside_) continue;
       inside_ = !inside_;
       if (inside_) {
         begin_ = {line_, token.column};
-        program_ = text_view_.stylesOfPath(token.path)["symbolTransformation"];
+        path_ = token.path;
       } else {
-        taken += end_symbol({line_, token.column});
+        taken += end_run(storage, {line_, token.column});
       }
     }
+    if (taken >= steps) {
+      ++line_;
+      token_ = 0;
+      return state::under_way;
+    }
   }
-  if (inside_) end_symbol(storage.end(-1).pos());
+  if (inside_) end_run(storage, storage.end(-1).pos());
   inside_ = false;
-  return true;
+  return state::done;
+}
+
+void symbol_walk::give_names(symbol_paths const& paths) {
+  for (run& each : runs_) {
+    std::string name = paths.name(std::move(each.text), each.path);
+    if (!is_blank(name)) symbols.push_back({std::move(name), each.line});
+  }
+  runs_.clear();
 }
 
 }  // namespace styles

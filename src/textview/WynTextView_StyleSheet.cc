@@ -318,6 +318,10 @@ std::vector<styles::symbol> const& WynTextView::functionPopUp() const {
   return symbols_->items();
 }
 
+std::shared_ptr<std::vector<styles::symbol> const> WynTextView::sharedFunctionPopUp() const {
+  return symbols_->shared_items();
+}
+
 void WynTextView::buildFunctionPopUp() {
   symbols_->build();
 }

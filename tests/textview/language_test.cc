@@ -1,4 +1,5 @@
 #include <mutex>
+#include <thread>
 
 #include "bundles/BundleManager.h"
 #include "grammar/tokenize_filter.h"
@@ -113,8 +114,6 @@ TEST_F(language, shows_symbols_half_a_second_after_a_change) {
   EXPECT_EQ(shown["currentSymbol"].string_or(""), "second");
 }
 
-// The list of a long text comes a slice at a time, and what is changed between two has it made
-// anew.
 TEST_F(language, shows_symbols_of_long_texts_when_the_user_rests) {
   constexpr std::size_t count = 20000;
   std::string const text = repeated("{\"a\": [1, 2]}\n", count);
@@ -128,7 +127,7 @@ TEST_F(language, shows_symbols_of_long_texts_when_the_user_rests) {
   view.insert_text(u"\n");
   EXPECT_EQ(view.functionPopUp()[1].line, 2u);  // no key waits for the list
   wait(view);
-  desktop_.loop().run_for(0.505);
+  desktop_.loop().run_for(0.45);
   EXPECT_EQ(view.functionPopUp()[1].line, 2u);
   view.insert_text(u"\n");
   wait(view);
@@ -137,6 +136,42 @@ TEST_F(language, shows_symbols_of_long_texts_when_the_user_rests) {
   EXPECT_EQ(view.functionPopUp()[1], (styles::symbol{"a", 4}));
   EXPECT_EQ(view.functionPopUp().back(), (styles::symbol{"a", count + 2}));
   EXPECT_EQ(view.symbolAtCaret(), "a");
+}
+
+// Of lines and of one line, while the text changes, and while the document goes.
+TEST_F(language, lists_symbols_on_another_thread) {
+  desktop_.busy().cancel_after = 1 << 30;
+  for (char const* const end : {"\n", " "}) {
+    constexpr std::size_t count = 30000;
+    std::string const text = repeated("{\"a\": [1, 2]}" + std::string(end), count);
+    WynTextView view;
+    headless::headless_view_host host(view);
+    view.setDocument(file("a.json", text));
+    auto const is_listed = [&](std::size_t size) {
+      for (int i = 0; i < 4000 && view.functionPopUp().size() != size; ++i) {
+        wait(view);
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        desktop_.loop().run_for(0.1);
+      }
+      return view.functionPopUp().size() == size;
+    };
+    EXPECT_TRUE(is_listed(count));
+    auto const shown = view.sharedFunctionPopUp();
+    for (int i = 0; i < 50; ++i) {
+      view.insert_text(u"[1]\n");
+      desktop_.loop().run_for(i % 7 == 0 ? 0.6 : 0.01);
+    }
+    view.goToLineAndColumn({1, 1});
+    view.insert_text(u"{\"new\": 1}\n");
+    EXPECT_TRUE(is_listed(count + 1));
+    EXPECT_EQ(view.functionPopUp().front(), (styles::symbol{"new", 1}));
+    EXPECT_EQ(view.functionPopUp()[1].line, 52u);
+    EXPECT_EQ(shown->size(), count);  // a picker's rows stay
+    view.insert_text(u"{");
+    desktop_.loop().run_for(0.55);
+    view.setDocument(nullptr);
+    EXPECT_TRUE(view.functionPopUp().empty());
+  }
 }
 
 TEST_F(language, folds_outlast_a_change_of_language_and_may_be_there_from_the_start) {
