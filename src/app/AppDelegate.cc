@@ -5,6 +5,7 @@
 #include "app/file_argument.h"
 #include "app/line_place.h"
 #include "app/offer_safety_copies.h"
+#include "app/select_from_list.h"
 #include "bundles/BundleManager.h"
 #include "bundles/files/item_kinds.h"
 #include "commands/environment.h"
@@ -75,6 +76,12 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list, out
   add("orderFrontGoToLinePanel:", [this](auto const&) { orderFrontGoToLinePanel(); });
   add("selectBundleItemFromList:", [this](auto const&) { selectBundleItem(false); });
   add("selectBundleItemByKey:", [this](auto const&) { selectBundleItem(true); });
+  add("selectFromList:", [this](plist::value const& name) {
+    WynTextView* const view = frontTextView();
+    if (view == nullptr) return platform::desktop::current().beep();
+    std::string const list = name.string_or("");
+    app::select_from_list(list, list == "languages" ? dynamicItems(list) : listItems(list), *view);
+  });
   addMethod("goToLineAction:", [this](plist::value const& place) {
     return plist::value(goToLine(place.string_or("")));
   });
@@ -189,6 +196,7 @@ void AppDelegate::didFinishLaunching() {
       platform::user_defaults::did_set_aside,
       [this](platform::notification const& n) { tellOfDamagedDefaults(n.info); }, &defaults);
   clips_.load();
+  WynFindManager::sharedInstance().restoreFindString();
   applicationDidBecomeActive();
   openLaunchArguments();
   bundleWatcher_ = std::make_unique<bundles::bundle_watcher>(BundleManager::sharedInstance());
@@ -411,11 +419,17 @@ std::vector<platform::menu_item> AppDelegate::menusOfActions() const {
     for (platform::menu_item& item : items) {
       fill(item.items);
       // Items of bundles are found as such.
-      if (!item.dynamic.empty() && item.dynamic != "bundles" && item.dynamic != "symbols")
+      if (!item.dynamic.empty() && item.dynamic != "bundles")
         item.items = dynamicItems(item.dynamic);
     }
   };
   auto menus = mainMenu();
+  platform::menu_item view, languages;
+  view.title = "View";
+  languages.title = "Language";
+  languages.dynamic = "languages";
+  view.items = {languages};
+  menus.push_back(view);
   fill(menus);
   return menus;
 }
@@ -427,6 +441,10 @@ void AppDelegate::selectBundleItem(bool by_key) {
                              WynKeyBindingManager::sharedInstance().keyBindings(), by_key);
   auto const row = platform::desktop::current().pickers().run(select.request(), select);
   if (row && !select.accept(*row)) platform::desktop::current().beep();
+}
+
+std::vector<platform::menu_item> AppDelegate::listItems(std::string const& name) const {
+  return platform::menu_from_value(menus_["lists"][name]);
 }
 
 bool AppDelegate::goToLine(std::string const& text) {

@@ -84,6 +84,8 @@ class AppDelegate : public platform::application_delegate,
   plist::dictionary environmentVariables() const override;
   std::vector<platform::menu_item> mainMenu() const override;
   std::vector<platform::menu_item> statusMenu(std::string_view part) const override;
+  /// Those that are found by letters instead of in a menu.
+  std::vector<platform::menu_item> listItems(std::string const& name) const;
   std::vector<platform::menu_item> dynamicItems(std::string_view name) const override;
 
  private:

@@ -15,8 +15,6 @@
 namespace app {
 namespace {
 
-constexpr std::size_t most_symbols_in_menu = 1000;
-
 std::vector<platform::menu_item> recent_items(recent_files const& recent) {
   std::vector<platform::menu_item> items;
   for (std::string const& path : recent.paths()) {
@@ -70,41 +68,12 @@ std::vector<platform::menu_item> theme_items() {
   return items;
 }
 
-// A menu of a hundred thousand items takes the desktop half a minute, and is not read: those
-// around the caret are shown, with how many others there are.
-std::vector<platform::menu_item> symbol_items(WynTextView const& view) {
-  std::vector<styles::symbol> const& symbols = view.functionPopUp();
-  std::size_t first = 0, last = symbols.size();
-  if (symbols.size() > most_symbols_in_menu) {
-    std::size_t const line = view.view()->selection.current_mark.base.line + std::size_t{1};
-    auto const at =
-        std::partition_point(symbols.begin(), symbols.end(),
-                             [&](styles::symbol const& each) { return each.line <= line; });
-    auto const above = static_cast<std::size_t>(at - symbols.begin());
-    first = std::min(above - std::min(above, most_symbols_in_menu / 2),
-                     symbols.size() - most_symbols_in_menu);
-    last = first + most_symbols_in_menu;
-  }
-  std::vector<platform::menu_item> items;
-  auto const add_others = [&](std::size_t count, char const* where) {
-    if (count == 0) return;
-    items.push_back(item_for(std::to_string(count) + " More " + where, "", {}));
-    items.back().enabled = false;
-  };
-  add_others(first, "Above");
-  for (std::size_t i = first; i < last; ++i)
-    items.push_back(item_for(symbols[i].name, "goToLineNumber:", symbols[i].line));
-  add_others(symbols.size() - last, "Below");
-  return items;
-}
-
 }  // namespace
 
 std::vector<platform::menu_item> dynamic_items(std::string_view name, recent_files const& recent,
                                                WynTextView const* front) {
   if (name == "recentFiles") return recent_items(recent);
   if (name == "languages") return language_items();
-  if (name == "symbols" && front != nullptr) return symbol_items(*front);
   if (name == "themes") return theme_items();
   if (name == "bundles")
     return bundles::bundles_menu(BundleManager::sharedInstance(),

@@ -135,8 +135,11 @@ void PickerDialog::place() {
 
 void PickerDialog::rows_changed() {
   model_->reset();
-  QModelIndex const first = model_->index(0, 0);
-  if (first.isValid()) list_->setCurrentIndex(first);
+  QModelIndex const first = model_->index(static_cast<int>(source_.first_row()), 0);
+  if (first.isValid()) {
+    list_->setCurrentIndex(first);
+    list_->scrollTo(first, QAbstractItemView::PositionAtCenter);
+  }
   show_help();
   show_note();
 }

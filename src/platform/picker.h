@@ -33,6 +33,8 @@ class picker_source {
   virtual picker_row row(std::size_t index) const = 0;
   /// What a row is for, in sentences, shown while it is the one that would be chosen; may be empty.
   virtual std::string help(std::size_t /*index*/) const { return {}; }
+  /// The row that can be chosen at once, and which is in sight.
+  virtual std::size_t first_row() const { return 0; }
   /// A line about all of it, shown below the rows; may be empty.
   virtual std::string note() const = 0;
 

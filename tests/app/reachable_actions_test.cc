@@ -91,6 +91,7 @@ class reachable_actions : public app_test {
       EXPECT_FALSE(app().statusMenu(part).empty()) << part;
       add_selectors(app().statusMenu(part), result);
     }
+    add_selectors(app().listItems("encodings"), result);
     return result;
   }
   static names on_keys() {

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/menu.h"
+
+#include <string_view>
+#include <vector>
+
+class WynTextView;
+
+namespace app {
+
+/// Lets the user pick, by letters of its title, one of the `items` or, from the list "symbols", a
+/// symbol of the document, and performs it. `view` must show a document.
+void select_from_list(std::string_view list, std::vector<platform::menu_item> items,
+                      WynTextView& view);
+
+}  // namespace app
