@@ -145,8 +145,8 @@ outcome measure(stopwatch& desktop, text::view& view, std::string const& pattern
     meter.away_ended();
   };
   try {
-    auto query =
-        std::make_shared<search::text_query const>(unicode::to_utf16(pattern), true, false);
+    auto query = std::make_shared<search::text_query const>(
+        unicode::to_utf16(pattern), search::query_options{.regular_expression = true});
     result.is_pattern = true;
     search::find_highlights highlights;
     measured([&] { highlights.in_window(view, std::move(query), {0, 1, 0, 200}); });

@@ -15,6 +15,7 @@ class waiting;
 namespace widgets {
 
 class BusyPanel;
+class FindBar;
 
 /// Sees to it that no key is lost while something waits. Escape cancels it, and so
 /// does Ctrl+C where it is a program. Keys that come to a
