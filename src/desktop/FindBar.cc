@@ -282,12 +282,12 @@ QLayout* FindBar::make_replace_row() {
 QLayout* FindBar::make_options_row() {
   auto* const row = new QHBoxLayout;
   row->setSpacing(2 * space);
-  regular_expression_ = make_option("Regular e&xpression", "");
-  ignore_case_ = make_option("&Ignore case", "");
-  whole_words_ = make_option("W&hole words", "");
+  regular_expression_ = make_option("Rege&x", "Regular expression");
+  ignore_case_ = make_option("&Ignore case", "Capital and small letters are the same");
+  whole_words_ = make_option("W&hole words", "What no letter, digit or underscore continues");
   in_selection_ =
       make_option("In &selection", "Search only in what is selected when this is ticked");
-  wrap_around_ = make_option("&Wrap around", "Continue at the other end of the text");
+  wrap_around_ = make_option("&Wrap", "Continue at the other end of the text");
   for (QCheckBox* const box :
        {regular_expression_, ignore_case_, whole_words_, in_selection_, wrap_around_})
     row->addWidget(box);

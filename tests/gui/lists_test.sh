@@ -42,9 +42,10 @@ keys ctrl+a
 type_text '# heading'
 keys Return Return
 type_text 'x'
+keys Return
 open_list ctrl+shift+o 'Go to Symbol'
 type_text 'head'
 keys Return
 wait_until has_focus
 type_text 'y'
-expect_saved file.c $'y# heading\n\nx'
+expect_saved file.c $'y# heading\n\nx\n'
