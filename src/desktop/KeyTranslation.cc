@@ -1,6 +1,7 @@
 #include "desktop/KeyTranslation.h"
 
 #include "desktop/QtText.h"
+#include "keys/displayed_keys.h"
 
 #include <algorithm>
 #include <iterator>
@@ -14,29 +15,28 @@ namespace mod = platform::modifier;
 struct named_key {
   int qt;
   char16_t character;
-  char const* name;  // as menus show it
 };
 
 constexpr named_key named_keys[] = {
-    {Qt::Key_Up, key::up, "Up"},
-    {Qt::Key_Down, key::down, "Down"},
-    {Qt::Key_Left, key::left, "Left"},
-    {Qt::Key_Right, key::right, "Right"},
-    {Qt::Key_Insert, key::insert, "Ins"},
-    {Qt::Key_Delete, key::forward_delete, "Del"},
-    {Qt::Key_Home, key::home, "Home"},
-    {Qt::Key_End, key::end, "End"},
-    {Qt::Key_PageUp, key::page_up, "PgUp"},
-    {Qt::Key_PageDown, key::page_down, "PgDown"},
-    {Qt::Key_NumLock, key::num_lock, "NumLock"},
-    {Qt::Key_Menu, key::menu, "Menu"},
-    {Qt::Key_Help, key::help, "Help"},
-    {Qt::Key_Enter, key::enter, "Enter"},
-    {Qt::Key_Tab, key::tab, "Tab"},
-    {Qt::Key_Return, key::return_key, "Return"},
-    {Qt::Key_Backtab, key::back_tab, "Shift+Tab"},
-    {Qt::Key_Escape, key::escape, "Esc"},
-    {Qt::Key_Backspace, key::backspace, "Backspace"},
+    {Qt::Key_Up, key::up},
+    {Qt::Key_Down, key::down},
+    {Qt::Key_Left, key::left},
+    {Qt::Key_Right, key::right},
+    {Qt::Key_Insert, key::insert},
+    {Qt::Key_Delete, key::forward_delete},
+    {Qt::Key_Home, key::home},
+    {Qt::Key_End, key::end},
+    {Qt::Key_PageUp, key::page_up},
+    {Qt::Key_PageDown, key::page_down},
+    {Qt::Key_NumLock, key::num_lock},
+    {Qt::Key_Menu, key::menu},
+    {Qt::Key_Help, key::help},
+    {Qt::Key_Enter, key::enter},
+    {Qt::Key_Tab, key::tab},
+    {Qt::Key_Return, key::return_key},
+    {Qt::Key_Backtab, key::back_tab},
+    {Qt::Key_Escape, key::escape},
+    {Qt::Key_Backspace, key::backspace},
 };
 constexpr int function_keys = 35;
 
@@ -85,15 +85,6 @@ void set_characters_from_event(platform::key_event& out, QKeyEvent const& event)
   QString const plain = text_of_code(event);
   out.characters = utf16(is_printable(event.text()) ? event.text() : plain);
   out.characters_ignoring_modifiers = plain.isEmpty() ? out.characters : utf16(plain);
-}
-
-QString key_name(char16_t c) {
-  if (key::f1 <= c && c < key::f1 + function_keys)
-    return QLatin1Char('F') + QString::number(c - key::f1 + 1);
-  for (named_key const& k : named_keys)
-    if (k.character == c) return QLatin1String(k.name);
-  if (c == u' ') return QStringLiteral("Space");
-  return QString(QChar(c)).toUpper();
 }
 
 }  // namespace
@@ -161,17 +152,7 @@ platform::key_event KeyTranslation::translate(QKeyEvent const& event) {
 }
 
 QString key_string_for_display(std::string_view key_string) {
-  QString const text = qstring(key_string);
-  if (text.isEmpty()) return {};
-  QString const modifiers = text.left(text.size() - 1);
-  QChar const c = text.back();
-  QString shown;
-  if (modifiers.contains(QLatin1Char('@'))) shown += QLatin1String("Ctrl+");
-  if (modifiers.contains(QLatin1Char('^'))) shown += QLatin1String("Meta+");
-  if (modifiers.contains(QLatin1Char('~'))) shown += QLatin1String("Alt+");
-  if (modifiers.contains(QLatin1Char('$')) || c != c.toLower()) shown += QLatin1String("Shift+");
-  if (modifiers.contains(QLatin1Char('#'))) shown += QLatin1String("Num+");
-  return shown + key_name(c.unicode());
+  return qstring(keys::displayed_key(key_string));
 }
 
 }  // namespace widgets

@@ -31,8 +31,7 @@ class KeyTranslation {
   std::shared_ptr<LatinKeys> latin_keys_;  // where there is no layout to ask
 };
 
-/// The modifiers of a key event as Qt would give them in the desktop's way of writing shortcuts:
-/// "$@z" and "@Z" are "Ctrl+Shift+Z". Empty for an empty key string.
+/// As keys::displayed_key.
 QString key_string_for_display(std::string_view key_string);
 
 }  // namespace widgets

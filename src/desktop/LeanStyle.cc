@@ -42,6 +42,20 @@ void LeanStyle::drawControl(ControlElement element, QStyleOption const* option, 
   painter->restore();
 }
 
+void LeanStyle::drawPrimitive(PrimitiveElement element, QStyleOption const* option,
+                              QPainter* painter, QWidget const* widget) const {
+  QProxyStyle::drawPrimitive(element, option, painter, widget);
+  bool const is_dark = option->palette.color(QPalette::Window).lightness() < 128;
+  if (element != PE_IndicatorCheckBox || !is_dark) return;
+  QColor edge = option->palette.color(QPalette::Text);
+  edge.setAlphaF(0.4f);
+  painter->save();
+  painter->setPen(edge);
+  painter->setBrush(Qt::NoBrush);
+  painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+  painter->restore();
+}
+
 QString key_and_trigger(QString const& key, QString const& trigger) {
   if (trigger.isEmpty()) return key;
   return (key.isEmpty() ? key : key + key_divider) + trigger + tab_sign;

@@ -15,6 +15,17 @@ class LeanStyle final : public QProxyStyle {
     return QProxyStyle::standardIcon(icon, option, widget);
   }
 
+  /// What is disabled is dimmed, without the shadow that makes it hard to read on a dark ground.
+  int styleHint(StyleHint hint, QStyleOption const* option, QWidget const* widget,
+                QStyleHintReturn* result) const override {
+    if (hint == SH_EtchDisabledText) return 0;
+    return QProxyStyle::styleHint(hint, option, widget, result);
+  }
+
+  /// Boxes have an edge that is seen on a dark ground, too.
+  void drawPrimitive(PrimitiveElement element, QStyleOption const* option, QPainter* painter,
+                     QWidget const* widget) const override;
+
   /// What ends with `tab_sign` in the place of a shortcut is a tab trigger, on a ground of its own.
   void drawControl(ControlElement element, QStyleOption const* option, QPainter* painter,
                    QWidget const* widget) const override;

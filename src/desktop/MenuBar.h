@@ -5,6 +5,7 @@
 
 #include <QMenu>
 #include <QMenuBar>
+#include <QStringList>
 
 #include <memory>
 #include <string_view>
@@ -31,6 +32,9 @@ using menu_items = std::shared_ptr<std::vector<platform::menu_item> const>;
 /// it is disabled.
 void validate(platform::menu_item& item, MenuTarget& target);
 
+/// The titles, with the mark of Qt before the letter that chooses each.
+QStringList texts_with_mnemonics(std::vector<platform::menu_item> const& items);
+
 /// A menu that is made and validated each time it opens. `target` must outlive it.
 QMenu* make_menu(menu_items items, MenuTarget& target, QWidget* parent);
 
@@ -40,8 +44,9 @@ class MenuBar final : public QMenuBar {
   /// One item of `menus` for each menu.
   MenuBar(menu_items const& menus, MenuTarget& target, QWidget* parent);
 
-  /// Opens the first menu whose title begins with `letter`; false if there is none.
+  /// Opens the menu of which `letter` is underlined; false if there is none.
   bool open_menu(QString const& letter);
+  void open_first();
 
  protected:
   /// Qt's filter watches for Alt, which here is a modifier of the editor's own keys.

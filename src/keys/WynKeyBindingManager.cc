@@ -1,6 +1,7 @@
 #include "keys/WynKeyBindingManager.h"
 
 #include "keys/WynKeyEvent.h"
+#include "keys/displayed_keys.h"
 #include "keys/key_binding_file.h"
 #include "platform/system/library_folders.h"
 
@@ -72,7 +73,7 @@ bool WynKeyBindingManager::interpretKeyEventForTextView(platform::key_event cons
   if (binding.as_dictionary()) {
     std::string const before = pending.empty() ? "" : pending.mapped().keys + " ";
     auto const& [table_of_next, keys] =
-        pending_[&view] = {binding, before + pressed.glyphRepresentation()};
+        pending_[&view] = {binding, before + keys::displayed_key(key)};
     view.showPendingKeys(keys);
   } else {
     performAll(binding.elements(), view);

@@ -14,6 +14,8 @@ std::vector<menu_item> menu_from_value(plist::value const& list) {
     item.argument = entry["argument"];
     item.dynamic = entry["dynamic"].string_or("");
     item.items = menu_from_value(entry["items"]);
+    item.mnemonic = entry["mnemonic"].string_or("");
+    item.exclusive = entry["exclusive"].boolean_or(false);
     items.push_back(std::move(item));
   }
   return items;

@@ -9,9 +9,10 @@ namespace platform {
 
 /// One entry of a menu. Menus are data: they come from property lists in share/.
 ///
-///     { title = 'Undo'; selector = 'undo:'; key = '@z'; }
+///     { title = 'Undo'; selector = 'undo:'; key = '@z'; mnemonic = 'U'; }
 ///     { separator = 1; }
 ///     { title = 'Encoding'; items = ( ... ); }
+///     { title = 'UTF-8'; selector = 'takeEncodingFrom:'; argument = 1; exclusive = 1; }
 ///     { title = 'Recent Files'; dynamic = 'recentFiles'; }
 struct menu_item {
   std::string title;
@@ -24,6 +25,13 @@ struct menu_item {
   bool checked = false;
   std::string dynamic;  // name of a list that the application fills in when the menu opens
   std::vector<menu_item> items;
+
+  std::string mnemonic;    // the letter of the title that chooses it; empty for any
+  bool checkable = false;  // is either checked or not
+  bool exclusive = false;  // of it and the entries next to it that are so, one is checked
+  /// All keys that perform it, each as key strings pressed one after the other; see
+  /// keys/displayed_keys.h.
+  std::vector<std::vector<std::string>> keys;
 };
 
 /// Reads a menu from its property list: an array of dictionaries with the keys of menu_item.

@@ -56,7 +56,11 @@ void responder::validateMenuItem(menu_item& item) {
   item.enabled = query(can, item.argument).boolean_or(true);
   if (plist::value const title = query(base + "MenuTitle", item.argument); title.as_string())
     item.title = *title.as_string();
-  item.checked = query(base + "IsChecked:", item.argument).boolean_or(false);
+  plist::value const checked = query(base + "IsChecked:", item.argument);
+  item.checkable = bool(checked);
+  item.checked = checked.boolean_or(false);
+  // What is checked by what it hands over is one of several choices.
+  item.exclusive = item.exclusive || (item.checkable && item.argument);
 }
 
 void responder::addMethod(std::string selector, method m) {

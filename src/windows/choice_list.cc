@@ -108,7 +108,7 @@ choice_list::entries action_entries(std::vector<program_action> const& actions) 
   result.row = [&actions](std::size_t each) {
     platform::picker_row row;
     row.detail = actions[each].checked ? "\u2713" : "";
-    row.keys = actions[each].keys;
+    if (!actions[each].keys.empty()) row.keys = actions[each].keys.front();
     row.enabled = actions[each].enabled;
     return row;
   };

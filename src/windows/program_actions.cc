@@ -1,5 +1,6 @@
 #include "windows/program_actions.h"
 
+#include "keys/displayed_keys.h"
 #include "plist/description.h"
 
 #include <algorithm>
@@ -59,7 +60,7 @@ class action_list {
       if (auto const* const inner = binding.as_dictionary()) {
         if (strokes.size() < most_strokes) add_bindings(*inner, strokes);
       } else if (program_action action = action_of_binding(binding); !action.steps.empty()) {
-        action.keys = strokes;
+        action.keys = {strokes};
         add(std::move(action));
       }
       strokes.pop_back();
@@ -75,10 +76,10 @@ class action_list {
       name +=
           step.selector + '\n' + (step.argument ? plist::description(step.argument) : "") + '\n';
     auto const [found, is_new] = known_.emplace(name, actions_.size());
-    if (is_new)
-      actions_.push_back(std::move(action));
-    else if (actions_[found->second].keys.empty())
-      actions_[found->second].keys = std::move(action.keys);
+    if (is_new) return actions_.push_back(std::move(action));
+    auto& keys = actions_[found->second].keys;
+    for (auto& each : action.keys)
+      if (std::ranges::find(keys, each) == keys.end()) keys.push_back(std::move(each));
   }
 
   platform::responder* first_;
@@ -150,16 +151,17 @@ program_action action_of_entry(platform::menu_item entry, path const& place,
   // In a menu within a menu, titles such as "Left" say too little by themselves.
   action.title = place.size() > 1 ? place.back() + ": " + entry.title : entry.title;
   action.place = joined(place);
-  if (!entry.key.empty()) action.keys = {entry.key};
+  action.keys = std::move(entry.keys);
   action.steps = {{entry.selector, entry.argument}};
   action.enabled = entry.enabled;
   action.checked = entry.checked;
   return action;
 }
 
-std::vector<program_action> program_actions(std::vector<platform::menu_item> const& menus,
+std::vector<program_action> program_actions(std::vector<platform::menu_item> menus,
                                             plist::dictionary const& bindings,
                                             platform::responder* first) {
+  keys::add_bound_keys(menus, bindings);
   action_list list(first);
   path empty;
   list.add_menu(menus, empty);

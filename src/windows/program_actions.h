@@ -18,9 +18,10 @@ struct program_action {
   };
 
   std::string title;
-  std::string place;              ///< the titles of the menus that lead to it; empty without any
-  std::vector<std::string> keys;  ///< key strings, pressed one after the other; may be empty
-  std::vector<step> steps;        ///< performed one after the other
+  std::string place;  ///< the titles of the menus that lead to it; empty without any
+  /// Those that perform it, each as key strings pressed one after the other; lists show the first.
+  std::vector<std::vector<std::string>> keys;
+  std::vector<step> steps;  ///< performed one after the other
   bool enabled = true;
   bool checked = false;
 
@@ -29,9 +30,8 @@ struct program_action {
 };
 
 /// All entries of the menus, in their order and in the state that `first` and those after it say,
-/// then what only keys do, each once. Dynamic menus must have been filled in. The key of an entry
-/// without one is that of a binding to the same action.
-std::vector<program_action> program_actions(std::vector<platform::menu_item> const& menus,
+/// then what only keys do, each once and with its keys. Dynamic menus must have been filled in.
+std::vector<program_action> program_actions(std::vector<platform::menu_item> menus,
                                             plist::dictionary const& bindings,
                                             platform::responder* first);
 

@@ -213,8 +213,8 @@ void WynSelectBundleItem::showKeyEquivalent(std::string const& key) {
     } else {
       add(windows::action_of_entry(meaning.entry, meaning.place, &view_.itemResponder()));
     }
-    if (meaning.binding) choices_.back().action.keys = keys_;
-    if (meaning.item == nullptr && !meaning.binding) choices_.back().action.keys = {key};
+    if (meaning.binding) choices_.back().action.keys = {keys_};
+    if (meaning.item == nullptr && !meaning.binding) choices_.back().action.keys = {{key}};
   }
   bindingsOfNextKey_ = windows::bindings_of_next_key(meanings);
   displayItems_.clear();
@@ -242,7 +242,7 @@ platform::picker_row WynSelectBundleItem::row(std::size_t index) const {
     result.trigger = each.item->tabTrigger();
     result.enabled = BundleManager::canExecuteItem(*each.item, &view_.itemResponder());
   } else {
-    result.keys = each.action.keys;
+    if (!each.action.keys.empty()) result.keys = each.action.keys.front();
     result.enabled = each.action.enabled;
   }
   return result;

@@ -115,7 +115,7 @@ TEST_F(key_bindings, performing) {
   for (auto const* stroke : {"^k", "^k", "\x1B", "a"})
     manager.interpretKeyEventForTextView(key(stroke), view);
   EXPECT_EQ(view.log, "[act:]");
-  EXPECT_EQ(view.shown, "\u2303K;;\u2303K \u2303K;;");
+  EXPECT_EQ(view.shown, "Meta+K;;Meta+K Meta+K;;");
 
   view.log.clear();
   manager.interpretKeyEventForTextView(key("^k"), view);
