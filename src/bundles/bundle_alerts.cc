@@ -15,7 +15,9 @@ void tell(std::string const& title, std::string const& text) {
 
 bool ask_to_update(std::string const& title, std::string const& text) {
   auto* const desktop = platform::desktop::current_or_null();
-  return desktop != nullptr && desktop->alerts().run({title, text, {"Update", "Cancel"}, 1}) == 0;
+  platform::alert question{title, text, {"Update", "Cancel"}, 1};
+  question.icon = platform::alert_icon::question;
+  return desktop != nullptr && desktop->alerts().run(question) == 0;
 }
 
 void tell_could_not_load(std::string const& directory) {

@@ -19,6 +19,8 @@ bool ask(platform::alert question, std::size_t wanted) {
   return platform::desktop::current().alerts().run(question) == wanted;
 }
 
+constexpr char const* still_open =
+    " Its text is still open here; it can be saved elsewhere with Save As.";
 constexpr char const* like_to_overwrite = " Would you like to overwrite it?";
 
 bool may_overwrite(std::string title, std::string text) {
@@ -44,7 +46,7 @@ std::string cause_of(path::file_error const& error, std::string const& path) {
 }
 
 platform::alert changed_outside(std::string const& path) {
-  return {"Warning",
+  return {"File Changed on Disk",
           "The file for the document at " + printable(path::abbreviate_with_tilde(path)) +
               " has been modified by another application. There are also unsaved changes in "
               "Quirnote. Do you want to keep the Quirnote version or revert to the version on "
@@ -67,6 +69,8 @@ void tell_could_not_save(path::write_error const& error, std::string const& path
   std::string text = "The file " + name_of(path) + " could not be saved. " + cause_of(error, path);
   if (error.target_damaged)
     text += " The file on disk is incomplete. The full text is still open here, unsaved.";
+  else if (!error.is_in_place)
+    text += still_open;
   if (error.is_in_place) text += " It was written, but may be lost in a power failure. Save again.";
   tell("Couldn't Save", text, error.target_damaged);
 }
@@ -74,7 +78,7 @@ void tell_could_not_save(path::write_error const& error, std::string const& path
 bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset) {
   return ask({"Encoding Error",
               "The document " + quoted(name) + " cannot be saved using the " +
-                  encoding::charset_name[charset] +
+                  encoding::charset_title[charset] +
                   " encoding. Would you like to save it using UTF-8 instead?",
               {"Save as UTF-8", "Cancel"}},
              first_button);
@@ -94,7 +98,7 @@ bool ask_to_save_lone_surrogate(std::string const& name, std::size_t line) {
 bool ask_to_lose_bytes(std::string const& path, encoding::charset_t charset) {
   return may_overwrite("Encoding Error", "The file " + name_of(path) +
                                              " holds bytes that are not valid " +
-                                             encoding::charset_name[charset] +
+                                             encoding::charset_title[charset] +
                                              " text. Saving would lose them." + like_to_overwrite);
 }
 
@@ -115,7 +119,7 @@ bool ask_to_lose_unloaded_file(std::string const& path) {
 
 bool ask_to_overwrite(std::string const& path) {
   return may_overwrite("Couldn't Save",
-                       "The file " + printable_name(path) + " is read-only. Attempt to overwrite?");
+                       "The file " + name_of(path) + " is read-only." + like_to_overwrite);
 }
 
 bool ask_to_lose_attributes(std::string const& path, std::string const& lost) {

@@ -21,9 +21,14 @@ constexpr std::optional<charset_t> charset_of_number(std::int64_t number) {
   return static_cast<charset_t>(number);
 }
 
-/// What users see, by charset_t.
+/// What scripts and reports see, by charset_t.
 inline constexpr std::array<char const*, charset_count + 1> charset_name = {
     "ASCII", "UTF8", "UTF16BE", "UTF16LE", "Latin1", "MacRoman", "CP1252", "Unknown"};
+
+/// As menus and messages have them.
+inline constexpr std::array<char const*, charset_count + 1> charset_title = {
+    "ASCII",   "UTF-8",     "UTF-16 (Big Endian)", "UTF-16 (Little Endian)",
+    "Latin 1", "Mac Roman", "Windows 1252",        "Unknown"};
 
 /// What the user defaults store, by charset_t; null where a charset can't be a default.
 inline constexpr std::array<char const*, charset_count + 1> charset_key = {

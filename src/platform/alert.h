@@ -6,6 +6,8 @@
 
 namespace platform {
 
+enum class alert_icon { information, question, warning };
+
 /// A question, or a message with one button, that the user must answer before continuing.
 struct alert {
   std::string title;
@@ -16,6 +18,7 @@ struct alert {
   bool critical = false;
   /// What doesn't fit a message: lines in fixed pitch that scroll, and can be selected and copied.
   std::string details = {};
+  alert_icon icon = alert_icon::warning;  ///< of one that isn't critical
 };
 
 /// Modal and synchronous (waiting.h). While the program ends nothing is asked.

@@ -17,7 +17,8 @@ constexpr std::array offered_charsets = {encoding::UTF8,   encoding::UTF16BE,  e
                                          encoding::ASCII};
 
 // By line_ending::type, as the status bar shows them.
-constexpr std::array line_ending_labels = {"LF", "CR", "CRLF"};
+// As the menus have them.
+constexpr std::array line_ending_labels = {"LF (Unix)", "CR (Classic)", "CR LF (Windows)"};
 
 using platform::quoted;
 
@@ -69,7 +70,7 @@ void WynDocumentController::addEncodingMethods() {
     return plist::value();
   });
   addMethod("takeFileEncodingFromIsChecked:", [this](plist::value const& sender) {
-    return plist::value(sender.integer_or(-1) == document_->fileEncoding());
+    return plist::value(sender.integer_or(-1) == shownEncoding());
   });
   addMethod("takeLineEndingFrom:", [this](plist::value const& sender) {
     auto const ending = sender.integer_or(line_ending::LF);
@@ -120,8 +121,14 @@ void WynDocumentController::documentDidChange() {
 }
 
 void WynDocumentController::publishDocument() {
-  window_->update_value("fileEncoding", encoding::charset_name[document_->fileEncoding()]);
+  window_->update_value("fileEncoding", encoding::charset_title[shownEncoding()]);
   window_->update_value("lineEnding", line_ending_labels[document_->lineEnding()]);
+}
+
+// A text that is all ASCII is saved as UTF-8 once something else is typed.
+encoding::charset_t WynDocumentController::shownEncoding() const {
+  encoding::charset_t const charset = document_->fileEncoding();
+  return charset == encoding::ASCII ? encoding::UTF8 : charset;
 }
 
 void WynDocumentController::showWindow() {
@@ -173,7 +180,7 @@ bool WynDocumentController::saveDocumentAs() {
   request.directory = old.empty() ? owner_.currentDirectory() : path::parent(old);
   request.name = old.empty() ? document_->displayName() + ".txt" : path::name(old);
   for (std::size_t n = 0; n < offered_charsets.size(); ++n) {
-    request.encodings.push_back(encoding::charset_name[offered_charsets[n]]);
+    request.encodings.push_back(encoding::charset_title[offered_charsets[n]]);
     if (offered_charsets[n] == document_->fileEncoding()) request.encoding = n;
   }
   for (auto const* name : line_ending_labels) request.line_endings.push_back(name);

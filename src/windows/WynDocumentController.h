@@ -1,6 +1,7 @@
 #pragma once
 
 #include "commands/command_owner.h"
+#include "encoding/charset.h"
 #include "platform/notification_center.h"
 #include "platform/window.h"
 #include "textview/WynTextView.h"
@@ -53,6 +54,7 @@ class WynDocumentController : public platform::window_delegate, public commands:
   void documentDidChange();
   void checkForFilesystemChanges();
   void publishDocument();
+  encoding::charset_t shownEncoding() const;
 
   windows::windows_owner& owner_;
   WynTextView textView_;

@@ -67,7 +67,7 @@ TEST_F(left_over_text, is_kept_by_an_end_that_asks_nothing) {
   auto* const restored = app().orderedControllers()[1];
   EXPECT_EQ(restored->textDocument()->storage().line_units(0), u"\u20AC!caf\u00E9 ");
   EXPECT_EQ(restored->textDocument()->fileEncoding(), charset);
-  EXPECT_EQ(window_of(*restored).values["fileEncoding"], plist::value("Latin1"));
+  EXPECT_EQ(window_of(*restored).values["fileEncoding"], plist::value("Latin 1"));
   EXPECT_EQ(shown(app().orderedControllers()[0]), "no name");
 
   answer("Encoding Error", "Save as UTF-8");

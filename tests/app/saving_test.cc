@@ -49,7 +49,7 @@ TEST_F(saving, an_untitled_document_gets_its_name_from_the_panel) {
   perform(controller, "saveDocument:");
   EXPECT_EQ(windows(), titles({"named"}));
   EXPECT_EQ(folder.read(folder / "named"), "\xe9\r\n");
-  EXPECT_EQ(window_of(controller).values["lineEnding"].string_or(""), "CRLF");
+  EXPECT_EQ(window_of(controller).values["lineEnding"].string_or(""), "CR LF (Windows)");
   EXPECT_EQ(app().recentFiles().paths(), titles({folder / "named"}));
   app().newDocument();
   EXPECT_EQ(windows().front(), "untitled");  // its number is free again
@@ -238,7 +238,7 @@ TEST_F(saving, encoding_and_line_ends_follow_the_status_bar) {
   };
   choose("takeFileEncodingFrom:", encoding::UTF16BE);
   choose("takeLineEndingFrom:", line_ending::CRLF);
-  EXPECT_EQ(window_of(a).values["fileEncoding"].string_or(""), "UTF16BE");
+  EXPECT_EQ(window_of(a).values["fileEncoding"].string_or(""), "UTF-16 (Big Endian)");
   perform(a, "saveDocument:");
   EXPECT_EQ(folder.read(folder / "a"), std::string("\xFE\xFF\0x\0\r\0\n\0y\0\r\0\n", 14));
   choose("takeFileEncodingFrom:", 99);

@@ -109,7 +109,7 @@ TEST_F(waiting, holds_what_comes_and_does_it_in_order) {
     std::string text;  // of which the slow text is left out
     titles alerts;
   };
-  std::string const warning = "Warning|Keep Quirnote Version";
+  std::string const warning = "File Changed on Disk|Keep Quirnote Version";
   row const rows[] = {
       {{"key xyz"}, "xyzS", {}},
       {{"key x", "click", "key y"}, "yxS", {}},

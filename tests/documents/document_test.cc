@@ -163,7 +163,7 @@ TEST_F(document, takes_over_changes_from_outside) {
   EXPECT_TRUE(d->isDocumentEdited());
 
   defaults().set("WynFileEncodingAndLineEndingsPreserve", false);
-  answer("Warning", "Revert");
+  answer("File Changed on Disk", "Revert");
   folder.write("file", "\xE9\r");
   EXPECT_TRUE(d->checkForFilesystemChanges());
   EXPECT_EQ(text_of(*d), u"\u00E9\n");
@@ -177,7 +177,7 @@ TEST_F(document, lets_the_user_choose_between_two_changes) {
   type(*d, u" mine");
   folder.write("file", "theirs");
   std::string const asked =
-      "Warning|The file for the document at " + d->filename() +
+      "File Changed on Disk|The file for the document at " + d->filename() +
       " has been modified by another application. There are also unsaved changes in Quirnote. Do "
       "you want to keep the Quirnote version or revert to the version on disk?|";
   EXPECT_FALSE(d->checkForFilesystemChanges());
@@ -188,7 +188,7 @@ TEST_F(document, lets_the_user_choose_between_two_changes) {
   EXPECT_EQ(alerts(), strings());
 
   set_date(d->filename(), 1000);
-  answer("Warning", "Revert");
+  answer("File Changed on Disk", "Revert");
   EXPECT_TRUE(d->checkForFilesystemChanges());
   EXPECT_EQ(alerts(), strings{asked + "Revert"});
   EXPECT_EQ(text_of(*d), u"theirs");

@@ -18,9 +18,11 @@ struct rights_case {
 };
 
 constexpr char const* refused =
-    "Couldn't Save|The file \u201Cfile\u201D could not be saved. Permission denied.|Continue";
+    "Couldn't Save|The file \u201Cfile\u201D could not be saved. Permission denied. Its text is "
+    "still open here; it can be saved elsewhere with Save As.|Continue";
 constexpr char const* read_only =
-    "Couldn't Save|The file file is read-only. Attempt to overwrite?|Overwrite";
+    "Couldn't Save|The file \u201Cfile\u201D is read-only. Would you like to overwrite "
+    "it?|Overwrite";
 
 std::string loses(std::string const& what) {
   return "Couldn't Save|Saving would remove " + what +

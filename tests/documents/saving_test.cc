@@ -197,8 +197,11 @@ TEST_F(document, asks_before_it_overwrites_a_read_only_file) {
     type(*d, u" and new");
     answer("Couldn't Save", "Don't Overwrite");
     EXPECT_FALSE(save(d));
-    EXPECT_EQ(alerts(), strings{"Couldn't Save|The file file is read-only. Attempt to overwrite?|"
-                                "Don't Overwrite"});
+    EXPECT_EQ(
+        alerts(),
+        strings{
+            "Couldn't Save|The file \u201Cfile\u201D is read-only. Would you like to overwrite it?|"
+            "Don't Overwrite"});
     EXPECT_EQ(on_disk(), "old");
     EXPECT_TRUE(d->isDocumentEdited());
 
@@ -283,7 +286,8 @@ TEST_F(document, failed_saves_are_told_and_change_nothing) {
                                 (is_folder ? "It is a folder"
                                            : "The folder \u201C" + folder / "gone" +
                                                  "\u201D does not exist") +
-                                ".|Continue"});
+                                ". Its text is still open here; it can be saved elsewhere with "
+                                "Save As.|Continue"});
     EXPECT_TRUE(d->isDocumentEdited());
     EXPECT_FALSE(d->documentHasBeenSaved());
     EXPECT_EQ(d->lastSavedMemento(), memento);
@@ -326,7 +330,7 @@ TEST_F(document, asks_before_it_overwrites_what_others_have_written) {
         type(*d, u" and ours");
         c.meddle(d->filename());
         std::string const theirs = c.asked ? on_disk() : "";
-        answer("Warning", button);
+        answer("File Changed on Disk", button);
         bool const keeps = std::string(button)[0] == 'K' || !c.asked;
         EXPECT_EQ(save(d), keeps) << button;
         EXPECT_EQ(alerts().size(), c.asked ? 1u : 0u);
@@ -358,7 +362,7 @@ TEST_F(document, saves_through_no_link_that_was_not_there) {
         ASSERT_EQ(
             symlink(of_folder ? "trap" : "../other", (of_folder ? folder / "deep" : path).c_str()),
             0);
-        answer("Warning", "Keep Quirnote Version");
+        answer("File Changed on Disk", "Keep Quirnote Version");
         d->checkForFilesystemChanges();
         if (!edited) type(*d, u" and new");
         EXPECT_FALSE(save(d));

@@ -109,8 +109,10 @@ bool BrowserPage::may_ask() {
 std::size_t BrowserPage::ask(QString const& message, std::vector<std::string> buttons) {
   std::size_t const safe = buttons.size() - 1;
   if (!may_ask()) return safe;
-  return platform::desktop::current().alerts().run(
-      {utf8(view_title()), utf8(message.left(longest_question)), std::move(buttons), safe});
+  platform::alert question{utf8(view_title()), utf8(message.left(longest_question)),
+                           std::move(buttons), safe};
+  question.icon = safe == 0 ? platform::alert_icon::information : platform::alert_icon::question;
+  return platform::desktop::current().alerts().run(question);
 }
 
 QString BrowserPage::view_title() const {
