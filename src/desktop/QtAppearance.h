@@ -9,27 +9,28 @@
 
 namespace widgets {
 
-/// What the desktop's settings say, through its portal on the session bus; where they say nothing,
-/// dark is what has dark windows. The bus isn't touched before it is asked for.
+/// What the desktop's settings say, through its portal on the session bus; where they say nothing
+/// it is light. The bus isn't touched before it is asked for.
 class QtAppearance final : public QObject, public platform::appearance {
   Q_OBJECT
 
  public:
   bool is_dark() override;
-
-  bool eventFilter(QObject* watched, QEvent* event) override;
+  void fit_windows_to(bool dark) override;
 
  private slots:
   void setting_changed(QDBusMessage const& signal);
 
  private:
   void start();
+  void ask();
   void take(QVariant const& setting);
+  void answered();
   bool present() const;
-  void tell_if_changed();
 
-  bool started_ = false;
-  bool told_ = false;            // what was last answered
+  bool is_started_ = false, is_answered_ = false;
+  bool was_dark_ = false;        // windows, before this program changed that
+  bool told_ = false;            // what was last said
   std::optional<bool> setting_;  // nothing if the user has no preference
 };
 

@@ -219,7 +219,7 @@ rows fonts_and_colors() {
        "Theme",
        "The UUID of the theme, where it does not follow the desktop.",
        menu("takeThemeFrom:")},
-      {"WynThemeManagerFollowsDesktop", boolean(), false, scope::program, "Follow Desktop",
+      {"WynThemeManagerFollowsDesktop", boolean(), true, scope::program, "Follow Desktop",
        "Use the light or the dark theme, as the desktop is.", menu("toggleThemeFollowsDesktop:")},
       {"WynThemeManagerLightTheme", text(), "7CAF2E89-DB5D-561D-A119-A2A7AF6D929B", scope::program,
        "Light Theme", "The UUID of the theme for a light desktop."},

@@ -50,6 +50,7 @@ WynThemeManager::WynThemeManager(std::vector<std::string> folders)
       platform::user_defaults::did_change, [this](auto const&) { tellIfChanged(); });
   appearanceToken_ = platform::notification_center::standard().observe(
       platform::appearance::did_change, [this](auto const&) { tellIfChanged(); });
+  fitWindows();
 }
 
 void WynThemeManager::reloadThemes() {
@@ -108,16 +109,15 @@ WynThemeManager::theme const* WynThemeManager::themeOfFile(std::string const& fi
 
 WynThemeManager::theme const* WynThemeManager::selectedTheme() {
   if (followsDesktop()) {
-    bool const dark = platform::desktop::current().appearance().is_dark();
+    auto* const desktop = platform::desktop::current_or_null();
+    bool const dark = desktop != nullptr && desktop->appearance().is_dark();
     std::string const uuid =
         dark ? settings::store().string(dark_key) : settings::store().string(light_key);
     if (theme const* const found = themeWithUUID(uuid)) return found;
   }
   if (theme const* const found = themeWithUUID(settings::store().string(selected_key)))
     return found;
-  if (settingsFiles_.size() <= 2) return nullptr;
-  settings::store().set(selected_key, settingsFiles_[2].uuid());
-  return &settingsFiles_[2];
+  return settingsFiles_.size() <= 2 ? nullptr : &settingsFiles_[2];
 }
 
 plist::value WynThemeManager::currentTheme() {
@@ -144,9 +144,16 @@ void WynThemeManager::setFollowsDesktop(bool follow) {
   settings::store().set(follows_key, follow);
 }
 
+void WynThemeManager::fitWindows() {
+  theme const* const current = selectedTheme();
+  if (auto* const desktop = platform::desktop::current_or_null())
+    desktop->appearance().fit_windows_to(current != nullptr && has_dark_background(*current));
+}
+
 void WynThemeManager::tellIfChanged() {
   plist::value rules = currentTheme();
   if (rules == shown_) return;
   shown_ = std::move(rules);
+  fitWindows();
   platform::notification_center::standard().post(did_change, this);
 }

@@ -15,7 +15,8 @@
 /// rules. User defaults:
 /// WynThemeManagerSelectedTheme, a uuid, and WynThemeManagerDeletedThemes, an array of uuids that
 /// are left out. While WynThemeManagerFollowsDesktop is true, the one in use is that of
-/// WynThemeManagerLightTheme or WynThemeManagerDarkTheme, as the desktop is light or dark.
+/// WynThemeManagerLightTheme or WynThemeManagerDarkTheme, as the desktop is light or dark. The
+/// windows are told whether the theme in use is dark.
 class WynThemeManager {
  public:
   static constexpr char const* did_change = "WynThemeDidChangeNotification";
@@ -38,8 +39,8 @@ class WynThemeManager {
 
   /// By name. Good until the themes are read again, as is any pointer into it.
   std::vector<theme> const& allThemes() const { return settingsFiles_; }
-  /// The one in use. Where the user has selected none it is the third, which becomes selected, if
-  /// there are at least three. Else null.
+  /// The one in use. Where the user has selected none, and the desktop isn't followed, it is the
+  /// third if there are at least three. Else null.
   theme const* selectedTheme();
   /// Its rules; nothing without a theme.
   plist::value currentTheme();
@@ -56,6 +57,7 @@ class WynThemeManager {
   theme const* themeWithUUID(std::string const& uuid) const;
   theme const* themeOfFile(std::string const& file) const;
   void tellIfChanged();
+  void fitWindows();
 
   std::vector<std::string> folders_;
   std::vector<theme> settingsFiles_;

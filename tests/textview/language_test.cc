@@ -221,6 +221,13 @@ TEST_F(language, themes_are_selected_or_follow_the_desktop) {
   auto& manager = WynThemeManager::sharedInstance();
   ASSERT_GT(manager.allThemes().size(), 2u);
   EXPECT_EQ(manager.selectedTheme(), &manager.allThemes()[2]);
+  desktop_.appearance().set_dark(true);
+  EXPECT_TRUE(desktop_.appearance().has_dark_windows);
+  EXPECT_NE(manager.selectedTheme(), &manager.allThemes()[2]);
+  desktop_.appearance().set_dark(false);
+  EXPECT_FALSE(desktop_.appearance().has_dark_windows);
+  // Nobody has chosen anything.
+  EXPECT_EQ(settings::store().string("WynThemeManagerSelectedTheme"), "");
   int changes = 0;
   auto const token = platform::notification_center::standard().observe(
       WynThemeManager::did_change, [&](auto const&) { ++changes; });
@@ -228,10 +235,12 @@ TEST_F(language, themes_are_selected_or_follow_the_desktop) {
   EXPECT_TRUE(manager.selectTheme(manager.allThemes()[0].uuid()));
   EXPECT_FALSE(manager.selectTheme("no such theme"));
   EXPECT_EQ(changes, 1);
+  EXPECT_TRUE(desktop_.appearance().has_dark_windows);
   manager.setFollowsDesktop(true);
   EXPECT_EQ(manager.selectedTheme()->uuid(), light);
   desktop_.appearance().set_dark(true);
   EXPECT_EQ(manager.selectedTheme(), &manager.allThemes()[0]);
+  EXPECT_TRUE(desktop_.appearance().has_dark_windows);
   EXPECT_EQ(changes, 3);
 }
 
