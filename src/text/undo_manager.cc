@@ -37,6 +37,8 @@ void undo_manager::end_group() {
   if (start != storage->current_memento) {
     parent.undo.push_back(start);
     parent.redo.clear();
+    // What began there before was undone, perhaps in the middle of a run.
+    if (start < inside_runs_.size()) inside_runs_[start] = false;
   }
   if (!redo_was_empty) parent.redo.clear();
 }
@@ -62,6 +64,33 @@ void undo_manager::redo() {
   while (storage->current_memento != target) storage->redo();
 }
 
+void undo_manager::set_inside_run(uint32_t state) {
+  if (state >= inside_runs_.size()) inside_runs_.resize(state + size_t{1});
+  inside_runs_[state] = true;
+}
+
+bool undo_manager::is_inside_run(uint32_t state) const {
+  return state < inside_runs_.size() && inside_runs_[state];
+}
+
+size_t undo_manager::undo_run() {
+  size_t steps = 0;
+  for (bool goes_on = true; goes_on && can_undo(); ++steps) {
+    undo();
+    goes_on = is_inside_run(storage->current_memento);
+  }
+  return steps;
+}
+
+size_t undo_manager::redo_run() {
+  size_t steps = 0;
+  for (bool goes_on = true; goes_on && can_redo(); ++steps) {
+    redo();
+    goes_on = is_inside_run(storage->current_memento);
+  }
+  return steps;
+}
+
 void undo_manager::join_last_steps() {
   node& group = stack.top();
   if (group.undo.size() >= 2 && group.redo.empty()) group.undo.pop_back();
@@ -69,6 +98,7 @@ void undo_manager::join_last_steps() {
 
 void undo_manager::forget_steps() {
   size_t const groups = stack.size();
+  inside_runs_ = {};
   stack = {};
   while (stack.size() < groups) begin_group();
 }

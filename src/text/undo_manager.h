@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <stack>
@@ -38,6 +39,14 @@ class undo_manager {
   /// Do nothing when there is nothing to do.
   void undo();
   void redo();
+
+  /// The step that was just added, and began at this state, is of one run with the one that led to
+  /// it, such as that of the letters of a word.
+  void set_inside_run(uint32_t state);
+  /// As far as the ends of runs, by at least one step where there is one; the number of steps.
+  size_t undo_run();
+  size_t redo_run();
+
   /// Makes the last two steps of the innermost open group one, if there are two and none to redo.
   void join_last_steps();
   /// Makes each open group one that begins now.
@@ -45,6 +54,11 @@ class undo_manager {
 
   text::storage* storage;
   std::stack<node, std::deque<node>> stack;
+
+ private:
+  bool is_inside_run(uint32_t state) const;
+
+  std::vector<bool> inside_runs_;  // by memento; states are never numbered again
 };
 
 /// Opens a group for the duration of a scope.

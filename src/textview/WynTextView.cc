@@ -78,6 +78,7 @@ WynTextView::WynTextView()
   actions_.inherit(plain_actions().actions);
   titles_.inherit(plain_actions().titles);
   addEditingMethods();
+  addUndoMethods();
   addExtensionMethods();
   addScopedSettingMethods();
   addScrollingMethods();
@@ -244,7 +245,10 @@ plist::value WynTextView::performAction(actions::action_map::action const& actio
   return done;
 }
 
+// By key or menu. Typing knows itself where a run of it ends.
 bool WynTextView::tryToPerformWith(std::string_view selector, plist::value const& object) {
+  if (selector != "insertText:" && selector != "deleteBackward:" && selector != "deleteForward:")
+    typingRun_.end();
   bool known = false;
   performNamed(selector, object, known);
   if (known) return true;

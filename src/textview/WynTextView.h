@@ -23,6 +23,7 @@
 #include "textview/mouse/pointed_view.h"
 #include "textview/view_switches.h"
 #include "typing/typed_view.h"
+#include "typing/typing_run.h"
 
 #include <functional>
 #include <memory>
@@ -412,7 +413,11 @@ class WynTextView : public platform::responder,
   void insertTyped(std::u16string_view text, bool closes);
   void breakTypedLine();
   void insertPlainTab();
-  plist::value undoOrRedo(bool undo);
+  plist::value deleteTyped(typing::key_kind kind);
+
+  // Undo (WynTextView_Undo.cc)
+  void addUndoMethods();
+  plist::value undoOrRedo(bool undo, bool run);
   void userDefaultsDidChange(plist::value const& note);
   void applyOptionsToView();
   void attachView();
@@ -519,11 +524,13 @@ class WynTextView : public platform::responder,
 
   // Mouse (WynTextView_events.cc)
   void showContextMenu(platform::point p);
+  void showContextMenuAtCaret();
   void endGesture();
   void pastePrimarySelectionAt(platform::point p);
   bool pasteFromHistory();
   void selectionDidChange();
   void publishPrimarySelection();
+  void publishSelectionCount();
   void abandonMarkedText();
   void insertElsewhere(text::pos at, std::u16string_view text);
 
@@ -557,11 +564,13 @@ class WynTextView : public platform::responder,
   double fontSize_ = 12;
 
   std::unique_ptr<typing::line_indenter> indenter_;
+  typing::typing_run typingRun_;
   std::unique_ptr<textview::mouse_tracker> mouse_;
   std::unique_ptr<textview::drop_target> drop_;
   textview::brief_flash flash_;
   bool hasSeenKey_ = false;
   bool caretVisible_ = true;
+  bool showsSelectionCount_ = false;
   std::unique_ptr<platform::timer> blinkTimer_, centerTimer_, primaryTimer_;
   std::vector<platform::menu_item> contextMenu_;
 

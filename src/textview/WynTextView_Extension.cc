@@ -97,6 +97,10 @@ void WynTextView::addExtensionMethods() {
             [this](plist::value const&) { return plist::value(canMakeFontBigger()); });
   addMethod("canMakeTextSmaller",
             [this](plist::value const&) { return plist::value(canMakeFontSmaller()); });
+  addMethod("showContextMenu:", [this](plist::value const&) {
+    showContextMenuAtCaret();
+    return plist::value();
+  });
   addMethod("orderFrontFontPanel:", [this](plist::value const&) {
     chooseFont();
     return plist::value();

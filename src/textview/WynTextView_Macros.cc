@@ -38,6 +38,8 @@ constexpr std::string_view not_recorded[] = {"toggleMacroRecording:",
                                              "expandCodeSnippet:",
                                              "executeBundleItem:",
                                              "deleteTabTrigger:",
+                                             "undoTyping:",
+                                             "redoTyping:",
                                              "findNext:",
                                              "findPrevious:",
                                              "replaceAndFind:",
@@ -46,6 +48,7 @@ constexpr std::string_view not_recorded[] = {"toggleMacroRecording:",
                                              "findWithOptions:",
                                              "abortShowingFoldedText:",
                                              "showScope:",
+                                             "showContextMenu:",
                                              "orderFrontFontPanel:",
                                              "orderFrontRightMarginPanel:",
                                              "orderFrontPasteboardPanel:",
@@ -215,6 +218,7 @@ bool WynTextView::playSteps(plist::value const& macro) {
   recording_suspended const unrecorded(*this);
   kept_surroundings const kept(!macro["useGlobalClipboard"].boolean_or(false));
   ++macroDepth_;
+  typingRun_.end();
   text::view const* const played_in = view_;
   {
     textview::view_will_change const scope(*this, true);
@@ -226,6 +230,7 @@ bool WynTextView::playSteps(plist::value const& macro) {
     }
   }
   --macroDepth_;
+  typingRun_.end();
   return !playing_->has_fault();
 }
 

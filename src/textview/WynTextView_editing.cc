@@ -16,6 +16,7 @@
 #include "textview/view_will_change.h"
 #include "typing/line_indenter.h"
 #include "typing/pair_typing.h"
+#include "typing/typing_run.h"
 
 #include <algorithm>
 #include <chrono>
@@ -23,7 +24,7 @@
 #include <mutex>
 #include <optional>
 
-// Typing, deleting, undo, and the text of input methods.
+// Typing, deleting, and the text of input methods.
 
 namespace {
 
@@ -94,8 +95,12 @@ void WynTextView::addEditingMethods() {
     insertText(text);
     return plist::value();
   });
-  addAction("deleteBackward:", [this] { deleteBackward(); });
-  addAction("deleteForward:", [this] { deleteForward(); });
+  addMethod("deleteBackward:", [this](plist::value const&) {
+    return deleteTyped(typing::key_kind::deletion_backward);
+  });
+  addMethod("deleteForward:", [this](plist::value const&) {
+    return deleteTyped(typing::key_kind::deletion_forward);
+  });
   addAction("deleteToEndOfParagraph:", [this] { deleteToEndOfParagraph(); });
   addAction("insertNewline:", [this] { insertNewline(); });
   addMethod("insertTab:", [this](plist::value const&) {
@@ -114,8 +119,6 @@ void WynTextView::addEditingMethods() {
     return plist::value(actions::toggle_comments(*view_, commentMarkers()));
   });
   addAction("indent:", [this] { indenter_->indent_selected_lines(); });
-  addMethod("undo:", [this](plist::value const&) { return undoOrRedo(true); });
-  addMethod("redo:", [this](plist::value const&) { return undoOrRedo(false); });
   addAction("cancel:", [this] {
     if (WynFindManager::sharedInstance().closeFindPanel()) return;
     if (view_->has_selection()) view_->selection.set_caret(view_->selection.current_mark);
@@ -127,6 +130,7 @@ void WynTextView::insertText(std::u16string_view text) {
   if (isRecordingMacro()) recordMacroCommand("insertText:", unicode::to_utf8(text));
   recording_suspended const unrecorded(*this);
   abandonMarkedText();
+  typing::typed_key const key(typingRun_, *view_, typing::key_kind::insertion, text);
   bool const smart = smartTyping_ && text.size() == 1;
   // The scope that decides is that before what is typed, so none is made again meanwhile. A
   // macro must do the same each time; who types must not be kept waiting.
@@ -218,6 +222,14 @@ void WynTextView::insertText(plist::value const& text) {
   insertText(unicode::to_utf16(text.string_or("")));
 }
 
+plist::value WynTextView::deleteTyped(typing::key_kind kind) {
+  if (view_ == nullptr) return false;
+  typing::typed_key const key(typingRun_, *view_, kind);
+  textview::view_will_change const scope(*this, true);
+  kind == typing::key_kind::deletion_backward ? deleteBackward() : deleteForward();
+  return {};
+}
+
 void WynTextView::deleteBackward() {
   bool const had_selection = view_->has_selection();
   text::kill_buffer_guard const guard(*view_->storage, !had_selection);
@@ -283,17 +295,6 @@ void WynTextView::insertPlainTab() {
     text.assign(tabSize() - column % tabSize(), u' ');
   }
   view_->insert(text.begin(), text.end());
-}
-
-plist::value WynTextView::undoOrRedo(bool undo) {
-  if (view_ == nullptr) return false;
-  if (!(undo ? view_->can_undo() : view_->can_redo())) return false;
-  abandonMarkedText();
-  textview::view_will_change const scope(*this, false);
-  view_->center_selection_pending = true;
-  auto& manager = view_->storage->undo_manager;
-  undo ? manager.undo() : manager.redo();
-  return {};
 }
 
 // Input methods

@@ -7,6 +7,10 @@
 #include "textview/WynTextView.h"
 #include "textview/mouse/mouse_tracker.h"
 #include "textview/view_will_change.h"
+#include "typing/text_count.h"
+
+#include <algorithm>
+#include <utility>
 
 // The mouse: which part of the view a click is for. What the left button does in the text stands in
 // mouse_tracker.
@@ -14,10 +18,12 @@
 using platform::mouse_button;
 using platform::mouse_event;
 using platform::point;
+using platform::rect;
 
 namespace {
 
 constexpr double primary_delay = 0.1;  // seconds after the selection last changed
+constexpr std::size_t most_units_counted = 1 << 20;
 
 }  // namespace
 
@@ -37,9 +43,18 @@ void WynTextView::mouse_down(mouse_event const& event) {
   closeIncrementalSearchWindow();
   showFindNote("");
   forgetPendingKeys();
+  typingRun_.end();
   if (view_ == nullptr) return;
   if (isRecordingMacro()) {
-    platform::desktop::current().alerts().run({"You are recording a macro", "", {"Continue"}});
+    platform::desktop::current().alerts().run(
+        {"You Are Recording a Macro",
+         "What the mouse does can't be recorded. Use keys and menus, or end the recording first "
+         "(Bundles > Stop Recording).",
+         {"Continue"},
+         0,
+         false,
+         "",
+         platform::alert_icon::information});
     return;
   }
   abandonMarkedText();
@@ -86,9 +101,26 @@ void WynTextView::pastePrimarySelectionAt(point p) {
 // What is selected can be pasted elsewhere with the middle button. Copied a moment after the last
 // change, so that selecting a large text step by step stays quick.
 void WynTextView::selectionDidChange() {
-  if (host_ == nullptr || !view_->has_selection()) return;
-  primaryTimer_ = platform::desktop::current().loop().schedule(
-      primary_delay, false, [this] { publishPrimarySelection(); });
+  if (host_ == nullptr) return;
+  if (!view_->has_selection()) {
+    if (std::exchange(showsSelectionCount_, false)) updateValueForKey("", "selection");
+    return;
+  }
+  primaryTimer_ = platform::desktop::current().loop().schedule(primary_delay, false, [this] {
+    publishPrimarySelection();
+    publishSelectionCount();
+  });
+}
+
+void WynTextView::publishSelectionCount() {
+  if (view_ == nullptr || !view_->has_selection()) return;
+  text::selection const& selection = view_->selection;
+  std::size_t const lines = selection.last().base.line - selection.first().base.line + 1;
+  showsSelectionCount_ = true;
+  updateValueForKey(selection.units().size() > most_units_counted
+                        ? std::to_string(lines) + " lines"
+                        : typing::described(typing::count_text(selection.units())),
+                    "selection");
 }
 
 void WynTextView::publishPrimarySelection() {
@@ -105,4 +137,11 @@ void WynTextView::showContextMenu(point p) {
     view_->selection.set_caret(layout::position_at(*this, p, text::freehanded_t::automatic));
   }
   host_->show_context_menu(contextMenu_, p);
+}
+
+void WynTextView::showContextMenuAtCaret() {
+  if (host_ == nullptr || view_ == nullptr) return;
+  rect const caret = layout::caret_rectangle(*this), seen = visibleTextRect();
+  host_->show_context_menu(contextMenu_, {std::clamp(caret.x, seen.x, seen.right()),
+                                          std::clamp(caret.bottom(), seen.y, seen.bottom())});
 }

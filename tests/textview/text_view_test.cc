@@ -259,6 +259,25 @@ TEST_F(text_view, publishes_what_the_status_bar_shows) {
   EXPECT_EQ(values["tabSize"].integer_or(-1), 8);
 }
 
+TEST_F(text_view, says_how_much_is_selected) {
+  std::map<std::string, plist::value, std::less<>> values;
+  view.bind([&](std::string_view key, plist::value const& v) {
+    values.insert_or_assign(std::string(key), v);
+  });
+  for (auto const& [text, said] : std::vector<std::pair<char const*, char const*>>{
+           {"a[bc d]e", "1 line, 4 characters, 2 words"},
+           {"[one\ntwo_2, \u00e9t\u00e9\n]", "2 lines, 13 characters, 3 words"},
+           {"[\n\n]x", "2 lines, 0 characters, 0 words"},
+           {"x[👩\u200D👧e\u0301中文]", "1 line, 4 characters, 1 word"},
+           {"a{bc\ndef\nghi}j", "3 lines, 6 characters, 3 words"}}) {
+    set(text);
+    desktop_.loop().run_for(1);
+    EXPECT_EQ(values["selection"].string_or(""), said) << text;
+  }
+  set("a|b");
+  EXPECT_EQ(values["selection"].string_or("?"), "");
+}
+
 TEST_F(text_view, comes_back_to_where_it_was) {
   std::string const text = "line|\n" + repeated("line\n", 300);
   set(text);
