@@ -99,6 +99,7 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list, out
   addThemeMethods();
   addClipboardMethods();
   addResultMethods();
+  addHelpMethods();
   WynFindManager::sharedInstance().setMainView([this] { return frontTextView(); });
   add("selectNextWindow:", [this](auto const&) { selectWindow(1); });
   add("selectPreviousWindow:", [this](auto const&) { selectWindow(-1); });
@@ -430,6 +431,7 @@ std::vector<platform::menu_item> AppDelegate::menusOfActions() const {
   languages.dynamic = "languages";
   view.items = {languages};
   menus.push_back(view);
+  for (platform::menu_item& item : actionsWithoutMenu()) menus.push_back(std::move(item));
   fill(menus);
   return menus;
 }
@@ -571,15 +573,19 @@ void AppDelegate::selectWindow(int step) {
 }
 
 std::vector<platform::menu_item> AppDelegate::mainMenu() const {
-  return platform::menu_from_value(menus_["main"]);
+  return menuWithKeys(menus_["main"]);
+}
+
+std::vector<platform::menu_item> AppDelegate::actionsWithoutMenu() const {
+  return menuWithKeys(menus_["actions"]);
 }
 
 std::vector<platform::menu_item> AppDelegate::contextMenu() const {
-  return platform::menu_from_value(menus_["context"]);
+  return menuWithKeys(menus_["context"]);
 }
 
 std::vector<platform::menu_item> AppDelegate::statusMenu(std::string_view part) const {
-  return platform::menu_from_value(menus_["status"][part]);
+  return menuWithKeys(menus_["status"][part]);
 }
 
 std::vector<platform::menu_item> AppDelegate::dynamicItems(std::string_view name) const {

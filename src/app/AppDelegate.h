@@ -53,6 +53,9 @@ class AppDelegate : public platform::application_delegate,
   std::vector<std::shared_ptr<WynDocument>> orderedDocuments() const;
   app::recent_files& recentFiles() { return recent_; }
 
+  /// What lists of all actions have beside the menus, in the form of menus.
+  std::vector<platform::menu_item> actionsWithoutMenu() const;
+
   void adopt(std::unique_ptr<WynDocumentController> controller);
 
   // document_opener
@@ -91,6 +94,8 @@ class AppDelegate : public platform::application_delegate,
  private:
   void addThemeMethods();
   void addResultMethods();
+  void addHelpMethods();
+  void showKeyboardShortcuts();
   void openPlace(commands::output_place const& place);
   bool newDocumentFromTemplate(std::string const& uuid);
   bool showAsNewDocument(std::string const& path);
@@ -105,7 +110,10 @@ class AppDelegate : public platform::application_delegate,
   /// Null when no window shows a document.
   WynTextView* frontTextView() const;
   void orderFrontGoToLinePanel();
-  /// The menu bar with its dynamic menus filled in, but for those of texts and bundles.
+  /// Those of a property list, with the keys of the menu bar and of the user's bindings.
+  std::vector<platform::menu_item> menuWithKeys(plist::value const& items) const;
+  /// The menu bar, and what is in none of its menus, with dynamic menus filled in but for those of
+  /// texts and bundles.
   std::vector<platform::menu_item> menusOfActions() const;
   void selectBundleItem(bool by_key);
   bool goToLine(std::string const& place);

@@ -69,13 +69,19 @@ void EditorFrame::change_text_size(bool larger) {
 
 void EditorFrame::open_status_menu(std::string const& part, QPoint global) {
   if (owner().application() == nullptr) return;
-  std::vector<platform::menu_item> const items = owner().application()->statusMenu(part);
+  std::vector<platform::menu_item> items = owner().application()->statusMenu(part);
+  if (items.empty()) return;
   // What is all that a part has to offer needs no menu.
-  bool const is_single = items.size() == 1 && !items.front().selector.empty();
-  if (!is_single) return pop_up_menu(items, global);
-  platform::menu_item item = items.front();
-  validate(item, *this);
-  if (item.enabled) perform(item.selector, item.argument);
+  if (items.size() == 1 && !items.front().selector.empty()) {
+    validate(items.front(), *this);
+    if (items.front().enabled) perform(items.front().selector, items.front().argument);
+    return;
+  }
+  QMenu* const menu = make_menu(
+      std::make_shared<std::vector<platform::menu_item> const>(std::move(items)), *this, this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  Q_EMIT menu->aboutToShow();  // it is filled now, and has its size
+  menu->popup(global - QPoint(0, menu->sizeHint().height()));
 }
 
 // A menu bar whose menus were opened and closed in quick succession may keep the focus, and has no

@@ -16,6 +16,7 @@ class EditorFrame final : public WindowFrame, public TextViewOwner, public FindB
 
   void detach() override;
   void take_initial_size() override;
+  void enter_status_bar() override { status_->enter(); }
   StatusBar& status() { return *status_; }
 
   // TextViewOwner

@@ -40,6 +40,12 @@ class FramedWindow : public Kind {
   void deminiaturize() final {
     frame_->setWindowState(frame_->windowState() & ~Qt::WindowMinimized);
   }
+  bool is_full_screen() const final { return frame_->isFullScreen(); }
+  void toggle_full_screen() final {
+    frame_->setWindowState(frame_->windowState() ^ Qt::WindowFullScreen);
+  }
+  void open_menu_bar() final { frame_->menus().open_first(); }
+  void enter_status_bar() final { frame_->enter_status_bar(); }
   bool is_key() const final { return frame_->isActiveWindow(); }
   platform::responder* first_responder() const final { return &first_; }
   platform::window_delegate* delegate() const final { return &delegate_; }

@@ -83,8 +83,10 @@ void OutputFrame::set_message(QString const& message) {
 // Those that the page had no use for.
 void OutputFrame::keyPressEvent(QKeyEvent* event) {
   platform::key_event const key = keys_.translate(*event);
-  bool const is_taken = !key.characters.empty() && perform_item_with_key(key);
-  if (!is_taken) WindowFrame::keyPressEvent(event);
+  if (!key.characters.empty() && perform_item_with_key(key)) return;
+  if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::NoModifier)
+    return menus().open_first();
+  WindowFrame::keyPressEvent(event);
 }
 
 void OutputWindow::set_title(std::string const& title) {

@@ -2,8 +2,10 @@
 
 #include "desktop/QtText.h"
 
+#include <QFocusEvent>
 #include <QGuiApplication>
 #include <QHelpEvent>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QStyleHints>
@@ -22,25 +24,29 @@ constexpr int widest_text = 40;    // average characters; a heading may be as lo
 struct part_kind {
   std::string_view key;
   char const* tool_tip;
-  char const* widest;  // keeps the parts after it from moving while the caret does
+  char const* widest;     // keeps the parts after it from moving while the caret does
+  bool is_right = false;  // stands at the right edge
 };
 
 // From left to right.
 constexpr part_kind part_kinds[] = {
+    {"lineNumber", "Line and column of the caret", "Line 88888, Column 888"},
+    {"selection", "What is selected", ""},
     {"incrementalSearch", "Incremental search", ""},
     {"isRecordingMacro", "Recording a macro", ""},
     {"pendingKeys", "Waiting for the next key or stroke; Escape cancels", ""},
     {"snippetField", "Tab goes to the next field of the snippet", ""},
     {"fileState", "This text is not saved in any file", ""},
-    {"lineNumber", "Line and column of the caret", "Line 88888, Column 888"},
-    {"currentMode", "Language", ""},
     {"currentSymbol", "Symbol at the caret", ""},
-    {"fileEncoding", "Encoding of the file", ""},
-    {"lineEnding", "Line endings of the file", ""},
-    {"tabSize", "Width of a tab", ""},
-    {"softTabs", "What the Tab key inserts", ""},
-    {"overwriteMode", "Typing inserts or overwrites", "OVR"},
+    {"currentMode", "Language", "", true},
+    {"tabSize", "Width of a tab", "Tab Size: 88", true},
+    {"softTabs", "What the Tab key inserts", "Hard Tabs", true},
+    {"fileEncoding", "Encoding of the file", "", true},
+    {"lineEnding", "Line endings of the file", "", true},
+    {"overwriteMode", "Typing inserts or overwrites", "OVR", true},
 };
+
+constexpr std::string_view least_needed[] = {"currentSymbol", "selection"};
 
 part_kind const* kind_of(std::string_view key) {
   auto const it = std::find_if(std::begin(part_kinds), std::end(part_kinds),
@@ -106,19 +112,36 @@ QString StatusBar::text_of(std::string_view key) const {
   return qstring(v.string_or(""));
 }
 
+// Those at the right have their places. What can be missed at the left goes where there is no room.
 std::vector<StatusBar::part> StatusBar::parts() const {
+  std::vector<part> list = parts_without({});
+  for (std::vector<std::string_view> missed; !list.empty() &&
+                                             missed.size() < std::size(least_needed) &&
+                                             list.back().x + list.back().width > width();) {
+    missed.push_back(least_needed[missed.size()]);
+    list = parts_without(missed);
+  }
+  return list;
+}
+
+std::vector<StatusBar::part> StatusBar::parts_without(
+    std::vector<std::string_view> const& missed) const {
   std::vector<part> list;
-  int x = 0;
+  int left = 0, right = 0;
   for (part_kind const& kind : part_kinds) {
     QString const whole = text_of(kind.key);
-    if (whole.isEmpty()) continue;
+    if (whole.isEmpty() || std::count(missed.begin(), missed.end(), kind.key) > 0) continue;
     QString const text = fontMetrics().elidedText(whole, Qt::ElideRight,
                                                   widest_text * fontMetrics().averageCharWidth());
     int const least = fontMetrics().horizontalAdvance(QLatin1String(kind.widest));
     int const wide = std::max(least, fontMetrics().horizontalAdvance(text)) + 2 * margin;
-    list.push_back({std::string(kind.key), text, x, wide});
+    int& x = kind.is_right ? right : left;
+    list.push_back({std::string(kind.key), text, x, wide, kind.is_right});
     x += wide + 1;
   }
+  int const first_right = std::max(left, width() - right);
+  for (part& each : list)
+    if (each.is_right) each.x += first_right;
   return list;
 }
 
@@ -135,15 +158,19 @@ void StatusBar::paintEvent(QPaintEvent*) {
   line.setAlpha(60);
   painter.fillRect(0, 0, width(), 1, line);
   for (part const& p : parts()) {
-    if (p.key == hovered_) {
+    QRect const area(p.x, 1, p.width, height() - 1);
+    bool const is_entered = hasFocus() && p.key == entered_;
+    if (is_entered) {
+      painter.fillRect(area, palette().color(QPalette::Highlight));
+    } else if (p.key == hovered_) {
       QColor shade = line;
       shade.setAlpha(25);
-      painter.fillRect(p.x, 1, p.width, height() - 1, shade);
+      painter.fillRect(area, shade);
     }
-    painter.setPen(palette().color(QPalette::WindowText));
-    painter.drawText(QRect(p.x + margin, 1, p.width - 2 * margin, height() - 1),
-                     Qt::AlignVCenter | Qt::AlignLeft, p.text);
-    painter.fillRect(p.x + p.width, 4, 1, height() - 7, line);
+    painter.setPen(palette().color(is_entered ? QPalette::HighlightedText : QPalette::WindowText));
+    painter.drawText(area.adjusted(margin, 0, -margin, 0), Qt::AlignVCenter | Qt::AlignLeft,
+                     p.text);
+    painter.fillRect(p.is_right ? p.x - 1 : p.x + p.width, 4, 1, height() - 7, line);
   }
 }
 
@@ -151,6 +178,65 @@ void StatusBar::mousePressEvent(QMouseEvent* event) {
   std::vector<part> const all = parts();
   part const* const hit = part_at(all, event->position().toPoint());
   if (hit != nullptr) on_click_(hit->key, mapToGlobal(QPoint(hit->x, 0)));
+}
+
+void StatusBar::enter() {
+  if (!hasFocus()) left_ = window()->focusWidget();
+  entered_ = "lineNumber";
+  setFocus(Qt::ShortcutFocusReason);
+  update();
+}
+
+void StatusBar::leave() {
+  if (left_ != nullptr) left_->setFocus(Qt::ShortcutFocusReason);
+}
+
+// By one part, as far as there are parts.
+void StatusBar::move_by(int step) {
+  std::vector<part> const all = parts();
+  auto const it = std::find_if(all.begin(), all.end(),
+                               [this](part const& each) { return each.key == entered_; });
+  auto const at = static_cast<int>(it == all.end() ? 0 : it - all.begin()) + step;
+  if (all.empty()) return;
+  entered_ = all[static_cast<std::size_t>(std::clamp(at, 0, static_cast<int>(all.size()) - 1))].key;
+  update();
+}
+
+// What is no key of the bar is for the text.
+void StatusBar::keyPressEvent(QKeyEvent* event) {
+  switch (event->key()) {
+    case Qt::Key_Left:
+    case Qt::Key_Backtab:
+      return move_by(-1);
+    case Qt::Key_Right:
+    case Qt::Key_Tab:
+      return move_by(1);
+    case Qt::Key_Home:
+      return move_by(-1000);
+    case Qt::Key_End:
+      return move_by(1000);
+    case Qt::Key_Escape:
+    case Qt::Key_F6:
+      return leave();
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Space:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      return open_entered();
+    default:
+      event->ignore();
+  }
+}
+
+void StatusBar::open_entered() {
+  leave();
+  for (part const& each : parts())
+    if (each.key == entered_) return on_click_(each.key, mapToGlobal(QPoint(each.x, 0)));
+}
+
+bool StatusBar::focusNextPrevChild(bool) {
+  return false;  // Tab goes from part to part
 }
 
 void StatusBar::mouseMoveEvent(QMouseEvent* event) {

@@ -3,6 +3,7 @@
 #include "plist/value.h"
 
 #include <QBasicTimer>
+#include <QPointer>
 #include <QWidget>
 
 #include <functional>
@@ -24,9 +25,16 @@ class StatusBar final : public QWidget {
   /// A value of platform::window::update_value. Shown a moment later, after the text itself.
   void update_value(std::string_view key, plist::value const& value);
 
+  /// Takes the focus until a key leaves it: arrow keys go from part to part, Return clicks.
+  void enter();
+
   QSize sizeHint() const override;
 
  protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  bool focusNextPrevChild(bool next) override;
+  void focusInEvent(QFocusEvent*) override { update(); }
+  void focusOutEvent(QFocusEvent*) override { update(); }
   void paintEvent(QPaintEvent*) override;
   void timerEvent(QTimerEvent*) override;
   void mousePressEvent(QMouseEvent* event) override;
@@ -39,20 +47,26 @@ class StatusBar final : public QWidget {
     std::string key;
     QString text;
     int x = 0, width = 0;
+    bool is_right = false;
   };
 
   std::vector<part> parts() const;
+  std::vector<part> parts_without(std::vector<std::string_view> const& missed) const;
   part const* part_at(std::vector<part> const& parts, QPoint p) const;
   plist::value const& value(std::string_view key) const;
   QString text_of(std::string_view key) const;
   void hover(std::string key);
+  void leave();
+  void move_by(int step);
+  void open_entered();
 
   click_handler on_click_;
   std::map<std::string, plist::value, std::less<>> values_;
   QBasicTimer repaint_;
   QBasicTimer blink_;  // runs while a macro is recorded
   bool is_sign_filled_ = true;
-  std::string hovered_;
+  std::string hovered_, entered_;
+  QPointer<QWidget> left_;  // had the focus before
 };
 
 }  // namespace widgets

@@ -20,6 +20,11 @@ class WindowFrame : public QMainWindow, public MenuTarget {
   /// Before the window is shown for the first time.
   virtual void take_initial_size() = 0;
 
+  MenuBar& menus() const { return *menus_; }
+
+  /// Where there is one.
+  virtual void enter_status_bar() {}
+
   // MenuTarget
   platform::responder* menu_responder() override;
   std::vector<platform::menu_item> dynamic_items(std::string_view name) override;
@@ -27,7 +32,6 @@ class WindowFrame : public QMainWindow, public MenuTarget {
 
  protected:
   WindowOwner& owner() const { return owner_; }
-  MenuBar& menus() const { return *menus_; }
   /// False if no item of the menus has the key. One that is disabled beeps.
   bool perform_item_with_key(platform::key_event const& event);
 

@@ -52,6 +52,10 @@ class recorded_window : public Kind {
   bool is_visible() const override { return visible; }
   bool is_miniaturized() const override { return false; }
   void deminiaturize() override {}
+  bool is_full_screen() const override { return full_screen; }
+  void toggle_full_screen() override { full_screen = !full_screen; }
+  void open_menu_bar() override { ++menu_openings; }
+  void enter_status_bar() override { ++status_bar_entries; }
   bool is_key() const override { return order_.is_key(*this); }
   platform::responder* first_responder() const override { return &first_; }
   platform::window_delegate* delegate() const override { return &delegate_; }
@@ -60,7 +64,8 @@ class recorded_window : public Kind {
   }
 
   std::string title, filename;
-  bool edited = false, visible = false;
+  bool edited = false, visible = false, full_screen = false;
+  int menu_openings = 0, status_bar_entries = 0;
   std::map<std::string, plist::value, std::less<>> values;
 
  private:

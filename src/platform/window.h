@@ -39,7 +39,14 @@ class window {
   virtual bool is_visible() const = 0;
   virtual bool is_miniaturized() const = 0;
   virtual void deminiaturize() = 0;
+  virtual bool is_full_screen() const = 0;
+  virtual void toggle_full_screen() = 0;
   virtual bool is_key() const = 0;
+
+  /// For the keyboard: its first menu is selected.
+  virtual void open_menu_bar() = 0;
+  /// Likewise: keys go to the status bar, until one leaves it.
+  virtual void enter_status_bar() = 0;
 
   /// Where actions of menus and keys start.
   virtual responder* first_responder() const = 0;
@@ -47,8 +54,7 @@ class window {
 
   /// A value published for the status bar: "lineNumber", "columnNumber" (both from 0), "tabSize",
   /// "softTabs", "overwriteMode", and as texts to show "fileState", "fileEncoding", "lineEnding",
-  /// "currentMode", "currentSymbol",
-  /// "snippetField" and "pendingKeys".
+  /// "currentMode", "currentSymbol", "selection", "snippetField" and "pendingKeys".
   virtual void update_value(std::string_view key, plist::value const& value) = 0;
 
  private:

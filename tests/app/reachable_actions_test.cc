@@ -86,6 +86,7 @@ class reachable_actions : public app_test {
     names result;
     add_selectors(app().mainMenu(), result);
     add_selectors(app().contextMenu(), result);
+    add_selectors(app().actionsWithoutMenu(), result);
     for (char const* part :
          {"lineNumber", "fileEncoding", "lineEnding", "tabSize", "softTabs", "overwriteMode"}) {
       EXPECT_FALSE(app().statusMenu(part).empty()) << part;
