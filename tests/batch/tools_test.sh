@@ -7,7 +7,7 @@ mkdir real plain words
 cp "$root"/docs/*.md "$root"/src/text/*.cc "$root"/share/menus.plist real
 for file in real/*; do
   LC_ALL=C grep -q -P '[^\x00-\x7f]' "$file" || cp "$file" plain
-  tr -cs 'A-Za-z\n' ' ' <"$file" | sed 's/^ *//; s/ *$//' | awk '{ print } NR % 15 == 0 { print "" }' |
+  tr -cs 'A-Za-z\n' ' ' <"$file" | sed 's/^ *//; s/ *$//' | awk '{ print } NR % 10 == 0 { print "" }' |
     cat -s | sed -e '1{/^$/d}' -e '${/^$/d}' >"words/${file#*/}"
 done
 
