@@ -20,17 +20,17 @@ TEST_F(document, asks_when_the_charset_lacks_a_character) {
     std::u16string typed;
     char const* asked;  // the charset's name, or null
   } const cases[] = {
-      {encoding::Latin1, "utf-8", u"\u20AC", "Latin1"},
+      {encoding::Latin1, "utf-8", u"\u20AC", "Latin 1"},
       {encoding::Latin1, "utf-8", u"\u00FF", nullptr},
-      {encoding::Latin1, "utf-8", u"\u0100", "Latin1"},
+      {encoding::Latin1, "utf-8", u"\u0100", "Latin 1"},
       {encoding::MacRoman, "utf-8", u"\u20AC", nullptr},
-      {encoding::MacRoman, "utf-8", u"\u4E00", "MacRoman"},
+      {encoding::MacRoman, "utf-8", u"\u4E00", "Mac Roman"},
       {encoding::CP1252, "utf-8", u"\u20AC", nullptr},
-      {encoding::CP1252, "utf-8", u"\u0081", "CP1252"},
+      {encoding::CP1252, "utf-8", u"\u0081", "Windows 1252"},
       {encoding::ASCII, "iso-8859-1", u"\u00E9", nullptr},
-      {encoding::ASCII, "iso-8859-1", u"\u20AC", "Latin1"},
+      {encoding::ASCII, "iso-8859-1", u"\u20AC", "Latin 1"},
       {encoding::ASCII, "nonsense", u"\u20AC", nullptr},
-      {encoding::Latin1, "utf-8", u"\xD83D\xDE00", "Latin1"},
+      {encoding::Latin1, "utf-8", u"\xD83D\xDE00", "Latin 1"},
       {encoding::UTF16LE, "utf-8", u"\xD83D\xDE00", nullptr},
   };
   for (auto const& c : cases) {
@@ -138,7 +138,7 @@ TEST_F(document, asks_before_it_loses_bytes) {
   EXPECT_FALSE(save(d));
   EXPECT_EQ(alerts(),
             strings{"Encoding Error|The file \u201Cfile\u201D holds bytes that are not "
-                    "valid UTF8 text. Saving would lose them. Would you like to overwrite "
+                    "valid UTF-8 text. Saving would lose them. Would you like to overwrite "
                     "it?|Don't Overwrite"});
   EXPECT_EQ(on_disk(), bytes);
   EXPECT_TRUE(d->writeToFile(folder / "copy"));  // loses nothing
