@@ -98,6 +98,12 @@ bool opens_quote(text::unit_view line, std::size_t column, text::char_t quote,
   return quotes % 2 == 0;
 }
 
+// What a block is put round, and no end of what the caret is in.
+bool begins_with_text(text::unit_view rest) {
+  std::size_t const at = rest.find_first_not_of(u" \t");
+  return at != rest.npos && text::unit_view(u")]},;:").find(rest[at]) == rest.npos;
+}
+
 }  // namespace
 
 bool select_live_closing(typed_view& text_view, text::char_t typed) {
@@ -163,7 +169,9 @@ void complete_pair(typed_view& text_view, styles::unit_pair pair) {
   text::view& view = *text_view.view();
   text::iterator const caret = view.selection.current_mark.base;
   text::unit_view const line = view.storage->line_units(caret.line);
-  if (caret.column < line.size() && actions::is_word_char(line[caret.column])) return;
+  text::unit_view const rest = line.substr(caret.column);
+  if (!rest.empty() && actions::is_word_char(rest.front())) return;
+  if (pair.open == u'{' && begins_with_text(rest)) return;
   view.storage->insert(caret, &pair.close, &pair.close + 1);
   view.selection.set_caret({&view, caret});
   view.notify_observer.add_notify({caret, caret});

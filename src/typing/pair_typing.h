@@ -23,7 +23,8 @@ bool surround_selection(typed_view& text_view, text::char_t typed);
 /// The pair that a unit opens if it is typed at the caret, by what stands before it: a quote opens
 /// none after a word, other than a prefix of strings, and nothing does after a backslash.
 std::optional<styles::unit_pair> opened_pair(typed_view& text_view, text::char_t typed);
-/// The opening unit that was typed gets its closing one, but not before a word.
+/// The opening unit that was typed gets its closing one, but not before a word, nor a
+/// brace before other text.
 void complete_pair(typed_view& text_view, styles::unit_pair pair);
 /// With the caret in an empty live pair: ends it, and with `both` selects its two units.
 void end_empty_pair(typed_view& text_view, bool both);
