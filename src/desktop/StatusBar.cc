@@ -100,9 +100,18 @@ QString StatusBar::text_of(std::string_view key) const {
     return QStringLiteral("Line %1, Column %2")
         .arg(v.integer_or(0) + 1)
         .arg(value("columnNumber").integer_or(0) + 1);
-  if (key == "tabSize") return QStringLiteral("Tab Size: %1").arg(v.integer_or(0));
-  if (key == "softTabs")
-    return v.boolean_or(false) ? QStringLiteral("Soft Tabs") : QStringLiteral("Hard Tabs");
+  if (key == "tabSize") {
+    auto const name = QStringLiteral("Tab Size: %1").arg(v.integer_or(0));
+    QString const origin = qstring(value("tabSizeOrigin").string_or(""));
+    bool const is_told = origin.isEmpty() || value("tabSizeOrigin") == value("softTabsOrigin");
+    return is_told ? name : QStringLiteral("%1 (%2)").arg(name, origin);
+  }
+  if (key == "softTabs") {
+    auto const name =
+        v.boolean_or(false) ? QStringLiteral("Soft Tabs") : QStringLiteral("Hard Tabs");
+    QString const origin = qstring(value("softTabsOrigin").string_or(""));
+    return origin.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, origin);
+  }
   if (key == "isRecordingMacro")
     return !v.boolean_or(false) ? QString()
            : is_sign_filled_    ? QStringLiteral("\u25CF Recording")

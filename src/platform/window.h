@@ -53,8 +53,9 @@ class window {
   virtual window_delegate* delegate() const = 0;
 
   /// A value published for the status bar: "lineNumber", "columnNumber" (both from 0), "tabSize",
-  /// "softTabs", "overwriteMode", and as texts to show "fileState", "fileEncoding", "lineEnding",
-  /// "currentMode", "currentSymbol", "selection", "snippetField" and "pendingKeys".
+  /// "softTabs", "overwriteMode", and as texts to show "tabSizeOrigin" and "softTabsOrigin" (why
+  /// they are so; "" for a default), "fileState", "fileEncoding", "lineEnding", "currentMode",
+  /// "currentSymbol", "selection", "snippetField" and "pendingKeys".
   virtual void update_value(std::string_view key, plist::value const& value) = 0;
 
  private:

@@ -102,6 +102,12 @@ rows text_editing() {
   return {
       {"WynTextViewTabSize", integer(1, max_tab_size), 4, scope::language, "Tab Size",
        "Columns of a tab.", menu("takeTabSizeFrom:")},
+      {"WynDetectIndentation", boolean(), true, scope::program, "Detect Indentation",
+       "Indent a file as its lines are indented, where most of them agree."},
+      {"WynFollowEditorConfig", boolean(), true, scope::program, "Follow .editorconfig",
+       "Write files as the `.editorconfig` in their folder or one above says."},
+      {"WynFollowModelines", boolean(), true, scope::program, "Follow Modelines",
+       "Indent a file as a modeline in it says, such as `vim: set et sw=4:`."},
       {"WynTextViewSoftWrap", boolean(), false, scope::language, "Soft Wrap",
        "Show lines that are too long in several rows.", menu("toggleSoftWrap:")},
       {"WynTextViewRightMarginColumn", integer(-1, max_margin), -1, scope::document, "Wrap Column",

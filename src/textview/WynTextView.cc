@@ -140,6 +140,8 @@ void WynTextView::attachView() {
   document_->checkForFilesystemChanges();
   view_ = document_->obtainView();
   attachTokenizer();
+  indentSources_ = {};
+  readConventions();
   changeLanguageToAndLearn(languageChoiceForCurrentFile(), false);
   changeObserver_ = std::make_unique<change_observer>(*this);
   applyOptionsToView();
@@ -192,8 +194,7 @@ void WynTextView::publishPosition() {
 void WynTextView::publishAll() {
   if (view_ == nullptr || !observer_) return;
   publishPosition();
-  updateValueForKey(tabSize(), "tabSize");
-  updateValueForKey(softTabs(), "softTabs");
+  publishIndentation();
   updateValueForKey(overwriteMode_, "overwriteMode");
   publishLanguage();
   shownSnippetField_.clear();

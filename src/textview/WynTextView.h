@@ -405,6 +405,8 @@ class WynTextView : public platform::responder,
   void addScopedSettingMethods();
   std::string_view rootScope() const { return rootScope_; }
   void initializeSettings();
+  void readConventions();
+  void publishIndentation();
   void documentDefaultsDidChange(plist::value const& note);
   void wrappingDidChange();
   bool askForRightMargin();
@@ -558,6 +560,8 @@ class WynTextView : public platform::responder,
 
   styles::document_options documentOptions_,
       seenOptions_;  // those of this view, and as last stored
+  styles::indent_sources indentSources_;
+  styles::indent_origin indentOrigin_;
   bool overwriteMode_ = false, overwriteDefault_ = false;
   bool smartTyping_ = true, smartTypingDefault_ = true;
   std::string fontName_;

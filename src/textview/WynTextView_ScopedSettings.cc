@@ -1,3 +1,6 @@
+#include "conventions/declared.h"
+#include "conventions/modelines.h"
+#include "documents/WynDocument.h"
 #include "settings/store.h"
 #include "styles/scoped_settings.h"
 #include "styles/wrap_columns.h"
@@ -9,13 +12,23 @@
 #include <utility>
 
 // Options that each document has for itself: what a tab is, and where lines are wrapped. They begin
-// with what is stored; a change in one view is stored for those opened later, while views that are
-// open follow only what another program or the user writes into the defaults.
+// with what is stored, a tab with what the text, its project and the language's bundle say of it. A
+// change in one view is stored for those opened later, while views that are open follow only what
+// another program or the user writes into the defaults.
 
 namespace {
 
 // The note of changes that a view makes for those opened later.
 constexpr char const* for_later_views = "option of a document";
+
+// How documents of the language are indented where nothing else says it.
+conventions::indentation custom_of(plist::value const& settings) {
+  conventions::indentation result;
+  if (plist::value const on = settings["softTabs"]) result.soft_tabs = on.boolean_or(false);
+  std::int64_t const size = settings["tabSize"].integer_or(0);
+  if (size > 0 && size <= settings::max_tab_size) result.indent_size = static_cast<unsigned>(size);
+  return result;
+}
 
 std::string other_title(int column, bool listed) {
   return column < 1 || listed ? "Other\u2026" : "Other (" + std::to_string(column) + ")\u2026";
@@ -65,12 +78,36 @@ void WynTextView::initializeSettings() {
   styles::document_options const former = documentOptions_;
   documentOptions_ = seenOptions_ = styles::document_options::stored(rootScope());
   if (view_ == nullptr) return;
-  plist::value const invisibles = stylesForContext({})["showInvisibles"];
+  plist::value const scoped = stylesForContext({});
+  indentSources_.language = styles::indent_sources::stored_for(rootScope());
+  indentSources_.bundle = custom_of(scoped);
+  indentSources_.style_is_fixed = scoped["softTabsAreFixed"].boolean_or(false);
+  indentOrigin_ = styles::apply_sources(indentSources_, documentOptions_);
+  plist::value const invisibles = scoped["showInvisibles"];
   setScopedShowInvisibles(invisibles ? std::optional(invisibles.integer_or(0) != 0) : std::nullopt);
   applyOptionsToView();
   if (former.softWrap != softWrap() || former.rightMargin != rightMargin()) wrappingDidChange();
-  if (former.tabSize != tabSize()) updateValueForKey(tabSize(), "tabSize");
-  if (former.softTabs != softTabs()) updateValueForKey(softTabs(), "softTabs");
+  publishIndentation();
+}
+
+/// What the text and its project say, as of now.
+void WynTextView::readConventions() {
+  auto& defaults = settings::store();
+  auto const& storage = document_->storage();
+  indentSources_.modeline = defaults.boolean("WynFollowModelines")
+                                ? conventions::modeline_of(storage).indentation
+                                : conventions::indentation();
+  indentSources_.detection = defaults.boolean("WynDetectIndentation")
+                                 ? conventions::detect_indentation(storage)
+                                 : conventions::indentation();
+  indentSources_.editorconfig = conventions::declared_for(document_->filename()).indentation;
+}
+
+void WynTextView::publishIndentation() {
+  updateValueForKey(tabSize(), "tabSize");
+  updateValueForKey(softTabs(), "softTabs");
+  updateValueForKey(styles::explain(indentOrigin_.size, currentMode_), "tabSizeOrigin");
+  updateValueForKey(styles::explain(indentOrigin_.style, currentMode_), "softTabsOrigin");
 }
 
 void WynTextView::documentDefaultsDidChange(plist::value const& note) {
@@ -80,30 +117,39 @@ void WynTextView::documentDefaultsDidChange(plist::value const& note) {
   auto const follow = [&](auto option) {
     if (seenOptions_.*option != seen.*option) documentOptions_.*option = seenOptions_.*option;
   };
-  follow(&styles::document_options::tabSize);
-  follow(&styles::document_options::softTabs);
+  using enum styles::indent_source;
+  auto const is_stored = [](styles::indent_source source) {
+    return source == user_default || source == language;
+  };
+  if (is_stored(indentOrigin_.size)) follow(&styles::document_options::tabSize);
+  if (is_stored(indentOrigin_.style)) follow(&styles::document_options::softTabs);
   follow(&styles::document_options::softWrap);
   follow(&styles::document_options::rightMargin);
 }
 
 void WynTextView::setTabSize(unsigned columns) {
-  if (columns == tabSize() || columns == 0) return;
+  if (columns == 0) return;
+  indentSources_.hand.indent_size = indentSources_.hand.tab_width = columns;
+  indentOrigin_.size = styles::indent_source::hand;
+  if (columns == tabSize()) return publishIndentation();
   documentOptions_.tabSize = columns;
   if (view_ != nullptr) {
     textview::view_will_change const scope(*this, true);
     view_->set_tab_size(columns);
   }
   setScopedValueForKeyInDomain(columns, "tabSize", styles::tab_size_domain);
-  updateValueForKey(columns, "tabSize");
+  publishIndentation();
   setNeedsDisplay();
 }
 
 void WynTextView::setSoftTabs(bool on) {
   if (on == softTabs()) return;
+  indentSources_.hand.soft_tabs = on;
+  indentOrigin_.style = styles::indent_source::hand;
   documentOptions_.softTabs = on;
   if (view_ != nullptr) view_->set_treats_spaces_as_tabs(on);
   setScopedValueForKeyInDomain(on, "softTabs", styles::soft_tabs_domain);
-  updateValueForKey(on, "softTabs");
+  publishIndentation();
 }
 
 void WynTextView::setSoftWrap(bool on) {

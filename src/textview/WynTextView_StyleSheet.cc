@@ -183,8 +183,12 @@ void WynTextView::detachTokenizer() {
 // A file that gets a name gets the language of that, unless the name is unknown.
 void WynTextView::filenameDidChange(plist::value const& info) {
   if (view_ == nullptr || info["old"] == info["new"]) return;
+  readConventions();
   std::string const choice = languageChoiceForCurrentFile();
-  if (!choice.empty() && choice != languageUUID_) changeLanguageToAndLearn(choice, false);
+  if (!choice.empty() && choice != languageUUID_)
+    changeLanguageToAndLearn(choice, false);
+  else
+    initializeSettings();
 }
 
 void WynTextView::publishLanguage() {

@@ -29,7 +29,8 @@ check() {
     echo '</array></plist>'
   } >macro
   rm -rf made && cp -r "$folder" made
-  "$program" --batch --strict --set WynTextViewTabSize="$size" --macro macro --save made/*
+  "$program" --batch --strict --set WynTextViewTabSize="$size" \
+    --set WynDetectIndentation=false --macro macro --save made/*
   for file in made/*; do
     LC_ALL=C bash -c "$command" <"$folder/${file#*/}" | cmp - "$file" ||
       { echo "$actions differs from $command in $file" >&2; exit 1; }

@@ -6,6 +6,7 @@
 #include "path/temporary_folder.h"
 #include "styles/WynThemeManager.h"
 #include "styles/scope_report.h"
+#include "styles/scoped_settings.h"
 #include "text/views/folding_filter.h"
 #include "textview/shown_view.h"
 
@@ -208,13 +209,58 @@ TEST_F(language, keeps_its_own_tab_size) {
   WynTextView c, python;
   c.setDocument(file("a.c", program));
   c.setTabSize(7);
-  python.setDocument(file("a.py", "x = 1\n"));
+  python.setDocument(file("a.css", "a {}\n"));
   EXPECT_EQ(python.tabSize(), 7u);  // better than nothing
+  python.setDocument(file("a.py", "x = 1\n"));
+  EXPECT_EQ(python.tabSize(), 4u);  // the language's custom
   python.setTabSize(5);
   c.setDocument(file("b.c", program));
   EXPECT_EQ(c.tabSize(), 7u);
   c.changeLanguageToAndLearn(uuid_of("Python"), false);
   EXPECT_EQ(c.tabSize(), 5u);
+}
+
+// What says less stays in force where what says more is silent: each row takes one source away.
+TEST_F(language, is_indented_as_the_one_with_most_to_say_wants) {
+  folder_.write(".editorconfig", "root = true\n[e.*]\nindent_style = space\nindent_size = 3\n");
+  std::string const modeline = "# vim: set sw=5 et:\n", lines = "a:\n  b:\n    c\n  d:\n    e\n";
+  struct row {
+    std::string name, text;
+    unsigned size;
+    bool soft;
+    char const* origin;
+  };
+  auto const check = [&](row const& of) {
+    shown_view shown("|", file(of.name, of.text));
+    std::map<std::string, std::string> published;
+    shown.view.bind([&](std::string_view key, plist::value const& value) {
+      published[std::string(key)] = value.string_or("");
+    });
+    EXPECT_EQ(shown.view.tabSize(), of.size) << of.name << of.text;
+    EXPECT_EQ(shown.view.softTabs(), of.soft) << of.name << of.text;
+    EXPECT_EQ(published["tabSizeOrigin"], of.origin) << of.name << of.text;
+    // What is chosen for the document holds whatever language it gets.
+    shown.view.setTabSize(7);
+    shown.view.changeLanguageToAndLearn(uuid_of("Python"), false);
+    EXPECT_EQ(shown.view.tabSize(), 7u);
+    EXPECT_EQ(published["tabSizeOrigin"], "set here");
+    settings::store().remove("WynTextViewScopedTabSize");
+  };
+  for (row const& of :
+       {row{"e.py", modeline + lines, 5, true, "modeline"},
+        row{"e.py", lines, 3, true, ".editorconfig"}, row{"a.py", lines, 2, true, "as in the file"},
+        row{"a.py", "a\n", 4, true, "Python style"}, row{"a.css", "a\n", 4, false, ""},
+        row{"a.css", "a\n\tb\n", 4, false, ""},
+        // The language has no other style.
+        row{"Makefile", "a:\n  b\nc:\n  d\n  e\n", 4, false, ""},
+        row{"a.yaml", "a:\n\tb\n", 2, true, "YAML style"},
+        row{"a.yaml", "a:\n   b:\n      c\n", 3, true, "as in the file"}})
+    check(of);
+  scoped_settings::set_value("source.python", 6, "tabSize", "WynTextViewScopedTabSize");
+  check({"a.py", "a\n", 6, true, "set for Python"});
+  for (char const* key : {"WynFollowModelines", "WynFollowEditorConfig", "WynDetectIndentation"})
+    settings::store().set(key, false);
+  check({"e.py", modeline + lines, 4, true, "Python style"});
 }
 
 TEST_F(language, themes_are_selected_or_follow_the_desktop) {
