@@ -37,4 +37,25 @@ TEST_F(typed_text, key_by_key_gives_what_is_typed) {
   }
 }
 
+// A block is put round what follows, but not round the end of what the caret is in.
+TEST_F(typed_text, a_brace_gets_its_partner_where_nothing_follows) {
+  for (auto const& [before, after] :
+       std::map<std::string, std::string>{{"a = |\"b\";", "a = \\|\"b\";"},
+                                          {"if (a) | b;", "if (a) \\| b;"},
+                                          {"f(|);", "f(\\|/);"},
+                                          {"a |", "a \\|/"},
+                                          {"a |  ", "a \\|/  "},
+                                          {"a |\n\"b\"", "a \\|/\n\"b\""}}) {
+    // Braces would be drawn as a selection.
+    shown_view view(before);
+    view.view.insert_text(u"{");
+    text::iterator const caret = view.view.view()->selection.current_mark.base;
+    std::string text = marked_text::utf8(marked_text::units_of(*view.view.view()->storage));
+    text.insert(caret.column, "|");
+    std::replace(text.begin(), text.end(), '{', '\\');
+    std::replace(text.begin(), text.end(), '}', '/');
+    EXPECT_EQ(text, after) << before;
+  }
+}
+
 }  // namespace
