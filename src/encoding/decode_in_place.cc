@@ -7,6 +7,7 @@
 
 #include "encoding/byte_order_mark.h"
 #include "encoding/lanes.h"
+#include "encoding/library_charset.h"
 #include "encoding/supplementary.h"
 #include "encoding/tables.h"
 #include "encoding/utf8_blocks.h"
@@ -227,7 +228,7 @@ bool decode(cursor& c, charset_t charset, bool pairs) {
     case CP1252:
       decode_cp1252(c);
       break;
-    case Unknown:
+    default:
       assert(!"no charset");
       break;
   }
@@ -238,6 +239,7 @@ bool decode(cursor& c, charset_t charset, bool pairs) {
 
 decoded decode_in_place(char16_t* block, std::size_t byte_count, charset_t charset, bool pairs) {
   if (byte_count == 0) return {0, false, charset != UTF16BE && charset != UTF16LE};
+  if (is_of_library(charset)) return decode_by_library(block, byte_count, charset);
   auto const* const bytes = reinterpret_cast<unsigned char const*>(block) + byte_count;
   cursor c{bytes, bytes + byte_count, block};
   bool const has_bom = decode(c, charset, pairs);

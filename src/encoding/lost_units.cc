@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "encoding/lanes.h"
+#include "encoding/library_charset.h"
 #include "encoding/tables.h"
 
 // Asked of the whole text at each save in these charsets. Decoding the bytes again would tell the
@@ -45,7 +46,7 @@ char16_t const* first_lost_unit(char16_t const* first, char16_t const* last, cha
         return unit <= 0xFF ? unit >= 0xA0 : map.contains(unit);
       });
     default:
-      return last;
+      return is_of_library(charset) ? first_lost_by_library(first, last, charset) : last;
   }
 }
 

@@ -8,6 +8,7 @@
 
 #include "encoding/encoders.h"
 #include "encoding/lanes.h"
+#include "encoding/library_charset.h"
 #include "encoding/supplementary.h"
 
 // A save must cost little more than the writing. Runs of units that are the bytes of their value
@@ -136,6 +137,10 @@ stream_encoder::stream_encoder(file_format format, byte_sink sink)
     out_ = put_utf16_unit<std::endian::big>(0xFEFF, out_);
   } else if (format_.charset == UTF16LE) {
     out_ = put_utf16_unit<std::endian::little>(0xFEFF, out_);
+  } else if (is_of_library(format_.charset)) {
+    start_encoding_by_library(format_.charset);
+    constexpr char16_t mark = 0xFEFF;
+    if (format_.charset == UTF32BE || format_.charset == UTF32LE) put_by_library(&mark, &mark + 1);
   }
 }
 
@@ -150,6 +155,8 @@ bool stream_encoder::put(char16_t const* first, char16_t const* last) {
 }
 
 bool stream_encoder::finish() {
+  constexpr char16_t nothing = 0;
+  if (is_of_library(format_.charset)) put_by_library(&nothing, &nothing, true);
   if (pending_high_) out_ = put_utf8_sequence(std::exchange(pending_high_, 0), out_);
   return flush();
 }
@@ -172,7 +179,25 @@ void stream_encoder::put_pairs(char16_t const* first, char16_t const* last) {
   out_ = narrow(first, last, out_, format_.line_ending, 0xFF80, put_utf8_run<true>);
 }
 
+void stream_encoder::put_by_library(char16_t const* first, char16_t const* last, bool is_end) {
+  std::u16string expanded;
+  if (format_.line_ending != line_ending::LF && std::find(first, last, u'\n') != last) {
+    for (; first != last; ++first)
+      if (*first == u'\n')
+        expanded += format_.line_ending == line_ending::CR ? u"\r" : u"\r\n";
+      else
+        expanded += *first;
+    first = expanded.data();
+    last = first + expanded.size();
+  }
+  std::string bytes;
+  encode_by_library(first, last, format_.charset, is_end, bytes);
+  if (bytes.size() > buffer_size - static_cast<std::size_t>(out_ - buffer_.get())) flush();
+  out_ = std::copy(bytes.begin(), bytes.end(), out_);
+}
+
 void stream_encoder::put_piece(char16_t const* first, char16_t const* last) {
+  if (is_of_library(format_.charset)) return put_by_library(first, last);
   auto const by = [&](char16_t refused, bytes (*convert)(pointer, pointer, bytes)) {
     return narrow(first, last, out_, format_.line_ending, refused, run_of(refused, convert));
   };
@@ -199,7 +224,7 @@ void stream_encoder::put_piece(char16_t const* first, char16_t const* last) {
     case CP1252:
       out_ = by(0xFF00, convert_UnicodeToCP1252<pointer, bytes>);
       break;
-    case Unknown:
+    default:
       assert(!"no charset");
       break;
   }

@@ -37,6 +37,7 @@ class stream_encoder {
 
  private:
   void put_piece(char16_t const* first, char16_t const* last);
+  void put_by_library(char16_t const* first, char16_t const* last, bool is_end = false);
   void put_pairs(char16_t const* first, char16_t const* last);
   bool flush();
 

@@ -136,6 +136,30 @@ inline std::string in_encoding(units const& in, std::size_t part) {
   return in_losses(in);
 }
 
+/// Charsets of the library have no generic form: what is exact comes back as the same bytes, and
+/// a unit that isn't lost as the same unit.
+inline std::string in_library(bytes const& in, std::size_t part) {
+  using namespace encoding;
+  for (int number = Unknown + 1; number < charsets_end; ++number) {
+    auto const charset = charset_t(number);
+    std::string const where = std::string(charset_name[charset]) + ": " + dump(in);
+    text const a = decode_fast(in, charset, true);
+    bool const has_mark = a.has_bom || (charset != UTF32BE && charset != UTF32LE);
+    bytes const again = encode_fast(a.content, {charset}, part);
+    if (has_mark && a.exact != (again == in)) return "exact, " + where;
+    units const& content = a.content;
+    auto const* const end = content.data() + content.size();
+    auto const kept = first_lost_unit(content.data(), end, charset) - content.data();
+    text const b = decode_fast(again, charset, true);
+    auto const same =
+        std::mismatch(content.begin(), content.end(), b.content.begin(), b.content.end()).first -
+        content.begin();
+    // A pair is lost from its first unit on.
+    if (same < kept || same > kept + 1) return "loss, " + where + "\n" + dump(b.content);
+  }
+  return {};
+}
+
 inline std::string in_line_endings(units const& in) {
   units slow = in, fast = in;
   line_ending::type type;

@@ -16,6 +16,7 @@ static void require(std::string const& difference) {
 extern "C" int LLVMFuzzerTestOneInput(uint8_t const* data, size_t size) {
   agreement::bytes const in(data, data + size);
   require(agreement::in_decoding(in));
+  require(agreement::in_library(in, 1 + size % 31));
   for (auto charset : {encoding::UTF8, encoding::UTF16LE}) {
     agreement::units const text = agreement::decode(in, charset, true, nullptr);
     require(agreement::in_line_endings(text));
