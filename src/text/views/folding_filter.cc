@@ -26,6 +26,14 @@ void view::folding_filter::set_patterns(pattern start, pattern stop) {
   forget_markers();
 }
 
+void view::folding_filter::set_indent_folding(pattern ignored) {
+  bool const same =
+      ignored && ignored_pattern ? *ignored == *ignored_pattern : ignored == ignored_pattern;
+  if (same) return;
+  ignored_pattern = std::move(ignored);
+  forget_markers();
+}
+
 void view::folding_filter::reset() {
   forget_markers();
   foldings.clear();
@@ -236,10 +244,24 @@ bool view::folding_filter::fold_lines(size_t first, size_t last) {
 
 bool view::folding_filter::fold_if_possible(size_t line, bool nested) {
   auto const found = block_around(line);
-  if (!found || !fold(*found)) return false;
+  if (!found) return false;
+  unfold_those_ending_with(*found);
+  if (!fold(*found)) return false;
   if (nested) add_folds(blocks(found->first + size_t{1}, found->last), 0);
   put_caret_at_end_of(found->first);
   return true;
+}
+
+/// A line is the last one of one fold only.
+void view::folding_filter::unfold_those_ending_with(folding_t const& fold) {
+  if (!ignored_pattern) return;
+  auto const is_one = [&](folding_t const& other) {
+    return other.last == fold.last && other.first > fold.first;
+  };
+  auto const found = std::find_if(foldings.begin(), foldings.end(), is_one);
+  if (found == foldings.end()) return;
+  folding_t const inner = *found;
+  unfold({inner});
 }
 
 bool view::folding_filter::unfold_if_possible(size_t line, bool nested) {
@@ -260,9 +282,13 @@ bool view::folding_filter::toggle_folding(size_t line, bool nested) {
 /// comparing with the folds that were there is enough.
 bool view::folding_filter::add_folds(std::vector<block> const& blocks, size_t level) {
   std::vector<folding_t> fitting;
-  for (block const& found : blocks)
-    if ((level == 0 || found.level == level) && !crosses_a_fold(found.lines))
-      fitting.push_back(found.lines);
+  for (block const& found : blocks) {
+    if (level != 0 && found.level != level) continue;
+    unfold_those_ending_with(found.lines);
+    // The inner ones come first.
+    if (!fitting.empty() && fitting.back().last == found.lines.last) fitting.pop_back();
+    if (!crosses_a_fold(found.lines)) fitting.push_back(found.lines);
+  }
   foldings.insert(fitting.begin(), fitting.end());
   if (!fitting.empty()) forget_survey();
   return !fitting.empty();

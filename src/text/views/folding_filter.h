@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <boost/container/flat_set.hpp>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -15,7 +14,10 @@ namespace text {
 
 /// Hides runs of lines. What can be folded is determined by two patterns, for lines that open a
 /// block and lines that close one, and by the lines' indentation: a start pairs with the next stop
-/// of the same indent. The filters below change no lines, so lines are those of the storage.
+/// of the same indent that closes the same kind of bracket, or none. A start on a continued line
+/// ("    : member_(1) {") pairs with a stop that is indented less. With set_indent_folding() a line
+/// also begins a block if the next one is indented more. The filters below change no lines, so
+/// lines are those of the storage.
 ///
 /// The user's folds are kept with the text that they hide, whatever happens around them. A change
 /// that crosses the border of a fold unfolds it first.
@@ -43,17 +45,23 @@ class view::folding_filter : public switchable_filter {
   /// In one piece of memory: all after a line move with it.
   using folding_set = boost::container::flat_set<folding_t>;
 
-  explicit folding_filter(text::view& view) : view_(view) {}
+  explicit folding_filter(text::view& view);
+  ~folding_filter() override;
 
   /// Null patterns turn folding off for lines not folded yet; patterns equal to those before change
   /// nothing.
   void set_patterns(pattern start, pattern stop);
   bool has_patterns() const { return begin_pattern && end_pattern; }
+  /// Blocks are also those that indentation makes. Blank lines don't count, nor do those that the
+  /// pattern matches; null turns it off. A block that ends with one that is folded unfolds that
+  /// when it is folded itself.
+  void set_indent_folding(pattern ignored);
   void reset() override;
   void disable() override { reset(); }
   /// Forgets what lines say and how far they are indented, but no fold.
   void forget_markers() {
     marks_.clear();
+    depths_.clear();
     forget_pairs();
   }
 
@@ -131,7 +139,7 @@ class view::folding_filter : public switchable_filter {
   void will_replace(text::replacement const& what) override;
   void did_replace(text::replacement const& what) override;
 
-  pattern begin_pattern, end_pattern;
+  pattern begin_pattern, end_pattern, ignored_pattern;
   folding_set foldings;
   /// A fold as it was before a change, and after it; none if the change has opened it.
   struct touched_fold {
@@ -143,9 +151,20 @@ class view::folding_filter : public switchable_filter {
   std::vector<touched_fold> touched;
 
  private:
-  /// What is remembered of a line: its type and indent, packed, or `unknown`.
-  using mark = uint16_t;
-  static constexpr mark unknown = 0xFFFF;
+  /// What is remembered of a line, packed (see folding_blocks.cc), or `unknown`.
+  using mark = uint32_t;
+  static constexpr mark unknown = 0xFFFFFFFF;
+
+  /// A line that opens something, or closes it.
+  struct opening {
+    size_t line;
+    size_t indent;
+    uint32_t kind;      ///< of its bracket; 0 for none
+    bool is_continued;  ///< its indent may be more than that of the line that closes it
+    bool is_block;      ///< else just brackets that are open at its end
+  };
+  class nesting;
+  struct indented;
 
   /// A fold that no other one hides.
   struct outer_fold {
@@ -166,7 +185,20 @@ class view::folding_filter : public switchable_filter {
 
   unit_view units_of(size_t line) const { return view_.storage->line_units(line); }
   text::pos end_of(size_t line) const { return {line, units_of(line).size()}; }
+  mark mark_at(size_t line) const;
+  mark parsed(size_t line) const;
   std::optional<marker_t> marker(size_t line) const;
+  opening opening_at(size_t line) const;
+  /// The start of the block that `line` closes.
+  std::optional<opening> step(nesting& open, size_t line) const;
+  size_t depth(size_t line) const;
+  bool closes_bracket(size_t line) const;
+  bool begins_indented(size_t line) const;
+  bool hides_indentation(size_t line) const;
+  size_t end_of_indented(size_t line) const;
+  std::optional<folding_t> indented_around(size_t line) const;
+  void add_indented(size_t first, size_t last, std::vector<block>& blocks) const;
+  void unfold_those_ending_with(folding_t const& fold);
   std::vector<border>::const_iterator border_at_or_after(size_t line) const;
   bool is_end_of_fold(size_t line) const;
   /// Finds the stops up to `line` that have a start.
@@ -176,7 +208,11 @@ class view::folding_filter : public switchable_filter {
     surveyed_ = false;
     forget_pairs();  // the lines at the ends of folds pair with none
   }
-  bool may_have_stop(marker_t const& start) const;
+  /// The line of the stop of a start, looked for in the lines before `end`; `is_open` is set if
+  /// there may be one after them.
+  std::optional<size_t> stop_of(size_t start, size_t end, bool& is_open) const;
+  bool may_have_stop(size_t start) const;
+  std::optional<folding_t> marked_around(size_t line) const;
   std::optional<folding_t> block_around(size_t line) const;
   std::vector<block> blocks(size_t first, size_t last) const;
   bool crosses_a_fold(folding_t const& fold) const;
@@ -198,13 +234,14 @@ class view::folding_filter : public switchable_filter {
   outer_fold const* last_fold_above(size_t line) const;
 
   text::view& view_;
-  mutable std::vector<mark> marks_;  ///< by line; empty when nothing is known
+  mutable std::vector<mark> marks_;       ///< by line; empty when nothing is known
+  mutable std::vector<uint32_t> depths_;  ///< likewise; see depth()
   /// @name Of the lines before `paired_`
   /// Typing mostly leaves what a line says of folding as it was, and then these stand.
   /// @{
   mutable size_t paired_ = 0;
-  mutable std::vector<bool> has_start_;           ///< of stops
-  mutable std::map<size_t, size_t> open_starts_;  ///< at the end of these lines, by indent
+  mutable std::vector<bool> has_start_;    ///< of stops
+  mutable std::unique_ptr<nesting> open_;  ///< at the end of these lines
   /// @}
   mutable std::vector<outer_fold> outer_;
   mutable std::vector<border> borders_;  ///< of all folds, by line, at most one a line
