@@ -30,6 +30,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
 namespace {
 
@@ -173,6 +174,9 @@ void AppDelegate::applicationDidBecomeActive() {
 
 void AppDelegate::applicationWillResignActive() {
   clips_.save();
+  if (settings::store().boolean("WynSaveOnFocusLoss"))
+    for (std::size_t n = 0; n < controllers_.size(); ++n)
+      if (controllers_[n]->textDocument() != nullptr) controllers_[n]->saveQuietly();
 }
 
 AppDelegate::~AppDelegate() {
@@ -465,6 +469,7 @@ bool AppDelegate::goToLine(std::string const& text) {
 
 void AppDelegate::adopt(std::unique_ptr<WynDocumentController> controller) {
   controllers_.push_back(std::move(controller));
+  documentNameDidChange();
 }
 
 void AppDelegate::didCloseWindow(platform::window_delegate& controller) {
@@ -473,7 +478,17 @@ void AppDelegate::didCloseWindow(platform::window_delegate& controller) {
   if (it == controllers_.end()) return;
   closing_.push_back(std::move(*it));
   controllers_.erase(it);
+  documentNameDidChange();
   releaseClosed();
+}
+
+void AppDelegate::documentNameDidChange() {
+  std::map<std::string, std::size_t> count;
+  for (auto const& each : controllers_)
+    if (each->textDocument() != nullptr) ++count[each->textDocument()->displayName()];
+  for (auto const& each : controllers_)
+    if (auto const& document = each->textDocument())
+      each->showTitle(count[document->displayName()] > 1);
 }
 
 // When nothing waits, since a method of a closed window may still be running further up the stack:

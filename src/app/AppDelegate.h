@@ -70,6 +70,7 @@ class AppDelegate : public platform::application_delegate,
   std::string currentDirectory() const override { return currentDirectory_; }
   std::vector<platform::menu_item> contextMenu() const override;
   void noteRecentFile(std::string const& path) override { recent_.add(path); }
+  void documentNameDidChange() override;
   void didCloseWindow(platform::window_delegate& controller) override;
   void openAsNewDocument(text::text_block const& text) override;
   bool takesOutput(commands::finished_command const& command) override {

@@ -246,6 +246,16 @@ rows files() {
       {"WynPreserveSupplementaryCharacters", boolean(), true, scope::program,
        "Keep Supplementary Characters",
        "Read characters outside of the Basic Multilingual Plane as they are."},
+      {"WynTrimTrailingBlanks", one_of({"never", "kept", "always"}), "never", scope::program,
+       "Trim Trailing Blanks",
+       "Whether saving takes blanks off the ends of lines: `kept` where the file had none when it "
+       "was opened. The line of the caret stays, and text in which they mean something."},
+      {"WynFinalNewline", one_of({"never", "kept", "always"}), "kept", scope::program,
+       "Final Line End",
+       "Whether saving puts a line end after the last line: `kept` where the file had one when it "
+       "was opened."},
+      {"WynSaveOnFocusLoss", boolean(), false, scope::program, "Save When Focus Is Lost",
+       "Save edited files when another program becomes active, where nothing has to be asked."},
       {"WynSaveAtomically", boolean(), false, scope::program, "Save by Replacing",
        "Save by replacing the file instead of overwriting it."},
       {"WynDocumentDisableFSMetaData", boolean_or_list(), false, scope::program,

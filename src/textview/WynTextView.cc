@@ -142,6 +142,7 @@ void WynTextView::attachView() {
   attachTokenizer();
   indentSources_ = {};
   readConventions();
+  noteEndsOfLines();
   changeLanguageToAndLearn(languageChoiceForCurrentFile(), false);
   changeObserver_ = std::make_unique<change_observer>(*this);
   applyOptionsToView();

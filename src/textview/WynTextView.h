@@ -3,6 +3,7 @@
 #include "actions/action_map.h"
 #include "actions/comments.h"
 #include "bundles/item_view.h"
+#include "conventions/declared.h"
 #include "grammar/scope_path.h"
 #include "keys/key_binding_target.h"
 #include "layout/drawn_text.h"
@@ -146,6 +147,9 @@ class WynTextView : public platform::responder,
   void setTabSize(unsigned columns);
   bool softTabs() const { return documentOptions_.softTabs; }
   void setSoftTabs(bool on);
+  /// Takes blanks off the ends of lines and puts a line end after the last one, as the project, a
+  /// modeline or the user's settings say; one step for undo.
+  void tidyBeforeSaving(conventions::declared const& project);
   bool treatsSpacesAsTabs() const final { return documentOptions_.softTabs; }
   /// Whether lines are cut into rows of wrapColumns().
   bool softWrap() const { return documentOptions_.softWrap; }
@@ -406,6 +410,8 @@ class WynTextView : public platform::responder,
   std::string_view rootScope() const { return rootScope_; }
   void initializeSettings();
   void readConventions();
+  void noteEndsOfLines();
+  void trimTrailingBlanks();
   void publishIndentation();
   void documentDefaultsDidChange(plist::value const& note);
   void wrappingDidChange();
@@ -562,6 +568,9 @@ class WynTextView : public platform::responder,
       seenOptions_;  // those of this view, and as last stored
   styles::indent_sources indentSources_;
   styles::indent_origin indentOrigin_;
+  std::optional<bool> modelineFinalNewline_;
+  /// Of the text as it was opened.
+  bool hadTrailingBlanks_ = false, hadFinalNewline_ = false;
   bool overwriteMode_ = false, overwriteDefault_ = false;
   bool smartTyping_ = true, smartTypingDefault_ = true;
   std::string fontName_;

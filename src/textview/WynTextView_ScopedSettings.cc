@@ -2,8 +2,10 @@
 #include "conventions/modelines.h"
 #include "documents/WynDocument.h"
 #include "settings/store.h"
+#include "styles/indent_patterns.h"
 #include "styles/scoped_settings.h"
 #include "styles/wrap_columns.h"
+#include "text/views/folding_filter.h"
 #include "text/views/view.h"
 #include "textview/WynTextView.h"
 #include "textview/view_will_change.h"
@@ -21,6 +23,8 @@ namespace {
 // The note of changes that a view makes for those opened later.
 constexpr char const* for_later_views = "option of a document";
 
+constexpr char const* folding_key = "foldsByIndentation";
+
 // How documents of the language are indented where nothing else says it.
 conventions::indentation custom_of(plist::value const& settings) {
   conventions::indentation result;
@@ -28,6 +32,12 @@ conventions::indentation custom_of(plist::value const& settings) {
   std::int64_t const size = settings["tabSize"].integer_or(0);
   if (size > 0 && size <= settings::max_tab_size) result.indent_size = static_cast<unsigned>(size);
   return result;
+}
+
+// The pattern of lines that don't count; null where indentation makes no blocks.
+text::view::folding_filter::pattern indent_folding_of(plist::value const& settings) {
+  auto found = styles::pattern_of_setting(settings[folding_key].string_or(""), folding_key);
+  return found ? std::make_unique<oniguruma::ptrn_t>(std::move(*found)) : nullptr;
 }
 
 std::string other_title(int column, bool listed) {
@@ -83,6 +93,7 @@ void WynTextView::initializeSettings() {
   indentSources_.bundle = custom_of(scoped);
   indentSources_.style_is_fixed = scoped["softTabsAreFixed"].boolean_or(false);
   indentOrigin_ = styles::apply_sources(indentSources_, documentOptions_);
+  view_->folding_filter->set_indent_folding(indent_folding_of(scoped));
   plist::value const invisibles = scoped["showInvisibles"];
   setScopedShowInvisibles(invisibles ? std::optional(invisibles.integer_or(0) != 0) : std::nullopt);
   applyOptionsToView();
@@ -94,13 +105,71 @@ void WynTextView::initializeSettings() {
 void WynTextView::readConventions() {
   auto& defaults = settings::store();
   auto const& storage = document_->storage();
-  indentSources_.modeline = defaults.boolean("WynFollowModelines")
-                                ? conventions::modeline_of(storage).indentation
-                                : conventions::indentation();
+  auto const modeline = defaults.boolean("WynFollowModelines") ? conventions::modeline_of(storage)
+                                                               : conventions::modeline();
+  indentSources_.modeline = modeline.indentation;
+  modelineFinalNewline_ = modeline.final_newline;
   indentSources_.detection = defaults.boolean("WynDetectIndentation")
                                  ? conventions::detect_indentation(storage)
                                  : conventions::indentation();
   indentSources_.editorconfig = conventions::declared_for(document_->filename()).indentation;
+}
+
+namespace {
+
+std::size_t trailing_blanks(text::unit_view line) {
+  std::size_t const last = line.find_last_not_of(u" \t");
+  return line.size() - (last == line.npos ? 0 : last + 1);
+}
+
+bool wanted(std::optional<bool> declared, char const* key, bool was_so) {
+  if (declared) return *declared;
+  std::string const choice = settings::store().string(key);
+  return choice == "always" || (choice == "kept" && was_so);
+}
+
+}  // namespace
+
+void WynTextView::noteEndsOfLines() {
+  text::storage const& storage = document_->storage();
+  hadFinalNewline_ = !storage.empty() && storage.size(storage.lines() - 1) == 0;
+  hadTrailingBlanks_ = false;
+  if (settings::store().string("WynTrimTrailingBlanks") != "kept") return;
+  for (std::size_t line = 0; line < storage.lines() && !hadTrailingBlanks_; ++line)
+    hadTrailingBlanks_ = trailing_blanks(storage.line_units(line)) != 0;
+}
+
+void WynTextView::tidyBeforeSaving(conventions::declared const& project) {
+  if (view_ == nullptr) return;
+  text::storage& storage = *view_->storage;
+  bool const trims =
+      wanted(project.trim_trailing_blanks, "WynTrimTrailingBlanks", !hadTrailingBlanks_);
+  auto const says = modelineFinalNewline_ ? modelineFinalNewline_ : project.final_newline;
+  bool const ends = wanted(says, "WynFinalNewline", hadFinalNewline_) && !storage.empty() &&
+                    storage.size(storage.lines() - 1) != 0;
+  if (!trims && !ends) return;
+  textview::view_will_change const scope(*this, true);
+  if (trims) trimTrailingBlanks();
+  if (!ends) return;
+  char16_t const newline = u'\n';
+  storage.insert(storage.end(-1), &newline, &newline + 1);
+}
+
+// Where the caret or an end of the selection stands the user may not be done yet.
+void WynTextView::trimTrailingBlanks() {
+  text::storage& storage = *view_->storage;
+  text::selection const& selection = view_->selection;
+  std::size_t const kept[] = {selection.current_mark.base.line, selection.first_mark.base.line,
+                              selection.last_mark.base.line};
+  for (std::size_t line = storage.lines(); line-- > 0;) {
+    text::unit_view const units = storage.line_units(line);
+    std::size_t const blanks = trailing_blanks(units);
+    if (blanks == 0 || std::count(std::begin(kept), std::end(kept), line) != 0) continue;
+    text::iterator const end(line, units.size(), &storage);
+    plist::value const says = stylesForTypingAt(end)["trimTrailingBlanks"];
+    if (says && !says.boolean_or(true)) continue;
+    storage.erase(text::iterator(line, units.size() - blanks, &storage), end);
+  }
 }
 
 void WynTextView::publishIndentation() {

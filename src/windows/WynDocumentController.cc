@@ -1,6 +1,10 @@
 #include "windows/WynDocumentController.h"
 
+#include "conventions/declared.h"
 #include "documents/WynDocument.h"
+#include "documents/printable_name.h"
+#include "documents/save_file.h"
+#include "documents/storage_bytes.h"
 #include "encoding/charset.h"
 #include "encoding/line_ending.h"
 #include "path/path.h"
@@ -8,16 +12,23 @@
 #include "platform/shown_characters.h"
 
 #include <array>
+#include <vector>
 
 namespace {
 
 // The charsets that a user may choose, in the order of the save panel.
-constexpr std::array offered_charsets = {encoding::UTF8,   encoding::UTF16BE,  encoding::UTF16LE,
-                                         encoding::Latin1, encoding::MacRoman, encoding::CP1252,
-                                         encoding::ASCII};
+std::vector<encoding::charset_t> const& offered_charsets() {
+  static auto const& offered = *new std::vector<encoding::charset_t>([] {
+    using namespace encoding;
+    std::vector<charset_t> list = {UTF8, UTF16BE, UTF16LE, Latin1, MacRoman, CP1252, ASCII};
+    for (int charset = Unknown + 1; charset < charsets_end; ++charset)
+      list.push_back(static_cast<charset_t>(charset));
+    return list;
+  }());
+  return offered;
+}
 
-// By line_ending::type, as the status bar shows them.
-// As the menus have them.
+// By line_ending::type, as the menus have them.
 constexpr std::array line_ending_labels = {"LF (Unix)", "CR (Classic)", "CR LF (Windows)"};
 
 using platform::quoted;
@@ -66,6 +77,7 @@ void WynDocumentController::addEncodingMethods() {
     auto const charset = encoding::charset_of_number(sender.integer_or(encoding::UTF8));
     if (!charset) return plist::value(false);
     document_->setFileEncoding(*charset);
+    charsetIsChosen_ = true;
     publishDocument();
     return plist::value();
   });
@@ -76,6 +88,7 @@ void WynDocumentController::addEncodingMethods() {
     auto const ending = sender.integer_or(line_ending::LF);
     if (ending < line_ending::LF || ending > line_ending::CRLF) return plist::value(false);
     document_->setLineEnding(static_cast<line_ending::type>(ending));
+    lineEndingIsChosen_ = true;
     publishDocument();
     return plist::value();
   });
@@ -84,6 +97,7 @@ void WynDocumentController::addEncodingMethods() {
   });
   addMethod("toggleByteOrderMark:", [this](plist::value const&) {
     document_->setByteOrderMark(!document_->byteOrderMark());
+    markIsChosen_ = true;
     return plist::value();
   });
   addMethod("canToggleByteOrderMark", [this](plist::value const&) {
@@ -107,17 +121,32 @@ void WynDocumentController::setTextDocument(std::shared_ptr<WynDocument> documen
   fileToken_ = center.observe(
       WynDocument::fileDidChange, [this](auto const&) { checkForFilesystemChanges(); },
       document_.get());
+  lineEndingIsChosen_ = markIsChosen_ = charsetIsChosen_ = false;
   textView_.setDocument(document_);
   documentDidChange();
 }
 
 void WynDocumentController::documentDidChange() {
   bool const gone = document_->fileIsGone();
-  window_->set_title(document_->displayName() + (gone ? " (deleted)" : ""));
-  window_->update_value("fileState", gone ? "File Deleted" : "");
+  bool const read_only = !gone && documents::is_read_only(document_->filename());
+  showTitle(titleHasFolder_);
+  owner_.documentNameDidChange();
+  window_->update_value("fileState", gone ? "File Deleted" : read_only ? "Read-Only" : "");
   window_->set_represented_filename(document_->filename());
   window_->set_document_edited(document_->isDocumentEdited());
   publishDocument();
+}
+
+void WynDocumentController::showTitle(bool with_folder) {
+  titleHasFolder_ = with_folder;
+  std::string title = document_->displayName();
+  std::string const& file = document_->filename();
+  if (with_folder && !file.empty())
+    title += " (" + documents::printable_name(path::parent(file)) + ")";
+  if (document_->fileIsGone()) title += " (deleted)";
+  if (title == shownTitle_) return;
+  shownTitle_ = title;
+  window_->set_title(title);
 }
 
 void WynDocumentController::publishDocument() {
@@ -168,8 +197,32 @@ bool WynDocumentController::askToSave() {
   }
 }
 
+// What is edited is written as the project wants it, but for what the user has chosen here. A
+// charset that text has been read in stays; ASCII and a file that isn't there yet have none.
+void WynDocumentController::followProject() {
+  if (!document_->isDocumentEdited()) return;
+  auto const project = conventions::declared_for(document_->filename());
+  if (project.line_ending && !lineEndingIsChosen_) document_->setLineEnding(*project.line_ending);
+  bool const has_charset =
+      document_->fileModificationDate() && document_->fileEncoding() != encoding::ASCII;
+  if (project.charset && !has_charset && !charsetIsChosen_)
+    document_->setFileEncoding(*project.charset);
+  bool const has_mark = document_->fileEncoding() == encoding::UTF8 && !markIsChosen_;
+  if (project.byte_order_mark && has_mark) document_->setByteOrderMark(*project.byte_order_mark);
+  textView_.tidyBeforeSaving(project);
+}
+
+bool WynDocumentController::saveQuietly() {
+  bool const asks = document_->filename().empty() || document_->fileIsGone() ||
+                    documents::is_read_only(document_->filename()) ||
+                    !documents::can_be_encoded(document_->storage(), document_->fileEncoding());
+  if (asks || !document_->isDocumentEdited()) return false;
+  return document_->writeToFile(document_->filename());
+}
+
 bool WynDocumentController::saveDocument() {
   if (document_->filename().empty()) return saveDocumentAs();
+  followProject();
   return document_->writeToFile(document_->filename());
 }
 
@@ -179,9 +232,9 @@ bool WynDocumentController::saveDocumentAs() {
   std::string const old = document_->filename();
   request.directory = old.empty() ? owner_.currentDirectory() : path::parent(old);
   request.name = old.empty() ? document_->displayName() + ".txt" : path::name(old);
-  for (std::size_t n = 0; n < offered_charsets.size(); ++n) {
-    request.encodings.push_back(encoding::charset_title[offered_charsets[n]]);
-    if (offered_charsets[n] == document_->fileEncoding()) request.encoding = n;
+  for (std::size_t n = 0; n < offered_charsets().size(); ++n) {
+    request.encodings.push_back(encoding::charset_title[offered_charsets()[n]]);
+    if (offered_charsets()[n] == document_->fileEncoding()) request.encoding = n;
   }
   for (auto const* name : line_ending_labels) request.line_endings.push_back(name);
   request.line_ending = static_cast<std::size_t>(document_->lineEnding());
@@ -190,7 +243,7 @@ bool WynDocumentController::saveDocumentAs() {
   if (!answer) return false;
   auto const old_encoding = document_->fileEncoding();
   auto const old_ending = document_->lineEnding();
-  document_->setFileEncoding(offered_charsets[answer->encoding]);
+  document_->setFileEncoding(offered_charsets()[answer->encoding]);
   document_->setLineEnding(static_cast<line_ending::type>(answer->line_ending));
   if (!document_->writeToFile(answer->path)) {
     document_->setFileEncoding(old_encoding);

@@ -34,6 +34,10 @@ class WynDocumentController : public platform::window_delegate, public commands:
   /// False when it was cancelled or failed; the user has seen an alert.
   bool saveDocument();
   bool saveDocumentAs();
+  /// Saves what is edited if nothing has to be asked for that.
+  bool saveQuietly();
+  /// The name of the document, with that of its folder where other windows have the same.
+  void showTitle(bool with_folder);
 
   // platform::window_delegate
   bool windowShouldClose() override { return askToSave(); }
@@ -48,6 +52,7 @@ class WynDocumentController : public platform::window_delegate, public commands:
 
  private:
   void addFileMethods();
+  void followProject();
   void addEncodingMethods();
   bool revertDocument();
   bool reopenWithEncoding(std::int64_t charset);
@@ -61,5 +66,8 @@ class WynDocumentController : public platform::window_delegate, public commands:
   std::shared_ptr<WynDocument> document_;
   std::unique_ptr<platform::window> window_;
   platform::notification_center::token nameToken_, editedToken_, fileToken_;
+  std::string shownTitle_;
+  bool titleHasFolder_ = false;
+  bool lineEndingIsChosen_ = false, markIsChosen_ = false, charsetIsChosen_ = false;
   std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };

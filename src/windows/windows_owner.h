@@ -22,6 +22,8 @@ class windows_owner {
   virtual std::vector<platform::menu_item> contextMenu() const = 0;
   /// A file has been opened or got this name.
   virtual void noteRecentFile(std::string const& path) = 0;
+  /// Windows of documents with the same name show their folders: calls their showTitle().
+  virtual void documentNameDidChange() = 0;
   /// A window for a text that has no file.
   virtual void openAsNewDocument(text::text_block const& text) = 0;
   /// Whether it takes what a command has written, so that no text does.

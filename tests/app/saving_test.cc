@@ -86,6 +86,57 @@ TEST_F(saving, a_file_that_vanished_or_changed_its_kind_loses_no_text) {
   EXPECT_EQ(windows(), titles({"*a"}));
 }
 
+TEST_F(saving, an_edited_file_is_written_as_its_project_wants) {
+  folder.write(".editorconfig",
+               "root = true\n[*]\nend_of_line = crlf\ncharset = utf-8-bom\n"
+               "insert_final_newline = true\ntrim_trailing_whitespace = true\n");
+  auto const saved = [&](std::string const& name, std::string const& bytes, bool edits,
+                         bool chooses) {
+    WynDocumentController& controller = open(name, bytes);
+    if (edits) type(controller, u"y");
+    if (chooses) {
+      controller.textView().tryToPerformWith("toggleByteOrderMark:", {});
+      controller.textView().tryToPerformWith("toggleByteOrderMark:", {});
+      controller.textView().tryToPerformWith("takeLineEndingFrom:", 0);
+    }
+    perform(controller, "saveDocument:");
+    return folder.read(folder / name);
+  };
+  EXPECT_EQ(saved("same", "x\na ", false, false), "x\na ");
+  EXPECT_EQ(saved("ascii", "x\na ", true, false), "\xEF\xBB\xBFyx\r\na\r\n");
+  EXPECT_EQ(saved("latin", "\xE9\n", true, false), "y\xE9\r\n");
+  EXPECT_EQ(saved("chosen", "\xC3\xA9\n", true, true), "y\xC3\xA9\n");
+  EXPECT_EQ(alerts(), titles({}));
+}
+
+TEST_F(saving, files_are_saved_when_another_program_gets_the_focus) {
+  WynDocumentController &a = open("a", "x"), &locked = open("locked", "x");
+  type(a, u"y");
+  type(locked, u"y");
+  std::filesystem::permissions(folder / "locked", std::filesystem::perms::owner_read);
+  app().applicationWillResignActive();
+  EXPECT_EQ(folder.read(folder / "a"), "x");
+  defaults().set("WynSaveOnFocusLoss", true);
+  app().applicationWillResignActive();
+  EXPECT_EQ(folder.read(folder / "a"), "yx");
+  EXPECT_EQ(windows(), titles({"*locked", "a"}));
+  EXPECT_EQ(alerts(), titles({}));
+}
+
+TEST_F(saving, titles_tell_files_of_one_name_apart) {
+  for (char const* name : {"one", "two"}) std::filesystem::create_directory(folder / name);
+  WynDocumentController& first = open("one/a", "x");
+  EXPECT_EQ(windows(), titles({"a"}));
+  WynDocumentController& second = open("two/a", "x");
+  EXPECT_EQ(windows(), titles({"a (two)", "a (one)"}));
+  std::filesystem::permissions(folder / "two/a", std::filesystem::perms::owner_read);
+  answer_panel("b");
+  perform(first, "saveDocumentAs:");
+  EXPECT_EQ(windows(), titles({"a", "b"}));
+  type(second, u"y");
+  EXPECT_EQ(window_of(second).values["fileState"].string_or(""), "Read-Only");
+}
+
 TEST_F(saving, closing_asks_only_about_unsaved_changes) {
   perform(open("a", "x"), "performClose:");
   EXPECT_EQ(alerts(), titles());

@@ -2,8 +2,11 @@
 #include <thread>
 
 #include "bundles/BundleManager.h"
+#include "conventions/declared.h"
 #include "grammar/tokenize_filter.h"
 #include "path/temporary_folder.h"
+#include "platform/utf.h"
+#include "source_tree.h"
 #include "styles/WynThemeManager.h"
 #include "styles/scope_report.h"
 #include "styles/scoped_settings.h"
@@ -12,6 +15,8 @@
 
 // Views on files of languages that ship.
 namespace {
+
+using line_type = text::view::folding_filter::line_type;
 
 class language : public shown_view_test {
  protected:
@@ -218,6 +223,133 @@ TEST_F(language, keeps_its_own_tab_size) {
   EXPECT_EQ(c.tabSize(), 7u);
   c.changeLanguageToAndLearn(uuid_of("Python"), false);
   EXPECT_EQ(c.tabSize(), 5u);
+}
+
+TEST_F(language, blocks_end_where_they_are_closed) {
+  shown_view shown("|", file("a.cc", ""));
+  auto& filter = *shown.view.view()->folding_filter;
+  auto const line = [&](std::size_t n) {
+    return marked_text::utf8(std::u16string(shown.view.view()->storage->line_units(n)));
+  };
+  auto const load = [&](std::string const& text) {
+    filter.reset();
+    text::storage& storage = *shown.view.view()->storage;
+    textview::view_will_change const scope(shown.view, true);
+    storage.clear();
+    std::u16string const units = unicode::to_utf16(text);
+    storage.insert(storage.end(-1), units.begin(), units.end());
+  };
+  /// The last line of the block that begins there.
+  auto const end_of = [&](std::size_t first) -> std::size_t {
+    if (!filter.fold_if_possible(first, false)) return 0;
+    auto const found = *filter.foldings.begin();
+    filter.unfold_level(0);
+    return found.first == first ? found.last : 0;
+  };
+  // Namespaces of our own sources name themselves at their ends.
+  std::size_t namespaces = 0, constructors = 0;
+  for (auto const& entry : std::filesystem::recursive_directory_iterator(source_file("src"))) {
+    if (entry.path().extension() != ".cc") continue;
+    load(temporary_folder::read(entry.path().string()));
+    for (std::size_t n = 0; n < shown.view.view()->storage->lines(); ++n) {
+      std::string const text = line(n);
+      if (text.starts_with("namespace ") && text.ends_with(" {")) {
+        std::string const name = text.substr(0, text.size() - 2);
+        EXPECT_EQ(line(end_of(n)), "}  // " + name) << entry.path() << ":" << n + 1;
+        ++namespaces;
+      } else if (text.starts_with("      ") && text.ends_with(") {") &&
+                 line(n - 1).starts_with("    : ")) {
+        EXPECT_EQ(line(end_of(n)), "}") << entry.path() << ":" << n + 1;
+        ++constructors;
+      }
+    }
+  }
+  EXPECT_GT(namespaces, 300u);
+  EXPECT_GT(constructors, 10u);
+
+  shown.view.changeLanguageToAndLearn(uuid_of("Python"), false);
+  auto const indent = [](std::string const& text) {
+    std::size_t const at = text.find_first_not_of(' ');
+    return at == text.npos || text[at] == '#' ? text.npos : at;
+  };
+  for (auto const& entry : std::filesystem::directory_iterator("/usr/lib/python3.11")) {
+    if (entry.path().extension() != ".py" || entry.file_size() > 30000) continue;
+    std::string const text = temporary_folder::read(entry.path().string());
+    auto const has = [&](char const* what) { return text.find(what) != text.npos; };
+    if (has("\"\"\"") || has("'''") || has("\\\n") || has("\t")) continue;
+    load(text);
+    for (std::size_t n = 0; n < shown.view.view()->storage->lines(); ++n) {
+      std::string const head = line(n);
+      if (head.find("def ") != indent(head) || !head.ends_with(":")) continue;
+      std::size_t last = n;
+      for (std::size_t at = n + 1; at < shown.view.view()->storage->lines(); ++at) {
+        if (indent(line(at)) == std::string::npos) continue;
+        if (indent(line(at)) <= indent(head)) break;
+        last = at;
+      }
+      EXPECT_EQ(end_of(n), last) << entry.path() << ":" << n + 1;
+    }
+  }
+
+  struct row {
+    char const *language, *text;
+    std::vector<std::size_t> ends;  // of the blocks by their first lines; 0 for none
+  };
+  for (row const& of :
+       {row{"Python",
+            "class A:\n  def f(\n      a,\n  ):\n    x = [\n  1,\n    ]\n\n    # y\n"
+            "  b\nc",
+            {9, 6, 0, 6, 6, 0, 0, 0, 0, 0, 0}},
+        row{"Python",
+            "def f():\n  '''a\nb\n  '''\n  return 1\n\n\ndef g():\n  pass\n",
+            {4, 3, 0, 0, 0, 0, 0, 8, 0, 0}},
+        row{"YAML", "a:\n- b: 1\n  c:\n    d\n- e\n# x\nf: g\n", {4, 3, 3, 0, 0, 0, 0}}}) {
+    shown.view.changeLanguageToAndLearn(uuid_of(of.language), false);
+    load(of.text);
+    std::vector<std::size_t> ends;
+    for (std::size_t n = 0; n < of.ends.size(); ++n)
+      ends.push_back(filter.folding_type(n) == line_type::start ? end_of(n) : 0);
+    EXPECT_EQ(ends, of.ends) << of.text;
+  }
+  // What ends with a folded block takes it over.
+  ASSERT_TRUE(filter.fold_if_possible(2, false));
+  ASSERT_TRUE(filter.fold_if_possible(1, false));
+  EXPECT_EQ(filter.foldings.size(), 1u);
+  filter.unfold_level(0);
+  ASSERT_TRUE(filter.fold_level(0));
+  EXPECT_EQ(shown.view.view()->lines(), 4u);
+}
+
+TEST_F(language, blanks_at_the_ends_of_lines_go_when_they_mean_nothing) {
+  struct row {
+    char const *name, *project, *text, *saved;
+  };
+  char const* const tidy = "trim_trailing_whitespace = true\ninsert_final_newline = true\n";
+  for (row const& of :
+       {row{"a.c", tidy, "a; \n\t\nb;  ", "a;\n\nb;\n"}, row{"a.c", "", "a; \nb;", "a; \nb;"},
+        row{"a.c", "", "a; \nb;\n", "a; \nb;\n"},
+        row{"a.py", tidy, "a = '''x  \n'''  \n", "a = '''x  \n'''\n"},
+        row{"a.md", tidy, "a  \nb", "a  \nb\n"},
+        // A modeline comes first.
+        row{"b.c", tidy, "// vim: nofixeol", "// vim: nofixeol"}}) {
+    folder_.write(".editorconfig", std::string("root = true\n[*]\n") + of.project);
+    // The caret stands in a line before, as its own is left alone.
+    shown_view shown("|", file(of.name, std::string("\n") + of.text));
+    shown.set(std::string("|\n") + of.text);
+    shown.view.tidyBeforeSaving(conventions::declared_for(shown.view.document()->filename()));
+    EXPECT_EQ(shown.text(), std::string("\n") + of.saved) << of.name << of.text;
+  }
+  folder_.write(".editorconfig", "root = true\n");
+  for (bool const had : {false, true}) {
+    settings::store().set("WynTrimTrailingBlanks", "kept");
+    shown_view shown("|", file(had ? "had.c" : "none.c", had ? "a;\nb;\n" : "a; \nb;"));
+    shown.set("|\na; \nb;");
+    shown.view.tidyBeforeSaving({});
+    EXPECT_EQ(shown.text(), had ? "\na;\nb;\n" : "\na; \nb;");
+    if (!had) continue;
+    shown.perform("undo:");
+    EXPECT_EQ(shown.text(), "\na; \nb;");
+  }
 }
 
 // What says less stays in force where what says more is silent: each row takes one source away.

@@ -103,6 +103,8 @@ key_types const& setting_keys() {
                                  {"tabSize", number},
                                  {"softTabs", number},
                                  {"softTabsAreFixed", number},
+                                 {"trimTrailingBlanks", number},
+                                 {"foldsByIndentation", pattern},
                                  {"smartTypingPairs", pairs},
                                  {"smartTypingPairsEndWithLine", number},
                                  {"quotePrefixPattern", pattern},
