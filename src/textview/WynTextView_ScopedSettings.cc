@@ -1,6 +1,7 @@
 #include "conventions/declared.h"
 #include "conventions/modelines.h"
 #include "documents/WynDocument.h"
+#include "grammar/tokenize_filter.h"
 #include "settings/store.h"
 #include "styles/indent_patterns.h"
 #include "styles/scoped_settings.h"
@@ -158,6 +159,11 @@ void WynTextView::tidyBeforeSaving(conventions::declared const& project) {
 // Where the caret or an end of the selection stands the user may not be done yet.
 void WynTextView::trimTrailingBlanks() {
   text::storage& storage = *view_->storage;
+  // Without the scopes it isn't known where blanks mean something.
+  if (tokenizer_ != nullptr) {
+    tokenizer_->start();
+    if (!tokenizer_->wait_for(storage.lines())) return;
+  }
   text::selection const& selection = view_->selection;
   std::size_t const kept[] = {selection.current_mark.base.line, selection.first_mark.base.line,
                               selection.last_mark.base.line};

@@ -1,6 +1,7 @@
 // What lines say about folding, and which of them pair.
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "text/tab_width.h"
 #include "text/views/folding_filter.h"
@@ -18,11 +19,13 @@ constexpr size_t longest_line = 4096;  // units; brackets after these don't coun
 
 // A mark: the line's type in two bits, and these.
 constexpr uint32_t type_mask = 3, kind_shift = 2, kind_mask = 3;
-constexpr uint32_t is_continued_bit = 1 << 4;                // it doesn't begin a statement
-constexpr uint32_t leaves_open_bit = 1 << 5;                 // the next line continues it
-constexpr uint32_t opens_bit = 1 << 6, closes_bit = 1 << 7;  // braces, in a line of no type
-constexpr unsigned indent_shift = 8;
-constexpr size_t widest_indent = (1u << 24) - 2;
+constexpr uint32_t is_continued_bit = 1 << 4;  // it doesn't begin a statement
+constexpr uint32_t leaves_open_bit = 1 << 5;   // the next line continues it
+// Braces that are open at the line's end, or were before it, beside the block of a start or stop.
+constexpr uint32_t opens_bit = 1 << 6, closes_bit = 1 << 7;
+constexpr unsigned count_shift = 8, indent_shift = 12;
+constexpr uint32_t most_braces = 15;
+constexpr size_t widest_indent = (1u << 20) - 2;
 
 constexpr uint32_t brace = 1;
 
@@ -116,11 +119,16 @@ class view::folding_filter::nesting {
   /// Removes what a stop closes, and what has been left open inside.
   std::optional<opening> close(opening const& stop) {
     size_t const least = open_.size() - std::min(open_.size(), most_open_looked_at);
+    bool passed = false;
     for (size_t at = open_.size(); at-- > least;) {
       opening const found = open_[at];
-      bool const fits =
-          found.indent == stop.indent || (found.is_continued && found.indent > stop.indent);
-      if (found.kind != stop.kind || !fits) continue;
+      if (found.kind != stop.kind) continue;
+      // That of the innermost block alone may be indented in another way.
+      bool const is_continued = found.is_continued && found.indent > stop.indent && !passed;
+      if (found.indent != stop.indent && !(found.is_block && is_continued)) {
+        passed = passed || found.is_block;
+        continue;
+      }
       open_.resize(at);
       return found;
     }
@@ -156,15 +164,18 @@ view::folding_filter::line_type view::folding_filter::parse_line(size_t line) co
 view::folding_filter::mark view::folding_filter::parsed(size_t line) const {
   line_type const type = parse_line(line);
   unit_view const units = units_of(line), text = without_blanks(units);
-  int const braces = type == line_type::none ? open_braces(text) : 0;
+  uint32_t kind = 0;
+  if (type == line_type::start) kind = kind_of_start(text);
+  if (type == line_type::stop) kind = text.empty() ? 0 : kind_of_closing(text.front());
+  int braces = open_braces(text);
+  if (kind == brace) braces -= type == line_type::start ? 1 : -1;
   mark result = static_cast<mark>(type);
   if (leaves_open(text)) result |= leaves_open_bit;
   if (type == line_type::none && braces == 0) return result;
-  uint32_t kind = brace;
-  if (type == line_type::start) kind = kind_of_start(text);
-  if (type == line_type::stop) kind = text.empty() ? 0 : kind_of_closing(text.front());
+  if (type == line_type::none) kind = brace;
   if (is_continuation(text)) result |= is_continued_bit;
   if (braces != 0) result |= braces > 0 ? opens_bit : closes_bit;
+  result |= std::min(static_cast<uint32_t>(std::abs(braces)), most_braces) << count_shift;
   size_t const indent = indent_width(units, tab_stops(view_.tab_size));
   return result | kind << kind_shift |
          static_cast<mark>(std::min(indent, widest_indent)) << indent_shift;
@@ -199,15 +210,19 @@ std::optional<view::folding_filter::opening> view::folding_filter::step(nesting&
                                                                         size_t line) const {
   mark const known = mark_at(line);
   auto const type = static_cast<line_type>(known & type_mask);
-  if (type == line_type::start || (known & opens_bit) != 0) {
-    open.open(opening_at(line));
-  } else if ((known & closes_bit) != 0) {
-    open.close_brace();
-  } else if (type == line_type::stop) {
-    auto const found = open.close(opening_at(line));
-    if (found && found->is_block) return found;
+  uint32_t const braces = known >> count_shift & most_braces;
+  std::optional<opening> found;
+  if (type == line_type::stop) found = open.close(opening_at(line));
+  if ((known & opens_bit) != 0) {
+    opening const inside{line, known >> indent_shift, brace, false, false};
+    for (uint32_t n = 0; n < braces; ++n) open.open(inside);
+  } else {
+    for (uint32_t n = 0; n < braces; ++n) open.close_brace();
+    // What begins so far to the right is aligned with what the block is an argument of.
+    if (type == line_type::stop && !found && braces != 0) open.close_brace();
   }
-  return std::nullopt;
+  if (type == line_type::start) open.open(opening_at(line));
+  return found && found->is_block ? found : std::nullopt;
 }
 
 /// After an edit: `line` has changed, the `lines_after` have gone, `added` ones are new.
