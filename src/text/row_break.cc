@@ -13,11 +13,11 @@ namespace {
 /// cluster that was counted it is the end of the first.
 size_t unit_beyond(unit_view line, row_start start, size_t width, size_t tab_size) {
   size_t const first = std::min(start.unit, line.size());
-  size_t counted = first, column = 0;
+  size_t counted = first, column = start.column;
   if (start.hard && first != line.size()) {
     counted = next_cluster(line, first);
     size_t const cells = cell_width(line.substr(first, counted - first));
-    column = std::max<size_t>(cells, 1) - 1;
+    column += std::max<size_t>(cells, 1) - 1;
   }
   // Most clusters take a column at least, so most often no more of the line is looked at.
   size_t at = counted;
@@ -48,8 +48,8 @@ std::optional<row_break> find_row_break(unit_view line, row_start start, size_t 
   while (beyond < line.size() && is_lone_blank(line, beyond)) ++beyond;
   if (beyond == line.size()) return std::nullopt;
   for (size_t at = beyond - 1; at > start.unit; --at)
-    if (is_lone_blank(line, at)) return row_break{at, {at + 1, false}};
-  return row_break{previous_cluster(line, beyond), {beyond, true}};
+    if (is_lone_blank(line, at)) return row_break{at, {at + 1, false, start.column}};
+  return row_break{previous_cluster(line, beyond), {beyond, true, start.column}};
 }
 
 }  // namespace text

@@ -22,9 +22,20 @@ void PrintTo(row const& r, std::ostream* out) {
   *out << r.line << ":" << r.first << "-" << r.last;
 }
 
+/// Where rows begin that continue a line.
+size_t indent_of(text::unit_view units, text::view const& view) {
+  if (!view.wraps_indented) return 0;
+  size_t const blanks = std::min(units.find_first_not_of(u" \t"), units.size());
+  size_t column = 0;
+  for (char16_t const unit : units.substr(0, blanks))
+    column += unit == u'\t' ? view.tab_size - column % view.tab_size : 1;
+  return std::min<size_t>(column, view.screen_width / 2);
+}
+
 /// Wraps a line cluster by cluster, as one says how it is done.
-void wrap_line(text::unit_view units, size_t line, size_t width, size_t tab_size,
-               std::vector<row>& out) {
+void wrap_line(text::view const& view, size_t line, std::vector<row>& out) {
+  text::unit_view const units = view.storage->line_units(line);
+  size_t const tab_size = view.tab_size, indent = indent_of(units, view);
   struct character {
     size_t first, cells;
     bool is_tab, is_blank;
@@ -38,12 +49,12 @@ void wrap_line(text::unit_view units, size_t line, size_t width, size_t tab_size
     at = cluster.end;
   }
   auto const first_of = [&](size_t i) { return i < all.size() ? all[i].first : units.size(); };
-  width = std::max<size_t>(width, 1);
+  size_t const width = std::max<size_t>(view.screen_width, 1);
   size_t start = 0;
   bool cut = false;
   while (true) {
     // Up to the first character that isn't blank and reaches beyond the width.
-    size_t column = 0, at = start, blank = start;
+    size_t column = start == 0 ? 0 : indent, at = start, blank = start;
     for (; at < all.size(); ++at) {
       character const& c = all[at];
       size_t const cells = c.is_tab ? tab_size - column % tab_size : c.cells;
@@ -93,8 +104,7 @@ class soft_wrap : public testing::Test {
   }
   std::vector<row> rows_from_scratch() {
     std::vector<row> result;
-    for (size_t line = 0; line < storage.lines(); ++line)
-      wrap_line(storage.line_units(line), line, view.screen_width, view.tab_size, result);
+    for (size_t line = 0; line < storage.lines(); ++line) wrap_line(view, line, result);
     return result;
   }
 
@@ -143,6 +153,22 @@ TEST_F(soft_wrap, tabs_of_a_row_are_measured_from_its_start) {
   EXPECT_EQ(iter_from_view_pos(&view, {1, 2}, freehanded_t::on), at(0, 11, 1));
 }
 
+TEST_F(soft_wrap, rows_may_begin_below_the_text_of_their_line) {
+  view.set_wraps_indented(true);
+  wrap("    aaa bbb ccc\n\tdd ee ff gg", 10);
+  EXPECT_EQ(rows_as_text(),
+            (std::vector<std::string>{"    aaa", "bbb", "ccc", "\tdd ee", "ff gg"}));
+  EXPECT_EQ(view.column_in_view(at(0, 12)), 4u);
+  EXPECT_EQ(iter_from_view_pos(&view, {1, 0}, freehanded_t::off), at(0, 8));
+  EXPECT_EQ(iter_from_view_pos(&view, {1, 6}, freehanded_t::off), at(0, 10));
+  // Not beyond the middle of the screen.
+  wrap("          aaa bb cc", 10);
+  EXPECT_EQ(rows_as_text(), (std::vector<std::string>{"         ", "aaa", "bb cc"}));
+  EXPECT_EQ(view.column_in_view(at(0, 10)), 5u);
+  view.set_wraps_indented(false);
+  EXPECT_EQ(rows(), rows_from_scratch());
+}
+
 /// Fewer kinds of text meet more of the places where a break can move.
 std::u16string_view const alphabets[] = {u"abc  ", u"aaaaaaa b\t", u"a \n", u"abcdef\t\n   ", u"a"};
 
@@ -152,16 +178,42 @@ std::u16string random_units(random_source& random, unsigned seed, size_t length)
                        : random.text(length, alphabets[seed % std::size(alphabets)]);
 }
 
+/// Each row as it is drawn, with the cluster at which it is broken.
+std::vector<std::u16string> drawn_rows(text::view const& view) {
+  std::vector<std::u16string> result;
+  for (size_t row = 0; row < view.lines(); ++row) {
+    text::iterator const first = view.begin(row).base;
+    text::iterator const next = row + 1 < view.lines() ? view.begin(row + 1).base : first;
+    bool const is_broken = next.line == first.line && next != first;
+    size_t const last = is_broken ? next.column : first.column + view.size(row);
+    result.emplace_back(view.column_in_view(view.begin(row)), u'>');
+    result.back() += view.storage->line_units(first.line).substr(first.column, last - first.column);
+  }
+  return result;
+}
+
+/// Rows that weren't asked to be drawn again are those from before.
+void check_refreshed(text::view const& view, std::vector<std::u16string> const& before) {
+  std::vector<std::u16string> const after = drawn_rows(view);
+  for (size_t row = 0; row < std::max(before.size(), after.size()); ++row) {
+    if (view.first_refresh_line <= row && row < view.last_refresh_line) continue;
+    ASSERT_LT(row, std::min(before.size(), after.size()));
+    ASSERT_EQ(after[row], before[row])
+        << "row " << row << " of those not from " << view.first_refresh_line << " to "
+        << view.last_refresh_line;
+  }
+}
+
 void check_random_edits(unsigned seed, text::view& view) {
   random_source random(seed);
   text::storage& storage = *view.storage;
   view.set_tab_size(static_cast<unsigned>(1 + random.below(5)));
   view.set_screen_width(static_cast<unsigned>(1 + random.below(12)));
+  view.set_wraps_indented(seed % 2 == 0);
   view.set_soft_wrap(true);
   auto const check = [&](int step) {
     std::vector<row> expected, found;
-    for (size_t line = 0; line < storage.lines(); ++line)
-      wrap_line(storage.line_units(line), line, view.screen_width, view.tab_size, expected);
+    for (size_t line = 0; line < storage.lines(); ++line) wrap_line(view, line, expected);
     for (auto const& range : view.soft_wrap_filter->ranges)
       found.push_back({range.line, range.first, range.last});
     ASSERT_EQ(found, expected) << "step " << step << " width " << view.screen_width << " tab "
@@ -169,6 +221,9 @@ void check_random_edits(unsigned seed, text::view& view) {
                                << testing::PrintToString(marked_text::units_of(storage));
   };
   for (int step = 0; step < 60; ++step) {
+    std::vector<std::u16string> const before = drawn_rows(view);
+    view.first_refresh_line = std::numeric_limits<uint32_t>::max();
+    view.last_refresh_line = 0;
     size_t const line = random.below(storage.lines());
     // Between code points, as who edits has it.
     auto const place = [&](size_t at_line) {
@@ -179,6 +234,7 @@ void check_random_edits(unsigned seed, text::view& view) {
     text::iterator const first = place(line);
     if (random.one_in(12)) {
       view.set_screen_width(static_cast<unsigned>(1 + random.below(12)));
+      view.refresh_lines(0, std::numeric_limits<uint32_t>::max());
     } else if (random.one_in(8)) {
       if (view.can_undo()) storage.undo_manager.undo();
     } else if (random.one_in(3)) {
@@ -193,6 +249,8 @@ void check_random_edits(unsigned seed, text::view& view) {
       storage.insert(first, units.begin(), units.end());
     }
     ASSERT_NO_FATAL_FAILURE(check(step));
+    SCOPED_TRACE("step " + std::to_string(step));
+    ASSERT_NO_FATAL_FAILURE(check_refreshed(view, before));
   }
 }
 
@@ -210,6 +268,7 @@ TEST_F(soft_wrap, positions_and_rows_agree) {
   for (unsigned seed = 1; seed <= 20; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     random_source random(seed);
+    view.set_wraps_indented(seed % 2 == 0);
     wrap(marked_text::utf8(random.text(200, u"abcd \t\n")), 7, 3);
     for (size_t line = 0; line < storage.lines(); ++line) {
       for (size_t column = 0; column <= storage.size(line); ++column) {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "text/cluster.h"
+#include "text/tab_width.h"
 
 namespace text {
 
@@ -11,6 +12,7 @@ namespace text {
 /// been replaced by what now stands from `first` up to `new_last`.
 struct view::soft_wrap_filter::edit {
   text::pos first, old_last, new_last;
+  size_t old_indent;  ///< of rows that continued the line of `first`
 
   size_t lines_added() const { return size_t{new_last.line} - old_last.line; }
   size_t units_added() const { return size_t{new_last.column} - old_last.column; }
@@ -64,6 +66,26 @@ unit_view view::soft_wrap_filter::units_of(size_t line) const {
   return view_.storage->line_units(at.line).substr(at.column);
 }
 
+/// The column at which rows begin that continue a line, which may be given in two parts.
+size_t view::soft_wrap_filter::indent_of(unit_view line, unit_view rest) const {
+  if (!view_.wraps_indented) return 0;
+  size_t const most = view_.screen_width / 2;
+  size_t column = 0;
+  for (unit_view const part : {line, rest}) {
+    for (char_t const unit : part) {
+      if (!is_blank(unit) || column >= most) return std::min(column, most);
+      column += unit == u'\t' ? tab_width(column, tab_stops(view_.tab_size)) : 1;
+    }
+  }
+  return std::min(column, most);
+}
+
+/// Whether nothing but blanks stands before a position, as far as that matters.
+bool view::soft_wrap_filter::may_change_indent(text::pos const& at) const {
+  unit_view const before = units_of(at.line).substr(0, at.column);
+  return before.substr(0, view_.screen_width).find_first_not_of(u" \t") == unit_view::npos;
+}
+
 /// The start of a row with unchanged text before it.
 row_start view::soft_wrap_filter::start_of(size_t row) const {
   line_range const& range = ranges[row];
@@ -72,7 +94,7 @@ row_start view::soft_wrap_filter::start_of(size_t row) const {
   // A soft break is at white space with something of the row before it.
   bool const hard =
       above.first == above.last || !is_lone_blank(units_of(range.line), range.first - 1);
-  return {range.first, hard};
+  return {range.first, hard, indent_of(units_of(range.line))};
 }
 
 void view::soft_wrap_filter::reset() {
@@ -89,9 +111,11 @@ void view::soft_wrap_filter::add_row(size_t line, row_start start, size_t last, 
 
 void view::soft_wrap_filter::wrap_line(size_t line, row_start start, line_ranges& out) const {
   unit_view const units = units_of(line);
+  size_t const indent = indent_of(units);
   while (auto const broken = find_row_break(units, start, view_.screen_width, view_.tab_size)) {
     add_row(line, start, broken->last, out);
     start = broken->next;
+    start.column = indent;
   }
   add_row(line, start, units.size(), out);
 }
@@ -103,10 +127,12 @@ size_t view::soft_wrap_filter::wrap_up_to_old_rows(edit const& made, row_start s
   size_t const line = made.new_last.line;
   unit_view const units = units_of(line);
   size_t const old_end = end_of_line(made.old_last.line);
+  size_t const indent = indent_of(units);
   size_t old = row_at(made.old_last) + 1;
   while (auto const broken = find_row_break(units, start, view_.screen_width, view_.tab_size)) {
     add_row(line, start, broken->last, out);
     start = broken->next;
+    start.column = indent;
     // What is typed right before a blank may have taken that in, so that the old break is unknown.
     if (start.unit <= made.new_last.column + size_t{1}) continue;
     size_t const sought = start.unit - made.units_added();
@@ -179,11 +205,19 @@ void view::soft_wrap_filter::replace_rows(edit const& made, wrapped_rows const& 
     ranges.insert(after, rest, fresh.rows.end());
 }
 
+/// Whether rows that continue a line begin in another column now, or may do so.
+bool view::soft_wrap_filter::moves_rows(edit const& made) const {
+  if (!view_.wraps_indented) return false;
+  if (!made.is_in_one_line()) return true;
+  return may_change_indent(made.first) && indent_of(units_of(made.first.line)) != made.old_indent;
+}
+
 /// Whether each row is an old one, at most moved by what the change of row `changed` added.
 bool view::soft_wrap_filter::keeps_layout(edit const& made, wrapped_rows const& fresh,
                                           size_t changed) const {
-  if (!made.is_in_one_line() || ranges[changed].last < made.old_last.column ||
-      fresh.rows.size() != fresh.end - fresh.begin)
+  bool const is_in_row =
+      ranges[changed].first <= made.first.column && made.old_last.column <= ranges[changed].last;
+  if (!made.is_in_one_line() || !is_in_row || fresh.rows.size() != fresh.end - fresh.begin)
     return false;
   auto const added = static_cast<uint32_t>(made.units_added());
   for (size_t row = fresh.begin; row < fresh.end; ++row) {
@@ -196,12 +230,22 @@ bool view::soft_wrap_filter::keeps_layout(edit const& made, wrapped_rows const& 
   return true;
 }
 
+/// Whether the first row stays as it is, with the cluster at which it is broken, which is drawn
+/// with it. There must be another old one on its line.
+bool view::soft_wrap_filter::keeps_first_row(edit const& made, wrapped_rows const& fresh) const {
+  line_range const& old = ranges[fresh.begin];
+  line_range const& next = ranges[fresh.begin + 1];
+  return fresh.rows.size() > 1 && fresh.rows[0].last == old.last &&
+         fresh.rows[1].line == old.line && fresh.rows[1].first == next.first &&
+         made.first.column >= next.first;
+}
+
 void view::soft_wrap_filter::apply(edit const& made) {
   size_t const changed = row_at(made.first);
-  wrapped_rows const fresh = wrap_again(made, !fits_the_text(made));
-  bool const same_layout = keeps_layout(made, fresh, changed);
-  bool const above_stays =
-      fresh.begin < changed && fresh.rows.front().last == ranges[fresh.begin].last;
+  bool const moves = moves_rows(made);
+  wrapped_rows const fresh = wrap_again(made, moves || !fits_the_text(made));
+  bool const same_layout = !moves && keeps_layout(made, fresh, changed);
+  bool const above_stays = !moves && fresh.begin < changed && keeps_first_row(made, fresh);
   replace_rows(made, fresh);
   if (toward_view == nullptr) return;
   if (same_layout) {
@@ -209,22 +253,29 @@ void view::soft_wrap_filter::apply(edit const& made) {
     return;
   }
   size_t const last = fresh.begin + fresh.rows.size() - 1;
-  size_t const first = above_stays ? std::min(changed, last) : fresh.begin;
+  size_t const first = above_stays ? std::min(fresh.begin + 1, last) : fresh.begin;
   toward_view->will_erase({first, 0}, {fresh.end - 1, 0});
   toward_view->did_insert({first, 0}, {last, size(last)});
 }
 
 void view::soft_wrap_filter::did_insert(text::pos const& first, text::pos const& last) {
-  apply({first, first, last});
+  size_t old_indent = 0;
+  if (first.line == last.line) {
+    unit_view const units = units_of(first.line);
+    size_t const after = std::min<size_t>(last.column, units.size());
+    old_indent = indent_of(units.substr(0, first.column), units.substr(after));
+  }
+  apply({first, first, last, old_indent});
 }
 
 void view::soft_wrap_filter::will_erase(text::pos const& first, text::pos const& last) {
   erase_first = first;
   erase_last = last;
+  indent_before_erase = indent_of(units_of(first.line));
 }
 
 void view::soft_wrap_filter::did_erase(text::iterator const& pos, int length) {
-  apply({erase_first, erase_last, erase_first});
+  apply({erase_first, erase_last, erase_first, indent_before_erase});
   if (toward_view) toward_view->did_erase(pos, length);
 }
 

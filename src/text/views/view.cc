@@ -66,9 +66,15 @@ size_t view::line_in_view(view_iterator const& it) const {
 }
 
 size_t view::column_in_view(view_iterator const& it) const {
-  text::iterator start = begin(line_in_view(it)).base;
+  size_t const row = line_in_view(it);
+  text::iterator start = begin(row).base;
   if (start.line != it.base.line) start = {it.base.line, 0, storage};
-  return width_when_expanding_tabs(start, it.base) + it.offset;
+  size_t const indent = start.column == 0 ? 0 : indent_of_row(row);
+  return indent + width_when_expanding_tabs(start, it.base, indent) + it.offset;
+}
+
+size_t view::indent_of_row(size_t row) const {
+  return soft_wrap && wraps_indented ? soft_wrap_filter->indent_of_row(row) : 0;
 }
 
 bool view::is_whole_line(view_iterator const& first, view_iterator const& last) const {
@@ -81,7 +87,7 @@ unit_column view::unit_at_row_column(row_pos const& at) const {
     return long_lines_.unit_at({first.base.line, at.column}, tab_stops(tab_size));
   size_t const length = static_cast<size_t>(last.base - first.base);
   unit_view const units = storage->line_units(first.base.line).substr(first.base.column, length);
-  return unit_at_column(units, 0, at.column, tab_stops(tab_size));
+  return unit_at_column(units, indent_of_row(at.row), at.column, tab_stops(tab_size));
 }
 
 size_t view::width_when_expanding_tabs(text::iterator const& first, text::iterator const& last,
@@ -98,7 +104,8 @@ size_t view::width_when_expanding_tabs(text::iterator const& first, text::iterat
 }
 
 size_t view::row_width(size_t row) const {
-  return width_when_expanding_tabs(begin(row).base, end(row).base);
+  size_t const indent = indent_of_row(row);
+  return indent + width_when_expanding_tabs(begin(row).base, end(row).base, indent);
 }
 
 size_t view::max_columns_for_range(size_t first, size_t last) const {
@@ -170,6 +177,12 @@ void view::set_soft_wrap(bool on) {
   soft_wrap = on;
   if (on) forget_max_columns();
   switch_filter(filter_index::soft_wrap, soft_wrap_filter.get(), on);
+}
+
+void view::set_wraps_indented(bool on) {
+  if (on == wraps_indented) return;
+  wraps_indented = on;
+  if (soft_wrap) soft_wrap_filter->reset();
 }
 
 void view::set_spellcheck_enabled(bool on) {

@@ -76,6 +76,8 @@ class view {
   view_iterator end() const { return end(lines() - 1); }
   size_t line_in_view(view_iterator const& it) const;
   size_t column_in_view(view_iterator const& it) const;
+  /// The column at which the text of a row begins: not 0 where it continues an indented line.
+  size_t indent_of_row(size_t row) const;
   /// @}
 
   /// @name Widths in columns
@@ -104,6 +106,7 @@ class view {
   void set_tab_size(unsigned columns);  ///< not 0
   void set_screen_width(unsigned columns);
   void set_soft_wrap(bool on);
+  void set_wraps_indented(bool on);
   void set_spellcheck_enabled(bool on);
   void set_treats_spaces_as_tabs(bool on) { treats_spaces_as_tabs = on; }
   void set_foldings_enabled(bool on);
@@ -215,6 +218,7 @@ class view {
   bool freehanded_mode = false;
   bool overwrite_mode = false;
   bool soft_wrap = false;
+  bool wraps_indented = false;  ///< rows that continue a line begin below its text
   bool foldings_enabled = true;
   bool spellcheck_enabled = false;
   bool treats_spaces_as_tabs = false;
