@@ -28,6 +28,9 @@ text::view_iterator up(text::view_iterator const& it);
 text::view_iterator down(text::view_iterator const& it);
 text::view_iterator to_beginning_of_line(text::view_iterator const& it);
 text::view_iterator to_end_of_line(text::view_iterator const& it);
+/// After the blanks that the line begins with; from there to the line's beginning. In a row that
+/// continues a line first to the beginning of the row.
+text::view_iterator to_text_or_beginning_of_line(text::view_iterator const& it);
 text::view_iterator to_beginning_of_document(text::view_iterator const& it);
 text::view_iterator to_end_of_document(text::view_iterator const& it);
 /// @}

@@ -34,6 +34,17 @@ text::view_iterator to_beginning_of_line(text::view_iterator const& it) {
   return it.view->begin(it.view->line_in_view(it));
 }
 
+text::view_iterator to_text_or_beginning_of_line(text::view_iterator const& it) {
+  text::view_iterator const row = to_beginning_of_line(it);
+  if (row.base.column != 0 && it != row) return row;
+  text::iterator const line = it.base.storage->begin_of_line(it.base.line);
+  std::size_t const text = it.base.storage->line_units(it.base.line).find_first_not_of(u" \t");
+  text::view_iterator const begin(it.view, line);
+  if (text == text::unit_view::npos) return begin;
+  text::view_iterator const first(it.view, line + static_cast<std::ptrdiff_t>(text));
+  return it == first ? begin : first;
+}
+
 text::view_iterator to_end_of_line(text::view_iterator const& it) {
   return it.view->end(it.view->line_in_view(it));
 }

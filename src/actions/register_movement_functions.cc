@@ -29,6 +29,7 @@ constexpr movement_row functions[] = {
     {"SubWordBackward", sub_word_left, false},
     {"SubWordForward", sub_word_right, true},
     {"ToBeginningOfLine", to_beginning_of_line, false},
+    {"ToTextOrBeginningOfLine", to_text_or_beginning_of_line, false},
     {"ToEndOfLine", to_end_of_line, true},
     {"ToBeginningOfColumn", to_beginning_of_column, false},
     {"ToEndOfColumn", to_end_of_column, true},
@@ -50,9 +51,10 @@ void add_movement(action_map& map, wrapper wrap, movement_row const& row, std::s
     map.add_action(move, std::move(name));
 }
 
-/// Deleting these is an action of the text view, which does more than that.
+/// Deleting these is an action of the text view, which does more than that, or of no use.
 bool has_no_delete_action(std::string_view name) {
-  return name == "Backward" || name == "Forward" || name == "ToEndOfParagraph";
+  return name == "Backward" || name == "Forward" || name == "ToEndOfParagraph" ||
+         name == "ToTextOrBeginningOfLine";
 }
 
 }  // namespace
