@@ -5,6 +5,7 @@
 #include "text/views/view.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace layout {
 
@@ -93,6 +94,44 @@ bool right_half_begins_before(laid_out_view const& text_view, text::view_iterato
   return cells > 1 && x >= position_of(text_view, it).x + width / 2;
 }
 
+rect caret_at(laid_out_view const& text_view, point at) {
+  TextLayout const& layout = text_view.layout();
+  if (text_view.overwriteMode())
+    return {at.x, at.y + layout.lineHeight() - 1, layout.charWidth(), 1};
+  return {at.x, at.y, 1, layout.lineHeight()};
+}
+
+// Half open, one more at each side than `limits` shows.
+std::pair<std::size_t, std::size_t> shown_lines(laid_out_view const& text_view,
+                                                rect const& limits) {
+  text::view const& view = *text_view.view();
+  row_range const shown(text_view.layout(), limits, view.lines());
+  return {view.begin(shown.first).base.line, view.begin(shown.last).base.line + std::size_t{1}};
+}
+
+// Where else goes what is typed at the caret. Mirrors stand in the order of their lines.
+std::vector<rect> mirrored_carets(laid_out_view const& text_view, rect const& limits) {
+  text::view const& view = *text_view.view();
+  auto const& mirrors = view.mirror_observer.mirrors;
+  if (mirrors.empty()) return {};
+  text::iterator const caret = view.selection.current_mark.base;
+  auto const [first, last] = shown_lines(text_view, limits);
+  auto const begin = std::lower_bound(
+      mirrors.begin(), mirrors.end(), first,
+      [](auto const& mirror, std::size_t line) { return mirror.second.first_line < line; });
+  std::vector<rect> result;
+  for (auto it = begin; it != mirrors.end() && it->second.first_line < last; ++it) {
+    auto const& [source, copy] = *it;
+    if (!inside(caret, source) || caret.line != source.first_line) continue;
+    std::size_t const column = copy.first_column + (caret.column - source.first_column);
+    if (column > view.storage->size(copy.first_line)) continue;
+    text::iterator const at(copy.first_line, column, view.storage);
+    if (view.is_visible(at))
+      result.push_back(caret_at(text_view, position_of(text_view, {&view, at})));
+  }
+  return result;
+}
+
 }  // namespace
 
 point position_of(laid_out_view const& text_view, text::view_iterator const& it) {
@@ -111,14 +150,38 @@ text::view_iterator marked_text_place(text::view const& view) {
 }
 
 rect caret_rectangle(laid_out_view const& text_view) {
-  TextLayout const& layout = text_view.layout();
   bool const composes = !text_view.markedText().empty();
   text::view const& view = *text_view.view();
   point const at =
       position_of(text_view, composes ? marked_text_place(view) : view.selection.current_mark);
   double const x = at.x + text_view.markedTextOffset();
-  if (text_view.overwriteMode()) return {x, at.y + layout.lineHeight() - 1, layout.charWidth(), 1};
-  return {x, at.y, 1, layout.lineHeight()};
+  return caret_at(text_view, {x, at.y});
+}
+
+std::vector<rect> other_caret_rectangles(laid_out_view const& text_view, rect const& limits) {
+  text::view const& view = *text_view.view();
+  if (view.selection.empty()) return mirrored_carets(text_view, limits);
+  if (!view.selection.column_mode) return {};
+  text::box const box(&view);
+  std::size_t const column = box.reversed_columns ? box.first_column : box.last_column;
+  auto const [first, last] = shown_lines(text_view, limits);
+  std::vector<rect> result;
+  for (std::size_t line = std::max(box.first_line, first); line < std::min(box.last_line, last);
+       ++line) {
+    if (line == view.selection.current_mark.base.line || !view.is_visible({line, 0, view.storage}))
+      continue;
+    auto const at = iter_from_hybrid_pos(&view, {line, column}, text::freehanded_t::on);
+    result.push_back(caret_at(text_view, position_of(text_view, at)));
+  }
+  return result;
+}
+
+rect character_rectangle(laid_out_view const& text_view, text::view_iterator const& it) {
+  TextLayout const& layout = text_view.layout();
+  std::size_t const column = it.view->column_in_view(it);
+  std::size_t const cells = text::measure_cluster(line_of(it), it.base.column).cells;
+  double const left = layout.x_of_column(column), right = layout.x_of_column(column + cells);
+  return {left, layout.y_of_row(it.view->line_in_view(it)), right - left, layout.lineHeight()};
 }
 
 wyn::region selection_region(laid_out_view const& text_view, rect const& limits) {

@@ -3,6 +3,8 @@
 #include "platform/region.h"
 #include "text/views/view_iterator.h"
 
+#include <vector>
+
 namespace layout {
 class laid_out_view;
 
@@ -18,12 +20,21 @@ text::view_iterator marked_text_place(text::view const& view);
 /// A line of one pixel before the caret, or under it in overwrite mode.
 platform::rect caret_rectangle(laid_out_view const& text_view);
 
+/// Those of all places at which typing inserts: beside that of caret_rectangle() the ones in the
+/// other lines of a rectangle, or of columns that are typed in. Without those above or below
+/// `limits` by more than a row.
+std::vector<platform::rect> other_caret_rectangles(laid_out_view const& text_view,
+                                                   platform::rect const& limits);
+
 /// The rectangles of the selection, without those above or below `limits` by more than a row, so
 /// that a selection of a million lines costs no more than what can be seen of it.
 wyn::region selection_region(laid_out_view const& text_view, platform::rect const& limits);
 
 /// The top left corner of the cell of a position.
 platform::point position_of(laid_out_view const& text_view, text::view_iterator const& it);
+
+/// The cells of the character at a position, which is no tab.
+platform::rect character_rectangle(laid_out_view const& text_view, text::view_iterator const& it);
 
 /// The position nearest to a point.
 text::view_iterator position_at(laid_out_view const& text_view, platform::point p,

@@ -15,13 +15,15 @@ using line_type = text::view::folding_filter::line_type;
 namespace {
 
 constexpr char16_t wrap_mark = 0x21AA;
+constexpr double number_margin = 0.75;  // columns beside line numbers
 
 }  // namespace
 
 void gutter_painter::paint(rect const& gutter, std::size_t first_row, std::size_t last_row) {
   if (!gutter.intersects(clip_)) return;
   g_.fill_rect(gutter.intersection(clip_), colors_.gutter);
-  std::size_t const current = view_.line_in_view(view_.selection.current_mark);
+  if (shown_.current_line) shade_current_row(gutter);
+  std::size_t const current = view_.selection.current_mark.base.line;
   bool const only_folds = clip_.x >= gutter.right() - layout_.foldWidth();
   for (std::size_t row = first_row; row <= last_row; ++row) {
     text::iterator const begin = view_.begin(row).base;
@@ -32,9 +34,17 @@ void gutter_painter::paint(rect const& gutter, std::size_t first_row, std::size_
     if (!only_folds && layout_.bookmarkWidth() > 0 && view_.has_bookmark(begin.line))
       paint_bookmark(gutter, row);
     if (!only_folds && shown_.line_numbers)
-      paint_line_number(gutter, row, begin.line + 1, row == current);
+      paint_line_number(gutter, row, begin.line + 1, begin.line == current);
     if (layout_.foldWidth() > 0) paint_fold_mark(gutter, row, begin.line);
   }
+}
+
+void gutter_painter::shade_current_row(rect const& gutter) {
+  std::size_t const row = view_.line_in_view(view_.selection.current_mark);
+  rect const area{gutter.x, layout_.y_of_row(row), gutter.width, layout_.lineHeight()};
+  rect const shown = area.intersection(clip_);
+  if (!shown.empty())
+    g_.fill_rect(shown, colors_.line_highlight, colors_.line_highlight.alpha < 255);
 }
 
 void gutter_painter::paint_fold_mark(rect const& gutter, std::size_t row, std::size_t line) {
@@ -56,7 +66,8 @@ void gutter_painter::paint_bookmark(rect const& gutter, std::size_t row) {
 }
 
 void gutter_painter::paint_wrap_mark(rect const& gutter, std::size_t row) {
-  double const x = std::round(gutter.right() - layout_.foldWidth() - 1.5 * layout_.charWidth());
+  double const x =
+      std::round(gutter.right() - layout_.foldWidth() - (1 + number_margin) * layout_.charWidth());
   g_.draw_cluster({&wrap_mark, 1}, {x, layout_.y_of_row(row) + layout_.ascend()},
                   layout_.charWidth(), {colors_.gutter_number});
 }
@@ -65,7 +76,7 @@ void gutter_painter::paint_line_number(rect const& gutter, std::size_t row, std:
                                        bool current) {
   std::string const digits = std::to_string(number);
   double const width = static_cast<double>(digits.size()) * layout_.charWidth();
-  double const right = gutter.right() - layout_.foldWidth() - 0.5 * layout_.charWidth();
+  double const right = gutter.right() - layout_.foldWidth() - number_margin * layout_.charWidth();
   double const x = std::round(right - width);
   color const c = current ? colors_.gutter_current_number : colors_.gutter_number;
   g_.draw_run(std::u16string(digits.begin(), digits.end()),

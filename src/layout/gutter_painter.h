@@ -15,6 +15,7 @@ class gutter_painter {
  public:
   struct parts {
     bool line_numbers, wrap_marks;  ///< the others show where the layout has room for them
+    bool current_line;              ///< the caret's row is shaded
   };
 
   /// Nothing outside of `clip` is filled. The references must outlive the painter.
@@ -26,6 +27,7 @@ class gutter_painter {
   void paint(platform::rect const& gutter, std::size_t first_row, std::size_t last_row);
 
  private:
+  void shade_current_row(platform::rect const& gutter);
   void paint_fold_mark(platform::rect const& gutter, std::size_t row, std::size_t line);
   void paint_bookmark(platform::rect const& gutter, std::size_t row);
   void paint_wrap_mark(platform::rect const& gutter, std::size_t row);

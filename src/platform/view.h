@@ -40,6 +40,12 @@ class view_host {
   virtual rect visible_rect() const = 0;
   /// Scrolls so that `origin` is the top left of the visible part, kept within the frame.
   virtual void scroll_to(point origin) = 0;
+  /// Scrolls on from where it is, or is about to be, and may take a moment for it; scroll_to() ends
+  /// that.
+  virtual void glide_by(point distance) {
+    rect const visible = visible_rect();
+    scroll_to({visible.x + distance.x, visible.y + distance.y});
+  }
   /// The size of the whole view; scroll bars follow.
   virtual void set_frame_size(size s) = 0;
   virtual void set_needs_display(rect const& r) = 0;
@@ -122,6 +128,9 @@ class view_client {
   virtual void set_marked_text(std::u16string_view text, std::size_t offset,
                                std::size_t length) = 0;
   virtual void unmark_text() = 0;
+  /// Takes `length` code units away, of which the first stands `offset` after the caret, or before
+  /// it if that is negative; no more than there are in the caret's line.
+  virtual void delete_surrounding_text(std::ptrdiff_t offset, std::size_t length) = 0;
   /// Where the caret stands, for an input method's windows.
   virtual rect caret_rect() const = 0;
   /// For input methods and assistive programs: the selected text, and the text of the caret's line
@@ -129,6 +138,8 @@ class view_client {
   virtual std::u16string selected_text() const = 0;
   virtual std::u16string line_text(std::size_t& caret_offset) const = 0;
 
+  /// Whether the text should glide when the wheel scrolls it.
+  virtual bool scrolls_smoothly() const { return false; }
   /// The widget was scrolled or resized.
   virtual void visible_rect_changed() = 0;
   /// metrics_for() gives other values: the widget is on a screen of another resolution.

@@ -1,6 +1,7 @@
 #include "styles/color_strings.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace styles {
@@ -12,6 +13,19 @@ std::optional<std::array<unsigned, 4>> bytes_of(std::string const& string) {
     return std::nullopt;
   for (unsigned& component : b) component = std::min(component, 255u);
   return b;
+}
+
+// Relative to white, as the eye sees it.
+double luminance(platform::color c) {
+  static auto const linear = [] {
+    std::array<double, 256> made{};
+    for (std::size_t byte = 0; byte < made.size(); ++byte) {
+      double const value = static_cast<double>(byte) / 255;
+      made[byte] = value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    }
+    return made;
+  }();
+  return 0.2126 * linear[c.red] + 0.7152 * linear[c.green] + 0.0722 * linear[c.blue];
 }
 
 }  // namespace
@@ -47,6 +61,11 @@ std::optional<platform::color> NSColorForKey(plist::value const& dictionary, std
 
 bool is_dark(platform::color c) {
   return c.red * 299 + c.green * 587 + c.blue * 114 < 128 * 1000;
+}
+
+double contrast(platform::color a, platform::color b) {
+  double const of_a = luminance(a) + 0.05, of_b = luminance(b) + 0.05;
+  return std::max(of_a, of_b) / std::min(of_a, of_b);
 }
 
 }  // namespace styles

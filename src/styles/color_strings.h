@@ -19,6 +19,9 @@ std::string stringForRGBA(std::array<float, 4> const& rgba);
 
 /// Whether light text is read better on it than dark text.
 bool is_dark(platform::color c);
+/// How well one opaque colour stands out from the other, from 1 to 21; text is read well from 4.5
+/// on.
+double contrast(platform::color a, platform::color b);
 
 /// Nothing for what is no colour.
 std::optional<platform::color> NSColorFromString(std::string const& string);

@@ -35,6 +35,16 @@ platform::color mixed(platform::color over, platform::color under, double share)
   return {mix(over.red, under.red), mix(over.green, under.green), mix(over.blue, under.blue), 255};
 }
 
+platform::color readable_mix(platform::color over, platform::color under, double least_share) {
+  constexpr double least_contrast = 4.5, step = 0.05;
+  for (double share = least_share; share < 1; share += step)
+    if (auto const c = mixed(over, under, share); contrast(c, under) >= least_contrast) return c;
+  over.alpha = 255;
+  platform::color const black{0, 0, 0}, white{255, 255, 255};
+  if (contrast(over, under) >= least_contrast) return over;
+  return contrast(black, under) > contrast(white, under) ? black : white;
+}
+
 platform::palette styled_palette(platform::palette desktop, plist::value const& style) {
   platform::palette palette = with_own_colors(desktop);
   if (auto const background = NSColorForKey(style, "background"))
@@ -63,14 +73,20 @@ view_colors::view_colors(platform::palette const& desktop, plist::value const& s
   flash = selection;
   if (!active)
     for (auto* const dimmed : {&selection, &line_highlight}) dimmed->alpha /= 2;
+  guide = mixed(p.foreground, p.background, 0.14);
+  bracket = mixed(p.foreground, p.background, 0.16);
+  bracket_edge = mixed(p.foreground, p.background, 0.5);
+  same_word = mixed(p.foreground, p.background, 0.14);
+  risk = p.dark ? platform::color{0xFF, 0x6B, 0x6B} : platform::color{0xD0, 0x20, 0x20};
   wrap_margin = mixed(p.foreground, p.background, 0.2);
   beyond_margin = mixed(p.foreground, p.background, 0.04);
   match = mixed({0xE8, 0xB0, 0x20, 255}, p.background, p.dark ? 0.40 : 0.45);
   current_match = mixed({0xF0, 0x80, 0x10, 255}, p.background, p.dark ? 0.75 : 0.85);
   field = mixed({0x40, 0x90, 0xE0, 255}, p.background, p.dark ? 0.30 : 0.22);
   gutter = mixed(p.foreground, p.background, 0.05);
-  gutter_number = {0x88, 0x88, 0x88};
-  gutter_current_number = p.dark ? gutter_number : platform::color{0, 0, 0};
+  platform::color const current_gutter = mixed(line_highlight, gutter, share_of(line_highlight));
+  gutter_number = readable_mix(p.foreground, gutter, 0.4);
+  gutter_current_number = readable_mix(p.foreground, current_gutter, 0.9);
 }
 
 }  // namespace styles

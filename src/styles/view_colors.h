@@ -10,6 +10,11 @@ namespace styles {
 struct view_colors {
   platform::color background, foreground, caret, selection, line_highlight, invisibles;
   platform::color wrap_margin, beyond_margin;
+  platform::color guide;          ///< of indentation
+  platform::color bracket;        ///< behind a bracket at the caret and its partner
+  platform::color bracket_edge;   ///< around them
+  platform::color same_word;      ///< behind the other places of a selected word
+  platform::color risk;           ///< of characters that hide, or change the order of others
   platform::color flash;          ///< behind the partner of a bracket just typed
   platform::color field;          ///< behind the field of a snippet that is being filled in
   platform::color match;          ///< behind what the find bar has found
@@ -22,6 +27,10 @@ struct view_colors {
 
 /// The palette with background and foreground of a style.
 platform::palette styled_palette(platform::palette desktop, plist::value const& style);
+
+/// `over` mixed into `under`, no more than it takes to be read on that, and with at least this
+/// share of it; black or white where `over` itself can't be read.
+platform::color readable_mix(platform::color over, platform::color under, double least_share);
 
 /// `share` of `over` and the rest of `under`, alpha left at full.
 platform::color mixed(platform::color over, platform::color under, double share);

@@ -5,7 +5,9 @@
 #include "actions/register_view_actions.h"
 #include "documents/WynDocument.h"
 #include "keys/WynKeyBindingManager.h"
+#include "layout/bracket_marks.h"
 #include "layout/geometry.h"
+#include "layout/word_marks.h"
 #include "platform/desktop.h"
 #include "platform/user_defaults.h"
 #include "platform/utf.h"
@@ -73,7 +75,10 @@ WynTextView::WynTextView()
       symbols_(std::make_unique<styles::symbol_list>(*this)),
       indenter_(std::make_unique<typing::line_indenter>(*this)),
       mouse_(std::make_unique<textview::mouse_tracker>(*this)),
-      drop_(std::make_unique<textview::drop_target>(*this)) {
+      drop_(std::make_unique<textview::drop_target>(*this)),
+      brackets_(std::make_unique<layout::bracket_marks>(
+          *this, [this] { return pairsAtCaret("highlightPairs"); })),
+      words_(std::make_unique<layout::word_marks>(*this)) {
   addClipboardMethods();
   actions_.inherit(plain_actions().actions);
   titles_.inherit(plain_actions().titles);
@@ -119,6 +124,8 @@ void WynTextView::detachView() {
   abandonMarkedText();
   abandoned_.reset();
   flash_.end(host_);
+  brackets_->reset();
+  words_->reset();
   mouse_->forget_press();
   drop_->exit();
   drop_->forget_files();
@@ -182,6 +189,7 @@ void WynTextView::showChangesFromOutside() {
   view_->show_selection();
   recalcFrameSize();
   setNeedsDisplay();
+  followMarks();
   publishPosition();
   symbols_->update(true);
   WynFindManager::sharedInstance().viewDidChange(*this);

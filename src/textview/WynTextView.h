@@ -38,6 +38,10 @@ class WynISearchWindow;
 namespace commands {
 class command_owner;
 }
+namespace layout {
+class bracket_marks;
+class word_marks;
+}  // namespace layout
 namespace search {
 class find_highlights;
 class find_scope;
@@ -158,6 +162,8 @@ class WynTextView : public platform::responder,
   /// are wrapped at the edge of what is visible.
   int rightMargin() const { return documentOptions_.rightMargin; }
   void setRightMargin(int column);
+  /// The column after which a line is drawn, whether lines are wrapped or not; 0 for none.
+  int rulerColumn() const { return rulerColumn_; }
   /// The width of a wrapped row: the right margin, or as many columns as are visible. There must be
   /// a document.
   unsigned wrapColumns() const;
@@ -280,6 +286,9 @@ class WynTextView : public platform::responder,
   std::vector<styles::unit_pair> pairsAtCaret(char const* key) const;
   bool mayOpenPair(text::char_t typed) const final;
   bool mayIndentLines() const final;
+  /// What is marked besides: the brackets at the caret, and the places of a selected word.
+  layout::bracket_marks const& bracketMarks() const { return *brackets_; }
+  layout::word_marks const& wordMarks() const { return *words_; }
   /// An opening unit that is shown for a moment, since its partner has just been typed.
   std::optional<platform::rect> const& flashed() const { return flash_.area(); }
 
@@ -352,9 +361,11 @@ class WynTextView : public platform::responder,
   void insert_text(std::u16string_view text) override;
   void set_marked_text(std::u16string_view text, std::size_t offset, std::size_t length) override;
   void unmark_text() override;
+  void delete_surrounding_text(std::ptrdiff_t offset, std::size_t length) override;
   platform::rect caret_rect() const override;
   std::u16string selected_text() const override;
   std::u16string line_text(std::size_t& caret_offset) const override;
+  bool scrolls_smoothly() const override { return smoothScrolling(); }
   void visible_rect_changed() override;
   void font_metrics_changed() override { frameDidChange(); }
   void focus_changed() override;
@@ -506,14 +517,15 @@ class WynTextView : public platform::responder,
   void setupTextFrame();
   void recalcFrameSize();
   void updateGutterWidth();
+  double bookmarkZone() const;
   unsigned fittingColumns() const;
   double frameWidth() const;
   bool updateScreenWidth();
   void applySoftWrap();
   void setNeedsDisplay();
   void setNeedsDisplayOfLines(std::size_t first, std::size_t last);
-  void setNeedsDisplayOfCurrentLines(platform::rect const& old_caret);
-  void scrollByRows(double rows);
+  void setNeedsDisplayOfCurrentLines(platform::rect const& old_caret, bool had_selection);
+  void scrollByRows(double rows, bool smoothly);
   void moveByPage(int direction, bool select);
 
   // Caret (WynTextView_scrolling.cc)
@@ -529,6 +541,7 @@ class WynTextView : public platform::responder,
   bool isFolded(std::size_t row) const;
   std::optional<std::size_t> rowOfEllipsisAt(platform::point p) const;
   bool toggleFoldingAtClick(platform::mouse_event const& event);
+  std::optional<platform::tool_tip> tipOfHiddenCharacters(platform::point p) const;
 
   // Mouse (WynTextView_events.cc)
   void showContextMenu(platform::point p);
@@ -545,6 +558,7 @@ class WynTextView : public platform::responder,
   plist::value performAction(actions::action_map::action const& action);
   bool dependsOnScope(text::char_t typed) const;
   void flashPartner();
+  void followMarks();
 
   std::shared_ptr<WynDocument> document_;
   text::view* view_ = nullptr;
@@ -573,6 +587,7 @@ class WynTextView : public platform::responder,
   bool hadTrailingBlanks_ = false, hadFinalNewline_ = false;
   bool overwriteMode_ = false, overwriteDefault_ = false;
   bool smartTyping_ = true, smartTypingDefault_ = true;
+  int rulerColumn_ = 0;
   std::string fontName_;
   double fontSize_ = 12;
 
@@ -581,6 +596,8 @@ class WynTextView : public platform::responder,
   std::unique_ptr<textview::mouse_tracker> mouse_;
   std::unique_ptr<textview::drop_target> drop_;
   textview::brief_flash flash_;
+  std::unique_ptr<layout::bracket_marks> brackets_;
+  std::unique_ptr<layout::word_marks> words_;
   bool hasSeenKey_ = false;
   bool caretVisible_ = true;
   bool showsSelectionCount_ = false;

@@ -28,7 +28,9 @@ void WynTextView::toggleBookmark(std::size_t line, std::size_t column) {
 }
 
 bool WynTextView::toggleBookmarkAtClick(platform::point p) {
-  if (p.x >= visibleTextRect().x - layout_.gutterWidth() + layout_.bookmarkWidth()) return false;
+  bool const has_zone = showBookmarksInGutter() && (lineNumbers() || layout_.bookmarkWidth() > 0);
+  double const gutter = visibleTextRect().x - layout_.gutterWidth();
+  if (!has_zone || p.x >= gutter + bookmarkZone()) return false;
   std::size_t const row = layout_.row_at(p.y);
   if (row >= view_->lines()) return false;
   toggleBookmark(view_->begin(row).base.line, 0);

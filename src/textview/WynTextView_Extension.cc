@@ -37,12 +37,16 @@ double bounded_font_size(double points) {
 
 void WynTextView::switchDidChange() {
   applyFreehandedMode();
-  if (view_ != nullptr) view_->set_foldings_enabled(foldingsEnabled());
+  if (view_ != nullptr) {
+    view_->set_foldings_enabled(foldingsEnabled());
+    view_->set_wraps_indented(indentWrappedRows());
+  }
   frameDidChange();
 }
 
 void WynTextView::frameDidChange() {
   setupTextFrame();
+  followMarks();
   setNeedsDisplay();
 }
 
@@ -197,6 +201,7 @@ void WynTextView::userDefaultsDidChange(plist::value const& note) {
   std::string const font_name = d.string("WynTextViewNormalFontName");
   double const font_size = bounded_font_size(d.real("WynTextViewNormalFontSize"));
   bool const new_font = font_name != fontName_ || font_size != fontSize_;
+  rulerColumn_ = static_cast<int>(d.integer("WynTextViewRulerColumn"));
   fontName_ = font_name;
   fontSize_ = font_size;
   followDefaults();
@@ -220,6 +225,7 @@ void WynTextView::applyOptionsToView() {
   if (view_->follow_cell_widths()) frameDidChange();
   view_->set_tab_size(tabSize());
   view_->set_treats_spaces_as_tabs(softTabs());
+  view_->set_wraps_indented(indentWrappedRows());
   applySoftWrap();
   view_->overwrite_mode = overwriteMode_;
   if (view_->freehanded_mode != freehandedEdit()) view_->set_freehanded_mode(freehandedEdit());

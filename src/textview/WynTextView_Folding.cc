@@ -1,5 +1,6 @@
 #include "actions/selecting.h"
 #include "layout/geometry.h"
+#include "layout/hidden_characters.h"
 #include "platform/desktop.h"
 #include "text/views/folding_filter.h"
 #include "text/views/view.h"
@@ -142,10 +143,23 @@ bool WynTextView::toggleFoldingAtClick(platform::mouse_event const& event) {
   return true;
 }
 
+// What the marks of characters stand for that can't be seen otherwise.
+std::optional<platform::tool_tip> WynTextView::tipOfHiddenCharacters(point p) const {
+  if (!visibleTextRect().contains(p) || layout_.row_at(p.y) >= view_->lines()) return std::nullopt;
+  auto const at = iter_from_view_pos(view_, {layout_.row_at(p.y), layout_.nearest_column(p.x)},
+                                     text::freehanded_t::off);
+  std::u16string names = layout::hidden_characters_at(at);
+  if (names.empty()) return std::nullopt;
+  point const place = layout::position_of(*this, at);
+  double const half = layout_.charWidth() / 2;
+  return platform::tool_tip{std::move(names),
+                            {place.x - half, place.y, 2 * half, layout_.lineHeight()}};
+}
+
 std::optional<platform::tool_tip> WynTextView::tool_tip_at(point p) const {
   if (view_ == nullptr) return std::nullopt;
   auto const row = rowOfEllipsisAt(p);
-  if (!row) return std::nullopt;
+  if (!row) return tipOfHiddenCharacters(p);
   auto const& folds = view_->folding_filter->foldings;
   std::size_t const line = view_->begin(*row).base.line;
   auto const fold = folds.lower_bound({static_cast<std::uint32_t>(line), 0});

@@ -65,6 +65,14 @@ void WynTextView::addScopedSettingMethods() {
   addMethod("takeRightMarginFromIsChecked:", [this](plist::value const& sender) {
     return plist::value(sender.integer_or(0) == rightMargin());
   });
+  addMethod("takeRulerColumnFrom:", [](plist::value const& sender) {
+    auto const column = std::clamp<std::int64_t>(sender.integer_or(0), 0, settings::max_margin);
+    settings::store().set("WynTextViewRulerColumn", column);
+    return plist::value();
+  });
+  addMethod("takeRulerColumnFromIsChecked:", [this](plist::value const& sender) {
+    return plist::value(sender.integer_or(0) == rulerColumn());
+  });
   addMethod("orderFrontRightMarginPanel:",
             [this](plist::value const&) { return plist::value(askForRightMargin()); });
   addMethod("orderFrontRightMarginPanelMenuTitle", [this](plist::value const&) {

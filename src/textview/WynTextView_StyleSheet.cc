@@ -159,10 +159,11 @@ void WynTextView::startTokenizer() {
 }
 
 void WynTextView::wait_for_visible() {
-  if (tokenizer_ == nullptr || host_ == nullptr) return;
+  if (view_ == nullptr || host_ == nullptr) return;
   std::size_t const row = layout_.row_at(host_->visible_rect().bottom());
   std::size_t const line = view_->begin(std::min(row, view_->lines() - 1)).base.line;
-  while (!tokenizer_->wait_for(line, std::chrono::hours(1))) continue;
+  while (tokenizer_ != nullptr && !tokenizer_->wait_for(line, std::chrono::hours(1))) continue;
+  followMarks();
 }
 
 void WynTextView::attachTokenizer() {
@@ -248,6 +249,7 @@ void WynTextView::resetDisplay() {
   };
   std::size_t const first = row_of(lines->first);
   setNeedsDisplayOfLines(first, std::max(row_of(lines->second), first + 1));
+  followMarks();
   symbols_->update(true);
 }
 

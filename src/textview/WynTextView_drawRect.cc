@@ -2,10 +2,13 @@
 #include <mutex>
 
 #include "grammar/tokenize_filter.h"
+#include "layout/bracket_marks.h"
 #include "layout/geometry.h"
 #include "layout/gutter_painter.h"
+#include "layout/indent_guides.h"
 #include "layout/row_painter.h"
 #include "layout/row_text.h"
+#include "layout/word_marks.h"
 #include "styles/view_colors.h"
 #include "text/views/folding_filter.h"
 #include "text/views/view.h"
@@ -39,13 +42,18 @@ class painter {
     dirty_ = text_area;
     read_rows();
     paint_wrap_margin();
-    layout::row_painter rows(g_, layout_, colors_, dirty_, text_view_.showInvisibles());
+    paint_ruler();
+    layout::row_painter rows(g_, layout_, colors_, dirty_,
+                             {text_view_.showInvisibles(), text_view_.showBlanks()});
     for (std::size_t i = 0; i < rows_.size(); ++i)
       rows.paint_backgrounds(rows_[i], first_row() + i);
     paint_current_line();
+    if (text_view_.indentGuides()) paint_guides();
+    paint_words();
     paint_matches();
     paint_fields();
     paint_selection();
+    paint_brackets();
     if (auto const& flashed = text_view_.flashed()) fill(*flashed, colors_.flash);
     for (std::size_t i = 0; i < rows_.size(); ++i)
       rows.paint_row(rows_[i], first_row() + i, ends_line(rows_[i], first_row() + i));
@@ -68,8 +76,9 @@ class painter {
   }
 
   void paint_gutter(rect const& gutter) {
-    layout::gutter_painter(g_, view_, layout_, colors_, dirty_,
-                           {text_view_.lineNumbers(), text_view_.showSoftWrapInGutter()})
+    layout::gutter_painter(
+        g_, view_, layout_, colors_, dirty_,
+        {text_view_.lineNumbers(), text_view_.showSoftWrapInGutter(), shades_current_line()})
         .paint(gutter, first_row(), last_row());
   }
 
@@ -82,13 +91,53 @@ class painter {
     fill({x, dirty_.y, 1, dirty_.height}, colors_.wrap_margin);
   }
 
+  void paint_ruler() {
+    if (text_view_.rulerColumn() < 1) return;
+    double const x = layout_.x_of_column(static_cast<std::size_t>(text_view_.rulerColumn()));
+    fill({x, dirty_.y, 1, dirty_.height}, colors_.wrap_margin);
+  }
+
+  void paint_guides() {
+    layout::indent_guides guides(view_);
+    std::size_t const last_column = layout_.column_at(dirty_.right()) + 1;
+    for (std::size_t row = first_row(); row <= last_row(); ++row) {
+      std::size_t const depth = std::min(guides.depth_of_row(row), last_column);
+      for (std::size_t column = 0; column < depth; column += view_.tab_size)
+        fill({layout_.x_of_column(column), layout_.y_of_row(row), 1, layout_.lineHeight()},
+             colors_.guide);
+    }
+  }
+
+  void paint_words() {
+    for (auto const& [first, last] : text_view_.wordMarks().places())
+      paint_range(first, last, colors_.same_word);
+  }
+
+  void paint_brackets() {
+    auto const places = text_view_.bracketMarks().places();
+    if (!places) return;
+    for (text::pos const& place : {places->first, places->second}) {
+      text::iterator const at(place, view_.storage);
+      if (!view_.is_visible(at)) continue;
+      rect const r = layout::character_rectangle(text_view_, {&view_, at});
+      fill(r, colors_.bracket);
+      for (rect const& edge : {rect{r.x, r.y, r.width, 1}, rect{r.x, r.bottom() - 1, r.width, 1},
+                               rect{r.x, r.y, 1, r.height}, rect{r.right() - 1, r.y, 1, r.height}})
+        fill(edge, colors_.bracket_edge);
+    }
+  }
+
   void fill(rect const& area, color c) {
     rect const shown = area.intersection(dirty_);
     if (!shown.empty()) g_.fill_rect(shown, c, c.alpha < 255);
   }
 
+  bool shades_current_line() const {
+    return text_view_.highlightCurrentLine() && !view_.has_selection();
+  }
+
   void paint_current_line() {
-    if (!text_view_.highlightCurrentLine() || view_.has_selection()) return;
+    if (!shades_current_line()) return;
     std::size_t const row = view_.line_in_view(view_.selection.current_mark);
     fill({dirty_.x, layout_.y_of_row(row), dirty_.width, layout_.lineHeight()},
          colors_.line_highlight);
@@ -126,7 +175,8 @@ class painter {
       std::size_t const begin = view_.line_in_view(from), end = view_.line_in_view(to);
       for (std::size_t row = std::max(begin, first_row()); row <= std::min(end, last_row());
            ++row) {
-        double const left = row == begin ? layout::position_of(text_view_, from).x : layout_.left();
+        double const left =
+            layout::position_of(text_view_, row == begin ? from : view_.begin(row)).x;
         double const right = layout::position_of(text_view_, row == end ? to : view_.end(row)).x;
         fill({left, layout_.y_of_row(row), right - left, layout_.lineHeight()}, c);
       }
@@ -156,6 +206,8 @@ class painter {
     if (!text_view_.caretIsVisible() || !text_view_.host()->is_first_responder()) return;
     rect const caret = layout::caret_rectangle(text_view_);
     if (caret.intersects(dirty_)) g_.fill_rect(caret, colors_.caret);
+    for (rect const& other : layout::other_caret_rectangles(text_view_, dirty_))
+      if (other.intersects(dirty_)) g_.fill_rect(other, colors_.caret);
   }
 
   WynTextView const& text_view_;

@@ -337,6 +337,20 @@ void WynTextView::unmark_text() {
   insert_text(std::u16string(markedText_));
 }
 
+void WynTextView::delete_surrounding_text(std::ptrdiff_t offset, std::size_t length) {
+  if (view_ == nullptr) return;
+  text::iterator const caret = layout::marked_text_place(*view_).base;
+  auto const end = static_cast<std::ptrdiff_t>(view_->storage->size(caret.line));
+  auto const from = std::clamp<std::ptrdiff_t>(caret.column + offset, 0, end);
+  auto const to = std::min(from + static_cast<std::ptrdiff_t>(length), end);
+  if (from == to) return;
+  textview::view_will_change const scope(*this, true);
+  text::iterator const line = view_->storage->begin_of_line(caret.line);
+  view_->selection.set_caret({view_, line + from});
+  view_->selection.select_to({view_, line + to}, false);
+  view_->erase_selection();
+}
+
 // An input method that is reset may hand over what was composed, some time later.
 void WynTextView::abandonMarkedText() {
   if (markedText_.empty()) return;

@@ -1,7 +1,9 @@
 #include "actions/find_start_tag.h"
 #include "actions/skip_pair.h"
 #include "grammar/tokenize_filter.h"
+#include "layout/bracket_marks.h"
 #include "layout/geometry.h"
+#include "layout/word_marks.h"
 #include "styles/typing_settings.h"
 #include "styles/view_styles.h"
 #include "text/views/view.h"
@@ -87,6 +89,12 @@ bool WynTextView::insertClosingTag() {
   if (first == last) return false;
   insertText(u"</" + std::u16string(first, last) + u">");
   return true;
+}
+
+void WynTextView::followMarks() {
+  if (view_ == nullptr || host_ == nullptr || !isSeen()) return;
+  brackets_->follow(matchingBrackets());
+  words_->follow(marksSelectedWord());
 }
 
 // Looked for no further than it can be seen.

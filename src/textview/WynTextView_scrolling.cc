@@ -38,14 +38,13 @@ void WynTextView::setupTextFrame() {
   recalcFrameSize();
 }
 
-// The gutter grows with the number of lines, three digits at least, so that it stays put while a
-// small file is typed. Without line numbers it is there for what it has to show.
+// The gutter grows with the number of lines, two digits at least, so that it stays put while a
+// small file is typed. Else it is there for what it has to show.
 void WynTextView::updateGutterWidth() {
   bool const marked = !view_->bookmark_filter->marks.empty();
-  bool const bookmarks = showBookmarksInGutter() && (lineNumbers() || marked);
-  double const flag = bookmarks ? bookmark_width * layout_.imageScale() : 0;
+  double const flag = showBookmarksInGutter() && marked ? bookmarkZone() : 0;
   double columns = softWrap() && showSoftWrapInGutter() ? 1.5 : 0;
-  if (lineNumbers()) columns = std::max(3u, digits_of(view_->storage->lines())) + 1.5;
+  if (lineNumbers()) columns = std::max(2u, digits_of(view_->storage->lines())) + 1.5;
   auto const& filter = *view_->folding_filter;
   bool const folds = view_->foldings_enabled && (filter.has_patterns() || !filter.foldings.empty());
   double const fold = folds ? fold_width * layout_.imageScale() : 0;
@@ -54,6 +53,11 @@ void WynTextView::updateGutterWidth() {
                old_fold = layout_.foldWidth();
   layout_.setGutterWidth(width, flag, fold);
   if (old_width != layout_.gutterWidth() || old_flag != flag || old_fold != fold) setNeedsDisplay();
+}
+
+// The left part of the gutter: where flags are, and where a click sets the first one.
+double WynTextView::bookmarkZone() const {
+  return bookmark_width * layout_.imageScale();
 }
 
 // One column stays free for the unit before a cut through a long word.
@@ -134,12 +138,21 @@ void WynTextView::setNeedsDisplayOfLines(std::size_t first, std::size_t last) {
   host_->set_needs_display(rect{visible.x, top, visible.width, bottom - top}.intersection(visible));
 }
 
-// The gutter shows the caret's line number darker, and the line itself may have a background.
-void WynTextView::setNeedsDisplayOfCurrentLines(rect const& old_caret) {
+// The gutter marks the number of the caret's line, and its row may be shaded unless something is
+// selected.
+void WynTextView::setNeedsDisplayOfCurrentLines(rect const& old_caret, bool had_selection) {
   if (!lineNumbers() && !highlightCurrentLine()) return;
-  std::size_t const fresh = view_->line_in_view(view_->selection.current_mark);
-  for (std::size_t const row : {layout_.row_at(old_caret.y), fresh})
-    setNeedsDisplayOfLines(row, row + 1);
+  std::size_t const row = view_->line_in_view(view_->selection.current_mark);
+  std::size_t const old_row = std::min(layout_.row_at(old_caret.y), view_->lines() - 1);
+  if (row == old_row && view_->has_selection() == had_selection) return;
+  for (std::size_t const changed : {old_row, row}) {
+    setNeedsDisplayOfLines(changed, changed + 1);
+    text::iterator const begin = view_->begin(changed).base;
+    if (begin.column == 0) continue;
+    std::size_t const numbered =
+        view_->line_in_view({view_, view_->storage->begin_of_line(begin.line)});
+    setNeedsDisplayOfLines(numbered, numbered + 1);
+  }
 }
 
 rect WynTextView::visibleTextRect() const {
@@ -210,7 +223,7 @@ void WynTextView::addScrollingMethods() {
   addAction("pageDownAndModifySelection:", [this] { moveByPage(1, true); });
   auto const add_scroll = [this](char const* selector, std::function<double()> rows) {
     addMethod(selector, [this, rows = std::move(rows)](plist::value const&) {
-      if (host_ != nullptr && view_ != nullptr) scrollByRows(rows());
+      if (host_ != nullptr && view_ != nullptr) scrollByRows(rows(), smoothScrolling());
       return plist::value();
     });
   };
@@ -230,7 +243,8 @@ void WynTextView::addScrollingMethods() {
   });
 }
 
-void WynTextView::scrollByRows(double rows) {
+void WynTextView::scrollByRows(double rows, bool smoothly) {
+  if (smoothly) return host_->glide_by({0, rows * layout_.lineHeight()});
   rect const visible = host_->visible_rect();
   host_->scroll_to({visible.x, visible.y + rows * layout_.lineHeight()});
 }
@@ -259,7 +273,7 @@ void WynTextView::moveByPage(int direction, bool select) {
   } else {
     view.selection.set_caret(target);
   }
-  if (host_ != nullptr) scrollByRows(static_cast<double>(direction * rows));
+  if (host_ != nullptr) scrollByRows(static_cast<double>(direction * rows), false);
 }
 
 void WynTextView::visible_rect_changed() {
@@ -294,7 +308,10 @@ void WynTextView::showCaret() {
 void WynTextView::blinkCaret() {
   if (host_ == nullptr || view_ == nullptr) return;
   caretVisible_ = !caretVisible_;
-  host_->set_needs_display(layout::caret_rectangle(*this).intersection(host_->visible_rect()));
+  rect const visible = host_->visible_rect();
+  host_->set_needs_display(layout::caret_rectangle(*this).intersection(visible));
+  for (rect const& caret : layout::other_caret_rectangles(*this, visible))
+    host_->set_needs_display(caret.intersection(visible));
 }
 
 rect WynTextView::caret_rect() const {

@@ -33,6 +33,14 @@ class view_switches {
   bool freehandedEdit() const { return isOn("WynTextViewFreehandedModeEnabled"); }
   bool antiAliasEnabled() const { return isOn("WynTextViewAntiAliasEnabled"); }
   bool showInvisibles() const { return isOn(show_invisibles); }
+  bool showBlanks() const { return isOn("WynTextViewShowBlanks"); }
+  /// Whether rows that continue a line begin in the column of its text.
+  bool indentWrappedRows() const { return isOn("WynTextViewIndentWrappedRows"); }
+  bool indentGuides() const { return isOn("WynTextViewIndentGuides"); }
+  bool matchingBrackets() const { return isOn("WynTextViewMatchingBrackets"); }
+  /// Whether the other places of a selected word are marked.
+  bool marksSelectedWord() const { return isOn("WynTextViewSelectedWord"); }
+  bool smoothScrolling() const { return isOn("WynTextViewSmoothScrolling"); }
   bool highlightCurrentLine() const { return isOn("WynTextViewHighlightCurrentLine"); }
 
  protected:

@@ -1,6 +1,7 @@
 #include "textview/view_will_change.h"
 
 #include "layout/geometry.h"
+#include "layout/indent_guides.h"
 #include "search/WynFindManager.h"
 #include "styles/symbol_list.h"
 #include "text/views/view.h"
@@ -43,6 +44,7 @@ view_will_change::view_will_change(WynTextView& tv, bool grouped)
   if (is_seen) {
     old_region = layout::selection_region(tv, layout::visible_rect_of(tv));
     old_caret = layout::caret_rectangle(tv);
+    other_carets = layout::other_caret_rectangles(tv, layout::visible_rect_of(tv));
   }
   if (group) view.storage->undo_manager.begin_group();
   if (++text_view.viewChangeNesting_ == 1) {
@@ -95,6 +97,7 @@ void view_will_change::show_outcome(bool center, bool outermost) {
   text_view.publishPosition();
   if (!outermost) return;
   if (has_stepped_right()) text_view.flashPartner();
+  text_view.followMarks();
   if (moved || changed) {
     text_view.showCaret();
     text_view.selectionDidChange();
@@ -144,12 +147,30 @@ void view_will_change::mark_refreshed_lines() {
   text::view const& view = *text_view.view();
   if (view.first_refresh_line >= view.last_refresh_line) return;
   text_view.setNeedsDisplayOfLines(view.first_refresh_line, view.last_refresh_line);
+  if (text_view.indentGuides()) mark_guides();
   // A block that begins or ends no more changes the marks of other lines.
   TextLayout const& layout = text_view.layout();
   rect const visible = layout::visible_rect_of(text_view);
   double const x = visible.x + layout.gutterWidth() - layout.foldWidth();
   if (layout.foldWidth() > 0 && text_view.host() != nullptr)
     text_view.host()->set_needs_display({x, visible.y, layout.foldWidth(), visible.height});
+}
+
+// The guides of blank lines depend on the lines around them.
+void view_will_change::mark_guides() {
+  text::view const& view = *text_view.view();
+  std::size_t const last_row = view.lines() - 1;
+  std::size_t const first = std::min<std::size_t>(view.first_refresh_line, last_row);
+  std::size_t const last = std::min<std::size_t>(view.last_refresh_line - 1, last_row);
+  std::size_t const first_line = view.begin(first).base.line,
+                    last_line = view.begin(last).base.line;
+  auto const [from, to] =
+      layout::indent_guides::affected_lines(*view.storage, first_line, last_line + 1);
+  auto const row_of = [&](std::size_t line) {
+    return view.line_in_view({&view, view.storage->begin_of_line(line)});
+  };
+  if (from < first_line) text_view.setNeedsDisplayOfLines(row_of(from), first);
+  if (to > last_line + 1) text_view.setNeedsDisplayOfLines(last + 1, row_of(to - 1) + 1);
 }
 
 void view_will_change::mark_moved_selection() {
@@ -159,11 +180,14 @@ void view_will_change::mark_moved_selection() {
   wyn::region const fresh = layout::selection_region(text_view, visible);
   for (rect const& r : fresh.exclusive_or(old_region).rects())
     host->set_needs_display(r.intersection(visible));
-  for (rect const& caret : {old_caret, layout::caret_rectangle(text_view)}) {
+  auto carets = layout::other_caret_rectangles(text_view, visible);
+  carets.insert(carets.end(), {old_caret, layout::caret_rectangle(text_view)});
+  carets.insert(carets.end(), other_carets.begin(), other_carets.end());
+  for (rect const& caret : carets) {
     rect const around = {caret.x - 4, caret.y, caret.width + 8, caret.height};
     host->set_needs_display(around.intersection(visible));
   }
-  text_view.setNeedsDisplayOfCurrentLines(old_caret);
+  text_view.setNeedsDisplayOfCurrentLines(old_caret, had_selection);
 }
 
 void view_will_change::scroll_to_selection() {

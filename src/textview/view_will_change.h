@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 class WynDocument;
 class WynTextView;
@@ -32,6 +33,7 @@ class view_will_change {
   void end_outermost();
   void show_outcome(bool center, bool outermost);
   void mark_refreshed_lines();
+  void mark_guides();
   void mark_moved_selection();
   void scroll_to_selection();
   void drop_left_ranges();
@@ -43,6 +45,7 @@ class view_will_change {
   bool is_seen;  ///< else nothing of what shows is kept up to date
   wyn::region old_region;
   platform::rect old_caret;
+  std::vector<platform::rect> other_carets;
   bool had_selection;
   std::size_t lines = 0, columns = 0;
   std::uint32_t memento = 0;

@@ -1,4 +1,5 @@
 # What comes between the keyboard and the text: layouts, menus by key, panels, the wheel.
+with_defaults '<key>WynTextViewSmoothScrolling</key><false/>'
 printf 'one\ntwo\n' >file.txt
 edit file.txt
 

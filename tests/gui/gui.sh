@@ -43,9 +43,12 @@ with_defaults() {
     "$1" >"$XDG_CONFIG_HOME/Quirnote/Defaults.plist"
 }
 # with_large_letters [XML]: cells of 29 by 59 pixels are easy to hit, whatever the menu bar's size.
+# Without line numbers the first of them is at the window's edge, and rows look alike.
 with_large_letters() {
   with_defaults "<key>WynTextViewNormalFontName</key><string>DejaVu Sans Mono</string>
-    <key>WynTextViewNormalFontSize</key><real>36</real>${1-}"
+    <key>WynTextViewNormalFontSize</key><real>36</real>
+    <key>WynTextViewLineNumbersEnabled</key><false/>
+    <key>WynTextViewHighlightCurrentLine</key><false/>${1-}"
 }
 
 is_running() { kill -0 "$editor_pid" 2>/dev/null; }

@@ -102,18 +102,90 @@ fill 4,34 80x16 #003000
 text 4,14 "a" #e0e0e0
 cluster 12,14 in 8 "‣" #808080
 text 36,14 "b" #e0e0e0
-cluster 44,14 in 8 "·" #808080
+cluster 44,14 in 8 "¬" #808080
 cluster 4,30 in 8 "•" #808080
 cluster 12,30 in 8 "◆" #808080
 cluster 20,30 in 8 "◆" #808080
 cluster 28,30 in 8 "◆" #808080
-cluster 36,30 in 8 "·" #808080
+cluster 36,30 in 8 "¬" #808080
 text 4,46 "<" #e0e0e0
 fill 4,2 1x16 #ff0000
 )");
 }
 
+TEST_F(drawing, blanks_guides_brackets_and_the_ruler_stand_in_their_order) {
+  view.setTabSize(2);
+  settings::store().set("WynTextViewShowBlanks", true);
+  settings::store().set("WynTextViewRulerColumn", 7);
+  set("a (\n\n   b \n\n)|");
+  EXPECT_EQ(drawn(), R"rows(
+fill 60,0 1x82 #3a3a3a
+fill 4,18 1x16 #2d2d2d
+fill 4,34 1x16 #2d2d2d
+fill 20,34 1x16 #2d2d2d
+fill 4,50 1x16 #2d2d2d
+fill 4,66 8x16 #313131
+fill 4,66 8x1 #787878
+fill 4,81 8x1 #787878
+fill 4,66 1x16 #787878
+fill 11,66 1x16 #787878
+fill 20,2 8x16 #313131
+fill 20,2 8x1 #787878
+fill 20,17 8x1 #787878
+fill 20,2 1x16 #787878
+fill 27,2 1x16 #787878
+text 4,14 "a (" #e0e0e0
+text 4,14 " · " #808080
+cluster 28,14 in 8 "¬" #808080
+cluster 4,30 in 8 "¬" #808080
+text 4,46 "   b " #e0e0e0
+text 4,46 "··· ·" #808080
+cluster 44,46 in 8 "¬" #808080
+cluster 4,62 in 8 "¬" #808080
+text 4,78 ")" #e0e0e0
+fill 12,66 1x16 #ff0000
+)rows");
+}
+
+TEST_F(drawing, characters_that_hide_are_always_marked) {
+  set("|a\u200bb\u202ec\nd\u200de \U0001F469\u200D\U0001F467");
+  EXPECT_EQ(drawn(), R"(
+text 4,14 "a" #e0e0e0
+fill 11,2 2x16 #ff6b6b
+fill 8,2 8x2 #ff6b6b
+fill 8,16 8x2 #ff6b6b
+text 12,14 "b" #e0e0e0
+fill 19,2 2x16 #ff6b6b
+fill 16,2 8x2 #ff6b6b
+fill 16,16 8x2 #ff6b6b
+text 20,14 "c" #e0e0e0
+cluster 4,30 in 8 "d‍" #e0e0e0
+fill 11,18 2x16 #ff6b6b
+fill 8,18 8x2 #ff6b6b
+fill 8,32 8x2 #ff6b6b
+text 12,30 "e " #e0e0e0
+cluster 28,30 in 16 "👩‍👧" #e0e0e0
+fill 4,2 1x16 #ff0000
+)");
+}
+
+TEST_F(drawing, a_rectangle_has_a_caret_in_each_line) {
+  set("a{bc\nabc\nab}c");
+  EXPECT_EQ(drawn(), R"(
+blend 12,2 8x16 #0000ff80
+blend 12,18 8x16 #0000ff80
+blend 12,34 8x16 #0000ff80
+text 4,14 "abc" #e0e0e0
+text 4,30 "abc" #e0e0e0
+text 4,46 "abc" #e0e0e0
+fill 20,34 1x16 #ff0000
+fill 20,2 1x16 #ff0000
+fill 20,18 1x16 #ff0000
+)");
+}
+
 TEST_F(drawing, the_field_that_is_filled_in_is_marked) {
+  settings::store().set("WynTextViewMatchingBrackets", false);
   set("a|\nb");
   auto const marks = [this] {
     std::string result;
@@ -149,17 +221,17 @@ TEST_F(drawing, wrapped_rows_keep_style_and_background) {
   set("<abcdefg hijklmn opqrst> uvw\n|x");
   EXPECT_EQ(drawn(), R"(
 fill 0,0 200x82 #101010
-fill 0,0 50x82 #1a1a1a
-text 38,14 "1" #888888
-cluster 38,30 in 8 "↪" #888888
-text 38,46 "2" #888888
-fill 54,2 146x16 #003000
-fill 54,18 56x16 #003000
-text 54,14 "<abcdefg hijklmn " #e0e0e0
-text 54,30 "opqrst>" #e0e0e0
-text 110,30 " uvw" #e0e0e0
-text 54,46 "x" #e0e0e0
-fill 54,34 1x16 #ff0000
+fill 0,0 28x82 #1a1a1a
+text 14,14 "1" #878787
+cluster 14,30 in 8 "↪" #878787
+text 14,46 "2" #cfcfcf
+fill 32,2 168x16 #003000
+fill 32,18 56x16 #003000
+text 32,14 "<abcdefg hijklmn " #e0e0e0
+text 32,30 "opqrst>" #e0e0e0
+text 88,30 " uvw" #e0e0e0
+text 32,46 "x" #e0e0e0
+fill 32,34 1x16 #ff0000
 )");
 }
 

@@ -10,10 +10,13 @@
 #include "textview/view_will_change.h"
 
 /// A text view in a window of the desktop without windows, without a theme: cells are 8 pixels wide
-/// and rows 16 high, the text begins at x = 4 and y = 2. The desktop must be there before.
+/// and rows 16 high, the text begins at x = 4 and y = 2, and no line is shaded. A test that wants
+/// line numbers, or that, sets it afterwards. The desktop must be there before.
 struct shown_view {
   explicit shown_view(std::string_view drawing = "|",
                       std::shared_ptr<WynDocument> document = WynDocument::document()) {
+    for (char const* key : {"WynTextViewLineNumbersEnabled", "WynTextViewHighlightCurrentLine"})
+      settings::store().set(key, false);
     view.setCurrentStyleSheet({});
     view.setDocument(std::move(document));
     set(drawing);

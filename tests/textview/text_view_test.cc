@@ -65,12 +65,12 @@ TEST_F(text_view, draws_only_what_the_dirty_rectangle_meets) {
 TEST_F(text_view, numbers_lines_in_a_gutter_that_stays_when_scrolled_sideways) {
   settings::store().set("WynTextViewLineNumbersEnabled", true);
   set("|one\ntwo\n" + std::string(500, 'x'));
-  EXPECT_TRUE(has_drawn("text 38,14 \"1\" #000000"));
-  EXPECT_TRUE(has_drawn("text 38,30 \"2\" #888888"));
+  EXPECT_TRUE(has_drawn("text 14,14 \"1\" #161616"));
+  EXPECT_TRUE(has_drawn("text 14,30 \"2\" #6d6d6d"));
   perform("moveToEndOfDocument:");
   double const x = host.visible_rect().x;
   EXPECT_GT(x, 0);
-  EXPECT_TRUE(has_drawn("text " + std::to_string(static_cast<int>(x) + 38) + ",14 \"1\" #888888"));
+  EXPECT_TRUE(has_drawn("text " + std::to_string(static_cast<int>(x) + 14) + ",14 \"1\" #6d6d6d"));
 }
 
 TEST_F(text_view, wraps_lines_to_what_is_visible) {
