@@ -10,14 +10,22 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScreen>
+#include <QStyle>
 #include <QStyleHints>
-#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
 
 namespace widgets {
 namespace {
+
+constexpr double glide_time = 40;  // ms in which two thirds of a way are gone
+
+int frame_time(QScreen const* screen) {
+  double const rate = screen != nullptr ? screen->refreshRate() : 60;
+  return static_cast<int>(std::clamp(std::floor(1000 / std::max(rate, 1.0)), 4.0, 40.0));
+}
 
 platform::color from_qcolor(QColor const& c) {
   return {static_cast<std::uint8_t>(c.red()), static_cast<std::uint8_t>(c.green()),
@@ -60,6 +68,8 @@ TextViewWidget::TextViewWidget(platform::view_client& client, TextViewOwner& own
   viewport()->setMouseTracking(true);
   viewport()->setCursor(Qt::IBeamCursor);
   viewport()->setAcceptDrops(true);
+  glide_timer_.setTimerType(Qt::PreciseTimer);
+  connect(&glide_timer_, &QTimer::timeout, this, [this] { glide(); });
   client_->set_host(this);
 }
 
@@ -93,8 +103,39 @@ platform::rect TextViewWidget::visible_rect() const {
 }
 
 void TextViewWidget::scroll_to(platform::point origin) {
-  horizontalScrollBar()->setValue(to_scroll_range(std::round(origin.x)));
-  verticalScrollBar()->setValue(to_scroll_range(std::round(origin.y)));
+  glide_timer_.stop();
+  set_scroll_bars({origin.x, origin.y});
+}
+
+void TextViewWidget::set_scroll_bars(QPointF origin) {
+  horizontalScrollBar()->setValue(to_scroll_range(std::round(origin.x())));
+  verticalScrollBar()->setValue(to_scroll_range(std::round(origin.y())));
+}
+
+// A desktop without animations has none here either.
+void TextViewWidget::glide_by(platform::point distance) {
+  bool const glides = glide_timer_.isActive();
+  QPointF const from = glides ? glide_target_ : QPointF(origin().x, origin().y);
+  glide_target_ = {std::clamp<double>(from.x() + distance.x, 0, horizontalScrollBar()->maximum()),
+                   std::clamp<double>(from.y() + distance.y, 0, verticalScrollBar()->maximum())};
+  if (!style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this))
+    return scroll_to({glide_target_.x(), glide_target_.y()});
+  if (glides) return;
+  glide_at_ = {origin().x, origin().y};
+  since_glide_.start();
+  glide_timer_.start(frame_time(screen()));
+}
+
+// A share of what is left in each frame: at once where the wheel turns, and slow at the end.
+void TextViewWidget::glide() {
+  double const share = 1 - std::exp(-double(since_glide_.restart()) / glide_time);
+  QPointF const left = glide_target_ - glide_at_;
+  bool const ends = left.manhattanLength() < 1;
+  glide_at_ += ends ? left : left * share;
+  is_gliding_step_ = true;
+  set_scroll_bars(glide_at_);
+  is_gliding_step_ = false;
+  if (ends) glide_timer_.stop();
 }
 
 void TextViewWidget::set_frame_size(platform::size s) {
@@ -177,6 +218,7 @@ void TextViewWidget::resizeEvent(QResizeEvent*) {
 }
 
 void TextViewWidget::scrollContentsBy(int dx, int dy) {
+  if (!is_gliding_step_) glide_timer_.stop();  // the user has taken the scroll bar, say
   // The gutter stays where it is while the text moves sideways, and pixels can be moved by whole
   // device pixels only.
   bool const whole_pixels = devicePixelRatioF() == std::floor(devicePixelRatioF());

@@ -7,7 +7,9 @@
 #include <QAbstractScrollArea>
 #include <QElapsedTimer>
 #include <QHelpEvent>
+#include <QPointF>
 #include <QScrollBar>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -46,6 +48,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   // platform::view_host
   platform::rect visible_rect() const override;
   void scroll_to(platform::point origin) override;
+  void glide_by(platform::point distance) override;
   void set_frame_size(platform::size s) override;
   void set_needs_display(platform::rect const& r) override;
   void set_ticks_need_display() override { verticalScrollBar()->update(); }
@@ -106,6 +109,8 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   platform::point origin() const;
   platform::point to_view(QPointF local) const;
   QPoint to_viewport(platform::point p) const;
+  void set_scroll_bars(QPointF origin);
+  void glide();
   void update_scroll_bars();
   void follow_device_pixels();
   void focus_changed();
@@ -133,7 +138,11 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   Qt::MouseButton press_button_ = Qt::NoButton;
   int click_count_ = 0;
   QPointF wheel_rest_;  // fractions of a pixel not scrolled yet
-  int zoom_rest_ = 0;   // parts of a wheel's step not zoomed yet
+  QTimer glide_timer_;  // runs as long as the text glides
+  QElapsedTimer since_glide_;
+  QPointF glide_at_, glide_target_;
+  bool is_gliding_step_ = false;
+  int zoom_rest_ = 0;  // parts of a wheel's step not zoomed yet
   bool cursor_hidden_ = false;
   bool shows_tool_tip_ = false;  // or has shown one that went by itself
   std::shared_ptr<char> const lives_ = std::make_shared<char>();

@@ -84,6 +84,11 @@ void TextViewWidget::inputMethodEvent(QInputMethodEvent* event) {
   event->accept();
   auto& waits = platform::desktop::current().waits();
   if (!waits.is_waiting()) waits.did_type();
+  if (event->replacementLength() > 0)
+    deliver([offset = event->replacementStart(),
+             length = event->replacementLength()](platform::view_client& client) {
+      client.delete_surrounding_text(offset, static_cast<std::size_t>(length));
+    });
   if (!event->commitString().isEmpty())
     deliver([text = utf16(event->commitString())](platform::view_client& client) {
       client.insert_text(text);
@@ -124,7 +129,9 @@ QVariant TextViewWidget::inputMethodQuery(Qt::InputMethodQuery query) const {
 void TextViewWidget::input_method_changed(bool abandon) {
   if (!hasFocus()) return;
   if (abandon) QGuiApplication::inputMethod()->reset();
-  updateMicroFocus(Qt::ImCursorRectangle);
+  // An input method asks for the text around the caret only when it hears that it is another one.
+  QGuiApplication::inputMethod()->update(Qt::ImCursorRectangle | Qt::ImSurroundingText |
+                                         Qt::ImCursorPosition | Qt::ImAnchorPosition);
 }
 
 }  // namespace widgets

@@ -153,6 +153,11 @@ void TextViewWidget::wheelEvent(QWheelEvent* event) {
   wheel_rest_ += distance;
   QPointF const whole(std::trunc(wheel_rest_.x()), std::trunc(wheel_rest_.y()));
   wheel_rest_ -= whole;
+  QPoint const angle = event->angleDelta();
+  bool const is_stepped = event->phase() == Qt::NoScrollPhase && angle.x() % units_per_step == 0 &&
+                          angle.y() % units_per_step == 0;
+  if (is_stepped && client_ != nullptr && client_->scrolls_smoothly())
+    return glide_by({-whole.x(), -whole.y()});
   scroll_to({origin().x - whole.x(), origin().y - whole.y()});
 }
 
