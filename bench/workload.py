@@ -39,6 +39,14 @@ def plist_xml(value):
     return f"<{tag}>{escape(str(value))}</{tag}>"
 
 
+def bracketed():
+    """C that begins with a bracket, whose partner is 20 lines below."""
+    block = "\tif (name == NULL) {\n\n\t\treturn call(name, count[1]);\n\t}\n"
+    yield ("(" + block * 5 + ")\n").encode()
+    for n in range(5000):
+        yield f"int function_{n}(char const* name)\n{{\n{block}}}\n".encode()
+
+
 class Workload:
     def __init__(self, folder):
         self.folder = folder
@@ -50,6 +58,12 @@ class Workload:
         self.line_50 = make_once(
             folder / "line-50.txt",
             lambda out: out.write(head(self.log_100, 50_000_000).replace(b"\n", b" ")))
+
+        self.bracketed = make_once(folder / "bracketed.c", lambda out: out.writelines(bracketed()))
+        record = b'{"name":"a name","values":[1,2.5,null,true],"inner":{"key":"value"}},'
+        json_line = b"[" + record * (500_000 // len(record)) + b"0]\n"
+        self.json_line = make_once(folder / "line.json", lambda out: out.write(json_line))
+        self.json_as_text = make_once(folder / "json.txt", lambda out: out.write(json_line))
 
     def _cut(self, name, size):
         return make_once(self.folder / name, lambda out: out.write(head(self.log_100, size)))
