@@ -41,8 +41,8 @@ class waiting : public app_test {
       for (char const c : what.substr(4)) key(static_cast<char16_t>(c));
     } else if (what == "click") {
       host().send([](platform::view_client& client) {
-        client.mouse_down({{4, 2}, platform::mouse_button::left, 1, 0});
-        client.mouse_up({{4, 2}, platform::mouse_button::left, 1, 0});
+        client.mouse_down({{32, 2}, platform::mouse_button::left, 1, 0});
+        client.mouse_up({{32, 2}, platform::mouse_button::left, 1, 0});
       });
     } else if (what == "preedit") {
       host().send([](platform::view_client& client) { client.set_marked_text(u"ka", 2, 0); });
@@ -52,7 +52,7 @@ class waiting : public app_test {
       auto const content = std::make_shared<headless::memory_pasteboard>();
       content->set({{"text", "D"}});
       host().send([content](platform::view_client& client) {
-        client.perform_drag_operation({{4, 2}, platform::drag_operation::copy, 0, false, *content});
+        client.perform_drag_operation({{32, 2}, platform::drag_operation::copy, 0, false, *content});
       });
     } else if (what == "change") {
       folder.write("file", "theirs\n");
