@@ -135,9 +135,13 @@ void bracket_marks::show(std::optional<place_pair> const& found) {
   areas.swap(areas_);
   if (view_.host() == nullptr) return;
   platform::rect const visible = visible_rect_of(view_);
-  areas.insert(areas.end(), areas_.begin(), areas_.end());
-  for (platform::rect const& area : areas)
-    view_.host()->set_needs_display(area.intersection(visible));
+  auto const mark_those_not_in = [&](auto const& others, auto const& of) {
+    for (platform::rect const& area : of)
+      if (std::find(others.begin(), others.end(), area) == others.end())
+        view_.host()->set_needs_display(area.intersection(visible));
+  };
+  mark_those_not_in(areas, areas_);
+  mark_those_not_in(areas_, areas);
 }
 
 }  // namespace layout

@@ -49,6 +49,12 @@ std::pair<std::size_t, std::size_t> indent_guides::affected_lines(text::storage 
   return {first_blank_before(storage, first), after_blank_from(storage, last)};
 }
 
+std::size_t indent_guides::outline_of(text::view const& view, std::size_t line) {
+  text::unit_view const units = start_of(*view.storage, line);
+  if (is_blank_line(*view.storage, line)) return std::size_t(-1);
+  return 2 * text::indent_width(units, text::tab_stops(view.tab_size)) + closes_block(units);
+}
+
 std::size_t indent_guides::depth_of_row(std::size_t row) {
   text::iterator const begin = view_.begin(row).base;
   std::size_t const depth = depth_of_line(begin.line);

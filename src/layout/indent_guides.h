@@ -21,6 +21,9 @@ class indent_guides {
   static std::pair<std::size_t, std::size_t> affected_lines(text::storage const& storage,
                                                             std::size_t first, std::size_t last);
 
+  /// What the blank lines next to a line may depend on: its depth and how it begins.
+  static std::size_t outline_of(text::view const& view, std::size_t line);
+
  private:
   std::size_t depth_of_line(std::size_t line);
   std::size_t depth_of_blank_lines(std::size_t first, std::size_t last) const;

@@ -44,6 +44,8 @@ view_will_change::view_will_change(WynTextView& tv, bool grouped)
   if (is_seen) {
     old_region = layout::selection_region(tv, layout::visible_rect_of(tv));
     old_caret = layout::caret_rectangle(tv);
+    guided_line = view.selection.current_mark.base.line;
+    outline = layout::indent_guides::outline_of(view, guided_line);
     other_carets = layout::other_caret_rectangles(tv, layout::visible_rect_of(tv));
   }
   if (group) view.storage->undo_manager.begin_group();
@@ -164,6 +166,10 @@ void view_will_change::mark_guides() {
   std::size_t const last = std::min<std::size_t>(view.last_refresh_line - 1, last_row);
   std::size_t const first_line = view.begin(first).base.line,
                     last_line = view.begin(last).base.line;
+  bool const is_edited_line = first_line == guided_line && last_line == guided_line;
+  if (is_edited_line && lines == view.lines() &&
+      outline == layout::indent_guides::outline_of(view, guided_line))
+    return;
   auto const [from, to] =
       layout::indent_guides::affected_lines(*view.storage, first_line, last_line + 1);
   auto const row_of = [&](std::size_t line) {

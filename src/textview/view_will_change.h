@@ -47,6 +47,7 @@ class view_will_change {
   platform::rect old_caret;
   std::vector<platform::rect> other_carets;
   bool had_selection;
+  std::size_t guided_line = 0, outline = 0;  ///< the caret's line, and that of its guides
   std::size_t lines = 0, columns = 0;
   std::uint32_t memento = 0;
   bool group;
