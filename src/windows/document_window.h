@@ -1,0 +1,81 @@
+#pragma once
+
+#include "commands/command_owner.h"
+#include "encoding/charset.h"
+#include "platform/notification_center.h"
+#include "platform/window.h"
+#include "textview/WynTextView.h"
+#include "windows/windows_owner.h"
+
+#include <memory>
+#include <string>
+
+class WynDocument;
+
+namespace windows {
+
+/// A window that shows one document at a time: it holds the text view and saves the document. Owned
+/// by its windows_owner from showWindow() until it has closed.
+class document_window : public platform::window_delegate, public commands::command_owner {
+ public:
+  ~document_window() override;
+
+  std::shared_ptr<WynDocument> const& textDocument() const { return document_; }
+  WynTextView& textView() { return textView_; }
+  WynTextView const& textView() const { return textView_; }
+  platform::window& window() { return *window_; }
+  void showWindow();
+
+  /// False when it was cancelled or failed; the user has seen an alert.
+  bool saveDocument();
+  bool saveDocumentAs();
+  /// Saves what is edited if nothing has to be asked for that.
+  bool saveQuietly();
+  /// The name of the document, with that of its folder where other windows have the same.
+  void showTitle(bool with_folder);
+
+  // platform::window_delegate
+  void windowWillClose() override;
+  void windowDidBecomeKey() override;
+
+  // command_owner
+  bool takesOutput(commands::finished_command const& command) override;
+  void openAsNewDocument(text::text_block const& text) override;
+
+ protected:
+  explicit document_window(windows_owner& owner);
+
+  windows_owner& owner() { return owner_; }
+  void showDocument(std::shared_ptr<WynDocument> document);
+  /// Another document is shown, or what is to be seen of it outside of its text has changed.
+  virtual void documentDidChange();
+  /// What the window is called; the document is there.
+  virtual std::string windowTitle() const;
+
+  /// Whether the document may go: saved, or not wanted. Asks only if it is edited.
+  bool askToSaveDocument(WynDocument& document);
+  bool saveDocument(WynDocument& document);
+  bool saveDocumentAs(WynDocument& document);
+
+ private:
+  void addFileMethods();
+  void followProject();
+  void addEncodingMethods();
+  bool revertDocument();
+  bool reopenWithEncoding(std::int64_t charset);
+  void checkForFilesystemChanges();
+  void publishDocument();
+  encoding::charset_t shownEncoding() const;
+
+  windows_owner& owner_;
+  WynTextView textView_;
+  std::shared_ptr<WynDocument> document_;
+  std::unique_ptr<platform::window> window_;
+  platform::notification_center::token nameToken_, editedToken_, fileToken_;
+  std::string shownTitle_;
+  bool titleHasFolder_ = false;
+  bool lineEndingIsChosen_ = false, markIsChosen_ = false, charsetIsChosen_ = false;
+  std::shared_ptr<char> const lives_ = std::make_shared<char>();
+};
+
+}  // namespace windows
