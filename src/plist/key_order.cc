@@ -1,6 +1,7 @@
 #include "plist/key_order.h"
 
 #include <unicode/coll.h>
+#include <unicode/unistr.h>
 
 #include <algorithm>
 #include <array>
@@ -40,17 +41,35 @@ std::unique_ptr<icu::Collator> make_collator() {
   return U_SUCCESS(status) ? std::move(result) : nullptr;
 }
 
-bool sorts_before(std::string const& a, std::string const& b) {
+icu::Collator const* shared_collator() {
   static icu::Collator const* const collator = make_collator().release();
+  return collator;
+}
+
+bool sorts_before(std::string const& a, std::string const& b) {
   UErrorCode status = U_ZERO_ERROR;
-  if (!collator) return a < b;
-  return collator->compareUTF8(a, b, status) == UCOL_LESS;
+  if (!shared_collator()) return a < b;
+  return shared_collator()->compareUTF8(a, b, status) == UCOL_LESS;
 }
 
 }  // namespace
 
 void SortArrayLexicographically(std::vector<std::string>& names) {
   std::stable_sort(names.begin(), names.end(), sorts_before);
+}
+
+std::string lexicographic_key(std::string_view name) {
+  constexpr int usual_size = 128;
+  if (!shared_collator()) return std::string(name);
+  auto const units = icu::UnicodeString::fromUTF8({name.data(), static_cast<int>(name.size())});
+  std::string key(usual_size, '\0');
+  for (;;) {
+    int const size = shared_collator()->getSortKey(
+        units, reinterpret_cast<std::uint8_t*>(key.data()), static_cast<int>(key.size()));
+    bool const fits = size <= static_cast<int>(key.size());
+    key.resize(static_cast<std::size_t>(size));
+    if (fits) return key;
+  }
 }
 
 std::vector<std::string> KeySortedArray(dictionary const& entries) {

@@ -285,6 +285,28 @@ rows files() {
        "never."},
       {"NSRecentDocumentsLimit", integer(1, 10000), 25, scope::program, "Recent Files",
        "How many files File > Open Recent holds."},
+      {"WynProjectTextFiles",
+       list(),
+       {},
+       scope::program,
+       "Files Opened as Text",
+       "Extensions, without a dot and in lower case, of files that project windows open and search "
+       "whatever they hold."},
+      {"WynProjectBinaryFiles", list(), plist::array{"gif", "icns", "png", "psd", "tiff", "qnproj"},
+       scope::program, "Files Not Opened as Text",
+       "Extensions of files that project windows neither open nor search."},
+      {"WynFolderReferenceFilePattern", text(),
+       "!(/\\.(?!htaccess)[^/]*|\\.(qnproj|o|pyc)|/Icon\\r|/svn-commit(\\.[2-9])?\\.tmp)$",
+       scope::program, "Files of Folders",
+       "A regular expression for the paths of the files that folders of projects show. With a `!` "
+       "before it, for those that they leave out."},
+      {"WynFolderReferenceFolderPattern", text(),
+       "!.*/(\\.[^/]*|CVS|_darcs|_MTN|\\{arch\\}|blib|.*~\\.nib|"
+       ".*\\.(framework|app|pbproj|pbxproj|xcode(proj)?|bundle))$",
+       scope::program, "Folders in Folders", "The same for the paths of the folders in them."},
+      {"WynSaveAllOnDeactivate", boolean(), false, scope::program, "Save When Leaving",
+       "Save all files of projects, and documents that have a file, when another program becomes "
+       "active."},
       {"WynDefaultLanguage",
        text(),
        {},
