@@ -174,9 +174,9 @@ void AppDelegate::applicationDidBecomeActive() {
 
 void AppDelegate::applicationWillResignActive() {
   clips_.save();
-  if (settings::store().boolean("WynSaveOnFocusLoss"))
-    for (std::size_t n = 0; n < controllers_.size(); ++n)
-      if (controllers_[n]->textDocument() != nullptr) controllers_[n]->saveQuietly();
+  if (!settings::store().boolean("WynSaveAllOnDeactivate")) return;
+  for (std::size_t n = 0; n < controllers_.size(); ++n)
+    if (controllers_[n]->textDocument() != nullptr) controllers_[n]->saveQuietly();
 }
 
 AppDelegate::~AppDelegate() {

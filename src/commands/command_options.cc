@@ -85,6 +85,7 @@ command_options read_command(plist::value const& command) {
   result.each_row = is_set(command["eachRow"]);
   std::string const before = command["beforeRunningCommand"].string_or("nop");
   result.saves_first = before == "saveActiveFile" || before == "saveModifiedFiles";
+  result.saves_all = before == "saveModifiedFiles";
   for (plist::value const& each : command["requiredCommands"].elements()) {
     required_program program{each.string_or(each["command"].string_or("")),
                              each["package"].string_or("")};

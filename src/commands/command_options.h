@@ -45,6 +45,7 @@ struct command_options {
   bool each_row = false;      ///< of a column selection each row is read by a run of its own
   bool saves_first = false;
   std::vector<required_program> required;
+  bool saves_all = false;  ///< of a project; others save what they have
 };
 
 /// Words that mean nothing here count as absent, and are reported once.

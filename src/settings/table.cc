@@ -271,8 +271,6 @@ rows files() {
        "Final Line End",
        "Whether saving puts a line end after the last line: `kept` where the file had one when it "
        "was opened."},
-      {"WynSaveOnFocusLoss", boolean(), false, scope::program, "Save When Focus Is Lost",
-       "Save edited files when another program becomes active, where nothing has to be asked."},
       {"WynSaveAtomically", boolean(), false, scope::program, "Save by Replacing",
        "Save by replacing the file instead of overwriting it."},
       {"WynDocumentDisableFSMetaData", boolean_or_list(), false, scope::program,
@@ -305,8 +303,7 @@ rows files() {
        ".*\\.(framework|app|pbproj|pbxproj|xcode(proj)?|bundle))$",
        scope::program, "Folders in Folders", "The same for the paths of the folders in them."},
       {"WynSaveAllOnDeactivate", boolean(), false, scope::program, "Save When Leaving",
-       "Save all files of projects, and documents that have a file, when another program becomes "
-       "active."},
+       "Save edited files when another program becomes active, where nothing has to be asked."},
       {"WynDefaultLanguage",
        text(),
        {},

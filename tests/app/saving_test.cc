@@ -116,7 +116,7 @@ TEST_F(saving, files_are_saved_when_another_program_gets_the_focus) {
   std::filesystem::permissions(folder / "locked", std::filesystem::perms::owner_read);
   app().applicationWillResignActive();
   EXPECT_EQ(folder.read(folder / "a"), "x");
-  defaults().set("WynSaveOnFocusLoss", true);
+  defaults().set("WynSaveAllOnDeactivate", true);
   app().applicationWillResignActive();
   EXPECT_EQ(folder.read(folder / "a"), "yx");
   EXPECT_EQ(windows(), titles({"*locked", "a"}));

@@ -1,0 +1,125 @@
+#pragma once
+
+#include "platform/notification_center.h"
+#include "projects/file_tree.h"
+#include "projects/project_file.h"
+#include "projects/text_files.h"
+#include "windows/document_window.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// A window with the files of a project: a tree of them, and a tab for each that is open.
+///
+///     auto project = std::make_unique<WynProjectController>(owner);
+///     if (!project->initWithContentsOfFile(path)) ...   // the user has seen why
+///     project->selectItem("/home/me/src/main.cc");
+///
+/// Files are named by their paths: one that is in the tree twice is one document with one tab.
+class WynProjectController : public windows::document_window {
+ public:
+  explicit WynProjectController(windows::windows_owner& owner);
+  ~WynProjectController() override;
+
+  /// Reads a project file, which may be missing. False if it can't be read: the user has seen an
+  /// alert, the project is empty, and the file isn't overwritten unasked.
+  bool initWithContentsOfFile(std::string const& path);
+  /// A project for the moment, of a folder or of several files.
+  void initWithFiles(std::vector<std::string> paths);
+
+  std::string const& filename() const { return filename_; }
+  void setFilename(std::string const& path);
+  std::string const& projectDirectory() const { return projectDirectory_; }
+  bool isScratchProject() const { return isScratchProject_; }
+  /// Without the suffix of the file; or "Project" with a number.
+  std::string displayName() const;
+  projects::file_tree& tree() { return tree_; }
+  plist::array const& projectVariables() const { return contents_.variables; }
+  void setProjectVariables(plist::array v) { contents_.variables = std::move(v); }
+
+  /// Saves the project itself. False if it could not be; the user has seen an alert.
+  bool writeToFile(std::string const& path);
+  bool saveProject();
+  bool saveProjectAs();
+
+  struct tab {
+    std::string path;                       ///< empty for an untitled document
+    std::shared_ptr<WynDocument> document;  ///< null until the tab is first selected
+    platform::notification_center::token edited, renamed;
+  };
+  std::vector<tab> const& tabs() const { return tabs_; }
+  std::size_t selectedTab() const { return selected_; }
+  std::string titleOfTab(std::size_t index) const;
+  void selectTab(std::size_t index);
+  void moveTab(std::size_t from, std::size_t to);
+  /// Asks before unsaved changes are lost. False if the tab stays.
+  bool performCloseTab(std::size_t index);
+  bool performCloseAllTabs();
+  /// Opens the tab last closed once more. False if there is none.
+  bool reopenClosedTab();
+
+  /// Shows the file in a tab. False if it can't be opened as text, or not at all.
+  bool selectItem(std::string const& path);
+  /// The document of a file, opened if it isn't. Null if it can't be; the user has seen an alert.
+  /// An empty path gives a new document.
+  std::shared_ptr<WynDocument> documentForItem(std::string const& path);
+  bool canOpenFile(std::string const& path) const;
+  /// By the settings and the languages that are installed.
+  static projects::text_file_rules textFileRules();
+  void toggleTreatFileAsText(std::string const& path);
+  bool goToNextFile(int step);
+  /// Goes to the file of the same name with the next other extension in its folder.
+  bool goToFileCounterpart();
+
+  std::size_t numberOfModifiedDocuments() const;
+  /// False when one of them failed. Untitled documents aren't asked for.
+  bool saveAllDocuments();
+  /// Looks what has become of the files; tabs of files that are gone are closed, unless they hold
+  /// unsaved changes.
+  void refresh();
+  /// The folder that commands work in; "" if there is none.
+  std::string findProjectDirectory() const;
+
+  // platform
+  bool windowShouldClose() override;
+  void windowDidBecomeKey() override;
+  bool isDocumentEdited() const override { return numberOfModifiedDocuments() != 0; }
+  plist::dictionary environmentVariables() const override;
+  // command_owner
+  bool willExecuteCommand(commands::command_options const& command) override;
+
+ protected:
+  void documentDidChange() override;
+  std::string windowTitle() const override;
+
+ private:
+  void addProjectMethods();
+  void showContents();
+  tab newTab(std::string path);
+  void adopt(tab& into, std::shared_ptr<WynDocument> document);
+  tab* tabWithPath(std::string const& path);
+  std::shared_ptr<WynDocument> documentOfTab(tab& of);
+  void documentWasRenamed(WynDocument const& document);
+  void removeTab(std::size_t index);
+  void closeTabsOfMissingFiles();
+  void keepMetaData(tab const& of);
+  std::vector<WynDocument*> modifiedDocuments() const;
+  bool askToSaveModifiedDocuments();
+  bool askToSaveProject();
+  void tell(std::string const& title, std::string const& text) const;
+
+  std::string filename_;
+  std::string projectDirectory_;
+  unsigned untitledCount_ = 0;
+  bool isScratchProject_ = false;
+  bool isUnreadable_ = false;  // the project file
+  std::optional<path::file_version> version_;
+  projects::project_contents contents_;  // but for the items, which are the tree's
+  projects::file_tree tree_;
+  std::vector<tab> tabs_;  // at least one
+  std::size_t selected_ = 0;
+  std::vector<std::string> closed_;  // files whose tabs were closed, the last one last
+};
