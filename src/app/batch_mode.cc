@@ -1,6 +1,7 @@
 #include "app/batch_mode.h"
 
 #include "app/AppDelegate.h"
+#include "app/batch_find.h"
 #include "app/batch_item.h"
 #include "app/batch_macro.h"
 #include "app/batch_output.h"
@@ -430,8 +431,9 @@ int run_batch_mode(batch_options const& options) try {
   // file that is only read isn't to be touched.
   settings::store().set_volatile("WynDocumentDisableFSMetaData", true);
   if (!take_settings(options)) return wrong_usage;
-  int const status = options.check_bundles.empty() ? batch_run(options).run()
-                                                   : check_bundles(options.check_bundles);
+  int const status = options.find.is_wanted()        ? run_batch_find(options)
+                     : options.check_bundles.empty() ? batch_run(options).run()
+                                                     : check_bundles(options.check_bundles);
   BundleManager::saveSharedCache();
   return status;
 } catch (std::bad_alloc const&) {

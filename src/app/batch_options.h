@@ -18,6 +18,19 @@ struct batch_macro_option {
   friend bool operator==(batch_macro_option const&, batch_macro_option const&) = default;
 };
 
+/// What is looked for in files and folders.
+struct batch_find_options {
+  std::string pattern;                          // --find; empty if nothing is
+  std::optional<std::string> replacement;       // --replace
+  std::string scope;                            // --scope: a selector
+  bool is_text = false, ignore_case = false;    // --fixed, --ignore-case
+  bool count = false, list = false;             // --count, --list-files
+  bool gitignore = false;                       // --gitignore
+  std::vector<std::string> included, excluded;  // --include, --exclude: globs
+  std::string rank;                             // --go-to-file: names by what is typed
+  bool is_wanted() const { return !pattern.empty() || list || !rank.empty(); }
+};
+
 /// What a run of batch mode is asked to do, in the order of the command line where that matters.
 struct batch_options {
   std::vector<std::pair<std::string, plist::value>> settings;  // --set
@@ -37,7 +50,8 @@ struct batch_options {
   bool strict = false;
   bool null_separated = false;             // -0: names as they are, ended by zero bytes
   std::vector<std::string> check_bundles;  // --check-bundle
-  std::vector<std::string> files;          // "-" is standard input
+  batch_find_options find;
+  std::vector<std::string> files;  // "-" is standard input
 };
 
 }  // namespace app

@@ -23,6 +23,13 @@ char const* const usage_text =
     "                [--render PNG [--size COLUMNSxROWS]] [--strict]\n"
     "                [--] [FILE|-]...\n"
     "       quirnote --batch --item NAME|UUID --input FILE|- [--set KEY=VALUE]... [--strict]\n"
+    "       quirnote --batch --find PATTERN [--fixed] [--ignore-case] [--scope SELECTOR]\n"
+    "                [--count | --print matches | --replace TEXT] [--include GLOB]... "
+    "[--exclude GLOB]...\n"
+    "                [--gitignore] [-0] [--] FOLDER|PROJECT|FILE...\n"
+    "       quirnote --batch --list-files | --go-to-file LETTERS [--include GLOB]... "
+    "[--exclude GLOB]...\n"
+    "                [--gitignore] [-0] [--] FOLDER|PROJECT|FILE...\n"
     "       quirnote --batch --check-bundle DIR [--check-bundle DIR]...\n"
     "       quirnote --help | --version | --list-settings\n"
     "WHAT is text, selection, state, scopes, styles, symbols or xml.\n";
@@ -147,8 +154,45 @@ constexpr batch_option batch_table[] = {
      [](batch_options& o, std::string const& what) {
        o.prints.push_back(what);
        static std::set<std::string> const parts = {"text",   "selection", "state", "scopes",
-                                                   "styles", "symbols",   "xml"};
+                                                   "styles", "symbols",   "xml",   "matches"};
        return parts.contains(what);
+     }},
+    {"find", true,
+     [](batch_options& o, std::string const& pattern) {
+       o.find.pattern = pattern;
+       return !pattern.empty();
+     }},
+    {"fixed", false, [](batch_options& o, std::string const&) { return o.find.is_text = true; }},
+    {"ignore-case", false,
+     [](batch_options& o, std::string const&) { return o.find.ignore_case = true; }},
+    {"scope", true,
+     [](batch_options& o, std::string const& selector) {
+       o.find.scope = selector;
+       return !selector.empty();
+     }},
+    {"replace", true,
+     [](batch_options& o, std::string const& text) {
+       o.find.replacement = text;
+       return true;
+     }},
+    {"count", false, [](batch_options& o, std::string const&) { return o.find.count = true; }},
+    {"include", true,
+     [](batch_options& o, std::string const& glob) {
+       o.find.included.push_back(glob);
+       return !glob.empty();
+     }},
+    {"exclude", true,
+     [](batch_options& o, std::string const& glob) {
+       o.find.excluded.push_back(glob);
+       return !glob.empty();
+     }},
+    {"gitignore", false,
+     [](batch_options& o, std::string const&) { return o.find.gitignore = true; }},
+    {"list-files", false, [](batch_options& o, std::string const&) { return o.find.list = true; }},
+    {"go-to-file", true,
+     [](batch_options& o, std::string const& letters) {
+       o.find.rank = letters;
+       return !letters.empty();
      }},
     {"null", false, [](batch_options& o, std::string const&) { return o.null_separated = true; }},
     {"explain", true, take_place},
@@ -203,7 +247,31 @@ arguments_t take_session(arguments_t& arguments) {
   return taken;
 }
 
+// What is wrong with the options of a run that looks for something in files, or for files.
+std::string contradiction_of_find(batch_options const& o) {
+  batch_find_options const& find = o.find;
+  bool const has_matches = std::find(o.prints.begin(), o.prints.end(), "matches") != o.prints.end();
+  bool const has_words = find.is_text || find.ignore_case || find.count || find.replacement ||
+                         !find.scope.empty() || has_matches;
+  bool const has_files = find.gitignore || !find.included.empty() || !find.excluded.empty();
+  if (find.pattern.empty() && has_words) return "a search needs --find PATTERN";
+  if (!find.is_wanted()) return has_files ? "there is nothing to look for in files" : "";
+  if (!find.pattern.empty() + find.list + !find.rank.empty() > 1)
+    return "--find, --list-files and --go-to-file exclude each other";
+  if (find.count + find.replacement.has_value() + has_matches > 1)
+    return "--count, --print matches and --replace exclude each other";
+  bool const has_others = !o.macros.empty() || o.save || !o.save_as.empty() || !o.input.empty() ||
+                          o.explain || !o.render.empty() || o.diff || o.check ||
+                          o.prints.size() > (has_matches ? 1 : 0);
+  if (has_others) return "a search is a run of its own, without macros, saving or printing";
+  if (o.files.empty()) return "a search needs a folder, a project or a file";
+  if (std::find(o.files.begin(), o.files.end(), "-") != o.files.end())
+    return "a search reads files, not standard input; a file of that name is ./-";
+  return "";
+}
+
 std::string contradiction(batch_options const& o) {
+  if (std::string fault = contradiction_of_find(o); !fault.empty()) return fault;
   bool const has_many = o.files.size() > 1;
   bool const prints = !o.prints.empty() || o.explain || o.null_separated;
   auto const from_input =

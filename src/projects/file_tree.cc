@@ -380,14 +380,7 @@ bool file_tree::holds_file(std::string const& path) const {
 }
 
 std::vector<walk_root> file_tree::walk_roots() const {
-  auto const standard = filter_patterns::standard();
-  std::vector<walk_root> result;
-  visit_items(roots_, [&](project_item& item) {
-    if (item.kind() != item_kind::group)
-      result.push_back({item.path(), item.kind() == item_kind::folder, item.patterns(standard)});
-    return item.kind() == item_kind::group;
-  });
-  return result;
+  return walk_roots_of(roots_, filter_patterns::standard());
 }
 
 }  // namespace projects

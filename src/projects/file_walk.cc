@@ -19,6 +19,16 @@ bool is_at_or_below(std::string_view path, std::string_view folder) {
 
 }  // namespace
 
+std::vector<walk_root> walk_roots_of(item_list const& items, filter_patterns const& standard) {
+  std::vector<walk_root> result;
+  visit_items(items, [&](project_item& item) {
+    if (item.kind() != item_kind::group)
+      result.push_back({item.path(), item.kind() == item_kind::folder, item.patterns(standard)});
+    return item.kind() == item_kind::group;
+  });
+  return result;
+}
+
 file_walk::file_walk(std::vector<walk_root> roots, walk_options const& options)
     : roots_(std::move(roots)), honours_gitignore_(options.honours_gitignore) {
   for (walk_root const& root : roots_)

@@ -11,6 +11,7 @@
 #include "path/glob.h"
 #include "projects/folder_listing.h"
 #include "projects/ignore_rules.h"
+#include "projects/project_item.h"
 
 namespace projects {
 
@@ -20,6 +21,9 @@ struct walk_root {
   bool is_folder = false;
   filter_patterns patterns;
 };
+
+/// Those of items and of what is in groups.
+std::vector<walk_root> walk_roots_of(item_list const& items, filter_patterns const& standard);
 
 struct walk_options {
   /// Globs (path/glob.h). Files that none of the first matches are left out, if there are any; so

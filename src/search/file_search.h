@@ -1,0 +1,98 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "encoding/charset.h"
+#include "projects/text_files.h"
+#include "regex/oniguruma.h"
+#include "search/byte_search.h"
+#include "search/text_query.h"
+#include "text/pos.h"
+
+namespace search {
+
+/// One match in a file. Places are those of a document of the file: lines from 0, columns in units.
+struct file_match {
+  text::pos first, last;
+  std::uint32_t offset = 0;  ///< of the first unit, in the whole text
+  std::uint32_t length = 0;
+  std::string line;  ///< the first line of it, as UTF-8
+  oniguruma::captures_t captures;
+};
+
+struct file_result {
+  enum class outcome { searched, binary, unreadable, gave_up, cancelled };
+
+  std::string path;
+  outcome what = outcome::searched;
+  std::string reason;  ///< why it is unreadable
+  std::vector<file_match> matches;
+  std::size_t count = 0;  ///< of matches, also when they aren't kept
+};
+
+/// What is looked for in files, and which of them count as text.
+struct file_query {
+  std::u16string sought;
+  bool regular_expression = false, ignore_case = false;
+  projects::text_file_rules rules;
+  bool supplementary_pairs = true;  ///< as documents are read
+  bool only_count = false;          ///< matches are counted and not kept
+};
+
+/// Searches files as if they were opened as documents, without opening them. Most files are done by
+/// their bytes: where a match needs a text that isn't there, and where UTF-8 and UTF-16 give the
+/// same matches. Of a pattern that stays in its line only the lines with that text are decoded. An
+/// empty match doesn't count. A file that takes too long is given up.
+///
+/// One for each thread. Throws std::invalid_argument for a bad pattern, and std::bad_alloc.
+class file_searcher {
+ public:
+  /// `cancelled` must outlive it.
+  file_searcher(file_query query, std::atomic<bool> const& cancelled);
+
+  /// The file at `path`.
+  file_result search(std::string const& path);
+  /// The text of a file that is open and has been changed.
+  file_result search(std::string const& path, text::unit_view text);
+
+ private:
+  using outcome = file_result::outcome;
+
+  bool read(std::string const& path, file_result& result);
+  void search_bytes(file_result& result);
+  void search_utf8(std::string_view bytes, bool is_ascii, file_result& result);
+  void search_line(std::string_view line, bool is_first, file_result& result);
+  void search_units(text::unit_view units, file_result& result);
+  void decode(encoding::charset_t charset, file_result& result);
+  bool is_over(search_end end, file_result& result) const;
+
+  file_query const query_;
+  text_query const compiled_;
+  std::atomic<bool> const& cancelled_;
+  std::optional<byte_search> needed_;  // what every match holds; ASCII, or the whole text sought
+  bool is_whole_ = false;              // and it is the whole match
+  bool stays_in_line_ = false;         // and a match by the pattern can be told from its line
+
+  // Of the present file.
+  std::chrono::steady_clock::time_point deadline_;
+  std::unique_ptr<char[]> bytes_;
+  std::size_t size_ = 0, capacity_ = 0;
+  // Where `place_` has been counted up to.
+  text::pos place_;
+  std::uint32_t line_offset_ = 0;
+};
+
+/// The text in which these matches, which come in order, have been replaced: by the literal text,
+/// or with `is_format` by what the replacement text (regex/replacement.h) makes of each. Nothing if
+/// that can't be parsed. Main thread only.
+std::optional<std::u16string> with_replacements(text::unit_view text,
+                                                std::vector<file_match> const& matches,
+                                                std::string const& replacement, bool is_format);
+
+}  // namespace search
