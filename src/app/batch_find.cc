@@ -12,6 +12,7 @@
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/utf.h"
+#include "projects/file_chooser.h"
 #include "projects/project_file.h"
 #include "regex/oniguruma_format.h"
 #include "search/project_search.h"
@@ -43,6 +44,8 @@ class find_run {
     for (std::string const& name : options_.files) add_root(name);
     if (find_.list)
       list_files();
+    else if (!find_.rank.empty())
+      go_to_file();
     else if (!search())
       return wrong_usage;
     if (binary_files_ != 0)
@@ -104,6 +107,24 @@ class find_run {
       output_.put(as_printed(path) + (options_.null_separated ? std::string(1, '\0') : "\n"));
     }
     complain(walk.errors());
+  }
+
+  void go_to_file() {
+    projects::file_walk walk(roots_, files());
+    std::vector<std::string> paths;
+    for (std::string path; walk.next(path);) paths.push_back(path);
+    complain(walk.errors());
+    projects::typed_file_name const typed(unicode::to_utf16(find_.rank));
+    projects::file_chooser chooser(std::move(paths), projects::file_chooser::extensions::standard(),
+                                   roots_.size() == 1 ? path::parent(roots_.front().path) : "");
+    chooser.search(typed);
+    std::string place;
+    for (std::size_t const number : {typed.line, typed.column})
+      if (number != 0) place += ":" + std::to_string(number);
+    for (std::size_t row = 0; row < chooser.size(); ++row)
+      output_.put(as_printed(chooser.path(row)) + place +
+                  (options_.null_separated ? std::string(1, '\0') : "\n"));
+    has_found_ = chooser.size() != 0;
   }
 
   bool search() {

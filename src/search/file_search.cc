@@ -66,7 +66,8 @@ bool names_ends_of_text(std::u16string_view pattern) {
 
 file_searcher::file_searcher(file_query query, std::atomic<bool> const& cancelled)
     : query_(std::move(query)),
-      compiled_(query_.sought, query_.regular_expression, query_.ignore_case),
+      compiled_(query_.sought, {.regular_expression = query_.regular_expression,
+                                .ignore_case = query_.ignore_case}),
       cancelled_(cancelled) {
   std::u16string const& sought = query_.sought;
   if (query_.regular_expression) {

@@ -73,3 +73,11 @@ cat >moved/p.qnproj <<'END'
 <dict><key>sourceDirectory</key><string>../tree/build</string></dict></array></dict></plist>
 END
 test "$(find_in int --count moved/p.qnproj | wc -l)" = 2
+
+# Files by a few letters.
+mkdir -p names/one/two names/other
+touch names/one/two/fooBar.c names/other/fabric.c names/other/fooBar.c
+go_to() { timeout 100 "$program" --batch --go-to-file "$1" names; }
+test "$(go_to fb:3:4)" = "$(printf 'names/%s:3:4\n' one/two/fooBar.c other/fooBar.c other/fabric.c)"
+test "$(go_to o/t/fb)" = names/one/two/fooBar.c
+go_to xyz && exit 1 || test $? = 1
