@@ -18,6 +18,7 @@
 #include "path/path.h"
 #include "platform/desktop.h"
 #include "platform/log.h"
+#include "platform/scoped_value.h"
 #include "platform/utf.h"
 #include "search/WynFindManager.h"
 #include "settings/store.h"
@@ -514,9 +515,8 @@ std::vector<std::shared_ptr<WynDocument>> AppDelegate::orderedDocuments() const 
 
 bool AppDelegate::applicationShouldTerminate() {
   if (isAskingToQuit_) return false;
-  isAskingToQuit_ = true;
+  platform::scoped_value const asking(isAskingToQuit_, true);
   bool const agreed = confirmQuitting();
-  isAskingToQuit_ = false;
   if (agreed && htmlOutputs_ != nullptr) htmlOutputs_->keepPlacements();
   return agreed;
 }

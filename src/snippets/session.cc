@@ -1,5 +1,6 @@
 #include "snippets/session.h"
 
+#include "platform/scoped_value.h"
 #include "text/convert_tabs.h"
 #include "text/tab_width.h"
 
@@ -175,9 +176,10 @@ void session::repeat_edits() {
   if (before == states_.end()) return;
   snippet_t changed = before->second;
   view_storage text(view_, anchor_, this);
-  is_writing_ = true;
-  changed.did_replace(text, done.offset, done.erased, done.inserted);
-  is_writing_ = false;
+  {
+    platform::scoped_value const writing(is_writing_, true);
+    changed.did_replace(text, done.offset, done.erased, done.inserted);
+  }
   if (!states_.empty()) keep(std::move(changed));
 }
 

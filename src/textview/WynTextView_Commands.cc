@@ -245,8 +245,12 @@ bool WynTextView::dropFile(std::string const& path, std::uint32_t modifiers) {
   execution.add_variables({{"QN_DROPPED_FILEPATH", path},
                            {"QN_DROPPED_FILE", folder.empty() ? path : seen_from(folder, path)},
                            {"QN_MODIFIER_FLAGS", names_of(modifiers)}});
+  struct executing {
+    BundleManager& manager;
+    ~executing() { manager.popBundleItem(); }
+  };
   manager.pushBundleItem(item);
+  executing const on_stack{manager};
   if (!execution.run()) platform::desktop::current().beep();
-  manager.popBundleItem();
   return true;
 }

@@ -4,6 +4,7 @@
 #include "bundles/bundle_alerts.h"
 #include "platform/desktop.h"
 #include "platform/log.h"
+#include "platform/scoped_value.h"
 #include "search/WynFindManager.h"
 #include "settings/store.h"
 #include "text/views/view.h"
@@ -193,12 +194,10 @@ bool WynTextView::isStepOfMacro(std::string_view selector) const {
 // False if there was anything in it that could not be done; with a step that is none it isn't
 // begun.
 bool WynTextView::playMacro(plist::value const& macro) {
-  std::optional<macro_run> outermost;
-  if (playing_ == nullptr)
-    playing_ = &outermost.emplace(*this, textview::name_for_messages("macro"));
-  bool const is_done = playSteps(macro);
-  if (outermost) playing_ = nullptr;
-  return is_done;
+  if (playing_ != nullptr) return playSteps(macro);
+  macro_run outermost(*this, textview::name_for_messages("macro"));
+  platform::scoped_value<macro_run*> const playing(playing_, &outermost);
+  return playSteps(macro);
 }
 
 bool WynTextView::playSteps(plist::value const& macro) {
@@ -217,7 +216,7 @@ bool WynTextView::playSteps(plist::value const& macro) {
     recordMacroCommand("playMacroWithOptions:", plist::dictionary{{"commands", steps}});
   recording_suspended const unrecorded(*this);
   kept_surroundings const kept(!macro["useGlobalClipboard"].boolean_or(false));
-  ++macroDepth_;
+  platform::scoped_value const deeper(macroDepth_, macroDepth_ + 1);
   typingRun_.end();
   text::view const* const played_in = view_;
   {
@@ -229,7 +228,6 @@ bool WynTextView::playSteps(plist::value const& macro) {
       if (playing_->is_stopped() || view_ != played_in) break;
     }
   }
-  --macroDepth_;
   typingRun_.end();
   return !playing_->has_fault();
 }

@@ -81,7 +81,7 @@ void WynJSShellCommand::dataAvailable(stream& from) {
   if (wait_ && from.data.size() >= most_at_once) {
     platform::log("a command of a page has printed more than " +
                   std::to_string(most_at_once >> 20) + " MB at once, and is stopped");
-    cancel();
+    isCancelled_ = true;
   }
   watchStreams();
   checkForData();

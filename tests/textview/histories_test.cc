@@ -42,7 +42,8 @@ std::string described(step const& made) {
     std::string const text = made.argument.string_or("");
     out << made.selector << " " << (text.size() < 40 ? text : std::to_string(text.size()));
     if (made.argument.as_dictionary() != nullptr)
-      out << made.argument["findString"].string_or(made.argument["content"].string_or(""));
+      for (auto const& [key, value] : made.argument.entries())
+        out << key << " " << value.string_or("") << " ";
     for (plist::value const& part : made.argument.elements())
       out << part["command"].string_or("") << " ";
   } else if (made.what == step::compose) {
@@ -317,12 +318,23 @@ class step_maker {
       return action(made, "insertSnippet:", plist::dictionary{{"content", pick(sources)}});
     if (what < 5) return action(made, what == 3 ? "nextSnippetField:" : "previousSnippetField:");
     if (what < 6) return action(made, "executeBundleItem:", pick(shipped_));
+    if (what < 7) return action(made, "executeCommandWithOptions:", command());
     plist::array steps;
     for (std::size_t n = random_.below(5); n > 0; --n)
       steps.push_back(
           plist::dictionary{{"command", random_.one_in(2) ? pick(edits) : pick(movements)}});
     steps.push_back(plist::dictionary{{"command", "insertText:"}, {"argument", "m"}});
     return action(made, "playMacroWithOptions:", std::move(steps));
+  }
+  plist::dictionary command() {
+    static names const scripts = {"cat", "tr a b", "sed p", "rev", "echo '${1:x} $1'", ":"};
+    static names const inputs = {"none", "selection", "selection", "document"};
+    static names const without = {"", "", "document", "character", "word", "line", "scope"};
+    static names const outputs = {"replaceSelectedText", "replaceSelectedText", "replaceDocument",
+                                  "afterSelectedText",   "insertAsSnippet",     "replaceSelection"};
+    return {{"command", pick(scripts)},       {"input", pick(inputs)},
+            {"fallbackInput", pick(without)}, {"output", pick(outputs)},
+            {"eachRow", random_.one_in(2)},   {"inputFormat", random_.one_in(6) ? "xml" : "text"}};
   }
   static names shipped_items() {
     names result;

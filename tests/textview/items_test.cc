@@ -13,6 +13,9 @@ class items : public shown_view_test {
   static plist::value snippet(std::string const& content) {
     return plist::dictionary{{"content", content}};
   }
+  static plist::dictionary step(char const* action, plist::value argument = {}) {
+    return {{"command", action}, {"argument", std::move(argument)}};
+  }
   ~items() override {
     for (std::string const& name : added_) BundleManager::sharedInstance().removeBundleItem(name);
   }
@@ -214,9 +217,6 @@ TEST_F(items, a_cancelled_step_ends_all_of_a_macro) {
       {"|", "findWithOptions:",
        plist::dictionary{{"findString", "a+(?=\\d)"}, {"regularExpression", true}}, false},
   };
-  auto const step = [](char const* action, plist::value const& argument) {
-    return plist::dictionary{{"command", action}, {"argument", argument}};
-  };
   desktop_.busy().cancel_after = 2;
   for (auto const& [text, action, argument, saves_first] : cases) {
     std::string const long_text = *text == '|' ? text + std::string(200'000, 'a') : text;
@@ -229,6 +229,29 @@ TEST_F(items, a_cancelled_step_ends_all_of_a_macro) {
     shown.perform("playMacroWithOptions:", plist::array{step("insertText:", "z")});
     EXPECT_NE(shown.text().find('z'), std::string::npos) << action;
   }
+}
+
+// The window goes on with the next event then.
+TEST_F(items, memory_that_runs_out_in_a_step_ends_the_macro_alone) {
+  struct : platform::responder {
+    void lack_memory() {
+      addMethod("lackMemory:", [](plist::value const&) -> plist::value { throw std::bad_alloc(); });
+    }
+  } greedy;
+  greedy.lack_memory();
+  shown_view shown;
+  shown.view.setNextResponder(&greedy);
+  plist::array const failing = {step("insertText:", "a"), step("lackMemory:")};
+  plist::array const inner = {step("playMacroWithOptions:", failing)};
+  for (int n = 0; n < 40; ++n)
+    EXPECT_THROW(shown.perform("playMacroWithOptions:", inner), std::bad_alloc);
+  shown.perform("playMacroWithOptions:", plist::array{step("insertText:", "b")});
+  EXPECT_EQ(shown.text(), std::string(40, 'a') + "b");
+  shown.perform("toggleMacroRecording:");
+  shown.perform("insertText:", "c");
+  shown.perform("toggleMacroRecording:");
+  shown.perform("playScratchMacro:");
+  EXPECT_EQ(shown.get(), std::string(40, 'a') + "bcc|");
 }
 
 TEST_F(items, macros_leave_clipboard_and_find_options_as_they_were) {
