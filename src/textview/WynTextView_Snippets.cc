@@ -173,9 +173,21 @@ bool WynTextView::expandCodeSnippet() {
     return true;
   }
   textview::view_will_change const scope(*this, true);
+  std::size_t const steps = isRecordingMacro() ? macroRecordingBuffer_->size() : 0;
   recordMacroCommand("deleteTabTrigger:", item->tabTrigger());
   deleteTabTrigger(item->tabTrigger());
-  manager.executeItem(item, *this);
+  text::view& view = *view_;
+  std::uint32_t const memento = view.storage->current_memento;
+  auto const& waits = platform::desktop::current().waits();
+  std::uint64_t const cancellations = waits.cancellations();
+  bool is_done = true;
+  manager.executeItem(item, *this, &is_done);
+  bool const came_to_nothing = !is_done || waits.cancellations() != cancellations;
+  if (!came_to_nothing || view_ != &view || view.storage->current_memento != memento) return true;
+  // Nothing stands in place of the letters, so they come back.
+  view.storage->undo_manager.undo();
+  view.selection.set_caret({&view, caret});
+  if (isRecordingMacro()) macroRecordingBuffer_->resize(steps);
   return true;
 }
 

@@ -20,10 +20,13 @@ class items : public shown_view_test {
     for (std::string const& name : added_) BundleManager::sharedInstance().removeBundleItem(name);
   }
   void add(std::string const& name, std::string const& trigger, std::string const& content) {
+    add({{"name", name}, {"tabTrigger", trigger}, {"content", content}});
+  }
+  void add(plist::dictionary content, bundles::item_kind kind = bundles::item_kind::snippet) {
+    std::string const name = content["name"].string_or("");
+    content["uuid"] = name;
     auto& manager = BundleManager::sharedInstance();
-    manager.addBundleItem(BundleItem::bundleItemWithContent(
-        manager, {{"name", name}, {"uuid", name}, {"tabTrigger", trigger}, {"content", content}},
-        bundles::item_kind::snippet));
+    manager.addBundleItem(BundleItem::bundleItemWithContent(manager, std::move(content), kind));
     added_.push_back(name);
   }
   static void type(shown_view& shown, std::u16string_view keys) {
@@ -252,6 +255,34 @@ TEST_F(items, memory_that_runs_out_in_a_step_ends_the_macro_alone) {
   shown.perform("toggleMacroRecording:");
   shown.perform("playScratchMacro:");
   EXPECT_EQ(shown.get(), std::string(40, 'a') + "bcc|");
+}
+
+// What comes to nothing leaves the letters that stood for it.
+TEST_F(items, an_item_that_is_cancelled_or_fails_leaves_its_tab_trigger) {
+  struct {
+    char const *kind, *key, *text;
+  } const cases[] = {{"snippet", "content", "`while :; do :; done`"},
+                     {"snippet", "other", "no content"},
+                     {"command", "command", "while :; do :; done"},
+                     {"command", "command", "#!/no/such/interpreter"}};
+  for (auto const& [kind, key, text] : cases) {
+    bool const is_snippet = std::string_view(kind) == "snippet";
+    add({{"name", text}, {"tabTrigger", "trig"}, {key, text}},
+        is_snippet ? bundles::item_kind::snippet : bundles::item_kind::command);
+    desktop_.busy().cancel_after = 2;
+    shown_view shown("x trig|y");
+    shown.perform("toggleMacroRecording:");
+    errors_of([&shown] { shown.perform("expandCodeSnippet:"); });
+    EXPECT_EQ(shown.get(), "x trig|y") << text;
+    shown.perform("insertText:", "z");
+    shown.perform("toggleMacroRecording:");
+    shown.perform("playScratchMacro:");
+    EXPECT_EQ(shown.get(), "x trigzz|y") << text;
+    shown.perform("undo:");
+    shown.perform("undo:");
+    EXPECT_EQ(shown.get(), "x trig|y") << text;
+    BundleManager::sharedInstance().removeBundleItem(text);
+  }
 }
 
 TEST_F(items, macros_leave_clipboard_and_find_options_as_they_were) {
