@@ -18,7 +18,7 @@
 #include "styles/view_styles.h"
 #include "text/views/folding_filter.h"
 #include "textview/WynCompletionManager.h"
-#include "textview/WynISearchWindow.h"
+#include "textview/isearch/WynISearchWindow.h"
 #include "textview/mouse/drop_target.h"
 #include "textview/mouse/mouse_tracker.h"
 #include "textview/view_will_change.h"

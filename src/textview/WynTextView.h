@@ -20,7 +20,7 @@
 #include "text/line_place.h"
 #include "text/views/view.h"
 #include "textview/brief_flash.h"
-#include "textview/isearch_view.h"
+#include "textview/isearch/isearch_view.h"
 #include "textview/mouse/pointed_view.h"
 #include "textview/view_switches.h"
 #include "typing/typed_view.h"

@@ -1,8 +1,8 @@
 #include "platform/utf.h"
 #include "search/view_find.h"
 #include "text/views/view.h"
-#include "textview/WynISearchWindow.h"
 #include "textview/WynTextView.h"
+#include "textview/isearch/WynISearchWindow.h"
 #include "textview/view_will_change.h"
 
 // Incremental search: what is typed is looked for at once.

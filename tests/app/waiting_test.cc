@@ -52,7 +52,8 @@ class waiting : public app_test {
       auto const content = std::make_shared<headless::memory_pasteboard>();
       content->set({{"text", "D"}});
       host().send([content](platform::view_client& client) {
-        client.perform_drag_operation({{32, 2}, platform::drag_operation::copy, 0, false, *content});
+        client.perform_drag_operation(
+            {{32, 2}, platform::drag_operation::copy, 0, false, *content});
       });
     } else if (what == "change") {
       folder.write("file", "theirs\n");

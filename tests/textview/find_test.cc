@@ -5,7 +5,7 @@
 #include "search/patient_work.h"
 #include "search/text_query.h"
 #include "text/random_text.h"
-#include "textview/WynISearchWindow.h"
+#include "textview/isearch/WynISearchWindow.h"
 #include "textview/shown_view.h"
 
 // What batch mode can't see of finding: the panel, the pasteboard, the histories, searches that

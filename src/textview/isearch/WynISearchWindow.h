@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/event.h"
-#include "textview/isearch_view.h"
+#include "textview/isearch/isearch_view.h"
 
 #include <string>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "textview/WynISearchWindow.h"
+#include "textview/isearch/WynISearchWindow.h"
 
 #include "keys/WynKeyBindingManager.h"
 #include "platform/clusters.h"
