@@ -98,7 +98,9 @@ class WynTextView : public platform::responder,
   bool isSeen() const final { return host_ == nullptr || host_->is_seen(); }
 
   /// The menu for a click with the right button.
-  void setContextMenu(std::vector<platform::menu_item> items) { contextMenu_ = std::move(items); }
+  void setContextMenu(std::function<std::vector<platform::menu_item>()> make) {
+    contextMenu_ = std::move(make);
+  }
 
   /// Gets the values that the status bar shows, under the names given in platform/window.h.
   using value_observer = std::function<void(std::string_view key, plist::value const& value)>;
@@ -602,7 +604,7 @@ class WynTextView : public platform::responder,
   bool caretVisible_ = true;
   bool showsSelectionCount_ = false;
   std::unique_ptr<platform::timer> blinkTimer_, centerTimer_, primaryTimer_;
-  std::vector<platform::menu_item> contextMenu_;
+  std::function<std::vector<platform::menu_item>()> contextMenu_;
 
   platform::notification_center::token matchesToken_;
   std::unique_ptr<search::find_highlights> highlights_;

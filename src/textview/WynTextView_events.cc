@@ -136,12 +136,12 @@ void WynTextView::showContextMenu(point p) {
     textview::view_will_change const scope(*this, true);
     view_->selection.set_caret(layout::position_at(*this, p, text::freehanded_t::automatic));
   }
-  host_->show_context_menu(contextMenu_, p);
+  if (contextMenu_) host_->show_context_menu(contextMenu_(), p);
 }
 
 void WynTextView::showContextMenuAtCaret() {
-  if (host_ == nullptr || view_ == nullptr) return;
+  if (host_ == nullptr || view_ == nullptr || !contextMenu_) return;
   rect const caret = layout::caret_rectangle(*this), seen = visibleTextRect();
-  host_->show_context_menu(contextMenu_, {std::clamp(caret.x, seen.x, seen.right()),
-                                          std::clamp(caret.bottom(), seen.y, seen.bottom())});
+  host_->show_context_menu(contextMenu_(), {std::clamp(caret.x, seen.x, seen.right()),
+                                            std::clamp(caret.bottom(), seen.y, seen.bottom())});
 }

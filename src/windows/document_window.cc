@@ -40,7 +40,8 @@ document_window::document_window(windows_owner& owner) : owner_(owner) {
   setNextResponder(&owner.lastResponder());
   textView_.setNextResponder(this);
   textView_.setCommandOwner(this);
-  textView_.setContextMenu(owner.contextMenu());
+  // Made when it is wanted: it needs the key bindings.
+  textView_.setContextMenu([this] { return owner_.contextMenu(); });
   addFileMethods();
   addEncodingMethods();
   window_ = platform::desktop::current().make_window(*this, textView_, textView_);

@@ -78,7 +78,7 @@ is file 'a\nb\n'
 run 0 --explain-key '@~k' 0:0 file.json
 grep -q '^Result: Twice$' out || fail "$(<out)"
 [[ $(grep -o 'for [a-z.]*' out) == $'for source.json\nfor source\nfor text' ]] || fail "$(<out)"
-for row in '@z|undo:, by the menu Edit > Undo' '~y|yank:, by the key bindings' \
+for row in '@z|undoTyping:, by the menu Edit > Undo' '~y|yank:, by the key bindings' \
   'q|what the key types, if it types anything'; do
   run 0 --explain-key "${row%%|*}" 0:0 file
   grep -qxF "Result: ${row#*|}" out || fail "$row: $(<out)"

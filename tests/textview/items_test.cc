@@ -158,7 +158,7 @@ TEST_F(items, strokes_of_the_right_button_execute_items) {
   for (auto const& [moves, executes, opens_menu, beeps] : cases) {
     SCOPED_TRACE(moves.size());
     shown_view shown("|", WynDocument::documentWithContentsOfFile(folder.write("a.c", "")));
-    shown.view.setContextMenu(menu);
+    shown.view.setContextMenu([menu] { return menu; });
     desktop_.beeps = 0;
     auto const mouse = [](platform::point at) {
       return platform::mouse_event{at, platform::mouse_button::right, 1, 0};
@@ -176,7 +176,7 @@ TEST_F(items, strokes_of_the_right_button_execute_items) {
   }
   item->setMouseGesture("");
   shown_view shown("|");
-  shown.view.setContextMenu(menu);
+  shown.view.setContextMenu([menu] { return menu; });
   shown.view.mouse_down({{60, 50}, platform::mouse_button::right, 1, 0});
   EXPECT_FALSE(shown.host.context_menu.empty());
 }
