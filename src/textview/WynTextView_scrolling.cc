@@ -143,7 +143,9 @@ void WynTextView::setNeedsDisplayOfLines(std::size_t first, std::size_t last) {
 void WynTextView::setNeedsDisplayOfCurrentLines(rect const& old_caret, bool had_selection) {
   if (!lineNumbers() && !highlightCurrentLine()) return;
   std::size_t const row = view_->line_in_view(view_->selection.current_mark);
-  std::size_t const old_row = std::min(layout_.row_at(old_caret.y), view_->lines() - 1);
+  // Its edge, on a device pixel, may lie a little above its row.
+  double const inside = old_caret.y + old_caret.height / 2;
+  std::size_t const old_row = std::min(layout_.row_at(inside), view_->lines() - 1);
   if (row == old_row && view_->has_selection() == had_selection) return;
   for (std::size_t const changed : {old_row, row}) {
     setNeedsDisplayOfLines(changed, changed + 1);

@@ -85,6 +85,7 @@ select_by_way_of() {
   for y in "${@:2}"; do xdotool mousemove --window "$window" "$1" "$y" sleep 0.04; done
   xdotool mouseup 1
 }
+with_defaults '<key>WynTextViewSmoothScrolling</key><false/>'
 for n in {1..60}; do echo "{ line $n (gjpqy) 漢字 | بب"; done >scaled.txt
 for scale in 1.25 1.5; do
   QT_SCALE_FACTOR=$scale start_editor scaled.txt

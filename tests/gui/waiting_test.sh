@@ -63,7 +63,7 @@ keys ctrl+w
 wait_no_window 'other.txt'
 wait_window 'long.txt'
 keys ctrl+Home
-keys Down Home Right
+keys Down Right
 
 # A signal doesn't wait for the end of a search.
 type_text 'more'

@@ -342,7 +342,8 @@ TEST_F(language, blanks_at_the_ends_of_lines_go_when_they_mean_nothing) {
   }
   folder_.write(".editorconfig", "root = true\n");
   for (bool const had : {false, true}) {
-    settings::store().set("WynTrimTrailingBlanks", "kept");
+    for (char const* key : {"WynTrimTrailingBlanks", "WynFinalNewline"})
+      settings::store().set(key, "kept");
     shown_view shown("|", file(had ? "had.c" : "none.c", had ? "a;\nb;\n" : "a; \nb;"));
     shown.set("|\na; \nb;");
     shown.view.tidyBeforeSaving({});
