@@ -29,7 +29,7 @@ constexpr char const* folding_key = "foldsByIndentation";
 // How documents of the language are indented where nothing else says it.
 conventions::indentation custom_of(plist::value const& settings) {
   conventions::indentation result;
-  if (plist::value const on = settings["softTabs"]) result.soft_tabs = on.boolean_or(false);
+  if (plist::value const& on = settings["softTabs"]) result.soft_tabs = on.boolean_or(false);
   std::int64_t const size = settings["tabSize"].integer_or(0);
   if (size > 0 && size <= settings::max_tab_size) result.indent_size = static_cast<unsigned>(size);
   return result;
@@ -103,7 +103,7 @@ void WynTextView::initializeSettings() {
   indentSources_.style_is_fixed = scoped["softTabsAreFixed"].boolean_or(false);
   indentOrigin_ = styles::apply_sources(indentSources_, documentOptions_);
   view_->folding_filter->set_indent_folding(indent_folding_of(scoped));
-  plist::value const invisibles = scoped["showInvisibles"];
+  plist::value const& invisibles = scoped["showInvisibles"];
   setScopedShowInvisibles(invisibles ? std::optional(invisibles.integer_or(0) != 0) : std::nullopt);
   applyOptionsToView();
   if (former.softWrap != softWrap() || former.rightMargin != rightMargin()) wrappingDidChange();
