@@ -158,10 +158,12 @@ void WynTextView::tidyBeforeSaving(conventions::declared const& project) {
                     storage.size(storage.lines() - 1) != 0;
   if (!trims && !ends) return;
   textview::view_will_change const scope(*this, true);
+  // All that changes stands after the marks, or in lines without any.
+  text::selection const kept = view_->selection.without_text();
   if (trims) trimTrailingBlanks();
-  if (!ends) return;
   char16_t const newline = u'\n';
-  storage.insert(storage.end(-1), &newline, &newline + 1);
+  if (ends) storage.insert(storage.end(-1), &newline, &newline + 1);
+  view_->selection = kept;
 }
 
 // Where the caret or an end of the selection stands the user may not be done yet.

@@ -354,6 +354,23 @@ TEST_F(language, blanks_at_the_ends_of_lines_go_when_they_mean_nothing) {
   }
 }
 
+// Whatever is selected, up to the very end of the text, and also when saving is taken back and
+// repeated.
+TEST_F(language, a_line_end_put_in_by_saving_leaves_the_caret_where_it_is) {
+  folder_.write(".editorconfig", "root = true\n[*]\ninsert_final_newline = true\n");
+  for (char const* before : {"a\nb|", "a\n|b", "|a\nb", "a\n[b]", "[a\nb]", "a|"}) {
+    shown_view shown("|", file("a.c", "x\n"));
+    shown.set(before);
+    shown.view.tidyBeforeSaving(conventions::declared_for(shown.view.document()->filename()));
+    std::string const after = shown.get();
+    EXPECT_EQ(after, std::string(before) + "\n");
+    shown.perform("undo:");
+    EXPECT_EQ(shown.get(), before);
+    shown.perform("redo:");
+    EXPECT_EQ(shown.get(), after);
+  }
+}
+
 // What says less stays in force where what says more is silent: each row takes one source away.
 TEST_F(language, is_indented_as_the_one_with_most_to_say_wants) {
   folder_.write(".editorconfig", "root = true\n[e.*]\nindent_style = space\nindent_size = 3\n");
