@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <random>
 #include <string_view>
 
@@ -13,6 +14,16 @@
 
 namespace documents {
 namespace {
+
+/// Where only the owner of a folder can rename it; TMPDIR says so of a folder of this user's own,
+/// or of one like /tmp.
+std::string base() {
+  char const* const named = std::getenv("TMPDIR");
+  struct stat info;
+  if (named == nullptr || *named != '/' || stat(named, &info) != 0) return "/tmp";
+  bool const only_we_write = info.st_uid == geteuid() && (info.st_mode & 022) == 0;
+  return only_we_write || (info.st_mode & S_ISVTX) != 0 ? named : "/tmp";
+}
 
 std::string own_name() {
   return "Quirnote-" + std::to_string(geteuid());
@@ -36,7 +47,7 @@ bool make(std::string const& path) {
 }  // namespace
 
 std::string make_folder_in_tmp() {
-  std::string const folder = "/tmp/" + own_name();
+  std::string const folder = base() + "/" + own_name();
   if (make(folder)) return folder;
   auto const others = folders_in_tmp();
   if (!others.empty()) return others.front();
@@ -47,11 +58,11 @@ std::string make_folder_in_tmp() {
 
 std::vector<std::string> folders_in_tmp() {
   std::vector<std::string> result;
-  std::string const name = own_name();
-  for (dirent const* entry : path::entries("/tmp")) {
+  std::string const name = own_name(), in = base();
+  for (dirent const* entry : path::entries(in)) {
     std::string_view const found = entry->d_name;
     if (found != name && !found.starts_with(name + "-")) continue;
-    std::string const folder = "/tmp/" + std::string(found);
+    std::string const folder = in + "/" + std::string(found);
     if (is_our_folder(folder)) result.push_back(folder);
   }
   return result;

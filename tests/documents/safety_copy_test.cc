@@ -1,14 +1,20 @@
 #include "documents/safety_copy.h"
 
 #include "documents/document_fixture.h"
+#include "documents/folder_in_tmp.h"
 #include "path/faulting_calls.h"
 
 namespace {
 
 using documents::safety_copy;
 
+// They have a TMPDIR of their own, since what other programs leave in theirs would be found too.
 class safety_copies : public document {
  protected:
+  safety_copies() { setenv("TMPDIR", tmp_.path().c_str(), 1); }
+  ~safety_copies() override { unsetenv("TMPDIR"); }
+
+  temporary_folder const tmp_;
   std::string const folder_ = state / "Quirnote";
 
   std::optional<safety_copy> make(std::string const& path, std::string const& bytes) {
@@ -128,7 +134,7 @@ TEST_F(safety_copies, go_where_there_is_a_folder_for_them) {
       {{"", "runtime", ""}, folder / "runtime/Quirnote/SafetyCopy-"},
       {{"", "", "cache"}, folder / "cache/Quirnote"},
       {{"", "", ""}, folder / ".file.quirnote-unsaved"},
-      {{"", "", ""}, "/tmp/Quirnote-" + std::to_string(geteuid()) + "/SafetyCopy-"},
+      {{"", "", ""}, tmp_ / "Quirnote-" + std::to_string(geteuid()) + "/SafetyCopy-"},
   };
   for (auto const& c : cases) {
     constexpr char const* names[] = {"XDG_STATE_HOME", "XDG_RUNTIME_DIR", "XDG_CACHE_HOME"};
@@ -137,7 +143,7 @@ TEST_F(safety_copies, go_where_there_is_a_folder_for_them) {
       if (*c.variables[n]) std::filesystem::create_directory(place);
       setenv(names[n], *c.variables[n] ? place.c_str() : nowhere.c_str(), 1);
     }
-    bool const in_tmp = c.place.starts_with("/tmp/Quirnote-");
+    bool const in_tmp = c.place.starts_with(tmp_.path());
     auto const d = in_tmp ? WynDocument::document() : open(folder / "file");
     type(*d, u"new");
     auto const error = d->keepUnsavedText();
@@ -172,17 +178,15 @@ TEST_F(safety_copies, go_where_there_is_a_folder_for_them) {
   EXPECT_EQ(in_tmp.size(), 1u);
   for (auto* copies : {&beside, &in_tmp})
     for (auto& copy : *copies) copy.remove();
-  // Others have put something under the name in /tmp.
-  std::string const name = "/tmp/Quirnote-" + std::to_string(geteuid());
+  // Others have put something under the name in the folder that all may write to.
+  std::string const name = tmp_ / "Quirnote-" + std::to_string(geteuid());
   std::string const ours = folder / "ours";
   std::filesystem::create_directory(ours);
   ASSERT_EQ(chmod(ours.c_str(), 0755), 0);
   std::error_code ignored;
   std::filesystem::remove(name, ignored);
   for (char const* target : {"/", ours.c_str(), ""}) {
-    bool const planted =
-        *target ? symlink(target, name.c_str()) == 0 : mkfifo(name.c_str(), 0600) == 0;
-    if (!planted) continue;  // another run of the tests has it
+    ASSERT_EQ(*target ? symlink(target, name.c_str()) : mkfifo(name.c_str(), 0600), 0);
     auto const gone = open(folder / "none/file");
     type(*gone, u"new");
     EXPECT_FALSE(gone->keepUnsavedText());
@@ -195,6 +199,11 @@ TEST_F(safety_copies, go_where_there_is_a_folder_for_them) {
     std::filesystem::remove(std::filesystem::path(found[0].file()).parent_path(), ignored);
   }
   EXPECT_EQ(mode_of(ours), 0755u);
+  // In one where others can rename things it is of no use.
+  for (unsigned const mode : {0777u, 01777u, 0700u}) {
+    ASSERT_EQ(chmod(tmp_.path().c_str(), mode), 0);
+    EXPECT_EQ(documents::make_folder_in_tmp().starts_with(tmp_.path()), mode != 0777);
+  }
   runtime.empty() ? unsetenv("XDG_RUNTIME_DIR") : setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
   cache.empty() ? unsetenv("XDG_CACHE_HOME") : setenv("XDG_CACHE_HOME", cache.c_str(), 1);
 }

@@ -76,8 +76,9 @@ fi
 
 # Where logical pixels are no whole device pixels, what is drawn bit by bit looks like what is drawn
 # at once: carets leave nothing where they were, and areas fit together.
+text_area() { import -window "$window" -crop 1000x600+0+0 +repage "$1"; }
 looks_drawn_at_once() {
-  screenshot anew.png
+  text_area anew.png
   [[ $(different_pixels bits.png anew.png) == 0 ]]
 }
 select_by_way_of() {
@@ -100,7 +101,7 @@ for scale in 1.25 1.5; do
         xdotool keyup alt
         ;;
     esac
-    wait_until eval 'screenshot bits.png && looks_drawn_at_once'  # all is done
+    wait_until eval 'text_area bits.png && looks_drawn_at_once'  # all is done
     xdotool mousemove --window "$window" 200 300 click 5 click 4
     wait_until -t 10 looks_drawn_at_once  # but for a caret that blinks
   done
