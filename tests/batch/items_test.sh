@@ -1,29 +1,14 @@
 # Commands of bundles as filters: what they write is printed, and their status tells how it went.
 program=$1
-bundle=$XDG_DATA_HOME/Quirnote/Bundles/Test.qnbundle
-mkdir -p "$bundle/Commands" "$bundle/Support"
-cat >"$bundle/info.plist" <<XML
-<plist><dict><key>name</key><string>Test</string>
-<key>uuid</key><string>00000000-0000-4000-8000-000000000001</string></dict></plist>
-XML
-number=10
-# command NAME OUTPUT SCRIPT
-command_item() {
-  ((++number))
-  cat >"$bundle/Commands/$1.qnCommand" <<XML
-<plist><dict><key>name</key><string>$1</string>
-<key>uuid</key><string>00000000-0000-4000-8000-0000000000$number</string>
-<key>command</key><string>$3</string>
-<key>output</key><string>$2</string></dict></plist>
-XML
-}
+source "$(dirname "$0")/../command_bundle.sh"
+mkdir "$bundle/Support"
 command_item Upper replaceSelectedText 'tr a-z A-Z'
 command_item Count showAsTooltip 'wc -c | tr -d " "'
 command_item Page showAsHTML 'echo "b"; cat'
 command_item Where discard 'printf "%s|%s|%s\n" "$QN_FILENAME" "$QN_BUNDLE_SUPPORT" "$PWD"'
 command_item Bad replaceDocument 'echo broken; exit 3'
-command_item Needs replaceDocument 'cat</string><key>requiredCommands</key><array><string>no-such</string></array>
-<key>comment</key><string>'
+command_item Needs replaceDocument cat \
+  '<key>requiredCommands</key><array><string>no-such</string></array>'
 command_item Odd replaceDocument 'printf "\377"'
 expect() {
   local status=0 printed

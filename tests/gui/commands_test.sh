@@ -1,23 +1,15 @@
 # Commands in the window: the panel of filters, a tool tip, the question whether to kill one, and
 # keys that are typed while one runs.
-bundle=$XDG_DATA_HOME/Quirnote/Bundles/Test.qnbundle
-mkdir -p "$bundle/Commands" "$bundle/DragCommands"
-cat >"$bundle/info.plist" <<XML
-<plist><dict><key>name</key><string>Test</string>
-<key>uuid</key><string>00000000-0000-4000-8000-000000000001</string></dict></plist>
-XML
-# command_item NAME NUMBER KEY OUTPUT SCRIPT
-command_item() {
-  cat >"$bundle/Commands/$1.qnCommand" <<XML
-<plist><dict><key>name</key><string>$1</string>
-<key>uuid</key><string>00000000-0000-4000-8000-00000000001$2</string>
-<key>keyEquivalent</key><string>$3</string><key>command</key><string>$5</string>
-<key>output</key><string>$4</string><key>fallbackInput</key><string>word</string></dict></plist>
-XML
+source "$gui/../command_bundle.sh"
+mkdir "$bundle/DragCommands"
+# keyed NAME KEY OUTPUT SCRIPT
+keyed() {
+  command_item "$1" "$3" "$4" "
+    <key>keyEquivalent</key><string>$2</string><key>fallbackInput</key><string>word</string>"
 }
-command_item Tip 0 '~@1' showAsTooltip 'echo "a tool tip of"; cat; echo; echo "two &lt;b&gt; lines"'
-command_item Slow 1 '~@2' replaceSelectedText 'echo $$ >pid; tr a-z A-Z; until [ -e go ]; do sleep 0.05; done'
-command_item New 2 '~@3' openAsNewDocument 'echo a new document'
+keyed Tip '~@1' showAsTooltip 'echo "a tool tip of"; cat; echo; echo "two <b> lines"'
+keyed Slow '~@2' replaceSelectedText 'echo $$ >pid; tr a-z A-Z; until [ -e go ]; do sleep 0.05; done'
+keyed New '~@3' openAsNewDocument 'echo a new document'
 printf 'one\ntwo three\n' >file.txt
 start_editor file.txt
 wait_window 'file.txt'

@@ -33,10 +33,7 @@ expect_saved file.txt $'Bone\n'
 quit
 
 # Without menus there are those for saving, and the window says why.
-mkdir -p tree/bin tree/lib tree/share
-cp "$editor" tree/bin
-cp -r "$(dirname "$editor")/../lib/quirnote" tree/lib
-cp -r "$gui/../../share" tree/share/Quirnote
+copy_program tree
 echo '<plist><dict>' >tree/share/Quirnote/menus.plist
 start tree/bin/quirnote file.txt
 wait_window '^Quirnote$'

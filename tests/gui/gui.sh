@@ -34,6 +34,14 @@ start() {
   editor_pid=$!
 }
 
+# copy_program FOLDER: as it would be installed there, as FOLDER/bin/quirnote.
+copy_program() {
+  mkdir -p "$1"/{bin,lib,share}
+  cp "$editor" "$1/bin"
+  cp -r "$(dirname "$editor")/../lib/quirnote" "$1/lib"
+  cp -r "$gui/../../share" "$1/share/Quirnote"
+}
+
 start_editor() { start "$editor" "$@"; }
 
 # with_defaults XML: the user defaults of the next start, as the inside of a dictionary.

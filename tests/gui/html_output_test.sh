@@ -1,25 +1,12 @@
 # Windows with the output of commands: pages in the real browser, what their scripts may do and
 # what not, places in files.
-bundle=$XDG_DATA_HOME/Quirnote/Bundles/Pages.qnbundle
-mkdir -p "$bundle/Commands" sub
-cat >"$bundle/info.plist" <<'END_OF_FILE'
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict>
-<key>name</key><string>Pages</string><key>uuid</key><string>PAGES</string>
-</dict></plist>
-END_OF_FILE
+source "$gui/../command_bundle.sh"
+mkdir sub
 
 # page NAME KEY: a command that Ctrl+Super+KEY runs; its text comes by standard input.
 page() {
-  cat >"$bundle/Commands/$1.qnCommand" <<END_OF_FILE
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict>
-<key>name</key><string>$1</string><key>uuid</key><string>PAGE-$1</string>
-<key>keyEquivalent</key><string>^@$2</string><key>input</key><string>none</string>
-<key>output</key><string>showAsHTML</string>
-<key>command</key><string>$(sed 's/&/\&amp;/g; s/</\&lt;/g')</string>
-</dict></plist>
-END_OF_FILE
+  command_item "$1" showAsHTML "$(cat)" "
+    <key>keyEquivalent</key><string>^@$2</string><key>input</key><string>none</string>"
 }
 
 # What its scripts find is written by a command of theirs, as only scripts that run can do.

@@ -1,31 +1,18 @@
 # Output of commands where there is no browser: as text, which leads to the same places.
-bundle=$XDG_DATA_HOME/Quirnote/Bundles/Pages.qnbundle
-mkdir -p "$bundle/Commands" sub tree/bin tree/lib tree/share
-cat >"$bundle/info.plist" <<'END_OF_FILE'
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict>
-<key>name</key><string>Pages</string><key>uuid</key><string>PAGES</string>
-</dict></plist>
-END_OF_FILE
+source "$gui/../command_bundle.sh"
+mkdir sub
+
 # page NAME KEY SCRIPT: a command that Ctrl+Super+KEY runs.
 page() {
-  cat >"$bundle/Commands/$1.qnCommand" <<END_OF_FILE
-<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0"><dict>
-<key>name</key><string>$1</string><key>uuid</key><string>PAGE-$1</string>
-<key>keyEquivalent</key><string>^@$2</string><key>input</key><string>none</string>
-<key>output</key><string>showAsHTML</string><key>command</key><string>$3</string>
-</dict></plist>
-END_OF_FILE
+  command_item "$1" showAsHTML "$3" "
+    <key>keyEquivalent</key><string>^@$2</string><key>input</key><string>none</string>"
 }
-page Places 1 'echo "&lt;b&gt;file.txt:3:2: error: first&lt;/b&gt;"; echo "sub/other.txt:1: second"'
-page Line 2 'echo $BASHPID &gt;number.new; mv number.new number; exec yes x | tr -d "\n"'
-page Silent 3 'echo $BASHPID &gt;number.new; mv number.new number; sleep 1000'
+page Places 1 'echo "<b>file.txt:3:2: error: first</b>"; echo "sub/other.txt:1: second"'
+page Line 2 'echo $BASHPID >number.new; mv number.new number; exec yes x | tr -d "\n"'
+page Silent 3 'echo $BASHPID >number.new; mv number.new number; sleep 1000'
 for n in 1 2 3 4; do echo "text $n"; done | tee file.txt >sub/other.txt
-cp "$editor" tree/bin
-cp -r "$(dirname "$editor")/../lib/quirnote" tree/lib
+copy_program tree
 rm -f tree/lib/quirnote/desktop_web.so
-cp -r "$gui/../../share" tree/share/Quirnote
 with_defaults '<key>WynCommandOutputLimit</key><integer>4096</integer>'  # no question meanwhile
 start tree/bin/quirnote file.txt
 wait_window 'file.txt'
