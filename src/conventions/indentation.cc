@@ -25,6 +25,43 @@ bool is_label(text::unit_view line) {
   return false;
 }
 
+/// The part of a line in which signs are looked for, so that a file of long lines costs no more.
+text::unit_view head_of(text::unit_view line) {
+  return line.substr(0, deepest_indent);
+}
+
+/// Comments from a line that begins with "/*" to one with "*/": their text is aligned with the
+/// sign.
+class block_comments {
+ public:
+  block_comments(text::storage const& text, std::size_t end) : text_(text), end_(end) {}
+
+  /// Of the comment that begins in this line, or the line itself. Lines must be asked about in
+  /// order.
+  std::size_t last_line_of(std::size_t line) {
+    text::unit_view const opener = text_.line_units(line);
+    std::size_t begin = 0;
+    while (begin < opener.size() && begin < deepest_indent && is_blank(opener[begin])) ++begin;
+    if (!opener.substr(begin).starts_with(u"/*") || closes(line)) return line;
+    // In shell scripts "/*" is a pattern, and nothing closes it.
+    std::size_t const limit = std::min(end_, line + longest_comment);
+    closer_ = std::max(closer_, line + 1);
+    while (closer_ < limit && !closes(closer_)) ++closer_;
+    return closer_ < limit ? closer_ : line;
+  }
+
+ private:
+  static constexpr std::size_t longest_comment = 100;  // lines
+
+  bool closes(std::size_t line) const {
+    return head_of(text_.line_units(line)).find(u"*/") != text::unit_view::npos;
+  }
+
+  text::storage const& text_;
+  std::size_t end_;
+  std::size_t closer_ = 0;  // none of the lines from the one last asked about up to this one closes
+};
+
 class ballot {
  public:
   void add(text::unit_view line);
@@ -95,7 +132,11 @@ indentation ballot::result() const {
 indentation detect_indentation(text::storage const& text) {
   ballot votes;
   std::size_t const end = std::min(text.lines(), most_lines_looked_at);
-  for (std::size_t line = 0; line < end; ++line) votes.add(text.line_units(line));
+  block_comments comments(text, end);
+  for (std::size_t line = 0; line < end; ++line) {
+    votes.add(text.line_units(line));
+    line = comments.last_line_of(line);
+  }
   return votes.result();
 }
 

@@ -25,9 +25,9 @@ struct indentation {
 ///
 /// Lines that begin with tabs speak for tabs, others with blanks, where one kind is four times as
 /// frequent as the other. The steps to lines that are indented more than the previous one, blank
-/// lines apart, then vote for a width. Not counted are the lines of a block comment that begin with
-/// an asterisk and labels such as "public:", indented by an odd number of blanks, and steps after a
-/// comma: those lines are aligned.
+/// lines apart, then vote for a width. Not counted are the text of a block comment, labels such as
+/// "public:" that are indented by an odd number of blanks, and steps after a comma: those lines are
+/// aligned.
 indentation detect_indentation(text::storage const& text);
 
 inline constexpr std::size_t most_lines_looked_at = 20000;

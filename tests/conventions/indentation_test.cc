@@ -18,6 +18,18 @@ conventions::indentation slowly_detected(std::string const& text) {
   std::vector<std::string> lines;
   std::istringstream in(text);
   for (std::string line; std::getline(in, line) && lines.size() < 20000;) lines.push_back(line);
+  auto const closes = [](std::string const& line) {
+    return unicode::to_utf16(line).substr(0, 200).find(u"*/") != std::u16string::npos;
+  };
+  for (std::size_t at = 0; at < lines.size(); ++at) {
+    std::size_t const begin = lines[at].find_first_not_of(" \t");
+    bool const opens = begin != std::string::npos && begin <= 200 &&
+                       lines[at].compare(begin, 2, "/*") == 0 && !closes(lines[at]);
+    std::size_t end = at + 1;
+    while (opens && end < std::min(at + 100, lines.size()) && !closes(lines[end])) ++end;
+    if (opens && end < std::min(at + 100, lines.size()))
+      lines.erase(lines.begin() + at + 1, lines.begin() + end + 1);
+  }
   std::vector<std::size_t> votes;
   std::vector<std::size_t> depths;
   std::size_t tabs = 0;
@@ -114,7 +126,9 @@ TEST(indentation, is_found_for_each_width_or_left_alone) {
     std::string const one(width, ' '), two(2 * width, ' ');
     std::string const level = "a\n" + one + "b\n" + two + "c\n\n" + one + "d\n";
     text::storage text, aligned, once;
-    fill(text, level + "/*\n * x\n */\nf(x,\n  y)\n" + level + level);
+    std::string comment = "/* x\n";
+    for (int line = 0; line < 20; ++line) comment += std::string(width % 8 + 1, ' ') + "x\n";
+    fill(text, level + comment + "*/\n/*\n * x\n */\nf(x,\n  y)\n" + level + level);
     EXPECT_EQ(conventions::detect_indentation(text), (conventions::indentation{true, width, {}}));
     fill(once, "a\n" + one + "b\n" + one + "c\n");
     EXPECT_EQ(conventions::detect_indentation(once), (conventions::indentation{true, {}, {}}));
