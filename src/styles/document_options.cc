@@ -1,6 +1,7 @@
 #include "styles/document_options.h"
 
 #include "settings/store.h"
+#include "settings/table.h"
 #include "styles/scoped_settings.h"
 
 #include <algorithm>
@@ -27,9 +28,10 @@ conventions::indentation indent_sources::stored_for(std::string_view root_scope)
   conventions::indentation result;
   if (root_scope.empty()) return result;
   auto const entry = [&](char const* domain) {
-    auto const entries = settings::store().dictionary(domain);
-    auto const found = entries.find(std::string(root_scope));
-    return found == entries.end() ? plist::value() : found->second;
+    std::string const scope(root_scope);
+    plist::value const stored = settings::store().get(domain)[scope];
+    bool const is_chosen = stored != settings::find(domain)->standard[scope];
+    return is_chosen ? stored : plist::value();
   };
   if (plist::value const on = entry(soft_tabs_domain)["softTabs"])
     result.soft_tabs = on.boolean_or(false);

@@ -38,7 +38,7 @@ struct indent_sources {
   /// language holds all the same.
   bool style_is_fixed = false;
 
-  /// The entries for the language itself.
+  /// The entries for the language itself, but for those that nobody has made.
   static conventions::indentation stored_for(std::string_view root_scope);
 };
 

@@ -379,7 +379,7 @@ TEST_F(language, is_indented_as_the_one_with_most_to_say_wants) {
     std::string name, text;
     unsigned size;
     bool soft;
-    char const* origin;
+    std::string size_origin, style_origin = size_origin;
   };
   auto const check = [&](row const& of) {
     shown_view shown("|", file(of.name, of.text));
@@ -389,7 +389,8 @@ TEST_F(language, is_indented_as_the_one_with_most_to_say_wants) {
     });
     EXPECT_EQ(shown.view.tabSize(), of.size) << of.name << of.text;
     EXPECT_EQ(shown.view.softTabs(), of.soft) << of.name << of.text;
-    EXPECT_EQ(published["tabSizeOrigin"], of.origin) << of.name << of.text;
+    EXPECT_EQ(published["tabSizeOrigin"], of.size_origin) << of.name << of.text;
+    EXPECT_EQ(published["softTabsOrigin"], of.style_origin) << of.name << of.text;
     // What is chosen for the document holds whatever language it gets.
     shown.view.setTabSize(7);
     shown.view.changeLanguageToAndLearn(uuid_of("Python"), false);
@@ -401,14 +402,14 @@ TEST_F(language, is_indented_as_the_one_with_most_to_say_wants) {
        {row{"e.py", modeline + lines, 5, true, "modeline"},
         row{"e.py", lines, 3, true, ".editorconfig"}, row{"a.py", lines, 2, true, "as in the file"},
         row{"a.py", "a\n", 4, true, "Python style"}, row{"a.css", "a\n", 4, false, ""},
-        row{"a.css", "a\n\tb\n", 4, false, ""},
+        row{"a.css", "a\n\tb\n", 4, false, "", "as in the file"},
         // The language has no other style.
-        row{"Makefile", "a:\n  b\nc:\n  d\n  e\n", 4, false, ""},
+        row{"Makefile", "a:\n  b\nc:\n  d\n  e\n", 4, false, "", "Makefile style"},
         row{"a.yaml", "a:\n\tb\n", 2, true, "YAML style"},
-        row{"a.yaml", "a:\n   b:\n      c\n", 3, true, "as in the file"}})
+        row{"a.yaml", "a:\n   b:\n      c\n", 3, true, "as in the file", "YAML style"}})
     check(of);
   scoped_settings::set_value("source.python", 6, "tabSize", "WynTextViewScopedTabSize");
-  check({"a.py", "a\n", 6, true, "set for Python"});
+  check({"a.py", "a\n", 6, true, "set for Python", "Python style"});
   for (char const* key : {"WynFollowModelines", "WynFollowEditorConfig", "WynDetectIndentation"})
     settings::store().set(key, false);
   check({"e.py", modeline + lines, 4, true, "Python style"});
