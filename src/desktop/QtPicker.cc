@@ -233,7 +233,11 @@ void PickerDialog::choose(QModelIndex const& index) {
 void PickerDialog::paintEvent(QPaintEvent* event) {
   QDialog::paintEvent(event);
   QPainter painter(this);
-  painter.setPen(palette().color(QPalette::Mid));
+  // It lies on text of the same background, from which a dark palette's own shades differ too
+  // little.
+  QColor line = palette().color(QPalette::WindowText);
+  line.setAlpha(90);
+  painter.setPen(line);
   painter.drawRect(rect().adjusted(0, 0, -1, -1));
 }
 
