@@ -254,6 +254,7 @@ bool WynFindManager::performFindAction(search::searched_view& view, platform::fi
   if (action == replace_all || action == count) {
     bool const selection = (modifiers & (platform::modifier::option | platform::modifier::command));
     asked.insert_or_assign("replaceAllScope", selection ? "selection" : "document");
+    if (selection) restoreSelection(view);
   }
   plist::value const answer = view.findWithOptions(asked);
   bool const found = answer["found"].boolean_or(false);
@@ -292,23 +293,34 @@ void WynFindManager::findPanelAction(platform::find_action action, std::uint32_t
 // over.
 void WynFindManager::findPanelDidChange() {
   objectDidBeginEditing();
-  updateScope(panel().values().in_selection);
+  bool const has_scope = updateScope(panel().values().in_selection);
   updateShownQuery(true);
+  if (!has_scope) panel().set_status("Nothing is selected to search in");
 }
 
-void WynFindManager::updateScope(bool in_selection) {
+// Whether what is asked for can be.
+bool WynFindManager::updateScope(bool in_selection) {
   search::searched_view* const view = mainView();
-  if (!in_selection) return dropScope();
-  if (view == nullptr || view->findScope()) return;
+  if (!in_selection) dropScope();
+  if (!in_selection || view == nullptr || view->findScope()) return true;
   dropScope();
-  if (view->setFindScope(true)) {
+  if (restoreSelection(*view) && view->setFindScope(true)) {
     scoped_ = view;
-    return;
+    return true;
   }
   platform::find_panel_values values = panel().values();
   values.in_selection = false;
   panel().set_values(values);
   platform::desktop::current().beep();
+  return false;
+}
+
+bool WynFindManager::restoreSelection(search::searched_view& view) {
+  auto const before = live_.selectionBefore(view);
+  if (!before) return true;
+  if (before->first == before->second) return false;
+  view.showMatch(before->first, before->second);
+  return true;
 }
 
 void WynFindManager::dropScope() {

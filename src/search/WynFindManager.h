@@ -59,6 +59,10 @@ class WynFindManager : public platform::find_panel_delegate {
   void objectDidBeginEditing() { isEditing_ = true; }
   void objectDidEndEditing() { isEditing_ = false; }
 
+  /// Selects again what the user had selected, where only typing in the panel has moved that to a
+  /// match. False if nothing was selected then.
+  bool restoreSelection(search::searched_view& view);
+
   /// Tells which view the panel's buttons work on.
   void setMainView(std::function<search::searched_view*()> find) { mainView_ = std::move(find); }
   /// What is sought while the panel is on screen; null if nothing can be.
@@ -89,7 +93,7 @@ class WynFindManager : public platform::find_panel_delegate {
   void fillPanel();
   void takeSelection();
   void updateShownQuery(bool select = false);
-  void updateScope(bool in_selection);
+  bool updateScope(bool in_selection);
   void dropScope();
   void showLiveFind();
   std::string preview() const;

@@ -52,11 +52,13 @@ struct find_highlights::highlight_task {
 };
 
 std::vector<find_highlights::match> const& find_highlights::in_window(
-    text::view& view, std::shared_ptr<text_query const> query, window const& seen) {
-  if (query == query_ && seen == window_ && view.storage->current_memento == memento_ &&
-      view.lines() == rows_)
+    text::view& view, std::shared_ptr<text_query const> query, window const& seen,
+    std::optional<text_range> within) {
+  if (query == query_ && seen == window_ && within == within_ &&
+      view.storage->current_memento == memento_ && view.lines() == rows_)
     return matches_;
   query_ = std::move(query);
+  within_ = within;
   window_ = seen;
   memento_ = view.storage->current_memento;
   rows_ = view.lines();
@@ -99,8 +101,9 @@ void find_highlights::take(text::iterator at, part const& searched) {
   for (auto const& [first, last] : searched.found) {
     at += static_cast<std::ptrdiff_t>(first - seen);
     text::iterator const end = at + static_cast<std::ptrdiff_t>(last - first);
-    if (at != end && !(query_->whole_words() && (cuts_word(at) || cuts_word(end))))
-      matches_.emplace_back(at, end);
+    bool const is_wanted = !within_ || (within_->first <= at.pos() && end.pos() <= within_->second);
+    bool const is_part_of_word = query_->whole_words() && (cuts_word(at) || cuts_word(end));
+    if (at != end && is_wanted && !is_part_of_word) matches_.emplace_back(at, end);
     at = end;
     seen = last;
   }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "search/match_survey.h"
 #include "search/text_query.h"
 #include "text/views/view.h"
 
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -21,9 +23,11 @@ class find_highlights {
     bool operator==(window const&) const = default;
   };
 
-  /// The matches, in order. Looked for again if the text, the query or what is seen has changed.
+  /// The matches, in order, and only those `within` a stretch of the text, if there is one. Looked
+  /// for again if the text, the query or what is seen has changed.
   std::vector<match> const& in_window(text::view& view, std::shared_ptr<text_query const> query,
-                                      window const& seen);
+                                      window const& seen,
+                                      std::optional<text_range> within = std::nullopt);
 
  private:
   struct part;
@@ -32,6 +36,7 @@ class find_highlights {
   void take(text::iterator at, part const& searched);
 
   std::shared_ptr<text_query const> query_;
+  std::optional<text_range> within_;
   window window_{};
   std::uint32_t memento_ = 0;
   std::size_t rows_ = 0;

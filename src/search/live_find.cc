@@ -30,9 +30,10 @@ void live_find::seek(searched_view& view, std::shared_ptr<text_query const> quer
   if (is_same) return;
   if (select && !view.isRecordingMacro()) {
     bool const continues =
-        selected_ == selection_of(*shown) && anchorMemento_ == shown->storage->current_memento;
-    if (!continues) anchor_ = shown->selection.first().base.pos();
-    anchorMemento_ = shown->storage->current_memento;
+        selected_ == selection_of(*shown) && beforeMemento_ == shown->storage->current_memento;
+    if (!continues) before_ = selection_of(*shown);
+    if (!continues && shown->selection.column_mode) before_.second = before_.first;
+    beforeMemento_ = shown->storage->current_memento;
     selects_ = true;
   }
   start();
@@ -75,7 +76,7 @@ void live_find::follow(searched_view& view) {
 
 void live_find::surveyDone() {
   text::storage const& storage = *view_->view()->storage;
-  if (selects_ && survey_.is_of(storage) && anchorMemento_ == storage.current_memento)
+  if (selects_ && survey_.is_of(storage) && beforeMemento_ == storage.current_memento)
     selectNext(*survey_.result());
   selects_ = false;
   view_->ticksDidChange();
@@ -84,7 +85,7 @@ void live_find::surveyDone() {
 
 void live_find::selectNext(all_places const& places) {
   selects_ = false;
-  std::size_t const index = places.next(anchor_);
+  std::size_t const index = places.next(before_.first);
   if (index == all_places::none) return;
   text::iterator const first(places.starts[index], view_->view()->storage);
   text::iterator const last = first + static_cast<std::ptrdiff_t>(places.length(index));
@@ -95,8 +96,15 @@ void live_find::selectNext(all_places const& places) {
 bool live_find::takeOver(searched_view& view) {
   if (!selects_ || view_ != &view) return false;
   selects_ = false;
-  view.showMatch(anchor_, anchor_);
+  view.showMatch(before_.first, before_.first);
   return true;
+}
+
+std::optional<text_range> live_find::selectionBefore(searched_view& view) const {
+  if (view_ != &view || selected_ != selection_of(*view.view()) ||
+      beforeMemento_ != view.view()->storage->current_memento)
+    return std::nullopt;
+  return before_;
 }
 
 void live_find::updateCount() {

@@ -32,6 +32,9 @@ class live_find {
   /// have been looked for.
   bool takeOver(searched_view& view);
 
+  /// What the user had selected, if what is selected now is only what was sought while typing.
+  std::optional<text_range> selectionBefore(searched_view& view) const;
+
   /// In words; as it was before while matches are counted.
   std::string const& count() const { return count_; }
   /// Why counting ended before its time; empty if it has not.
@@ -53,8 +56,9 @@ class live_find {
   std::unique_ptr<platform::timer> rest_;  // after a change of the text
   std::string count_;
   bool selects_ = false;
-  text::pos anchor_;
-  std::uint32_t anchorMemento_ = 0;
+  text_range
+      before_;  // what was selected when one began to type; matches are sought from its start
+  std::uint32_t beforeMemento_ = 0;
   std::optional<text_range> selected_;  // by this
 };
 

@@ -81,7 +81,8 @@ std::vector<search::find_highlights::match> const& WynTextView::shownMatches() c
   std::size_t const last = std::min(layout_.row_at(seen.bottom()), rows - 1);
   return highlights_->in_window(
       *view_, query,
-      {first, last + 1, layout_.column_at(seen.x), layout_.column_at(seen.right()) + 1});
+      {first, last + 1, layout_.column_at(seen.x), layout_.column_at(seen.right()) + 1},
+      findScope());
 }
 
 bool WynTextView::setFindScope(bool in_selection) {
@@ -180,6 +181,7 @@ plist::value WynTextView::replaceAllIn(char const* scope) {
   if (view_ == nullptr) return false;
   WynFindManager& manager = WynFindManager::sharedInstance();
   manager.commitEditing();
+  if (std::string_view(scope) == "selection") manager.restoreSelection(*this);
   recordFind("replaceAll", scope);
   plist::dictionary options = manager.options();
   options.insert_or_assign("replaceAllScope", scope);
@@ -222,7 +224,8 @@ std::string WynTextView::performFind(std::string const& action, plist::value con
     search::replace_answer const answer =
         search::all_matches(*view_, request_from(options, findScope()), true).answer();
     found = answer.end == search::search_end::found;
-    return found ? std::to_string(answer.count) + " matches" : status_for(answer, "Nothing found");
+    if (!found) return status_for(answer, "Nothing found");
+    return std::to_string(answer.count) + (answer.count == 1 ? " match" : " matches");
   }
   std::uint32_t const memento = view_->storage->current_memento;
   if (action == "replace" || action == "replaceAndFind") {

@@ -110,8 +110,9 @@ TEST_F(find_bar, whole_words_end_where_letters_do) {
     EXPECT_EQ(count(), r.count == 0 ? "No matches" : "1 of " + std::to_string(r.count)) << r.text;
     EXPECT_EQ(view.shownMatches().size(), r.count) << r.text;
     push(WynFindManager::count);
-    EXPECT_EQ(desktop_.find().status,
-              r.count == 0 ? "Nothing found" : std::to_string(r.count) + " matches");
+    EXPECT_EQ(desktop_.find().status, r.count == 0   ? "Nothing found"
+                                      : r.count == 1 ? "1 match"
+                                                     : std::to_string(r.count) + " matches");
     manager.closeFindPanel();
   }
 }
@@ -140,6 +141,37 @@ TEST_F(find_bar, searches_the_selection_alone_while_the_text_changes) {
   fields().in_selection = false;
   changed();
   EXPECT_EQ(count().substr(count().size() - 1), "5");
+}
+
+// What is typed is selected, but who ticks the box afterwards means what had been selected.
+TEST_F(find_bar, a_selection_lasts_while_one_types) {
+  auto const begin = [this](char const* text) {
+    manager.closeFindPanel();
+    set(text);
+    manager.orderFrontFindPanel(true);
+    fields().replace = "x";
+    for (char const* const typed : {"a", "ab"}) type(typed);
+  };
+  begin("ab [ab\nab] ab");
+  fields().in_selection = true;
+  changed();
+  EXPECT_EQ(get() + count(), "ab [ab]\nab ab1 of 2");
+  EXPECT_EQ(view.shownMatches().size(), 2u);
+
+  begin("ab [ab\nab] ab");
+  desktop_.find().delegate->findPanelAction(WynFindManager::replace_all,
+                                            platform::modifier::command, false);
+  EXPECT_EQ(text(), "ab x\nx ab");
+  begin("ab [ab\nab] ab");
+  perform("replaceAllInSelection:");
+  EXPECT_EQ(text(), "ab x\nx ab");
+
+  begin("|ab ab");
+  fields().in_selection = true;
+  changed();
+  EXPECT_EQ(get() + count() + desktop_.find().status,
+            "[ab] ab1 of 2Nothing is selected to search in");
+  EXPECT_FALSE(fields().in_selection);
 }
 
 TEST_F(find_bar, a_selection_to_search_in_must_be_there_and_ends_with_the_bar) {

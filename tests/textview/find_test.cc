@@ -59,7 +59,7 @@ TEST_F(find, panel_acts_on_the_view_and_says_what_came_of_it) {
            step{WynFindManager::find_next, 0, "Not found", "2 of 2", "one two [one]", 1},
            step{WynFindManager::find_previous, 0, "", "1 of 2", "[one] two one", 1},
            step{WynFindManager::count, 0, "2 matches", "1 of 2", "[one] two one", 1},
-           step{WynFindManager::count, platform::modifier::option, "1 matches", "1 of 2",
+           step{WynFindManager::count, platform::modifier::option, "1 match", "1 of 2",
                 "[one] two one", 1},
            step{WynFindManager::replace_all, 0, "2 replaced", "No matches", "| two ", 1},
            step{WynFindManager::replace_all, 0, "Nothing replaced", "No matches", "| two ", 2},
