@@ -23,21 +23,20 @@
 #include "search/WynFindManager.h"
 #include "settings/store.h"
 #include "styles/WynThemeManager.h"
-#include "windows/WynDocumentController.h"
+#include "windows/WynProjectController.h"
+#include "windows/document_window.h"
 #include "windows/select_item.h"
 #include "windows/template_files.h"
-
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <set>
 
 namespace {
 
-constexpr double defaults_period = 1;          // seconds between looks at the defaults file
-constexpr double clipboard_delay = 0.05;       // seconds
-constexpr std::int64_t large_file = 0xA00000;  // bytes; one more and the user is asked
+constexpr double defaults_period = 1;     // seconds between looks at the defaults file
+constexpr double clipboard_delay = 0.05;  // seconds
 
 }  // namespace
 
@@ -64,7 +63,9 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list, out
     return plist::value(
         BundleManager::sharedInstance().executeItemWithUUID(uuid.string_or(""), *this));
   });
+  add("newProject:", [this](auto const&) { newProject(); });
   add("openDocument:", [this](auto const&) { openDocument(); });
+  add("openFolder:", [this](auto const&) { openFolder(); });
   add("openRecentFile:", [this](plist::value const& path) {
     if (auto const* bytes = path.as_data()) openRecentFile({bytes->begin(), bytes->end()});
   });
@@ -105,6 +106,9 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list, out
   WynFindManager::sharedInstance().setMainView([this] { return frontTextView(); });
   add("selectNextWindow:", [this](auto const&) { selectWindow(1); });
   add("selectPreviousWindow:", [this](auto const&) { selectWindow(-1); });
+  // Where a window has one document, the next one is in another window.
+  add("goToNextFile:", [this](auto const&) { selectWindow(1); });
+  add("goToPreviousFile:", [this](auto const&) { selectWindow(-1); });
   add("terminate:", [this](auto const&) {
     if (applicationShouldTerminate()) platform::desktop::current().terminate();
   });
@@ -176,8 +180,7 @@ void AppDelegate::applicationDidBecomeActive() {
 void AppDelegate::applicationWillResignActive() {
   clips_.save();
   if (!settings::store().boolean("WynSaveAllOnDeactivate")) return;
-  for (std::size_t n = 0; n < controllers_.size(); ++n)
-    if (controllers_[n]->textDocument() != nullptr) controllers_[n]->saveQuietly();
+  for (std::size_t n = 0; n < controllers_.size(); ++n) controllers_[n]->saveQuietly();
 }
 
 AppDelegate::~AppDelegate() {
@@ -229,87 +232,6 @@ void AppDelegate::tellOfDamagedDefaults(plist::value const& info) {
                                     shown("kept") + ".",
                                 {"Continue"}};
   postWhileAlive([message] { platform::desktop::current().alerts().run(message); });
-}
-
-void AppDelegate::openLaunchArguments() {
-  for (std::string const& argument : launchArguments_) {
-    app::file_argument const file = app::parse_file_argument(argument, currentDirectory_);
-    // With a line, the file is wanted as text.
-    if (!file.place && installIfBundle(file.path)) continue;
-    openFile(file.path, file.place);
-  }
-  launchArguments_.clear();
-}
-
-// By its name alone, so that opening any other file doesn't load the bundles.
-bool AppDelegate::installIfBundle(std::string const& path) {
-  return bundles::is_bundle_file(path) && BundleManager::sharedInstance().canHandleFile(path);
-}
-
-void AppDelegate::openFiles(std::vector<std::string> const& paths) {
-  for (std::string const& path : paths)
-    if (!installIfBundle(path)) openFile(path);
-}
-
-WynDocumentController* AppDelegate::openFile(std::string const& path,
-                                             std::optional<text::line_place> const& place) {
-  auto const go = [&](WynDocumentController& controller) {
-    if (place) controller.textView().goToLineAndColumn(*place);
-    controller.showWindow();
-    return &controller;
-  };
-  std::string const standard = path::resolve(path);
-  for (WynDocumentController* open : orderedControllers())
-    if (open->textDocument()->filename() == standard) return go(*open);
-  if (!confirmLargeFile(standard)) return nullptr;
-
-  std::shared_ptr<WynDocument> const document = WynDocument::documentWithContentsOfFile(standard);
-  if (document == nullptr) return nullptr;
-  recent_.add(standard);
-  WynDocumentController* const controller = go(show(document));
-  postWhileAlive([this, standard] { app::offer_safety_copies_beside(*this, standard); });
-  return controller;
-}
-
-void AppDelegate::openRecentFile(std::string const& path) {
-  if (path::exists(path)) {
-    openFile(path);
-    return;
-  }
-  platform::alert const question{
-      "Couldn't Open",
-      "The file " + documents::quoted(documents::printable(path::abbreviate_with_tilde(path))) +
-          " was deleted or moved, or can't be reached now.",
-      {"Continue", "Remove from Menu"}};
-  if (platform::desktop::current().alerts().run(question) == 1) recent_.remove(path);
-}
-
-WynDocumentController& AppDelegate::show(std::shared_ptr<WynDocument> document) {
-  // Of several empty windows the hindmost is taken.
-  auto const open = orderedControllers();
-  auto const reused = std::find_if(open.rbegin(), open.rend(),
-                                   [](auto const* c) { return c->canBeUsedForNewDocument(); });
-  if (reused != open.rend()) {
-    (*reused)->setTextDocument(std::move(document));
-    return **reused;
-  }
-  return newWindow(std::move(document));
-}
-
-bool AppDelegate::confirmLargeFile(std::string const& path) {
-  struct stat info;
-  if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size <= large_file)
-    return true;
-  if (static_cast<std::uint64_t>(info.st_size) > documents::largest_file) return true;  // refused
-  char size[32];
-  std::snprintf(size, sizeof size, "%.1f", static_cast<double>(info.st_size) / 1048576);
-  platform::alert const question{"Opening Large File",
-                                 "The file \u201c" + path::abbreviate_with_tilde(path) +
-                                     "\u201d has a size of " + size +
-                                     " MB. Are you sure you want to load this as a text file?",
-                                 {"Open File", "Cancel"},
-                                 1};
-  return platform::desktop::current().alerts().run(question) == 0;
 }
 
 bool AppDelegate::shouldSwallowEvent(platform::key_event const& event) {
@@ -366,14 +288,14 @@ bool AppDelegate::showAsNewDocument(std::string const& path) {
   text::unit_view const units = read.units.view();
   std::string const first_line =
       unicode::to_utf8(units.substr(0, std::min(units.find(u'\n'), units.size())));
-  WynDocumentController& controller = showText(read.units);
+  windows::document_window& controller = showText(read.units);
   WynTextView& view = controller.textView();
   view.changeLanguageToAndLearn(view.languageChoiceForFileWithFirstLine(path, first_line), false);
   controller.showWindow();
   return true;
 }
 
-WynDocumentController& AppDelegate::showText(text::text_block const& text) {
+windows::document_window& AppDelegate::showText(text::text_block const& text) {
   auto storage = std::make_unique<text::storage>();
   storage->insert(storage->end(-1), text);
   storage->forget_history();
@@ -382,26 +304,6 @@ WynDocumentController& AppDelegate::showText(text::text_block const& text) {
 
 void AppDelegate::openAsNewDocument(text::text_block const& text) {
   showText(text).showWindow();
-}
-
-void AppDelegate::newDocument() {
-  newWindow(WynDocument::document()).showWindow();
-}
-
-WynDocumentController& AppDelegate::newWindow(std::shared_ptr<WynDocument> document) {
-  auto controller = std::make_unique<WynDocumentController>(*this);
-  controller->setTextDocument(std::move(document));
-  WynDocumentController& result = *controller;
-  adopt(std::move(controller));
-  return result;
-}
-
-void AppDelegate::openDocument() {
-  platform::open_request request;
-  request.title = "Quirnote: Open";
-  request.directory = currentDirectory_;
-  request.allows_folders = false;
-  openFiles(platform::desktop::current().panels().run_open(request));
 }
 
 WynTextView* AppDelegate::frontTextView() const {
@@ -468,7 +370,7 @@ bool AppDelegate::goToLine(std::string const& text) {
   return true;
 }
 
-void AppDelegate::adopt(std::unique_ptr<WynDocumentController> controller) {
+void AppDelegate::adopt(std::unique_ptr<windows::document_window> controller) {
   controllers_.push_back(std::move(controller));
   documentNameDidChange();
 }
@@ -498,17 +400,17 @@ void AppDelegate::releaseClosed() {
   postWhileAlive([this] { closing_.clear(); });
 }
 
-std::vector<WynDocumentController*> AppDelegate::orderedControllers() const {
-  std::vector<WynDocumentController*> result;
+std::vector<windows::document_window*> AppDelegate::orderedControllers() const {
+  std::vector<windows::document_window*> result;
   for (platform::window* window : platform::desktop::current().ordered_windows())
-    if (auto* controller = dynamic_cast<WynDocumentController*>(window->delegate()))
+    if (auto* controller = dynamic_cast<windows::document_window*>(window->delegate()))
       result.push_back(controller);
   return result;
 }
 
 std::vector<std::shared_ptr<WynDocument>> AppDelegate::orderedDocuments() const {
   std::vector<std::shared_ptr<WynDocument>> result;
-  for (WynDocumentController* controller : orderedControllers())
+  for (windows::document_window* controller : orderedControllers())
     result.push_back(controller->textDocument());
   return result;
 }
@@ -523,42 +425,47 @@ bool AppDelegate::applicationShouldTerminate() {
 
 bool AppDelegate::applicationMustTerminate() {
   bool all_kept = true;
-  for (auto const& controller : controllers_) {
-    auto const document = controller->textDocument();
-    if (document == nullptr) continue;
-    auto const error = document->keepUnsavedText();
-    if (!error) continue;
-    platform::log("the text of " + document->displayName() + " is lost: " + error->path + ": " +
-                  error->message);
-    all_kept = false;
-  }
+  for (auto const& controller : controllers_)
+    for (auto const& document : controller->documents()) {
+      auto const error = document->keepUnsavedText();
+      if (!error) continue;
+      platform::log("the text of " + document->displayName() + " is lost: " + error->path + ": " +
+                    error->message);
+      all_kept = false;
+    }
   if (htmlOutputs_ != nullptr) htmlOutputs_->keepPlacements();
   settings::store().save();
   clips_.save();
   return all_kept;
 }
 
+// By windows, since each of them asks for all that it holds.
 bool AppDelegate::confirmQuitting() {
   if (htmlOutputs_ != nullptr && !htmlOutputs_->askToStopAll()) return false;
   auto const open = orderedControllers();
-  for (WynDocumentController* controller : open)
-    if (controller->textDocument() != nullptr) controller->textDocument()->lookForFile();
-  auto const edited =
-      std::count_if(open.begin(), open.end(), [](auto const* c) { return c->isDocumentEdited(); });
-  if (edited == 0) return true;
-  if (edited == 1) return reviewUnsavedDocuments();
+  std::set<WynDocument*> edited;
+  std::size_t edited_windows = 0;
+  for (windows::document_window* controller : open) {
+    for (auto const& document : controller->documents()) {
+      document->lookForFile();
+      if (document->isDocumentEdited()) edited.insert(document.get());
+    }
+    if (controller->isDocumentEdited()) ++edited_windows;
+  }
+  if (edited_windows < 2) return reviewUnsavedDocuments() && saveProjects();
   platform::alert const question{
-      "You have " + std::to_string(edited) +
-          " documents with unsaved changes. Do you want to review these changes before quitting?",
+      windows::unsaved_documents(edited.size()) +
+          " Do you want to review these changes before quitting?",
       "If you don't review your documents, all your changes will be lost.",
       {"Review Changes\u2026", "Discard Changes", "Cancel"},
       2};
   switch (platform::desktop::current().alerts().run(question)) {
     case 0:
-      return reviewUnsavedDocuments();
+      return reviewUnsavedDocuments() && saveProjects();
     case 1:
-      for (WynDocumentController* controller : open) controller->textDocument()->dropUnsavedText();
-      return true;
+      for (windows::document_window* controller : open)
+        for (auto const& document : controller->documents()) document->dropUnsavedText();
+      return saveProjects();
     default:
       return false;
   }
@@ -572,9 +479,14 @@ bool AppDelegate::reviewUnsavedDocuments() {
     auto const edited =
         std::find_if(open.begin(), open.end(), [](auto const* c) { return c->isDocumentEdited(); });
     if (edited == open.end()) return true;
-    if (!(*edited)->askToSave()) return false;
+    if (!(*edited)->windowShouldClose()) return false;
     (*edited)->window().close();
   }
+}
+
+bool AppDelegate::saveProjects() {
+  auto const open = orderedControllers();
+  return std::all_of(open.begin(), open.end(), [](auto* c) { return c->saveBeforeEnd(); });
 }
 
 void AppDelegate::selectWindow(int step) {
@@ -593,6 +505,10 @@ std::vector<platform::menu_item> AppDelegate::mainMenu() const {
 
 std::vector<platform::menu_item> AppDelegate::actionsWithoutMenu() const {
   return menuWithKeys(menus_["actions"]);
+}
+
+std::vector<platform::menu_item> AppDelegate::tabMenu() const {
+  return menuWithKeys(menus_["tab"]);
 }
 
 std::vector<platform::menu_item> AppDelegate::contextMenu() const {

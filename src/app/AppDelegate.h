@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/clip_history_file.h"
+#include "app/file_argument.h"
 #include "app/offer_safety_copies.h"
 #include "app/recent_files.h"
 #include "bundles/bundle_watcher.h"
@@ -19,6 +20,7 @@
 #include <string>
 #include <vector>
 
+class WynProjectController;
 class WynTextView;
 
 /// The application: opens files in windows, owns their controllers, and sees to it that quitting
@@ -35,35 +37,41 @@ class AppDelegate : public platform::application_delegate,
   AppDelegate(plist::value menus, std::string const& recent_list, output_taker taker = {});
   ~AppDelegate() override;
 
-  /// What to open at launch: each argument FILE[:LINE[:COLUMN]], taken from `directory`, in a
-  /// window of its own.
+  /// What to open at launch: arguments FILE[:LINE[:COLUMN]], folders and project files, taken from
+  /// `directory`.
   void setLaunchArguments(std::vector<std::string> arguments, std::string directory);
   /// Why the menus aren't those that are installed; shown once the first window is there. Empty if
   /// they are.
   void setMenuFault(std::string fault) { menuFault_ = std::move(fault); }
   /// Shows a file, in the window that has it already if there is one. Null when it could not be
   /// read; the user has seen an alert.
-  WynDocumentController* openFile(std::string const& path,
-                                  std::optional<text::line_place> const& place);
+  windows::document_window* openFile(std::string const& path,
+                                     std::optional<text::line_place> const& place) {
+    return openFile(path, place, nullptr);
+  }
+  /// Opens what was asked for at once: projects in windows of their own, a folder, or several files
+  /// and folders, in one for all of them.
+  void openFiles(std::vector<app::file_argument> files);
   void openFiles(std::vector<std::string> const& paths);
   void newDocument();
+  void newProject();
 
   /// Front to back.
-  std::vector<WynDocumentController*> orderedControllers() const;
+  std::vector<windows::document_window*> orderedControllers() const;
   std::vector<std::shared_ptr<WynDocument>> orderedDocuments() const;
   app::recent_files& recentFiles() { return recent_; }
 
   /// What lists of all actions have beside the menus, in the form of menus.
   std::vector<platform::menu_item> actionsWithoutMenu() const;
 
-  void adopt(std::unique_ptr<WynDocumentController> controller);
+  void adopt(std::unique_ptr<windows::document_window> controller);
 
   // document_opener
-  WynDocumentController* openFile(std::string const& path) override {
+  windows::document_window* openFile(std::string const& path) override {
     return openFile(path, std::nullopt);
   }
   /// In an empty window if there is any, else in one that is to be shown yet.
-  WynDocumentController& show(std::shared_ptr<WynDocument> document) override;
+  windows::document_window& show(std::shared_ptr<WynDocument> document) override;
 
   // windows_owner
   platform::responder& lastResponder() override { return *this; }
@@ -73,6 +81,8 @@ class AppDelegate : public platform::application_delegate,
   void documentNameDidChange() override;
   void didCloseWindow(platform::window_delegate& controller) override;
   void openAsNewDocument(text::text_block const& text) override;
+  void showInNewWindow(std::shared_ptr<WynDocument> document) override;
+  std::vector<platform::menu_item> tabMenu() const override;
   bool takesOutput(commands::finished_command const& command) override {
     return outputTaker_ && outputTaker_(command);
   }
@@ -100,13 +110,22 @@ class AppDelegate : public platform::application_delegate,
   void openPlace(commands::output_place const& place);
   bool newDocumentFromTemplate(std::string const& uuid);
   bool showAsNewDocument(std::string const& path);
-  WynDocumentController& showText(text::text_block const& text);
+  windows::document_window& showText(text::text_block const& text);
   void addClipboardMethods();
   void openLaunchArguments();
   void tellOfDamagedDefaults(plist::value const& info);
   bool installIfBundle(std::string const& path);
-  WynDocumentController& newWindow(std::shared_ptr<WynDocument> document);
+  windows::document_window& newWindow(std::shared_ptr<WynDocument> document);
+  WynProjectController& newProjectWindow();
+  void openProject(std::string const& path);
+  void openTogether(std::vector<app::file_argument> const& files);
+  windows::document_window* openFile(std::string const& path,
+                                     std::optional<text::line_place> const& place,
+                                     WynProjectController* project);
+  windows::document_window* windowWithFile(std::string const& path);
+  void closeUnusedWindow();
   void openDocument();
+  void openFolder();
   void openRecentFile(std::string const& path);
   /// Null when no window shows a document.
   WynTextView* frontTextView() const;
@@ -120,7 +139,7 @@ class AppDelegate : public platform::application_delegate,
   bool goToLine(std::string const& place);
   bool confirmQuitting();
   bool reviewUnsavedDocuments();
-  bool confirmLargeFile(std::string const& path);
+  bool saveProjects();
   void releaseClosed();
   /// Runs `work` in a later turn of the loop, when nothing waits, unless the application has ended
   /// by then.
@@ -139,7 +158,7 @@ class AppDelegate : public platform::application_delegate,
   platform::notification_center::token damagedDefaults_;
   std::unique_ptr<bundles::bundle_watcher> bundleWatcher_;
   std::unique_ptr<styles::theme_watcher> themeWatcher_;
-  std::vector<std::unique_ptr<WynDocumentController>> controllers_, closing_;
+  std::vector<std::unique_ptr<windows::document_window>> controllers_, closing_;
   std::unique_ptr<windows::html_outputs> htmlOutputs_;  // null with an output taker
   bool isAskingToQuit_ = false;
   std::shared_ptr<int> lives_ = std::make_shared<int>(0);

@@ -14,7 +14,7 @@
 namespace app {
 
 char const* const usage_text =
-    "usage: quirnote [FILE[:LINE[:COLUMN]]]...\n"
+    "usage: quirnote [FILE[:LINE[:COLUMN]] | FOLDER | PROJECT]...\n"
     "       quirnote --batch [--set KEY=VALUE]... [--macro FILE|- | --item NAME|UUID [--repeat "
     "N]]...\n"
     "                [--answer TITLE=BUTTON]... [--save | --save-as PATH|-] [--print WHAT]... "

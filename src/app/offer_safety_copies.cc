@@ -9,7 +9,7 @@
 #include "path/path.h"
 #include "platform/desktop.h"
 #include "platform/utf.h"
-#include "windows/WynDocumentController.h"
+#include "windows/document_window.h"
 
 #include <ctime>
 #include <memory>
@@ -111,7 +111,7 @@ void open_text(document_opener& app, std::u16string const& text) {
 
 void restore_copy(document_opener& app, safety_copy copy) {
   std::string const path = copy.origin().path;
-  WynDocumentController* controller = path.empty() ? nullptr : app.openFile(path);
+  windows::document_window* controller = path.empty() ? nullptr : app.openFile(path);
   // Also where the file can't be read, as a text without a name.
   if (controller == nullptr) controller = &app.show(WynDocument::document());
   controller->textView().replacingText(

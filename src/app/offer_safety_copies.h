@@ -4,7 +4,9 @@
 #include <string>
 
 class WynDocument;
-class WynDocumentController;
+namespace windows {
+class document_window;
+}
 
 namespace app {
 
@@ -12,9 +14,9 @@ namespace app {
 class document_opener {
  public:
   /// Null if the file can't be opened; the user has seen an alert.
-  virtual WynDocumentController* openFile(std::string const& path) = 0;
+  virtual windows::document_window* openFile(std::string const& path) = 0;
   /// A window for the document, not shown yet.
-  virtual WynDocumentController& show(std::shared_ptr<WynDocument> document) = 0;
+  virtual windows::document_window& show(std::shared_ptr<WynDocument> document) = 0;
 
  protected:
   ~document_opener() = default;

@@ -27,7 +27,30 @@ EditorFrame::EditorFrame(WindowOwner& owner, platform::window& window,
 
 void EditorFrame::detach() {
   text_->detach();
+  if (tabs_ != nullptr) tabs_->detach();
   WindowFrame::detach();
+}
+
+QSplitter& EditorFrame::splitter() {
+  if (splitter_ != nullptr) return *splitter_;
+  QWidget* const content = takeCentralWidget();
+  splitter_ = new QSplitter;
+  splitter_->setChildrenCollapsible(false);
+  splitter_->setHandleWidth(1);
+  splitter_->addWidget(content);
+  splitter_->setStretchFactor(0, 1);
+  setCentralWidget(splitter_);
+  text_->setFocus();
+  return *splitter_;
+}
+
+TabBar& EditorFrame::tabs(platform::tab_bar_delegate& delegate) {
+  if (tabs_ != nullptr) return *tabs_;
+  splitter();
+  tabs_ = new TabBar(
+      delegate, [this](auto const& items, QPoint global) { pop_up_menu(items, global); }, this);
+  column_->insertWidget(0, tabs_);
+  return *tabs_;
 }
 
 void EditorFrame::take_initial_size() {

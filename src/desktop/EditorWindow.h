@@ -3,8 +3,10 @@
 #include "desktop/FindBar.h"
 #include "desktop/FramedWindow.h"
 #include "desktop/StatusBar.h"
+#include "desktop/TabBar.h"
 #include "desktop/TextViewWidget.h"
 
+#include <QSplitter>
 #include <QVBoxLayout>
 
 namespace widgets {
@@ -18,6 +20,10 @@ class EditorFrame final : public WindowFrame, public TextViewOwner, public FindB
   void take_initial_size() override;
   void enter_status_bar() override { status_->enter(); }
   StatusBar& status() { return *status_; }
+  /// What has the text and all that stands above and below it as its last place, and before that
+  /// those for what stands beside it. Made when it is first asked for.
+  QSplitter& splitter();
+  TabBar& tabs(platform::tab_bar_delegate& delegate);
 
   // TextViewOwner
   bool should_swallow(platform::key_event const& event) override;
@@ -28,7 +34,9 @@ class EditorFrame final : public WindowFrame, public TextViewOwner, public FindB
   std::uint32_t window_number() const override { return number_; }
 
   // FindBarPlace
-  void take_find_bar(QWidget* bar) override { column_->insertWidget(1, bar); }
+  void take_find_bar(QWidget* bar) override {
+    column_->insertWidget(column_->indexOf(text_) + 1, bar);
+  }
   void focus_text() override { text_->setFocus(); }
   bool perform_menu_key(QKeyEvent const& event) override;
 
@@ -39,14 +47,16 @@ class EditorFrame final : public WindowFrame, public TextViewOwner, public FindB
   void open_status_menu(std::string const& part, QPoint global);
 
   std::uint32_t const number_;
+  QSplitter* splitter_ = nullptr;
   QVBoxLayout* column_;
+  TabBar* tabs_ = nullptr;
   TextViewWidget* text_;
   StatusBar* status_;
   KeyTranslation keys_;
 };
 
-/// A window with one text view and a status bar.
-class EditorWindow final : public FramedWindow<platform::window, EditorFrame> {
+/// A window with one text view and a status bar, and what else is asked for.
+class EditorWindow final : public FramedWindow<platform::editor_window, EditorFrame> {
  public:
   EditorWindow(WindowOwner& owner, platform::window_delegate& delegate,
                platform::view_client& client, platform::responder& first)
@@ -57,6 +67,9 @@ class EditorWindow final : public FramedWindow<platform::window, EditorFrame> {
   void set_document_edited(bool edited) override { widget().setWindowModified(edited); }
   void close() override;
   void update_value(std::string_view key, plist::value const& value) override;
+  platform::tab_bar& tabs(platform::tab_bar_delegate& delegate) override {
+    return widget().tabs(delegate);
+  }
 };
 
 }  // namespace widgets

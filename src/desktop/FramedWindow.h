@@ -6,8 +6,8 @@
 
 namespace widgets {
 
-/// What windows of either Kind, a platform::window or platform::html_window, do by their Frame,
-/// which is a WindowFrame.
+/// What windows of either Kind, a platform::editor_window or platform::html_window, do by their
+/// Frame, which is a WindowFrame.
 template <class Kind, class Frame>
 class FramedWindow : public Kind {
  public:

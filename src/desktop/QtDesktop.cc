@@ -70,9 +70,9 @@ QtDesktop::~QtDesktop() {
   set_current(nullptr);
 }
 
-std::unique_ptr<platform::window> QtDesktop::make_window(platform::window_delegate& delegate,
-                                                         platform::view_client& client,
-                                                         platform::responder& first) {
+std::unique_ptr<platform::editor_window> QtDesktop::make_window(platform::window_delegate& delegate,
+                                                                platform::view_client& client,
+                                                                platform::responder& first) {
   return std::make_unique<EditorWindow>(*this, delegate, client, first);
 }
 

@@ -65,9 +65,9 @@ class QtDesktop final : public platform::desktop, public WindowOwner {
   platform::file_watcher& files() override { return files_; }
   platform::waiting& waits() override { return waits_; }
   void dismiss_dialog() override;
-  std::unique_ptr<platform::window> make_window(platform::window_delegate& delegate,
-                                                platform::view_client& client,
-                                                platform::responder& first) override;
+  std::unique_ptr<platform::editor_window> make_window(platform::window_delegate& delegate,
+                                                       platform::view_client& client,
+                                                       platform::responder& first) override;
   std::unique_ptr<platform::html_window> make_html_window(
       platform::html_window_delegate& delegate) override;
   std::vector<platform::window*> ordered_windows() const override;

@@ -70,8 +70,12 @@ std::vector<std::string> QtFilePanels::ask_open(platform::open_request const& re
   FileDialog dialog(request.title, request.directory);
   dialog.setFileMode(request.allows_multiple ? QFileDialog::ExistingFiles
                                              : QFileDialog::ExistingFile);
+  if (request.only_folders) {
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+  }
   std::vector<QString> chosen;
-  if (request.allows_folders) {
+  if (request.allows_folders && !request.only_folders) {
     // Qt's "Open" enters a folder; taking one as it is needs a button of its own.
     auto* const row = new QHBoxLayout;
     auto* const button = new QPushButton(QStringLiteral("Open &Folder"));

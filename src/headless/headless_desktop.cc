@@ -146,9 +146,9 @@ headless_desktop::~headless_desktop() {
   set_current(former_);
 }
 
-std::unique_ptr<platform::window> headless_desktop::make_window(platform::window_delegate& delegate,
-                                                                platform::view_client& client,
-                                                                platform::responder& first) {
+std::unique_ptr<platform::editor_window> headless_desktop::make_window(
+    platform::window_delegate& delegate, platform::view_client& client,
+    platform::responder& first) {
   auto window = std::make_unique<headless_window>(order_, delegate, client, first);
   window->host.seen = shows_windows;
   return window;

@@ -7,6 +7,12 @@ void window_order::bring_to_front(platform::window& window) {
   windows_.insert(windows_.begin(), &window);
 }
 
+void recorded_tab_bar::update_tab(platform::shown_tab const& tab) {
+  ++updates;
+  for (platform::shown_tab& each : tabs)
+    if (each.id == tab.id) each = tab;
+}
+
 headless_html_window::headless_html_window(window_order& order,
                                            std::vector<headless_html_window*>& made,
                                            platform::html_window_delegate& delegate)

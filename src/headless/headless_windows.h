@@ -6,6 +6,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,7 +27,7 @@ class window_order {
   std::vector<platform::window*> windows_;
 };
 
-/// What windows of either Kind, a platform::window or platform::html_window, remember.
+/// What windows of either Kind, a platform::editor_window or platform::html_window, remember.
 template <class Kind>
 class recorded_window : public Kind {
  public:
@@ -74,13 +75,38 @@ class recorded_window : public Kind {
   platform::responder& first_;
 };
 
-class headless_window final : public recorded_window<platform::window> {
+/// Remembers its tabs, and has what the user does with them done by tests.
+class recorded_tab_bar final : public platform::tab_bar {
+ public:
+  explicit recorded_tab_bar(platform::tab_bar_delegate& d) : delegate(d) {}
+
+  void set_tabs(std::vector<platform::shown_tab> t, platform::tab_id s) override {
+    tabs = std::move(t);
+    selected = s;
+    ++settings;
+  }
+  void update_tab(platform::shown_tab const& tab) override;
+  void select_tab(platform::tab_id tab) override { selected = tab; }
+
+  platform::tab_bar_delegate& delegate;
+  std::vector<platform::shown_tab> tabs;
+  platform::tab_id selected = 0;
+  int settings = 0, updates = 0;  // how often all were set, and one was
+};
+
+class headless_window final : public recorded_window<platform::editor_window> {
  public:
   headless_window(window_order& order, platform::window_delegate& delegate,
                   platform::view_client& client, platform::responder& first)
       : recorded_window(order, delegate, first), host(client, number()) {}
 
+  platform::tab_bar& tabs(platform::tab_bar_delegate& delegate) override {
+    if (!tab_bar) tab_bar.emplace(delegate);
+    return *tab_bar;
+  }
+
   headless_view_host host;
+  std::optional<recorded_tab_bar> tab_bar;  // of a window that has one
 };
 
 /// A page that is read only when a test says so.

@@ -57,8 +57,8 @@ class desktop {
   virtual void dismiss_dialog() = 0;
 
   /// A window that shows `client` and sends its actions to `first`, not yet on screen.
-  virtual std::unique_ptr<window> make_window(window_delegate& delegate, view_client& client,
-                                              responder& first) = 0;
+  virtual std::unique_ptr<editor_window> make_window(window_delegate& delegate, view_client& client,
+                                                     responder& first) = 0;
   /// A window for a page, not yet on screen.
   virtual std::unique_ptr<html_window> make_html_window(html_window_delegate& delegate) = 0;
   /// The windows on screen, miniaturized ones last, the others front to back.

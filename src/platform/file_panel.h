@@ -11,6 +11,7 @@ struct open_request {
   std::string directory;  // where to start; empty for the desktop's choice
   bool allows_folders = true;
   bool allows_multiple = true;
+  bool only_folders = false;
 };
 
 struct save_request {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/responder.h"
+#include "platform/tab_bar.h"
 #include "platform/view.h"
 #include "plist/value.h"
 
@@ -22,7 +23,7 @@ class window_delegate : public responder {
   virtual bool isDocumentEdited() const = 0;
 };
 
-/// A window with one text view and a status bar. Owned by its delegate; main thread only.
+/// A window with a status bar. Owned by its delegate; main thread only.
 class window {
  public:
   virtual ~window() = default;
@@ -61,6 +62,14 @@ class window {
  private:
   static inline std::uint32_t last_number_ = 0;
   std::uint32_t const number_ = ++last_number_;
+};
+
+/// A window with a text view. Its other parts are made when they are first asked for, so that a
+/// window without them costs nothing more; they live as long as the window.
+class editor_window : public window {
+ public:
+  /// Above the text. `delegate` is that of the first call, and must outlive the window.
+  virtual tab_bar& tabs(tab_bar_delegate& delegate) = 0;
 };
 
 }  // namespace platform

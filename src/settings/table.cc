@@ -281,6 +281,9 @@ rows files() {
        scope::program, "Untitled Document at Start",
        "Whether a start without files opens an untitled document: always (`ahig`, `startup`) or "
        "never."},
+      {"WynOpenFilesTogether", boolean(), true, scope::program, "Open Files Together",
+       "Whether several files that are opened at once are tabs of one window, or each has a window "
+       "of its own."},
       {"NSRecentDocumentsLimit", integer(1, 10000), 25, scope::program, "Recent Files",
        "How many files File > Open Recent holds."},
       {"WynProjectTextFiles",

@@ -16,7 +16,7 @@ bool WynDocumentController::isDocumentEdited() const {
   return textDocument() != nullptr && textDocument()->isDocumentEdited();
 }
 
-bool WynDocumentController::askToSave() {
+bool WynDocumentController::windowShouldClose() {
   return textDocument() == nullptr || askToSaveDocument(*textDocument());
 }
 

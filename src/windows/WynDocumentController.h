@@ -11,14 +11,10 @@ class WynDocumentController : public windows::document_window {
 
   void setTextDocument(std::shared_ptr<WynDocument> document);
 
-  /// Whether another file may take this window: untitled, and nothing in it.
-  bool canBeUsedForNewDocument() const;
-
-  /// Offers to save unsaved changes. True when the window may go: saved, or not wanted.
-  bool askToSave();
-
+  // document_window
+  bool canBeUsedForNewDocument() const override;
   // platform::window_delegate
-  bool windowShouldClose() override { return askToSave(); }
+  bool windowShouldClose() override;
   bool isDocumentEdited() const override;
 
   // command_owner

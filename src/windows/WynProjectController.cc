@@ -19,8 +19,6 @@
 
 namespace {
 
-constexpr std::size_t most_closed = 50;  // tabs that can come back
-
 documents::untitled_numbers& project_numbers() {
   static documents::untitled_numbers instance;
   return instance;
@@ -60,7 +58,8 @@ std::string common_folder(std::vector<std::string> const& paths) {
 WynProjectController::WynProjectController(windows::windows_owner& owner)
     : document_window(owner),
       untitledCount_(project_numbers().take()),
-      tree_(platform::desktop::current().loop(), platform::desktop::current().files()) {
+      tree_(platform::desktop::current().loop(), platform::desktop::current().files()),
+      bar_(window().tabs(*this)) {
   tree_.unsaved_files = [this] {
     std::vector<std::string> paths;
     for (WynDocument const* document : modifiedDocuments())
@@ -70,6 +69,7 @@ WynProjectController::WynProjectController(windows::windows_owner& owner)
   addProjectMethods();
   tabs_.push_back(newTab(""));
   selectTab(0);
+  tabsDidChange();
 }
 
 WynProjectController::~WynProjectController() {
@@ -93,18 +93,39 @@ void WynProjectController::addProjectMethods() {
   add("saveProject:", [this](auto const&) { return saveProject(), true; });
   add("saveProjectAs:", [this](auto const&) { return saveProjectAs(), true; });
   add("saveAllDocuments:", [this](auto const&) { return saveAllDocuments(), true; });
-  add("performCloseTab:", [this](auto const&) { return performCloseTab(selected_), true; });
+  add("performCloseOtherTabs:", [this](plist::value const& tab) {
+    return performCloseOtherTabs(static_cast<platform::tab_id>(tab.integer_or(0))), true;
+  });
+  addMethod("canPerformCloseOtherTabs",
+            [this](plist::value const&) { return plist::value(tabs_.size() > 1); });
+  add("copyPathOfTab:", [this](plist::value const& tab) {
+    return copyPathOfTab(static_cast<platform::tab_id>(tab.integer_or(0)));
+  });
   add("performCloseAllTabs:", [this](auto const&) { return performCloseAllTabs(), true; });
   add("reopenClosedTab:", [this](auto const&) { return reopenClosedTab(); });
+  addMethod("canReopenClosedTab",
+            [this](plist::value const&) { return plist::value(!closed_.empty()); });
   add("goToNextFile:", [this](auto const&) { return goToNextFile(1); });
   add("goToPreviousFile:", [this](auto const&) { return goToNextFile(-1); });
+  for (char const* const query : {"canGoToNextFile", "canGoToPreviousFile"})
+    addMethod(query, [this](plist::value const&) { return plist::value(tabs_.size() > 1); });
   add("goToFileCounterpart:", [this](auto const&) { return goToFileCounterpart(); });
   add("selectItem:",
       [this, path_in](plist::value const& path) { return selectItem(path_in(path)); });
-  add("toggleTreatFileAsText:", [this, path_in](plist::value const& path) {
-    std::string const given = path_in(path);
-    toggleTreatFileAsText(given.empty() ? tabs_[selected_].path : given);
+  // Of the file that is shown, unless one is given.
+  auto const file_in = [this, path_in](plist::value const& path) {
+    std::string given = path_in(path);
+    return given.empty() ? tabs_[selected_].path : given;
+  };
+  add("toggleTreatFileAsText:", [this, file_in](plist::value const& path) {
+    toggleTreatFileAsText(file_in(path));
     return true;
+  });
+  addMethod("canToggleTreatFileAsText", [file_in](plist::value const& path) {
+    return plist::value(!projects::extension_of(file_in(path)).empty());
+  });
+  addMethod("toggleTreatFileAsTextIsChecked:", [this, file_in](plist::value const& path) {
+    return plist::value(canOpenFile(file_in(path)));
   });
 }
 
@@ -136,11 +157,13 @@ void WynProjectController::showContents() {
     selectTab(1);
   // The window's first document stays only if there is nothing else.
   if (tabs_.size() > 1 && selected_ != 0) removeTab(0);
+  tabsDidChange();
   documentDidChange();
 }
 
 void WynProjectController::initWithFiles(std::vector<std::string> paths) {
   isScratchProject_ = true;
+  openedItems_ = paths;
   plist::SortArrayLexicographically(paths);
   struct stat info;
   bool const is_folder =
@@ -172,219 +195,14 @@ void WynProjectController::documentDidChange() {
   if (textDocument() != nullptr) document_window::documentDidChange();
 }
 
-// Tabs.
-
-std::string WynProjectController::titleOfTab(std::size_t index) const {
-  tab const& of = tabs_[index];
-  return of.document ? of.document->displayName() : documents::printable_name(of.path);
-}
-
-WynProjectController::tab WynProjectController::newTab(std::string path) {
-  tab made;
-  made.path = std::move(path);
-  if (made.path.empty()) adopt(made, WynDocument::document());
-  return made;
-}
-
-void WynProjectController::adopt(tab& into, std::shared_ptr<WynDocument> document) {
-  auto& center = platform::notification_center::standard();
-  into.document = std::move(document);
-  into.document->openDocument();
-  into.edited = center.observe(
-      WynDocument::documentEditedDidChange, [this](auto const&) { documentDidChange(); },
-      into.document.get());
-  into.renamed = center.observe(
-      WynDocument::filenameDidChange,
-      [this, renamed = into.document.get()](auto const&) { documentWasRenamed(*renamed); },
-      into.document.get());
-  if (auto const kept = contents_.meta_data.extract(into.path); !kept.empty())
-    into.document->setMetaData(kept.mapped());
-}
-
-void WynProjectController::documentWasRenamed(WynDocument const& document) {
-  for (tab& open : tabs_)
-    if (open.document.get() == &document) open.path = document.filename();
-}
-
-WynProjectController::tab* WynProjectController::tabWithPath(std::string const& path) {
-  auto const found =
-      std::find_if(tabs_.begin(), tabs_.end(), [&](tab const& open) { return open.path == path; });
-  return found == tabs_.end() || path.empty() ? nullptr : &*found;
-}
-
-std::shared_ptr<WynDocument> WynProjectController::documentOfTab(tab& of) {
-  if (of.document) return of.document;
-  auto document = WynDocument::documentWithContentsOfFile(of.path);
-  if (document) adopt(of, std::move(document));
-  return of.document;
-}
-
-std::shared_ptr<WynDocument> WynProjectController::documentForItem(std::string const& path) {
-  tab* open = tabWithPath(path);
-  bool const is_new = open == nullptr;
-  tab made;
-  if (is_new) made = newTab(path);
-  auto document = documentOfTab(is_new ? made : *open);
-  if (is_new && document) tabs_.push_back(std::move(made));
-  return document;
-}
-
-bool WynProjectController::canOpenFile(std::string const& path) const {
-  return projects::can_open_file(path, textFileRules());
-}
-
-projects::text_file_rules WynProjectController::textFileRules() {
-  std::set<std::string, std::less<>> extensions;
-  for (plist::value const& language : BundleManager::sharedInstance().languages())
-    for (plist::value const& type : language["fileTypes"].elements())
-      // Those with a dot are whole names.
-      if (std::string const name = type.string_or(""); name.find('.') == name.npos)
-        extensions.insert(projects::extension_of("x." + name));
-  extensions.erase("");
-  return projects::text_file_rules::standard(std::move(extensions));
-}
-
-void WynProjectController::toggleTreatFileAsText(std::string const& path) {
-  projects::toggle_treated_as_text(path, textFileRules());
-}
-
-bool WynProjectController::selectItem(std::string const& given) {
-  if (given.empty()) return false;
-  std::string const path = path::standardize(given);
-  if (tabWithPath(path) == nullptr) {
-    if (!canOpenFile(path)) return false;
-    tab const& only = tabs_.front();
-    bool const takes_place = tabs_.size() == 1 && only.path.empty() &&
-                             only.document->storage().empty() &&
-                             !only.document->isDocumentEdited() && !textView().isPlayingMacro();
-    if (documentForItem(path) == nullptr) return false;
-    if (takes_place) {
-      selectTab(1);
-      removeTab(0);
-    }
-  }
-  auto const at = static_cast<std::size_t>(tabWithPath(path) - tabs_.data());
-  if (documentOfTab(tabs_[at]) == nullptr) return false;
-  selectTab(at);
-  return true;
-}
-
-void WynProjectController::selectTab(std::size_t index) {
-  if (index >= tabs_.size()) return;
-  auto const document = documentOfTab(tabs_[index]);
-  if (document == nullptr) return;
-  selected_ = index;
-  if (auto* const item = tree_.item_with_path(tabs_[index].path); item && item->own())
-    item->own()->last_used =
-        plist::date{static_cast<double>(std::time(nullptr)) - 978307200};  // since 2001
-  if (document != textDocument()) showDocument(document);
-}
-
-void WynProjectController::moveTab(std::size_t from, std::size_t to) {
-  if (from >= tabs_.size() || to >= tabs_.size()) return;
-  auto const begin = tabs_.begin();
-  auto const at = [&](std::size_t n) { return begin + static_cast<std::ptrdiff_t>(n); };
-  if (from < to)
-    std::rotate(at(from), at(from + 1), at(to + 1));
-  else
-    std::rotate(at(to), at(from), at(from + 1));
-  if (selected_ == from)
-    selected_ = to;
-  else if (from < selected_ && selected_ <= to)
-    --selected_;
-  else if (to <= selected_ && selected_ < from)
-    ++selected_;
-}
-
-void WynProjectController::keepMetaData(tab const& of) {
-  if (of.path.empty() || !of.document) return;
-  if (of.document == textDocument()) textView().snapshotMetaData();
-  if (plist::value const metadata = of.document->metaData(); metadata.as_dictionary())
-    contents_.meta_data[of.path] = metadata;
-}
-
-// Without a question.
-void WynProjectController::removeTab(std::size_t index) {
-  tab const removed = std::move(tabs_[index]);
-  keepMetaData(removed);
-  tabs_.erase(tabs_.begin() + static_cast<std::ptrdiff_t>(index));
-  if (!removed.path.empty()) {
-    std::erase(closed_, removed.path);
-    closed_.push_back(removed.path);
-    if (closed_.size() > most_closed) closed_.erase(closed_.begin());
-  }
-  if (tabs_.empty()) tabs_.push_back(newTab(""));
-  if (index < selected_) --selected_;
-  selected_ = std::min(selected_, tabs_.size() - 1);
-  // A file that can't be read any more is passed over.
-  if (removed.document == textDocument()) {
-    selectTab(selected_);
-    if (removed.document == textDocument()) {
-      tabs_.push_back(newTab(""));
-      selectTab(tabs_.size() - 1);
-    }
-  }
-  if (removed.document) removed.document->closeDocument();
-}
-
-bool WynProjectController::performCloseTab(std::size_t index) {
-  if (index >= tabs_.size()) return false;
-  auto const document = tabs_[index].document;
-  if (document && document->isDocumentEdited()) selectTab(index);
-  if (document && !askToSaveDocument(*document)) return false;
-  // The question may have given it another name, or others another place.
-  auto const at = std::find_if(tabs_.begin(), tabs_.end(), [&](tab const& open) {
-    return document ? open.document == document : &open == &tabs_[index];
-  });
-  if (at == tabs_.end()) return false;
-  removeTab(static_cast<std::size_t>(at - tabs_.begin()));
-  return true;
-}
-
-bool WynProjectController::performCloseAllTabs() {
-  if (!askToSaveModifiedDocuments()) return false;
-  selectTab(tabs_.size() - 1);
-  while (tabs_.size() > 1) removeTab(0);
-  removeTab(0);
-  return true;
-}
-
-bool WynProjectController::reopenClosedTab() {
-  while (!closed_.empty()) {
-    std::string const path = std::move(closed_.back());
-    closed_.pop_back();
-    if (path::exists(path) && selectItem(path)) return true;
-  }
-  return false;
-}
-
-bool WynProjectController::goToNextFile(int step) {
-  std::size_t const count = tabs_.size();
-  if (count < 2) return false;
-  selectTab((selected_ + count + static_cast<std::size_t>(step)) % count);
-  return true;
-}
-
-bool WynProjectController::goToFileCounterpart() {
-  std::string const path = tabs_[selected_].path;
-  if (path.empty()) return false;
-  std::string const name = path::name(path), stem = without_extension(name);
-  std::string const folder = path::parent(path);
-  std::vector<std::string> names;
-  for (dirent const* entry : path::entries(folder))
-    if (std::string const other = entry->d_name;
-        other == name ||
-        (without_extension(other) == stem && canOpenFile(path::join(folder, other))))
-      names.push_back(other);
-  std::sort(names.begin(), names.end());
-  plist::SortArrayLexicographically(names);
-  auto const at = std::find(names.begin(), names.end(), name);
-  if (names.size() < 2 || at == names.end()) return false;
-  std::rotate(names.begin(), at, names.end());
-  return selectItem(path::join(folder, names[1]));
-}
-
 // Saving and closing.
+
+std::vector<std::shared_ptr<WynDocument>> WynProjectController::documents() const {
+  std::vector<std::shared_ptr<WynDocument>> result;
+  for (tab const& open : tabs_)
+    if (open.document) result.push_back(open.document);
+  return result;
+}
 
 std::vector<WynDocument*> WynProjectController::modifiedDocuments() const {
   std::vector<WynDocument*> result;
@@ -411,16 +229,16 @@ bool WynProjectController::saveAllDocuments() {
   return done;
 }
 
-bool WynProjectController::askToSaveModifiedDocuments() {
+bool WynProjectController::askToSaveModifiedDocuments(WynDocument const* except) {
   for (tab const& open : tabs_)
     if (open.document) open.document->lookForFile();
-  auto const modified = modifiedDocuments();
+  auto modified = modifiedDocuments();
+  std::erase(modified, except);
   if (modified.empty()) return true;
   if (modified.size() == 1) return askToSaveDocument(*modified.front());
   window().make_key_and_order_front();
-  platform::alert const question{"You have " + std::to_string(modified.size()) +
-                                     " documents with unsaved changes. Do you want to save these "
-                                     "changes before closing?",
+  platform::alert const question{windows::unsaved_documents(modified.size()) +
+                                     " Do you want to save these changes before closing?",
                                  "Your changes will be lost if you don't save them.",
                                  {"Save All", "Cancel", "Don't Save"},
                                  1};
@@ -535,10 +353,11 @@ void WynProjectController::closeTabsOfMissingFiles() {
   for (std::size_t n = tabs_.size(); n-- > 0;) {
     tab const& open = tabs_[n];
     struct stat info;
-    bool const is_gone = !open.path.empty() && ::stat(open.path.c_str(), &info) != 0 &&
+    // Where there has never been a file, the document is one that is to be saved yet.
+    bool const is_new = open.document && !open.document->fileModificationDate();
+    bool const is_gone = !open.path.empty() && !is_new && ::stat(open.path.c_str(), &info) != 0 &&
                          (errno == ENOENT || errno == ENOTDIR);
-    if (!is_gone) continue;
-    if (!open.document || !holds_unsaved_text(*open.document)) removeTab(n);
+    if (is_gone && (!open.document || !holds_unsaved_text(*open.document))) removeTab(n);
   }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/notification_center.h"
+#include "platform/tab_bar.h"
 #include "projects/file_tree.h"
 #include "projects/project_file.h"
 #include "projects/text_files.h"
@@ -19,7 +20,7 @@
 ///     project->selectItem("/home/me/src/main.cc");
 ///
 /// Files are named by their paths: one that is in the tree twice is one document with one tab.
-class WynProjectController : public windows::document_window {
+class WynProjectController : public windows::document_window, public platform::tab_bar_delegate {
  public:
   explicit WynProjectController(windows::windows_owner& owner);
   ~WynProjectController() override;
@@ -29,6 +30,8 @@ class WynProjectController : public windows::document_window {
   bool initWithContentsOfFile(std::string const& path);
   /// A project for the moment, of a folder or of several files.
   void initWithFiles(std::vector<std::string> paths);
+  /// Of such a project, the folders and files that it was made of, in the order given.
+  std::vector<std::string> const& openedItems() const { return openedItems_; }
 
   std::string const& filename() const { return filename_; }
   void setFilename(std::string const& path);
@@ -46,23 +49,32 @@ class WynProjectController : public windows::document_window {
   bool saveProjectAs();
 
   struct tab {
+    platform::tab_id id = 0;
     std::string path;                       ///< empty for an untitled document
     std::shared_ptr<WynDocument> document;  ///< null until the tab is first selected
+    std::string title;
     platform::notification_center::token edited, renamed;
   };
   std::vector<tab> const& tabs() const { return tabs_; }
   std::size_t selectedTab() const { return selected_; }
-  std::string titleOfTab(std::size_t index) const;
   void selectTab(std::size_t index);
   void moveTab(std::size_t from, std::size_t to);
   /// Asks before unsaved changes are lost. False if the tab stays.
   bool performCloseTab(std::size_t index);
   bool performCloseAllTabs();
+  /// All but this one; but the selected one without it.
+  bool performCloseOtherTabs(platform::tab_id id);
   /// Opens the tab last closed once more. False if there is none.
   bool reopenClosedTab();
 
   /// Shows the file in a tab. False if it can't be opened as text, or not at all.
   bool selectItem(std::string const& path);
+  /// The same for one that the user has named, whatever it holds; it need not exist. `path` is
+  /// standardized.
+  bool openFile(std::string const& path);
+  /// Whether it is a file of the project, or would be one if it existed.
+  bool holdsFile(std::string const& path) const;
+  bool hasTabOf(std::string const& path) const;
   /// The document of a file, opened if it isn't. Null if it can't be; the user has seen an alert.
   /// An empty path gives a new document.
   std::shared_ptr<WynDocument> documentForItem(std::string const& path);
@@ -83,6 +95,16 @@ class WynProjectController : public windows::document_window {
   /// The folder that commands work in; "" if there is none.
   std::string findProjectDirectory() const;
 
+  // document_window
+  std::vector<std::shared_ptr<WynDocument>> documents() const override;
+  bool saveBeforeEnd() override { return askToSaveProject(); }
+  // tab_bar_delegate
+  void tabWasSelected(platform::tab_id id) override;
+  void tabShouldClose(platform::tab_id id) override;
+  void tabWasMoved(platform::tab_id id, std::size_t to) override;
+  void tabWasDroppedHere(platform::tab_id id, std::size_t to) override;
+  void tabWasDraggedOut(platform::tab_id id) override;
+  std::vector<platform::menu_item> menuForTab(platform::tab_id id) override;
   // platform
   bool windowShouldClose() override;
   void windowDidBecomeKey() override;
@@ -94,31 +116,41 @@ class WynProjectController : public windows::document_window {
  protected:
   void documentDidChange() override;
   std::string windowTitle() const override;
+  void closeTab(platform::tab_id id) override;
 
  private:
   void addProjectMethods();
   void showContents();
-  tab newTab(std::string path);
+  platform::shown_tab shownTab(tab const& of) const;
+  void tabsDidChange();
+  void showStateOf(WynDocument const& document);
+  std::optional<std::size_t> indexOfTab(platform::tab_id id) const;
+  bool showFile(std::string const& path);
+  void takeDocument(std::shared_ptr<WynDocument> const& document, std::size_t to);
+  tab newTab(std::string path, std::shared_ptr<WynDocument> document = nullptr);
   void adopt(tab& into, std::shared_ptr<WynDocument> document);
   tab* tabWithPath(std::string const& path);
   std::shared_ptr<WynDocument> documentOfTab(tab& of);
   void documentWasRenamed(WynDocument const& document);
-  void removeTab(std::size_t index);
+  void removeTab(std::size_t index, bool can_come_back = true);
   void closeTabsOfMissingFiles();
   void keepMetaData(tab const& of);
   std::vector<WynDocument*> modifiedDocuments() const;
-  bool askToSaveModifiedDocuments();
+  bool askToSaveModifiedDocuments(WynDocument const* except = nullptr);
+  bool copyPathOfTab(platform::tab_id id);
   bool askToSaveProject();
   void tell(std::string const& title, std::string const& text) const;
 
   std::string filename_;
   std::string projectDirectory_;
   unsigned untitledCount_ = 0;
+  std::vector<std::string> openedItems_;
   bool isScratchProject_ = false;
   bool isUnreadable_ = false;  // the project file
   std::optional<path::file_version> version_;
   projects::project_contents contents_;  // but for the items, which are the tree's
   projects::file_tree tree_;
+  platform::tab_bar& bar_;
   std::vector<tab> tabs_;  // at least one
   std::size_t selected_ = 0;
   std::vector<std::string> closed_;  // files whose tabs were closed, the last one last

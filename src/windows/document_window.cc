@@ -36,6 +36,10 @@ using platform::quoted;
 
 }  // namespace
 
+std::string unsaved_documents(std::size_t count) {
+  return "You have " + std::to_string(count) + " documents with unsaved changes.";
+}
+
 document_window::document_window(windows_owner& owner) : owner_(owner) {
   setNextResponder(&owner.lastResponder());
   textView_.setNextResponder(this);
@@ -70,6 +74,10 @@ void document_window::addFileMethods() {
   });
   addMethod("performClose:", [this](plist::value const&) {
     if (windowShouldClose()) window_->close();
+    return plist::value();
+  });
+  addMethod("performCloseTab:", [this](plist::value const& tab) {
+    closeTab(static_cast<platform::tab_id>(tab.integer_or(0)));
     return plist::value();
   });
 }
@@ -209,12 +217,22 @@ void document_window::followProject() {
   textView_.tidyBeforeSaving(project);
 }
 
-bool document_window::saveQuietly() {
-  bool const asks = document_->filename().empty() || document_->fileIsGone() ||
-                    documents::is_read_only(document_->filename()) ||
-                    !documents::can_be_encoded(document_->storage(), document_->fileEncoding());
-  if (asks || !document_->isDocumentEdited()) return false;
-  return document_->writeToFile(document_->filename());
+void document_window::saveQuietly() {
+  for (auto const& document : documents()) {
+    bool const asks = document->filename().empty() || document->fileIsGone() ||
+                      documents::is_read_only(document->filename()) ||
+                      !documents::can_be_encoded(document->storage(), document->fileEncoding());
+    if (!asks && document->isDocumentEdited()) document->writeToFile(document->filename());
+  }
+}
+
+std::vector<std::shared_ptr<WynDocument>> document_window::documents() const {
+  if (document_ == nullptr) return {};
+  return {document_};
+}
+
+void document_window::closeTab(platform::tab_id) {
+  if (windowShouldClose()) window_->close();  // may end this object
 }
 
 bool document_window::saveDocument() {

@@ -9,10 +9,14 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 class WynDocument;
 
 namespace windows {
+
+/// "You have 2 documents with unsaved changes."
+std::string unsaved_documents(std::size_t count);
 
 /// A window that shows one document at a time: it holds the text view and saves the document. Owned
 /// by its windows_owner from showWindow() until it has closed.
@@ -23,14 +27,21 @@ class document_window : public platform::window_delegate, public commands::comma
   std::shared_ptr<WynDocument> const& textDocument() const { return document_; }
   WynTextView& textView() { return textView_; }
   WynTextView const& textView() const { return textView_; }
-  platform::window& window() { return *window_; }
+  platform::editor_window& window() { return *window_; }
   void showWindow();
+  /// All that have been loaded, the one that is shown among them.
+  virtual std::vector<std::shared_ptr<WynDocument>> documents() const;
+  /// Whether another file may take this window: untitled, and nothing in it.
+  virtual bool canBeUsedForNewDocument() const { return false; }
+  /// The program ends, and the documents are taken care of: saves what else the window keeps. False
+  /// if the user wants to stay.
+  virtual bool saveBeforeEnd() { return true; }
 
   /// False when it was cancelled or failed; the user has seen an alert.
   bool saveDocument();
   bool saveDocumentAs();
   /// Saves what is edited if nothing has to be asked for that.
-  bool saveQuietly();
+  void saveQuietly();
   /// The name of the document, with that of its folder where other windows have the same.
   void showTitle(bool with_folder);
 
@@ -51,6 +62,8 @@ class document_window : public platform::window_delegate, public commands::comma
   virtual void documentDidChange();
   /// What the window is called; the document is there.
   virtual std::string windowTitle() const;
+  /// The user closes a tab, the one that is shown if it is 0; without tabs that is the window.
+  virtual void closeTab(platform::tab_id tab);
 
   /// Whether the document may go: saved, or not wanted. Asks only if it is edited.
   bool askToSaveDocument(WynDocument& document);
@@ -70,7 +83,7 @@ class document_window : public platform::window_delegate, public commands::comma
   windows_owner& owner_;
   WynTextView textView_;
   std::shared_ptr<WynDocument> document_;
-  std::unique_ptr<platform::window> window_;
+  std::unique_ptr<platform::editor_window> window_;
   platform::notification_center::token nameToken_, editedToken_, fileToken_;
   std::string shownTitle_;
   bool titleHasFolder_ = false;

@@ -5,8 +5,11 @@
 #include "platform/responder.h"
 #include "platform/window.h"
 
+#include <memory>
 #include <string>
 #include <vector>
+
+class WynDocument;
 
 namespace windows {
 
@@ -26,6 +29,10 @@ class windows_owner {
   virtual void documentNameDidChange() = 0;
   /// A window for a text that has no file.
   virtual void openAsNewDocument(text::text_block const& text) = 0;
+  /// A window of its own for a document that another one has shown.
+  virtual void showInNewWindow(std::shared_ptr<WynDocument> document) = 0;
+  /// What a click with the right button on a tab offers.
+  virtual std::vector<platform::menu_item> tabMenu() const = 0;
   /// Whether it takes what a command has written, so that no text does.
   virtual bool takesOutput(commands::finished_command const& command) = 0;
   /// Lets go of a controller whose window has closed; it is destroyed in a later turn of the loop,

@@ -8,7 +8,7 @@
 #include "plist/xml_reader.h"
 #include "source_tree.h"
 #include "test.h"
-#include "windows/WynDocumentController.h"
+#include "windows/document_window.h"
 
 /// The application with its real menus on the desktop without windows, a folder of files, and
 /// settings of its own.
@@ -28,19 +28,19 @@ class app_test : public testing::Test {
   }
   platform::user_defaults& defaults() { return platform::user_defaults::standard(); }
 
-  static headless::headless_window& window_of(WynDocumentController& controller) {
+  static headless::headless_window& window_of(windows::document_window& controller) {
     return static_cast<headless::headless_window&>(controller.window());
   }
-  static void type(WynDocumentController& controller, std::u16string const& text) {
+  static void type(windows::document_window& controller, std::u16string const& text) {
     controller.textView().insertText(text);
   }
-  static bool perform(WynDocumentController& controller, char const* selector) {
+  static bool perform(windows::document_window& controller, char const* selector) {
     return controller.textView().tryToPerformWith(selector, {});
   }
   /// The titles of the windows, front to back; a star stands before those with unsaved changes.
   std::vector<std::string> windows() {
     std::vector<std::string> titles;
-    for (WynDocumentController* controller : app().orderedControllers())
+    for (windows::document_window* controller : app().orderedControllers())
       titles.push_back((window_of(*controller).edited ? "*" : "") + window_of(*controller).title);
     return titles;
   }

@@ -1,6 +1,7 @@
 #include "app/file_argument.h"
 #include "app/line_place.h"
 #include "app_fixture.h"
+#include "path/path.h"
 
 using namespace app;
 
@@ -53,15 +54,80 @@ TEST(line_place, is_a_line_or_a_line_and_a_column) {
 TEST_F(app_test, launching_opens_each_file_at_its_place) {
   folder.write("a", "1\n2\n3\n4\n");
   folder.write("b", "one\ntwo\n");
+  defaults().set("WynOpenFilesTogether", false);
   app().setLaunchArguments({"a:3", "b:2:3"}, folder.path());
   app().didFinishLaunching();
   EXPECT_EQ(windows(), titles({"b", "a"}));
-  auto const caret = [](WynDocumentController* c) {
+  auto const caret = [](windows::document_window* c) {
     return c->textView().view()->selection.current_mark.base.pos();
   };
   auto const open = app().orderedControllers();
   EXPECT_EQ(caret(open[0]), text::pos(1, 2));
   EXPECT_EQ(caret(open[1]), text::pos(2, 0));
+}
+
+// Each row: what is open, what is opened, and the windows then; a project's have their tabs in
+// brackets, the selected one with a star.
+TEST_F(app_test, what_is_opened_at_once_comes_to_its_window) {
+  for (char const* name : {"p/src", "q"}) std::filesystem::create_directories(folder / name);
+  for (char const* name : {"p/a", "p/b", "p/src/c", "q/d", "p/.hidden"})
+    folder.write(name, "1\n2\n");
+  folder.write("p/x.qnproj",
+               "<plist version='1.0'><dict><key>documents</key><array><dict><key>filename</key>"
+               "<string>a</string></dict></array><key>openDocuments</key><array><string>a</string>"
+               "</array></dict></plist>");
+  struct row {
+    strings before, opened, windows;
+  };
+  for (auto const& [before, opened, expected] : std::vector<row>{
+           {{}, {"p"}, {"untitled \u2014 p [*untitled]"}},
+           {{"untitled"}, {"p"}, {"untitled 2 \u2014 p [*untitled 2]"}},
+           {{}, {"p/x.qnproj"}, {"a \u2014 x [*a]"}},
+           {{"p/x.qnproj", "q/d"}, {"p/x.qnproj"}, {"a \u2014 x [*a]", "d"}},
+           {{"p/x.qnproj"}, {"p/a:2"}, {"a \u2014 x [*a]"}},
+           {{"p/x.qnproj"}, {"p/b"}, {"b", "a \u2014 x [*a]"}},
+           {{"p/x.qnproj"}, {"p/x.qnproj:1"}, {"x.qnproj", "a \u2014 x [*a]"}},
+           {{"p"}, {"p/src/c"}, {"c \u2014 p [*c]"}},
+           {{"p"}, {"p/.hidden"}, {".hidden \u2014 p [*.hidden]"}},
+           {{"p"}, {"p/new"}, {"new \u2014 p [*new]"}},
+           {{"p", "q/d"}, {"p"}, {"untitled \u2014 p [*untitled]", "d"}},
+           {{"p"}, {"q"}, {"untitled 2 \u2014 q [*untitled 2]", "untitled \u2014 p [*untitled]"}},
+           {{"p/a"}, {"p"}, {"untitled \u2014 p [*untitled]", "a"}},
+           {{}, {"p/a", "p/src/c:2"}, {"c \u2014 p [a *c]"}},
+           {{}, {"p/a", "q/none"}, {"none \u2014 " + path::name(folder.path()) + " [a *none]"}},
+           {{}, {"p", "p/b"}, {"b \u2014 p [*b]"}},
+           {{"q/d"}, {"q/d", "p/a"}, {"a", "d"}},
+       }) {
+    auto const open = [&](strings const& names) {
+      std::vector<app::file_argument> files;
+      for (std::string const& name : names)
+        if (name == "untitled")
+          app().newDocument();
+        else
+          files.push_back(app::parse_file_argument(name, folder.path()));
+      return files;
+    };
+    for (app::file_argument& file : open(before)) app().openFiles(std::vector{std::move(file)});
+    app().openFiles(open(opened));
+    strings shown = windows();
+    std::size_t n = 0;
+    for (auto* const each : app().orderedControllers()) {
+      auto const& bar = window_of(*each).tab_bar;
+      if (bar) {
+        shown[n] += " [";
+        for (auto const& tab : bar->tabs)
+          shown[n] += (tab.id == bar->tabs.front().id ? "" : " ") +
+                      std::string(tab.id == bar->selected ? "*" : "") + tab.title;
+        shown[n] += "]";
+      }
+      ++n;
+    }
+    EXPECT_EQ(shown, expected) << opened.front();
+    EXPECT_EQ(alerts(), strings());
+    while (!app().orderedControllers().empty())
+      app().orderedControllers().front()->window().close();
+    desktop.loop().run_for(0);
+  }
 }
 
 TEST_F(app_test, launching_with_a_bundle_installs_it) {
@@ -86,7 +152,7 @@ TEST_F(app_test, a_file_that_does_not_exist_is_an_empty_document_of_that_name) {
   app().openFile(folder / "new");
   EXPECT_EQ(windows(), titles({"new"}));
   EXPECT_EQ(folder.names(), std::set<std::string>({"state"}));
-  WynDocumentController& controller = *app().orderedControllers().front();
+  windows::document_window& controller = *app().orderedControllers().front();
   type(controller, u"x");
   EXPECT_TRUE(controller.saveDocument());
   EXPECT_EQ(folder.read(folder / "new"), "x");
@@ -96,7 +162,7 @@ TEST_F(app_test, a_file_that_does_not_exist_is_an_empty_document_of_that_name) {
 TEST_F(app_test, opening_a_file_again_brings_its_window_forward) {
   folder.write("a", "1\n2\n");
   folder.write("b", "");
-  WynDocumentController* const a = app().openFile(folder / "a");
+  windows::document_window* const a = app().openFile(folder / "a");
   app().openFile(folder / "b");
   EXPECT_EQ(app().openFile(folder / "../" + folder.path().substr(folder.path().rfind('/')) + "/a",
                            text::line_place{2}),
@@ -153,6 +219,7 @@ TEST_F(app_test, a_large_file_is_asked_about_from_one_byte_more) {
 }
 
 TEST_F(app_test, the_open_panel_opens_all_that_was_chosen) {
+  defaults().set("WynOpenFilesTogether", false);
   desktop.panels().open_answers.push_back({folder.write("a", ""), folder.write("b", "")});
   app().performSelectorWithObject("openDocument:", {});
   EXPECT_EQ(windows(), titles({"b", "a"}));
@@ -182,7 +249,7 @@ TEST_F(app_test, the_open_panel_opens_all_that_was_chosen) {
 
 TEST_F(app_test, the_line_to_go_to_is_asked_for) {
   app().openFile(folder.write("a", "one\ntwo\nthree"));
-  WynDocumentController& controller = *app().orderedControllers().front();
+  windows::document_window& controller = *app().orderedControllers().front();
   auto const go = [&](std::optional<std::string> const& answer) {
     if (answer) desktop.prompts().answers.push_back(*answer);
     perform(controller, "orderFrontGoToLinePanel:");

@@ -27,7 +27,7 @@ class real_menus : public app_test {
       add(part, app().statusMenu(part));
     return result;
   }
-  WynDocumentController& front() { return *app().orderedControllers().front(); }
+  windows::document_window& front() { return *app().orderedControllers().front(); }
   platform::menu_item validated(platform::menu_item item) {
     if (auto* const target = platform::target_for_selector(&front().textView(), item.selector))
       target->validateMenuItem(item);
@@ -62,6 +62,7 @@ TEST_F(real_menus, open_by_letters_that_no_binding_has) {
 }
 
 TEST_F(real_menus, say_what_is_a_choice_and_what_a_switch) {
+  app().newProject();
   std::size_t choices = 0, switches = 0;
   for (auto const& [place, list] : all())
     for (platform::menu_item const& item : list) {

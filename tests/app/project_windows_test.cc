@@ -27,7 +27,7 @@ class project_windows : public app_test {
     for (std::size_t n = 0; n < project->tabs().size(); ++n) {
       auto const& document = project->tabs()[n].document;
       std::string const title =
-          (document && document->isDocumentEdited() ? "*" : "") + project->titleOfTab(n);
+          (document && document->isDocumentEdited() ? "*" : "") + project->tabs()[n].title;
       result.push_back(n == project->selectedTab() ? "[" + title + "]" : title);
     }
     return result;

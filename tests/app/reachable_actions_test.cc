@@ -4,7 +4,7 @@
 #include "keys/WynKeyBindingManager.h"
 #include "platform/menu.h"
 #include "source_tree.h"
-#include "windows/WynDocumentController.h"
+#include "windows/document_window.h"
 
 // Menus and key bindings are data, and the actions are code: neither may name what the other
 // lacks.
@@ -13,14 +13,23 @@ namespace {
 using names = std::set<std::string>;
 
 // For macros and scripts, which give them an argument, and for the items of dynamic menus.
-names const taking_an_argument = {"findWithOptions:",          "insertText:",
-                                  "goToLineNumber:",           "goToColumnNumber:",
-                                  "goToLineAction:",           "selectToLine:andColumn:",
-                                  "openRecentFile:",           "clearRecentFiles:",
-                                  "changeLanguageToAndLearn:", "takeThemeFrom:",
-                                  "acceptCompletion:",         "matchesForString:",
-                                  "selectCommandResult:",      "extendSelectionInScope:",
-                                  "executeCommandWithTag:",    "selectMatch:"};
+names const taking_an_argument = {"findWithOptions:",
+                                  "insertText:",
+                                  "goToLineNumber:",
+                                  "goToColumnNumber:",
+                                  "goToLineAction:",
+                                  "selectToLine:andColumn:",
+                                  "openRecentFile:",
+                                  "clearRecentFiles:",
+                                  "changeLanguageToAndLearn:",
+                                  "takeThemeFrom:",
+                                  "acceptCompletion:",
+                                  "matchesForString:",
+                                  "selectCommandResult:",
+                                  "extendSelectionInScope:",
+                                  "executeCommandWithTag:",
+                                  "selectMatch:",
+                                  "selectItem:"};
 
 // Other names of actions that have a menu item or a key: Backward and Forward of Left and Right.
 names const synonyms = {"insertParagraphSeparator:",
@@ -72,11 +81,13 @@ class reachable_actions : public app_test {
  protected:
   names all_actions() {
     names result;
-    WynDocumentController& controller = *app().orderedControllers().front();
+    app().newProject();
+    auto const open = app().orderedControllers();
     commands::html_output::current()->show_output("", plist::dictionary(), {}, "");
     for (platform::responder* r :
-         {static_cast<platform::responder*>(&controller.textView()),
-          static_cast<platform::responder*>(&controller), static_cast<platform::responder*>(&app()),
+         {static_cast<platform::responder*>(&open[0]->textView()),
+          static_cast<platform::responder*>(open[0]), static_cast<platform::responder*>(open[1]),
+          static_cast<platform::responder*>(&app()),
           desktop.html_windows.back()->first_responder()})
       for (std::string const& name : r->selectors())
         if (!is_query(name)) result.insert(name);
@@ -86,6 +97,7 @@ class reachable_actions : public app_test {
     names result;
     add_selectors(app().mainMenu(), result);
     add_selectors(app().contextMenu(), result);
+    add_selectors(app().tabMenu(), result);
     add_selectors(app().actionsWithoutMenu(), result);
     for (char const* part :
          {"lineNumber", "fileEncoding", "lineEnding", "tabSize", "softTabs", "overwriteMode"}) {

@@ -43,7 +43,7 @@ class keyboard {
   }
 
   /// A key of the menu or the bindings, or some text.
-  void press(std::string const& key, AppDelegate& app, WynDocumentController& controller,
+  void press(std::string const& key, AppDelegate& app, windows::document_window& controller,
              headless::headless_window& window) const {
     bool const is_key = std::binary_search(keys_.begin(), keys_.end(), key);
     if (!is_key)
@@ -113,7 +113,7 @@ class recorded_macros : public app_test {
     own_defaults const settings;
     start_afresh();
     settings::store().set_volatile("WynDocumentDisableFSMetaData", true);
-    WynDocumentController& controller = *app().openFile(file);
+    windows::document_window& controller = *app().openFile(file);
     keyboard const keys(app());
     perform(controller, "toggleMacroRecording:");
     for (std::size_t n = 3 + random.below(25); n > 0; --n) {
@@ -129,7 +129,7 @@ class recorded_macros : public app_test {
     desktop.loop().run_for(0);
     return steps;
   }
-  static std::string text_of(WynDocumentController& controller) {
+  static std::string text_of(windows::document_window& controller) {
     controller.textView().tryToPerformWith("selectAll:", {});
     return unicode::to_utf8(controller.textView().selected_text());
   }

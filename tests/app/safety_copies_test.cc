@@ -12,7 +12,7 @@ class left_over_text : public app_test {
     ASSERT_FALSE(documents::safety_copy::create({path, "untitled", {}, true},
                                                 path::contents_of(bytes), copy));
   }
-  std::string shown(WynDocumentController* controller) {
+  std::string shown(windows::document_window* controller) {
     auto& view = controller->textView();
     std::string text;
     for (std::size_t line = 0; line < view.view()->storage->lines(); ++line)

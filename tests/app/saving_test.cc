@@ -14,7 +14,7 @@ std::string asked(std::string const& name, std::string const& button) {
 
 class saving : public app_test {
  protected:
-  WynDocumentController& open(std::string const& name, std::string const& bytes) {
+  windows::document_window& open(std::string const& name, std::string const& bytes) {
     return *app().openFile(folder.write(name, bytes));
   }
   void answer_panel(std::string const& name, std::size_t encoding = 0, std::size_t ending = 0) {
@@ -23,7 +23,7 @@ class saving : public app_test {
 };
 
 TEST_F(saving, the_window_shows_what_is_edited_and_what_was_saved) {
-  WynDocumentController& a = open("a", "x");
+  windows::document_window& a = open("a", "x");
   EXPECT_EQ(windows(), titles({"a"}));
   EXPECT_EQ(window_of(a).filename, folder / "a");
   type(a, u"y");
@@ -38,7 +38,7 @@ TEST_F(saving, the_window_shows_what_is_edited_and_what_was_saved) {
 
 TEST_F(saving, an_untitled_document_gets_its_name_from_the_panel) {
   app().newDocument();
-  WynDocumentController& controller = *app().orderedControllers().front();
+  windows::document_window& controller = *app().orderedControllers().front();
   type(controller, u"\u00e9\n");
   perform(controller, "saveDocument:");  // cancelled
   EXPECT_EQ(windows(), titles({"*untitled"}));
@@ -56,7 +56,7 @@ TEST_F(saving, an_untitled_document_gets_its_name_from_the_panel) {
 }
 
 TEST_F(saving, save_as_that_fails_changes_nothing) {
-  WynDocumentController& a = open("a", "x\n");
+  windows::document_window& a = open("a", "x\n");
   std::filesystem::create_directory(folder / "folder");
   answer_panel("folder", 1, 1);
   perform(a, "saveDocumentAs:");
@@ -73,7 +73,7 @@ TEST_F(saving, save_as_that_fails_changes_nothing) {
 }
 
 TEST_F(saving, a_file_that_vanished_or_changed_its_kind_loses_no_text) {
-  WynDocumentController& a = open("a", "x");
+  windows::document_window& a = open("a", "x");
   type(a, u"y");
   std::filesystem::remove(folder / "a");
   perform(a, "saveDocument:");
@@ -92,7 +92,7 @@ TEST_F(saving, an_edited_file_is_written_as_its_project_wants) {
                "insert_final_newline = true\ntrim_trailing_whitespace = true\n");
   auto const saved = [&](std::string const& name, std::string const& bytes, bool edits,
                          bool chooses) {
-    WynDocumentController& controller = open(name, bytes);
+    windows::document_window& controller = open(name, bytes);
     if (edits) type(controller, u"y");
     if (chooses) {
       controller.textView().tryToPerformWith("toggleByteOrderMark:", {});
@@ -110,7 +110,7 @@ TEST_F(saving, an_edited_file_is_written_as_its_project_wants) {
 }
 
 TEST_F(saving, files_are_saved_when_another_program_gets_the_focus) {
-  WynDocumentController &a = open("a", "x"), &locked = open("locked", "x");
+  windows::document_window &a = open("a", "x"), &locked = open("locked", "x");
   type(a, u"y");
   type(locked, u"y");
   std::filesystem::permissions(folder / "locked", std::filesystem::perms::owner_read);
@@ -125,9 +125,9 @@ TEST_F(saving, files_are_saved_when_another_program_gets_the_focus) {
 
 TEST_F(saving, titles_tell_files_of_one_name_apart) {
   for (char const* name : {"one", "two"}) std::filesystem::create_directory(folder / name);
-  WynDocumentController& first = open("one/a", "x");
+  windows::document_window& first = open("one/a", "x");
   EXPECT_EQ(windows(), titles({"a"}));
-  WynDocumentController& second = open("two/a", "x");
+  windows::document_window& second = open("two/a", "x");
   EXPECT_EQ(windows(), titles({"a (two)", "a (one)"}));
   std::filesystem::permissions(folder / "two/a", std::filesystem::perms::owner_read);
   answer_panel("b");
@@ -140,7 +140,7 @@ TEST_F(saving, titles_tell_files_of_one_name_apart) {
 TEST_F(saving, closing_asks_only_about_unsaved_changes) {
   perform(open("a", "x"), "performClose:");
   EXPECT_EQ(alerts(), titles());
-  WynDocumentController& b = open("b", "x");
+  windows::document_window& b = open("b", "x");
   type(b, u"y");
   perform(b, "performClose:");
   EXPECT_EQ(alerts(), titles({asked("b", "Cancel")}));
@@ -151,7 +151,7 @@ TEST_F(saving, closing_asks_only_about_unsaved_changes) {
   EXPECT_EQ(folder.read(folder / "b"), "x");
 
   desktop.loop().run_for(0);
-  WynDocumentController& again = open("b", "x");
+  windows::document_window& again = open("b", "x");
   EXPECT_EQ(again.textDocument()->length(), 1u);  // read anew
   type(again, u"z");                              // where the caret was when it was closed
   answer_save("b", "Save");
@@ -246,7 +246,7 @@ TEST_F(quitting, a_closed_window_outlives_the_review_that_its_own_key_began) {
     desktop.loop().run_for(0);
     asked_again = app().applicationShouldTerminate();
   };
-  WynDocumentController& front = *app().orderedControllers().front();
+  windows::document_window& front = *app().orderedControllers().front();
   std::weak_ptr<WynDocument> const document = front.textDocument();
   perform(front, "terminate:");
   EXPECT_FALSE(asked_again);
@@ -257,7 +257,7 @@ TEST_F(quitting, a_closed_window_outlives_the_review_that_its_own_key_began) {
 }
 
 TEST_F(saving, reverting_asks_and_can_be_undone) {
-  WynDocumentController& a = open("a", "x");
+  windows::document_window& a = open("a", "x");
   type(a, u"y");
   perform(a, "revertDocumentToSaved:");
   EXPECT_EQ(windows(), titles({"*a"}));
@@ -271,7 +271,7 @@ TEST_F(saving, reverting_asks_and_can_be_undone) {
 }
 
 TEST_F(saving, a_file_changed_outside_is_read_when_its_window_comes_forward) {
-  WynDocumentController& a = open("a", "one\ntwo\nthree");
+  windows::document_window& a = open("a", "one\ntwo\nthree");
   a.textView().goToLineAndColumn({2, 3});
   open("b", "");
   folder.write("a", "ONE\nTWO\nTHREE\nFOUR");
@@ -283,7 +283,7 @@ TEST_F(saving, a_file_changed_outside_is_read_when_its_window_comes_forward) {
 }
 
 TEST_F(saving, encoding_and_line_ends_follow_the_status_bar) {
-  WynDocumentController& a = open("a", "x\ny\n");
+  windows::document_window& a = open("a", "x\ny\n");
   auto const choose = [&](char const* selector, int value) {
     a.textView().tryToPerformWith(selector, value);
   };

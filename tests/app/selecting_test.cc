@@ -12,11 +12,11 @@ class selecting : public app_test {
       return source.count() > 0 ? std::optional<std::size_t>(0) : std::nullopt;
     };
   }
-  WynDocumentController& document() {
+  windows::document_window& document() {
     app().newDocument();
     return *app().orderedControllers().front();
   }
-  static std::string text(WynDocumentController& controller) {
+  static std::string text(windows::document_window& controller) {
     std::size_t offset = 0;
     std::u16string const line = controller.textView().line_text(offset);
     return {line.begin(), line.end()};
@@ -24,7 +24,7 @@ class selecting : public app_test {
 };
 
 TEST_F(selecting, executes_menu_entries_and_key_bindings_in_the_front_window) {
-  WynDocumentController& controller = document();
+  windows::document_window& controller = document();
   type(controller, u"one two");
   for (auto const& [letters, result] : std::vector<std::pair<char const*, char const*>>{
            {"delete word left", "one "}, {"deltobegoflin", ""}, {"undo", "one "}}) {
@@ -38,7 +38,7 @@ TEST_F(selecting, executes_menu_entries_and_key_bindings_in_the_front_window) {
 TEST_F(selecting, does_nothing_when_cancelled_disabled_or_without_a_window) {
   app().performSelectorWithObject("selectBundleItemFromList:", {});
   EXPECT_EQ(desktop.beeps, 1);
-  WynDocumentController& controller = document();
+  windows::document_window& controller = document();
   choose("undo");
   perform(controller, "selectBundleItemFromList:");
   desktop.pickers().choose = nullptr;
@@ -47,7 +47,7 @@ TEST_F(selecting, does_nothing_when_cancelled_disabled_or_without_a_window) {
 }
 
 TEST_F(selecting, looks_up_keys) {
-  WynDocumentController& controller = document();
+  windows::document_window& controller = document();
   std::vector<std::u16string> shown;
   desktop.pickers().choose = [&](platform::picker_source& source) {
     for (char16_t const key : {u's', u'i', u'y'}) {

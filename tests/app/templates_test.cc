@@ -24,7 +24,7 @@ class templates : public app_test {
     return manager.executeItem(manager.bundleItemForUUID("T"), app());
   }
   std::string text_of_front() {
-    WynDocumentController& front = *app().orderedControllers().front();
+    windows::document_window& front = *app().orderedControllers().front();
     perform(front, "selectAll:");
     return unicode::to_utf8(front.textView().selected_text());
   }
@@ -59,7 +59,7 @@ TEST_F(templates, several_files_are_opened_and_stay) {
           "echo \"$d/b.h\"; echo \"$d/none\"; echo /none; echo done"));
   EXPECT_EQ(windows(), (titles{"b.h", "untitled.c"}));
   EXPECT_EQ(desktop.beeps, 2);
-  for (WynDocumentController* const each : app().orderedControllers()) {
+  for (windows::document_window* const each : app().orderedControllers()) {
     std::string const path = each->textDocument()->filename();
     EXPECT_TRUE(path.starts_with(folder.path())) << path;
     struct stat info;

@@ -100,7 +100,7 @@ class waiting : public app_test {
   }
 
   std::string path;
-  WynDocumentController* controller;
+  windows::document_window* controller;
   int most_looks = 3;
 };
 

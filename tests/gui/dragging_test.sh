@@ -1,5 +1,5 @@
 # Text dragged inside a window, to another window of the program, and to another program.
-with_large_letters
+with_large_letters '<key>WynOpenFilesTogether</key><false/>'
 printf 'alpha beta\ngamma\n' >one.txt
 printf 'first\nsecond\nthird\n' >two.txt
 printf 'far\naway\n' >other.txt

@@ -3,6 +3,7 @@ printf 'a\n' >a.txt
 printf 'b\n' >b.txt
 
 # Quitting by a key of a window whose changes aren't wanted, while another one is asked about.
+with_defaults '<key>WynOpenFilesTogether</key><false/>'
 start_editor a.txt b.txt
 wait_window 'b.txt'
 type_text 'B'

@@ -5,6 +5,7 @@ question() { find_window '^Quirnote$'; }
 # An attempt to match that takes its time for every place in this text.
 head -c 200000 /dev/zero | tr '\0' 'a' >long.txt
 printf 'before\n' >other.txt
+with_defaults '<key>WynOpenFilesTogether</key><false/>'
 start_editor other.txt long.txt
 wait_window 'other.txt'
 wait_window 'long.txt'

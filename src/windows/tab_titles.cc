@@ -1,0 +1,45 @@
+#include "windows/tab_titles.h"
+
+#include "documents/printable_name.h"
+
+#include <map>
+#include <set>
+
+namespace windows {
+namespace {
+
+// The last `count` folders that the file is in. All of them, if there are no more.
+std::string last_folders(std::string const& path, std::size_t count) {
+  std::size_t const end = path.rfind('/');
+  std::size_t begin = end;
+  for (; count > 0 && begin != 0 && begin != path.npos; --count) begin = path.rfind('/', begin - 1);
+  if (begin == path.npos) return {};
+  return path.substr(begin == 0 ? 0 : begin + 1, end - (begin == 0 ? 0 : begin + 1));
+}
+
+}  // namespace
+
+std::vector<std::string> tab_titles(std::vector<named_tab> const& tabs) {
+  std::map<std::string, std::vector<std::size_t>> same_name;
+  for (std::size_t n = 0; n < tabs.size(); ++n) same_name[tabs[n].name].push_back(n);
+  std::vector<std::string> titles(tabs.size());
+  for (auto const& [name, group] : same_name) {
+    for (std::size_t const n : group) titles[n] = name;
+    if (group.size() == 1) continue;
+    std::set<std::string> paths;
+    for (std::size_t const n : group) paths.insert(tabs[n].path);
+    std::size_t count = 0;
+    std::set<std::string> folders;
+    while (folders.size() < paths.size() && count < 100) {
+      ++count;
+      folders.clear();
+      for (std::string const& path : paths) folders.insert(last_folders(path, count));
+    }
+    for (std::size_t const n : group)
+      if (std::string const folder = last_folders(tabs[n].path, count); !folder.empty())
+        titles[n] += " \u2014 " + documents::printable(folder);
+  }
+  return titles;
+}
+
+}  // namespace windows
