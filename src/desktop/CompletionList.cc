@@ -1,6 +1,8 @@
 #include "desktop/CompletionList.h"
 
+#include "desktop/Announcement.h"
 #include "desktop/QtGraphics.h"
+#include "desktop/QtText.h"
 #include "desktop/TextViewWidget.h"
 #include "platform/clusters.h"
 #include "platform/desktop.h"
@@ -98,6 +100,11 @@ void CompletionList::show_rows(std::vector<platform::completion_row> rows, std::
   fit(place_(word));
   update();
   if (!isVisible()) show();
+  announce_selected();
+}
+
+void CompletionList::announce_selected() {
+  if (selected_ < rows_.size()) announce(*parentWidget(), qstring(rows_[selected_].text));
 }
 
 // Letters stand below the word's. Over the word where there is no room below, and on the screen.
@@ -124,6 +131,7 @@ void CompletionList::select_row(std::size_t row) {
   selected_ = row;
   scroll_to_selected();
   update();
+  announce_selected();
 }
 
 void CompletionList::scroll_to_selected() {

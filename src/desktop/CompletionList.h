@@ -38,6 +38,7 @@ class CompletionList final : public QWidget, public platform::completion_list {
   std::size_t shown_rows() const;
   void fit(QRect const& word);
   void scroll_to_selected();
+  void announce_selected();
   void scroll_by(int rows);
 
   placing place_;

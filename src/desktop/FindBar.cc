@@ -1,5 +1,6 @@
 #include "desktop/FindBar.h"
 
+#include "desktop/Announcement.h"
 #include "desktop/DialogParent.h"
 #include "desktop/KeyTranslation.h"
 #include "desktop/QtText.h"
@@ -56,6 +57,7 @@ class FindBar::Field final : public QLineEdit {
     setAccessibleName(name);
     setMinimumWidth(60);
     arrow_ = addAction(arrow_icon(*this), TrailingPosition);
+    arrow_->setText(tr("Recent"));
     arrow_->setToolTip(tr("Recent; also Up and Down"));
     connect(arrow_, &QAction::triggered, this, [this] { open_history(); });
   }
@@ -119,7 +121,7 @@ class FindBar::Button final : public QPushButton {
 };
 
 // Takes what room there is for a text of any length; the tool tip has all of it.
-class FindBar::ElidedLabel final : public QWidget {
+class FindBar::ElidedLabel final : public QLabel {
  public:
   ElidedLabel() { setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed); }
   void set_text(QString const& text) {
@@ -412,7 +414,9 @@ void FindBar::order_front(bool replace_field) {
   show_replacing(replace_field);
   bar_->show();
   Field* const field = replace_field ? replace_ : find_;
-  field->setFocus(Qt::ShortcutFocusReason);
+  // With another reason the field selects before it tells that it has the focus, and a screen
+  // reader takes the first for the second.
+  field->setFocus(Qt::OtherFocusReason);
   field->selectAll();
 }
 
@@ -473,11 +477,15 @@ void FindBar::set_histories(std::vector<std::string> const& find,
 }
 
 void FindBar::set_status(std::string const& text) {
-  if (bar_ != nullptr) status_->set_text(qstring(text));
+  if (bar_ == nullptr) return;
+  status_->set_text(qstring(text));
+  announce(*bar_, qstring(text));
 }
 
 void FindBar::set_count(std::string const& text) {
-  if (bar_ != nullptr && count_->text() != qstring(text)) count_->setText(qstring(text));
+  if (bar_ == nullptr || count_->text() == qstring(text)) return;
+  count_->setText(qstring(text));
+  announce(*bar_, count_->text());
 }
 
 void FindBar::set_preview(std::string const& text) {

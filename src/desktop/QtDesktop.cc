@@ -1,5 +1,6 @@
 #include "desktop/QtDesktop.h"
 
+#include "desktop/Announcement.h"
 #include "desktop/EditorWindow.h"
 #include "desktop/ImageStore.h"
 #include "desktop/LeanStyle.h"
@@ -60,6 +61,7 @@ QtDesktop::QtDesktop(int& argc, char** argv)
   QApplication::setDesktopFileName(QStringLiteral("quirnote"));
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setStyle(new LeanStyle);
+  install_accessible_parts();
   qt_.installEventFilter(&waiting_keys_);
   set_current(this);
 }

@@ -1,7 +1,9 @@
 #include "desktop/StatusBar.h"
 
+#include "desktop/Announcement.h"
 #include "desktop/QtText.h"
 
+#include <QAccessible>
 #include <QFocusEvent>
 #include <QGuiApplication>
 #include <QHelpEvent>
@@ -9,6 +11,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QStyleHints>
+#include <QTimer>
 #include <QToolTip>
 
 #include <algorithm>
@@ -46,6 +49,10 @@ constexpr part_kind part_kinds[] = {
     {"overwriteMode", "Typing inserts or overwrites", "OVR", true},
 };
 
+// What nobody has asked for, or who types has to know: a screen reader says it.
+constexpr std::string_view announced[] = {"incrementalSearch", "isRecordingMacro", "pendingKeys",
+                                          "snippetField",      "fileState",        "overwriteMode"};
+
 constexpr std::string_view least_needed[] = {"currentSymbol", "selection"};
 
 part_kind const* kind_of(std::string_view key) {
@@ -59,6 +66,7 @@ part_kind const* kind_of(std::string_view key) {
 StatusBar::StatusBar(click_handler on_click, QWidget* parent)
     : QWidget(parent), on_click_(std::move(on_click)) {
   setMouseTracking(true);
+  setAccessibleName(tr("Status bar"));
   setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
 }
 
@@ -82,9 +90,49 @@ void StatusBar::update_value(std::string_view key, plist::value const& value) {
 void StatusBar::timerEvent(QTimerEvent* event) {
   if (event->timerId() == blink_.timerId())
     is_sign_filled_ = !is_sign_filled_;
-  else
+  else {
     repaint_.stop();
+    tell_changes();
+  }
   update();
+}
+
+// The first values are no news.
+void StatusBar::tell_changes() {
+  if (!QAccessible::isActive()) return;
+  bool const is_first = told_.empty();
+  for (part_kind const& kind : part_kinds) {
+    QString const text = text_of(kind.key);
+    QString& told = told_[std::string(kind.key)];
+    if (text == told) continue;
+    told = text;
+    bool const is_sign = kind.key == "isRecordingMacro";  // blinks
+    if (is_first || std::count(std::begin(announced), std::end(announced), kind.key) == 0) continue;
+    if (is_sign && !text.isEmpty() && !is_sign_filled_) continue;
+    announce(*this, text);
+  }
+}
+
+std::vector<std::string> StatusBar::shown_keys() const {
+  std::vector<std::string> keys;
+  for (part const& each : parts()) keys.push_back(each.key);
+  return keys;
+}
+
+QString StatusBar::tool_tip_of(std::string_view key) const {
+  part_kind const* const kind = kind_of(key);
+  return kind == nullptr ? QString() : QLatin1String(kind->tool_tip);
+}
+
+QRect StatusBar::area_of(std::string_view key) const {
+  for (part const& each : parts())
+    if (each.key == key) return {each.x, 1, each.width, height() - 1};
+  return {};
+}
+
+void StatusBar::press(std::string_view key) {
+  if (QRect const area = area_of(key); !area.isEmpty())
+    on_click_(std::string(key), mapToGlobal(QPoint(area.x(), 0)));
 }
 
 plist::value const& StatusBar::value(std::string_view key) const {
@@ -186,7 +234,7 @@ void StatusBar::paintEvent(QPaintEvent*) {
 void StatusBar::mousePressEvent(QMouseEvent* event) {
   std::vector<part> const all = parts();
   part const* const hit = part_at(all, event->position().toPoint());
-  if (hit != nullptr) on_click_(hit->key, mapToGlobal(QPoint(hit->x, 0)));
+  if (hit != nullptr) press(hit->key);
 }
 
 void StatusBar::enter() {
@@ -194,6 +242,19 @@ void StatusBar::enter() {
   entered_ = "lineNumber";
   setFocus(Qt::ShortcutFocusReason);
   update();
+}
+
+void StatusBar::entered_changed() {
+  update();
+  if (!QAccessible::isActive()) return;
+  // Qt tells of the bar as a whole, later when it gets the focus now.
+  QTimer::singleShot(0, this, [this] {
+    QAccessibleInterface* const bar = QAccessible::queryAccessibleInterface(this);
+    QAccessibleInterface* const part = bar == nullptr ? nullptr : bar->focusChild();
+    if (part == nullptr) return;
+    QAccessibleEvent event(part, QAccessible::Focus);
+    QAccessible::updateAccessibility(&event);
+  });
 }
 
 void StatusBar::leave() {
@@ -208,7 +269,7 @@ void StatusBar::move_by(int step) {
   auto const at = static_cast<int>(it == all.end() ? 0 : it - all.begin()) + step;
   if (all.empty()) return;
   entered_ = all[static_cast<std::size_t>(std::clamp(at, 0, static_cast<int>(all.size()) - 1))].key;
-  update();
+  entered_changed();
 }
 
 // What is no key of the bar is for the text.
@@ -240,8 +301,7 @@ void StatusBar::keyPressEvent(QKeyEvent* event) {
 
 void StatusBar::open_entered() {
   leave();
-  for (part const& each : parts())
-    if (each.key == entered_) return on_click_(each.key, mapToGlobal(QPoint(each.x, 0)));
+  press(entered_);
 }
 
 bool StatusBar::focusNextPrevChild(bool) {

@@ -28,12 +28,22 @@ class StatusBar final : public QWidget {
   /// Takes the focus until a key leaves it: arrow keys go from part to part, Return clicks.
   void enter();
 
+  /// For assistive programs: the keys of the parts that show, from left to right, and what a part
+  /// says, does and covers, which is nothing for one that doesn't show.
+  std::vector<std::string> shown_keys() const;
+  QString text_of(std::string_view key) const;
+  QString tool_tip_of(std::string_view key) const;
+  QRect area_of(std::string_view key) const;
+  void press(std::string_view key);
+  /// The part to which the keys go.
+  std::string const& entered() const { return entered_; }
+
   QSize sizeHint() const override;
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
   bool focusNextPrevChild(bool next) override;
-  void focusInEvent(QFocusEvent*) override { update(); }
+  void focusInEvent(QFocusEvent*) override { entered_changed(); }
   void focusOutEvent(QFocusEvent*) override { update(); }
   void paintEvent(QPaintEvent*) override;
   void timerEvent(QTimerEvent*) override;
@@ -54,11 +64,12 @@ class StatusBar final : public QWidget {
   std::vector<part> parts_without(std::vector<std::string_view> const& missed) const;
   part const* part_at(std::vector<part> const& parts, QPoint p) const;
   plist::value const& value(std::string_view key) const;
-  QString text_of(std::string_view key) const;
   void hover(std::string key);
   void leave();
   void move_by(int step);
   void open_entered();
+  void entered_changed();
+  void tell_changes();
 
   click_handler on_click_;
   std::map<std::string, plist::value, std::less<>> values_;
@@ -66,7 +77,8 @@ class StatusBar final : public QWidget {
   QBasicTimer blink_;  // runs while a macro is recorded
   bool is_sign_filled_ = true;
   std::string hovered_, entered_;
-  QPointer<QWidget> left_;  // had the focus before
+  std::map<std::string, QString, std::less<>> told_;  // what assistive programs know of the parts
+  QPointer<QWidget> left_;                            // had the focus before
 };
 
 }  // namespace widgets

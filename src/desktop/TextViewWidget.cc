@@ -54,6 +54,7 @@ TextViewWidget::TextViewWidget(platform::view_client& client, TextViewOwner& own
     : client_(&client), owner_(&owner), cells_(cells_for({}, devicePixelRatioF())) {
   setFrameStyle(QFrame::NoFrame);
   setFocusPolicy(Qt::StrongFocus);
+  setAccessibleName(tr("Text"));
   setLayoutDirection(Qt::LeftToRight);
   setAttribute(Qt::WA_InputMethodEnabled);
   setInputMethodHints(Qt::ImhMultiLine | Qt::ImhNoAutoUppercase | Qt::ImhNoPredictiveText);
@@ -80,6 +81,7 @@ void TextViewWidget::deliver(std::function<void(platform::view_client&)> input) 
 }
 
 void TextViewWidget::detach() {
+  end_access();
   if (client_ != nullptr) client_->set_host(nullptr);
   client_ = nullptr;
   owner_ = nullptr;
@@ -95,6 +97,11 @@ platform::point TextViewWidget::to_view(QPointF local) const {
 
 QPoint TextViewWidget::to_viewport(platform::point p) const {
   return QPointF(p.x - origin().x, p.y - origin().y).toPoint();
+}
+
+QRect TextViewWidget::on_screen(platform::rect const& r) const {
+  QPoint const corner = viewport()->mapToGlobal(to_viewport({r.x, r.y}));
+  return QRect(corner, QSizeF(r.width, r.height).toSize());
 }
 
 platform::rect TextViewWidget::visible_rect() const {
@@ -292,11 +299,8 @@ std::optional<std::size_t> TextViewWidget::choose_from_menu(
 
 platform::completion_list* TextViewWidget::completions() {
   if (completions_ == nullptr) {
-    auto const place = [this](platform::rect const& r) {
-      QRect const local(to_viewport({r.x, r.y}), QSizeF(r.width, r.height).toSize());
-      return QRect(viewport()->mapToGlobal(local.topLeft()), local.size());
-    };
-    completions_ = new CompletionList(*this, place);
+    completions_ =
+        new CompletionList(*this, [this](platform::rect const& r) { return on_screen(r); });
   }
   completions_->set_cells(cells_);
   return completions_;

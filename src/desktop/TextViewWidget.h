@@ -37,13 +37,22 @@ class TextViewOwner {
 };
 
 /// Shows a view_client: paints it, scrolls it, and hands on what the user does.
-class TextViewWidget final : public QAbstractScrollArea, public platform::view_host {
+class TextViewWidget final : public QAbstractScrollArea,
+                             public platform::view_host,
+                             private platform::accessible_text_observer {
  public:
   /// Sets the client's host. The client must live until detach().
   TextViewWidget(platform::view_client& client, TextViewOwner& owner);
 
   /// Takes leave of client and owner, which may be gone before the widget is.
   void detach();
+
+  /// Null while there is no text. Assistive programs hear of its changes from now on.
+  platform::accessible_text* accessible_text();
+  /// Input of the user, which the client gets when nothing waits.
+  void deliver(std::function<void(platform::view_client&)> input);
+  QRect on_screen(platform::rect const& r) const;
+  platform::point from_screen(QPoint p) const { return to_view(viewport()->mapFromGlobal(p)); }
 
   // platform::view_host
   platform::rect visible_rect() const override;
@@ -103,8 +112,10 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   void dropEvent(QDropEvent* event) override;
 
  private:
-  /// Input of the user, which the client gets when nothing waits.
-  void deliver(std::function<void(platform::view_client&)> input);
+  void text_inserted(std::size_t at, std::u16string const& text) override;
+  void text_erased(std::size_t at, std::u16string const& text) override;
+  void caret_moved() override;
+  void end_access();
   void tell_modifiers(Qt::KeyboardModifiers modifiers);
   platform::point origin() const;
   platform::point to_view(QPointF local) const;
@@ -144,6 +155,7 @@ class TextViewWidget final : public QAbstractScrollArea, public platform::view_h
   bool is_gliding_step_ = false;
   int zoom_rest_ = 0;  // parts of a wheel's step not zoomed yet
   bool cursor_hidden_ = false;
+  bool had_selection_ = false;   // when assistive programs heard of the caret
   bool shows_tool_tip_ = false;  // or has shown one that went by itself
   std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/accessible_text.h"
 #include "platform/completion_list.h"
 #include "platform/dragging.h"
 #include "platform/event.h"
@@ -133,10 +134,16 @@ class view_client {
   virtual void delete_surrounding_text(std::ptrdiff_t offset, std::size_t length) = 0;
   /// Where the caret stands, for an input method's windows.
   virtual rect caret_rect() const = 0;
-  /// For input methods and assistive programs: the selected text, and the text of the caret's line
-  /// with the caret's offset in it.
+  /// For input methods: the selected text, and the text of the caret's line with the caret's offset
+  /// in it.
   virtual std::u16string selected_text() const = 0;
   virtual std::u16string line_text(std::size_t& caret_offset) const = 0;
+
+  /// The text for assistive programs, of which `observer` hears from now on; null without a
+  /// document. Owned by the client and good until the next call, of this or another member.
+  virtual accessible_text* begin_access(accessible_text_observer& /*observer*/) { return nullptr; }
+  /// Nobody listens any more.
+  virtual void end_access() {}
 
   /// Whether the text should glide when the wheel scrolls it.
   virtual bool scrolls_smoothly() const { return false; }

@@ -18,6 +18,7 @@
 #include "styles/view_styles.h"
 #include "text/views/folding_filter.h"
 #include "textview/WynCompletionManager.h"
+#include "textview/access/text_access.h"
 #include "textview/isearch/WynISearchWindow.h"
 #include "textview/mouse/drop_target.h"
 #include "textview/mouse/mouse_tracker.h"
@@ -38,6 +39,7 @@ class WynTextView::change_observer final : public text::storage_observer {
 
   // Shown when the change is complete.
   void did_change_memento(unsigned long, unsigned long) override {
+    if (view_.viewChangeNesting_ == 0 && view_.access_ != nullptr) view_.access_->tell();
     if (view_.viewChangeNesting_ != 0 || view_.host_ == nullptr || view_.outsideTimer_ != nullptr)
       return;
     view_.outsideTimer_ = platform::desktop::current().loop().schedule(
@@ -130,6 +132,7 @@ void WynTextView::detachView() {
   drop_->exit();
   drop_->forget_files();
   documentToken_.reset();
+  access_.reset();
   changeObserver_.reset();
   outsideTimer_.reset();
   snapshotMetaData();
@@ -159,6 +162,7 @@ void WynTextView::attachView() {
   publishAll();
   setNeedsDisplay();
   scrollToStoredPosition();
+  if (accessObserver_ != nullptr) accessObserver_->caret_moved();
 }
 
 // Not where the user has been already, who has folded as he likes.
@@ -311,6 +315,18 @@ void WynTextView::forgetPendingKeys() {
 
 void WynTextView::interpretKeyEvents(platform::key_event const& event) {
   if (host_ != nullptr) host_->interpret_key_event(event);
+}
+
+platform::accessible_text* WynTextView::begin_access(platform::accessible_text_observer& observer) {
+  accessObserver_ = &observer;
+  if (view_ == nullptr) return nullptr;
+  if (access_ == nullptr) access_ = std::make_unique<textview::text_access>(*this, observer);
+  return access_.get();
+}
+
+void WynTextView::end_access() {
+  access_.reset();
+  accessObserver_ = nullptr;
 }
 
 void WynTextView::set_host(platform::view_host* host) {

@@ -58,6 +58,7 @@ class view_styles;
 namespace textview {
 class drop_target;
 class mouse_tracker;
+class text_access;
 class view_will_change;
 }  // namespace textview
 namespace typing {
@@ -367,6 +368,8 @@ class WynTextView : public platform::responder,
   platform::rect caret_rect() const override;
   std::u16string selected_text() const override;
   std::u16string line_text(std::size_t& caret_offset) const override;
+  platform::accessible_text* begin_access(platform::accessible_text_observer& observer) override;
+  void end_access() override;
   bool scrolls_smoothly() const override { return smoothScrolling(); }
   void visible_rect_changed() override;
   void font_metrics_changed() override { frameDidChange(); }
@@ -597,6 +600,8 @@ class WynTextView : public platform::responder,
   typing::typing_run typingRun_;
   std::unique_ptr<textview::mouse_tracker> mouse_;
   std::unique_ptr<textview::drop_target> drop_;
+  std::unique_ptr<textview::text_access> access_;
+  platform::accessible_text_observer* accessObserver_ = nullptr;  // while anyone listens
   textview::brief_flash flash_;
   std::unique_ptr<layout::bracket_marks> brackets_;
   std::unique_ptr<layout::word_marks> words_;

@@ -8,6 +8,7 @@
 #include "text/views/view_filter.h"
 #include "textview/WynCompletionManager.h"
 #include "textview/WynTextView.h"
+#include "textview/access/text_access.h"
 
 #include <algorithm>
 #include <limits>
@@ -76,6 +77,7 @@ view_will_change::~view_will_change() {
   view.center_selection_pending = false;
   bool const outermost = --text_view.viewChangeNesting_ == 0;
   if (outermost) end_outermost();
+  if (outermost && text_view.access_ != nullptr) text_view.access_->tell();
   if (is_seen) show_outcome(center, outermost);
   drop_left_ranges();
   if (!outermost) return;
@@ -103,6 +105,7 @@ void view_will_change::show_outcome(bool center, bool outermost) {
   if (moved || changed) {
     text_view.showCaret();
     text_view.selectionDidChange();
+    if (text_view.accessObserver_ != nullptr) text_view.accessObserver_->caret_moved();
   }
   if (center) text_view.centerSelectionNowAndLater();
   if (view.scroll_caret_pending) text_view.scrollRectToVisible(layout::caret_rectangle(text_view));
