@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/busy_panel.h"
+#include "platform/panels/busy_panel.h"
 
 #include <QDialog>
 #include <QPointer>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/alert.h"
+#include "platform/panels/alert.h"
 
 namespace widgets {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/clip_panel.h"
+#include "platform/panels/clip_panel.h"
 
 namespace widgets {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/command_panel.h"
+#include "platform/panels/command_panel.h"
 
 namespace widgets {
 

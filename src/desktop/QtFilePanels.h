@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/file_panel.h"
+#include "platform/panels/file_panel.h"
 
 namespace widgets {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/prompt_panel.h"
+#include "platform/panels/prompt_panel.h"
 
 namespace widgets {
 
