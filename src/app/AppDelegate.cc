@@ -379,10 +379,29 @@ void AppDelegate::didCloseWindow(platform::window_delegate& controller) {
   auto const it = std::find_if(controllers_.begin(), controllers_.end(),
                                [&](auto const& own) { return own.get() == &controller; });
   if (it == controllers_.end()) return;
+  keepPlacement((*it)->window());
   closing_.push_back(std::move(*it));
   controllers_.erase(it);
   documentNameDidChange();
   releaseClosed();
+}
+
+void AppDelegate::keepPlacement(platform::window const& window) const {
+  auto& defaults = settings::store();
+  std::string const placement = window.placement();
+  if (!placement.empty() && defaults.boolean("WynWindowPlacementKept"))
+    defaults.set("WynWindowPlacement", placement);
+}
+
+void AppDelegate::keepPlacements() const {
+  if (auto const open = orderedControllers(); !open.empty()) keepPlacement(open.front()->window());
+  if (htmlOutputs_ != nullptr) htmlOutputs_->keepPlacements();
+}
+
+std::vector<platform::menu_item> AppDelegate::recentItems() const {
+  auto items = dynamicItems("recentFiles");
+  std::erase_if(items, [](auto const& item) { return item.selector != "openRecentFile:"; });
+  return items;
 }
 
 void AppDelegate::documentNameDidChange() {
@@ -419,7 +438,7 @@ bool AppDelegate::applicationShouldTerminate() {
   if (isAskingToQuit_) return false;
   platform::scoped_value const asking(isAskingToQuit_, true);
   bool const agreed = confirmQuitting();
-  if (agreed && htmlOutputs_ != nullptr) htmlOutputs_->keepPlacements();
+  if (agreed) keepPlacements();
   return agreed;
 }
 
@@ -433,7 +452,7 @@ bool AppDelegate::applicationMustTerminate() {
                     error->message);
       all_kept = false;
     }
-  if (htmlOutputs_ != nullptr) htmlOutputs_->keepPlacements();
+  keepPlacements();
   settings::store().save();
   clips_.save();
   return all_kept;

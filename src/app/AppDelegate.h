@@ -77,6 +77,7 @@ class AppDelegate : public platform::application_delegate,
   platform::responder& lastResponder() override { return *this; }
   std::string currentDirectory() const override { return currentDirectory_; }
   std::vector<platform::menu_item> contextMenu() const override;
+  std::vector<platform::menu_item> recentItems() const override;
   void noteRecentFile(std::string const& path) override { recent_.add(path); }
   void documentNameDidChange() override;
   void didCloseWindow(platform::window_delegate& controller) override;
@@ -126,6 +127,9 @@ class AppDelegate : public platform::application_delegate,
   void closeUnusedWindow();
   void openDocument();
   void openFolder();
+  void place(windows::document_window& controller) const;
+  void keepPlacement(platform::window const& window) const;
+  void keepPlacements() const;
   void openRecentFile(std::string const& path);
   /// Null when no window shows a document.
   WynTextView* frontTextView() const;

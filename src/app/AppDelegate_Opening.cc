@@ -210,8 +210,16 @@ windows::document_window& AppDelegate::newWindow(std::shared_ptr<WynDocument> do
   auto controller = std::make_unique<WynDocumentController>(*this);
   controller->setTextDocument(std::move(document));
   windows::document_window& result = *controller;
+  place(result);
   adopt(std::move(controller));
   return result;
+}
+
+void AppDelegate::place(windows::document_window& controller) const {
+  if (!settings::store().boolean("WynWindowPlacementKept")) return;
+  auto const open = orderedControllers();
+  controller.window().set_placement(open.empty() ? settings::store().string("WynWindowPlacement")
+                                                 : open.front()->window().placement());
 }
 
 void AppDelegate::showInNewWindow(std::shared_ptr<WynDocument> document) {
@@ -221,6 +229,7 @@ void AppDelegate::showInNewWindow(std::shared_ptr<WynDocument> document) {
 WynProjectController& AppDelegate::newProjectWindow() {
   auto controller = std::make_unique<WynProjectController>(*this);
   WynProjectController& result = *controller;
+  place(result);
   adopt(std::move(controller));
   return result;
 }
@@ -232,7 +241,9 @@ void AppDelegate::newProject() {
 void AppDelegate::openDocument() {
   platform::open_request request;
   request.title = "Quirnote: Open";
-  request.directory = currentDirectory_;
+  auto const open = orderedControllers();
+  std::string const file = open.empty() ? "" : open.front()->textDocument()->filename();
+  request.directory = file.empty() ? currentDirectory_ : path::parent(file);
   openFiles(platform::desktop::current().panels().run_open(request));
 }
 

@@ -15,6 +15,11 @@ EditorFrame::EditorFrame(WindowOwner& owner, platform::window& window,
   status_ = new StatusBar(
       [this](std::string const& part, QPoint global) { open_status_menu(part, global); }, this);
 
+  offers_ = new OfferList(
+      *text_->viewport(),
+      [this](platform::menu_item const& item) { perform(item.selector, item.argument); },
+      [this] { text_->setFocus(); });
+
   auto* const content = new QWidget;
   column_ = new QVBoxLayout(content);
   column_->setContentsMargins(0, 0, 0, 0);
@@ -59,6 +64,13 @@ void EditorFrame::take_initial_size() {
 }
 
 bool EditorFrame::should_swallow(platform::key_event const& event) {
+  namespace mod = platform::modifier;
+  bool const is_down = event.characters == std::u16string(1, platform::function_key::down) &&
+                       (event.modifiers & ~(mod::keypad | mod::function)) == 0;
+  if (offers_->isVisible() && is_down) {
+    offers_->enter();
+    return true;
+  }
   return owner().application() != nullptr && owner().application()->shouldSwallowEvent(event);
 }
 

@@ -2,6 +2,7 @@
 
 #include "desktop/FindBar.h"
 #include "desktop/FramedWindow.h"
+#include "desktop/OfferList.h"
 #include "desktop/StatusBar.h"
 #include "desktop/TabBar.h"
 #include "desktop/TextViewWidget.h"
@@ -24,6 +25,7 @@ class EditorFrame final : public WindowFrame, public TextViewOwner, public FindB
   /// those for what stands beside it. Made when it is first asked for.
   QSplitter& splitter();
   TabBar& tabs(platform::tab_bar_delegate& delegate);
+  OfferList& offers() { return *offers_; }
 
   // TextViewOwner
   bool should_swallow(platform::key_event const& event) override;
@@ -52,6 +54,7 @@ class EditorFrame final : public WindowFrame, public TextViewOwner, public FindB
   TabBar* tabs_ = nullptr;
   TextViewWidget* text_;
   StatusBar* status_;
+  OfferList* offers_;
   KeyTranslation keys_;
 };
 
@@ -69,6 +72,9 @@ class EditorWindow final : public FramedWindow<platform::editor_window, EditorFr
   void update_value(std::string_view key, plist::value const& value) override;
   platform::tab_bar& tabs(platform::tab_bar_delegate& delegate) override {
     return widget().tabs(delegate);
+  }
+  void set_offers(std::vector<platform::menu_item> const& items) override {
+    widget().offers().set_items(items);
   }
 };
 

@@ -29,8 +29,7 @@ class FramedWindow : public Kind {
   }
 
   void make_key_and_order_front() final {
-    if (!frame_->isVisible()) frame_->take_initial_size();
-    frame_->show();
+    frame_->show_placed();
     frame_->raise();
     frame_->activateWindow();
     owner_.bring_to_front(*this);
@@ -46,6 +45,8 @@ class FramedWindow : public Kind {
   }
   void open_menu_bar() final { frame_->menus().open_first(); }
   void enter_status_bar() final { frame_->enter_status_bar(); }
+  std::string placement() const final { return frame_->placement(); }
+  void set_placement(std::string const& placement) final { frame_->set_placement(placement); }
   bool is_key() const final { return frame_->isActiveWindow(); }
   platform::responder* first_responder() const final { return &first_; }
   platform::window_delegate* delegate() const final { return &delegate_; }
@@ -53,7 +54,7 @@ class FramedWindow : public Kind {
  protected:
   Frame& widget() const { return *frame_; }
   void hide() {
-    frame_->hide();
+    frame_->hide_placed();
     owner_.window_closed();
   }
   /// False from its second call on.

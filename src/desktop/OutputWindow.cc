@@ -99,14 +99,6 @@ void OutputWindow::close() {
   hide();
 }
 
-std::string OutputWindow::placement() const {
-  return utf8(QString::fromLatin1(widget().saveGeometry().toBase64()));
-}
-
-void OutputWindow::set_placement(std::string const& placement) {
-  widget().restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(placement)));
-}
-
 void OutputWindow::set_message(std::string const& message) {
   widget().set_message(qstring(message));
 }

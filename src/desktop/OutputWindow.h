@@ -47,6 +47,7 @@ class OutputWindow final : public FramedWindow<platform::html_window, OutputFram
   void set_document_edited(bool) override {}
   void close() override;
   void update_value(std::string_view, plist::value const&) override {}
+  void set_offers(std::vector<platform::menu_item> const&) override {}
 
   void load(std::string const& url, std::shared_ptr<platform::page_stream> content) override {
     page().load(url, std::move(content));
@@ -54,8 +55,6 @@ class OutputWindow final : public FramedWindow<platform::html_window, OutputFram
   void stop_loading() override { page().stop_loading(); }
   platform::page_frame frame() const override { return page().frame(); }
   void scroll_to(platform::point upper_left) override { page().scroll_to(upper_left); }
-  std::string placement() const override;
-  void set_placement(std::string const& placement) override;
   void set_busy(bool busy) override { widget().set_busy(busy); }
   void set_message(std::string const& message) override;
   bool perform(std::string_view selector) override { return page().perform(selector); }

@@ -3,6 +3,7 @@
 #include "desktop/DialogParent.h"
 #include "desktop/QtText.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -11,6 +12,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QShortcut>
 
 namespace widgets {
 namespace {
@@ -25,14 +27,33 @@ class FileDialog : public QFileDialog {
   FileDialog(std::string const& title, std::string const& directory)
       : QFileDialog(dialog_parent(), qstring(title)) {
     setOption(QFileDialog::DontUseNativeDialog);
-    setFilter(QDir::AllEntries | QDir::AllDirs | QDir::NoDotAndDotDot | QDir::Hidden);
+    auto* const hidden = new QCheckBox(QStringLiteral("Show &hidden files"));
+    auto const apply = [this] {
+      constexpr auto seen = QDir::AllEntries | QDir::AllDirs | QDir::NoDotAndDotDot;
+      setFilter(shows_hidden ? seen | QDir::Hidden : seen);
+    };
+    hidden->setChecked(shows_hidden);
+    apply();
+    connect(hidden, &QCheckBox::toggled, this, [apply](bool on) {
+      shows_hidden = on;
+      apply();
+    });
+    auto* const key = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_H), this);
+    connect(key, &QShortcut::activated, hidden, &QCheckBox::toggle);
+    further_ = new QHBoxLayout;
+    further_->addWidget(hidden);
+    further_->addStretch();
+    auto* const grid = qobject_cast<QGridLayout*>(layout());
+    if (grid != nullptr) grid->addLayout(further_, grid->rowCount(), 0, 1, -1);
     if (!directory.empty()) setDirectory(QFile::decodeName(directory.c_str()));
   }
 
-  void add_row(QLayout* row) {
-    auto* const grid = qobject_cast<QGridLayout*>(layout());
-    if (grid != nullptr) grid->addLayout(row, grid->rowCount(), 0, 1, -1);
-  }
+  /// The row of further widgets, which go to its right end.
+  QHBoxLayout& further() { return *further_; }
+
+ private:
+  static inline bool shows_hidden = false;  // until the program ends
+  QHBoxLayout* further_;
 };
 
 QComboBox* add_choices(QBoxLayout& row, QString const& label,
@@ -77,15 +98,12 @@ std::vector<std::string> QtFilePanels::ask_open(platform::open_request const& re
   std::vector<QString> chosen;
   if (request.allows_folders && !request.only_folders) {
     // Qt's "Open" enters a folder; taking one as it is needs a button of its own.
-    auto* const row = new QHBoxLayout;
     auto* const button = new QPushButton(QStringLiteral("Open &Folder"));
     QObject::connect(button, &QPushButton::clicked, &dialog, [&] {
       chosen = chosen_folders(dialog);
       dialog.QDialog::reject();
     });
-    row->addStretch();
-    row->addWidget(button);
-    dialog.add_row(row);
+    dialog.further().addWidget(button);
   }
   if (dialog.exec() == QDialog::Accepted) {
     QStringList const files = dialog.selectedFiles();
@@ -102,13 +120,11 @@ std::optional<platform::save_answer> QtFilePanels::ask_save(platform::save_reque
   dialog.setFileMode(QFileDialog::AnyFile);
   dialog.selectFile(QFile::decodeName(request.name.c_str()));
 
-  auto* const row = new QHBoxLayout;
+  QHBoxLayout& row = dialog.further();
   QComboBox* const encoding =
-      add_choices(*row, QStringLiteral("&Encoding:"), request.encodings, request.encoding);
-  QComboBox* const line_ending = add_choices(*row, QStringLiteral("&Line endings:"),
-                                             request.line_endings, request.line_ending);
-  row->addStretch();
-  dialog.add_row(row);
+      add_choices(row, QStringLiteral("&Encoding:"), request.encodings, request.encoding);
+  QComboBox* const line_ending =
+      add_choices(row, QStringLiteral("&Line endings:"), request.line_endings, request.line_ending);
 
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
   return platform::save_answer{path_bytes(dialog.selectedFiles().front()), chosen_index(*encoding),

@@ -39,7 +39,7 @@ constexpr part_kind part_kinds[] = {
     {"isRecordingMacro", "Recording a macro", ""},
     {"pendingKeys", "Waiting for the next key or stroke; Escape cancels", ""},
     {"snippetField", "Tab goes to the next field of the snippet", ""},
-    {"fileState", "This text is not saved in any file", ""},
+    {"fileState", "What is to be known about the file before you save", ""},
     {"currentSymbol", "Symbol at the caret", ""},
     {"currentMode", "Language", "", true},
     {"tabSize", "Width of a tab", "Tab Size: 88", true},

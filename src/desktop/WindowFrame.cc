@@ -1,7 +1,9 @@
 #include "desktop/WindowFrame.h"
 
+#include "desktop/QtText.h"
 #include "platform/desktop.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QPointer>
 
@@ -10,6 +12,33 @@ namespace widgets {
 WindowFrame::WindowFrame(WindowOwner& owner, platform::window& window)
     : owner_(owner), window_(&window), menus_(new MenuBar(owner.main_menu(), *this, this)) {
   setMenuBar(menus_);
+}
+
+void WindowFrame::show_placed() {
+  if (!isVisible() && !is_placed_) take_initial_size();
+  is_placed_ = true;
+  show();
+}
+
+std::string WindowFrame::placement() const {
+  return isVisible() ? utf8(QString::fromLatin1(saveGeometry().toBase64())) : last_placement_;
+}
+
+void WindowFrame::set_placement(std::string const& placement) {
+  if (!restoreGeometry(QByteArray::fromBase64(QByteArray::fromStdString(placement)))) return;
+  is_placed_ = true;
+  // A window is made to be seen, with its frame.
+  setWindowState(windowState() & ~(Qt::WindowFullScreen | Qt::WindowMinimized));
+  for (QWidget const* const other : QApplication::topLevelWidgets()) {
+    bool const is_window = other != this && other->isVisible() && other->isWindow();
+    // The window manager finds a place for what wasn't moved.
+    if (is_window && other->pos() == pos()) setAttribute(Qt::WA_Moved, false);
+  }
+}
+
+void WindowFrame::hide_placed() {
+  last_placement_ = placement();
+  hide();
 }
 
 platform::responder* WindowFrame::menu_responder() {

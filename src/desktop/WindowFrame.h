@@ -17,8 +17,12 @@ class WindowFrame : public QMainWindow, public MenuTarget {
 
   /// The window goes: nothing of the logic is called from here on.
   virtual void detach() { window_ = nullptr; }
-  /// Before the window is shown for the first time.
-  virtual void take_initial_size() = 0;
+  /// Where it was last set or shown, or else in its initial size.
+  void show_placed();
+  /// Its placement remains known.
+  void hide_placed();
+  std::string placement() const;
+  void set_placement(std::string const& placement);
 
   MenuBar& menus() const { return *menus_; }
 
@@ -32,6 +36,8 @@ class WindowFrame : public QMainWindow, public MenuTarget {
 
  protected:
   WindowOwner& owner() const { return owner_; }
+  /// Before the window is shown for the first time, without a placement.
+  virtual void take_initial_size() = 0;
   /// False if no item of the menus has the key. One that is disabled beeps.
   bool perform_item_with_key(platform::key_event const& event);
 
@@ -45,6 +51,8 @@ class WindowFrame : public QMainWindow, public MenuTarget {
   WindowOwner& owner_;
   platform::window* window_;
   MenuBar* menus_;
+  bool is_placed_ = false;
+  std::string last_placement_;  // when it was hidden
 };
 
 }  // namespace widgets

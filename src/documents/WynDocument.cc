@@ -67,7 +67,7 @@ void WynDocument::becomeFile(std::string const& path) {
   bool const was_untitled = filename_.empty();
   if (filename_ != path) {
     fileContent_ = file_content::kept;
-    fileIsGone_ = false;
+    fileIsGone_ = fileDiffers_ = false;
     bool const is_written = writtenElsewhere_ && writtenElsewhere_->path == path;
     fileStamp_ = is_written ? std::optional(writtenElsewhere_->stamp) : std::nullopt;
     filePlace_ = is_written ? writtenElsewhere_->place : path::place_of(path);
@@ -131,12 +131,14 @@ void WynDocument::setByteOrderMark(bool mark) {
   updateDocumentEdited(storage_->current_memento);
 }
 
+bool WynDocument::hasEdits(unsigned long memento) const {
+  return memento != lastSavedMemento_ || presentFormat() != lastSavedFormat_;
+}
+
 // An untitled document with nothing in it isn't edited, so that it closes without a question.
 void WynDocument::updateDocumentEdited(unsigned long memento) {
   bool const has_content = !filename_.empty() || !storage_->empty();
-  bool const differs =
-      memento != lastSavedMemento_ || presentFormat() != lastSavedFormat_ || fileIsGone_;
-  setDocumentEdited(has_content && differs);
+  setDocumentEdited(has_content && (hasEdits(memento) || fileIsGone_ || fileDiffers_));
 }
 
 void WynDocument::setDocumentEdited(bool edited) {

@@ -109,13 +109,17 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   void setFileEncodingAndLineEndingsToDefaults();
 
   /// Whether the file would be another one if it were saved now: the text, or how it is written,
-  /// isn't that of the last save, or the file is gone. An untitled document with nothing in it is
-  /// never edited.
+  /// isn't that of the last save, or the file is gone or another one. An untitled document with
+  /// nothing in it is never edited.
   bool isDocumentEdited() const { return isDocumentEdited_; }
   /// Whether the file has been deleted or moved, so that the text stands nowhere else. Told by
   /// documentEditedDidChange.
   bool fileIsGone() const { return fileIsGone_; }
-  /// Looks whether it is, as news of it may be under way.
+  /// Whether the file holds what another program wrote, and the text is the user's: kept when it
+  /// was asked for, or to be asked for yet. Undo doesn't make such a text a saved one. Reported
+  /// likewise.
+  bool fileDiffers() const { return fileDiffers_; }
+  /// Looks whether it is gone, as news of it may be under way.
   void lookForFile();
   void setDocumentEdited(bool edited);
   unsigned lastSavedMemento() const { return lastSavedMemento_; }
@@ -201,6 +205,8 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
 
   format presentFormat() const { return {fileEncoding_, lineEnding_, byteOrderMark_}; }
   void updateDocumentEdited(unsigned long memento);
+  /// Whether the user has changed the text or how it is written, whatever the file is now.
+  bool hasEdits(unsigned long memento) const;
   /// The text as it was at that memento, which it may not be any more.
   void textIsSaved(unsigned memento);
   void textIsOnDisk();
@@ -220,7 +226,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   void fileMayHaveChanged();
   bool isToBeKept();
   bool hasLostFile() const;
-  void setFileIsGone(bool gone);
+  void setFileState(bool gone, bool differs);
 
   bool write(std::string const& given_path, bool as_copy);
   static void takeLeaveOfOwner(path::write_options& options);
@@ -264,7 +270,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   bool hideFromRecentMenu_ = false;
   bool fileModifiedOnDiskAndWaitingForUser_ = false;
   bool revertIsDecided_ = false;
-  bool fileIsGone_ = false;
+  bool fileIsGone_ = false, fileDiffers_ = false;
   bool looksLater_ = false;
   std::unique_ptr<platform::file_watcher::token> fileWatch_;
   plist::dictionary auxiliaryFileInfo_;

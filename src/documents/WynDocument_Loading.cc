@@ -120,11 +120,12 @@ void WynDocument::rememberContent(file_text const& text, bool pairs) {
 void WynDocument::textIsOnDisk() {
   lastSavedMemento_ = storage_->current_memento;
   lastSavedFormat_.mark = byteOrderMark_;
+  fileDiffers_ = false;
   updateDocumentEdited(lastSavedMemento_);
 }
 
 void WynDocument::textIsSaved(unsigned memento) {
-  fileIsGone_ = false;
+  fileIsGone_ = fileDiffers_ = false;
   lastSavedMemento_ = memento;
   lastSavedFormat_ = presentFormat();
   updateDocumentEdited(storage_->current_memento);

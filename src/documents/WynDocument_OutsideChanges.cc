@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <utility>
 
@@ -23,6 +25,12 @@ void WynDocument::watchFile() {
 // replaced while something further up the stack works on it. A question waits for a pause in
 // typing.
 void WynDocument::fileMayHaveChanged() {
+  // Shown at once, also while something waits; but a save that is under way is our own.
+  if (!fileModifiedOnDiskAndWaitingForUser_ && openCount_ != 0) {
+    auto const stamp = documents::stamp_of(filename_);
+    setFileState(hasLostFile(), fileDiffers_ || (hasEdits(storage_->current_memento) &&
+                                                 fileStamp_ && stamp && stamp != fileStamp_));
+  }
   if (std::exchange(looksLater_, true)) return;
   auto const look = [this] {
     auto const self = weak_from_this().lock();
@@ -48,19 +56,23 @@ void WynDocument::revertToDisk() {
   revertIsDecided_ = false;
 }
 
-/// Whether the text is that of a file which isn't there any more, so that it stands nowhere else.
+/// Whether the text is that of a file which isn't there any more, so that it stands nowhere else:
+/// a folder or a pipe of that name has none of it.
 bool WynDocument::hasLostFile() const {
-  return !filename_.empty() && fileStamp_ && !documents::stamp_of(filename_);
+  if (filename_.empty() || !fileStamp_) return false;
+  struct stat info;
+  return stat(filename_.c_str(), &info) != 0 || !S_ISREG(info.st_mode);
 }
 
 void WynDocument::lookForFile() {
-  if (openCount_ != 0) setFileIsGone(hasLostFile());
+  if (openCount_ != 0) setFileState(hasLostFile(), fileDiffers_);
 }
 
 // What shows the document is told, also when it was edited before.
-void WynDocument::setFileIsGone(bool gone) {
-  if (gone == fileIsGone_) return;
+void WynDocument::setFileState(bool gone, bool differs) {
+  if (gone == fileIsGone_ && differs == fileDiffers_) return;
   fileIsGone_ = gone;
+  fileDiffers_ = differs;
   updateDocumentEdited(storage_->current_memento);
   platform::notification_center::standard().post(documentEditedDidChange, this, isDocumentEdited_);
 }
@@ -75,7 +87,8 @@ bool WynDocument::isToBeKept() {
 
 bool WynDocument::checkForFilesystemChanges() {
   if (fileModifiedOnDiskAndWaitingForUser_ || filename_.empty()) return false;
-  setFileIsGone(hasLostFile());
+  lookForFile();
+  if (fileIsGone_) return false;
   auto const stamp = documents::stamp_of(filename_);
   if (!stamp || (stamp == fileStamp_ && !revertIsDecided_)) return false;
   auto const self = weak_from_this().lock();
@@ -89,6 +102,7 @@ bool WynDocument::checkForFilesystemChanges() {
       fileStamp_ = stamp;
       fileContent_ = file_content::not_loaded;
     }
+    setFileState(false, true);
     return false;
   }
   if (!text.stamp) return false;
@@ -109,6 +123,7 @@ bool WynDocument::checkForFilesystemChanges() {
       textIsOnDisk();
   } else {
     fileContent_ = file_content::kept;  // the user has chosen what is in the window
+    setFileState(false, true);
   }
   fileStamp_ = text.stamp;
   notifyFilename(filename_);

@@ -58,13 +58,17 @@ class recorded_window : public Kind {
   void open_menu_bar() override { ++menu_openings; }
   void enter_status_bar() override { ++status_bar_entries; }
   bool is_key() const override { return order_.is_key(*this); }
+  std::string placement() const override { return place; }
+  void set_placement(std::string const& p) override { place = p; }
+  void set_offers(std::vector<platform::menu_item> const& items) override { offers = items; }
   platform::responder* first_responder() const override { return &first_; }
   platform::window_delegate* delegate() const override { return &delegate_; }
   void update_value(std::string_view key, plist::value const& value) override {
     values.insert_or_assign(std::string(key), value);
   }
 
-  std::string title, filename;
+  std::string title, filename, place;
+  std::vector<platform::menu_item> offers;
   bool edited = false, visible = false, full_screen = false;
   int menu_openings = 0, status_bar_entries = 0;
   std::map<std::string, plist::value, std::less<>> values;
@@ -122,8 +126,6 @@ class headless_html_window final : public recorded_window<platform::html_window>
   void stop_loading() override;
   platform::page_frame frame() const override { return seen; }
   void scroll_to(platform::point upper_left) override;
-  std::string placement() const override { return place; }
-  void set_placement(std::string const& p) override { place = p; }
   void set_busy(bool b) override { busy = b; }
   void set_message(std::string const& m) override { message = m; }
   bool perform(std::string_view selector) override;
@@ -133,7 +135,7 @@ class headless_html_window final : public recorded_window<platform::html_window>
   /// Reads what has come, into `shown`; at its end the page has loaded.
   void read();
 
-  std::string url, shown, place, message;
+  std::string url, shown, message;
   std::shared_ptr<platform::page_stream> page;
   platform::page_frame seen;
   std::vector<platform::point> scrolls;

@@ -70,9 +70,6 @@ class html_window : public window {
   virtual void stop_loading() = 0;
   virtual page_frame frame() const = 0;
   virtual void scroll_to(point upper_left) = 0;
-  /// The window's place on the screen, to be kept and set again; empty before it was shown.
-  virtual std::string placement() const = 0;
-  virtual void set_placement(std::string const& placement) = 0;
   virtual void set_busy(bool busy) = 0;
   /// A line above the page; empty for none.
   virtual void set_message(std::string const& message) = 0;

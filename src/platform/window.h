@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/menu.h"
 #include "platform/responder.h"
 #include "platform/tab_bar.h"
 #include "platform/view.h"
@@ -9,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace platform {
 
@@ -43,6 +45,14 @@ class window {
   virtual bool is_full_screen() const = 0;
   virtual void toggle_full_screen() = 0;
   virtual bool is_key() const = 0;
+  /// The window's place on the screen, to be kept and set again; empty before it was shown.
+  virtual std::string placement() const = 0;
+  /// Before it is shown. What isn't a placement, or one for screens that are very different, is
+  /// ignored; one beyond the screens is moved and made smaller. A place that another window has
+  /// gives the size alone.
+  virtual void set_placement(std::string const& placement) = 0;
+  /// What a window with nothing in it offers instead, as a quiet list; none takes it away.
+  virtual void set_offers(std::vector<menu_item> const& items) = 0;
 
   /// For the keyboard: its first menu is selected.
   virtual void open_menu_bar() = 0;

@@ -12,6 +12,12 @@ bool WynDocumentController::canBeUsedForNewDocument() const {
          !document->isDocumentEdited() && !textView().isPlayingMacro();
 }
 
+void WynDocumentController::documentDidChange() {
+  document_window::documentDidChange();
+  window().set_offers(canBeUsedForNewDocument() ? owner().recentItems()
+                                                : std::vector<platform::menu_item>());
+}
+
 bool WynDocumentController::isDocumentEdited() const {
   return textDocument() != nullptr && textDocument()->isDocumentEdited();
 }

@@ -19,4 +19,8 @@ class WynDocumentController : public windows::document_window {
 
   // command_owner
   bool willExecuteCommand(commands::command_options const& command) override;
+
+ protected:
+  // windows::document_window
+  void documentDidChange() override;
 };

@@ -138,10 +138,14 @@ void document_window::showDocument(std::shared_ptr<WynDocument> document) {
 
 void document_window::documentDidChange() {
   bool const gone = document_->fileIsGone();
+  bool const differs = !gone && document_->fileDiffers();
   bool const read_only = !gone && documents::is_read_only(document_->filename());
   showTitle(titleHasFolder_);
   owner_.documentNameDidChange();
-  window_->update_value("fileState", gone ? "File Deleted" : read_only ? "Read-Only" : "");
+  window_->update_value("fileState", gone        ? "File Deleted"
+                                     : differs   ? "File Changed on Disk"
+                                     : read_only ? "Read-Only"
+                                                 : "");
   window_->set_represented_filename(document_->filename());
   window_->set_document_edited(isDocumentEdited());
   publishDocument();
@@ -160,7 +164,8 @@ std::string document_window::windowTitle() const {
   std::string const& file = document_->filename();
   if (titleHasFolder_ && !file.empty())
     title += " (" + documents::printable_name(path::parent(file)) + ")";
-  return title + (document_->fileIsGone() ? " (deleted)" : "");
+  if (document_->fileIsGone()) return title + " (deleted)";
+  return title + (document_->fileDiffers() ? " (changed on disk)" : "");
 }
 
 void document_window::publishDocument() {
@@ -190,6 +195,10 @@ bool document_window::askToSaveDocument(WynDocument& document) {
   if (document.fileIsGone()) {
     question.title = "The file of the document " + name + " was deleted. Do you want to save it?";
     question.text = "Its text will be lost if you don't save it.";
+  } else if (document.fileDiffers()) {
+    question.text =
+        "Another program has changed the file: saving replaces what that has written. " +
+        question.text;
   }
   switch (platform::desktop::current().alerts().run(question)) {
     case 0:
@@ -220,7 +229,7 @@ void document_window::followProject() {
 void document_window::saveQuietly() {
   for (auto const& document : documents()) {
     bool const asks = document->filename().empty() || document->fileIsGone() ||
-                      documents::is_read_only(document->filename()) ||
+                      document->fileDiffers() || documents::is_read_only(document->filename()) ||
                       !documents::can_be_encoded(document->storage(), document->fileEncoding());
     if (!asks && document->isDocumentEdited()) document->writeToFile(document->filename());
   }

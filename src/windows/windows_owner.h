@@ -23,6 +23,8 @@ class windows_owner {
   virtual std::string currentDirectory() const = 0;
   /// The menu for a click with the right button in a text.
   virtual std::vector<platform::menu_item> contextMenu() const = 0;
+  /// What an empty window offers.
+  virtual std::vector<platform::menu_item> recentItems() const = 0;
   /// A file has been opened or got this name.
   virtual void noteRecentFile(std::string const& path) = 0;
   /// Windows of documents with the same name show their folders: calls their showTitle().

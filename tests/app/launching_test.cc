@@ -181,6 +181,35 @@ TEST_F(app_test, the_hindmost_empty_window_is_used_for_a_file) {
   EXPECT_EQ(windows(), titles({"a", "untitled 3", "*untitled"}));
 }
 
+TEST_F(app_test, an_empty_window_offers_recent_files_until_something_is_typed) {
+  app().openFile(folder.write("a", "x"));
+  app().newDocument();
+  WynDocumentController& empty = *app().orderedControllers().front();
+  auto const& offers = window_of(empty).offers;
+  ASSERT_EQ(offers.size(), 1U);
+  EXPECT_EQ(offers[0].selector, "openRecentFile:");
+  type(empty, u"x");
+  EXPECT_TRUE(offers.empty());
+  perform(empty, "undo:");
+  EXPECT_EQ(offers.size(), 1U);
+  empty.textView().tryToPerformWith(offers[0].selector, offers[0].argument);
+  EXPECT_EQ(windows().front(), "a");
+}
+
+TEST_F(app_test, a_window_opens_where_the_last_one_was) {
+  for (bool const kept : {true, false}) {
+    defaults().set("WynWindowPlacementKept", kept);
+    app().newDocument();
+    WynDocumentController& first = *app().orderedControllers().front();
+    window_of(first).place = "here";
+    perform(first, "performClose:");
+    app().newDocument();
+    WynDocumentController& next = *app().orderedControllers().front();
+    EXPECT_EQ(window_of(next).place, kept ? "here" : "");
+    next.window().close();
+  }
+}
+
 TEST_F(app_test, untitled_numbers_count_up_and_begin_again) {
   for (int n = 0; n < 3; ++n) app().newDocument();
   EXPECT_EQ(windows(), titles({"untitled 3", "untitled 2", "untitled"}));

@@ -220,6 +220,33 @@ TEST_F(waiting, keeps_closed_windows_until_it_is_over) {
   EXPECT_TRUE(document.expired());
 }
 
+// However the user comes back to the text that was saved once.
+TEST_F(waiting, a_text_kept_against_its_file_is_edited_until_it_is_saved) {
+  key(u'x');
+  desktop.loop().run_for(0);
+  folder.write("file", "theirs\n");
+  desktop.loop().run_for(platform::file_watcher::rest * 1.5);
+  EXPECT_EQ(alerts(), titles{});  // not asked yet, but seen
+  EXPECT_EQ(windows(), titles{"*file (changed on disk)"});
+  desktop.loop().run_for(a_while);
+  EXPECT_EQ(alerts(), titles{"File Changed on Disk|Keep Quirnote Version"});
+  perform(*controller, "undo:");
+  EXPECT_EQ(windows(), titles{"*file (changed on disk)"});
+  EXPECT_EQ(window_of(*controller).values["fileState"].string_or(""), "File Changed on Disk");
+  perform(*controller, "performClose:");
+  EXPECT_EQ(alerts().size(), 1U);
+  EXPECT_EQ(windows(), titles{"*file (changed on disk)"});
+  perform(*controller, "saveDocument:");
+  EXPECT_EQ(windows(), titles{"file"});
+  EXPECT_EQ(folder.read(path), "one two\n");
+  // What can't be read, and what is no file, has nothing of the text either.
+  std::filesystem::remove(path);
+  std::filesystem::create_directory(path);
+  desktop.loop().run_for(a_while);
+  EXPECT_EQ(windows(), titles{"*file (deleted)"});
+  EXPECT_EQ(alerts(), titles{});
+}
+
 TEST_F(waiting, a_deleted_file_is_missed_at_once_when_its_window_closes) {
   std::string const title =
       "The file of the document \u201cfile\u201d was deleted. Do you want to save it?";
