@@ -267,7 +267,7 @@ rows files() {
        "Trim Trailing Blanks",
        "Whether saving takes blanks off the ends of lines: `kept` where the file had none when it "
        "was opened. The line of the caret stays, and text in which they mean something."},
-      {"WynFinalNewline", one_of({"never", "kept", "always"}), "never", scope::program,
+      {"WynFinalNewline", one_of({"never", "kept", "always"}), "kept", scope::program,
        "Final Line End",
        "Whether saving puts a line end after the last line: `kept` where the file had one when it "
        "was opened."},

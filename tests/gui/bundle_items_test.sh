@@ -99,7 +99,7 @@ alphabet=(a b space parenleft quotedbl Return Tab BackSpace Delete Left Up Down 
   ctrl+shift+d ctrl+e alt+slash ctrl+alt+c End Home ctrl+End)
 for seed in 1 2 3 4 5 6; do
   RANDOM=$seed
-  printf 'int ab(int x) {\n\treturn x;\n}\n\none two\n' | tee a.c >before.c
+  printf 'int ab(int x) {\n\treturn x;\n}\n\none two' | tee a.c >before.c
   start_editor a.c
   wait_window 'a.c'
   pressed=()

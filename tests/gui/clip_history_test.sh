@@ -21,11 +21,11 @@ wait_window 'first.txt'
 printf 'other' | xclip -i -selection clipboard
 wait_until selection_is clipboard other
 keys ctrl+End ctrl+v ctrl+alt+v ctrl+s
-expect_file first.txt $'ab1\ncd2\notherab\n     cd'
+expect_file first.txt $'ab1\ncd2\notherab\n     cd\n'
 expect_clipboard $'ab\ncd'
 keys ctrl+alt+shift+v ctrl+s
-expect_file first.txt $'ab1\ncd2\notherabother\n     cd'
-keys ctrl+a ctrl+c Right
+expect_file first.txt $'ab1\ncd2\notherabother\n     cd\n'
+keys ctrl+a ctrl+c Right Left
 printf 'ab1\ncd2\notherabother\n     cd' >expected
 expect_clipboard "$(cat expected)"
 
@@ -34,7 +34,7 @@ keys ctrl+alt+h
 wait_window 'Clipboard History'
 keys Down Return
 wait_window 'first.txt'
-expect_saved first.txt "$(cat expected)other"
+expect_saved first.txt "$(cat expected)other"$'\n'
 expect_clipboard other
 
 # What one goes to is on the clipboard; Escape leaves the text. So does a turn to another program,
@@ -53,7 +53,7 @@ wait_no_window 'Clipboard History'
 quit
 editor_pid=$first_pid
 wait_window 'first.txt'
-expect_saved first.txt "$(cat expected)other"
+expect_saved first.txt "$(cat expected)other"$'\n'
 keys ctrl+q
 wait_exit
 

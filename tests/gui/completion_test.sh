@@ -6,7 +6,7 @@ edit file.txt
 keys ctrl+End
 type_text 'al'
 keys alt+slash alt+slash alt+slash alt+shift+slash
-expect_saved file.txt $'alpha alter also\n\nalter'
+expect_saved file.txt $'alpha alter also\n\nalter\n'
 
 # Typing on filters the list; Return takes the selected row.
 list_shows() { xdotool search --onlyvisible --name '^Completions$'; }
@@ -18,7 +18,7 @@ has_focus
 type_text 'l'
 keys Down Return
 wait_until no_list
-expect_saved file.txt $'alpha alter also\n\nalter also'
+expect_saved file.txt $'alpha alter also\n\nalter also\n'
 
 # A click takes a row. Rows are as high as lines of 59 pixels, and the list begins below the third.
 type_text ' al'
@@ -27,6 +27,6 @@ wait_until list_shows
 list=$(xdotool search --onlyvisible --name '^Completions$')
 xdotool mousemove --window "$list" 20 150 click 1
 wait_until no_list
-expect_saved file.txt $'alpha alter also\n\nalter also alpha'
+expect_saved file.txt $'alpha alter also\n\nalter also alpha\n'
 
 quit

@@ -11,8 +11,8 @@ click_at() { click "$(column_x "$2")" "$(row_y "$1")" "${@:3}"; }
 # Keys go into the text, and out again.
 keys ctrl+End
 type_text 'Delta!'
-expect_saved file.txt $'alpha\nbe\ngamma\nDelta!'
-keys ctrl+z ctrl+z ctrl+z ctrl+z ctrl+z ctrl+z ctrl+s
+expect_saved file.txt $'alpha\nbe\ngamma\nDelta!\n'
+keys ctrl+z ctrl+z ctrl+z ctrl+z ctrl+z ctrl+z ctrl+z ctrl+s
 expect_file file.txt $'alpha\nbe\ngamma\n'
 
 # A rectangle over a short line, selected with the mouse; what is typed goes to all lines.

@@ -14,17 +14,17 @@ wait_until popup_is_open 3
 keys a
 wait_until eval '! popup_is_open 2'
 type_text 'all'
-expect_saved file.txt 'all'
+expect_saved file.txt $'all\n'
 
 # What was typed in one go is taken back at once, and single keys by a key of their own.
 type_text ' of it'
 keys ctrl+z
-expect_saved file.txt 'all of '
+expect_saved file.txt $'all of \n'
 keys alt+u alt+u
-expect_saved file.txt 'all o'
+expect_saved file.txt $'all o\n'
 keys ctrl+y
-expect_saved file.txt 'all of '
-keys ctrl+z ctrl+z ctrl+z
+expect_saved file.txt $'all of \n'
+keys ctrl+z ctrl+z ctrl+z ctrl+z
 expect_saved file.txt $'one two\nthree\n'
 
 # F10 opens the menu bar, and Escape leaves it; the key of the menu opens that at the caret.
@@ -60,10 +60,10 @@ wait_until eval '! is_full_screen'
 # The status bar: a switch at its end, the tab's width next to it.
 keys ctrl+End F6 End Return
 type_text 'x'
-expect_saved file.txt $'ONE two\nthree\nx'
+expect_saved file.txt $'ONE two\nthree\nx\n'
 keys Home
 type_text 'y'
-expect_saved file.txt $'ONE two\nthree\ny'
+expect_saved file.txt $'ONE two\nthree\ny\n'
 
 # A question is answered by the letters of its buttons.
 type_text 'z'

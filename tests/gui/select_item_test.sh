@@ -44,7 +44,7 @@ keys ctrl+s
 wait_until grep -q while file.c
 keys Escape ctrl+a
 type_text 'x'
-wait_until file_holds 'x'
+wait_until file_holds $'x\n'
 
 # A key is looked up instead of being performed, and what it does is chosen then.
 keys ctrl+shift+p
@@ -54,4 +54,4 @@ keys Return
 wait_open 'Select by Key'
 keys Tab BackSpace ctrl+d ctrl+shift+d Return
 wait_until has_focus
-wait_until file_holds $'x\nx'
+wait_until file_holds $'x\nx\n'

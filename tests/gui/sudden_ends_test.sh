@@ -35,7 +35,7 @@ for end in TERM HUP display; do
   keys Tab Tab space
   wait_window 'file.txt\*'
   wait_until shows $'saved\nby '"$end"
-  expect_saved file.txt $'saved\nby '"$end"
+  expect_saved file.txt $'saved\nby '"$end"$'\n'
   quit
   [[ $(copies) == 0 ]]
 done

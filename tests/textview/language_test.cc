@@ -360,6 +360,10 @@ TEST_F(language, a_line_end_put_in_by_saving_leaves_the_caret_where_it_is) {
   folder_.write(".editorconfig", "root = true\n[*]\ninsert_final_newline = true\n");
   for (char const* before : {"a\nb|", "a\n|b", "|a\nb", "a\n[b]", "[a\nb]", "a|"}) {
     shown_view shown("|", file("a.c", "x\n"));
+    shown.set("[x\ny\n]");
+    shown.view.insertText(std::u16string(u"z"));
+    shown.view.tidyBeforeSaving(conventions::declared_for(shown.view.document()->filename()));
+    EXPECT_EQ(shown.get(), "z|\n");
     shown.set(before);
     shown.view.tidyBeforeSaving(conventions::declared_for(shown.view.document()->filename()));
     std::string const after = shown.get();
