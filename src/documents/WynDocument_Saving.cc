@@ -126,7 +126,8 @@ std::optional<encoding::file_format> WynDocument::formatForSaving() const {
     format.charset = defaultFileEncoding();
     if (can_be_encoded(*storage_, format.charset)) return confirmed(format);
   }
-  if (!documents::ask_to_save_as_utf8(displayName(), format.charset)) return std::nullopt;
+  auto const lost = documents::first_lost_character(*storage_, format.charset);
+  if (!documents::ask_to_save_as_utf8(displayName(), format.charset, lost)) return std::nullopt;
   format.charset = encoding::UTF8;
   format.byte_order_mark = false;
   return confirmed(format);

@@ -8,6 +8,7 @@
 #include "path/path.h"
 #include "platform/desktop.h"
 #include "platform/system/library_folders.h"
+#include "platform/utf.h"
 
 namespace documents {
 namespace {
@@ -75,11 +76,16 @@ void tell_could_not_save(path::write_error const& error, std::string const& path
   tell("Couldn't Save", text, error.target_damaged);
 }
 
-bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset) {
+bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset,
+                         std::optional<lost_character> const& lost) {
+  std::string reason;
+  if (lost)
+    reason = ", which has no " + quoted(printable(unicode::to_utf8(lost->character))) +
+             " as in line " + std::to_string(lost->line + 1);
   return ask({"Encoding Error",
               "The document " + quoted(name) + " cannot be saved using the " +
-                  encoding::charset_title[charset] +
-                  " encoding. Would you like to save it using UTF-8 instead?",
+                  encoding::charset_title[charset] + " encoding" + reason +
+                  ". Would you like to save it using UTF-8 instead?",
               {"Save as UTF-8", "Cancel"}},
              first_button);
 }

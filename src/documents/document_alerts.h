@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "documents/storage_bytes.h"
 #include "encoding/charset.h"
 #include "path/file_error.h"
 #include "path/file_writer.h"
@@ -14,8 +16,9 @@ void tell_out_of_memory(std::string const& path);
 void tell_could_not_open(path::file_error const& error, std::string const& path);
 void tell_could_not_save(path::write_error const& error, std::string const& path);
 
-/// Save as UTF-8, or not at all.
-bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset);
+/// Save as UTF-8, or not at all; `lost` is what the charset lacks.
+bool ask_to_save_as_utf8(std::string const& name, encoding::charset_t charset,
+                         std::optional<lost_character> const& lost);
 /// Save text with half of a surrogate pair, in this line from 1, as UTF-8, or not.
 bool ask_to_save_lone_surrogate(std::string const& name, std::size_t line);
 /// Overwrite a file that holds something which its document doesn't, or not.

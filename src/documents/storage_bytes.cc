@@ -108,6 +108,20 @@ bool can_be_encoded(text::storage const& storage, encoding::charset_t charset) {
   });
 }
 
+std::optional<lost_character> first_lost_character(text::storage const& storage,
+                                                   encoding::charset_t charset) {
+  for (std::size_t line = 0; line < storage.lines(); ++line) {
+    text::unit_view const units = storage.line_units(line);
+    char16_t const* const end = units.data() + units.size();
+    char16_t const* const lost = encoding::first_lost_unit(units.data(), end, charset);
+    if (lost == end) continue;
+    bool const is_pair =
+        end - lost > 1 && (lost[0] & 0xFC00) == 0xD800 && (lost[1] & 0xFC00) == 0xDC00;
+    return lost_character{{lost, is_pair ? 2U : 1U}, line};
+  }
+  return std::nullopt;
+}
+
 lone_surrogates lone_surrogates_in(text::unit_view units) {
   lone_surrogates result;
   for_each_lone_surrogate(units, [&](char16_t unit) {

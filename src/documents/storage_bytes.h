@@ -16,6 +16,14 @@ path::file_contents storage_bytes(text::storage const& storage, encoding::file_f
 /// Whether the whole text comes back when it is written in this charset and read again.
 bool can_be_encoded(text::storage const& storage, encoding::charset_t charset);
 
+struct lost_character {
+  std::u16string character;
+  std::size_t line = 0;  ///< from 0
+};
+/// The first that can't be encoded; nothing if all can. Slower than can_be_encoded.
+std::optional<lost_character> first_lost_character(text::storage const& storage,
+                                                   encoding::charset_t charset);
+
 /// How often each half of a surrogate pair stands alone in a text.
 using lone_surrogates = std::map<char16_t, std::size_t>;
 lone_surrogates lone_surrogates_in(text::unit_view units);

@@ -1,6 +1,8 @@
 #include "documents/document_alerts.h"
 #include "documents/document_fixture.h"
+#include "documents/printable_name.h"
 #include "path/other_user.h"
+#include "platform/utf.h"
 
 namespace {
 
@@ -48,11 +50,12 @@ TEST_F(document, asks_when_the_charset_lacks_a_character) {
     }
     answer("Encoding Error", "Cancel");
     EXPECT_FALSE(save(d));
+    std::string const shown = documents::printable(unicode::to_utf8(c.typed));
     EXPECT_EQ(alerts(),
               strings{"Encoding Error|The document \u201Cfile\u201D cannot be saved using "
                       "the " +
-                      std::string(c.asked) +
-                      " encoding. Would you like to save "
+                      std::string(c.asked) + " encoding, which has no \u201C" + shown +
+                      "\u201D as in line 1. Would you like to save "
                       "it using UTF-8 instead?|Cancel"});
     EXPECT_EQ(on_disk(), "");
     EXPECT_EQ(d->fileEncoding(), c.charset);
