@@ -80,8 +80,11 @@ view_colors::view_colors(platform::palette const& desktop, plist::value const& s
   risk = p.dark ? platform::color{0xFF, 0x6B, 0x6B} : platform::color{0xD0, 0x20, 0x20};
   wrap_margin = mixed(p.foreground, p.background, 0.2);
   beyond_margin = mixed(p.foreground, p.background, 0.04);
-  match = mixed({0xE8, 0xB0, 0x20, 255}, p.background, p.dark ? 0.40 : 0.45);
-  current_match = mixed({0xF0, 0x80, 0x10, 255}, p.background, p.dark ? 0.75 : 0.85);
+  // Tints that leave each colour of the text readable; what is the current one, its edge says.
+  match = mixed({0xE8, 0xB0, 0x20, 255}, p.background, p.dark ? 0.22 : 0.35);
+  current_match = mixed({0xF0, 0x80, 0x10, 255}, p.background, p.dark ? 0.30 : 0.35);
+  current_match_edge =
+      p.dark ? platform::color{0xF0, 0x9A, 0x30} : platform::color{0xC8, 0x60, 0x00};
   field = mixed({0x40, 0x90, 0xE0, 255}, p.background, p.dark ? 0.30 : 0.22);
   gutter = mixed(p.foreground, p.background, 0.05);
   platform::color const current_gutter = mixed(line_highlight, gutter, share_of(line_highlight));

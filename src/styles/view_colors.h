@@ -10,15 +10,16 @@ namespace styles {
 struct view_colors {
   platform::color background, foreground, caret, selection, line_highlight, invisibles;
   platform::color wrap_margin, beyond_margin;
-  platform::color guide;          ///< of indentation
-  platform::color bracket;        ///< behind a bracket at the caret and its partner
-  platform::color bracket_edge;   ///< around them
-  platform::color same_word;      ///< behind the other places of a selected word
-  platform::color risk;           ///< of characters that hide, or change the order of others
-  platform::color flash;          ///< behind the partner of a bracket just typed
-  platform::color field;          ///< behind the field of a snippet that is being filled in
-  platform::color match;          ///< behind what the find bar has found
-  platform::color current_match;  ///< behind the one of those that is selected
+  platform::color guide;               ///< of indentation
+  platform::color bracket;             ///< behind a bracket at the caret and its partner
+  platform::color bracket_edge;        ///< around them
+  platform::color same_word;           ///< behind the other places of a selected word
+  platform::color risk;                ///< of characters that hide, or change the order of others
+  platform::color flash;               ///< behind the partner of a bracket just typed
+  platform::color field;               ///< behind the field of a snippet that is being filled in
+  platform::color match;               ///< behind what the find bar has found
+  platform::color current_match;       ///< behind the one of those that is selected
+  platform::color current_match_edge;  ///< around that one
   platform::color gutter, gutter_number, gutter_current_number;
 
   /// With `active` false, selection and line highlight are dimmed: the keys go elsewhere.

@@ -121,15 +121,21 @@ class painter {
       if (!view_.is_visible(at)) continue;
       rect const r = layout::character_rectangle(text_view_, {&view_, at});
       fill(r, colors_.bracket);
-      for (rect const& edge : {rect{r.x, r.y, r.width, 1}, rect{r.x, r.bottom() - 1, r.width, 1},
-                               rect{r.x, r.y, 1, r.height}, rect{r.right() - 1, r.y, 1, r.height}})
-        fill(edge, colors_.bracket_edge);
+      frame(r, 1, colors_.bracket_edge);
     }
   }
 
   void fill(rect const& area, color c) {
     rect const shown = area.intersection(dirty_);
     if (!shown.empty()) g_.fill_rect(shown, c, c.alpha < 255);
+  }
+
+  // Within its area.
+  void frame(rect const& r, double width, color c) {
+    for (rect const& edge :
+         {rect{r.x, r.y, r.width, width}, rect{r.x, r.bottom() - width, r.width, width},
+          rect{r.x, r.y, width, r.height}, rect{r.right() - width, r.y, width, r.height}})
+      fill(edge, c);
   }
 
   bool shades_current_line() const {
@@ -144,8 +150,13 @@ class painter {
   }
 
   void paint_matches() {
-    for (auto const& [first, last] : text_view_.shownMatches())
-      paint_range(first, last, is_selected(first, last) ? colors_.current_match : colors_.match);
+    for (auto const& [first, last] : text_view_.shownMatches()) {
+      bool const is_current = is_selected(first, last);
+      for (rect const& part : parts_of(first, last)) {
+        fill(part, is_current ? colors_.current_match : colors_.match);
+        if (is_current) frame(part, 2, colors_.current_match_edge);
+      }
+    }
   }
 
   // It has a colour of its own, which that of the selection would spoil.
@@ -170,17 +181,20 @@ class painter {
   }
 
   void paint_range(text::iterator const& first, text::iterator const& last, color c) {
-    {
-      text::view_iterator const from(&view_, first), to(&view_, last);
-      std::size_t const begin = view_.line_in_view(from), end = view_.line_in_view(to);
-      for (std::size_t row = std::max(begin, first_row()); row <= std::min(end, last_row());
-           ++row) {
-        double const left =
-            layout::position_of(text_view_, row == begin ? from : view_.begin(row)).x;
-        double const right = layout::position_of(text_view_, row == end ? to : view_.end(row)).x;
-        fill({left, layout_.y_of_row(row), right - left, layout_.lineHeight()}, c);
-      }
+    for (rect const& part : parts_of(first, last)) fill(part, c);
+  }
+
+  // A range in the rows that are drawn.
+  std::vector<rect> parts_of(text::iterator const& first, text::iterator const& last) const {
+    std::vector<rect> result;
+    text::view_iterator const from(&view_, first), to(&view_, last);
+    std::size_t const begin = view_.line_in_view(from), end = view_.line_in_view(to);
+    for (std::size_t row = std::max(begin, first_row()); row <= std::min(end, last_row()); ++row) {
+      double const left = layout::position_of(text_view_, row == begin ? from : view_.begin(row)).x;
+      double const right = layout::position_of(text_view_, row == end ? to : view_.end(row)).x;
+      result.push_back({left, layout_.y_of_row(row), right - left, layout_.lineHeight()});
     }
+    return result;
   }
 
   void paint_selection() {

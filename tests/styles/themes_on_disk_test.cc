@@ -3,11 +3,35 @@
 #include "platform/own_defaults.h"
 #include "plist/text_reader.h"
 #include "plist/xml_writer.h"
+#include "source_tree.h"
 #include "styles/WynThemeManager.h"
+#include "styles/color_strings.h"
 #include "styles/theme_watcher.h"
+#include "styles/view_colors.h"
 #include "test.h"
 
 using namespace styles;
+
+// Nothing that is drawn behind text makes it hard to read, in whatever colour of a theme.
+TEST(shipped_themes, leave_text_readable_on_what_is_marked) {
+  WynThemeManager const manager({source_file("share/Themes")});
+  ASSERT_GE(manager.allThemes().size(), 8U);
+  for (auto const& theme : manager.allThemes()) {
+    auto const* const rules = theme.data["settings"].as_array();
+    ASSERT_NE(rules, nullptr);
+    view_colors const colors({}, rules->front()["settings"], true);
+    EXPECT_GT(contrast(colors.current_match_edge, colors.background), 3.0) << theme.name();
+    for (plist::value const& rule : *rules) {
+      plist::value const& style = rule["settings"];
+      auto const color = NSColorForKey(style, "foreground");
+      if (!color || NSColorForKey(style, "background")) continue;
+      for (auto const& behind :
+           {colors.match, colors.current_match, colors.same_word, colors.bracket, colors.field})
+        EXPECT_GT(contrast(*color, behind), 3.5)
+            << theme.name() << ": " << rule["name"].string_or("");
+    }
+  }
+}
 
 // What stands in the folders of themes, and what happens there while the program runs.
 TEST(themes_on_disk, are_picked_up) {
