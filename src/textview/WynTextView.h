@@ -154,9 +154,6 @@ class WynTextView : public platform::responder,
   void setTabSize(unsigned columns);
   bool softTabs() const { return documentOptions_.softTabs; }
   void setSoftTabs(bool on);
-  /// Takes blanks off the ends of lines and puts a line end after the last one, as the project, a
-  /// modeline or the user's settings say; one step for undo.
-  void tidyBeforeSaving(conventions::declared const& project);
   bool treatsSpacesAsTabs() const final { return documentOptions_.softTabs; }
   /// Whether lines are cut into rows of wrapColumns().
   bool softWrap() const { return documentOptions_.softWrap; }
@@ -183,6 +180,11 @@ class WynTextView : public platform::responder,
   /// Runs something that may exchange the whole text, such as reading the file again, and gives
   /// its result. The caret stays on its line where there still is one.
   bool replacingText(std::function<bool()> const& replace);
+
+  // Saving (WynTextView_Saving.cc)
+  /// Takes blanks off the ends of lines and puts a line end after the last one, as the project, a
+  /// modeline or the user's settings say; one step for undo.
+  void tidyBeforeSaving(conventions::declared const& project);
 
   // Language, scopes and styles (WynTextView_StyleSheet.cc). Languages are named by uuid, "" for
   // none.
@@ -235,7 +237,7 @@ class WynTextView : public platform::responder,
   /// Tells the user about scopes and style at the caret.
   void showScope();
 
-  // Symbols (WynTextView_Symbols.cc)
+  // Symbols (WynTextView_StyleSheet.cc)
   static constexpr char const* function_pop_up_did_change = "WynFunctionPopUpDidChange";
   /// In the order of the text. Made again when an action has changed a text that isn't large, and
   /// half a second after what changes its tokens.
@@ -414,8 +416,19 @@ class WynTextView : public platform::responder,
   void addCompletionMethods();
   /// Enters an action that runs inside a view_will_change scope.
   void addAction(std::string selector, std::function<void()> action);
+  plist::value performAction(actions::action_map::action const& action);
+  void attachView();
+  void detachView();
+  void openFolded();
+  void publishAll();
+  void publishPosition();
+  void showChangesFromOutside();
+
+  // Options (WynTextView_Extension.cc)
   void addToggle(std::string const& selector, std::function<bool()> get,
                  std::function<void()> flip);
+  void userDefaultsDidChange(plist::value const& note);
+  void applyOptionsToView();
   void frameDidChange();
   void fontDidChange();
   void switchDidChange() override;
@@ -426,31 +439,29 @@ class WynTextView : public platform::responder,
   std::string_view rootScope() const { return rootScope_; }
   void initializeSettings();
   void readConventions();
-  void noteEndsOfLines();
-  void trimTrailingBlanks();
   void publishIndentation();
   void documentDefaultsDidChange(plist::value const& note);
   void wrappingDidChange();
   bool askForRightMargin();
 
+  // Saving (WynTextView_Saving.cc)
+  void noteEndsOfLines();
+  void trimTrailingBlanks();
+
+  // Editing (WynTextView_editing.cc)
   std::vector<actions::comment_marker> commentMarkers() const;
   void insertTyped(std::u16string_view text, bool closes);
   void breakTypedLine();
   void insertPlainTab();
   plist::value deleteTyped(typing::key_kind kind);
+  void abandonMarkedText();
+  void insertElsewhere(text::pos at, std::u16string_view text);
 
   // Undo (WynTextView_Undo.cc)
   void addUndoMethods();
   plist::value undoOrRedo(bool undo, bool run);
-  void userDefaultsDidChange(plist::value const& note);
-  void applyOptionsToView();
-  void attachView();
-  void detachView();
-  void openFolded();
-  void publishAll();
-  void publishPosition();
-  void showChangesFromOutside();
 
+  // Find and replace (WynTextView_Find.cc)
   /// After a replacement that redo is to bring back together with the match.
   search::find_answer findMatch(bool backward, bool is_part_of_change = false);
   search::find_answer replaceSelection();
@@ -461,6 +472,8 @@ class WynTextView : public platform::responder,
   void tellOfFault(std::string const& fault);
   plist::value replaceAllIn(char const* scope);
   std::string performFind(std::string const& action, plist::value const& options, bool& found);
+
+  // Incremental search (WynTextView_ISearch.cc)
   bool selectMatch(std::u16string const& string, bool backward, bool further);
   bool selectIncrementalMatch(bool backward, bool further);
 
@@ -557,10 +570,8 @@ class WynTextView : public platform::responder,
   void selectionDidChange();
   void publishPrimarySelection();
   void publishSelectionCount();
-  void abandonMarkedText();
-  void insertElsewhere(text::pos at, std::u16string_view text);
 
-  plist::value performAction(actions::action_map::action const& action);
+  // Brackets (WynTextView_pairs.cc)
   bool dependsOnScope(text::char_t typed) const;
   void flashPartner();
   void followMarks();
