@@ -1,7 +1,6 @@
 // What lines say about folding, and which of them pair.
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "text/tab_width.h"
 #include "text/views/folding_filter.h"
@@ -17,24 +16,21 @@ constexpr size_t farthest_next = 1000;  // blank and ignored lines
 constexpr size_t most_open_looked_at = 1000;
 constexpr size_t longest_line = 4096;  // units; brackets after these don't count
 
-// A mark: the line's type in two bits, and these.
-constexpr uint32_t type_mask = 3, kind_shift = 2, kind_mask = 3;
-constexpr uint32_t is_continued_bit = 1 << 4;  // it doesn't begin a statement
-constexpr uint32_t leaves_open_bit = 1 << 5;   // the next line continues it
-// Braces that are open at the line's end, or were before it, beside the block of a start or stop.
-constexpr uint32_t opens_bit = 1 << 6, closes_bit = 1 << 7;
-constexpr unsigned count_shift = 8, indent_shift = 12;
-constexpr uint32_t most_braces = 15;
-constexpr size_t widest_indent = (1u << 20) - 2;
+// What a mark has room for.
+constexpr int most_braces = 15;
+constexpr size_t widest_indent = (1u << 20) - 1;
 
-constexpr uint32_t brace = 1;
+constexpr uint32_t unknown_depth = 0xFFFFFFFF;
+
+// Kinds of brackets; 0 is none.
+constexpr uint32_t brace = 1, square_bracket = 2, parenthesis = 3;
 
 uint32_t kind_of_closing(char_t unit) {
-  return unit == u'}' ? brace : unit == u']' ? 2 : unit == u')' ? 3 : 0;
+  return unit == u'}' ? brace : unit == u']' ? square_bracket : unit == u')' ? parenthesis : 0;
 }
 
 uint32_t kind_of_opening(char_t unit) {
-  return unit == u'{' ? brace : unit == u'[' ? 2 : unit == u'(' ? 3 : 0;
+  return unit == u'{' ? brace : unit == u'[' ? square_bracket : unit == u'(' ? parenthesis : 0;
 }
 
 unit_view without_blanks(unit_view line) {
@@ -86,7 +82,7 @@ uint32_t kind_of_start(unit_view line) {
   return kind;
 }
 
-/// Whether the line goes on with what the one before has begun, as far as its own units tell.
+/// Whether the line continues what the previous one began, as far as its own units show.
 bool is_continuation(unit_view line) {
   if (line.empty()) return false;
   if (unit_view(u":,?&|+").find(line.front()) != line.npos) return true;
@@ -162,66 +158,63 @@ view::folding_filter::line_type view::folding_filter::parse_line(size_t line) co
 }
 
 view::folding_filter::mark view::folding_filter::parsed(size_t line) const {
-  line_type const type = parse_line(line);
   unit_view const units = units_of(line), text = without_blanks(units);
-  uint32_t kind = 0;
-  if (type == line_type::start) kind = kind_of_start(text);
-  if (type == line_type::stop) kind = text.empty() ? 0 : kind_of_closing(text.front());
+  mark result;
+  result.is_known = true;
+  result.type = parse_line(line);
+  result.leaves_open = leaves_open(text);
+  if (result.type == line_type::start) result.kind = kind_of_start(text);
+  if (result.type == line_type::stop && !text.empty()) result.kind = kind_of_closing(text.front());
   int braces = open_braces(text);
-  if (kind == brace) braces -= type == line_type::start ? 1 : -1;
-  mark result = static_cast<mark>(type);
-  if (leaves_open(text)) result |= leaves_open_bit;
-  if (type == line_type::none && braces == 0) return result;
-  if (type == line_type::none) kind = brace;
-  if (is_continuation(text)) result |= is_continued_bit;
-  if (braces != 0) result |= braces > 0 ? opens_bit : closes_bit;
-  result |= std::min(static_cast<uint32_t>(std::abs(braces)), most_braces) << count_shift;
+  if (result.kind == brace) braces -= result.type == line_type::start ? 1 : -1;
+  result.braces = std::clamp(braces, -most_braces, most_braces);
+  if (!says_something(result)) return result;
+  if (result.type == line_type::none) result.kind = brace;
+  result.is_continued = is_continuation(text);
   size_t const indent = indent_width(units, tab_stops(view_.tab_size));
-  return result | kind << kind_shift |
-         static_cast<mark>(std::min(indent, widest_indent)) << indent_shift;
+  result.indent = static_cast<uint32_t>(std::min(indent, widest_indent));
+  return result;
+}
+
+/// Whether a line may be or change the end of a block; one that isn't known may.
+bool view::folding_filter::says_something(mark const& known) {
+  return !known.is_known || known.type != line_type::none || known.braces != 0;
 }
 
 /// What a line says, folded or not. Lines are asked when they are needed: those on screen, and
 /// those up to where their partners are.
 view::folding_filter::mark view::folding_filter::mark_at(size_t line) const {
-  if (!has_patterns()) return static_cast<mark>(line_type::none);
-  if (marks_.empty()) marks_.assign(view_.storage->lines(), unknown);
+  if (!has_patterns()) return mark{.is_known = true};
+  if (marks_.empty()) marks_.assign(view_.storage->lines(), mark());
   mark& known = marks_[line];
-  if (known == unknown) known = parsed(line);
+  if (!known.is_known) known = parsed(line);
   return known;
 }
 
 std::optional<view::folding_filter::marker_t> view::folding_filter::marker(size_t line) const {
   mark const known = mark_at(line);
-  auto const type = static_cast<line_type>(known & type_mask);
-  if (type == line_type::none) return std::nullopt;
-  return marker_t{static_cast<uint32_t>(line), type, known >> indent_shift};
+  if (known.type == line_type::none) return std::nullopt;
+  return marker_t{static_cast<uint32_t>(line), known.type, known.indent};
 }
 
 view::folding_filter::opening view::folding_filter::opening_at(size_t line) const {
   mark const known = mark_at(line);
-  bool const is_continued =
-      (known & is_continued_bit) != 0 || (line != 0 && (mark_at(line - 1) & leaves_open_bit) != 0);
-  bool const is_block = static_cast<line_type>(known & type_mask) != line_type::none;
-  return {line, known >> indent_shift, known >> kind_shift & kind_mask, is_continued, is_block};
+  bool const is_continued = known.is_continued || (line != 0 && mark_at(line - 1).leaves_open);
+  bool const is_block = known.type != line_type::none;
+  return {line, known.indent, known.kind, is_continued, is_block};
 }
 
 std::optional<view::folding_filter::opening> view::folding_filter::step(nesting& open,
                                                                         size_t line) const {
   mark const known = mark_at(line);
-  auto const type = static_cast<line_type>(known & type_mask);
-  uint32_t const braces = known >> count_shift & most_braces;
   std::optional<opening> found;
-  if (type == line_type::stop) found = open.close(opening_at(line));
-  if ((known & opens_bit) != 0) {
-    opening const inside{line, known >> indent_shift, brace, false, false};
-    for (uint32_t n = 0; n < braces; ++n) open.open(inside);
-  } else {
-    for (uint32_t n = 0; n < braces; ++n) open.close_brace();
-    // What begins so far to the right is aligned with what the block is an argument of.
-    if (type == line_type::stop && !found && braces != 0) open.close_brace();
-  }
-  if (type == line_type::start) open.open(opening_at(line));
+  if (known.type == line_type::stop) found = open.close(opening_at(line));
+  opening const inside{line, known.indent, brace, false, false};
+  for (int n = 0; n < known.braces; ++n) open.open(inside);
+  for (int n = 0; n > known.braces; --n) open.close_brace();
+  // What begins so far to the right is aligned with what the block is an argument of.
+  if (known.type == line_type::stop && !found && known.braces < 0) open.close_brace();
+  if (known.type == line_type::start) open.open(opening_at(line));
   return found && found->is_block ? found : std::nullopt;
 }
 
@@ -235,23 +228,24 @@ void view::folding_filter::forget_marks(size_t line, size_t lines_after, size_t 
     if (lines_after != 0) known.erase(at + 1, at + 1 + offset(lines_after));
     if (added != 0) known.insert(known.begin() + offset(line + 1), added, nothing);
   };
-  replace(depths_, uint32_t{unknown});
+  replace(depths_, uint32_t{unknown_depth});
   if (marks_.empty()) return;
-  auto const says_something = [](mark known) {
-    return (known & ~leaves_open_bit) != static_cast<mark>(line_type::none);
+  auto const but_for_the_next_line = [](mark known) {
+    known.leaves_open = false;
+    return known;
   };
   auto const at = marks_.begin() + offset(line);
   bool keeps_pairs = line + lines_after < paired_ && added <= most_lines_looked_at &&
                      std::none_of(at + 1, at + 1 + offset(lines_after), says_something);
   bool const is_paired = line < paired_;
   mark const former = *at;
-  replace(marks_, unknown);
+  replace(marks_, mark());
   if (!is_paired) {
     // The first line that isn't paired yet may continue another one now, which is seen then.
     return;
   }
   mark const now = mark_at(line);
-  keeps_pairs = keeps_pairs && (now & ~leaves_open_bit) == (former & ~leaves_open_bit);
+  keeps_pairs = keeps_pairs && but_for_the_next_line(now) == but_for_the_next_line(former);
   for (size_t n = 1; keeps_pairs && n <= added; ++n)
     keeps_pairs = !says_something(mark_at(line + n));
   // What the next line continues has changed.
@@ -295,7 +289,7 @@ std::optional<size_t> view::folding_filter::stop_of(size_t start, size_t end, bo
   is_open = false;
   for (size_t line = start + 1; line < end; ++line) {
     if (is_end_of_fold(line)) continue;
-    bool const is_stop = static_cast<line_type>(mark_at(line) & type_mask) == line_type::stop;
+    bool const is_stop = mark_at(line).type == line_type::stop;
     auto const found = step(open, line);
     if (found && found->line == start) return line;
     if (open.empty()) return std::nullopt;
@@ -372,9 +366,9 @@ size_t view::folding_filter::level_of(size_t line) const {
 /// How far a line is indented, as a number that only compares; 0 if it doesn't count. An item of a
 /// list, "- a", is in the line above that stands as far to the left.
 size_t view::folding_filter::depth(size_t line) const {
-  if (depths_.empty()) depths_.assign(view_.storage->lines(), uint32_t{unknown});
+  if (depths_.empty()) depths_.assign(view_.storage->lines(), uint32_t{unknown_depth});
   uint32_t& known = depths_[line];
-  if (known != unknown) return known;
+  if (known != unknown_depth) return known;
   unit_view const units = units_of(line), text = without_blanks(units);
   bool const counts =
       !text.empty() && !oniguruma::find(units.data(), 0, static_cast<std::ptrdiff_t>(units.size()),
@@ -388,8 +382,7 @@ size_t view::folding_filter::depth(size_t line) const {
 /// As "):" does, which ends the head of a function whose body follows.
 bool view::folding_filter::closes_bracket(size_t line) const {
   mark const known = mark_at(line);
-  return static_cast<line_type>(known & type_mask) == line_type::stop &&
-         (known >> kind_shift & kind_mask) != 0;
+  return known.type == line_type::stop && known.kind != 0;
 }
 
 bool view::folding_filter::begins_indented(size_t line) const {
@@ -403,8 +396,8 @@ bool view::folding_filter::begins_indented(size_t line) const {
 /// Whether what the marked block that begins on `line` holds has no blocks by indentation: brackets
 /// and strings, but not regions of comments or the documents of a stream.
 bool view::folding_filter::hides_indentation(size_t line) const {
-  return static_cast<line_type>(mark_at(line) & type_mask) == line_type::start &&
-         depth(line) != 0 && !units_of(line).starts_with(u"--");
+  return mark_at(line).type == line_type::start && depth(line) != 0 &&
+         !units_of(line).starts_with(u"--");
 }
 
 /// The last line of the block that begins on `line`; `line` without one. What stands between the
@@ -439,7 +432,7 @@ std::optional<view::folding_filter::folding_t> view::folding_filter::indented_ar
     least = found;
     if (!begins_indented(at) || is_end_of_fold(at)) continue;
     bool is_open = false;
-    bool const is_start = static_cast<line_type>(mark_at(at) & type_mask) == line_type::start;
+    bool const is_start = mark_at(at).type == line_type::start;
     if (is_start && stop_of(at, view_.storage->lines(), is_open)) continue;
     size_t const last = end_of_indented(at);
     if (last >= line && last > at)

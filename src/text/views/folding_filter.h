@@ -151,9 +151,21 @@ class view::folding_filter : public switchable_filter {
   std::vector<touched_fold> touched;
 
  private:
-  /// What is remembered of a line, packed (see folding_blocks.cc), or `unknown`.
-  using mark = uint32_t;
-  static constexpr mark unknown = 0xFFFFFFFF;
+  /// What a line says, in four bytes, since a long text has many lines.
+  struct mark {
+    bool is_known : 1 = false;
+    bool is_continued : 1 = false;  ///< it doesn't begin a statement
+    bool leaves_open : 1 = false;   ///< the next line continues it
+    line_type type : 2 = line_type::none;
+    uint32_t kind : 2 = 0;  ///< of the bracket that a start ends with, or a stop begins with
+    /// Those that it leaves open, or less than none where it closes more than it opens; without
+    /// that of a start or stop.
+    int32_t braces : 5 = 0;
+    uint32_t indent : 20 = 0;  ///< in columns
+
+    bool operator==(mark const&) const = default;
+  };
+  static_assert(sizeof(mark) == 4);
 
   /// A line that opens something, or closes it.
   struct opening {
@@ -187,6 +199,7 @@ class view::folding_filter : public switchable_filter {
   text::pos end_of(size_t line) const { return {line, units_of(line).size()}; }
   mark mark_at(size_t line) const;
   mark parsed(size_t line) const;
+  static bool says_something(mark const& known);
   std::optional<marker_t> marker(size_t line) const;
   opening opening_at(size_t line) const;
   /// The start of the block that `line` closes.
