@@ -8,8 +8,8 @@
 #include "platform/entry_walk.h"
 
 #include <QAction>
+#include <QBoxLayout>
 #include <QCheckBox>
-#include <QGridLayout>
 #include <QInputMethodEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -21,6 +21,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <initializer_list>
 
 namespace widgets {
 namespace {
@@ -147,6 +148,48 @@ class FindBar::ElidedLabel final : public QLabel {
   QString text_;
 };
 
+// Two groups of widgets beside each other or, where the window is too narrow for that, the second
+// one below the first.
+class FindBar::Row final : public QWidget {
+ public:
+  using widgets = std::initializer_list<QWidget*>;
+  Row(widgets first, widgets second, int space_within)
+      : first_(group(first, space_within)), second_(group(second, space_within)) {
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    box_->setContentsMargins({});
+    box_->setSpacing(space);
+    box_->addWidget(first_, 1);
+    box_->addWidget(second_);
+  }
+  QWidget& second() const { return *second_; }
+  void let_second_grow() {
+    box_->setStretchFactor(first_, 0);
+    box_->setStretchFactor(second_, 1);
+  }
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override {
+    QWidget::resizeEvent(event);
+    int const needed = first_->sizeHint().width() + space +
+                       std::max(second_->minimumWidth(), second_->minimumSizeHint().width());
+    box_->setDirection(width() < needed ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+  }
+
+ private:
+  static QWidget* group(widgets parts, int space_within) {
+    auto* const result = new QWidget;
+    auto* const row = new QHBoxLayout(result);
+    row->setContentsMargins({});
+    row->setSpacing(space_within);
+    for (QWidget* const part : parts) row->addWidget(part);
+    return result;
+  }
+
+  QWidget* const first_;
+  QWidget* const second_;
+  QBoxLayout* const box_ = new QBoxLayout(QBoxLayout::LeftToRight, this);
+};
+
 class FindBar::Bar final : public QWidget {
  public:
   explicit Bar(FindBar& owner) : owner_(owner) {
@@ -211,32 +254,23 @@ FindBar::~FindBar() {
 void FindBar::make_bar() {
   bar_ = new Bar(*this);
   mnemonics_.clear();
-  replace_parts_.clear();
-  auto* const grid = new QGridLayout(bar_);
-  grid->setContentsMargins(space, space, space, space);
-  grid->setSpacing(space);
   find_ = new Field(QStringLiteral("Find"));
   replace_ = new Field(QStringLiteral("Replace"));
-  auto* const find_label = new QLabel(QStringLiteral("&Find:"));
-  auto* const replace_label = new QLabel(QStringLiteral("Re&place:"));
-  add_mnemonic(find_label->text(), find_);
-  add_mnemonic(replace_label->text(), replace_);
   preview_ = new ElidedLabel;
-  grid->addWidget(find_label, 0, 0, Qt::AlignRight);
-  grid->addWidget(find_, 0, 1);
-  grid->addLayout(make_find_row(), 0, 2);
-  grid->addWidget(replace_label, 1, 0, Qt::AlignRight);
-  grid->addWidget(replace_, 1, 1);
-  grid->addLayout(make_replace_row(), 1, 2);
-  grid->addWidget(preview_, 2, 1, 1, 2);
-  grid->addLayout(make_options_row(), 3, 0, 1, 3);
-  grid->setColumnStretch(1, 1);
-  for (QWidget* const part :
-       {static_cast<QWidget*>(replace_label), static_cast<QWidget*>(replace_)})
-    replace_parts_.push_back(part);
-  // A label that is its field's buddy takes the mnemonic for the whole window.
-  find_label->setBuddy(find_);
-  replace_label->setBuddy(replace_);
+  Row* const find_row = make_find_row();
+  Row* const replace_row = make_replace_row();
+  replace_row_ = replace_row;
+  // The fields stand one above the other, and so do the buttons beside them.
+  int const wide = std::max(find_row->second().minimumSizeHint().width(),
+                            replace_row->second().minimumSizeHint().width());
+  for (Row const* const row : {find_row, replace_row}) row->second().setMinimumWidth(wide);
+  auto* const column = new QVBoxLayout(bar_);
+  column->setContentsMargins(space, space, space, space);
+  column->setSpacing(space);
+  for (QWidget* const row :
+       {static_cast<QWidget*>(find_row), replace_row_, static_cast<QWidget*>(preview_),
+        static_cast<QWidget*>(make_options_row())})
+    column->addWidget(row);
   for (Field* const field : {find_, replace_})
     QObject::connect(field, &QLineEdit::textChanged, bar_.data(), [this] { changed(); });
   QWidget::setTabOrder(find_, replace_);
@@ -246,15 +280,23 @@ void FindBar::make_bar() {
   set_histories(find_history_, replace_history_);
 }
 
-QLayout* FindBar::make_find_row() {
-  auto* const row = new QHBoxLayout;
+// A label that is its field's buddy takes the mnemonic for the whole window.
+QLabel* FindBar::make_label(char const* title, QLineEdit* field) {
+  auto* const label = new QLabel(QLatin1String(title));
+  label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  label->setMinimumWidth(QLabel(QStringLiteral("Re&place:")).sizeHint().width());
+  label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+  label->setBuddy(field);
+  add_mnemonic(label->text(), field);
+  return label;
+}
+
+FindBar::Row* FindBar::make_find_row() {
   count_ = new QLabel;
   count_->setTextFormat(Qt::PlainText);
   count_->setMinimumWidth(
       count_->fontMetrics().horizontalAdvance(QStringLiteral("88,888 of 88,888")));
-  row->addWidget(count_, 1);
-  row->addWidget(make_button("Pre&vious", find_previous, "Shift+Return"));
-  row->addWidget(make_button("Nex&t", find_next, "Return; Ctrl+Return closes the bar, too"));
+  count_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   auto* const close_button = new QToolButton;
   close_button->setText(QStringLiteral("\u2715"));
   close_button->setAutoRaise(true);
@@ -262,42 +304,38 @@ QLayout* FindBar::make_find_row() {
   close_button->setAccessibleName(QStringLiteral("Close"));
   close_button->setToolTip(QStringLiteral("Close (Escape)"));
   QObject::connect(close_button, &QToolButton::clicked, bar_.data(), [this] { close(); });
-  row->addWidget(close_button);
-  return row;
+  QWidget* const previous = make_button("Pre&vious", find_previous, "Shift+Return");
+  QWidget* const next = make_button("Nex&t", find_next, "Return; Ctrl+Return closes the bar, too");
+  return new Row({make_label("&Find:", find_), find_}, {count_, previous, next, close_button},
+                 space);
 }
 
-QLayout* FindBar::make_replace_row() {
-  auto* const row = new QHBoxLayout;
-  for (QAbstractButton* const button :
-       {make_button("&Replace", replace, "Replace the selected match"),
-        make_button("Replace && Fi&nd", replace_and_find,
-                    "Return in the field: replace the "
-                    "selected match and find the next one"),
-        make_button("Replace &All", replace_all,
-                    "With Alt or Ctrl held at the click, in what is selected now only")}) {
-    row->addWidget(button, 1);
-    replace_parts_.push_back(button);
-  }
-  return row;
+FindBar::Row* FindBar::make_replace_row() {
+  QWidget* const one = make_button("&Replace", replace, "Replace the selected match");
+  QWidget* const further = make_button("Replace && Fi&nd", replace_and_find,
+                                       "Return in the field: replace the selected match and find "
+                                       "the next one");
+  QWidget* const all = make_button("Replace &All", replace_all,
+                                   "With Alt or Ctrl held at the click, in what you have selected");
+  for (QWidget* const button : {one, further, all})
+    button->setSizePolicy(QSizePolicy::MinimumExpanding, QSizePolicy::Fixed);
+  return new Row({make_label("Re&place:", replace_), replace_}, {one, further, all}, space);
 }
 
-QLayout* FindBar::make_options_row() {
-  auto* const row = new QHBoxLayout;
-  row->setSpacing(2 * space);
+FindBar::Row* FindBar::make_options_row() {
   regular_expression_ = make_option("Rege&x", "Regular expression");
   ignore_case_ = make_option("&Ignore case", "Capital and small letters are the same");
   whole_words_ = make_option("W&hole words", "What no letter, digit or underscore continues");
-  in_selection_ =
-      make_option("In &selection", "Search only in what is selected when this is ticked");
+  in_selection_ = make_option("In &selection", "Search only in what you have selected");
   wrap_around_ = make_option("&Wrap", "Continue at the other end of the text");
-  for (QCheckBox* const box :
-       {regular_expression_, ignore_case_, whole_words_, in_selection_, wrap_around_})
-    row->addWidget(box);
   status_ = new ElidedLabel;
-  row->addWidget(status_, 1);
-  row->addWidget(make_button("C&ount", count,
-                             "Count all matches, however long that takes. With Alt or Ctrl held at "
-                             "the click, in what is selected now only"));
+  QWidget* const counting =
+      make_button("C&ount", count,
+                  "Count all matches, however long that takes. With Alt or Ctrl held at the click, "
+                  "in what you have selected");
+  auto* const row = new Row({regular_expression_, ignore_case_, whole_words_},
+                            {in_selection_, wrap_around_, status_, counting}, 2 * space);
+  row->let_second_grow();
   return row;
 }
 
@@ -393,7 +431,7 @@ void FindBar::changed() {
 
 void FindBar::show_replacing(bool replaces) {
   replaces_ = replaces;
-  for (QWidget* const part : replace_parts_) part->setVisible(replaces);
+  replace_row_->setVisible(replaces);
   preview_->setVisible(replaces && regular_expression_->isChecked());
 }
 

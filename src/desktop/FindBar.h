@@ -3,7 +3,6 @@
 #include "platform/find_panel.h"
 
 #include <QKeyEvent>
-#include <QLayout>
 #include <QPointer>
 
 #include <string>
@@ -58,11 +57,13 @@ class FindBar final : public platform::find_panel {
   class Button;
   class Field;
   class ElidedLabel;
+  class Row;
 
   void make_bar();
-  QLayout* make_find_row();
-  QLayout* make_replace_row();
-  QLayout* make_options_row();
+  Row* make_find_row();
+  Row* make_replace_row();
+  Row* make_options_row();
+  QLabel* make_label(char const* title, QLineEdit* field);
   QCheckBox* make_option(char const* title, char const* tip);
   QAbstractButton* make_button(char const* title, platform::find_action action, char const* tip);
   void add_mnemonic(QString const& text, QWidget* widget);
@@ -86,7 +87,7 @@ class FindBar final : public platform::find_panel {
   QLabel* count_ = nullptr;
   ElidedLabel* status_ = nullptr;
   ElidedLabel* preview_ = nullptr;
-  std::vector<QWidget*> replace_parts_;  // shown while one replaces
+  QWidget* replace_row_ = nullptr;  // shown while one replaces
   std::vector<std::pair<QChar, QWidget*>> mnemonics_;
   platform::find_panel_values values_;  // until there is a bar
   std::vector<std::string> find_history_, replace_history_;
