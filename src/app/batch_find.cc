@@ -2,12 +2,9 @@
 
 #include "app/AppDelegate.h"
 #include "app/batch_output.h"
-#include "app/batch_scopes.h"
 #include "documents/WynDocument.h"
 #include "documents/file_text.h"
 #include "documents/replace_text.h"
-#include "grammar/scope_selector.h"
-#include "grammar/tokenize_filter.h"
 #include "headless/headless_desktop.h"
 #include "path/file_system.h"
 #include "path/path.h"
@@ -16,7 +13,6 @@
 #include "projects/project_file.h"
 #include "regex/oniguruma_format.h"
 #include "search/project_search.h"
-#include "windows/WynDocumentController.h"
 #include "windows/WynProjectController.h"
 
 #include <sys/stat.h>
@@ -139,7 +135,14 @@ class find_run {
                    .ignore_case = find_.ignore_case,
                    .rules = WynProjectController::textFileRules(),
                    .supplementary_pairs = documents::preserves_supplementary_characters(),
-                   .only_count = (find_.count && find_.scope.empty()) || find_.replacement};
+                   .only_count = find_.count || find_.replacement};
+    if (std::string fault; !find_.scope.empty()) {
+      file_query_.scopes = search::scope_filter::make(find_.scope, fault);
+      if (file_query_.scopes == nullptr) {
+        complain("--scope", fault);
+        return false;
+      }
+    }
     request.query = file_query_;
     request.roots = roots_;
     request.files = files();
@@ -161,8 +164,6 @@ class find_run {
       complain(shown(result.path), "the search took too long; there may be more matches");
     if (result.count == 0) return;
     if (find_.replacement) return replace(result.path);
-    if (!find_.scope.empty()) keep_those_in_scope(result, open(result.path));
-    if (result.count == 0) return;
     has_found_ = true;
     if (find_.count)
       output_.put(as_printed(result.path) + end_of_name() + std::to_string(result.count) + "\n");
@@ -190,43 +191,14 @@ class find_run {
              alerts.empty() ? "cannot be used" : alerts.back().title + ": " + alerts.back().text);
   }
 
-  // By the scopes at their first units.
-  void keep_those_in_scope(search::file_result& result,
-                           std::shared_ptr<WynDocument> const& document) {
-    std::vector<search::file_match> const matches = std::exchange(result.matches, {});
-    result.count = 0;
-    if (!document || matches.empty()) return;
-    WynDocumentController controller(app_);
-    controller.setTextDocument(document);
-    controller.showWindow();
-    WynTextView const& view = controller.textView();
-    wait_for_scopes(
-        view, std::min<std::size_t>(matches.back().first.line, document->storage().lines() - 1));
-    auto const* const tokenizer = view.tokenizer();
-    text::storage& storage = document->storage();
-    std::lock_guard const lock(storage.mutex);
-    for (search::file_match const& match : matches) {
-      if (match.first.line >= storage.lines()) break;  // it has been changed meanwhile
-      std::vector<std::string> scopes;
-      if (tokenizer && tokenizer->paths())
-        for (auto const& token : tokenizer->tokens(match.first.line)) {
-          if (token.column > match.first.column) break;
-          scopes = tokenizer->paths()->scopes(token.path);
-        }
-      if (scope::new_score_for_selector(find_.scope, scopes) >= 0) result.matches.push_back(match);
-    }
-    result.count = result.matches.size();
-  }
-
   // Looked for once more in the document, as the file may have been changed meanwhile.
   void replace(std::string const& path) {
     auto const document = open(path);
     if (!document) return;
-    std::u16string const text = text_of(document->storage());
+    std::u16string const text = document->storage().whole_text();
     file_query_.only_count = false;
     search::file_searcher searcher(file_query_, never_);
     search::file_result result = searcher.search(path, text);
-    if (!find_.scope.empty()) keep_those_in_scope(result, document);
     if (result.matches.empty()) return;
     auto const replaced =
         search::with_replacements(text, result.matches, *find_.replacement, !find_.is_text);
@@ -239,15 +211,6 @@ class find_run {
     }
     output_.put(as_printed(path) + end_of_name() + " " + std::to_string(result.matches.size()) +
                 " replaced\n");
-  }
-
-  static std::u16string text_of(text::storage const& storage) {
-    std::u16string result;
-    for (std::size_t line = 0; line < storage.lines(); ++line) {
-      if (line != 0) result += u'\n';
-      result += storage.line_units(line);
-    }
-    return result;
   }
 
   batch_options const& options_;

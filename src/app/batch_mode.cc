@@ -138,7 +138,7 @@ class batch_run {
 
   // A file for which memory runs out costs only itself.
   void process(std::string const& name, std::shared_ptr<WynDocument> const& document) try {
-    std::u16string const before = options_.diff ? text_of(document->storage()) : u"";
+    std::u16string const before = options_.diff ? document->storage().whole_text() : u"";
     WynDocumentController controller(app_);
     controller.setTextDocument(document);
     controller.showWindow();
@@ -249,18 +249,9 @@ class batch_run {
     return is_told ? last_alert_text() : "it makes several files, which windows show";
   }
 
-  static std::u16string text_of(text::storage const& storage) {
-    std::u16string result;
-    for (std::size_t line = 0; line < storage.lines(); ++line) {
-      if (line != 0) result += u'\n';
-      result += storage.line_units(line);
-    }
-    return result;
-  }
-
   void print_diff(std::string const& name, std::u16string const& before,
                   text::storage const& storage) {
-    std::u16string const after = text_of(storage);
+    std::u16string const after = storage.whole_text();
     auto const old_lines = documents::whole_lines_of(before),
                new_lines = documents::whole_lines_of(after);
     auto const changes = documents::differing_lines(old_lines, new_lines);

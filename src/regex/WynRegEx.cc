@@ -1,6 +1,7 @@
 #include "regex/WynRegEx.h"
 
 #include <map>
+#include <mutex>
 #include <stdexcept>
 
 #include "platform/log.h"
@@ -31,6 +32,8 @@ compiled compile(std::string_view pattern, std::string& fault) {
 /// Each pattern is compiled once in a process, and its fault is reported to the first caller.
 compiled const& known(std::string_view pattern, std::string& fault) {
   static std::map<std::string, compiled, std::less<>> RegExCache;
+  static std::mutex mutex;
+  std::lock_guard const lock(mutex);
   auto entry = RegExCache.find(pattern);
   if (entry == RegExCache.end())
     entry =

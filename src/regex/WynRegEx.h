@@ -7,7 +7,7 @@
 
 namespace regex {
 
-/// Two conveniences on UTF-8 strings. Main thread only.
+/// Conveniences on UTF-8 strings. Any thread.
 
 /// Whether the pattern (Oniguruma's) matches anywhere in the string; a "!" before it negates.
 /// An empty pattern answers false. One that does not compile, which is told once on standard error,

@@ -9,9 +9,11 @@
 #include <vector>
 
 #include "encoding/charset.h"
+#include "path/file_version.h"
 #include "projects/text_files.h"
 #include "regex/oniguruma.h"
 #include "search/byte_search.h"
+#include "search/scope_filter.h"
 #include "search/text_query.h"
 #include "text/pos.h"
 
@@ -22,7 +24,8 @@ struct file_match {
   text::pos first, last;
   std::uint32_t offset = 0;  ///< of the first unit, in the whole text
   std::uint32_t length = 0;
-  std::string line;  ///< the first line of it, as UTF-8
+  std::string line;             ///< the first line of it, or the part around it, as UTF-8
+  std::uint32_t line_from = 0;  ///< the column at which `line` begins
   oniguruma::captures_t captures;
 };
 
@@ -34,6 +37,8 @@ struct file_result {
   std::string reason;  ///< why it is unreadable
   std::vector<file_match> matches;
   std::size_t count = 0;  ///< of matches, also when they aren't kept
+  /// Of the file that was read, as of before the reading; nothing of a text in memory.
+  std::optional<path::file_version> version;
 };
 
 /// What is looked for in files, and which of them count as text.
@@ -43,6 +48,11 @@ struct file_query {
   projects::text_file_rules rules;
   bool supplementary_pairs = true;  ///< as documents are read
   bool only_count = false;          ///< matches are counted and not kept
+  bool whole_words = false;
+  /// How much of a line is kept with a match at either side of it, about, in bytes; 0 for all.
+  std::size_t excerpt = 0;
+  /// Null if matches count whatever their scopes are.
+  std::shared_ptr<scope_filter const> scopes = {};
 };
 
 /// Searches files as if they were opened as documents, without opening them. Most files are done by
@@ -67,25 +77,29 @@ class file_searcher {
   bool read(std::string const& path, file_result& result);
   void search_bytes(file_result& result);
   void search_utf8(std::string_view bytes, bool is_ascii, file_result& result);
-  void search_line(std::string_view line, bool is_first, file_result& result);
+  void search_line(std::string_view line, text::pos place, std::uint32_t offset,
+                   file_result& result);
   void search_units(text::unit_view units, file_result& result);
-  void decode(encoding::charset_t charset, file_result& result);
+  void search_part(text::unit_view units, std::size_t first, std::size_t last, text::pos place,
+                   std::int64_t shift, file_result& result);
+  std::u16string_view decode(encoding::charset_t charset,
+                             std::unique_ptr<char16_t[]>& memory) const;
+  void keep_those_in_scope(text::unit_view units, file_result& result) const;
   bool is_over(search_end end, file_result& result) const;
 
   file_query const query_;
   text_query const compiled_;
   std::atomic<bool> const& cancelled_;
   std::optional<byte_search> needed_;  // what every match holds; ASCII, or the whole text sought
-  bool is_whole_ = false;              // and it is the whole match
-  bool stays_in_line_ = false;         // and a match by the pattern can be told from its line
+  bool needed_is_ascii_ = false;
+  bool is_whole_ = false;       // and it is the whole match
+  bool stays_in_line_ = false;  // and a match can be told from its line
+  bool keeps_matches_ = true;
 
   // Of the present file.
   std::chrono::steady_clock::time_point deadline_;
   std::unique_ptr<char[]> bytes_;
   std::size_t size_ = 0, capacity_ = 0;
-  // Where `place_` has been counted up to.
-  text::pos place_;
-  std::uint32_t line_offset_ = 0;
 };
 
 /// The text in which these matches, which come in order, have been replaced: by the literal text,

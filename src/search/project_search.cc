@@ -98,9 +98,9 @@ class parallel_search {
     }
     batch found;
     for (std::string const& path : paths) {
-      auto const open = request_.unsaved.find(path);
-      found.results.push_back(open == request_.unsaved.end() ? searcher.search(path)
-                                                             : searcher.search(path, open->second));
+      auto const open = request_.open.find(path);
+      found.results.push_back(open == request_.open.end() ? searcher.search(path)
+                                                          : searcher.search(path, open->second));
     }
     std::lock_guard const lock(mutex_);
     batches_[number - first_].results = std::move(found.results);

@@ -16,8 +16,8 @@ struct project_search_request {
   file_query query;
   std::vector<projects::walk_root> roots;
   projects::walk_options files;
-  /// Files that are open and have been changed are searched as they stand there.
-  std::map<std::string, std::u16string> unsaved;
+  /// Files that are open are searched as they stand there. The texts are borrowed.
+  std::map<std::string, text::unit_view> open;
   unsigned threads = 0;  ///< 0 for one a processor
 };
 

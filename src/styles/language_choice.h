@@ -8,7 +8,7 @@
 /// Which language a file is in, by its name and its first line, and what the user has taught about
 /// that. Languages are dictionaries of grammars, told apart by their `uuid`. Bindings are the
 /// user's: dictionaries of `language` (a uuid), `name`, `fileTypes` and perhaps `firstLineMatch`.
-/// Main thread only.
+/// Any thread.
 namespace language_choice {
 
 /// The length of the longest end of `path` that is of one of the file types, 0 for none. What

@@ -67,6 +67,16 @@ std::ptrdiff_t at(size_t index) {
 
 }  // namespace
 
+std::u16string storage_detail::whole_text() const {
+  std::u16string result;
+  result.reserve(length_);
+  for (size_t line = 0; line < data.size(); ++line) {
+    if (line != 0) result += u'\n';
+    result += line_units(line);
+  }
+  return result;
+}
+
 storage_detail::observer_id storage_detail::add_observer(storage_observer* observer) {
   return observers.insert(observers.end(), observer);
 }

@@ -3,6 +3,7 @@
 #include <limits>
 #include <list>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "text/shared_buffer.h"
@@ -44,6 +45,8 @@ class storage_detail {
   char_t const* end(size_t line) const { return begin(line) + size(line); }
   char_t const* line_iter(text::iterator const& it) const { return begin(it.line) + it.column; }
   unit_view line_units(size_t line) const { return {begin(line), size(line)}; }
+  /// A copy of the whole text.
+  std::u16string whole_text() const;
 
   /// Observers are notified in the order in which they were added. The id is the list entry, which
   /// its holder may erase from `observers` directly.

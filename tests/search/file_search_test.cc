@@ -29,11 +29,13 @@ strings printed(search::file_result const& result) {
   return lines;
 }
 
-search::file_query query_of(std::string const& sought, bool is_pattern, bool ignore_case) {
+search::file_query query_of(std::string const& sought, bool is_pattern, bool ignore_case,
+                            bool whole_words = false) {
   return {.sought = unicode::to_utf16(sought),
           .regular_expression = is_pattern,
           .ignore_case = ignore_case,
-          .rules = {.text = {"t"}, .binary = {"b"}, .languages = {}}};
+          .rules = {.text = {"t"}, .binary = {"b"}, .languages = {}},
+          .whole_words = whole_words};
 }
 
 struct sought {
@@ -56,7 +58,7 @@ TEST(file_search, by_bytes_finds_what_a_document_holds) {
                           "B\n",    "a.b",    "\t",         " ",  "aaa",  "abb", "\n", "\u00e9",
                           "\u212a", "\u017f", "\U0001F600", "\r", "\xff", "]"};
   std::mt19937 random(10);
-  for (int n = 0; n < 90; ++n) {
+  for (int n = 0; n < 60; ++n) {
     // Few kinds of pieces, so that all ways of writing a file come.
     std::size_t const kinds = 16 + (n % 4 == 0 ? random() % (pieces.size() - 15) : n % 2 * 4);
     std::string bytes = n % 17 == 0 ? "\xEF\xBB\xBF" : n % 19 == 0 ? "\xFF\xFE" : "";
@@ -66,12 +68,23 @@ TEST(file_search, by_bytes_finds_what_a_document_holds) {
     documents::file_text text;
     ASSERT_FALSE(documents::read_file_text(path, std::nullopt, true, text));
     for (auto const& [sought, is_pattern] : all_sought)
-      for (bool const ignore_case : {false, true}) {
-        auto query = query_of(sought, is_pattern, ignore_case);
+      for (int const options : {0, 1, 2, 3}) {
+        bool const ignore_case = options & 1;
+        auto query = query_of(sought, is_pattern, ignore_case, options & 2);
         auto const by_bytes = search::file_searcher(query, never).search(path);
         auto const in_text = search::file_searcher(query, never).search(path, text.units.view());
         ASSERT_EQ(printed(by_bytes), printed(in_text))
             << sought << (ignore_case ? " (i) in " : " in ") << testing::PrintToString(bytes);
+        query.excerpt = 1 + n % 3;
+        std::u16string const units(text.units.view());
+        for (auto const& path_or_text : {search::file_searcher(query, never).search(path),
+                                         search::file_searcher(query, never).search(path, units)})
+          for (auto const& m : path_or_text.matches) {
+            std::size_t const from = m.offset - m.first.column + m.line_from;
+            ASSERT_EQ(units.substr(from, unicode::to_utf16(m.line).size()),
+                      unicode::to_utf16(m.line));
+            ASSERT_LE(from, m.offset);
+          }
         query.only_count = true;
         ASSERT_EQ(search::file_searcher(query, never).search(path).count, in_text.matches.size())
             << sought;
@@ -177,7 +190,7 @@ class project_search : public testing::Test {
     return {.query = query_of(sought, false, false),
             .roots = {{folder.path(), true, {}}},
             .files = {},
-            .unsaved = {}};
+            .open = {}};
   }
 
   temporary_folder folder;
@@ -199,14 +212,14 @@ TEST_F(project_search, gives_the_same_with_any_number_of_threads) {
     EXPECT_EQ(run(request), expected) << threads;
   }
   auto request = request_for("x");
-  request.unsaved[folder / "f0"] = u"xx";
-  request.unsaved[folder / "f1"] = u"none";
+  request.open[folder / "f0"] = u"xx";
+  request.open[folder / "f1"] = u"none";
   expected[0] = "f0:2";
   EXPECT_EQ(run(request), expected);
   stop_after = 3;
   EXPECT_EQ(run(request).size(), 3u);
   cancelled = false;
-  EXPECT_THROW(run({.query = query_of("(", true, false), .roots = {}, .files = {}, .unsaved = {}}),
+  EXPECT_THROW(run({.query = query_of("(", true, false), .roots = {}, .files = {}, .open = {}}),
                std::invalid_argument);
 }
 
