@@ -184,7 +184,7 @@ TEST_F(app_test, the_hindmost_empty_window_is_used_for_a_file) {
 TEST_F(app_test, an_empty_window_offers_recent_files_until_something_is_typed) {
   app().openFile(folder.write("a", "x"));
   app().newDocument();
-  WynDocumentController& empty = *app().orderedControllers().front();
+  windows::document_window& empty = *app().orderedControllers().front();
   auto const& offers = window_of(empty).offers;
   ASSERT_EQ(offers.size(), 1U);
   EXPECT_EQ(offers[0].selector, "openRecentFile:");
@@ -200,11 +200,11 @@ TEST_F(app_test, a_window_opens_where_the_last_one_was) {
   for (bool const kept : {true, false}) {
     defaults().set("WynWindowPlacementKept", kept);
     app().newDocument();
-    WynDocumentController& first = *app().orderedControllers().front();
+    windows::document_window& first = *app().orderedControllers().front();
     window_of(first).place = "here";
     perform(first, "performClose:");
     app().newDocument();
-    WynDocumentController& next = *app().orderedControllers().front();
+    windows::document_window& next = *app().orderedControllers().front();
     EXPECT_EQ(window_of(next).place, kept ? "here" : "");
     next.window().close();
   }
