@@ -2,12 +2,16 @@
 #include "app/batch_mode.h"
 #include "app/command_line.h"
 #include "app/menu_file.h"
+#include "app/open_requests.h"
 #include "bundles/BundleManager.h"
 #include "path/file_system.h"
+#include "platform/desktop.h"
 #include "platform/desktop_module.h"
 #include "platform/system/library_folders.h"
 #include "platform/system/memory_reserve.h"
 #include "platform/system/standard_streams.h"
+#include "server/QuirnoteServer.h"
+#include "server/application_t.h"
 #include "settings/settings_page.h"
 #include "settings/store.h"
 
@@ -34,6 +38,15 @@ int print(char const* text) {
 
 // The window system sees no argument of ours, which might be options to it.
 int run_windows(char* program, app::command_line& line) {
+  // Before anything of the window system is loaded: what is handed over takes no time.
+  wyn::application_t application;
+  wire::request request = app::request_for(line.batch.files, path::cwd());
+  if (!line.url.empty()) {
+    request.what = wire::request::purpose::open_url;
+    request.url = line.url;
+  }
+  if (!line.new_instance)
+    if (auto const handed_over = application.hand_over(request)) return *handed_over;
   std::vector<char*> arguments = {program};
   for (std::string& word : line.session) arguments.push_back(word.data());
   int argc = static_cast<int>(arguments.size());
@@ -50,8 +63,21 @@ int run_windows(char* program, app::command_line& line) {
   {
     app::menu_file const menus =
         app::read_menu_file(platform::shared_support_folder() + "/menus.plist");
+    // It has to be there until the last document is closed.
+    app::open_requests* requests = nullptr;
+    server::QuirnoteServer server(
+        application.socket(), desktop->loop(),
+        [&](auto const& asked, auto const& from) { requests->take(asked, from); });
     AppDelegate app(menus.menus, platform::state_folder() + "/RecentFiles.plist");
+    app::open_requests opener(app);
+    requests = &opener;
     app.setLaunchArguments(line.batch.files, path::cwd());
+    app.setLaunchRequests([&] {
+      if (!line.url.empty()) app.openURL(line.url);
+      server.take_pending();
+      opener.perform_all();
+      if (application.is_to_be_activated()) app.comeToFront(request.activation_token);
+    });
     app.setMenuFault(menus.fault);
     status = desktop->run(app);
   }

@@ -4,6 +4,7 @@
 #include "app/dynamic_items.h"
 #include "app/file_argument.h"
 #include "app/line_place.h"
+#include "app/link_tool.h"
 #include "app/offer_safety_copies.h"
 #include "app/select_from_list.h"
 #include "bundles/BundleManager.h"
@@ -208,6 +209,7 @@ void AppDelegate::didFinishLaunching() {
   WynFindManager::sharedInstance().restoreFindString();
   applicationDidBecomeActive();
   openLaunchArguments();
+  if (launchRequests_) launchRequests_();
   bundleWatcher_ = std::make_unique<bundles::bundle_watcher>(BundleManager::sharedInstance());
   themeWatcher_ = std::make_unique<styles::theme_watcher>(WynThemeManager::sharedInstance());
   bool const wanted = defaults.string("WynAppDelegateOpenUntitledDocument") != "never";
@@ -216,6 +218,7 @@ void AppDelegate::didFinishLaunching() {
     if (!menuFault_.empty())
       platform::desktop::current().alerts().run({"Menus Missing", menuFault_, {"Continue"}});
     app::offer_safety_copies(*this);
+    app::update_link_to_tool();
   });
 }
 
@@ -467,7 +470,7 @@ bool AppDelegate::confirmQuitting() {
   for (windows::document_window* controller : open) {
     for (auto const& document : controller->documents()) {
       document->lookForFile();
-      if (document->isDocumentEdited()) edited.insert(document.get());
+      if (document->isDocumentEdited() && !document->textIsTaken()) edited.insert(document.get());
     }
     if (controller->isDocumentEdited()) ++edited_windows;
   }

@@ -3,6 +3,7 @@
 #include "app/clip_history_file.h"
 #include "app/file_argument.h"
 #include "app/offer_safety_copies.h"
+#include "app/open_options.h"
 #include "app/recent_files.h"
 #include "bundles/bundle_watcher.h"
 #include "platform/application.h"
@@ -51,7 +52,21 @@ class AppDelegate : public platform::application_delegate,
   }
   /// Opens what was asked for at once: projects in windows of their own, a folder, or several files
   /// and folders, in one for all of them.
-  void openFiles(std::vector<app::file_argument> files);
+  void openFiles(std::vector<app::file_argument> files, app::open_options const& options = {});
+  /// The document of that file, if a window has it. Null if none has.
+  std::shared_ptr<WynDocument> documentOfFile(std::string const& path) const;
+  /// The window that shows the document, or has it in a tab.
+  windows::document_window* windowOfDocument(WynDocument const& document) const;
+  /// What a URL of the scheme "qrnt" asks for: an existing file at a place, or a place in the
+  /// document in front.
+  void openURL(std::string const& url);
+  /// Open panels begin in the folder of the file from now on, or in the folder itself.
+  void changeDirectoryFor(std::string const& path);
+  /// The window in front comes before those of other programs; an untitled document if there is
+  /// none, and one is wanted. See platform::window for the token.
+  void comeToFront(std::string const& activation_token);
+  /// What other processes have asked for by the end of the launch is to be opened by this.
+  void setLaunchRequests(std::function<void()> open) { launchRequests_ = std::move(open); }
   void openFiles(std::vector<std::string> const& paths);
   void newDocument();
   void newProject();
@@ -125,6 +140,7 @@ class AppDelegate : public platform::application_delegate,
                                      WynProjectController* project);
   windows::document_window* windowWithFile(std::string const& path);
   void closeUnusedWindow();
+  void addToRecent(std::string const& path);
   void openDocument();
   void openFolder();
   void place(windows::document_window& controller) const;
@@ -158,6 +174,8 @@ class AppDelegate : public platform::application_delegate,
   std::unique_ptr<platform::timer> clipboardTimer_;
   std::string currentDirectory_;
   std::vector<std::string> launchArguments_;
+  app::open_options openOptions_;  // of what is being opened
+  std::function<void()> launchRequests_;
   std::unique_ptr<platform::timer> defaultsTimer_;
   platform::notification_center::token damagedDefaults_;
   std::unique_ptr<bundles::bundle_watcher> bundleWatcher_;

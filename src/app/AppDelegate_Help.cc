@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "app/link_tool.h"
 #include "bundles/BundleManager.h"
 #include "keys/WynKeyBindingManager.h"
 #include "keys/displayed_keys.h"
@@ -59,6 +60,7 @@ void AppDelegate::addHelpMethods() {
             [this](plist::value const&) { return plist::value(openFile(manual()) != nullptr); });
   addMethod("canShowDocumentation",
             [](plist::value const&) { return plist::value(!manual().empty()); });
+  add("linkTerminalTool:", [] { app::offer_link_to_tool(); });
   add("showAbout:", [] {
     platform::desktop::current().alerts().run(
         {"Quirnote " QUIRNOTE_VERSION,

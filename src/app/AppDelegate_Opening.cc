@@ -8,6 +8,7 @@
 #include "path/file_system.h"
 #include "path/path.h"
 #include "platform/desktop.h"
+#include "platform/scoped_value.h"
 #include "platform/unicode.h"
 #include "settings/store.h"
 #include "windows/WynDocumentController.h"
@@ -57,7 +58,9 @@ void AppDelegate::openFiles(std::vector<std::string> const& paths) {
   openFiles(std::move(files));
 }
 
-void AppDelegate::openFiles(std::vector<app::file_argument> files) {
+void AppDelegate::openFiles(std::vector<app::file_argument> files,
+                            app::open_options const& options) {
+  platform::scoped_value const opening(openOptions_, options);
   std::vector<app::file_argument> rest;
   for (app::file_argument& file : files) {
     file.path = path::resolve(file.path);
@@ -70,7 +73,8 @@ void AppDelegate::openFiles(std::vector<app::file_argument> files) {
   }
   bool const has_folder =
       std::any_of(rest.begin(), rest.end(), [](auto const& file) { return is_folder(file.path); });
-  bool const together = rest.size() > 1 && settings::store().boolean("WynOpenFilesTogether");
+  bool const together = rest.size() > 1 && !options.in_new_window &&
+                        settings::store().boolean("WynOpenFilesTogether");
   if (has_folder || together) return openTogether(rest);
   for (app::file_argument const& file : rest) openFile(file.path, file.place);
 }
@@ -81,7 +85,7 @@ void AppDelegate::openProject(std::string const& path) {
       return project->showWindow();
   WynProjectController& project = newProjectWindow();
   project.initWithContentsOfFile(path);
-  recent_.add(path);
+  addToRecent(path);
   project.showWindow();
   closeUnusedWindow();
 }
@@ -110,7 +114,7 @@ void AppDelegate::openTogether(std::vector<app::file_argument> const& files) {
       project = &newProjectWindow();
       project->initWithFiles(items);
     }
-    for (std::string const& folder : folders) recent_.add(folder);
+    for (std::string const& folder : folders) addToRecent(folder);
     project->showWindow();
     closeUnusedWindow();
   }
@@ -160,12 +164,32 @@ windows::document_window* AppDelegate::openFile(std::string const& path,
   if (window == nullptr) {
     std::shared_ptr<WynDocument> const document = WynDocument::documentWithContentsOfFile(standard);
     if (document == nullptr) return nullptr;
-    window = &show(document);
+    window = openOptions_.in_new_window ? &newWindow(document) : &show(document);
+    document->setHideFromRecentMenu(!openOptions_.adds_to_recent);
   }
-  recent_.add(standard);
+  addToRecent(standard);
   go(*window);
   postWhileAlive([this, standard] { app::offer_safety_copies_beside(*this, standard); });
   return window;
+}
+
+void AppDelegate::addToRecent(std::string const& path) {
+  if (openOptions_.adds_to_recent) recent_.add(path);
+}
+
+windows::document_window* AppDelegate::windowOfDocument(WynDocument const& document) const {
+  for (windows::document_window* const window : orderedControllers())
+    for (auto const& each : window->documents())
+      if (each.get() == &document) return window;
+  return nullptr;
+}
+
+std::shared_ptr<WynDocument> AppDelegate::documentOfFile(std::string const& path) const {
+  std::string const standard = path::resolve(path);
+  for (windows::document_window* const window : orderedControllers())
+    for (auto const& each : window->documents())
+      if (each->filename() == standard) return each;
+  return nullptr;
 }
 
 void AppDelegate::openRecentFile(std::string const& path) {

@@ -14,7 +14,8 @@
 namespace app {
 
 char const* const usage_text =
-    "usage: quirnote [FILE[:LINE[:COLUMN]] | FOLDER | PROJECT]...\n"
+    "usage: quirnote [--new-instance] [FILE[:LINE[:COLUMN]] | FOLDER | PROJECT]...\n"
+    "       quirnote --url URL\n"
     "       quirnote --batch [--set KEY=VALUE]... [--macro FILE|- | --item NAME|UUID [--repeat "
     "N]]...\n"
     "                [--answer TITLE=BUTTON]... [--save | --save-as PATH|-] [--print WHAT]... "
@@ -209,7 +210,8 @@ constexpr batch_option batch_table[] = {
 constexpr int first_row = 256;
 constexpr int rows = static_cast<int>(std::size(batch_table));
 constexpr int batch_code = first_row + rows, help_code = 'h', version_code = batch_code + 1,
-              list_settings_code = batch_code + 2;
+              list_settings_code = batch_code + 2, new_instance_code = batch_code + 3,
+              url_code = batch_code + 4;
 constexpr int null_code = '0', file_code = 1;
 
 std::vector<option> long_options() {
@@ -220,6 +222,8 @@ std::vector<option> long_options() {
                    first_row + row});
   all.push_back({"batch", no_argument, nullptr, batch_code});
   all.push_back({"help", no_argument, nullptr, help_code});
+  all.push_back({"new-instance", no_argument, nullptr, new_instance_code});
+  all.push_back({"url", required_argument, nullptr, url_code});
   all.push_back({"version", no_argument, nullptr, version_code});
   all.push_back({"list-settings", no_argument, nullptr, list_settings_code});
   all.push_back({});
@@ -346,6 +350,10 @@ class parser {
                    : code == version_code ? command_line::purpose::version
                                           : command_line::purpose::list_settings;
       return false;
+    } else if (code == new_instance_code) {
+      line_.new_instance = true;
+    } else if (code == url_code) {
+      line_.url = optarg;
     } else if (code == ':') {
       error = name_of(optopt) + " needs a value";
     } else if (code == '?') {
@@ -369,11 +377,15 @@ class parser {
   }
 
   std::string complaint() const {
-    if (line_.what == command_line::purpose::batch) return contradiction(line_.batch);
+    bool const is_batch = line_.what == command_line::purpose::batch;
+    if (is_batch && (line_.new_instance || !line_.url.empty()))
+      return "--new-instance and --url are for windows, not for --batch";
+    if (is_batch) return contradiction(line_.batch);
     if (!first_batch_option_.empty()) return first_batch_option_ + " needs --batch";
     auto const& files = line_.batch.files;
     if (std::find(files.begin(), files.end(), "-") != files.end())
       return "standard input is read with --batch only; a file of that name is ./-";
+    if (!line_.url.empty() && !files.empty()) return "--url takes the place of files";
     return "";
   }
 

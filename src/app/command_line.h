@@ -15,6 +15,8 @@ struct command_line {
   batch_options batch;  ///< its files are those of windows too
   /// "-session ID", which a session manager adds when it starts the program again.
   std::vector<std::string> session;
+  bool new_instance = false;  ///< beside one that runs
+  std::string url = {};       ///< of the scheme "qrnt", to be opened; empty for none
 };
 
 /// What --help prints.

@@ -10,7 +10,7 @@ constexpr double send_period = 0.004;  // seconds
 
 }  // namespace
 
-background_input::background_input(descriptor& pipe, platform::run_loop& loop)
+background_input::background_input(platform::descriptor& pipe, platform::run_loop& loop)
     : pipe_(pipe), loop_(loop) {}
 
 void background_input::write(std::string_view text) {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "commands/descriptor.h"
 #include "platform/run_loop.h"
+#include "platform/system/descriptor.h"
 
 #include <cstddef>
 #include <memory>
@@ -15,7 +15,7 @@ namespace commands {
 class background_input {
  public:
   /// `pipe` must outlive it.
-  background_input(descriptor& pipe, platform::run_loop& loop);
+  background_input(platform::descriptor& pipe, platform::run_loop& loop);
 
   void write(std::string_view text);
   /// Ends the input once all of it is written.
@@ -26,7 +26,7 @@ class background_input {
  private:
   void send();
 
-  descriptor& pipe_;
+  platform::descriptor& pipe_;
   platform::run_loop& loop_;
   std::string text_;
   std::size_t written_ = 0;

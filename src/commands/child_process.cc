@@ -71,7 +71,7 @@ void leave_out_longest(std::vector<std::string>& environment) {
 }
 
 // Few turns of the loop for a lot of data. The system may have a smaller limit, which is as good.
-void widen(descriptor const& pipe) {
+void widen(platform::descriptor const& pipe) {
   constexpr int wide = 1 << 20;
   fcntl(pipe.get(), F_SETPIPE_SZ, wide);
 }
@@ -82,7 +82,8 @@ struct streams {
 
 /// Of the program, as when it was started from a shell.
 bool has_terminal() {
-  static bool const has = descriptor(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY)).is_open();
+  static bool const has =
+      platform::descriptor(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY)).is_open();
   return has;
 }
 
@@ -126,7 +127,7 @@ class child_process::script_file {
  public:
   /// False, with errno, when it can't be written.
   bool write(std::string const& script) {
-    descriptor const file(mkostemp(name_, O_CLOEXEC));
+    platform::descriptor const file(mkostemp(name_, O_CLOEXEC));
     if (!file.is_open()) return false;
     exists_ = true;
     for (std::size_t done = 0; done < script.size();) {
@@ -166,8 +167,8 @@ std::unique_ptr<child_process> child_process::start(child_request const& request
     arguments = {child->script_->name()};
     if (!names_interpreter) arguments.insert(arguments.begin(), "/bin/bash");
   }
-  auto input = make_pipe(), output = make_pipe();
-  auto errors = request.separate_errors ? make_pipe() : pipe_ends();
+  auto input = platform::make_pipe(), output = platform::make_pipe();
+  auto errors = request.separate_errors ? platform::make_pipe() : platform::pipe_ends();
   if (!input || !output || !errors) {
     error = std::strerror(errno);
     return nullptr;
@@ -187,11 +188,11 @@ std::unique_ptr<child_process> child_process::start(child_request const& request
     return nullptr;
   }
   end_with_program(child->process_);
-  child->end_ = descriptor(static_cast<int>(syscall(SYS_pidfd_open, child->process_, 0)));
+  child->end_ = platform::descriptor(static_cast<int>(syscall(SYS_pidfd_open, child->process_, 0)));
   child->input_ = std::move(input->write);
   child->output_ = std::move(output->read);
   child->errors_ = std::move(errors->read);
-  for (descriptor const* each : {&child->input_, &child->output_, &child->errors_}) {
+  for (platform::descriptor const* each : {&child->input_, &child->output_, &child->errors_}) {
     if (!each->is_open()) continue;
     each->never_wait();
     widen(*each);

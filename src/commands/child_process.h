@@ -1,7 +1,7 @@
 #pragma once
 
 #include "commands/child_environment.h"
-#include "commands/descriptor.h"
+#include "platform/system/descriptor.h"
 
 #include <sys/types.h>
 
@@ -39,9 +39,9 @@ class child_process {
   /// The ends of its pipes, which never wait: for who uses them to close. errors() is open only
   /// with separate_errors. Processes that the command has started may hold the others, so output
   /// may come after it has ended; and it may go on when it has closed them.
-  descriptor& input() { return input_; }
-  descriptor& output() { return output_; }
-  descriptor& errors() { return errors_; }
+  platform::descriptor& input() { return input_; }
+  platform::descriptor& output() { return output_; }
+  platform::descriptor& errors() { return errors_; }
 
   pid_t id() const { return process_; }
   bool has_ended();
@@ -62,8 +62,8 @@ class child_process {
   child_process();
 
   pid_t process_ = 0;
-  descriptor input_, output_, errors_;
-  descriptor end_;  ///< of the process: readable once it has ended
+  platform::descriptor input_, output_, errors_;
+  platform::descriptor end_;  ///< of the process: readable once it has ended
   std::unique_ptr<script_file> script_;
   int status_ = -1;
   bool has_ended_ = false;

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "desktop/Activation.h"
 #include "desktop/WindowFrame.h"
 
+#include <string>
 #include <utility>
 
 namespace widgets {
@@ -29,10 +31,16 @@ class FramedWindow : public Kind {
   }
 
   void make_key_and_order_front() final {
+    if (is_miniaturized()) deminiaturize();
     frame_->show_placed();
     frame_->raise();
     frame_->activateWindow();
     owner_.bring_to_front(*this);
+  }
+  void come_to_front(std::string const& activation_token) final {
+    use_activation_token(activation_token);
+    make_key_and_order_front();
+    ask_for_activation(*frame_, activation_token);
   }
   bool is_visible() const final { return frame_->isVisible(); }
   bool is_miniaturized() const final { return frame_->isMinimized(); }

@@ -52,7 +52,7 @@ WynDocument::WynDocument(std::unique_ptr<text::storage> storage) : storage_(std:
 WynDocument::~WynDocument() {
   if (!viewCache_.empty() && fileContent_ != file_content::not_loaded)
     saveMetaData(filename_, *viewCache_.back());
-  tellThatDocumentDidClose();
+  tellOpeners(!isDocumentEdited_);
   if (filename_.empty()) untitled_numbers::of_documents().give_back();
   WynDocumentCache::instance().remove(filename_, weak_from_this());
 }
@@ -85,7 +85,7 @@ void WynDocument::setFilename(std::string const& path) {
   becomeFile(path.empty() ? path : path::standardize(path));
   auxiliaryFileInfo_.clear();
   if (filename_ != old) {
-    tellThatDocumentDidClose();
+    tellOpeners(false);
     watchFile();
   }
   notifyFilename(old);
@@ -155,6 +155,7 @@ bool WynDocument::openDocument() {
 void WynDocument::closeDocument() {
   if (openCount_ != 0) --openCount_;
   if (openCount_ != 0) return;
+  tellOpeners(!isDocumentEdited_);
   WynDocumentCache::instance().remove(filename_, weak_from_this());
   watchFile();
 }

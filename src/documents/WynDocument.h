@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <list>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -53,6 +55,8 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// when they are equal: it is posted after each save, to refresh what shows the name.
   static constexpr char const* filenameDidChange = "WynDocumentFilenameDidChange";
   static constexpr char const* documentEditedDidChange = "WynDocumentEditedDidChange";
+  /// Who waits until the document is closed.
+  static constexpr char const* openersDidChange = "WynDocumentOpenersDidChange";
   /// The file of an open document isn't what it was when it was last read or written. What shows
   /// the text calls checkForFilesystemChanges now; if nothing has, the document does it itself.
   static constexpr char const* fileDidChange = "WynDocumentFileDidChange";
@@ -131,9 +135,21 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   /// documents::go_to_position), which is used once, else "line", counted from 1.
   plist::dictionary const& auxiliaryFileInfo() const { return auxiliaryFileInfo_; }
   void setAuxiliaryFileInfo(plist::dictionary info) { auxiliaryFileInfo_ = std::move(info); }
-  /// For an opener that waits. Called once: when the document goes away, or sooner when it gets
-  /// another name, as it is no longer what was opened then.
-  void setDidCloseObserver(std::function<void()> documentDidClose);
+  /// An opener that waits. It is told once: when the last window has closed the document, or sooner
+  /// when it gets another name, as it is no longer what was opened then.
+  struct opener {
+    std::string name = {};    ///< for the user to see; may be empty
+    bool takes_text = false;  ///< of an untitled document, so closing that loses nothing
+    /// Whether the file holds the text as it was at the end.
+    std::function<void(bool is_saved)> documentDidClose;
+  };
+  /// Gives what removeOpener takes.
+  std::uint64_t addOpener(opener waiting);
+  void removeOpener(std::uint64_t number);
+  /// The names of those that wait, none twice.
+  std::vector<std::string> openerNames() const;
+  /// Whether an opener gets the text when the document is closed.
+  bool textIsTaken() const;
 
   /// Each window that shows the document opens and closes it once. When the last one closes it, the
   /// next to open the file reads it again. The file of an open document is watched.
@@ -211,7 +227,7 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   void textIsSaved(unsigned memento);
   void textIsOnDisk();
   void removeSafetyCopies();
-  void tellThatDocumentDidClose();
+  void tellOpeners(bool is_saved);
   void becomeFile(std::string const& path);
   void notifyFilename(std::string const& old);
   std::unique_ptr<text::view> makeView();
@@ -274,7 +290,8 @@ class WynDocument : public std::enable_shared_from_this<WynDocument> {
   bool looksLater_ = false;
   std::unique_ptr<platform::file_watcher::token> fileWatch_;
   plist::dictionary auxiliaryFileInfo_;
-  std::function<void()> documentDidClose_;
+  std::map<std::uint64_t, opener> openers_;
+  std::uint64_t lastOpener_ = 0;
   /// How the text was read, and so how it is written, whatever the user default says meanwhile.
   bool supplementaryPairs_ = true;
   /// What the file of that name holds which the text doesn't, and the charset it was read in.

@@ -5,6 +5,7 @@
 #include "documents/file_metadata.h"
 #include "documents/view_metadata.h"
 #include "path/file_system.h"
+#include "platform/notification_center.h"
 
 // The views of a document, and what is remembered of them outside the text.
 
@@ -63,10 +64,30 @@ void WynDocument::saveMetaData(std::string const& path, text::view const& view) 
   if (stamp && shouldSaveMetaData(path)) documents::save_view_attributes(path, stamp->target, view);
 }
 
-void WynDocument::setDidCloseObserver(std::function<void()> documentDidClose) {
-  documentDidClose_ = std::move(documentDidClose);
+std::uint64_t WynDocument::addOpener(opener waiting) {
+  openers_.emplace(++lastOpener_, std::move(waiting));
+  platform::notification_center::standard().post(openersDidChange, this, {});
+  return lastOpener_;
 }
 
-void WynDocument::tellThatDocumentDidClose() {
-  if (auto const observer = std::exchange(documentDidClose_, nullptr)) observer();
+void WynDocument::removeOpener(std::uint64_t number) {
+  if (openers_.erase(number) != 0)
+    platform::notification_center::standard().post(openersDidChange, this, {});
+}
+
+std::vector<std::string> WynDocument::openerNames() const {
+  std::vector<std::string> names;
+  for (auto const& [number, each] : openers_)
+    if (!each.name.empty() && std::find(names.begin(), names.end(), each.name) == names.end())
+      names.push_back(each.name);
+  return names;
+}
+
+bool WynDocument::textIsTaken() const {
+  return filename_.empty() && std::any_of(openers_.begin(), openers_.end(),
+                                          [](auto const& each) { return each.second.takes_text; });
+}
+
+void WynDocument::tellOpeners(bool is_saved) {
+  for (auto const& [number, each] : std::exchange(openers_, {})) each.documentDidClose(is_saved);
 }

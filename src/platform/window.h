@@ -38,6 +38,12 @@ class window {
   virtual void set_document_edited(bool edited) = 0;
 
   virtual void make_key_and_order_front() = 0;
+  /// The same, but over the windows of other programs too: the user has asked one of them for it,
+  /// which got this token of the desktop for that (XDG_ACTIVATION_TOKEN or DESKTOP_STARTUP_ID), or
+  /// an empty one.
+  virtual void come_to_front(std::string const& /*activation_token*/) {
+    make_key_and_order_front();
+  }
   virtual void close() = 0;  // without a question; calls windowWillClose
   virtual bool is_visible() const = 0;
   virtual bool is_miniaturized() const = 0;

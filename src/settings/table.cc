@@ -284,6 +284,8 @@ rows files() {
       {"WynOpenFilesTogether", boolean(), true, scope::program, "Open Files Together",
        "Whether several files that are opened at once are tabs of one window, or each has a window "
        "of its own."},
+      {"DisableURLScheme", boolean(), false, scope::program, "Ignore qrnt Links",
+       "Do nothing when another program hands over a link of the scheme `qrnt`."},
       {"NSRecentDocumentsLimit", integer(1, 10000), 25, scope::program, "Recent Files",
        "How many files File > Open Recent holds."},
       {"WynProjectTextFiles",
@@ -380,6 +382,13 @@ rows remembered() {
        scope::program,
        "Last Window",
        "The size and the place of the window that was closed last."},
+      {"WynEnhancedTerminalUsage",
+       dictionary(),
+       {},
+       scope::program,
+       "Link to quirn",
+       "Where Help > Use quirn in Terminals has made a link, `linkPath`, and to which program, "
+       "`path`."},
       {"WynHTMLOutputFrames",
        dictionary(),
        {},

@@ -9,7 +9,7 @@ void WynDocumentController::setTextDocument(std::shared_ptr<WynDocument> documen
 bool WynDocumentController::canBeUsedForNewDocument() const {
   auto const& document = textDocument();
   return document != nullptr && document->filename().empty() && document->storage().empty() &&
-         !document->isDocumentEdited() && !textView().isPlayingMacro();
+         !document->isDocumentEdited() && !document->textIsTaken() && !textView().isPlayingMacro();
 }
 
 void WynDocumentController::documentDidChange() {
@@ -19,7 +19,8 @@ void WynDocumentController::documentDidChange() {
 }
 
 bool WynDocumentController::isDocumentEdited() const {
-  return textDocument() != nullptr && textDocument()->isDocumentEdited();
+  return textDocument() != nullptr && textDocument()->isDocumentEdited() &&
+         !textDocument()->textIsTaken();
 }
 
 bool WynDocumentController::windowShouldClose() {

@@ -42,7 +42,7 @@ class WynJSShellCommand {
 
  private:
   struct stream {
-    commands::descriptor* pipe = nullptr;
+    platform::descriptor* pipe = nullptr;
     std::string data;
     std::unique_ptr<platform::descriptor_watch> watch;
   };

@@ -382,7 +382,7 @@ std::string WynProjectController::findProjectDirectory() const {
 }
 
 plist::dictionary WynProjectController::environmentVariables() const {
-  plist::dictionary result;
+  plist::dictionary result = document_window::environmentVariables();
   if (std::string const folder = findProjectDirectory(); !folder.empty())
     result["QN_PROJECT_DIRECTORY"] = path::standardize(folder);
   if (!filename_.empty()) result["QN_PROJECT_FILEPATH"] = filename_;

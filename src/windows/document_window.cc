@@ -12,6 +12,8 @@
 #include "platform/shown_characters.h"
 
 #include <array>
+#include <set>
+#include <string_view>
 #include <vector>
 
 namespace windows {
@@ -128,6 +130,7 @@ void document_window::showDocument(std::shared_ptr<WynDocument> document) {
   auto const refresh = [this](auto const&) { documentDidChange(); };
   nameToken_ = center.observe(WynDocument::filenameDidChange, refresh, document_.get());
   editedToken_ = center.observe(WynDocument::documentEditedDidChange, refresh, document_.get());
+  openersToken_ = center.observe(WynDocument::openersDidChange, refresh, document_.get());
   fileToken_ = center.observe(
       WynDocument::fileDidChange, [this](auto const&) { checkForFilesystemChanges(); },
       document_.get());
@@ -164,8 +167,14 @@ std::string document_window::windowTitle() const {
   std::string const& file = document_->filename();
   if (titleHasFolder_ && !file.empty())
     title += " (" + documents::printable_name(path::parent(file)) + ")";
-  if (document_->fileIsGone()) return title + " (deleted)";
-  return title + (document_->fileDiffers() ? " (changed on disk)" : "");
+  if (document_->fileIsGone())
+    title += " (deleted)";
+  else if (document_->fileDiffers())
+    title += " (changed on disk)";
+  std::string waiting;
+  for (std::string const& name : document_->openerNames())
+    waiting += (waiting.empty() ? "" : ", ") + documents::printable(name);
+  return waiting.empty() ? title : title + " \u2014 awaited by " + waiting;
 }
 
 void document_window::publishDocument() {
@@ -179,13 +188,28 @@ encoding::charset_t document_window::shownEncoding() const {
   return charset == encoding::ASCII ? encoding::UTF8 : charset;
 }
 
+void document_window::setCallerEnvironment(std::vector<std::string> const& variables) {
+  static std::set<std::string_view> const own = {
+      "BASH_ENV", "DESKTOP_STARTUP_ID", "OLDPWD", "PWD", "SHLVL", "XDG_ACTIVATION_TOKEN", "_"};
+  callerEnvironment_.clear();
+  for (std::string_view const variable : variables) {
+    std::size_t const equals = variable.find('=');
+    std::string_view const name = variable.substr(0, equals);
+    if (equals == std::string_view::npos || name.empty() || name.starts_with("QN_") ||
+        own.contains(name))
+      continue;
+    callerEnvironment_.insert_or_assign(std::string(name),
+                                        std::string(variable.substr(equals + 1)));
+  }
+}
+
 void document_window::showWindow() {
   window_->make_key_and_order_front();
 }
 
 bool document_window::askToSaveDocument(WynDocument& document) {
   document.lookForFile();
-  if (!document.isDocumentEdited()) return true;
+  if (!document.isDocumentEdited() || document.textIsTaken()) return true;
   window_->make_key_and_order_front();
   std::string const name = quoted(document.displayName());
   platform::alert question{"Do you want to save the changes you made in the document " + name + "?",

@@ -45,6 +45,13 @@ class document_window : public platform::window_delegate, public commands::comma
   /// The name of the document, with that of its folder where other windows have the same.
   void showTitle(bool with_folder);
 
+  /// For commands in this window: the environment of the program that has opened it, NAME=VALUE
+  /// each. What belongs to the editor itself or to that program's shell is left out.
+  void setCallerEnvironment(std::vector<std::string> const& variables);
+
+  // platform::responder
+  plist::dictionary environmentVariables() const override { return callerEnvironment_; }
+
   // platform::window_delegate
   void windowWillClose() override;
   void windowDidBecomeKey() override;
@@ -84,7 +91,8 @@ class document_window : public platform::window_delegate, public commands::comma
   WynTextView textView_;
   std::shared_ptr<WynDocument> document_;
   std::unique_ptr<platform::editor_window> window_;
-  platform::notification_center::token nameToken_, editedToken_, fileToken_;
+  platform::notification_center::token nameToken_, editedToken_, fileToken_, openersToken_;
+  plist::dictionary callerEnvironment_;
   std::string shownTitle_;
   bool titleHasFolder_ = false;
   bool lineEndingIsChosen_ = false, markIsChosen_ = false, charsetIsChosen_ = false;

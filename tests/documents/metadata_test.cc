@@ -266,18 +266,37 @@ TEST_F(metadata, goes_to_the_place_that_an_editor_client_names) {
   }
 }
 
-TEST_F(metadata, tells_an_opener_once_that_it_is_done) {
-  int told = 0;
+TEST_F(metadata, tells_each_opener_once_whether_its_file_holds_the_text) {
+  using strings = std::vector<std::string>;
+  strings told;
+  auto const opener = [&](char const* name, bool takes_text = false) {
+    return WynDocument::opener{name, takes_text, [&told, name](bool is_saved) {
+                                 told.push_back(std::string(name) + (is_saved ? "+" : "-"));
+                               }};
+  };
   auto d = document_of("text");
-  d->setDidCloseObserver([&] { ++told; });
+  d->openDocument();
+  d->addOpener(opener("git"));
+  d->addOpener(opener("git"));
+  auto const gone = d->addOpener(opener("sh"));
+  EXPECT_EQ(d->openerNames(), strings({"git", "sh"}));
+  d->removeOpener(gone);
   EXPECT_TRUE(save(d));
-  EXPECT_EQ(told, 0);
+  EXPECT_EQ(told, strings());
+  d->closeDocument();
+  EXPECT_EQ(told, strings({"git+", "git+"}));
+  d->openDocument();
+  d->addOpener(opener("crontab"));
   d->setFilename(folder / "other");
-  EXPECT_EQ(told, 1);
+  d->addOpener(opener("visudo"));
+  d->setDocumentEdited(true);
   d.reset();
-  EXPECT_EQ(told, 1);
-  document_of("text")->setDidCloseObserver([&] { ++told; });
-  EXPECT_EQ(told, 2);
+  EXPECT_EQ(told, strings({"git+", "git+", "crontab-", "visudo-"}));
+  auto const untitled = WynDocument::document();
+  untitled->addOpener(opener("sort", true));
+  EXPECT_TRUE(untitled->textIsTaken());
+  untitled->setFilename(folder / "third");
+  EXPECT_FALSE(untitled->textIsTaken());
 }
 
 }  // namespace

@@ -7,7 +7,8 @@ edit first.txt
 keys shift+Down shift+Right shift+Right alt ctrl+c
 expect_clipboard $'ab\ncd'
 first_pid=$editor_pid
-edit second.txt
+start_editor --new-instance second.txt
+wait_window second.txt
 keys End ctrl+v ctrl+s
 expect_file second.txt $'xab\nycd\n'
 
@@ -48,7 +49,8 @@ keys ctrl+alt+h
 wait_window 'Clipboard History'
 keys Down
 expect_clipboard other
-edit second.txt
+start_editor --new-instance second.txt
+wait_window second.txt
 wait_no_window 'Clipboard History'
 quit
 editor_pid=$first_pid

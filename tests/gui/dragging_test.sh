@@ -7,7 +7,7 @@ start_editor other.txt
 other_pid=$editor_pid
 wait_window 'other.txt'
 other=$window
-start_editor one.txt two.txt
+start_editor --new-instance one.txt two.txt
 wait_window 'two.txt'
 two=$window
 wait_window 'one.txt'

@@ -45,7 +45,7 @@ printf 'saved\n' >file.txt
 edit file.txt
 type_text 'nowhere '
 wait_window 'file.txt\*'
-prlimit --pid "$editor_pid" --nofile=3:
+prlimit --pid "$editor_pid" --nofile=6:
 kill -TERM "$editor_pid"
 wait_exit 1
 grep -q '^Quirnote: the text of file.txt is lost: ' program.log

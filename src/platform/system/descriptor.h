@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-namespace commands {
+namespace platform {
 
 /// An open file that is closed with its owner.
 class descriptor {
@@ -43,4 +43,4 @@ inline std::optional<pipe_ends> make_pipe() {
   return pipe_ends{descriptor(ends[0]), descriptor(ends[1])};
 }
 
-}  // namespace commands
+}  // namespace platform
