@@ -91,8 +91,10 @@ void open_requests::open(taken const& what) {
     if (what.request.changes_directory) app_.changeDirectoryFor(files[n].path);
     if (!what.request.waits) continue;
     // A folder isn't waited for, and what couldn't be opened has been told.
-    if (document != nullptr) wait_for(*document, n, what, nullptr);
-    else tell_closed(*what.from, n, is_folder(files[n].path));
+    if (document != nullptr)
+      wait_for(*document, n, what, nullptr);
+    else
+      tell_closed(*what.from, n, is_folder(files[n].path));
   }
 }
 
