@@ -80,10 +80,12 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list, out
   add("orderFrontGoToLinePanel:", [this](auto const&) { orderFrontGoToLinePanel(); });
   add("selectBundleItemFromList:", [this](auto const&) { selectBundleItem(false); });
   add("selectBundleItemByKey:", [this](auto const&) { selectBundleItem(true); });
+  add("goToFile:", [this](auto const&) { goTo(""); });
   add("selectFromList:", [this](plist::value const& name) {
     WynTextView* const view = frontTextView();
     if (view == nullptr) return platform::desktop::current().beep();
     std::string const list = name.string_or("");
+    if (list == "symbols") return goTo("@");
     app::select_from_list(list, list == "languages" ? dynamicItems(list) : listItems(list), *view);
   });
   addMethod("goToLineAction:", [this](plist::value const& place) {
@@ -352,7 +354,7 @@ void AppDelegate::selectBundleItem(bool by_key) {
   WynSelectBundleItem select(BundleManager::sharedInstance(), *view, menusOfActions(),
                              WynKeyBindingManager::sharedInstance().keyBindings(), by_key);
   auto const row = platform::desktop::current().pickers().run(select.request(), select);
-  if (row && !select.accept(*row)) platform::desktop::current().beep();
+  if (row && !select.accept(row->row)) platform::desktop::current().beep();
 }
 
 std::vector<platform::menu_item> AppDelegate::listItems(std::string const& name) const {

@@ -12,6 +12,8 @@
 #include "plist/value.h"
 #include "styles/theme_watcher.h"
 #include "text/line_place.h"
+#include "windows/WynFileChooser.h"
+#include "windows/go_to_box.h"
 #include "windows/html_outputs.h"
 #include "windows/windows_owner.h"
 
@@ -156,6 +158,13 @@ class AppDelegate : public platform::application_delegate,
   /// texts and bundles.
   std::vector<platform::menu_item> menusOfActions() const;
   void selectBundleItem(bool by_key);
+  /// The box in which files, symbols, lines, actions and bundle items are found; `typed` stands in
+  /// it at first.
+  void goTo(std::string typed);
+  windows::go_to_box::part filesToGoTo(windows::document_window& front);
+  windows::go_to_box::part actionsToGoTo(WynTextView& view);
+  bool openChosenFile(windows::document_window& front, std::string const& path,
+                      std::optional<text::line_place> const& place, platform::picked_way way);
   bool goToLine(std::string const& place);
   bool confirmQuitting();
   bool reviewUnsavedDocuments();
@@ -181,6 +190,8 @@ class AppDelegate : public platform::application_delegate,
   std::unique_ptr<bundles::bundle_watcher> bundleWatcher_;
   std::unique_ptr<styles::theme_watcher> themeWatcher_;
   std::vector<std::unique_ptr<windows::document_window>> controllers_, closing_;
+  windows::file_lists fileLists_;
+  std::vector<std::string> usedFiles_;  // shown when others were gone to, the last one first
   std::unique_ptr<windows::html_outputs> htmlOutputs_;  // null with an output taker
   bool isAskingToQuit_ = false;
   std::shared_ptr<int> lives_ = std::make_shared<int>(0);

@@ -93,5 +93,5 @@ void AppDelegate::showKeyboardShortcuts() {
   windows::shortcut_list list(BundleManager::sharedInstance(), menusOfActions(),
                               WynKeyBindingManager::sharedInstance().keyBindings(), first);
   auto const row = platform::desktop::current().pickers().run(list.request(), list);
-  if (row && !list.accept(*row)) platform::desktop::current().beep();
+  if (row && !list.accept(row->row)) platform::desktop::current().beep();
 }

@@ -107,12 +107,16 @@ class find_run {
 
   void go_to_file() {
     projects::file_walk walk(roots_, files());
-    std::vector<std::string> paths;
-    for (std::string path; walk.next(path);) paths.push_back(path);
+    auto const offered = projects::offered_extensions::standard();
+    auto const found = std::make_shared<projects::file_batch>();
+    for (std::string path; walk.next(path);)
+      if (offered.take(path)) found->add(path);
+    found->finish();
     complain(walk.errors());
     projects::typed_file_name const typed(unicode::to_utf16(find_.rank));
-    projects::file_chooser chooser(std::move(paths), projects::file_chooser::extensions::standard(),
-                                   roots_.size() == 1 ? path::parent(roots_.front().path) : "");
+    projects::file_chooser chooser;
+    chooser.set_top(roots_.size() == 1 ? path::parent(roots_.front().path) : "");
+    chooser.add(found);
     chooser.search(typed);
     std::string place;
     for (std::size_t const number : {typed.line, typed.column})

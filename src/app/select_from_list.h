@@ -9,8 +9,8 @@ class WynTextView;
 
 namespace app {
 
-/// Lets the user pick, by letters of its title, one of the `items` or, from the list "symbols", a
-/// symbol of the document, and performs it. `view` must show a document.
+/// Lets the user pick, by letters of its title, one of the `items`, and performs it. `list` is
+/// "languages" or "encodings". `view` must show a document.
 void select_from_list(std::string_view list, std::vector<platform::menu_item> items,
                       WynTextView& view);
 

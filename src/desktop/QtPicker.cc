@@ -7,6 +7,7 @@
 #include "keys/WynKeyEvent.h"
 
 #include <QDialog>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -16,6 +17,7 @@
 #include <QPainter>
 #include <QPointer>
 #include <QScreen>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -26,13 +28,14 @@ namespace {
 constexpr int most_rows = 12;  // in sight
 constexpr int width_in_letters = 90;
 constexpr int help_lines = 2;
+constexpr int filling_interval = 30;  // ms
 
 class PickerDialog final : public QDialog {
  public:
   PickerDialog(platform::picker_request const& request, platform::picker_source& source,
                QWidget* parent);
 
-  std::optional<std::size_t> chosen() const { return chosen_; }
+  std::optional<platform::picked_row> chosen() const { return chosen_; }
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -41,12 +44,15 @@ class PickerDialog final : public QDialog {
  private:
   void place();
   void rows_changed();
+  void select(std::size_t row);
+  void watch_filling();
+  void take_new_rows();
   void show_note();
   void show_help();
   bool handle_key(QKeyEvent& event);
   bool move_in_rows(int key);
   void show_key(QKeyEvent const& event);
-  void choose(QModelIndex const& index);
+  void choose(QModelIndex const& index, platform::picked_way way);
 
   platform::picker_source& source_;
   bool const takes_keys_;
@@ -57,8 +63,22 @@ class PickerDialog final : public QDialog {
   QLabel* const note_ = new QLabel(this);
   PickerModel* const model_ = new PickerModel(source_, this);
   KeyTranslation keys_;
-  std::optional<std::size_t> chosen_;
+  QTimer* const filling_ = new QTimer(this);
+  bool has_moved_ = false;                          // in the rows
+  std::optional<platform::picked_way> is_awaited_;  // Return was pressed before there was a row
+  std::optional<platform::picked_row> chosen_;
 };
+
+platform::picked_way way_of(Qt::KeyboardModifiers modifiers) {
+  if (modifiers & Qt::ControlModifier) return platform::picked_way::aside;
+  return modifiers & Qt::ShiftModifier ? platform::picked_way::own_window
+                                       : platform::picked_way::usual;
+}
+
+// Paths have no blanks at which they could be broken.
+QString breakable(QString text) {
+  return text.replace(QLatin1Char('/'), QString::fromUtf8("/\u200b"));
+}
 
 PickerDialog::PickerDialog(platform::picker_request const& request, platform::picker_source& source,
                            QWidget* parent)
@@ -68,7 +88,9 @@ PickerDialog::PickerDialog(platform::picker_request const& request, platform::pi
   setWindowTitle(qstring(request.title));
   setModal(true);
   field_->setAccessibleName(takes_keys_ ? tr("Key") : tr("Letters of the name"));
-  field_->setPlaceholderText(takes_keys_ ? tr("Key") : tr("Letters of a name"));
+  field_->setPlaceholderText(takes_keys_                   ? tr("Key")
+                             : request.placeholder.empty() ? tr("Letters of a name")
+                                                           : qstring(request.placeholder));
   field_->installEventFilter(this);
   list_->setAccessibleName(tr("Results"));
   list_->setModel(model_);
@@ -96,17 +118,25 @@ PickerDialog::PickerDialog(platform::picker_request const& request, platform::pi
 
   connect(field_, &QLineEdit::textChanged, this, [this](QString const& text) {
     if (takes_keys_) return;
+    has_moved_ = false;
+    is_awaited_.reset();
     source_.set_filter(utf8(text));
     rows_changed();
   });
-  connect(list_, &QListView::clicked, this, [this](QModelIndex const& index) { choose(index); });
+  connect(filling_, &QTimer::timeout, this, [this] { take_new_rows(); });
+  connect(list_, &QListView::clicked, this, [this](QModelIndex const& index) {
+    choose(index, way_of(QGuiApplication::keyboardModifiers()));
+  });
   connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, this,
           [this](QModelIndex const& now) {
             field_->setAccessibleDescription(now.data(Qt::AccessibleTextRole).toString());
             show_help();
           });
   place();
-  rows_changed();
+  if (request.initial.empty())
+    rows_changed();
+  else
+    field_->setText(qstring(request.initial));
   field_->setFocus();
 }
 
@@ -134,14 +164,33 @@ void PickerDialog::place() {
 }
 
 void PickerDialog::rows_changed() {
+  select(source_.first_row());
+  watch_filling();
+}
+
+void PickerDialog::select(std::size_t row) {
   model_->reset();
-  QModelIndex const first = model_->index(static_cast<int>(source_.first_row()), 0);
-  if (first.isValid()) {
-    list_->setCurrentIndex(first);
-    list_->scrollTo(first, QAbstractItemView::PositionAtCenter);
+  QModelIndex const now = model_->index(static_cast<int>(row), 0);
+  if (now.isValid()) {
+    list_->setCurrentIndex(now);
+    list_->scrollTo(now, QAbstractItemView::PositionAtCenter);
   }
   show_help();
   show_note();
+}
+
+void PickerDialog::watch_filling() {
+  if (source_.is_filling() != filling_->isActive())
+    filling_->isActive() ? filling_->stop() : filling_->start(filling_interval);
+}
+
+void PickerDialog::take_new_rows() {
+  auto const chosen = static_cast<std::size_t>(std::max(0, list_->currentIndex().row()));
+  auto const now = source_.take_new_rows(chosen);
+  if (now) select(has_moved_ ? *now : source_.first_row());
+  show_note();
+  watch_filling();
+  if (is_awaited_ && list_->currentIndex().isValid()) choose(list_->currentIndex(), *is_awaited_);
 }
 
 // Cut at the left: of scopes the innermost ones say most.
@@ -158,7 +207,7 @@ void PickerDialog::show_help() {
   QModelIndex const now = list_->currentIndex();
   QString const text =
       now.isValid() ? qstring(source_.help(static_cast<std::size_t>(now.row()))) : QString();
-  help_->setText(text);
+  help_->setText(breakable(text));
   help_->setToolTip(text);
   help_->setAccessibleName(text);
 }
@@ -179,6 +228,11 @@ bool PickerDialog::handle_key(QKeyEvent& event) {
   bool const is_plain = !(event.modifiers() & ~Qt::KeypadModifier);
   bool const has_rows = has_key_ && source_.pending_keys().empty();
   if (is_plain && (!takes_keys_ || has_rows) && move_in_rows(event.key())) return true;
+  bool const is_return = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+  if (is_return && !takes_keys_ && !(event.modifiers() & (Qt::AltModifier | Qt::MetaModifier))) {
+    choose(list_->currentIndex(), way_of(event.modifiers()));
+    return true;
+  }
   if (takes_keys_) show_key(event);
   return takes_keys_;
 }
@@ -202,11 +256,12 @@ bool PickerDialog::move_in_rows(int key) {
       break;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-      choose(list_->currentIndex());
+      choose(list_->currentIndex(), platform::picked_way::usual);
       return true;
     default:
       return false;
   }
+  has_moved_ = true;
   if (last >= 0) list_->setCurrentIndex(model_->index(std::clamp(to, 0, last), 0));
   return true;
 }
@@ -224,9 +279,10 @@ void PickerDialog::show_key(QKeyEvent const& event) {
   rows_changed();
 }
 
-void PickerDialog::choose(QModelIndex const& index) {
+void PickerDialog::choose(QModelIndex const& index, platform::picked_way way) {
+  if (!index.isValid() && source_.is_filling()) is_awaited_ = way;
   if (!index.isValid() || !model_->row_at(index).enabled) return;
-  chosen_ = static_cast<std::size_t>(index.row());
+  chosen_ = {static_cast<std::size_t>(index.row()), way};
   accept();
 }
 
@@ -243,13 +299,13 @@ void PickerDialog::paintEvent(QPaintEvent* event) {
 
 }  // namespace
 
-std::optional<std::size_t> QtPicker::ask(platform::picker_request const& request,
-                                         platform::picker_source& source) {
+std::optional<platform::picked_row> QtPicker::ask(platform::picker_request const& request,
+                                                  platform::picker_source& source) {
   // Its parent may be closed meanwhile, and takes it along.
   QPointer const parent = dialog_parent();
   QPointer const dialog = new PickerDialog(request, source, parent);
   bool const accepted = dialog->exec() == QDialog::Accepted;
-  std::optional<std::size_t> const row =
+  std::optional<platform::picked_row> const row =
       accepted && dialog != nullptr ? dialog->chosen() : std::nullopt;
   delete dialog;
   expect_active(parent);

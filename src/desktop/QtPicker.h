@@ -7,8 +7,8 @@ namespace widgets {
 /// A field and the rows that it finds, at the top of the active window.
 class QtPicker final : public platform::picker {
  protected:
-  std::optional<std::size_t> ask(platform::picker_request const& request,
-                                 platform::picker_source& source) override;
+  std::optional<platform::picked_row> ask(platform::picker_request const& request,
+                                          platform::picker_source& source) override;
 };
 
 }  // namespace widgets

@@ -71,10 +71,12 @@ std::optional<std::string> scripted_prompts::ask(std::string const&, std::string
   return answer;
 }
 
-std::optional<std::size_t> scripted_picker::ask(platform::picker_request const& request,
-                                                platform::picker_source& source) {
+std::optional<platform::picked_row> scripted_picker::ask(platform::picker_request const& request,
+                                                         platform::picker_source& source) {
   last_request = request;
-  return choose ? choose(source) : std::nullopt;
+  if (!request.initial.empty()) source.set_filter(request.initial);
+  auto const row = choose ? choose(source) : std::nullopt;
+  return row ? std::optional(platform::picked_row{*row, way}) : std::nullopt;
 }
 
 std::optional<platform::font> scripted_fonts::ask(platform::font const& initial) {

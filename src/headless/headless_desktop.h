@@ -88,11 +88,12 @@ class scripted_prompts : public platform::prompt_panel {
 class scripted_picker : public platform::picker {
  public:
   std::function<std::optional<std::size_t>(platform::picker_source&)> choose;
+  platform::picked_way way = platform::picked_way::usual;
   platform::picker_request last_request;
 
  protected:
-  std::optional<std::size_t> ask(platform::picker_request const& request,
-                                 platform::picker_source& source) override;
+  std::optional<platform::picked_row> ask(platform::picker_request const& request,
+                                          platform::picker_source& source) override;
 };
 
 /// Gives the answers put in before, in order; without one it is cancelled.

@@ -59,9 +59,10 @@ std::optional<filter_values> command_panel::run(command_panel_request const& req
   return ask_user(std::optional<filter_values>(), [&] { return ask(request); });
 }
 
-std::optional<std::size_t> picker::run(picker_request const& request, picker_source& source) {
-  auto const row = ask_user(std::optional<std::size_t>(), [&] { return ask(request, source); });
-  return row && *row < source.count() && source.row(*row).enabled ? row : std::nullopt;
+std::optional<picked_row> picker::run(picker_request const& request, picker_source& source) {
+  auto const picked = ask_user(std::optional<picked_row>(), [&] { return ask(request, source); });
+  bool const can_be = picked && picked->row < source.count() && source.row(picked->row).enabled;
+  return can_be ? picked : std::nullopt;
 }
 
 std::optional<font> font_panel::run(font const& initial) {

@@ -37,6 +37,11 @@ class picker_source {
   virtual std::size_t first_row() const { return 0; }
   /// A line about all of it, shown below the rows; may be empty.
   virtual std::string note() const = 0;
+  /// More rows may come by themselves: take_new_rows() is to be called now and then.
+  virtual bool is_filling() const { return false; }
+  /// Takes the rows that have come. Gives where the row stands now that was at `chosen`, or where
+  /// another one is in its stead; nothing if the rows are the same.
+  virtual std::optional<std::size_t> take_new_rows(std::size_t /*chosen*/) { return std::nullopt; }
 
  protected:
   ~picker_source() = default;
@@ -44,10 +49,21 @@ class picker_source {
 
 struct picker_request {
   std::string title;
+  std::string initial = {};      ///< stands in the field at first
+  std::string placeholder = {};  ///< what to type, shown in an empty field
   /// Keys go to the source instead of a field for text. Once one has been pressed, and none is
   /// pending, the arrow keys and Return are for the rows.
   bool takes_keys = false;
   bool has_help = false;  ///< there is room for what the source says of rows
+};
+
+/// How the user wants what was chosen, as links are opened: as usual, with Shift in a window of its
+/// own, with Ctrl beside what is shown now, which stays.
+enum class picked_way { usual, own_window, aside };
+
+struct picked_row {
+  std::size_t row = 0;
+  picked_way way = picked_way::usual;
 };
 
 /// A box in which one of many things is found by a few letters, or by a key, and chosen. Modal and
@@ -55,11 +71,11 @@ struct picker_request {
 class picker {
  public:
   virtual ~picker() = default;
-  /// The row that was chosen; nothing when cancelled.
-  std::optional<std::size_t> run(picker_request const& request, picker_source& source);
+  /// What was chosen; nothing when cancelled.
+  std::optional<picked_row> run(picker_request const& request, picker_source& source);
 
  protected:
-  virtual std::optional<std::size_t> ask(picker_request const& request, picker_source& source) = 0;
+  virtual std::optional<picked_row> ask(picker_request const& request, picker_source& source) = 0;
 };
 
 }  // namespace platform

@@ -29,6 +29,18 @@ std::vector<walk_root> walk_roots_of(item_list const& items, filter_patterns con
   return result;
 }
 
+bool walk_would_take(std::vector<walk_root> const& roots, std::string const& path) {
+  return std::any_of(roots.begin(), roots.end(), [&](walk_root const& root) {
+    if (!root.is_folder) return path == root.path;
+    if (!is_at_or_below(path, root.path) || path == root.path) return false;
+    path_filters const filters(root.patterns);
+    for (std::size_t slash = path.find('/', root.path.size() + 1); slash != path.npos;
+         slash = path.find('/', slash + 1))
+      if (!filters.folders.passes(std::string_view(path).substr(0, slash))) return false;
+    return filters.files.passes(path);
+  });
+}
+
 file_walk::file_walk(std::vector<walk_root> roots, walk_options const& options)
     : roots_(std::move(roots)), honours_gitignore_(options.honours_gitignore) {
   for (walk_root const& root : roots_)

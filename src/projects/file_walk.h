@@ -25,6 +25,10 @@ struct walk_root {
 /// Those of items and of what is in groups.
 std::vector<walk_root> walk_roots_of(item_list const& items, filter_patterns const& standard);
 
+/// Whether a walk without options comes to this file, as far as names say. Absolute, standardized.
+/// Any thread.
+bool walk_would_take(std::vector<walk_root> const& roots, std::string const& path);
+
 struct walk_options {
   /// Globs (path/glob.h). Files that none of the first matches are left out, if there are any; so
   /// are the files and folders that one of the others matches.

@@ -315,6 +315,10 @@ rows files() {
        scope::program,
        "Files Offered",
        "Extensions of the only files that Go to File offers, if there are any."},
+      {"WynFileChooserBindings", list(), plist::array{}, scope::program, "Files Found by Letters",
+       "Which files were chosen in Go to File, and by which letters: dictionaries with "
+       "`searchString` and `match`.",
+       menu("goToFile:")},
       {"WynSaveAllOnDeactivate", boolean(), false, scope::program, "Save When Leaving",
        "Save edited files when another program becomes active, where nothing has to be asked."},
       {"WynDefaultLanguage",

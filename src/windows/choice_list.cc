@@ -9,7 +9,7 @@
 namespace windows {
 namespace {
 
-constexpr std::size_t most_ranked = 4000;  // which take a few milliseconds
+constexpr std::size_t most_ranked = 50'000;  // which take a few milliseconds
 
 /// Whether the letters stand in a title in their order, as far as can be seen soon: a title with
 /// other than ASCII characters may hold them in another form.
@@ -51,9 +51,13 @@ void choice_list::set_filter(std::string const& text) {
 
 void choice_list::rank() {
   std::vector<std::pair<double, std::size_t>> ranked;
+  projects::abbreviation wanted(prepared_);
+  std::u16string searched;
   for (std::size_t const each : shown_) {
-    double const score =
-        BriskStringRanker(unicode::to_utf16(all_.title(each))).scoreForAbbreviation(prepared_);
+    searched.clear();
+    projects::append_searched(all_.title(each), searched);
+    auto const blanks = std::count(searched.begin(), searched.end(), u' ');
+    double const score = wanted.score(searched, static_cast<std::size_t>(blanks));
     if (score > -0.5) ranked.emplace_back(score, each);
   }
   std::sort(ranked.begin(), ranked.end(), [](auto const& a, auto const& b) {

@@ -21,7 +21,7 @@ class shortcut_list final : public platform::picker_source {
   shortcut_list(BundleManager& manager, std::vector<platform::menu_item> menus,
                 plist::dictionary const& bindings, platform::responder& first);
 
-  static platform::picker_request request() { return {"Keyboard Shortcuts", false}; }
+  static platform::picker_request request() { return {.title = "Keyboard Shortcuts"}; }
   /// False if nothing performs it.
   bool accept(std::size_t row);
 

@@ -61,6 +61,17 @@ TEST_F(real_menus, open_by_letters_that_no_binding_has) {
   }
 }
 
+// A key that stands in two menus does nothing at all.
+TEST_F(real_menus, have_each_key_once) {
+  std::map<std::string, std::string> places;
+  for (auto const& [place, list] : all())
+    if (place.empty() || place.starts_with("/"))
+      for (platform::menu_item const& item : list)
+        if (!item.key.empty())
+          EXPECT_TRUE(places.emplace(item.key, item.title).second)
+              << item.title << " and " << places[item.key];
+}
+
 TEST_F(real_menus, say_what_is_a_choice_and_what_a_switch) {
   app().newProject();
   std::size_t choices = 0, switches = 0;

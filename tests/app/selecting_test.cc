@@ -1,4 +1,7 @@
+#include <thread>
+
 #include "app_fixture.h"
+#include "text/views/view.h"
 
 // The box in which everything can be found, with the real menus and keys.
 namespace {
@@ -44,6 +47,53 @@ TEST_F(selecting, does_nothing_when_cancelled_disabled_or_without_a_window) {
   desktop.pickers().choose = nullptr;
   perform(controller, "selectBundleItemFromList:");
   EXPECT_EQ(desktop.beeps, 1);
+}
+
+// Files, symbols, lines and actions are found in one box, of a window with one document too.
+TEST_F(selecting, goes_to_what_is_typed) {
+  std::filesystem::create_directories(folder / "p/.git");
+  folder.write("p/one.c", "int first(void) {\n}\nint second(void) {\n}\n");
+  folder.write("p/two.c", "a\nb\n");
+  app().openFile(folder / "p/one.c");
+  std::string typed;
+  desktop.pickers().choose = [&](platform::picker_source& source) -> std::optional<std::size_t> {
+    source.set_filter(typed);
+    for (int n = 0; source.is_filling() && n < 20000; ++n) {
+      desktop.loop().run_posted();
+      source.take_new_rows(0);
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    if (source.count() == 0) return std::nullopt;
+    typed = source.note();
+    return source.first_row();
+  };
+  auto const go = [&](char const* letters,
+                      char const* selector = "goToFile:", plist::value const& argument = {}) {
+    typed = letters;
+    app().orderedControllers().front()->textView().tryToPerformWith(selector, argument);
+    auto& front = *app().orderedControllers().front();
+    return window_of(front).title + " " +
+           std::to_string(front.textView().view()->selection.current_mark.base.line + 1);
+  };
+  EXPECT_EQ(go("two:2"), "two.c 2");
+  EXPECT_EQ(go(""), "one.c 1");  // the previous one
+  EXPECT_EQ(go(":3"), "one.c 3");
+  EXPECT_EQ(go(">begdoc"), "one.c 1");
+  EXPECT_EQ(go("nothing"), "one.c 1");
+  EXPECT_EQ(typed, "nothing");
+  EXPECT_EQ(go("@", "selectFromList:", "symbols"), "one.c 1");
+  EXPECT_EQ(desktop.pickers().last_request.initial, "@");
+  int times = 0;
+  desktop.pickers().way = platform::picked_way::aside;
+  auto const once = desktop.pickers().choose;
+  desktop.pickers().choose = [&](platform::picker_source& source) {
+    typed = "two";
+    return ++times > 2 ? std::nullopt : once(source);
+  };
+  EXPECT_EQ(go(""), "one.c 1");  // stays in front, and so does the box
+  EXPECT_EQ(times, 3);
+  EXPECT_EQ(windows(), titles({"one.c", "two.c"}));
+  EXPECT_EQ(desktop.beeps, 0);
 }
 
 TEST_F(selecting, looks_up_keys) {

@@ -2,6 +2,7 @@
 
 #include "path/file_system.h"
 #include "platform/utf.h"
+#include "projects/BriskStringRanker.h"
 #include "test.h"
 
 namespace {
@@ -9,16 +10,31 @@ namespace {
 using projects::file_chooser;
 using projects::typed_file_name;
 
-strings found(std::vector<std::string> paths, char16_t const* typed,
-              file_chooser::extensions const& wanted = {}, char const* top = "") {
-  file_chooser chooser(std::move(paths), wanted, top);
-  chooser.search(typed_file_name(typed));
+file_chooser::batch batch_of(strings const& paths,
+                             projects::offered_extensions const& wanted = {}) {
+  auto result = std::make_shared<projects::file_batch>();
+  for (std::string const& path : paths)
+    if (wanted.take(path)) result->add(path);
+  result->finish();
+  return result;
+}
+
+strings rows_of(file_chooser const& chooser) {
   strings result;
   for (std::size_t row = 0; row < chooser.size(); ++row)
     result.push_back(chooser.path(row) + (chooser.components_shown(row)
                                               ? " " + std::to_string(chooser.components_shown(row))
                                               : ""));
   return result;
+}
+
+strings found(strings const& paths, char16_t const* typed,
+              projects::offered_extensions const& wanted = {}, char const* top = "") {
+  file_chooser chooser;
+  chooser.set_top(top);
+  chooser.add(batch_of(paths, wanted));
+  chooser.search(typed_file_name(typed));
+  return rows_of(chooser);
 }
 
 TEST(file_chooser, takes_what_is_typed_apart) {
@@ -65,29 +81,53 @@ TEST(file_chooser, lists_the_best_first_and_tells_names_apart) {
   EXPECT_EQ(found({"/n", "/b/n"}, u""), strings({"/n 2", "/b/n 2"}));
 }
 
-// All files by a ranking from scratch, sorted by the plainest means.
+// All files by a ranking from scratch, sorted by the plainest means, however they come and the
+// letters are typed.
 TEST(file_chooser, is_a_stable_sort_by_score) {
   std::mt19937 random(4);
+  std::set<std::string> known;
   strings paths;
-  for (int n = 0; n < 2000; ++n) {
+  while (paths.size() < 3000) {
     std::string path = "/";
-    for (auto count = 1 + random() % 12; count > 0; --count) path += "abAB_./0"[random() % 8];
-    paths.push_back(path + "x");
+    for (auto count = 1 + random() % 9; count > 0; --count) path += "abAB_./0"[random() % 8];
+    if (known.insert(path += "x").second) paths.push_back(path);
   }
-  for (char16_t const* typed : {u"a", u"ab", u"bax", u"abab", u"0"}) {
+  file_chooser chooser;
+  std::size_t there = 0, first = 0;
+  strings recent;
+  for (char16_t const* typed :
+       {u"a", u"ab", u"abx", u"a", u"", u"a/", u"a/b", u"a/bx", u"abab", u"b/a/0", u"0"}) {
+    typed_file_name const name(typed);
+    chooser.search(name);
+    std::size_t const more = std::min(paths.size(), there + 400);
+    chooser.add(batch_of({paths.begin() + static_cast<std::ptrdiff_t>(there),
+                          paths.begin() + static_cast<std::ptrdiff_t>(more)}));
+    there = more;
+    if (++first % 3 == 0) {
+      recent = {paths[random() % there], paths[random() % there], "/else/abx"};
+      if (recent[0] == recent[1]) recent.pop_back();
+      chooser.set_first(batch_of(recent));
+    }
+    strings all = recent;
+    for (std::size_t n = 0; n < there; ++n)
+      if (std::find(recent.begin(), recent.end(), paths[n]) == recent.end())
+        all.push_back(paths[n]);
     std::vector<std::pair<double, std::string>> ranked;
-    for (std::string const& path : paths) {
-      std::u16string const name = unicode::to_utf16(path.substr(path.rfind('/') + 1));
-      double const score = BriskStringRanker(name).scoreForAbbreviation(typed);
-      if (score > -0.5) ranked.emplace_back(score, path);
+    for (std::string const& path : all) {
+      std::u16string const last = unicode::to_utf16(path.substr(path.rfind('/') + 1));
+      double const score =
+          name.letters.empty() ? 0 : BriskStringRanker(last).scoreForAbbreviation(name.letters);
+      if (score > -0.5 && (name.folders.empty() || !found({path}, typed).empty()))
+        ranked.emplace_back(score, path);
     }
     std::stable_sort(ranked.begin(), ranked.end(),
                      [](auto const& a, auto const& b) { return a.first > b.first; });
-    file_chooser chooser(paths, {});
-    chooser.search(typed_file_name(typed));
+    EXPECT_EQ(chooser.total(), all.size());
     ASSERT_EQ(chooser.size(), ranked.size());
-    for (std::size_t row = 0; row < ranked.size(); ++row)
-      ASSERT_EQ(chooser.path(row), ranked[row].second) << row;
+    for (std::size_t row = 0; row < ranked.size(); ++row) {
+      ASSERT_EQ(chooser.path(row), ranked[row].second) << row << " by " << unicode::to_utf8(typed);
+      ASSERT_EQ(chooser.row_of(ranked[row].second), row);
+    }
   }
 }
 
