@@ -16,6 +16,12 @@ bool is_text(std::string const& name, std::string const& value) {
          value.find('\0') == value.npos;
 }
 
+// By these a shell that the program was started from would set the options of the command's own, or
+// put its functions in the place of programs.
+bool is_state_of_shell(std::string_view name) {
+  return name == "SHELLOPTS" || name == "BASHOPTS" || name.starts_with("BASH_FUNC_");
+}
+
 constexpr char const* path_name = "PATH";
 constexpr char const* plain_path = "/usr/bin:/bin:/usr/sbin:/sbin";
 
@@ -56,6 +62,7 @@ std::vector<std::string> child_environment(variables const& given) {
     std::string_view const text = *entry;
     auto const equals = text.find('=');
     if (equals == text.npos || text.starts_with("QN_")) continue;
+    if (is_state_of_shell(text.substr(0, equals))) continue;
     all.emplace(text.substr(0, equals), text.substr(equals + 1));
   }
   all.insert_or_assign(path_name, safe_path(all[path_name]));

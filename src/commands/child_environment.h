@@ -14,7 +14,8 @@ using variables = std::map<std::string, std::string>;
 inline constexpr std::size_t longest_string = 0x20000;
 
 /// What a command gets as its environment, "NAME=VALUE" each, sorted: QN_PID, SHLVL, what is
-/// given, and of the program's own environment what has another name and doesn't begin with QN_.
+/// given, and of the program's own environment what has another name and doesn't begin with QN_,
+/// without the options and the functions that a shell has exported to it.
 /// Given variables that can't be handed on are left out, which is logged. Of the PATH there is what
 /// safe_path() leaves.
 std::vector<std::string> child_environment(variables const& given);

@@ -52,6 +52,9 @@ script_case const scripts[] = {
     {"{ : >/dev/tty; } 2>/dev/null", "", 1},
     // Who goes on in the background without the pipe isn't waited for.
     {"setsid sleep 60 >&- 2>&- <&- & echo done", "done\n", 0},
+    // Nor who keeps it and writes nothing; what comes after the shell's end is taken.
+    {"setsid sleep 60 & echo done", "done\n", 0},
+    {"echo b > >(sleep 0.1; cat); exit 2", "b\n", 2},
 };
 
 TEST_F(shell, gives_output_and_status) {
@@ -79,6 +82,10 @@ TEST_F(shell, input_and_output_go_at_once) {
 TEST_F(shell, environment_is_the_users_without_the_editors_own) {
   setenv("QN_FILEPATH", "/inherited", 1);
   setenv("QUIRNOTE_TEST", "kept", 1);
+  // Those of a shell that the program was started from.
+  setenv("SHELLOPTS", "noexec:xtrace", 1);
+  setenv("BASHOPTS", "xpg_echo", 1);
+  setenv("BASH_FUNC_printf%%", "() { echo another; }", 1);
   std::string const script =
       "printf '%s|' \"$QN_FILEPATH\" \"$QUIRNOTE_TEST\" \"$A\" \"$SHLVL\" \"$PATH\"";
   EXPECT_EQ(run(script, "", {{"A", "x"}, {"PATH", "::.:bin:/usr/bin:./x:/bin:"}}).output,
@@ -98,6 +105,7 @@ TEST_F(shell, environment_is_the_users_without_the_editors_own) {
   EXPECT_NE(told.find("variable exceeds ARG_MAX: B\n"), std::string::npos);
   unsetenv("QN_FILEPATH");
   unsetenv("QUIRNOTE_TEST");
+  for (char const* name : {"SHELLOPTS", "BASHOPTS", "BASH_FUNC_printf%%"}) unsetenv(name);
 }
 
 // Names, selections and words that a shell would take for commands go through variables and
