@@ -84,15 +84,15 @@ void TextViewWidget::inputMethodEvent(QInputMethodEvent* event) {
   event->accept();
   auto& waits = platform::desktop::current().waits();
   if (!waits.is_waiting()) waits.did_type();
+  std::u16string const committed = utf16(event->commitString());
   if (event->replacementLength() > 0)
     deliver([offset = event->replacementStart(),
-             length = event->replacementLength()](platform::view_client& client) {
-      client.delete_surrounding_text(offset, static_cast<std::size_t>(length));
+             length = static_cast<std::size_t>(event->replacementLength()),
+             committed](platform::view_client& client) {
+      client.replace_surrounding_text(offset, length, committed);
     });
-  if (!event->commitString().isEmpty())
-    deliver([text = utf16(event->commitString())](platform::view_client& client) {
-      client.insert_text(text);
-    });
+  else if (!committed.empty())
+    deliver([committed](platform::view_client& client) { client.insert_text(committed); });
   if (!event->commitString().isEmpty() && event->preeditString().isEmpty()) return;
   deliver([text = utf16(event->preeditString()),
            at = selection_in_preedit(*event)](platform::view_client& client) {
@@ -102,7 +102,6 @@ void TextViewWidget::inputMethodEvent(QInputMethodEvent* event) {
 
 QVariant TextViewWidget::inputMethodQuery(Qt::InputMethodQuery query) const {
   if (client_ == nullptr) return query == Qt::ImEnabled ? QVariant(false) : QVariant();
-  std::size_t caret_offset = 0;
   switch (query) {
     case Qt::ImEnabled:
       return true;
@@ -114,11 +113,11 @@ QVariant TextViewWidget::inputMethodQuery(Qt::InputMethodQuery query) const {
     case Qt::ImFont:
       return font();
     case Qt::ImSurroundingText:
-      return qstring(client_->line_text(caret_offset));
+      return qstring(client_->text_around_caret().text);
     case Qt::ImCursorPosition:
+      return static_cast<int>(client_->text_around_caret().caret);
     case Qt::ImAnchorPosition:
-      client_->line_text(caret_offset);
-      return static_cast<int>(caret_offset);
+      return static_cast<int>(client_->text_around_caret().anchor);
     case Qt::ImCurrentSelection:
       return qstring(client_->selected_text());
     default:

@@ -33,6 +33,14 @@ struct tool_tip {
   rect area;
 };
 
+/// The text of the caret's line, or of a long one the part around the caret, and where in it, as
+/// numbers of units, the caret is and the selection begins; that end of it which is nearer where
+/// the selection begins elsewhere.
+struct caret_context {
+  std::u16string text;
+  std::size_t caret = 0, anchor = 0;
+};
+
 /// What the logic may ask of the widget.
 class view_host {
  public:
@@ -130,14 +138,15 @@ class view_client {
                                std::size_t length) = 0;
   virtual void unmark_text() = 0;
   /// Takes `length` code units away, of which the first stands `offset` after the caret, or before
-  /// it if that is negative; no more than there are in the caret's line.
-  virtual void delete_surrounding_text(std::ptrdiff_t offset, std::size_t length) = 0;
+  /// it if that is negative; no more than there are in the caret's line. Then inserts `text`. All
+  /// of it is one step for undo.
+  virtual void replace_surrounding_text(std::ptrdiff_t offset, std::size_t length,
+                                        std::u16string_view text) = 0;
   /// Where the caret stands, for an input method's windows.
   virtual rect caret_rect() const = 0;
-  /// For input methods: the selected text, and the text of the caret's line with the caret's offset
-  /// in it.
+  /// For input methods: the selected text, and what is around the caret.
   virtual std::u16string selected_text() const = 0;
-  virtual std::u16string line_text(std::size_t& caret_offset) const = 0;
+  virtual caret_context text_around_caret() const = 0;
 
   /// The text for assistive programs, of which `observer` hears from now on; null without a
   /// document. Owned by the client and good until the next call, of this or another member.

@@ -366,10 +366,11 @@ class WynTextView : public platform::responder,
   void insert_text(std::u16string_view text) override;
   void set_marked_text(std::u16string_view text, std::size_t offset, std::size_t length) override;
   void unmark_text() override;
-  void delete_surrounding_text(std::ptrdiff_t offset, std::size_t length) override;
+  void replace_surrounding_text(std::ptrdiff_t offset, std::size_t length,
+                                std::u16string_view text) override;
   platform::rect caret_rect() const override;
   std::u16string selected_text() const override;
-  std::u16string line_text(std::size_t& caret_offset) const override;
+  platform::caret_context text_around_caret() const override;
   platform::accessible_text* begin_access(platform::accessible_text_observer& observer) override;
   void end_access() override;
   bool scrolls_smoothly() const override { return smoothScrolling(); }

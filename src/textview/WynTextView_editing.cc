@@ -337,18 +337,23 @@ void WynTextView::unmark_text() {
   insert_text(std::u16string(markedText_));
 }
 
-void WynTextView::delete_surrounding_text(std::ptrdiff_t offset, std::size_t length) {
+void WynTextView::replace_surrounding_text(std::ptrdiff_t offset, std::size_t length,
+                                           std::u16string_view text) {
   if (view_ == nullptr) return;
+  if (iSearchWindow_ != nullptr) return insert_text(text);  // what is composed is no text yet
+  textview::view_will_change const scope(*this, true);
+  markedText_.clear();
   text::iterator const caret = layout::marked_text_place(*view_).base;
   auto const end = static_cast<std::ptrdiff_t>(view_->storage->size(caret.line));
   auto const from = std::clamp<std::ptrdiff_t>(caret.column + offset, 0, end);
   auto const to = std::min(from + static_cast<std::ptrdiff_t>(length), end);
-  if (from == to) return;
-  textview::view_will_change const scope(*this, true);
-  text::iterator const line = view_->storage->begin_of_line(caret.line);
-  view_->selection.set_caret({view_, line + from});
-  view_->selection.select_to({view_, line + to}, false);
-  view_->erase_selection();
+  if (from != to) {
+    text::iterator const line = view_->storage->begin_of_line(caret.line);
+    view_->selection.set_caret({view_, line + from});
+    view_->selection.select_to({view_, line + to}, false);
+    view_->erase_selection();
+  }
+  if (!text.empty()) insert_text(text);
 }
 
 // An input method that is reset may hand over what was composed, some time later.
@@ -375,16 +380,20 @@ std::u16string WynTextView::selected_text() const {
 }
 
 // Input methods want context, not megabytes: at most a thousand units round the caret.
-std::u16string WynTextView::line_text(std::size_t& caret_offset) const {
-  caret_offset = 0;
+platform::caret_context WynTextView::text_around_caret() const {
   if (view_ == nullptr) return {};
   constexpr std::size_t context = 500;
-  text::iterator const caret = view_->selection.current_mark.base;
+  text::selection const& selection = view_->selection;
+  text::iterator const caret = selection.current_mark.base;
   text::unit_view const line = view_->storage->line_units(caret.line);
   std::size_t first = caret.column - std::min<std::size_t>(caret.column, context);
   std::size_t last = std::min<std::size_t>(line.size(), caret.column + context);
   if (unicode::splits_pair(line, first)) ++first;
   if (unicode::splits_pair(line, last)) --last;
-  caret_offset = caret.column - first;
-  return std::u16string(line.substr(first, last - first));
+  text::iterator const begun = selection.current_mark == selection.first_mark
+                                   ? selection.last_mark.base
+                                   : selection.first_mark.base;
+  std::size_t anchor = std::clamp<std::size_t>(begun.column, first, last);
+  if (begun.line != caret.line) anchor = begun.line < caret.line ? first : last;
+  return {std::u16string(line.substr(first, last - first)), caret.column - first, anchor - first};
 }

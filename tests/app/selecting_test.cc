@@ -20,8 +20,7 @@ class selecting : public app_test {
     return *app().orderedControllers().front();
   }
   static std::string text(windows::document_window& controller) {
-    std::size_t offset = 0;
-    std::u16string const line = controller.textView().line_text(offset);
+    std::u16string const line = controller.textView().text_around_caret().text;
     return {line.begin(), line.end()};
   }
 };

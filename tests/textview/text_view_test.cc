@@ -220,6 +220,44 @@ TEST_F(text_view, a_click_abandons_marked_text) {
   EXPECT_EQ(host.compositions_abandoned, 1);
 }
 
+TEST_F(text_view, an_input_method_replaces_what_is_around_the_caret_in_one_step) {
+  struct {
+    char const* before;
+    std::ptrdiff_t offset;
+    std::size_t length;
+    std::u16string_view text;
+    char const* after;
+  } const table[] = {{"ab cd|", -2, 2, u"xy", "ab xy|"},
+                     {"one\nt|wo\nx", -9, 99, u"z", "one\nz|\nx"},
+                     {"a|bc", 1, 1, u"", "ab|"},
+                     {"[ab]|c", 0, 1, u"x", "abx|"}};
+  for (auto const& [before, offset, length, text, after] : table) {
+    set(before);
+    view.set_marked_text(u"m", 1, 0);
+    view.replace_surrounding_text(offset, length, text);
+    EXPECT_EQ(get(), after);
+    EXPECT_TRUE(view.markedText().empty());
+    perform("undo:");
+    EXPECT_EQ(get(), before);
+  }
+}
+
+TEST_F(text_view, gives_input_methods_the_line_with_caret_and_anchor) {
+  auto const given = [this] {
+    platform::caret_context const around = view.text_around_caret();
+    return std::tuple(around.text, around.caret, around.anchor);
+  };
+  set("ab|cd\nef");
+  EXPECT_EQ(given(), std::tuple(u"abcd", 2U, 2U));
+  perform("moveRightAndModifySelection:");
+  EXPECT_EQ(given(), std::tuple(u"abcd", 3U, 2U));
+  perform("moveDownAndModifySelection:");
+  EXPECT_EQ(given(), std::tuple(u"ef", 2U, 0U));
+  set(std::string(2000, 'x') + "|" + std::string(2000, 'y'));
+  EXPECT_EQ(std::get<1>(given()), 500U);
+  EXPECT_EQ(std::get<0>(given()).size(), 1000U);
+}
+
 TEST_F(text_view, an_action_that_fails_beeps_and_leaves_no_step) {
   perform("undo:");
   EXPECT_EQ(desktop_.beeps, 1);
