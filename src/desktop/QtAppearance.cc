@@ -19,7 +19,8 @@ QString const service = QStringLiteral("org.freedesktop.portal.Desktop");
 QString const path = QStringLiteral("/org/freedesktop/portal/desktop");
 QString const interface = QStringLiteral("org.freedesktop.portal.Settings");
 QString const group_name = QStringLiteral("org.freedesktop.appearance");
-QString const key_name = QStringLiteral("color-scheme");
+QString const scheme_key = QStringLiteral("color-scheme");
+QString const contrast_key = QStringLiteral("contrast");  // 1 is high
 
 // Portals put the value into a variant of a variant.
 QVariant unwrapped(QVariant value) {
@@ -58,6 +59,24 @@ QPalette light_palette() {
   return palette;
 }
 
+// Nothing but black and white, and a selection that no line can be taken for.
+QPalette contrast_palette(bool dark) {
+  QColor const ground = dark ? Qt::black : Qt::white, text = dark ? Qt::white : Qt::black;
+  QPalette palette(text, ground, text, text, text, text, text, ground, ground);
+  QColor const dimmed = dark ? QColor(0xC0, 0xC0, 0xC0) : QColor(0x40, 0x40, 0x40);
+  for (auto const role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+    palette.setColor(QPalette::Disabled, role, dimmed);
+  palette.setColor(QPalette::Button, ground);
+  palette.setColor(QPalette::AlternateBase, ground);
+  palette.setColor(QPalette::ToolTipBase, ground);
+  palette.setColor(QPalette::ToolTipText, text);
+  palette.setColor(QPalette::PlaceholderText, dimmed);
+  palette.setColor(QPalette::Highlight, dark ? QColor(0xFF, 0xE0, 0x00) : QColor(0x00, 0x20, 0x80));
+  palette.setColor(QPalette::HighlightedText, ground);
+  palette.setColor(QPalette::Link, dark ? QColor(0x80, 0xC0, 0xFF) : QColor(0x00, 0x20, 0xA0));
+  return palette;
+}
+
 bool is_dark_palette() {
   return QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
 }
@@ -67,6 +86,11 @@ bool is_dark_palette() {
 bool QtAppearance::is_dark() {
   if (!is_started_) start();
   return told_ = present();
+}
+
+bool QtAppearance::wants_contrast() {
+  if (!is_started_) start();
+  return told_contrast_ = wants_contrast_;
 }
 
 // Until the answer is there the colour of windows is the best guess.
@@ -86,15 +110,21 @@ void QtAppearance::ask() {
   if (!bus.isConnected()) return answered();
   bus.connect(QString(), path, interface, QStringLiteral("SettingChanged"), this,
               SLOT(setting_changed(QDBusMessage)));
+  ask_for(scheme_key);
+  ask_for(contrast_key);
+}
+
+void QtAppearance::ask_for(QString const& key) {
   QDBusMessage read =
       QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
-  read << group_name << key_name;
-  auto* const answer = new QDBusPendingCallWatcher(bus.asyncCall(read), this);
-  connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+  read << group_name << key;
+  QDBusPendingCall const call = QDBusConnection::sessionBus().asyncCall(read);
+  auto* const answer = new QDBusPendingCallWatcher(call, this);
+  connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, key] {
     QDBusPendingReply<QDBusVariant> const reply = *answer;
     if (reply.isValid())
-      take(QVariant::fromValue(reply.value()));
-    else
+      take(key, QVariant::fromValue(reply.value()));
+    else if (key == scheme_key)
       answered();
     answer->deleteLater();
   });
@@ -103,11 +133,16 @@ void QtAppearance::ask() {
 // Group, key and value.
 void QtAppearance::setting_changed(QDBusMessage const& signal) {
   QVariantList const setting = signal.arguments();
-  if (setting.size() == 3 && setting[0] == group_name && setting[1] == key_name) take(setting[2]);
+  if (setting.size() == 3 && setting[0] == group_name) take(setting[1].toString(), setting[2]);
 }
 
-void QtAppearance::take(QVariant const& setting) {
+void QtAppearance::take(QString const& key, QVariant const& setting) {
   unsigned const preference = unwrapped(setting).toUInt();
+  if (key == contrast_key) {
+    wants_contrast_ = preference == 1;
+    return tell_change();
+  }
+  if (key != scheme_key) return;
   setting_.reset();
   if (preference == prefers_dark || preference == prefers_light)
     setting_ = preference == prefers_dark;
@@ -116,14 +151,21 @@ void QtAppearance::take(QVariant const& setting) {
 
 void QtAppearance::answered() {
   is_answered_ = true;
-  if (present() == told_) return;
+  tell_change();
+}
+
+void QtAppearance::tell_change() {
+  if (present() == told_ && wants_contrast_ == told_contrast_) return;
   told_ = present();
+  told_contrast_ = wants_contrast_;
   platform::notification_center::standard().post(did_change, this);
 }
 
 // The desktop's own colours stay where they fit.
 void QtAppearance::fit_windows_to(bool dark) {
-  if (dark == is_dark_palette()) return;
+  if (dark == is_dark_palette() && wants_contrast_ == shows_contrast_) return;
+  shows_contrast_ = wants_contrast_;
+  if (shows_contrast_) return QApplication::setPalette(contrast_palette(dark));
   QApplication::setPalette(QPalette());
   if (dark != is_dark_palette()) QApplication::setPalette(dark ? dark_palette() : light_palette());
 }

@@ -16,6 +16,7 @@ class QtAppearance final : public QObject, public platform::appearance {
 
  public:
   bool is_dark() override;
+  bool wants_contrast() override;
   void fit_windows_to(bool dark) override;
 
  private slots:
@@ -24,13 +25,16 @@ class QtAppearance final : public QObject, public platform::appearance {
  private:
   void start();
   void ask();
-  void take(QVariant const& setting);
+  void ask_for(QString const& key);
+  void take(QString const& key, QVariant const& setting);
   void answered();
+  void tell_change();
   bool present() const;
 
   bool is_started_ = false, is_answered_ = false;
-  bool was_dark_ = false;        // windows, before this program changed that
-  bool told_ = false;            // what was last said
+  bool was_dark_ = false;  // windows, before this program changed that
+  bool told_ = false;      // what was last said
+  bool wants_contrast_ = false, told_contrast_ = false, shows_contrast_ = false;
   std::optional<bool> setting_;  // nothing if the user has no preference
 };
 

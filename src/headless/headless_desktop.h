@@ -175,10 +175,11 @@ class scripted_busy : public platform::busy_panel {
 class memory_appearance : public platform::appearance {
  public:
   bool is_dark() override { return dark_; }
+  bool wants_contrast() override { return has_contrast; }
   void fit_windows_to(bool dark) override { has_dark_windows = dark; }
   void set_dark(bool dark);
 
-  bool has_dark_windows = false;
+  bool has_dark_windows = false, has_contrast = false;
 
  private:
   bool dark_ = false;

@@ -13,6 +13,8 @@ class appearance {
 
   /// False where the desktop doesn't say.
   virtual bool is_dark() = 0;
+  /// The user wants high contrast; likewise.
+  virtual bool wants_contrast() { return false; }
   /// The text has a dark ground, or a light one: menus, panels and bars are to fit.
   virtual void fit_windows_to(bool dark) = 0;
 };

@@ -21,6 +21,9 @@ constexpr char const* selected_key = "WynThemeManagerSelectedTheme";
 constexpr char const* follows_key = "WynThemeManagerFollowsDesktop";
 constexpr char const* light_key = "WynThemeManagerLightTheme";
 constexpr char const* dark_key = "WynThemeManagerDarkTheme";
+// Themes of ours, for desktops that ask for high contrast.
+constexpr char const* contrast_light = "76F594AD-5B3C-588F-A27C-5FB6D60E5638";
+constexpr char const* contrast_dark = "D8F5D9EB-24EF-530A-AE78-688D54020B49";
 constexpr char const* deleted_key = "WynThemeManagerDeletedThemes";
 
 std::vector<std::string> theme_folders() {
@@ -111,6 +114,9 @@ WynThemeManager::theme const* WynThemeManager::selectedTheme() {
   if (followsDesktop()) {
     auto* const desktop = platform::desktop::current_or_null();
     bool const dark = desktop != nullptr && desktop->appearance().is_dark();
+    if (desktop != nullptr && desktop->appearance().wants_contrast())
+      if (theme const* const found = themeWithUUID(dark ? contrast_dark : contrast_light))
+        return found;
     std::string const uuid =
         dark ? settings::store().string(dark_key) : settings::store().string(light_key);
     if (theme const* const found = themeWithUUID(uuid)) return found;

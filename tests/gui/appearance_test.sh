@@ -26,6 +26,16 @@ wait_until shows_dark "$right"
 # No preference is light.
 echo 0 >&9
 wait_until shows_light "$right"
+# High contrast is black on white, and white on black: the window's ground and the text's.
+is_black() { [[ $(brightness 400 300) -eq 0 && $(brightness "$right" 8) -eq 0 ]]; }
+is_white() { [[ $(brightness 400 300) -eq 100 && $(brightness "$right" 8) -eq 100 ]]; }
+echo c1 >&9
+wait_until is_white
+echo 1 >&9
+wait_until is_black
+echo c0 >&9
+wait_until shows_dark "$right"
+! is_black
 quit
 # Nobody has chosen any of that.
 ! grep -s Theme "$XDG_CONFIG_HOME/Quirnote/Defaults.plist"

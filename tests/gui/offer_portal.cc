@@ -1,5 +1,6 @@
 // offer_portal SCHEME: the desktop's settings on the session bus, with this colour scheme: 0 for
-// none, 1 for dark, 2 for light. Each line of its input is the next one. Ends with its input.
+// none, 1 for dark, 2 for light, and no wish for high contrast. Each line of its input is the next
+// scheme, or after a "c" the next contrast, of which 1 is high. Ends with its input.
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -24,20 +25,27 @@ class settings final : public QDBusVirtualObject {
   bool handleMessage(QDBusMessage const& message, QDBusConnection const& bus) override {
     if (message.member() != QLatin1String("Read")) return false;
     // A variant in a variant, as portals have it.
-    bus.send(message.createReply(QVariant::fromValue(QDBusVariant(value()))));
+    bool const is_contrast = message.arguments().value(1) == QStringLiteral("contrast");
+    bus.send(message.createReply(
+        QVariant::fromValue(QDBusVariant(value(is_contrast ? contrast_ : scheme_)))));
     return true;
   }
-  void change(unsigned scheme, QDBusConnection const& bus) {
-    scheme_ = scheme;
+  void change(std::string const& line, QDBusConnection const& bus) {
+    bool const is_contrast = line[0] == 'c';
+    unsigned& changed = is_contrast ? contrast_ : scheme_;
+    changed = static_cast<unsigned>(std::stoul(line.substr(is_contrast ? 1 : 0)));
     bus.send(QDBusMessage::createSignal(path, interface, QStringLiteral("SettingChanged"))
-             << QStringLiteral("org.freedesktop.appearance") << QStringLiteral("color-scheme")
-             << value());
+             << QStringLiteral("org.freedesktop.appearance")
+             << (is_contrast ? QStringLiteral("contrast") : QStringLiteral("color-scheme"))
+             << value(changed));
   }
 
  private:
-  QVariant value() const { return QVariant::fromValue(QDBusVariant(QVariant(scheme_))); }
+  static QVariant value(unsigned setting) {
+    return QVariant::fromValue(QDBusVariant(QVariant(setting)));
+  }
 
-  unsigned scheme_;
+  unsigned scheme_, contrast_ = 0;
 };
 
 }  // namespace
@@ -53,7 +61,7 @@ int main(int argc, char** argv) {
   QObject::connect(&input, &QSocketNotifier::activated, &app, [&] {
     std::string line;
     if (!std::getline(std::cin, line)) return QCoreApplication::quit();
-    offered.change(static_cast<unsigned>(std::stoul(line)), bus);
+    offered.change(line, bus);
   });
   return QCoreApplication::exec();
 }
