@@ -2,6 +2,7 @@
 
 #include "desktop/Announcement.h"
 #include "desktop/EditorWindow.h"
+#include "desktop/FileManager.h"
 #include "desktop/ImageStore.h"
 #include "desktop/LeanStyle.h"
 #include "desktop/OutputWindow.h"
@@ -81,6 +82,10 @@ std::unique_ptr<platform::editor_window> QtDesktop::make_window(platform::window
 std::unique_ptr<platform::html_window> QtDesktop::make_html_window(
     platform::html_window_delegate& delegate) {
   return std::make_unique<OutputWindow>(*this, delegate);
+}
+
+void QtDesktop::show_in_file_manager(std::vector<std::string> const& paths) {
+  widgets::show_in_file_manager(paths);
 }
 
 std::vector<platform::window*> QtDesktop::ordered_windows() const {

@@ -62,6 +62,7 @@ class QtDesktop final : public platform::desktop, public WindowOwner {
   platform::command_panel& commands() override { return commands_; }
   platform::appearance& appearance() override { return appearance_; }
   void beep() override { QApplication::beep(); }
+  void show_in_file_manager(std::vector<std::string> const& paths) override;
   platform::file_watcher& files() override { return files_; }
   platform::waiting& waits() override { return waits_; }
   void dismiss_dialog() override;

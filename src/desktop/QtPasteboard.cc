@@ -34,6 +34,11 @@ bool is_private(std::string_view type) {
          type != types::secret;
 }
 
+// A path's bytes need not be UTF-8.
+QUrl url_of_file(std::string const& path) {
+  return QUrl::fromEncoded("file://" + QByteArray::fromStdString(path).toPercentEncoding("/"));
+}
+
 // Converts only what another program asks for: a primary selection changes often, and may be large.
 class PasteboardContent final : public QMimeData {
  public:
@@ -70,7 +75,7 @@ class PasteboardContent final : public QMimeData {
   QVariantList urls() const {
     QVariantList list;
     for (plist::value const& path : content.find(types::file_list)->second.elements())
-      list << QUrl::fromLocalFile(qstring(path.string_or("")));
+      list << url_of_file(path.string_or(""));
     return list;
   }
 

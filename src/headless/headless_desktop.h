@@ -205,6 +205,7 @@ class headless_desktop : public platform::desktop {
   scripted_commands& commands() override { return commands_; }
   memory_appearance& appearance() override { return appearance_; }
   void beep() override { ++beeps; }
+  void show_in_file_manager(std::vector<std::string> const& paths) override { shown_files = paths; }
   platform::file_watcher& files() override { return files_; }
   platform::waiting& waits() override { return waits_; }
   void dismiss_dialog() override {}  // closes when its while_open returns
@@ -218,6 +219,7 @@ class headless_desktop : public platform::desktop {
   void terminate() override { terminated = true; }
 
   int beeps = 0;
+  std::vector<std::string> shown_files;  // in the file manager, last
   bool terminated = false;
   std::vector<headless_html_window*> html_windows;  // in the order in which they were made
   bool shows_windows = true;  // else views in windows made from now on are never visible

@@ -19,6 +19,7 @@
 #include "platform/window.h"
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace platform {
@@ -51,6 +52,8 @@ class desktop {
   virtual command_panel& commands() = 0;
   virtual platform::appearance& appearance() = 0;
   virtual void beep() = 0;
+  /// Shows the files and folders in the user's file manager, selected there. Returns at once.
+  virtual void show_in_file_manager(std::vector<std::string> const& paths) = 0;
   virtual file_watcher& files() = 0;
   virtual waiting& waits() = 0;
   /// Ends the alert or panel that was opened last, if any is open, without an answer.

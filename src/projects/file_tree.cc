@@ -195,6 +195,28 @@ void file_tree::move(std::vector<project_item*> const& items, project_item* grou
   changed(group);
 }
 
+void file_tree::follow_move(std::string const& from, std::string const& to) {
+  project_item* const moved = item_with_path(from);
+  bool const is_renamed = moved != nullptr && moved->own() == nullptr &&
+                          path::parent(from) == path::parent(to);
+  if (is_renamed) moved->set_name(path::name(to));
+  visit_items(roots_, [&](project_item& item) {
+    if (item.own() == nullptr) return false;
+    std::string& path = item.own()->path;
+    if (path == from && item.name() == path::name(from)) item.set_name(path::name(to));
+    if (path == from || is_in_folder(path, from)) path = to + path.substr(from.size());
+    return item.kind() == item_kind::group;
+  });
+  ++structure_;
+  // Folders are watched by their paths.
+  visit_items(roots_, [&](project_item& item) {
+    std::string const path = item.is_watched() ? item.path() : "";
+    if (path == to || is_in_folder(path, to)) set_expanded(item, true);
+    return true;
+  });
+  changed(nullptr);
+}
+
 void file_tree::set_expanded(project_item& item, bool expanded) {
   item.is_expanded = expanded;
   if (item.kind() != item_kind::folder) return;
@@ -271,7 +293,8 @@ item_list file_tree::merged(project_item& folder, item_list found) {
   std::unordered_map<std::string_view, std::size_t> known;
   item_list old;
   for (auto const& child : folder.children())
-    if (child->kind() == item_kind::folder || child->is_selected) known[child->name()] = 0;
+    if (child->kind() == item_kind::folder || child->is_selected || child->is_pinned)
+      known[child->name()] = 0;
   std::vector<std::string> unsaved;
   if (unsaved_files) unsaved = unsaved_files();
   std::string const path = folder.path();
@@ -353,16 +376,42 @@ void file_tree::finish_refresh() {
   for (auto const& done : std::exchange(when_refreshed_, {})) done();
 }
 
-project_item* file_tree::item_with_path(std::string const& path) const {
+project_item* file_tree::item_on_way(std::string const& path) const {
+  // Of an item of the project itself that the path is that of, or leads into.
+  auto const last_on_way = [&](project_item& from) {
+    project_item* at = &from;
+    std::size_t length = at->own()->path == "/" ? 0 : at->own()->path.size();
+    while (length < path.size()) {
+      std::size_t const end = std::min(path.find('/', length + 1), path.size());
+      std::string_view const name = std::string_view(path).substr(length + 1, end - length - 1);
+      item_list const& children = at->children();
+      auto const next = std::find_if(children.begin(), children.end(),
+                                     [&](auto const& child) { return child->name() == name; });
+      if (next == children.end()) break;
+      at = next->get();
+      length = end;
+    }
+    return std::pair(at, length >= path.size());
+  };
   project_item* result = nullptr;
+  bool is_whole = false;
   visit_items(roots_, [&](project_item& item) {
-    if (result != nullptr) return false;
+    if (is_whole || item.own() == nullptr) return false;
     if (item.kind() == item_kind::group) return true;
-    std::string const own = item.path();
-    if (own == path) result = &item;
-    return result == nullptr && is_in_folder(path, own);
+    bool const is_folder = item.kind() == item_kind::folder;
+    if (item.own()->path != path && !(is_folder && is_in_folder(path, item.own()->path)))
+      return false;
+    auto const [last, whole] = last_on_way(item);
+    if (result == nullptr || whole) result = last;
+    is_whole = whole;
+    return false;
   });
   return result;
+}
+
+project_item* file_tree::item_with_path(std::string const& path) const {
+  project_item* const found = item_on_way(path);
+  return found != nullptr && found->path() == path ? found : nullptr;
 }
 
 bool file_tree::holds_file(std::string const& path) const {

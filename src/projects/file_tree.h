@@ -42,6 +42,10 @@ class file_tree {
   /// Moves such items to a place in a group; those that the group is in stay where they are.
   void move(std::vector<project_item*> const& items, project_item* group, std::size_t index);
 
+  /// A file or folder has been moved on the disk: items of the project itself that are it, or in
+  /// it, get the path that it has now.
+  void follow_move(std::string const& from, std::string const& to);
+
   /// An open folder is read and watched.
   void set_expanded(project_item& item, bool expanded);
   /// Begins to read a folder, unless that has been done.
@@ -55,6 +59,9 @@ class file_tree {
 
   /// Among what has been read; null if there is none.
   project_item* item_with_path(std::string const& path) const;
+  /// The item with the path or, as far as folders have been read, the last one on the way to it;
+  /// null if nothing in the project leads there.
+  project_item* item_on_way(std::string const& path) const;
   /// Whether the path is that of a file of the project, read or not.
   bool holds_file(std::string const& path) const;
   /// Where a walk over all files begins.

@@ -75,6 +75,8 @@ class project_item {
   bool is_link = false;
   bool is_expanded = false;
   bool is_selected = false;
+  bool is_pinned = false;  ///< somebody knows it: a reading that finds it again keeps it, as it
+                           ///< does what is selected
 
   /// Looks at the folder are numbered as they begin. False for one whose answer comes after that of
   /// a later one.
