@@ -35,7 +35,10 @@ class tree_controller final : public platform::tree_client, public platform::res
   /// Opens the folders on the way to a file or folder, and selects it once they have been read.
   /// False if it can't be in the tree.
   bool reveal(std::string const& path);
+  /// From top to bottom, without what is in another one.
   std::vector<std::string> selectedPaths();
+  /// Whether something that the user does to files isn't done yet.
+  bool is_busy() const { return background_.is_busy(); }
 
   // tree_client
   void set_host(platform::tree_host* host) override { host_ = host; }

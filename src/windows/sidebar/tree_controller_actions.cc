@@ -34,6 +34,17 @@ void tree_controller::addActions() {
        {"canProjectCopyPath", "canProjectCopyRelativePath", "canProjectShowInFileManager",
         "canProjectDuplicateFiles", "canProjectMoveToTrash"})
     add(query, [this] { return !selectedPaths().empty(); });
+  add("copy:", [this] { return copyFiles(false); });
+  add("cut:", [this] { return copyFiles(true); });
+  add("paste:", [this] { return paste(); });
+  for (char const* query : {"canCopy", "canCut"})
+    add(query, [this] { return !selectedPaths().empty(); });
+  add("canPaste", [this] { return folderForNew() != nullptr; });
+  add("selectAll:", [this] {
+    if (count() == 0) return false;
+    setAnchor(itemAt(0));
+    return selectTo(count() - 1), true;
+  });
   add("projectCollapseAll:", [this] { return collapseAll(); });
   add("projectRefresh:", [this] { return tree_.refresh(), true; });
 }
