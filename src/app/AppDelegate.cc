@@ -535,6 +535,10 @@ std::vector<platform::menu_item> AppDelegate::tabMenu() const {
   return menuWithKeys(menus_["tab"]);
 }
 
+std::vector<platform::menu_item> AppDelegate::treeMenu() const {
+  return menuWithKeys(menus_["tree"]);
+}
+
 std::vector<platform::menu_item> AppDelegate::contextMenu() const {
   return menuWithKeys(menus_["context"]);
 }

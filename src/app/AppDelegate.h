@@ -101,6 +101,7 @@ class AppDelegate : public platform::application_delegate,
   void openAsNewDocument(text::text_block const& text) override;
   void showInNewWindow(std::shared_ptr<WynDocument> document) override;
   std::vector<platform::menu_item> tabMenu() const override;
+  std::vector<platform::menu_item> treeMenu() const override;
   bool takesOutput(commands::finished_command const& command) override {
     return outputTaker_ && outputTaker_(command);
   }

@@ -56,7 +56,10 @@ class FramedWindow : public Kind {
   std::string placement() const final { return frame_->placement(); }
   void set_placement(std::string const& placement) final { frame_->set_placement(placement); }
   bool is_key() const final { return frame_->isActiveWindow(); }
-  platform::responder* first_responder() const final { return &first_; }
+  platform::responder* first_responder() const final {
+    platform::responder* const focused = frame_->focused_responder();
+    return focused != nullptr ? focused : &first_;
+  }
   platform::window_delegate* delegate() const final { return &delegate_; }
 
  protected:

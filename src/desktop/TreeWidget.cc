@@ -39,18 +39,19 @@ TreeWidget::TreeWidget(platform::tree_client& client, TextViewOwner& owner, QWid
 
 void TreeWidget::detach() {
   if (client_ != nullptr) client_->set_host(nullptr);
-  client_ = nullptr;
+  client_goes();
   owner_ = nullptr;
+}
+
+void TreeWidget::client_goes() {
+  client_ = nullptr;
+  end_editing();
 }
 
 void TreeWidget::deliver(std::function<void(platform::tree_client&)> input) {
   platform::desktop::current().waits().deliver_input(lives_, [this, input = std::move(input)] {
     if (client_ != nullptr) input(*client_);
   });
-}
-
-QSize TreeWidget::sizeHint() const {
-  return {row_height() * 10, row_height() * 10};
 }
 
 // Rows.

@@ -24,6 +24,8 @@ class TreeWidget final : public QAbstractScrollArea, public platform::tree_host 
   TreeWidget(platform::tree_client& client, TextViewOwner& owner, QWidget* parent);
 
   void detach();
+  bool has_client() const { return client_ != nullptr; }
+  bool has_focus() const;
 
   // platform::tree_host
   void rows_changed() override;
@@ -31,10 +33,10 @@ class TreeWidget final : public QAbstractScrollArea, public platform::tree_host 
   std::size_t page_size() const override;
   void edit_title(std::size_t row, std::string const& title, std::size_t selected) override;
   void end_editing() override;
-  bool has_focus() const override;
-  void take_focus() override { setFocus(Qt::OtherFocusReason); }
+  void client_goes() override;
 
-  QSize sizeHint() const override;
+  QSize sizeHint() const override { return {wanted_width, 0}; }
+  int wanted_width = 200;  ///< in pixels, where there is room
 
  protected:
   bool viewportEvent(QEvent* event) override;

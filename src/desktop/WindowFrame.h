@@ -26,6 +26,8 @@ class WindowFrame : public QMainWindow, public MenuTarget {
 
   MenuBar& menus() const { return *menus_; }
 
+  /// What gets the actions of menus, where it isn't the window's first responder; or null.
+  virtual platform::responder* focused_responder() const { return nullptr; }
   /// Where there is one.
   virtual void enter_status_bar() {}
 

@@ -98,6 +98,27 @@ class recorded_tab_bar final : public platform::tab_bar {
   int settings = 0, updates = 0;  // how often all were set, and one was
 };
 
+class recorded_side_bar final : public platform::side_bar {
+ public:
+  recorded_side_bar(platform::tree_client& c, platform::responder& a) : client(c), actions(a) {}
+
+  bool is_visible() const override { return visible; }
+  void set_visible(bool v) override { visible = v; }
+  bool is_on_right() const override { return on_right; }
+  void set_on_right(bool right) override { on_right = right; }
+  int width() const override { return pixels; }
+  void set_width(int w) override { pixels = w; }
+  void set_font_size(double size) override { font_size = size; }
+  bool has_focus() const override { return focused; }
+  void set_focus(bool to_tree) override { focused = to_tree; }
+
+  platform::tree_client& client;
+  platform::responder& actions;
+  bool visible = false, on_right = false, focused = false;
+  int pixels = 200;
+  double font_size = 0;
+};
+
 class headless_window final : public recorded_window<platform::editor_window> {
  public:
   headless_window(window_order& order, platform::window_delegate& delegate,
@@ -109,7 +130,13 @@ class headless_window final : public recorded_window<platform::editor_window> {
     return *tab_bar;
   }
 
+  platform::side_bar& side(platform::tree_client& client, platform::responder& actions) override {
+    if (!side_bar) side_bar.emplace(client, actions);
+    return *side_bar;
+  }
+
   headless_view_host host;
+  std::optional<recorded_side_bar> side_bar;
   std::optional<recorded_tab_bar> tab_bar;  // of a window that has one
 };
 

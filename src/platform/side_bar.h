@@ -15,6 +15,11 @@ class side_bar {
   /// In pixels, also while it isn't visible; the user can change it. Kept within the window.
   virtual int width() const = 0;
   virtual void set_width(int width) = 0;
+  /// In points.
+  virtual void set_font_size(double size) = 0;
+  virtual bool has_focus() const = 0;
+  /// The keyboard goes to the tree, or to the text.
+  virtual void set_focus(bool to_tree) = 0;
 };
 
 }  // namespace platform

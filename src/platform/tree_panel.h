@@ -70,8 +70,8 @@ class tree_host {
   virtual void edit_title(std::size_t row, std::string const& title, std::size_t selected) = 0;
   /// Ends it, without a call.
   virtual void end_editing() = 0;
-  virtual bool has_focus() const = 0;
-  virtual void take_focus() = 0;
+  /// The client goes: it isn't called from here on.
+  virtual void client_goes() = 0;
 };
 
 /// The events that the widget passes to the logic.

@@ -2,7 +2,9 @@
 
 #include "platform/menu.h"
 #include "platform/responder.h"
+#include "platform/side_bar.h"
 #include "platform/tab_bar.h"
+#include "platform/tree_panel.h"
 #include "platform/view.h"
 #include "plist/value.h"
 
@@ -86,6 +88,10 @@ class editor_window : public window {
  public:
   /// Above the text. `delegate` is that of the first call, and must outlive the window.
   virtual tab_bar& tabs(tab_bar_delegate& delegate) = 0;
+  /// Beside the text, not visible at first. While the keyboard is there `actions` gets what menus
+  /// do. Both are those of the first call; the client may go before the window if it tells its
+  /// host, and `actions` with it.
+  virtual side_bar& side(tree_client& client, responder& actions) = 0;
 };
 
 }  // namespace platform

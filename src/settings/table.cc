@@ -307,6 +307,12 @@ rows files() {
        "!.*/(\\.[^/]*|CVS|_darcs|_MTN|\\{arch\\}|blib|.*~\\.nib|"
        ".*\\.(framework|app|pbproj|pbxproj|xcode(proj)?|bundle))$",
        scope::program, "Folders in Folders", "The same for the paths of the folders in them."},
+      {"WynProjectDrawerSide", one_of({"left", "right"}), "left", scope::program,
+       "Side of the Side Bar", "Where the tree of files stands in project windows."},
+      {"WynProjectDrawerWidth", integer(80, 4000), 240, scope::program, "Width of the Side Bar",
+       "In pixels, in new project windows: as wide as it was last."},
+      {"WynProjectDrawerFontSize", integer(5, 72), 11, scope::program, "Font Size in the Side Bar",
+       "In points."},
       {"WynFileChooserDeny", list(), plist::array{"dict", "plist", "strings"}, scope::program,
        "Files Not Offered", "Extensions of files that Go to File leaves out."},
       {"WynFileChooserAllow",

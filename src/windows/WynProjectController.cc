@@ -59,7 +59,11 @@ WynProjectController::WynProjectController(windows::windows_owner& owner)
     : document_window(owner),
       untitledCount_(project_numbers().take()),
       tree_(platform::desktop::current().loop(), platform::desktop::current().files()),
-      bar_(window().tabs(*this)) {
+      bar_(window().tabs(*this)),
+      treeView_(*this, tree_),
+      side_(window().side(treeView_, treeView_)) {
+  treeView_.setNextResponder(this);
+  tree_.did_change = [this](auto*) { treeView_.treeDidChange(); };
   tree_.unsaved_files = [this] {
     std::vector<std::string> paths;
     for (WynDocument const* document : modifiedDocuments())
@@ -67,6 +71,7 @@ WynProjectController::WynProjectController(windows::windows_owner& owner)
     return paths;
   };
   addProjectMethods();
+  addSideBarMethods();
   tabs_.push_back(newTab(""));
   selectTab(0);
   tabsDidChange();
@@ -147,6 +152,7 @@ bool WynProjectController::initWithContentsOfFile(std::string const& path) {
 }
 
 void WynProjectController::showContents() {
+  showSideBar(contents_.shows_tree, contents_.tree_width);
   tree_.set_roots(std::exchange(contents_.items, {}));
   for (std::string const& path : contents_.open_documents)
     if (tree_.holds_file(path) && tabWithPath(path) == nullptr) tabs_.push_back(newTab(path));
@@ -169,6 +175,7 @@ void WynProjectController::initWithFiles(std::vector<std::string> paths) {
   bool const is_folder =
       paths.size() == 1 && ::stat(paths.front().c_str(), &info) == 0 && S_ISDIR(info.st_mode);
   if (!paths.empty()) projectDirectory_ = is_folder ? paths.front() : common_folder(paths);
+  showSideBar(true);
   tree_.add_files(paths, nullptr, 0);
   if (is_folder && !tree_.roots().empty()) tree_.set_expanded(*tree_.roots().front(), true);
   documentDidChange();
@@ -193,6 +200,7 @@ std::string WynProjectController::windowTitle() const {
 
 void WynProjectController::documentDidChange() {
   if (textDocument() != nullptr) document_window::documentDidChange();
+  treeView_.marksDidChange();
 }
 
 // Saving and closing.
@@ -274,7 +282,9 @@ bool WynProjectController::askToSaveProject() {
 }
 
 bool WynProjectController::windowShouldClose() {
-  return askToSaveModifiedDocuments() && askToSaveProject();
+  if (!askToSaveModifiedDocuments() || !askToSaveProject()) return false;
+  keepSideBar();
+  return true;
 }
 
 bool WynProjectController::saveProject() {
@@ -305,8 +315,8 @@ bool WynProjectController::writeToFile(std::string const& path) {
   projects::project_contents written = {};
   written.variables = contents_.variables;
   written.window_frame = contents_.window_frame;
-  written.shows_tree = contents_.shows_tree;
-  written.tree_width = contents_.tree_width;
+  written.shows_tree = side_.is_visible();
+  written.tree_width = side_.width();
   // Of files that are no longer in the project nothing is kept.
   for (auto const& [file, metadata] : contents_.meta_data)
     if (tree_.holds_file(file)) written.meta_data[file] = metadata;

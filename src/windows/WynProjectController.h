@@ -6,6 +6,7 @@
 #include "projects/project_file.h"
 #include "projects/text_files.h"
 #include "windows/document_window.h"
+#include "windows/sidebar/tree_controller.h"
 
 #include <map>
 #include <memory>
@@ -20,7 +21,9 @@
 ///     project->selectItem("/home/me/src/main.cc");
 ///
 /// Files are named by their paths: one that is in the tree twice is one document with one tab.
-class WynProjectController : public windows::document_window, public platform::tab_bar_delegate {
+class WynProjectController : public windows::document_window,
+                             public platform::tab_bar_delegate,
+                             public windows::tree_owner {
  public:
   explicit WynProjectController(windows::windows_owner& owner);
   ~WynProjectController() override;
@@ -95,6 +98,17 @@ class WynProjectController : public windows::document_window, public platform::t
   /// The folder that commands work in; "" if there is none.
   std::string findProjectDirectory() const;
 
+  /// The tree at the side of the text.
+  platform::side_bar& sideBar() { return side_; }
+  // tree_owner
+  file_state stateOfFile(std::string const& path) const override;
+  bool showTreeFile(std::string const& path, bool keeps) override;
+  void focusText() override { side_.set_focus(false); }
+  void fileWasMoved(std::string const& from, std::string const& to) override;
+  void filesWereRemoved() override { closeTabsOfMissingFiles(); }
+  std::string treeDirectory() const override { return findProjectDirectory(); }
+  std::vector<platform::menu_item> treeMenu() override { return owner().treeMenu(); }
+
   // document_window
   std::vector<std::shared_ptr<WynDocument>> documents() const override;
   bool saveBeforeEnd() override { return askToSaveProject(); }
@@ -120,6 +134,9 @@ class WynProjectController : public windows::document_window, public platform::t
 
  private:
   void addProjectMethods();
+  void addSideBarMethods();
+  void showSideBar(bool visible, std::optional<std::int64_t> width = {});
+  void keepSideBar();
   void showContents();
   platform::shown_tab shownTab(tab const& of) const;
   void tabsDidChange();
@@ -151,6 +168,9 @@ class WynProjectController : public windows::document_window, public platform::t
   projects::project_contents contents_;  // but for the items, which are the tree's
   projects::file_tree tree_;
   platform::tab_bar& bar_;
+  platform::tab_id preview_ = 0;  // a tab that the next one of its kind takes the place of; or 0
+  windows::tree_controller treeView_;
+  platform::side_bar& side_;
   std::vector<tab> tabs_;  // at least one
   std::size_t selected_ = 0;
   std::vector<std::string> closed_;  // files whose tabs were closed, the last one last

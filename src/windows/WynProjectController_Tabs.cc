@@ -46,11 +46,16 @@ void WynProjectController::tabsDidChange() {
     shown.push_back(shownTab(tabs_[n]));
   }
   bar_.set_tabs(std::move(shown), tabs_[selected_].id);
+  treeView_.marksDidChange();
 }
 
 void WynProjectController::showStateOf(WynDocument const& document) {
   for (tab const& open : tabs_)
-    if (open.document.get() == &document) bar_.update_tab(shownTab(open));
+    if (open.document.get() == &document) {
+      bar_.update_tab(shownTab(open));
+      if (document.isDocumentEdited() && open.id == preview_) preview_ = 0;
+    }
+  treeView_.marksDidChange();
 }
 
 std::optional<std::size_t> WynProjectController::indexOfTab(platform::tab_id id) const {

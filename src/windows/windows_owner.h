@@ -35,6 +35,8 @@ class windows_owner {
   virtual void showInNewWindow(std::shared_ptr<WynDocument> document) = 0;
   /// What a click with the right button on a tab offers.
   virtual std::vector<platform::menu_item> tabMenu() const = 0;
+  /// The same in the tree of a side bar.
+  virtual std::vector<platform::menu_item> treeMenu() const = 0;
   /// Whether it takes what a command has written, so that no text does.
   virtual bool takesOutput(commands::finished_command const& command) = 0;
   /// Lets go of a controller whose window has closed; it is destroyed in a later turn of the loop,

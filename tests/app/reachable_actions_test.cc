@@ -98,6 +98,7 @@ class reachable_actions : public app_test {
     add_selectors(app().mainMenu(), result);
     add_selectors(app().contextMenu(), result);
     add_selectors(app().tabMenu(), result);
+    add_selectors(app().treeMenu(), result);
     add_selectors(app().actionsWithoutMenu(), result);
     for (char const* part :
          {"lineNumber", "fileEncoding", "lineEnding", "tabSize", "softTabs", "overwriteMode"}) {

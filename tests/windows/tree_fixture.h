@@ -101,7 +101,7 @@ class tree_without_window : public testing::Test,
   file_state stateOfFile(std::string const& path) const override {
     return {false, edited_files.contains(path), false};
   }
-  bool showFile(std::string const& path, bool keeps) override {
+  bool showTreeFile(std::string const& path, bool keeps) override {
     shown.push_back(std::filesystem::path(path).filename().string() + (keeps ? "!" : ""));
     return true;
   }
@@ -111,7 +111,7 @@ class tree_without_window : public testing::Test,
   }
   void filesWereRemoved() override { ++removals; }
   std::string treeDirectory() const override { return folder.path(); }
-  std::vector<platform::menu_item> treeMenu() const override { return {}; }
+  std::vector<platform::menu_item> treeMenu() override { return {}; }
   // tree_host
   void rows_changed() override {}
   void show_row(std::size_t row) override { EXPECT_LT(row, controller.count()); }
@@ -121,8 +121,7 @@ class tree_without_window : public testing::Test,
     edited = title + ":" + std::to_string(selected);
   }
   void end_editing() override { edited.reset(); }
-  bool has_focus() const override { return true; }
-  void take_focus() override {}
+  void client_goes() override {}
 
   own_defaults const settings_;
   temporary_folder folder, outside;

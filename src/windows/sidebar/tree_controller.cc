@@ -34,7 +34,9 @@ tree_controller::tree_controller(tree_owner& owner, projects::file_tree& tree)
   addGroupActions();
 }
 
-tree_controller::~tree_controller() = default;
+tree_controller::~tree_controller() {
+  if (host_ != nullptr) host_->client_goes();
+}
 
 // Rows.
 
@@ -335,7 +337,7 @@ bool tree_controller::openCurrent() {
   item* const at = current();
   if (at == nullptr) return true;
   if (at->kind() != item_kind::file) return setOpen(*at, !at->is_expanded), true;
-  if (owner_.showFile(at->path(), true))
+  if (owner_.showTreeFile(at->path(), true))
     owner_.focusText();
   else
     platform::beep();
@@ -353,7 +355,7 @@ bool tree_controller::typed(std::u16string const& characters) {
     if (at == nullptr) return true;
     if (at->kind() != item_kind::file)
       setOpen(*at, !at->is_expanded);
-    else if (!owner_.showFile(at->path(), false))
+    else if (!owner_.showTreeFile(at->path(), false))
       platform::beep();
     return true;
   }
@@ -400,13 +402,13 @@ void tree_controller::mouse_up(std::size_t row, std::uint32_t modifiers) {
   if (at == nullptr || (modifiers & (mod::shift | mod::command))) return;
   selectOnly(row);
   if (at->kind() != item_kind::file) return setOpen(*at, !at->is_expanded);
-  owner_.showFile(at->path(), false);
+  owner_.showTreeFile(at->path(), false);
 }
 
 void tree_controller::double_click(std::size_t row) {
   item* const at = itemAt(row);
   if (at == nullptr || at->kind() != item_kind::file) return;
-  if (owner_.showFile(at->path(), true))
+  if (owner_.showTreeFile(at->path(), true))
     owner_.focusText();
   else
     platform::beep();

@@ -19,7 +19,7 @@ void tree_controller::add(char const* selector, std::function<bool()> action) {
 void tree_controller::addActions() {
   add("projectOpenFiles:", [this] {
     bool done = false;
-    for (std::string const& path : selectedPaths()) done = owner_.showFile(path, true) || done;
+    for (std::string const& path : selectedPaths()) done = owner_.showTreeFile(path, true) || done;
     if (done) owner_.focusText();
     return done;
   });

@@ -176,7 +176,7 @@ void tree_controller::title_edited(std::string const& title) {
                  target_ = path;
                  refreshFolder(folder);
                  followTarget();
-                 if (!is_folder && owner_.showFile(path, true)) owner_.focusText();
+                 if (!is_folder && owner_.showTreeFile(path, true)) owner_.focusText();
                });
   }
   if (of == nullptr || title == documents::printable(of->name())) return;
