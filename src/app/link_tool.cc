@@ -87,7 +87,7 @@ std::string choose(std::vector<std::string> const& folders) {
        },
        std::nullopt});
   auto const row = platform::desktop::current().pickers().run(list.request(), list);
-  return row ? folders[list.entry(*row)] : "";
+  return row ? folders[list.entry(row->row)] : "";
 }
 
 }  // namespace

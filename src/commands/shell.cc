@@ -24,8 +24,7 @@ using namespace std::chrono_literals;
 constexpr auto silent_wait = 30ms;  // most fragments have ended by then
 constexpr auto wait_before_show = 1000ms;
 constexpr auto between_events = 10ms;
-constexpr auto longest_silence = 1000ms;  // after the end of the shell
-constexpr int poll_period = 10;           // milliseconds
+constexpr int poll_period = 10;  // milliseconds
 constexpr std::size_t room = std::size_t{1} << 18;
 
 /// What is written for a command that doesn't read it is no reason to end.
@@ -52,15 +51,8 @@ class exchange {
     take_input();
   }
 
-  /// A process may go on when it has closed its output. What the shell has left behind in the
-  /// background may keep that open for ever, but may also be about to write the rest of it.
-  bool is_done() {
-    if (!process_.has_ended()) return false;
-    if (!process_.output().is_open()) return true;
-    auto const now = clock::now();
-    if (!silent_since_) silent_since_ = now;
-    return now - *silent_since_ >= longest_silence;
-  }
+  /// A process may go on when it has closed its output.
+  bool is_done() { return !process_.output().is_open() && process_.has_ended(); }
   std::size_t sent() const { return sent_; }
   std::size_t received() const { return received_; }
   void drop_output() { is_dropped_ = true; }
@@ -82,7 +74,6 @@ class exchange {
     ssize_t const count = read(process_.output().get(), buffer_.get(), room);
     if (count > 0) {
       received_ += static_cast<std::size_t>(count);
-      silent_since_.reset();
       if (!is_dropped_) sink_({buffer_.get(), static_cast<std::size_t>(count)});
     }
     bool const is_later = count < 0 && (errno == EINTR || errno == EAGAIN);
@@ -113,7 +104,6 @@ class exchange {
   std::string_view left_;
   std::size_t sent_ = 0, received_ = 0;
   bool is_dropped_ = false;
-  std::optional<clock::time_point> silent_since_;
 };
 
 std::string megabytes(std::size_t bytes) {
