@@ -37,6 +37,12 @@ class PickerDialog final : public QDialog {
 
   std::optional<platform::picked_row> chosen() const { return chosen_; }
 
+  // A dialog selects the text in its first field, and a letter would replace it.
+  void setVisible(bool visible) override {
+    QDialog::setVisible(visible);
+    if (visible) field_->end(false);
+  }
+
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
