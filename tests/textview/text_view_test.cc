@@ -230,7 +230,7 @@ TEST_F(text_view, an_input_method_replaces_what_is_around_the_caret_in_one_step)
   } const table[] = {{"ab cd|", -2, 2, u"xy", "ab xy|"},
                      {"one\nt|wo\nx", -9, 99, u"z", "one\nz|\nx"},
                      {"a|bc", 1, 1, u"", "ab|"},
-                     {"[ab]|c", 0, 1, u"x", "abx|"}};
+                     {"[ab]c", 0, 1, u"x", "abx|"}};
   for (auto const& [before, offset, length, text, after] : table) {
     set(before);
     view.set_marked_text(u"m", 1, 0);
