@@ -1,4 +1,5 @@
 #include "bundles/BundleManager.h"
+#include "bundles/bundle_alerts.h"
 #include "bundles/item_menu.h"
 #include "bundles/item_view.h"
 #include "keys/WynKeyEvent.h"
@@ -64,7 +65,12 @@ bool BundleManager::executeItem(std::shared_ptr<BundleItem> const& item, platfor
 
 bool BundleManager::executeItemWithUUID(std::string_view uuid, platform::responder& first) {
   auto const item = bundleItemForUUID(uuid);
-  return item != nullptr && executeItem(item, first);
+  if (item != nullptr) return executeItem(item, first);
+  bundles::tell("Bundle Item Not Found",
+                "There is no item with the identifier " + bundles::quoted(std::string(uuid)) +
+                    " any more: its bundle was changed or removed. Open the menu again to see what "
+                    "there is now.");
+  return false;
 }
 
 std::shared_ptr<BundleItem> BundleManager::chooseItem(item_list const& items,

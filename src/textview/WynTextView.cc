@@ -239,13 +239,19 @@ plist::value WynTextView::performNamed(std::string_view selector, plist::value c
                                        bool& known) {
   auto const* const action = actions_.find(selector);
   known = action != nullptr || responder::respondsToSelector(selector);
-  std::optional<recording_suspended> unrecorded;
-  if (known && isRecordingMacro() && isStepOfMacro(selector)) {
-    recordMacroCommand(selector, object);
-    unrecorded.emplace(*this);
-  }
+  if (!known || !isRecordingMacro() || !isStepOfMacro(selector))
+    return action != nullptr ? performAction(*action)
+                             : responder::performSelectorWithObject(selector, object);
+  std::size_t const steps = macroRecordingBuffer_->size();
+  std::uint64_t const refusals = refusals_;
+  recordMacroCommand(selector, object);
+  recording_suspended const unrecorded(*this);
   if (action != nullptr) return performAction(*action);
-  return responder::performSelectorWithObject(selector, object);
+  plist::value result = responder::performSelectorWithObject(selector, object);
+  // A command that the user didn't let run is no step; a macro with one has done what comes before.
+  bool const is_refused = refusals_ != refusals && !selector.starts_with("play");
+  if (is_refused && isRecordingMacro()) macroRecordingBuffer_->resize(steps);
+  return result;
 }
 
 plist::value WynTextView::performAction(actions::action_map::action const& action) {

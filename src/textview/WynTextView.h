@@ -338,6 +338,8 @@ class WynTextView : public platform::responder,
   /// The user has cancelled something that a step does: no more steps, of the macros around it
   /// neither.
   void stopMacro();
+  /// The user has cancelled what comes before a command, which doesn't run.
+  void commandWasRefused();
 
   // Drag and drop (WynTextView_dragging.cc)
   void performNamed(char const* selector) final { performSelectorWithObject(selector, {}); }
@@ -634,6 +636,7 @@ class WynTextView : public platform::responder,
   std::optional<plist::array> macroRecordingBuffer_;
   bool isRecordingSuspended_ = false;
   int macroDepth_ = 0;
+  std::uint64_t refusals_ = 0;    ///< of commands
   macro_run* playing_ = nullptr;  // the outermost
 
   std::u16string markedText_;

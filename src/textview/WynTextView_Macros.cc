@@ -236,6 +236,11 @@ void WynTextView::stopMacro() {
   if (playing_ != nullptr) playing_->stop();
 }
 
+void WynTextView::commandWasRefused() {
+  ++refusals_;
+  stopMacro();
+}
+
 bool WynTextView::saveScratchMacro() {
   plist::array const steps = settings::store().array(scratch_macro_key);
   if (steps.empty()) return false;

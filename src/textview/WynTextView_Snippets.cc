@@ -180,9 +180,11 @@ bool WynTextView::expandCodeSnippet() {
   std::uint32_t const memento = view.storage->current_memento;
   auto const& waits = platform::desktop::current().waits();
   std::uint64_t const cancellations = waits.cancellations();
+  std::uint64_t const refusals = refusals_;
   bool is_done = true;
   manager.executeItem(item, *this, &is_done);
-  bool const came_to_nothing = !is_done || waits.cancellations() != cancellations;
+  bool const came_to_nothing =
+      !is_done || waits.cancellations() != cancellations || refusals_ != refusals;
   if (!came_to_nothing || view_ != &view || view.storage->current_memento != memento) return true;
   // Nothing stands in place of the letters, so they come back.
   view.storage->undo_manager.undo();

@@ -113,7 +113,7 @@ bool command_execution::run() {
   find_environment();
   if (lacks_programs()) return false;
   if (owner_ != nullptr && !owner_->willExecuteCommand(options_)) {
-    text_view_.stopMacro();
+    text_view_.commandWasRefused();
     return true;
   }
   // Saving may have given the document a name, and another language with that.

@@ -193,15 +193,17 @@ TEST_F(items, what_stands_before_tab_may_be_long) {
   }
 }
 
+struct refusing final : commands::command_owner {
+  bool willExecuteCommand(commands::command_options const&) override { return false; }
+  bool takesOutput(commands::finished_command const&) override { return false; }
+  void openAsNewDocument(text::text_block const&) override {}
+};
+
 // In whatever step it was, of whatever macro in it.
 TEST_F(items, a_cancelled_step_ends_all_of_a_macro) {
   add("One", "tie", "1");
   add("Two", "tie", "2");
-  struct refusing final : commands::command_owner {
-    bool willExecuteCommand(commands::command_options const&) override { return false; }
-    bool takesOutput(commands::finished_command const&) override { return false; }
-    void openAsNewDocument(text::text_block const&) override {}
-  } owner;
+  refusing owner;
   auto const command = [](char const* script) {
     return plist::dictionary{{"command", script}, {"input", "none"}, {"output", "discard"}};
   };
@@ -264,18 +266,27 @@ TEST_F(items, an_item_that_is_cancelled_or_fails_leaves_its_tab_trigger) {
   } const cases[] = {{"snippet", "content", "`while :; do :; done`"},
                      {"snippet", "other", "no content"},
                      {"command", "command", "while :; do :; done"},
-                     {"command", "command", "#!/no/such/interpreter"}};
+                     {"command", "command", "#!/no/such/interpreter"},
+                     {"command", "command", "refused"}};
+  refusing owner;
   for (auto const& [kind, key, text] : cases) {
     bool const is_snippet = std::string_view(kind) == "snippet";
     add({{"name", text}, {"tabTrigger", "trig"}, {key, text}},
         is_snippet ? bundles::item_kind::snippet : bundles::item_kind::command);
     desktop_.busy().cancel_after = 2;
     shown_view shown("x trig|y");
+    bool const is_refused = std::string_view(text) == "refused";
+    if (is_refused) shown.view.setCommandOwner(&owner);
     shown.perform("toggleMacroRecording:");
+    // It would write something when it is played, without the owner.
+    if (is_refused)
+      shown.perform("executeCommandWithOptions:",
+                    plist::dictionary{{"command", "echo no"}, {"output", "insertAsText"}});
     errors_of([&shown] { shown.perform("expandCodeSnippet:"); });
     EXPECT_EQ(shown.get(), "x trig|y") << text;
     shown.perform("insertText:", "z");
     shown.perform("toggleMacroRecording:");
+    shown.view.setCommandOwner(nullptr);
     shown.perform("playScratchMacro:");
     EXPECT_EQ(shown.get(), "x trigzz|y") << text;
     shown.perform("undo:");
