@@ -59,6 +59,9 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list, out
   addMethod("newDocumentFromTemplate:", [this](plist::value const& uuid) {
     return plist::value(newDocumentFromTemplate(uuid.string_or("")));
   });
+  addMethod("newFileFromTemplate:", [this](plist::value const& uuid) {
+    return plist::value(newFileFromTemplate(uuid.string_or("")));
+  });
   // Views perform it themselves; without a window there are templates still.
   addMethod("executeBundleItem:", [this](plist::value const& uuid) {
     return plist::value(
@@ -112,6 +115,10 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list, out
   // Where a window has one document, the next one is in another window.
   add("goToNextFile:", [this](auto const&) { selectWindow(1); });
   add("goToPreviousFile:", [this](auto const&) { selectWindow(-1); });
+  for (char const* const selector : {"goToNextUsedFile:", "goToPreviousUsedFile:"})
+    add(selector, [this](auto const&) {
+      if (auto const open = orderedControllers(); open.size() > 1) open[1]->showWindow();
+    });
   add("terminate:", [this](auto const&) {
     if (applicationShouldTerminate()) platform::desktop::current().terminate();
   });
@@ -263,27 +270,49 @@ plist::dictionary AppDelegate::environmentVariables() const {
   return result;
 }
 
+// Where the panel says, which has asked before it replaces a file.
+bool AppDelegate::newFileFromTemplate(std::string const& uuid) {
+  auto const item = BundleManager::sharedInstance().bundleItemForUUID(uuid);
+  if (item == nullptr || item->kind() != bundles::item_kind::file_template) return false;
+  auto const open = orderedControllers();
+  std::string const extension = item->content()["extension"].string_or("");
+  platform::save_request request;
+  request.title = "New File From Template: " + item->name();
+  request.directory = open.empty() ? currentDirectory_ : open.front()->folderForNewFiles();
+  request.name = extension.empty() ? "untitled" : "untitled." + extension;
+  auto const place = platform::desktop::current().panels().run_save(request);
+  if (!place) return true;
+  for (std::string const& path : filesOfTemplate(*item, place->path)) openFile(path);
+  return true;
+}
+
+// Without any, the user has seen why.
+std::vector<std::string> AppDelegate::filesOfTemplate(BundleItem& item, std::string const& path) {
+  WynTextView* const view = frontTextView();
+  auto files = windows::files_for_template(
+      item, path,
+      commands::environment_for(view != nullptr ? static_cast<platform::responder*>(view) : this));
+  if (files.paths.empty())
+    platform::desktop::current().alerts().run(
+        {"The Template Created No File", item.name() + ": " + files.error, {"Continue"}});
+  for (std::size_t n = files.missing; n > 0 && !files.paths.empty(); --n)
+    platform::desktop::current().beep();
+  return std::move(files.paths);
+}
+
 bool AppDelegate::newDocumentFromTemplate(std::string const& uuid) {
   auto const item = BundleManager::sharedInstance().bundleItemForUUID(uuid);
   if (item == nullptr || item->kind() != bundles::item_kind::file_template) return false;
   windows::temporary_document place(item->content()["extension"].string_or(""));
   if (place.path().empty()) return false;
-  WynTextView* const view = frontTextView();
-  auto const files = windows::files_for_template(
-      *item, place.path(),
-      commands::environment_for(view != nullptr ? static_cast<platform::responder*>(view) : this));
-  if (files.paths.empty()) {
-    platform::desktop::current().alerts().run(
-        {"The Template Created No File", item->name() + ": " + files.error, {"Continue"}});
-    return true;
-  }
-  for (std::size_t n = files.missing; n > 0; --n) platform::desktop::current().beep();
-  if (files.paths.size() > 1) {
+  auto const files = filesOfTemplate(*item, place.path());
+  if (files.empty()) return true;
+  if (files.size() > 1) {
     place.keep();
-    for (std::string const& path : files.paths) openFile(path);
+    for (std::string const& path : files) openFile(path);
     return true;
   }
-  return showAsNewDocument(files.paths.front());
+  return showAsNewDocument(files.front());
 }
 
 // Its name and first line determine the language, but the document has no file.
@@ -548,5 +577,7 @@ std::vector<platform::menu_item> AppDelegate::statusMenu(std::string_view part) 
 }
 
 std::vector<platform::menu_item> AppDelegate::dynamicItems(std::string_view name) const {
+  if (auto const open = orderedControllers(); name == "tabs")
+    return open.empty() ? std::vector<platform::menu_item>() : open.front()->openTabs();
   return app::dynamic_items(name, recent_, frontTextView());
 }

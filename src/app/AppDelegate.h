@@ -23,6 +23,7 @@
 #include <string>
 #include <vector>
 
+class BundleItem;
 class WynProjectController;
 class WynTextView;
 
@@ -128,6 +129,8 @@ class AppDelegate : public platform::application_delegate,
   void showKeyboardShortcuts();
   void openPlace(commands::output_place const& place);
   bool newDocumentFromTemplate(std::string const& uuid);
+  bool newFileFromTemplate(std::string const& uuid);
+  std::vector<std::string> filesOfTemplate(BundleItem& item, std::string const& path);
   bool showAsNewDocument(std::string const& path);
   windows::document_window& showText(text::text_block const& text);
   void addClipboardMethods();

@@ -79,6 +79,12 @@ std::vector<platform::menu_item> dynamic_items(std::string_view name, recent_fil
     return bundles::bundles_menu(BundleManager::sharedInstance(),
                                  front != nullptr && front->hasSelection());
   if (name == "templates") return bundles::templates_menu(BundleManager::sharedInstance());
+  if (name == "fileTemplates") {
+    auto bundles = bundles::templates_menu(BundleManager::sharedInstance());
+    for (platform::menu_item& bundle : bundles)
+      for (platform::menu_item& item : bundle.items) item.selector = "newFileFromTemplate:";
+    return bundles;
+  }
   if (name == "filterCommands") return WynExecuteCommandManager::historyMenu();
   if (name == "wrapColumns") return wrap_columns::menu_items();
   return {};

@@ -56,6 +56,7 @@ TabBar& EditorFrame::tabs(platform::tab_bar_delegate& delegate) {
   tabs_ = new TabBar(
       delegate, [this](auto const& items, QPoint global) { pop_up_menu(items, global); }, this);
   column_->insertWidget(0, tabs_);
+  text_->installEventFilter(tabs_);
   return *tabs_;
 }
 

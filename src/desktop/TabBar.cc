@@ -288,6 +288,13 @@ void TabBar::hover(spot at) {
   update();
 }
 
+bool TabBar::eventFilter(QObject*, QEvent* event) {
+  bool const is_release = event->type() == QEvent::KeyRelease;
+  if (is_release && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Control)
+    deliver([id = selected_](auto& delegate) { delegate.tabWasSelected(id); });
+  return false;
+}
+
 bool TabBar::event(QEvent* event) {
   if (event->type() != QEvent::ToolTip) return QWidget::event(event);
   auto const& help = static_cast<QHelpEvent const&>(*event);

@@ -34,6 +34,8 @@ class TabBar final : public QWidget, public platform::tab_bar {
 
  protected:
   bool event(QEvent* event) override;
+  /// Of the text: the user has settled on a tab when Ctrl is released.
+  bool eventFilter(QObject* text, QEvent* event) override;
   void changeEvent(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;

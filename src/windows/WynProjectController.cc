@@ -10,6 +10,7 @@
 #include "platform/desktop.h"
 #include "platform/log.h"
 #include "plist/key_order.h"
+#include "windows/project_variables.h"
 
 #include <sys/stat.h>
 
@@ -112,7 +113,21 @@ void WynProjectController::addProjectMethods() {
             [this](plist::value const&) { return plist::value(!closed_.empty()); });
   add("goToNextFile:", [this](auto const&) { return goToNextFile(1); });
   add("goToPreviousFile:", [this](auto const&) { return goToNextFile(-1); });
-  for (char const* const query : {"canGoToNextFile", "canGoToPreviousFile"})
+  add("goToNextUsedFile:", [this](auto const&) { return goToNextUsedFile(1); });
+  add("goToPreviousUsedFile:", [this](auto const&) { return goToNextUsedFile(-1); });
+  add("moveTabRight:", [this](auto const&) { return moveTab(1); });
+  add("moveTabLeft:", [this](auto const&) { return moveTab(-1); });
+  addMethod("selectTab:", [this](plist::value const& tab) {
+    tabWasSelected(static_cast<platform::tab_id>(tab.integer_or(0)));
+    return plist::value();
+  });
+  addMethod("selectTabIsChecked:", [this](plist::value const& tab) {
+    return plist::value(tabs_[selected_].id == tab.integer_or(0));
+  });
+  add("refreshProject:", [this](auto const&) { return refresh(), true; });
+  add("editProjectVariables:", [this](auto const&) { return editProjectVariables(), true; });
+  for (char const* const query : {"canGoToNextFile", "canGoToPreviousFile", "canGoToNextUsedFile",
+                                  "canGoToPreviousUsedFile", "canMoveTabLeft", "canMoveTabRight"})
     addMethod(query, [this](plist::value const&) { return plist::value(tabs_.size() > 1); });
   add("goToFileCounterpart:", [this](auto const&) { return goToFileCounterpart(); });
   add("selectItem:",
@@ -264,7 +279,15 @@ bool WynProjectController::askToSaveModifiedDocuments(WynDocument const* except)
 
 bool WynProjectController::askToSaveProject() {
   if (isScratchProject_ || isUnreadable_) return true;
-  if (!filename_.empty()) return writeToFile(filename_);
+  if (!filename_.empty()) {
+    if (writeToFile(filename_)) return true;
+    platform::alert const anyway{"The project " + shown(filename_) + " is not saved.",
+                                 "If you close it, its open tabs and the changes to its list of "
+                                 "files are not remembered.",
+                                 {"Close Anyway", "Cancel"},
+                                 1};
+    return platform::desktop::current().alerts().run(anyway) == 0;
+  }
   if (tree_.roots().empty()) return true;
   platform::alert const question{
       "Do you want to save the project " + platform::quoted(displayName()) + "?",
@@ -285,6 +308,22 @@ bool WynProjectController::windowShouldClose() {
   if (!askToSaveModifiedDocuments() || !askToSaveProject()) return false;
   keepSideBar();
   return true;
+}
+
+void WynProjectController::editProjectVariables() {
+  std::optional<std::string> text = windows::shown_variables(contents_.variables);
+  while (true) {
+    text = platform::desktop::current().prompts().run(
+        "Project Variables", "Variables of commands, as { NAME = \"value\"; }", *text);
+    if (!text) return;
+    if (auto edited = windows::edited_variables(*text, contents_.variables)) {
+      contents_.variables = std::move(*edited);
+      return;
+    }
+    tell("The Variables Can't Be Read",
+         "They are names with values, such as { NAME = \"value\"; OTHER = \"2\"; }. Names consist "
+         "of letters, digits and underscores.");
+  }
 }
 
 bool WynProjectController::saveProject() {
@@ -351,6 +390,7 @@ bool WynProjectController::writeToFile(std::string const& path) {
 // The application becomes active.
 
 void WynProjectController::windowDidBecomeKey() {
+  if (used_at_) noteUse();
   document_window::windowDidBecomeKey();
   refresh();
 }
@@ -389,6 +429,19 @@ std::string WynProjectController::findProjectDirectory() const {
     while (common != "/" && folder != common && !folder.starts_with(common + "/"))
       common = path::parent(common);
   return common;
+}
+
+std::string WynProjectController::folderForNewFiles() const {
+  std::string selected;
+  projects::visit_items(tree_.roots(), [&](projects::project_item& item) {
+    if (selected.empty() && item.is_selected)
+      selected = item.kind() == projects::item_kind::file ? path::parent(item.path()) : item.path();
+    return selected.empty();
+  });
+  if (!selected.empty()) return selected;
+  if (std::string const& file = tabs_[selected_].path; !file.empty()) return path::parent(file);
+  std::string const folder = findProjectDirectory();
+  return folder.empty() ? document_window::folderForNewFiles() : folder;
 }
 
 plist::dictionary WynProjectController::environmentVariables() const {

@@ -50,6 +50,8 @@ class WynProjectController : public windows::document_window,
   bool writeToFile(std::string const& path);
   bool saveProject();
   bool saveProjectAs();
+  /// The user edits the variables that are enabled, as a property list.
+  void editProjectVariables();
 
   struct tab {
     platform::tab_id id = 0;
@@ -86,6 +88,11 @@ class WynProjectController : public windows::document_window,
   static projects::text_file_rules textFileRules();
   void toggleTreatFileAsText(std::string const& path);
   bool goToNextFile(int step);
+  /// Goes through the tabs in the order in which they were used last, until one is selected: the
+  /// tab bar does that when Ctrl is released.
+  bool goToNextUsedFile(int step);
+  /// Moves the selected tab.
+  bool moveTab(int step);
   /// Goes to the file of the same name with the next other extension in its folder.
   bool goToFileCounterpart();
 
@@ -111,6 +118,8 @@ class WynProjectController : public windows::document_window,
 
   // document_window
   std::vector<std::shared_ptr<WynDocument>> documents() const override;
+  std::vector<platform::menu_item> openTabs() const override;
+  std::string folderForNewFiles() const override;
   bool saveBeforeEnd() override { return askToSaveProject(); }
   // tab_bar_delegate
   void tabWasSelected(platform::tab_id id) override;
@@ -140,6 +149,8 @@ class WynProjectController : public windows::document_window,
   void showContents();
   platform::shown_tab shownTab(tab const& of) const;
   void tabsDidChange();
+  void showTab(std::size_t index);
+  void noteUse();
   void showStateOf(WynDocument const& document);
   std::optional<std::size_t> indexOfTab(platform::tab_id id) const;
   bool showFile(std::string const& path);
@@ -173,5 +184,7 @@ class WynProjectController : public windows::document_window,
   platform::side_bar& side_;
   std::vector<tab> tabs_;  // at least one
   std::size_t selected_ = 0;
-  std::vector<std::string> closed_;  // files whose tabs were closed, the last one last
+  std::vector<platform::tab_id> used_;  // the tabs that were shown, the last one last
+  std::optional<std::size_t> used_at_;  // while the user goes through these, where
+  std::vector<std::string> closed_;     // files whose tabs were closed, the last one last
 };

@@ -190,6 +190,39 @@ bool WynProjectController::hasTabOf(std::string const& path) const {
 }
 
 void WynProjectController::selectTab(std::size_t index) {
+  showTab(index);
+  noteUse();
+}
+
+void WynProjectController::noteUse() {
+  used_at_.reset();
+  std::erase(used_, tabs_[selected_].id);
+  used_.push_back(tabs_[selected_].id);
+}
+
+bool WynProjectController::goToNextUsedFile(int step) {
+  std::erase_if(used_, [this](platform::tab_id id) { return !indexOfTab(id); });
+  // Those that have never been shown come last.
+  for (tab const& open : tabs_)
+    if (std::find(used_.begin(), used_.end(), open.id) == used_.end())
+      used_.insert(used_.begin(), open.id);
+  std::size_t const count = used_.size();
+  if (count < 2) return false;
+  std::size_t const at = used_at_.value_or(count - 1);
+  std::size_t const next = (at + count - static_cast<std::size_t>(step)) % count;
+  showTab(*indexOfTab(used_[next]));
+  used_at_ = next;
+  return true;
+}
+
+bool WynProjectController::moveTab(int step) {
+  std::size_t const count = tabs_.size();
+  if (count < 2) return false;
+  moveTab(selected_, (selected_ + count + static_cast<std::size_t>(step)) % count);
+  return true;
+}
+
+void WynProjectController::showTab(std::size_t index) {
   if (index >= tabs_.size()) return;
   auto const document = documentOfTab(tabs_[index]);
   if (document == nullptr) return;
@@ -312,6 +345,18 @@ void WynProjectController::tabShouldClose(platform::tab_id id) {
 
 void WynProjectController::closeTab(platform::tab_id id) {
   if (auto const index = id == 0 ? selected_ : indexOfTab(id)) performCloseTab(*index);
+}
+
+std::vector<platform::menu_item> WynProjectController::openTabs() const {
+  std::vector<platform::menu_item> items;
+  for (std::size_t n = 0; n < tabs_.size(); ++n) {
+    platform::menu_item item;
+    item.title = shownTab(tabs_[n]).title;
+    item.selector = "selectTab:";
+    item.argument = static_cast<std::int64_t>(tabs_[n].id);
+    items.push_back(std::move(item));
+  }
+  return items;
 }
 
 std::vector<platform::menu_item> WynProjectController::menuForTab(platform::tab_id id) {

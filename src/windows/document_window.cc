@@ -89,7 +89,7 @@ void document_window::addEncodingMethods() {
     auto const charset = encoding::charset_of_number(sender.integer_or(encoding::UTF8));
     if (!charset) return plist::value(false);
     document_->setFileEncoding(*charset);
-    charsetIsChosen_ = true;
+    chosen().charset = true;
     publishDocument();
     return plist::value();
   });
@@ -100,7 +100,7 @@ void document_window::addEncodingMethods() {
     auto const ending = sender.integer_or(line_ending::LF);
     if (ending < line_ending::LF || ending > line_ending::CRLF) return plist::value(false);
     document_->setLineEnding(static_cast<line_ending::type>(ending));
-    lineEndingIsChosen_ = true;
+    chosen().line_ending = true;
     publishDocument();
     return plist::value();
   });
@@ -109,7 +109,7 @@ void document_window::addEncodingMethods() {
   });
   addMethod("toggleByteOrderMark:", [this](plist::value const&) {
     document_->setByteOrderMark(!document_->byteOrderMark());
-    markIsChosen_ = true;
+    chosen().mark = true;
     return plist::value();
   });
   addMethod("canToggleByteOrderMark", [this](plist::value const&) {
@@ -134,7 +134,7 @@ void document_window::showDocument(std::shared_ptr<WynDocument> document) {
   fileToken_ = center.observe(
       WynDocument::fileDidChange, [this](auto const&) { checkForFilesystemChanges(); },
       document_.get());
-  lineEndingIsChosen_ = markIsChosen_ = charsetIsChosen_ = false;
+  std::erase_if(chosen_, [](auto const& each) { return each.first.expired(); });
   textView_.setDocument(document_);
   documentDidChange();
 }
@@ -237,17 +237,23 @@ bool document_window::askToSaveDocument(WynDocument& document) {
 
 // What is edited is written as the project wants it, but for what the user has chosen here. A
 // charset that text has been read in stays; ASCII and a file that isn't there yet have none.
-void document_window::followProject() {
-  if (!document_->isDocumentEdited()) return;
-  auto const project = conventions::declared_for(document_->filename());
-  if (project.line_ending && !lineEndingIsChosen_) document_->setLineEnding(*project.line_ending);
+void document_window::followProject(WynDocument& document) {
+  if (!document.isDocumentEdited()) return;
+  auto const project = conventions::declared_for(document.filename());
+  auto const found = chosen_.find(document.weak_from_this());
+  choices const chosen = found == chosen_.end() ? choices() : found->second;
+  if (project.line_ending && !chosen.line_ending) document.setLineEnding(*project.line_ending);
   bool const has_charset =
-      document_->fileModificationDate() && document_->fileEncoding() != encoding::ASCII;
-  if (project.charset && !has_charset && !charsetIsChosen_)
-    document_->setFileEncoding(*project.charset);
-  bool const has_mark = document_->fileEncoding() == encoding::UTF8 && !markIsChosen_;
-  if (project.byte_order_mark && has_mark) document_->setByteOrderMark(*project.byte_order_mark);
-  textView_.tidyBeforeSaving(project);
+      document.fileModificationDate() && document.fileEncoding() != encoding::ASCII;
+  if (project.charset && !has_charset && !chosen.charset)
+    document.setFileEncoding(*project.charset);
+  bool const has_mark = document.fileEncoding() == encoding::UTF8 && !chosen.mark;
+  if (project.byte_order_mark && has_mark) document.setByteOrderMark(*project.byte_order_mark);
+  if (&document == document_.get()) textView_.tidyBeforeSaving(project);
+}
+
+document_window::choices& document_window::chosen() {
+  return chosen_[document_];
 }
 
 void document_window::saveQuietly() {
@@ -264,6 +270,11 @@ std::vector<std::shared_ptr<WynDocument>> document_window::documents() const {
   return {document_};
 }
 
+std::string document_window::folderForNewFiles() const {
+  bool const has_file = document_ != nullptr && !document_->filename().empty();
+  return has_file ? path::parent(document_->filename()) : owner_.currentDirectory();
+}
+
 void document_window::closeTab(platform::tab_id) {
   if (windowShouldClose()) window_->close();  // may end this object
 }
@@ -278,7 +289,7 @@ bool document_window::saveDocumentAs() {
 
 bool document_window::saveDocument(WynDocument& document) {
   if (document.filename().empty()) return saveDocumentAs(document);
-  if (&document == document_.get()) followProject();
+  followProject(document);
   return document.writeToFile(document.filename());
 }
 

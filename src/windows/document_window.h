@@ -7,6 +7,7 @@
 #include "textview/WynTextView.h"
 #include "windows/windows_owner.h"
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -31,6 +32,10 @@ class document_window : public platform::window_delegate, public commands::comma
   void showWindow();
   /// All that have been loaded, the one that is shown among them.
   virtual std::vector<std::shared_ptr<WynDocument>> documents() const;
+  /// Where the user would look for a new one.
+  virtual std::string folderForNewFiles() const;
+  /// Entries of a menu that select each of the tabs.
+  virtual std::vector<platform::menu_item> openTabs() const { return {}; }
   /// Whether another file may take this window: untitled, and nothing in it.
   virtual bool canBeUsedForNewDocument() const { return false; }
   /// The program ends, and the documents are taken care of: saves what else the window keeps. False
@@ -78,8 +83,13 @@ class document_window : public platform::window_delegate, public commands::comma
   bool saveDocumentAs(WynDocument& document);
 
  private:
+  struct choices {
+    bool line_ending = false, mark = false, charset = false;
+  };
+
+  choices& chosen();
   void addFileMethods();
-  void followProject();
+  void followProject(WynDocument& document);
   void addEncodingMethods();
   bool revertDocument();
   bool reopenWithEncoding(std::int64_t charset);
@@ -95,7 +105,8 @@ class document_window : public platform::window_delegate, public commands::comma
   plist::dictionary callerEnvironment_;
   std::string shownTitle_;
   bool titleHasFolder_ = false;
-  bool lineEndingIsChosen_ = false, markIsChosen_ = false, charsetIsChosen_ = false;
+  // What the user has chosen in this window, of each document that it has shown.
+  std::map<std::weak_ptr<WynDocument>, choices, std::owner_less<>> chosen_;
   std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };
 

@@ -3,6 +3,8 @@
 #include "app_fixture.h"
 #include "path/path.h"
 #include "windows/WynProjectController.h"
+#include "windows/project_variables.h"
+#include "windows/tab_titles.h"
 
 // What a project window does with its files: tabs, what is asked when they close, and what comes
 // back from the project's file.
@@ -77,6 +79,114 @@ TEST_F(project_windows, open_each_file_in_one_tab) {
   EXPECT_TRUE(project->reopenClosedTab());
   EXPECT_FALSE(project->reopenClosedTab());
   EXPECT_EQ(tabs(), titles({"b", "[d]"}));
+}
+
+// Each step: what is done, and the tabs then.
+TEST_F(project_windows, go_through_tabs_by_use_and_move_them) {
+  for (char const* name : {"a", "b", "c"}) {
+    folder.write(name, name);
+    open(name);
+  }
+  auto const settle = [&] { project->tabWasSelected(project->tabs()[project->selectedTab()].id); };
+  for (auto const& [done, expected] :
+       std::vector<std::pair<std::string, strings>>{{"goToNextUsedFile:", {"a", "[b]", "c"}},
+                                                    {"goToNextUsedFile:", {"[a]", "b", "c"}},
+                                                    {"goToNextUsedFile:", {"a", "b", "[c]"}},
+                                                    {"goToPreviousUsedFile:", {"[a]", "b", "c"}},
+                                                    {"release", {"[a]", "b", "c"}},
+                                                    {"goToNextUsedFile:", {"a", "b", "[c]"}},
+                                                    {"release", {"a", "b", "[c]"}},
+                                                    {"goToNextUsedFile:", {"[a]", "b", "c"}},
+                                                    {"moveTabRight:", {"b", "[a]", "c"}},
+                                                    {"moveTabLeft:", {"[a]", "b", "c"}},
+                                                    {"moveTabLeft:", {"b", "c", "[a]"}},
+                                                    {"performCloseOtherTabs:", {"[a]"}},
+                                                    {"reopenClosedTab:", {"a", "[b]"}}}) {
+    done == "release" ? settle() : void(project->textView().tryToPerformWith(done, {}));
+    EXPECT_EQ(tabs(), expected) << done;
+  }
+}
+
+TEST_F(project_windows, tell_tabs_with_the_same_name_apart) {
+  using windows::tab_titles;
+  EXPECT_EQ(tab_titles({{"a", "/p/q/a"}, {"a", "/p/r/a"}, {"b", "/p/q/b"}, {"untitled", ""}}),
+            strings({"a \u2014 q", "a \u2014 r", "b", "untitled"}));
+  EXPECT_EQ(tab_titles({{"a", "/x/q/a"}, {"a", "/y/q/a"}, {"a", "/a"}, {"a", ""}}),
+            strings({"a \u2014 x/q", "a \u2014 y/q", "a", "a"}));
+  EXPECT_EQ(tab_titles({{"a", "/p/a"}, {"a", "/p/a"}}), strings({"a \u2014 p", "a \u2014 p"}));
+}
+
+// Of 200 tabs a key changes none, and the first one on a line the mark of one.
+TEST_F(project_windows, show_edited_marks_one_at_a_time) {
+  for (int n = 0; n < 200; ++n) open(path::name(folder.write(std::to_string(n), "x")));
+  auto const& bar = *static_cast<headless::headless_window&>(project->window()).tab_bar;
+  int const settings = bar.settings, updates = bar.updates;
+  for (int n = 0; n < 5; ++n) type(u"y");
+  EXPECT_EQ(bar.settings - settings, 0);
+  EXPECT_EQ(bar.updates - updates, 1);
+  EXPECT_TRUE(bar.tabs.back().is_edited);
+}
+
+TEST_F(project_windows, give_tabs_to_other_windows) {
+  for (char const* name : {"a", "b"}) folder.write(name, name);
+  open("a");
+  type(u"edited ");
+  open("b");
+  auto& other = *new WynProjectController(app());
+  app().adopt(std::unique_ptr<windows::document_window>(&other));
+  other.showWindow();
+  other.tabWasDroppedHere(project->tabs()[0].id, 0);
+  EXPECT_EQ(tabs(), strings({"[b]"}));
+  ASSERT_EQ(other.tabs().size(), 2u);
+  EXPECT_EQ(other.tabs()[0].path, folder / "a");
+  EXPECT_TRUE(other.tabs()[0].document->isDocumentEdited());
+  EXPECT_EQ(other.selectedTab(), 0u);
+  other.tabWasDraggedOut(other.tabs()[0].id);
+  EXPECT_EQ(other.tabs().size(), 1u);
+  auto& front = *app().orderedControllers().front();
+  EXPECT_EQ(front.textDocument()->filename(), folder / "a");
+  perform(front, "undo:");
+  EXPECT_FALSE(front.isDocumentEdited());
+  EXPECT_EQ(alerts(), strings());
+}
+
+// What is chosen for a document holds when another tab has been shown, and is another one's not.
+TEST_F(project_windows, keep_what_is_chosen_for_each_document) {
+  folder.write(".editorconfig", "root = true\n[*]\nend_of_line = lf\n");
+  for (char const* name : {"a", "b"}) folder.write(name, "x\n");
+  open("a");
+  project->textView().tryToPerformWith("takeLineEndingFrom:", 2);
+  open("b");
+  type(u"y");
+  project->textDocument()->setLineEnding(line_ending::CRLF);
+  EXPECT_TRUE(project->saveAllDocuments());
+  EXPECT_EQ(folder.read(folder / "a"), "x\r\n");
+  EXPECT_EQ(folder.read(folder / "b"), "yx\n");
+}
+
+TEST_F(project_windows, have_variables_that_are_edited_as_a_list) {
+  auto const variable = [](char const* name, char const* value, bool enabled) {
+    return plist::dictionary{{"variable", name}, {"value", value}, {"enabled", enabled}};
+  };
+  plist::array const old = {variable("B", "1", true), variable("OFF", "x", false),
+                            variable("A", "a \"b\"", true)};
+  std::string const shown = windows::shown_variables(old);
+  EXPECT_EQ(windows::edited_variables(shown, old), old) << shown;
+  EXPECT_EQ(windows::edited_variables("{ C = 3; A = x; }", old),
+            (plist::array{variable("OFF", "x", false), variable("A", "x", true),
+                          variable("C", "3", true)}));
+  for (char const* bad : {"", "{", "( A )", "{ \"a b\" = 1; }", "{ A = ( 1 ); }", "{ 1A = 1; }"})
+    EXPECT_EQ(windows::edited_variables(bad, old), std::nullopt) << bad;
+}
+
+// A folder that nobody can write doesn't keep the window open.
+TEST_F(project_windows, close_though_the_project_can_not_be_written) {
+  std::string const file = folder / "none/x.qnproj";
+  project->initWithContentsOfFile(file);
+  for (char const* button : {"Cancel", "Close Anyway"}) {
+    answer("The project " + file + " is not saved.", button);
+    EXPECT_EQ(project->windowShouldClose(), button == std::string("Close Anyway"));
+  }
 }
 
 TEST_F(project_windows, keep_each_tab_s_text_and_caret) {

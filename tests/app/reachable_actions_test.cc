@@ -29,7 +29,9 @@ names const taking_an_argument = {"findWithOptions:",
                                   "extendSelectionInScope:",
                                   "executeCommandWithTag:",
                                   "selectMatch:",
-                                  "selectItem:"};
+                                  "selectItem:",
+                                  "selectTab:",
+                                  "newFileFromTemplate:"};
 
 // Other names of actions that have a menu item or a key: Backward and Forward of Left and Right.
 names const synonyms = {"insertParagraphSeparator:",

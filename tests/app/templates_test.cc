@@ -53,6 +53,18 @@ TEST_F(templates, one_file_becomes_an_untitled_document_in_its_language) {
   EXPECT_EQ(folder.read(other), "x\n");
 }
 
+TEST_F(templates, a_file_is_made_where_the_panel_says) {
+  desktop.panels().save_answers.push_back(platform::save_answer{folder / "new.c", 0, 0});
+  std::string const script = "printf '%s' $QN_NEW_FILE_BASENAME >\"$QN_NEW_FILE\"";
+  EXPECT_TRUE(run(script));
+  app().performSelectorWithObject("newFileFromTemplate:", "T");
+  EXPECT_EQ(windows().front(), "new.c");
+  EXPECT_EQ(folder.read(folder / "new.c"), "new");
+  app().performSelectorWithObject("newFileFromTemplate:", "T");  // cancelled
+  EXPECT_EQ(windows().size(), 2u);
+  EXPECT_EQ(desktop.panels().last_save_request.name, "untitled.c");
+}
+
 TEST_F(templates, several_files_are_opened_and_stay) {
   EXPECT_TRUE(
       run("d=$QN_NEW_FILE_DIRECTORY; echo 1 >\"$QN_NEW_FILE\"; echo 2 >\"$d/b.h\"\n"
