@@ -167,6 +167,7 @@ class AppDelegate : public platform::application_delegate,
   void goTo(std::string typed);
   windows::go_to_box::part filesToGoTo(windows::document_window& front);
   windows::go_to_box::part actionsToGoTo(WynTextView& view);
+  bool openInOwnWindow(std::string const& path, std::optional<text::line_place> const& place);
   bool openChosenFile(windows::document_window& front, std::string const& path,
                       std::optional<text::line_place> const& place, platform::picked_way way);
   bool goToLine(std::string const& place);

@@ -7,6 +7,7 @@
 #include "windows/WynDocumentController.h"
 #include "windows/WynProjectController.h"
 #include "windows/WynSymbolChooser.h"
+#include "windows/large_files.h"
 #include "windows/select_item.h"
 
 #include <algorithm>
@@ -55,23 +56,34 @@ windows::go_to_box::part AppDelegate::filesToGoTo(windows::document_window& fron
   return {files, [files](platform::picked_row chosen) { return files->accept(chosen); }};
 }
 
+// A file that is open stays where it is.
+bool AppDelegate::openInOwnWindow(std::string const& path,
+                                  std::optional<text::line_place> const& place) {
+  windows::document_window* const has_it = windowWithFile(path);
+  auto const* const project = dynamic_cast<WynProjectController*>(has_it);
+  if (has_it != nullptr && (project == nullptr || project->hasTabOf(path)))
+    return openFile(path, place) != nullptr;
+  if (!windows::confirm_large_file(path)) return false;
+  auto const document = WynDocument::documentWithContentsOfFile(path);
+  if (document == nullptr) return false;
+  recent_.add(path);
+  windows::document_window& window = newWindow(document);
+  if (place) window.textView().goToLineAndColumn(*place);
+  window.showWindow();
+  return true;
+}
+
 bool AppDelegate::openChosenFile(windows::document_window& front, std::string const& path,
                                  std::optional<text::line_place> const& place,
                                  platform::picked_way way) {
+  if (way == platform::picked_way::own_window) return openInOwnWindow(path, place);
   auto* const project = dynamic_cast<WynProjectController*>(&front);
-  if (project == nullptr || way == platform::picked_way::own_window) {
-    if (openFile(path, place) == nullptr) return false;
-    if (way == platform::picked_way::aside) front.showWindow();
-    return true;
-  }
   auto const shown = front.textDocument();
-  if (!project->selectItem(path)) return false;
-  if (place) front.textView().goToLineAndColumn(*place);
+  if (openFile(path, place, project) == nullptr) return false;
   if (way != platform::picked_way::aside) return true;
-  auto const& tabs = project->tabs();
-  auto const back = std::find_if(tabs.begin(), tabs.end(),
-                                 [&](auto const& tab) { return tab.document == shown; });
-  if (back != tabs.end()) project->selectTab(static_cast<std::size_t>(back - tabs.begin()));
+  for (std::size_t n = 0; project != nullptr && n < project->tabs().size(); ++n)
+    if (project->tabs()[n].document == shown) project->selectTab(n);
+  front.showWindow();
   return true;
 }
 

@@ -61,7 +61,7 @@ TEST(choice_list, shows_what_the_ranker_finds) {
   for (unsigned seed = 1; seed <= 30; ++seed) {
     random_source random(seed);
     std::vector<std::string> titles;
-    std::size_t const count = seed % 15 == 0 ? 100000 : random.up_to(60);
+    std::size_t const count = seed == 30 ? 60000 : random.up_to(60);
     for (std::size_t i = 0; i < count; ++i)
       titles.push_back(unicode::to_utf8(random.text(random.up_to(12), u"abAB _\u00e4\u00df")));
     choice_list list("List", entries_of(titles));
