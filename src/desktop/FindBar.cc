@@ -30,6 +30,11 @@ using enum platform::find_action;
 
 constexpr int space = 6;  // pixels
 
+// Of the longer one, so that the fields begin at the same place.
+int label_width() {
+  return QLabel(QStringLiteral("Re&place:")).sizeHint().width();
+}
+
 QIcon arrow_icon(QWidget const& widget) {
   qreal const scale = widget.devicePixelRatioF();
   int const size = widget.fontMetrics().height();
@@ -140,8 +145,8 @@ class FindBar::ElidedLabel final : public QLabel {
     QPainter painter(this);
     QString shown = text_;
     shown.replace(QLatin1Char('\n'), QChar(0x21B5)).replace(QLatin1Char('\t'), QChar(0x21E5));
-    painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                     fontMetrics().elidedText(shown, Qt::ElideRight, width()));
+    painter.drawText(contentsRect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                     fontMetrics().elidedText(shown, Qt::ElideRight, contentsRect().width()));
   }
 
  private:
@@ -257,6 +262,7 @@ void FindBar::make_bar() {
   find_ = new Field(QStringLiteral("Find"));
   replace_ = new Field(QStringLiteral("Replace"));
   preview_ = new ElidedLabel;
+  preview_->setContentsMargins(label_width() + space, 0, 0, 0);  // below the fields
   Row* const find_row = make_find_row();
   Row* const replace_row = make_replace_row();
   replace_row_ = replace_row;
@@ -284,7 +290,7 @@ void FindBar::make_bar() {
 QLabel* FindBar::make_label(char const* title, QLineEdit* field) {
   auto* const label = new QLabel(QLatin1String(title));
   label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-  label->setMinimumWidth(QLabel(QStringLiteral("Re&place:")).sizeHint().width());
+  label->setMinimumWidth(label_width());
   label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
   label->setBuddy(field);
   add_mnemonic(label->text(), field);
