@@ -2,7 +2,7 @@
 
 #include "desktop/QtText.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QFile>
 #include <QScreen>
 
@@ -33,7 +33,7 @@ EditorFrame::EditorFrame(WindowOwner& owner, platform::window& window,
 void EditorFrame::detach() {
   text_->detach();
   if (tabs_ != nullptr) tabs_->detach();
-  if (tree_ != nullptr) tree_->detach();
+  if (side_ != nullptr) side_->detach();
   WindowFrame::detach();
 }
 
@@ -60,74 +60,13 @@ TabBar& EditorFrame::tabs(platform::tab_bar_delegate& delegate) {
   return *tabs_;
 }
 
-// The side bar.
-
 platform::side_bar& EditorFrame::side(platform::tree_client& client, platform::responder& actions) {
-  if (tree_ != nullptr) return *this;
-  tree_ = new TreeWidget(client, *this, nullptr);
-  tree_actions_ = &actions;
-  tree_->hide();
-  splitter().insertWidget(0, tree_);
-  splitter_->setStretchFactor(0, 0);
-  splitter_->setStretchFactor(1, 1);
-  connect(splitter_, &QSplitter::splitterMoved, this,
-          [this] { tree_->wanted_width = tree_->width(); });
-  // A menu that is open has the focus, and is there for the one who had it before.
-  connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
-    if (now == tree_ || now == text_) is_in_tree_ = now == tree_;
-  });
-  return *this;
+  if (side_ == nullptr) side_ = new SideBar(client, actions, *this, splitter(), *text_);
+  return *side_;
 }
 
 platform::responder* EditorFrame::focused_responder() const {
-  return is_in_tree_ && shows_tree_ && tree_->has_client() ? tree_actions_ : nullptr;
-}
-
-void EditorFrame::set_visible(bool visible) {
-  if (visible == shows_tree_) return;
-  bool const had_focus = tree_->has_focus();
-  shows_tree_ = visible;
-  tree_->setVisible(visible);
-  if (visible) platform::side_bar::set_width(tree_->wanted_width);
-  if (!visible && had_focus) text_->setFocus();
-}
-
-bool EditorFrame::is_on_right() const {
-  return splitter_->indexOf(tree_) != 0;
-}
-
-void EditorFrame::set_on_right(bool right) {
-  if (right == is_on_right()) return;
-  splitter_->insertWidget(right ? splitter_->count() - 1 : 0, tree_);
-  tree_->setVisible(shows_tree_);
-}
-
-int EditorFrame::width() const {
-  return tree_->wanted_width;
-}
-
-void EditorFrame::set_width(int width) {
-  tree_->wanted_width = width;
-  tree_->updateGeometry();
-  if (!shows_tree_ || !isVisible()) return;
-  QList<int> sizes = splitter_->sizes();
-  int const at = splitter_->indexOf(tree_), other = at == 0 ? sizes.size() - 1 : 0;
-  sizes[other] += sizes[at] - width;
-  sizes[at] = width;
-  splitter_->setSizes(sizes);
-}
-
-void EditorFrame::set_font_size(double size) {
-  QFont font = tree_->font();
-  font.setPointSizeF(size);
-  tree_->setFont(font);
-}
-
-void EditorFrame::set_focus(bool to_tree) {
-  if (to_tree && shows_tree_)
-    tree_->setFocus(Qt::OtherFocusReason);
-  else
-    text_->setFocus(Qt::OtherFocusReason);
+  return side_ == nullptr ? nullptr : side_->focused_responder();
 }
 
 void EditorFrame::take_initial_size() {
@@ -194,7 +133,8 @@ void EditorFrame::open_status_menu(std::string const& part, QPoint global) {
 // A menu bar whose menus were opened and closed in quick succession may keep the focus, and has no
 // use for a key; the text has.
 void EditorFrame::keyPressEvent(QKeyEvent* event) {
-  if (focusWidget() == text_ || has_focus()) return WindowFrame::keyPressEvent(event);
+  if (focusWidget() == text_ || (side_ != nullptr && side_->has_focus()))
+    return WindowFrame::keyPressEvent(event);
   text_->setFocus();
   if (focusWidget() == text_) QCoreApplication::sendEvent(text_, event);
 }

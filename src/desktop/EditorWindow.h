@@ -3,10 +3,10 @@
 #include "desktop/FindBar.h"
 #include "desktop/FramedWindow.h"
 #include "desktop/OfferList.h"
+#include "desktop/SideBar.h"
 #include "desktop/StatusBar.h"
 #include "desktop/TabBar.h"
 #include "desktop/TextViewWidget.h"
-#include "desktop/TreeWidget.h"
 
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -14,10 +14,7 @@
 namespace widgets {
 
 /// The widget of an editor window.
-class EditorFrame final : public WindowFrame,
-                          public TextViewOwner,
-                          public FindBarPlace,
-                          public platform::side_bar {
+class EditorFrame final : public WindowFrame, public TextViewOwner, public FindBarPlace {
  public:
   EditorFrame(WindowOwner& owner, platform::window& window, platform::view_client& client);
 
@@ -32,17 +29,6 @@ class EditorFrame final : public WindowFrame,
   OfferList& offers() { return *offers_; }
   platform::side_bar& side(platform::tree_client& client, platform::responder& actions);
   platform::responder* focused_responder() const override;
-
-  // platform::side_bar
-  bool is_visible() const override { return shows_tree_; }
-  void set_visible(bool visible) override;
-  bool is_on_right() const override;
-  void set_on_right(bool right) override;
-  int width() const override;
-  void set_width(int width) override;
-  void set_font_size(double size) override;
-  bool has_focus() const override { return tree_ != nullptr && tree_->has_focus(); }
-  void set_focus(bool to_tree) override;
 
   // TextViewOwner
   bool should_swallow(platform::key_event const& event) override;
@@ -69,9 +55,7 @@ class EditorFrame final : public WindowFrame,
   QSplitter* splitter_ = nullptr;
   QVBoxLayout* column_;
   TabBar* tabs_ = nullptr;
-  TreeWidget* tree_ = nullptr;
-  platform::responder* tree_actions_ = nullptr;
-  bool shows_tree_ = false, is_in_tree_ = false;  // the keyboard, last
+  SideBar* side_ = nullptr;
   TextViewWidget* text_;
   StatusBar* status_;
   OfferList* offers_;

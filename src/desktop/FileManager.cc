@@ -26,7 +26,8 @@ void show_in_file_manager(std::vector<std::string> const& paths) {
   QStringList urls;
   for (std::string const& path : paths) urls << QString::fromLatin1(url_of(path));
   QDBusMessage call = QDBusMessage::createMethodCall(
-      QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
+      QStringLiteral("org.freedesktop.FileManager1"),
+      QStringLiteral("/org/freedesktop/FileManager1"),
       QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
   call << urls << QString();
   QDBusConnection const bus = QDBusConnection::sessionBus();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/tree_panel.h"
+#include "platform/tree/tree_panel.h"
 
 #include <QColor>
 #include <QPainter>

@@ -379,8 +379,8 @@ void TitleEditor::keyPressEvent(QKeyEvent* event) {
 
 void TitleEditor::focusOutEvent(QFocusEvent* event) {
   QLineEdit::focusOutEvent(event);
-  bool const comes_back = event->reason() == Qt::ActiveWindowFocusReason ||
-                          event->reason() == Qt::PopupFocusReason;
+  bool const comes_back =
+      event->reason() == Qt::ActiveWindowFocusReason || event->reason() == Qt::PopupFocusReason;
   if (!comes_back) end(std::nullopt);
 }
 

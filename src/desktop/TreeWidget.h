@@ -2,7 +2,7 @@
 
 #include "desktop/KeyTranslation.h"
 #include "desktop/TextViewWidget.h"
-#include "platform/tree_panel.h"
+#include "platform/tree/tree_panel.h"
 
 #include <QAbstractScrollArea>
 #include <QBasicTimer>

@@ -64,7 +64,7 @@ platform::tree_drop TreeWidget::drop_at(QDropEvent const& event,
   if (!row) return drop;
   QRect const area = rect_of(*row);
   int const quarter = area.height() / 4;
-  drop.place = p.y() < area.top() + quarter     ? drop_place::above
+  drop.place = p.y() < area.top() + quarter      ? drop_place::above
                : p.y() > area.bottom() - quarter ? drop_place::below
                                                  : drop_place::on;
   return drop;
@@ -94,7 +94,8 @@ void TreeWidget::dragMoveEvent(QDragMoveEvent* event) {
     hovered_ = row;
     hover_timer_.start(hover_time, this);
   }
-  auto const answer = client_->dragging_updated(drop_at(*event, DroppedContent(*event->mimeData())));
+  auto const answer =
+      client_->dragging_updated(drop_at(*event, DroppedContent(*event->mimeData())));
   bool const is_wanted = answer.operation != operation::none;
   mark_drop(is_wanted ? std::optional(answer) : std::nullopt);
   // An event of entering that is ignored would be the last one.

@@ -2,6 +2,8 @@
 
 #include "headless/headless_view_host.h"
 #include "platform/html_window.h"
+#include "platform/tree/side_bar.h"
+#include "platform/tree/tree_panel.h"
 #include "platform/window.h"
 
 #include <map>

@@ -2,9 +2,7 @@
 
 #include "platform/menu.h"
 #include "platform/responder.h"
-#include "platform/side_bar.h"
 #include "platform/tab_bar.h"
-#include "platform/tree_panel.h"
 #include "platform/view.h"
 #include "plist/value.h"
 
@@ -15,6 +13,9 @@
 #include <vector>
 
 namespace platform {
+
+class side_bar;
+class tree_client;
 
 /// Controls a window: the last but one in its responder chain, before the application.
 class window_delegate : public responder {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/tree_panel.h"
+#include "platform/tree/tree_panel.h"
 
 namespace projects {
 

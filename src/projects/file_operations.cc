@@ -55,8 +55,8 @@ operation_error make_folder(std::string const& path) {
 
 operation_error move_file(std::string const& from, std::string const& to) {
   if (is_in_itself(from, to)) return failure("rename", from, EINVAL);
-  int const code = platform::rename_to_new(AT_FDCWD, from.c_str(), to.c_str(),
-                                           platform::file_calls::system());
+  int const code =
+      platform::rename_to_new(AT_FDCWD, from.c_str(), to.c_str(), platform::file_calls::system());
   if (code == 0) return std::nullopt;
   if (code != EXDEV) return failure("rename", from, code);
   if (auto const error = copy_file(from, to)) return error;

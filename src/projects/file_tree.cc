@@ -197,8 +197,8 @@ void file_tree::move(std::vector<project_item*> const& items, project_item* grou
 
 void file_tree::follow_move(std::string const& from, std::string const& to) {
   project_item* const moved = item_with_path(from);
-  bool const is_renamed = moved != nullptr && moved->own() == nullptr &&
-                          path::parent(from) == path::parent(to);
+  bool const is_renamed =
+      moved != nullptr && moved->own() == nullptr && path::parent(from) == path::parent(to);
   if (is_renamed) moved->set_name(path::name(to));
   visit_items(roots_, [&](project_item& item) {
     if (item.own() == nullptr) return false;

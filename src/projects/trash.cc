@@ -94,7 +94,7 @@ std::string in_percent(std::string_view path) {
 }
 
 std::string note_for(std::string const& path, trash_folder const& trash) {
-  std::string const from = trash.top.empty() ? path
+  std::string const from = trash.top.empty()  ? path
                            : trash.top == "/" ? path.substr(1)
                                               : path.substr(trash.top.size() + 1);
   std::time_t const now = std::time(nullptr);
@@ -135,9 +135,9 @@ std::optional<path::file_error> move_to_trash(std::string const& path) {
     int code = write_new(note, note_for(real, *trash));
     if (code == EEXIST) continue;
     if (code == 0) {
-      code = platform::rename_to_new(AT_FDCWD, path.c_str(),
-                                     (trash->path + "/files/" + kept).c_str(),
-                                     platform::file_calls::system());
+      code =
+          platform::rename_to_new(AT_FDCWD, path.c_str(), (trash->path + "/files/" + kept).c_str(),
+                                  platform::file_calls::system());
       if (code == 0) return std::nullopt;
     }
     ::unlink(note.c_str());

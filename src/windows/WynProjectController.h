@@ -2,6 +2,7 @@
 
 #include "platform/notification_center.h"
 #include "platform/tab_bar.h"
+#include "platform/tree/side_bar.h"
 #include "projects/file_tree.h"
 #include "projects/project_file.h"
 #include "projects/text_files.h"

@@ -25,8 +25,8 @@ bool is_for_tree_alone(std::string const& selector) {
 void WynProjectController::showSideBar(bool visible, std::optional<std::int64_t> width) {
   side_.set_on_right(settings::store().string(side_key) == "right");
   side_.set_font_size(double(settings::store().integer("WynProjectDrawerFontSize")));
-  side_.set_width(int(std::clamp<std::int64_t>(
-      width.value_or(settings::store().integer(width_key)), 80, 4000)));
+  side_.set_width(int(
+      std::clamp<std::int64_t>(width.value_or(settings::store().integer(width_key)), 80, 4000)));
   side_.set_visible(visible);
 }
 

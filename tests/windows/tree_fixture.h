@@ -34,8 +34,8 @@ class tree_without_window : public testing::Test,
     tree.set_expanded(*tree.roots().front(), true);
     wait();
   }
-  /// The rows but for the folder's, a line each: two blanks a level, "/" after what opens, "*" after
-  /// what is selected and "<" where the keyboard is.
+  /// The rows but for the folder's, a line each: two blanks a level, "/" after what opens, "*"
+  /// after what is selected and "<" where the keyboard is.
   std::string drawn() {
     std::string text;
     bool const is_folder = tree.roots().size() == 1 && tree.roots()[0]->path() == folder.path();

@@ -19,7 +19,7 @@ namespace key = platform::function_key;
 namespace mod = platform::modifier;
 using projects::item_kind;
 
-constexpr double typing_pause = 1;    // seconds after which typing begins anew
+constexpr double typing_pause = 1;     // seconds after which typing begins anew
 constexpr double reading_shows = 0.3;  // seconds that a reading takes before it is mentioned
 
 }  // namespace
@@ -368,8 +368,8 @@ bool tree_controller::typed(std::u16string const& characters) {
   for (std::size_t n = 0; n < rows; ++n) {
     std::size_t const row = (first + n) % rows;
     item const* const each = itemAt(row);
-    if (each == nullptr || !unicode::lowercase(each->name().substr(0, 4 * typed_.size()))
-                                .starts_with(typed_))
+    if (each == nullptr ||
+        !unicode::lowercase(each->name().substr(0, 4 * typed_.size())).starts_with(typed_))
       continue;
     goTo(row, false);
     return true;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/responder.h"
-#include "platform/tree_panel.h"
+#include "platform/tree/tree_panel.h"
 #include "projects/background.h"
 #include "projects/file_operations.h"
 #include "projects/file_tree.h"
@@ -148,7 +148,7 @@ class tree_controller final : public platform::tree_client, public platform::res
   double typed_at_ = 0;
   double opened_at_ = 0;  // when the user last opened a folder
   std::unique_ptr<platform::timer> opened_timer_;
-  std::string target_;  // to be selected when it comes
+  std::string target_;            // to be selected when it comes
   std::vector<std::string> cut_;  // files that pasting moves
   std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };

@@ -171,9 +171,8 @@ std::vector<std::string> paths_in(platform::pasteboard_content const& content) {
 
 bool tree_controller::accepts(target const& to, std::vector<std::string> const& paths,
                               bool from_tree, bool copies) {
-  bool const has_own =
-      from_tree && std::any_of(selected().begin(), selected().end(),
-                               [](item* each) { return each->own() != nullptr; });
+  bool const has_own = from_tree && std::any_of(selected().begin(), selected().end(),
+                                                [](item* each) { return each->own() != nullptr; });
   if (to.folder == nullptr) return !paths.empty() || has_own;
   // What the user has put in the project isn't moved on the disk by moving it in the tree.
   if (paths.empty() || (has_own && !copies)) return false;
@@ -185,8 +184,7 @@ bool tree_controller::accepts(target const& to, std::vector<std::string> const& 
 }
 
 platform::drop_answer tree_controller::dragging_updated(platform::tree_drop const& drop) {
-  item* const at =
-      drop.place == platform::drop_place::end ? nullptr : itemAt(drop.row);
+  item* const at = drop.place == platform::drop_place::end ? nullptr : itemAt(drop.row);
   target const to = targetOf(at, drop.place);
   bool const copies = drop.wants_copy;
   if (!accepts(to, paths_in(drop.content), drop.is_from_this_view, copies)) return {};
@@ -199,8 +197,7 @@ platform::drop_answer tree_controller::dragging_updated(platform::tree_drop cons
 }
 
 bool tree_controller::perform_drop(platform::tree_drop const& drop) {
-  item* const at =
-      drop.place == platform::drop_place::end ? nullptr : itemAt(drop.row);
+  item* const at = drop.place == platform::drop_place::end ? nullptr : itemAt(drop.row);
   target const to = targetOf(at, drop.place);
   auto const paths = paths_in(drop.content);
   bool const copies = drop.wants_copy;

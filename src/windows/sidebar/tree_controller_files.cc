@@ -144,7 +144,7 @@ std::string tree_controller::fault_of_title(std::string const& title) {
   bool const is_group = renamed != nullptr && renamed->kind() == item_kind::group;
   if (is_group) return title.empty() ? "A name is needed." : "";
   if (std::string const fault = projects::fault_of_name(title); !fault.empty()) return fault;
-  item const* const folder = renamed != nullptr ? renamed->parent()
+  item const* const folder = renamed != nullptr                   ? renamed->parent()
                              : draft_ && !draft_->alive.expired() ? draft_->folder
                                                                   : nullptr;
   if (folder == nullptr || (renamed != nullptr && renamed->own() != nullptr)) return "";
@@ -167,17 +167,18 @@ void tree_controller::title_edited(std::string const& title) {
   marksDidChange();
   if (made) {
     std::string const folder = made->folder->path(), path = path::join(folder, title);
-    return run("The " + std::string(made->is_folder ? "folder " : "file ") +
-                   quoted(printable_name(path)) + " could not be made.",
-               [path, is_folder = made->is_folder] {
-                 return is_folder ? projects::make_folder(path) : projects::make_file(path);
-               },
-               [this, folder, path, is_folder = made->is_folder] {
-                 target_ = path;
-                 refreshFolder(folder);
-                 followTarget();
-                 if (!is_folder && owner_.showTreeFile(path, true)) owner_.focusText();
-               });
+    return run(
+        "The " + std::string(made->is_folder ? "folder " : "file ") + quoted(printable_name(path)) +
+            " could not be made.",
+        [path, is_folder = made->is_folder] {
+          return is_folder ? projects::make_folder(path) : projects::make_file(path);
+        },
+        [this, folder, path, is_folder = made->is_folder] {
+          target_ = path;
+          refreshFolder(folder);
+          followTarget();
+          if (!is_folder && owner_.showTreeFile(path, true)) owner_.focusText();
+        });
   }
   if (of == nullptr || title == documents::printable(of->name())) return;
   if (of->kind() == item_kind::group) {
@@ -185,7 +186,8 @@ void tree_controller::title_edited(std::string const& title) {
     return changeRows();
   }
   std::string const from = of->path(), folder = path::parent(from), to = path::join(folder, title);
-  run("The name of " + quoted(printable_name(from)) + " could not be changed to " +
+  run(
+      "The name of " + quoted(printable_name(from)) + " could not be changed to " +
           quoted(printable_name(to)) + ".",
       [from, to] { return projects::move_file(from, to); },
       [this, from, folder, to] {
@@ -204,7 +206,8 @@ bool tree_controller::duplicate() {
   for (std::string const& path : paths) {
     std::string const folder = path::parent(path);
     auto const copy = std::make_shared<std::string>();
-    run("The item " + quoted(printable_name(path)) + " could not be duplicated.",
+    run(
+        "The item " + quoted(printable_name(path)) + " could not be duplicated.",
         [path, folder, copy] {
           *copy = projects::path_for_copy(folder, path::name(path), false);
           return projects::copy_file(path, *copy);
@@ -224,14 +227,15 @@ bool tree_controller::moveToTrash() {
   bool const is_edited = std::any_of(paths.begin(), paths.end(), [this](auto const& path) {
     return owner_.stateOfFile(path).is_edited;
   });
-  platform::alert const question{"Do you want to move " + several(paths) + " to the trash?",
-                                 is_edited ? "Changes that aren't saved stay in the tab."
-                                           : "You can restore it from there.",
-                                 {"Move to Trash", "Cancel"},
-                                 1};
+  platform::alert const question{
+      "Do you want to move " + several(paths) + " to the trash?",
+      is_edited ? "Changes that aren't saved stay in the tab." : "You can restore it from there.",
+      {"Move to Trash", "Cancel"},
+      1};
   if (platform::desktop::current().alerts().run(question) != 0) return true;
   for (std::string const& path : paths)
-    run("The item " + quoted(printable_name(path)) + " could not be moved to the trash.",
+    run(
+        "The item " + quoted(printable_name(path)) + " could not be moved to the trash.",
         [path] { return projects::move_to_trash(path); },
         [this, folder = path::parent(path)] {
           refreshFolder(folder);
@@ -256,7 +260,8 @@ void tree_controller::bring(std::vector<std::string> paths, std::string const& f
     std::string const parent = path::parent(from);
     if (moves && parent == folder) continue;
     auto const to = std::make_shared<std::string>(path::join(folder, path::name(from)));
-    run("The item " + quoted(printable_name(from)) + " could not be " +
+    run(
+        "The item " + quoted(printable_name(from)) + " could not be " +
             (moves ? "moved" : "copied") + " to " + quoted(printable_name(folder)) + ".",
         [from, to, folder, moves] {
           if (moves) return projects::move_file(from, *to);

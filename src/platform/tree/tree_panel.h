@@ -27,12 +27,12 @@ struct tree_row {
   bool can_open = false;  ///< something may be shown below it
   bool is_open = false;   ///< that is shown
   bool is_selected = false;
-  bool is_current = false;   ///< where the keyboard is
-  bool is_shown = false;     ///< the file that the window shows
-  bool has_tab = false;      ///< a file that is open
-  bool is_edited = false;    ///< and not saved
-  bool is_missing = false;   ///< not on the disk
-  bool is_pale = false;      ///< ignored, as what a program makes
+  bool is_current = false;  ///< where the keyboard is
+  bool is_shown = false;    ///< the file that the window shows
+  bool has_tab = false;     ///< a file that is open
+  bool is_edited = false;   ///< and not saved
+  bool is_missing = false;  ///< not on the disk
+  bool is_pale = false;     ///< ignored, as what a program makes
   bool is_link = false;
 };
 
