@@ -148,8 +148,9 @@ program_action action_of_entry(platform::menu_item entry, path const& place,
   entry.enabled = target != nullptr;
   if (target != nullptr) target->validateMenuItem(entry);
   program_action action;
-  // In a menu within a menu, titles such as "Left" say too little by themselves.
-  action.title = place.size() > 1 ? place.back() + ": " + entry.title : entry.title;
+  // In menus within a menu, titles such as "Left" say too little by themselves.
+  for (std::size_t i = 1; i < place.size(); ++i) action.title += place[i] + ": ";
+  action.title += entry.title;
   action.place = joined(place);
   action.keys = std::move(entry.keys);
   action.steps = {{entry.selector, entry.argument}};

@@ -3,6 +3,9 @@
 #include "keys/displayed_keys.h"
 #include "keys/mnemonics.h"
 #include "platform/utf.h"
+#include "windows/program_actions.h"
+
+#include <set>
 
 // The real menus, in what they show and what their keys do.
 namespace {
@@ -45,6 +48,14 @@ TEST_F(real_menus, have_a_letter_for_each_entry) {
       if (list[i].title.find_first_not_of("0123456789") == std::string::npos) continue;
       EXPECT_NE(places[i], std::string::npos) << place << "/" << list[i].title;
     }
+  }
+}
+
+TEST_F(real_menus, give_lists_a_title_of_its_own_for_each_entry) {
+  for (platform::menu_item const& menu : app().mainMenu()) {
+    std::set<std::string> titles;
+    for (auto const& action : windows::program_actions({menu}, {}, &front().textView()))
+      EXPECT_TRUE(titles.insert(action.title).second) << menu.title << ": " << action.title;
   }
 }
 
