@@ -37,8 +37,10 @@ std::optional<plist::array> edited_variables(std::string_view text, plist::array
   if (wanted == nullptr) return std::nullopt;
   plist::array result;
   plist::dictionary rest = *wanted;
-  for (auto const& [name, value] : rest)
+  for (auto& [name, value] : rest) {
+    if (value.kind() == plist::kind::integer) value = value.string_or("");
     if (!is_name(name) || value.as_string() == nullptr) return std::nullopt;
+  }
   auto const add = [&](std::string const& name, plist::value const& value) {
     result.push_back(plist::dictionary{{"variable", name}, {"value", value}, {"enabled", true}});
   };

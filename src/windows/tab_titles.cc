@@ -8,13 +8,15 @@
 namespace windows {
 namespace {
 
+constexpr std::size_t most_folders = 1000;
+
 // The last `count` folders that the file is in. All of them, if there are no more.
 std::string last_folders(std::string const& path, std::size_t count) {
   std::size_t const end = path.rfind('/');
   std::size_t begin = end;
   for (; count > 0 && begin != 0 && begin != path.npos; --count) begin = path.rfind('/', begin - 1);
-  if (begin == path.npos) return {};
-  return path.substr(begin == 0 ? 0 : begin + 1, end - (begin == 0 ? 0 : begin + 1));
+  if (begin == path.npos || begin == end) return {};
+  return path.substr(begin + 1, end - begin - 1);
 }
 
 }  // namespace
@@ -26,15 +28,14 @@ std::vector<std::string> tab_titles(std::vector<named_tab> const& tabs) {
   for (auto const& [name, group] : same_name) {
     for (std::size_t const n : group) titles[n] = name;
     if (group.size() == 1) continue;
-    std::set<std::string> paths;
-    for (std::size_t const n : group) paths.insert(tabs[n].path);
-    std::size_t count = 0;
-    std::set<std::string> folders;
-    while (folders.size() < paths.size() && count < 100) {
-      ++count;
-      folders.clear();
-      for (std::string const& path : paths) folders.insert(last_folders(path, count));
-    }
+    auto const folders = [&](std::size_t count) {
+      std::set<std::string> found;
+      for (std::size_t const n : group) found.insert(last_folders(tabs[n].path, count));
+      return found.size();
+    };
+    std::size_t const told_apart = folders(most_folders);
+    std::size_t count = 1;
+    while (folders(count) < told_apart) ++count;
     for (std::size_t const n : group)
       if (std::string const folder = last_folders(tabs[n].path, count); !folder.empty())
         titles[n] += " \u2014 " + documents::printable(folder);

@@ -43,8 +43,10 @@ TEST(shipped_keys, have_actions_that_the_text_view_knows) {
   for (auto const& [key, binding] : shipped_bindings()) {
     auto const actions = binding.as_array() ? binding.elements() : plist::array{binding};
     for (auto const& action : actions) {
-      if (action == "openMenuBar:" || action == "enterStatusBar:") continue;  // the application's
-      EXPECT_TRUE(view.tryToPerformWith(action.string_or(""), {})) << action.string_or(key);
+      std::string const name = action.string_or(key);
+      if (name == "openMenuBar:" || name == "enterStatusBar:") continue;  // the application's
+      if (name.ends_with("UsedFile:")) continue;                          // of windows with tabs
+      EXPECT_TRUE(view.tryToPerformWith(name, {})) << name;
     }
   }
 }
