@@ -72,12 +72,16 @@ int run_windows(char* program, app::command_line& line) {
     app::open_requests opener(app);
     requests = &opener;
     app.setLaunchArguments(line.batch.files, path::cwd());
-    app.setLaunchRequests([&] {
-      if (!line.url.empty()) app.openURL(line.url);
-      server.take_pending();
-      opener.perform_all();
-      if (application.is_to_be_activated()) app.comeToFront(request.activation_token);
-    });
+    app.setRequests({.open_all =
+                         [&] {
+                           if (!line.url.empty()) app.openURL(line.url);
+                           server.take_pending();
+                           opener.perform_all();
+                           if (application.is_to_be_activated())
+                             app.comeToFront(request.activation_token);
+                         },
+                     .has_waiting = [&] { return opener.has_taken(); },
+                     .refuse = [&] { opener.refuse(); }});
     app.setMenuFault(menus.fault);
     status = desktop->run(app);
   }

@@ -119,9 +119,7 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list, out
     add(selector, [this](auto const&) {
       if (auto const open = orderedControllers(); open.size() > 1) open[1]->showWindow();
     });
-  add("terminate:", [this](auto const&) {
-    if (applicationShouldTerminate()) platform::desktop::current().terminate();
-  });
+  add("terminate:", [this](auto const&) { terminate(); });
 }
 
 void AppDelegate::addThemeMethods() {
@@ -218,7 +216,7 @@ void AppDelegate::didFinishLaunching() {
   WynFindManager::sharedInstance().restoreFindString();
   applicationDidBecomeActive();
   openLaunchArguments();
-  if (launchRequests_) launchRequests_();
+  if (requests_.open_all) requests_.open_all();
   bundleWatcher_ = std::make_unique<bundles::bundle_watcher>(BundleManager::sharedInstance());
   themeWatcher_ = std::make_unique<styles::theme_watcher>(WynThemeManager::sharedInstance());
   bool const wanted = defaults.string("WynAppDelegateOpenUntitledDocument") != "never";
@@ -468,10 +466,17 @@ std::vector<std::shared_ptr<WynDocument>> AppDelegate::orderedDocuments() const 
   return result;
 }
 
+void AppDelegate::terminate() {
+  if (!applicationShouldTerminate()) return;
+  if (requests_.refuse) requests_.refuse();
+  platform::desktop::current().terminate();
+}
+
 bool AppDelegate::applicationShouldTerminate() {
   if (isAskingToQuit_) return false;
   platform::scoped_value const asking(isAskingToQuit_, true);
-  bool const agreed = confirmQuitting();
+  // While a question was on screen, others may have been promised that their files are opened.
+  bool const agreed = confirmQuitting() && !hasRequests();
   if (agreed) keepPlacements();
   return agreed;
 }
@@ -516,6 +521,7 @@ bool AppDelegate::confirmQuitting() {
     case 0:
       return reviewUnsavedDocuments() && saveProjects();
     case 1:
+      if (hasRequests()) return false;  // before anything is dropped
       for (windows::document_window* controller : open)
         for (auto const& document : controller->documents()) document->dropUnsavedText();
       return saveProjects();

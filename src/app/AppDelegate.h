@@ -68,8 +68,14 @@ class AppDelegate : public platform::application_delegate,
   /// The window in front comes before those of other programs; an untitled document if there is
   /// none, and one is wanted. See platform::window for the token.
   void comeToFront(std::string const& activation_token);
-  /// What other processes have asked for by the end of the launch is to be opened by this.
-  void setLaunchRequests(std::function<void()> open) { launchRequests_ = std::move(open); }
+  /// What other processes ask for. An end of the program that the user has agreed to is called off
+  /// while something of it is to be opened yet.
+  struct request_taker {
+    std::function<void()> open_all = {};     ///< at the end of the launch
+    std::function<bool()> has_waiting = {};  ///< something has been promised, and isn't open yet
+    std::function<void()> refuse = {};       ///< nothing is promised any more
+  };
+  void setRequests(request_taker taker) { requests_ = std::move(taker); }
   void openFiles(std::vector<std::string> const& paths);
   void newDocument();
   void newProject();
@@ -172,6 +178,9 @@ class AppDelegate : public platform::application_delegate,
                       std::optional<text::line_place> const& place, platform::picked_way way);
   bool goToLine(std::string const& place);
   bool confirmQuitting();
+  /// Other processes have asked for something that is to be opened yet.
+  bool hasRequests() const { return requests_.has_waiting && requests_.has_waiting(); }
+  void terminate();
   bool reviewUnsavedDocuments();
   bool saveProjects();
   void releaseClosed();
@@ -189,7 +198,7 @@ class AppDelegate : public platform::application_delegate,
   std::string currentDirectory_;
   std::vector<std::string> launchArguments_;
   app::open_options openOptions_;  // of what is being opened
-  std::function<void()> launchRequests_;
+  request_taker requests_;
   std::unique_ptr<platform::timer> defaultsTimer_;
   platform::notification_center::token damagedDefaults_;
   std::unique_ptr<bundles::bundle_watcher> bundleWatcher_;

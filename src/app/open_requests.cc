@@ -58,7 +58,7 @@ wire::request request_for(std::vector<std::string> const& arguments, std::string
 
 void open_requests::take(wire::request const& request, std::shared_ptr<server::peer> const& from) {
   // It looks for the next instance then.
-  if (platform::desktop::current().waits().is_ending()) return from->drop();
+  if (is_refusing_ || platform::desktop::current().waits().is_ending()) return from->drop();
   taken_.push_back({request, from, from->take_passed()});
   from->send({});
   platform::desktop::current().waits().post(lives_, [this] { perform_all(); });

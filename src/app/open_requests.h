@@ -29,6 +29,10 @@ class open_requests {
   void take(wire::request const& request, std::shared_ptr<server::peer> const& from);
   /// Opens now what has been taken by now, as a start does.
   void perform_all();
+  /// Something has been taken and isn't open yet.
+  bool has_taken() const { return !taken_.empty(); }
+  /// The program ends: who asks from now on looks for the next instance.
+  void refuse() { is_refusing_ = true; }
 
  private:
   struct taken {
@@ -45,6 +49,7 @@ class open_requests {
 
   AppDelegate& app_;
   std::vector<taken> taken_;
+  bool is_refusing_ = false;
   std::shared_ptr<char> const lives_ = std::make_shared<char>();
 };
 

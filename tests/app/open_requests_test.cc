@@ -140,6 +140,39 @@ TEST_F(open_requests_test, text_that_nobody_waits_for_any_more_is_asked_about) {
   EXPECT_EQ(content(file), "one\n");
 }
 
+// Asked for during the questions of a quit, whatever the answers.
+TEST_F(open_requests_test, call_off_a_quit_until_they_are_open) {
+  app().setRequests({.has_waiting = [this] { return requests_.has_taken(); },
+                     .refuse = [this] { requests_.refuse(); }});
+  for (bool const are_many : {false, true}) {
+    for (auto const& name : are_many ? strings{"a", "c"} : strings{"a"}) {
+      app().openFile(folder / name);
+      type(front(), u"x");
+    }
+    answer_save("a", "Don't Save");
+    answer(
+        "You have 2 documents with unsaved changes. Do you want to review these changes before "
+        "quitting?",
+        "Discard Changes");
+    desktop.alerts().while_open = [&] { ask({.files = {{folder / "b", ""}}}); };
+    app().performSelectorWithObject("terminate:", {});
+    desktop.alerts().while_open = {};
+    EXPECT_FALSE(desktop.terminated);
+    turn();
+    EXPECT_EQ(windows(), are_many ? titles({"b", "*c", "*a"}) : titles({"b"}));
+  }
+  answer(
+      "You have 2 documents with unsaved changes. Do you want to review these changes before "
+      "quitting?",
+      "Discard Changes");
+  app().performSelectorWithObject("terminate:", {});
+  EXPECT_TRUE(desktop.terminated);
+  wire::client client(folder.path(), "name");
+  client.send({.files = {{folder / "b", ""}}});
+  turn();
+  EXPECT_EQ(client.receive(0), std::nullopt);
+}
+
 TEST_F(open_requests_test, are_held_while_an_alert_waits) {
   app().openFile(folder / "a");
   type(front(), u"x");
