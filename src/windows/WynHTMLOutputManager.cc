@@ -74,10 +74,11 @@ WynHTMLOutputManager::WynHTMLOutputManager(windows::html_output_owner& owner)
     return plist::value();
   });
   addMethod("canStopTask", [this](auto const&) { return plist::value(!isDone()); });
-  addMethod("performClose:", [this](auto const&) {
-    if (windowShouldClose()) window_->close();
-    return plist::value();
-  });
+  for (char const* selector : {"performClose:", "performCloseTab:"})
+    addMethod(selector, [this](auto const&) {
+      if (windowShouldClose()) window_->close();
+      return plist::value();
+    });
   for (char const* selector :
        {"copy:", "selectAll:", "makeTextLarger:", "makeTextSmaller:", "makeTextStandardSize:"})
     addMethod(selector,
