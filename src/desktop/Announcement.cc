@@ -19,17 +19,24 @@ class Notice final : public QWidget {
   }
 };
 
+/// Null unless it is one of this class, which has no meta-object of its own. Others' classes may
+/// have been built without type information, as those of pages are, and can't be asked.
+template <class T>
+T* as(QObject* object) {
+  return object->metaObject() == &T::staticMetaObject ? dynamic_cast<T*>(object) : nullptr;
+}
+
 QAccessibleInterface* make_interface(QString const&, QObject* object) {
-  if (auto* const text = dynamic_cast<TextViewWidget*>(object)) return new AccessibleText(*text);
-  if (auto* const bar = dynamic_cast<StatusBar*>(object)) return new AccessibleStatusBar(*bar);
-  if (auto* const notice = dynamic_cast<Notice*>(object))
+  if (auto* const text = as<TextViewWidget>(object)) return new AccessibleText(*text);
+  if (auto* const bar = as<StatusBar>(object)) return new AccessibleStatusBar(*bar);
+  if (auto* const notice = as<Notice>(object))
     return new QAccessibleWidget(notice, QAccessible::Notification);
   return nullptr;
 }
 
 Notice& notice_of(QWidget& window) {
   for (QObject* const child : window.children())
-    if (auto* const notice = dynamic_cast<Notice*>(child)) return *notice;
+    if (auto* const notice = as<Notice>(child)) return *notice;
   return *new Notice(&window);
 }
 
