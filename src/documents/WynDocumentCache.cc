@@ -13,6 +13,13 @@ std::shared_ptr<WynDocument> WynDocumentCache::documentForPath(std::string const
   return found == documents_.end() ? nullptr : found->second.lock();
 }
 
+std::vector<std::shared_ptr<WynDocument>> WynDocumentCache::documents() const {
+  std::vector<std::shared_ptr<WynDocument>> all;
+  for (auto const& [path, pointer] : documents_)
+    if (auto document = pointer.lock()) all.push_back(std::move(document));
+  return all;
+}
+
 void WynDocumentCache::add(std::string const& path, pointer document) {
   documents_[path::standardize(path)] = std::move(document);
 }

@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 class WynDocument;
 
@@ -17,6 +18,8 @@ class WynDocumentCache {
 
   /// Null if there is none.
   std::shared_ptr<WynDocument> documentForPath(std::string const& path) const;
+
+  std::vector<std::shared_ptr<WynDocument>> documents() const;
 
   /// A later document of the same path takes the place of an earlier one.
   void add(std::string const& path, pointer document);

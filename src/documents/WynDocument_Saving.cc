@@ -21,6 +21,10 @@ using documents::can_be_encoded;
 /// `damaged`: the file isn't what it was, but not safely what was saved either.
 enum class outcome { saved, unchanged, damaged, reverting };
 
+auto const plain_save = [](auto const& request, auto& copy, auto& written) {
+  return documents::save_file(request, copy, written);
+};
+
 /// A save that asks where something stands in its way. Where the file wasn't written the user
 /// knows.
 class asking_save {
@@ -37,11 +41,11 @@ class asking_save {
     try {
       documents::save_request request{path_, documents::storage_bytes(storage, format), format,
                                       options_};
-      error = write(request, documents::save_file);
+      error = write(request, plain_save);
       if (may_ask(error) && documents::is_read_only(path_)) {
         if (!documents::ask_to_overwrite(path_)) return outcome::unchanged;
         request.options.even_read_only = true;
-        error = write(request, documents::save_file);
+        error = write(request, plain_save);
       }
       if (may_ask(error) && documents::lacks_permission(*error))
         error = write(request, [refusal = *error](auto const& wanted, auto& safe, auto& version) {

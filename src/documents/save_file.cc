@@ -23,21 +23,22 @@ std::optional<struct stat> info_of(std::string const& path) {
 
 std::optional<path::write_error> save_file(save_request const& request,
                                            std::optional<safety_copy>& copy,
-                                           std::optional<path::file_version>& written) {
+                                           std::optional<path::file_version>& written,
+                                           path::file_system_calls& calls) {
   struct stat entry;
   bool const is_new = lstat(request.path.c_str(), &entry) != 0 && errno == ENOENT;
   if (is_new || settings::store().boolean("WynSaveAtomically")) {
     auto const failure =
-        path::write_atomically(request.path, request.contents, request.options, written);
+        path::write_atomically(request.path, request.contents, request.options, written, calls);
     if (!failure || failure->changed || failure->is_in_place) return failure;
   }
   path::write_options options = request.options;
   options.protect = [&]() -> std::optional<path::file_error> {
-    auto error =
-        safety_copy::create({request.path, "", request.format, true}, request.contents, copy);
+    auto error = safety_copy::create({request.path, "", request.format, true}, request.contents,
+                                     copy, calls);
     return request.without_copy ? std::nullopt : error;
   };
-  auto const error = path::write_in_place(request.path, request.contents, options, written);
+  auto const error = path::write_in_place(request.path, request.contents, options, written, calls);
   if (copy && !(error && error->target_damaged)) {
     copy->remove();
     copy.reset();

@@ -25,9 +25,10 @@ struct save_request {
 /// attributes); else in place, when a safety copy holds the new bytes until they are on the disk.
 /// Nothing if all went well, and `written` is set. If the file is damaged `copy` holds what it
 /// should hold.
-std::optional<path::write_error> save_file(save_request const& request,
-                                           std::optional<safety_copy>& copy,
-                                           std::optional<path::file_version>& written);
+std::optional<path::write_error> save_file(
+    save_request const& request, std::optional<safety_copy>& copy,
+    std::optional<path::file_version>& written,
+    path::file_system_calls& calls = path::file_system_calls::system());
 
 /// Which of the file's attributes writing it would take away that can't be given back, in words
 /// for the user ("its set-user-ID mark"); "" if none.
