@@ -11,7 +11,7 @@
 #include "platform/utf.h"
 #include "projects/file_chooser.h"
 #include "projects/project_file.h"
-#include "regex/oniguruma_format.h"
+#include "search/project_results.h"
 #include "search/project_search.h"
 #include "windows/WynProjectController.h"
 
@@ -128,8 +128,8 @@ class find_run {
   }
 
   bool search() {
-    if (find_.replacement && !find_.is_text &&
-        oniguruma::format(find_.replacement->c_str()).has_failed()) {
+    if (find_.replacement &&
+        search::match_replacement(*find_.replacement, !find_.is_text).has_failed()) {
       complain("--replace", "this is no replacement text");
       return false;
     }
@@ -204,10 +204,10 @@ class find_run {
     search::file_searcher searcher(file_query_, never_);
     search::file_result result = searcher.search(path, text);
     if (result.matches.empty()) return;
-    auto const replaced =
-        search::with_replacements(text, result.matches, *find_.replacement, !find_.is_text);
+    search::match_replacement replacement(*find_.replacement, !find_.is_text);
     has_found_ = true;
-    documents::replace_text(document->storage(), text::text_block::copy(*replaced));
+    documents::replace_text(document->storage(), text::text_block::copy(search::with_replacements(
+                                                     text, result.matches, replacement)));
     desktop_.alerts().shown.clear();
     if (document->isDocumentEdited() && !document->writeToFile(document->filename())) {
       document->dropUnsavedText();

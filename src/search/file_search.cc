@@ -7,7 +7,6 @@
 #include "path/file_reader.h"
 #include "platform/utf.h"
 #include "plist/utf8.h"
-#include "regex/oniguruma_format.h"
 
 #include <algorithm>
 #include <cstring>
@@ -252,7 +251,8 @@ void file_searcher::search_utf8(std::string_view bytes, bool is_ascii, file_resu
                               .length = static_cast<std::uint32_t>(query_.sought.size()),
                               .line = std::string(bytes.substr(from, to - from)),
                               .line_from = static_cast<std::uint32_t>(first),
-                              .captures = {}});
+                              .captures = {},
+                              .is_cut = from != line || to != feed - has_return});
     found += needed_->size();
   }
 }
@@ -320,6 +320,7 @@ void file_searcher::search_part(text::unit_view units, std::size_t first, std::s
     auto const [from, to] = excerpt_of(units, line, feed, searcher.begin(), query_.excerpt);
     match.line = unicode::to_utf8(units.substr(from, to - from));
     match.line_from = static_cast<std::uint32_t>(from - line);
+    match.is_cut = from != line || to != feed;
     if (query_.regular_expression) match.captures = oniguruma::captures_of(searcher.match());
     for (auto& [group, range] : match.captures) {
       range.first += static_cast<int>(shift);
@@ -340,29 +341,6 @@ void file_searcher::keep_those_in_scope(text::unit_view units, file_result& resu
   result.matches.resize(kept);
   result.count = result.matches.size();
   if (cancelled_) result.what = outcome::cancelled;
-}
-
-std::optional<std::u16string> with_replacements(text::unit_view text,
-                                                std::vector<file_match> const& matches,
-                                                std::string const& replacement, bool is_format) {
-  std::u16string const literal = is_format ? u"" : unicode::to_utf16(replacement);
-  oniguruma::format format(is_format ? replacement.c_str() : "");
-  if (is_format && format.has_failed()) return std::nullopt;
-  std::u16string result;
-  std::size_t done = 0;
-  for (file_match const& match : matches) {
-    result += text.substr(done, match.offset - done);
-    done = std::size_t{match.offset} + match.length;
-    if (!is_format) {
-      result += literal;
-      continue;
-    }
-    auto captures = match.captures;
-    captures.emplace(0, std::pair(static_cast<int>(match.offset), static_cast<int>(done)));
-    result += format.expand(text, captures);
-  }
-  result += text.substr(done);
-  return result;
 }
 
 }  // namespace search

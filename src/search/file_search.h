@@ -27,6 +27,9 @@ struct file_match {
   std::string line;             ///< the first line of it, or the part around it, as UTF-8
   std::uint32_t line_from = 0;  ///< the column at which `line` begins
   oniguruma::captures_t captures;
+  bool is_cut = false;  ///< the line has more than `line`
+  /// What takes the place of this match, whatever others get; null for the same as they.
+  std::shared_ptr<std::u16string const> put = {};
 };
 
 struct file_result {
@@ -101,12 +104,5 @@ class file_searcher {
   std::unique_ptr<char[]> bytes_;
   std::size_t size_ = 0, capacity_ = 0;
 };
-
-/// The text in which these matches, which come in order, have been replaced: by the literal text,
-/// or with `is_format` by what the replacement text (regex/replacement.h) makes of each. Nothing if
-/// that can't be parsed. Main thread only.
-std::optional<std::u16string> with_replacements(text::unit_view text,
-                                                std::vector<file_match> const& matches,
-                                                std::string const& replacement, bool is_format);
 
 }  // namespace search

@@ -4,6 +4,7 @@
 #include "path/temporary_folder.h"
 #include "platform/own_defaults.h"
 #include "platform/utf.h"
+#include "search/project_results.h"
 #include "search/project_search.h"
 #include "test.h"
 
@@ -241,9 +242,18 @@ TEST(with_replacements, exchanges_each_match) {
   std::u16string const text = u"ab\nxay";
   auto const found =
       search::file_searcher(query_of("(a)(b)?", true, false), never).search("", text);
-  EXPECT_EQ(search::with_replacements(text, found.matches, "<$1$2\\U$0>", true), u"<abAB>\nx<aA>y");
-  EXPECT_EQ(search::with_replacements(text, found.matches, "$1", false), u"$1\nx$1y");
-  EXPECT_EQ(search::with_replacements(text, {}, "", false), text);
+  struct row {
+    char const* replacement;
+    bool is_format;
+    char16_t const* result;
+  };
+  for (auto const& [replacement, is_format, result] :
+       {row{"<$1$2\\U$0>", true, u"<abAB>\nx<aA>y"}, row{"$1", false, u"$1\nx$1y"}}) {
+    search::match_replacement made(replacement, is_format);
+    EXPECT_EQ(search::with_replacements(text, found.matches, made), result);
+    EXPECT_EQ(made.preview(found.matches[1]), made.expand(text, found.matches[1]));
+  }
+  EXPECT_TRUE(search::match_replacement("(?1:", true).has_failed());
 }
 
 }  // namespace
