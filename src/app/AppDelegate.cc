@@ -98,6 +98,11 @@ AppDelegate::AppDelegate(plist::value menus, std::string const& recent_list, out
   add("orderFrontFindPanel:", [](plist::value const& field) {
     WynFindManager::sharedInstance().orderFrontFindPanel(field.integer_or(0) == 1);
   });
+  add("orderFrontFindInProjectPanel:", [this](auto const&) { findInProject().orderFront(); });
+  addMethod("writeBackResults:",
+            [this](auto const&) { return plist::value(findInProject().writeBack()); });
+  addMethod("canWriteBackResults",
+            [this](auto const&) { return plist::value(findInProject().canWriteBack()); });
   addMethod("performFindAction:", [this](plist::value const& tag) {
     WynTextView* const view = frontTextView();
     if (view == nullptr) return plist::value(false);
@@ -158,6 +163,8 @@ void AppDelegate::addResultMethods() {
   using step = commands::output_place const* (results::*)();
   auto const add = [this](char const* selector, step go) {
     addMethod(selector, [this, go](plist::value const&) {
+      if (findInProject_ != nullptr && findInProject_->isWalked())
+        return plist::value(findInProject_->step(go == &results::previous));
       auto const* const place = (results::shared().*go)();
       if (place != nullptr) openPlace(*place);
       return plist::value(place != nullptr);
@@ -165,9 +172,31 @@ void AppDelegate::addResultMethods() {
   };
   add("selectNextResult:", &results::next);
   add("selectPreviousResult:", &results::previous);
-  auto const has_results = [](auto const&) { return plist::value(!results::shared().is_empty()); };
+  auto const has_results = [this](auto const&) {
+    bool const is_walked = findInProject_ != nullptr && findInProject_->isWalked();
+    return plist::value(is_walked || !results::shared().is_empty());
+  };
   addMethod("canSelectNextResult", has_results);
   addMethod("canSelectPreviousResult", has_results);
+}
+
+windows::find_in_project& AppDelegate::findInProject() {
+  auto const front = []() -> windows::document_window* {
+    for (platform::window* const window : platform::desktop::current().ordered_windows())
+      if (auto* const found = dynamic_cast<windows::document_window*>(window->delegate()))
+        return found;
+    return nullptr;
+  };
+  auto const open = [this](std::string const& path) -> windows::document_window* {
+    return openFile(path, std::nullopt);
+  };
+  auto const open_text = [this](text::text_block const& text) -> windows::document_window& {
+    return showText(text);
+  };
+  if (findInProject_ == nullptr)
+    findInProject_ = std::make_unique<windows::find_in_project>(
+        windows::find_in_project::owner{.front = front, .open = open, .open_text = open_text});
+  return *findInProject_;
 }
 
 void AppDelegate::openPlace(commands::output_place const& place) {
@@ -192,6 +221,7 @@ void AppDelegate::applicationWillResignActive() {
 }
 
 AppDelegate::~AppDelegate() {
+  findInProject_.reset();
   clips_.save();
   WynFindManager::sharedInstance().setMainView({});
 }

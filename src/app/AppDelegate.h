@@ -13,6 +13,7 @@
 #include "styles/theme_watcher.h"
 #include "text/line_place.h"
 #include "windows/WynFileChooser.h"
+#include "windows/find_in_project.h"
 #include "windows/go_to_box.h"
 #include "windows/html_outputs.h"
 #include "windows/windows_owner.h"
@@ -134,6 +135,7 @@ class AppDelegate : public platform::application_delegate,
   void addHelpMethods();
   void showKeyboardShortcuts();
   void openPlace(commands::output_place const& place);
+  windows::find_in_project& findInProject();
   bool newDocumentFromTemplate(std::string const& uuid);
   bool newFileFromTemplate(std::string const& uuid);
   std::vector<std::string> filesOfTemplate(BundleItem& item, std::string const& path);
@@ -206,7 +208,8 @@ class AppDelegate : public platform::application_delegate,
   std::vector<std::unique_ptr<windows::document_window>> controllers_, closing_;
   windows::file_lists fileLists_;
   std::vector<std::string> usedFiles_;  // shown when others were gone to, the last one first
-  std::unique_ptr<windows::html_outputs> htmlOutputs_;  // null with an output taker
+  std::unique_ptr<windows::html_outputs> htmlOutputs_;       // null with an output taker
+  std::unique_ptr<windows::find_in_project> findInProject_;  // made when it is first wanted
   bool isAskingToQuit_ = false;
   std::shared_ptr<int> lives_ = std::make_shared<int>(0);
 };

@@ -19,6 +19,7 @@ output_results& output_results::shared() {
 }
 
 void output_results::begin() {
+  ++runs_;
   places_.clear();
   at_ = 0;
 }

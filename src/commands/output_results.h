@@ -15,6 +15,8 @@ class output_results {
 
   /// A command begins to print: what an earlier one named is forgotten.
   void begin();
+  /// How often that has been called.
+  std::size_t runs() const { return runs_; }
   void add(output_place const& place);
   /// The whole output of a command that ran in this folder, in place of begin() and add(). Output
   /// that names no place leaves the earlier ones.
@@ -30,6 +32,7 @@ class output_results {
 
  private:
   std::vector<output_place> places_;
+  std::size_t runs_ = 0;
   std::size_t at_ = 0;  // how many have been gone to: the present one is the one before
 };
 

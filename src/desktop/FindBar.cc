@@ -4,20 +4,19 @@
 #include "desktop/DialogParent.h"
 #include "desktop/KeyTranslation.h"
 #include "desktop/QtText.h"
+#include "desktop/WrongText.h"
 #include "platform/desktop.h"
 #include "platform/entry_walk.h"
 
 #include <QAction>
 #include <QBoxLayout>
 #include <QCheckBox>
-#include <QInputMethodEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
-#include <QTextCharFormat>
 #include <QToolButton>
 
 #include <algorithm>
@@ -536,20 +535,8 @@ void FindBar::set_preview(std::string const& text) {
   if (bar_ != nullptr) preview_->set_text(qstring(text));
 }
 
-// The field takes formats for parts of its text from input methods only.
 void FindBar::mark_error(std::size_t offset) {
-  if (bar_ == nullptr) return;
-  QList<QInputMethodEvent::Attribute> marks;
-  if (offset != std::string::npos) {
-    QTextCharFormat wrong;
-    wrong.setForeground(Qt::white);
-    wrong.setBackground(QColor(0xC0, 0x20, 0x20));
-    int const start = static_cast<int>(offset) - find_->cursorPosition();
-    int const length = static_cast<int>(find_->text().size()) - static_cast<int>(offset);
-    marks.append({QInputMethodEvent::TextFormat, start, length, wrong});
-  }
-  QInputMethodEvent event(QString(), marks);
-  QCoreApplication::sendEvent(find_, &event);
+  if (bar_ != nullptr) mark_wrong_text(*find_, offset);
 }
 
 }  // namespace widgets

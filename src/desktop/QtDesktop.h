@@ -3,6 +3,7 @@
 #include "desktop/BusyPanel.h"
 #include "desktop/FindBar.h"
 #include "desktop/MenuBar.h"
+#include "desktop/ProjectFindWindow.h"
 #include "desktop/QtAlertPanel.h"
 #include "desktop/QtAppearance.h"
 #include "desktop/QtClipPanel.h"
@@ -56,6 +57,7 @@ class QtDesktop final : public platform::desktop, public WindowOwner {
   platform::prompt_panel& prompts() override { return prompts_; }
   platform::picker& pickers() override { return picker_; }
   platform::find_panel& find() override { return find_bar_; }
+  platform::project_find_panel& project_find() override { return project_find_; }
   platform::busy_panel& busy() override { return busy_; }
   platform::font_panel& fonts() override { return fonts_; }
   platform::clip_panel& clips() override { return clips_; }
@@ -101,6 +103,7 @@ class QtDesktop final : public platform::desktop, public WindowOwner {
   QtPromptPanel prompts_;
   QtPicker picker_;
   FindBar find_bar_;
+  ProjectFindWindow project_find_;
   BusyPanel busy_;
   QtFontPanel fonts_;
   QtClipPanel clips_;

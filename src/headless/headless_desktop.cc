@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 namespace headless {
 
@@ -124,6 +125,11 @@ void scripted_find_panel::close() {
   if (!visible) return;
   visible = false;
   if (delegate != nullptr) delegate->findPanelDidClose();
+}
+
+void scripted_project_find::close() {
+  if (!std::exchange(visible, false)) return;
+  if (delegate != nullptr) delegate->projectFindDidClose();
 }
 
 void scripted_find_panel::set_histories(std::vector<std::string> const& find,

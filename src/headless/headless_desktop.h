@@ -156,6 +156,36 @@ class scripted_find_panel : public platform::find_panel {
   bool visible = false, in_replace_field = false;
 };
 
+/// A window for finding in projects that keeps what it is given; a test changes `fields` and
+/// notifies the delegate.
+class scripted_project_find : public platform::project_find_panel {
+ public:
+  void set_delegate(platform::project_find_delegate* d) override { delegate = d; }
+  void order_front() override { visible = true; }
+  void close() override;
+  bool is_visible() const override { return visible; }
+  platform::project_find_values values() const override { return fields; }
+  void set_values(platform::project_find_values const& v) override { fields = v; }
+  void set_places(std::vector<std::string> const& titles) override { places = titles; }
+  void set_histories(std::vector<std::string> const&, std::vector<std::string> const&) override {}
+  void set_status(std::string const& text) override { status = text; }
+  void mark_error(std::size_t offset) override { error = offset; }
+  void set_state(state const& s) override { shown = s; }
+  void rows_did_reset() override {}
+  void rows_were_added(std::size_t) override {}
+  void rows_did_change() override {}
+  void select(platform::project_find_place place) override { selected = place; }
+
+  platform::project_find_delegate* delegate = nullptr;
+  platform::project_find_values fields;
+  std::vector<std::string> places;
+  std::string status;
+  std::size_t error = std::string::npos;
+  state shown;
+  std::optional<platform::project_find_place> selected;
+  bool visible = false;
+};
+
 /// There is no waiting, unless a test says so: then work is cancelled after so many looks at
 /// events.
 class scripted_busy : public platform::busy_panel {
@@ -199,6 +229,7 @@ class headless_desktop : public platform::desktop {
   scripted_prompts& prompts() override { return prompts_; }
   scripted_picker& pickers() override { return picker_; }
   scripted_find_panel& find() override { return find_panel_; }
+  scripted_project_find& project_find() override { return project_find_; }
   scripted_busy& busy() override { return busy_; }
   scripted_fonts& fonts() override { return fonts_; }
   scripted_clips& clips() override { return clips_; }
@@ -234,6 +265,7 @@ class headless_desktop : public platform::desktop {
   scripted_prompts prompts_;
   scripted_picker picker_;
   scripted_find_panel find_panel_;
+  scripted_project_find project_find_;
   scripted_busy busy_;
   scripted_fonts fonts_;
   scripted_clips clips_;

@@ -11,6 +11,7 @@
 #include "platform/panels/clip_panel.h"
 #include "platform/panels/command_panel.h"
 #include "platform/panels/file_panel.h"
+#include "platform/panels/project_find_panel.h"
 #include "platform/panels/prompt_panel.h"
 #include "platform/pasteboard.h"
 #include "platform/picker.h"
@@ -46,6 +47,7 @@ class desktop {
   virtual prompt_panel& prompts() = 0;
   virtual picker& pickers() = 0;
   virtual find_panel& find() = 0;
+  virtual project_find_panel& project_find() = 0;
   virtual busy_panel& busy() = 0;
   virtual font_panel& fonts() = 0;
   virtual clip_panel& clips() = 0;

@@ -137,6 +137,8 @@ void WynProjectController::addProjectMethods() {
     std::string given = path_in(path);
     return given.empty() ? tabs_[selected_].path : given;
   };
+  addMethod("findInProjectWithOptions:",
+            [this](plist::value const& options) { return findInProjectWithOptions(options); });
   add("toggleTreatFileAsText:", [this, file_in](plist::value const& path) {
     toggleTreatFileAsText(file_in(path));
     return true;

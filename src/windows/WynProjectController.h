@@ -44,6 +44,8 @@ class WynProjectController : public windows::document_window,
   /// Without the suffix of the file; or "Project" with a number.
   std::string displayName() const;
   projects::file_tree& tree() { return tree_; }
+  /// Files and folders that are selected in the tree.
+  std::vector<std::string> selectedInTree() { return treeView_.selectedPaths(); }
   plist::array const& projectVariables() const { return contents_.variables; }
   void setProjectVariables(plist::array v) { contents_.variables = std::move(v); }
 
@@ -88,6 +90,10 @@ class WynProjectController : public windows::document_window,
   /// By the settings and the languages that are installed.
   static projects::text_file_rules textFileRules();
   void toggleTreatFileAsText(std::string const& path);
+  /// Finds in all files of the project, or replaces what "replacements" says of what such a search
+  /// has found, by the options "action", "findString", "replaceString", "regularExpression" and
+  /// "ignoreCase". A list of results, or of summaries (result_dictionary of project_search.h).
+  plist::value findInProjectWithOptions(plist::value const& options);
   bool goToNextFile(int step);
   /// Goes through the tabs in the order in which they were used last, until one is selected: the
   /// tab bar does that when Ctrl is released.

@@ -335,4 +335,36 @@ TEST_F(project_windows, are_scratch_until_they_are_saved) {
   EXPECT_EQ(alerts().size(), 1u);
 }
 
+TEST_F(project_windows, find_and_replace_in_their_files_by_name) {
+  fs::create_directory(folder / "tree");
+  folder.write("tree/a.txt", "x 1\ny\n");
+  folder.write("tree/b.txt", "x 2 x 3\n");
+  project->initWithFiles({folder / "tree", folder / "tree/b.txt"});
+  open("tree/a.txt");
+  type(u"x 0 ");
+  plist::dictionary options{
+      {"findString", "X ([0-9])?"}, {"regularExpression", true}, {"ignoreCase", true}};
+  auto const perform = [&] { return project->findInProjectWithOptions(options).elements(); };
+  auto const found = perform();
+  strings places;
+  for (auto const& each : found)
+    places.push_back(path::name(each["item"].string_or("")) + " " + each["fromLine"].string_or("") +
+                     ":" + each["fromColumn"].string_or("") + "-" + each["toColumn"].string_or("") +
+                     (each["memento"].integer_or(-1) < 0 ? "" : " open"));
+  EXPECT_EQ(places,
+            strings({"a.txt 1:1-4 open", "a.txt 1:5-8 open", "b.txt 1:1-4", "b.txt 1:5-8"}));
+  options["action"] = "replace";
+  options["replaceString"] = "<$1>";
+  options["replacements"] = plist::array{found[0], found[1], found[3]};
+  strings said;
+  for (auto const& each : perform()) said.push_back(each["lineContent"].string_or(""));
+  EXPECT_EQ(said, strings({"a.txt: 2 replaced", "b.txt: 1 replaced"}));
+  EXPECT_EQ(project->textDocument()->storage().whole_text(), u"<0> <1>\ny\n");
+  EXPECT_EQ(content_of_file(folder / "tree/b.txt"), "x 2 <3>\n");
+  // Again, without a new search: no text is the one that was searched.
+  EXPECT_TRUE(perform().empty());
+  options["findString"] = "(";
+  EXPECT_TRUE(perform().empty());
+}
+
 }  // namespace

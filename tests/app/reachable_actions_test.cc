@@ -31,7 +31,8 @@ names const taking_an_argument = {"findWithOptions:",
                                   "selectMatch:",
                                   "selectItem:",
                                   "selectTab:",
-                                  "newFileFromTemplate:"};
+                                  "newFileFromTemplate:",
+                                  "findInProjectWithOptions:"};
 
 // Other names of actions that have a menu item or a key: Backward and Forward of Left and Right.
 names const synonyms = {"insertParagraphSeparator:",
