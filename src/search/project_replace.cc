@@ -52,6 +52,7 @@ bool project_replace::step() {
 }
 
 void project_replace::begin_undo() {
+  if (is_undoing_) changed_.erase(changed_.begin(), changed_.begin() + std::ptrdiff_t(next_));
   files_.clear();
   report_.clear();
   next_ = 0;
@@ -135,7 +136,9 @@ project_replace::outcome project_replace::put_back(changed_file const& file) {
   }
   if (file.written == path::file_version())
     return {.path = file.path, .fault = "it has been closed since"};
-  auto result = documents::restore_file(file.path, file.written, kept(file), calls_);
+  auto const bytes = kept(file);
+  if (!bytes) return {.path = file.path, .fault = "what stood in it could not be read back"};
+  auto result = documents::restore_file(file.path, file.written, *bytes, calls_);
   return {.path = file.path, .count = file.count, .fault = std::move(result.fault)};
 }
 
@@ -149,11 +152,12 @@ bool project_replace::keep(std::string const& bytes, changed_file& file) {
          std::fflush(kept_.get()) == 0;
 }
 
-std::string project_replace::kept(changed_file const& file) const {
+std::optional<std::string> project_replace::kept(changed_file const& file) const {
   std::string bytes(file.kept_size, '\0');
   bool const is_whole = std::fseek(kept_.get(), file.kept_at, SEEK_SET) == 0 &&
                         std::fread(bytes.data(), 1, bytes.size(), kept_.get()) == bytes.size();
-  return is_whole ? bytes : std::string();
+  if (!is_whole) return std::nullopt;
+  return bytes;
 }
 
 }  // namespace search

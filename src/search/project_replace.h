@@ -30,9 +30,10 @@ class project_replace {
   /// False when there is nothing more to do. The next step may be the last, at any file.
   bool step();
   bool is_undone() const { return is_undoing_; }
-  /// From now on steps put back what was replaced, where it hasn't been changed since.
+  /// From now on steps put back what was replaced, where it hasn't been changed since; again, what
+  /// the steps before have not come to.
   void begin_undo();
-  bool can_undo() const { return !is_undoing_ && !changed_.empty(); }
+  bool can_undo() const { return (is_undoing_ ? next_ : 0) < changed_.size(); }
 
   struct outcome {
     std::string path = {};
@@ -65,7 +66,7 @@ class project_replace {
   outcome rewrite(found_file const& file, std::vector<file_match> const& matches);
   outcome put_back(changed_file const& file);
   bool keep(std::string const& bytes, changed_file& file);
-  std::string kept(changed_file const& file) const;
+  std::optional<std::string> kept(changed_file const& file) const;
 
   std::vector<found_file> files_;
   match_replacement replacement_;

@@ -69,11 +69,14 @@ TEST_F(project_replace, writes_what_a_naive_one_does_and_puts_it_back) {
   EXPECT_EQ(replacing.replaced(), replaced);
   EXPECT_EQ(fs::status(path_of(1)).permissions(), fs::perms::owner_all);
 
-  // Back, but for what has been changed since.
+  // Back, but for what has been changed since; stopped once on the way.
   folder.write("files/1.t", "mine");
-  ASSERT_TRUE(replacing.can_undo());
-  replacing.begin_undo();
-  finish(replacing);
+  for (int const steps : {5, 100}) {
+    ASSERT_TRUE(replacing.can_undo());
+    replacing.begin_undo();
+    for (int n = 0; n < steps && replacing.step();) ++n;
+  }
+  EXPECT_FALSE(replacing.can_undo());
   for (int n = 0; n < 60; ++n)
     if (n != 1) ASSERT_EQ(content_of_file(path_of(n)), texts[static_cast<std::size_t>(n)]) << n;
   EXPECT_EQ(content_of_file(path_of(1)), "mine");
