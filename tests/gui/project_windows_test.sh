@@ -5,17 +5,18 @@ start_editor work work/one/a.txt work/one/b.txt work/two/a.txt work/two/c.txt
 wait_window '^c.txt — work'
 bar=$window
 
-# The bar stands below the menu bar; its tabs are about 100 pixels wide.
+# The bar stands below the menu bar, beside the tree of 240 pixels; its tabs are about 100 pixels
+# wide.
 tab_y=38
 wait_until shows 'two/c'
-click 40 $tab_y
+click 281 $tab_y
 wait_window '^a.txt — work'
 wait_until shows 'one/a'
 keys ctrl+Next
 wait_window '^b.txt — work'
 
 # Moved beyond the last tab; the tab before it is two/a then, and Ctrl+PageDown goes round.
-drag 140 $tab_y 420 $tab_y
+drag 381 $tab_y 661 $tab_y
 keys ctrl+Next
 wait_window '^a.txt — work'
 wait_until shows 'one/a'
@@ -23,7 +24,7 @@ keys ctrl+Prior ctrl+Prior
 wait_window '^c.txt — work'
 
 # The middle button closes, Ctrl+Shift+T opens again, Ctrl+W asks about changes.
-click 40 $tab_y 2
+click 281 $tab_y 2
 keys ctrl+Next ctrl+Next
 wait_window '^a.txt — work'
 wait_until shows 'two/a'
