@@ -44,6 +44,19 @@ constexpr std::array<std::pair<char const*, char const*>, 6> scope_choices = {{
     {"In code: outside comments and strings", "source - comment - string"},
 }};
 
+// Alt and its letter change it at once. The toolkit's own change comes with a delay, and Return
+// would search without it.
+class OptionBox final : public QCheckBox {
+ public:
+  using QCheckBox::QCheckBox;
+
+ protected:
+  bool event(QEvent* event) override {
+    if (event->type() != QEvent::Shortcut) return QCheckBox::event(event);
+    return click(), true;
+  }
+};
+
 }  // namespace
 
 // Asks the delegate for what comes in sight. Matches have the number of their file, from 1, as
@@ -246,7 +259,7 @@ void ProjectFindWindow::set_delegate(platform::project_find_delegate* delegate) 
 }
 
 QCheckBox* ProjectFindWindow::make_option(char const* title, char const* tip) {
-  auto* const box = new QCheckBox(QString::fromUtf8(title));
+  auto* const box = new OptionBox(QString::fromUtf8(title));
   box->setToolTip(QString::fromUtf8(tip));
   QObject::connect(box, &QCheckBox::toggled, window_.data(), [this] { changed(); });
   return box;

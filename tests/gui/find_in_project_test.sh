@@ -9,9 +9,9 @@ editor_window=$window
 
 keys ctrl+shift+f
 wait_window '^Find in Project$'
-type_text 'alpha'
+type_text 'alph.'
 screenshot before.png
-keys Return
+keys alt+r Return
 results_are_shown() { screenshot after.png && (($(different_pixels before.png after.png) > 500)); }
 wait_until results_are_shown
 
