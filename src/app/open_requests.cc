@@ -1,6 +1,7 @@
 #include "app/open_requests.h"
 
 #include "app/AppDelegate.h"
+#include "app/compare_files.h"
 #include "app/file_argument.h"
 #include "app/line_place.h"
 #include "documents/WynDocument.h"
@@ -71,6 +72,8 @@ void open_requests::perform_all() {
 void open_requests::perform(taken what) {
   if (what.request.what == wire::request::purpose::open_url) {
     app_.openURL(what.request.url);
+  } else if (what.request.shows_differences && what.request.files.size() == 2) {
+    compare(what);
   } else {
     open(what);
     if (what.request.has_input) open_input(what, std::move(what.input));
@@ -96,6 +99,17 @@ void open_requests::open(taken const& what) {
     else
       tell_closed(*what.from, n, is_folder(files[n].path));
   }
+}
+
+// Both files are closed with what is shown of them.
+void open_requests::compare(taken const& what) {
+  auto const& files = what.request.files;
+  auto const [shown, are_read] = compare_files(app_, files[0].path, files[1].path);
+  for (std::size_t n = 0; n < files.size() && what.request.waits; ++n)
+    if (shown != nullptr)
+      wait_for(*shown, n, what, nullptr);
+    else
+      tell_closed(*what.from, n, are_read);
 }
 
 void open_requests::open_input(taken const& what, platform::descriptor input) {

@@ -43,6 +43,7 @@ class open_requests {
 
   void perform(taken what);
   void open(taken const& what);
+  void compare(taken const& what);
   void open_input(taken const& what, platform::descriptor input);
   void wait_for(WynDocument& document, std::size_t file, taken const& what,
                 std::shared_ptr<platform::descriptor> const& output);

@@ -17,6 +17,7 @@ char const* const usage_text =
     "usage: quirn [--wait] [--line LINE[:COLUMN]] [--recent] [--change-dir] [--new-window]\n"
     "             [--environment] [--] [FILE[:LINE[:COLUMN]] | +LINE[:COLUMN] FILE | FOLDER | "
     "-]...\n"
+    "       quirn --diff [--wait] [--] FILE FILE\n"
     "       quirn --help | --version\n"
     "\n"
     "Opens files in Quirnote, which is started if it isn't running.\n"
@@ -28,6 +29,7 @@ char const* const usage_text =
     "  -d, --change-dir   let open panels begin in the folder of the file\n"
     "  -n, --new-window   open a window for each file\n"
     "  -e, --environment  let commands in the window have the environment of this process\n"
+    "  -D, --diff         show how the second file differs from the first one\n"
     "\n"
     "Without a file, and for -, standard input is the text of a new document; with --wait its\n"
     "text comes out on standard output when it is closed.\n";
@@ -44,6 +46,7 @@ constexpr flag flags[] = {
     {'w', "--wait", [](arguments& a) { a.request.waits = true; }},
     {'r', "--recent", [](arguments& a) { a.request.adds_to_recent = true; }},
     {'d', "--change-dir", [](arguments& a) { a.request.changes_directory = true; }},
+    {'D', "--diff", [](arguments& a) { a.request.shows_differences = true; }},
     {'n', "--new-window", [](arguments& a) { a.request.in_new_window = true; }},
     {'e', "--environment", [](arguments& a) { a.passes_environment = true; }},
     {'h', "--help", [](arguments& a) { a.what = arguments::purpose::help; }},
@@ -88,6 +91,9 @@ class parser {
       if (result_.what != arguments::purpose::open) return result_;
     }
     if (error_.empty() && !place_.empty()) error_ = "no file follows the line " + place_;
+    auto const& request = result_.request;
+    if (request.shows_differences && (request.files.size() != 2 || result_.reads_input))
+      error_ = "--diff takes two files";
     return error_.empty() ? std::optional(result_) : std::nullopt;
   }
 

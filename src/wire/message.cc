@@ -60,6 +60,7 @@ void each_member(Request& message, Visitor visit) {
   visit("addToRecent", message.adds_to_recent);
   visit("newWindow", message.in_new_window);
   visit("wait", message.waits);
+  visit("diff", message.shows_differences);
   visit("input", message.has_input);
   visit("url", message.url);
   visit("waiter", message.waiter);

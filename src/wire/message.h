@@ -36,7 +36,8 @@ struct request {
   bool changes_directory = false;  ///< open panels begin in the folder of the file
   bool adds_to_recent = false;
   bool in_new_window = false;
-  bool waits = false;       ///< for an answer that each of the files has been closed
+  bool waits = false;              ///< for an answer that each of the files has been closed
+  bool shows_differences = false;  ///< of the second file from the first one, not the two
   bool has_input = false;   ///< the descriptor that comes along holds the text of a new document
   std::string waiter = {};  ///< the program that waits, for the user to see
   std::string activation_token = {};  ///< of the desktop, by which windows may come to the front

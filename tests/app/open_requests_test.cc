@@ -2,6 +2,7 @@
 
 #include "app/app_fixture.h"
 #include "app/quirnote_url.h"
+#include "platform/utf.h"
 #include "wire/client.h"
 #include "wire/local_socket.h"
 
@@ -116,6 +117,27 @@ TEST_F(open_requests_test, options_and_folders) {
   client.send({.files = {{folder.path(), ""}, {"/dev/zero", ""}}, .waits = true});
   turn();
   EXPECT_EQ(told(client), "result 0+ 1- ");
+}
+
+TEST_F(open_requests_test, two_files_are_compared) {
+  folder.write("b", "1\n3\n3");
+  auto request = waiting_for({"a", "b"});
+  request.shows_differences = true;
+  auto client = ask(request);
+  EXPECT_EQ(windows(), titles({"untitled \u2014 awaited by git"}));
+  EXPECT_EQ(unicode::to_utf8(front().textDocument()->storage().whole_text()),
+            "--- " + folder / "a" + "\n+++ " + folder / "b" +
+                "\n@@ -1,3 +1,3 @@\n 1\n-2\n 3\n+3\n\\ No newline at end of file\n");
+  close_front();
+  EXPECT_EQ(told(client), "0+ 1+ ");
+  for (auto const& [other, answers] : {std::pair("a", "result 0+ 1+ "), {"c", "result 0- 1- "}}) {
+    request.files[1].path = folder / other;
+    wire::client next(folder.path(), "name");
+    next.send(request);
+    turn();
+    EXPECT_EQ(told(next), answers) << other;
+  }
+  EXPECT_EQ(alerts(), titles({"No Differences|Continue", "Couldn't Compare|Continue"}));
 }
 
 TEST_F(open_requests_test, standard_input_is_a_document_whose_text_goes_back) {

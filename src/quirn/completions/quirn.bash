@@ -7,7 +7,7 @@ _quirn() {
   esac
   if [[ $word == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W '--wait --line --recent --change-dir --new-window
-      --environment --help --version' -- "$word")
+      --diff --environment --help --version' -- "$word")
   else
     mapfile -t COMPREPLY < <(compgen -f -- "$word")
   fi
