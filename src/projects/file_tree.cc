@@ -2,6 +2,7 @@
 
 #include "path/file_system.h"
 #include "path/path.h"
+#include "platform/system/memory_reserve.h"
 #include "plist/key_order.h"
 
 #include <sys/stat.h>
@@ -15,6 +16,7 @@ namespace projects {
 namespace {
 
 constexpr std::size_t quickly_destroyed = 1000;  // items
+constexpr std::size_t many = 50'000;             // that sorting took much memory for
 
 struct file_state {
   bool is_missing = false, is_link = false;
@@ -78,7 +80,9 @@ void file_tree::dispose(item_list items) {
     return true;
   });
   background_.run([kept]() -> background::answer {
-    kept->clear();
+    std::size_t const count = kept->size();
+    item_list().swap(*kept);
+    if (count > many) platform::return_freed_memory();
     return {};
   });
 }
@@ -256,7 +260,9 @@ void file_tree::look_at(project_item& folder, bool first) {
         found->listing.error = path::make_file_error("open", path, ELOOP);
       else
         found->listing = list_folder(path, path_filters(patterns));
+      mark_ignored(path, found->listing.entries);
       found->items = items_of(found->listing);
+      if (found->items.size() > many) platform::return_freed_memory();
     }
     return [this, &folder, first, alive, found, number] {
       if (!alive.expired() && folder.end_look(number)) take(folder, *found);
@@ -313,6 +319,7 @@ item_list file_tree::merged(project_item& folder, item_list found) {
     auto& before = old[it->second];
     if (!before || before->kind() != item->kind()) continue;
     before->is_link = item->is_link;
+    before->is_ignored = item->is_ignored;
     before->is_missing = false;
     // What is in `known` refers to the name, which moves with the item.
     item = std::move(before);

@@ -2,6 +2,7 @@
 
 #include "path/path.h"
 #include "plist/key_order.h"
+#include "projects/ignore_rules.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -17,7 +18,8 @@ namespace projects {
 namespace {
 
 constexpr std::int64_t second = 1'000'000'000;
-constexpr std::int64_t youth = 2 * second;  // of the coarsest dates that file systems keep
+constexpr std::int64_t youth = 2 * second;          // of the coarsest dates that file systems keep
+constexpr std::size_t most_matching = 200'000'000;  // bytes of patterns, each as often as names
 
 std::int64_t nanoseconds(timespec const& time) {
   return std::int64_t{time.tv_sec} * second + time.tv_nsec;
@@ -105,6 +107,15 @@ folder_listing list_folder(std::string const& path, path_filters const& filters)
   if (errno != 0) result.error = path::make_file_error("readdir", path, errno);
   sort_by_name(result.entries);
   return result;
+}
+
+void mark_ignored(std::string const& path, std::vector<folder_entry>& entries) {
+  ignore_stack rules(path);
+  if (!rules.is_in_repository()) return;
+  rules.enter(path);
+  if (rules.size() == 0 || entries.size() > most_matching / rules.size()) return;
+  for (folder_entry& entry : entries)
+    entry.is_ignored = rules.is_ignored(path::join(path, entry.name), entry.is_folder);
 }
 
 std::optional<folder_stamp> stamp_of_folder(std::string const& path) {

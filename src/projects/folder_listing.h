@@ -16,6 +16,7 @@ struct folder_entry {
   std::string name;
   bool is_folder = false;  ///< or a link to one
   bool is_link = false;
+  bool is_ignored = false;  ///< see mark_ignored()
 };
 
 /// When a folder was read. Equal stamps mean that no name has come or gone since.
@@ -44,6 +45,10 @@ void sort_by_name(std::vector<folder_entry>& entries);
 /// Files and folders that the filters take; no pipes, sockets and devices, and no links that lead
 /// nowhere. `path` is absolute.
 folder_listing list_folder(std::string const& path, path_filters const& filters);
+
+/// Marks what the .gitignore files of the repository that the folder is in leave out. Nothing is
+/// marked where that would take long.
+void mark_ignored(std::string const& path, std::vector<folder_entry>& entries);
 
 /// Nothing if there is no such folder.
 std::optional<folder_stamp> stamp_of_folder(std::string const& path);

@@ -122,6 +122,7 @@ void ignore_rules::add(std::string_view line) {
   if (line.ends_with('\r')) line.remove_suffix(1);
   while (line.ends_with(' ') && !line.ends_with("\\ ")) line.remove_suffix(1);
   if (line.empty() || line.front() == '#') return;
+  size_ += line.size();
   rule added;
   if (line.front() == '!') {
     added.negated = true;
@@ -170,6 +171,12 @@ ignore_stack::ignore_stack(std::string const& folder) {
   levels_.push_back({top == "/" ? 1 : top.size() + 1,
                      ignore_rules(path::content(path::join(top, ".git/info/exclude")))});
   for (auto at = above.rbegin(); at != above.rend(); ++at) enter(*at);
+}
+
+std::size_t ignore_stack::size() const {
+  std::size_t size = 0;
+  for (level const& each : levels_) size += each.rules.size();
+  return size;
 }
 
 void ignore_stack::enter(std::string const& folder) {

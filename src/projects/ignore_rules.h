@@ -18,6 +18,7 @@ class ignore_rules {
   explicit ignore_rules(std::string_view text);
 
   bool empty() const { return rules_.empty(); }
+  std::size_t size() const { return size_; }  ///< in bytes of patterns
   /// `path` is relative to the folder that holds the file.
   verdict of(std::string_view path, bool is_folder) const;
 
@@ -29,6 +30,7 @@ class ignore_rules {
   void add(std::string_view line);
 
   std::vector<rule> rules_;
+  std::size_t size_ = 0;
 };
 
 /// The patterns that hold in a folder: its own and those of the folders above, down from the one
@@ -37,6 +39,10 @@ class ignore_stack {
  public:
   /// Those that hold at `folder`, absolute; its own are yet to be entered.
   explicit ignore_stack(std::string const& folder);
+
+  /// Before anything is entered.
+  bool is_in_repository() const { return !levels_.empty(); }
+  std::size_t size() const;  ///< in bytes of patterns
 
   void enter(std::string const& folder);
   void leave() { levels_.pop_back(); }

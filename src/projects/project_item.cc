@@ -28,6 +28,7 @@ project_item::project_item(item_kind kind, std::string name, reference own)
 
 project_item::project_item(folder_entry entry)
     : is_link(entry.is_link),
+      is_ignored(entry.is_ignored),
       kind_(entry.is_folder ? item_kind::folder : item_kind::file),
       name_(std::move(entry.name)),
       holder_(entry.is_folder ? std::make_unique<holder>() : nullptr) {}

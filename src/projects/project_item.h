@@ -73,6 +73,7 @@ class project_item {
 
   bool is_missing = false;  ///< not on the disk
   bool is_link = false;
+  bool is_ignored = false;  ///< by the rules of the repository that the folder above is in
   bool is_expanded = false;
   bool is_selected = false;
   bool is_pinned = false;  ///< somebody knows it: a reading that finds it again keeps it, as it

@@ -1,5 +1,7 @@
 #include "platform/system/memory_reserve.h"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -38,6 +40,12 @@ bool refill_memory_reserve() {
   void* none = nullptr;
   if (memory != nullptr && !reserve.compare_exchange_strong(none, memory)) std::free(memory);
   return reserve.load() != nullptr;
+}
+
+void return_freed_memory() {
+#ifdef __GLIBC__
+  malloc_trim(0);
+#endif
 }
 
 }  // namespace platform

@@ -14,6 +14,10 @@ void keep_memory_reserve();
 /// second time on.
 void require_spare_memory(std::size_t bytes);
 
+/// Gives memory that was freed back to the system, where the allocator would keep it: after much
+/// was needed for a short time. Takes some milliseconds. Any thread.
+void return_freed_memory();
+
 /// Sets the reserve aside again where it was used. False when memory is still short.
 bool refill_memory_reserve();
 
