@@ -34,6 +34,7 @@ class EditorFrame final : public WindowFrame, public TextViewOwner, public FindB
   bool should_swallow(platform::key_event const& event) override;
   bool perform_key_equivalent(platform::key_event const& event) override;
   bool open_menu_with_letter(QString const& letter) override;
+  void open_first_menu() override { menus().open_first(); }
   void pop_up_menu(std::vector<platform::menu_item> const& items, QPoint global) override;
   void change_text_size(bool larger) override;
   std::uint32_t window_number() const override { return number_; }

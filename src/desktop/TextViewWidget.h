@@ -27,6 +27,7 @@ class TextViewOwner {
   virtual bool perform_key_equivalent(platform::key_event const& event) = 0;
   /// Opens the menu whose title begins with this letter; false if there is none.
   virtual bool open_menu_with_letter(QString const& letter) = 0;
+  virtual void open_first_menu() = 0;
   virtual void pop_up_menu(std::vector<platform::menu_item> const& items, QPoint global) = 0;
   /// By one step; does nothing at the largest and smallest size.
   virtual void change_text_size(bool larger) = 0;

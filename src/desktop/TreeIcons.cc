@@ -100,9 +100,9 @@ QPainterPath sign_of(tree_icon icon, QRectF const& area) {
 }  // namespace
 
 void draw_tree_icon(QPainter& painter, QRectF const& area, platform::tree_row const& row,
-                    QColor const& text) {
+                    QColor const& text, bool is_tinted) {
   bool const is_folder = row.icon == tree_icon::folder || row.icon == tree_icon::group;
-  QColor color = tint_of(row.icon);
+  QColor color = is_tinted ? tint_of(row.icon) : text;
   if (row.is_missing || row.is_pale) color.setAlphaF(0.5f);
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);

@@ -160,7 +160,7 @@ void TreeWidget::paint_row(QPainter& painter, QRect const& area,
   double const inset = side * 0.14;
   draw_tree_icon(painter,
                  QRectF(x - side, area.y(), side, side).adjusted(inset, inset, -inset, -inset), row,
-                 text);
+                 text, !(row.is_selected && is_active));
 
   int right = area.right() - margin;
   if (row.is_edited) {
@@ -242,6 +242,13 @@ bool TreeWidget::viewportEvent(QEvent* event) {
 // Keys.
 
 void TreeWidget::keyPressEvent(QKeyEvent* event) {
+  // In the text these are key bindings.
+  if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
+    QContextMenuEvent menu(QContextMenuEvent::Keyboard, {}, {}, event->modifiers());
+    return contextMenuEvent(&menu);
+  }
+  if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::NoModifier)
+    return deliver([this](platform::tree_client&) { owner_->open_first_menu(); });
   platform::key_event const key = keys_.translate(*event);
   if (key.characters.empty()) return;
   deliver([this, key](platform::tree_client& client) {

@@ -39,6 +39,11 @@ TEST_F(tree, is_walked_by_keys) {
   press(u'c');
   press(u'1');
   EXPECT_EQ(drawn(), "a.txt\nb/\nc9\nc10*<\n");
+  // What is typed after another key begins anew.
+  press(u'c');
+  press(key::up);
+  press(u'c');
+  EXPECT_EQ(drawn(), "a.txt\nb/\nc9\nc10*<\n");
   desktop.loop().run_for(2);
   press(u'c');
   press(u'c');
@@ -70,6 +75,25 @@ TEST_F(tree, shows_a_file_by_a_click_and_keeps_it_by_two) {
   EXPECT_EQ(desktop.general_pasteboard().get("text").string_or(""), "b\nc9");
   click("two", mod::shift);
   EXPECT_EQ(drawn(), "a.txt\nb/\n  inner/\n  one\n  two*<\nc9*\nc10\n");
+}
+
+TEST_F(tree, pales_what_the_repository_ignores) {
+  fs::create_directory(folder / ".git");
+  folder.write(".gitignore", "*9\ninner/\n");
+  folder.write("b/.gitignore", "two\n");
+  open_folder();
+  for (char const* name : {"b", "inner"}) click(name);
+  auto const pale = [this] {
+    std::string titles;
+    for (std::size_t n = 0; n < controller.count(); ++n)
+      if (controller.row(n).is_pale) titles += controller.row(n).title + " ";
+    return titles;
+  };
+  EXPECT_EQ(pale(), "inner deep two c9 ");
+  // What is known already is looked at anew when its folder changes.
+  fs::remove(folder / ".gitignore");
+  perform("projectRefresh:");
+  EXPECT_EQ(pale(), "two ");
 }
 
 TEST_F(tree, makes_renames_and_duplicates) {

@@ -147,6 +147,9 @@ platform::tree_row tree_controller::row(std::size_t index) {
   shown.is_current = of == current_;
   shown.is_missing = of->is_missing;
   shown.is_link = of->is_link;
+  // What is in an ignored folder is ignored too.
+  for (item const* at = of; at != nullptr && !shown.is_pale; at = at->parent())
+    shown.is_pale = at->is_ignored;
   if (of->kind() == item_kind::file) {
     auto const state = owner_.stateOfFile(path);
     shown.has_tab = state.has_tab;
@@ -280,6 +283,9 @@ bool tree_controller::key_down(platform::key_event const& event) {
     if (rows != 0) goTo(std::min(row, rows - 1), extends);
     return true;
   };
+  // Letters that come after another key begin a name anew.
+  bool const is_typing = c >= 0x20 && !(0xF700 <= c && c <= 0xF8FF);
+  if (!is_typing && c != key::escape) typed_.clear();
   switch (c) {
     case key::up:
       return current() == nullptr ? go(0) : go(at == 0 ? 0 : at - 1);
