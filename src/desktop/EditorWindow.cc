@@ -131,12 +131,13 @@ void EditorFrame::open_status_menu(std::string const& part, QPoint global) {
 }
 
 // A menu bar whose menus were opened and closed in quick succession may keep the focus, and has no
-// use for a key; the text has.
+// use for a key; what had the keyboard before has.
 void EditorFrame::keyPressEvent(QKeyEvent* event) {
   if (focusWidget() == text_ || (side_ != nullptr && side_->has_focus()))
     return WindowFrame::keyPressEvent(event);
-  text_->setFocus();
-  if (focusWidget() == text_) QCoreApplication::sendEvent(text_, event);
+  QWidget* const last = side_ != nullptr ? &side_->last_focused() : text_;
+  last->setFocus();
+  if (focusWidget() == last) QCoreApplication::sendEvent(last, event);
 }
 
 void EditorWindow::set_title(std::string const& title) {

@@ -26,6 +26,10 @@ platform::responder* SideBar::focused_responder() const {
   return was_in_tree_ && is_shown_ && tree_->has_client() ? &actions_ : nullptr;
 }
 
+QWidget& SideBar::last_focused() const {
+  return was_in_tree_ && is_shown_ ? *tree_ : text_;
+}
+
 void SideBar::set_visible(bool visible) {
   if (visible == is_shown_) return;
   bool const had_focus = tree_->has_focus();

@@ -20,6 +20,8 @@ class SideBar final : public QObject, public platform::side_bar {
   void detach() { tree_->detach(); }
   /// What gets the actions of menus while the keyboard is in the tree; else null.
   platform::responder* focused_responder() const;
+  /// The tree or the text.
+  QWidget& last_focused() const;
 
   // platform::side_bar
   bool is_visible() const override { return is_shown_; }

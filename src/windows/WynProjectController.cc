@@ -307,7 +307,12 @@ bool WynProjectController::askToSaveProject() {
 }
 
 bool WynProjectController::windowShouldClose() {
-  if (!askToSaveModifiedDocuments() || !askToSaveProject()) return false;
+  return askToSaveModifiedDocuments() && saveBeforeEnd();
+}
+
+// Also when the program ends, where windows aren't asked whether they close.
+bool WynProjectController::saveBeforeEnd() {
+  if (!askToSaveProject()) return false;
   keepSideBar();
   return true;
 }

@@ -127,7 +127,7 @@ class WynProjectController : public windows::document_window,
   std::vector<std::shared_ptr<WynDocument>> documents() const override;
   std::vector<platform::menu_item> openTabs() const override;
   std::string folderForNewFiles() const override;
-  bool saveBeforeEnd() override { return askToSaveProject(); }
+  bool saveBeforeEnd() override;
   // tab_bar_delegate
   void tabWasSelected(platform::tab_id id) override;
   void tabShouldClose(platform::tab_id id) override;
