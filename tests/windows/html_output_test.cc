@@ -75,9 +75,9 @@ class html_output_test : public testing::Test {
 };
 
 TEST_F(html_output_test, a_page_comes_while_the_command_runs) {
+  ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
   auto& window = run("cat; echo \"$QN_X $PWD\"; printf 'no end'; read x <fifo; echo; echo last >&2",
                      {}, "input\n");
-  ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
   std::string const first = "input\nx y " + folder.path() + "\nno end";
   // A page also gets the line that has no end yet.
   EXPECT_TRUE(until([&] { return window.shown == first; })) << window.shown;
