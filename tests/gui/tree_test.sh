@@ -158,6 +158,8 @@ drag 240 300 300 300
 keys alt+v
 wait_until has_windows 2
 keys b
+wait_until has_windows 3
+keys o
 quit
 setting() { grep -A 1 "<key>$1</key>" "$XDG_CONFIG_HOME/Quirnote/Defaults.plist" | tail -n 1; }
 [[ $(setting WynProjectDrawerSide) == *'>right<'* ]]
