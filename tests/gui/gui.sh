@@ -85,8 +85,14 @@ no_window() { ! xdotool search --onlyvisible --name "$1"; }
 # the focus; it becomes the window that the test acts on.
 wait_window() {
   wait_until find_window "$1"
+  wait_until comes_to_front
+}
+# One that opens at the same moment may take the focus again.
+comes_to_front() {
+  has_focus && return
   xdotool windowactivate "$window"
-  wait_until has_focus
+  sleep 0.1
+  has_focus
 }
 
 # wait_no_window TITLE: until no window has such a title.

@@ -18,6 +18,8 @@ wait_window '^a.txt'
 wait_window '^b.txt'
 editor_pid=$(<"$runtime/quirnote.pid")
 other=$((editor_pid == first ? second : first))
+other_is_gone() { ! kill -0 "$other"; }
+wait_until -t 30 other_is_gone
 wait "$other"
 [[ $editor_pid == "$first" || $editor_pid == "$second" ]]
 is_running
