@@ -105,7 +105,8 @@ void QuirnoteServer::take_message(std::string const& message, std::shared_ptr<pe
 }
 
 void QuirnoteServer::forget(std::shared_ptr<peer> const& gone) {
-  auto const kept = gone;
+  std::shared_ptr<peer> kept;
+  kept = gone;  // which may be the one in the list
   std::erase(peers_, kept);
   kept->drop();
 }

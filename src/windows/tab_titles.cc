@@ -25,7 +25,9 @@ std::vector<std::string> tab_titles(std::vector<named_tab> const& tabs) {
   std::map<std::string, std::vector<std::size_t>> same_name;
   for (std::size_t n = 0; n < tabs.size(); ++n) same_name[tabs[n].name].push_back(n);
   std::vector<std::string> titles(tabs.size());
-  for (auto const& [name, group] : same_name) {
+  for (auto const& entry : same_name) {
+    std::string const& name = entry.first;
+    std::vector<std::size_t> const& group = entry.second;
     for (std::size_t const n : group) titles[n] = name;
     if (group.size() == 1) continue;
     auto const folders = [&](std::size_t count) {

@@ -133,7 +133,7 @@ wait_window '^Scripts'
 [[ $window == "$scripts" ]]
 
 # It is printed, here into a file.
-keys ctrl+p
+keys ctrl+alt+shift+p
 wait_window '^Print'
 keys Return
 is_printed() { [[ $(head -c 5 "$HOME/print.pdf") == %PDF- && $(tail -c 6 "$HOME/print.pdf") == *%%EOF* ]]; }
